@@ -1,0 +1,41 @@
+# How everything is compiled and where it lands: the build tree has the shape of an installation, so that
+# paths relative to the program hold in both.
+include(GNUInstallDirs)
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(LMCALTAB_SHARE_DIRECTORY ${CMAKE_BINARY_DIR}/share/lmcaltab)
+
+# The library beside the program is found by a relative RUNPATH, which a folder in LD_LIBRARY_PATH precedes.
+if(NOT WIN32)
+  set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+  set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  add_link_options(LINKER:--enable-new-dtags)
+endif()
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+if(LMCALTAB_SANITIZE)
+  add_compile_options(-fsanitize=${LMCALTAB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${LMCALTAB_SANITIZE})
+endif()
+
+# Every file includes from the root of the tree: "lmlib/tree_item.h".
+include_directories(${CMAKE_SOURCE_DIR})
