@@ -1,0 +1,39 @@
+# What the project needs of Debian 12, and how it gets there. Sourced by run, test and .ci/run.
+
+build_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libcairo2-dev libqpdf-dev nlohmann-json3-dev fonts-dejavu-core)
+test_packages=(
+  libgtest-dev libgmock-dev libopencv-dev
+  xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps
+  poppler-utils qpdf
+)
+lint_packages=(clang clang-format clang-tidy git)
+
+# install_packages NAME...: installs those that are missing and says nothing when none is.
+install_packages() {
+  local missing=() name
+  if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+    echo "This is not a Debian system, so nothing can be installed here automatically." >&2
+    echo "Needed, by the names of Debian's packages: $*" >&2
+    echo "Set LMCALTAB_SKIP_INSTALL=1 once they are there." >&2
+    [ -n "${LMCALTAB_SKIP_INSTALL:-}" ]
+    return
+  fi
+  for name in "$@"; do
+    dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null | grep -q '^installed' || missing+=("$name")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+      echo "Missing packages: ${missing[*]}" >&2
+      echo "Install them as root (apt-get install ...), or install sudo." >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+  echo "Installing: ${missing[*]}"
+  "${as_root[@]}" apt-get update -q >/dev/null
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
