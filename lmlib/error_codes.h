@@ -1,0 +1,7 @@
+// The names of the camera library's result codes, as messages and debug lines use them.
+#pragma once
+
+#include <cstdint>
+
+// The name of a result code ("ItemInexistent" for 3); the empty text for a value that is no code.
+const char *errorName(std::int32_t code);
