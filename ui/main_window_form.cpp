@@ -1,0 +1,477 @@
+#include "ui/main_window_form.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGraphicsView>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QMainWindow>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpacerItem>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include "generator/cal_tab_combo_box.h"
+
+// The resources stand in a static library, whose initialiser the linker would leave out if nobody called it.
+static void initialiseResources() {
+    Q_INIT_RESOURCE(vistrel);
+}
+
+namespace {
+
+constexpr Qt::Alignment rightCentred = Qt::AlignRight | Qt::AlignVCenter;
+
+template <class Object, class... Arguments>
+Object *create(const char *name, Arguments... arguments) {
+    auto *object = new Object(arguments...);
+    object->setObjectName(QString::fromLatin1(name));
+    return object;
+}
+
+QLabel *createWrappedLabel(const char *name, QWidget *parent) {
+    auto *label = create<QLabel>(name, parent);
+    label->setWordWrap(true);
+    return label;
+}
+
+QLabel *createAxisLabel(const char *name, QWidget *parent) {
+    auto *label = create<QLabel>(name, parent);
+    label->setAlignment(rightCentred);
+    label->setIndent(5);
+    return label;
+}
+
+QSpinBox *createCountBox(const char *name, QWidget *parent, int minimum, int maximum) {
+    auto *box = create<QSpinBox>(name, parent);
+    box->setAlignment(rightCentred);
+    box->setRange(minimum, maximum);
+    return box;
+}
+
+QDoubleSpinBox *createLengthBox(const char *name, QWidget *parent) {
+    auto *box = create<QDoubleSpinBox>(name, parent);
+    box->setAlignment(rightCentred);
+    return box;
+}
+
+// A length that the program works out and the user only reads.
+QDoubleSpinBox *createLengthDisplay(const char *name, QWidget *parent) {
+    auto *box = createLengthBox(name, parent);
+    box->setEnabled(false);
+    return box;
+}
+
+QSpacerItem *createVerticalSpacer(int height = 40) {
+    return new QSpacerItem(20, height, QSizePolicy::Minimum, QSizePolicy::Expanding);
+}
+
+void setFontSize(QWidget *widget, int pointSize) {
+    QFont font;
+    font.setPointSize(pointSize);
+    widget->setFont(font);
+}
+
+QString translated(const char *text) {
+    return QCoreApplication::translate("MainWindow", text);
+}
+
+struct LabelText {
+    QLabel *label;
+    const char *text;
+};
+
+template <std::size_t Count>
+void setTexts(const LabelText (&texts)[Count]) {
+    for (const auto &entry : texts) {
+        entry.label->setText(translated(entry.text));
+    }
+}
+
+template <std::size_t Count>
+void setMillimetreSuffix(QDoubleSpinBox *const (&boxes)[Count]) {
+    for (auto *box : boxes) {
+        box->setSuffix(QCoreApplication::translate("MainWindow", " mm"));
+    }
+}
+
+}  // namespace
+
+void MainWindowForm::setUp(QMainWindow *window) {
+    initialiseResources();
+    setUpWindow(window);
+    setUpButtons();
+    setUpLegalNotice();
+    horizontalLayout_3 = create<QHBoxLayout>("horizontalLayout_3");
+    verticalLayout_3->addLayout(horizontalLayout_3);
+    setUpPatternType();
+    setUpPreview();
+    window->setCentralWidget(centralwidget);
+    retranslate(window);
+    patternType->setCurrentIndex(4);
+    QMetaObject::connectSlotsByName(window);
+}
+
+void MainWindowForm::setUpWindow(QMainWindow *window) {
+    if (window->objectName().isEmpty()) {
+        window->setObjectName(QStringLiteral("MainWindow"));
+    }
+    window->resize(899, 553);
+    QIcon icon;
+    icon.addFile(QStringLiteral(":/vistrel/vistrel.png"), QSize(), QIcon::Normal, QIcon::Off);
+    window->setWindowIcon(icon);
+    centralwidget = create<QWidget>("centralwidget", window);
+    verticalLayout_3 = create<QVBoxLayout>("verticalLayout_3", centralwidget);
+}
+
+void MainWindowForm::setUpButtons() {
+    horizontalLayout = create<QHBoxLayout>("horizontalLayout");
+    verticalLayout_3->addLayout(horizontalLayout);
+    saveBtn = create<QPushButton>("saveBtn", centralwidget);
+    horizontalLayout->addWidget(saveBtn);
+    calibrateBtn = create<QPushButton>("calibrateBtn", centralwidget);
+    horizontalLayout->addWidget(calibrateBtn);
+    buttonsSpacer = new QSpacerItem(40, 20, QSizePolicy::Expanding, QSizePolicy::Minimum);
+    horizontalLayout->addItem(buttonsSpacer);
+}
+
+void MainWindowForm::setUpLegalNotice() {
+    label = createWrappedLabel("label", centralwidget);
+    const QBrush noticeBrush(QColor(85, 87, 83, 255), Qt::SolidPattern);
+    const QBrush disabledBrush(QColor(190, 190, 190, 255), Qt::SolidPattern);
+    QPalette palette;
+    palette.setBrush(QPalette::Active, QPalette::WindowText, noticeBrush);
+    palette.setBrush(QPalette::Inactive, QPalette::WindowText, noticeBrush);
+    palette.setBrush(QPalette::Disabled, QPalette::WindowText, disabledBrush);
+    label->setPalette(palette);
+    setFontSize(label, 9);
+    verticalLayout_3->addWidget(label);
+}
+
+void MainWindowForm::setUpPatternType() {
+    patternType = create<QTabWidget>("patternType", centralwidget);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+    policy.setHorizontalStretch(0);
+    policy.setVerticalStretch(0);
+    policy.setHeightForWidth(patternType->sizePolicy().hasHeightForWidth());
+    patternType->setSizePolicy(policy);
+    patternType->setMinimumSize(400, 0);
+    horizontalLayout_3->addWidget(patternType);
+    // The order of the pages is the numbering of the pattern types.
+    setUpOfficialPage();
+    setUpSinglePage();
+    setUpFlexiblePage();
+    setUpAssemblyPage();
+    setUpHalconPage();
+}
+
+void MainWindowForm::setUpOfficialPage() {
+    tab_3 = create<QWidget>("tab_3", patternType);
+    verticalLayout_2 = create<QVBoxLayout>("verticalLayout_2", tab_3);
+    label_20 = create<QLabel>("label_20", tab_3);
+    verticalLayout_2->addWidget(label_20);
+    officialPattern = create<CalTabComboBox>("officialPattern", tab_3);
+    verticalLayout_2->addWidget(officialPattern);
+    officialSpacer = createVerticalSpacer();
+    verticalLayout_2->addItem(officialSpacer);
+    patternType->addTab(tab_3, QString());
+}
+
+void MainWindowForm::setUpSinglePage() {
+    tabWidgetPage2 = create<QWidget>("tabWidgetPage2", patternType);
+    gridLayout_3 = create<QGridLayout>("gridLayout_3", tabWidgetPage2);
+    label_2 = createWrappedLabel("label_2", tabWidgetPage2);
+    gridLayout_3->addWidget(label_2, 0, 0, 1, 2);
+    label_3 = create<QLabel>("label_3", tabWidgetPage2);
+    gridLayout_3->addWidget(label_3, 1, 0);
+    singleGridSpacing = create<QComboBox>("singleGridSpacing", tabWidgetPage2);
+    gridLayout_3->addWidget(singleGridSpacing, 1, 1);
+    label_4 = create<QLabel>("label_4", tabWidgetPage2);
+    gridLayout_3->addWidget(label_4, 2, 0);
+    singleThickness = create<QComboBox>("singleThickness", tabWidgetPage2);
+    gridLayout_3->addWidget(singleThickness, 2, 1);
+    singlePolarity = create<QCheckBox>("singlePolarity", tabWidgetPage2);
+    singlePolarity->setChecked(true);
+    gridLayout_3->addWidget(singlePolarity, 3, 0, 1, 2);
+    singleSpacer = createVerticalSpacer();
+    gridLayout_3->addItem(singleSpacer, 4, 0);
+    patternType->addTab(tabWidgetPage2, QString());
+}
+
+void MainWindowForm::setUpFlexiblePage() {
+    tab = create<QWidget>("tab", patternType);
+    gridLayout = create<QGridLayout>("gridLayout", tab);
+    gridLayout->setColumnStretch(0, 1);
+    label_5 = createWrappedLabel("label_5", tab);
+    gridLayout->addWidget(label_5, 0, 0, 1, 4);
+    label_21 = createWrappedLabel("label_21", tab);
+    setFontSize(label_21, 8);
+    gridLayout->addWidget(label_21, 1, 0, 1, 4);
+    setUpFlexibleSize();
+    setUpFlexibleOffset();
+    flexiblePolarity = create<QCheckBox>("flexiblePolarity", tab);
+    flexiblePolarity->setChecked(true);
+    gridLayout->addWidget(flexiblePolarity, 8, 0, 1, 4);
+    flexibleSpacer = createVerticalSpacer();
+    gridLayout->addItem(flexibleSpacer, 9, 0);
+    patternType->addTab(tab, QString());
+}
+
+void MainWindowForm::setUpFlexibleSize() {
+    label_7 = create<QLabel>("label_7", tab);
+    gridLayout->addWidget(label_7, 2, 0);
+    flexibleWidth = createCountBox("flexibleWidth", tab, 5, 91);
+    gridLayout->addWidget(flexibleWidth, 2, 1);
+    label_10 = create<QLabel>("label_10", tab);
+    gridLayout->addWidget(label_10, 2, 2);
+    flexibleHeight = createCountBox("flexibleHeight", tab, 5, 91);
+    gridLayout->addWidget(flexibleHeight, 2, 3);
+    for (auto *box : {flexibleWidth, flexibleHeight}) {
+        box->setSingleStep(2);
+        box->setValue(15);
+    }
+    label_15 = create<QLabel>("label_15", tab);
+    gridLayout->addWidget(label_15, 3, 0);
+    flexibleOuterWidth = createLengthDisplay("flexibleOuterWidth", tab);
+    gridLayout->addWidget(flexibleOuterWidth, 3, 1);
+    label_16 = create<QLabel>("label_16", tab);
+    gridLayout->addWidget(label_16, 3, 2);
+    flexibleOuterHeight = createLengthDisplay("flexibleOuterHeight", tab);
+    gridLayout->addWidget(flexibleOuterHeight, 3, 3);
+    for (auto *box : {flexibleOuterWidth, flexibleOuterHeight}) {
+        box->setRange(5.0, 1000.0);
+        box->setValue(100.0);
+    }
+    label_14 = create<QLabel>("label_14", tab);
+    gridLayout->addWidget(label_14, 4, 0);
+    // Keeps the toolkit's upper bound of 99.99 mm on purpose.
+    flexibleGridSpacing = createLengthBox("flexibleGridSpacing", tab);
+    flexibleGridSpacing->setValue(12.5);
+    gridLayout->addWidget(flexibleGridSpacing, 4, 1, 1, 3);
+}
+
+void MainWindowForm::setUpFlexibleOffset() {
+    label_11 = create<QLabel>("label_11", tab);
+    gridLayout->addWidget(label_11, 5, 0, 1, 4);
+    label_12 = createAxisLabel("label_12", tab);
+    gridLayout->addWidget(label_12, 6, 0);
+    flexibleOffsetXSpacings = createCountBox("flexibleOffsetXSpacings", tab, -90, 90);
+    gridLayout->addWidget(flexibleOffsetXSpacings, 6, 1);
+    flexibleOffsetXMM = createLengthDisplay("flexibleOffsetXMM", tab);
+    flexibleOffsetXMM->setRange(-9999.0, 9999.0);
+    gridLayout->addWidget(flexibleOffsetXMM, 6, 3);
+    label_13 = createAxisLabel("label_13", tab);
+    gridLayout->addWidget(label_13, 7, 0);
+    flexibleOffsetYSpacings = createCountBox("flexibleOffsetYSpacings", tab, -90, 90);
+    gridLayout->addWidget(flexibleOffsetYSpacings, 7, 1);
+    flexibleOffsetYMM = createLengthDisplay("flexibleOffsetYMM", tab);
+    flexibleOffsetYMM->setRange(-9999.0, 9999.0);
+    gridLayout->addWidget(flexibleOffsetYMM, 7, 3);
+}
+
+void MainWindowForm::setUpAssemblyPage() {
+    tab_2 = create<QWidget>("tab_2", patternType);
+    gridLayout_4 = create<QGridLayout>("gridLayout_4", tab_2);
+    label_17 = createWrappedLabel("label_17", tab_2);
+    gridLayout_4->addWidget(label_17, 0, 0, 1, 2);
+    label_18 = create<QLabel>("label_18", tab_2);
+    gridLayout_4->addWidget(label_18, 1, 0);
+    assemblyGridSpacing = create<QComboBox>("assemblyGridSpacing", tab_2);
+    gridLayout_4->addWidget(assemblyGridSpacing, 1, 1);
+    label_19 = create<QLabel>("label_19", tab_2);
+    gridLayout_4->addWidget(label_19, 2, 0);
+    assemblyNumberOfPatterns = createCountBox("assemblyNumberOfPatterns", tab_2, 2, 18);
+    assemblyNumberOfPatterns->setValue(5);
+    gridLayout_4->addWidget(assemblyNumberOfPatterns, 2, 1);
+    assemblyPolarity = create<QCheckBox>("assemblyPolarity", tab_2);
+    assemblyPolarity->setChecked(true);
+    gridLayout_4->addWidget(assemblyPolarity, 3, 0);
+    assemblySpacer = createVerticalSpacer(262);
+    gridLayout_4->addItem(assemblySpacer, 4, 0);
+    patternType->addTab(tab_2, QString());
+}
+
+void MainWindowForm::setUpHalconPage() {
+    tabWidgetPage1 = create<QWidget>("tabWidgetPage1", patternType);
+    gridLayout_2 = create<QGridLayout>("gridLayout_2", tabWidgetPage1);
+    gridLayout_2->setColumnStretch(2, 1);
+    gridLayout_2->setColumnMinimumWidth(0, 10);
+    label_22 = create<QLabel>("label_22", tabWidgetPage1);
+    gridLayout_2->addWidget(label_22, 0, 0, 1, 3);
+    halconOuterSize = createLengthBox("halconOuterSize", tabWidgetPage1);
+    halconOuterSize->setRange(5.0, 1000.0);
+    halconOuterSize->setValue(100.0);
+    gridLayout_2->addWidget(halconOuterSize, 0, 3, 1, 2);
+    label_6 = create<QLabel>("label_6", tabWidgetPage1);
+    gridLayout_2->addWidget(label_6, 1, 0, 1, 3);
+    halconGridSpacing = createLengthDisplay("halconGridSpacing", tabWidgetPage1);
+    halconGridSpacing->setMaximum(10000.0);
+    gridLayout_2->addWidget(halconGridSpacing, 1, 3, 1, 2);
+    halconGapSpacer = new QSpacerItem(0, 10, QSizePolicy::Minimum, QSizePolicy::Minimum);
+    gridLayout_2->addItem(halconGapSpacer, 2, 2);
+    setUpHalconEncoding();
+    setUpHalconOffset();
+    halconSpacer = createVerticalSpacer();
+    gridLayout_2->addItem(halconSpacer, 10, 2);
+    patternType->addTab(tabWidgetPage1, QString());
+}
+
+void MainWindowForm::setUpHalconEncoding() {
+    halconEncodeNothing = create<QRadioButton>("halconEncodeNothing", tabWidgetPage1);
+    gridLayout_2->addWidget(halconEncodeNothing, 3, 0, 1, 5);
+    halconEncodeSpacing = create<QRadioButton>("halconEncodeSpacing", tabWidgetPage1);
+    halconEncodeSpacing->setChecked(true);
+    gridLayout_2->addWidget(halconEncodeSpacing, 4, 0, 1, 5);
+    thicknessLabel_2 = create<QLabel>("thicknessLabel_2", tabWidgetPage1);
+    gridLayout_2->addWidget(thicknessLabel_2, 5, 2);
+    halconThickness = createLengthBox("halconThickness", tabWidgetPage1);
+    halconThickness->setMaximum(100.0);
+    gridLayout_2->addWidget(halconThickness, 5, 3, 1, 2);
+    halconEncodeOffset = create<QRadioButton>("halconEncodeOffset", tabWidgetPage1);
+    gridLayout_2->addWidget(halconEncodeOffset, 6, 0, 1, 5);
+}
+
+void MainWindowForm::setUpHalconOffset() {
+    // The displays keep the toolkit's minimum of 0 on purpose: a negative offset shows as 0.00 mm.
+    label_8 = createAxisLabel("label_8", tabWidgetPage1);
+    gridLayout_2->addWidget(label_8, 7, 2);
+    halconOffsetXSpacings = createCountBox("halconOffsetXSpacings", tabWidgetPage1, -128, 127);
+    gridLayout_2->addWidget(halconOffsetXSpacings, 7, 3);
+    halconOffsetXMM = createLengthDisplay("halconOffsetXMM", tabWidgetPage1);
+    halconOffsetXMM->setMaximum(1000.0);
+    gridLayout_2->addWidget(halconOffsetXMM, 7, 4);
+    label_9 = createAxisLabel("label_9", tabWidgetPage1);
+    gridLayout_2->addWidget(label_9, 8, 2);
+    halconOffsetYSpacings = createCountBox("halconOffsetYSpacings", tabWidgetPage1, -128, 127);
+    gridLayout_2->addWidget(halconOffsetYSpacings, 8, 3);
+    halconOffsetYMM = createLengthDisplay("halconOffsetYMM", tabWidgetPage1);
+    halconOffsetYMM->setMaximum(1000.0);
+    gridLayout_2->addWidget(halconOffsetYMM, 8, 4);
+}
+
+void MainWindowForm::setUpPreview() {
+    groupBox = create<QGroupBox>("groupBox", centralwidget);
+    horizontalLayout_2 = create<QHBoxLayout>("horizontalLayout_2", groupBox);
+    preview = create<QGraphicsView>("preview", groupBox);
+    horizontalLayout_2->addWidget(preview);
+    horizontalLayout_3->addWidget(groupBox);
+}
+
+void MainWindowForm::retranslate(QMainWindow *window) {
+    window->setWindowTitle(QCoreApplication::translate("MainWindow", "Generate Calibration Pattern"));
+    retranslateButtons();
+    label->setText(QCoreApplication::translate(
+        "MainWindow",
+        "The generated calibration pattern data is provided free of charge to print or otherwise manufacture your own "
+        "calibration targets. The targets must only be used with the Vistrel SDK to calibrate cameras, robots or other "
+        "movement systems. Under no circumstances does this transfer any rights other than the right of use described "
+        "here. In particular you are not allowed to distribute your own calibration targets commercially."));
+    retranslateOfficialPage();
+    retranslateSinglePage();
+    retranslateFlexiblePage();
+    retranslateAssemblyPage();
+    retranslateHalconPage();
+    groupBox->setTitle(QCoreApplication::translate("MainWindow", "Preview"));
+}
+
+void MainWindowForm::retranslateButtons() {
+    saveBtn->setToolTip(
+        QCoreApplication::translate("MainWindow",
+                                    "<html><head/><body><p>Saves the pattern into a file. Different formats can be "
+                                    "selected in the save dialog.</p></body></html>"));
+    saveBtn->setText(QCoreApplication::translate("MainWindow", "Save All Patterns..."));
+    calibrateBtn->setToolTip(
+        QCoreApplication::translate("MainWindow", "Launch LmView to calibrate a pattern assembly..."));
+    calibrateBtn->setText(QCoreApplication::translate("MainWindow", "Calibrate an Assembly Pattern..."));
+}
+
+void MainWindowForm::retranslateOfficialPage() {
+    label_20->setText(QCoreApplication::translate("MainWindow", "Officially available pattern sizes."));
+    patternType->setTabText(patternType->indexOf(tab_3), QCoreApplication::translate("MainWindow", "Official"));
+}
+
+void MainWindowForm::retranslateSinglePage() {
+    setTexts({
+        {label_2,
+         QT_TRANSLATE_NOOP("MainWindow",
+                           "Patterns of size 15x15 with an encoded grid spacing and thickness. Small patches of the "
+                           "pattern can be observed on their own, but the encoded information can only be read when "
+                           "observing the whole pattern.")},
+        {label_3, QT_TRANSLATE_NOOP("MainWindow", "Grid Spacing")},
+        {label_4, QT_TRANSLATE_NOOP("MainWindow", "Thickness")},
+    });
+    singlePolarity->setText(QCoreApplication::translate("MainWindow", "Polarity"));
+    patternType->setTabText(patternType->indexOf(tabWidgetPage2), QCoreApplication::translate("MainWindow", "Custom"));
+}
+
+void MainWindowForm::retranslateFlexiblePage() {
+    setTexts({
+        {label_5, QT_TRANSLATE_NOOP("MainWindow", "Patterns of arbitrary size with an optional offset to the origin.")},
+        {label_7, QT_TRANSLATE_NOOP("MainWindow", "Size")},
+        {label_10, QT_TRANSLATE_NOOP("MainWindow", "x")},
+        {label_15, QT_TRANSLATE_NOOP("MainWindow", "Outer Size")},
+        {label_16, QT_TRANSLATE_NOOP("MainWindow", "x")},
+        {label_14, QT_TRANSLATE_NOOP("MainWindow", "Grid Spacing")},
+        {label_11, QT_TRANSLATE_NOOP("MainWindow", "Encoded Offset")},
+        {label_12, QT_TRANSLATE_NOOP("MainWindow", "X")},
+        {label_13, QT_TRANSLATE_NOOP("MainWindow", "Y")},
+    });
+    setMillimetreSuffix(
+        {flexibleOuterWidth, flexibleOuterHeight, flexibleGridSpacing, flexibleOffsetXMM, flexibleOffsetYMM});
+    flexiblePolarity->setText(QCoreApplication::translate("MainWindow", "Polarity"));
+    label_21->setText(QCoreApplication::translate(
+        "MainWindow",
+        "<html><head/><body>\n<table>\n<tr><td><img src=\":/vistrel/warning-icon-small.png\"/>&nbsp;&nbsp;&nbsp;</td>"
+        "<td><p> You can select an arbitrary grid spacing for Flexible patterns. This spacing is, however, not encoded "
+        "in the pattern. You need to save it and specify it manually whenever the pattern gets used.</p><p>For common "
+        "usages, where the flexibility of the pattern size and the offset is not needed, we therefore recommend using "
+        "an official pattern or a pattern of type Single.</p></td></tr>\n</table>\n</body></html>"));
+    patternType->setTabText(patternType->indexOf(tab), QCoreApplication::translate("MainWindow", "Flexible"));
+}
+
+void MainWindowForm::retranslateAssemblyPage() {
+    setTexts({
+        {label_17, QT_TRANSLATE_NOOP("MainWindow",
+                                     "Patterns of size 15x15 that can be calibrated to a common coordinate system.")},
+        {label_18, QT_TRANSLATE_NOOP("MainWindow", "Grid Spacing")},
+        {label_19, QT_TRANSLATE_NOOP("MainWindow", "Number of Patterns")},
+    });
+    assemblyPolarity->setText(QCoreApplication::translate("MainWindow", "Polarity"));
+    patternType->setTabText(patternType->indexOf(tab_2), QCoreApplication::translate("MainWindow", "Assembly"));
+}
+
+void MainWindowForm::retranslateHalconPage() {
+    setTexts({
+        {label_22, QT_TRANSLATE_NOOP("MainWindow", "Outer Size")},
+        {label_6, QT_TRANSLATE_NOOP("MainWindow", "Grid Spacing")},
+        {thicknessLabel_2, QT_TRANSLATE_NOOP("MainWindow", "Thickness")},
+        {label_8, QT_TRANSLATE_NOOP("MainWindow", "X")},
+        {label_9, QT_TRANSLATE_NOOP("MainWindow", "Y")},
+    });
+    halconEncodeNothing->setText(QCoreApplication::translate("MainWindow", "Encode no data"));
+    halconEncodeSpacing->setText(QCoreApplication::translate("MainWindow", "Encode spacing and thickness"));
+    halconEncodeOffset->setText(QCoreApplication::translate("MainWindow", "Encode an offset"));
+    halconOuterSize->setToolTip(
+        QCoreApplication::translate("MainWindow",
+                                    "<html><head/><body><p>Specifies the outer dimension of the border around the "
+                                    "pattern.</p></body></html>"));
+    // The placeholder stays as it is here; the tool tips resolve it when they are shown.
+    halconGridSpacing->setToolTip(QCoreApplication::translate(
+        "MainWindow",
+        "<html><head/><body><p>Shows the resulting <a href=\"%MANUAL%/guides/calibration/patterns.html\"><span "
+        "style=\" text-decoration: underline; color:#0000ff;\">grid spacing</span></a> for the given outer pattern "
+        "dimension.</p></body></html>"));
+    halconThickness->setToolTip(
+        QCoreApplication::translate("MainWindow",
+                                    "<html><head/><body><p>Specifies the pattern thickness to encode.</p></body>"
+                                    "</html>"));
+    setMillimetreSuffix({halconOuterSize, halconGridSpacing, halconThickness, halconOffsetXMM, halconOffsetYMM});
+    patternType->setTabText(patternType->indexOf(tabWidgetPage1), QCoreApplication::translate("MainWindow", "Halcon"));
+}
