@@ -1,0 +1,88 @@
+#include "generator/main_window.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QGraphicsView>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTabWidget>
+
+#include "generator/cal_tab_combo_box.h"
+#include "lmlib/error_report.h"
+#include "lmlib/lm_lib_exception.h"
+#include "ui/library_image.h"
+
+MainWindow::MainWindow() {
+    form.setUp(this);
+    form.preview->setScene(&scene);
+    form.patternType->setCurrentIndex(static_cast<int>(PatternType::Official));
+    fillChoiceLists();
+    connectInputs();
+    update();
+}
+
+void MainWindow::connectInputs() {
+    const struct {
+        QObject *sender;
+        const char *signal;
+        const char *slot;
+    } connections[] = {
+        {form.patternType, SIGNAL(currentChanged(int)), SLOT(update())},
+        {form.officialPattern, SIGNAL(currentIndexChanged(int)), SLOT(update())},
+        {form.singleGridSpacing, SIGNAL(currentIndexChanged(int)), SLOT(update())},
+        {form.singleThickness, SIGNAL(currentIndexChanged(int)), SLOT(update())},
+        {form.singlePolarity, SIGNAL(toggled(bool)), SLOT(update())},
+        {form.flexibleWidth, SIGNAL(valueChanged(int)), SLOT(update())},
+        {form.flexibleHeight, SIGNAL(valueChanged(int)), SLOT(update())},
+        {form.flexibleGridSpacing, SIGNAL(valueChanged(double)), SLOT(update())},
+        {form.flexibleOffsetXSpacings, SIGNAL(valueChanged(int)), SLOT(update())},
+        {form.flexibleOffsetYSpacings, SIGNAL(valueChanged(int)), SLOT(update())},
+        {form.flexiblePolarity, SIGNAL(toggled(bool)), SLOT(update())},
+        {form.assemblyGridSpacing, SIGNAL(currentIndexChanged(int)), SLOT(update())},
+        {form.assemblyNumberOfPatterns, SIGNAL(valueChanged(int)), SLOT(update())},
+        {form.assemblyPolarity, SIGNAL(toggled(bool)), SLOT(update())},
+        {form.halconEncodeNothing, SIGNAL(toggled(bool)), SLOT(update())},
+        {form.halconEncodeSpacing, SIGNAL(toggled(bool)), SLOT(update())},
+        {form.halconEncodeOffset, SIGNAL(toggled(bool)), SLOT(update())},
+        {form.halconThickness, SIGNAL(valueChanged(double)), SLOT(update())},
+        {form.halconOffsetXSpacings, SIGNAL(valueChanged(int)), SLOT(update())},
+        {form.halconOffsetYSpacings, SIGNAL(valueChanged(int)), SLOT(update())},
+        {form.halconOuterSize, SIGNAL(valueChanged(double)), SLOT(update())},
+        {form.saveBtn, SIGNAL(clicked()), SLOT(savePatterns())},
+        {form.calibrateBtn, SIGNAL(clicked()), SLOT(openCalTabCalibration())},
+    };
+    // By signature: the search for update() begins at this class, so that its slot is found, not the widget's.
+    for (const auto &connection : connections) {
+        connect(connection.sender, connection.signal, this, connection.slot);
+    }
+}
+
+void MainWindow::update() {
+    try {
+        enableHalconInputs();
+        recomputeDerivedValues();
+        generatePreview();
+    } catch (const LmLibException &exception) {
+        showErrorReport(exception);
+    }
+}
+
+void MainWindow::enableHalconInputs() {
+    // With no data to encode the offsets stay enabled on purpose, although they are not sent.
+    const bool encodesSpacing = form.halconEncodeSpacing->isChecked();
+    form.halconThickness->setEnabled(encodesSpacing);
+    form.halconOffsetXSpacings->setEnabled(!encodesSpacing);
+    form.halconOffsetYSpacings->setEnabled(!encodesSpacing);
+}
+
+void MainWindow::resizeEvent(QResizeEvent *event) {
+    QMainWindow::resizeEvent(event);
+    fitViewToScene(form.preview);
+}
+
+void MainWindow::showEvent(QShowEvent * /*event*/) {
+    // Only refits the picture; the base class's handler is left out on purpose, and its resize handler does not look
+    // at the event.
+    resizeEvent(nullptr);
+}

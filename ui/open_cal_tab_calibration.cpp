@@ -1,0 +1,20 @@
+// The way to the viewer, which calibrates a printed assembly.
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QProcess>
+
+#include "generator/main_window.h"
+#include "lmlib/tree_item.h"
+
+void MainWindow::openCalTabCalibration() {
+    // Unchecked on purpose: a library that knows no viewer has none that exists, which is said below.
+    const std::string path = TreeItem()["Path"]["Application"]["LmView"].asStringUnchecked();
+    const QString program = QString::fromLocal8Bit(path.c_str());
+    if (!QFileInfo::exists(program)) {
+        QMessageBox::warning(nullptr, tr("Error"), tr("%1 does not exist").arg(program), QMessageBox::Ok);
+    } else if (!QFileInfo(program).isExecutable()) {
+        QMessageBox::warning(nullptr, tr("Error"), tr("%1 is not executable").arg(program), QMessageBox::Ok);
+    } else {
+        QProcess::startDetached(program, {QStringLiteral("--caltab-calibration")});
+    }
+}

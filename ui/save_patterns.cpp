@@ -1,0 +1,34 @@
+// Saving: the camera library writes the file, in the format that the name's ending asks for.
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include "generator/main_window.h"
+#include "lmlib/error_report.h"
+#include "lmlib/lm_lib_exception.h"
+#include "lmlib/tree_command.h"
+#include "lmlib/tree_item.h"
+
+void MainWindow::savePatterns() {
+    QString fileName = QFileDialog::getSaveFileName(this, tr("Save pattern..."), lastSaveDirectory,
+                                                    tr("Portable Document Format(*.pdf);;JSON Format (*.json)"));
+    if (fileName.isEmpty()) {
+        return;
+    }
+    // Any dot counts, whatever follows it, and whichever filter was chosen.
+    if (!QFileInfo(fileName).fileName().contains(QLatin1Char('.'))) {
+        fileName += QStringLiteral(".pdf");
+    }
+    lastSaveDirectory = QFileInfo(fileName).path();
+    try {
+        const TreeCommand command("GenerateCalibrationPattern");
+        command.parameters()["Filename"] = fileName.toLocal8Bit().toStdString();
+        for (std::int32_t i = 0; i < patternCount(); ++i) {
+            writePatternParameters(command.parameters()["Patterns"][i], i);
+        }
+        std::int32_t code = 0;
+        command.execute(&code, "", true);
+        command.checkResult(code);
+    } catch (const LmLibException &exception) {
+        showErrorReport(exception);
+    }
+}
