@@ -1,0 +1,271 @@
+// The library's C interface over the scripted state.
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <utility>
+
+#include "camera_library/lmlib64.h"
+#include "tests/scripted_lmlib64/library_state.h"
+
+namespace {
+
+using scripted_lmlib64::Binary;
+using scripted_lmlib64::Call;
+using scripted_lmlib64::Failure;
+using scripted_lmlib64::Json;
+using scripted_lmlib64::LibraryState;
+
+std::string textOf(const char *text) {
+    return text == nullptr ? std::string() : std::string(text);
+}
+
+const char *textOf(bool value) {
+    return value ? "true" : "false";
+}
+
+std::string textOf(double value) {
+    std::array<char, 64> buffer{};
+    const std::to_chars_result end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return {buffer.data(), end.ptr};
+}
+
+// " name" where the caller has a target for it.
+std::string requested(const void *target, const char *name) {
+    return target == nullptr ? std::string() : " " + std::string(name);
+}
+
+template <typename Value>
+void put(Value *target, Value value) {
+    if (target != nullptr) {
+        *target = value;
+    }
+}
+
+// Keeps a returned text until the calling thread's next call.
+const char *kept(std::string text) {
+    thread_local std::string last;
+    last = std::move(text);
+    return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): it outlives the call
+}
+
+// Every function: records the call, gives the scripted result or does the action, and lets no exception out.
+template <typename Value, typename Action>
+Value answer(std::int32_t *result, const char *function, const char *path, const std::string &value,
+             const Value &failureValue, Action action) {
+    LibraryState &state = LibraryState::instance();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    std::int32_t code = LmLibResultOperationSucceeded;
+    Value returned = failureValue;
+    try {
+        const Call call{function, textOf(path), value, result != nullptr};
+        state.record(call);
+        if (const auto scripted = state.scriptedResult(call)) {
+            code = *scripted;
+        } else {
+            returned = action(state, call.path);
+        }
+    } catch (const Failure &failure) {
+        code = failure.code;
+    } catch (...) {
+        code = LmLibResultInternalError;
+    }
+    put(result, code);
+    return returned;
+}
+
+template <typename Action>
+void perform(std::int32_t *result, const char *function, const char *path, const std::string &value, Action action) {
+    answer(result, function, path, value, 0, [&](LibraryState &state, const std::string &at) {
+        action(state, at);
+        return 0;
+    });
+}
+
+void require(bool holds) {
+    if (!holds) {
+        throw Failure{LmLibResultItemTypeNotCompatible};
+    }
+}
+
+}  // namespace
+
+const char *lmLibGetString(int32_t *result, const char *path) {
+    return answer<const char *>(result, "lmLibGetString", path, "", nullptr,
+                                [](const LibraryState &state, const std::string &at) {
+                                    const Json &node = state.tree.at(at);
+                                    require(node.is_string());
+                                    return kept(node.get<std::string>());
+                                });
+}
+
+void lmLibSetString(int32_t *result, const char *path, const char *text) {
+    perform(result, "lmLibSetString", path, textOf(text),
+            [&](LibraryState &state, const std::string &at) { state.writeString(at, textOf(text)); });
+}
+
+int32_t lmLibGetInt(int32_t *result, const char *path) {
+    return answer<int32_t>(result, "lmLibGetInt", path, "", 0, [](const LibraryState &state, const std::string &at) {
+        const Json &node = state.tree.at(at);
+        require(node.is_number());
+        const auto value = node.get<double>();
+        require(value == std::trunc(value) && std::abs(value) <= std::numeric_limits<int32_t>::max());
+        return static_cast<int32_t>(value);
+    });
+}
+
+void lmLibSetInt(int32_t *result, const char *path, int32_t value) {
+    perform(result, "lmLibSetInt", path, std::to_string(value),
+            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value); });
+}
+
+double lmLibGetDouble(int32_t *result, const char *path) {
+    return answer<double>(result, "lmLibGetDouble", path, "", 0.0,
+                          [](const LibraryState &state, const std::string &at) {
+                              const Json &node = state.tree.at(at);
+                              require(node.is_number());
+                              return node.get<double>();
+                          });
+}
+
+void lmLibSetDouble(int32_t *result, const char *path, double value) {
+    perform(result, "lmLibSetDouble", path, textOf(value),
+            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value); });
+}
+
+int32_t lmLibGetBool(int32_t *result, const char *path) {
+    return answer<int32_t>(result, "lmLibGetBool", path, "", 0, [](const LibraryState &state, const std::string &at) {
+        const Json &node = state.tree.at(at);
+        require(node.is_boolean());
+        return node.get<bool>() ? 1 : 0;
+    });
+}
+
+void lmLibSetBool(int32_t *result, const char *path, int32_t value) {
+    perform(result, "lmLibSetBool", path, textOf(value != 0),
+            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value != 0); });
+}
+
+void lmLibSetNull(int32_t *result, const char *path) {
+    perform(result, "lmLibSetNull", path, "",
+            [](LibraryState &state, const std::string &at) { state.tree.set(at, nullptr); });
+}
+
+const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint, int32_t numberPrecision,
+                         int32_t allowScientificFormat) {
+    const std::string value = std::string(textOf(prettyPrint != 0)) + " " + std::to_string(numberPrecision) + " " +
+                              textOf(allowScientificFormat != 0);
+    return answer<const char *>(
+        result, "lmLibGetJson", path, value, nullptr, [&](const LibraryState &state, const std::string &at) {
+            return kept(state.tree.at(at).dump(prettyPrint != 0 ? 2 : -1, ' ', false, Json::error_handler_t::replace));
+        });
+}
+
+void lmLibSetJson(int32_t *result, const char *path, const char *json) {
+    perform(result, "lmLibSetJson", path, textOf(json), [&](LibraryState &state, const std::string &at) {
+        const Json value = Json::parse(textOf(json), nullptr, false);
+        if (value.is_discarded()) {
+            throw Failure{LmLibResultCouldNotInterpretJsonText};
+        }
+        state.tree.set(at, value);
+    });
+}
+
+int32_t lmLibGetType(int32_t *result, const char *path) {
+    return answer<int32_t>(result, "lmLibGetType", path, "", LmLibTypeAbsent,
+                           [](const LibraryState &state, const std::string &at) { return state.tree.typeAt(at); });
+}
+
+int32_t lmLibGetCount(int32_t *result, const char *path) {
+    return answer<int32_t>(result, "lmLibGetCount", path, "", 0, [](const LibraryState &state, const std::string &at) {
+        const Json &node = state.tree.at(at);
+        require(node.is_structured() || node.is_binary());
+        return static_cast<int32_t>(node.is_binary() ? state.tree.binaryAt(at).bytes.size() : node.size());
+    });
+}
+
+const char *lmLibGetName(int32_t *result, const char *path) {
+    return answer<const char *>(result, "lmLibGetName", path, "", nullptr,
+                                [](const LibraryState &state, const std::string &at) {
+                                    state.tree.at(at);
+                                    return kept(scripted_lmlib64::NodeTree::nameOf(at));
+                                });
+}
+
+void lmLibErase(int32_t *result, const char *path) {
+    perform(result, "lmLibErase", path, "", [](LibraryState &state, const std::string &at) { state.tree.erase(at); });
+}
+
+const char *lmLibMakeUniqueItem(int32_t *result, const char *parentPath, const char *baseName) {
+    return answer<const char *>(
+        result, "lmLibMakeUniqueItem", parentPath, textOf(baseName), nullptr,
+        [&](LibraryState &state, const std::string &at) { return kept(state.makeUniqueItem(at, textOf(baseName))); });
+}
+
+void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t waitForChange) {
+    perform(result, "lmLibWaitForType", path, std::to_string(type) + " " + textOf(waitForChange != 0),
+            [&](LibraryState &state, const std::string &at) { state.waitForType(at, type, waitForChange != 0); });
+}
+
+void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height, int32_t *channelCount,
+                        int32_t *bytesPerElement, int32_t *isFloat, double *timestamp) {
+    std::string targets = requested(width, "width") + requested(height, "height") +
+                          requested(channelCount, "channelCount") + requested(bytesPerElement, "bytesPerElement") +
+                          requested(isFloat, "isFloat") + requested(timestamp, "timestamp");
+    targets.erase(0, 1);
+    perform(result, "lmLibGetBinaryInfo", path, targets, [&](const LibraryState &state, const std::string &at) {
+        const Binary &binary = state.tree.binaryAt(at);
+        put(width, binary.width);
+        put(height, binary.height);
+        put(channelCount, binary.channelCount);
+        put(bytesPerElement, binary.bytesPerElement);
+        put(isFloat, binary.isFloat ? 1 : 0);
+        put(timestamp, binary.timestamp);
+    });
+}
+
+void lmLibGetBinary(int32_t *result, const char *path, void *destination, int32_t destinationSize, int32_t *bytesCopied,
+                    double *timestamp) {
+    const std::string value =
+        std::to_string(destinationSize) + requested(bytesCopied, "bytesCopied") + requested(timestamp, "timestamp");
+    perform(result, "lmLibGetBinary", path, value, [&](const LibraryState &state, const std::string &at) {
+        const Binary &binary = state.tree.binaryAt(at);
+        if (destinationSize < 0) {
+            throw Failure{LmLibResultInvalidBufferSize};
+        }
+        if (static_cast<std::size_t>(destinationSize) < binary.bytes.size()) {
+            throw Failure{LmLibResultBufferTooSmall};
+        }
+        if (destination != nullptr && !binary.bytes.empty()) {
+            std::memcpy(destination, binary.bytes.data(), binary.bytes.size());
+        }
+        put(bytesCopied, binary.reportedBytesCopied.value_or(static_cast<int32_t>(binary.bytes.size())));
+        put(timestamp, binary.timestamp);
+    });
+}
+
+void lmLibWriteDebugMessage(int32_t *result, const char *message) {
+    perform(result, "lmLibWriteDebugMessage", "", textOf(message),
+            [&](LibraryState &state, const std::string &) { state.debugMessages.push_back(textOf(message)); });
+}
+
+const char *lmLibGetDebugBuffer(int32_t *result) {
+    return answer<const char *>(result, "lmLibGetDebugBuffer", "", "", nullptr,
+                                [](const LibraryState &state, const std::string &) {
+                                    if (state.debugMessages.empty()) {
+                                        throw Failure{LmLibResultNoDebugData};
+                                    }
+                                    std::string lines;
+                                    for (const std::string &message : state.debugMessages) {
+                                        lines += message + "\n";
+                                    }
+                                    return kept(lines);
+                                });
+}
+
+// Leaves the tree as it is, for a test to look at.
+void lmLibFinalize(int32_t *result) {
+    perform(result, "lmLibFinalize", "", "", [](LibraryState &, const std::string &) {});
+}
