@@ -1,0 +1,132 @@
+#include "camera_library/output/page_layout.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace lmlib64 {
+
+namespace {
+
+constexpr double margin = 5.0;
+constexpr double gap = 2.0;             // between the quiet zone and a bar
+constexpr double captionDepth = 4.5;    // from a bar's ticks down to the caption's base line
+constexpr double captionDescent = 1.0;  // below the base line
+constexpr double bottomStrip = gap + CheckBar::depth + captionDepth + captionDescent;
+constexpr double sideStrip = gap + CheckBar::depth;
+constexpr double labelGap = 1.5;  // between a bar and its label
+constexpr double longestBar = 100.0;
+constexpr double barStep = 10.0;
+constexpr double smallestMeasuredSide = 210.0;  // of a page made to measure: bars and caption need some room
+constexpr double tolerance = 1e-9;              // a pattern that fits exactly does fit
+
+struct PageSize {
+    double width;
+    double height;
+};
+
+constexpr std::array standardPages{
+    PageSize{210, 297}, PageSize{297, 210}, PageSize{297, 420}, PageSize{420, 297},  PageSize{420, 594},
+    PageSize{594, 420}, PageSize{594, 841}, PageSize{841, 594}, PageSize{841, 1189}, PageSize{1189, 841},
+};
+
+// The pattern with its quiet zone.
+PageSize blockOf(const PatternGeometry &geometry) {
+    return {geometry.width + 2.0 * geometry.quietZone, geometry.height + 2.0 * geometry.quietZone};
+}
+
+double wholeSteps(double length) {
+    return std::min(longestBar, std::floor((length + tolerance) / barStep) * barStep);
+}
+
+// An L of two bars to the left of and below the pattern. Around a small pattern it keeps the distance that
+// lets the bars end short of each other.
+void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
+    const Point centre{layout.width / 2.0, layout.height / 2.0};
+    const double reach = longestBar / 2.0;
+    const double left = centre.x - std::min(std::max(block.width / 2.0, reach), block.width / 2.0 + freeX - sideStrip);
+    const double below =
+        centre.y + std::min(std::max(block.height / 2.0, reach), block.height / 2.0 + freeY - bottomStrip);
+    const Point x{centre.x - reach, below + gap};
+    const Point y{left - sideStrip, centre.y - reach};
+    layout.barAlongX = {x, longestBar, false, {x.x + longestBar + labelGap, x.y + CheckBar::depth}};
+    layout.barAlongY = {y, longestBar, true, {y.x + CheckBar::depth, y.y - labelGap}};
+    layout.caption = {centre.x, below + gap + CheckBar::depth + captionDepth};
+}
+
+// Both bars below the pattern, where its sides leave no room.
+void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
+    const Point centre{layout.width / 2.0, layout.height / 2.0};
+    const double bottom = centre.y + block.height / 2.0 + gap + lengthAlongY;
+    const Point x{centre.x - longestBar / 2.0, bottom - CheckBar::depth};
+    const Point y{x.x - gap - 2.0 * CheckBar::depth, bottom - lengthAlongY};
+    layout.barAlongX = {x, longestBar, false, {x.x + longestBar + labelGap, bottom}};
+    layout.barAlongY = {y, lengthAlongY, true, {y.x - labelGap, bottom}};
+    layout.caption = {centre.x, bottom + captionDepth};
+}
+
+std::optional<PageLayout> layOutOn(PageSize page, const PatternGeometry &geometry) {
+    const PageSize block = blockOf(geometry);
+    const double freeX = (page.width - block.width) / 2.0 - margin + tolerance;
+    const double freeY = (page.height - block.height) / 2.0 - margin + tolerance;
+    if (freeX < 0.0 || freeY < bottomStrip) {
+        return std::nullopt;
+    }
+    PageLayout layout;
+    layout.width = page.width;
+    layout.height = page.height;
+    layout.pattern = {(page.width - geometry.width) / 2.0, (page.height - geometry.height) / 2.0};
+    layout.captionWidth = page.width - 2.0 * margin;
+    if (freeX >= sideStrip) {
+        placeBarsAlongside(layout, block, freeX, freeY);
+        return layout;
+    }
+    const double lengthBelow = wholeSteps(freeY - gap - captionDepth - captionDescent);
+    if (lengthBelow < barStep) {
+        return std::nullopt;
+    }
+    placeBarsBelow(layout, block, lengthBelow);
+    return layout;
+}
+
+}  // namespace
+
+std::optional<PageLayout> layOutPage(const PatternGeometry &geometry) {
+    for (const PageSize &page : standardPages) {
+        if (const std::optional<PageLayout> layout = layOutOn(page, geometry)) {
+            return layout;
+        }
+    }
+    const PageSize block = blockOf(geometry);
+    const PageSize measured{std::max(block.width + 2.0 * (margin + sideStrip), smallestMeasuredSide),
+                            std::max(block.height + 2.0 * (margin + bottomStrip), smallestMeasuredSide)};
+    if (std::max(measured.width, measured.height) > largestPageSide) {
+        return std::nullopt;
+    }
+    return layOutOn(measured, geometry);
+}
+
+std::vector<Rectangle> checkBarShapes(const CheckBar &bar) {
+    constexpr double lineWidth = 0.25;
+    constexpr double tickWidth = 0.2;
+    const int steps = static_cast<int>(std::lround(bar.length / barStep));
+    std::vector<Rectangle> shapes{{0.0, 0.0, bar.length, lineWidth}};
+    for (int step = 0; step <= steps; ++step) {
+        // The first and last tick lie within the bar, so that it is as long as it says from edge to edge.
+        const double middle = std::clamp(step * barStep, tickWidth / 2.0, bar.length - tickWidth / 2.0);
+        const bool isEnd = step == 0 || step == steps;
+        const double tick = isEnd ? CheckBar::depth : (step % 5 == 0 ? 2.2 : 1.4);
+        const double left = step == steps ? bar.length - tickWidth : middle - tickWidth / 2.0;
+        shapes.push_back({left, 0.0, step == steps ? bar.length : middle + tickWidth / 2.0, tick});
+    }
+    for (Rectangle &shape : shapes) {
+        if (bar.isAlongY) {
+            shape = {shape.top, shape.left, shape.bottom, shape.right};
+        }
+        shape = {shape.left + bar.start.x, shape.top + bar.start.y, shape.right + bar.start.x,
+                 shape.bottom + bar.start.y};
+    }
+    return shapes;
+}
+
+}  // namespace lmlib64

@@ -1,0 +1,35 @@
+#include "camera_library/pattern/checkerboard.h"
+
+#include <cstddef>
+
+namespace lmlib64 {
+
+PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing, bool polarity) {
+    const double side = gridSpacing / 2.0;
+    const int columns = innerCorners[0] + 1;
+    const int rows = innerCorners[1] + 1;
+
+    PatternGeometry geometry;
+    geometry.width = columns * side;
+    geometry.height = rows * side;
+    geometry.quietZone = side;
+    geometry.squareSide = side;
+    geometry.lattice = {innerCorners[0], innerCorners[1], side, {side, side}};
+    if (side <= 0.0) {
+        return geometry;
+    }
+    geometry.rectangles.reserve((static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows) + 1) / 2);
+    for (int row = 0; row < rows; ++row) {
+        for (int column = 0; column < columns; ++column) {
+            const bool isDark = ((column + row) % 2 == 0) == polarity;
+            if (isDark) {
+                // Edges are products, never sums, so that neighbours meet in the same number.
+                geometry.rectangles.push_back({column * side, row * side, (column + 1) * side, (row + 1) * side});
+            }
+            // A mark is a centred rectangle of a third of the side, added here for dark and light squares alike.
+        }
+    }
+    return geometry;
+}
+
+}  // namespace lmlib64

@@ -1,0 +1,45 @@
+#include "camera_library/pattern/halcon_plate.h"
+
+namespace lmlib64 {
+
+namespace {
+
+constexpr int marksPerSide = 7;
+
+// The frame's light inside with its top-left corner cut off by the triangle: triangle and frame are one
+// dark shape, without an edge between them.
+Polygon insideOfFrame(double outerSize, double frameWidth, double triangleLeg) {
+    const double near = frameWidth;
+    const double far = outerSize - frameWidth;
+    return {{near + triangleLeg, near}, {far, near}, {far, far}, {near, far}, {near, near + triangleLeg}};
+}
+
+}  // namespace
+
+PatternGeometry halconPlate(double gridSpacing, bool polarity) {
+    const double outerSize = 8.0 * gridSpacing;
+
+    PatternGeometry geometry;
+    geometry.width = outerSize;
+    geometry.height = outerSize;
+    geometry.squareSide = gridSpacing / 2.0;
+    geometry.quietZone = geometry.squareSide;
+    geometry.lattice = {marksPerSide, marksPerSide, gridSpacing, {gridSpacing, gridSpacing}};
+    if (gridSpacing <= 0.0) {
+        return geometry;
+    }
+    // Exchanging dark and light would add the outer size as one more shape; as the frame already is that
+    // shape, it is left out instead.
+    if (polarity) {
+        geometry.rectangles.push_back({0.0, 0.0, outerSize, outerSize});
+    }
+    geometry.polygons.push_back(insideOfFrame(outerSize, gridSpacing / 4.0, gridSpacing * 0.75));
+    for (int row = 0; row < marksPerSide; ++row) {
+        for (int column = 0; column < marksPerSide; ++column) {
+            geometry.circles.push_back({geometry.lattice.at(column, row), gridSpacing / 4.0});
+        }
+    }
+    return geometry;
+}
+
+}  // namespace lmlib64

@@ -1,0 +1,57 @@
+// Reads checked values out of a command's parameter object. Every operation throws CommandFailure with the
+// symbol "InvalidParameter" and one sentence that names the parameter, its value and what is allowed.
+#pragma once
+
+#include <array>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "camera_library/tree/node.h"
+
+namespace lmlib64 {
+
+/// An inclusive range and the unit that follows it in texts: "" or "mm".
+struct NumberRange {
+    double minimum;
+    double maximum;
+    const char *unit;
+};
+
+/// One object of parameters. Refers to the node it was made with.
+class ParameterReader {
+public:
+    /// `place` names the object within the parameters, such as "Patterns[0]"; empty for the parameters themselves.
+    /// A null node counts as an object without children.
+    ParameterReader(const Node &object, std::string place);
+
+    /// Fails where the object has a child of any other name; `what` says what has these parameters.
+    void allowOnly(std::initializer_list<std::string_view> names, std::string_view what) const;
+
+    bool has(std::string_view name) const { return node.find(name) != nullptr; }
+    const Node *find(std::string_view name) const { return node.find(name); }
+
+    std::optional<bool> boolean(std::string_view name) const;
+    std::optional<std::string> text(std::string_view name) const;
+    std::optional<double> number(std::string_view name, NumberRange range) const;
+    std::optional<int> integer(std::string_view name, NumberRange range) const;
+    std::optional<std::array<double, 2>> numberPair(std::string_view name, NumberRange range) const;
+    std::optional<std::array<int, 2>> integerPair(std::string_view name, NumberRange range) const;
+
+    /// `required` is what the missing parameter has to be: "a number from 0 to 1000 mm".
+    [[noreturn]] void failMissing(std::string_view name, const std::string &required) const;
+    [[noreturn]] void failValue(std::string_view name, const std::string &required) const;
+
+private:
+    std::string fullName(std::string_view name) const;
+
+    const Node &node;
+    std::string place;
+};
+
+/// "a number from 0 to 1000 mm", "an integer from 2 to 200"
+std::string numberDescription(NumberRange range);
+std::string integerDescription(NumberRange range);
+
+}  // namespace lmlib64
