@@ -16,15 +16,16 @@
  *   (LmLibResultNestingLimitReached beyond).
  * Writing. A write replaces whatever the node held. Writing below an absent node creates the objects and
  *   arrays on the way. An array index may be at most one past the end (LmLibResultItemPathInvalid beyond).
- *   A leaf has no children: reading or writing below one is LmLibResultItemTypeNotCompatible.
+ *   A leaf has no children, an object has none by index and an array none by name: reading or writing there
+ *   is LmLibResultItemTypeNotCompatible.
  * Reading. Reading an absent node is LmLibResultItemInexistent; reading a node of another type is
  *   LmLibResultItemTypeNotCompatible.
  * Protected nodes. The root, /Path and every node below /Path belong to the library: writing or erasing
  *   one is LmLibResultItemProtected. /Path/Manual is the folder of the manual and
  *   /Path/Application/LmView the file of the viewer, both absolute and whether or not they exist.
  * Results. Every function takes first a pointer to a result code, which it always sets; the pointer may
- *   be null. After any code but LmLibResultOperationSucceeded the tree is as it was and the returned value
- *   is 0 or null. A path or text that is null counts as the empty text.
+ *   be null. After any code but LmLibResultOperationSucceeded the tree is as it was, and what the function
+ *   returns and passes out through pointers is 0 or null. A path or text that is null counts as the empty text.
  * Texts. Narrow and NUL-terminated. Texts are kept as the bytes they are; file names among them are in
  *   the system's local 8-bit encoding, catalogue names in UTF-8. Returned texts belong to the library and
  *   stay valid until the calling thread's next call into the library.
@@ -38,10 +39,11 @@
  * A slot is a child of /Execute, usually made with lmLibMakeUniqueItem. Write the parameters below the
  * slot's "Parameters", then the command's name as a string to its "Command": the command starts, with the
  * parameters as they are then. When it has finished, "Result" holds what it returned and "Command" turns
- * to null; wait for that with lmLibWaitForType. A failed command leaves "Result"/"ErrorSymbol",
- * "Result"/"ErrorText" and the command's name in "Result"/"Execute"/"Command". Writing "Command" while the
- * slot's command has not finished is LmLibResultCommandRunning; erasing or replacing such a slot is safe
- * and drops what the command returns.
+ * to null; wait for that with lmLibWaitForType. An earlier "Result" goes when the command starts. A failed command,
+ * or one that does not exist, leaves "Result"/"ErrorSymbol", "Result"/"ErrorText" and the command's name in
+ * "Result"/"Execute"/"Command". Writing or erasing "Command" while the slot's command has not finished is
+ * LmLibResultCommandRunning; erasing or replacing the slot then is safe and drops what the command returns.
+ * Elements of an array are no slots.
  */
 #ifndef CAMERA_LIBRARY_LMLIB64_H
 #define CAMERA_LIBRARY_LMLIB64_H
@@ -64,6 +66,9 @@ extern "C" {
 
 /** The greatest number of parts in a path, and so the greatest depth of the tree. */
 #define LMLIB_MAXIMUM_DEPTH 64
+
+/** The greatest number of bytes in a text that lmLibSetJson reads. */
+#define LMLIB_MAXIMUM_JSON_SIZE 16777216
 
 /** Result codes; the names follow the codes' symbols. */
 enum LmLibResult {
@@ -116,7 +121,7 @@ LMLIB64_API const char *lmLibGetString(int32_t *result, const char *path);
 /** Makes the node a string. Written to a slot's "Command", it starts the command of that name. */
 LMLIB64_API void lmLibSetString(int32_t *result, const char *path, const char *text);
 
-/** The value of a number node that is a whole number in the range of int32_t. */
+/** The value of a number node that is a whole number in the range of int32_t; LmLibResultItemTypeNotCompatible. */
 LMLIB64_API int32_t lmLibGetInt(int32_t *result, const char *path);
 
 /** Makes the node a number. */
@@ -140,13 +145,18 @@ LMLIB64_API void lmLibSetNull(int32_t *result, const char *path);
 /**
  * The node and all below it as JSON text in UTF-8 (bytes that are not UTF-8 are replaced by U+FFFD).
  * numberPrecision is the number of significant digits of a number that is not whole, 1 to 18; 0 is the
- * fewest that read back to the same value. Without allowScientificFormat no number has an exponent.
- * A binary node becomes an object with its format and its byte count.
+ * fewest that read back to the same value (LmLibResultInvalidParameters for any other). A number below 1e-5
+ * or from 1e17 on has an exponent with allowScientificFormat, and none has one without. A binary node
+ * becomes an object with its format and its "ByteCount".
  */
 LMLIB64_API const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint, int32_t numberPrecision,
                                      int32_t allowScientificFormat);
 
-/** Replaces the node by what the JSON text says; starts no command. LmLibResultCouldNotInterpretJsonText. */
+/**
+ * Replaces the node by what the JSON text in UTF-8 says; starts no command.
+ * LmLibResultCouldNotInterpretJsonText where it is no JSON, where it is longer than LMLIB_MAXIMUM_JSON_SIZE,
+ * where a number is beyond the range of double, a text holds U+0000 or a name is none that a path can hold.
+ */
 LMLIB64_API void lmLibSetJson(int32_t *result, const char *path, const char *json);
 
 /** The node's type, an LmLibType. An absent node is LmLibTypeAbsent with LmLibResultItemInexistent. */
@@ -162,17 +172,17 @@ LMLIB64_API const char *lmLibGetName(int32_t *result, const char *path);
 LMLIB64_API void lmLibErase(int32_t *result, const char *path);
 
 /**
- * Makes a new empty object below the parent and returns its path. Its name is baseName and a number, and
- * no child ever had it since the library was last finalised.
- * LmLibResultItemMaximumUniqueCountReached when the numbers are used up.
+ * Makes a new empty object below the parent and returns its path. Its name is baseName, an underscore where
+ * that ends in a digit, and a number; no child of the parent has it, and no item made here had it since the
+ * library was last finalised. LmLibResultItemMaximumUniqueCountReached when the numbers are used up.
  */
 LMLIB64_API const char *lmLibMakeUniqueItem(int32_t *result, const char *parentPath, const char *baseName);
 
 /**
  * Waits until the node has the type. There is no time limit. Without waitForChange the node is looked at
  * only once, and another type is LmLibResultTimeout. A node that is absent, or goes away while waited for,
- * is LmLibResultItemInexistent (unless LmLibTypeAbsent is awaited); lmLibFinalize ends every wait with
- * LmLibResultOperationCanceled.
+ * is LmLibResultItemInexistent (unless LmLibTypeAbsent is awaited); a number that is no LmLibType is
+ * LmLibResultInvalidParameters; lmLibFinalize ends every wait with LmLibResultOperationCanceled.
  */
 LMLIB64_API void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t waitForChange);
 
@@ -188,14 +198,15 @@ LMLIB64_API void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *
 /**
  * Copies a binary node's bytes to the destination, which holds destinationSize bytes. The size must not be
  * negative (LmLibResultInvalidBufferSize) nor less than lmLibGetCount (LmLibResultBufferTooSmall; nothing
- * is copied). bytesCopied and timestamp may be null.
+ * is copied). The destination may be null where there is nothing to copy (LmLibResultInvalidParameters),
+ * bytesCopied and timestamp always.
  */
 LMLIB64_API void lmLibGetBinary(int32_t *result, const char *path, void *destination, int32_t destinationSize,
                                 int32_t *bytesCopied, double *timestamp);
 
 /**
- * Adds a line to the debug log, which keeps the newest 64 KiB in memory. A message longer than that is
- * LmLibResultDebugMessageOverflow.
+ * Adds a line to the debug log, which keeps the newest 64 KiB in memory, in whole lines. A message that does not
+ * fit is LmLibResultDebugMessageOverflow.
  */
 LMLIB64_API void lmLibWriteDebugMessage(int32_t *result, const char *message);
 
@@ -205,7 +216,8 @@ LMLIB64_API const char *lmLibGetDebugBuffer(int32_t *result);
 /**
  * Waits for the command that is running, drops those that have not begun, ends the library's thread and
  * frees the tree and the debug log. Safe to call twice; the library may be used again afterwards and is
- * then as new. Texts returned earlier to the calling thread become invalid.
+ * then as new. Where it is not called, the exit of the process waits for the command that is running and
+ * drops the others. Texts returned earlier to the calling thread become invalid.
  */
 LMLIB64_API void lmLibFinalize(int32_t *result);
 

@@ -1,0 +1,121 @@
+#include "camera_library/commands/command_executor.h"
+
+#include <exception>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace lmlib64 {
+
+namespace {
+
+NodeObject failureResult(const std::string &command, std::string symbol, std::string text) {
+    return {{"ErrorSymbol", std::move(symbol)},
+            {"ErrorText", std::move(text)},
+            {"Execute", NodeObject{{"Command", command}}}};
+}
+
+/// The slot's "Result" for a command that ran out of memory. Made before the command runs, as afterwards
+/// there may be none left for it.
+NodeObject::node_type readyResult(const std::string &command) {
+    NodeObject slot;
+    slot.emplace("Result", failureResult(command, "OutOfMemory",
+                                         "There is not enough memory to run the command \"" + command + "\"."));
+    return slot.extract(slot.begin());
+}
+
+}  // namespace
+
+LmLibResult CommandExecutor::start(std::string_view slot, std::string_view command) {
+    std::list<Run> runs(1);
+    Run &run = runs.front();
+    run.slot = slot;
+    run.command = command;
+    run.result = readyResult(run.command);
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (!stopping && !worker.joinable()) {
+        worker = std::thread([this] { work(); });
+    }
+    const LmLibResult code = tree.beginRun(run);
+    if (code == LmLibResultOperationSucceeded) {
+        queue.splice(queue.end(), runs);
+        changed.notify_all();
+    }
+    return code;
+}
+
+void CommandExecutor::work() {
+    std::unique_lock<std::mutex> lock(mutex);
+    while (true) {
+        changed.wait(lock, [this] { return stopping || !queue.empty(); });
+        if (stopping) {
+            return;
+        }
+        std::list<Run> runs;
+        runs.splice(runs.end(), queue, queue.begin());
+        lock.unlock();
+        execute(runs.front());
+        tree.finishRun(runs.front());
+        runs.clear();
+        lock.lock();
+    }
+}
+
+/// Sets the run's result to what the command returns or to how it failed.
+void CommandExecutor::execute(Run &run) const {
+    const auto fail = [&run](std::string symbol, std::string text) {
+        run.result.mapped() = failureResult(run.command, std::move(symbol), std::move(text));
+    };
+    try {
+        try {
+            const CommandFunction command = lookup(run.command);
+            if (command == nullptr) {
+                fail("UnknownCommand", "There is no command \"" + run.command + "\".");
+                return;
+            }
+            run.result.mapped() = command(run.parameters);
+        } catch (const CommandFailure &failure) {
+            fail(failure.symbol, failure.text);
+        } catch (const std::bad_alloc &) {
+            // The result made ready says so.
+        } catch (const std::exception &error) {
+            fail("InternalError", "The command \"" + run.command + "\" failed: " + error.what() + ".");
+        } catch (...) {
+            fail("InternalError", "The command \"" + run.command + "\" failed for an unknown reason.");
+        }
+    } catch (const std::exception &) {
+        // No memory to say what went wrong: the result made ready says that.
+    }
+}
+
+/// Drops what is queued and ends the thread; queued runs stay queued until stopping is false again.
+void CommandExecutor::stopThread(std::unique_lock<std::mutex> &lock) {
+    stopping = true;
+    queue.clear();
+    changed.notify_all();
+    std::thread ending = std::move(worker);
+    lock.unlock();
+    if (ending.joinable()) {
+        ending.join();
+    }
+    lock.lock();
+    queue.clear();
+}
+
+void CommandExecutor::stop() {
+    const std::lock_guard<std::mutex> stopLock(stopMutex);
+    std::unique_lock<std::mutex> lock(mutex);
+    stopThread(lock);
+    stopping = false;
+}
+
+void CommandExecutor::finalize() {
+    tree.cancelWaits();
+    const std::lock_guard<std::mutex> stopLock(stopMutex);
+    std::unique_lock<std::mutex> lock(mutex);
+    stopThread(lock);
+    stopping = false;
+    tree.reset();
+}
+
+}  // namespace lmlib64

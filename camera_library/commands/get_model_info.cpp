@@ -1,0 +1,44 @@
+#include "camera_library/commands/command.h"
+#include "camera_library/commands/plate_catalogue.h"
+
+namespace lmlib64 {
+
+namespace {
+
+/// Whether the list is asked for: "ListCalTabs" may be absent, but not of another type than boolean.
+bool isAskedFor(const Node &parameters, std::string_view list) {
+    const Node *asked = parameters.find(list);
+    if (asked == nullptr) {
+        return false;
+    }
+    const bool *value = std::get_if<bool>(&asked->value);
+    if (value == nullptr) {
+        throw CommandFailure{"InvalidParameter", "The parameter \"" + std::string(list) + "\" must be true or false."};
+    }
+    return *value;
+}
+
+NodeArray listCalTabs() {
+    NodeArray plates;
+    for (const CatalogueEntry &plate : Catalogue()) {
+        plates.emplace_back(NodeObject{{"Name", std::string(plate.name)},
+                                       {"Type", std::string(plate.type)},
+                                       {"GridSpacing", plate.gridSpacing},
+                                       {"Thickness", plate.thickness}});
+    }
+    return plates;
+}
+
+}  // namespace
+
+/// What the library knows of the things it works with. The boolean "ListCalTabs" asks for the array
+/// "CalTabs": for every ready-made plate its "Name", "Type", "GridSpacing" and "Thickness".
+Node getModelInfo(const Node &parameters) {
+    NodeObject result;
+    if (isAskedFor(parameters, "ListCalTabs")) {
+        result.emplace("CalTabs", listCalTabs());
+    }
+    return result;
+}
+
+}  // namespace lmlib64

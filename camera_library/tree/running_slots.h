@@ -1,0 +1,48 @@
+// Which command slots have a command that has not finished. A slot is known by its name below "Execute";
+// a run is known by its number, so that a slot made anew under the same name is not taken for the old one.
+// No locks of its own: the tree's lock guards it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace lmlib64 {
+
+class RunningSlots {
+public:
+    using Runs = std::map<std::string, std::uint64_t, std::less<>>;
+    /// A run on its way in or out: moving one neither allocates nor fails.
+    using Entry = Runs::node_type;
+
+    /// An entry for a new run in that slot.
+    Entry prepare(std::string_view slot) {
+        Runs runs;
+        runs.emplace(slot, ++lastRun);
+        return runs.extract(runs.begin());
+    }
+
+    void add(Entry entry) noexcept { running.insert(std::move(entry)); }
+    bool isRunning(std::string_view slot) const { return !running.empty() && running.find(slot) != running.end(); }
+    bool isRunning(std::string_view slot, std::uint64_t run) const {
+        const auto found = running.find(slot);
+        return found != running.end() && found->second == run;
+    }
+
+    /// The slot has finished, was erased or was replaced.
+    void remove(std::string_view slot) noexcept {
+        const auto found = running.find(slot);
+        if (found != running.end()) {
+            running.erase(found);
+        }
+    }
+    void removeAll() noexcept { running.clear(); }
+
+private:
+    Runs running;
+    std::uint64_t lastRun = 0;
+};
+
+}  // namespace lmlib64

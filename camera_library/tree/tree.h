@@ -1,0 +1,108 @@
+// The library's tree: one document behind one lock, with protected nodes, waits and command slots. It runs
+// no commands; it only knows which slots have one running.
+//
+// Every function may be called from any thread; a returned code other than LmLibResultOperationSucceeded, and
+// every exception (only for want of memory), leaves the tree as it was. What a write replaces is freed after
+// the lock is released. Paths are refused as Path::parse refuses them before anything else is looked at;
+// then LmLibResultItemProtected and LmLibResultCommandRunning; then the codes of node_access.h.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "camera_library/tree/node.h"
+#include "camera_library/tree/path.h"
+#include "camera_library/tree/running_slots.h"
+
+namespace lmlib64 {
+
+/// A command's run, from the write that starts it until its result is put in.
+struct Run {
+    std::string slot;          ///< name below "Execute"
+    std::uint64_t number = 0;  ///< told apart from every other run
+    std::string command;
+    Node parameters;  ///< as they were when the run began
+    /// What becomes the slot's "Result", ready made so that putting it in cannot fail.
+    NodeObject::node_type result;
+};
+
+class Tree {
+public:
+    /// A tree with the given "Path". The numbers of unique items end at greatestNumber.
+    explicit Tree(NodeObject path, std::uint64_t greatestNumber = std::numeric_limits<std::uint64_t>::max());
+
+    /// Calls the reader with the node, under the lock, and returns what the reader returns.
+    template <typename Reader>
+    LmLibResult read(std::string_view path, Reader reader) const {
+        const std::lock_guard<std::mutex> lock(mutex);
+        const Node *node = nullptr;
+        const LmLibResult code = find(path, node);
+        return code == LmLibResultOperationSucceeded ? reader(*node) : code;
+    }
+
+    /// Puts the value at the path.
+    LmLibResult write(std::string_view path, Node value);
+
+    /// Removes the node and all below it.
+    LmLibResult erase(std::string_view path);
+
+    /// Makes an empty object below the parent and sets path to its path. It is named by the base name, an
+    /// underscore where that ends in a digit, and a number that no other unique item has.
+    /// LmLibResultItemPathInvalid for a base name that no path can hold;
+    /// LmLibResultItemMaximumUniqueCountReached.
+    LmLibResult makeUniqueItem(std::string_view parentPath, std::string_view baseName, std::string &path);
+
+    /// As lmLibWaitForType.
+    LmLibResult waitForType(std::string_view path, LmLibType type, bool waitForChange);
+
+    /// The name of the slot whose "Command" is at the path; empty for every other path.
+    static std::string_view slotOfCommand(std::string_view path);
+
+    /// Writes the command's name to the "Command" of run.slot, drops the slot's "Result" and fills in the
+    /// run's number and parameters. Until finishRun the slot refuses another "Command".
+    LmLibResult beginRun(Run &run);
+
+    /// Puts the run's result into its slot and turns "Command" to null, in one step; does nothing when the
+    /// slot was erased or replaced meanwhile.
+    void finishRun(Run &run) noexcept;
+
+    /// Ends every wait with LmLibResultOperationCanceled.
+    void cancelWaits() noexcept;
+
+    /// Cancels the waits, and makes the tree as new.
+    void reset();
+
+private:
+    /// A thread that waits, on that thread's stack.
+    struct Wait {
+        Path path;
+        LmLibType type;
+        bool over = false;
+        LmLibResult code = LmLibResultOperationSucceeded;
+        std::condition_variable changed;
+    };
+
+    LmLibResult find(std::string_view path, const Node *&node) const;
+    LmLibResult mayChange(const Path &path) const;
+    void changed(const Path &path) noexcept;
+    bool settle(Wait &wait) const;
+    void wakeWaits() noexcept;
+    void endWaits(LmLibResult code) noexcept;
+    Node *findSlot(std::string_view slot);
+
+    mutable std::mutex mutex;
+    const NodeObject pathNode;
+    const std::uint64_t greatestUniqueNumber;
+    std::uint64_t uniqueNumber = 0;
+    Node root;
+    RunningSlots runningSlots;
+    std::vector<Wait *> waits;
+};
+
+}  // namespace lmlib64
