@@ -20,32 +20,32 @@ class QCustomTipLabel : public QLabel {
     Q_OBJECT
 
 public:
-    /// The label that exists, or null.
+    // The label that exists, or null.
     static QCustomTipLabel *instance;
 
-    /// The palette given to every new label; at first the application's palette at the first use.
+    // The palette given to every new label; at first the application's palette at the first use.
     static QPalette &tipPalette();
 
     QCustomTipLabel(const QString &text, QWidget *owner);
     ~QCustomTipLabel() override;
 
-    /// Shows the text instead of the present one, fits the size, restarts the display time and drops a
-    /// close that is due.
+    // Shows the text instead of the present one, fits the size, restarts the display time and drops a
+    // close that is due.
     void reuseTip(const QString &text);
 
-    /// Makes this the tip of the widget and of a rectangle in the widget's coordinates (null for none).
-    /// Warns and changes nothing when the label has a rectangle and the widget is null.
+    // Makes this the tip of the widget and of a rectangle in the widget's coordinates (null for none).
+    // Warns and changes nothing when the label has a rectangle and the widget is null.
     void setTipRect(QWidget *newWidget, const QRect &newRect);
 
-    /// Moves the window next to the global position, so that it is on the screen as a whole.
+    // Moves the window next to the global position, so that it is on the screen as a whole.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
-    /// Makes the label close after the interval. Without force a close that is due stands; with force it
-    /// stands when it is due no later.
+    // Makes the label close after the interval. Without force a close that is due stands; with force it
+    // stands when it is due no later.
     void restartHideTimer(int interval, bool force);
 
-    /// True when the label shows this text for this widget and a mouse at the position, in the widget's
-    /// coordinates, has not left the label's rectangle.
+    // True when the label shows this text for this widget and a mouse at the position, in the widget's
+    // coordinates, has not left the label's rectangle.
     bool isTipFor(const QString &text, const QWidget *tipWidget, const QPoint &position) const;
 
     bool eventFilter(QObject *object, QEvent *event) override;
@@ -58,6 +58,7 @@ protected:
 
 private:
     friend class CustomToolTipTest;
+    friend class ToolTipHelperTest;
 
     void startHideTimer(int interval);
     void stopHideTimer();

@@ -12,19 +12,19 @@
 #include <utility>
 #include <vector>
 
-/// A placeholder and what it is replaced by.
+// A placeholder and what it is replaced by.
 using Placeholder = std::pair<std::string, std::string>;
 
-/// Pairs in the order in which they are applied.
+// Pairs in the order in which they are applied.
 using PlaceholderTable = std::vector<Placeholder>;
 
-/// "%MANUAL%" and the root of the manual, without a "/" at its end: "file:///" and the folder that the
-/// camera library publishes as /Path/Manual when an index.html can be opened in it, and the address of the
-/// online manual otherwise. Never fails and never gives an empty root.
+// "%MANUAL%" and the root of the manual, without a "/" at its end: "file:///" and the folder that the
+// camera library publishes as /Path/Manual when an index.html can be opened in it, and the address of the
+// online manual otherwise. Never fails and never gives an empty root.
 Placeholder makeManualPlaceholder();
 
-/// Replaces the table of the process.
+// Replaces the table of the process.
 void setPlaceholderTable(PlaceholderTable table);
 
-/// The text with every occurrence of every placeholder replaced, case-sensitively and in table order.
+// The text with every occurrence of every placeholder replaced, case-sensitively and in table order.
 QString replacePlaceholders(QString text);

@@ -14,12 +14,12 @@
 #include <QTimer>
 #include <vector>
 
-/// An object whose tip the helper shows itself.
+// An object whose tip the helper shows itself.
 struct ToolTipEntry {
-    /// Not owned.
+    // Not owned.
     QObject *object = nullptr;
     QString text;
-    /// The mouse is in the object and its tip has not been shown yet.
+    // The mouse is in the object and its tip has not been shown yet.
     bool pending = false;
 };
 
@@ -29,11 +29,11 @@ class VistrelToolTipHelper : public QObject {
 public:
     VistrelToolTipHelper();
 
-    /// Gives the object a tip of this text; it is forgotten when the object is destroyed. The first
-    /// registration of an object counts.
+    // Gives the object a tip of this text; it is forgotten when the object is destroyed. The first
+    // registration of an object counts.
     void registerObject(QObject *object, const QString &text);
 
-    /// While not enabled, tool-tip events are still taken away but no tip is shown. Enabled at first.
+    // While not enabled, tool-tip events are still taken away but no tip is shown. Enabled at first.
     void setEnabled(bool enable);
 
     bool eventFilter(QObject *object, QEvent *event) override;
@@ -49,7 +49,7 @@ private:
     void trackHover(ToolTipEntry &entry, QEvent::Type type);
 
     QTimer showTimer;
-    /// In order of registration.
+    // In order of registration.
     std::vector<ToolTipEntry> entries;
     bool enabled = false;
 };
