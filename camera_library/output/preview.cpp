@@ -4,9 +4,11 @@
 #include <chrono>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "camera_library/output/cairo_drawing.h"
+#include "camera_library/output/rectangle_raster.h"
 
 namespace lmlib64 {
 
@@ -16,20 +18,53 @@ double secondsSince1970() {
     return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-// Draws onto light rows that are `stride` bytes apart.
-void drawDark(const PatternGeometry &geometry, double pixelsPerMm, std::uint8_t *rows, int width, int height,
-              int stride) {
-    // Cairo sees the light of a pixel as its opacity, and takes away the dark share of it.
-    const CairoSurface surface(cairo_image_surface_create_for_data(rows, CAIRO_FORMAT_A8, width, height, stride));
-    checkCairo(cairo_surface_status(surface.get()));
-    const CairoContext context(cairo_create(surface.get()));
-    cairo_set_operator(context.get(), CAIRO_OPERATOR_DEST_OUT);
-    cairo_translate(context.get(), (width - geometry.width * pixelsPerMm) / 2.0,
-                    (height - geometry.height * pixelsPerMm) / 2.0);
-    cairo_scale(context.get(), pixelsPerMm, pixelsPerMm);
-    fillDarkShapes(context.get(), geometry);
-    checkCairo(cairo_status(context.get()));
-    cairo_surface_flush(surface.get());
+// How a geometry lies in the picture: its outer size is centred, so both borders share the rounding.
+struct Placement {
+    double pixelsPerMm = 0.0;
+    double left = 0.0;  ///< of the outer size, in pixels
+    double top = 0.0;
+};
+
+std::vector<std::uint8_t> rasterThroughCairo(const PatternGeometry &geometry, const Placement &placement, int width,
+                                             int height) {
+    const int stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, width);
+    const auto rowBytes = static_cast<std::size_t>(stride);
+    const auto packedRowBytes = static_cast<std::size_t>(width);
+    const auto rowCount = static_cast<std::size_t>(height);
+    std::vector<std::uint8_t> rows(rowBytes * rowCount, 255);
+    {
+        // Cairo sees the light of a pixel as its opacity, and takes away the dark share of it.
+        const CairoSurface surface(
+            cairo_image_surface_create_for_data(rows.data(), CAIRO_FORMAT_A8, width, height, stride));
+        checkCairo(cairo_surface_status(surface.get()));
+        const CairoContext context(cairo_create(surface.get()));
+        cairo_set_operator(context.get(), CAIRO_OPERATOR_DEST_OUT);
+        cairo_translate(context.get(), placement.left, placement.top);
+        cairo_scale(context.get(), placement.pixelsPerMm, placement.pixelsPerMm);
+        fillDarkShapes(context.get(), geometry);
+        checkCairo(cairo_status(context.get()));
+        cairo_surface_flush(surface.get());
+    }
+    // Closing the gaps Cairo wants at the ends of rows: every row moves towards the front, in order.
+    for (std::size_t row = 1; rowBytes != packedRowBytes && row < rowCount; ++row) {
+        std::copy_n(rows.data() + row * rowBytes, packedRowBytes, rows.data() + row * packedRowBytes);
+    }
+    rows.resize(packedRowBytes * rowCount);
+    return rows;
+}
+
+std::vector<std::uint8_t> rasterOfRectangles(const PatternGeometry &geometry, const Placement &placement, int width,
+                                             int height) {
+    const auto units = [&placement](double start, double mm) {
+        return static_cast<std::int32_t>(std::lround((start + mm * placement.pixelsPerMm) * pixelUnits));
+    };
+    std::vector<PixelRectangle> rectangles;
+    rectangles.reserve(geometry.rectangles.size());
+    for (const Rectangle &rectangle : geometry.rectangles) {
+        rectangles.push_back({units(placement.left, rectangle.left), units(placement.top, rectangle.top),
+                              units(placement.left, rectangle.right), units(placement.top, rectangle.bottom)});
+    }
+    return rasterRectangles(std::move(rectangles), width, height);
 }
 
 }  // namespace
@@ -46,17 +81,11 @@ Binary renderPreview(const PatternGeometry &geometry, int imageSize) {
     image.width = std::clamp(static_cast<int>(std::lround(widthMm * pixelsPerMm)), 1, imageSize);
     image.height = std::clamp(static_cast<int>(std::lround(heightMm * pixelsPerMm)), 1, imageSize);
 
-    const int stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, image.width);
-    const auto rowBytes = static_cast<std::size_t>(stride);
-    const auto packedRowBytes = static_cast<std::size_t>(image.width);
-    const auto rowCount = static_cast<std::size_t>(image.height);
-    image.bytes.assign(rowBytes * rowCount, 255);
-    drawDark(geometry, pixelsPerMm, image.bytes.data(), image.width, image.height, stride);
-    // Closing the gaps Cairo wants at the ends of rows: every row moves towards the front, in order.
-    for (std::size_t row = 1; rowBytes != packedRowBytes && row < rowCount; ++row) {
-        std::copy_n(image.bytes.data() + row * rowBytes, packedRowBytes, image.bytes.data() + row * packedRowBytes);
-    }
-    image.bytes.resize(packedRowBytes * rowCount);
+    const Placement placement{pixelsPerMm, (image.width - geometry.width * pixelsPerMm) / 2.0,
+                              (image.height - geometry.height * pixelsPerMm) / 2.0};
+    const bool onlyRectangles = geometry.circles.empty() && geometry.polygons.empty();
+    const auto raster = onlyRectangles ? rasterOfRectangles : rasterThroughCairo;
+    image.bytes = raster(geometry, placement, image.width, image.height);
     return image;
 }
 
