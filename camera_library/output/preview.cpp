@@ -31,23 +31,27 @@ std::vector<std::uint8_t> rasterThroughCairo(const PatternGeometry &geometry, co
     const auto rowBytes = static_cast<std::size_t>(stride);
     const auto packedRowBytes = static_cast<std::size_t>(width);
     const auto rowCount = static_cast<std::size_t>(height);
-    std::vector<std::uint8_t> rows(rowBytes * rowCount, 255);
+    std::vector<std::uint8_t> rows(rowBytes * rowCount);
     {
-        // Cairo sees the light of a pixel as its opacity, and takes away the dark share of it.
+        // Cairo fills with the dark share as opacity, which it does far quicker than taking light away.
         const CairoSurface surface(
             cairo_image_surface_create_for_data(rows.data(), CAIRO_FORMAT_A8, width, height, stride));
         checkCairo(cairo_surface_status(surface.get()));
         const CairoContext context(cairo_create(surface.get()));
-        cairo_set_operator(context.get(), CAIRO_OPERATOR_DEST_OUT);
         cairo_translate(context.get(), placement.left, placement.top);
         cairo_scale(context.get(), placement.pixelsPerMm, placement.pixelsPerMm);
         fillDarkShapes(context.get(), geometry);
         checkCairo(cairo_status(context.get()));
         cairo_surface_flush(surface.get());
     }
-    // Closing the gaps Cairo wants at the ends of rows: every row moves towards the front, in order.
-    for (std::size_t row = 1; rowBytes != packedRowBytes && row < rowCount; ++row) {
-        std::copy_n(rows.data() + row * rowBytes, packedRowBytes, rows.data() + row * packedRowBytes);
+    // From dark shares to light, and closing the gaps Cairo wants at the ends of rows: every row moves towards
+    // the front, in order.
+    for (std::size_t row = 0; row < rowCount; ++row) {
+        const std::uint8_t *from = rows.data() + row * rowBytes;
+        std::uint8_t *to = rows.data() + row * packedRowBytes;
+        for (std::size_t x = 0; x < packedRowBytes; ++x) {
+            to[x] = static_cast<std::uint8_t>(255 - from[x]);
+        }
     }
     rows.resize(packedRowBytes * rowCount);
     return rows;
