@@ -179,6 +179,11 @@ LmLibResult Tree::waitForType(std::string_view path, LmLibType type, bool waitFo
     return wait.code;
 }
 
+std::size_t Tree::waitCount() const {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return waits.size();
+}
+
 /// Every change of the tree is shown to every wait under the lock, so that none misses a type that the node
 /// had for a moment only, nor a node that went and came again.
 void Tree::wakeWaits() noexcept {

@@ -61,6 +61,9 @@ public:
     /// As lmLibWaitForType.
     LmLibResult waitForType(std::string_view path, LmLibType type, bool waitForChange);
 
+    /// The number of threads that wait for a type just now.
+    std::size_t waitCount() const;
+
     /// The name of the slot whose "Command" is at the path; empty for every other path.
     static std::string_view slotOfCommand(std::string_view path);
 

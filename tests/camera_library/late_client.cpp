@@ -1,0 +1,30 @@
+// A client that uses the library from the destructor of a static object made before the library's first
+// call, on a main thread whose own storage is gone by then. Its exit code is 0 when the library still answers.
+#include <cstdlib>
+#include <cstring>
+
+#include "camera_library/lmlib64.h"
+
+namespace {
+
+struct LateUser {
+    ~LateUser() {
+        int32_t result = -1;
+        const char *text = lmLibGetString(&result, "/text");
+        const bool kept = text != nullptr && std::strcmp(text, "a text that is longer than a few bytes") == 0;
+        lmLibFinalize(&result);
+        if (!kept || result != LmLibResultOperationSucceeded) {
+            std::_Exit(1);
+        }
+    }
+};
+
+LateUser lateUser;
+
+}  // namespace
+
+int main() {
+    lmLibSetString(nullptr, "/text", "a text that is longer than a few bytes");
+    lmLibSetString(nullptr, "/Execute/s/Command", "GetModelInfo");
+    return lmLibGetString(nullptr, "/text") == nullptr ? 2 : 0;
+}

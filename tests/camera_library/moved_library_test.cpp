@@ -1,0 +1,73 @@
+// The library in places other than the one it was built in, loaded and unloaded while the process runs.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "camera_library/lmlib64.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class MovedLibrary : public testing::Test {
+protected:
+    MovedLibrary() {
+        std::string name = (fs::temp_directory_path() / "lmlib64-XXXXXX").string();
+        root = mkdtemp(name.data());
+    }
+    ~MovedLibrary() override { fs::remove_all(root); }
+
+    /// Copies the library to the folder, loads it and returns what it says of itself.
+    static std::string pathsOf(const fs::path &folder) {
+        fs::create_directories(folder);
+        const fs::path file = folder / fs::path(LIBRARY_FILE).filename();
+        fs::copy_file(LIBRARY_FILE, file);
+        return load(file);
+    }
+    static std::string expected(const fs::path &base) {
+        return (base / "share/lmcaltab/manual").string() + "\n" + (base / "bin/LmView").string();
+    }
+
+    /// Loads the library, uses it on a thread that ends (what it keeps for a thread would hold it loaded),
+    /// and unloads it without finalising, with its thread at work or about to be.
+    static std::string load(const fs::path &file) {
+        void *library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr) {
+            return dlerror();
+        }
+        const auto getString = reinterpret_cast<decltype(&lmLibGetString)>(dlsym(library, "lmLibGetString"));
+        const auto setString = reinterpret_cast<decltype(&lmLibSetString)>(dlsym(library, "lmLibSetString"));
+        std::string text;
+        std::thread([&] {
+            text = getString(nullptr, "/Path/Manual");
+            text += '\n';
+            text += getString(nullptr, "/Path/Application/LmView");
+            setString(nullptr, "/Execute/s/Command", "GetModelInfo");
+        }).join();
+        dlclose(library);
+        EXPECT_EQ(dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+        return text;
+    }
+
+    fs::path root;
+};
+
+TEST_F(MovedLibrary, tellsTheManualAndTheViewerFromWhereItIs) {
+    for (const char *folder : {"lib", "lib/x86_64-linux-gnu", "a \xC3\xA4/lib64"}) {
+        const fs::path base = std::string(folder)[0] == 'a' ? root / "a \xC3\xA4" : root;
+        EXPECT_EQ(pathsOf(root / folder), expected(base));
+    }
+    // Loaded through a link elsewhere, it is still where its file is.
+    const fs::path folder = root / "linked/lib";
+    fs::create_directories(folder);
+    fs::create_directories(root / "elsewhere");
+    fs::copy_file(LIBRARY_FILE, folder / "library.so");
+    fs::create_symlink(folder / "library.so", root / "elsewhere/link.so");
+    EXPECT_EQ(load(root / "elsewhere/link.so"), expected(root / "linked"));
+}
+
+}  // namespace
