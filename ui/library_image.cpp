@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <vector>
+#include <memory>
 
 #include "camera_library/lmlib64.h"
 #include "lmlib/lm_lib_exception.h"
@@ -14,7 +14,13 @@
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+// Grown to its size without being cleared first, since the library fills it.
+struct Bytes {
+    explicit Bytes(std::size_t byteCount) : data(new unsigned char[byteCount]), size(byteCount) {}
+
+    std::unique_ptr<unsigned char[]> data;
+    std::size_t size;
+};
 
 struct ImageLayout {
     std::int32_t width = 0;
@@ -52,7 +58,7 @@ Bytes readBytes(const std::string &path) {
     // Even nothing is copied to an address of ours.
     unsigned char dummy = 0;
     std::int32_t bytesCopied = 0;
-    lmLibGetBinary(&code, path.c_str(), bytes.empty() ? &dummy : bytes.data(), byteCount, &bytesCopied, nullptr);
+    lmLibGetBinary(&code, path.c_str(), bytes.size == 0 ? &dummy : bytes.data.get(), byteCount, &bytesCopied, nullptr);
     checkResult(path, code);
     if (bytesCopied != byteCount) {
         fail(path, LmLibResultInternalError);
@@ -77,16 +83,15 @@ void scaleValues(Bytes &bytes, double valueScale) {
         // A product that is not a number counts as 0.
         scaled[value] = product > 0.0 ? static_cast<unsigned char>(std::min(product, 255.0)) : 0;
     }
-    for (auto &byte : bytes) {
-        byte = scaled[byte];
-    }
+    std::transform(bytes.data.get(), bytes.data.get() + bytes.size, bytes.data.get(),
+                   [&scaled](unsigned char byte) { return scaled[byte]; });
 }
 
 QImage makeImage(const Bytes &bytes, const ImageLayout &layout) {
     const auto format = layout.channelCount == 1 ? QImage::Format_Indexed8 : QImage::Format_RGB888;
     const int bytesPerLine = layout.width * layout.channelCount;
     // The copy owns its pixels; the wrapped bytes end with the caller.
-    QImage image = QImage(bytes.data(), layout.width, layout.height, bytesPerLine, format).copy();
+    QImage image = QImage(bytes.data.get(), layout.width, layout.height, bytesPerLine, format).copy();
     if (image.format() == QImage::Format_Indexed8) {
         image.setColorTable(grayTable());
     }
@@ -129,10 +134,10 @@ QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, boo
                            double valueScale, std::int32_t quarterTurns) {
     const ImageLayout layout = readLayout(path);
     Bytes bytes = readBytes(path);
-    if (bytes.empty()) {
+    if (bytes.size == 0) {
         return {};
     }
-    if (!describes(layout, bytes.size())) {
+    if (!describes(layout, bytes.size)) {
         fail(path, LmLibResultBufferNotDivisibleByElementSize);
     }
     if (valueScale != 1.0) {
