@@ -1,0 +1,42 @@
+#include "app/program.h"
+
+#include <QApplication>
+#include <cstdint>
+
+#include "app/log_message_handler.h"
+#include "camera_library/lmlib64.h"
+#include "generator/main_window.h"
+#include "lmlib/result_check.h"
+#include "tooltips/tool_tip_helper.h"
+
+namespace {
+
+// 5.15.10, whichever 5.15 the toolkit beside the program is.
+constexpr int toolkitVersion = 0x050F0A;
+
+void finalizeLibrary() {
+    std::int32_t result = LmLibResultOperationSucceeded;
+    lmLibFinalize(&result);
+    checkResult("", result);
+}
+
+}  // namespace
+
+int runProgram(int argc, char **argv) {
+    // First of all, so that what the toolkit says while it starts goes the same way.
+    installMessageHandler();
+
+    QApplication application(argc, argv, toolkitVersion);
+    MainWindow window;
+    VistrelToolTipHelper toolTipHelper;
+    application.installEventFilter(&toolTipHelper);
+
+    QApplication::setActiveWindow(&window);
+    QApplication::setWindowIcon(window.windowIcon());
+    window.show();
+    const int exitCode = QApplication::exec();
+
+    // While the window, the helper and the application still exist.
+    finalizeLibrary();
+    return exitCode;
+}
