@@ -3,7 +3,7 @@
 
 #include "generator/cal_tab_combo_box.h"
 #include "lmlib/lm_lib_exception.h"
-#include "tests/generator/driven_window.h"
+#include "tests/generator/recorded_calls.h"
 
 namespace {
 
@@ -69,7 +69,7 @@ void CalTabComboBoxTest::asksTheLibraryPlateByPlateFromTheLast() {
                                "lmLibGetType $/Result/CalTabs/\\0/Thickness",
                                "lmLibGetDouble $/Result/CalTabs/\\0/Thickness",
                                "lmLibErase $"};
-    QCOMPARE(driven_window::recordedCalls(), driven_window::inSlot(1, expected));
+    QCOMPARE(recorded_calls::all(), recorded_calls::inSlot(1, expected));
 }
 
 void CalTabComboBoxTest::listsWhatTheCatalogueHolds_data() {

@@ -1,17 +1,14 @@
-// What the tests of the main window share: reaching its inputs, what an update is expected to call, and answering
-// the dialogs it opens.
+// Driving a main window as a user does: reaching its inputs and answering the dialogs it opens.
 #pragma once
 
 #include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
-#include <QRegularExpression>
-#include <QStringList>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <memory>
-
-#include "tests/scripted_lmlib64/scripted_lmlib64.h"
 
 namespace driven_window {
 
@@ -22,40 +19,6 @@ Widget *find(const QWidget &window, const char *name) {
         qFatal("The window has no %s of this type", name);
     }
     return widget;
-}
-
-inline QStringList recordedCalls() {
-    QStringList lines;
-    for (const auto &line : scripted_lmlib64::callLines()) {
-        lines << QString::fromStdString(line);
-    }
-    return lines;
-}
-
-inline int recordedCount(const QString &beginning) {
-    return recordedCalls().filter(QRegularExpression("^" + QRegularExpression::escape(beginning))).size();
-}
-
-// Lines with the slot for "$" and the element of "Patterns" for "@".
-inline QStringList inSlot(int slot, const QStringList &lines) {
-    QStringList filled;
-    for (QString line : lines) {
-        line.replace(QLatin1Char('@'), QStringLiteral("$/Parameters/Patterns/\\0"));
-        filled << line.replace(QLatin1Char('$'), QStringLiteral("/Execute/%1").arg(slot));
-    }
-    return filled;
-}
-
-// Every call of one update, given those that write the pattern; for the 4 x 4 picture of the default script.
-inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
-    return inSlot(slot, QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",
-                                    "lmLibSetInt $/Parameters/ImageSize 2000"} +
-                            patternWrites +
-                            QStringList{"lmLibSetString $/Command GenerateCalibrationPattern", "lmLibGetType $/Command",
-                                        "lmLibWaitForType $/Command 1 true", "lmLibGetType $/Result/ErrorSymbol",
-                                        "lmLibGetBinaryInfo $/Result/Patterns/\\0 width height channelCount isFloat",
-                                        "lmLibGetCount $/Result/Patterns/\\0",
-                                        "lmLibGetBinary $/Result/Patterns/\\0 16 bytesCopied", "lmLibErase $"});
 }
 
 // Runs the action on the next modal dialog of this type once it is open; the action has to close it.
@@ -80,6 +43,20 @@ inline std::shared_ptr<QString> closeNextMessageBox() {
         box->accept();
     });
     return text;
+}
+
+// Types the name into the next file dialog and accepts it; an empty name cancels it. The dialog is looked at first.
+inline void answerFileDialog(
+    const QString &name, const std::function<void(const QFileDialog &)> &look = [](const QFileDialog &) {}) {
+    whenOpened<QFileDialog>([name, look](QFileDialog *dialog) {
+        look(*dialog);
+        if (name.isEmpty()) {
+            dialog->reject();
+            return;
+        }
+        dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(name);
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
 }
 
 }  // namespace driven_window

@@ -13,6 +13,7 @@
 #include "generator/main_window.h"
 #include "lmlib/lm_lib_exception.h"
 #include "tests/generator/driven_window.h"
+#include "tests/generator/recorded_calls.h"
 
 using driven_window::find;
 using Change = std::function<void(MainWindow &)>;
@@ -93,9 +94,9 @@ void MainWindowTest::opensOnTheOfficialPageWithAPicture() {
     QVERIFY(picture(window) != nullptr);
     QCOMPARE(picture(window)->pixmap().size(), QSize(4, 4));
     // Building the form, filling the lists and connecting cause no further update.
-    QCOMPARE(driven_window::recordedCount("lmLibMakeUniqueItem"), 2);
-    QCOMPARE(driven_window::recordedCount("lmLibSetString /Execute/1/Command GetModelInfo"), 1);
-    QCOMPARE(driven_window::recordedCount("lmLibSetString /Execute/2/Command GenerateCalibrationPattern"), 1);
+    QCOMPARE(recorded_calls::count("lmLibMakeUniqueItem"), 2);
+    QCOMPARE(recorded_calls::count("lmLibSetString /Execute/1/Command GetModelInfo"), 1);
+    QCOMPARE(recorded_calls::count("lmLibSetString /Execute/2/Command GenerateCalibrationPattern"), 1);
     QCOMPARE(scripted_lmlib64::nodeJson("/Execute"), std::string("{}"));
     QVERIFY(window.parent() == nullptr);
     QVERIFY(find(window, "saveBtn")->isEnabled() && find(window, "calibrateBtn")->isEnabled());
@@ -145,8 +146,8 @@ void MainWindowTest::everyInputUpdatesOnce() {
     MainWindow window;
     scripted_lmlib64::clearCalls();
     change(window);
-    QCOMPARE(driven_window::recordedCount("lmLibSetInt /Execute"), updates);  // "ImageSize"
-    QCOMPARE(driven_window::recordedCount("lmLibMakeUniqueItem"), updates);
+    QCOMPARE(recorded_calls::count("lmLibSetInt /Execute"), updates);  // "ImageSize"
+    QCOMPARE(recorded_calls::count("lmLibMakeUniqueItem"), updates);
 }
 
 void MainWindowTest::displaysDoNotUpdate() {
@@ -158,7 +159,7 @@ void MainWindowTest::displaysDoNotUpdate() {
         QVERIFY2(!display->isEnabled(), name);
         display->setValue(77);
     }
-    QCOMPARE(driven_window::recordedCalls(), QStringList());
+    QCOMPARE(recorded_calls::all(), QStringList());
 }
 
 void MainWindowTest::encodingChoiceEnablesItsInputs() {
@@ -277,8 +278,8 @@ void MainWindowTest::failingCatalogueLeavesTheConstructor() {
 void MainWindowTest::emptyCatalogueWritesNoPattern() {
     scripted_lmlib64::loadScript(R"({"commands": {"GetModelInfo": {"result": {"CalTabs": []}}}})");
     const MainWindow window;
-    const QStringList previewCalls = driven_window::recordedCalls().filter("/Execute/2");
-    QCOMPARE(previewCalls, driven_window::updateCalls(2, {}).mid(1));
+    const QStringList previewCalls = recorded_calls::all().filter("/Execute/2");
+    QCOMPARE(previewCalls, recorded_calls::updateCalls(2, {}).mid(1));
 }
 
 void MainWindowTest::refitsWhenShownAndResizedWithoutTheLibrary() {
@@ -297,7 +298,7 @@ void MainWindowTest::refitsWhenShownAndResizedWithoutTheLibrary() {
     window.hide();
     window.show();
     QVERIFY2(std::abs(filling(window) - 1.0) < 0.01, qPrintable(QString::number(filling(window))));
-    QCOMPARE(driven_window::recordedCalls(), QStringList());
+    QCOMPARE(recorded_calls::all(), QStringList());
 }
 
 QTEST_MAIN(MainWindowTest)

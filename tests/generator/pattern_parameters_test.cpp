@@ -8,6 +8,7 @@
 
 #include "generator/main_window.h"
 #include "tests/generator/driven_window.h"
+#include "tests/generator/recorded_calls.h"
 
 using driven_window::find;
 using Setting = std::function<void(MainWindow &)>;
@@ -186,10 +187,10 @@ void PatternParametersTest::writesThePattern() {
     MainWindow window;
     set(window);
     // The slots are numbered on: the catalogue's, and one for every update until now.
-    const int slot = driven_window::recordedCount("lmLibMakeUniqueItem") + 1;
+    const int slot = recorded_calls::count("lmLibMakeUniqueItem") + 1;
     scripted_lmlib64::clearCalls();
     window.update();
-    QCOMPARE(driven_window::recordedCalls(), driven_window::updateCalls(slot, writes));
+    QCOMPARE(recorded_calls::all(), recorded_calls::updateCalls(slot, writes));
 }
 
 void PatternParametersTest::everyChoiceIsWrittenByItsIndex() {
@@ -211,7 +212,7 @@ void PatternParametersTest::everyChoiceIsWrittenByItsIndex() {
             scripted_lmlib64::clearCalls();
             window.update();
             const QString value = list->itemText(i).remove("mm");
-            const QStringList written = driven_window::recordedCalls().filter(QString("/\\0/%1 ").arg(choice.node));
+            const QStringList written = recorded_calls::all().filter(QString("/\\0/%1 ").arg(choice.node));
             QCOMPARE(written.size(), 1);
             QCOMPARE(written.first().section(' ', -1), value);
         }
@@ -275,9 +276,9 @@ void PatternParametersTest::stopsWritingAtTheFirstRefusal() {
     const auto message = driven_window::closeNextMessageBox();
     window.update();
     QVERIFY2(message->contains("ItemTypeNotCompatible"), qPrintable(*message));
-    QCOMPARE(driven_window::recordedCount("lmLibSetInt /Execute/4/Parameters/Patterns/\\0/GridSize/\\1"), 1);
-    QCOMPARE(driven_window::recordedCount("lmLibSetDouble"), 0);
-    QCOMPARE(driven_window::recordedCount("lmLibSetString"), 1);
+    QCOMPARE(recorded_calls::count("lmLibSetInt /Execute/4/Parameters/Patterns/\\0/GridSize/\\1"), 1);
+    QCOMPARE(recorded_calls::count("lmLibSetDouble"), 0);
+    QCOMPARE(recorded_calls::count("lmLibSetString"), 1);
 }
 
 QTEST_MAIN(PatternParametersTest)

@@ -7,6 +7,7 @@
 
 #include "generator/main_window.h"
 #include "tests/generator/driven_window.h"
+#include "tests/generator/recorded_calls.h"
 
 using driven_window::find;
 
@@ -59,7 +60,7 @@ void OpenCalTabCalibrationTest::everyClickStartsTheViewerWithOneArgument() {
     find<QTabWidget>(window, "patternType")->setCurrentIndex(3);
     find<QPushButton>(window, "calibrateBtn")->click();
     QTRY_COMPARE(contentOf(record), QByteArray("1:--caltab-calibration\n1:--caltab-calibration\n"));
-    QCOMPARE(driven_window::recordedCalls().first(), QString("lmLibGetString /Path/Application/LmView [no result]"));
+    QCOMPARE(recorded_calls::all().first(), QString("lmLibGetString /Path/Application/LmView [no result]"));
 }
 
 void OpenCalTabCalibrationTest::saysWhyThereIsNoViewer_data() {

@@ -1,6 +1,4 @@
 // Saving, from the click on the button to the command, with the dialog answered as a user would.
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -9,6 +7,7 @@
 
 #include "generator/main_window.h"
 #include "tests/generator/driven_window.h"
+#include "tests/generator/recorded_calls.h"
 
 using driven_window::find;
 
@@ -24,22 +23,15 @@ struct SeenDialog {
 // Clicks the button, types the name into the dialog and accepts it; an empty name cancels it.
 SeenDialog save(const MainWindow &window, const QString &name) {
     SeenDialog seen;
-    driven_window::whenOpened<QFileDialog>([&](QFileDialog *dialog) {
-        seen = {dialog->windowTitle(), dialog->directory().absolutePath(), dialog->nameFilters(),
-                dialog->parentWidget()};
-        if (name.isEmpty()) {
-            dialog->reject();
-            return;
-        }
-        dialog->findChild<QLineEdit *>("fileNameEdit")->setText(name);
-        QMetaObject::invokeMethod(dialog, "accept");
+    driven_window::answerFileDialog(name, [&seen](const QFileDialog &dialog) {
+        seen = {dialog.windowTitle(), dialog.directory().absolutePath(), dialog.nameFilters(), dialog.parentWidget()};
     });
     find<QPushButton>(window, "saveBtn")->click();
     return seen;
 }
 
 QStringList saveCalls(int slot, const QString &fileName, const QStringList &patternWrites) {
-    return driven_window::inSlot(
+    return recorded_calls::inSlot(
         slot,
         QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetString $/Parameters/Filename " + fileName} +
             patternWrites +
@@ -87,7 +79,7 @@ void SavePatternsTest::cancellingDoesNothing() {
     const MainWindow window;
     scripted_lmlib64::clearCalls();
     save(window, "");
-    QCOMPARE(driven_window::recordedCalls(), QStringList());
+    QCOMPARE(recorded_calls::all(), QStringList());
 }
 
 void SavePatternsTest::keepsNamesWithADot_data() {
@@ -127,10 +119,9 @@ void SavePatternsTest::writesTheCurrentPattern() {
     find<QTabWidget>(window, "patternType")->setCurrentIndex(1);
     scripted_lmlib64::clearCalls();
     save(window, folder->filePath("one.json"));
-    QCOMPARE(driven_window::recordedCalls(),
-             saveCalls(4, folder->filePath("one.json"),
-                       {"lmLibSetString @/Type SingleCustom", "lmLibSetDouble @/GridSpacing 12",
-                        "lmLibSetDouble @/Thickness 0", "lmLibSetBool @/Polarity true"}));
+    QCOMPARE(recorded_calls::all(), saveCalls(4, folder->filePath("one.json"),
+                                              {"lmLibSetString @/Type SingleCustom", "lmLibSetDouble @/GridSpacing 12",
+                                               "lmLibSetDouble @/Thickness 0", "lmLibSetBool @/Polarity true"}));
 }
 
 void SavePatternsTest::writesEveryPatternOfAnAssembly() {
@@ -147,7 +138,7 @@ void SavePatternsTest::writesEveryPatternOfAnAssembly() {
     }
     scripted_lmlib64::clearCalls();
     save(window, folder->filePath("all.pdf"));
-    QCOMPARE(driven_window::recordedCalls(), saveCalls(5, folder->filePath("all.pdf"), writes));
+    QCOMPARE(recorded_calls::all(), saveCalls(5, folder->filePath("all.pdf"), writes));
 }
 
 void SavePatternsTest::dialogOpensWhereTheLastFileWent() {

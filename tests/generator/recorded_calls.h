@@ -1,0 +1,45 @@
+// The calls that the scripted library recorded, and those that an update is expected to make.
+#pragma once
+
+#include <QRegularExpression>
+#include <QStringList>
+
+#include "tests/scripted_lmlib64/scripted_lmlib64.h"
+
+namespace recorded_calls {
+
+inline QStringList all() {
+    QStringList lines;
+    for (const auto &line : scripted_lmlib64::callLines()) {
+        lines << QString::fromStdString(line);
+    }
+    return lines;
+}
+
+inline int count(const QString &beginning) {
+    return all().filter(QRegularExpression("^" + QRegularExpression::escape(beginning))).size();
+}
+
+// Lines with the slot for "$" and the element of "Patterns" for "@".
+inline QStringList inSlot(int slot, const QStringList &lines) {
+    QStringList filled;
+    for (QString line : lines) {
+        line.replace(QLatin1Char('@'), QStringLiteral("$/Parameters/Patterns/\\0"));
+        filled << line.replace(QLatin1Char('$'), QStringLiteral("/Execute/%1").arg(slot));
+    }
+    return filled;
+}
+
+// Every call of one update, given those that write the pattern; for the 4 x 4 picture of the default script.
+inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
+    return inSlot(slot, QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",
+                                    "lmLibSetInt $/Parameters/ImageSize 2000"} +
+                            patternWrites +
+                            QStringList{"lmLibSetString $/Command GenerateCalibrationPattern", "lmLibGetType $/Command",
+                                        "lmLibWaitForType $/Command 1 true", "lmLibGetType $/Result/ErrorSymbol",
+                                        "lmLibGetBinaryInfo $/Result/Patterns/\\0 width height channelCount isFloat",
+                                        "lmLibGetCount $/Result/Patterns/\\0",
+                                        "lmLibGetBinary $/Result/Patterns/\\0 16 bytesCopied", "lmLibErase $"});
+}
+
+}  // namespace recorded_calls
