@@ -51,7 +51,7 @@ std::string documentTitle(const PatternRequest &request) {
 }
 
 std::string fileContents(const PatternRequest &request, const std::vector<PatternGeometry> &geometries) {
-    const std::string json = patternJson(request, geometries);
+    std::string json = patternJson(request, geometries);
     if (fileNameEndsIn(*request.fileName, ".json")) {
         return json;
     }

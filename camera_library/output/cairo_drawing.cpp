@@ -7,6 +7,8 @@ namespace lmlib64 {
 
 namespace {
 
+// How far a curve may be off, in pixels or page units. Cairo's own choice leaves a mark visibly too small.
+constexpr double curveTolerance = 0.03;
 constexpr double fullTurn = 6.283185307179586;
 
 void addPolygon(cairo_t *context, const Polygon &polygon) {
@@ -19,6 +21,7 @@ void addPolygon(cairo_t *context, const Polygon &polygon) {
 }  // namespace
 
 void fillDarkShapes(cairo_t *context, const PatternGeometry &geometry) {
+    cairo_set_tolerance(context, curveTolerance);
     cairo_new_path(context);
     for (const Rectangle &rectangle : geometry.rectangles) {
         // Corner by corner, not by width and height: neighbours then meet in the same rounded coordinate.

@@ -1,5 +1,7 @@
 #include "camera_library/output/pattern_text.h"
 
+#include <cmath>
+
 #include "camera_library/pattern/number_text.h"
 
 namespace lmlib64 {
@@ -14,12 +16,9 @@ std::string typeText(const PatternDescription &description) {
     return description.kind == PatternKind::Halcon ? "Halcon-style plate" : description.type;
 }
 
-// Sizes are products and may carry the last digits of one; a micrometre's thousandth is more than can be printed.
-std::string sizeText(double width, double height) {
-    const auto rounded = [](double length) {
-        return numberText(static_cast<double>(static_cast<long long>(length * 1e6 + 0.5)) / 1e6);
-    };
-    return rounded(width) + times + rounded(height) + " mm";
+// Sizes are products and may carry the last digits of one; whole nanometres are more than can be printed.
+std::string sizeText(double mm) {
+    return numberText(std::round(mm * 1e6) / 1e6);
 }
 
 }  // namespace
@@ -40,7 +39,7 @@ std::string patternTitle(const PatternDescription &description) {
 std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry) {
     std::string text = typeText(description) + " " + std::to_string(description.gridSize[0]) + times +
                        std::to_string(description.gridSize[1]);
-    text += separator + sizeText(geometry.width, geometry.height);
+    text += separator + sizeText(geometry.width) + times + sizeText(geometry.height) + " mm";
     text += separator + ("grid spacing " + numberText(description.gridSpacing)) + " mm";
     text += separator + ("thickness " + numberText(description.thickness)) + " mm";
     text += separator + ("offset (" + numberText(description.offset[0])) + ", " + numberText(description.offset[1]) +

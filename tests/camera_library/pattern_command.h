@@ -1,0 +1,46 @@
+// Runs "GenerateCalibrationPattern" as the library does, from parameters written as JSON.
+#pragma once
+
+#include <string>
+
+#include "camera_library/commands/command.h"
+#include "camera_library/tree/json_text.h"
+
+namespace lmlib64 {
+
+Node generateCalibrationPattern(const Node &parameters);
+
+inline Node nodeFromJson(const std::string &json) {
+    Node node;
+    if (parseJson(json, LMLIB_MAXIMUM_DEPTH, node) != LmLibResultOperationSucceeded) {
+        throw std::invalid_argument("no JSON: " + json);
+    }
+    return node;
+}
+
+/// What the command says of these parameters: "" where it succeeds, else "Symbol: text".
+inline std::string outcomeOf(const Node &parameters) {
+    try {
+        generateCalibrationPattern(parameters);
+        return "";
+    } catch (const CommandFailure &failure) {
+        return failure.symbol + ": " + failure.text;
+    }
+}
+
+/// Writes the patterns, given as the elements of a JSON array, to a file.
+inline std::string save(const std::string &patterns, const std::string &fileName) {
+    Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
+    std::get<NodeObject>(parameters.value)["Filename"] = fileName;
+    return outcomeOf(parameters);
+}
+
+/// The picture of the first of these patterns.
+inline Binary preview(const std::string &patterns, int imageSize) {
+    Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
+    std::get<NodeObject>(parameters.value)["ImageSize"] = imageSize;
+    const Node result = generateCalibrationPattern(parameters);
+    return *std::get<NodeBinary>(std::get<NodeArray>(result.find("Patterns")->value).at(0).value);
+}
+
+}  // namespace lmlib64

@@ -1,0 +1,381 @@
+// The files that the pattern command writes, opened with other programs and measured.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <opencv2/calib3d.hpp>
+#include <opencv2/features2d.hpp>
+#include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "camera_library/commands/plate_catalogue.h"
+#include "camera_library/output/page_layout.h"
+#include "camera_library/pattern/checkerboard.h"
+#include "tests/camera_library/pattern_command.h"
+#include "tests/camera_library/rendered_page.h"
+#include "tests/camera_library/temporary_folder.h"
+
+namespace lmlib64 {
+namespace {
+
+using Json = nlohmann::json;
+
+const std::string single = R"({"Type": "SingleCustom", "GridSpacing": 12.5})";
+const std::string singleInverted = R"({"Type": "SingleCustom", "GridSpacing": 12.5, "Polarity": false})";
+const std::string flexible =
+    R"({"Type": "Flexible", "GridSize": [11, 20], "GridSpacing": 13.37, "Offset": [18.75, -6.25]})";
+const std::string flexibleInverted =
+    R"({"Type": "Flexible", "GridSize": [8, 5], "GridSpacing": 25.1, "Polarity": false})";
+const std::string assembly = R"({"Type": "Assembly", "AssemblyPattern": 3, "GridSpacing": 16})";
+const std::string assemblyInverted = R"({"Type": "Assembly", "GridSpacing": 6, "Polarity": false})";
+const std::string plate = R"({"GridSpacing": 12.5, "Thickness": 2})";
+const std::string plateInverted = R"({"GridSpacing": 7.77, "Encoding": false, "Polarity": false})";
+const std::string catalogue = R"({"Type": "Plate12"})";
+const std::string catalogueInverted = R"({"Type": "Plate3", "Polarity": false})";
+
+const std::vector<std::string> allTypes{catalogue, catalogueInverted, single,   singleInverted,
+                                        flexible,  flexibleInverted,  assembly, assemblyInverted,
+                                        plate,     plateInverted};
+
+// A pattern's file and what its attached description says of it.
+class PatternOutput : public testing::Test {
+protected:
+    void savePdf(const std::string &pattern) {
+        pdf = folder.file("pattern.pdf");
+        ASSERT_EQ(save(pattern, pdf), "") << pattern;
+        description = Json::parse(outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'"));
+    }
+
+    const Json &first() const { return description["Patterns"][0]; }
+
+    // The points of the description on the page, in millimetres: the pattern is centred on it.
+    std::vector<cv::Point2d> pointsOnPage(double pageWidth, double pageHeight) const {
+        const Json &p = first();
+        const double left = (pageWidth - p["OuterSize"][0].get<double>()) / 2.0 - p["TopLeft"][0].get<double>();
+        const double top = (pageHeight - p["OuterSize"][1].get<double>()) / 2.0 - p["TopLeft"][1].get<double>();
+        std::vector<cv::Point2d> points;
+        for (const Json &point : p["Points"]) {
+            points.emplace_back(point[2].get<double>() + left, point[3].get<double>() + top);
+        }
+        return points;
+    }
+
+    bool isPlate() const { return first()["Kind"] == "RoundMarks"; }
+
+    TemporaryFolder folder;
+    std::string pdf;
+    Json description;
+};
+
+// Where along a line of pixels it turns from one colour to the other, from the light it has in all: the line
+// starts `reach` pixels before `expected`, ends as far behind it and holds one edge.
+double edgePosition(const cv::Mat &image, double expected, int across, double reach, bool isAlongX) {
+    const int from = cvRound(expected - reach);
+    const int to = cvRound(expected + reach);
+    double light = 0.0;
+    for (int i = from; i < to; ++i) {
+        light += (isAlongX ? image.at<uchar>(across, i) : image.at<uchar>(i, across)) / 255.0;
+    }
+    const bool startsLight = (isAlongX ? image.at<uchar>(across, from) : image.at<uchar>(from, across)) > 127;
+    return startsLight ? from + light : to - light;
+}
+
+// A checkerboard's corner, from the four edges that meet there, each measured in the middle of the squares' sides.
+cv::Point2d measuredCorner(const cv::Mat &image, cv::Point2d expected, double side) {
+    const double reach = side * 0.4;
+    const int above = cvRound(expected.y - side / 2.0);
+    const int below = cvRound(expected.y + side / 2.0);
+    const int before = cvRound(expected.x - side / 2.0);
+    const int behind = cvRound(expected.x + side / 2.0);
+    return {
+        (edgePosition(image, expected.x, above, reach, true) + edgePosition(image, expected.x, below, reach, true)) /
+            2.0,
+        (edgePosition(image, expected.y, before, reach, false) +
+         edgePosition(image, expected.y, behind, reach, false)) /
+            2.0};
+}
+
+// A mark's centre: the centre of gravity of what differs from its surroundings.
+cv::Point2d measuredMark(const cv::Mat &image, cv::Point2d expected, double pitch) {
+    const int reach = cvFloor(pitch * 0.35);  // short of the triangle in the plate's corner
+    const cv::Rect field(cvRound(expected.x) - reach, cvRound(expected.y) - reach, 2 * reach + 1, 2 * reach + 1);
+    cv::Mat mark = image(field).clone();
+    if (mark.at<uchar>(0, 0) > 127) {
+        mark = 255 - mark;
+    }
+    const cv::Moments moments = cv::moments(mark);
+    return {field.x + moments.m10 / moments.m00 + 0.5, field.y + moments.m01 / moments.m00 + 0.5};
+}
+
+double spread(const std::vector<double> &values) {
+    const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+    return *greatest - *least;
+}
+
+constexpr double mmPerInch = 25.4;
+
+TEST_F(PatternOutput, printsEveryPointWhereTheDescriptionSays) {
+    constexpr int dotsPerInch = 600;
+    constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
+    double worst = 0.0;
+    for (const std::string &pattern : allTypes) {
+        savePdf(pattern);
+        const cv::Mat page = renderPage(pdf, 1, dotsPerInch);
+        const double pitch = first()["LatticePitch"].get<double>() * pixelsPerMm;
+        std::vector<double> errorsX;
+        std::vector<double> errorsY;
+        for (const cv::Point2d &point : pointsOnPage(210, 297)) {
+            const cv::Point2d expected = point * pixelsPerMm;
+            const cv::Point2d measured =
+                isPlate() ? measuredMark(page, expected, pitch) : measuredCorner(page, expected, pitch);
+            errorsX.push_back(measured.x - expected.x);
+            errorsY.push_back(measured.y - expected.y);
+        }
+        // The greatest error of the distance of any two points, along x and y.
+        worst = std::max({worst, spread(errorsX), spread(errorsY)});
+        EXPECT_LT(spread(errorsX), 1.0) << pattern;
+        EXPECT_LT(spread(errorsY), 1.0) << pattern;
+        EXPECT_LT(std::abs(errorsX.front()), 1.0) << pattern;
+        EXPECT_LT(std::abs(errorsY.front()), 1.0) << pattern;
+
+        // Nothing but light in the quiet zone.
+        const double quietZone = first()["QuietZone"].get<double>();
+        EXPECT_GE(quietZone, first()["SquareSide"].get<double>() / 2.0);
+        const double width = first()["OuterSize"][0].get<double>();
+        const double height = first()["OuterSize"][1].get<double>();
+        const auto zone = [&](double left, double top, double right, double bottom) {
+            const cv::Rect pixels(
+                cv::Point(cvCeil((105 + left) * pixelsPerMm) + 1, cvCeil((148.5 + top) * pixelsPerMm) + 1),
+                cv::Point(cvFloor((105 + right) * pixelsPerMm) - 1, cvFloor((148.5 + bottom) * pixelsPerMm) - 1));
+            double darkest = 0.0;
+            cv::minMaxLoc(page(pixels), &darkest);
+            return darkest;
+        };
+        const double x = width / 2.0;
+        const double y = height / 2.0;
+        EXPECT_EQ(zone(-x - quietZone, -y - quietZone, -x, y + quietZone), 255) << pattern;
+        EXPECT_EQ(zone(x, -y - quietZone, x + quietZone, y + quietZone), 255) << pattern;
+        EXPECT_EQ(zone(-x - quietZone, -y - quietZone, x + quietZone, -y), 255) << pattern;
+        EXPECT_EQ(zone(-x - quietZone, y, x + quietZone, y + quietZone), 255) << pattern;
+    }
+    std::printf("greatest error of a distance: %.3f pixel at %d dpi\n", worst, dotsPerInch);
+}
+
+TEST_F(PatternOutput, placesCornersToAMicrometre) {
+    constexpr int dotsPerInch = 10160;  // 2.5 um to the pixel
+    constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
+    for (const char *pattern : {R"({"Type": "Flexible", "GridSize": [91, 91], "GridSpacing": 3.3333})",
+                                R"({"Type": "Flexible", "GridSize": [20, 31], "GridSpacing": 12.3456789})"}) {
+        savePdf(pattern);
+        const double pitch = first()["LatticePitch"].get<double>() * pixelsPerMm;
+        const std::vector<cv::Point2d> points = pointsOnPage(210, 297);
+        for (std::size_t index = 0; index < points.size(); index += points.size() / 7) {
+            const cv::Point2d expected = points[index] * pixelsPerMm;
+            const int reach = cvCeil(pitch);
+            const cv::Point origin(cvRound(expected.x) - reach, cvRound(expected.y) - reach);
+            const cv::Mat crop = renderPage(pdf, 1, dotsPerInch, cv::Rect(origin, cv::Size(2 * reach, 2 * reach)));
+            const cv::Point2d measured = measuredCorner(crop, expected - cv::Point2d(origin), pitch);
+            const cv::Point2d error = (measured + cv::Point2d(origin) - expected) * (1000.0 / pixelsPerMm);
+            EXPECT_LT(std::hypot(error.x, error.y), 1.0) << "um, point " << index << " of " << pattern;
+        }
+    }
+}
+
+// The length of the dark line through the pixel, along x or y, in pixels; ends at full light.
+double lineLength(const cv::Mat &page, cv::Point within, bool isAlongX) {
+    double length = 0.0;
+    for (const int direction : {-1, 1}) {
+        for (int i = direction < 0 ? 0 : 1;; ++i) {
+            const cv::Point at = within + (isAlongX ? cv::Point(direction * i, 0) : cv::Point(0, direction * i));
+            const uchar grey = page.at<uchar>(at);
+            if (grey == 255) {
+                break;
+            }
+            length += (255 - grey) / 255.0;
+        }
+    }
+    return length;
+}
+
+TEST_F(PatternOutput, drawsCheckBarsOfTheLengthTheySay) {
+    constexpr int dotsPerInch = 600;
+    constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
+    struct Case {
+        const char *pattern;
+        double gridSpacing;
+        double lengthAlongY;
+    };
+    // The second leaves no room beside it, so that a shorter bar stands below it.
+    for (const Case &test : {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", 12.5, 100.0},
+                             Case{R"({"Type": "SingleCustom", "GridSpacing": 22})", 22.0, 30.0}}) {
+        savePdf(test.pattern);
+        const PageLayout layout = *layOutPage(checkerboard({15, 15}, test.gridSpacing, true));
+        const cv::Mat page = renderPage(pdf, 1, dotsPerInch);
+        const auto pixel = [&](const CheckBar &bar) {
+            const double along = 15.0;
+            const double across = 0.1;
+            return bar.isAlongY ? cv::Point(cvRound((bar.start.x + across) * pixelsPerMm),
+                                            cvRound((bar.start.y + along) * pixelsPerMm))
+                                : cv::Point(cvRound((bar.start.x + along) * pixelsPerMm),
+                                            cvRound((bar.start.y + across) * pixelsPerMm));
+        };
+        EXPECT_NEAR(lineLength(page, pixel(layout.barAlongX), true), 100.0 * pixelsPerMm, 0.5);
+        EXPECT_NEAR(lineLength(page, pixel(layout.barAlongY), false), test.lengthAlongY * pixelsPerMm, 0.5);
+        const std::string text = outputOf("pdftotext -layout '" + pdf + "' -");
+        EXPECT_NE(text.find("100 mm"), std::string::npos) << text;
+        EXPECT_NE(outputOf("pdftotext -bbox '" + pdf + "' - | grep -c '>mm<'"), "0\n");
+    }
+}
+
+// Pixels of found points to those of the description, one to one; the greatest distance.
+double farthestFromExpected(const std::vector<cv::Point2f> &found, const std::vector<cv::Point2d> &expected) {
+    double farthest = 0.0;
+    for (const cv::Point2d &point : expected) {
+        double nearest = 1e9;
+        for (const cv::Point2f &candidate : found) {
+            nearest = std::min(nearest, cv::norm(cv::Point2d(candidate) + cv::Point2d(0.5, 0.5) - point));
+        }
+        farthest = std::max(farthest, nearest);
+    }
+    return farthest;
+}
+
+TEST_F(PatternOutput, isFoundByStockDetectors) {
+    std::vector<std::string> patterns = allTypes;
+    patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [5, 5], "GridSpacing": 12.5})");
+    patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 20, "Polarity": false})");
+    patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [6, 10], "GridSpacing": 10})");
+    patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [31, 23], "GridSpacing": 8})");
+    for (const std::string &pattern : patterns) {
+        savePdf(pattern);
+        const double pitch = first()["LatticePitch"].get<double>();
+        const int dotsPerInch = cvRound((isPlate() ? 60.0 : 30.0) / pitch * mmPerInch);
+        const cv::Mat page = renderPage(pdf, 1, dotsPerInch);
+        const cv::Size size(first()["LatticeSize"][0].get<int>(), first()["LatticeSize"][1].get<int>());
+        std::vector<cv::Point2f> found;
+        if (isPlate()) {
+            cv::SimpleBlobDetector::Params parameters;
+            parameters.blobColor = first()["Polarity"].get<bool>() ? 0 : 255;
+            const auto detector = first()["Polarity"].get<bool>() ? cv::SimpleBlobDetector::create()
+                                                                  : cv::SimpleBlobDetector::create(parameters);
+            EXPECT_TRUE(cv::findCirclesGrid(page, size, found, cv::CALIB_CB_SYMMETRIC_GRID, detector)) << pattern;
+        } else {
+            EXPECT_TRUE(cv::findChessboardCorners(page, size, found)) << pattern;
+        }
+        ASSERT_EQ(static_cast<int>(found.size()), size.area()) << pattern;
+        std::vector<cv::Point2d> expected = pointsOnPage(210, 297);
+        for (cv::Point2d &point : expected) {
+            point *= dotsPerInch / mmPerInch;
+        }
+        EXPECT_LT(farthestFromExpected(found, expected), 1.0) << pattern;
+    }
+}
+
+TEST_F(PatternOutput, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
+    for (const std::string &pattern : allTypes) {
+        savePdf(pattern);
+        EXPECT_NE(outputOf("qpdf --check '" + pdf + "'").find("No syntax or stream encoding errors"),
+                  std::string::npos);
+        EXPECT_NE(outputOf("qpdf --json '" + pdf + "'").find(R"("/PrintScaling": "/None")"), std::string::npos);
+        EXPECT_EQ(outputOf("pdfimages -list '" + pdf + "' | tail -n +3"), "");  // vector only
+        const std::string information = outputOf("pdfinfo '" + pdf + "'");
+        EXPECT_NE(information.find("Title: "), std::string::npos);
+        EXPECT_EQ(information.find("CreationDate"), std::string::npos);
+        EXPECT_LT(std::filesystem::file_size(pdf), 60000U) << pattern;
+    }
+}
+
+TEST_F(PatternOutput, captionSaysAllThatThePrintDependsOn) {
+    savePdf(R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 12.123456789, "Thickness": 1.5,
+                "Offset": [18.75, -6.25], "Polarity": false})");
+    const std::string caption = outputOf("pdftotext -layout '" + pdf + "' -");
+    for (const char *part : {"Flexible 9 × 6", "60.617284 × 42.432099 mm", "12.123456789 mm", "1.5 mm", "18.75",
+                             "-6.25", "false", "LmLib64 "}) {
+        EXPECT_NE(caption.find(part), std::string::npos) << part << "\n" << caption;
+    }
+}
+
+TEST_F(PatternOutput, givesEveryPatternOfAnAssemblyItsPageAndNumber) {
+    std::string patterns;
+    for (int number = 0; number < 18; ++number) {
+        patterns += number == 0 ? "" : ", ";
+        patterns += R"({"Type": "Assembly", "GridSpacing": 12, "AssemblyPattern": )";
+        patterns += std::to_string(number);
+        patterns += "}";
+    }
+    savePdf(patterns);
+    EXPECT_NE(outputOf("pdfinfo '" + pdf + "'").find("Pages:           18"), std::string::npos);
+    EXPECT_LT(std::filesystem::file_size(pdf), 500000U);
+    ASSERT_EQ(description["Patterns"].size(), 18U);
+    for (int number = 0; number < 18; ++number) {
+        const std::string page = std::to_string(number + 1);
+        std::string command = "pdftotext -layout -f ";
+        command.append(page).append(" -l ").append(page).append(" '").append(pdf).append("' -");
+        const std::string text = outputOf(command);
+        EXPECT_NE(text.find("pattern " + std::to_string(number) + " "), std::string::npos) << text;
+        EXPECT_EQ(description["Patterns"][static_cast<std::size_t>(number)]["Parameters"]["AssemblyPattern"], number);
+    }
+}
+
+TEST_F(PatternOutput, staysSmallAndIsTheSameEachTime) {
+    const std::string large = R"({"Type": "Flexible", "GridSize": [91, 91], "GridSpacing": 3.3333333333})";
+    savePdf(large);
+    EXPECT_LT(std::filesystem::file_size(pdf), 150000U);
+    const std::string bytes = readBytes(pdf);
+    ASSERT_EQ(save(large, folder.file("again.pdf")), "");
+    EXPECT_EQ(readBytes(folder.file("again.pdf")), bytes);
+}
+
+TEST_F(PatternOutput, attachesWhatTheJsonFileHolds) {
+    savePdf(flexible);
+    const std::string json = folder.file("pattern.json");
+    ASSERT_EQ(save(flexible, json), "");
+    EXPECT_EQ(outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'"), readBytes(json));
+    EXPECT_EQ(description["Format"], "LmLib64Pattern");
+    EXPECT_EQ(description["Version"], 1);
+    const Json &p = first();
+    EXPECT_EQ(p["Points"].size(), 11U * 20U);
+    // 11 columns, 20 rows: the reference point is column 5, row 9, and lies at the offset.
+    EXPECT_EQ(p["ReferenceIndex"], Json::parse("[5, 9]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 5], Json::parse("[5, 9, 18.75, -6.25]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 6], Json::parse("[6, 9, 25.435, -6.25]"));
+    // Its parameters, given back to the command, yield the same file.
+    ASSERT_EQ(save(p["Parameters"].dump(), folder.file("again.pdf")), "");
+    EXPECT_EQ(readBytes(folder.file("again.pdf")), readBytes(pdf));
+}
+
+TEST_F(PatternOutput, takesPaperSizesAndMadeToMeasurePages) {
+    struct Case {
+        const char *pattern;
+        const char *size;  ///< in points
+    };
+    const Case cases[]{
+        {R"({"Type": "SingleCustom", "GridSpacing": 12.5})", "595.276 x 841.89"},
+        {R"({"Type": "Flexible", "GridSize": [29, 15], "GridSpacing": 16})", "841.89 x 595.276"},
+        {R"({"Type": "SingleCustom", "GridSpacing": 30})", "841.89 x 1190.55"},
+        {R"({"Type": "SingleCustom", "GridSpacing": 45})", "1190.55 x 1683.78"},
+        {R"({"Type": "SingleCustom", "GridSpacing": 64})", "1683.78 x 2383.94"},
+        {R"({"Type": "Flexible", "GridSize": [29, 15], "GridSpacing": 70})", "3370.39 x 2383.94"},
+        {R"({"Type": "Plate96"})", "2505.83 x 2537.01"},
+    };
+    for (const Case &test : cases) {
+        savePdf(test.pattern);
+        EXPECT_NE(outputOf("pdfinfo '" + pdf + "'").find(test.size), std::string::npos)
+            << test.pattern << outputOf("pdfinfo '" + pdf + "'");
+    }
+}
+
+TEST_F(PatternOutput, drawsEveryPlateOfTheCatalogue) {
+    for (const CatalogueEntry &entry : Catalogue()) {
+        savePdf(R"({"Type": ")" + std::string(entry.type) + "\"}");
+        EXPECT_EQ(first()["OuterSize"][0], 8.0 * entry.gridSpacing);
+        EXPECT_EQ(first()["Parameters"]["Thickness"], entry.thickness);
+        const int dotsPerInch = cvRound(20.0 / (entry.gridSpacing / 2.0) * mmPerInch);
+        std::vector<cv::Point2f> found;
+        EXPECT_TRUE(cv::findChessboardCorners(renderPage(pdf, 1, dotsPerInch), {15, 15}, found)) << entry.type;
+    }
+}
+
+}  // namespace
+}  // namespace lmlib64

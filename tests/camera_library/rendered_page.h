@@ -1,0 +1,38 @@
+// A page of a PDF as another program renders it, and where things are in the picture.
+#pragma once
+
+#include <cstdio>
+#include <opencv2/imgcodecs.hpp>
+#include <stdexcept>
+#include <string>
+
+#include "tests/camera_library/temporary_folder.h"
+
+/// What the command writes to its output; throws where it does not end well.
+inline std::string outputOf(const std::string &command) {
+    FILE *pipe = popen((command + " 2>&1").c_str(), "r");
+    if (pipe == nullptr) {
+        throw std::runtime_error("cannot run " + command);
+    }
+    std::string output;
+    for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) {
+        output += static_cast<char>(c);
+    }
+    if (pclose(pipe) != 0) {
+        throw std::runtime_error(command + " failed: " + output);
+    }
+    return output;
+}
+
+/// The page, counted from 1, as 8-bit grey. Of a crop, its rectangle in pixels of the whole page.
+inline cv::Mat renderPage(const std::string &pdf, int page, int dotsPerInch, cv::Rect crop = {}) {
+    const TemporaryFolder folder;
+    std::string command = "pdftoppm -gray -singlefile -r " + std::to_string(dotsPerInch) + " -f " +
+                          std::to_string(page) + " '" + pdf + "' '" + folder.file("page") + "'";
+    if (!crop.empty()) {
+        command += " -x " + std::to_string(crop.x) + " -y " + std::to_string(crop.y) + " -W " +
+                   std::to_string(crop.width) + " -H " + std::to_string(crop.height);
+    }
+    outputOf(command);
+    return cv::imread(folder.file("page.pgm"), cv::IMREAD_GRAYSCALE);
+}

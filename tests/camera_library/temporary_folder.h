@@ -1,0 +1,45 @@
+// A folder for the files of one test, gone with all its contents afterwards.
+#pragma once
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "lmcaltab-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("no temporary folder");
+        }
+        folder = name;
+    }
+    TemporaryFolder(const TemporaryFolder &) = delete;
+    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+
+    std::string file(const std::string &name) const { return (folder / name).string(); }
+    const std::filesystem::path &path() const { return folder; }
+    std::size_t entryCount() const {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+    }
+
+private:
+    std::filesystem::path folder;
+};
+
+inline std::string readBytes(const std::string &fileName) {
+    std::ifstream file(fileName, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void writeBytes(const std::string &fileName, const std::string &bytes) {
+    std::ofstream(fileName, std::ios::binary) << bytes;
+}
