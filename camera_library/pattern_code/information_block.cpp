@@ -1,0 +1,335 @@
+#include "camera_library/pattern_code/information_block.h"
+
+#include <array>
+#include <cassert>
+#include <cmath>
+#include <vector>
+
+#include "camera_library/pattern_code/position_code.h"
+
+namespace pattern_code {
+namespace {
+
+constexpr std::uint32_t blockVersion = 1;
+constexpr std::uint32_t offsetConstant = 0xA5C;
+constexpr std::uint32_t assemblyConstant = 0x0B5;
+
+// How many unknown bits each step of repair still takes. A step that accepts n patterns of wrong bits takes
+// random bits for a block with a probability of n / 2^(32 - unknown) at most, of which the kind, version and
+// ranges leave less than 1/32.
+constexpr int unknownBitsWithWrongByte = 4;
+constexpr int unknownBitsWithWrongBit = 10;
+constexpr int unknownBitsAlone = 16;
+
+constexpr std::uint8_t timesTwo(std::uint8_t value) {
+    return static_cast<std::uint8_t>((value << 1) ^ ((value & 0x80) != 0 ? 0x11D : 0));
+}
+
+std::uint8_t times(std::uint8_t a, std::uint8_t b) {
+    std::uint8_t product = 0;
+    for (; b != 0; b = static_cast<std::uint8_t>(b >> 1), a = timesTwo(a)) {
+        product = static_cast<std::uint8_t>(product ^ ((b & 1) != 0 ? a : 0));
+    }
+    return product;
+}
+
+std::uint8_t byteOf(std::uint64_t block, int byte) {
+    return static_cast<std::uint8_t>(block >> (56 - 8 * byte));
+}
+
+std::uint64_t bitMask(int bit) {
+    return std::uint64_t{1} << (blockBitCount - 1 - bit);
+}
+
+/** The word's values at the four roots; all zero for a word of the code, and linear in the word's bits. */
+std::uint32_t syndromeOf(std::uint64_t word) {
+    std::uint32_t syndrome = 0;
+    std::uint8_t root = 1;
+    for (int i = 0; i < 4; ++i) {
+        root = timesTwo(root);
+        std::uint8_t value = 0;
+        for (int byte = 0; byte < blockByteCount; ++byte) {
+            value = static_cast<std::uint8_t>(times(value, root) ^ byteOf(word, byte));
+        }
+        syndrome = syndrome << 8U | value;
+    }
+    return syndrome;
+}
+
+using Syndromes = std::array<std::uint32_t, blockBitCount>;
+
+/** The syndrome of each single bit. */
+const Syndromes &bitSyndromes() {
+    static const Syndromes syndromes = [] {
+        Syndromes made{};
+        for (int bit = 0; bit < blockBitCount; ++bit) {
+            made[static_cast<std::size_t>(bit)] = syndromeOf(bitMask(bit));
+        }
+        return made;
+    }();
+    return syndromes;
+}
+
+std::uint32_t lowestBit(std::uint32_t value) {
+    return value & (~value + 1U);
+}
+
+/**
+ * The equations of the code solved for the unknown bits: what remains of a syndrome when they may take any
+ * value, and the values that they must take.
+ */
+class UnknownBits {
+public:
+    /** With rows that depend on one another isUnique() is false, and the rest means nothing. */
+    explicit UnknownBits(std::uint64_t unknown) {
+        for (int bit = 0; bit < blockBitCount; ++bit) {
+            if ((unknown & bitMask(bit)) == 0) {
+                continue;
+            }
+            Row row{bitSyndromes()[static_cast<std::size_t>(bit)], bitMask(bit)};
+            reduce(row);
+            isUnique_ = isUnique_ && row.syndrome != 0;
+            rows_.push_back(row);
+        }
+    }
+
+    [[nodiscard]] bool isUnique() const { return isUnique_; }
+
+    /** What the unknown bits cannot account for; zero for a possible word. */
+    [[nodiscard]] std::uint32_t remainder(std::uint32_t syndrome) const {
+        Row row{syndrome, 0};
+        reduce(row);
+        return row.syndrome;
+    }
+
+    /** The unknown bits to turn over for a syndrome without a remainder. */
+    [[nodiscard]] std::uint64_t solution(std::uint32_t syndrome) const {
+        Row row{syndrome, 0};
+        reduce(row);
+        return row.bits;
+    }
+
+private:
+    struct Row {
+        std::uint32_t syndrome;
+        std::uint64_t bits;
+    };
+
+    void reduce(Row &row) const {
+        for (const Row &other : rows_) {
+            if ((row.syndrome & lowestBit(other.syndrome)) != 0) {
+                row.syndrome ^= other.syndrome;
+                row.bits ^= other.bits;
+            }
+        }
+    }
+
+    std::vector<Row> rows_;
+    bool isUnique_ = true;
+};
+
+int onesIn(std::uint64_t bits) {
+    int count = 0;
+    for (; bits != 0; bits &= bits - 1) {
+        ++count;
+    }
+    return count;
+}
+
+/** The content of a word of the code; nothing when version, kind, constants or ranges are wrong. */
+std::optional<BlockContent> contentOf(std::uint64_t word) {
+    const auto data = static_cast<std::uint32_t>(word >> 32U);
+    const auto field = [data](unsigned shift, unsigned width) {
+        return static_cast<int>((data >> shift) & ((1U << width) - 1));
+    };
+    BlockContent content;
+    std::uint32_t constant = 0;
+    switch (field(28, 2)) {
+        case 1:
+            content.kind = BlockKind::SpacingAndThickness;
+            content.gridSpacing = field(14, 14);
+            content.thickness = field(0, 14);
+            break;
+        case 2:
+            content.kind = BlockKind::Offset;
+            content.offsetX = field(20, 8) + leastBlockOffset;
+            content.offsetY = field(12, 8) + leastBlockOffset;
+            constant = (data & 0xFFFU) ^ offsetConstant;
+            break;
+        case 3:
+            content.kind = BlockKind::Assembly;
+            content.gridSpacing = field(14, 14);
+            content.assemblyPattern = field(9, 5);
+            constant = (data & 0x1FFU) ^ assemblyConstant;
+            break;
+        default:
+            return std::nullopt;
+    }
+    if (field(30, 2) != static_cast<int>(blockVersion) || constant != 0 || !isEncodable(content)) {
+        return std::nullopt;
+    }
+    return content;
+}
+
+std::uint32_t dataOf(const BlockContent &content) {
+    const auto bits = [](int value) { return static_cast<std::uint32_t>(value); };
+    const std::uint32_t head = blockVersion << 30U | bits(static_cast<int>(content.kind)) << 28U;
+    switch (content.kind) {
+        case BlockKind::SpacingAndThickness:
+            return head | bits(content.gridSpacing) << 14U | bits(content.thickness);
+        case BlockKind::Offset:
+            return head | bits(content.offsetX - leastBlockOffset) << 20U |
+                   bits(content.offsetY - leastBlockOffset) << 12U | offsetConstant;
+        case BlockKind::Assembly:
+            break;
+    }
+    return head | bits(content.gridSpacing) << 14U | bits(content.assemblyPattern) << 9U | assemblyConstant;
+}
+
+/** Tries patterns of wrong bits and keeps the block they lead to, as long as it is only one. */
+class BlockSearch {
+public:
+    BlockSearch(std::uint64_t word, std::uint64_t unknown, BlockCarrier carrier)
+        : word_(word), unknown_(unknown), carrier_(carrier), solver_(unknown), syndrome_(syndromeOf(word)) {
+        for (int bit = 0; bit < blockBitCount; ++bit) {
+            const std::size_t at = static_cast<std::size_t>(bit);
+            remainders_[at] = solver_.remainder(bitSyndromes()[at]);
+        }
+        remainder_ = solver_.remainder(syndrome_);
+    }
+
+    std::optional<DecodedBlock> run() {
+        const int unknownCount = onesIn(unknown_);
+        if (unknownCount > unknownBitsAlone || !solver_.isUnique()) {
+            return std::nullopt;
+        }
+        if (remainder_ == 0) {
+            keep(0);
+        }
+        if (unknownCount <= unknownBitsWithWrongBit) {
+            tryBits(unknownCount <= unknownBitsWithWrongByte);
+        }
+        if (unknownCount <= unknownBitsWithWrongByte) {
+            tryBytes();
+        }
+        return isAmbiguous_ ? std::nullopt : found_;
+    }
+
+private:
+    [[nodiscard]] bool isKnown(int bit) const { return (unknown_ & bitMask(bit)) == 0; }
+
+    void tryBits(bool alsoPairs) {
+        for (int first = 0; first < blockBitCount; ++first) {
+            if (!isKnown(first)) {
+                continue;
+            }
+            const std::uint32_t rest = remainder_ ^ remainders_[static_cast<std::size_t>(first)];
+            if (rest == 0) {
+                keep(bitMask(first));
+            }
+            for (int second = first + 1; alsoPairs && second < blockBitCount; ++second) {
+                if (rest == remainders_[static_cast<std::size_t>(second)] && isKnown(second)) {
+                    keep(bitMask(first) | bitMask(second));
+                }
+            }
+        }
+    }
+
+    void tryBytes() {
+        for (int byte = 0; byte < blockByteCount; ++byte) {
+            for (unsigned error = 1; error < 256; ++error) {
+                const std::uint64_t wrong = std::uint64_t{error} << (56 - 8 * byte);
+                std::uint32_t rest = remainder_;
+                for (int bit = 8 * byte; bit < 8 * byte + 8; ++bit) {
+                    rest ^= (wrong & bitMask(bit)) != 0 ? remainders_[static_cast<std::size_t>(bit)] : 0U;
+                }
+                if (rest == 0 && (wrong & unknown_) == 0) {
+                    keep(wrong);
+                }
+            }
+        }
+    }
+
+    void keep(std::uint64_t wrong) {
+        const std::uint64_t word = word_ ^ wrong ^ solver_.solution(syndrome_ ^ syndromeOf(wrong));
+        const std::optional<BlockContent> content = contentOf(word);
+        if (!content || !carrier_.holds(*content)) {
+            return;
+        }
+        const std::uint64_t block = word ^ blockWhitening;
+        if (found_ && found_->block != block) {
+            isAmbiguous_ = true;
+        } else if (!found_) {
+            found_ = DecodedBlock{*content, block, onesIn(wrong), onesIn(unknown_)};
+        }
+    }
+
+    std::uint64_t word_;
+    std::uint64_t unknown_;
+    BlockCarrier carrier_;
+    UnknownBits solver_;
+    std::uint32_t syndrome_;
+    std::uint32_t remainder_ = 0;
+    Syndromes remainders_{};
+    std::optional<DecodedBlock> found_;
+    bool isAmbiguous_ = false;
+};
+
+bool isWithin(int value, int least, int greatest) {
+    return value >= least && value <= greatest;
+}
+
+}  // namespace
+
+bool operator==(const BlockContent &a, const BlockContent &b) {
+    return a.kind == b.kind && a.gridSpacing == b.gridSpacing && a.thickness == b.thickness && a.offsetX == b.offsetX &&
+           a.offsetY == b.offsetY && a.assemblyPattern == b.assemblyPattern;
+}
+
+std::optional<int> hundredthsOfMillimetre(double millimetres) {
+    const double hundredths = std::round(millimetres * 100);
+    if (!(std::abs(hundredths) < 1e9) || std::abs(hundredths / 100 - millimetres) > 1e-6) {
+        return std::nullopt;
+    }
+    return static_cast<int>(hundredths);
+}
+
+bool isEncodable(const BlockContent &content) {
+    const bool hasSpacing = isWithin(content.gridSpacing, leastBlockSpacing, greatestBlockSpacing);
+    switch (content.kind) {
+        case BlockKind::SpacingAndThickness:
+            return hasSpacing && isWithin(content.thickness, 0, greatestBlockThickness);
+        case BlockKind::Offset:
+            return isWithin(content.offsetX, leastBlockOffset, greatestBlockOffset) &&
+                   isWithin(content.offsetY, leastBlockOffset, greatestBlockOffset);
+        case BlockKind::Assembly:
+            return hasSpacing && isWithin(content.assemblyPattern, 0, assemblyPatternCount - 1);
+    }
+    return false;
+}
+
+bool BlockCarrier::holds(const BlockContent &content) const {
+    switch (content.kind) {
+        case BlockKind::SpacingAndThickness:
+            return number_ == plateNumber || number_ == singleTile;
+        case BlockKind::Offset:
+            return number_ == plateNumber;
+        case BlockKind::Assembly:
+            return number_ == tileOfAssemblyPattern(content.assemblyPattern);
+    }
+    return false;
+}
+
+std::uint64_t encodeBlock(const BlockContent &content) {
+    assert(isEncodable(content));
+    // The four check bytes are the unknown bits of a word that must belong to the code.
+    static const UnknownBits checkBytes(0xFFFFFFFFU);
+    const std::uint64_t data = std::uint64_t{dataOf(content)} << 32U;
+    return (data | checkBytes.solution(syndromeOf(data))) ^ blockWhitening;
+}
+
+std::optional<DecodedBlock> decodeBlock(std::uint64_t bits, std::uint64_t unknown, BlockCarrier carrier) {
+    return BlockSearch(bits ^ blockWhitening, unknown, carrier).run();
+}
+
+}  // namespace pattern_code

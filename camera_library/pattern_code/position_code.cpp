@@ -1,0 +1,73 @@
+#include "camera_library/pattern_code/position_code.h"
+
+#include <cassert>
+
+namespace pattern_code {
+namespace {
+
+// Rows of bits, the leftmost square in the highest bit of the row's first word.
+constexpr int wordBits = 16;
+constexpr std::uint16_t planeRows[planeSide][planeSide / wordBits] = {
+#include "camera_library/pattern_code/position_code_plane.inc"
+};
+constexpr std::uint16_t tileRows[tileCount][tileSide] = {
+#include "camera_library/pattern_code/position_code_tiles.inc"
+};
+
+bool bitOf(std::uint16_t word, int column) {
+    return ((word >> (wordBits - 1 - column % wordBits)) & 1) != 0;
+}
+
+/** The index of the central corner, counted from 0, for an even count the one before the middle. */
+int centralCorner(int count) {
+    return (count - 1) / 2;
+}
+
+}  // namespace
+
+bool planeBit(int column, int row) {
+    assert(column >= 0 && column < planeSide && row >= 0 && row < planeSide);
+    return bitOf(planeRows[row][column / wordBits], column);
+}
+
+bool tileBit(int tile, int column, int row) {
+    assert(tile >= 0 && tile < tileCount && column >= 0 && column < tileSide && row >= 0 && row < tileSide);
+    return bitOf(tileRows[tile][row], column);
+}
+
+OffsetRange offsetRangeForCorners(int count) {
+    // Corner i lies to the right of square i, so the first square is one before the origin and i further left.
+    const int first = planeOrigin - 1 - centralCorner(count);
+    return {-first, planeSide - (count + 1) - first};
+}
+
+std::optional<Square> planeWindowForPattern(int width, int height, int offsetX, int offsetY) {
+    const OffsetRange x = offsetRangeForCorners(width);
+    const OffsetRange y = offsetRangeForCorners(height);
+    if (offsetX < x.least || offsetX > x.greatest || offsetY < y.least || offsetY > y.greatest) {
+        return std::nullopt;
+    }
+    return Square{offsetX - x.least, offsetY - y.least};
+}
+
+std::uint64_t positionCodeChecksum() {
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    const auto add = [&hash](std::uint16_t word) {
+        for (const unsigned byte : {word >> 8U, word & 0xFFU}) {
+            hash = (hash ^ byte) * 0x100000001b3U;
+        }
+    };
+    for (const auto &row : planeRows) {
+        for (const std::uint16_t word : row) {
+            add(word);
+        }
+    }
+    for (const auto &tile : tileRows) {
+        for (const std::uint16_t word : tile) {
+            add(word);
+        }
+    }
+    return hash;
+}
+
+}  // namespace pattern_code
