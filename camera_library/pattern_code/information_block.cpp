@@ -237,13 +237,16 @@ private:
 
     void tryBytes() {
         for (int byte = 0; byte < blockByteCount; ++byte) {
-            for (unsigned error = 1; error < 256; ++error) {
-                const std::uint64_t wrong = std::uint64_t{error} << (56 - 8 * byte);
-                std::uint32_t rest = remainder_;
-                for (int bit = 8 * byte; bit < 8 * byte + 8; ++bit) {
-                    rest ^= (wrong & bitMask(bit)) != 0 ? remainders_[static_cast<std::size_t>(bit)] : 0U;
+            std::array<std::uint32_t, 256> rests{remainder_};
+            for (std::size_t error = 1; error < rests.size(); ++error) {
+                int lowest = 0;
+                while ((error >> lowest & 1U) == 0) {
+                    ++lowest;
                 }
-                if (rest == 0 && (wrong & unknown_) == 0) {
+                const int bit = 8 * byte + 7 - lowest;
+                rests[error] = rests[error & (error - 1)] ^ remainders_[static_cast<std::size_t>(bit)];
+                const std::uint64_t wrong = std::uint64_t{error} << (56 - 8 * byte);
+                if (rests[error] == 0 && (wrong & unknown_) == 0) {
                     keep(wrong);
                 }
             }

@@ -53,7 +53,7 @@ std::optional<Square> planeWindowForPattern(int width, int height, int offsetX, 
 std::uint64_t positionCodeChecksum() {
     std::uint64_t hash = 0xcbf29ce484222325U;
     const auto add = [&hash](std::uint16_t word) {
-        for (const unsigned byte : {word >> 8U, word & 0xFFU}) {
+        for (const unsigned byte : {unsigned{word} >> 8U, unsigned{word} & 0xFFU}) {
             hash = (hash ^ byte) * 0x100000001b3U;
         }
     };
