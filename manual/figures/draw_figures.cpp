@@ -11,6 +11,9 @@
 
 namespace {
 
+constexpr QPointF PatternTopLeft(124.0, 60.0);
+constexpr double RightMargin = 132.0;
+constexpr double BottomMargin = 64.0;
 constexpr int Pixels = 864;  // a whole number of pixels per square and per mark for the patterns drawn here
 
 QString millimetres(double value) {
@@ -40,6 +43,14 @@ struct PlacedPattern {
     double scale;
     QRectF place;
 };
+
+QSizeF figureSize(const PlacedPattern &placed) {
+    return {placed.place.right() + RightMargin, placed.place.bottom() + BottomMargin};
+}
+
+void writeCount(Figure &figure, const PlacedPattern &placed, const QString &text) {
+    figure.text({placed.place.right() + RightMargin - 12.0, placed.place.bottom() + 46.0}, text, Figure::Anchor::End);
+}
 
 void dimensionOuterSize(Figure &figure, const PlacedPattern &placed) {
     const QPointF topLeft = placed.outerTopLeft();
@@ -75,13 +86,12 @@ void ringOuterCorners(Figure &figure, const PlacedPattern &placed) {
     const int rows = placed.pattern.rows;
     figure.ring(placed.at(0, 0), 8.0);
     figure.ring(placed.at(columns - 1, rows - 1), 8.0);
-    figure.text({placed.place.right(), placed.place.bottom() + 46.0}, QString("size %1 × %2").arg(columns).arg(rows),
-                Figure::Anchor::End);
+    writeCount(figure, placed, QString("size %1 × %2").arg(columns).arg(rows));
 }
 
 Figure checkerboardFigure(const LibraryPattern &pattern, const QString &description, double width) {
-    const PlacedPattern placed(pattern, {110.0, 60.0}, width);
-    Figure figure({placed.place.right() + 110.0, placed.place.bottom() + 64.0}, description);
+    const PlacedPattern placed(pattern, PatternTopLeft, width);
+    Figure figure(figureSize(placed), description);
     placed.draw(figure);
     dimensionOuterSize(figure, placed);
     dimensionGridSpacing(figure, placed, 2);
@@ -152,25 +162,24 @@ Figure flexibleFigure() {
     Figure figure = checkerboardFigure(
         pattern,
         "A flexible pattern of 21 by 13 corners with its outer size, its grid spacing and its reference corner", 400.0);
-    const PlacedPattern placed(pattern, {110.0, 60.0}, 400.0);
+    const PlacedPattern placed(pattern, PatternTopLeft, 400.0);
     const QPointF reference = placed.at(pattern.referencePoint());
     figure.ring(reference, 8.0);
     figure.line(reference, {placed.place.right() + 22.0, reference.y()});
-    figure.label({placed.place.right() + 28.0, reference.y() - 4.0}, "lies at", Figure::Anchor::Start);
-    figure.label({placed.place.right() + 28.0, reference.y() + 16.0}, "the offset", Figure::Anchor::Start);
+    figure.label({placed.place.right() + 28.0, reference.y() - 2.0}, "lies at", Figure::Anchor::Start);
+    figure.label({placed.place.right() + 28.0, reference.y() + 18.0}, "the offset", Figure::Anchor::Start);
     return figure;
 }
 
 Figure halconFigure() {
     const LibraryPattern pattern = halconPattern();
-    const PlacedPattern placed(pattern, {110.0, 60.0}, 360.0);
-    Figure figure({placed.place.right() + 110.0, placed.place.bottom() + 64.0},
+    const PlacedPattern placed(pattern, PatternTopLeft, 360.0);
+    Figure figure(figureSize(placed),
                   "A Halcon-style plate with its outer size, its grid spacing and the mark of its top-left corner");
     placed.draw(figure);
     dimensionOuterSize(figure, placed);
     dimensionGridSpacing(figure, placed, 1);
-    figure.text({placed.place.right(), placed.place.bottom() + 46.0},
-                QString("%1 × %2 marks").arg(pattern.columns).arg(pattern.rows), Figure::Anchor::End);
+    writeCount(figure, placed, QString("%1 × %2 marks").arg(pattern.columns).arg(pattern.rows));
     const QPointF corner = placed.outerTopLeft() + QPointF(30.0, 30.0);
     figure.ring(corner, 24.0);
     figure.label({corner.x() - 60.0, 24.0}, "corner mark");

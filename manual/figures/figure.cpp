@@ -2,12 +2,14 @@
 
 #include <QBuffer>
 #include <QSaveFile>
+#include <cmath>
 #include <stdexcept>
 
 namespace {
 
 constexpr double LabelGap = 8.0;
 constexpr double ExtensionOvershoot = 6.0;
+constexpr double RoomForArrows = 30.0;
 
 QString number(double value) {
     return QString::number(value, 'f', 2);
@@ -35,7 +37,7 @@ constexpr const char *Head =
     R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 %1 %2" width="%1" height="%2" role="img">
 <title>%3</title>
 <defs>
-<marker id="a" viewBox="0 0 10 10" refX="10" refY="5" markerWidth="9" markerHeight="9" orient="auto-start-reverse"><path d="M0 1.5 10 5 0 8.5z" fill="#0b5cad"/></marker>
+<marker id="a" viewBox="0 0 10 10" refX="10" refY="5" markerWidth="9" markerHeight="9" orient="auto"><path d="M0 1.5 10 5 0 8.5z" fill="#0b5cad"/></marker>
 </defs>
 <style>
 text { font: 17px sans-serif; fill: #1d2733; }
@@ -98,8 +100,7 @@ void Figure::dimensionAlongX(double x1, double x2, double y, double from, const 
     const double beyond = y + (y < from ? -ExtensionOvershoot : ExtensionOvershoot);
     line({x1, from}, {x1, beyond});
     line({x2, from}, {x2, beyond});
-    body += QString("<path marker-start=\"url(#a)\" marker-end=\"url(#a)\" d=\"M%1 %2H%3\"/>\n")
-                .arg(number(x1), number(y), number(x2));
+    arrowsBetween({x1, y}, {x2, y});
     label({(x1 + x2) / 2.0, y < from ? y - LabelGap : y + LabelGap + 14.0}, text);
 }
 
@@ -108,10 +109,23 @@ void Figure::dimensionAlongY(double y1, double y2, double x, double from, const 
     const double beyond = x + (isLeft ? -ExtensionOvershoot : ExtensionOvershoot);
     line({from, y1}, {beyond, y1});
     line({from, y2}, {beyond, y2});
-    body += QString("<path marker-start=\"url(#a)\" marker-end=\"url(#a)\" d=\"M%1 %2V%3\"/>\n")
-                .arg(number(x), number(y1), number(y2));
+    arrowsBetween({x, y1}, {x, y2});
     const QPointF place(isLeft ? x - LabelGap : x + LabelGap, (y1 + y2) / 2.0 + 6.0);
     label(place, text, isLeft ? Anchor::End : Anchor::Start);
+}
+
+void Figure::arrowsBetween(QPointF from, QPointF to) {
+    const QPointF way = to - from;
+    const double length = std::hypot(way.x(), way.y());
+    if (length >= RoomForArrows) {
+        const QPointF middle = (from + to) / 2.0;
+        arrow(middle, from);
+        arrow(middle, to);
+        return;
+    }
+    const QPointF outside = way / length * RoomForArrows / 2.0;
+    arrow(from - outside, from);
+    arrow(to + outside, to);
 }
 
 void Figure::beginTurned(double degrees, QPointF centre) {

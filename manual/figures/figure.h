@@ -39,6 +39,8 @@ public:
     void write(const QString &fileName) const;
 
 private:
+    // Tips at both ends, from inside where there is room and from outside else.
+    void arrowsBetween(QPointF from, QPointF to);
     void writeText(QPointF baseLine, const QString &text, Anchor anchor, const char *style);
 
     QSizeF size;
