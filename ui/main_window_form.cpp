@@ -10,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
 #include <QRadioButton>
@@ -99,6 +100,14 @@ template <std::size_t Count>
 void setMillimetreSuffix(QDoubleSpinBox *const (&boxes)[Count]) {
     for (auto *box : boxes) {
         box->setSuffix(QCoreApplication::translate("MainWindow", " mm"));
+    }
+}
+
+// The text of a spin box is a widget of its own within it, and the mouse is nearly always over that one.
+template <std::size_t Count>
+void showToolTipOverText(QDoubleSpinBox *const (&boxes)[Count]) {
+    for (const auto *box : boxes) {
+        box->findChild<QLineEdit *>()->setToolTip(box->toolTip());
     }
 }
 
@@ -472,6 +481,7 @@ void MainWindowForm::retranslateHalconPage() {
         QCoreApplication::translate("MainWindow",
                                     "<html><head/><body><p>Specifies the pattern thickness to encode.</p></body>"
                                     "</html>"));
+    showToolTipOverText({halconOuterSize, halconGridSpacing, halconThickness});
     setMillimetreSuffix({halconOuterSize, halconGridSpacing, halconThickness, halconOffsetXMM, halconOffsetYMM});
     patternType->setTabText(patternType->indexOf(tabWidgetPage1), QCoreApplication::translate("MainWindow", "Halcon"));
 }
