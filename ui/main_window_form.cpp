@@ -106,7 +106,7 @@ void setMillimetreSuffix(QDoubleSpinBox *const (&boxes)[Count]) {
 // The text of a spin box is a widget of its own within it, and the mouse is nearly always over that one.
 template <std::size_t Count>
 void showToolTipOverText(QDoubleSpinBox *const (&boxes)[Count]) {
-    for (const auto *box : boxes) {
+    for (const QDoubleSpinBox *box : boxes) {
         box->findChild<QLineEdit *>()->setToolTip(box->toolTip());
     }
 }
