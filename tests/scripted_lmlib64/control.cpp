@@ -59,6 +59,10 @@ void clearCalls() {
     locked([](LibraryState &state) { state.calls.clear(); });
 }
 
+void observeCalls(const std::function<void(const Call &)> &observer) {
+    locked([&](LibraryState &state) { state.observer = observer; });
+}
+
 std::vector<std::string> debugMessages() {
     return locked([](const LibraryState &state) { return state.debugMessages; });
 }

@@ -56,12 +56,14 @@ template <typename Value, typename Action>
 Value answer(std::int32_t *result, const char *function, const char *path, const std::string &value,
              const Value &failureValue, Action action) {
     LibraryState &state = LibraryState::instance();
-    const std::lock_guard<std::mutex> lock(state.mutex);
     std::int32_t code = LmLibResultOperationSucceeded;
     Value returned = failureValue;
     try {
         const Call call{function, textOf(path), value, result != nullptr};
-        state.record(call);
+        if (const auto observer = state.record(call)) {
+            observer(call);
+        }
+        const std::lock_guard<std::mutex> lock(state.mutex);
         if (const auto scripted = state.scriptedResult(call)) {
             code = *scripted;
         } else {

@@ -17,6 +17,13 @@ std::string environmentText(const char *name) {
     return text == nullptr ? std::string() : std::string(text);
 }
 
+void appendLine(const std::string &fileName, const std::string &line) {
+    if (std::FILE *file = std::fopen(fileName.c_str(), "ab")) {
+        std::fputs((line + "\n").c_str(), file);
+        std::fclose(file);
+    }
+}
+
 bool matches(const char *pattern, const char *text) {
     if (*pattern == '*') {
         return matches(pattern + 1, text) || (*text != '\0' && matches(pattern, text + 1));
@@ -72,6 +79,7 @@ LibraryState &LibraryState::instance() {
 void LibraryState::reset() {
     tree = NodeTree();
     calls.clear();
+    observer = nullptr;
     debugMessages.clear();
     commands.clear();
     resultRules.clear();
@@ -80,16 +88,13 @@ void LibraryState::reset() {
     lastUniqueNumber = 0;
 }
 
-void LibraryState::record(const Call &call) {
+std::function<void(const Call &)> LibraryState::record(const Call &call) {
+    const std::lock_guard<std::mutex> lock(mutex);
     calls.push_back(call);
-    if (recordFile.empty()) {
-        return;
+    if (!recordFile.empty()) {
+        appendLine(recordFile, lineOf(call));
     }
-    if (std::FILE *file = std::fopen(recordFile.c_str(), "ab")) {
-        const std::string line = lineOf(call) + "\n";
-        std::fwrite(line.data(), 1, line.size(), file);
-        std::fclose(file);
-    }
+    return observer;
 }
 
 std::optional<std::int32_t> LibraryState::scriptedResult(const Call &call) {

@@ -1,9 +1,11 @@
 // Everything the scripted library holds: the tree, the recorded calls, the results to give and the commands'
-// scripts. One for the process; whoever uses it holds its mutex.
+// scripts. One for the process; whoever uses it holds its mutex,
+// exceptions being named below.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -21,7 +23,8 @@ public:
     static LibraryState &instance();
 
     void reset();
-    void record(const Call &call);
+    // Takes the mutex itself; returns the observer to show the call to.
+    std::function<void(const Call &)> record(const Call &call);
     // The code a result rule has for this call, if any.
     std::optional<std::int32_t> scriptedResult(const Call &call);
     void addResult(const std::string &function, const std::string &pathPattern, std::int32_t code,
@@ -35,6 +38,7 @@ public:
     std::mutex mutex;
     NodeTree tree;
     std::vector<Call> calls;
+    std::function<void(const Call &)> observer;
     std::vector<std::string> debugMessages;
     std::map<std::string, std::vector<CommandScript>> commands;
 

@@ -23,6 +23,7 @@
 #define TESTS_SCRIPTED_LMLIB64_SCRIPTED_LMLIB64_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -98,6 +99,9 @@ LMLIB64_API void loadScript(const std::string &json);
 LMLIB64_API std::vector<Call> calls();
 LMLIB64_API std::vector<std::string> callLines();
 LMLIB64_API void clearCalls();
+// Is shown every call on its thread, once it is recorded and before it is answered, until reset() or another
+// observer; an empty one shows nothing. It may use everything here and must not throw.
+LMLIB64_API void observeCalls(const std::function<void(const Call &)> &observer);
 // The messages written to the debug log since the last reset, without those whose call was made to fail.
 LMLIB64_API std::vector<std::string> debugMessages();
 
