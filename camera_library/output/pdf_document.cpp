@@ -26,9 +26,9 @@ QPDFObjectHandle realNumber(double value) {
 void scaleToPoints(QPDF &pdf, QPDFPageObjectHelper &page, const PageLayout &layout) {
     const std::string scale = realNumber(pointsPerMm / pageUnitsPerMm).unparse();
     const std::string matrix = "q " + scale + " 0 0 " + scale + " 0 0 cm\n";
+    // Streams of their own: joined with the page's, that would have to be compressed once more.
     page.addPageContents(QPDFObjectHandle::newStream(&pdf, matrix), true);
     page.addPageContents(QPDFObjectHandle::newStream(&pdf, "\nQ\n"), false);
-    page.coalesceContentStreams();
 
     QPDFObjectHandle dictionary = page.getObjectHandle();
     dictionary.replaceKey("/MediaBox", QPDFObjectHandle::newArray({
