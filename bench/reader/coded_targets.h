@@ -1,0 +1,31 @@
+// The patterns of this system as targets for the synthetic camera, and what a reader should say of them.
+#pragma once
+
+#include <memory>
+#include <opencv2/core.hpp>
+#include <random>
+
+#include "bench/reader/synthetic_target.h"
+#include "pattern_reader/pattern_reader.h"
+
+namespace reader_bench {
+
+struct CodedTarget {
+    std::shared_ptr<const SyntheticTarget> target;
+    pattern_reader::PatternKind kind = pattern_reader::PatternKind::Tile;
+    int tile = -1;
+    // Added to a point of the target gives the point in the reader's lattice coordinates.
+    cv::Point origin;
+    bool topLeftDark = true;
+    // What the block holds; empty fields are not in it.
+    pattern_reader::PatternValues values;
+    bool hasBlock = false;
+};
+
+// Tile 0 with spacing and thickness, or the tile of an assembly's pattern.
+CodedTarget makeTile(int tile, std::mt19937 &random);
+// width × height corners cut from the plane at a random offset.
+CodedTarget makeFlexible(int width, int height, std::mt19937 &random);
+CodedTarget makePlate(std::mt19937 &random);
+
+}  // namespace reader_bench

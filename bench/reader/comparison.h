@@ -1,0 +1,35 @@
+// The reader beside the stock detectors on the same pictures: who finds the board, how exactly, how fast.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "bench/reader/scenes.h"
+
+namespace reader_bench {
+
+struct DetectorTotals {
+    std::string name;
+    int found = 0;           // boards of which all corners were found where they are
+    int foundButMissed = 0;  // of these, not read by the reader
+    // Over the boards found by both, over all their corners: pixels.
+    double ownError = 0;
+    double readerError = 0;
+    int readerBetter = 0;  // boards on which the reader's error is the smaller one
+    int both = 0;
+};
+
+struct Comparison {
+    int pictures = 0;
+    int readByReader = 0;    // with every corner
+    DetectorTotals classic;  // findChessboardCorners with cornerSubPix
+    DetectorTotals sectorBased;
+    double medianTimeRatio = 0;  // findChessboardCornersSB over the reader
+    double medianReaderMs = 0;
+    double medianSectorBasedMs = 0;
+};
+
+// Runs over the scenes with one checkerboard seen whole, at most `limit` of the first `count` scenes.
+Comparison compareWithStock(unsigned count, unsigned limit);
+
+}  // namespace reader_bench

@@ -1,0 +1,64 @@
+// A connected piece of a checkerboard: corners with their place in a lattice of their own.
+//
+// Axes: column steps go along axis 0, row steps along axis 1, and turning from axis 0 to axis 1 is clockwise as seen
+// in the image (x right, y down), so a lattice is never mirrored. Where its origin lies and which way its axes point
+// has no meaning yet. Positions are image coordinates.
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "pattern_reader/image_level.h"
+#include "pattern_reader/saddle_detector.h"
+
+namespace pattern_reader {
+
+struct LatticeCorner {
+    cv::Point cell;  // column, row
+    cv::Point2f position;
+    float strength = 0;
+};
+
+class CornerLattice {
+public:
+    // Cells run from -reach to reach in both directions.
+    static constexpr int reach = 140;
+
+    // The square between the corner (0, 0) and (1, 1) is light; colours alternate from there.
+    bool originLight = true;
+    std::vector<LatticeCorner> corners;
+
+    CornerLattice();
+    // Adds a corner; false when its cell is taken or out of range.
+    bool add(const LatticeCorner &corner);
+    // The corner's number in `corners`, or -1.
+    int indexAt(cv::Point cell) const;
+    const LatticeCorner *at(cv::Point cell) const;
+    // Removes the corners for which keep is false; one entry for each corner.
+    void retain(const std::vector<bool> &keep);
+    // The smallest rectangle of cells around all corners.
+    cv::Rect extent() const;
+    // Whether the square whose top-left corner is `cell` is light.
+    bool isLight(cv::Point cell) const { return ((cell.x + cell.y) % 2 == 0) == originLight; }
+    // Where an absent corner should be by its neighbours; false when they do not say.
+    bool predict(cv::Point cell, cv::Point2f &position) const;
+    // Where a present corner should be by its neighbours on either side; false when it has no such pair.
+    bool interpolate(cv::Point cell, cv::Point2f &position) const;
+    // Length of the shorter of the two lattice steps at a corner.
+    float spacingAt(cv::Point cell) const;
+
+private:
+    std::vector<int16_t> indices_;
+};
+
+// Links saddles of one level into lattices. Every saddle ends in at most one; pieces of fewer than leastCorners
+// corners are dropped. Sorted from large to small.
+std::vector<CornerLattice> linkLattices(const ImageLevel &level, const std::vector<SaddlePoint> &saddles,
+                                        size_t leastCorners);
+
+// Drops corners out of line with their neighbours, then looks for the missing ones around and inside the lattice in
+// the level that suits the local spacing, until there are no more.
+void completeLattice(CornerLattice &lattice, const std::vector<ImageLevel> &levels);
+
+}  // namespace pattern_reader

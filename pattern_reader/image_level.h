@@ -1,0 +1,32 @@
+// One level of the image pyramid: the image halved some number of times, lightly smoothed.
+//
+// Level coordinates count the level's own pixels, centre of the top-left pixel (0, 0); a point p of level n is at
+// (p + 0.5) * 2^n - 0.5 in the image.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace pattern_reader {
+
+struct ImageLevel {
+    int number = 0;
+    cv::Mat picture;   // 8 bits
+    cv::Mat smoothed;  // 16 bits signed, grey level * 64, after a binomial filter of five pixels
+
+    float scale() const { return std::ldexp(1.0F, number); }
+    cv::Point2f toImage(cv::Point2f p) const {
+        return (p + cv::Point2f(0.5F, 0.5F)) * scale() - cv::Point2f(0.5F, 0.5F);
+    }
+    cv::Point2f fromImage(cv::Point2f p) const {
+        return (p + cv::Point2f(0.5F, 0.5F)) * (1 / scale()) - cv::Point2f(0.5F, 0.5F);
+    }
+};
+
+// Levels from the full image down to one whose shorter side is at least 24 pixels, at most levelLimit of them.
+// The `smoothed` pictures are left empty.
+std::vector<ImageLevel> makePyramid(const cv::Mat &image, int levelLimit);
+
+}  // namespace pattern_reader

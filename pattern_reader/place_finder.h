@@ -1,0 +1,35 @@
+// Finds where a lattice of mark readings lies in the position code: the plane or one of the tiles, and in which
+// orientation. Answers only when chance cannot be the reason.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <optional>
+#include <vector>
+
+#include "pattern_reader/square_marks.h"
+
+namespace pattern_reader {
+
+// From a lattice of its own to the code's lattice: a number of clockwise quarter turns, then a shift.
+struct LatticeMotion {
+    int quarterTurns = 0;
+    cv::Point shift;
+
+    cv::Point point(cv::Point p) const;   // a lattice point
+    cv::Point square(cv::Point s) const;  // a square by its top-left corner
+};
+
+struct Place {
+    static constexpr int plane = -1;
+
+    int tile = plane;  // number of the tile, or `plane`
+    LatticeMotion motion;
+    int squaresCompared = 0;
+    int mismatches = 0;
+    double log10Chance = 0;  // of the expected number of places in the whole code that agree as well by chance
+};
+
+// The one place at which the readings agree with the code, if it is beyond doubt.
+std::optional<Place> findPlace(const std::vector<SquareReading> &readings);
+
+}  // namespace pattern_reader

@@ -1,0 +1,167 @@
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include "pattern_reader/block_reader.h"
+#include "pattern_reader/corner_fit.h"
+#include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_level.h"
+#include "pattern_reader/pattern_reader.h"
+#include "pattern_reader/place_finder.h"
+#include "pattern_reader/saddle_detector.h"
+#include "pattern_reader/square_marks.h"
+
+namespace pattern_reader {
+
+namespace {
+
+constexpr int levelCount = 5;
+constexpr float leastStrength = 1.5F;  // of a saddle, grey levels per pixel²
+constexpr size_t saddleLimit = 20000;
+constexpr size_t leastCorners = 9;
+
+// Where corners have been taken, so that a coarser or finer level does not give the same lattice twice.
+class TakenCorners {
+public:
+    explicit TakenCorners(const cv::Size &size)
+        : columns_(size.width / cell + 1), taken_(size_t(columns_) * size_t(size.height / cell + 1), 0) {}
+
+    // A corner claims its surroundings, up to a third of the way to the next one.
+    void take(const CornerLattice &lattice) {
+        const int rows = int(taken_.size()) / columns_;
+        for (const LatticeCorner &corner : lattice.corners) {
+            const float radius = std::min(0.33F * lattice.spacingAt(corner.cell), 40.0F);
+            const int x1 = std::min(columns_ - 1, int(corner.position.x + radius) / cell);
+            const int y1 = std::min(rows - 1, int(corner.position.y + radius) / cell);
+            for (int y = std::max(0, int(corner.position.y - radius) / cell); y <= y1; y++) {
+                for (int x = std::max(0, int(corner.position.x - radius) / cell); x <= x1; x++) {
+                    taken_[size_t(y * columns_ + x)] = 1;
+                }
+            }
+        }
+    }
+
+    // Whether the lattice is, for a good part, one that was taken.
+    bool overlaps(const CornerLattice &lattice) const {
+        const auto hits = std::count_if(lattice.corners.begin(), lattice.corners.end(),
+                                        [&](const LatticeCorner &c) { return taken_[slot(c.position)] != 0; });
+        return size_t(hits) * 3 > lattice.corners.size();
+    }
+
+private:
+    static constexpr int cell = 2;  // pixels
+    size_t slot(cv::Point2f p) const {
+        const int x = std::clamp(int(p.x) / cell, 0, columns_ - 1);
+        const int rows = int(taken_.size()) / columns_;
+        const int y = std::clamp(int(p.y) / cell, 0, rows - 1);
+        return size_t(y * columns_ + x);
+    }
+
+    int columns_;
+    std::vector<char> taken_;
+};
+
+// All lattices of the image, each once, from large to small.
+std::vector<CornerLattice> findLattices(std::vector<ImageLevel> &levels) {
+    std::vector<CornerLattice> pieces;
+    for (ImageLevel &level : levels) {
+        for (CornerLattice &lattice :
+             linkLattices(level, findSaddles(level, leastStrength, saddleLimit), leastCorners)) {
+            pieces.push_back(std::move(lattice));
+        }
+    }
+    std::sort(pieces.begin(), pieces.end(),
+              [](const CornerLattice &a, const CornerLattice &b) { return a.corners.size() > b.corners.size(); });
+    std::vector<CornerLattice> lattices;
+    TakenCorners taken(levels.front().picture.size());
+    for (CornerLattice &piece : pieces) {
+        if (taken.overlaps(piece)) {
+            continue;
+        }
+        completeLattice(piece, levels);
+        // A piece that was left over may have grown into what is taken.
+        if (piece.corners.size() < leastCorners || taken.overlaps(piece)) {
+            continue;
+        }
+        taken.take(piece);
+        lattices.push_back(std::move(piece));
+    }
+    return lattices;
+}
+
+bool belongs(const Place &place, cv::Point lattice) {
+    // The outermost lattice lines of a pattern are its edge and no corners.
+    const int last = place.tile == Place::plane ? 272 : 16;
+    return lattice.x > 0 && lattice.y > 0 && lattice.x < last && lattice.y < last;
+}
+
+PatternReading describe(const CornerLattice &lattice, const Place &place) {
+    PatternReading reading;
+    reading.kind = place.tile == Place::plane ? PatternKind::Plane : PatternKind::Tile;
+    reading.tile = place.tile;
+    for (const LatticeCorner &corner : lattice.corners) {
+        const cv::Point p = place.motion.point(corner.cell);
+        if (belongs(place, p)) {
+            reading.corners.push_back({corner.position, p});
+        }
+    }
+    std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {
+        return a.lattice.y != b.lattice.y ? a.lattice.y < b.lattice.y : a.lattice.x < b.lattice.x;
+    });
+    // The x axis as a mean of all steps along it.
+    cv::Point2f along;
+    cv::Point low(1 << 20, 1 << 20);
+    for (size_t i = 0; i < reading.corners.size(); i++) {
+        low = {std::min(low.x, reading.corners[i].lattice.x), std::min(low.y, reading.corners[i].lattice.y)};
+        if (i > 0 && reading.corners[i].lattice - reading.corners[i - 1].lattice == cv::Point(1, 0)) {
+            along += reading.corners[i].image - reading.corners[i - 1].image;
+        }
+    }
+    reading.angle = std::atan2(along.y, along.x) * 180 / CV_PI;
+    reading.quarterTurns = (int(std::lround(reading.angle / 90)) + 4) % 4;
+    const LatticeCorner &any = lattice.corners.front();
+    const cv::Point square = place.motion.square(any.cell);
+    const bool even = (square.x + square.y) % 2 == 0;
+    reading.evenSquaresDark = lattice.isLight(any.cell) != even;
+    reading.topLeftSquareDark = ((low.x + low.y) % 2 == 0) == reading.evenSquaresDark;
+    reading.squaresCompared = place.squaresCompared;
+    reading.squaresDiffering = place.mismatches;
+    reading.log10Chance = place.log10Chance;
+    reading.confidence = 1 - std::pow(10.0, place.log10Chance);
+    return reading;
+}
+
+}  // namespace
+
+std::vector<PatternReading> readPatterns(const cv::Mat &image) {
+    if (image.type() != CV_8UC1 || image.empty()) {
+        throw std::invalid_argument("an image of one channel with 8 bits is needed");
+    }
+    if (image.total() > size_t(maximumPixels)) {
+        throw std::invalid_argument("the image has more than 64 million pixels");
+    }
+    std::vector<PatternReading> readings;
+    if (image.cols < 16 || image.rows < 16) {
+        return readings;
+    }
+    std::vector<ImageLevel> levels = makePyramid(image, levelCount);
+    for (CornerLattice &lattice : findLattices(levels)) {
+        const std::vector<CornerFit> fits = measureCorners(image, lattice);
+        if (fits.size() < leastCorners) {
+            continue;
+        }
+        const std::vector<SquareReading> marks = readMarks(image, lattice, fits);
+        const std::optional<Place> place = findPlace(marks);
+        if (!place) {
+            continue;
+        }
+        readings.push_back(describe(lattice, *place));
+        if (place->tile != Place::plane) {
+            readBlock(blockOfTile(marks, place->motion), pattern_code::BlockCarrier::tile(place->tile),
+                      readings.back());
+        }
+    }
+    return readings;
+}
+
+}  // namespace pattern_reader

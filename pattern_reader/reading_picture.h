@@ -1,0 +1,14 @@
+// Draws readings into a picture: the corners, each pattern's axes, and in words what was read.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "pattern_reader/pattern_reader.h"
+
+namespace pattern_reader {
+
+// A colour copy of the image with the readings in it.
+cv::Mat drawReadings(const cv::Mat &image, const std::vector<PatternReading> &readings);
+
+}  // namespace pattern_reader

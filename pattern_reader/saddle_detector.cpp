@@ -1,0 +1,238 @@
+#include "pattern_reader/saddle_detector.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace pattern_reader {
+
+namespace {
+
+constexpr float greyScale = 64;  // of ImageLevel::smoothed
+
+// Horizontal binomial sums 1 4 6 4 1 with replicated border.
+void sumAlongRow(const uchar *in, int width, uint16_t *out) {
+    const auto at = [&](int x) { return int(in[std::clamp(x, 0, width - 1)]); };
+    const auto sum = [&](int x) { return uint16_t(at(x - 2) + 4 * at(x - 1) + 6 * at(x) + 4 * at(x + 1) + at(x + 2)); };
+    for (const int x : {0, 1, width - 2, width - 1}) {
+        out[x] = sum(x);
+    }
+    for (int x = 2; x < width - 2; x++) {
+        out[x] = uint16_t(in[x - 2] + 4 * (in[x - 1] + in[x + 1]) + 6 * in[x] + in[x + 2]);
+    }
+}
+
+void smooth(ImageLevel &level) {
+    const cv::Mat &picture = level.picture;
+    const int width = picture.cols;
+    const int height = picture.rows;
+    level.smoothed.create(height, width, CV_16S);
+    std::array<std::vector<uint16_t>, 5> rows;
+    for (auto &row : rows) {
+        row.resize(size_t(width));
+    }
+    const auto slot = [](int y) { return size_t((y + 10) % 5); };
+    const auto fill = [&](int y) {
+        sumAlongRow(picture.ptr(std::clamp(y, 0, height - 1)), width, rows[slot(y)].data());
+    };
+    for (int y = -2; y < 2; y++) {
+        fill(y);
+    }
+    for (int y = 0; y < height; y++) {
+        fill(y + 2);
+        const uint16_t *a = rows[slot(y - 2)].data();
+        const uint16_t *b = rows[slot(y - 1)].data();
+        const uint16_t *c = rows[slot(y)].data();
+        const uint16_t *d = rows[slot(y + 1)].data();
+        const uint16_t *e = rows[slot(y + 2)].data();
+        auto *out = level.smoothed.ptr<int16_t>(y);
+        for (int x = 0; x < width; x++) {
+            const auto sum = uint16_t(a[x] + e[x] + 4 * (b[x] + d[x]) + 6 * c[x]);
+            out[x] = int16_t(sum >> 2);
+        }
+    }
+}
+
+// Negative Hessian determinant of one row, in smoothed units; positive at saddles.
+void respond(const ImageLevel &level, int y, float *out) {
+    const int width = level.smoothed.cols;
+    const auto *up = level.smoothed.ptr<int16_t>(y - 1);
+    const auto *mid = level.smoothed.ptr<int16_t>(y);
+    const auto *down = level.smoothed.ptr<int16_t>(y + 1);
+    out[0] = 0;
+    out[width - 1] = 0;
+    for (int x = 1; x < width - 1; x++) {
+        const auto xx = float(mid[x - 1] + mid[x + 1] - 2 * mid[x]);
+        const auto yy = float(up[x] + down[x] - 2 * mid[x]);
+        const float xy = 0.25F * float(up[x - 1] + down[x + 1] - up[x + 1] - down[x - 1]);
+        out[x] = xy * xy - xx * yy;
+    }
+}
+
+struct Quadratic {
+    float gx, gy, xx, yy, xy;
+};
+
+// The least-squares quadratic over 3 × 3 pixels.
+Quadratic quadraticAt(const cv::Mat &smoothed, int x, int y) {
+    const int16_t *r[3] = {smoothed.ptr<int16_t>(y - 1) + x, smoothed.ptr<int16_t>(y) + x,
+                           smoothed.ptr<int16_t>(y + 1) + x};
+    float column[3] = {0, 0, 0};
+    float row[3] = {0, 0, 0};
+    for (int j = 0; j < 3; j++) {
+        for (int i = 0; i < 3; i++) {
+            const auto value = float(r[j][i - 1]);
+            column[i] += value;
+            row[j] += value;
+        }
+    }
+    Quadratic q{};
+    q.gx = (column[2] - column[0]) / 6;
+    q.gy = (row[2] - row[0]) / 6;
+    q.xx = (column[0] - 2 * column[1] + column[2]) / 3;
+    q.yy = (row[0] - 2 * row[1] + row[2]) / 3;
+    q.xy = float(r[0][-1] + r[2][1] - r[0][1] - r[2][-1]) / 4;
+    return q;
+}
+
+struct Circle {
+    static constexpr int count = 16;
+    std::array<float, count> x{};
+    std::array<float, count> y{};
+};
+
+const Circle &unitCircle() {
+    static const Circle circle = [] {
+        Circle c;
+        for (int i = 0; i < Circle::count; i++) {
+            const double angle = 2 * CV_PI * i / Circle::count;
+            c.x[size_t(i)] = float(std::cos(angle));
+            c.y[size_t(i)] = float(std::sin(angle));
+        }
+        return c;
+    }();
+    return circle;
+}
+
+float sample(const cv::Mat &smoothed, float x, float y) {
+    const int ix = int(x);
+    const int iy = int(y);
+    const float fx = x - float(ix);
+    const float fy = y - float(iy);
+    const auto *a = smoothed.ptr<int16_t>(iy) + ix;
+    const auto *b = smoothed.ptr<int16_t>(iy + 1) + ix;
+    const float top = float(a[0]) + fx * float(a[1] - a[0]);
+    const float bottom = float(b[0]) + fx * float(b[1] - b[0]);
+    return top + fy * (bottom - top);
+}
+
+// Whether a ring around the point is the same after half a turn and alternates with a quarter turn.
+bool looksLikeSaddle(const cv::Mat &smoothed, cv::Point2f p) {
+    constexpr float radius = 2;
+    if (p.x < radius + 1 || p.y < radius + 1 || p.x > float(smoothed.cols) - radius - 2 ||
+        p.y > float(smoothed.rows) - radius - 2) {
+        return false;
+    }
+    const Circle &circle = unitCircle();
+    constexpr size_t half = Circle::count / 2;
+    std::array<float, Circle::count> ring{};
+    for (size_t i = 0; i < ring.size(); i++) {
+        ring[i] = sample(smoothed, p.x + radius * circle.x[i], p.y + radius * circle.y[i]);
+    }
+    float odd = 0;
+    float c2 = 0;
+    float s2 = 0;
+    for (size_t i = 0; i < half; i++) {
+        odd += std::abs(ring[i] - ring[i + half]);
+        const float even = ring[i] + ring[i + half];
+        c2 += even * circle.x[2 * i];
+        s2 += even * circle.y[2 * i];
+    }
+    // For a pure second harmonic of amplitude A: hypot = 8 A; `odd` is what half a turn changes.
+    return std::hypot(c2, s2) > 1.2F * odd;
+}
+
+bool describe(const Quadratic &q, SaddlePoint &saddle) {
+    const float mean = (q.xx + q.yy) / 2;
+    const float half = std::hypot((q.xx - q.yy) / 2, q.xy);
+    if (half <= std::abs(mean)) {
+        return false;
+    }
+    saddle.brightAxis = 0.5F * std::atan2(2 * q.xy, q.xx - q.yy);
+    saddle.halfOpening = 0.5F * std::acos(-mean / half);
+    saddle.strength = std::sqrt(half * half - mean * mean) / greyScale;
+    return true;
+}
+
+}  // namespace
+
+bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, SaddlePoint &saddle) {
+    const cv::Mat &smoothed = level.smoothed;
+    cv::Point2f p = near;
+    for (int step = 0; step < 4; step++) {
+        const int x = int(std::lround(p.x));
+        const int y = int(std::lround(p.y));
+        if (x < 1 || y < 1 || x >= smoothed.cols - 1 || y >= smoothed.rows - 1) {
+            return false;
+        }
+        const Quadratic q = quadraticAt(smoothed, x, y);
+        const float determinant = q.xx * q.yy - q.xy * q.xy;
+        if (determinant >= 0) {
+            return false;
+        }
+        const float dx = -(q.yy * q.gx - q.xy * q.gy) / determinant;
+        const float dy = -(q.xx * q.gy - q.xy * q.gx) / determinant;
+        const cv::Point2f next(float(x) + std::clamp(dx, -1.5F, 1.5F), float(y) + std::clamp(dy, -1.5F, 1.5F));
+        if (std::hypot(next.x - near.x, next.y - near.y) > reach) {
+            return false;
+        }
+        p = next;
+        if (std::abs(dx) <= 0.6F && std::abs(dy) <= 0.6F) {
+            saddle.position = p;
+            return describe(q, saddle) && looksLikeSaddle(smoothed, p);
+        }
+    }
+    return false;
+}
+
+std::vector<SaddlePoint> findSaddles(ImageLevel &level, float leastStrength, size_t limit) {
+    smooth(level);
+    const int width = level.smoothed.cols;
+    const int height = level.smoothed.rows;
+    const float threshold = (leastStrength * greyScale) * (leastStrength * greyScale);
+    std::array<std::vector<float>, 3> rows;
+    for (auto &row : rows) {
+        row.assign(size_t(width), 0);
+    }
+    std::vector<SaddlePoint> saddles;
+    for (int y = 1; y < height; y++) {
+        std::vector<float> &newest = rows[size_t(y % 3)];
+        if (y < height - 1) {
+            respond(level, y, newest.data());
+        } else {
+            std::fill(newest.begin(), newest.end(), 0.0F);
+        }
+        const float *up = rows[size_t((y + 1) % 3)].data();
+        const float *mid = rows[size_t((y + 2) % 3)].data();
+        const float *down = newest.data();
+        for (int x = 1; x < width - 1; x++) {
+            const float value = mid[x];
+            if (value < threshold || value < mid[x - 1] || value <= mid[x + 1] || value < up[x - 1] || value < up[x] ||
+                value < up[x + 1] || value <= down[x - 1] || value <= down[x] || value <= down[x + 1]) {
+                continue;
+            }
+            SaddlePoint saddle;
+            if (locateSaddle(level, cv::Point2f(float(x), float(y - 1)), 1.6F, saddle)) {
+                saddles.push_back(saddle);
+            }
+        }
+    }
+    if (saddles.size() > limit) {
+        std::nth_element(saddles.begin(), saddles.begin() + std::ptrdiff_t(limit), saddles.end(),
+                         [](const SaddlePoint &a, const SaddlePoint &b) { return a.strength > b.strength; });
+        saddles.resize(limit);
+    }
+    return saddles;
+}
+
+}  // namespace pattern_reader

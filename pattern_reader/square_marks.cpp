@@ -1,0 +1,199 @@
+#include "pattern_reader/square_marks.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace pattern_reader {
+
+namespace {
+
+float sample(const cv::Mat &picture, cv::Point2f p) {
+    const int x = int(p.x);
+    const int y = int(p.y);
+    const float fx = p.x - float(x);
+    const float fy = p.y - float(y);
+    const uchar *a = picture.ptr(y) + x;
+    const uchar *b = picture.ptr(y + 1) + x;
+    const float top = float(a[0]) + fx * float(a[1] - a[0]);
+    const float bottom = float(b[0]) + fx * float(b[1] - b[0]);
+    return top + fy * (bottom - top);
+}
+
+// Share of the step function's height left after blur, for a bar of the given half width around 0; blur and x in
+// units of the square's side.
+float barLevel(float halfWidth, float x, float blur) {
+    const float scale = 1 / (std::sqrt(2.0F) * blur);
+    return 0.5F * (std::erf((halfWidth - x) * scale) + std::erf((halfWidth + x) * scale));
+}
+
+// The checkerboard's own profile along one axis: +1 in this square, -1 in the next.
+float boardLevel(float x, float blur) {
+    return 2 * barLevel(0.5F, x, blur) - 1;
+}
+
+constexpr float centreReach = 0.11F;  // the centre is sampled at -reach, 0 and +reach along both axes
+constexpr float ringReach = 0.33F;
+
+// What the centre looks like along one axis, averaged over the samples.
+struct AxisProfile {
+    float board, mark, ring;
+};
+
+AxisProfile profileFor(float blur) {
+    blur = std::max(blur, 0.01F);
+    const auto average = [&](auto level) { return (level(0.0F) + 2 * level(centreReach)) / 3; };
+    return {average([&](float x) { return boardLevel(x, blur); }),
+            average([&](float x) { return barLevel(1.0F / 6, x, blur); }), boardLevel(ringReach, blur)};
+}
+
+class MarkReader {
+public:
+    MarkReader(const cv::Mat &picture, const CornerLattice &lattice, const std::vector<CornerFit> &fits)
+        : picture_(picture), lattice_(lattice), fits_(fits) {}
+
+    bool read(cv::Point cell, SquareReading &reading) const;
+
+private:
+    struct Quad {
+        std::array<cv::Point2f, 4> corners;  // (0, 0), (1, 0), (0, 1), (1, 1)
+        int measured = 0;
+        float middle = 0;
+        float amplitude = 0;
+        float sigma = 0;
+
+        cv::Point2f at(float u, float v) const {
+            return corners[0] * ((1 - u) * (1 - v)) + corners[1] * (u * (1 - v)) + corners[2] * ((1 - u) * v) +
+                   corners[3] * (u * v);
+        }
+    };
+
+    bool quadAt(cv::Point cell, Quad &quad) const;
+    bool inside(const Quad &quad) const;
+
+    const cv::Mat &picture_;
+    const CornerLattice &lattice_;
+    const std::vector<CornerFit> &fits_;
+};
+
+bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
+    std::array<bool, 4> known{};
+    for (size_t i = 0; i < 4; i++) {
+        const cv::Point corner = cell + cv::Point(int(i % 2), int(i / 2));
+        const int index = lattice_.indexAt(corner);
+        known[i] = index >= 0;
+        if (known[i]) {
+            quad.corners[i] = lattice_.corners[size_t(index)].position;
+            const CornerFit &fit = fits_[size_t(index)];
+            quad.middle += fit.middle;
+            quad.amplitude += std::abs(fit.amplitude);
+            quad.sigma += fit.sigma;
+            quad.measured++;
+        }
+    }
+    if (quad.measured == 0) {
+        return false;
+    }
+    quad.middle /= float(quad.measured);
+    quad.amplitude /= float(quad.measured);
+    quad.sigma /= float(quad.measured);
+    for (size_t i = 0; i < 4; i++) {
+        if (known[i]) {
+            continue;
+        }
+        const cv::Point corner = cell + cv::Point(int(i % 2), int(i / 2));
+        if (!lattice_.predict(corner, quad.corners[i])) {
+            // Diagonally outside a corner of the lattice only the parallelogram is left.
+            if (!known[i ^ 3]) {
+                return false;
+            }
+            cv::Point2f a;
+            cv::Point2f b;
+            const cv::Point opposite = cell + cv::Point(int((i ^ 3) % 2), int((i ^ 3) / 2));
+            const cv::Point cornerA(corner.x, opposite.y);
+            const cv::Point cornerB(opposite.x, corner.y);
+            if (!lattice_.predict(cornerA, a) || !lattice_.predict(cornerB, b)) {
+                return false;
+            }
+            quad.corners[i] = a + b - quad.corners[i ^ 3];
+        }
+    }
+    return true;
+}
+
+bool MarkReader::inside(const Quad &quad) const {
+    return std::all_of(quad.corners.begin(), quad.corners.end(), [&](cv::Point2f p) {
+        const cv::Point2f q = 0.8F * p + 0.2F * quad.at(0.5F, 0.5F);
+        return q.x >= 0 && q.y >= 0 && q.x < float(picture_.cols - 1) && q.y < float(picture_.rows - 1);
+    });
+}
+
+bool MarkReader::read(cv::Point cell, SquareReading &reading) const {
+    Quad quad;
+    if (!quadAt(cell, quad) || !inside(quad)) {
+        return false;
+    }
+    const auto length = [](cv::Point2f v) { return std::hypot(v.x, v.y); };
+    const float width = length(quad.corners[1] + quad.corners[3] - quad.corners[0] - quad.corners[2]) / 2;
+    const float height = length(quad.corners[2] + quad.corners[3] - quad.corners[0] - quad.corners[1]) / 2;
+    if (width < 1.5F || height < 1.5F) {
+        return false;
+    }
+    const AxisProfile u = profileFor(quad.sigma / width);
+    const AxisProfile v = profileFor(quad.sigma / height);
+    const float sign = (lattice_.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
+    float centre = 0;
+    for (int k = 0; k < 9; k++) {
+        centre +=
+            sample(picture_, quad.at(0.5F + centreReach * float(k % 3 - 1), 0.5F + centreReach * float(k / 3 - 1)));
+    }
+    centre = (centre / 9 - quad.middle) * sign;
+    // The square must be there: its outer parts have its own colour on every side.
+    const float expectedRing = std::min(u.ring * v.board, v.ring * u.board);
+    if (expectedRing > 0.2F) {
+        float weakest = 10;
+        float mean = 0;
+        const std::array<cv::Point2f, 4> sides{
+            {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};
+        for (const cv::Point2f &side : sides) {
+            const float level = (sample(picture_, quad.at(side.x, side.y)) - quad.middle) * sign;
+            weakest = std::min(weakest, level);
+            mean += level / 4;
+        }
+        const float needed = quad.measured == 4 ? 0.0F : 0.25F;
+        if (mean < 0.3F * expectedRing || weakest < (needed - 0.2F) * expectedRing) {
+            return false;
+        }
+    }
+    const float without = u.board * v.board;
+    const float change = 2 * u.mark * v.mark;
+    const float share = (without - centre) / change;  // 0 without a mark, 1 with one
+    if (share < -1 || share > 2) {
+        return false;
+    }
+    reading.cell = cell;
+    reading.marked = share > 0.5F;
+    reading.certainty = std::min(1.0F, 2 * std::abs(share - 0.5F));
+    reading.measuredCorners = quad.measured;
+    return true;
+}
+
+}  // namespace
+
+std::vector<SquareReading> readMarks(const cv::Mat &picture, const CornerLattice &lattice,
+                                     const std::vector<CornerFit> &fits) {
+    std::vector<SquareReading> readings;
+    const MarkReader reader(picture, lattice, fits);
+    const cv::Rect extent = lattice.extent();
+    for (int row = extent.y - 1; row < extent.y + extent.height; row++) {
+        for (int column = extent.x - 1; column < extent.x + extent.width; column++) {
+            SquareReading reading;
+            if (reader.read({column, row}, reading)) {
+                readings.push_back(reading);
+            }
+        }
+    }
+    return readings;
+}
+
+}  // namespace pattern_reader

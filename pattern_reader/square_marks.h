@@ -1,0 +1,26 @@
+// Reads which squares of a lattice carry a mark: a centred square of the opposite colour and a third of the side.
+//
+// What the centre of a square with and without a mark looks like follows from the grey levels and the blur measured at
+// its corners, so small and blurred squares are judged by what the camera can show of them.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "pattern_reader/corner_fit.h"
+#include "pattern_reader/corner_lattice.h"
+
+namespace pattern_reader {
+
+struct SquareReading {
+    cv::Point cell;  // of the square's top-left corner
+    bool marked = false;
+    float certainty = 0;  // 0: as good as a guess, 1: exactly as expected of a mark or of none
+    int measuredCorners = 0;
+};
+
+// Every square that has at least one measured corner and looks like a square. fits belongs to lattice.corners.
+std::vector<SquareReading> readMarks(const cv::Mat &picture, const CornerLattice &lattice,
+                                     const std::vector<CornerFit> &fits);
+
+}  // namespace pattern_reader
