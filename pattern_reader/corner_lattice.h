@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "pattern_reader/image_level.h"
-#include "pattern_reader/saddle_detector.h"
+#include "pattern_reader/point_detector.h"
 
 namespace pattern_reader {
 

@@ -8,7 +8,9 @@
 #include "pattern_reader/image_level.h"
 #include "pattern_reader/pattern_reader.h"
 #include "pattern_reader/place_finder.h"
-#include "pattern_reader/saddle_detector.h"
+#include "pattern_reader/plate_reader.h"
+#include "pattern_reader/point_detector.h"
+#include "pattern_reader/round_marks.h"
 #include "pattern_reader/square_marks.h"
 
 namespace pattern_reader {
@@ -16,9 +18,9 @@ namespace pattern_reader {
 namespace {
 
 constexpr int levelCount = 5;
-constexpr float leastStrength = 1.5F;  // of a saddle, grey levels per pixel²
-constexpr size_t saddleLimit = 20000;
+constexpr size_t pointLimit = 20000;
 constexpr size_t leastCorners = 9;
+constexpr size_t leastMarks = 20;  // of a plate's 49; a quarter may be hidden, and a little more
 
 // Where corners have been taken, so that a coarser or finer level does not give the same lattice twice.
 class TakenCorners {
@@ -41,6 +43,9 @@ public:
         }
     }
 
+    // Whether a point lies in a square all of whose corners were taken, or close to a taken corner.
+    bool inside(cv::Point2f p) const { return taken_[slot(p)] != 0; }
+
     // Whether the lattice is, for a good part, one that was taken.
     bool overlaps(const CornerLattice &lattice) const {
         const auto hits = std::count_if(lattice.corners.begin(), lattice.corners.end(),
@@ -62,18 +67,17 @@ private:
 };
 
 // All lattices of the image, each once, from large to small.
-std::vector<CornerLattice> findLattices(std::vector<ImageLevel> &levels) {
+std::vector<CornerLattice> findLattices(const std::vector<ImageLevel> &levels, const std::vector<LevelPoints> &points,
+                                        TakenCorners &taken) {
     std::vector<CornerLattice> pieces;
-    for (ImageLevel &level : levels) {
-        for (CornerLattice &lattice :
-             linkLattices(level, findSaddles(level, leastStrength, saddleLimit), leastCorners)) {
+    for (size_t i = 0; i < levels.size(); i++) {
+        for (CornerLattice &lattice : linkLattices(levels[i], points[i].saddles, leastCorners)) {
             pieces.push_back(std::move(lattice));
         }
     }
     std::sort(pieces.begin(), pieces.end(),
               [](const CornerLattice &a, const CornerLattice &b) { return a.corners.size() > b.corners.size(); });
     std::vector<CornerLattice> lattices;
-    TakenCorners taken(levels.front().picture.size());
     for (CornerLattice &piece : pieces) {
         if (taken.overlaps(piece)) {
             continue;
@@ -131,6 +135,55 @@ PatternReading describe(const CornerLattice &lattice, const Place &place) {
     return reading;
 }
 
+// Measures a lattice and says what it is; nothing when it is none of the coded boards.
+std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lattice) {
+    const std::vector<CornerFit> fits = measureCorners(image, lattice);
+    if (fits.size() < leastCorners) {
+        return std::nullopt;
+    }
+    const std::vector<SquareReading> marks = readMarks(image, lattice, fits);
+    const std::optional<Place> place = findPlace(marks);
+    if (!place) {
+        return std::nullopt;
+    }
+    PatternReading reading = describe(lattice, *place);
+    if (place->tile != Place::plane) {
+        readBlock(blockOfTile(marks, place->motion), pattern_code::BlockCarrier::tile(place->tile), reading);
+    }
+    return reading;
+}
+
+// Plates among the blobs that are no part of a checkerboard, each once.
+std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, std::vector<LevelPoints> &points,
+                                       const TakenCorners &taken) {
+    std::vector<PatternReading> plates;
+    for (size_t i = 0; i < levels.size(); i++) {
+        std::vector<DarkBlob> &blobs = points[i].blobs;
+        blobs.erase(std::remove_if(blobs.begin(), blobs.end(),
+                                   [&](const DarkBlob &blob) { return taken.inside(levels[i].toImage(blob.position)); }),
+                    blobs.end());
+        for (const MarkLattice &found : findMarkLattices(levels, i, blobs, leastMarks)) {
+            std::optional<PatternReading> plate = readPlate(levels, found);
+            if (!plate) {
+                continue;
+            }
+            // The same marks may be found in two levels.
+            const cv::Point2f here = plate->corners[plate->corners.size() / 2].image;
+            const auto same = std::find_if(plates.begin(), plates.end(), [&](const PatternReading &other) {
+                return std::any_of(other.corners.begin(), other.corners.end(), [&](const PatternCorner &corner) {
+                    return std::hypot(corner.image.x - here.x, corner.image.y - here.y) < 2;
+                });
+            });
+            if (same == plates.end()) {
+                plates.push_back(std::move(*plate));
+            } else if (plate->corners.size() > same->corners.size() || (plate->values && !same->values)) {
+                *same = std::move(*plate);
+            }
+        }
+    }
+    return plates;
+}
+
 }  // namespace
 
 std::vector<PatternReading> readPatterns(const cv::Mat &image) {
@@ -145,22 +198,23 @@ std::vector<PatternReading> readPatterns(const cv::Mat &image) {
         return readings;
     }
     std::vector<ImageLevel> levels = makePyramid(image, levelCount);
-    for (CornerLattice &lattice : findLattices(levels)) {
-        const std::vector<CornerFit> fits = measureCorners(image, lattice);
-        if (fits.size() < leastCorners) {
-            continue;
-        }
-        const std::vector<SquareReading> marks = readMarks(image, lattice, fits);
-        const std::optional<Place> place = findPlace(marks);
-        if (!place) {
-            continue;
-        }
-        readings.push_back(describe(lattice, *place));
-        if (place->tile != Place::plane) {
-            readBlock(blockOfTile(marks, place->motion), pattern_code::BlockCarrier::tile(place->tile),
-                      readings.back());
+    std::vector<LevelPoints> points;
+    points.reserve(levels.size());
+    for (ImageLevel &level : levels) {
+        points.push_back(findPoints(level, pointLimit));
+    }
+    TakenCorners taken(image.size());
+    for (CornerLattice &lattice : findLattices(levels, points, taken)) {
+        if (std::optional<PatternReading> reading = readBoard(image, lattice)) {
+            readings.push_back(std::move(*reading));
         }
     }
+    for (PatternReading &reading : readPlates(levels, points, taken)) {
+        readings.push_back(std::move(reading));
+    }
+    std::sort(readings.begin(), readings.end(), [](const PatternReading &a, const PatternReading &b) {
+        return a.corners.size() > b.corners.size();
+    });
     return readings;
 }
 

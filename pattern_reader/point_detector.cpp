@@ -1,4 +1,4 @@
-#include "pattern_reader/saddle_detector.h"
+#include "pattern_reader/point_detector.h"
 
 #include <algorithm>
 #include <array>
@@ -195,16 +195,67 @@ bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, Saddle
     return false;
 }
 
-std::vector<SaddlePoint> findSaddles(ImageLevel &level, float leastStrength, size_t limit) {
+namespace {
+
+template <typename Point>
+void keepStrongest(std::vector<Point> &points, size_t limit) {
+    if (points.size() > limit) {
+        std::nth_element(points.begin(), points.begin() + std::ptrdiff_t(limit), points.end(),
+                         [](const Point &a, const Point &b) { return a.strength > b.strength; });
+        points.resize(limit);
+    }
+}
+
+// Three rows of responses around the middle one.
+struct ResponseRows {
+    const float *up, *mid, *down;
+
+    bool isPeak(int x) const {
+        const float v = mid[x];
+        return v >= mid[x - 1] && v > mid[x + 1] && v >= up[x - 1] && v >= up[x] && v >= up[x + 1] &&
+               v > down[x - 1] && v > down[x] && v > down[x + 1];
+    }
+    bool isPit(int x) const {
+        const float v = mid[x];
+        return v <= mid[x - 1] && v < mid[x + 1] && v <= up[x - 1] && v <= up[x] && v <= up[x + 1] &&
+               v < down[x - 1] && v < down[x] && v < down[x + 1];
+    }
+};
+
+void collect(const ImageLevel &level, const ResponseRows &rows, int y, LevelPoints &points) {
+    constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
+    constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
+    const int width = level.smoothed.cols;
+    for (int x = 1; x < width - 1; x++) {
+        const float value = rows.mid[x];
+        if (value > saddleThreshold) {
+            SaddlePoint saddle;
+            if (rows.isPeak(x) && locateSaddle(level, cv::Point2f(float(x), float(y)), 1.6F, saddle)) {
+                points.saddles.push_back(saddle);
+            }
+        } else if (value < blobThreshold && rows.isPit(x)) {
+            const Quadratic q = quadraticAt(level.smoothed, x, y);
+            // Both curvatures upwards, and the valley not much longer than wide.
+            const float mean = (q.xx + q.yy) / 2;
+            const float half = std::hypot((q.xx - q.yy) / 2, q.xy);
+            if (mean > 0 && half < 0.8F * mean) {
+                points.blobs.push_back({cv::Point2f(float(x), float(y)), std::sqrt(-value) / greyScale});
+            }
+        }
+    }
+}
+
+}  // namespace
+
+LevelPoints findPoints(ImageLevel &level, size_t limit) {
     smooth(level);
     const int width = level.smoothed.cols;
     const int height = level.smoothed.rows;
-    const float threshold = (leastStrength * greyScale) * (leastStrength * greyScale);
     std::array<std::vector<float>, 3> rows;
     for (auto &row : rows) {
         row.assign(size_t(width), 0);
     }
-    std::vector<SaddlePoint> saddles;
+    LevelPoints points;
     for (int y = 1; y < height; y++) {
         std::vector<float> &newest = rows[size_t(y % 3)];
         if (y < height - 1) {
@@ -212,27 +263,14 @@ std::vector<SaddlePoint> findSaddles(ImageLevel &level, float leastStrength, siz
         } else {
             std::fill(newest.begin(), newest.end(), 0.0F);
         }
-        const float *up = rows[size_t((y + 1) % 3)].data();
-        const float *mid = rows[size_t((y + 2) % 3)].data();
-        const float *down = newest.data();
-        for (int x = 1; x < width - 1; x++) {
-            const float value = mid[x];
-            if (value < threshold || value < mid[x - 1] || value <= mid[x + 1] || value < up[x - 1] || value < up[x] ||
-                value < up[x + 1] || value <= down[x - 1] || value <= down[x] || value <= down[x + 1]) {
-                continue;
-            }
-            SaddlePoint saddle;
-            if (locateSaddle(level, cv::Point2f(float(x), float(y - 1)), 1.6F, saddle)) {
-                saddles.push_back(saddle);
-            }
+        if (y > 1) {
+            collect(level, {rows[size_t((y + 1) % 3)].data(), rows[size_t((y + 2) % 3)].data(), newest.data()}, y - 1,
+                    points);
         }
     }
-    if (saddles.size() > limit) {
-        std::nth_element(saddles.begin(), saddles.begin() + std::ptrdiff_t(limit), saddles.end(),
-                         [](const SaddlePoint &a, const SaddlePoint &b) { return a.strength > b.strength; });
-        saddles.resize(limit);
-    }
-    return saddles;
+    keepStrongest(points.saddles, limit);
+    keepStrongest(points.blobs, limit);
+    return points;
 }
 
 }  // namespace pattern_reader

@@ -1,9 +1,12 @@
-// Finds saddle points: places where four areas meet, dark opposite dark and light opposite light, as at the inner
+// Finds the points of a picture's second derivatives that patterns are made of: saddles and dark blobs.
+//
+// Saddle points: places where four areas meet, dark opposite dark and light opposite light, as at the inner
 // corners of a checkerboard.
 //
 // The measure is the negative determinant of the Hessian of the smoothed image; a candidate must also have its
 // stationary point inside the pixel's neighbourhood and look the same after half a turn, which ordinary corners do not.
 // Knows nothing of lattices.
+// Dark blobs: spots darker than everything around them, of a radius of one to three pixels of their level.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -20,9 +23,23 @@ struct SaddlePoint {
     float strength = 0;     // square root of the negative determinant, grey levels per pixel²
 };
 
-// Smooths the level's picture into level.smoothed and finds the saddles stronger than leastStrength. When there are
-// more than limit the strongest are kept.
-std::vector<SaddlePoint> findSaddles(ImageLevel &level, float leastStrength, size_t limit);
+struct DarkBlob {
+    cv::Point2f position;  // level coordinates
+    float strength = 0;    // square root of the Hessian's determinant, grey levels per pixel²
+};
+
+struct LevelPoints {
+    std::vector<SaddlePoint> saddles;
+    std::vector<DarkBlob> blobs;
+};
+
+// Weakest points that are looked for, grey levels per pixel².
+constexpr float leastSaddleStrength = 1.5F;
+constexpr float leastBlobStrength = 5;
+
+// Smooths the level's picture into level.smoothed and finds its points. When there are more than limit of a kind the
+// strongest are kept.
+LevelPoints findPoints(ImageLevel &level, size_t limit);
 
 // Walks from near to the closest stationary point of the smoothed level and describes it. False when there is no
 // saddle within reach (pixels).

@@ -1,0 +1,394 @@
+#include "pattern_reader/plate_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+
+#include "pattern_reader/block_reader.h"
+#include "pattern_reader/place_finder.h"
+
+namespace pattern_reader {
+
+namespace {
+
+// Plate coordinates: grid spacings from the top-left corner of the frame's outer edge; marks at 1 to 7.
+constexpr int marksPerSide = 7;
+constexpr double frameMiddle = 0.125;
+constexpr double markRadius = 0.25;
+
+// A plate's picture under one assumption of where in the plate the lattice lies.
+class PlateView {
+public:
+    PlateView(const std::vector<ImageLevel> &levels, const MarkLattice &found, const cv::Matx33d &imageFromCell,
+              const LatticeMotion &motion);
+
+    cv::Point2d toImage(cv::Point2d plate) const;
+    // Grey level relative to the marks around: 0 as dark as a mark, 1 as light as the paper; false outside the picture.
+    bool lightAt(cv::Point2d plate, double &light) const;
+    // Pixels of the level per grid spacing at a point, the geometric mean of both directions.
+    double spacingAt(cv::Point2d plate) const;
+    double levelScale() const { return level_->scale(); }
+    cv::Point2d toCell(cv::Point2d plate) const;
+
+private:
+    const MarkLattice &found_;
+    cv::Matx33d imageFromCell_;
+    LatticeMotion motion_;
+    const ImageLevel *level_ = nullptr;
+    // Dark level and paper level as planes over the image: level = a + b x + c y.
+    cv::Vec3d dark_;
+    cv::Vec3d paper_;
+};
+
+cv::Point2d transform(const cv::Matx33d &h, cv::Point2d p) {
+    const cv::Vec3d v = h * cv::Vec3d(p.x, p.y, 1);
+    return {v[0] / v[2], v[1] / v[2]};
+}
+
+cv::Vec3d fitPlane(const std::vector<RoundMark> &marks, float RoundMark::*value) {
+    cv::Matx33d m = cv::Matx33d::zeros();
+    cv::Vec3d right(0, 0, 0);
+    for (const RoundMark &mark : marks) {
+        const cv::Vec3d row(1, mark.centre.x, mark.centre.y);
+        m += row * row.t();
+        right += row * double(mark.*value);
+    }
+    cv::Vec3d plane;
+    cv::solve(m, right, plane, cv::DECOMP_SVD);
+    return plane;
+}
+
+PlateView::PlateView(const std::vector<ImageLevel> &levels, const MarkLattice &found, const cv::Matx33d &imageFromCell,
+                     const LatticeMotion &motion)
+    : found_(found), imageFromCell_(imageFromCell), motion_(motion) {
+    std::vector<float> areas;
+    for (const RoundMark &mark : found.marks) {
+        areas.push_back(mark.area);
+    }
+    std::nth_element(areas.begin(), areas.begin() + std::ptrdiff_t(areas.size() / 2), areas.end());
+    const double spacing = std::sqrt(areas[areas.size() / 2] / CV_PI) / markRadius;
+    size_t number = 0;
+    while (number + 1 < levels.size() && spacing / levels[number].scale() > 26) {
+        number++;
+    }
+    level_ = &levels[number];
+    dark_ = fitPlane(found.marks, &RoundMark::darkLevel);
+    paper_ = fitPlane(found.marks, &RoundMark::lightLevel);
+}
+
+cv::Point2d PlateView::toCell(cv::Point2d plate) const {
+    cv::Point2d p = plate - cv::Point2d(1, 1) - cv::Point2d(motion_.shift);
+    for (int i = 0; i < motion_.quarterTurns; i++) {
+        p = {p.y, -p.x};
+    }
+    return p;
+}
+
+cv::Point2d PlateView::toImage(cv::Point2d plate) const { return transform(imageFromCell_, toCell(plate)); }
+
+double PlateView::spacingAt(cv::Point2d plate) const {
+    const cv::Point2d a = toImage(plate + cv::Point2d(0.1, 0)) - toImage(plate);
+    const cv::Point2d b = toImage(plate + cv::Point2d(0, 0.1)) - toImage(plate);
+    return std::sqrt(std::abs(a.cross(b))) * 10 / level_->scale();
+}
+
+bool PlateView::lightAt(cv::Point2d plate, double &light) const {
+    const cv::Point2d image = toImage(plate);
+    const cv::Point2f p = level_->fromImage(cv::Point2f(image));
+    const cv::Mat &smoothed = level_->smoothed;
+    if (!(p.x >= 0) || !(p.y >= 0) || p.x >= float(smoothed.cols - 1) || p.y >= float(smoothed.rows - 1)) {
+        return false;
+    }
+    const int x = int(p.x);
+    const int y = int(p.y);
+    const double fx = p.x - float(x);
+    const double fy = p.y - float(y);
+    const auto *a = smoothed.ptr<int16_t>(y) + x;
+    const auto *b = smoothed.ptr<int16_t>(y + 1) + x;
+    const double grey = ((a[0] * (1 - fx) + a[1] * fx) * (1 - fy) + (b[0] * (1 - fx) + b[1] * fx) * fy) / 64;
+    const cv::Vec3d at(1, image.x, image.y);
+    const double dark = dark_.dot(at);
+    const double contrast = paper_.dot(at) - dark;
+    light = contrast > 5 ? (grey - dark) / contrast : 0.5;
+    return contrast > 5;
+}
+
+// Side 0 is the top, then clockwise; along runs from 0 to 8, inward from the outer edge.
+cv::Point2d onSide(int side, double along, double inward) {
+    switch (side) {
+        case 0:
+            return {along, inward};
+        case 1:
+            return {8 - inward, along};
+        case 2:
+            return {8 - along, 8 - inward};
+        default:
+            return {inward, 8 - along};
+    }
+}
+
+struct FrameEvidence {
+    int passed = 0;
+    int looked = 0;
+    int goodSides = 0;
+};
+
+FrameEvidence lookForFrame(const PlateView &view) {
+    FrameEvidence evidence;
+    for (int side = 0; side < 4; side++) {
+        int passed = 0;
+        int looked = 0;
+        for (int i = 0; i < 12; i++) {
+            // Beside the code dots, which stand at the halves.
+            const double along = 1.2 + i / 2 + (i % 2) * 0.6;
+            double outside = 1;
+            double frame = 0;
+            double inside = 0;
+            if (!view.lightAt(onSide(side, along, frameMiddle), frame) ||
+                !view.lightAt(onSide(side, along, 0.45), inside)) {
+                continue;
+            }
+            view.lightAt(onSide(side, along, -0.2), outside);
+            looked++;
+            passed += std::min(outside, inside) - frame > 0.25 && inside > 0.5 ? 1 : 0;
+        }
+        evidence.passed += passed;
+        evidence.looked += looked;
+        evidence.goodSides += looked >= 5 && passed * 4 >= looked * 3 ? 1 : 0;
+    }
+    return evidence;
+}
+
+enum class CornerLook { Hidden, Plain, Triangle };
+
+// Corner 0 is the top-left one, then clockwise.
+CornerLook lookAtCorner(const PlateView &view, int corner) {
+    const auto at = [&](double x, double y) {
+        double light = 0.5;
+        // Along the side that starts in this corner and inward from it.
+        return view.lightAt(onSide(corner, x, y), light) ? light : 0.5;
+    };
+    const bool light = at(1.1, 0.42) > 0.6 && at(0.42, 1.1) > 0.6 && at(-0.25, 0.5) > 0.6 && at(0.5, -0.25) > 0.6;
+    const bool dark = at(frameMiddle, 0.6) < 0.5 && at(0.6, frameMiddle) < 0.5 && at(frameMiddle, frameMiddle) < 0.5;
+    if (!light || !dark) {
+        return CornerLook::Hidden;
+    }
+    const double inside = at(0.37, 0.37);
+    return inside < 0.35 ? CornerLook::Triangle : inside > 0.55 ? CornerLook::Plain : CornerLook::Hidden;
+}
+
+bool markSeen(const MarkLattice &found, const PlateView &view, int column, int row) {
+    if (column < 0 || row < 0 || column >= marksPerSide || row >= marksPerSide) {
+        return false;
+    }
+    const cv::Point2d cell = view.toCell({column + 1.0, row + 1.0});
+    return found.lattice.indexAt({int(std::lround(cell.x)), int(std::lround(cell.y))}) >= 0;
+}
+
+// How much of a dot is seen at a place: 0 paper, 1 as dark as a dot can look there; false where nothing can be said.
+bool dotShare(const PlateView &view, cv::Point2d at, double &share) {
+    double ring = 0;
+    double darkest = 2;
+    for (int i = 0; i < 8; i++) {
+        double light = 0;
+        const double angle = CV_PI * i / 4;
+        if (!view.lightAt(at + cv::Point2d(std::cos(angle), std::sin(angle)) * 0.23, light)) {
+            return false;
+        }
+        ring += light / 8;
+        darkest = std::min(darkest, light);
+    }
+    double centre = 0;
+    if (!view.lightAt(at, centre) || ring < 0.6 || ring > 1.4) {
+        return false;
+    }
+    const double radius = pattern_code::dotRadius * view.spacingAt(at);
+    const double blur2 = 1.1 + 0.6 / (view.levelScale() * view.levelScale());
+    share = (ring - centre) / (1 - std::exp(-radius * radius / (2 * blur2)));
+    return true;
+}
+
+SeenBlock readDots(const MarkLattice &found, const PlateView &view) {
+    std::array<double, pattern_code::blockBitCount> shares{};
+    std::vector<double> known;
+    for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
+        const pattern_code::DotPosition dot = pattern_code::dotPosition(bit);
+        const int column = int(std::lround(dot.x - 0.5));
+        const int row = int(std::lround(dot.y - 0.5));
+        const bool near = markSeen(found, view, column - 1, row - 1) || markSeen(found, view, column, row - 1) ||
+                          markSeen(found, view, column - 1, row) || markSeen(found, view, column, row);
+        double &share = shares[size_t(bit)];
+        if (!near || !dotShare(view, {dot.x, dot.y}, share)) {
+            share = -10;
+            continue;
+        }
+        known.push_back(share);
+    }
+    SeenBlock seen;
+    if (known.size() < 16) {
+        return seen;
+    }
+    // What a dot looks like here: about half of all bits are set.
+    const auto high = known.begin() + std::ptrdiff_t(known.size() * 3 / 4);
+    std::nth_element(known.begin(), high, known.end());
+    const double full = *high;
+    if (full < 0.3) {
+        return seen;
+    }
+    for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
+        const double share = shares[size_t(bit)] / full;
+        if (share > -0.6 && std::abs(share - 0.5) > 0.15) {
+            seen.see(bit, share > 0.5);
+        }
+    }
+    return seen;
+}
+
+struct Assumption {
+    LatticeMotion motion;
+    FrameEvidence frame;
+};
+
+// The shift under which the frame is where it must be; the turn is left open.
+std::optional<Assumption> findShift(const std::vector<ImageLevel> &levels, const MarkLattice &found,
+                                    const cv::Matx33d &imageFromCell) {
+    const cv::Rect extent = found.lattice.extent();
+    std::optional<Assumption> best;
+    int second = 0;
+    for (int y = 0; y + extent.height <= marksPerSide; y++) {
+        for (int x = 0; x + extent.width <= marksPerSide; x++) {
+            Assumption assumption;
+            assumption.motion.shift = cv::Point(x, y) - extent.tl();
+            const PlateView view(levels, found, imageFromCell, assumption.motion);
+            assumption.frame = lookForFrame(view);
+            if (!best || assumption.frame.passed > best->frame.passed) {
+                second = best ? best->frame.passed : 0;
+                best = assumption;
+            } else {
+                second = std::max(second, assumption.frame.passed);
+            }
+        }
+    }
+    if (!best || best->frame.goodSides < 2 || best->frame.passed < second + 8 ||
+        best->frame.passed * 10 < best->frame.looked * 5) {
+        return std::nullopt;
+    }
+    return best;
+}
+
+// The whole plate turned: what was corner 0 becomes the corner after `turns` quarter turns clockwise.
+LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
+    LatticeMotion turned;
+    turned.quarterTurns = turns;
+    cv::Point shift = motion.shift;
+    for (int i = 0; i < turns; i++) {
+        shift = {marksPerSide - 1 - shift.y, shift.x};
+    }
+    turned.shift = shift;
+    return turned;
+}
+
+// Where the picture of a circle's centre lies from the centre of the circle's picture.
+cv::Point2d centreOffset(const cv::Matx33d &h, cv::Point2d centre) {
+    const double r = markRadius;
+    const cv::Matx33d circle(1, 0, -centre.x, 0, 1, -centre.y, -centre.x, -centre.y,
+                             centre.x * centre.x + centre.y * centre.y - r * r);
+    const cv::Matx33d inverse = h.inv();
+    const cv::Matx33d q = inverse.t() * circle * inverse;
+    const double determinant = q(0, 0) * q(1, 1) - q(0, 1) * q(1, 0);
+    const cv::Point2d ellipse((q(0, 1) * q(1, 2) - q(1, 1) * q(0, 2)) / determinant,
+                              (q(1, 0) * q(0, 2) - q(0, 0) * q(1, 2)) / determinant);
+    return transform(h, centre) - ellipse;
+}
+
+void addMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found, const cv::Matx33d &imageFromCell,
+              const LatticeMotion &motion, PatternReading &reading) {
+    for (size_t i = 0; i < found.marks.size(); i++) {
+        RoundMark mark = found.marks[i];
+        const float radius = std::sqrt(mark.area / float(CV_PI));
+        size_t number = 0;
+        while (number + 1 < levels.size() && radius / levels[number].scale() > 7) {
+            number++;
+        }
+        measureMark(levels[number], mark.centre, radius, mark);
+        const cv::Point cell = found.lattice.corners[i].cell;
+        const cv::Point index = motion.point(cell);
+        const cv::Point2d offset = centreOffset(imageFromCell, cell);
+        reading.corners.push_back({mark.centre + cv::Point2f(offset), 2 * (index + cv::Point(1, 1))});
+    }
+    std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {
+        return a.lattice.y != b.lattice.y ? a.lattice.y < b.lattice.y : a.lattice.x < b.lattice.x;
+    });
+}
+
+}  // namespace
+
+std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &found) {
+    const cv::Rect extent = found.lattice.extent();
+    if (extent.width > marksPerSide || extent.height > marksPerSide || extent.width < 4 || extent.height < 4) {
+        return std::nullopt;
+    }
+    std::vector<cv::Point2f> cells;
+    std::vector<cv::Point2f> images;
+    for (const LatticeCorner &corner : found.lattice.corners) {
+        cells.emplace_back(corner.cell);
+        images.push_back(corner.position);
+    }
+    const cv::Mat h = cv::findHomography(cells, images);
+    if (h.empty()) {
+        return std::nullopt;
+    }
+    const cv::Matx33d imageFromCell = h;
+    const std::optional<Assumption> placed = findShift(levels, found, imageFromCell);
+    if (!placed) {
+        return std::nullopt;
+    }
+    // Which corner, in the unturned plate, can be the one with the triangle?
+    const PlateView unturned(levels, found, imageFromCell, placed->motion);
+    std::array<CornerLook, 4> looks{};
+    int triangles = 0;
+    for (int corner = 0; corner < 4; corner++) {
+        looks[size_t(corner)] = lookAtCorner(unturned, corner);
+        triangles += looks[size_t(corner)] == CornerLook::Triangle ? 1 : 0;
+    }
+    if (triangles > 1) {
+        return std::nullopt;
+    }
+    std::optional<PatternReading> reading;
+    int candidates = 0;
+    int readable = 0;
+    for (int corner = 0; corner < 4; corner++) {
+        if (looks[size_t(corner)] == CornerLook::Plain || (triangles == 1 && looks[size_t(corner)] != CornerLook::Triangle)) {
+            continue;
+        }
+        candidates++;
+        // Corner k comes to the top left by 4 - k quarter turns.
+        const LatticeMotion motion = turnPlate(placed->motion, (4 - corner) % 4);
+        const PlateView view(levels, found, imageFromCell, motion);
+        PatternReading one;
+        one.kind = PatternKind::Plate;
+        readBlock(readDots(found, view), pattern_code::BlockCarrier::plate(), one);
+        readable += one.values ? 1 : 0;
+        if (one.values || !reading || !reading->values) {
+            if (!(reading && reading->values)) {
+                reading = one;
+                const cv::Point2d along = view.toImage({4.5, 4}) - view.toImage({3.5, 4});
+                reading->angle = std::atan2(along.y, along.x) * 180 / CV_PI;
+                reading->quarterTurns = (int(std::lround(reading->angle / 90)) + 4) % 4;
+                addMarks(levels, found, imageFromCell, motion, *reading);
+            }
+        }
+    }
+    if (!reading || readable > 1 || (readable == 0 && candidates != 1)) {
+        return std::nullopt;
+    }
+    reading->squaresCompared = placed->frame.looked;
+    reading->squaresDiffering = placed->frame.looked - placed->frame.passed;
+    // Each look at the frame, and each mark in its place, comes out by chance half of the time at most.
+    reading->log10Chance = -0.301 * double(placed->frame.passed + int(found.marks.size()));
+    reading->confidence = 1 - std::pow(10.0, reading->log10Chance);
+    return reading;
+}
+
+}  // namespace pattern_reader

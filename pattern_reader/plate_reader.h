@@ -1,0 +1,16 @@
+// Reads a plate: 7 × 7 round marks in a dark frame with a triangle in one corner, and the code dots between the marks.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "pattern_reader/image_level.h"
+#include "pattern_reader/pattern_reader.h"
+#include "pattern_reader/round_marks.h"
+
+namespace pattern_reader {
+
+// The plate that a lattice of marks belongs to; nothing when the frame and the triangle do not bear it out.
+std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &found);
+
+}  // namespace pattern_reader
