@@ -85,7 +85,9 @@ cv::Point2d PlateView::toCell(cv::Point2d plate) const {
     return p;
 }
 
-cv::Point2d PlateView::toImage(cv::Point2d plate) const { return transform(imageFromCell_, toCell(plate)); }
+cv::Point2d PlateView::toImage(cv::Point2d plate) const {
+    return transform(imageFromCell_, toCell(plate));
+}
 
 double PlateView::spacingAt(cv::Point2d plate) const {
     const cv::Point2d a = toImage(plate + cv::Point2d(0.1, 0)) - toImage(plate);
@@ -359,7 +361,8 @@ std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, c
     int candidates = 0;
     int readable = 0;
     for (int corner = 0; corner < 4; corner++) {
-        if (looks[size_t(corner)] == CornerLook::Plain || (triangles == 1 && looks[size_t(corner)] != CornerLook::Triangle)) {
+        if (looks[size_t(corner)] == CornerLook::Plain ||
+            (triangles == 1 && looks[size_t(corner)] != CornerLook::Triangle)) {
             continue;
         }
         candidates++;

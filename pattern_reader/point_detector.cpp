@@ -212,13 +212,13 @@ struct ResponseRows {
 
     bool isPeak(int x) const {
         const float v = mid[x];
-        return v >= mid[x - 1] && v > mid[x + 1] && v >= up[x - 1] && v >= up[x] && v >= up[x + 1] &&
-               v > down[x - 1] && v > down[x] && v > down[x + 1];
+        return v >= mid[x - 1] && v > mid[x + 1] && v >= up[x - 1] && v >= up[x] && v >= up[x + 1] && v > down[x - 1] &&
+               v > down[x] && v > down[x + 1];
     }
     bool isPit(int x) const {
         const float v = mid[x];
-        return v <= mid[x - 1] && v < mid[x + 1] && v <= up[x - 1] && v <= up[x] && v <= up[x + 1] &&
-               v < down[x - 1] && v < down[x] && v < down[x + 1];
+        return v <= mid[x - 1] && v < mid[x + 1] && v <= up[x - 1] && v <= up[x] && v <= up[x + 1] && v < down[x - 1] &&
+               v < down[x] && v < down[x + 1];
     }
 };
 

@@ -159,9 +159,10 @@ std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, st
     std::vector<PatternReading> plates;
     for (size_t i = 0; i < levels.size(); i++) {
         std::vector<DarkBlob> &blobs = points[i].blobs;
-        blobs.erase(std::remove_if(blobs.begin(), blobs.end(),
-                                   [&](const DarkBlob &blob) { return taken.inside(levels[i].toImage(blob.position)); }),
-                    blobs.end());
+        blobs.erase(
+            std::remove_if(blobs.begin(), blobs.end(),
+                           [&](const DarkBlob &blob) { return taken.inside(levels[i].toImage(blob.position)); }),
+            blobs.end());
         for (const MarkLattice &found : findMarkLattices(levels, i, blobs, leastMarks)) {
             std::optional<PatternReading> plate = readPlate(levels, found);
             if (!plate) {
@@ -212,9 +213,8 @@ std::vector<PatternReading> readPatterns(const cv::Mat &image) {
     for (PatternReading &reading : readPlates(levels, points, taken)) {
         readings.push_back(std::move(reading));
     }
-    std::sort(readings.begin(), readings.end(), [](const PatternReading &a, const PatternReading &b) {
-        return a.corners.size() > b.corners.size();
-    });
+    std::sort(readings.begin(), readings.end(),
+              [](const PatternReading &a, const PatternReading &b) { return a.corners.size() > b.corners.size(); });
     return readings;
 }
 

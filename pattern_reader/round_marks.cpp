@@ -107,7 +107,8 @@ bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, Round
     float light = 0;
     // The second round starts from the middle that the first has found.
     for (int round = 0; round < 2; round++) {
-        if (centre.x < 1 || centre.y < 1 || centre.x >= float(smoothed.cols - 2) || centre.y >= float(smoothed.rows - 2)) {
+        if (centre.x < 1 || centre.y < 1 || centre.x >= float(smoothed.cols - 2) ||
+            centre.y >= float(smoothed.rows - 2)) {
             return false;
         }
         points.clear();
@@ -137,8 +138,8 @@ bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, Round
         centre += middle;
     }
     // Around its own middle the border is vᵀ Q v = 1.
-    const double level0 = 1 + conic[0] * middle.x * middle.x + conic[1] * middle.x * middle.y +
-                          conic[2] * middle.y * middle.y;
+    const double level0 =
+        1 + conic[0] * middle.x * middle.x + conic[1] * middle.x * middle.y + conic[2] * middle.y * middle.y;
     const double scale2 = double(level.scale()) * level.scale() * level0;
     const double qa = conic[0] / scale2;
     const double qb = conic[1] / (2 * scale2);
@@ -149,7 +150,8 @@ bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, Round
         return false;
     }
     // The symmetric square root of Q.
-    mark.toUnit = cv::Matx22f(float((qa + root) / trace), float(qb / trace), float(qb / trace), float((qc + root) / trace));
+    mark.toUnit =
+        cv::Matx22f(float((qa + root) / trace), float(qb / trace), float(qb / trace), float((qc + root) / trace));
     mark.area = float(CV_PI / root);
     mark.centre = level.toImage(centre);
     mark.darkLevel = greyAt(smoothed, centre);

@@ -14,11 +14,11 @@
 namespace pattern_reader {
 
 struct RoundMark {
-    cv::Point2f centre;      // image coordinates
-    cv::Matx22f toUnit;      // maps the border, seen from the centre, onto the unit circle
-    float area = 0;          // pixels²
-    float darkLevel = 0;     // grey level in the middle
-    float lightLevel = 0;    // grey level around
+    cv::Point2f centre;    // image coordinates
+    cv::Matx22f toUnit;    // maps the border, seen from the centre, onto the unit circle
+    float area = 0;        // pixels²
+    float darkLevel = 0;   // grey level in the middle
+    float lightLevel = 0;  // grey level around
 };
 
 // Measures the mark around a point of the image; radius is a first guess to a factor of two. False when there is no
