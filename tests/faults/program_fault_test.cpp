@@ -111,7 +111,7 @@ private:
 };
 
 SeenSession ProgramFaultTest::play(const Fault &fault, bool cutShort) {
-    const SeenSession seen = session.run(fault, cutShort);
+    SeenSession seen = session.run(fault, cutShort);
     ++runs;
     calls += seen.calls;
     return seen;
