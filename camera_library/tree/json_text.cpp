@@ -171,7 +171,7 @@ public:
     LmLibResult code = LmLibResultCouldNotInterpretJsonText;
     Node root;
 
-    bool null() override { return add(Node()); }
+    bool null() override { return add(nullptr); }
     bool boolean(bool value) override { return add(value); }
     bool number_integer(number_integer_t value) override { return add(static_cast<double>(value)); }
     bool number_unsigned(number_unsigned_t value) override { return add(static_cast<double>(value)); }
@@ -195,27 +195,32 @@ private:
     /// A text that the interface can pass on whole.
     static bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
-    Node &place(Node node) {
+    /// A null node where the next one belongs.
+    Node &next() {
         if (containers.empty()) {
-            root = std::move(node);
             return root;
         }
         if (auto *array = std::get_if<NodeArray>(&containers.back()->value)) {
-            return array->emplace_back(std::move(node));
+            return array->emplace_back();
         }
-        auto &object = std::get<NodeObject>(containers.back()->value);
-        return object.insert_or_assign(std::move(name), std::move(node)).first->second;
+        Node &child = std::get<NodeObject>(containers.back()->value)[std::move(name)];
+        child.value = nullptr;  // of two children of one name the last one counts
+        return child;
     }
-    bool add(Node node) {
-        place(std::move(node));
+    template <typename Value>
+    bool add(Value value) {
+        next().value = std::move(value);
         return true;
     }
-    bool open(Node container) {
+    template <typename Container>
+    bool open(Container container) {
         if (containers.size() >= maximumDepth) {
             code = LmLibResultNestingLimitReached;
             return false;
         }
-        containers.push_back(&place(std::move(container)));
+        Node &node = next();
+        node.value = std::move(container);
+        containers.push_back(&node);
         return true;
     }
     bool close() {

@@ -70,7 +70,7 @@ CommandFunction find(std::string_view name) {
 }
 
 class Executor : public testing::Test {
-protected:
+public:
     Executor() {
         begun = 0;
         gateOpen = false;
@@ -78,6 +78,7 @@ protected:
     }
     ~Executor() override { gateOpen = true; }
 
+protected:
     /// Starts the command that waits for the gate, and returns when it runs.
     void startWaiting(const std::string &slot) {
         const int before = begun;
@@ -254,6 +255,7 @@ TEST_F(Executor, standsManyThreadsAtOnce) {
         }
     };
     std::vector<std::thread> clients;
+    clients.reserve(4);
     for (int number = 0; number < 4; ++number) {
         clients.emplace_back(client, number);
     }

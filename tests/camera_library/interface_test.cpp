@@ -24,9 +24,10 @@ std::string repeated(const std::string &text, int count) {
 }
 
 class Interface : public testing::Test {
-protected:
+public:
     ~Interface() override { lmLibFinalize(nullptr); }
 
+protected:
     /// The node as JSON, or the code where it cannot be read.
     std::string json(const std::string &path) {
         const char *text = lmLibGetJson(&result, path.c_str(), 0, 0, 0);
@@ -376,7 +377,7 @@ TEST_F(Interface, listsThePlatesOfTheCatalogue) {
         // Sixteen squares, each half a grid spacing, are the outer size that the name begins with.
         const std::string size = std::to_string(static_cast<int>(16 * spacing / 2)) + " mm";
         const std::string name = lmLibGetString(&result, (plate + "/Name").c_str());
-        EXPECT_EQ(name.rfind(size + " x " + size, 0), 0U) << name;
+        EXPECT_EQ(name.rfind(std::string(size).append(" x ").append(size), 0), 0U) << name;
         const double thickness = lmLibGetDouble(&result, (plate + "/Thickness").c_str());
         EXPECT_TRUE(thickness >= 0.0 && thickness <= 5.0);
         EXPECT_STRNE(lmLibGetString(&result, (plate + "/Type").c_str()), "");

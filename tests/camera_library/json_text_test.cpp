@@ -12,7 +12,6 @@
 
 namespace {
 
-using lmlib64::JsonFormat;
 using lmlib64::Node;
 using lmlib64::NodeArray;
 using lmlib64::NodeObject;
@@ -22,6 +21,8 @@ std::string numberText(double number, int precision, bool allowScientific) {
     lmlib64::appendJsonNumber(text, number, {false, precision, allowScientific});
     return text;
 }
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 std::string textOf(const Node &node, bool pretty = false) {
     std::string text;
@@ -53,9 +54,9 @@ TEST(JsonText, writesNumbersInTheAskedForm) {
         {9007199254740993.0, 0, "9007199254740992", nullptr},
         {-1e17, 0, "-100000000000000000", "-1e17"},
         {1e22, 2, "10000000000000000000000", "1e22"},
-        {INFINITY, 0, "null", nullptr},
-        {-INFINITY, 5, "null", nullptr},
-        {NAN, 0, "null", nullptr},
+        {infinity, 0, "null", nullptr},
+        {-infinity, 5, "null", nullptr},
+        {std::numeric_limits<double>::quiet_NaN(), 0, "null", nullptr},
     };
     for (const Row &row : rows) {
         EXPECT_EQ(numberText(row.number, row.precision, false), row.plain);
@@ -122,6 +123,8 @@ TEST(JsonText, readsWhatItWrites) {
 }
 
 TEST(JsonText, refusesWhatItCannotKeep) {
+    std::string tooLong = "[]";
+    tooLong.resize(LMLIB_MAXIMUM_JSON_SIZE + 1, ' ');
     const std::vector<std::string> refused{"",
                                            " ",
                                            "{",
@@ -144,7 +147,7 @@ TEST(JsonText, refusesWhatItCannotKeep) {
                                            "{\"a/b\":1}",
                                            "{\"a\\\\b\":1}",
                                            "{\"a\\u0000\":1}",
-                                           "[" + std::string(LMLIB_MAXIMUM_JSON_SIZE, ' ') + "]"};
+                                           tooLong};
     for (const std::string &text : refused) {
         Node node(7);
         EXPECT_EQ(lmlib64::parseJson(text, 64, node), LmLibResultCouldNotInterpretJsonText) << text.substr(0, 20);

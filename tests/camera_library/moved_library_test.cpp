@@ -14,13 +14,14 @@ namespace {
 namespace fs = std::filesystem;
 
 class MovedLibrary : public testing::Test {
-protected:
+public:
     MovedLibrary() {
         std::string name = (fs::temp_directory_path() / "lmlib64-XXXXXX").string();
         root = mkdtemp(name.data());
     }
     ~MovedLibrary() override { fs::remove_all(root); }
 
+protected:
     /// Copies the library to the folder, loads it and returns what it says of itself.
     static std::string pathsOf(const fs::path &folder) {
         fs::create_directories(folder);
