@@ -73,7 +73,7 @@ QString Desktop::xdotool(const QStringList &arguments) const {
 }
 
 QString Desktop::waitForWindow(const QString &title) const {
-    const QString window =
+    QString window =
         xdotool({"search", "--sync", "--onlyvisible", "--limit", "1", "--name", '^' + title + '$'}).section('\n', 0, 0);
     xdotool({"windowactivate", "--sync", window});
     return window;
