@@ -1,0 +1,75 @@
+// Takes the manual's pictures of the program and of a printed page, for when either has changed:
+//
+//   BUILD/tests/take_pictures manual/pages/images
+#include <QApplication>
+#include <QDir>
+#include <QScreen>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <cstdio>
+
+#include "lmlib/tree_command.h"
+#include "tests/end_to_end/desktop.h"
+#include "tests/end_to_end/driven_program.h"
+
+namespace {
+
+void save(const QImage &picture, const QString &fileName) {
+    // Few colours are left after this, and the window has few: small files.
+    picture.convertToFormat(QImage::Format_Indexed8, Qt::AvoidDither).save(fileName, "PNG", 0);
+}
+
+QImage screenAt(const QRect &place) {
+    return QGuiApplication::primaryScreen()->grabWindow(0).toImage().copy(place);
+}
+
+void takeWindow(const Desktop &desktop, const QDir &folder) {
+    DrivenProgram program(desktop);
+    if (!program.start(LMCALTAB_BUILD_TREE "/bin/LmCalTab", {})) {
+        qFatal("The program does not start.");
+    }
+    const QStringList names{"official", "custom", "flexible", "assembly", "halcon"};
+    for (int page = 0; page < names.size(); ++page) {
+        program.showPage(static_cast<DrivenProgram::Page>(page));
+        QTest::qWait(500);
+        save(screenAt(program.placeOf("MainWindow")), folder.filePath(names[page] + ".png"));
+    }
+    program.moveMouse(program.placeOfText("halconGridSpacing").center() + QPoint(20, 0));
+    if (program.waitForOtherWindow().isEmpty()) {
+        qFatal("The tool tip does not show.");
+    }
+    QTest::qWait(500);
+    save(screenAt(program.placeOf("MainWindow")), folder.filePath("tool-tip.png"));
+}
+
+void takePrintedPage(const QDir &folder) {
+    const QTemporaryDir temporary;
+    const QString document = temporary.filePath("page.pdf");
+    const TreeCommand command("GenerateCalibrationPattern");
+    const TreeItem pattern = command.parameters()["Patterns"][0];
+    command.parameters()["Filename"] = document.toLocal8Bit().toStdString();
+    pattern["Type"] = "SingleCustom";
+    pattern["GridSpacing"] = 16.0;
+    pattern["Thickness"] = 3.0;
+    pattern["Polarity"] = true;
+    command.execute(true);
+    const QString picture = temporary.filePath("page");
+    QProcess::execute("pdftoppm", {"-r", "75", "-png", "-singlefile", document, picture});
+    save(QImage(picture + ".png"), folder.filePath("printed-page.png"));
+}
+
+}  // namespace
+
+int main(int argumentCount, char **arguments) {
+    const Desktop desktop;
+    useDesktop(desktop);
+    const QApplication application(argumentCount, arguments);
+    if (argumentCount != 2) {
+        std::fputs("Usage: take_pictures FOLDER\n", stderr);
+        return 2;
+    }
+    const QDir folder(QString::fromLocal8Bit(arguments[1]));
+    takeWindow(desktop, folder);
+    takePrintedPage(folder);
+    return 0;
+}
