@@ -42,8 +42,9 @@ void end(QProcess &process) {
 }  // namespace
 
 Desktop::Desktop() {
-    // The server chooses a free display and writes its number once it answers.
-    start(server, "Xvfb", {"-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"}, {});
+    // The server chooses a free display and writes its number once it answers. It must not reset itself when its
+    // first client leaves: another one may just be coming.
+    start(server, "Xvfb", {"-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"}, {});
     while (!server.canReadLine()) {
         if (!server.waitForReadyRead(patienceMs)) {
             qFatal("Xvfb does not answer: %s", server.readAllStandardError().constData());

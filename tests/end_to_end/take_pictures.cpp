@@ -3,6 +3,7 @@
 //   BUILD/tests/take_pictures manual/pages/images
 #include <QApplication>
 #include <QDir>
+#include <QPainter>
 #include <QScreen>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -15,12 +16,21 @@
 namespace {
 
 void save(const QImage &picture, const QString &fileName) {
-    // Few colours are left after this, and the window has few: small files.
-    picture.convertToFormat(QImage::Format_Indexed8, Qt::AvoidDither).save(fileName, "PNG", 0);
+    constexpr int smallest = 0;
+    picture.convertToFormat(QImage::Format_RGB888).save(fileName, "PNG", smallest);
 }
 
 QImage screenAt(const QRect &place) {
     return QGuiApplication::primaryScreen()->grabWindow(0).toImage().copy(place);
+}
+
+void drawMouse(QImage &picture, QPoint tip) {
+    const QPolygon arrow({{0, 0}, {0, 17}, {4, 13}, {7, 20}, {10, 19}, {7, 12}, {12, 12}});
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::black);
+    painter.setBrush(Qt::white);
+    painter.drawPolygon(arrow.translated(tip));
 }
 
 void takeWindow(const Desktop &desktop, const QDir &folder) {
@@ -34,12 +44,17 @@ void takeWindow(const Desktop &desktop, const QDir &folder) {
         QTest::qWait(500);
         save(screenAt(program.placeOf("MainWindow")), folder.filePath(names[page] + ".png"));
     }
-    program.moveMouse(program.placeOfText("halconGridSpacing").center() + QPoint(20, 0));
-    if (program.waitForOtherWindow().isEmpty()) {
+    program.moveMouse(program.placeOfText("halconGridSpacing").topLeft() + QPoint(20, 4));
+    const QString tip = program.waitForOtherWindow();
+    if (tip.isEmpty()) {
         qFatal("The tool tip does not show.");
     }
     QTest::qWait(500);
-    save(screenAt(program.placeOf("MainWindow")), folder.filePath("tool-tip.png"));
+    // With the window's frame, and with a mouse on the link as the screen does not show it to others.
+    const QRect place = program.placeOf("MainWindow").adjusted(-1, -20, 1, 5);
+    QImage picture = screenAt(place);
+    drawMouse(picture, program.geometryOf(tip).topLeft() - place.topLeft() + QPoint(50, 28));
+    save(picture, folder.filePath("tool-tip.png"));
 }
 
 void takePrintedPage(const QDir &folder) {
