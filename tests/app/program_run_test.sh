@@ -10,13 +10,18 @@ failures=0
 trap 'kill $server $manager 2>/dev/null; wait 2>/dev/null; rm -rf "$folder"' EXIT
 
 export XDG_RUNTIME_DIR=$folder QT_QPA_PLATFORM=xcb
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$folder/display" 2>/dev/null &
+# It must not reset itself when its first client leaves: another one may just be coming.
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$folder/display" 2>/dev/null &
 server=$!
 for _ in $(seq 100); do [ -s "$folder/display" ] && break; sleep 0.1; done
 DISPLAY=:$(cat "$folder/display")
 export DISPLAY
 openbox >/dev/null 2>&1 &
 manager=$!
+for _ in $(seq 300); do
+  xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
+  sleep 0.1
+done
 
 check() {  # check <what> <actual> <expected>
   if [ "$2" != "$3" ]; then
@@ -30,12 +35,17 @@ run_program() {  # run_program <script JSON> <close|no window>
   printf '%s' "$1" >"$folder/script"
   rm -f "$folder/calls" "$folder/error"
   LD_LIBRARY_PATH=$scripted_folder LMLIB64_SCRIPT=$folder/script LMLIB64_RECORD=$folder/calls \
-    timeout -s KILL 30 "$program" 2>"$folder/error" &
+    timeout -s KILL 60 "$program" 2>"$folder/error" &
   local pid=$!
   if [ "$2" = close ]; then
+    # Once more where the window went, or was not yet ready for keys: the program is what is tested.
     local window
-    window=$(timeout 20 xdotool search --sync --onlyvisible --name '^Generate Calibration Pattern$')
-    timeout 10 xdotool windowactivate --sync "$window" key alt+F4
+    for _ in $(seq 100); do
+      kill -0 $pid 2>/dev/null || break
+      window=$(xdotool search --onlyvisible --limit 1 --name '^Generate Calibration Pattern$' 2>/dev/null)
+      [ -z "$window" ] || timeout 5 xdotool windowactivate --sync "$window" key alt+F4 2>/dev/null
+      sleep 0.3
+    done
   fi
   wait $pid 2>/dev/null
   code=$?
