@@ -88,10 +88,10 @@ void CommandExecutor::execute(Run &run) const {
     }
 }
 
-/// Drops what is queued and ends the thread; queued runs stay queued until stopping is false again.
+/// Ends the thread, which begins no further run, and drops what is queued then. No thread begins before
+/// stopping is false again.
 void CommandExecutor::stopThread(std::unique_lock<std::mutex> &lock) {
     stopping = true;
-    queue.clear();
     changed.notify_all();
     std::thread ending = std::move(worker);
     lock.unlock();

@@ -162,6 +162,49 @@ void appendNode(std::string &text, const Node &node, const JsonFormat &format, s
     }
 }
 
+/// A number as its significant digits, without zeros at their end, and the power of ten of the first.
+struct Decimal {
+    std::string digits;
+    int exponent = 0;
+};
+
+/// The number, which is not negative, rounded to so many digits; as few as read back to it for 0.
+Decimal decimalOf(double number, int precision) {
+    std::array<char, 40> buffer{};
+    char *const end = buffer.data() + buffer.size();
+    constexpr auto form = std::chars_format::scientific;
+    const auto written = precision == 0 ? std::to_chars(buffer.data(), end, number, form)
+                                        : std::to_chars(buffer.data(), end, number, form, precision - 1);
+    // What is written is d.ddde+xx or de+xx.
+    const std::string_view scientific(buffer.data(), static_cast<std::size_t>(written.ptr - buffer.data()));
+    const std::size_t exponentMark = scientific.find('e');
+    Decimal decimal;
+    decimal.digits = scientific.substr(0, 1);
+    if (exponentMark > 2) {
+        decimal.digits += scientific.substr(2, exponentMark - 2);
+        decimal.digits.erase(decimal.digits.find_last_not_of('0') + 1);
+    }
+    const std::size_t sign = exponentMark + 1;
+    const char *exponentStart = scientific.data() + sign + (scientific[sign] == '+' ? 1 : 0);
+    std::from_chars(exponentStart, written.ptr, decimal.exponent);
+    return decimal;
+}
+
+/// Adds the digits, of which the first stands for that power of ten, without an exponent.
+void appendDigits(std::string &text, const std::string &digits, int firstPower) {
+    if (firstPower < 0) {
+        text.append("0.").append(static_cast<std::size_t>(-firstPower - 1), '0').append(digits);
+        return;
+    }
+    const std::size_t whole = static_cast<std::size_t>(firstPower) + 1;
+    text.append(digits, 0, whole);
+    if (digits.size() > whole) {
+        text.append(".").append(digits, whole);
+    } else {
+        text.append(whole - digits.size(), '0');
+    }
+}
+
 /// Builds nodes from what the parser reads. The parser calls it piece by piece and does not recurse, so the
 /// depth of a text costs no stack.
 class NodeBuilder : public nlohmann::json_sax<nlohmann::json> {
@@ -195,7 +238,7 @@ private:
     /// A text that the interface can pass on whole.
     static bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
-    /// A null node where the next one belongs.
+    /// The node to set next: a new one, or the earlier child of the same name, as the last one counts.
     Node &next() {
         if (containers.empty()) {
             return root;
@@ -203,9 +246,7 @@ private:
         if (auto *array = std::get_if<NodeArray>(&containers.back()->value)) {
             return array->emplace_back();
         }
-        Node &child = std::get<NodeObject>(containers.back()->value)[std::move(name)];
-        child.value = nullptr;  // of two children of one name the last one counts
-        return child;
+        return std::get<NodeObject>(containers.back()->value)[std::move(name)];
     }
     template <typename Value>
     bool add(Value value) {
@@ -241,49 +282,15 @@ void appendJsonNumber(std::string &text, double number, const JsonFormat &format
         text += "null";
         return;
     }
-    // All digits come from the scientific form, "-d.ddde+xx"; where they stand is settled below.
-    const bool shortest = format.precision == 0 || number == std::trunc(number);
-    std::array<char, 40> buffer{};
-    char *const bufferEnd = buffer.data() + buffer.size();
-    const auto written =
-        shortest ? std::to_chars(buffer.data(), bufferEnd, number, std::chars_format::scientific)
-                 : std::to_chars(buffer.data(), bufferEnd, number, std::chars_format::scientific, format.precision - 1);
-    std::string_view scientific(buffer.data(), static_cast<std::size_t>(written.ptr - buffer.data()));
-    if (scientific.front() == '-') {
+    const bool whole = number == std::trunc(number);
+    const Decimal decimal = decimalOf(std::fabs(number), whole ? 0 : format.precision);
+    const bool withExponent = format.allowScientific && (decimal.exponent < -5 || decimal.exponent > 16);
+    if (std::signbit(number)) {
         text += '-';
-        scientific.remove_prefix(1);
     }
-    const std::size_t exponentMark = scientific.find('e');
-    std::string_view exponentText = scientific.substr(exponentMark + 1);
-    if (exponentText.front() == '+') {
-        exponentText.remove_prefix(1);
-    }
-    int exponent = 0;
-    std::from_chars(exponentText.data(), exponentText.data() + exponentText.size(), exponent);
-    std::string digits(scientific.substr(0, 1));
-    if (exponentMark > 2) {
-        digits.append(scientific.substr(2, exponentMark - 2));
-        digits.erase(digits.find_last_not_of('0') + 1);
-    }
-    if (digits.empty()) {
-        digits = "0";
-    }
-
-    const bool withExponent = format.allowScientific && (exponent < -5 || exponent > 16);
-    const int point = withExponent ? 0 : exponent;  // the digit before the decimal point
-    if (point < 0) {
-        text.append("0.").append(static_cast<std::size_t>(-point - 1), '0').append(digits);
-    } else {
-        const std::size_t whole = static_cast<std::size_t>(point) + 1;
-        text.append(digits, 0, whole);
-        if (digits.size() > whole) {
-            text.append(".").append(digits, whole);
-        } else {
-            text.append(whole - digits.size(), '0');
-        }
-    }
+    appendDigits(text, decimal.digits, withExponent ? 0 : decimal.exponent);
     if (withExponent) {
-        text.append("e").append(std::to_string(exponent));
+        text.append("e").append(std::to_string(decimal.exponent));
     }
 }
 

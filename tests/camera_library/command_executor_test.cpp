@@ -151,7 +151,9 @@ TEST_F(Executor, reportsEveryFailureTheSameWay) {
 }
 
 TEST_F(Executor, guardsTheCommandOfARunningSlot) {
+    tree.write("/Execute/s/Result/Old", 1);
     startWaiting("s");
+    EXPECT_EQ(json("/Execute/s"), R"({"Command":"Wait"})");
     EXPECT_EQ(executor.start("s", "Echo"), LmLibResultCommandRunning);
     EXPECT_EQ(tree.write("/Execute/s/Command", Node()), LmLibResultCommandRunning);
     EXPECT_EQ(tree.write("/Execute/s/Command/x", Node()), LmLibResultCommandRunning);
@@ -175,7 +177,7 @@ TEST_F(Executor, refusesSlotsThatCannotBe) {
 TEST_F(Executor, dropsTheResultOfASlotThatWentAway) {
     const std::vector<std::function<void()>> removals{
         [this] { tree.erase("/Execute/s"); },
-        [this] { tree.write("/Execute/s", Node()); },
+        [this] { tree.write("/Execute/s", NodeObject()); },
         [this] { tree.erase("/Execute"); },
         [this] {
             tree.write("/Execute", NodeObject{{"s", NodeObject()}});
@@ -192,7 +194,7 @@ TEST_F(Executor, dropsTheResultOfASlotThatWentAway) {
         remove();
         EXPECT_EQ(waiting.get(), LmLibResultItemInexistent);
         // The same name again, while the old run goes on.
-        tree.write("/Execute/s", NodeObject{{"Parameters", NodeObject{{"Name", "new"}}}});
+        tree.write("/Execute/s/Parameters/Name", "new");
         EXPECT_EQ(executor.start("s", "Echo"), LmLibResultOperationSucceeded);
         EXPECT_EQ(json("/Execute/s/Command"), "\"Echo\"");
         EXPECT_EQ(json("/Execute/s/Result"), "code 3");

@@ -194,7 +194,11 @@ TEST_F(Interface, makesItemsThatNoOtherWasOrIs) {
     lmLibSetInt(&result, "/U/2", 0);
     lmLibSetInt(&result, "/U/A3", 0);
     std::vector<std::string> made;
-    for (const char *baseName : std::vector<const char *>{"", "", "A", "A", "A1", "A1_", "", nullptr}) {
+    std::vector<const char *> baseNames{"", "", "A1_", "", nullptr};
+    for (int i = 0; i < 30; ++i) {
+        baseNames.push_back(i % 3 == 1 ? "A1" : "A");  // "A1" and 8 could be "A" and 18
+    }
+    for (const char *baseName : baseNames) {
         const char *path = lmLibMakeUniqueItem(&result, "/U", baseName);
         ASSERT_EQ(result, LmLibResultOperationSucceeded);
         made.emplace_back(path);

@@ -42,12 +42,17 @@ protected:
         }
         const auto getString = reinterpret_cast<decltype(&lmLibGetString)>(dlsym(library, "lmLibGetString"));
         const auto setString = reinterpret_cast<decltype(&lmLibSetString)>(dlsym(library, "lmLibSetString"));
+        const auto setJson = reinterpret_cast<decltype(&lmLibSetJson)>(dlsym(library, "lmLibSetJson"));
         std::string text;
         std::thread([&] {
             text = getString(nullptr, "/Path/Manual");
             text += '\n';
             text += getString(nullptr, "/Path/Application/LmView");
-            setString(nullptr, "/Execute/s/Command", "GetModelInfo");
+            for (const char *slot : {"/Execute/a", "/Execute/b", "/Execute/c"}) {
+                setJson(nullptr, (std::string(slot) + "/Parameters").c_str(),
+                        R"({"ImageSize":2000,"Patterns":[{"GridSpacing":12},{"GridSpacing":12}]})");
+                setString(nullptr, (std::string(slot) + "/Command").c_str(), "GenerateCalibrationPattern");
+            }
         }).join();
         dlclose(library);
         EXPECT_EQ(dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
