@@ -1,5 +1,8 @@
 #include "pattern_reader/block_reader.h"
 
+#include <algorithm>
+#include <bitset>
+
 namespace pattern_reader {
 
 namespace {
@@ -26,6 +29,89 @@ PatternValues valuesOf(const pattern_code::BlockContent &content) {
 }
 
 }  // namespace
+
+namespace {
+
+// Blocks of one kind: one of them, and the differences that its free bits make. The code is linear, so every block of
+// the kind is the first one with some of the differences added bit by bit.
+struct BlockFamily {
+    std::uint64_t first = 0;
+    std::vector<std::uint64_t> differences;
+
+    void add(const pattern_code::BlockContent &content) {
+        differences.push_back(pattern_code::encodeBlock(content) ^ first);
+    }
+};
+
+BlockFamily spacingFamily() {
+    BlockFamily family;
+    pattern_code::BlockContent content;
+    content.kind = pattern_code::BlockKind::SpacingAndThickness;
+    // A spacing of 0 cannot be encoded, so its lowest bit is varied from a spacing that has another one set.
+    content.gridSpacing = 2;
+    family.first = pattern_code::encodeBlock(content);
+    for (int bit = 0; bit < 14; bit++) {
+        pattern_code::BlockContent other = content;
+        other.gridSpacing = bit == 1 ? 2 + 4 : 2 | 1 << bit;
+        family.add(other);
+        other = content;
+        other.thickness = 1 << bit;
+        family.add(other);
+    }
+    // The bit that all of these have in common.
+    content.gridSpacing = 1;
+    family.add(content);
+    return family;
+}
+
+BlockFamily offsetFamily() {
+    BlockFamily family;
+    pattern_code::BlockContent content;
+    content.kind = pattern_code::BlockKind::Offset;
+    content.offsetX = pattern_code::leastBlockOffset;
+    content.offsetY = pattern_code::leastBlockOffset;
+    family.first = pattern_code::encodeBlock(content);
+    for (int bit = 0; bit < 8; bit++) {
+        pattern_code::BlockContent other = content;
+        other.offsetX += 1 << bit;
+        family.add(other);
+        other = content;
+        other.offsetY += 1 << bit;
+        family.add(other);
+    }
+    return family;
+}
+
+bool agrees(const SeenBlock &seen, const BlockFamily &family, int leastChecks) {
+    const std::uint64_t known = ~seen.unknown;
+    std::uint64_t rest = (seen.bits ^ family.first) & known;
+    std::vector<std::uint64_t> basis;
+    const auto reduce = [&](std::uint64_t word) {
+        for (const std::uint64_t other : basis) {
+            word = std::min(word, word ^ other);
+        }
+        return word;
+    };
+    for (const std::uint64_t difference : family.differences) {
+        const std::uint64_t word = reduce(difference & known);
+        if (word != 0) {
+            basis.push_back(word);
+            // Largest first, so that reducing once through the list is enough.
+            std::sort(basis.rbegin(), basis.rend());
+        }
+    }
+    rest = reduce(rest);
+    const int checks = int(std::bitset<64>(known).count()) - int(basis.size());
+    return rest == 0 && checks >= leastChecks;
+}
+
+}  // namespace
+
+bool couldBePlateBlock(const SeenBlock &seen, int leastChecks) {
+    static const BlockFamily spacings = spacingFamily();
+    static const BlockFamily offsets = offsetFamily();
+    return agrees(seen, spacings, leastChecks) || agrees(seen, offsets, leastChecks);
+}
 
 void SeenBlock::see(int bit, bool set) {
     const std::uint64_t mask = std::uint64_t(1) << (pattern_code::blockBitCount - 1 - bit);

@@ -27,4 +27,8 @@ SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeM
 // cannot be read beyond doubt.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
+// Whether a plate's block can look as it was seen. Tells orientations apart when too little was seen to read the block:
+// what was seen in a wrong one agrees with some block only once in 2^checks, and checks must be at least leastChecks.
+bool couldBePlateBlock(const SeenBlock &seen, int leastChecks);
+
 }  // namespace pattern_reader

@@ -17,7 +17,7 @@ public:
 
     EdgeProfile() {
         for (int i = 0; i <= count + 1; i++) {
-            const double t = double(i - count / 2) / perUnit;
+            const double t = (double(i) - 0.5 * count) / perUnit;
             values_[size_t(i)] = {float(std::erf(t / std::sqrt(2.0))),
                                   float(std::sqrt(2 / CV_PI) * std::exp(-t * t / 2))};
         }

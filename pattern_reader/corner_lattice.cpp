@@ -186,11 +186,12 @@ void link(std::vector<Node> &nodes, const cv::Size &size) {
     constexpr int cell = 8;
     const int columns = size.width / cell + 1;
     const int rows = size.height / cell + 1;
-    std::vector<int> first(size_t(columns * rows), -1);
+    std::vector<int> first(size_t(columns) * size_t(rows), -1);
     std::vector<int> next(nodes.size(), -1);
+    const auto cellSlot = [&](int x, int y) { return size_t(y) * size_t(columns) + size_t(x); };
     const auto cellOf = [&](float v, int count) { return std::clamp(int(v) / cell, 0, count - 1); };
     for (size_t i = 0; i < nodes.size(); i++) {
-        int &head = first[size_t(cellOf(nodes[i].position.y, rows) * columns + cellOf(nodes[i].position.x, columns))];
+        int &head = first[cellSlot(cellOf(nodes[i].position.x, columns), cellOf(nodes[i].position.y, rows))];
         next[i] = head;
         head = int(i);
     }
@@ -204,7 +205,7 @@ void link(std::vector<Node> &nodes, const cv::Size &size) {
         const int y1 = cellOf(p.position.y + farthestLink, rows);
         for (int cy = y0; cy <= y1; cy++) {
             for (int cx = x0; cx <= x1; cx++) {
-                for (int k = first[size_t(cy * columns + cx)]; k >= 0; k = next[size_t(k)]) {
+                for (int k = first[cellSlot(cx, cy)]; k >= 0; k = next[size_t(k)]) {
                     const Node &q = nodes[size_t(k)];
                     const cv::Point2f d = q.position - p.position;
                     const float distance = length(d);
@@ -333,8 +334,10 @@ bool LatticeGrowth::start(size_t seed) {
 }
 
 void LatticeGrowth::grow() {
-    for (size_t done = 0; done < placed_.size(); done++) {
-        const Placed from = placed_[done];
+    // The list grows as it is gone through.
+    size_t done = 0;
+    while (done < placed_.size()) {
+        const Placed from = placed_[done++];
         for (size_t slot = 0; slot < 4; slot++) {
             const int k = nodes_[from.node].links[slot];
             if (k < 0 || nodes_[size_t(k)].used) {

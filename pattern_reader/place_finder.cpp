@@ -41,7 +41,7 @@ public:
     PlaneWindows() : keys_(capacity, absent), places_(capacity) {
         for (int row = 0; row < planeSide; row++) {
             for (int column = 0; column < planeSide; column++) {
-                bits_[size_t(row * planeSide + column)] = pattern_code::planeBit(column, row) ? 1 : 0;
+                bits_[slotOfSquare(column, row)] = pattern_code::planeBit(column, row) ? 1 : 0;
             }
         }
         for (int row = 0; row + windowSide <= planeSide; row++) {
@@ -68,11 +68,12 @@ public:
         return keys_[slot] == absent ? nullptr : &places_[slot];
     }
 
-    int bit(int column, int row) const { return bits_[size_t(row * planeSide + column)]; }
+    int bit(int column, int row) const { return bits_[slotOfSquare(column, row)]; }
 
 private:
     static constexpr size_t capacity = size_t(1) << 18;
     static constexpr uint32_t absent = ~uint32_t(0);
+    static size_t slotOfSquare(int column, int row) { return size_t(row) * planeSide + size_t(column); }
     static size_t slotOf(uint32_t key) { return (key * 2654435761U) >> 14; }
 
     std::vector<uint32_t> keys_;
@@ -108,6 +109,8 @@ struct ReadingGrid {
     std::vector<int8_t> marks;  // 0, 1, or -1 where nothing was read
     std::vector<cv::Point> squares;
     std::vector<int8_t> bits;
+
+    size_t slot(cv::Point square) const { return size_t(square.y) * size_t(width) + size_t(square.x); }
 };
 
 cv::Point turnedSquare(cv::Point square, int quarterTurns) {
@@ -140,7 +143,7 @@ ReadingGrid makeGrid(const std::vector<SquareReading> &readings, int quarterTurn
     grid.marks.assign(size_t(grid.width) * size_t(grid.height), -1);
     for (size_t i = 0; i < grid.squares.size(); i++) {
         grid.squares[i] -= low;
-        grid.marks[size_t(grid.squares[i].y * grid.width + grid.squares[i].x)] = grid.bits[i];
+        grid.marks[grid.slot(grid.squares[i])] = grid.bits[i];
     }
     return grid;
 }
@@ -182,7 +185,7 @@ Place makePlace(int tile, const ReadingGrid &grid, cv::Point at, const Agreement
     return place;
 }
 
-std::optional<Place> findInPlane(const std::array<ReadingGrid, 4> &grids) {
+std::optional<Place> findInPlane(const std::array<ReadingGrid, 4> &grids, size_t &windows) {
     // The windows of the unturned grid, spread over it, are looked up in every orientation; what one finds, all
     // readings judge.
     const size_t places =
@@ -196,11 +199,11 @@ std::optional<Place> findInPlane(const std::array<ReadingGrid, 4> &grids) {
             uint32_t key = 0;
             bool known = true;
             for (int k = 0; k < windowSide * windowSide && known; k++) {
-                const int8_t mark =
-                    grid.marks[size_t((corner.y + k / windowSide) * grid.width + corner.x + k % windowSide)];
+                const int8_t mark = grid.marks[grid.slot(corner + cv::Point(k % windowSide, k / windowSide))];
                 known = mark >= 0;
                 key = key << 1 | uint32_t(mark & 1);
             }
+            windows += known ? 1 : 0;
             const cv::Point *found = known ? planeWindows().find(key) : nullptr;
             if (found == nullptr) {
                 continue;
@@ -217,6 +220,40 @@ std::optional<Place> findInPlane(const std::array<ReadingGrid, 4> &grids) {
         }
     }
     return std::nullopt;
+}
+
+// Where the readings have no whole window, being too narrow or full of holes, every place is tried.
+std::optional<Place> tryWholePlane(const std::array<ReadingGrid, 4> &grids) {
+    constexpr size_t screened = 80;  // readings that a place must agree with before all are asked
+    constexpr double mismatchShare = 0.08;
+    const PlaneWindows &plane = planeWindows();
+    std::optional<Place> best;
+    for (const ReadingGrid &grid : grids) {
+        const size_t stride = std::max<size_t>(1, grid.squares.size() / screened);
+        std::vector<cv::Point> squares;
+        std::vector<int8_t> bits;
+        for (size_t i = 0; i < grid.squares.size(); i += stride) {
+            squares.push_back(grid.squares[i]);
+            bits.push_back(grid.bits[i]);
+        }
+        const int limit = int(mismatchShare * double(squares.size()));
+        for (int y = 0; y + grid.height <= planeSide; y++) {
+            for (int x = 0; x + grid.width <= planeSide; x++) {
+                int mismatches = 0;
+                for (size_t i = 0; i < squares.size() && mismatches <= limit; i++) {
+                    mismatches += plane.bit(squares[i].x + x, squares[i].y + y) != bits[i] ? 1 : 0;
+                }
+                if (mismatches > limit) {
+                    continue;
+                }
+                const Agreement agreement = compareWithPlane(grid, {x, y});
+                if (agreement.accepted(grid.squares.size()) && (!best || agreement.log10Chance() < best->log10Chance)) {
+                    best = makePlace(Place::plane, grid, {x, y}, agreement);
+                }
+            }
+        }
+    }
+    return best;
 }
 
 Agreement compareWithTile(int tile, const ReadingGrid &grid, cv::Point at, int mismatchLimit) {
@@ -273,6 +310,17 @@ cv::Point LatticeMotion::square(cv::Point s) const {
     return cv::Point(twice.x / 2, twice.y / 2) + shift;
 }
 
+bool codeBit(int tile, cv::Point square, bool &bit) {
+    const int side = tile == Place::plane ? planeSide : tileSide;
+    if (square.x < 0 || square.y < 0 || square.x >= side || square.y >= side ||
+        (tile != Place::plane && !pattern_code::carriesPosition(square.x, square.y))) {
+        return false;
+    }
+    bit = tile == Place::plane ? planeWindows().bit(square.x, square.y) != 0
+                               : pattern_code::tileBit(tile, square.x, square.y);
+    return true;
+}
+
 std::optional<Place> findPlace(const std::vector<SquareReading> &readings) {
     int known = 0;
     int marked = 0;
@@ -290,8 +338,16 @@ std::optional<Place> findPlace(const std::vector<SquareReading> &readings) {
     for (int turns = 0; turns < 4; turns++) {
         grids[size_t(turns)] = makeGrid(readings, turns);
     }
-    std::optional<Place> place = findInPlane(grids);
-    return place ? place : findInTiles(grids);
+    size_t windows = 0;
+    std::optional<Place> place = findInPlane(grids, windows);
+    if (!place) {
+        place = findInTiles(grids);
+    }
+    constexpr size_t enoughWindows = 12;  // three, in four orientations
+    if (!place && windows < enoughWindows) {
+        place = tryWholePlane(grids);
+    }
+    return place;
 }
 
 }  // namespace pattern_reader

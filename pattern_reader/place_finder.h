@@ -29,6 +29,9 @@ struct Place {
     double log10Chance = 0;  // of the expected number of places in the whole code that agree as well by chance
 };
 
+// What the code has in a square of the plane or of a tile; false where it has no position bit.
+bool codeBit(int tile, cv::Point square, bool &bit);
+
 // The one place at which the readings agree with the code, if it is beyond doubt.
 std::optional<Place> findPlace(const std::vector<SquareReading> &readings);
 

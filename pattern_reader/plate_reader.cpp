@@ -16,6 +16,8 @@ namespace {
 constexpr int marksPerSide = 7;
 constexpr double frameMiddle = 0.125;
 constexpr double markRadius = 0.25;
+constexpr int leastChecks = 10;       // of the dots seen, for them to say which way is up
+constexpr double leastSpacing = 9.5;  // pixels, for the frame's corners to be told apart without a block
 
 // A plate's picture under one assumption of where in the plate the lattice lies.
 class PlateView {
@@ -44,6 +46,15 @@ private:
 cv::Point2d transform(const cv::Matx33d &h, cv::Point2d p) {
     const cv::Vec3d v = h * cv::Vec3d(p.x, p.y, 1);
     return {v[0] / v[2], v[1] / v[2]};
+}
+
+// The finest level in which a radius has at most so many pixels.
+const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float radius, float most) {
+    size_t number = 0;
+    while (number + 1 < levels.size() && radius / levels[number].scale() > most) {
+        number++;
+    }
+    return levels[number];
 }
 
 cv::Vec3d fitPlane(const std::vector<RoundMark> &marks, float RoundMark::*value) {
@@ -142,13 +153,14 @@ FrameEvidence lookForFrame(const PlateView &view) {
         int passed = 0;
         int looked = 0;
         for (int i = 0; i < 12; i++) {
-            // Beside the code dots, which stand at the halves.
-            const double along = 1.2 + i / 2 + (i % 2) * 0.6;
+            // Clear of the marks, whose rows would pass for a frame, and of the code dots, which stand at the halves.
+            const int gap = i / 2;
+            const double along = 1.35 + gap + (i % 2) * 0.3;
             double outside = 1;
             double frame = 0;
             double inside = 0;
             if (!view.lightAt(onSide(side, along, frameMiddle), frame) ||
-                !view.lightAt(onSide(side, along, 0.45), inside)) {
+                !view.lightAt(onSide(side, along, 0.37), inside)) {
                 continue;
             }
             view.lightAt(onSide(side, along, -0.2), outside);
@@ -157,7 +169,7 @@ FrameEvidence lookForFrame(const PlateView &view) {
         }
         evidence.passed += passed;
         evidence.looked += looked;
-        evidence.goodSides += looked >= 5 && passed * 4 >= looked * 3 ? 1 : 0;
+        evidence.goodSides += looked >= 4 && passed * 10 >= looked * 6 ? 1 : 0;
     }
     return evidence;
 }
@@ -177,15 +189,23 @@ CornerLook lookAtCorner(const PlateView &view, int corner) {
         return CornerLook::Hidden;
     }
     const double inside = at(0.37, 0.37);
-    return inside < 0.35 ? CornerLook::Triangle : inside > 0.55 ? CornerLook::Plain : CornerLook::Hidden;
+    return inside < 0.35 ? CornerLook::Triangle : inside > 0.65 ? CornerLook::Plain : CornerLook::Hidden;
 }
 
-bool markSeen(const MarkLattice &found, const PlateView &view, int column, int row) {
-    if (column < 0 || row < 0 || column >= marksPerSide || row >= marksPerSide) {
-        return false;
+// Whether at least half of the marks around a dot were found; a blank cover looks like a place without a dot.
+bool dotInSight(const MarkLattice &found, const PlateView &view, int column, int row) {
+    int marks = 0;
+    int seen = 0;
+    for (const cv::Point mark : {cv::Point(column - 1, row - 1), cv::Point(column, row - 1), cv::Point(column - 1, row),
+                                 cv::Point(column, row)}) {
+        if (mark.x < 0 || mark.y < 0 || mark.x >= marksPerSide || mark.y >= marksPerSide) {
+            continue;
+        }
+        const cv::Point2d cell = view.toCell(cv::Point2d(mark) + cv::Point2d(1, 1));
+        marks++;
+        seen += found.lattice.indexAt({int(std::lround(cell.x)), int(std::lround(cell.y))}) >= 0 ? 1 : 0;
     }
-    const cv::Point2d cell = view.toCell({column + 1.0, row + 1.0});
-    return found.lattice.indexAt({int(std::lround(cell.x)), int(std::lround(cell.y))}) >= 0;
+    return 2 * seen >= marks;
 }
 
 // How much of a dot is seen at a place: 0 paper, 1 as dark as a dot can look there; false where nothing can be said.
@@ -202,7 +222,7 @@ bool dotShare(const PlateView &view, cv::Point2d at, double &share) {
         darkest = std::min(darkest, light);
     }
     double centre = 0;
-    if (!view.lightAt(at, centre) || ring < 0.6 || ring > 1.4) {
+    if (!view.lightAt(at, centre) || darkest < 0.5 || ring > 1.3) {
         return false;
     }
     const double radius = pattern_code::dotRadius * view.spacingAt(at);
@@ -218,10 +238,8 @@ SeenBlock readDots(const MarkLattice &found, const PlateView &view) {
         const pattern_code::DotPosition dot = pattern_code::dotPosition(bit);
         const int column = int(std::lround(dot.x - 0.5));
         const int row = int(std::lround(dot.y - 0.5));
-        const bool near = markSeen(found, view, column - 1, row - 1) || markSeen(found, view, column, row - 1) ||
-                          markSeen(found, view, column - 1, row) || markSeen(found, view, column, row);
         double &share = shares[size_t(bit)];
-        if (!near || !dotShare(view, {dot.x, dot.y}, share)) {
+        if (!dotInSight(found, view, column, row) || !dotShare(view, {dot.x, dot.y}, share)) {
             share = -10;
             continue;
         }
@@ -291,6 +309,52 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     return turned;
 }
 
+bool mapCells(const MarkLattice &found, cv::Matx33d &imageFromCell) {
+    std::vector<cv::Point2f> cells;
+    std::vector<cv::Point2f> images;
+    for (const LatticeCorner &corner : found.lattice.corners) {
+        cells.emplace_back(corner.cell);
+        images.push_back(corner.position);
+    }
+    const cv::Mat h = cv::findHomography(cells, images);
+    if (h.empty()) {
+        return false;
+    }
+    imageFromCell = h;
+    return true;
+}
+
+// Looks for marks wherever the plate can still reach, also behind something that covers a part of it.
+bool addMissingMarks(const std::vector<ImageLevel> &levels, const cv::Matx33d &imageFromCell, MarkLattice &found) {
+    const cv::Rect extent = found.lattice.extent();
+    bool added = false;
+    for (int y = extent.br().y - marksPerSide; y < extent.y + marksPerSide; y++) {
+        for (int x = extent.br().x - marksPerSide; x < extent.x + marksPerSide; x++) {
+            if (found.lattice.indexAt({x, y}) >= 0) {
+                continue;
+            }
+            const cv::Point2d at = transform(imageFromCell, cv::Point2d(x, y));
+            const cv::Point2d a = transform(imageFromCell, cv::Point2d(x + 0.5, y)) - at;
+            const cv::Point2d b = transform(imageFromCell, cv::Point2d(x, y + 0.5)) - at;
+            const double area = CV_PI * markRadius * markRadius * std::abs(a.cross(b)) * 4;
+            const auto radius = float(std::sqrt(area / CV_PI));
+            const double step = 2 * std::min(std::hypot(a.x, a.y), std::hypot(b.x, b.y));
+            if (!(radius > 1) || !(radius < 200)) {
+                continue;
+            }
+            RoundMark mark;
+            const ImageLevel &level = levelForRadius(levels, radius, 5);
+            if (measureMark(level, cv::Point2f(at), radius, mark) && mark.area < 1.5 * area && area < 1.5 * mark.area &&
+                std::hypot(mark.centre.x - at.x, mark.centre.y - at.y) < 0.15 * step &&
+                found.lattice.add({{x, y}, mark.centre, 1})) {
+                found.marks.push_back(mark);
+                added = true;
+            }
+        }
+    }
+    return added;
+}
+
 // Where the picture of a circle's centre lies from the centre of the circle's picture.
 cv::Point2d centreOffset(const cv::Matx33d &h, cv::Point2d centre) {
     const double r = markRadius;
@@ -309,11 +373,7 @@ void addMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found, c
     for (size_t i = 0; i < found.marks.size(); i++) {
         RoundMark mark = found.marks[i];
         const float radius = std::sqrt(mark.area / float(CV_PI));
-        size_t number = 0;
-        while (number + 1 < levels.size() && radius / levels[number].scale() > 7) {
-            number++;
-        }
-        measureMark(levels[number], mark.centre, radius, mark);
+        measureMark(levelForRadius(levels, radius, 7), mark.centre, radius, mark);
         const cv::Point cell = found.lattice.corners[i].cell;
         const cv::Point index = motion.point(cell);
         const cv::Point2d offset = centreOffset(imageFromCell, cell);
@@ -326,22 +386,23 @@ void addMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found, c
 
 }  // namespace
 
-std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &found) {
+std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &start) {
+    MarkLattice found = start;
+    cv::Matx33d imageFromCell;
+    // From the nearer marks to the farther ones: each round carries the lattice on by what the last has found.
+    for (int round = 0; round < 3; round++) {
+        if (!mapCells(found, imageFromCell)) {
+            return std::nullopt;
+        }
+        if (!addMissingMarks(levels, imageFromCell, found)) {
+            break;
+        }
+    }
     const cv::Rect extent = found.lattice.extent();
-    if (extent.width > marksPerSide || extent.height > marksPerSide || extent.width < 4 || extent.height < 4) {
+    if (extent.width > marksPerSide || extent.height > marksPerSide || extent.width < 4 || extent.height < 4 ||
+        !mapCells(found, imageFromCell)) {
         return std::nullopt;
     }
-    std::vector<cv::Point2f> cells;
-    std::vector<cv::Point2f> images;
-    for (const LatticeCorner &corner : found.lattice.corners) {
-        cells.emplace_back(corner.cell);
-        images.push_back(corner.position);
-    }
-    const cv::Mat h = cv::findHomography(cells, images);
-    if (h.empty()) {
-        return std::nullopt;
-    }
-    const cv::Matx33d imageFromCell = h;
     const std::optional<Assumption> placed = findShift(levels, found, imageFromCell);
     if (!placed) {
         return std::nullopt;
@@ -357,9 +418,12 @@ std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, c
     if (triangles > 1) {
         return std::nullopt;
     }
-    std::optional<PatternReading> reading;
+    std::optional<LatticeMotion> motion;
+    SeenBlock block;
     int candidates = 0;
+    // In how many of them the dots are those of a block: for certain, or as far as they can be seen.
     int readable = 0;
+    int possible = 0;
     for (int corner = 0; corner < 4; corner++) {
         if (looks[size_t(corner)] == CornerLook::Plain ||
             (triangles == 1 && looks[size_t(corner)] != CornerLook::Triangle)) {
@@ -367,30 +431,37 @@ std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, c
         }
         candidates++;
         // Corner k comes to the top left by 4 - k quarter turns.
-        const LatticeMotion motion = turnPlate(placed->motion, (4 - corner) % 4);
-        const PlateView view(levels, found, imageFromCell, motion);
-        PatternReading one;
-        one.kind = PatternKind::Plate;
-        readBlock(readDots(found, view), pattern_code::BlockCarrier::plate(), one);
-        readable += one.values ? 1 : 0;
-        if (one.values || !reading || !reading->values) {
-            if (!(reading && reading->values)) {
-                reading = one;
-                const cv::Point2d along = view.toImage({4.5, 4}) - view.toImage({3.5, 4});
-                reading->angle = std::atan2(along.y, along.x) * 180 / CV_PI;
-                reading->quarterTurns = (int(std::lround(reading->angle / 90)) + 4) % 4;
-                addMarks(levels, found, imageFromCell, motion, *reading);
-            }
+        const LatticeMotion turned = turnPlate(placed->motion, (4 - corner) % 4);
+        const SeenBlock seen = readDots(found, PlateView(levels, found, imageFromCell, turned));
+        PatternReading trial;
+        readBlock(seen, pattern_code::BlockCarrier::plate(), trial);
+        const bool couldBe = couldBePlateBlock(seen, leastChecks);
+        if (trial.values || (readable == 0 && (couldBe || !motion))) {
+            motion = turned;
+            block = seen;
         }
+        readable += trial.values ? 1 : 0;
+        possible += couldBe ? 1 : 0;
     }
-    if (!reading || readable > 1 || (readable == 0 && candidates != 1)) {
+    // The block, what is seen of it, or the triangle alone says which way is up; for the latter two the picture must be
+    // large enough to tell the frame's corners apart.
+    const bool large = unturned.spacingAt({4, 4}) >= leastSpacing;
+    if (!motion || readable > 1 || (readable == 0 && !(large && (candidates == 1 || possible == 1)))) {
         return std::nullopt;
     }
-    reading->squaresCompared = placed->frame.looked;
-    reading->squaresDiffering = placed->frame.looked - placed->frame.passed;
+    PatternReading reading;
+    reading.kind = PatternKind::Plate;
+    readBlock(block, pattern_code::BlockCarrier::plate(), reading);
+    const PlateView view(levels, found, imageFromCell, *motion);
+    const cv::Point2d along = view.toImage({4.5, 4}) - view.toImage({3.5, 4});
+    reading.angle = std::atan2(along.y, along.x) * 180 / CV_PI;
+    reading.quarterTurns = (int(std::lround(reading.angle / 90)) + 4) % 4;
+    addMarks(levels, found, imageFromCell, *motion, reading);
+    reading.squaresCompared = placed->frame.looked;
+    reading.squaresDiffering = placed->frame.looked - placed->frame.passed;
     // Each look at the frame, and each mark in its place, comes out by chance half of the time at most.
-    reading->log10Chance = -0.301 * double(placed->frame.passed + int(found.marks.size()));
-    reading->confidence = 1 - std::pow(10.0, reading->log10Chance);
+    reading.log10Chance = -0.301 * double(placed->frame.passed + int(found.marks.size()));
+    reading.confidence = 1 - std::pow(10.0, reading.log10Chance);
     return reading;
 }
 

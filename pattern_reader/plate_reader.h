@@ -11,6 +11,6 @@
 namespace pattern_reader {
 
 // The plate that a lattice of marks belongs to; nothing when the frame and the triangle do not bear it out.
-std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &found);
+std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &start);
 
 }  // namespace pattern_reader

@@ -6,6 +6,7 @@
 #include "pattern_reader/corner_fit.h"
 #include "pattern_reader/corner_lattice.h"
 #include "pattern_reader/image_level.h"
+#include "pattern_reader/lattice_pieces.h"
 #include "pattern_reader/pattern_reader.h"
 #include "pattern_reader/place_finder.h"
 #include "pattern_reader/plate_reader.h"
@@ -20,7 +21,7 @@ namespace {
 constexpr int levelCount = 5;
 constexpr size_t pointLimit = 20000;
 constexpr size_t leastCorners = 9;
-constexpr size_t leastMarks = 20;  // of a plate's 49; a quarter may be hidden, and a little more
+constexpr size_t leastMarks = 12;  // of a plate's 49, to look for the others
 
 // Where corners have been taken, so that a coarser or finer level does not give the same lattice twice.
 class TakenCorners {
@@ -37,7 +38,7 @@ public:
             const int y1 = std::min(rows - 1, int(corner.position.y + radius) / cell);
             for (int y = std::max(0, int(corner.position.y - radius) / cell); y <= y1; y++) {
                 for (int x = std::max(0, int(corner.position.x - radius) / cell); x <= x1; x++) {
-                    taken_[size_t(y * columns_ + x)] = 1;
+                    taken_[size_t(y) * size_t(columns_) + size_t(x)] = 1;
                 }
             }
         }
@@ -59,7 +60,7 @@ private:
         const int x = std::clamp(int(p.x) / cell, 0, columns_ - 1);
         const int rows = int(taken_.size()) / columns_;
         const int y = std::clamp(int(p.y) / cell, 0, rows - 1);
-        return size_t(y * columns_ + x);
+        return size_t(y) * size_t(columns_) + size_t(x);
     }
 
     int columns_;
@@ -90,6 +91,9 @@ std::vector<CornerLattice> findLattices(const std::vector<ImageLevel> &levels, c
         taken.take(piece);
         lattices.push_back(std::move(piece));
     }
+    std::sort(lattices.begin(), lattices.end(),
+              [](const CornerLattice &a, const CornerLattice &b) { return a.corners.size() > b.corners.size(); });
+    joinPieces(lattices, levels);
     return lattices;
 }
 
@@ -135,6 +139,29 @@ PatternReading describe(const CornerLattice &lattice, const Place &place) {
     return reading;
 }
 
+// The corners of squares whose marks were read as the code has them.
+std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vector<SquareReading> &marks,
+                                  const Place &place) {
+    std::vector<int> votes(lattice.corners.size(), 0);
+    for (const SquareReading &reading : marks) {
+        bool expected = false;
+        if (!codeBit(place.tile, place.motion.square(reading.cell), expected) || reading.certainty < 0.3F) {
+            continue;
+        }
+        for (const cv::Point corner : {cv::Point(0, 0), cv::Point(1, 0), cv::Point(0, 1), cv::Point(1, 1)}) {
+            const int index = lattice.indexAt(reading.cell + corner);
+            if (index >= 0) {
+                votes[size_t(index)] += reading.marked == expected ? 1 : -2;
+            }
+        }
+    }
+    std::vector<bool> agreeing(votes.size());
+    for (size_t i = 0; i < votes.size(); i++) {
+        agreeing[i] = votes[i] > 0;
+    }
+    return agreeing;
+}
+
 // Measures a lattice and says what it is; nothing when it is none of the coded boards.
 std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lattice) {
     const std::vector<CornerFit> fits = measureCorners(image, lattice);
@@ -144,6 +171,10 @@ std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lat
     const std::vector<SquareReading> marks = readMarks(image, lattice, fits);
     const std::optional<Place> place = findPlace(marks);
     if (!place) {
+        return std::nullopt;
+    }
+    trimToTrusted(lattice, agreeingCorners(lattice, marks, *place));
+    if (lattice.corners.size() < leastCorners) {
         return std::nullopt;
     }
     PatternReading reading = describe(lattice, *place);

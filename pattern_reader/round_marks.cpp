@@ -39,7 +39,7 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     float steepest = 0;
     int at = 0;
     for (int i = 1; i <= count; i++) {
-        const float rise = grey[size_t(i + 1)] - grey[size_t(i - 1)];
+        const float rise = grey[size_t(i) + 1] - grey[size_t(i) - 1];
         if (rise > steepest) {
             steepest = rise;
             at = i;
@@ -123,7 +123,7 @@ bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, Round
                 light += behind;
             }
         }
-        if (points.size() * 10 < rayCount * 8 || !fitConic(points, conic)) {
+        if (points.size() * 10 < size_t(rayCount) * 8 || !fitConic(points, conic)) {
             return false;
         }
         const double determinant = 4 * conic[0] * conic[2] - conic[1] * conic[1];
@@ -173,7 +173,7 @@ public:
     MarkGrid(const std::vector<RoundMark> &marks, const cv::Size &image) : marks_(marks), used_(marks.size(), false) {
         columns_ = image.width / cell + 1;
         rows_ = image.height / cell + 1;
-        first_.assign(size_t(columns_ * rows_), -1);
+        first_.assign(size_t(columns_) * size_t(rows_), -1);
         next_.assign(marks.size(), -1);
         for (size_t i = 0; i < marks.size(); i++) {
             int &head = first_[slot(marks[i].centre)];
@@ -188,7 +188,7 @@ public:
         float distance = reach;
         for (int y = clampRow(p.y - reach); y <= clampRow(p.y + reach); y++) {
             for (int x = clampColumn(p.x - reach); x <= clampColumn(p.x + reach); x++) {
-                for (int k = first_[size_t(y * columns_ + x)]; k >= 0; k = next_[size_t(k)]) {
+                for (int k = first_[slotAt(x, y)]; k >= 0; k = next_[size_t(k)]) {
                     const RoundMark &mark = marks_[size_t(k)];
                     const float d = std::hypot(mark.centre.x - p.x, mark.centre.y - p.y);
                     if (!used_[size_t(k)] && d < distance && mark.area < 1.8F * area && area < 1.8F * mark.area) {
@@ -208,7 +208,8 @@ private:
     static constexpr int cell = 32;
     int clampRow(float y) const { return std::clamp(int(y) / cell, 0, rows_ - 1); }
     int clampColumn(float x) const { return std::clamp(int(x) / cell, 0, columns_ - 1); }
-    size_t slot(cv::Point2f p) const { return size_t(clampRow(p.y) * columns_ + clampColumn(p.x)); }
+    size_t slotAt(int x, int y) const { return size_t(y) * size_t(columns_) + size_t(x); }
+    size_t slot(cv::Point2f p) const { return slotAt(clampColumn(p.x), clampRow(p.y)); }
 
     const std::vector<RoundMark> &marks_;
     std::vector<bool> used_;

@@ -143,9 +143,10 @@ bool MarkReader::read(cv::Point cell, SquareReading &reading) const {
     const AxisProfile v = profileFor(quad.sigma / height);
     const float sign = (lattice_.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
     float centre = 0;
-    for (int k = 0; k < 9; k++) {
-        centre +=
-            sample(picture_, quad.at(0.5F + centreReach * float(k % 3 - 1), 0.5F + centreReach * float(k / 3 - 1)));
+    for (const float du : {-centreReach, 0.0F, centreReach}) {
+        for (const float dv : {-centreReach, 0.0F, centreReach}) {
+            centre += sample(picture_, quad.at(0.5F + du, 0.5F + dv));
+        }
     }
     centre = (centre / 9 - quad.middle) * sign;
     // The square must be there: its outer parts have its own colour on every side.

@@ -1,8 +1,8 @@
 #include "bench/reader/comparison.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
+#include <ctime>
 #include <opencv2/imgproc.hpp>
 #include <optional>
 
@@ -17,8 +17,9 @@ using pattern_reader::PatternKind;
 
 constexpr double classicLimitSeconds = 5;
 
+// Processor time: both run in this one thread, and other programs may be busy.
 double milliseconds() {
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    return 1000.0 * double(std::clock()) / CLOCKS_PER_SEC;
 }
 
 double median(std::vector<double> values) {

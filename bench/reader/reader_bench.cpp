@@ -1,6 +1,6 @@
 // Measures the pattern reader with a synthetic camera and prints a table.
 //
-//   reader_bench [--images N] [--empty N] [--compare N] [--threads N] [--check] [--list] [--save FOLDER]
+//   reader_bench [--first N] [--images N] [--empty N] [--compare N] [--threads N] [--check] [--list] [--save FOLDER]
 //
 // --check ends with 1 when a goal is not met; --list names every pattern that was not read and --save keeps its
 // picture. Seeds are fixed: picture n is the same in every run.
@@ -26,6 +26,7 @@ using namespace reader_bench;
 using pattern_reader::PatternKind;
 
 struct Options {
+    unsigned first = 0;
     unsigned images = 1000;
     unsigned empty = 1000;
     unsigned compare = 150;
@@ -222,7 +223,8 @@ bool meetsGoals(const Results &results, const Comparison &comparison, const Opti
 }
 
 bool parse(int count, char **arguments, Options &options) {
-    const std::map<std::string, unsigned *> numbers = {{"--images", &options.images},
+    const std::map<std::string, unsigned *> numbers = {{"--first", &options.first},
+                                                       {"--images", &options.images},
                                                        {"--empty", &options.empty},
                                                        {"--compare", &options.compare},
                                                        {"--threads", &options.threads}};
@@ -257,7 +259,7 @@ int main(int argumentCount, char **arguments) {
     const auto work = [&] {
         for (unsigned number = next++; number < options.images + options.empty; number = next++) {
             if (number < options.images) {
-                runScene(number, options, results);
+                runScene(options.first + number, options, results);
             } else {
                 runEmpty(number - options.images, options, results);
             }

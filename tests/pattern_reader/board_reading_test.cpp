@@ -1,0 +1,167 @@
+// Corners, lattices and marks of a board as the synthetic camera shows it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <opencv2/calib3d.hpp>
+#include <random>
+
+#include "bench/reader/synthetic_camera.h"
+#include "pattern_reader/corner_fit.h"
+#include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/point_detector.h"
+#include "pattern_reader/square_marks.h"
+
+namespace {
+
+using namespace pattern_reader;
+using namespace reader_bench;
+
+struct View {
+    const char *name;
+    double pixels;
+    double tilt;  // degrees
+    bool darkFirst;
+};
+
+constexpr int columns = 9;
+constexpr int rows = 7;
+
+struct Board {
+    std::vector<int> marks;
+    CameraModel camera;
+    TargetPose pose;
+    cv::Mat image;
+    std::vector<ImageLevel> levels;
+    std::vector<CornerLattice> lattices;
+};
+
+Board takeBoard(const View &view) {
+    Board board;
+    std::mt19937 random(11);
+    for (int i = 0; i < columns * rows; i++) {
+        board.marks.push_back(int(random() >> 5 & 1));
+    }
+    const cv::Size size(int(view.pixels * 14), int(view.pixels * 12));
+    board.camera.focalLength = 1.5 * size.width;
+    board.camera.centre = {size.width / 2.0 + 0.3, size.height / 2.0 - 0.2};
+    board.camera.k1 = -0.1;
+    cv::Matx33d tilt;
+    cv::Rodrigues(cv::Vec3d(0.8, 0.6, 0) * (view.tilt * CV_PI / 180), tilt);
+    cv::Matx33d roll;
+    cv::Rodrigues(cv::Vec3d(0, 0, 0.4), roll);
+    board.pose.rotation = tilt * roll;
+    board.pose.anchor = {columns / 2.0, rows / 2.0};
+    board.pose.translation = {0, 0, board.camera.focalLength / view.pixels};
+    PlacedTarget placed;
+    placed.target = std::make_shared<CheckerTarget>(columns, rows, board.marks, view.darkFirst);
+    placed.pose = board.pose;
+    Exposure exposure;
+    exposure.lightSlope = {0.3, -0.2};
+    board.image = photograph(cv::Mat(size, CV_32F, cv::Scalar(130)), board.camera, {placed}, exposure, random);
+    board.levels = makePyramid(board.image, 4);
+    std::vector<CornerLattice> all;
+    for (ImageLevel &level : board.levels) {
+        for (CornerLattice &lattice : linkLattices(level, findPoints(level, 5000).saddles, 9)) {
+            all.push_back(lattice);
+        }
+    }
+    std::sort(all.begin(), all.end(),
+              [](const CornerLattice &a, const CornerLattice &b) { return a.corners.size() > b.corners.size(); });
+    if (!all.empty()) {
+        completeLattice(all.front(), board.levels);
+        board.lattices.push_back(all.front());
+    }
+    return board;
+}
+
+// The true lattice point that the camera shows closest to an image point.
+cv::Point truePoint(const Board &board, cv::Point2f image) {
+    cv::Point best;
+    double distance = 1e9;
+    for (int y = 0; y <= rows; y++) {
+        for (int x = 0; x <= columns; x++) {
+            const cv::Point2d d = projectPoint(board.camera, board.pose, cv::Point2d(x, y)) - cv::Point2d(image);
+            if (d.dot(d) < distance) {
+                distance = d.dot(d);
+                best = {x, y};
+            }
+        }
+    }
+    return best;
+}
+
+const View views[] = {{"small", 7, 0, true},
+                      {"small and tilted", 9, 40, false},
+                      {"middling", 14, 30, true},
+                      {"large", 36, 20, false},
+                      {"steep", 20, 58, true}};
+
+TEST(BoardReading, findsEveryInnerCornerAndNoOther) {
+    for (const View &view : views) {
+        Board board = takeBoard(view);
+        ASSERT_EQ(board.lattices.size(), 1U) << view.name;
+        CornerLattice &lattice = board.lattices.front();
+        const std::vector<CornerFit> fits = measureCorners(board.image, lattice);
+        EXPECT_EQ(lattice.corners.size(), size_t((columns - 1) * (rows - 1))) << view.name;
+        ASSERT_EQ(fits.size(), lattice.corners.size()) << view.name;
+        double squared = 0;
+        for (const LatticeCorner &corner : lattice.corners) {
+            const cv::Point at = truePoint(board, corner.position);
+            EXPECT_TRUE(at.x > 0 && at.y > 0 && at.x < columns && at.y < rows) << view.name;
+            const cv::Point2d d = projectPoint(board.camera, board.pose, at) - cv::Point2d(corner.position);
+            squared += d.dot(d);
+        }
+        EXPECT_LT(std::sqrt(squared / double(lattice.corners.size())), 0.08) << view.name;
+    }
+}
+
+TEST(BoardReading, keepsHandednessAndColoursInTheLattice) {
+    for (const View &view : views) {
+        Board board = takeBoard(view);
+        ASSERT_EQ(board.lattices.size(), 1U) << view.name;
+        const CornerLattice &lattice = board.lattices.front();
+        for (const LatticeCorner &corner : lattice.corners) {
+            const cv::Point here = truePoint(board, corner.position);
+            const LatticeCorner *right = lattice.at(corner.cell + cv::Point(1, 0));
+            const LatticeCorner *below = lattice.at(corner.cell + cv::Point(0, 1));
+            const LatticeCorner *across = lattice.at(corner.cell + cv::Point(1, 1));
+            if (right == nullptr || below == nullptr || across == nullptr) {
+                continue;
+            }
+            const cv::Point u = truePoint(board, right->position) - here;
+            const cv::Point v = truePoint(board, below->position) - here;
+            ASSERT_EQ(u.x * v.y - u.y * v.x, 1) << view.name;
+            const cv::Point opposite = truePoint(board, across->position);
+            const int column = std::min(here.x, opposite.x);
+            const int row = std::min(here.y, opposite.y);
+            ASSERT_EQ(lattice.isLight(corner.cell), ((column + row) % 2 != 0) == view.darkFirst) << view.name;
+        }
+    }
+}
+
+TEST(BoardReading, readsEveryMark) {
+    for (const View &view : views) {
+        Board board = takeBoard(view);
+        ASSERT_EQ(board.lattices.size(), 1U) << view.name;
+        CornerLattice &lattice = board.lattices.front();
+        const std::vector<CornerFit> fits = measureCorners(board.image, lattice);
+        std::map<std::pair<int, int>, int> seen;
+        for (const SquareReading &reading : readMarks(board.image, lattice, fits)) {
+            if (reading.certainty < 0.3F || reading.measuredCorners < 4) {
+                continue;
+            }
+            const cv::Point a = truePoint(board, lattice.at(reading.cell)->position);
+            const cv::Point b = truePoint(board, lattice.at(reading.cell + cv::Point(1, 1))->position);
+            const int column = std::min(a.x, b.x);
+            const int row = std::min(a.y, b.y);
+            seen[{column, row}]++;
+            EXPECT_EQ(reading.marked, board.marks[size_t(row * columns + column)] != 0)
+                << view.name << ", column " << column << ", row " << row;
+        }
+        // All that have their four corners inside.
+        EXPECT_GE(seen.size(), size_t((columns - 2) * (rows - 2)) - 1) << view.name;
+    }
+}
+
+}  // namespace
