@@ -78,6 +78,8 @@ protected:
         quitInTheLoop([] {}, 0);
     }
 
+    void TearDown() override { qInstallMessageHandler(nullptr); }
+
     // Runs the action as the first thing in the event loop, and ends the loop with the code.
     static void quitInTheLoop(const std::function<void()> &action, int exitCode) {
         whileApplicationStarts = [=] {

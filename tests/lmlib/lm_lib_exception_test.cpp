@@ -3,13 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <optional>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "lmlib/error_codes.h"
@@ -51,23 +53,24 @@ std::size_t eraseCount() {
     return count;
 }
 
-TEST(ErrorCodes, haveNamesUpToTheLastOne) {
-    const std::vector<std::pair<std::int32_t, std::string>> names = {
-        {0, "OperationSucceeded"},
-        {3, "ItemInexistent"},
-        {LmLibResultItemMaximumUniqueCountReached, "ItemMaximumUniqueCountReached"},
-        {LmLibResultBufferNotDivisibleByElementSize, "BufferNotDivisibleByElementSize"},
-        {17, "ExecutionFailed"},
-        {LmLibResultConnectionNotCompatible, "ConnectionNotCompatible"},
-        {LmLibResultOperationCanceled, "OperationCanceled"},
-        {28, "InvalidParameters"},
-        {29, ""},
-        {-1, ""},
-        {std::numeric_limits<std::int32_t>::min(), ""},
-        {std::numeric_limits<std::int32_t>::max(), ""},
-    };
-    for (const auto &[code, name] : names) {
-        EXPECT_EQ(errorName(code), name) << code;
+// The interface's constants are named after their codes.
+TEST(ErrorCodes, haveTheNamesOfTheInterface) {
+    std::ifstream file(INTERFACE_HEADER);
+    const std::string header(std::istreambuf_iterator<char>(file), {});
+    const std::regex constant("LmLibResult([A-Za-z]+) = ([0-9]+)");
+    std::int32_t count = 0;
+    for (auto match = std::sregex_iterator(header.begin(), header.end(), constant); match != std::sregex_iterator();
+         ++match) {
+        EXPECT_EQ(errorName(std::stoi((*match)[2])), (*match)[1].str());
+        ++count;
+    }
+    EXPECT_EQ(count, 29);
+}
+
+TEST(ErrorCodes, haveNoNamesBeyondTheLastOne) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    for (const std::int32_t code : {29, -1, Limits::min(), Limits::max()}) {
+        EXPECT_STREQ(errorName(code), "") << code;
     }
 }
 
