@@ -120,19 +120,19 @@ void PatternParametersTest::writesThePattern_data() {
         {"lmLibSetString @/Type Flexible", "lmLibSetInt @/GridSize/\\0 15", "lmLibSetInt @/GridSize/\\1 15",
          "lmLibSetDouble @/GridSpacing 12.5", "lmLibSetDouble @/Offset/\\0 0", "lmLibSetDouble @/Offset/\\1 0",
          "lmLibSetBool @/Polarity true"});
-    // -7 half spacings of 1.665 mm are -11.655 mm; the value shown is sent, rounded to two decimals.
+    // -7 and 7 half spacings of 1.665 mm are 11.655 mm; the values shown are sent, rounded to two decimals.
     row("flexible, every input changed",
         [](MainWindow &window) {
             setPage(window, 2);
             setCount(window, "flexibleWidth", 21);
             setCount(window, "flexibleHeight", 8);
             setLength(window, "flexibleGridSpacing", 3.33);
-            setCount(window, "flexibleOffsetXSpacings", 8);
+            setCount(window, "flexibleOffsetXSpacings", 7);
             setCount(window, "flexibleOffsetYSpacings", -7);
             setChecked(window, "flexiblePolarity", false);
         },
         {"lmLibSetString @/Type Flexible", "lmLibSetInt @/GridSize/\\0 21", "lmLibSetInt @/GridSize/\\1 8",
-         "lmLibSetDouble @/GridSpacing 3.33", "lmLibSetDouble @/Offset/\\0 13.32", "lmLibSetDouble @/Offset/\\1 -11.66",
+         "lmLibSetDouble @/GridSpacing 3.33", "lmLibSetDouble @/Offset/\\0 11.66", "lmLibSetDouble @/Offset/\\1 -11.66",
          "lmLibSetBool @/Polarity false"});
     row("assembly shows the first of its patterns", [](MainWindow &window) { setPage(window, 3); },
         {"lmLibSetString @/Type Assembly", "lmLibSetInt @/AssemblyPattern 0", "lmLibSetDouble @/GridSpacing 12",
