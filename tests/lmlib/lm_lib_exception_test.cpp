@@ -4,10 +4,9 @@
 
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <optional>
-#include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -55,14 +54,18 @@ std::size_t eraseCount() {
 
 // The interface's constants are named after their codes.
 TEST(ErrorCodes, haveTheNamesOfTheInterface) {
-    std::ifstream file(INTERFACE_HEADER);
-    const std::string header(std::istreambuf_iterator<char>(file), {});
-    const std::regex constant("LmLibResult([A-Za-z]+) = ([0-9]+)");
+    std::ifstream header(INTERFACE_HEADER);
+    const std::string prefix = "LmLibResult";
     std::int32_t count = 0;
-    for (auto match = std::sregex_iterator(header.begin(), header.end(), constant); match != std::sregex_iterator();
-         ++match) {
-        EXPECT_EQ(errorName(std::stoi((*match)[2])), (*match)[1].str());
-        ++count;
+    std::string constant;
+    std::string equals;
+    std::int32_t code = 0;
+    for (std::string line; std::getline(header, line);) {
+        std::istringstream words(line);
+        if (words >> constant >> equals >> code && equals == "=" && constant.compare(0, prefix.size(), prefix) == 0) {
+            EXPECT_EQ(errorName(code), constant.substr(prefix.size()));
+            ++count;
+        }
     }
     EXPECT_EQ(count, 29);
 }
