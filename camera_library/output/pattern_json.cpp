@@ -2,15 +2,16 @@
 
 #include <cmath>
 #include <cstddef>
-#include <nlohmann/json.hpp>
+#include <initializer_list>
+#include <string_view>
+#include <utility>
 
 #include "camera_library/output/pattern_text.h"
+#include "camera_library/tree/json_text.h"
 
 namespace lmlib64 {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr int formatVersion = 1;
 
@@ -19,27 +20,97 @@ double length(double mm) {
     return std::round(mm * 1e6) / 1e6 + 0.0;  // + 0.0: no negative zero
 }
 
-Json parametersOf(const PatternDescription &description) {
-    Json parameters = Json::object();
+// The document's text, written from front to back, with a line for every member of an object and every element
+// of an array, but rows of plain values on one line: a point per line, not four. Not a tree of the JSON library, whose
+// destruction allocates, and which so ends the process when there is no memory.
+class JsonWriter {
+public:
+    JsonWriter &name(std::string_view name) {
+        next();
+        appendJson(text, Node(std::string(name)), {});
+        text += ": ";
+        isNamed = true;
+        return *this;
+    }
+    void value(const Node &leaf) {
+        next();
+        appendJson(text, leaf, {false, 0, true});
+    }
+    void row(std::initializer_list<Node> leaves) {
+        next();
+        text += '[';
+        const char *separator = "";
+        for (const Node &leaf : leaves) {
+            text += separator;
+            appendJson(text, leaf, {false, 0, true});
+            separator = ",";
+        }
+        text += ']';
+    }
+    void open(char bracket) {
+        next();
+        text += bracket;
+        ++depth;
+        isFirst = true;
+    }
+    void close(char bracket) {
+        --depth;
+        if (!isFirst) {
+            breakLine();
+        }
+        isFirst = false;
+        text += bracket;
+    }
+    std::string finish() {
+        text += '\n';
+        return std::move(text);
+    }
+
+private:
+    // Before a member's name, an element or the document itself; a value behind its name follows at once.
+    void next() {
+        if (isNamed) {
+            isNamed = false;
+            return;
+        }
+        if (depth > 0) {
+            text += isFirst ? "" : ",";
+            breakLine();
+        }
+        isFirst = false;
+    }
+    void breakLine() {
+        text += '\n';
+        text.append(2 * depth, ' ');
+    }
+
+    std::string text;
+    std::size_t depth = 0;
+    bool isFirst = true;
+    bool isNamed = false;
+};
+
+void writeParameters(JsonWriter &json, const PatternDescription &description) {
+    json.open('{');
     if (!description.type.empty()) {
-        parameters["Type"] = description.type;
+        json.name("Type").value(description.type);
     }
     if (description.kind == PatternKind::Flexible) {
-        parameters["GridSize"] = description.gridSize;
+        json.name("GridSize").row({description.gridSize[0], description.gridSize[1]});
     }
     if (description.assemblyNumber) {
-        parameters["AssemblyPattern"] = *description.assemblyNumber;
+        json.name("AssemblyPattern").value(*description.assemblyNumber);
     }
-    parameters["GridSpacing"] = description.gridSpacing;
-    parameters["Thickness"] = description.thickness;
+    json.name("GridSpacing").value(description.gridSpacing);
+    json.name("Thickness").value(description.thickness);
     if (description.kind == PatternKind::Flexible || description.kind == PatternKind::Halcon) {
-        parameters["Offset"] = description.offset;
+        json.name("Offset").row({description.offset[0], description.offset[1]});
     }
-    parameters["Polarity"] = description.polarity;
+    json.name("Polarity").value(description.polarity);
     if (description.kind == PatternKind::Halcon) {
-        parameters["Encoding"] = description.encoding;
+        json.name("Encoding").value(description.encoding);
     }
-    return parameters;
+    json.close('}');
 }
 
 // The lattice point that lies at the offset, in drawing coordinates.
@@ -47,92 +118,61 @@ Point referencePoint(const Lattice &lattice) {
     return lattice.at(lattice.referenceColumn(), lattice.referenceRow());
 }
 
-Json pointsOf(const PatternDescription &description, const Lattice &lattice) {
+void writePoints(JsonWriter &json, const PatternDescription &description, const Lattice &lattice) {
     const Point reference = referencePoint(lattice);
-    Json points = Json::array();
+    json.open('[');
     for (int row = 0; row < lattice.rows; ++row) {
         for (int column = 0; column < lattice.columns; ++column) {
             const Point point = lattice.at(column, row);
-            points.push_back({column, row, length(point.x - reference.x + description.offset[0]),
-                              length(point.y - reference.y + description.offset[1])});
+            json.row({column, row, length(point.x - reference.x + description.offset[0]),
+                      length(point.y - reference.y + description.offset[1])});
         }
     }
-    return points;
+    json.close(']');
 }
 
-Json patternOf(const PatternDescription &description, const PatternGeometry &geometry) {
+void writePattern(JsonWriter &json, const PatternDescription &description, const PatternGeometry &geometry) {
     const Lattice &lattice = geometry.lattice;
     const Point reference = referencePoint(lattice);
-    Json pattern;
-    pattern["Kind"] = description.kind == PatternKind::Halcon ? "RoundMarks" : "Checkerboard";
-    pattern["Parameters"] = parametersOf(description);
-    pattern["Polarity"] = description.polarity;
-    pattern["OuterSize"] = {length(geometry.width), length(geometry.height)};
-    pattern["QuietZone"] = length(geometry.quietZone);
-    pattern["SquareSide"] = length(geometry.squareSide);
-    pattern["TopLeft"] = {length(description.offset[0] - reference.x), length(description.offset[1] - reference.y)};
-    pattern["LatticeSize"] = {lattice.columns, lattice.rows};
-    pattern["LatticePitch"] = length(lattice.pitch);
-    pattern["ReferenceIndex"] = {lattice.referenceColumn(), lattice.referenceRow()};
-    pattern["Points"] = pointsOf(description, lattice);
-    return pattern;
-}
-
-bool isLeafOrRow(const Json &value) {
-    if (!value.is_array()) {
-        return !value.is_object();
-    }
-    for (const Json &element : value) {
-        if (element.is_structured()) {
-            return false;
-        }
-    }
-    return true;
-}
-
-// Like dump with an indentation, but arrays of plain values stay on one line: a point per line, not four.
-void writeIndented(std::string &text, const Json &value, std::size_t depth) {
-    if (isLeafOrRow(value) || value.empty()) {
-        text += value.dump(-1, ' ', false, Json::error_handler_t::replace);
-        return;
-    }
-    const bool isObject = value.is_object();
-    text += isObject ? "{" : "[";
-    bool isFirst = true;
-    for (const auto &item : value.items()) {
-        text += isFirst ? "\n" : ",\n";
-        isFirst = false;
-        text.append(2 * (depth + 1), ' ');
-        if (isObject) {
-            text += '"' + item.key() + "\": ";
-        }
-        writeIndented(text, item.value(), depth + 1);
-    }
-    text += '\n';
-    text.append(2 * depth, ' ');
-    text += isObject ? "}" : "]";
+    json.open('{');
+    json.name("Kind").value(description.kind == PatternKind::Halcon ? "RoundMarks" : "Checkerboard");
+    json.name("Parameters");
+    writeParameters(json, description);
+    json.name("Polarity").value(description.polarity);
+    json.name("OuterSize").row({length(geometry.width), length(geometry.height)});
+    json.name("QuietZone").value(length(geometry.quietZone));
+    json.name("SquareSide").value(length(geometry.squareSide));
+    json.name("TopLeft").row(
+        {length(description.offset[0] - reference.x), length(description.offset[1] - reference.y)});
+    json.name("LatticeSize").row({lattice.columns, lattice.rows});
+    json.name("LatticePitch").value(length(lattice.pitch));
+    json.name("ReferenceIndex").row({lattice.referenceColumn(), lattice.referenceRow()});
+    json.name("Points");
+    writePoints(json, description, lattice);
+    json.close('}');
 }
 
 }  // namespace
 
 std::string patternJson(const PatternRequest &request, const std::vector<PatternGeometry> &geometries) {
-    Json document;
-    document["Format"] = "LmLib64Pattern";
-    document["Version"] = formatVersion;
-    document["Library"] = libraryName();
-    document["Unit"] = "mm";
-    document["Axes"] =
+    JsonWriter json;
+    json.open('{');
+    json.name("Format").value("LmLib64Pattern");
+    json.name("Version").value(formatVersion);
+    json.name("Library").value(libraryName());
+    json.name("Unit").value("mm");
+    json.name("Axes").value(
         "x to the right, y down, as seen on the printed side; the reference point lies at the offset, 0 where a "
-        "pattern has none";
-    document["PointColumns"] = {"Column", "Row", "X", "Y"};
-    document["Encoding"] = request.encoding;
-    document["Patterns"] = Json::array();
+        "pattern has none");
+    json.name("PointColumns").row({"Column", "Row", "X", "Y"});
+    json.name("Encoding").value(request.encoding);
+    json.name("Patterns").open('[');
     for (std::size_t index = 0; index < request.patterns.size(); ++index) {
-        document["Patterns"].push_back(patternOf(request.patterns[index], geometries[index]));
+        writePattern(json, request.patterns[index], geometries[index]);
     }
-    std::string text;
-    writeIndented(text, document, 0);
-    return text + '\n';
+    json.close(']');
+    json.close('}');
+    return json.finish();
 }
 
 }  // namespace lmlib64
