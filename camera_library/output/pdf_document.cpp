@@ -1,6 +1,7 @@
 #include "camera_library/output/pdf_document.h"
 
 #include <cstddef>
+#include <new>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFEFStreamObjectHelper.hh>
 #include <qpdf/QPDFEmbeddedFileDocumentHelper.hh>
@@ -8,6 +9,7 @@
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFPageObjectHelper.hh>
 #include <qpdf/QPDFWriter.hh>
+#include <stdexcept>
 
 #include "camera_library/output/pattern_text.h"
 #include "camera_library/pattern/number_text.h"
@@ -74,12 +76,9 @@ std::string write(QPDF &pdf) {
     return {reinterpret_cast<const char *>(buffer->getBuffer()), buffer->getSize()};
 }
 
-}  // namespace
-
-std::string makePdf(const std::vector<PrintedPage> &pages, const std::string &title, const std::string &patternJson) {
-    const std::string drawn = drawPdfPages(pages);
-    QPDF pdf;
-    pdf.setSuppressWarnings(true);
+// The drawn pages with everything that Cairo does not write.
+std::string finish(QPDF &pdf, const std::string &drawn, const std::vector<PrintedPage> &pages, const std::string &title,
+                   const std::string &patternJson) {
     pdf.processMemoryFile("drawn pages", drawn.data(), drawn.size());
     std::size_t index = 0;
     for (QPDFPageObjectHelper &page : QPDFPageDocumentHelper(pdf).getAllPages()) {
@@ -89,6 +88,48 @@ std::string makePdf(const std::vector<PrintedPage> &pages, const std::string &ti
     describeDocument(pdf, title);
     attach(pdf, patternJson);
     return write(pdf);
+}
+
+// What draws the texts, and some of qpdf's destructors, end the process where they get no memory. So all that they
+// will need, and more, is asked for before: for the fonts, and several times the document.
+void makeSureOfMemory(const std::string &patternJson) {
+    constexpr std::size_t forFonts = std::size_t{64} << 20U;
+    // Called like this, and not by an expression, the two are never left out as without effect.
+    ::operator delete(::operator new(forFonts + 32 * patternJson.size()));
+}
+
+// qpdf makes texts of what goes wrong while it reads, the want of memory included.
+[[noreturn]] void fail(const std::string &reason) {
+    if (reason.find("bad_alloc") != std::string::npos) {
+        throw std::bad_alloc();
+    }
+    throw std::runtime_error(reason);
+}
+
+}  // namespace
+
+std::string makePdf(const std::vector<PrintedPage> &pages, const std::string &title, const std::string &patternJson) {
+    makeSureOfMemory(patternJson);
+    const std::string drawn = drawPdfPages(pages);
+    QPDF pdf;
+    pdf.setSuppressWarnings(true);
+    // The pages are as Cairo has written them, so that there is nothing to mend, and every warning is a failure: an
+    // object that cannot be read is taken for null with no more than that.
+    pdf.setAttemptRecovery(false);
+    std::string bytes;
+    std::string failure;
+    try {
+        bytes = finish(pdf, drawn, pages, title, patternJson);
+    } catch (const QPDFExc &error) {
+        failure = error.what();
+    }
+    if (pdf.anyWarnings()) {
+        fail(pdf.getWarnings().front().what());
+    }
+    if (!failure.empty()) {
+        fail(failure);
+    }
+    return bytes;
 }
 
 }  // namespace lmlib64

@@ -3,6 +3,8 @@
 #include <cairo-pdf.h>
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 #include "camera_library/output/cairo_drawing.h"
 #include "camera_library/pattern/number_text.h"
@@ -15,9 +17,20 @@ constexpr double captionSize = 2.5;
 constexpr double labelSize = 2.3;
 constexpr double quarterTurn = 1.5707963267948966;
 
-cairo_status_t appendBytes(void *closure, const unsigned char *data, unsigned int length) {
-    static_cast<std::string *>(closure)->append(reinterpret_cast<const char *>(data), length);
-    return CAIRO_STATUS_SUCCESS;
+struct Output {
+    std::string bytes;
+    bool isComplete = true;
+};
+
+// Cairo calls this: no exception may pass through it, and it does not always remember what is returned.
+cairo_status_t appendBytes(void *closure, const unsigned char *data, unsigned int length) noexcept {
+    auto &output = *static_cast<Output *>(closure);
+    try {
+        output.bytes.append(reinterpret_cast<const char *>(data), length);
+    } catch (...) {
+        output.isComplete = false;
+    }
+    return output.isComplete ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_NO_MEMORY;
 }
 
 double textWidth(cairo_t *context, const std::string &text) {
@@ -75,8 +88,8 @@ void drawPage(cairo_t *context, const PrintedPage &page) {
 }  // namespace
 
 std::string drawPdfPages(const std::vector<PrintedPage> &pages) {
-    std::string bytes;
-    const CairoSurface surface(cairo_pdf_surface_create_for_stream(appendBytes, &bytes, 1.0, 1.0));
+    Output output;
+    const CairoSurface surface(cairo_pdf_surface_create_for_stream(appendBytes, &output, 1.0, 1.0));
     checkCairo(cairo_surface_status(surface.get()));
     const CairoContext context(cairo_create(surface.get()));
     for (const PrintedPage &page : pages) {
@@ -85,10 +98,13 @@ std::string drawPdfPages(const std::vector<PrintedPage> &pages) {
         drawPage(context.get(), page);
         cairo_show_page(context.get());
     }
-    checkCairo(cairo_status(context.get()));
     cairo_surface_finish(surface.get());
+    if (!output.isComplete) {
+        throw std::bad_alloc();
+    }
+    checkCairo(cairo_status(context.get()));
     checkCairo(cairo_surface_status(surface.get()));
-    return bytes;
+    return std::move(output.bytes);
 }
 
 }  // namespace lmlib64
