@@ -1,4 +1,6 @@
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 #include <random>
+#include <string_view>
 #include <system_error>
 
 #include "camera_library/output/safe_file.h"
@@ -55,21 +58,56 @@ mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     return status.st_mode & 07777;
 }
 
+// The folder that the file is in, with its slash; empty for the current one.
+std::string folderOf(const std::string &target) {
+    const std::size_t slash = target.find_last_of('/');
+    return slash == std::string::npos ? "" : target.substr(0, slash + 1);
+}
+
+// Short and independent of the target's name, which may already be as long as names may be.
+constexpr std::string_view temporaryBeginning = ".lmlib64-";
+constexpr std::string_view temporaryEnding = ".tmp";
+
+// Every temporary file is locked by the process that writes it, until it is renamed. One that nobody has locked was
+// left by a process that came to its end before that, and is in nobody's way but the user's.
+void removeIfAbandoned(const std::string &path) {
+    const int descriptor = open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor >= 0) {
+        if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+            unlink(path.c_str());
+        }
+        close(descriptor);
+    }
+}
+
+struct CloseFolder {
+    void operator()(DIR *folder) const { closedir(folder); }
+};
+
+void removeAbandonedFiles(const std::string &folder) {
+    const std::unique_ptr<DIR, CloseFolder> entries(opendir(folder.empty() ? "." : folder.c_str()));
+    while (const dirent *entry = entries ? readdir(entries.get()) : nullptr) {
+        const std::string_view name(entry->d_name);
+        const bool isTemporary = name.size() > temporaryBeginning.size() + temporaryEnding.size() &&
+                                 name.substr(0, temporaryBeginning.size()) == temporaryBeginning &&
+                                 name.substr(name.size() - temporaryEnding.size()) == temporaryEnding;
+        if (isTemporary) {
+            removeIfAbandoned(folder + std::string(name));
+        }
+    }
+}
+
 // A new file beside the target that is removed unless it is renamed.
 class TemporaryFile {
 public:
-    TemporaryFile(const std::string &target, const std::string &reportedName) : fileName(reportedName) {
-        const std::size_t slash = target.find_last_of('/');
-        const std::string folder = slash == std::string::npos ? "" : target.substr(0, slash + 1);
+    TemporaryFile(const std::string &folder, const std::string &reportedName) : fileName(reportedName) {
         std::random_device random;
         do {
-            // Short and independent of the target's name, which may already be as long as names may be.
-            path = folder + ".lmlib64-" + std::to_string(random()) + ".tmp";
-            descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-        } while (descriptor < 0 && errno == EEXIST);
-        if (descriptor < 0) {
-            fail(fileName, errno);
-        }
+            path = folder;
+            path.append(temporaryBeginning).append(std::to_string(random())).append(temporaryEnding);
+        } while (!create());
+        // What is locked is the open file, by whichever descriptor; this one is closed after the renaming only.
+        lock = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
     }
     TemporaryFile(const TemporaryFile &) = delete;
     TemporaryFile &operator=(const TemporaryFile &) = delete;
@@ -80,6 +118,9 @@ public:
         }
         if (!isRenamed) {
             unlink(path.c_str());
+        }
+        if (lock >= 0) {
+            close(lock);
         }
     }
 
@@ -120,17 +161,32 @@ public:
     }
 
 private:
+    // False where the name is taken, or another process has taken the file for abandoned before it was locked.
+    bool create() {
+        descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (descriptor < 0 && errno != EEXIST) {
+            fail(fileName, errno);
+        }
+        struct stat status {};
+        // Where the file system knows no locks, none is ever found abandoned.
+        if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) == 0 && fstat(descriptor, &status) == 0 &&
+            status.st_nlink == 0) {
+            close(descriptor);
+            descriptor = -1;
+        }
+        return descriptor >= 0;
+    }
+
     std::string fileName;
     std::string path;
     int descriptor = -1;
+    int lock = -1;
     bool isRenamed = false;
 };
 
 // Makes the rename itself last. The file is already in place and whole, so a failure here is none of the write's.
-void flushFolderOf(const std::string &target) {
-    const std::size_t slash = target.find_last_of('/');
-    const std::string folder = slash == std::string::npos ? "." : target.substr(0, slash + 1);
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+void flushFolder(const std::string &folder) noexcept {
+    const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor >= 0) {
         fsync(descriptor);
         close(descriptor);
@@ -141,15 +197,17 @@ void flushFolderOf(const std::string &target) {
 
 void writeFileSafely(const std::string &fileName, const std::string &bytes) {
     const std::string target = followLinks(fileName);
+    const std::string folder = folderOf(target);  // made before the rename, after which nothing may fail
     const mode_t permissions = permissionsOf(target, fileName);
-    TemporaryFile file(target, fileName);
+    removeAbandonedFiles(folder);
+    TemporaryFile file(folder, fileName);
     file.write(bytes);
     if (permissions != 0) {
         file.setPermissions(permissions);
     }
     file.flushAndClose();
     file.renameTo(target);
-    flushFolderOf(target);
+    flushFolder(folder);
 }
 
 }  // namespace lmlib64
