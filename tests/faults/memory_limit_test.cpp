@@ -1,0 +1,78 @@
+// A process that may have only so much memory, for every amount from nothing to enough: a save fails and says so,
+// or is whole. Each time it is a process of its own, so that nothing is there from an earlier save.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <fstream>
+
+#include "camera_library/lmlib64.h"
+#include "tests/camera_library/temporary_folder.h"
+
+namespace {
+
+enum Outcome { Saved = 0, OutOfMemory = 1, NoCommand = 2, Other = 3 };
+
+void allowMoreMemory(rlim_t bytes) {
+    rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlim_t limit = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + bytes;
+    const rlimit addressSpace{limit, limit};
+    setrlimit(RLIMIT_AS, &addressSpace);
+}
+
+Outcome saveWith(rlim_t bytes, const char *fileName) {
+    std::int32_t result = 0;
+    lmLibSetString(&result, "/Execute/S/Parameters/Filename", fileName);
+    lmLibSetJson(&result, "/Execute/S/Parameters/Patterns",
+                 R"([{"Type":"Flexible","GridSize":[99,99],"GridSpacing":5}])");
+    allowMoreMemory(bytes);
+    lmLibSetString(&result, "/Execute/S/Command", "GenerateCalibrationPattern");
+    if (result != LmLibResultOperationSucceeded) {
+        return result == LmLibResultInternalError ? NoCommand : Other;
+    }
+    lmLibWaitForType(&result, "/Execute/S/Command", LmLibTypeNull, 1);
+    const char *symbol = lmLibGetString(nullptr, "/Execute/S/Result/ErrorSymbol");
+    if (symbol == nullptr) {
+        return Saved;
+    }
+    return std::strcmp(symbol, "OutOfMemory") == 0 ? OutOfMemory : Other;
+}
+
+int play(rlim_t bytes, const std::string &fileName) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(saveWith(bytes, fileName.c_str()));
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+TEST(MemoryLimit, savesWholeOrSaysWhy) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizers need more address space than any limit leaves";
+#endif
+    const TemporaryFolder folder;
+    for (const char *name : {"pattern.json", "pattern.pdf"}) {
+        const std::string fileName = folder.file(name);
+        int outcomes[4] = {};
+        for (rlim_t megabytes = 0; megabytes < 200; megabytes += 4) {
+            writeBytes(fileName, "old");
+            const int outcome = play(megabytes << 20U, fileName);
+            ASSERT_GE(outcome, 0) << name << " with " << megabytes << " MiB";
+            ASSERT_NE(outcome, Other) << name << " with " << megabytes << " MiB";
+            ASSERT_EQ(readBytes(fileName) == "old", outcome != Saved) << name << " with " << megabytes << " MiB";
+            ++outcomes[outcome];
+        }
+        std::printf("%s: %d processes saved, %d had too little memory for it, %d could not start\n", name,
+                    outcomes[Saved], outcomes[OutOfMemory], outcomes[NoCommand]);
+        EXPECT_GT(outcomes[Saved], 0);
+        EXPECT_GT(outcomes[OutOfMemory] + outcomes[NoCommand], 0);
+    }
+    EXPECT_EQ(folder.entryCount(), 2U);
+}
+
+}  // namespace

@@ -1,0 +1,178 @@
+// Everything that can go wrong with the file of a save, from the command to the disk: the old file stays as it is to
+// the byte, no other file is left, the command says what was wrong with which file, and the next save works.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <functional>
+
+#include "camera_library/lmlib64.h"
+#include "tests/camera_library/temporary_folder.h"
+
+namespace {
+
+// What happens to a process at the moment in which the new file is complete and the old one still there.
+enum class AtRename { Goes, Fails, KillsTheProcess };
+AtRename atRename = AtRename::Goes;
+
+}  // namespace
+
+extern "C" int __real_rename(const char *from, const char *to);
+extern "C" int __wrap_rename(const char *from, const char *to) {
+    if (atRename == AtRename::KillsTheProcess) {
+        raise(SIGKILL);
+    }
+    if (atRename == AtRename::Fails) {
+        errno = EIO;
+        return -1;
+    }
+    return __real_rename(from, to);
+}
+
+namespace {
+
+const char *const oldContents = "the file of an earlier save";
+
+// Saves and returns what the command says; empty where it succeeded.
+std::string save(const std::string &fileName) {
+    lmLibSetString(nullptr, "/Execute/S/Parameters/Filename", fileName.c_str());
+    lmLibSetJson(nullptr, "/Execute/S/Parameters/Patterns",
+                 R"([{"Type":"Flexible","GridSize":[7,5],"GridSpacing":9}])");
+    std::int32_t result = 0;
+    lmLibSetString(&result, "/Execute/S/Command", "GenerateCalibrationPattern");
+    lmLibWaitForType(&result, "/Execute/S/Command", LmLibTypeNull, 1);
+    if (lmLibGetString(&result, "/Execute/S/Result/ErrorSymbol") == nullptr) {
+        return "";
+    }
+    const std::string symbol = lmLibGetString(nullptr, "/Execute/S/Result/ErrorSymbol");
+    return symbol + ": " + lmLibGetString(nullptr, "/Execute/S/Result/ErrorText");
+}
+
+// Runs the action in a process of its own, as another user where this one is the superuser, whom no permission
+// stops. Returns how the process ended.
+int inOtherProcess(const std::function<void()> &action) {
+    lmLibFinalize(nullptr);  // a thread does not come along
+    const pid_t child = fork();
+    if (child == 0) {
+        action();
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return status;
+}
+
+class SaveFault : public testing::TestWithParam<const char *> {
+protected:
+    void SetUp() override {
+        target = folder.file(std::string("pattern") + GetParam());
+        writeBytes(target, oldContents);
+        chmod(folder.path().c_str(), 0777);
+        chmod(target.c_str(), 0666);
+    }
+
+    // The save to the file fails for that reason, and the only files in the folder are those that were there.
+    void expectFailure(const std::string &fileName, const std::string &reason) {
+        const std::size_t files = folder.entryCount();
+        EXPECT_EQ(save(fileName),
+                  "FileNotWritten: The file \"" + fileName + "\" could not be written: " + reason + ".");
+        EXPECT_EQ(readBytes(target), oldContents);
+        EXPECT_EQ(folder.entryCount(), files);
+    }
+
+    void expectNextSaveWorks() {
+        EXPECT_EQ(save(target), "");
+        EXPECT_NE(readBytes(target), oldContents);
+    }
+
+    TemporaryFolder folder;
+    std::string target;
+};
+
+INSTANTIATE_TEST_SUITE_P(All, SaveFault, testing::Values(".pdf", ".json"),
+                         [](const auto &test) { return std::string(test.param).substr(1); });
+
+TEST_P(SaveFault, badTarget) {
+    const std::string ending = GetParam();
+    std::filesystem::create_directory(folder.file("folder" + ending));
+    writeBytes(folder.file("protected" + ending), "p");
+    chmod(folder.file("protected" + ending).c_str(), 0444);
+    expectFailure(folder.file("missing/pattern" + ending), "No such file or directory");
+    expectFailure(target + "/pattern" + ending, "Not a directory");
+    expectFailure(folder.file("folder" + ending), "Is a directory");
+    expectFailure(folder.file("protected" + ending), "Permission denied");
+    expectFailure(folder.file(std::string(260, 'n') + ending), "File name too long");
+    expectFailure(folder.file(std::string(5000, 'n') + ending), "File name too long");
+    EXPECT_EQ(readBytes(folder.file("protected" + ending)), "p");
+    expectNextSaveWorks();
+}
+
+TEST_P(SaveFault, fullDisk) {
+    // A file that may not grow is what a full disk is like; the limit of 0 refuses the first byte.
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    getrlimit(RLIMIT_FSIZE, &unlimited);
+    for (const rlim_t size : {rlim_t{0}, rlim_t{1}, rlim_t{500}}) {
+        rlimit limit = unlimited;
+        limit.rlim_cur = size;
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const std::string said = save(target);
+        setrlimit(RLIMIT_FSIZE, &unlimited);
+        EXPECT_EQ(said, "FileNotWritten: The file \"" + target + "\" could not be written: File too large.");
+        EXPECT_EQ(readBytes(target), oldContents);
+        EXPECT_EQ(folder.entryCount(), 1U);
+    }
+    std::signal(SIGXFSZ, oldHandler);
+    expectNextSaveWorks();
+}
+
+TEST_P(SaveFault, renameFails) {
+    atRename = AtRename::Fails;
+    expectFailure(target, "Input/output error");
+    atRename = AtRename::Goes;
+    expectNextSaveWorks();
+}
+
+TEST_P(SaveFault, permissionsOfAnotherUser) {
+    chmod(target.c_str(), 0644);
+    const auto failsAsOtherUser = [this] {
+        return inOtherProcess([this] {
+            constexpr uid_t nobody = 65534;
+            if (geteuid() == 0 && setuid(nobody) != 0) {
+                _exit(2);
+            }
+            const std::string said = save(target);
+            _exit(said.find("FileNotWritten") == 0 && said.find("Permission denied") != std::string::npos ? 0 : 1);
+        });
+    };
+    // First another's file, then a folder in which no file can be made.
+    if (geteuid() == 0) {
+        EXPECT_EQ(failsAsOtherUser(), 0);
+    }
+    chmod(target.c_str(), 0666);
+    chmod(folder.path().c_str(), 0555);
+    EXPECT_EQ(failsAsOtherUser(), 0);
+    chmod(folder.path().c_str(), 0777);
+    EXPECT_EQ(readBytes(target), oldContents);
+    EXPECT_EQ(folder.entryCount(), 1U);
+    expectNextSaveWorks();
+}
+
+TEST_P(SaveFault, killedBeforeTheRename) {
+    const int status = inOtherProcess([this] {
+        atRename = AtRename::KillsTheProcess;
+        save(target);
+    });
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+    EXPECT_EQ(readBytes(target), oldContents);
+    EXPECT_EQ(folder.entryCount(), 2U);  // no process can take its file along when it is killed
+    expectNextSaveWorks();
+    EXPECT_EQ(folder.entryCount(), 1U);  // the next save clears up
+}
+
+}  // namespace
