@@ -21,7 +21,8 @@ namespace {
 constexpr int levelCount = 5;
 constexpr size_t pointLimit = 20000;
 constexpr size_t leastCorners = 9;
-constexpr size_t leastMarks = 12;  // of a plate's 49, to look for the others
+constexpr size_t leastBoardCorners = 25;  // of a lattice that cannot be anything but a checkerboard
+constexpr size_t leastMarks = 12;         // of a plate's 49, to look for the others
 
 // Where corners have been taken, so that a coarser or finer level does not give the same lattice twice.
 class TakenCorners {
@@ -44,9 +45,6 @@ public:
         }
     }
 
-    // Whether a point lies in a square all of whose corners were taken, or close to a taken corner.
-    bool inside(cv::Point2f p) const { return taken_[slot(p)] != 0; }
-
     // Whether the lattice is, for a good part, one that was taken.
     bool overlaps(const CornerLattice &lattice) const {
         const auto hits = std::count_if(lattice.corners.begin(), lattice.corners.end(),
@@ -65,6 +63,33 @@ private:
 
     int columns_;
     std::vector<char> taken_;
+};
+
+// Where there are checkerboards, roughly, and so no plates: their dark squares and marks look like round marks.
+class BoardArea {
+public:
+    explicit BoardArea(const cv::Size &size)
+        : covered_(size.height / cell + 1, size.width / cell + 1, CV_8U, cv::Scalar(0)) {}
+
+    void cover(const CornerLattice &lattice) {
+        for (const LatticeCorner &corner : lattice.corners) {
+            // Every corner answers for the squares around it.
+            const int radius = int(1.1F * lattice.spacingAt(corner.cell)) / cell + 1;
+            const cv::Point middle(int(corner.position.x) / cell, int(corner.position.y) / cell);
+            const cv::Rect box(middle - cv::Point(radius, radius), middle + cv::Point(radius + 1, radius + 1));
+            covered_(box & cv::Rect({0, 0}, covered_.size())).setTo(1);
+        }
+    }
+
+    bool contains(cv::Point2f p) const {
+        const int x = std::clamp(int(p.x) / cell, 0, covered_.cols - 1);
+        const int y = std::clamp(int(p.y) / cell, 0, covered_.rows - 1);
+        return covered_.at<uchar>(y, x) != 0;
+    }
+
+private:
+    static constexpr int cell = 8;  // pixels
+    cv::Mat covered_;
 };
 
 // All lattices of the image, each once, from large to small.
@@ -186,13 +211,13 @@ std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lat
 
 // Plates among the blobs that are no part of a checkerboard, each once.
 std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, std::vector<LevelPoints> &points,
-                                       const TakenCorners &taken) {
+                                       const BoardArea &boards) {
     std::vector<PatternReading> plates;
     for (size_t i = 0; i < levels.size(); i++) {
         std::vector<DarkBlob> &blobs = points[i].blobs;
         blobs.erase(
             std::remove_if(blobs.begin(), blobs.end(),
-                           [&](const DarkBlob &blob) { return taken.inside(levels[i].toImage(blob.position)); }),
+                           [&](const DarkBlob &blob) { return boards.contains(levels[i].toImage(blob.position)); }),
             blobs.end());
         for (const MarkLattice &found : findMarkLattices(levels, i, blobs, leastMarks)) {
             std::optional<PatternReading> plate = readPlate(levels, found);
@@ -236,12 +261,16 @@ std::vector<PatternReading> readPatterns(const cv::Mat &image) {
         points.push_back(findPoints(level, pointLimit));
     }
     TakenCorners taken(image.size());
+    BoardArea boards(image.size());
     for (CornerLattice &lattice : findLattices(levels, points, taken)) {
+        if (lattice.corners.size() >= leastBoardCorners) {
+            boards.cover(lattice);
+        }
         if (std::optional<PatternReading> reading = readBoard(image, lattice)) {
             readings.push_back(std::move(*reading));
         }
     }
-    for (PatternReading &reading : readPlates(levels, points, taken)) {
+    for (PatternReading &reading : readPlates(levels, points, boards)) {
         readings.push_back(std::move(reading));
     }
     std::sort(readings.begin(), readings.end(),

@@ -24,6 +24,19 @@ float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
     return (top + fy * (bottom - top)) / 64;
 }
 
+const std::array<cv::Point2f, rayCount> &rays() {
+    static const std::array<cv::Point2f, rayCount> directions = [] {
+        std::array<cv::Point2f, rayCount> all;
+        for (int i = 0; i < rayCount; i++) {
+            // Steps of 7 in 20 visit every direction once, and all sides early.
+            const double angle = 2 * CV_PI * (i * 7 % rayCount) / rayCount;
+            all[size_t(i)] = cv::Point2f(float(std::cos(angle)), float(std::sin(angle)));
+        }
+        return all;
+    }();
+    return directions;
+}
+
 // The first strong rise along a ray: its place, between samples, and the level behind it.
 bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction, float longest, float &distance,
                 float &behind) {
@@ -113,17 +126,19 @@ bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, Round
         }
         points.clear();
         light = 0;
+        int missed = 0;
         for (int i = 0; i < rayCount; i++) {
-            const float angle = float(2 * CV_PI) * float(i) / rayCount;
-            const cv::Point2f direction(std::cos(angle), std::sin(angle));
+            const cv::Point2f direction = rays()[size_t(i)];
             float distance = 0;
             float behind = 0;
             if (findBorder(smoothed, centre, direction, longest, distance, behind)) {
                 points.push_back(direction * distance);
                 light += behind;
+            } else if (++missed * 5 > rayCount) {
+                return false;
             }
         }
-        if (points.size() * 10 < size_t(rayCount) * 8 || !fitConic(points, conic)) {
+        if (!fitConic(points, conic)) {
             return false;
         }
         const double determinant = 4 * conic[0] * conic[2] - conic[1] * conic[1];
