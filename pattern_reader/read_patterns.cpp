@@ -21,8 +21,7 @@ namespace {
 constexpr int levelCount = 5;
 constexpr size_t pointLimit = 20000;
 constexpr size_t leastCorners = 9;
-constexpr size_t leastBoardCorners = 25;  // of a lattice that cannot be anything but a checkerboard
-constexpr size_t leastMarks = 12;         // of a plate's 49, to look for the others
+constexpr size_t leastMarks = 12;  // of a plate's 49, to look for the others
 
 // Where corners have been taken, so that a coarser or finer level does not give the same lattice twice.
 class TakenCorners {
@@ -65,7 +64,8 @@ private:
     std::vector<char> taken_;
 };
 
-// Where there are checkerboards, roughly, and so no plates: their dark squares and marks look like round marks.
+// Where checkerboards were read, roughly, and so no plates are: their dark squares and marks look like round marks. A
+// lattice alone is not enough, as there are saddles between a plate's marks, too.
 class BoardArea {
 public:
     explicit BoardArea(const cv::Size &size)
@@ -263,10 +263,8 @@ std::vector<PatternReading> readPatterns(const cv::Mat &image) {
     TakenCorners taken(image.size());
     BoardArea boards(image.size());
     for (CornerLattice &lattice : findLattices(levels, points, taken)) {
-        if (lattice.corners.size() >= leastBoardCorners) {
-            boards.cover(lattice);
-        }
         if (std::optional<PatternReading> reading = readBoard(image, lattice)) {
+            boards.cover(lattice);
             readings.push_back(std::move(*reading));
         }
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <ctime>
 #include <opencv2/imgproc.hpp>
 #include <optional>
@@ -12,8 +13,6 @@
 namespace reader_bench {
 
 namespace {
-
-using pattern_reader::PatternKind;
 
 constexpr double classicLimitSeconds = 5;
 
@@ -63,12 +62,14 @@ std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coar
     return best;
 }
 
-void count(DetectorTotals &totals, std::optional<double> error, std::optional<double> reader, size_t corners) {
+void count(DetectorTotals &totals, std::optional<double> error, std::optional<double> reader, size_t corners,
+           unsigned number) {
     if (!error) {
         return;
     }
     totals.found++;
     if (!reader) {
+        std::printf("  picture %u: found by %s, not by the reader\n", number, totals.name.c_str());
         totals.foundButMissed++;
         return;
     }
@@ -129,13 +130,13 @@ Comparison compareWithStock(unsigned sceneCount, unsigned limit) {
         comparison.readByReader += readerError ? 1 : 0;
         if (sectorBased) {
             const std::optional<double> error = errorOf(*sectorBased, truth, reach);
-            count(comparison.sectorBased, error, readerError, truth.size());
+            count(comparison.sectorBased, error, readerError, truth.size(), number);
             sectorBasedCornerCount += error && readerError ? truth.size() : 0;
         }
         const std::optional<Corners> classic = classicCorners(scene.image, size, classicLimitSeconds);
         if (classic) {
             const std::optional<double> error = bestRefinedError(scene.image, *classic, truth, reach);
-            count(comparison.classic, error, readerError, truth.size());
+            count(comparison.classic, error, readerError, truth.size(), number);
             classicCornerCount += error && readerError ? truth.size() : 0;
         }
     }
