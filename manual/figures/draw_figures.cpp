@@ -202,7 +202,7 @@ Figure polarityFigure() {
 
 // Three patterns fixed to one thing, as they may lie: only the patterns themselves are to scale.
 Figure assembledFigure() {
-    Figure figure({620.0, 330.0}, "Three patterns of an assembly, fixed to one part at any angle");
+    Figure figure({620.0, 310.0}, "Three patterns of an assembly, fixed to one part at any angle");
     struct Place {
         QPointF topLeft;
         double degrees;
