@@ -17,7 +17,7 @@ QJsonObject readPattern(const QString &fileName) {
     if (!file.open(QIODevice::ReadOnly)) {
         throw std::runtime_error("The library wrote no pattern file.");
     }
-    const QJsonObject pattern = QJsonDocument::fromJson(file.readAll()).object()["Patterns"].toArray()[0].toObject();
+    QJsonObject pattern = QJsonDocument::fromJson(file.readAll()).object()["Patterns"].toArray()[0].toObject();
     if (pattern["Points"].toArray().isEmpty()) {
         throw std::runtime_error("The library's pattern file holds no points.");
     }

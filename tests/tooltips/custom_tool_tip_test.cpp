@@ -259,7 +259,8 @@ void CustomToolTipTest::timersCloseTheTip_data() {
 
 void CustomToolTipTest::timersCloseTheTip() {
     QFETCH(bool, hide);
-    const QPointer<QCustomTipLabel> label = show("text", child);
+    QCustomTipLabel *label = show("text", child);
+    const QPointer<QCustomTipLabel> guard = label;
     label->restartHideTimer(500, true);
     QTimerEvent foreign(std::max(label->hideTimer.timerId(), label->expireTimer.timerId()) + 1);
     QCoreApplication::sendEvent(label, &foreign);
@@ -272,7 +273,7 @@ void CustomToolTipTest::timersCloseTheTip() {
     QVERIFY(!label->hideElapsed.isValid());
     QCOMPARE(label->hideInterval, 0);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(label.isNull());
+    QVERIFY(guard.isNull());
     QVERIFY(QCustomTipLabel::instance == nullptr);
     QCOMPARE(QCustomToolTip::text(), QString());
 }

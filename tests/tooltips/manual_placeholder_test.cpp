@@ -18,6 +18,7 @@ class ManualPlaceholderTest : public QObject {
 
 private slots:
     void init();
+    void cleanup();
     void prefersTheFolderWithAnIndex();
     void fallsBackToTheOnlineManual_data();
     void fallsBackToTheOnlineManual();
@@ -39,8 +40,13 @@ void ManualPlaceholderTest::init() {
     QVERIFY(directory->isValid());
 }
 
+// By the bytes of the names, which the toolkit cannot remove when they are not text.
+void ManualPlaceholderTest::cleanup() {
+    std::filesystem::remove_all(directory->path().toStdString());
+}
+
 std::string ManualPlaceholderTest::makeManual(const std::string &name) {
-    const std::string folder = directory->path().toStdString() + "/" + name;
+    std::string folder = directory->path().toStdString() + "/" + name;
     std::filesystem::create_directories(folder);
     std::ofstream(folder + "/index.html") << "manual";
     return folder;
