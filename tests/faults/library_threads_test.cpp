@@ -1,0 +1,194 @@
+// Eight threads that do everything the library allows, at random and at once, and the exit of a process while a
+// command runs. What each thread does follows from its seed; how they meet does not. LMCALTAB_THREAD_SECONDS is how
+// long they do it.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "camera_library/lmlib64.h"
+
+namespace {
+
+using Random = std::mt19937;
+
+const std::array<const char *, 8> paths{"/A",           "/A/Number",         "/A/Array/\\0", "/B/Text",
+                                        "/Execute/One", "/Execute/One/Data", "/Execute",     "/Execute/Two/Command"};
+
+std::size_t below(Random &random, std::size_t bound) {
+    return random() % bound;
+}
+
+const char *anyPath(Random &random) {
+    return paths[below(random, paths.size())];
+}
+
+void write(Random &random, std::int32_t *result) {
+    const char *path = anyPath(random);
+    switch (below(random, 6)) {
+        case 0:
+            lmLibSetInt(result, path, static_cast<std::int32_t>(random()));
+            break;
+        case 1:
+            lmLibSetString(result, path, "a text that is too long to be kept within a string");
+            break;
+        case 2:
+            lmLibSetJson(result, path, R"({"Number":1,"Array":[1,{"A":null}],"Text":"t"})");
+            break;
+        case 3:
+            lmLibSetDouble(result, path, 0.5);
+            break;
+        case 4:
+            lmLibSetNull(result, path);
+            break;
+        default:
+            lmLibSetBool(result, path, 1);
+    }
+}
+
+void read(Random &random, std::int32_t *result) {
+    const char *path = anyPath(random);
+    std::int32_t number = 0;
+    std::array<char, 64> bytes{};
+    const char *text = nullptr;
+    switch (below(random, 7)) {
+        case 0:
+            text = lmLibGetString(result, path);
+            break;
+        case 1:
+            text = lmLibGetJson(result, "", 1, 18, 0);
+            break;
+        case 2:
+            text = lmLibGetName(result, path);
+            break;
+        case 3:
+            text = lmLibGetDebugBuffer(result);
+            break;
+        case 4:
+            lmLibGetCount(result, path);
+            break;
+        case 5:
+            lmLibGetBinaryInfo(result, path, &number, &number, &number, &number, &number, nullptr);
+            lmLibGetBinary(result, path, bytes.data(), static_cast<std::int32_t>(bytes.size()), &number, nullptr);
+            break;
+        default:
+            lmLibGetType(result, path);
+    }
+    // A text that was returned stays readable until this thread's next call.
+    if (text != nullptr) {
+        EXPECT_LE(std::string(text).size(), std::size_t{1} << 24U);
+    }
+}
+
+void runCommand(Random &random, std::int32_t *result) {
+    const char *made = lmLibMakeUniqueItem(result, "/Execute", "");
+    if (made == nullptr) {
+        return;
+    }
+    const std::string slot = made;
+    lmLibSetJson(
+        result, (slot + "/Parameters").c_str(),
+        R"({"ListCalTabs":true,"ImageSize":30,"Patterns":[{"Type":"Flexible","GridSize":[3,3],"GridSpacing":9}]})");
+    const bool isCatalogue = below(random, 2) == 0;
+    lmLibSetString(result, (slot + "/Command").c_str(), isCatalogue ? "GetModelInfo" : "GenerateCalibrationPattern");
+    if (below(random, 3) != 0) {
+        lmLibWaitForType(result, (slot + "/Command").c_str(), LmLibTypeNull, 1);
+    }
+    if (below(random, 4) != 0) {
+        lmLibErase(result, slot.c_str());
+    }
+}
+
+/// The codes that the library may answer with, whatever the others do meanwhile.
+bool isExpected(std::int32_t code) {
+    static const std::set<std::int32_t> codes{
+        LmLibResultOperationSucceeded,
+        LmLibResultItemInexistent,
+        LmLibResultItemTypeNotCompatible,
+        LmLibResultItemPathInvalid,
+        LmLibResultCommandRunning,
+        LmLibResultOperationCanceled,
+        LmLibResultTimeout,
+        LmLibResultBufferTooSmall,
+        LmLibResultNoDebugData,
+        LmLibResultInvalidParameters,
+    };
+    return codes.count(code) != 0;
+}
+
+void playAtRandom(unsigned seed, std::chrono::steady_clock::time_point end, std::atomic<std::int64_t> &calls) {
+    Random random(seed);
+    while (std::chrono::steady_clock::now() < end) {
+        std::int32_t result = 0;
+        const std::size_t choice = below(random, 100);
+        if (choice < 35) {
+            write(random, &result);
+        } else if (choice < 70) {
+            read(random, &result);
+        } else if (choice < 85) {
+            runCommand(random, &result);
+        } else if (choice < 90) {
+            lmLibErase(&result, anyPath(random));
+        } else if (choice < 94) {
+            lmLibWaitForType(&result, anyPath(random), static_cast<std::int32_t>(below(random, 8)), 0);
+        } else if (choice < 99) {
+            lmLibWriteDebugMessage(&result, "a message");
+        } else {
+            lmLibFinalize(&result);
+        }
+        EXPECT_TRUE(isExpected(result)) << "code " << result;
+        ++calls;
+    }
+}
+
+TEST(LibraryThreads, doEverythingAtOnce) {
+    const char *wanted = std::getenv("LMCALTAB_THREAD_SECONDS");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(wanted == nullptr ? 2 : std::atoi(wanted));
+    std::atomic<std::int64_t> calls{0};
+    std::vector<std::thread> threads;
+    for (unsigned seed = 1; seed <= 8; ++seed) {
+        threads.emplace_back(playAtRandom, seed, end, std::ref(calls));
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    std::printf("%lld actions\n", static_cast<long long>(calls));
+    EXPECT_GT(calls, 1000);
+
+    // As new, and still working.
+    std::int32_t result = -1;
+    lmLibFinalize(&result);
+    EXPECT_EQ(result, LmLibResultOperationSucceeded);
+    EXPECT_EQ(lmLibGetCount(nullptr, ""), 1);
+    lmLibSetBool(&result, "/Execute/S/Parameters/ListCalTabs", 1);
+    lmLibSetString(&result, "/Execute/S/Command", "GetModelInfo");
+    lmLibWaitForType(&result, "/Execute/S/Command", LmLibTypeNull, 1);
+    EXPECT_EQ(result, LmLibResultOperationSucceeded);
+    EXPECT_EQ(lmLibGetCount(nullptr, "/Execute/S/Result/CalTabs"), 9);
+}
+
+/// With a command that has begun or is about to, at a moment that differs from one to the next.
+[[noreturn]] void exitWhileCommandRuns(int microseconds) {
+    lmLibSetJson(nullptr, "/Execute/S/Parameters",
+                 R"({"ImageSize":1000,"Patterns":[{"Type":"Flexible","GridSize":[99,99],"GridSpacing":5}]})");
+    lmLibSetString(nullptr, "/Execute/S/Command", "GenerateCalibrationPattern");
+    lmLibSetString(nullptr, "/Execute/T/Command", "GetModelInfo");
+    std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+    std::exit(0);
+}
+
+TEST(LibraryThreads, processExitsWhileCommandRuns) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    for (const int microseconds : {0, 50, 500, 5000, 50000}) {
+        EXPECT_EXIT(exitWhileCommandRuns(microseconds), testing::ExitedWithCode(0), "");
+    }
+}
+
+}  // namespace
