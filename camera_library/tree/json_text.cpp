@@ -282,6 +282,10 @@ void appendJsonNumber(std::string &text, double number, const JsonFormat &format
         text += "null";
         return;
     }
+    if (number == 0.0 && std::signbit(number)) {
+        text += "-0.0";  // "-0" is read as a whole number, which has no sign then
+        return;
+    }
     const bool whole = number == std::trunc(number);
     const Decimal decimal = decimalOf(std::fabs(number), whole ? 0 : format.precision);
     const bool withExponent = format.allowScientific && (decimal.exponent < -5 || decimal.exponent > 16);

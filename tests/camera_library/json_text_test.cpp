@@ -39,6 +39,7 @@ TEST(JsonText, writesNumbersInTheAskedForm) {
     };
     const std::vector<Row> rows{
         {0.0, 0, "0", nullptr},
+        {-0.0, 0, "-0.0", nullptr},
         {12.5, 0, "12.5", nullptr},
         {-0.1, 0, "-0.1", nullptr},
         {100000.0, 3, "100000", nullptr},
