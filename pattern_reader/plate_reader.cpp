@@ -28,16 +28,22 @@ public:
     cv::Point2d toImage(cv::Point2d plate) const;
     // Grey level relative to the marks around: 0 as dark as a mark, 1 as light as the paper; false outside the picture.
     bool lightAt(cv::Point2d plate, double &light) const;
-    // Pixels of the level per grid spacing at a point, the geometric mean of both directions.
-    double spacingAt(cv::Point2d plate) const;
-    double levelScale() const { return level_->scale(); }
+    // The same from a sharper picture, for the fine lines of the dots.
+    bool sharpLightAt(cv::Point2d plate, double &light) const;
+    // Pixels of the sharper picture per grid spacing at a point, the geometric mean of both directions.
+    double sharpSpacingAt(cv::Point2d plate) const;
+    double sharpScale() const { return sharpLevel_->scale(); }
     cv::Point2d toCell(cv::Point2d plate) const;
 
 private:
+    // The grey level as a share of the contrast at a place in the image.
+    bool relativeToMarks(cv::Point2d image, double grey, double &light) const;
+
     const MarkLattice &found_;
     cv::Matx33d imageFromCell_;
     LatticeMotion motion_;
     const ImageLevel *level_ = nullptr;
+    const ImageLevel *sharpLevel_ = nullptr;
     // Dark level and paper level as planes over the image: level = a + b x + c y.
     cv::Vec3d dark_;
     cv::Vec3d paper_;
@@ -84,6 +90,7 @@ PlateView::PlateView(const std::vector<ImageLevel> &levels, const MarkLattice &f
         number++;
     }
     level_ = &levels[number];
+    sharpLevel_ = &levels[number > 0 ? number - 1 : 0];
     dark_ = fitPlane(found.marks, &RoundMark::darkLevel);
     paper_ = fitPlane(found.marks, &RoundMark::lightLevel);
 }
@@ -100,31 +107,48 @@ cv::Point2d PlateView::toImage(cv::Point2d plate) const {
     return transform(imageFromCell_, toCell(plate));
 }
 
-double PlateView::spacingAt(cv::Point2d plate) const {
+double PlateView::sharpSpacingAt(cv::Point2d plate) const {
     const cv::Point2d a = toImage(plate + cv::Point2d(0.1, 0)) - toImage(plate);
     const cv::Point2d b = toImage(plate + cv::Point2d(0, 0.1)) - toImage(plate);
-    return std::sqrt(std::abs(a.cross(b))) * 10 / level_->scale();
+    return std::sqrt(std::abs(a.cross(b))) * 10 / sharpLevel_->scale();
 }
 
-bool PlateView::lightAt(cv::Point2d plate, double &light) const {
-    const cv::Point2d image = toImage(plate);
-    const cv::Point2f p = level_->fromImage(cv::Point2f(image));
-    const cv::Mat &smoothed = level_->smoothed;
-    if (!(p.x >= 0) || !(p.y >= 0) || p.x >= float(smoothed.cols - 1) || p.y >= float(smoothed.rows - 1)) {
+// The value between the four pixels around a point; false outside the picture.
+template <typename Pixel>
+bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
+    if (!(p.x >= 0) || !(p.y >= 0) || p.x >= float(picture.cols - 1) || p.y >= float(picture.rows - 1)) {
         return false;
     }
     const int x = int(p.x);
     const int y = int(p.y);
     const double fx = p.x - float(x);
     const double fy = p.y - float(y);
-    const auto *a = smoothed.ptr<int16_t>(y) + x;
-    const auto *b = smoothed.ptr<int16_t>(y + 1) + x;
-    const double grey = ((a[0] * (1 - fx) + a[1] * fx) * (1 - fy) + (b[0] * (1 - fx) + b[1] * fx) * fy) / 64;
+    const auto *a = picture.ptr<Pixel>(y) + x;
+    const auto *b = picture.ptr<Pixel>(y + 1) + x;
+    value = (a[0] * (1 - fx) + a[1] * fx) * (1 - fy) + (b[0] * (1 - fx) + b[1] * fx) * fy;
+    return true;
+}
+
+bool PlateView::relativeToMarks(cv::Point2d image, double grey, double &light) const {
     const cv::Vec3d at(1, image.x, image.y);
     const double dark = dark_.dot(at);
     const double contrast = paper_.dot(at) - dark;
     light = contrast > 5 ? (grey - dark) / contrast : 0.5;
     return contrast > 5;
+}
+
+bool PlateView::lightAt(cv::Point2d plate, double &light) const {
+    const cv::Point2d image = toImage(plate);
+    double value = 0;
+    return between<int16_t>(level_->smoothed, level_->fromImage(cv::Point2f(image)), value) &&
+           relativeToMarks(image, value / 64, light);
+}
+
+bool PlateView::sharpLightAt(cv::Point2d plate, double &light) const {
+    const cv::Point2d image = toImage(plate);
+    double value = 0;
+    return between<uchar>(sharpLevel_->picture, sharpLevel_->fromImage(cv::Point2f(image)), value) &&
+           relativeToMarks(image, value, light);
 }
 
 // Side 0 is the top, then clockwise; along runs from 0 to 8, inward from the outer edge.
@@ -208,26 +232,38 @@ bool dotInSight(const MarkLattice &found, const PlateView &view, int column, int
     return 2 * seen >= marks;
 }
 
-// How much of a dot is seen at a place: 0 paper, 1 as dark as a dot can look there; false where nothing can be said.
-bool dotShare(const PlateView &view, cv::Point2d at, double &share) {
-    double ring = 0;
-    double darkest = 2;
-    for (int i = 0; i < 8; i++) {
-        double light = 0;
-        const double angle = CV_PI * i / 4;
-        if (!view.lightAt(at + cv::Point2d(std::cos(angle), std::sin(angle)) * 0.23, light)) {
+// The mean light and the darkest on a circle around a place.
+bool circleLight(const PlateView &view, cv::Point2d at, double radius, double &light, double &darkest) {
+    constexpr int points = 12;
+    light = 0;
+    darkest = 2;
+    for (int i = 0; i < points; i++) {
+        double one = 0;
+        const double angle = 2 * CV_PI * i / points;
+        if (!view.sharpLightAt(at + cv::Point2d(std::cos(angle), std::sin(angle)) * radius, one)) {
             return false;
         }
-        ring += light / 8;
-        darkest = std::min(darkest, light);
+        light += one / points;
+        darkest = std::min(darkest, one);
     }
-    double centre = 0;
-    if (!view.lightAt(at, centre) || darkest < 0.5 || ring > 1.3) {
+    return true;
+}
+
+// How much of a dot is seen at a place: 0 paper, 1 as dark as a dot can look there; false where nothing can be said.
+bool dotShare(const PlateView &view, cv::Point2d at, double &share) {
+    // A dot is a circle's line, so it is looked for along the line; where that is blurred, so is what is inside it.
+    constexpr double lineRadius = (pattern_code::dotRadius + pattern_code::dotHoleRadius) / 2;
+    double around = 0;
+    double darkestAround = 0;
+    double line = 0;
+    double darkestOnLine = 0;
+    if (!circleLight(view, at, 0.23, around, darkestAround) ||
+        !circleLight(view, at, lineRadius, line, darkestOnLine) || darkestAround < 0.5 || around > 1.3) {
         return false;
     }
-    const double radius = pattern_code::dotRadius * view.spacingAt(at);
-    const double blur2 = 1.1 + 0.6 / (view.levelScale() * view.levelScale());
-    share = (ring - centre) / (1 - std::exp(-radius * radius / (2 * blur2)));
+    const double width = (pattern_code::dotRadius - pattern_code::dotHoleRadius) * view.sharpSpacingAt(at);
+    const double blur2 = 0.25 + 0.6 / (view.sharpScale() * view.sharpScale());
+    share = (around - line) / std::erf(width / std::sqrt(8 * blur2));
     return true;
 }
 

@@ -103,7 +103,7 @@ CodedTarget makePlate(std::mt19937 &random) {
     for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
         if (bitOf(block, bit)) {
             const pattern_code::DotPosition p = pattern_code::dotPosition(bit);
-            dots.push_back({{2 * p.x, 2 * p.y}, 2 * pattern_code::dotRadius});
+            dots.push_back({{2 * p.x, 2 * p.y}, 2 * pattern_code::dotRadius, 2 * pattern_code::dotHoleRadius});
         }
     }
     coded.target = std::make_shared<PlateTarget>(dots, std::vector<cv::Point2d>{{0.5, 0.5}, {2, 0.5}, {0.5, 2}});

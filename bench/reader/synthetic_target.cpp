@@ -52,7 +52,7 @@ PlateTarget::PlateTarget(const std::vector<InkDisc> &dots, const std::vector<cv:
     : discsByCell_(size_t(plateCells * plateCells)), triangle_(triangle) {
     std::vector<InkDisc> discs = dots;
     for (const cv::Point2d &centre : points()) {
-        discs.push_back({centre, 0.5});
+        discs.push_back({centre, 0.5, 0});
     }
     for (const InkDisc &disc : discs) {
         for (int row = int(disc.centre.y - disc.radius); row <= int(disc.centre.y + disc.radius); row++) {
@@ -73,7 +73,8 @@ float PlateTarget::ink(double x, double y) const {
     for (const InkDisc &disc : discsByCell_[size_t(int(y) * plateCells + int(x))]) {
         const double dx = x - disc.centre.x;
         const double dy = y - disc.centre.y;
-        if (dx * dx + dy * dy < disc.radius * disc.radius) {
+        const double distance2 = dx * dx + dy * dy;
+        if (distance2 < disc.radius * disc.radius && distance2 >= disc.holeRadius * disc.holeRadius) {
             return 1;
         }
     }

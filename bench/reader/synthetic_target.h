@@ -42,10 +42,11 @@ private:
     bool darkFirst_;
 };
 
-// A filled circle of a plate: a mark or a code dot.
+// A circle of a plate: a mark, or a code dot, which is open in its middle.
 struct InkDisc {
     cv::Point2d centre;
     double radius = 0;
+    double holeRadius = 0;
 };
 
 // A 7 × 7 plate: discs inside a frame, with a triangle in one corner of the frame's inside.

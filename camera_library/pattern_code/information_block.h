@@ -112,11 +112,19 @@ struct DotPosition {
     double x = 0;
     double y = 0;
 };
+
+/** The dots stand amid four marks, or marks and frame; where the corner mark is, a dot amid two marks instead. */
 constexpr DotPosition dotPosition(int bit) {
-    return {blockCell(bit).column + 0.5, blockCell(bit).row + 0.5};
+    const BlockCell cell = blockCell(bit);
+    return cell.column == 0 && cell.row == 0 ? DotPosition{1.5, 1.0} : DotPosition{cell.column + 0.5, cell.row + 0.5};
 }
 
-/** The radius of a plate's dot in grid spacings. */
-constexpr double dotRadius = 0.1;
+/**
+ * The radius of a plate's dot, and of the light hole in its centre, in grid spacings. The hole keeps dots from
+ * being taken for marks by detectors that look for a dark centre; where a dot is too small for it to be seen, it
+ * is too small to be taken for one.
+ */
+constexpr double dotRadius = 0.15;
+constexpr double dotHoleRadius = 0.11;
 
 }  // namespace pattern_code
