@@ -481,7 +481,7 @@ std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, c
     }
     // The block, what is seen of it, or the triangle alone says which way is up; for the latter two the picture must be
     // large enough to tell the frame's corners apart.
-    const bool large = unturned.spacingAt({4, 4}) >= leastSpacing;
+    const bool large = unturned.sharpSpacingAt({4, 4}) >= leastSpacing;
     if (!motion || readable > 1 || (readable == 0 && !(large && (candidates == 1 || possible == 1)))) {
         return std::nullopt;
     }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "camera_library/output/pattern_text.h"
+#include "camera_library/pattern/code_cells.h"
 #include "camera_library/tree/json_text.h"
 
 namespace lmlib64 {
@@ -103,7 +104,8 @@ void writeParameters(JsonWriter &json, const PatternDescription &description) {
     }
     json.name("GridSpacing").value(description.gridSpacing);
     json.name("Thickness").value(description.thickness);
-    if (description.kind == PatternKind::Flexible || description.kind == PatternKind::Halcon) {
+    // Without an offset a plate's code holds grid spacing and thickness instead, so none is filled in there.
+    if (description.kind == PatternKind::Flexible || description.hasOffset) {
         json.name("Offset").row({description.offset[0], description.offset[1]});
     }
     json.name("Polarity").value(description.polarity);
@@ -131,6 +133,80 @@ void writePoints(JsonWriter &json, const PatternDescription &description, const 
     json.close(']');
 }
 
+std::string hexadecimal(std::uint64_t bits) {
+    std::string digits;
+    for (int shift = 60; shift >= 0; shift -= 4) {
+        digits += "0123456789ABCDEF"[bits >> shift & 0xFU];
+    }
+    return digits;
+}
+
+void writeBlock(JsonWriter &json, const CodeCells &code) {
+    json.open('{');
+    json.name("Bits").value(hexadecimal(code.block));
+    const double gridSpacing = code.content->gridSpacing / 100.0;
+    switch (code.content->kind) {
+        case pattern_code::BlockKind::SpacingAndThickness:
+            json.name("Kind").value("SpacingAndThickness");
+            json.name("GridSpacing").value(gridSpacing);
+            json.name("Thickness").value(code.content->thickness / 100.0);
+            break;
+        case pattern_code::BlockKind::Offset:
+            json.name("Kind").value("Offset");
+            json.name("Spacings").row({code.content->offsetX, code.content->offsetY});
+            break;
+        case pattern_code::BlockKind::Assembly:
+            json.name("Kind").value("Assembly");
+            json.name("GridSpacing").value(gridSpacing);
+            json.name("AssemblyPattern").value(code.content->assemblyPattern);
+            break;
+    }
+    json.close('}');
+}
+
+void writeCells(JsonWriter &json, const CodeCells &code) {
+    json.open('[');
+    for (int row = 0; row < code.rows; ++row) {
+        std::string cells;
+        for (int column = 0; column < code.columns; ++column) {
+            cells += code.at(column, row) ? '1' : '0';
+        }
+        json.value(cells);
+    }
+    json.close(']');
+}
+
+// What is drawn into the squares or between the marks.
+void writeCode(JsonWriter &json, const CodeCells &code, const PatternGeometry &geometry) {
+    json.open('{');
+    json.name("Version").value(pattern_code::patternVersion);
+    switch (code.carrier) {
+        case CodeCells::Carrier::Plane:
+            json.name("Carrier").value("Plane");
+            json.name("PlaneSquare").row({code.planeSquare.column, code.planeSquare.row});
+            json.name("HalfSpacings").row({code.offset[0], code.offset[1]});
+            json.name("MarkSide").value(length(geometry.squareSide / 3.0));
+            break;
+        case CodeCells::Carrier::Tile:
+            json.name("Carrier").value("Tile");
+            json.name("Tile").value(code.tile);
+            json.name("MarkSide").value(length(geometry.squareSide / 3.0));
+            break;
+        case CodeCells::Carrier::Plate:
+            json.name("Carrier").value("Plate");
+            json.name("DotRadius").value(length(pattern_code::dotRadius * geometry.lattice.pitch));
+            json.name("DotHoleRadius").value(length(pattern_code::dotHoleRadius * geometry.lattice.pitch));
+            break;
+    }
+    if (code.content) {
+        json.name("Block");
+        writeBlock(json, code);
+    }
+    json.name("Cells");
+    writeCells(json, code);
+    json.close('}');
+}
+
 void writePattern(JsonWriter &json, const PatternDescription &description, const PatternGeometry &geometry) {
     const Lattice &lattice = geometry.lattice;
     const Point reference = referencePoint(lattice);
@@ -147,6 +223,12 @@ void writePattern(JsonWriter &json, const PatternDescription &description, const
     json.name("LatticeSize").row({lattice.columns, lattice.rows});
     json.name("LatticePitch").value(length(lattice.pitch));
     json.name("ReferenceIndex").row({lattice.referenceColumn(), lattice.referenceRow()});
+    json.name("Code");
+    if (const std::optional<CodeCells> code = codeCellsOf(description)) {
+        writeCode(json, *code, geometry);
+    } else {
+        json.value(Node());
+    }
     json.name("Points");
     writePoints(json, description, lattice);
     json.close('}');

@@ -4,7 +4,8 @@
 
 namespace lmlib64 {
 
-PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing, bool polarity) {
+PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing, bool polarity,
+                             const CodeCells *code) {
     const double side = gridSpacing / 2.0;
     const int columns = innerCorners[0] + 1;
     const int rows = innerCorners[1] + 1;
@@ -18,7 +19,8 @@ PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing
     if (side <= 0.0) {
         return geometry;
     }
-    geometry.rectangles.reserve((static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows) + 1) / 2);
+    // About half the squares are dark, and about half of all carry a mark.
+    geometry.rectangles.reserve(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows) * 5 / 4 + 1);
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < columns; ++column) {
             const bool isDark = ((column + row) % 2 == 0) == polarity;
@@ -26,7 +28,13 @@ PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing
                 // Edges are products, never sums, so that neighbours meet in the same number.
                 geometry.rectangles.push_back({column * side, row * side, (column + 1) * side, (row + 1) * side});
             }
-            // A mark is a centred rectangle of a third of the side, added here for dark and light squares alike.
+        }
+        // After the row's squares, so that the rectangles stay in the order of their tops.
+        for (int column = 0; code != nullptr && column < columns; ++column) {
+            if (code->at(column, row)) {
+                geometry.rectangles.push_back({(3 * column + 1) * side / 3.0, (3 * row + 1) * side / 3.0,
+                                               (3 * column + 2) * side / 3.0, (3 * row + 2) * side / 3.0});
+            }
         }
     }
     return geometry;

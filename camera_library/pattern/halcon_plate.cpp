@@ -14,9 +14,22 @@ Polygon insideOfFrame(double outerSize, double frameWidth, double triangleLeg) {
     return {{near + triangleLeg, near}, {far, near}, {far, far}, {near, far}, {near, near + triangleLeg}};
 }
 
+// Ring-shaped: the inner circle cuts the hole.
+void addDots(PatternGeometry &geometry, double gridSpacing, const CodeCells &code) {
+    for (int bit = 0; bit < pattern_code::blockBitCount; ++bit) {
+        const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
+        if (code.at(cell.column, cell.row)) {
+            const pattern_code::DotPosition at = pattern_code::dotPosition(bit);
+            const Point centre{at.x * gridSpacing, at.y * gridSpacing};
+            geometry.circles.push_back({centre, pattern_code::dotRadius * gridSpacing});
+            geometry.circles.push_back({centre, pattern_code::dotHoleRadius * gridSpacing});
+        }
+    }
+}
+
 }  // namespace
 
-PatternGeometry halconPlate(double gridSpacing, bool polarity) {
+PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *code) {
     const double outerSize = 8.0 * gridSpacing;
 
     PatternGeometry geometry;
@@ -38,6 +51,9 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity) {
         for (int column = 0; column < marksPerSide; ++column) {
             geometry.circles.push_back({geometry.lattice.at(column, row), gridSpacing / 4.0});
         }
+    }
+    if (code != nullptr) {
+        addDots(geometry, gridSpacing, *code);
     }
     return geometry;
 }

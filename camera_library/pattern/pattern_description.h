@@ -20,7 +20,9 @@ struct PatternDescription {
     std::array<int, 2> gridSize{};      ///< inner corners of a checkerboard, marks of a plate
     std::array<double, 2> offset{};     ///< where the reference point lies in the common coordinate system
     std::optional<int> assemblyNumber;  ///< position within an assembly, from 0
+    bool hasOffset = false;             ///< whether it was given: then a plate's code holds it
     bool encoding = true;               ///< whether the plate carries its code; true for all other kinds
+    bool coded = true;                  ///< whether a code is drawn: false where this or the command's Encoding is
 
     bool hasExtent() const { return gridSpacing > 0.0; }
 };

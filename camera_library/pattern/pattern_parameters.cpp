@@ -6,6 +6,7 @@
 
 #include "camera_library/commands/command.h"
 #include "camera_library/commands/plate_catalogue.h"
+#include "camera_library/pattern/code_cells.h"
 #include "camera_library/pattern/number_text.h"
 #include "camera_library/pattern/parameter_reader.h"
 
@@ -92,6 +93,7 @@ PatternDescription readHalcon(const ParameterReader &reader) {
     description.kind = PatternKind::Halcon;
     description.gridSize = {marksPerSide, marksPerSide};
     description.offset = reader.numberPair("Offset", offsetRange).value_or(description.offset);
+    description.hasOffset = reader.has("Offset");
     description.encoding = reader.boolean("Encoding").value_or(true);
     return description;
 }
@@ -129,8 +131,7 @@ double readGridSpacing(const ParameterReader &reader) {
     return *gridSpacing;
 }
 
-PatternDescription readPattern(const Node &pattern, std::size_t index) {
-    const ParameterReader reader(pattern, "\"Patterns\"[" + std::to_string(index) + "]");
+PatternDescription readPlainPattern(const ParameterReader &reader) {
     PatternDescription description = readKind(reader);
     description.polarity = reader.boolean("Polarity").value_or(true);
     if (description.kind == PatternKind::Catalogue) {
@@ -142,7 +143,17 @@ PatternDescription readPattern(const Node &pattern, std::size_t index) {
     return description;
 }
 
-std::vector<PatternDescription> readPatterns(const ParameterReader &reader) {
+PatternDescription readPattern(const Node &pattern, std::size_t index, bool encoding) {
+    const ParameterReader reader(pattern, "\"Patterns\"[" + std::to_string(index) + "]");
+    PatternDescription description = readPlainPattern(reader);
+    description.coded = encoding && description.encoding;
+    if (const std::optional<EncodingFault> fault = encodingFault(description)) {
+        reader.failValue(fault->parameter, fault->required);
+    }
+    return description;
+}
+
+std::vector<PatternDescription> readPatterns(const ParameterReader &reader, bool encoding) {
     const std::string required = "an array of 1 to " + std::to_string(maximumPatterns) + " patterns";
     const Node *node = reader.find("Patterns");
     if (node == nullptr) {
@@ -154,7 +165,7 @@ std::vector<PatternDescription> readPatterns(const ParameterReader &reader) {
     }
     std::vector<PatternDescription> patterns;
     for (std::size_t index = 0; index < elements->size(); ++index) {
-        patterns.push_back(readPattern((*elements)[index], index));
+        patterns.push_back(readPattern((*elements)[index], index, encoding));
     }
     return patterns;
 }
@@ -206,7 +217,7 @@ PatternRequest readPatternParameters(const Node &parameters) {
     request.encoding = reader.boolean("Encoding").value_or(true);
     request.imageSize = reader.integer("ImageSize", imageSizeRange);
     request.fileName = reader.text("Filename");
-    request.patterns = readPatterns(reader);
+    request.patterns = readPatterns(reader, request.encoding);
     if (!request.imageSize && !request.fileName) {
         reader.failMissing("ImageSize", integerDescription(imageSizeRange) +
                                             " for a preview, unless \"Filename\" names a .pdf or .json file to write");

@@ -19,6 +19,12 @@
 //   "AssemblyPattern"  integer, 0 to 17, default 0; Assembly only
 //   "Encoding"         boolean, default true; Halcon only
 //
+// Where neither "Encoding" is false the pattern carries its code, which must be able to hold it: the grid
+// spacing of all but Flexible patterns and of plates with "Offset" is a multiple of 0.01 mm, 130 mm at most; so
+// is the thickness of catalogue, Single and Halcon patterns; the offset of a Flexible pattern is in half grid
+// spacings, to within 0.005 mm, and leaves the pattern in the code's plane; that of a plate is -128 to 127 grid
+// spacings. A plate's code holds its offset where "Offset" is given, its grid spacing and thickness otherwise.
+//
 // A parameter that the table does not have is refused: it is a slip of the pen that would otherwise print a
 // wrong target. A grid spacing of 0 is a pattern without extent, allowed only where no file is asked for.
 #pragma once

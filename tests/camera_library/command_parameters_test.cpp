@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "camera_library/pattern/code_cells.h"
 #include "tests/camera_library/pattern_command.h"
 #include "tests/camera_library/temporary_folder.h"
 
@@ -86,6 +87,17 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
         {onePattern(R"({"Type": "Assembly", "GridSpacing": 12, "Offset": [0, 0]})"), {"\"Offset\"", "Assembly"}},
         {onePattern(R"({"GridSpacing": 12, "AssemblyPattern": 0})"), {"\"AssemblyPattern\"", "Halcon"}},
         {onePattern(R"({"GridSpacing": 12, "Encoding": 0})"), {"\"Encoding\"", "0", "true or false"}},
+        {onePattern(R"({"Type": "SingleCustom", "GridSpacing": 12.345})"),
+         {"\"GridSpacing\"", "12.345", "0.01 mm", "0.01 to 130 mm", "\"Encoding\" is false"}},
+        {onePattern(R"({"Type": "Assembly", "GridSpacing": 130.01})"), {"\"GridSpacing\"", "130.01", "130 mm"}},
+        {onePattern(R"({"GridSpacing": 12, "Thickness": 1.005})"),
+         {"\"Thickness\"", "1.005", "0.01 mm", "0 to 100 mm"}},
+        {onePattern(R"({"GridSpacing": 12, "Offset": [12, 13]})"), {"\"Offset\"", "[12, 13]", "12 mm", "-128 to 127"}},
+        {onePattern(R"({"GridSpacing": 10, "Offset": [0, 1280]})"), {"\"Offset\"", "[0, 1280]", "-128 to 127"}},
+        {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [9, 6], "Offset": [0, 6.1]})"),
+         {"\"Offset\"", "[0, 6.1]", "half the grid spacing, 6 mm", "\"Encoding\" is false"}},
+        {onePattern(R"({"Type": "Flexible", "GridSpacing": 2, "GridSize": [91, 200], "Offset": [90, 36]})"),
+         {"\"Offset\"", "[90, 36]", "-90 to 90 in x", "-36 to 35 in y"}},
         {onePattern(R"({"Type": "Plate12", "GridSpacing": 12.5})"), {"\"GridSpacing\"", "12.5", "12 mm", "Plate12"}},
         {onePattern(R"({"Type": "Plate12", "Thickness": 1})"), {"\"Thickness\"", "1", "2 mm", "Plate12"}},
     };
@@ -96,6 +108,87 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
             EXPECT_NE(outcome.find(name), std::string::npos) << refusal.parameters << "\n" << outcome << "\n" << name;
         }
         EXPECT_EQ(outcome.find('\n'), std::string::npos) << outcome;
+    }
+}
+
+TEST(PatternParameters, takesWhatNoCodeCanHoldForPlainPatterns) {
+    const char *patterns[]{
+        R"({"Type": "SingleCustom", "GridSpacing": 12.345})",
+        R"({"Type": "Assembly", "GridSpacing": 1000})",
+        R"({"GridSpacing": 12, "Offset": [12, 13]})",
+        R"({"Type": "Flexible", "GridSpacing": 2, "GridSize": [91, 200], "Offset": [91, 36.7]})",
+    };
+    for (const char *pattern : patterns) {
+        EXPECT_NE(outcomeOf(nodeFromJson(onePattern(pattern))), "") << pattern;
+        EXPECT_FALSE(preview(pattern, 100, false).bytes.empty()) << pattern;
+    }
+    EXPECT_EQ(outcomeOf(nodeFromJson(onePattern(R"({"GridSpacing": 12, "Offset": [1, 2], "Encoding": false})"))), "");
+}
+
+struct CodeCase {
+    const char *pattern;
+    CodeCells::Carrier carrier;
+    pattern_code::BlockContent content;  ///< of all but a plane
+    pattern_code::Square planeSquare;    ///< of a plane
+};
+
+TEST(PatternParameters, encodesWhatTheParametersSay) {
+    using pattern_code::BlockKind;
+    constexpr auto tile = CodeCells::Carrier::Tile;
+    constexpr auto plate = CodeCells::Carrier::Plate;
+    constexpr auto plane = CodeCells::Carrier::Plane;
+    const CodeCase cases[]{
+        {R"({"Type": "Plate24"})", tile, {BlockKind::SpacingAndThickness, 2400, 300, 0, 0, 0}, {}},
+        {R"({"Type": "SingleCustom", "GridSpacing": 1.5, "Thickness": 5})",
+         tile,
+         {BlockKind::SpacingAndThickness, 150, 500, 0, 0, 0},
+         {}},
+        {R"({"Type": "Assembly", "GridSpacing": 96, "AssemblyPattern": 17})",
+         tile,
+         {BlockKind::Assembly, 9600, 0, 0, 0, 17},
+         {}},
+        {R"({"GridSpacing": 0.63, "Thickness": 100})", plate, {BlockKind::SpacingAndThickness, 63, 10000, 0, 0, 0}, {}},
+        // As the program's form rounds a product: 7 spacings of 0.63 mm and none.
+        {R"({"GridSpacing": 0.63, "Offset": [4.41, 0]})", plate, {BlockKind::Offset, 0, 0, 7, 0, 0}, {}},
+        {R"({"GridSpacing": 1.13, "Offset": [-144.64, 143.51]})", plate, {BlockKind::Offset, 0, 0, -128, 127, 0}, {}},
+        {R"({"Type": "Flexible", "GridSpacing": 12.5, "GridSize": [15, 15], "Offset": [18.75, -6.25]})",
+         plane,
+         {},
+         {131, 127}},
+        // 7 times 6.165 mm is 43.155 mm, which a form with two decimals shows as 43.15 or 43.16.
+        {R"({"Type": "Flexible", "GridSpacing": 12.33, "GridSize": [4, 5], "Offset": [43.16, 43.15]})",
+         plane,
+         {},
+         {141, 140}},
+    };
+    for (const CodeCase &test : cases) {
+        const PatternRequest request = readPatternParameters(nodeFromJson(onePattern(test.pattern)));
+        const std::optional<CodeCells> code = codeCellsOf(request.patterns[0]);
+        ASSERT_TRUE(code) << test.pattern;
+        EXPECT_EQ(code->carrier, test.carrier);
+        if (test.carrier == plane) {
+            EXPECT_FALSE(code->content);
+            EXPECT_EQ(code->planeSquare, test.planeSquare) << test.pattern;
+            EXPECT_EQ(code->at(1, 2), pattern_code::planeBit(test.planeSquare.column + 1, test.planeSquare.row + 2));
+            continue;
+        }
+        EXPECT_EQ(code->content, test.content) << test.pattern;
+        const int tileNumber = test.content.kind == BlockKind::Assembly ? test.content.assemblyPattern + 1 : 0;
+        std::uint64_t block = 0;
+        for (int bit = 0; bit < 64; ++bit) {
+            const pattern_code::BlockCell at =
+                test.carrier == tile ? pattern_code::blockSquare(bit) : pattern_code::blockCell(bit);
+            block = block << 1U | (code->at(at.column, at.row) ? 1U : 0U);
+        }
+        const auto carrier =
+            test.carrier == tile ? pattern_code::BlockCarrier::tile(tileNumber) : pattern_code::BlockCarrier::plate();
+        const auto decoded = pattern_code::decodeBlock(block, 0, carrier);
+        ASSERT_TRUE(decoded) << test.pattern;
+        EXPECT_EQ(decoded->content, test.content) << test.pattern;
+        EXPECT_EQ(decoded->correctedBits, 0);
+        if (test.carrier == tile) {
+            EXPECT_EQ(code->at(15, 14), pattern_code::tileBit(tileNumber, 15, 14));
+        }
     }
 }
 

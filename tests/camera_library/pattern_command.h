@@ -36,9 +36,10 @@ inline std::string save(const std::string &patterns, const std::string &fileName
 }
 
 /// The picture of the first of these patterns.
-inline Binary preview(const std::string &patterns, int imageSize) {
+inline Binary preview(const std::string &patterns, int imageSize, bool encoding = true) {
     Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
     std::get<NodeObject>(parameters.value)["ImageSize"] = imageSize;
+    std::get<NodeObject>(parameters.value)["Encoding"] = encoding;
     const Node result = generateCalibrationPattern(parameters);
     return *std::get<NodeBinary>(std::get<NodeArray>(result.find("Patterns")->value).at(0).value);
 }

@@ -11,6 +11,7 @@
 #include "camera_library/output/page_layout.h"
 #include "camera_library/output/preview.h"
 #include "camera_library/pattern/checkerboard.h"
+#include "camera_library/pattern/code_cells.h"
 #include "camera_library/pattern/halcon_plate.h"
 #include "tests/camera_library/pattern_command.h"
 
@@ -54,6 +55,39 @@ TEST(PatternGeometry, checkerboardAlternatesFromTheTopLeftSquare) {
         EXPECT_DOUBLE_EQ(board.lattice.at(8, 5).y, 37.5);
         EXPECT_EQ(board.lattice.referenceColumn(), 4);
         EXPECT_EQ(board.lattice.referenceRow(), 2);
+    }
+}
+
+TEST(PatternGeometry, squareWithACellOfOneCarriesAMark) {
+    PatternDescription description;
+    description.kind = PatternKind::Single;
+    description.type = "SingleCustom";
+    description.gridSize = {15, 15};
+    description.gridSpacing = 12.0;
+    description.thickness = 2.0;
+    for (const bool polarity : {true, false}) {
+        description.polarity = polarity;
+        description.coded = true;
+        const PatternGeometry coded = geometryOf(description);
+        const CodeCells code = *codeCellsOf(description);
+        ASSERT_EQ(code.columns, 16);
+        for (int row = 0; row < 16; ++row) {
+            for (int column = 0; column < 16; ++column) {
+                const bool isDarkSquare = ((row + column) % 2 == 0) == polarity;
+                // A mark goes from 2 to 4 mm of the square's 6.
+                for (const double within : {2.01, 3.0, 3.99}) {
+                    EXPECT_EQ(isDark(coded, column * 6 + within, row * 6 + 3.1), isDarkSquare != code.at(column, row));
+                    EXPECT_EQ(isDark(coded, column * 6 + 3.1, row * 6 + within), isDarkSquare != code.at(column, row));
+                }
+                for (const double outside : {0.01, 1.99, 4.01, 5.99}) {
+                    EXPECT_EQ(isDark(coded, column * 6 + outside, row * 6 + 3.1), isDarkSquare);
+                    EXPECT_EQ(isDark(coded, column * 6 + 3.1, row * 6 + outside), isDarkSquare);
+                }
+            }
+        }
+        description.coded = false;
+        EXPECT_EQ(geometryOf(description).rectangles.size(), 128U);
+        EXPECT_FALSE(codeCellsOf(description));
     }
 }
 
@@ -119,7 +153,7 @@ TEST(Preview, coversEachPixelByItsShareOfTheArea) {
         {R"({"Type": "Assembly", "GridSpacing": 12})", 517, 517, 517, 18},
     };
     for (const Case &test : cases) {
-        const Binary image = preview(test.pattern, test.imageSize);
+        const Binary image = preview(test.pattern, test.imageSize, false);
         ASSERT_EQ(image.width, test.width) << test.pattern;
         ASSERT_EQ(image.height, test.height);
         ASSERT_EQ(image.bytes.size(), static_cast<std::size_t>(test.width * test.height));
@@ -144,7 +178,7 @@ TEST(Preview, coversEachPixelByItsShareOfTheArea) {
 }
 
 TEST(Preview, showsAPlatesMarksWithTheirArea) {
-    const Binary image = preview(R"({"GridSpacing": 12.5})", 1800);  // 9 grid spacings, 200 pixels each
+    const Binary image = preview(R"({"GridSpacing": 12.5})", 1800, false);  // 9 grid spacings, 200 pixels each
     double dark = 0.0;
     for (int y = 400; y < 500; ++y) {
         for (int x = 400; x < 600; ++x) {  // the upper half of the field around mark (1, 1), whose centre is (500, 500)

@@ -24,19 +24,20 @@ using Json = nlohmann::json;
 const std::string single = R"({"Type": "SingleCustom", "GridSpacing": 12.5})";
 const std::string singleInverted = R"({"Type": "SingleCustom", "GridSpacing": 12.5, "Polarity": false})";
 const std::string flexible =
-    R"({"Type": "Flexible", "GridSize": [11, 20], "GridSpacing": 13.37, "Offset": [18.75, -6.25]})";
+    R"({"Type": "Flexible", "GridSize": [11, 20], "GridSpacing": 13.37, "Offset": [20.055, -6.685]})";
 const std::string flexibleInverted =
     R"({"Type": "Flexible", "GridSize": [8, 5], "GridSpacing": 25.1, "Polarity": false})";
 const std::string assembly = R"({"Type": "Assembly", "AssemblyPattern": 3, "GridSpacing": 16})";
 const std::string assemblyInverted = R"({"Type": "Assembly", "GridSpacing": 6, "Polarity": false})";
 const std::string plate = R"({"GridSpacing": 12.5, "Thickness": 2})";
 const std::string plateInverted = R"({"GridSpacing": 7.77, "Encoding": false, "Polarity": false})";
+const std::string plateWithOffset = R"({"GridSpacing": 10, "Offset": [1270, -1280], "Polarity": false})";
 const std::string catalogue = R"({"Type": "Plate12"})";
 const std::string catalogueInverted = R"({"Type": "Plate3", "Polarity": false})";
 
-const std::vector<std::string> allTypes{catalogue, catalogueInverted, single,   singleInverted,
-                                        flexible,  flexibleInverted,  assembly, assemblyInverted,
-                                        plate,     plateInverted};
+const std::vector<std::string> allTypes{catalogue, catalogueInverted, single,         singleInverted,
+                                        flexible,  flexibleInverted,  assembly,       assemblyInverted,
+                                        plate,     plateInverted,     plateWithOffset};
 
 // A pattern's file and what its attached description says of it.
 class PatternOutput : public testing::Test {
@@ -81,13 +82,13 @@ double edgePosition(const cv::Mat &image, double expected, int across, double re
     return startsLight ? from + light : to - light;
 }
 
-// A checkerboard's corner, from the four edges that meet there, each measured in the middle of the squares' sides.
+// A checkerboard's corner, from the four edges that meet there, each measured between the corner and the marks.
 cv::Point2d measuredCorner(const cv::Mat &image, cv::Point2d expected, double side) {
     const double reach = side * 0.4;
-    const int above = cvRound(expected.y - side / 2.0);
-    const int below = cvRound(expected.y + side / 2.0);
-    const int before = cvRound(expected.x - side / 2.0);
-    const int behind = cvRound(expected.x + side / 2.0);
+    const int above = cvRound(expected.y - side / 4.0);
+    const int below = cvRound(expected.y + side / 4.0);
+    const int before = cvRound(expected.x - side / 4.0);
+    const int behind = cvRound(expected.x + side / 4.0);
     return {
         (edgePosition(image, expected.x, above, reach, true) + edgePosition(image, expected.x, below, reach, true)) /
             2.0,
@@ -98,7 +99,7 @@ cv::Point2d measuredCorner(const cv::Mat &image, cv::Point2d expected, double si
 
 // A mark's centre: the centre of gravity of what differs from its surroundings.
 cv::Point2d measuredMark(const cv::Mat &image, cv::Point2d expected, double pitch) {
-    const int reach = cvFloor(pitch * 0.35);  // short of the triangle in the plate's corner
+    const int reach = cvFloor(pitch * 0.33);  // short of triangle and dots
     const cv::Rect field(cvRound(expected.x) - reach, cvRound(expected.y) - reach, 2 * reach + 1, 2 * reach + 1);
     cv::Mat mark = image(field).clone();
     if (mark.at<uchar>(0, 0) > 127) {
@@ -272,6 +273,54 @@ TEST_F(PatternOutput, isFoundByStockDetectors) {
     }
 }
 
+// Whether a place is dark on the page, and not grey.
+bool isDarkOnPage(const cv::Mat &page, cv::Point2d at) {
+    const int grey = page.at<uchar>(cvFloor(at.y), cvFloor(at.x));
+    EXPECT_TRUE(grey < 40 || grey > 215) << grey << " at " << at;
+    return grey < 128;
+}
+
+TEST_F(PatternOutput, drawsTheCellsThatTheDescriptionLists) {
+    constexpr int dotsPerInch = 600;
+    constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
+    for (const std::string &pattern : allTypes) {
+        savePdf(pattern);
+        const cv::Mat page = renderPage(pdf, 1, dotsPerInch);
+        const double pitch = first()["LatticePitch"].get<double>();
+        // The outer size's corner; the plate's first mark is a grid spacing from it, as the first corner is a square.
+        const cv::Point2d origin = pointsOnPage(210, 297).front() - cv::Point2d(pitch, pitch);
+        const auto isDark = [&](double x, double y) {
+            return isDarkOnPage(page, (origin + cv::Point2d(x, y) * pitch) * pixelsPerMm);
+        };
+        const Json &code = first()["Code"];
+        if (code.is_null()) {
+            EXPECT_EQ(pattern, plateInverted);
+            continue;
+        }
+        for (int row = 0; row < static_cast<int>(code["Cells"].size()); ++row) {
+            const auto cells = code["Cells"][static_cast<std::size_t>(row)].get<std::string>();
+            for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
+                const bool isMarked = cells[static_cast<std::size_t>(column)] == '1';
+                SCOPED_TRACE(pattern + " column " + std::to_string(column) + " row " + std::to_string(row));
+                if (isPlate()) {
+                    const bool polarity = first()["Polarity"].get<bool>();
+                    const double x = column + row == 0 ? 1.5 : column + 0.5;
+                    const double y = column + row == 0 ? 1.0 : row + 0.5;
+                    EXPECT_EQ(isDark(x + 0.13, y) == polarity, isMarked);
+                    EXPECT_EQ(isDark(x, y - 0.13) == polarity, isMarked);
+                    EXPECT_NE(isDark(x, y), polarity) << "the hole";
+                    EXPECT_NE(isDark(x + 0.17, y), polarity) << "around the dot";
+                } else {
+                    const bool square = isDark(column + 0.3, row + 0.3);
+                    EXPECT_EQ(isDark(column + 0.5, row + 0.5) != square, isMarked);
+                    EXPECT_EQ(isDark(column + 0.36, row + 0.64) != square, isMarked);
+                    EXPECT_EQ(isDark(column + 0.7, row + 0.5), square);
+                }
+            }
+        }
+    }
+}
+
 TEST_F(PatternOutput, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
     for (const std::string &pattern : allTypes) {
         savePdf(pattern);
@@ -288,10 +337,10 @@ TEST_F(PatternOutput, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
 
 TEST_F(PatternOutput, captionSaysAllThatThePrintDependsOn) {
     savePdf(R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 12.123456789, "Thickness": 1.5,
-                "Offset": [18.75, -6.25], "Polarity": false})");
+                "Offset": [18.19, -6.06], "Polarity": false})");
     const std::string caption = outputOf("pdftotext -layout '" + pdf + "' -");
-    for (const char *part : {"Flexible 9 × 6", "60.617284 × 42.432099 mm", "12.123456789 mm", "1.5 mm", "18.75",
-                             "-6.25", "false", "LmLib64 "}) {
+    for (const char *part : {"Flexible 9 × 6", "60.617284 × 42.432099 mm", "12.123456789 mm", "1.5 mm", "18.19",
+                             "-6.06", "false", "LmLib64 "}) {
         EXPECT_NE(caption.find(part), std::string::npos) << part << "\n" << caption;
     }
 }
@@ -338,8 +387,8 @@ TEST_F(PatternOutput, attachesWhatTheJsonFileHolds) {
     EXPECT_EQ(p["Points"].size(), 11U * 20U);
     // 11 columns, 20 rows: the reference point is column 5, row 9, and lies at the offset.
     EXPECT_EQ(p["ReferenceIndex"], Json::parse("[5, 9]"));
-    EXPECT_EQ(p["Points"][9 * 11 + 5], Json::parse("[5, 9, 18.75, -6.25]"));
-    EXPECT_EQ(p["Points"][9 * 11 + 6], Json::parse("[6, 9, 25.435, -6.25]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 5], Json::parse("[5, 9, 20.055, -6.685]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 6], Json::parse("[6, 9, 26.74, -6.685]"));
     // Its parameters, given back to the command, yield the same file.
     ASSERT_EQ(save(p["Parameters"].dump(), folder.file("again.pdf")), "");
     EXPECT_EQ(readBytes(folder.file("again.pdf")), readBytes(pdf));

@@ -1,0 +1,184 @@
+#include "camera_library/pattern/code_cells.h"
+
+#include <cmath>
+
+#include "camera_library/pattern/number_text.h"
+
+namespace lmlib64 {
+
+namespace {
+
+using pattern_code::BlockContent;
+using pattern_code::BlockKind;
+
+// Clients send offsets that they rounded to hundredths of a millimetre.
+constexpr double offsetTolerance = 0.005 + 1e-6;
+
+// An offset in whole units of length; nothing where it is none.
+std::optional<int> wholeUnits(double offset, double unit) {
+    const double count = std::round(offset / unit);
+    const bool isWhole = std::abs(count) < 1e6 && std::abs(offset - count * unit) <= offsetTolerance;
+    return isWhole ? std::optional(static_cast<int>(count)) : std::nullopt;
+}
+
+std::optional<std::array<int, 2>> wholeOffset(const PatternDescription &description, double unit) {
+    const std::optional<int> x = wholeUnits(description.offset[0], unit);
+    const std::optional<int> y = wholeUnits(description.offset[1], unit);
+    return x && y ? std::optional(std::array<int, 2>{*x, *y}) : std::nullopt;
+}
+
+// What the pattern's information block is to hold; nothing where a length or offset is not a whole number of units.
+std::optional<BlockContent> contentOf(const PatternDescription &description) {
+    BlockContent content;
+    if (description.kind == PatternKind::Halcon && description.hasOffset) {
+        const auto offset = wholeOffset(description, description.gridSpacing);
+        if (!offset) {
+            return std::nullopt;
+        }
+        content.kind = BlockKind::Offset;
+        content.offsetX = (*offset)[0];
+        content.offsetY = (*offset)[1];
+        return content;
+    }
+    const auto gridSpacing = pattern_code::hundredthsOfMillimetre(description.gridSpacing);
+    const auto thickness = pattern_code::hundredthsOfMillimetre(description.thickness);
+    if (!gridSpacing || !thickness) {
+        return std::nullopt;
+    }
+    content.gridSpacing = *gridSpacing;
+    if (description.assemblyNumber) {
+        content.kind = BlockKind::Assembly;
+        content.assemblyPattern = *description.assemblyNumber;
+    } else {
+        content.thickness = *thickness;
+    }
+    return content;
+}
+
+CodeCells emptyCells(CodeCells::Carrier carrier, int columns, int rows) {
+    CodeCells code;
+    code.carrier = carrier;
+    code.columns = columns;
+    code.rows = rows;
+    code.cells.resize(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
+    return code;
+}
+
+template <typename Bit>
+void fillCells(CodeCells &code, const Bit &bit) {
+    std::size_t index = 0;
+    for (int row = 0; row < code.rows; ++row) {
+        for (int column = 0; column < code.columns; ++column) {
+            code.cells[index++] = bit(column, row) ? 1 : 0;
+        }
+    }
+}
+
+CodeCells planeCells(const PatternDescription &description) {
+    const auto [width, height] = description.gridSize;
+    CodeCells code = emptyCells(CodeCells::Carrier::Plane, width + 1, height + 1);
+    code.offset = *wholeOffset(description, description.gridSpacing / 2.0);
+    code.planeSquare = *pattern_code::planeWindowForPattern(width, height, code.offset[0], code.offset[1]);
+    fillCells(code, [&code](int column, int row) {
+        return pattern_code::planeBit(code.planeSquare.column + column, code.planeSquare.row + row);
+    });
+    return code;
+}
+
+// Puts the block into the cells, each of its columns and rows so many cells from the last.
+void putBlock(CodeCells &code, int step) {
+    for (int bit = 0; bit < pattern_code::blockBitCount; ++bit) {
+        const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
+        const int index = cell.row * step * code.columns + cell.column * step;
+        code.cells[static_cast<std::size_t>(index)] =
+            static_cast<std::uint8_t>(code.block >> (pattern_code::blockBitCount - 1 - bit) & 1U);
+    }
+}
+
+CodeCells blockCells(const PatternDescription &description) {
+    const bool isPlate = description.kind == PatternKind::Halcon;
+    const int side = isPlate ? 8 : pattern_code::tileSide;
+    CodeCells code = emptyCells(isPlate ? CodeCells::Carrier::Plate : CodeCells::Carrier::Tile, side, side);
+    code.content = contentOf(description);
+    code.block = pattern_code::encodeBlock(*code.content);
+    if (isPlate) {
+        putBlock(code, 1);
+        return code;
+    }
+    code.tile = description.assemblyNumber ? pattern_code::tileOfAssemblyPattern(*description.assemblyNumber)
+                                           : pattern_code::singleTile;
+    fillCells(code, [&code](int column, int row) {
+        return pattern_code::carriesPosition(column, row) && pattern_code::tileBit(code.tile, column, row);
+    });
+    putBlock(code, 2);
+    return code;
+}
+
+std::string unlessPlain(const std::string &required) {
+    return required + R"( to be encoded, unless "Encoding" is false)";
+}
+
+std::string hundredthsUpTo(int least, int greatest) {
+    return "a multiple of 0.01 mm from " + numberText(least / 100.0) + " to " + numberText(greatest / 100.0) + " mm";
+}
+
+std::string countsText(const char *axis, int least, int greatest) {
+    return std::to_string(least) + " to " + std::to_string(greatest) + " in " + axis;
+}
+
+std::optional<EncodingFault> planeFault(const PatternDescription &description) {
+    const double unit = description.gridSpacing / 2.0;
+    const pattern_code::OffsetRange x = pattern_code::offsetRangeForCorners(description.gridSize[0]);
+    const pattern_code::OffsetRange y = pattern_code::offsetRangeForCorners(description.gridSize[1]);
+    const auto offset = wholeOffset(description, unit);
+    if (offset && pattern_code::planeWindowForPattern(description.gridSize[0], description.gridSize[1], (*offset)[0],
+                                                      (*offset)[1])) {
+        return std::nullopt;
+    }
+    return EncodingFault{"Offset", unlessPlain("whole multiples of half the grid spacing, " + numberText(unit) +
+                                               " mm, for this size " + countsText("x", x.least, x.greatest) + " and " +
+                                               countsText("y", y.least, y.greatest) + ",")};
+}
+
+std::optional<EncodingFault> blockFault(const PatternDescription &description) {
+    const std::optional<BlockContent> content = contentOf(description);
+    if (content && pattern_code::isEncodable(*content)) {
+        return std::nullopt;
+    }
+    if (description.kind == PatternKind::Halcon && description.hasOffset) {
+        return EncodingFault{"Offset",
+                             unlessPlain("whole multiples of the grid spacing, " + numberText(description.gridSpacing) +
+                                         " mm, from " + std::to_string(pattern_code::leastBlockOffset) + " to " +
+                                         std::to_string(pattern_code::greatestBlockOffset) + ",")};
+    }
+    PatternDescription withoutThickness = description;
+    withoutThickness.thickness = 0.0;
+    const std::optional<BlockContent> spacingAlone = contentOf(withoutThickness);
+    if (spacingAlone && pattern_code::isEncodable(*spacingAlone)) {
+        return EncodingFault{"Thickness", unlessPlain(hundredthsUpTo(0, pattern_code::greatestBlockThickness))};
+    }
+    return EncodingFault{"GridSpacing", unlessPlain(hundredthsUpTo(pattern_code::leastBlockSpacing,
+                                                                   pattern_code::greatestBlockSpacing))};
+}
+
+bool isCoded(const PatternDescription &description) {
+    return description.coded && description.hasExtent();
+}
+
+}  // namespace
+
+std::optional<CodeCells> codeCellsOf(const PatternDescription &description) {
+    if (!isCoded(description)) {
+        return std::nullopt;
+    }
+    return description.kind == PatternKind::Flexible ? planeCells(description) : blockCells(description);
+}
+
+std::optional<EncodingFault> encodingFault(const PatternDescription &description) {
+    if (!isCoded(description)) {
+        return std::nullopt;
+    }
+    return description.kind == PatternKind::Flexible ? planeFault(description) : blockFault(description);
+}
+
+}  // namespace lmlib64
