@@ -120,7 +120,7 @@ std::string makePdf(const std::vector<PrintedPage> &pages, const std::string &ti
     std::string failure;
     try {
         bytes = finish(pdf, drawn, pages, title, patternJson);
-    } catch (const QPDFExc &error) {
+    } catch (const std::runtime_error &error) {  // of which QPDFExc is one
         failure = error.what();
     }
     if (pdf.anyWarnings()) {
