@@ -33,7 +33,14 @@ install_packages() {
     as_root=(sudo)
   fi
   echo "Installing: ${missing[*]}"
-  "${as_root[@]}" apt-get update -q >/dev/null
-  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+  local log
+  log=$(mktemp)
+  if ! { "${as_root[@]}" apt-get update -q &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+    cat "$log" >&2
+    rm -f "$log"
+    return 1
+  fi
+  rm -f "$log"
 }
