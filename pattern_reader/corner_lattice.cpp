@@ -27,9 +27,10 @@ float length(cv::Point2f v) {
 
 }  // namespace
 
-CornerLattice::CornerLattice() : indices_(size_t(side) * side, int16_t(-1)) {}
-
 bool CornerLattice::add(const LatticeCorner &corner) {
+    if (indices_.empty()) {
+        indices_.assign(size_t(side) * side, int16_t(-1));
+    }
     if (!inRange(corner.cell) || indices_[slotOf(corner.cell)] >= 0 || corners.size() >= 32000) {
         return false;
     }
@@ -39,7 +40,7 @@ bool CornerLattice::add(const LatticeCorner &corner) {
 }
 
 int CornerLattice::indexAt(cv::Point cell) const {
-    return inRange(cell) ? indices_[slotOf(cell)] : -1;
+    return !indices_.empty() && inRange(cell) ? indices_[slotOf(cell)] : -1;
 }
 
 const LatticeCorner *CornerLattice::at(cv::Point cell) const {
@@ -198,7 +199,7 @@ void link(std::vector<Node> &nodes, const cv::Size &size) {
     for (size_t i = 0; i < nodes.size(); i++) {
         Node &p = nodes[i];
         std::array<float, 4> closest{};
-        closest.fill(farthestLink);
+        closest.fill(farthestLink * farthestLink);
         const int x0 = cellOf(p.position.x - farthestLink, columns);
         const int x1 = cellOf(p.position.x + farthestLink, columns);
         const int y0 = cellOf(p.position.y - farthestLink, rows);
@@ -208,12 +209,14 @@ void link(std::vector<Node> &nodes, const cv::Size &size) {
                 for (int k = first[cellSlot(cx, cy)]; k >= 0; k = next[size_t(k)]) {
                     const Node &q = nodes[size_t(k)];
                     const cv::Point2f d = q.position - p.position;
-                    const float distance = length(d);
-                    if (distance < shortestLink || distance >= farthestLink) {
+                    // Squares of lengths: most pairs are sorted out here.
+                    const float distance = d.dot(d);
+                    if (distance < shortestLink * shortestLink || distance >= farthestLink * farthestLink) {
                         continue;
                     }
                     for (size_t axis = 0; axis < 2; axis++) {
-                        if (std::abs(cross(p.border[axis], d)) > 0.26F * distance) {
+                        const float aside = cross(p.border[axis], d);
+                        if (aside * aside > 0.26F * 0.26F * distance) {
                             continue;
                         }
                         const size_t slot = p.border[axis].dot(d) > 0 ? axis : axis + 2;

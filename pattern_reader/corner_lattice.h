@@ -29,7 +29,6 @@ public:
     bool originLight = true;
     std::vector<LatticeCorner> corners;
 
-    CornerLattice();
     // Adds a corner; false when its cell is taken or out of range.
     bool add(const LatticeCorner &corner);
     // The corner's number in `corners`, or -1.
@@ -49,7 +48,7 @@ public:
     float spacingAt(cv::Point cell) const;
 
 private:
-    std::vector<int16_t> indices_;
+    std::vector<int16_t> indices_;  // empty until there is a corner
 };
 
 // Links saddles of one level into lattices. Every saddle ends in at most one; pieces of fewer than leastCorners

@@ -256,16 +256,39 @@ std::optional<Place> tryWholePlane(const std::array<ReadingGrid, 4> &grids) {
     return best;
 }
 
-Agreement compareWithTile(int tile, const ReadingGrid &grid, cv::Point at, int mismatchLimit) {
-    Agreement agreement;
-    for (size_t i = 0; i < grid.squares.size(); i++) {
-        const cv::Point s = grid.squares[i] + at;
-        if (s.x >= 0 && s.y >= 0 && s.x < tileSide && s.y < tileSide && pattern_code::carriesPosition(s.x, s.y)) {
-            agreement.compared++;
-            agreement.mismatches += int(pattern_code::tileBit(tile, s.x, s.y)) != grid.bits[i] ? 1 : 0;
-            if (agreement.mismatches > mismatchLimit) {
-                break;
+// The bits of a tile's squares: 0, 1, or -1 where it carries none of position.
+using TileBits = std::array<int8_t, size_t(tileSide) * tileSide>;
+
+const std::array<TileBits, tileCount> &tileBits() {
+    static const std::array<TileBits, tileCount> bits = [] {
+        std::array<TileBits, tileCount> all{};
+        for (int tile = 0; tile < tileCount; tile++) {
+            for (int row = 0; row < tileSide; row++) {
+                for (int column = 0; column < tileSide; column++) {
+                    int8_t &bit = all[size_t(tile)][size_t(row) * tileSide + size_t(column)];
+                    bit = int8_t(!pattern_code::carriesPosition(column, row) ? -1
+                                 : pattern_code::tileBit(tile, column, row)  ? 1
+                                                                             : 0);
+                }
             }
+        }
+        return all;
+    }();
+    return bits;
+}
+
+Agreement compareWithTile(int tile, const ReadingGrid &grid, cv::Point at, int mismatchLimit) {
+    const TileBits &bits = tileBits()[size_t(tile)];
+    Agreement agreement;
+    for (size_t i = 0; i < grid.squares.size() && agreement.mismatches <= mismatchLimit; i++) {
+        const cv::Point s = grid.squares[i] + at;
+        if (s.x < 0 || s.y < 0 || s.x >= tileSide || s.y >= tileSide) {
+            continue;
+        }
+        const int8_t bit = bits[size_t(s.y) * tileSide + size_t(s.x)];
+        if (bit >= 0) {
+            agreement.compared++;
+            agreement.mismatches += bit != grid.bits[i] ? 1 : 0;
         }
     }
     return agreement;

@@ -222,6 +222,31 @@ struct ResponseRows {
     }
 };
 
+// Whether it gets lighter on all eight sides, within the distances at which a blob of this level can end.
+bool isAlone(const cv::Mat &smoothed, int x, int y) {
+    constexpr int reach = 4;
+    if (x < reach || y < reach || x >= smoothed.cols - reach || y >= smoothed.rows - reach) {
+        return false;
+    }
+    const auto at = [&](int dx, int dy) { return int(smoothed.ptr<int16_t>(y + dy)[x + dx]); };
+    const int centre = at(0, 0);
+    int least = 1 << 20;
+    int sum = 0;
+    for (int dy = -1; dy <= 1; dy++) {
+        for (int dx = -1; dx <= 1; dx++) {
+            if (dx == 0 && dy == 0) {
+                continue;
+            }
+            // About as far on the diagonals as along the axes.
+            const int near = dx != 0 && dy != 0 ? 2 : 3;
+            const int rise = std::max(at(dx * near, dy * near), at(dx * (near + 1), dy * (near + 1))) - centre;
+            least = std::min(least, rise);
+            sum += rise;
+        }
+    }
+    return 8 * least * 5 > sum * 2;
+}
+
 void collect(const ImageLevel &level, const ResponseRows &rows, int y, LevelPoints &points) {
     constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
     constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
@@ -238,7 +263,7 @@ void collect(const ImageLevel &level, const ResponseRows &rows, int y, LevelPoin
             // Both curvatures upwards, and the valley not much longer than wide.
             const float mean = (q.xx + q.yy) / 2;
             const float half = std::hypot((q.xx - q.yy) / 2, q.xy);
-            if (mean > 0 && half < 0.8F * mean) {
+            if (mean > 0 && half < 0.8F * mean && isAlone(level.smoothed, x, y)) {
                 points.blobs.push_back({cv::Point2f(float(x), float(y)), std::sqrt(-value) / greyScale});
             }
         }

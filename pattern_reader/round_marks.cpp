@@ -46,12 +46,17 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     if (last.x < 0 || last.y < 0 || last.x >= float(smoothed.cols - 1) || last.y >= float(smoothed.rows - 1)) {
         return false;
     }
-    for (int i = 0; i <= count + 1; i++) {
-        grey[size_t(i)] = greyAt(smoothed, from + direction * (rayStep * float(i)));
-    }
+    // Sampled only as far as the border, and three samples beyond it.
+    int sampled = 0;
+    const auto sampleTo = [&](int end) {
+        for (; sampled <= std::min(end, count + 1); sampled++) {
+            grey[size_t(sampled)] = greyAt(smoothed, from + direction * (rayStep * float(sampled)));
+        }
+    };
     float steepest = 0;
     int at = 0;
     for (int i = 1; i <= count; i++) {
+        sampleTo(i + 1);
         const float rise = grey[size_t(i) + 1] - grey[size_t(i) - 1];
         if (rise > steepest) {
             steepest = rise;
@@ -60,6 +65,7 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
             break;
         }
     }
+    sampleTo(at + 3);
     if (at < 2 || steepest < 4 || at >= count) {
         return false;
     }

@@ -62,21 +62,42 @@ std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coar
     return best;
 }
 
-void count(DetectorTotals &totals, std::optional<double> error, std::optional<double> reader, size_t corners,
+// What the reader has of one board.
+struct ReaderResult {
+    bool read = false;
+    bool complete = false;
+    double error = 0;  // root mean square over its corners, pixels
+};
+
+ReaderResult judge(const Scene &scene, const std::vector<pattern_reader::PatternReading> &readings, size_t corners) {
+    const PictureScore score = scorePicture(scene, readings);
+    const PatternScore &own = score.patterns.front();
+    ReaderResult result;
+    result.read = own.placed;
+    if (own.placed) {
+        result.complete = size_t(own.corners) == corners && own.strayCorners == 0;
+        result.error = std::sqrt(own.squaredError / std::max(1, own.corners - own.strayCorners));
+    }
+    return result;
+}
+
+void count(DetectorTotals &totals, std::optional<double> error, const ReaderResult &reader, size_t corners,
            unsigned number) {
     if (!error) {
         return;
     }
     totals.found++;
-    if (!reader) {
+    if (!reader.read) {
         std::printf("  picture %u: found by %s, not by the reader\n", number, totals.name.c_str());
         totals.foundButMissed++;
         return;
     }
+    totals.foundMoreCorners += reader.complete ? 0 : 1;
     totals.both++;
+    totals.corners += corners;
     totals.ownError += *error * *error * double(corners);
-    totals.readerError += *reader * *reader * double(corners);
-    totals.readerBetter += *reader <= *error ? 1 : 0;
+    totals.readerError += reader.error * reader.error * double(corners);
+    totals.readerBetter += reader.error <= *error ? 1 : 0;
 }
 
 }  // namespace
@@ -88,8 +109,6 @@ Comparison compareWithStock(unsigned sceneCount, unsigned limit) {
     std::vector<double> ratios;
     std::vector<double> readerTimes;
     std::vector<double> sectorBasedTimes;
-    size_t classicCornerCount = 0;
-    size_t sectorBasedCornerCount = 0;
     for (unsigned number = 0; number < sceneCount && unsigned(comparison.pictures) < limit; number++) {
         if (number % 10 > 6) {
             continue;
@@ -118,34 +137,23 @@ Comparison compareWithStock(unsigned sceneCount, unsigned limit) {
         readerTimes.push_back(readerTime);
         sectorBasedTimes.push_back(sectorBasedTime);
 
-        std::optional<double> readerError;
-        const PictureScore score = scorePicture(scene, readings);
-        if (score.patterns.front().placed) {
-            Corners own;
-            for (const pattern_reader::PatternCorner &corner : readings.front().corners) {
-                own.push_back(corner.image);
-            }
-            readerError = errorOf(own, truth, reach);
-        }
-        comparison.readByReader += readerError ? 1 : 0;
+        const ReaderResult reader = judge(scene, readings, truth.size());
+        comparison.readByReader += reader.read ? 1 : 0;
+        comparison.completeByReader += reader.complete ? 1 : 0;
         if (sectorBased) {
-            const std::optional<double> error = errorOf(*sectorBased, truth, reach);
-            count(comparison.sectorBased, error, readerError, truth.size(), number);
-            sectorBasedCornerCount += error && readerError ? truth.size() : 0;
+            count(comparison.sectorBased, errorOf(*sectorBased, truth, reach), reader, truth.size(), number);
         }
         const std::optional<Corners> classic = classicCorners(scene.image, size, classicLimitSeconds);
         if (classic) {
-            const std::optional<double> error = bestRefinedError(scene.image, *classic, truth, reach);
-            count(comparison.classic, error, readerError, truth.size(), number);
-            classicCornerCount += error && readerError ? truth.size() : 0;
+            count(comparison.classic, bestRefinedError(scene.image, *classic, truth, reach), reader, truth.size(),
+                  number);
         }
     }
-    const auto finish = [](DetectorTotals &totals, size_t corners) {
-        totals.ownError = std::sqrt(totals.ownError / double(std::max<size_t>(1, corners)));
-        totals.readerError = std::sqrt(totals.readerError / double(std::max<size_t>(1, corners)));
-    };
-    finish(comparison.classic, classicCornerCount);
-    finish(comparison.sectorBased, sectorBasedCornerCount);
+    for (DetectorTotals *totals : {&comparison.classic, &comparison.sectorBased}) {
+        const auto corners = double(std::max<size_t>(1, totals->corners));
+        totals->ownError = std::sqrt(totals->ownError / corners);
+        totals->readerError = std::sqrt(totals->readerError / corners);
+    }
     comparison.medianTimeRatio = median(ratios);
     comparison.medianReaderMs = median(readerTimes);
     comparison.medianSectorBasedMs = median(sectorBasedTimes);

@@ -185,17 +185,17 @@ void printTable(const Results &results) {
 }
 
 void printComparison(const Comparison &comparison) {
-    std::printf("\n%d boards seen whole, all corners: reader %d, %s %d, %s %d\n", comparison.pictures,
-                comparison.readByReader, comparison.classic.name.c_str(), comparison.classic.found,
-                comparison.sectorBased.name.c_str(), comparison.sectorBased.found);
+    std::printf("\n%d boards seen whole: reader reads %d, %d with every corner\n\n", comparison.pictures,
+                comparison.readByReader, comparison.completeByReader);
+    std::printf(
+        "| stock detector | finds | of these the reader misses | reads with fewer corners | its rms error, px | "
+        "reader's on the same boards | reader more exact on |\n|---|---|---|---|---|---|---|\n");
     for (const DetectorTotals *totals : {&comparison.classic, &comparison.sectorBased}) {
-        std::printf(
-            "%s: found but missed by the reader %d; on %d common boards rms error %.4f px, reader %.4f px, reader "
-            "better on %d\n",
-            totals->name.c_str(), totals->foundButMissed, totals->both, totals->ownError, totals->readerError,
-            totals->readerBetter);
+        std::printf("| %s | %d | %d | %d | %.4f | %.4f | %d/%d |\n", totals->name.c_str(), totals->found,
+                    totals->foundButMissed, totals->foundMoreCorners, totals->ownError, totals->readerError,
+                    totals->readerBetter, totals->both);
     }
-    std::printf("time, median: findChessboardCornersSB %.2f ms, reader %.2f ms, ratio %.1f\n",
+    std::printf("\ntime, median: findChessboardCornersSB %.2f ms, reader %.2f ms, ratio %.1f\n",
                 comparison.medianSectorBasedMs, comparison.medianReaderMs, comparison.medianTimeRatio);
 }
 
@@ -276,7 +276,9 @@ int main(int argumentCount, char **arguments) {
     for (std::thread &thread : threads) {
         thread.join();
     }
-    printTable(results);
+    if (options.images + options.empty > 0) {
+        printTable(results);
+    }
     Comparison comparison;
     if (options.compare > 0) {
         comparison = compareWithStock(comparedScenes, options.compare);
