@@ -52,26 +52,43 @@ void cover(CoverageRow &row, std::int32_t a, std::int32_t b) {
     pixels[last] = static_cast<std::uint16_t>(pixels[last] + b - last * pixelUnits);
 }
 
+/// From covered shares to greys. 255 × 256 + 128 still fits 16 bits, which keeps the loop in the narrow registers.
+void makeGreys(const CoverageRow &coverage, std::vector<std::uint8_t> &greys) {
+    std::transform(coverage.begin(), coverage.end() - 1, greys.begin(), [](std::uint16_t covered) {
+        const auto scaled = static_cast<std::uint16_t>(covered * 255U + 128U);
+        return static_cast<std::uint8_t>(255U - (scaled >> 8U));
+    });
+}
+
+/// Rows that look the same, and the crossings they were made from.
+struct Band {
+    std::vector<std::int32_t> crossings;
+    std::vector<std::uint8_t> greys;
+};
+
 /// Sends rows to the picture from the top, in heights that need not be whole pixels.
 class RowWriter {
 public:
     RowWriter(std::int32_t width, std::int32_t height)
-        : sum(static_cast<std::size_t>(width)), bytes(static_cast<std::size_t>(width)) {
-        picture.reserve(bytes.size() * static_cast<std::size_t>(height));
+        : sum(static_cast<std::size_t>(width)), mixed(static_cast<std::size_t>(width)) {
+        picture.reserve(mixed.size() * static_cast<std::size_t>(height));
     }
 
-    /// All rows from where the last call ended down to y, in 1/256 pixel, look like this one.
-    void fillDownTo(std::int32_t y, const CoverageRow &row) {
+    /// All rows from where the last call ended down to y, in 1/256 pixel, have these greys.
+    void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t wholeRows = position % pixelUnits == 0 ? (y - position) / pixelUnits : 0;
             if (wholeRows > 0) {
-                appendRows(wholeRows, row);
+                for (std::int32_t i = 0; i < wholeRows; ++i) {
+                    picture.insert(picture.end(), greys.begin(), greys.end());
+                }
                 position += wholeRows * pixelUnits;
                 continue;
             }
             const std::int32_t rowEnd = (position / pixelUnits + 1) * pixelUnits;
-            addShare(static_cast<std::uint32_t>(std::min(y, rowEnd) - position), row);
-            position = std::min(y, rowEnd);
+            const std::int32_t end = std::min(y, rowEnd);
+            addShare(static_cast<std::uint16_t>(end - position), greys);
+            position = end;
             if (position == rowEnd) {
                 appendSum();
             }
@@ -81,38 +98,58 @@ public:
     std::vector<std::uint8_t> take() { return std::move(picture); }
 
 private:
-    void addShare(std::uint32_t share, const CoverageRow &row) {
-        const std::uint16_t *from = row.data();
-        std::uint32_t *to = sum.data();
-        for (std::size_t x = 0; x < bytes.size(); ++x) {
-            to[x] += share * from[x];
+    /// The shares of one row make 256 together, and 256 × 255 fits 16 bits.
+    void addShare(std::uint16_t share, const std::vector<std::uint8_t> &greys) {
+        const std::uint8_t *from = greys.data();
+        std::uint16_t *to = sum.data();
+        for (std::size_t x = 0; x < mixed.size(); ++x) {
+            to[x] = static_cast<std::uint16_t>(to[x] + share * from[x]);
         }
     }
 
     void appendSum() {
-        constexpr std::uint32_t full = pixelUnits * pixelUnits;
-        std::transform(sum.begin(), sum.end(), bytes.begin(), [](std::uint32_t covered) {
-            return static_cast<std::uint8_t>(255U - (255U * covered + full / 2) / full);
+        std::transform(sum.begin(), sum.end(), mixed.begin(), [](std::uint16_t grey) {
+            return static_cast<std::uint8_t>(static_cast<std::uint16_t>(grey + 128U) >> 8U);
         });
-        std::fill(sum.begin(), sum.end(), 0U);
-        picture.insert(picture.end(), bytes.begin(), bytes.end());
-    }
-
-    void appendRows(std::int32_t count, const CoverageRow &row) {
-        // 255 × 256 + 128 still fits 16 bits, which keeps this loop in the narrow registers.
-        std::transform(row.begin(), row.end() - 1, bytes.begin(), [](std::uint16_t covered) {
-            const auto scaled = static_cast<std::uint16_t>(covered * 255U + 128U);
-            return static_cast<std::uint8_t>(255U - (scaled >> 8U));
-        });
-        for (std::int32_t i = 0; i < count; ++i) {
-            picture.insert(picture.end(), bytes.begin(), bytes.end());
-        }
+        std::fill(sum.begin(), sum.end(), static_cast<std::uint16_t>(0));
+        picture.insert(picture.end(), mixed.begin(), mixed.end());
     }
 
     std::int32_t position = 0;          // rows above it are settled
-    std::vector<std::uint32_t> sum;     // covered shares, in 1/65536, of the row that position lies in
-    std::vector<std::uint8_t> bytes;    // one row's greys
+    std::vector<std::uint16_t> sum;     // greys, in 1/256, of the row that position lies in
+    std::vector<std::uint8_t> mixed;    // one row's greys
     std::vector<std::uint8_t> picture;  // grows by whole rows, so that no byte is written twice
+};
+
+/// Walks down the rectangles, which are sorted by their tops, and keeps those that it stands in.
+class Sweep {
+public:
+    Sweep(const std::vector<PixelRectangle> &rectangles, std::int32_t width)
+        : next(rectangles.cbegin()), end(rectangles.cend()), right(width * pixelUnits) {}
+
+    /// The places, from left to right, where a row below the edge enters or leaves a rectangle.
+    const std::vector<std::int32_t> &crossingsBelow(std::int32_t edge) {
+        for (; next != end && next->top <= edge; ++next) {
+            active.push_back(&*next);
+        }
+        active.erase(std::remove_if(active.begin(), active.end(),
+                                    [edge](const PixelRectangle *rectangle) { return rectangle->bottom <= edge; }),
+                     active.end());
+        crossings.clear();
+        for (const PixelRectangle *rectangle : active) {
+            crossings.push_back(std::clamp(rectangle->left, 0, right));
+            crossings.push_back(std::clamp(rectangle->right, 0, right));
+        }
+        sortRuns(crossings);
+        return crossings;
+    }
+
+private:
+    std::vector<PixelRectangle>::const_iterator next;
+    std::vector<PixelRectangle>::const_iterator end;
+    std::int32_t right;
+    std::vector<const PixelRectangle *> active;
+    std::vector<std::int32_t> crossings;
 };
 
 }  // namespace
@@ -125,32 +162,24 @@ std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangle
     }
     const std::vector<std::int32_t> edges = horizontalEdges(rectangles, height * pixelUnits);
 
+    Sweep sweep(rectangles, width);
     RowWriter writer(width, height);
-    CoverageRow row(static_cast<std::size_t>(width) + 1);  // one more, for intervals that end at the border
-    std::vector<std::int32_t> crossings;
-    std::vector<const PixelRectangle *> active;
-    auto next = rectangles.cbegin();
-    for (std::size_t band = 0; band + 1 < edges.size(); ++band) {
-        const std::int32_t top = edges[band];
-        for (; next != rectangles.cend() && next->top <= top; ++next) {
-            active.push_back(&*next);
+    CoverageRow coverage(static_cast<std::size_t>(width) + 1);  // one more, for intervals that end at the border
+    // What is above and below the marks of a row of squares looks the same, so a band often equals the last but one.
+    Band band{{}, std::vector<std::uint8_t>(static_cast<std::size_t>(width), 255)};
+    Band previous = band;
+    for (std::size_t edge = 0; edge + 1 < edges.size(); ++edge) {
+        const std::vector<std::int32_t> &crossings = sweep.crossingsBelow(edges[edge]);
+        std::swap(band, previous);
+        if (band.crossings != crossings) {
+            band.crossings = crossings;
+            std::fill(coverage.begin(), coverage.end(), static_cast<std::uint16_t>(0));
+            for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
+                cover(coverage, crossings[i], crossings[i + 1]);
+            }
+            makeGreys(coverage, band.greys);
         }
-        active.erase(std::remove_if(active.begin(), active.end(),
-                                    [top](const PixelRectangle *rectangle) { return rectangle->bottom <= top; }),
-                     active.end());
-
-        crossings.clear();
-        for (const PixelRectangle *rectangle : active) {
-            crossings.push_back(std::clamp(rectangle->left, 0, width * pixelUnits));
-            crossings.push_back(std::clamp(rectangle->right, 0, width * pixelUnits));
-        }
-        sortRuns(crossings);
-
-        std::fill(row.begin(), row.end(), static_cast<std::uint16_t>(0));
-        for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
-            cover(row, crossings[i], crossings[i + 1]);
-        }
-        writer.fillDownTo(edges[band + 1], row);
+        writer.fillDownTo(edges[edge + 1], band.greys);
     }
     return writer.take();
 }
