@@ -34,6 +34,8 @@ public:
     bool start(const QString &program, const QMap<QString, QString> &environment);
     void stop();
     bool isRunning() const { return process.state() == QProcess::Running; }
+    qint64 processId() const { return process.processId(); }
+    QString window() const { return mainWindow; }
 
     // Moves the window so that the top-left corner of its contents is as near to the position as the window
     // manager lets it.

@@ -1,0 +1,170 @@
+// Many updates over all pages and values leave nothing behind: no memory, no open file, no thread, no node. And the
+// program starts and ends as often as one likes.
+#include <unistd.h>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGraphicsScene>
+#include <QGraphicsView>
+#include <QLoggingCategory>
+#include <QMessageBox>
+#include <QProcess>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTimer>
+#include <QtTest>
+#include <random>
+
+#include "generator/main_window.h"
+#include "lmlib/tree_item.h"
+
+namespace {
+
+struct Held {
+    qint64 bytes = 0;
+    int openFiles = 0;
+    int threads = 0;
+    int nodes = 0;  // below the commands' parent
+};
+
+int entryCount(const QString &folder) {
+    return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+Held heldNow() {
+    QFile memory("/proc/self/statm");
+    memory.open(QIODevice::ReadOnly);
+    const qint64 pages = memory.readAll().split(' ').value(1).toLongLong();
+    return {pages * sysconf(_SC_PAGESIZE), entryCount("/proc/self/fd"), entryCount("/proc/self/task"),
+            TreeItem()["Execute"].count()};
+}
+
+int wanted(const char *variable, int otherwise) {
+    return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable) : otherwise;
+}
+
+// Changes one input of the page in front, or the page, to a value that it allows.
+class RandomChanges {
+public:
+    explicit RandomChanges(const MainWindow &window)
+        : pages(window.findChild<QTabWidget *>("patternType")), random(2026) {}
+
+    void change() {
+        if (below(8) == 0) {
+            pages->setCurrentIndex(below(pages->count()));
+            return;
+        }
+        const auto inputs = pages->currentWidget()->findChildren<QWidget *>();
+        for (int attempt = 0; attempt < 20; ++attempt) {
+            if (changeInput(inputs[below(inputs.size())])) {
+                return;
+            }
+        }
+    }
+
+private:
+    int below(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
+    double share() { return below(10001) / 10000.0; }
+
+    bool changeInput(QWidget *input) {
+        if (!input->isEnabled()) {
+            return false;
+        }
+        if (auto *list = qobject_cast<QComboBox *>(input)) {
+            list->setCurrentIndex(below(list->count()));
+        } else if (auto *count = qobject_cast<QSpinBox *>(input)) {
+            count->setValue(count->minimum() + below(count->maximum() - count->minimum() + 1));
+        } else if (auto *size = qobject_cast<QDoubleSpinBox *>(input)) {
+            size->setValue(size->minimum() + share() * (size->maximum() - size->minimum()));
+        } else if (auto *choice = qobject_cast<QRadioButton *>(input)) {
+            choice->click();
+        } else if (auto *option = qobject_cast<QCheckBox *>(input)) {
+            option->click();
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    QTabWidget *pages;
+    std::mt19937 random;
+};
+
+}  // namespace
+
+class LongUseTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QLoggingCategory::setFilterRules("default.warning=false"); }
+    void updatesLeaveNothingBehind();
+    void startsAndEndsAgainAndAgain();
+};
+
+void LongUseTest::updatesLeaveNothingBehind() {
+    constexpr int warmUp = 1000;
+    const int updates = wanted("LMCALTAB_UPDATES", 2000);
+    MainWindow window;
+    window.show();
+    int pictures = 0;
+    connect(window.findChild<QGraphicsView *>("preview")->scene(), &QGraphicsScene::changed, [&] { ++pictures; });
+    // A value that no pattern can have is reported; that is an update too.
+    int boxes = 0;
+    QTimer user;
+    connect(&user, &QTimer::timeout, [&boxes] {
+        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            ++boxes;
+            box->accept();
+        }
+    });
+    user.start(0);
+
+    RandomChanges changes(window);
+    QElapsedTimer timer;
+    timer.start();
+    Held first;
+    Held last;
+    for (int update = 1; update <= updates; ++update) {
+        changes.change();
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        if (update == warmUp) {
+            first = heldNow();
+        }
+    }
+    last = heldNow();
+    const double grownMiB = static_cast<double>(last.bytes - first.bytes) / (1024.0 * 1024.0);
+    qInfo(
+        "%d updates in %.1f s with %d reports; memory %.1f MiB, grown by %.2f MiB after the first %d; %d files, "
+        "%d threads",
+        updates, static_cast<double>(timer.elapsed()) / 1000.0, boxes,
+        static_cast<double>(last.bytes) / (1024.0 * 1024.0), grownMiB, warmUp, last.openFiles, last.threads);
+    QVERIFY(pictures > updates / 4);
+    QCOMPARE(last.openFiles, first.openFiles);
+    QCOMPARE(last.threads, first.threads);
+    QCOMPARE(last.nodes, 0);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    QVERIFY2(grownMiB < 2.0, qPrintable(QString("grown by %1 MiB").arg(grownMiB)));
+#endif
+}
+
+void LongUseTest::startsAndEndsAgainAndAgain() {
+    const int starts = wanted("LMCALTAB_STARTS", 20);
+    QElapsedTimer timer;
+    timer.start();
+    for (int start = 1; start <= starts; ++start) {
+        QProcess program;
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(CLOSING_PROGRAM, QStringList());
+        QVERIFY2(program.waitForFinished(60000), qPrintable(QString("start %1 does not end").arg(start)));
+        QVERIFY2(program.exitStatus() == QProcess::NormalExit && program.exitCode() == 0,
+                 qPrintable(QString("start %1: %2").arg(start).arg(QString(program.readAll()))));
+    }
+    qInfo("%d starts in %.1f s", starts, static_cast<double>(timer.elapsed()) / 1000.0);
+}
+
+QTEST_MAIN(LongUseTest)
+#include "long_use_test.moc"

@@ -1,0 +1,219 @@
+// A user without a plan, on a real desktop: clicks, keys and sizes at random, from a fixed seed. The program never
+// keeps one waiting, writes nowhere but to the folder it was started in, and can still do its work in the end.
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <algorithm>
+#include <memory>
+#include <random>
+
+#include "tests/end_to_end/desktop.h"
+#include "tests/end_to_end/driven_program.h"
+
+namespace {
+
+constexpr int patienceMs = 2000;
+
+QByteArray contentsOf(const QString &fileName) {
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Whether the thread that runs the program's window waits for events, in poll: not while it computes, nor while it
+// waits for a command of the library.
+bool waitsForEvents(qint64 process) {
+    const QByteArray call = contentsOf(QString("/proc/%1/syscall").arg(process)).split(' ').value(0);
+    return call == QByteArray::number(7) || call == QByteArray::number(271);
+}
+
+QStringList filesBelow(const QString &folder) {
+    QStringList files;
+    QDirIterator entries(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        files << QDir(folder).relativeFilePath(entries.next());
+    }
+    files.sort();
+    return files;
+}
+
+}  // namespace
+
+class RandomUseTest : public QObject {
+    Q_OBJECT
+
+public:
+    explicit RandomUseTest(const Desktop &usersDesktop) : desktop(usersDesktop) {}
+
+private slots:
+    void endsAsItBegan();
+
+private:
+    bool answers();
+    void act();
+    void answerOtherWindow();
+    void useKeyboard();
+    void resize();
+    bool closeOtherWindows();
+    int below(int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); }
+    QString word();
+
+    const Desktop &desktop;
+    std::unique_ptr<DrivenProgram> program;
+    std::mt19937 random{20260801};
+    QString window;
+    qint64 longestWaitMs = 0;
+    int actions = 0;
+};
+
+// Waits until the program is ready for the next input.
+bool RandomUseTest::answers() {
+    QThread::msleep(30);  // the input is on its way
+    QElapsedTimer timer;
+    timer.start();
+    while (!waitsForEvents(program->processId())) {
+        if (timer.elapsed() > patienceMs) {
+            return false;
+        }
+        QThread::msleep(1);
+    }
+    longestWaitMs = std::max(longestWaitMs, timer.elapsed());
+    return program->isRunning();
+}
+
+QString RandomUseTest::word() {
+    QString text;
+    for (int length = 1 + below(8); length > 0; --length) {
+        text += QChar("abcdefgh0123456789,-"[below(20)]);  // no dot: two of them are a folder
+    }
+    return text;
+}
+
+void RandomUseTest::answerOtherWindow() {
+    // Only what is typed: a click in a file dialog could lead to any folder.
+    if (below(2) == 0) {
+        desktop.type(word());
+        desktop.press({"Return"});
+    } else {
+        desktop.press({"Escape"});
+    }
+}
+
+void RandomUseTest::useKeyboard() {
+    const QStringList keys{"Tab",  "shift+Tab", "Up",     "Down",      "Left", "Right",    "space", "Prior",
+                           "Next", "ctrl+a",    "Delete", "BackSpace", "Home", "ctrl+Tab", "minus", "End"};
+    if (below(3) == 0) {
+        desktop.type(word());
+    } else {
+        desktop.press({keys[below(keys.size())], keys[below(keys.size())]});
+    }
+}
+
+void RandomUseTest::resize() {
+    desktop.xdotool({"windowsize", window, QString::number(100 + below(1100)), QString::number(80 + below(800))});
+}
+
+void RandomUseTest::act() {
+    ++actions;
+    if (!program->otherWindows().isEmpty()) {
+        answerOtherWindow();
+        return;
+    }
+    const int choice = below(20);
+    if (choice == 0) {
+        resize();
+    } else if (choice < 7) {
+        useKeyboard();
+    } else {
+        const QRect place = DrivenProgram::geometryOf(window);
+        const QStringList move{"mousemove", "--window", window, QString::number(below(std::max(1, place.width()))),
+                               QString::number(below(std::max(1, place.height())))};
+        const QString button = choice < 17 ? "1" : choice == 17 ? "3" : choice == 18 ? "4" : "5";
+        desktop.xdotool(move +
+                        QStringList{"click", "--repeat", QString::number(1 + below(3)), "--delay", "15", button});
+    }
+}
+
+bool RandomUseTest::closeOtherWindows() {
+    for (int attempt = 0; attempt < 20 && !program->otherWindows().isEmpty(); ++attempt) {
+        desktop.press({"Escape"});
+        program->waitForNoOtherWindow(500);
+    }
+    return program->otherWindows().isEmpty();
+}
+
+void RandomUseTest::endsAsItBegan() {
+    const int seconds = qEnvironmentVariableIsSet("LMCALTAB_RANDOM_SECONDS")
+                            ? qEnvironmentVariableIntValue("LMCALTAB_RANDOM_SECONDS")
+                            : 10;
+    QTemporaryDir chosen;
+    QTemporaryDir home;
+    QVERIFY(chosen.isValid() && home.isValid());
+    const QString buildFiles = filesBelow(QFileInfo(LMCALTAB_PROGRAM).path()).join(' ');
+    program = std::make_unique<DrivenProgram>(desktop);
+    QDir::setCurrent(chosen.path());
+    QVERIFY(program->start(LMCALTAB_PROGRAM, {{"HOME", home.path()},
+                                              {"XDG_CONFIG_HOME", home.path()},
+                                              {"XDG_CACHE_HOME", home.path()},
+                                              {"XDG_DATA_HOME", home.path()},
+                                              {"TMPDIR", home.path()}}));
+    window = program->window();
+    QVERIFY(program->moveWindow(QPoint(20, 40)));
+
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < seconds * 1000) {
+        act();
+        QVERIFY2(answers(), qPrintable(QString("after action %1").arg(actions)));
+    }
+    qInfo("%d actions in %d s; the longest wait was %lld ms; %d files saved on the way", actions, seconds,
+          static_cast<long long>(longestWaitMs), filesBelow(chosen.path()).size());
+
+    // It still previews and saves. Whatever the other pages show, a plate of the catalogue can be drawn.
+    QVERIFY(closeOtherWindows());
+    desktop.xdotool({"windowsize", "--sync", window, "899", "553"});
+    QVERIFY(program->showPage(DrivenProgram::Official));
+    QVERIFY(closeOtherWindows());
+    QVERIFY(answers());
+    const QImage picture = DrivenProgram::contentsOf(window).copy(
+        program->placeOf("preview").translated(-DrivenProgram::geometryOf(window).topLeft()));
+    int dark = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            dark += qGray(picture.pixel(x, y)) < 60 ? 1 : 0;
+        }
+    }
+    QVERIFY2(dark > picture.width() * picture.height() / 20, qPrintable(QString("%1 dark pixels").arg(dark)));
+
+    program->moveMouse(program->placeOf("saveBtn").center());
+    program->click();
+    desktop.waitForWindow("Save pattern...");
+    desktop.press({"ctrl+a"});
+    desktop.type(chosen.filePath("last.pdf"));
+    desktop.press({"Return"});
+    QTRY_VERIFY(contentsOf(chosen.filePath("last.pdf")).startsWith("%PDF-"));
+    QVERIFY(closeOtherWindows());
+    QVERIFY(program->isRunning());
+    program->stop();
+
+    // The toolkit's file dialog remembers its places in a file of its own; its font library keeps a cache.
+    for (const QString &file : filesBelow(home.path())) {
+        QVERIFY2(file == "QtProject.conf" || file.contains("fontconfig/"), qPrintable(file));
+    }
+    for (const QString &file : filesBelow(chosen.path())) {
+        QVERIFY2(file.endsWith(".pdf") || file.endsWith(".json"), qPrintable(file));
+    }
+    QCOMPARE(filesBelow(QFileInfo(LMCALTAB_PROGRAM).path()).join(' '), buildFiles);
+}
+
+int main(int argc, char **argv) {
+    const Desktop desktop;
+    useDesktop(desktop);
+    QApplication application(argc, argv);
+    RandomUseTest test(desktop);
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "random_use_test.moc"
