@@ -164,7 +164,7 @@ void RandomUseTest::endsAsItBegan() {
 
     QElapsedTimer timer;
     timer.start();
-    while (timer.elapsed() < seconds * 1000) {
+    while (timer.elapsed() < qint64{seconds} * 1000) {
         act();
         QVERIFY2(answers(), qPrintable(QString("after action %1").arg(actions)));
     }

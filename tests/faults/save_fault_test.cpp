@@ -22,6 +22,8 @@ AtRename atRename = AtRename::Goes;
 
 }  // namespace
 
+// The linker's names, by its option --wrap.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" int __real_rename(const char *from, const char *to);
 extern "C" int __wrap_rename(const char *from, const char *to) {
     if (atRename == AtRename::KillsTheProcess) {
@@ -33,6 +35,7 @@ extern "C" int __wrap_rename(const char *from, const char *to) {
     }
     return __real_rename(from, to);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
