@@ -119,9 +119,10 @@ TEST_F(HostileInput, numbersThatNoParameterCanBe) {
                                           "/Patterns/\\0/Offset/\\1"};
     for (const std::string &place : places) {
         for (const double number : numbers) {
-            lmLibSetJson(&result, "/Execute/S/Parameters",
-                         R"({"ImageSize":16,"Patterns":[{"Type":"Flexible","GridSize":[3,3],"GridSpacing":9,)"
-                         R"("Thickness":1,"Offset":[0,0]}]})");
+            lmLibSetJson(
+                &result, "/Execute/S/Parameters",
+                R"({"Encoding":false,"ImageSize":16,"Patterns":[{"Type":"Flexible","GridSize":[3,3],"GridSpacing":9,)"
+                R"("Thickness":1,"Offset":[0,0]}]})");
             lmLibSetDouble(&result, ("/Execute/S/Parameters" + place).c_str(), number);
             const std::string said = start("GenerateCalibrationPattern");
             const bool isOffset = place.find("Offset") != std::string::npos;
