@@ -19,7 +19,10 @@ namespace lmlib64 {
 struct CodeCells {
     enum class Carrier { Plane, Tile, Plate };
 
-    bool at(int column, int row) const { return cells[static_cast<std::size_t>(row * columns + column)] != 0; }
+    bool at(int column, int row) const {
+        const int index = row * columns + column;
+        return cells[static_cast<std::size_t>(index)] != 0;
+    }
 
     Carrier carrier = Carrier::Tile;
     int columns = 0;

@@ -2,6 +2,7 @@
 // its edges every bit is 0.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -20,15 +21,15 @@ public:
     BitGrid(int columns, int rows)
         : width_(columns),
           height_(rows),
-          stride_(columns / wordBits + 3),
-          words_(static_cast<std::size_t>(stride_ * rows)) {}
+          stride_(std::size_t(columns / wordBits) + 3),
+          words_(stride_ * std::size_t(rows)) {}
 
     [[nodiscard]] int width() const { return width_; }
     [[nodiscard]] int height() const { return height_; }
 
     void set(int column, int row) {
-        words_[static_cast<std::size_t>(row * stride_ + 1 + column / wordBits)] |= std::uint64_t{1}
-                                                                                   << (column % wordBits);
+        const std::uint64_t bit = std::uint64_t{1} << (column % wordBits);
+        words_[std::size_t(row) * stride_ + 1 + std::size_t(column / wordBits)] |= bit;
     }
 
     /** 64 bits of a row, the given column's the lowest. */
@@ -38,7 +39,7 @@ public:
         }
         // There is an empty word before the row and two behind it.
         const int at = column + wordBits;
-        const std::uint64_t *word = words_.data() + row * stride_ + at / wordBits;
+        const std::uint64_t *word = words_.data() + std::size_t(row) * stride_ + std::size_t(at / wordBits);
         const int shift = at % wordBits;
         return shift == 0 ? word[0] : word[0] >> shift | word[1] << (wordBits - shift);
     }
@@ -57,7 +58,7 @@ private:
 
     int width_;
     int height_;
-    int stride_;
+    std::size_t stride_;
     std::vector<std::uint64_t> words_;
 };
 

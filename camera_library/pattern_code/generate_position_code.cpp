@@ -366,7 +366,8 @@ void write(std::FILE *file, const Grid &grid) {
         for (int column = 0; column < grid.side; column += tileSide) {
             unsigned word = 0;
             for (int bit = 0; bit < tileSide; ++bit) {
-                word = word << 1U | grid.bits[static_cast<std::size_t>(row * grid.side + column + bit)];
+                const int cell = row * grid.side + column + bit;
+                word = word << 1U | grid.bits[static_cast<std::size_t>(cell)];
             }
             std::fprintf(file, "0x%04x%s", word, column + tileSide < grid.side ? ", " : "");
         }

@@ -10,6 +10,7 @@
 // Threads. After it is made an index is constant and may be used from any thread. It takes about 4 MB.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -26,13 +27,13 @@ constexpr std::uint8_t unknownCell = 2;
 /** What was seen: cells 0, 1 or unknownCell, row by row from the top left. */
 struct SeenCells {
     SeenCells(int columns, int rows)
-        : width(columns), height(rows), cells(static_cast<std::size_t>(columns * rows), unknownCell) {}
+        : width(columns), height(rows), cells(std::size_t(columns) * std::size_t(rows), unknownCell) {}
 
-    [[nodiscard]] std::uint8_t &at(int column, int row) {
-        return cells[static_cast<std::size_t>(row * width + column)];
-    }
-    [[nodiscard]] std::uint8_t at(int column, int row) const {
-        return cells[static_cast<std::size_t>(row * width + column)];
+    [[nodiscard]] std::uint8_t &at(int column, int row) { return cells[index(column, row)]; }
+    [[nodiscard]] std::uint8_t at(int column, int row) const { return cells[index(column, row)]; }
+
+    [[nodiscard]] std::size_t index(int column, int row) const {
+        return std::size_t(row) * std::size_t(width) + std::size_t(column);
     }
 
     int width;
