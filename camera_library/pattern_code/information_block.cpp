@@ -326,7 +326,8 @@ bool BlockCarrier::holds(const BlockContent &content) const {
 std::uint64_t encodeBlock(const BlockContent &content) {
     assert(isEncodable(content));
     // The four check bytes are the unknown bits of a word that must belong to the code.
-    static const UnknownBits checkBytes(0xFFFFFFFFU);
+    // Never destroyed: a command may still run while the static objects of an ending process go.
+    static const UnknownBits &checkBytes = *new UnknownBits(0xFFFFFFFFU);
     const std::uint64_t data = std::uint64_t{dataOf(content)} << 32U;
     return (data | checkBytes.solution(syndromeOf(data))) ^ blockWhitening;
 }
