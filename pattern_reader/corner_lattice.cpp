@@ -512,7 +512,6 @@ bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<
     }
     float spacing = 0;
     float contrast = 0;
-    float strength = 0;
     int neighbours = 0;
     std::array<cv::Point2f, 2> axes;
     for (const cv::Point step : steps()) {
@@ -524,7 +523,6 @@ bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<
         axes[step.x != 0 ? 0 : 1] = d;
         const float distance = std::max(length(d), lattice.spacingAt(one->cell));
         spacing = neighbours == 0 ? distance : std::min(spacing, distance);
-        strength += one->strength;
         neighbours++;
     }
     if (neighbours == 0 || spacing < 2) {
