@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
+#include <string>
 
 namespace {
 
@@ -117,6 +119,17 @@ TEST(PositionIndex, countsTheCellsThatCarryPosition) {
     // 369,000 places times (1 + n) / 2^n.
     const int count = location->agreeing + 1;
     EXPECT_NEAR(location->chanceLog10, 5.567 + std::log10(1 + count) - count * 0.30103, 0.01);
+}
+
+// The patch that docs/pattern-code.md gives as a test vector.
+TEST(PositionIndex, findsTheDocumentedPatch) {
+    const std::string rows = "1100011101010010001010101111011101000010100010110000000110110011";
+    SeenCells seen(8, 8);
+    std::transform(rows.begin(), rows.end(), seen.cells.begin(), [](char bit) { return bit == '1' ? 1 : 0; });
+    const std::optional<Location> location = PositionIndex::shared().locate(seen);
+    ASSERT_TRUE(location && isCertain(*location));
+    EXPECT_EQ(location->place, (CodePlace{CodePlace::plane, {140, 130}, 1}));
+    EXPECT_EQ(location->disagreeing, 0);
 }
 
 TEST(PositionIndex, doesNotMindCellsOutsideATile) {
