@@ -39,7 +39,6 @@ private:
     // The grey level as a share of the contrast at a place in the image.
     bool relativeToMarks(cv::Point2d image, double grey, double &light) const;
 
-    const MarkLattice &found_;
     cv::Matx33d imageFromCell_;
     LatticeMotion motion_;
     const ImageLevel *level_ = nullptr;
@@ -78,7 +77,7 @@ cv::Vec3d fitPlane(const std::vector<RoundMark> &marks, float RoundMark::*value)
 
 PlateView::PlateView(const std::vector<ImageLevel> &levels, const MarkLattice &found, const cv::Matx33d &imageFromCell,
                      const LatticeMotion &motion)
-    : found_(found), imageFromCell_(imageFromCell), motion_(motion) {
+    : imageFromCell_(imageFromCell), motion_(motion) {
     std::vector<float> areas;
     for (const RoundMark &mark : found.marks) {
         areas.push_back(mark.area);
