@@ -66,6 +66,7 @@ std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coar
 struct ReaderResult {
     bool read = false;
     bool complete = false;
+    int corners = 0;   // where they are
     double error = 0;  // root mean square over its corners, pixels
 };
 
@@ -75,8 +76,9 @@ ReaderResult judge(const Scene &scene, const std::vector<pattern_reader::Pattern
     ReaderResult result;
     result.read = own.placed;
     if (own.placed) {
+        result.corners = own.corners - own.strayCorners;
         result.complete = size_t(own.corners) == corners && own.strayCorners == 0;
-        result.error = std::sqrt(own.squaredError / std::max(1, own.corners - own.strayCorners));
+        result.error = std::sqrt(own.squaredError / std::max(1, result.corners));
     }
     return result;
 }
@@ -92,7 +94,11 @@ void count(DetectorTotals &totals, std::optional<double> error, const ReaderResu
         totals.foundButMissed++;
         return;
     }
-    totals.foundMoreCorners += reader.complete ? 0 : 1;
+    if (!reader.complete) {
+        std::printf("  picture %u: found by %s, by the reader with %d of %zu corners\n", number, totals.name.c_str(),
+                    reader.corners, corners);
+        totals.foundMoreCorners++;
+    }
     totals.both++;
     totals.corners += corners;
     totals.ownError += *error * *error * double(corners);
