@@ -28,8 +28,8 @@ public:
     cv::Point2d toImage(cv::Point2d plate) const;
     // Grey level relative to the marks around: 0 as dark as a mark, 1 as light as the paper; false outside the picture.
     bool lightAt(cv::Point2d plate, double &light) const;
-    // The same from a sharper picture, for the fine lines of the dots.
-    bool sharpLightAt(cv::Point2d plate, double &light) const;
+    // The same from a sharper picture, for the fine lines of the dots, at a shift in the image.
+    bool sharpLightAt(cv::Point2d plate, cv::Point2d shift, double &light) const;
     // Pixels of the sharper picture per grid spacing at a point, the geometric mean of both directions.
     double sharpSpacingAt(cv::Point2d plate) const;
     double sharpScale() const { return sharpLevel_->scale(); }
@@ -143,8 +143,8 @@ bool PlateView::lightAt(cv::Point2d plate, double &light) const {
            relativeToMarks(image, value / 64, light);
 }
 
-bool PlateView::sharpLightAt(cv::Point2d plate, double &light) const {
-    const cv::Point2d image = toImage(plate);
+bool PlateView::sharpLightAt(cv::Point2d plate, cv::Point2d shift, double &light) const {
+    const cv::Point2d image = toImage(plate) + shift;
     double value = 0;
     return between<uchar>(sharpLevel_->picture, sharpLevel_->fromImage(cv::Point2f(image)), value) &&
            relativeToMarks(image, value, light);
@@ -215,70 +215,118 @@ CornerLook lookAtCorner(const PlateView &view, int corner) {
     return inside < 0.35 ? CornerLook::Triangle : inside > 0.65 ? CornerLook::Plain : CornerLook::Hidden;
 }
 
-// Whether at least half of the marks around a dot were found; a blank cover looks like a place without a dot.
-bool dotInSight(const MarkLattice &found, const PlateView &view, int column, int row) {
-    int marks = 0;
+// What is known of a dot's surroundings by the marks next to it.
+struct DotSurroundings {
+    // At least half of these marks were found; a blank cover looks like a place without a dot.
+    bool inSight = false;
+    // How far from where the plate's map has them, in the image: lens distortion, which a map of planes knows nothing
+    // of.
+    cv::Point2d shift;
+};
+
+DotSurroundings lookAround(const MarkLattice &found, const PlateView &view, cv::Point2d dot) {
+    // The two columns and rows of marks on either side; those next to the dot say whether it is in sight.
+    const cv::Point first(int(std::lround(dot.x - 1.5)), int(std::lround(dot.y - 1.5)));
+    cv::Matx33d matrix = cv::Matx33d::zeros();
+    cv::Matx<double, 3, 2> right;
+    int next = 0;
     int seen = 0;
-    for (const cv::Point mark : {cv::Point(column - 1, row - 1), cv::Point(column, row - 1), cv::Point(column - 1, row),
-                                 cv::Point(column, row)}) {
-        if (mark.x < 0 || mark.y < 0 || mark.x >= marksPerSide || mark.y >= marksPerSide) {
-            continue;
+    for (int y = std::max(1, first.y); y <= std::min(marksPerSide, first.y + 3); y++) {
+        for (int x = std::max(1, first.x); x <= std::min(marksPerSide, first.x + 3); x++) {
+            const cv::Point2d mark(x, y);
+            const bool isNext = std::abs(x - dot.x) < 1 && std::abs(y - dot.y) < 1;
+            const cv::Point2d cell = view.toCell(mark);
+            const int index = found.lattice.indexAt({int(std::lround(cell.x)), int(std::lround(cell.y))});
+            next += isNext ? 1 : 0;
+            if (index >= 0) {
+                seen += isNext ? 1 : 0;
+                const cv::Point2d shift = cv::Point2d(found.marks[size_t(index)].centre) - view.toImage(mark);
+                const cv::Vec3d row(1, x - dot.x, y - dot.y);
+                matrix += row * row.t();
+                right += row * cv::Vec2d(shift.x, shift.y).t();
+            }
         }
-        const cv::Point2d cell = view.toCell(cv::Point2d(mark) + cv::Point2d(1, 1));
-        marks++;
-        seen += found.lattice.indexAt({int(std::lround(cell.x)), int(std::lround(cell.y))}) >= 0 ? 1 : 0;
     }
-    return 2 * seen >= marks;
+    DotSurroundings around;
+    around.inSight = 2 * seen >= next;
+    // A plane through the marks' shifts; their mean where they do not span one.
+    if (std::abs(cv::determinant(matrix)) > 0.5) {
+        const cv::Matx<double, 3, 2> plane = matrix.inv() * right;
+        around.shift = {plane(0, 0), plane(0, 1)};
+    } else if (matrix(0, 0) > 0) {
+        around.shift = cv::Point2d(right(0, 0), right(0, 1)) / matrix(0, 0);
+    }
+    return around;
 }
 
-// The mean light and the darkest on a circle around a place.
-bool circleLight(const PlateView &view, cv::Point2d at, double radius, double &light, double &darkest) {
+// Whether a place is far enough from the frame and the marks to show nothing of them in a blurred picture.
+bool isClearOfPrint(cv::Point2d at) {
+    constexpr double gap = 0.12;
+    const double side = marksPerSide + 1;
+    const double fromFrame = std::min({at.x, at.y, side - at.x, side - at.y}) - 2 * frameMiddle;
+    const cv::Point2d mark(std::clamp(std::round(at.x), 1.0, double(marksPerSide)),
+                           std::clamp(std::round(at.y), 1.0, double(marksPerSide)));
+    return fromFrame > gap && std::hypot(at.x - mark.x, at.y - mark.y) - markRadius > gap;
+}
+
+// Light on a circle: the mean and the darkest.
+struct CircleLight {
+    double mean = 0;
+    double darkest = 2;
+};
+
+// The light on a circle around a dot, where it is not the frame or a mark that darkens it; nothing when a part of it
+// is outside the picture.
+std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, cv::Point2d shift, double radius) {
     constexpr int points = 12;
-    light = 0;
-    darkest = 2;
+    CircleLight circle;
+    int used = 0;
     for (int i = 0; i < points; i++) {
-        double one = 0;
         const double angle = 2 * CV_PI * i / points;
-        if (!view.sharpLightAt(at + cv::Point2d(std::cos(angle), std::sin(angle)) * radius, one)) {
-            return false;
+        const cv::Point2d here = at + cv::Point2d(std::cos(angle), std::sin(angle)) * radius;
+        double one = 0;
+        if (!view.sharpLightAt(here, shift, one)) {
+            return std::nullopt;
         }
-        light += one / points;
-        darkest = std::min(darkest, one);
+        if (isClearOfPrint(here)) {
+            circle.mean += one;
+            circle.darkest = std::min(circle.darkest, one);
+            used++;
+        }
     }
-    return true;
+    if (used == 0) {
+        return std::nullopt;
+    }
+    circle.mean /= used;
+    return circle;
 }
 
-// How much of a dot is seen at a place: 0 paper, 1 as dark as a dot can look there; false where nothing can be said.
-bool dotShare(const PlateView &view, cv::Point2d at, double &share) {
+// How much of a dot is seen at a place: 0 paper, 1 as dark as a dot can look there; nothing where that cannot be said.
+std::optional<double> dotShare(const PlateView &view, cv::Point2d at, cv::Point2d shift) {
     // A dot is a circle's line, so it is looked for along the line; where that is blurred, so is what is inside it.
     constexpr double lineRadius = (pattern_code::dotRadius + pattern_code::dotHoleRadius) / 2;
-    double around = 0;
-    double darkestAround = 0;
-    double line = 0;
-    double darkestOnLine = 0;
-    if (!circleLight(view, at, 0.23, around, darkestAround) ||
-        !circleLight(view, at, lineRadius, line, darkestOnLine) || darkestAround < 0.5 || around > 1.3) {
-        return false;
+    const std::optional<CircleLight> around = circleLight(view, at, shift, 0.23);
+    const std::optional<CircleLight> line = circleLight(view, at, shift, lineRadius);
+    if (!around || !line || around->darkest < 0.5 || around->mean > 1.3) {
+        return std::nullopt;
     }
     const double width = (pattern_code::dotRadius - pattern_code::dotHoleRadius) * view.sharpSpacingAt(at);
     const double blur2 = 0.25 + 0.6 / (view.sharpScale() * view.sharpScale());
-    share = (around - line) / std::erf(width / std::sqrt(8 * blur2));
-    return true;
+    return (around->mean - line->mean) / std::erf(width / std::sqrt(8 * blur2));
 }
 
 SeenBlock readDots(const MarkLattice &found, const PlateView &view) {
     std::array<double, pattern_code::blockBitCount> shares{};
     std::vector<double> known;
     for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
-        const pattern_code::DotPosition dot = pattern_code::dotPosition(bit);
-        const int column = int(std::lround(dot.x - 0.5));
-        const int row = int(std::lround(dot.y - 0.5));
-        double &share = shares[size_t(bit)];
-        if (!dotInSight(found, view, column, row) || !dotShare(view, {dot.x, dot.y}, share)) {
-            share = -10;
-            continue;
+        const pattern_code::DotPosition position = pattern_code::dotPosition(bit);
+        const cv::Point2d dot(position.x, position.y);
+        const DotSurroundings around = lookAround(found, view, dot);
+        const std::optional<double> share = around.inSight ? dotShare(view, dot, around.shift) : std::nullopt;
+        shares[size_t(bit)] = share.value_or(-10);
+        if (share) {
+            known.push_back(*share);
         }
-        known.push_back(share);
     }
     SeenBlock seen;
     if (known.size() < 16) {
@@ -310,7 +358,7 @@ std::optional<Assumption> findShift(const std::vector<ImageLevel> &levels, const
                                     const cv::Matx33d &imageFromCell) {
     const cv::Rect extent = found.lattice.extent();
     std::optional<Assumption> best;
-    int second = 0;
+    FrameEvidence second;
     for (int y = 0; y + extent.height <= marksPerSide; y++) {
         for (int x = 0; x + extent.width <= marksPerSide; x++) {
             Assumption assumption;
@@ -318,14 +366,17 @@ std::optional<Assumption> findShift(const std::vector<ImageLevel> &levels, const
             const PlateView view(levels, found, imageFromCell, assumption.motion);
             assumption.frame = lookForFrame(view);
             if (!best || assumption.frame.passed > best->frame.passed) {
-                second = best ? best->frame.passed : 0;
+                second = best ? best->frame : second;
                 best = assumption;
-            } else {
-                second = std::max(second, assumption.frame.passed);
+            } else if (assumption.frame.passed > second.passed) {
+                second = assumption.frame;
             }
         }
     }
-    if (!best || best->frame.goodSides < 2 || best->frame.passed < second + 8 ||
+    // A cover along a side leaves less of the frame's ends to the right shift than to one away from the cover, which in
+    // turn misses a side.
+    const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
+    if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {
         return std::nullopt;
     }
@@ -390,6 +441,43 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const cv::Matx33d &i
     return added;
 }
 
+// Leaves out what lies outside the 7 × 7 cells with the most marks: something else that looks like a mark there. False
+// when that is more than a few.
+bool keepOnePlate(MarkLattice &found) {
+    const cv::Rect extent = found.lattice.extent();
+    if (extent.width <= marksPerSide && extent.height <= marksPerSide) {
+        return true;
+    }
+    std::vector<bool> keep;
+    std::ptrdiff_t most = 0;
+    for (int y = extent.y; y <= std::max(extent.y, extent.br().y - marksPerSide); y++) {
+        for (int x = extent.x; x <= std::max(extent.x, extent.br().x - marksPerSide); x++) {
+            const cv::Rect plate(x, y, marksPerSide, marksPerSide);
+            std::vector<bool> inside;
+            for (const LatticeCorner &corner : found.lattice.corners) {
+                inside.push_back(plate.contains(corner.cell));
+            }
+            const std::ptrdiff_t count = std::count(inside.begin(), inside.end(), true);
+            if (count > most) {
+                most = count;
+                keep = std::move(inside);
+            }
+        }
+    }
+    if (size_t(most) * 8 < found.marks.size() * 7) {
+        return false;
+    }
+    std::vector<RoundMark> kept;
+    for (size_t i = 0; i < keep.size(); i++) {
+        if (keep[i]) {
+            kept.push_back(found.marks[i]);
+        }
+    }
+    found.marks = std::move(kept);
+    found.lattice.retain(keep);
+    return true;
+}
+
 // Where the picture of a circle's centre lies from the centre of the circle's picture.
 cv::Point2d centreOffset(const cv::Matx33d &h, cv::Point2d centre) {
     const double r = markRadius;
@@ -426,16 +514,18 @@ std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, c
     cv::Matx33d imageFromCell;
     // From the nearer marks to the farther ones: each round carries the lattice on by what the last has found.
     for (int round = 0; round < 3; round++) {
-        if (!mapCells(found, imageFromCell)) {
+        if (!keepOnePlate(found) || !mapCells(found, imageFromCell)) {
             return std::nullopt;
         }
         if (!addMissingMarks(levels, imageFromCell, found)) {
             break;
         }
     }
+    if (!keepOnePlate(found)) {
+        return std::nullopt;
+    }
     const cv::Rect extent = found.lattice.extent();
-    if (extent.width > marksPerSide || extent.height > marksPerSide || extent.width < 4 || extent.height < 4 ||
-        !mapCells(found, imageFromCell)) {
+    if (extent.width < 4 || extent.height < 4 || !mapCells(found, imageFromCell)) {
         return std::nullopt;
     }
     const std::optional<Assumption> placed = findShift(levels, found, imageFromCell);
