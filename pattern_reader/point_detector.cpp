@@ -126,9 +126,11 @@ float sample(const cv::Mat &smoothed, float x, float y) {
     return top + fy * (bottom - top);
 }
 
-// Whether a ring around the point is the same after half a turn and alternates with a quarter turn.
-bool looksLikeSaddle(const cv::Mat &smoothed, cv::Point2f p) {
+// Whether a ring around the point is the same after half a turn and alternates with a quarter turn. Gives the opening
+// of the light areas, which the derivatives in the point do not tell: blur makes all of them look like right angles.
+bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     constexpr float radius = 2;
+    const cv::Point2f p = saddle.position;
     if (p.x < radius + 1 || p.y < radius + 1 || p.x > float(smoothed.cols) - radius - 2 ||
         p.y > float(smoothed.rows) - radius - 2) {
         return false;
@@ -140,16 +142,26 @@ bool looksLikeSaddle(const cv::Mat &smoothed, cv::Point2f p) {
         ring[i] = sample(smoothed, p.x + radius * circle.x[i], p.y + radius * circle.y[i]);
     }
     float odd = 0;
-    float c2 = 0;
-    float s2 = 0;
+    cv::Point2f second;
+    cv::Point2f fourth;
     for (size_t i = 0; i < half; i++) {
         odd += std::abs(ring[i] - ring[i + half]);
         const float even = ring[i] + ring[i + half];
-        c2 += even * circle.x[2 * i];
-        s2 += even * circle.y[2 * i];
+        second += even * cv::Point2f(circle.x[2 * i], circle.y[2 * i]);
+        fourth += even * cv::Point2f(circle.x[4 * i % Circle::count], circle.y[4 * i % Circle::count]);
     }
-    // For a pure second harmonic of amplitude A: hypot = 8 A; `odd` is what half a turn changes.
-    return std::hypot(c2, s2) > 1.2F * odd;
+    // For a pure second harmonic of amplitude A: its length is 8 A; `odd` is what half a turn changes.
+    const float length2 = second.dot(second);
+    if (!(length2 > 1.44F * odd * odd)) {
+        return false;
+    }
+    // Two light areas that open by w have the harmonics sin w and sin w cos w, both turned to the light axis. Of the
+    // fourth, this ring in a smoothed picture shows about a fifth.
+    constexpr float lost = 5;
+    const cv::Point2f axis(second.x * second.x - second.y * second.y, 2 * second.x * second.y);
+    const float cosine = lost * fourth.dot(axis) / (length2 * std::sqrt(length2));
+    saddle.halfOpening = 0.5F * std::acos(std::clamp(cosine, -0.7F, 0.7F));
+    return true;
 }
 
 bool describe(const Quadratic &q, SaddlePoint &saddle) {
@@ -159,7 +171,6 @@ bool describe(const Quadratic &q, SaddlePoint &saddle) {
         return false;
     }
     saddle.brightAxis = 0.5F * std::atan2(2 * q.xy, q.xx - q.yy);
-    saddle.halfOpening = 0.5F * std::acos(-mean / half);
     saddle.strength = std::sqrt(half * half - mean * mean) / greyScale;
     return true;
 }
@@ -189,7 +200,7 @@ bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, Saddle
         p = next;
         if (std::abs(dx) <= 0.6F && std::abs(dy) <= 0.6F) {
             saddle.position = p;
-            return describe(q, saddle) && looksLikeSaddle(smoothed, p);
+            return describe(q, saddle) && looksLikeSaddle(smoothed, saddle);
         }
     }
     return false;
