@@ -132,43 +132,4 @@ void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLev
     }
 }
 
-void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
-    std::vector<bool> keep(lattice.corners.size(), false);
-    for (size_t i = 0; i < lattice.corners.size(); i++) {
-        const LatticeCorner &corner = lattice.corners[i];
-        for (int reach = 2; reach <= 6 && !keep[i]; reach += 2) {
-            // The affine map from cells to the image through the trusted corners in reach.
-            cv::Matx33d m = cv::Matx33d::zeros();
-            cv::Matx31d rightX = cv::Matx31d::zeros();
-            cv::Matx31d rightY = cv::Matx31d::zeros();
-            int count = 0;
-            for (int y = -reach; y <= reach; y++) {
-                for (int x = -reach; x <= reach; x++) {
-                    const int k = x == 0 && y == 0 ? -1 : lattice.indexAt(corner.cell + cv::Point(x, y));
-                    if (k >= 0 && trusted[size_t(k)]) {
-                        const cv::Point2f p = lattice.corners[size_t(k)].position - corner.position;
-                        const cv::Vec3d row(1, x, y);
-                        m += row * row.t();
-                        rightX += row * double(p.x);
-                        rightY += row * double(p.y);
-                        count++;
-                    }
-                }
-            }
-            if (count < 6 || std::abs(cv::determinant(m)) < 0.5) {
-                continue;
-            }
-            const cv::Matx33d inverse = m.inv();
-            const cv::Matx31d ax = inverse * rightX;
-            const cv::Matx31d ay = inverse * rightY;
-            const double step = std::min(std::hypot(ax(1), ay(1)), std::hypot(ax(2), ay(2)));
-            if (std::hypot(ax(0), ay(0)) > 0.3 * step) {
-                break;
-            }
-            keep[i] = true;
-        }
-    }
-    lattice.retain(keep);
-}
-
 }  // namespace pattern_reader

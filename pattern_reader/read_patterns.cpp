@@ -7,6 +7,7 @@
 #include "pattern_reader/corner_lattice.h"
 #include "pattern_reader/image_level.h"
 #include "pattern_reader/lattice_pieces.h"
+#include "pattern_reader/lattice_trust.h"
 #include "pattern_reader/pattern_reader.h"
 #include "pattern_reader/place_finder.h"
 #include "pattern_reader/plate_reader.h"
@@ -164,29 +165,6 @@ PatternReading describe(const CornerLattice &lattice, const Place &place) {
     return reading;
 }
 
-// The corners of squares whose marks were read as the code has them.
-std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vector<SquareReading> &marks,
-                                  const Place &place) {
-    std::vector<int> votes(lattice.corners.size(), 0);
-    for (const SquareReading &reading : marks) {
-        bool expected = false;
-        if (!codeBit(place.tile, place.motion.square(reading.cell), expected) || reading.certainty < 0.3F) {
-            continue;
-        }
-        for (const cv::Point corner : {cv::Point(0, 0), cv::Point(1, 0), cv::Point(0, 1), cv::Point(1, 1)}) {
-            const int index = lattice.indexAt(reading.cell + corner);
-            if (index >= 0) {
-                votes[size_t(index)] += reading.marked == expected ? 1 : -2;
-            }
-        }
-    }
-    std::vector<bool> agreeing(votes.size());
-    for (size_t i = 0; i < votes.size(); i++) {
-        agreeing[i] = votes[i] > 0;
-    }
-    return agreeing;
-}
-
 // Measures a lattice and says what it is; nothing when it is none of the coded boards.
 std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lattice) {
     const std::vector<CornerFit> fits = measureCorners(image, lattice);
@@ -198,7 +176,7 @@ std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lat
     if (!place) {
         return std::nullopt;
     }
-    trimToTrusted(lattice, agreeingCorners(lattice, marks, *place));
+    keepTrustedCorners(lattice, marks, *place);
     if (lattice.corners.size() < leastCorners) {
         return std::nullopt;
     }

@@ -1,0 +1,143 @@
+#include "pattern_reader/lattice_trust.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace pattern_reader {
+
+namespace {
+
+constexpr float leastCertainty = 0.3F;
+
+// Whether a square was read as the code has it; nothing where there is no code or the reading is not certain.
+std::optional<bool> agreement(const SquareReading &reading, const Place &place) {
+    bool expected = false;
+    if (reading.certainty < leastCertainty || !codeBit(place.tile, place.motion.square(reading.cell), expected)) {
+        return std::nullopt;
+    }
+    return reading.marked == expected;
+}
+
+std::array<cv::Point, 4> cornersOf(cv::Point square) {
+    return {square, square + cv::Point(1, 0), square + cv::Point(0, 1), square + cv::Point(1, 1)};
+}
+
+// The corners of squares whose marks were read as the code has them.
+std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vector<SquareReading> &marks,
+                                  const Place &place) {
+    std::vector<int> votes(lattice.corners.size(), 0);
+    for (const SquareReading &reading : marks) {
+        const std::optional<bool> agrees = agreement(reading, place);
+        for (const cv::Point corner : cornersOf(reading.cell)) {
+            const int index = lattice.indexAt(corner);
+            if (agrees && index >= 0) {
+                votes[size_t(index)] += *agrees ? 1 : -2;
+            }
+        }
+    }
+    std::vector<bool> agreeing(votes.size());
+    std::transform(votes.begin(), votes.end(), agreeing.begin(), [](int one) { return one > 0; });
+    return agreeing;
+}
+
+// The affine map from cells to the image around one corner, through the trusted corners in reach, as what it says of
+// the corner itself: how far from it the corner lies, in lattice steps. Nothing when these are too few.
+std::optional<double> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
+                                          const std::vector<bool> &trusted, int reach) {
+    cv::Matx33d matrix = cv::Matx33d::zeros();
+    cv::Matx<double, 3, 2> right;
+    int count = 0;
+    for (int y = -reach; y <= reach; y++) {
+        for (int x = -reach; x <= reach; x++) {
+            const int k = x == 0 && y == 0 ? -1 : lattice.indexAt(corner.cell + cv::Point(x, y));
+            if (k >= 0 && trusted[size_t(k)]) {
+                const cv::Point2f p = lattice.corners[size_t(k)].position - corner.position;
+                const cv::Vec3d row(1, x, y);
+                matrix += row * row.t();
+                right += row * cv::Vec2d(p.x, p.y).t();
+                count++;
+            }
+        }
+    }
+    if (count < 6 || std::abs(cv::determinant(matrix)) < 0.5) {
+        return std::nullopt;
+    }
+    const cv::Matx<double, 3, 2> map = matrix.inv() * right;
+    const double step = std::min(std::hypot(map(1, 0), map(1, 1)), std::hypot(map(2, 0), map(2, 1)));
+    return std::hypot(map(0, 0), map(0, 1)) / step;
+}
+
+void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
+    std::vector<bool> keep;
+    for (const LatticeCorner &corner : lattice.corners) {
+        std::optional<double> distance;
+        for (int reach = 2; reach <= 6 && !distance; reach += 2) {
+            distance = distanceFromTrusted(lattice, corner, trusted, reach);
+        }
+        keep.push_back(distance && *distance <= 0.3);
+    }
+    lattice.retain(keep);
+}
+
+// Numbers the pieces whose corners hang together step by step; one number for each corner.
+std::vector<int> numberPieces(const CornerLattice &lattice, int &pieces) {
+    std::vector<int> piece(lattice.corners.size(), -1);
+    std::vector<size_t> open;
+    pieces = 0;
+    for (size_t first = 0; first < piece.size(); first++) {
+        if (piece[first] >= 0) {
+            continue;
+        }
+        piece[first] = pieces;
+        open.push_back(first);
+        while (!open.empty()) {
+            const cv::Point cell = lattice.corners[open.back()].cell;
+            open.pop_back();
+            for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
+                const int next = lattice.indexAt(cell + step);
+                if (next >= 0 && piece[size_t(next)] < 0) {
+                    piece[size_t(next)] = pieces;
+                    open.push_back(size_t(next));
+                }
+            }
+        }
+        pieces++;
+    }
+    return piece;
+}
+
+void dropUnprovenPieces(CornerLattice &lattice, const std::vector<SquareReading> &marks, const Place &place) {
+    int pieces = 0;
+    const std::vector<int> piece = numberPieces(lattice, pieces);
+    if (pieces < 2) {
+        return;
+    }
+    // Ten squares agree by chance once in a thousand; one that does not takes three of them back.
+    constexpr int proof = 10;
+    std::vector<int> score(size_t(pieces), 0);
+    for (const SquareReading &reading : marks) {
+        const std::optional<bool> agrees = agreement(reading, place);
+        const std::array<cv::Point, 4> corners = cornersOf(reading.cell);
+        const auto seen = std::find_if(corners.begin(), corners.end(),
+                                       [&](cv::Point corner) { return lattice.indexAt(corner) >= 0; });
+        if (agrees && seen != corners.end()) {
+            score[size_t(piece[size_t(lattice.indexAt(*seen))])] += *agrees ? 1 : -3;
+        }
+    }
+    std::vector<bool> keep;
+    for (const int number : piece) {
+        keep.push_back(score[size_t(number)] >= proof);
+    }
+    lattice.retain(keep);
+}
+
+}  // namespace
+
+void keepTrustedCorners(CornerLattice &lattice, const std::vector<SquareReading> &marks, const Place &place) {
+    trimToTrusted(lattice, agreeingCorners(lattice, marks, place));
+    dropUnprovenPieces(lattice, marks, place);
+}
+
+}  // namespace pattern_reader
