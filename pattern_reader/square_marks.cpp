@@ -52,7 +52,8 @@ public:
     MarkReader(const cv::Mat &picture, const CornerLattice &lattice, const std::vector<CornerFit> &fits)
         : picture_(picture), lattice_(lattice), fits_(fits) {}
 
-    bool read(cv::Point cell, SquareReading &reading) const;
+    enum class Look { OutOfSight, NoSquare, Square };
+    Look look(cv::Point cell, SquareReading &reading) const;
 
 private:
     struct Quad {
@@ -128,16 +129,18 @@ bool MarkReader::inside(const Quad &quad) const {
     });
 }
 
-bool MarkReader::read(cv::Point cell, SquareReading &reading) const {
+MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const {
     Quad quad;
     if (!quadAt(cell, quad) || !inside(quad)) {
-        return false;
+        return Look::OutOfSight;
     }
+    reading.cell = cell;
+    reading.measuredCorners = quad.measured;
     const auto length = [](cv::Point2f v) { return std::hypot(v.x, v.y); };
     const float width = length(quad.corners[1] + quad.corners[3] - quad.corners[0] - quad.corners[2]) / 2;
     const float height = length(quad.corners[2] + quad.corners[3] - quad.corners[0] - quad.corners[1]) / 2;
     if (width < 1.5F || height < 1.5F) {
-        return false;
+        return Look::OutOfSight;
     }
     const AxisProfile u = profileFor(quad.sigma / width);
     const AxisProfile v = profileFor(quad.sigma / height);
@@ -163,21 +166,52 @@ bool MarkReader::read(cv::Point cell, SquareReading &reading) const {
         }
         const float needed = quad.measured == 4 ? 0.0F : 0.25F;
         if (mean < 0.3F * expectedRing || weakest < (needed - 0.2F) * expectedRing) {
-            return false;
+            return Look::NoSquare;
         }
     }
     const float without = u.board * v.board;
     const float change = 2 * u.mark * v.mark;
     const float share = (without - centre) / change;  // 0 without a mark, 1 with one
     if (share < -1 || share > 2) {
-        return false;
+        return Look::NoSquare;
     }
-    reading.cell = cell;
     reading.marked = share > 0.5F;
     reading.certainty = std::min(1.0F, 2 * std::abs(share - 0.5F));
-    reading.measuredCorners = quad.measured;
-    return true;
+    return Look::Square;
 }
+
+using Look = MarkReader::Look;
+
+// A cover of the paper's grey looks like the outer half of a light square, one of the ink's like that of a dark square,
+// but none like two neighbours: squares at the edge of what was measured count unless their neighbours there are none.
+class EdgeSquares {
+public:
+    // Squares may lie one step outside the corners' extent.
+    explicit EdgeSquares(const cv::Rect &extent)
+        : origin_(extent.tl() - cv::Point(2, 2)),
+          looks_(extent.height + 4, extent.width + 4, CV_8U, cv::Scalar(int(Look::OutOfSight))) {}
+
+    void note(const SquareReading &reading, Look look) {
+        if (reading.measuredCorners < 4) {
+            looks_.at<uchar>(reading.cell - origin_) = uchar(look);
+        }
+    }
+
+    bool isCover(const SquareReading &reading) const {
+        bool refused = false;
+        bool read = false;
+        for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
+            const auto look = Look(looks_.at<uchar>(reading.cell - origin_ + step));
+            refused = refused || look == Look::NoSquare;
+            read = read || look == Look::Square;
+        }
+        return reading.measuredCorners < 4 && refused && !read;
+    }
+
+private:
+    cv::Point origin_;
+    cv::Mat looks_;
+};
 
 }  // namespace
 
@@ -186,14 +220,22 @@ std::vector<SquareReading> readMarks(const cv::Mat &picture, const CornerLattice
     std::vector<SquareReading> readings;
     const MarkReader reader(picture, lattice, fits);
     const cv::Rect extent = lattice.extent();
+    EdgeSquares edge(extent);
     for (int row = extent.y - 1; row < extent.y + extent.height; row++) {
         for (int column = extent.x - 1; column < extent.x + extent.width; column++) {
             SquareReading reading;
-            if (reader.read({column, row}, reading)) {
+            const Look look = reader.look({column, row}, reading);
+            if (look != Look::OutOfSight) {
+                edge.note(reading, look);
+            }
+            if (look == Look::Square) {
                 readings.push_back(reading);
             }
         }
     }
+    readings.erase(std::remove_if(readings.begin(), readings.end(),
+                                  [&](const SquareReading &reading) { return edge.isCover(reading); }),
+                   readings.end());
     return readings;
 }
 
