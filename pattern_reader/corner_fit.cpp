@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <opencv2/calib3d.hpp>
 
 namespace pattern_reader {
 
@@ -179,6 +180,50 @@ bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, flo
 
 namespace {
 
+// The lattice's steps where a corner has no neighbours to take them from: by a plane's map through all corners.
+class MappedSteps {
+public:
+    explicit MappedSteps(const CornerLattice &lattice) : lattice_(lattice) {}
+
+    bool at(cv::Point cell, cv::Point step, cv::Point2f &direction) {
+        if (!tried_) {
+            tried_ = true;
+            fit();
+        }
+        if (!known_) {
+            return false;
+        }
+        direction = (project(cell + step) - project(cell - step)) / 2;
+        return std::isfinite(direction.x) && std::isfinite(direction.y) && direction.dot(direction) > 1;
+    }
+
+private:
+    void fit() {
+        constexpr size_t wanted = 100;
+        std::vector<cv::Point2f> cells;
+        std::vector<cv::Point2f> images;
+        for (size_t i = 0; i < lattice_.corners.size(); i += lattice_.corners.size() / wanted + 1) {
+            cells.emplace_back(lattice_.corners[i].cell);
+            images.push_back(lattice_.corners[i].position);
+        }
+        const cv::Mat map = cells.size() < 4 ? cv::Mat() : cv::findHomography(cells, images);
+        known_ = !map.empty();
+        if (known_) {
+            imageFromCell_ = map;
+        }
+    }
+
+    cv::Point2f project(cv::Point cell) const {
+        const cv::Vec3d v = imageFromCell_ * cv::Vec3d(cell.x, cell.y, 1);
+        return {float(v[0] / v[2]), float(v[1] / v[2])};
+    }
+
+    const CornerLattice &lattice_;
+    cv::Matx33d imageFromCell_;
+    bool tried_ = false;
+    bool known_ = false;
+};
+
 // The lattice step through a corner along one axis, from its neighbours on either side or on one.
 bool stepThrough(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step, cv::Point2f &direction) {
     const LatticeCorner *before = lattice.at(corner.cell - step);
@@ -216,11 +261,15 @@ std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lat
     const size_t count = lattice.corners.size();
     std::vector<CornerFit> fits(count);
     std::vector<bool> good(count, false);
+    MappedSteps mapped(lattice);
+    const auto step = [&](const LatticeCorner &corner, cv::Point along, cv::Point2f &direction) {
+        return stepThrough(lattice, corner, along, direction) || mapped.at(corner.cell, along, direction);
+    };
     const auto fitOne = [&](size_t i, bool fitSigma, int steps) {
         const LatticeCorner &corner = lattice.corners[i];
         cv::Point2f step0;
         cv::Point2f step1;
-        return stepThrough(lattice, corner, {1, 0}, step0) && stepThrough(lattice, corner, {0, 1}, step1) &&
+        return step(corner, {1, 0}, step0) && step(corner, {0, 1}, step1) &&
                fitCorner(picture, step0, step1, cleanRadius(step0, step1), fitSigma, steps, fits[i]);
     };
     // The blur of the whole from a few corners spread over the lattice.
