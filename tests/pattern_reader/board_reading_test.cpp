@@ -1,4 +1,4 @@
-// Corners, lattices and marks of a board as the synthetic camera shows it.
+// Corners, lattices and marks of a board as the synthetic camera shows it, and whole pictures of what is hard to read.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -6,6 +6,8 @@
 #include <opencv2/calib3d.hpp>
 #include <random>
 
+#include "bench/reader/scenes.h"
+#include "bench/reader/scoring.h"
 #include "bench/reader/synthetic_camera.h"
 #include "pattern_reader/corner_fit.h"
 #include "pattern_reader/corner_lattice.h"
@@ -161,6 +163,26 @@ TEST(BoardReading, readsEveryMark) {
         }
         // All that have their four corners inside.
         EXPECT_GE(seen.size(), size_t((columns - 2) * (rows - 2)) - 1) << view.name;
+    }
+}
+
+TEST(HardPictures, areReadWithEveryPatternInThem) {
+    const struct {
+        unsigned number;
+        const char *hard;
+    } pictures[] = {{619, "something beside a plate that looks like one more mark"},
+                    {998, "a plate with the triangle cut, where the dots say which way is up"},
+                    {1228, "a plate covered along a side"},
+                    {1759, "a plate so small that the frame darkens the dots beside it"},
+                    {1957, "a board tilted about its diagonal, which shears its squares"}};
+    for (const auto &[number, hard] : pictures) {
+        const Scene scene = makeScene(number);
+        const PictureScore score = scorePicture(scene, readPatterns(scene.image));
+        EXPECT_EQ(score.falsePlaces + score.falseValues, 0) << hard;
+        for (const PatternScore &pattern : score.patterns) {
+            EXPECT_TRUE(pattern.placed) << hard;
+            EXPECT_TRUE(pattern.valuesRead || pattern.pattern->visibility != Visibility::Whole) << hard;
+        }
     }
 }
 
