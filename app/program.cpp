@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "app/log_message_handler.h"
+#include "app/without_open_gl.h"
 #include "camera_library/lmlib64.h"
 #include "generator/main_window.h"
 #include "lmlib/result_check.h"
@@ -33,7 +34,10 @@ int runProgram(int argc, char **argv) {
 
     QApplication::setActiveWindow(&window);
     QApplication::setWindowIcon(window.windowIcon());
-    window.show();
+    {
+        const WithoutOpenGl withoutOpenGl;
+        window.show();
+    }
     const int exitCode = QApplication::exec();
 
     // While the window, the helper and the application still exist.

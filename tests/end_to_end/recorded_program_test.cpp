@@ -87,9 +87,11 @@ private slots:
     void everyPageIsGeneratedAsItsInputsSay();
     void savesWhatIsShown();
     void everyClickStartsTheViewerWithOneArgument();
+    void doesWithoutOpenGlButLeavesItToTheViewer();
 
 private:
     void start();
+    void installViewer(const QString &shellCommand) const;
     void click(const QString &name) { desktop.click(window, places.at(name)); }
     void typeInto(const QString &name, const QString &value);
     QStringList newCalls() const { return linesOf(record).mid(seenCalls); }
@@ -123,6 +125,7 @@ void RecordedProgramTest::cleanup() {
 
 void RecordedProgramTest::start() {
     auto environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("QT_XCB_GL_INTEGRATION");  // the program sees to that itself
     environment.insert("LD_LIBRARY_PATH", LMCALTAB_SCRIPTED_LIBRARY_FOLDER);
     environment.insert("LMLIB64_RECORD", record);
     environment.insert("LMLIB64_SCRIPT", folder->filePath("script.json"));
@@ -138,6 +141,14 @@ void RecordedProgramTest::start() {
     QVERIFY(program->waitForStarted());
     window = desktop.waitForWindow(windowTitle);
     expect(catalogueCalls());
+}
+
+void RecordedProgramTest::installViewer(const QString &shellCommand) const {
+    QFile file(folder->filePath("viewer"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("#!/bin/sh\n" + shellCommand.toLocal8Bit() + "\n");
+    file.close();
+    QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }
 
 void RecordedProgramTest::expect(const QStringList &calls) {
@@ -249,24 +260,33 @@ void RecordedProgramTest::savesWhatIsShown() {
 }
 
 void RecordedProgramTest::everyClickStartsTheViewerWithOneArgument() {
-    const QString viewer = folder->filePath("viewer");
     const QString started = folder->filePath("started");
     start();
     click("calibrateBtn");
     desktop.waitForWindow("Error");
     desktop.press({"Return"});
 
-    QFile file(viewer);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("#!/bin/sh\nprintf '%s:%s\\n' \"$#\" \"$*\" >> '" + started.toLocal8Bit() + "'\n");
-    file.close();
-    QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    installViewer(R"(printf '%s:%s\n' "$#" "$*" >> ')" + started + "'");
     const QString expected = "1:--caltab-calibration";
     desktop.waitForWindow(windowTitle);
     click("calibrateBtn");
     QTRY_COMPARE_WITH_TIMEOUT(linesOf(started), QStringList{expected}, 20000);
     click("calibrateBtn");
     QTRY_COMPARE_WITH_TIMEOUT(linesOf(started), (QStringList{expected, expected}), 20000);
+}
+
+void RecordedProgramTest::doesWithoutOpenGlButLeavesItToTheViewer() {
+    const QString seen = folder->filePath("seen");
+    installViewer("echo \"${QT_XCB_GL_INTEGRATION-own choice}\" > '" + seen + "'");
+    start();
+    click("calibrateBtn");
+    QTRY_COMPARE_WITH_TIMEOUT(linesOf(seen), QStringList{"own choice"}, 20000);
+
+    QFile file(QString("/proc/%1/maps").arg(program->processId()));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray loaded = file.readAll();
+    QVERIFY(loaded.contains("libqxcb"));
+    QVERIFY(!loaded.contains("libGLX_"));  // a driver
 }
 
 int main(int argc, char **argv) {
