@@ -59,8 +59,9 @@ std::vector<std::uint8_t> rasterThroughCairo(const PatternGeometry &geometry, co
 
 std::vector<std::uint8_t> rasterOfRectangles(const PatternGeometry &geometry, const Placement &placement, int width,
                                              int height) {
+    // Rounds, as nothing lies left of the picture or above it.
     const auto units = [&placement](double start, double mm) {
-        return static_cast<std::int32_t>(std::lround((start + mm * placement.pixelsPerMm) * pixelUnits));
+        return static_cast<std::int32_t>((start + mm * placement.pixelsPerMm) * pixelUnits + 0.5);
     };
     std::vector<PixelRectangle> rectangles;
     rectangles.reserve(geometry.rectangles.size());

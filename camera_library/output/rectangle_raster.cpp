@@ -5,9 +5,6 @@
 namespace lmlib64 {
 namespace {
 
-/// The share of each pixel of a row that is covered, in 1/256.
-using CoverageRow = std::vector<std::uint16_t>;
-
 /// Where rows change, from top to bottom, inside the picture and with both its ends.
 std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rectangles, std::int32_t height) {
     std::vector<std::int32_t> edges{0, height};
@@ -38,26 +35,42 @@ void sortRuns(std::vector<std::int32_t> &values) {
     std::inplace_merge(values.begin(), secondRun, values.end());
 }
 
-/// Adds the interval from a to b, both inside the row.
-void cover(CoverageRow &row, std::int32_t a, std::int32_t b) {
-    const std::int32_t first = a / pixelUnits;
-    const std::int32_t last = b / pixelUnits;
-    std::uint16_t *const pixels = row.data();
-    if (first == last) {
-        pixels[first] = static_cast<std::uint16_t>(pixels[first] + (b - a));
-        return;
-    }
-    pixels[first] = static_cast<std::uint16_t>(pixels[first] + (first + 1) * pixelUnits - a);
-    std::fill(pixels + first + 1, pixels + last, static_cast<std::uint16_t>(pixelUnits));
-    pixels[last] = static_cast<std::uint16_t>(pixels[last] + b - last * pixelUnits);
+std::uint8_t greyOf(std::int32_t covered) {
+    return static_cast<std::uint8_t>(255 - ((covered * 255 + pixelUnits / 2) / pixelUnits));
 }
 
-/// From covered shares to greys. 255 × 256 + 128 still fits 16 bits, which keeps the loop in the narrow registers.
-void makeGreys(const CoverageRow &coverage, std::vector<std::uint8_t> &greys) {
-    std::transform(coverage.begin(), coverage.end() - 1, greys.begin(), [](std::uint16_t covered) {
-        const auto scaled = static_cast<std::uint16_t>(covered * 255U + 128U);
-        return static_cast<std::uint8_t>(255U - (scaled >> 8U));
-    });
+/// Draws the row that is covered between the first crossing and the second, the third and the fourth, and so on.
+void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_t> &greys) {
+    std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
+    const auto width = static_cast<std::int32_t>(greys.size());
+    std::uint8_t *const pixels = greys.data();
+    // The pixel that holds the last border seen, and its share covered so far, in 1/256.
+    std::int32_t pixel = 0;
+    std::int32_t covered = 0;
+    const auto settle = [&] {
+        if (pixel < width) {
+            pixels[pixel] = greyOf(covered);
+        }
+    };
+    for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
+        const std::int32_t first = crossings[i] / pixelUnits;
+        const std::int32_t last = crossings[i + 1] / pixelUnits;
+        if (first != pixel) {
+            settle();
+            pixel = first;
+            covered = 0;
+        }
+        covered -= crossings[i] - first * pixelUnits;
+        if (last != first) {
+            covered += pixelUnits;
+            settle();
+            std::fill(pixels + first + 1, pixels + last, static_cast<std::uint8_t>(0));
+            pixel = last;
+            covered = 0;
+        }
+        covered += crossings[i + 1] - last * pixelUnits;
+    }
+    settle();
 }
 
 /// Rows that look the same, and the crossings they were made from.
@@ -69,56 +82,61 @@ struct Band {
 /// Sends rows to the picture from the top, in heights that need not be whole pixels.
 class RowWriter {
 public:
-    RowWriter(std::int32_t width, std::int32_t height)
-        : sum(static_cast<std::size_t>(width)), mixed(static_cast<std::size_t>(width)) {
-        picture.reserve(mixed.size() * static_cast<std::size_t>(height));
+    RowWriter(std::int32_t width, std::int32_t height) : sum(static_cast<std::size_t>(width)) {
+        picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
     /// All rows from where the last call ended down to y, in 1/256 pixel, have these greys.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
-            const std::int32_t wholeRows = position % pixelUnits == 0 ? (y - position) / pixelUnits : 0;
-            if (wholeRows > 0) {
-                for (std::int32_t i = 0; i < wholeRows; ++i) {
-                    picture.insert(picture.end(), greys.begin(), greys.end());
-                }
-                position += wholeRows * pixelUnits;
+            const std::int32_t start = position % pixelUnits;
+            if (start == 0 && y - position >= pixelUnits) {
+                picture.insert(picture.end(), greys.begin(), greys.end());
+                position += pixelUnits;
                 continue;
             }
-            const std::int32_t rowEnd = (position / pixelUnits + 1) * pixelUnits;
-            const std::int32_t end = std::min(y, rowEnd);
-            addShare(static_cast<std::uint16_t>(end - position), greys);
-            position = end;
-            if (position == rowEnd) {
-                appendSum();
+            const std::int32_t share = std::min(y - position, pixelUnits - start);
+            if (start == 0) {
+                beginRow(static_cast<std::uint16_t>(share), greys.data());
+            } else if (start + share < pixelUnits) {
+                continueRow(static_cast<std::uint16_t>(share), greys.data());
+            } else {
+                endRow(static_cast<std::uint16_t>(share), greys.data());
             }
+            position += share;
         }
     }
 
     std::vector<std::uint8_t> take() { return std::move(picture); }
 
 private:
-    /// The shares of one row make 256 together, and 256 × 255 fits 16 bits.
-    void addShare(std::uint16_t share, const std::vector<std::uint8_t> &greys) {
-        const std::uint8_t *from = greys.data();
-        std::uint16_t *to = sum.data();
-        for (std::size_t x = 0; x < mixed.size(); ++x) {
-            to[x] = static_cast<std::uint16_t>(to[x] + share * from[x]);
+    // A row that several bands share is their sum, each by its share in 1/256. The shares make 256 together, so the
+    // sum of greys and the half that rounds it stay within 16 bits, which keeps the loops in the narrow registers.
+    void beginRow(std::uint16_t share, const std::uint8_t *greys) {
+        std::uint16_t *const to = sum.data();
+        for (std::size_t x = 0; x < sum.size(); ++x) {
+            to[x] = static_cast<std::uint16_t>(share * greys[x] + 128);
         }
     }
 
-    void appendSum() {
-        std::transform(sum.begin(), sum.end(), mixed.begin(), [](std::uint16_t grey) {
-            return static_cast<std::uint8_t>(static_cast<std::uint16_t>(grey + 128U) >> 8U);
-        });
-        std::fill(sum.begin(), sum.end(), static_cast<std::uint16_t>(0));
-        picture.insert(picture.end(), mixed.begin(), mixed.end());
+    void continueRow(std::uint16_t share, const std::uint8_t *greys) {
+        std::uint16_t *const to = sum.data();
+        for (std::size_t x = 0; x < sum.size(); ++x) {
+            to[x] = static_cast<std::uint16_t>(to[x] + share * greys[x]);
+        }
+    }
+
+    void endRow(std::uint16_t share, const std::uint8_t *greys) {
+        continueRow(share, greys);
+        const std::size_t rowStart = picture.size();
+        picture.resize(rowStart + sum.size());
+        std::transform(sum.begin(), sum.end(), picture.data() + rowStart,
+                       [](std::uint16_t grey) { return static_cast<std::uint8_t>(grey >> 8U); });
     }
 
     std::int32_t position = 0;          // rows above it are settled
     std::vector<std::uint16_t> sum;     // greys, in 1/256, of the row that position lies in
-    std::vector<std::uint8_t> mixed;    // one row's greys
-    std::vector<std::uint8_t> picture;  // grows by whole rows, so that no byte is written twice
+    std::vector<std::uint8_t> picture;  // grows by whole rows
 };
 
 /// Walks down the rectangles, which are sorted by their tops, and keeps those that it stands in.
@@ -164,7 +182,6 @@ std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangle
 
     Sweep sweep(rectangles, width);
     RowWriter writer(width, height);
-    CoverageRow coverage(static_cast<std::size_t>(width) + 1);  // one more, for intervals that end at the border
     // What is above and below the marks of a row of squares looks the same, so a band often equals the last but one.
     Band band{{}, std::vector<std::uint8_t>(static_cast<std::size_t>(width), 255)};
     Band previous = band;
@@ -173,11 +190,7 @@ std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangle
         std::swap(band, previous);
         if (band.crossings != crossings) {
             band.crossings = crossings;
-            std::fill(coverage.begin(), coverage.end(), static_cast<std::uint16_t>(0));
-            for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
-                cover(coverage, crossings[i], crossings[i + 1]);
-            }
-            makeGreys(coverage, band.greys);
+            drawRow(crossings, band.greys);
         }
         writer.fillDownTo(edges[edge + 1], band.greys);
     }
