@@ -4,10 +4,11 @@
 #include <chrono>
 #include <cmath>
 #include <cstddef>
+#include <map>
 #include <utility>
 #include <vector>
 
-#include "camera_library/output/cairo_drawing.h"
+#include "camera_library/output/outline_raster.h"
 #include "camera_library/output/rectangle_raster.h"
 
 namespace lmlib64 {
@@ -25,51 +26,78 @@ struct Placement {
     double top = 0.0;
 };
 
-std::vector<std::uint8_t> rasterThroughCairo(const PatternGeometry &geometry, const Placement &placement, int width,
-                                             int height) {
-    const int stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, width);
-    const auto rowBytes = static_cast<std::size_t>(stride);
-    const auto packedRowBytes = static_cast<std::size_t>(width);
-    const auto rowCount = static_cast<std::size_t>(height);
-    std::vector<std::uint8_t> rows(rowBytes * rowCount);
-    {
-        // Cairo fills with the dark share as opacity, which it does far quicker than taking light away.
-        const CairoSurface surface(
-            cairo_image_surface_create_for_data(rows.data(), CAIRO_FORMAT_A8, width, height, stride));
-        checkCairo(cairo_surface_status(surface.get()));
-        const CairoContext context(cairo_create(surface.get()));
-        cairo_translate(context.get(), placement.left, placement.top);
-        cairo_scale(context.get(), placement.pixelsPerMm, placement.pixelsPerMm);
-        fillDarkShapes(context.get(), geometry);
-        checkCairo(cairo_status(context.get()));
-        cairo_surface_flush(surface.get());
-    }
-    // From dark shares to light, and closing the gaps Cairo wants at the ends of rows: every row moves towards
-    // the front, in order.
-    for (std::size_t row = 0; row < rowCount; ++row) {
-        const std::uint8_t *from = rows.data() + row * rowBytes;
-        std::uint8_t *to = rows.data() + row * packedRowBytes;
-        for (std::size_t x = 0; x < packedRowBytes; ++x) {
-            to[x] = static_cast<std::uint8_t>(255 - from[x]);
-        }
-    }
-    rows.resize(packedRowBytes * rowCount);
-    return rows;
-}
+// From the geometry's millimetres to the rasters' parts of a pixel. Rounds, as nothing lies left of the picture or
+// above it.
+class Scale {
+public:
+    explicit Scale(const Placement &patternPlacement) : placement(patternPlacement) {}
 
-std::vector<std::uint8_t> rasterOfRectangles(const PatternGeometry &geometry, const Placement &placement, int width,
-                                             int height) {
-    // Rounds, as nothing lies left of the picture or above it.
-    const auto units = [&placement](double start, double mm) {
+    std::int32_t x(double mm) const { return units(placement.left, mm); }
+    std::int32_t y(double mm) const { return units(placement.top, mm); }
+    PixelPoint point(double xMm, double yMm) const { return {x(xMm), y(yMm)}; }
+
+private:
+    std::int32_t units(double start, double mm) const {
         return static_cast<std::int32_t>((start + mm * placement.pixelsPerMm) * pixelUnits + 0.5);
-    };
+    }
+
+    Placement placement;
+};
+
+std::vector<std::uint8_t> rasterOfRectangles(const PatternGeometry &geometry, const Scale &scale, int width,
+                                             int height) {
     std::vector<PixelRectangle> rectangles;
     rectangles.reserve(geometry.rectangles.size());
     for (const Rectangle &rectangle : geometry.rectangles) {
-        rectangles.push_back({units(placement.left, rectangle.left), units(placement.top, rectangle.top),
-                              units(placement.left, rectangle.right), units(placement.top, rectangle.bottom)});
+        rectangles.push_back(
+            {scale.x(rectangle.left), scale.y(rectangle.top), scale.x(rectangle.right), scale.y(rectangle.bottom)});
     }
     return rasterRectangles(std::move(rectangles), width, height);
+}
+
+// The corners of a regular polygon around the origin that a circle of this radius is drawn as. It has the circle's
+// area.
+std::vector<Point> cornersOfCircle(double radiusMm, double pixelsPerMm) {
+    constexpr double farthestOffPixels = 0.03;
+    constexpr double pi = 3.141592653589793;
+    const double radiusPixels = std::max(radiusMm * pixelsPerMm, 0.1);
+    const auto count = static_cast<int>(std::ceil(pi / std::acos(1.0 - farthestOffPixels / radiusPixels)));
+    const double step = 2.0 * pi / count;
+    const double distance = radiusMm * std::sqrt(step / std::sin(step));
+    std::vector<Point> corners;
+    corners.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        corners.push_back({distance * std::cos(i * step), distance * std::sin(i * step)});
+    }
+    return corners;
+}
+
+std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
+                                           int width, int height) {
+    std::vector<PixelOutline> outlines;
+    for (const Rectangle &r : geometry.rectangles) {
+        outlines.push_back({scale.point(r.left, r.top), scale.point(r.right, r.top), scale.point(r.right, r.bottom),
+                            scale.point(r.left, r.bottom)});
+    }
+    for (const Polygon &polygon : geometry.polygons) {
+        PixelOutline &outline = outlines.emplace_back();
+        for (const Point &corner : polygon) {
+            outline.push_back(scale.point(corner.x, corner.y));
+        }
+    }
+    std::map<double, std::vector<Point>> cornersByRadius;  // a plate has three sizes of circles, and many of each
+    for (const Circle &circle : geometry.circles) {
+        std::vector<Point> &corners = cornersByRadius[circle.radius];
+        if (corners.empty()) {
+            corners = cornersOfCircle(circle.radius, pixelsPerMm);
+        }
+        PixelOutline &outline = outlines.emplace_back();
+        outline.reserve(corners.size());
+        for (const Point &corner : corners) {
+            outline.push_back(scale.point(circle.centre.x + corner.x, circle.centre.y + corner.y));
+        }
+    }
+    return rasterOutlines(outlines, width, height);
 }
 
 }  // namespace
@@ -89,8 +117,9 @@ Binary renderPreview(const PatternGeometry &geometry, int imageSize) {
     const Placement placement{pixelsPerMm, (image.width - geometry.width * pixelsPerMm) / 2.0,
                               (image.height - geometry.height * pixelsPerMm) / 2.0};
     const bool onlyRectangles = geometry.circles.empty() && geometry.polygons.empty();
-    const auto raster = onlyRectangles ? rasterOfRectangles : rasterThroughCairo;
-    image.bytes = raster(geometry, placement, image.width, image.height);
+    const Scale scale(placement);
+    image.bytes = onlyRectangles ? rasterOfRectangles(geometry, scale, image.width, image.height)
+                                 : rasterOfOutlines(geometry, scale, pixelsPerMm, image.width, image.height);
     return image;
 }
 
