@@ -1,8 +1,6 @@
 // What the reader does with pictures that are wrong, extreme or of another kind.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <opencv2/imgcodecs.hpp>
@@ -11,6 +9,7 @@
 #include "bench/reader/scenes.h"
 #include "pattern_reader/image_file.h"
 #include "pattern_reader/pattern_reader.h"
+#include "tests/camera_library/temporary_folder.h"
 
 namespace {
 
@@ -53,22 +52,8 @@ TEST(ReaderInput, readsAPartOfALargerPictureInPlace) {
     }
 }
 
-class FileFolder {
-public:
-    FileFolder() : path_(std::filesystem::temp_directory_path() / ("reader_input_" + std::to_string(std::rand()))) {
-        std::filesystem::create_directories(path_);
-    }
-    ~FileFolder() { std::filesystem::remove_all(path_); }
-    FileFolder(const FileFolder &) = delete;
-    FileFolder &operator=(const FileFolder &) = delete;
-    std::string file(const std::string &name) const { return (path_ / name).string(); }
-
-private:
-    std::filesystem::path path_;
-};
-
 TEST(ReaderInput, readsTheSameFromEveryFileFormat) {
-    const FileFolder folder;
+    const TemporaryFolder folder;
     const cv::Mat image = reader_bench::makeScene(0).image;
     const auto expected = readPatterns(image);
     ASSERT_EQ(expected.size(), 1U);
@@ -92,7 +77,7 @@ TEST(ReaderInput, readsTheSameFromEveryFileFormat) {
 }
 
 TEST(ReaderInput, namesTheFileItCannotRead) {
-    const FileFolder folder;
+    const TemporaryFolder folder;
     std::ofstream(folder.file("words.png")) << "no picture";
     std::ofstream(folder.file("empty.jpg")).close();
     for (const std::string name : {"words.png", "empty.jpg", "absent.png"}) {
