@@ -296,6 +296,7 @@ void Tree::reset() {
     Node fresh = newRoot(pathNode);
     const std::lock_guard<std::mutex> lock(mutex);
     endWaits(LmLibResultOperationCanceled);
+    std::vector<Wait *>().swap(waits);
     runningSlots.removeAll();
     uniqueNumber = 0;
     std::swap(root.value, fresh.value);
