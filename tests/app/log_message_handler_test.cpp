@@ -69,7 +69,7 @@ private slots:
         QTest::newRow("warning") << int(QtWarningMsg) << "a" << QByteArray("Warning: a (f.cpp:7, g)\n\n");
         QTest::newRow("critical") << int(QtCriticalMsg) << "a" << QByteArray("Critical: a (f.cpp:7, g)\n\n");
         QTest::newRow("fatal") << int(QtFatalMsg) << "a" << QByteArray("Fatal: a (f.cpp:7, g)\n\n");
-        QTest::newRow("unknown type") << 99 << "a" << QByteArray(": a (f.cpp:7, g)\n\n");
+        QTest::newRow("unknown type") << 7 << "a" << QByteArray(": a (f.cpp:7, g)\n\n");
         QTest::newRow("empty") << int(QtWarningMsg) << "" << QByteArray("Warning:  (f.cpp:7, g)\n\n");
         QTest::newRow("collation warning") << int(QtWarningMsg) << collation << QByteArray();
         QTest::newRow("collation as critical")
