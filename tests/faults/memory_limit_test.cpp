@@ -52,9 +52,6 @@ int play(rlim_t bytes, const std::string &fileName) {
 }
 
 TEST(MemoryLimit, savesWholeOrSaysWhy) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "the sanitizers need more address space than any limit leaves";
-#endif
     const TemporaryFolder folder;
     for (const char *name : {"pattern.json", "pattern.pdf"}) {
         const std::string fileName = folder.file(name);
