@@ -103,6 +103,11 @@ void DrivenProgram::stop() {
     mainWindow.clear();
 }
 
+bool DrivenProgram::endsWell(int milliseconds) {
+    const bool hasEnded = process.state() == QProcess::NotRunning || process.waitForFinished(milliseconds);
+    return hasEnded && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
 bool DrivenProgram::moveWindow(QPoint position) {
     // A window manager may take the position for the frame's: the second time this is made good.
     QPoint requested = position;

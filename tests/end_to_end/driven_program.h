@@ -33,6 +33,8 @@ public:
     // Starts the program and waits for its window; the environment is this process's, changed by the entries.
     bool start(const QString &program, const QMap<QString, QString> &environment);
     void stop();
+    // Whether the program ends without being told to by a signal, and as one that nothing has failed in.
+    bool endsWell(int milliseconds);
     bool isRunning() const { return process.state() == QProcess::Running; }
     qint64 processId() const { return process.processId(); }
     QString window() const { return mainWindow; }

@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <random>
 
@@ -49,6 +50,7 @@ public:
 
 private slots:
     void endsAsItBegan();
+    void closesWhileCommandsRun();
 
 private:
     bool answers();
@@ -206,6 +208,21 @@ void RandomUseTest::endsAsItBegan() {
         QVERIFY2(file.endsWith(".pdf") || file.endsWith(".json"), qPrintable(file));
     }
     QCOMPARE(filesBelow(QFileInfo(LMCALTAB_PROGRAM).path()).join(' '), buildFiles);
+}
+
+// The window is closed while the pictures of many changes before that are still being made.
+void RandomUseTest::closesWhileCommandsRun() {
+    for (int changes = 1; changes <= 25; changes += 12) {
+        DrivenProgram closing(desktop);
+        QVERIFY(closing.start(LMCALTAB_PROGRAM, {}));
+        QVERIFY(closing.showPage(DrivenProgram::Flexible));
+        closing.moveMouse(closing.placeOfText("flexibleWidth").center());
+        closing.click();
+        QStringList keys{"key", "--delay", "1"};
+        std::fill_n(std::back_inserter(keys), changes, "Up");
+        desktop.xdotool(keys + QStringList{"alt+F4"});
+        QVERIFY2(closing.endsWell(10000), qPrintable(QString::number(changes)));
+    }
 }
 
 int main(int argc, char **argv) {
