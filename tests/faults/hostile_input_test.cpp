@@ -90,6 +90,8 @@ TEST_F(HostileInput, depthUpToItsLimit) {
         EXPECT_EQ(result, isAllowed ? LmLibResultOperationSucceeded : LmLibResultNestingLimitReached) << depth;
         lmLibErase(&result, "/N");
     }
+    lmLibSetJson(&result, "/N", std::string(LMLIB_MAXIMUM_JSON_SIZE, '[').c_str());
+    EXPECT_EQ(result, LmLibResultNestingLimitReached);
 }
 
 TEST_F(HostileInput, namesThatAreNotUtf8) {
