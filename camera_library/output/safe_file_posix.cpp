@@ -168,13 +168,21 @@ private:
             fail(fileName, errno);
         }
         struct stat status {};
-        // Where the file system knows no locks, none is ever found abandoned.
-        if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) == 0 && fstat(descriptor, &status) == 0 &&
-            status.st_nlink == 0) {
+        // Waits for a process that is about to remove it. Where the file system knows no locks, none is ever found
+        // abandoned.
+        if (descriptor >= 0 && lockFile() && fstat(descriptor, &status) == 0 && status.st_nlink == 0) {
             close(descriptor);
             descriptor = -1;
         }
         return descriptor >= 0;
+    }
+
+    bool lockFile() const {
+        int result = 0;
+        do {
+            result = flock(descriptor, LOCK_EX);
+        } while (result != 0 && errno == EINTR);
+        return result == 0;
     }
 
     std::string fileName;

@@ -178,4 +178,26 @@ TEST_P(SaveFault, killedBeforeTheRename) {
     EXPECT_EQ(folder.entryCount(), 1U);  // the next save clears up
 }
 
+// Each clears up in the folder while the others begin their files.
+TEST(SaveFault, manyProcessesSaveIntoOneFolder) {
+    constexpr int processes = 8;
+    const TemporaryFolder folder;
+    lmLibFinalize(nullptr);  // a thread does not come along
+    for (int process = 0; process < processes; ++process) {
+        if (fork() == 0) {
+            bool fails = false;
+            for (int saves = 0; saves < 1500 && !fails; ++saves) {
+                fails = !save(folder.file(std::to_string(process) + ".json")).empty();
+            }
+            _exit(fails ? 1 : 0);
+        }
+    }
+    for (int process = 0; process < processes; ++process) {
+        int status = 0;
+        wait(&status);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(folder.entryCount(), std::size_t{processes});
+}
+
 }  // namespace
