@@ -72,9 +72,9 @@ private:
 
 // Waits until the program is ready for the next input.
 bool RandomUseTest::answers() {
-    QThread::msleep(30);  // the input is on its way
     QElapsedTimer timer;
     timer.start();
+    QThread::msleep(30);  // the input is on its way
     while (!waitsForEvents(program->processId())) {
         if (timer.elapsed() > patienceMs) {
             return false;
