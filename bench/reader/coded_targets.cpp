@@ -56,13 +56,13 @@ CodedTarget makeTile(int tile, std::mt19937 &random) {
     for (int row = 0; row < side; row++) {
         for (int column = 0; column < side; column++) {
             if (pattern_code::carriesPosition(column, row)) {
-                marks[size_t(row * side + column)] = pattern_code::tileBit(tile, column, row) ? 1 : 0;
+                marks[size_t(row) * size_t(side) + size_t(column)] = pattern_code::tileBit(tile, column, row) ? 1 : 0;
             }
         }
     }
     for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
         const pattern_code::BlockCell square = pattern_code::blockSquare(bit);
-        marks[size_t(square.row * side + square.column)] = bitOf(block, bit) ? 1 : 0;
+        marks[size_t(square.row) * size_t(side) + size_t(square.column)] = bitOf(block, bit) ? 1 : 0;
     }
     coded.target = std::make_shared<CheckerTarget>(side, side, marks, coded.topLeftDark);
     return coded;
