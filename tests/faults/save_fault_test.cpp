@@ -105,13 +105,18 @@ TEST_P(SaveFault, badTarget) {
     std::filesystem::create_directory(folder.file("folder" + ending));
     writeBytes(folder.file("protected" + ending), "p");
     chmod(folder.file("protected" + ending).c_str(), 0444);
+    ASSERT_EQ(mkfifo(folder.file("pipe" + ending).c_str(), 0600), 0);
     expectFailure(folder.file("missing/pattern" + ending), "No such file or directory");
     expectFailure(target + "/pattern" + ending, "Not a directory");
     expectFailure(folder.file("folder" + ending), "Is a directory");
     expectFailure(folder.file("protected" + ending), "Permission denied");
+    expectFailure(folder.file("pipe" + ending), "Invalid argument");
     expectFailure(folder.file(std::string(260, 'n') + ending), "File name too long");
     expectFailure(folder.file(std::string(5000, 'n') + ending), "File name too long");
     EXPECT_EQ(readBytes(folder.file("protected" + ending)), "p");
+    EXPECT_TRUE(std::filesystem::is_fifo(folder.file("pipe" + ending)));
+    // The temporary file's name does not add to a name that is as long as names may be.
+    EXPECT_EQ(save(folder.file(std::string(255 - ending.size(), 'n') + ending)), "");
     expectNextSaveWorks();
 }
 
