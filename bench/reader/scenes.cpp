@@ -9,8 +9,6 @@ namespace reader_bench {
 
 namespace {
 
-using pattern_reader::PatternKind;
-
 class Dice {
 public:
     explicit Dice(unsigned seed) : random(seed) {}
@@ -153,8 +151,8 @@ double shareInside(const Scene &scene, const ScenePattern &pattern, const cv::Si
     int inside = 0;
     constexpr int steps = 24;
     for (int i = 0; i < steps * steps; i++) {
-        const cv::Point2d p((i % steps + 0.5) / steps * extent.width,
-                            (double(i / steps) + 0.5) / steps * extent.height);
+        const int row = i / steps;
+        const cv::Point2d p((i % steps + 0.5) / steps * extent.width, (row + 0.5) / steps * extent.height);
         const cv::Point2d q = projectPoint(scene.camera, pattern.placed.pose, p);
         inside += q.x >= 0 && q.y >= 0 && q.x < size.width && q.y < size.height ? 1 : 0;
     }
@@ -264,7 +262,8 @@ Scene makeSeveralPatterns(Dice &dice) {
     scene.camera.centre = {size.width / 2.0, size.height / 2.0};
     scene.camera.k1 = dice.real(-0.15, 0.1);
     for (int i = 0; i < columns * rows; i++) {
-        const cv::Point2d at((i % columns + 0.55) * cell, (double(i / columns) + 0.55) * cell);
+        const int row = i / columns;
+        const cv::Point2d at((i % columns + 0.55) * cell, (row + 0.55) * cell);
         static constexpr int types[] = {0, 2, 3, 7};
         ScenePattern pattern =
             makePattern(scene.camera, types[size_t((i + dice.whole(0, 1) * 2) % 4)], at, pixelsPerSquare, dice);
@@ -312,6 +311,7 @@ cv::Mat board(const cv::Size &size, bool marked, Dice &dice) {
     const int columns = dice.whole(6, 40);
     const int rows = dice.whole(6, 40);
     std::vector<int> marks;
+    marks.reserve(size_t(columns) * size_t(rows));
     for (int i = 0; i < columns * rows; i++) {
         marks.push_back(marked ? dice.whole(0, 1) : 0);
     }
@@ -326,13 +326,15 @@ cv::Mat board(const cv::Size &size, bool marked, Dice &dice) {
 void writeText(cv::Mat &picture, Dice &dice) {
     picture = dice.real(150, 240);
     const double scale = dice.real(0.3, 1.5);
-    for (double y = 10; y < picture.rows + 40; y += 30 * scale) {
+    double y = 10;
+    while (y < picture.rows + 40) {
         std::string line;
         for (int i = 0; i < 120; i++) {
             line += dice.chance(0.15) ? ' ' : char(dice.whole(33, 126));
         }
         cv::putText(picture, line, cv::Point(5, int(y)), dice.whole(0, 3), scale, cv::Scalar(dice.real(0, 60)),
                     dice.whole(1, 2), cv::LINE_AA);
+        y += 30 * scale;
     }
 }
 

@@ -81,8 +81,9 @@ void draw(cv::Mat &image, const CameraModel &camera, const PlacedTarget &placed,
             }
             float sum = 0;
             for (int s = 0; s < samples * samples; s++) {
+                const int line = s / samples;
                 const double u = (s % samples + 0.5) / samples;
-                const double v = (double(s / samples) + 0.5) / samples;
+                const double v = (line + 0.5) / samples;
                 const cv::Point2d top = upper[k] * (1 - u) + upper[k + 1] * u;
                 const cv::Point2d bottom = lower[k] * (1 - u) + lower[k + 1] * u;
                 const cv::Point2d p = top * (1 - v) + bottom * v;

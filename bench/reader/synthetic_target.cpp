@@ -31,7 +31,7 @@ float CheckerTarget::ink(double x, double y) const {
     const int column = int(x);
     const int row = int(y);
     bool dark = ((column + row) % 2 == 0) == darkFirst_;
-    if (marks_[size_t(row * columns_ + column)] != 0 && std::abs(x - column - 0.5) < 1.0 / 6 &&
+    if (marks_[size_t(row) * size_t(columns_) + size_t(column)] != 0 && std::abs(x - column - 0.5) < 1.0 / 6 &&
         std::abs(y - row - 0.5) < 1.0 / 6) {
         dark = !dark;
     }
@@ -51,13 +51,13 @@ std::vector<cv::Point2d> CheckerTarget::points() const {
 PlateTarget::PlateTarget(const std::vector<InkDisc> &dots, const std::vector<cv::Point2d> &triangle)
     : discsByCell_(size_t(plateCells * plateCells)), triangle_(triangle) {
     std::vector<InkDisc> discs = dots;
-    for (const cv::Point2d &centre : points()) {
+    for (const cv::Point2d &centre : PlateTarget::points()) {
         discs.push_back({centre, 0.5, 0});
     }
     for (const InkDisc &disc : discs) {
         for (int row = int(disc.centre.y - disc.radius); row <= int(disc.centre.y + disc.radius); row++) {
             for (int column = int(disc.centre.x - disc.radius); column <= int(disc.centre.x + disc.radius); column++) {
-                discsByCell_[size_t(row * plateCells + column)].push_back(disc);
+                discsByCell_[size_t(row) * size_t(plateCells) + size_t(column)].push_back(disc);
             }
         }
     }
@@ -70,7 +70,7 @@ float PlateTarget::ink(double x, double y) const {
     if (x < 0.5 || y < 0.5 || x >= plateCells - 0.5 || y >= plateCells - 0.5) {
         return 1;
     }
-    for (const InkDisc &disc : discsByCell_[size_t(int(y) * plateCells + int(x))]) {
+    for (const InkDisc &disc : discsByCell_[size_t(y) * size_t(plateCells) + size_t(x)]) {
         const double dx = x - disc.centre.x;
         const double dy = y - disc.centre.y;
         const double distance2 = dx * dx + dy * dy;
