@@ -1,6 +1,7 @@
 #include "camera_library/output/outline_raster.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <utility>
 
@@ -39,7 +40,7 @@ public:
             const std::int32_t row = y / pixelUnits;
             const std::int32_t end = std::min(to.y, (row + 1) * pixelUnits);
             const std::int32_t xEnd =
-                end == to.y ? to.x : static_cast<std::int32_t>(from.x + slope * (end - from.y) + 0.5);
+                end == to.y ? to.x : from.x + static_cast<std::int32_t>(std::lround(slope * (end - from.y)));
             addPiece(rows[static_cast<std::size_t>(row)], std::min(x, xEnd), std::max(x, xEnd),
                      (end - y) * partsPerUnit, sign);
             y = end;
