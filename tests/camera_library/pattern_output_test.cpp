@@ -163,6 +163,42 @@ TEST_F(PatternOutput, printsEveryPointWhereTheDescriptionSays) {
     std::printf("greatest error of a distance: %.3f pixel at %d dpi\n", worst, dotsPerInch);
 }
 
+// Preview and PDF are filled by different rasters.
+TEST_F(PatternOutput, printsWhatThePreviewShows) {
+    constexpr double pixelsPerMm = 600 / mmPerInch;
+    for (const std::string &pattern : allTypes) {
+        savePdf(pattern);
+        const cv::Mat page = renderPage(pdf, 1, 600);
+        const Binary seen = preview(pattern, 1000);
+        const cv::Mat picture(seen.height, seen.width, CV_8U, const_cast<std::uint8_t *>(seen.bytes.data()));
+        cv::Mat darkest;
+        cv::Mat lightest;
+        cv::erode(picture, darkest, {});
+        cv::dilate(picture, lightest, {});
+        const auto width = first()["OuterSize"][0].get<double>();
+        const auto height = first()["OuterSize"][1].get<double>();
+        const double scale = 1000 / (std::max(width, height) + 2.0 * first()["QuietZone"].get<double>());
+        int compared = 0;
+        int different = 0;
+        for (int y = 1; y + 1 < picture.rows; ++y) {
+            for (int x = 1; x + 1 < picture.cols; ++x) {
+                const cv::Point2d mm((x + 0.5 - picture.cols / 2.0) / scale, (y + 0.5 - picture.rows / 2.0) / scale);
+                const int grey = picture.at<uchar>(y, x);
+                const bool isAtEdge = darkest.at<uchar>(y, x) != lightest.at<uchar>(y, x);
+                if (isAtEdge || std::abs(mm.x) > width / 2.0 || std::abs(mm.y) > height / 2.0) {
+                    continue;
+                }
+                const int printed =
+                    page.at<uchar>(cvFloor((148.5 + mm.y) * pixelsPerMm), cvFloor((105.0 + mm.x) * pixelsPerMm));
+                ++compared;
+                different += printed == grey ? 0 : 1;
+            }
+        }
+        EXPECT_GT(compared, 350000) << pattern;
+        EXPECT_EQ(different, 0) << pattern;
+    }
+}
+
 TEST_F(PatternOutput, placesCornersToAMicrometre) {
     constexpr int dotsPerInch = 10160;  // 2.5 um to the pixel
     constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
