@@ -255,6 +255,43 @@ float medianOf(std::vector<float> values) {
     return *middle;
 }
 
+// Fits corners where the measured ones around them say there must be some, until there are no more. What is seen there
+// must be as clear as the neighbours are: nothing else says that these are corners.
+void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<CornerFit> &fits) {
+    const auto tryCell = [&](cv::Point cell, const CornerFit &neighbour) {
+        cv::Point2f expected;
+        if (lattice.indexAt(cell) >= 0 || !lattice.predict(cell, expected)) {
+            return;
+        }
+        const LatticeCorner corner{cell, expected, 0};
+        cv::Point2f step0;
+        cv::Point2f step1;
+        if (!stepThrough(lattice, corner, {1, 0}, step0) || !stepThrough(lattice, corner, {0, 1}, step1)) {
+            return;
+        }
+        CornerFit fit;
+        fit.position = expected;
+        fit.sigma = neighbour.sigma;
+        if (!fitCorner(picture, step0, step1, cleanRadius(step0, step1), false, 5, fit)) {
+            return;
+        }
+        const float shortest = std::sqrt(std::min(step0.dot(step0), step1.dot(step1)));
+        const cv::Point2f off = fit.position - expected;
+        const float amplitude = fit.amplitude * (lattice.isLight(cell) ? 1.0F : -1.0F);
+        if (amplitude > 0.5F * std::abs(neighbour.amplitude) && fit.residual < 0.3F * amplitude &&
+            off.dot(off) < 0.04F * shortest * shortest && lattice.add({cell, fit.position, 0})) {
+            fits.push_back(fit);
+        }
+    };
+    // The list grows as it is gone through.
+    for (size_t i = 0; i < fits.size(); i++) {
+        const cv::Point here = lattice.corners[i].cell;
+        for (const cv::Point side : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
+            tryCell(here + side, CornerFit(fits[i]));
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice) {
@@ -311,6 +348,7 @@ std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lat
         }
     }
     lattice.retain(good);
+    measureMissing(picture, lattice, kept);
     return kept;
 }
 
