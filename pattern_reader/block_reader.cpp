@@ -121,6 +121,7 @@ void SeenBlock::see(int bit, bool set) {
 
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion) {
     SeenBlock seen;
+    // Doubtful squares take part: the block's check bits are proof enough.
     for (const SquareReading &reading : readings) {
         const cv::Point square = motion.square(reading.cell);
         if (reading.certainty < clearEnough || square.x % 2 != 0 || square.y % 2 != 0) {

@@ -1,11 +1,14 @@
 #include "pattern_reader/image_file.h"
 
+#include <cstdint>
 #include <fstream>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
+#include <optional>
 #include <stdexcept>
 
 #include "pattern_reader/pattern_reader.h"
+#include "pattern_reader/picture_size.h"
 
 namespace pattern_reader {
 
@@ -42,9 +45,25 @@ cv::Mat toGrey(const cv::Mat &picture) {
     return scaled;
 }
 
+namespace {
+
+void refuseTooLarge(const std::string &path, const PictureSize &size) {
+    if (size.exceeds(std::uint64_t(maximumPixels))) {
+        throw std::runtime_error("The picture \"" + path + "\" has " + std::to_string(size.width) + " x " +
+                                 std::to_string(size.height) + " pixels; at most " +
+                                 std::to_string(maximumPixels / 1000000) + " million can be read.");
+    }
+}
+
+}  // namespace
+
 cv::Mat loadGreyImage(const std::string &path) {
-    if (!std::ifstream(path, std::ios::binary)) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
         throw std::runtime_error("The file \"" + path + "\" cannot be opened.");
+    }
+    if (const std::optional<PictureSize> size = declaredSize(file)) {
+        refuseTooLarge(path, *size);
     }
     cv::Mat picture;
     try {
@@ -56,11 +75,7 @@ cv::Mat loadGreyImage(const std::string &path) {
     if (picture.empty()) {
         throw std::runtime_error("The file \"" + path + "\" is not a picture that can be read.");
     }
-    if (picture.total() > size_t(maximumPixels)) {
-        throw std::runtime_error("The picture \"" + path + "\" has " + std::to_string(picture.cols) + " x " +
-                                 std::to_string(picture.rows) + " pixels; at most " +
-                                 std::to_string(maximumPixels / 1000000) + " million can be read.");
-    }
+    refuseTooLarge(path, {std::uint64_t(picture.cols), std::uint64_t(picture.rows)});
     return toGrey(picture);
 }
 

@@ -14,7 +14,8 @@ constexpr float leastCertainty = 0.3F;
 // Whether a square was read as the code has it; nothing where there is no code or the reading is not certain.
 std::optional<bool> agreement(const SquareReading &reading, const Place &place) {
     bool expected = false;
-    if (reading.certainty < leastCertainty || !codeBit(place.tile, place.motion.square(reading.cell), expected)) {
+    if (reading.certainty < leastCertainty || reading.maybeCover ||
+        !codeBit(place.tile, place.motion.square(reading.cell), expected)) {
         return std::nullopt;
     }
     return reading.marked == expected;

@@ -80,8 +80,9 @@ bool codeBit(int tile, cv::Point square, bool &bit) {
 
 std::optional<Place> findPlace(const std::vector<SquareReading> &readings) {
     std::vector<SquareReading> certain;
-    std::copy_if(readings.begin(), readings.end(), std::back_inserter(certain),
-                 [](const SquareReading &reading) { return reading.certainty >= leastCertainty; });
+    std::copy_if(readings.begin(), readings.end(), std::back_inserter(certain), [](const SquareReading &reading) {
+        return reading.certainty >= leastCertainty && !reading.maybeCover;
+    });
     const int known = int(certain.size());
     const int marked =
         int(std::count_if(certain.begin(), certain.end(), [](const SquareReading &one) { return one.marked; }));

@@ -183,7 +183,7 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
 using Look = MarkReader::Look;
 
 // A cover of the paper's grey looks like the outer half of a light square, one of the ink's like that of a dark square,
-// but none like two neighbours: squares at the edge of what was measured count unless their neighbours there are none.
+// but none like two neighbours: doubtful are squares at the edge of what was measured whose neighbours there are none.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.
@@ -197,7 +197,7 @@ public:
         }
     }
 
-    bool isCover(const SquareReading &reading) const {
+    bool couldBeCover(const SquareReading &reading) const {
         bool refused = false;
         bool read = false;
         for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
@@ -233,9 +233,9 @@ std::vector<SquareReading> readMarks(const cv::Mat &picture, const CornerLattice
             }
         }
     }
-    readings.erase(std::remove_if(readings.begin(), readings.end(),
-                                  [&](const SquareReading &reading) { return edge.isCover(reading); }),
-                   readings.end());
+    for (SquareReading &reading : readings) {
+        reading.maybeCover = edge.couldBeCover(reading);
+    }
     return readings;
 }
 

@@ -17,6 +17,8 @@ struct SquareReading {
     bool marked = false;
     float certainty = 0;  // 0: as good as a guess, 1: exactly as expected of a mark or of none
     int measuredCorners = 0;
+    // At the edge of what was measured, where a cover of the square's grey would look the same.
+    bool maybeCover = false;
 };
 
 // Every square that has at least one measured corner and looks like a square. fits belongs to lattice.corners.

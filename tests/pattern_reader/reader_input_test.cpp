@@ -1,10 +1,13 @@
 // What the reader does with pictures that are wrong, extreme or of another kind.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
+#include <random>
 
 #include "bench/reader/scenes.h"
 #include "pattern_reader/image_file.h"
@@ -76,16 +79,102 @@ TEST(ReaderInput, readsTheSameFromEveryFileFormat) {
     }
 }
 
+// The message with which a file is refused; empty when it is read.
+std::string refusal(const std::string &path) {
+    try {
+        readPatterns(loadGreyImage(path));
+        return "";
+    } catch (const std::runtime_error &error) {
+        return error.what();
+    }
+}
+
+void write(const std::string &path, const std::string &content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
 TEST(ReaderInput, namesTheFileItCannotRead) {
     const TemporaryFolder folder;
-    std::ofstream(folder.file("words.png")) << "no picture";
-    std::ofstream(folder.file("empty.jpg")).close();
-    for (const std::string name : {"words.png", "empty.jpg", "absent.png"}) {
-        try {
-            loadGreyImage(folder.file(name));
-            ADD_FAILURE() << name;
-        } catch (const std::runtime_error &error) {
-            EXPECT_NE(std::string(error.what()).find(name), std::string::npos);
+    write(folder.file("words.png"), "no picture");
+    write(folder.file("empty.jpg"), "");
+    std::filesystem::create_directory(folder.file("folder.png"));
+    for (const std::string name : {"words.png", "empty.jpg", "absent.png", "folder.png"}) {
+        EXPECT_NE(refusal(folder.file(name)).find(name), std::string::npos) << name;
+    }
+}
+
+std::string contentOf(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Reads a damaged file: it is refused by name, or what is still in it is read as it was.
+void readDamaged(const std::string &path, const std::string &content, const PatternReading &whole) {
+    write(path, content);
+    try {
+        for (const PatternReading &reading : readPatterns(loadGreyImage(path))) {
+            EXPECT_EQ(reading.tile, whole.tile) << path;
+            EXPECT_TRUE(!reading.values || reading.blockBytes == whole.blockBytes) << path;
+        }
+    } catch (const std::runtime_error &error) {
+        EXPECT_NE(std::string(error.what()).find(path), std::string::npos);
+    }
+}
+
+TEST(ReaderInput, survivesCutAndDamagedFilesOfEveryFormat) {
+    const TemporaryFolder folder;
+    const cv::Mat image = reader_bench::makeScene(0).image;
+    const auto whole = readPatterns(image);
+    ASSERT_EQ(whole.size(), 1U);
+    std::mt19937 random(5);
+    for (const std::string ending : {".png", ".jpg", ".tiff", ".pgm"}) {
+        const std::string path = folder.file("whole" + ending);
+        ASSERT_TRUE(cv::imwrite(path, image));
+        const std::string content = contentOf(path);
+        // Every length through the header, then about forty more.
+        for (size_t length = 0; length < content.size(); length += length < 40 ? 1 : content.size() / 40) {
+            readDamaged(folder.file("cut" + ending), content.substr(0, length), whole.front());
+        }
+        for (int i = 0; i < 60; i++) {
+            std::string damaged = content;
+            // Half of the damage where the size and the kind of picture stand.
+            const size_t range = i % 2 == 0 ? std::min<size_t>(200, content.size()) : content.size();
+            for (int k = 0; k < 3; k++) {
+                damaged[random() % range] = char(random() & 0xFF);
+            }
+            readDamaged(folder.file("damaged" + ending), damaged, whole.front());
+        }
+    }
+}
+
+TEST(ReaderInput, refusesAHundredMegapixelsByTheHeader) {
+    const TemporaryFolder folder;
+    const std::string jpegFrame("\xFF\xC0\x00\x0B\x08\x27\x10\x27\x10\x01\x01\x11\x00", 13);
+    const std::string tiffTags(
+        "II*\0\x08\0\0\0\x02\0\0\x01\x03\0\x01\0\0\0\x10\x27\0\0\x01\x01\x04\0\x01\0\0\0\x10\x27\0\0", 34);
+    const std::pair<const char *, std::string> headers[] = {
+        {"a.png", std::string("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\x27\x10\0\0\x27\x10\x08\0\0\0\0", 29)},
+        {"b.jpg", "\xFF\xD8\xFF\xE0" + std::string("\0\x04xx", 4) + jpegFrame},
+        {"c.tiff", tiffTags},
+        {"d.pgm", "P5 # ten thousand\n10000 10000\n255\n"},
+        {"huge.pgm", "P5 4294967296 4294967296 255\n"}};
+    for (const auto &[name, header] : headers) {
+        write(folder.file(name), header);
+        EXPECT_NE(refusal(folder.file(name)).find("at most 64 million can be read"), std::string::npos) << name;
+    }
+    // Exactly at the limit the header is no reason to refuse.
+    write(folder.file("limit.pgm"), "P5 8000 8000 255\n");
+    EXPECT_EQ(refusal(folder.file("limit.pgm")).find("at most"), std::string::npos);
+}
+
+TEST(ReaderInput, readsThinAndEmptyPicturesFromFiles) {
+    const TemporaryFolder folder;
+    for (const cv::Size size : {cv::Size(1, 1), cv::Size(1, 20000), cv::Size(20000, 1)}) {
+        for (const int type : {CV_8UC1, CV_16UC1, CV_8UC4}) {
+            for (const double level : {0.0, 255.0}) {
+                ASSERT_TRUE(cv::imwrite(folder.file("thin.png"), cv::Mat(size, type, cv::Scalar::all(level))));
+                EXPECT_TRUE(readPatterns(loadGreyImage(folder.file("thin.png"))).empty()) << size;
+            }
         }
     }
 }
