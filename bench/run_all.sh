@@ -5,7 +5,7 @@ folder=$1/bench
 export QT_QPA_PLATFORM=offscreen
 echo "$(grep -m 1 'model name' /proc/cpuinfo | sed 's/.*: //'), $(nproc) cores, $(. /etc/os-release && echo "$PRETTY_NAME")"
 failed=0
-for bench in library_bench window_bench; do
+for bench in library_bench window_bench reader_time_bench; do
   "$folder/$bench" 2>/dev/null || failed=1
 done
 # What a start costs depends on the desktop, so that one gets a real one.

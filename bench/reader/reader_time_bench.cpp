@@ -1,0 +1,116 @@
+// How the reader's time grows: with the picture's size, with the corners in it, and with the patterns in it.
+#include <cmath>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+#include <random>
+#include <string>
+
+#include "bench/measurement.h"
+#include "bench/reader/coded_targets.h"
+#include "bench/reader/scenes.h"
+#include "bench/reader/synthetic_camera.h"
+#include "pattern_reader/pattern_reader.h"
+
+namespace {
+
+using namespace reader_bench;
+
+constexpr double pixelsPerSquare = 10;
+constexpr double megapixel = 1e6;
+
+double readingTime(const cv::Mat &picture, int repetitions = 15) {
+    return medianTime(repetitions, [&] { pattern_reader::readPatterns(picture); });
+}
+
+// A target in the middle of a picture, slightly tilted and rolled.
+cv::Mat photographOf(const CodedTarget &coded, const cv::Size &size) {
+    CameraModel camera;
+    camera.focalLength = 1.5 * size.width;
+    camera.centre = {size.width / 2.0, size.height / 2.0};
+    const double roll = 0.1;
+    const double tilt = 0.2;
+    PlacedTarget placed;
+    placed.target = coded.target;
+    placed.pose.rotation = cv::Matx33d(1, 0, 0, 0, std::cos(tilt), -std::sin(tilt), 0, std::sin(tilt), std::cos(tilt)) *
+                           cv::Matx33d(std::cos(roll), -std::sin(roll), 0, std::sin(roll), std::cos(roll), 0, 0, 0, 1);
+    placed.pose.anchor = {coded.target->size().width / 2, coded.target->size().height / 2};
+    placed.pose.translation = {0, 0, camera.focalLength / pixelsPerSquare};
+    std::mt19937 random(3);
+    return photograph(cv::Mat(size, CV_32F, cv::Scalar(120)), camera, {placed}, Exposure(), random);
+}
+
+cv::Mat inLargerPicture(const cv::Mat &picture, int factor, bool textured) {
+    cv::Mat larger;
+    if (textured) {
+        cv::repeat(makeEmptyPicture(EmptyKind::Texture, 6), factor * 4, factor * 4, larger);
+        larger = larger(cv::Rect(0, 0, picture.cols * factor, picture.rows * factor)).clone();
+    } else {
+        larger = cv::Mat(picture.rows * factor, picture.cols * factor, CV_8U, cv::Scalar(120));
+    }
+    picture.copyTo(larger(cv::Rect({0, 0}, picture.size())));
+    return larger;
+}
+
+void benchMegapixels(Table &table) {
+    std::mt19937 random(1);
+    const cv::Mat picture = photographOf(makeTile(0, random), {1000, 1000});
+    const double one = readingTime(picture);
+    const auto row = [&](const std::string &what, const cv::Mat &larger) {
+        const double share = double(larger.total()) / megapixel;
+        table.row(what, readingTime(larger, 7) / share, "ms per megapixel", "1 megapixel", one, 2.0);
+    };
+    for (const int factor : {2, 4}) {
+        const std::string size = std::to_string(factor * factor) + " megapixels";
+        cv::Mat enlarged;
+        cv::resize(picture, enlarged, {}, factor, factor, cv::INTER_CUBIC);
+        row("one pattern enlarged to " + size, enlarged);
+        row("one pattern in " + size + " of plain grey", inLargerPicture(picture, factor, false));
+        row("one pattern in " + size + " of texture", inLargerPicture(picture, factor, true));
+    }
+}
+
+void benchCorners(Table &table) {
+    const cv::Size size(1100, 1100);
+    const double none = readingTime(cv::Mat(size, CV_8U, cv::Scalar(120)));
+    double reference = 0;
+    for (const int side : {15, 31, 61, 91}) {
+        std::mt19937 random(1);
+        const cv::Mat picture = photographOf(makeFlexible(side, side, random), size);
+        const double corners = side * side / 1000.0;
+        const double each = (readingTime(picture) - none) / corners;
+        reference = reference == 0 ? each : reference;
+        table.row("a pattern of " + std::to_string(side) + " x " + std::to_string(side) + " corners", each,
+                  "ms per 1000 corners", "15 x 15", reference, 2.0);
+    }
+}
+
+void benchPatterns(Table &table) {
+    constexpr int places = 5;
+    constexpr int placeSide = 220;
+    std::mt19937 random(1);
+    const cv::Mat pattern = photographOf(makeTile(0, random), {placeSide, placeSide});
+    const cv::Mat empty(places * placeSide, places * placeSide, CV_8U, cv::Scalar(120));
+    const double none = readingTime(empty);
+    double reference = 0;
+    for (const int side : {1, 2, 3, 5}) {
+        cv::Mat picture = empty.clone();
+        for (int i = 0; i < side * side; i++) {
+            pattern.copyTo(picture(cv::Rect({i % side * placeSide, i / side * placeSide}, pattern.size())));
+        }
+        const double each = (readingTime(picture) - none) / (side * side);
+        reference = reference == 0 ? each : reference;
+        table.row(std::to_string(side * side) + " patterns of 15 x 15 corners", each, "ms per pattern", "1 pattern",
+                  reference, 2.0);
+    }
+}
+
+}  // namespace
+
+int main() {
+    cv::setNumThreads(1);
+    Table table("Reading, and how its time grows");
+    benchMegapixels(table);
+    benchCorners(table);
+    benchPatterns(table);
+    return table.exitCode();
+}
