@@ -255,6 +255,20 @@ float medianOf(std::vector<float> values) {
     return *middle;
 }
 
+// A neighbour's grey levels, light and dark exchanged, spare the step that asks for nothing else. False without one.
+bool startFromNeighbour(const CornerLattice &lattice, const std::vector<bool> &good, std::vector<CornerFit> &fits,
+                        size_t corner) {
+    for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
+        const int k = lattice.indexAt(lattice.corners[corner].cell + step);
+        if (k >= 0 && size_t(k) < corner && good[size_t(k)]) {
+            fits[corner].middle = fits[size_t(k)].middle;
+            fits[corner].amplitude = -fits[size_t(k)].amplitude;
+            return true;
+        }
+    }
+    return false;
+}
+
 // Fits corners where the measured ones around them say there must be some, until there are no more. What is seen there
 // must be as clear as the neighbours are: nothing else says that these are corners.
 void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<CornerFit> &fits) {
@@ -328,7 +342,8 @@ std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lat
         fits[i].position = lattice.corners[i].position;
         fits[i].sigma = sigma;
         const float sign = lattice.isLight(lattice.corners[i].cell) ? 1.0F : -1.0F;
-        good[i] = fitOne(i, false, 3) && fits[i].amplitude * sign > 1 &&
+        const bool started = startFromNeighbour(lattice, good, fits, i);
+        good[i] = fitOne(i, false, started ? 2 : 3) && fits[i].amplitude * sign > 1 &&
                   fits[i].residual < 0.7F * std::abs(fits[i].amplitude);
     }
     // Once more with directions from the measured neighbours.

@@ -258,25 +258,42 @@ bool isAlone(const cv::Mat &smoothed, int x, int y) {
     return 8 * least * 5 > sum * 2;
 }
 
+constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
+constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
+
+void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, LevelPoints &points) {
+    const float value = rows.mid[x];
+    if (value > saddleThreshold) {
+        SaddlePoint saddle;
+        if (rows.isPeak(x) && locateSaddle(level, cv::Point2f(float(x), float(y)), 1.6F, saddle)) {
+            points.saddles.push_back(saddle);
+        }
+    } else if (value < blobThreshold && rows.isPit(x)) {
+        const Quadratic q = quadraticAt(level.smoothed, x, y);
+        // Both curvatures upwards, and the valley not much longer than wide.
+        const float mean = (q.xx + q.yy) / 2;
+        const float half = std::hypot((q.xx - q.yy) / 2, q.xy);
+        if (mean > 0 && half < 0.8F * mean && isAlone(level.smoothed, x, y)) {
+            points.blobs.push_back({cv::Point2f(float(x), float(y)), std::sqrt(-value) / greyScale});
+        }
+    }
+}
+
+// Most of a picture is neither; it is passed over by blocks, which the compiler compares at once.
 void collect(const ImageLevel &level, const ResponseRows &rows, int y, LevelPoints &points) {
-    constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
-    constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
-    const int width = level.smoothed.cols;
-    for (int x = 1; x < width - 1; x++) {
-        const float value = rows.mid[x];
-        if (value > saddleThreshold) {
-            SaddlePoint saddle;
-            if (rows.isPeak(x) && locateSaddle(level, cv::Point2f(float(x), float(y)), 1.6F, saddle)) {
-                points.saddles.push_back(saddle);
+    constexpr int block = 16;
+    const int end = level.smoothed.cols - 1;
+    for (int x = 1; x < end; x += block) {
+        const int stop = std::min(end, x + block);
+        int candidates = stop - x < block ? 1 : 0;
+        if (candidates == 0) {
+            const float *values = rows.mid + x;
+            for (int i = 0; i < block; i++) {
+                candidates |= int(values[i] > saddleThreshold) | int(values[i] < blobThreshold);
             }
-        } else if (value < blobThreshold && rows.isPit(x)) {
-            const Quadratic q = quadraticAt(level.smoothed, x, y);
-            // Both curvatures upwards, and the valley not much longer than wide.
-            const float mean = (q.xx + q.yy) / 2;
-            const float half = std::hypot((q.xx - q.yy) / 2, q.xy);
-            if (mean > 0 && half < 0.8F * mean && isAlone(level.smoothed, x, y)) {
-                points.blobs.push_back({cv::Point2f(float(x), float(y)), std::sqrt(-value) / greyScale});
-            }
+        }
+        for (int at = x; candidates != 0 && at < stop; at++) {
+            collectAt(level, rows, at, y, points);
         }
     }
 }
