@@ -128,6 +128,7 @@ void dropUnprovenPieces(CornerLattice &lattice, const std::vector<SquareReading>
         }
     }
     std::vector<bool> keep;
+    keep.reserve(piece.size());
     for (const int number : piece) {
         keep.push_back(score[size_t(number)] >= proof);
     }
