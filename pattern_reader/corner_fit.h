@@ -7,9 +7,6 @@
 #pragma once
 
 #include <opencv2/core.hpp>
-#include <vector>
-
-#include "pattern_reader/corner_lattice.h"
 
 namespace pattern_reader {
 
@@ -26,9 +23,5 @@ struct CornerFit {
 // the radius, or the disc leaves the picture.
 bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, float radius, bool fitSigma, int steps,
                CornerFit &fit);
-
-// Fits every corner of the lattice, moves it to the measured position and returns the fits, one for each corner.
-// Corners that cannot be fitted or differ in contrast from what the lattice says are removed.
-std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice);
 
 }  // namespace pattern_reader

@@ -9,9 +9,6 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "pattern_reader/image_level.h"
-#include "pattern_reader/point_detector.h"
-
 namespace pattern_reader {
 
 struct LatticeCorner {
@@ -50,14 +47,5 @@ public:
 private:
     std::vector<int16_t> indices_;  // empty until there is a corner
 };
-
-// Links saddles of one level into lattices. Every saddle ends in at most one; pieces of fewer than leastCorners
-// corners are dropped. Sorted from large to small.
-std::vector<CornerLattice> linkLattices(const ImageLevel &level, const std::vector<SaddlePoint> &saddles,
-                                        size_t leastCorners);
-
-// Drops corners out of line with their neighbours, then looks for the missing ones around and inside the lattice in
-// the level that suits the local spacing, until there are no more.
-void completeLattice(CornerLattice &lattice, const std::vector<ImageLevel> &levels);
 
 }  // namespace pattern_reader

@@ -6,6 +6,7 @@
 #include <opencv2/calib3d.hpp>
 #include <optional>
 
+#include "pattern_reader/lattice_completion.h"
 #include "pattern_reader/place_finder.h"
 
 namespace pattern_reader {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_level.h"
 
 namespace pattern_reader {
 

@@ -3,9 +3,11 @@
 #include <stdexcept>
 
 #include "pattern_reader/block_reader.h"
-#include "pattern_reader/corner_fit.h"
 #include "pattern_reader/corner_lattice.h"
 #include "pattern_reader/image_level.h"
+#include "pattern_reader/lattice_completion.h"
+#include "pattern_reader/lattice_linking.h"
+#include "pattern_reader/lattice_measurement.h"
 #include "pattern_reader/lattice_pieces.h"
 #include "pattern_reader/lattice_trust.h"
 #include "pattern_reader/pattern_reader.h"

@@ -2,7 +2,8 @@
 //
 //   reader_bench [--first N] [--images N] [--empty N] [--compare N] [--threads N] [--check] [--list] [--save FOLDER]
 //
-// --check ends with 1 when a goal is not met; --list names every pattern that was not read and --save keeps its
+// --first is the number of the first picture of either kind; the comparison always begins at 0. --check ends with 1
+// when a goal is not met; --list names every pattern that was not read and --save keeps its
 // picture. Seeds are fixed: picture n is the same in every run.
 #include <atomic>
 #include <cstdio>
@@ -265,7 +266,7 @@ int main(int argumentCount, char **arguments) {
             if (number < options.images) {
                 runScene(options.first + number, options, results);
             } else {
-                runEmpty(number - options.images, options, results);
+                runEmpty(options.first + number - options.images, options, results);
             }
         }
     };

@@ -9,8 +9,10 @@
 #include "bench/reader/scenes.h"
 #include "bench/reader/scoring.h"
 #include "bench/reader/synthetic_camera.h"
-#include "pattern_reader/corner_fit.h"
 #include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/lattice_completion.h"
+#include "pattern_reader/lattice_linking.h"
+#include "pattern_reader/lattice_measurement.h"
 #include "pattern_reader/point_detector.h"
 #include "pattern_reader/square_marks.h"
 

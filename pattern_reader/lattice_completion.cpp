@@ -1,0 +1,191 @@
+#include "pattern_reader/lattice_completion.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "pattern_reader/point_detector.h"
+
+namespace pattern_reader {
+
+namespace {
+
+std::array<cv::Point, 4> steps() {
+    return {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)};
+}
+
+float length(cv::Point2f v) {
+    return std::hypot(v.x, v.y);
+}
+
+float cross(cv::Point2f a, cv::Point2f b) {
+    return a.x * b.y - a.y * b.x;
+}
+
+// The level in which a lattice step is closest to between 6 and 12 pixels.
+const ImageLevel &levelFor(const std::vector<ImageLevel> &levels, float spacing) {
+    size_t number = 0;
+    while (number + 1 < levels.size() && spacing / levels[number].scale() > 12) {
+        number++;
+    }
+    return levels[number];
+}
+
+float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
+    const int x = int(std::lround(p.x));
+    const int y = int(std::lround(p.y));
+    return float(smoothed.at<int16_t>(std::clamp(y, 0, smoothed.rows - 1), std::clamp(x, 0, smoothed.cols - 1))) / 64;
+}
+
+// Light minus dark across the border between two neighbouring corners; negative when the colours are exchanged.
+float borderContrast(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &from,
+                     const LatticeCorner &to) {
+    const cv::Point step = to.cell - from.cell;
+    const cv::Point2f a = level.fromImage(from.position);
+    const cv::Point2f b = level.fromImage(to.position);
+    const cv::Point2f across = cv::Point2f(a.y - b.y, b.x - a.x) * 0.22F;
+    const cv::Point2f middle = (a + b) / 2;
+    // Clockwise of the step lies the square whose top-left corner is, by step direction, one of these.
+    const cv::Point square = step.x == 1    ? from.cell
+                             : step.y == 1  ? from.cell + cv::Point(-1, 0)
+                             : step.x == -1 ? from.cell + cv::Point(-1, -1)
+                                            : from.cell + cv::Point(0, -1);
+    const float difference = greyAt(level.smoothed, middle + across) - greyAt(level.smoothed, middle - across);
+    return lattice.isLight(square) ? difference : -difference;
+}
+
+cv::Point strongestNear(const cv::Mat &smoothed, cv::Point2f p, int radius) {
+    const int cx = int(std::lround(p.x));
+    const int cy = int(std::lround(p.y));
+    cv::Point best(cx, cy);
+    float bestValue = 0;
+    for (int y = std::max(1, cy - radius); y <= std::min(smoothed.rows - 2, cy + radius); y++) {
+        const auto *up = smoothed.ptr<int16_t>(y - 1);
+        const auto *mid = smoothed.ptr<int16_t>(y);
+        const auto *down = smoothed.ptr<int16_t>(y + 1);
+        for (int x = std::max(1, cx - radius); x <= std::min(smoothed.cols - 2, cx + radius); x++) {
+            const auto xx = float(mid[x - 1] + mid[x + 1] - 2 * mid[x]);
+            const auto yy = float(up[x] + down[x] - 2 * mid[x]);
+            const float xy = 0.25F * float(up[x - 1] + down[x + 1] - up[x + 1] - down[x - 1]);
+            const float value = xy * xy - xx * yy;
+            if (value > bestValue) {
+                bestValue = value;
+                best = {x, y};
+            }
+        }
+    }
+    return best;
+}
+
+// Whether the saddle's light area lies where the lattice has light squares at that corner.
+bool hasPolarity(const CornerLattice &lattice, cv::Point cell, cv::Point2f axis0, cv::Point2f axis1,
+                 const SaddlePoint &saddle) {
+    const cv::Point2f bright(std::cos(saddle.brightAxis), std::sin(saddle.brightAxis));
+    // The light axis lies between axis 0 and axis 1 when it is on opposite sides of them.
+    const bool between = cross(axis0, bright) * cross(bright, axis1) > 0;
+    return between == lattice.isLight(cell);
+}
+
+bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<ImageLevel> &levels,
+                LatticeCorner &found) {
+    cv::Point2f expected;
+    if (!lattice.predict(cell, expected)) {
+        return false;
+    }
+    float spacing = 0;
+    float contrast = 0;
+    int neighbours = 0;
+    std::array<cv::Point2f, 2> axes;
+    for (const cv::Point step : steps()) {
+        const LatticeCorner *one = lattice.at(cell + step);
+        if (one == nullptr) {
+            continue;
+        }
+        const cv::Point2f d = (one->position - expected) * float(step.x + step.y);
+        axes[step.x != 0 ? 0 : 1] = d;
+        const float distance = std::max(length(d), lattice.spacingAt(one->cell));
+        spacing = neighbours == 0 ? distance : std::min(spacing, distance);
+        neighbours++;
+    }
+    if (neighbours == 0 || spacing < 2) {
+        return false;
+    }
+    const ImageLevel &level = levelFor(levels, spacing);
+    const cv::Point2f near = level.fromImage(expected);
+    const float levelSpacing = spacing / level.scale();
+    if (near.x < 3 || near.y < 3 || near.x > float(level.smoothed.cols) - 4 ||
+        near.y > float(level.smoothed.rows) - 4) {
+        return false;
+    }
+    const int radius = std::clamp(int(0.25F * levelSpacing), 1, 3);
+    SaddlePoint saddle;
+    if (!locateSaddle(level, cv::Point2f(strongestNear(level.smoothed, near, radius)), 1.6F, saddle) ||
+        length(saddle.position - near) > 0.3F * levelSpacing) {
+        return false;
+    }
+    found = {cell, level.toImage(saddle.position), saddle.strength};
+    // With one axis known the other follows from the colours; with both they must agree.
+    if (length(axes[0]) > 0 && length(axes[1]) > 0 && !hasPolarity(lattice, cell, axes[0], axes[1], saddle)) {
+        return false;
+    }
+    for (const cv::Point step : steps()) {
+        const LatticeCorner *one = lattice.at(cell + step);
+        if (one == nullptr) {
+            continue;
+        }
+        const float seen = borderContrast(level, lattice, *one, found);
+        // The border behind the neighbour, already accepted, says how much contrast to expect.
+        const LatticeCorner *two = lattice.at(cell + 2 * step);
+        const float usual = two == nullptr ? 0 : borderContrast(level, lattice, *two, *one);
+        if (seen < std::max(3.0F, 0.3F * usual)) {
+            return false;
+        }
+        contrast += seen;
+    }
+    return contrast > 0;
+}
+
+void dropOutliers(CornerLattice &lattice) {
+    std::vector<bool> keep(lattice.corners.size(), true);
+    bool all = true;
+    for (size_t i = 0; i < lattice.corners.size(); i++) {
+        const LatticeCorner &corner = lattice.corners[i];
+        cv::Point2f expected;
+        const float spacing = lattice.spacingAt(corner.cell);
+        if (spacing == 0 ||
+            (lattice.interpolate(corner.cell, expected) && length(expected - corner.position) > 0.3F * spacing)) {
+            keep[i] = false;
+            all = false;
+        }
+    }
+    if (!all) {
+        lattice.retain(keep);
+    }
+}
+
+}  // namespace
+
+void completeLattice(CornerLattice &lattice, const std::vector<ImageLevel> &levels) {
+    dropOutliers(lattice);
+    std::vector<cv::Point> open;
+    for (const LatticeCorner &corner : lattice.corners) {
+        open.push_back(corner.cell);
+    }
+    // A cell that failed is tried again only when it gets another neighbour.
+    while (!open.empty()) {
+        std::vector<cv::Point> added;
+        for (const cv::Point cell : open) {
+            for (const cv::Point step : steps()) {
+                const cv::Point target = cell + step;
+                LatticeCorner found;
+                if (lattice.indexAt(target) < 0 && findCorner(lattice, target, levels, found) && lattice.add(found)) {
+                    added.push_back(target);
+                }
+            }
+        }
+        open = std::move(added);
+    }
+    dropOutliers(lattice);
+}
+
+}  // namespace pattern_reader

@@ -1,0 +1,18 @@
+// From saddles to lattices: neighbouring corners of a checkerboard see the same two borders with light and dark
+// exchanged. Such saddles are linked, and the links are followed from a closed square on.
+#pragma once
+
+#include <vector>
+
+#include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_level.h"
+#include "pattern_reader/point_detector.h"
+
+namespace pattern_reader {
+
+// Links saddles of one level into lattices. Every saddle ends in at most one; pieces of fewer than leastCorners
+// corners are dropped. Sorted from large to small.
+std::vector<CornerLattice> linkLattices(const ImageLevel &level, const std::vector<SaddlePoint> &saddles,
+                                        size_t leastCorners);
+
+}  // namespace pattern_reader

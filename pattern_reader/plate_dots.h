@@ -1,0 +1,12 @@
+// Reads the dots between a plate's marks, which carry its information block.
+#pragma once
+
+#include "pattern_reader/block_reader.h"
+#include "pattern_reader/plate_view.h"
+#include "pattern_reader/round_marks.h"
+
+namespace pattern_reader {
+
+SeenBlock readDots(const MarkLattice &found, const PlateView &view);
+
+}  // namespace pattern_reader
