@@ -42,8 +42,8 @@ std::vector<double> averagedCairo(const std::vector<PixelOutline> &outlines, int
     std::vector<double> greys(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 255.0);
     for (int y = 0; y < height * times; ++y) {
         for (int x = 0; x < width * times; ++x) {
-            greys[static_cast<std::size_t>(y / times * width + x / times)] -=
-                data[y * stride + x] / static_cast<double>(times * times);
+            const int pixel = y / times * width + x / times;
+            greys[static_cast<std::size_t>(pixel)] -= data[y * stride + x] / static_cast<double>(times * times);
         }
     }
     return greys;
