@@ -112,15 +112,15 @@ void OutlineCells::turnRow(const std::vector<Cell> &cells, std::uint8_t *pixels,
             return;  // edges on the right border
         }
         pixels[column] = turned(pixels[column], enclosedShare(descent * 2 * pixelUnits - area));
-        const std::int32_t share = enclosedShare(descent * 2 * pixelUnits);
-        if (share == 0 || i == cells.size()) {
-            continue;
+        if (i == cells.size() || cells[i].column == column + 1) {
+            continue;  // nothing in between
         }
+        const std::int32_t share = enclosedShare(descent * 2 * pixelUnits);
         std::uint8_t *const end = pixels + std::min(cells[i].column, width);
         if (share == 255) {
             std::transform(pixels + column + 1, end, pixels + column + 1,
                            [](std::uint8_t grey) { return static_cast<std::uint8_t>(255 - grey); });
-        } else {
+        } else if (share > 0) {
             std::transform(pixels + column + 1, end, pixels + column + 1,
                            [share](std::uint8_t grey) { return turned(grey, share); });
         }
