@@ -7,14 +7,8 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr int side = 2 * CornerLattice::reach + 1;
-
 std::array<cv::Point, 4> steps() {
     return {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)};
-}
-
-size_t slotOf(cv::Point cell) {
-    return size_t(cell.y + CornerLattice::reach) * side + size_t(cell.x + CornerLattice::reach);
 }
 
 bool inRange(cv::Point cell) {
@@ -27,20 +21,34 @@ float length(cv::Point2f v) {
 
 }  // namespace
 
-bool CornerLattice::add(const LatticeCorner &corner) {
-    if (indices_.empty()) {
-        indices_.assign(size_t(side) * side, int16_t(-1));
+size_t CornerLattice::slotOf(cv::Point cell) const {
+    return size_t(cell.y - area_.y) * size_t(area_.width) + size_t(cell.x - area_.x);
+}
+
+void CornerLattice::cover(cv::Point cell) {
+    if (area_.contains(cell)) {
+        return;
     }
-    if (!inRange(corner.cell) || indices_[slotOf(corner.cell)] >= 0 || corners.size() >= 32000) {
+    const cv::Size room(std::max(4, area_.width / 2), std::max(4, area_.height / 2));
+    area_ |= cv::Rect(cell - cv::Point(room), cell + cv::Point(room));
+    indices_.assign(size_t(area_.area()), int16_t(-1));
+    for (size_t i = 0; i < corners.size(); i++) {
+        indices_[slotOf(corners[i].cell)] = int16_t(i);
+    }
+}
+
+bool CornerLattice::add(const LatticeCorner &corner) {
+    if (!inRange(corner.cell) || indexAt(corner.cell) >= 0 || corners.size() >= 32000) {
         return false;
     }
+    cover(corner.cell);
     indices_[slotOf(corner.cell)] = int16_t(corners.size());
     corners.push_back(corner);
     return true;
 }
 
 int CornerLattice::indexAt(cv::Point cell) const {
-    return !indices_.empty() && inRange(cell) ? indices_[slotOf(cell)] : -1;
+    return area_.contains(cell) ? indices_[slotOf(cell)] : -1;
 }
 
 const LatticeCorner *CornerLattice::at(cv::Point cell) const {

@@ -45,7 +45,13 @@ public:
     float spacingAt(cv::Point cell) const;
 
 private:
-    std::vector<int16_t> indices_;  // empty until there is a corner
+    size_t slotOf(cv::Point cell) const;
+    // Makes room for a cell, with some around it for those that follow.
+    void cover(cv::Point cell);
+
+    // The corners' numbers by cell, over the cells of area_.
+    cv::Rect area_;
+    std::vector<int16_t> indices_;
 };
 
 }  // namespace pattern_reader

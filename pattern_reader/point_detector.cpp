@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 
 namespace pattern_reader {
 
@@ -53,8 +54,12 @@ void smooth(ImageLevel &level) {
     }
 }
 
-// Negative Hessian determinant of one row, in smoothed units; positive at saddles.
-void respond(const ImageLevel &level, int y, float *out) {
+constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
+constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
+
+// Negative Hessian determinant of one row, in smoothed units; positive at saddles. `worth` is 1 where that is large
+// enough for a saddle or, negative, for a blob.
+void respond(const ImageLevel &level, int y, float *out, uchar *worth) {
     const int width = level.smoothed.cols;
     const auto *up = level.smoothed.ptr<int16_t>(y - 1);
     const auto *mid = level.smoothed.ptr<int16_t>(y);
@@ -66,6 +71,9 @@ void respond(const ImageLevel &level, int y, float *out) {
         const auto yy = float(up[x] + down[x] - 2 * mid[x]);
         const float xy = 0.25F * float(up[x - 1] + down[x + 1] - up[x + 1] - down[x - 1]);
         out[x] = xy * xy - xx * yy;
+    }
+    for (int x = 0; x < width; x++) {
+        worth[x] = uchar(int(out[x] > saddleThreshold) | int(out[x] < blobThreshold));
     }
 }
 
@@ -258,9 +266,6 @@ bool isAlone(const cv::Mat &smoothed, int x, int y) {
     return 8 * least * 5 > sum * 2;
 }
 
-constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
-constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
-
 void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, LevelPoints &points) {
     const float value = rows.mid[x];
     if (value > saddleThreshold) {
@@ -279,22 +284,15 @@ void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, 
     }
 }
 
-// Most of a picture is neither; it is passed over by blocks, which the compiler compares at once.
-void collect(const ImageLevel &level, const ResponseRows &rows, int y, LevelPoints &points) {
-    constexpr int block = 16;
-    const int end = level.smoothed.cols - 1;
-    for (int x = 1; x < end; x += block) {
-        const int stop = std::min(end, x + block);
-        int candidates = stop - x < block ? 1 : 0;
-        if (candidates == 0) {
-            const float *values = rows.mid + x;
-            for (int i = 0; i < block; i++) {
-                candidates |= int(values[i] > saddleThreshold) | int(values[i] < blobThreshold);
-            }
+// Most of a picture is neither: `worth` has a 1 for every place whose response is large enough to be looked at.
+void collect(const ImageLevel &level, const ResponseRows &rows, const uchar *worth, int y, LevelPoints &points) {
+    const uchar *const end = worth + level.smoothed.cols - 1;
+    for (const uchar *at = worth + 1; at < end; at++) {
+        at = static_cast<const uchar *>(std::memchr(at, 1, size_t(end - at)));
+        if (at == nullptr) {
+            return;
         }
-        for (int at = x; candidates != 0 && at < stop; at++) {
-            collectAt(level, rows, at, y, points);
-        }
+        collectAt(level, rows, int(at - worth), y, points);
     }
 }
 
@@ -308,17 +306,21 @@ LevelPoints findPoints(ImageLevel &level, size_t limit) {
     for (auto &row : rows) {
         row.assign(size_t(width), 0);
     }
+    std::array<std::vector<uchar>, 2> worth;
+    for (auto &row : worth) {
+        row.assign(size_t(width), 0);
+    }
     LevelPoints points;
     for (int y = 1; y < height; y++) {
         std::vector<float> &newest = rows[size_t(y % 3)];
         if (y < height - 1) {
-            respond(level, y, newest.data());
+            respond(level, y, newest.data(), worth[size_t(y % 2)].data());
         } else {
             std::fill(newest.begin(), newest.end(), 0.0F);
         }
         if (y > 1) {
-            collect(level, {rows[size_t((y + 1) % 3)].data(), rows[size_t((y + 2) % 3)].data(), newest.data()}, y - 1,
-                    points);
+            collect(level, {rows[size_t((y + 1) % 3)].data(), rows[size_t((y + 2) % 3)].data(), newest.data()},
+                    worth[size_t((y + 1) % 2)].data(), y - 1, points);
         }
     }
     keepStrongest(points.saddles, limit);
