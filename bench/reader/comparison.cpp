@@ -108,7 +108,7 @@ void count(DetectorTotals &totals, std::optional<double> error, const ReaderResu
 
 }  // namespace
 
-Comparison compareWithStock(unsigned sceneCount, unsigned limit) {
+Comparison compareWithStock(unsigned sceneCount, unsigned limit, bool classic) {
     Comparison comparison;
     comparison.classic.name = "findChessboardCorners + cornerSubPix";
     comparison.sectorBased.name = "findChessboardCornersSB";
@@ -149,9 +149,10 @@ Comparison compareWithStock(unsigned sceneCount, unsigned limit) {
         if (sectorBased) {
             count(comparison.sectorBased, errorOf(*sectorBased, truth, reach), reader, truth.size(), number);
         }
-        const std::optional<Corners> classic = classicCorners(scene.image, size, classicLimitSeconds);
-        if (classic) {
-            count(comparison.classic, bestRefinedError(scene.image, *classic, truth, reach), reader, truth.size(),
+        const std::optional<Corners> coarse =
+            classic ? classicCorners(scene.image, size, classicLimitSeconds) : std::nullopt;
+        if (coarse) {
+            count(comparison.classic, bestRefinedError(scene.image, *coarse, truth, reach), reader, truth.size(),
                   number);
         }
     }

@@ -32,7 +32,8 @@ struct Comparison {
     double medianSectorBasedMs = 0;
 };
 
-// Runs over the scenes with one checkerboard seen whole, at most `limit` of the first `count` scenes.
-Comparison compareWithStock(unsigned count, unsigned limit);
+// Runs over the scenes with one checkerboard seen whole, at most `limit` of the first `count` scenes; classic:
+// with findChessboardCorners, too.
+Comparison compareWithStock(unsigned count, unsigned limit, bool classic);
 
 }  // namespace reader_bench
