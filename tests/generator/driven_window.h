@@ -1,10 +1,15 @@
 // Driving a main window as a user does: reaching its inputs and answering the dialogs it opens.
 #pragma once
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QSpinBox>
+#include <QTabWidget>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -19,6 +24,22 @@ Widget *find(const QWidget &window, const char *name) {
         qFatal("The window has no %s of this type", name);
     }
     return widget;
+}
+
+// Puts an input to a value: a page or a choice by its index, a button to on (1) or off (0), a box to a number.
+inline void setInput(const QWidget &window, const char *name, double value) {
+    auto *input = find(window, name);
+    if (auto *pages = qobject_cast<QTabWidget *>(input)) {
+        pages->setCurrentIndex(static_cast<int>(value));
+    } else if (auto *list = qobject_cast<QComboBox *>(input)) {
+        list->setCurrentIndex(static_cast<int>(value));
+    } else if (auto *count = qobject_cast<QSpinBox *>(input)) {
+        count->setValue(static_cast<int>(value));
+    } else if (auto *length = qobject_cast<QDoubleSpinBox *>(input)) {
+        length->setValue(value);
+    } else {
+        find<QAbstractButton>(window, name)->setChecked(value != 0.0);
+    }
 }
 
 // Runs the action on the next modal dialog of this type once it is open; the action has to close it.

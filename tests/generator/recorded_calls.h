@@ -30,14 +30,18 @@ inline QStringList inSlot(int slot, const QStringList &lines) {
     return filled;
 }
 
+// The calls that run a command in its slot, "$", until it has succeeded.
+inline QStringList runCalls(const QString &command) {
+    return {"lmLibSetString $/Command " + command, "lmLibGetType $/Command", "lmLibWaitForType $/Command 1 true",
+            "lmLibGetType $/Result/ErrorSymbol"};
+}
+
 // Every call of one update, given those that write the pattern; for the 4 x 4 picture of the default script.
 inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
     return inSlot(slot, QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",
                                     "lmLibSetInt $/Parameters/ImageSize 2000"} +
-                            patternWrites +
-                            QStringList{"lmLibSetString $/Command GenerateCalibrationPattern", "lmLibGetType $/Command",
-                                        "lmLibWaitForType $/Command 1 true", "lmLibGetType $/Result/ErrorSymbol",
-                                        "lmLibGetBinaryInfo $/Result/Patterns/\\0 width height channelCount isFloat",
+                            patternWrites + runCalls("GenerateCalibrationPattern") +
+                            QStringList{"lmLibGetBinaryInfo $/Result/Patterns/\\0 width height channelCount isFloat",
                                         "lmLibGetCount $/Result/Patterns/\\0",
                                         "lmLibGetBinary $/Result/Patterns/\\0 16 bytesCopied", "lmLibErase $"});
 }
