@@ -1,9 +1,11 @@
 // The list of official plates, as the library's answer makes it.
-#include <QtTest>
-
 #include "generator/cal_tab_combo_box.h"
+
+#include <gtest/gtest.h>
+
 #include "lmlib/lm_lib_exception.h"
 #include "tests/generator/recorded_calls.h"
+#include "tests/value_printing.h"
 
 namespace {
 
@@ -26,140 +28,96 @@ QStringList listed(CalTabComboBox &box) {
     return plates;
 }
 
-}  // namespace
-
-class CalTabComboBoxTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void init() { scripted_lmlib64::loadDefaultScript(); }
-    void asksTheLibraryPlateByPlateFromTheLast();
-    void listsWhatTheCatalogueHolds_data();
-    void listsWhatTheCatalogueHolds();
-    void startsWithTheFirstListedPlate();
-    void reloadingReplacesTheList();
-    void plateWithoutNameEndsTheLoading();
-    void failuresPassThroughAndLeaveNoSlot_data();
-    void failuresPassThroughAndLeaveNoSlot();
+class CalTabComboBoxTest : public testing::Test {
+protected:
+    CalTabComboBoxTest() { scripted_lmlib64::loadDefaultScript(); }
 };
 
-void CalTabComboBoxTest::asksTheLibraryPlateByPlateFromTheLast() {
+TEST_F(CalTabComboBoxTest, asksTheLibraryPlateByPlateFromTheLast) {
     setCatalogue(R"([{"Name": "A", "Type": "a", "GridSpacing": 1.5, "Thickness": 2}, {"Name": "B", "Type": 5}])");
     const CalTabComboBox box(nullptr);
-    const QStringList expected{"lmLibMakeUniqueItem /Execute",
-                               "lmLibSetBool $/Parameters/ListCalTabs true",
-                               "lmLibSetString $/Command GetModelInfo",
-                               "lmLibGetType $/Command",
-                               "lmLibWaitForType $/Command 1 true",
-                               "lmLibGetType $/Result/ErrorSymbol",
-                               "lmLibGetCount $/Result/CalTabs",
-                               "lmLibGetString $/Result/CalTabs/\\1/Name",
-                               "lmLibGetType $/Result/CalTabs/\\1/Type",
-                               "lmLibGetType $/Result/CalTabs/\\1/Type",
-                               "lmLibGetType $/Result/CalTabs/\\1/GridSpacing",
-                               "lmLibGetType $/Result/CalTabs/\\1/Thickness",
-                               "lmLibGetString $/Result/CalTabs/\\0/Name",
-                               "lmLibGetType $/Result/CalTabs/\\0/Type",
-                               "lmLibGetType $/Result/CalTabs/\\0/Type",
-                               "lmLibGetString $/Result/CalTabs/\\0/Type",
-                               "lmLibGetType $/Result/CalTabs/\\0/GridSpacing",
-                               "lmLibGetType $/Result/CalTabs/\\0/GridSpacing",
-                               "lmLibGetDouble $/Result/CalTabs/\\0/GridSpacing",
-                               "lmLibGetType $/Result/CalTabs/\\0/Thickness",
-                               "lmLibGetType $/Result/CalTabs/\\0/Thickness",
-                               "lmLibGetDouble $/Result/CalTabs/\\0/Thickness",
-                               "lmLibErase $"};
-    QCOMPARE(recorded_calls::all(), recorded_calls::inSlot(1, expected));
+    QStringList expected{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/ListCalTabs true"};
+    expected << recorded_calls::runCalls("GetModelInfo") << "lmLibGetCount $/Result/CalTabs";
+    for (const char *call :
+         {"String %1/Name", "Type %1/Type", "Type %1/Type", "Type %1/GridSpacing", "Type %1/Thickness"}) {
+        expected << "lmLibGet" + QString(call).arg("$/Result/CalTabs/\\1");
+    }
+    for (const char *call : {"String %1/Name", "Type %1/Type", "Type %1/Type", "String %1/Type", "Type %1/GridSpacing",
+                             "Type %1/GridSpacing", "Double %1/GridSpacing", "Type %1/Thickness", "Type %1/Thickness",
+                             "Double %1/Thickness"}) {
+        expected << "lmLibGet" + QString(call).arg("$/Result/CalTabs/\\0");
+    }
+    EXPECT_EQ(recorded_calls::all(), recorded_calls::inSlot(1, expected << "lmLibErase $"));
 }
 
-void CalTabComboBoxTest::listsWhatTheCatalogueHolds_data() {
-    QTest::addColumn<QByteArray>("catalogue");
-    QTest::addColumn<QStringList>("plates");
-    QTest::newRow("last plate first") << QByteArray(R"([{"Name": "A", "Type": "a", "GridSpacing": 1.5, "Thickness": 2},
-                          {"Name": "B", "Type": "b", "GridSpacing": 3, "Thickness": 4},
-                          {"Name": "C", "Type": "c", "GridSpacing": 5, "Thickness": 6}])")
-                                      << QStringList{"C: c 5 6", "B: b 3 4", "A: a 1.5 2"};
-    QTest::newRow("values missing or of another type count as none")
-        << QByteArray(R"([{"Name": "A"}, {"Name": "B", "Type": 7, "GridSpacing": "8", "Thickness": true}])")
-        << QStringList{"B:  0 0", "A:  0 0"};
-    QTest::newRow("equal names are not merged, others not sorted")
-        << QByteArray(R"([{"Name": "Z", "Type": "z"}, {"Name": "A", "Type": "a"}, {"Name": "Z", "Type": "z2"}])")
-        << QStringList{"Z: z2 0 0", "A: a 0 0", "Z: z 0 0"};
-    QTest::newRow("names are UTF-8") << QByteArray(
-                                            "[{\"Name\": \"Gr\xc3\xb6\xc3\x9f"
-                                            "e \xe2\x8c\x80 3 mm\"}]")
-                                     << QStringList{QStringLiteral("Gr\u00f6\u00dfe \u2300 3 mm:  0 0")};
-    QTest::newRow("empty catalogue") << QByteArray("[]") << QStringList{};
-}
-
-void CalTabComboBoxTest::listsWhatTheCatalogueHolds() {
-    QFETCH(QByteArray, catalogue);
-    QFETCH(QStringList, plates);
-    setCatalogue(catalogue.toStdString());
+TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
+    const struct {
+        const char *what, *catalogue;
+        QStringList plates;
+    } rows[] = {{"last plate first",
+                 R"([{"Name": "A", "Type": "a", "GridSpacing": 1.5, "Thickness": 2},
+             {"Name": "B", "Type": "b", "GridSpacing": 3, "Thickness": 4}])",
+                 {"B: b 3 4", "A: a 1.5 2"}},
+                {"values missing or of another type count as none",
+                 R"([{"Name": "A"}, {"Name": "B", "Type": 7, "GridSpacing": "8", "Thickness": true}])",
+                 {"B:  0 0", "A:  0 0"}},
+                {"equal names are not merged, others not sorted",
+                 R"([{"Name": "Z", "Type": "z"}, {"Name": "A", "Type": "a"}, {"Name": "Z", "Type": "z2"}])",
+                 {"Z: z2 0 0", "A: a 0 0", "Z: z 0 0"}},
+                {"names are UTF-8",
+                 "[{\"Name\": \"\xc3\xb6 \xe2\x8c\x80 3 mm\"}]",
+                 {QStringLiteral("\u00f6 \u2300 3 mm:  0 0")}},
+                {"empty catalogue", "[]", {}}};
+    // What a box lists replaces what it listed before.
     CalTabComboBox box(nullptr);
-    QCOMPARE(box.currentIndex(), plates.isEmpty() ? -1 : 0);
-    QCOMPARE(listed(box), plates);
-    QCOMPARE(scripted_lmlib64::nodeJson("/Execute"), std::string("{}"));
+    EXPECT_EQ(box.currentType(), "PlateC");
+    for (const auto &row : rows) {
+        setCatalogue(row.catalogue);
+        box.reload();
+        EXPECT_EQ(box.currentIndex(), row.plates.isEmpty() ? -1 : 0) << row.what;
+        EXPECT_EQ(listed(box), row.plates) << row.what;
+        EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
+    }
 }
 
-void CalTabComboBoxTest::startsWithTheFirstListedPlate() {
-    const CalTabComboBox box(nullptr);
-    QCOMPARE(box.currentText(), QString("C"));
-    QCOMPARE(box.currentType(), std::string("PlateC"));
-}
-
-void CalTabComboBoxTest::reloadingReplacesTheList() {
-    CalTabComboBox box(nullptr);
-    box.setCurrentIndex(2);
-    setCatalogue(R"([{"Name": "New", "Type": "n", "GridSpacing": 9, "Thickness": 1}])");
-    box.reload();
-    QCOMPARE(listed(box), QStringList{"New: n 9 1"});
-}
-
-void CalTabComboBoxTest::plateWithoutNameEndsTheLoading() {
+TEST_F(CalTabComboBoxTest, plateWithoutNameEndsTheLoading) {
     CalTabComboBox box(nullptr);
     setCatalogue(R"([{"Name": "A"}, {"Type": "b"}, {"Name": "C", "Type": "c"}])");
     try {
         box.reload();
-        QFAIL("no exception");
+        ADD_FAILURE() << "no exception";
     } catch (const LmLibException &exception) {
-        QCOMPARE(exception.errorCode, 3);
-        QCOMPARE(exception.itemPath, std::string("/Execute/2/Result/CalTabs/\\1/Name"));
+        EXPECT_EQ(exception.errorCode, 3);
+        EXPECT_EQ(exception.itemPath, "/Execute/2/Result/CalTabs/\\1/Name");
     }
-    QCOMPARE(listed(box), QStringList{"C: c 0 0"});
+    EXPECT_EQ(listed(box), QStringList{"C: c 0 0"});
 }
 
-void CalTabComboBoxTest::failuresPassThroughAndLeaveNoSlot_data() {
-    QTest::addColumn<QByteArray>("function");
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QByteArray>("itemPath");
-    const auto row = [](const char *function, const char *path, int code, const char *itemPath) {
-        QTest::newRow(path) << QByteArray(function) << QByteArray(path) << code << QByteArray(itemPath);
+TEST_F(CalTabComboBoxTest, failuresPassThroughAndLeaveNoSlot) {
+    const struct {
+        const char *function, *path;
+        int code;
+        const char *itemPath;
+    } rows[] = {
+        {"lmLibMakeUniqueItem", "/Execute", 12, "/Execute"},
+        {"lmLibSetBool", "*/ListCalTabs", 13, "/Execute/1/Parameters/ListCalTabs"},
+        {"lmLibSetString", "*/Command", 19, "/Execute/1"},
+        {"lmLibWaitForType", "/Execute/1/Command", 27, "/Execute/1"},
+        {"lmLibGetCount", "*/CalTabs", 13, "/Execute/1/Result/CalTabs"},
+        {"lmLibGetType", "*/CalTabs/*/GridSpacing", 9, "/Execute/1/Result/CalTabs/\\2/GridSpacing"},
     };
-    row("lmLibMakeUniqueItem", "/Execute", 12, "/Execute");
-    row("lmLibSetBool", "*/ListCalTabs", 13, "/Execute/1/Parameters/ListCalTabs");
-    row("lmLibSetString", "*/Command", 19, "/Execute/1");
-    row("lmLibWaitForType", "/Execute/1/Command", 27, "/Execute/1");
-    row("lmLibGetCount", "*/CalTabs", 13, "/Execute/1/Result/CalTabs");
-    row("lmLibGetType", "*/CalTabs/*/GridSpacing", 9, "/Execute/1/Result/CalTabs/\\2/GridSpacing");
-}
-
-void CalTabComboBoxTest::failuresPassThroughAndLeaveNoSlot() {
-    QFETCH(QByteArray, function);
-    QFETCH(QByteArray, path);
-    QFETCH(int, code);
-    QFETCH(QByteArray, itemPath);
-    scripted_lmlib64::setResult(function.toStdString(), path.toStdString(), code);
-    try {
-        const CalTabComboBox box(nullptr);
-        QFAIL("no exception");
-    } catch (const LmLibException &exception) {
-        QCOMPARE(exception.errorCode, code);
-        QCOMPARE(exception.itemPath, itemPath.toStdString());
+    for (const auto &row : rows) {
+        scripted_lmlib64::loadDefaultScript();
+        scripted_lmlib64::setResult(row.function, row.path, row.code);
+        try {
+            const CalTabComboBox box(nullptr);
+            ADD_FAILURE() << row.path;
+        } catch (const LmLibException &exception) {
+            EXPECT_EQ(exception.errorCode, row.code);
+            EXPECT_EQ(exception.itemPath, row.itemPath);
+        }
+        EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}") << row.path;
     }
-    QCOMPARE(scripted_lmlib64::nodeJson("/Execute"), std::string("{}"));
 }
 
-QTEST_MAIN(CalTabComboBoxTest)
-#include "cal_tab_combo_box_test.moc"
+}  // namespace

@@ -1,58 +1,38 @@
 // The controller: what starts an update, what an update changes, and what a failing one leaves as it was.
+#include "generator/main_window.h"
+
+#include <gtest/gtest.h>
+
 #include <QAbstractButton>
-#include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGraphicsPixmapItem>
 #include <QGraphicsView>
 #include <QMetaMethod>
-#include <QResizeEvent>
-#include <QSpinBox>
 #include <QTabWidget>
 #include <QtTest>
 
-#include "generator/main_window.h"
 #include "lmlib/lm_lib_exception.h"
 #include "tests/generator/driven_window.h"
 #include "tests/generator/recorded_calls.h"
+#include "tests/value_printing.h"
 
 using driven_window::find;
-using Change = std::function<void(MainWindow &)>;
-Q_DECLARE_METATYPE(Change)
+using scripted_lmlib64::CommandScript;
 
 namespace {
 
-QList<QGraphicsItem *> sceneItems(const MainWindow &window) {
-    return find<QGraphicsView>(window, "preview")->scene()->items();
-}
-
 QGraphicsPixmapItem *picture(const MainWindow &window) {
-    const auto items = sceneItems(window);
+    const auto items = find<QGraphicsView>(window, "preview")->scene()->items();
     return items.size() == 1 ? qgraphicsitem_cast<QGraphicsPixmapItem *>(items.first()) : nullptr;
 }
 
 void setPictureOf(int width, int height, unsigned char value) {
-    scripted_lmlib64::CommandScript script;
+    CommandScript script;
     script.image.emplace();
     script.image->width = width;
     script.image->height = height;
     script.image->bytes.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), value);
     scripted_lmlib64::setCommand("GenerateCalibrationPattern", {script});
-}
-
-Change setCount(const char *name, int value) {
-    return [=](MainWindow &window) { find<QSpinBox>(window, name)->setValue(value); };
-}
-
-Change setLength(const char *name, double value) {
-    return [=](MainWindow &window) { find<QDoubleSpinBox>(window, name)->setValue(value); };
-}
-
-Change choose(const char *name, int index) {
-    return [=](MainWindow &window) { find<QComboBox>(window, name)->setCurrentIndex(index); };
-}
-
-Change click(const char *name) {
-    return [=](MainWindow &window) { find<QAbstractButton>(window, name)->click(); };
 }
 
 // How much of the viewport, without the margin of 2 pixels that the view keeps, the picture fills in its tighter
@@ -64,180 +44,128 @@ double filling(const MainWindow &window) {
     return std::max(shown.width() / room.width(), shown.height() / room.height());
 }
 
-}  // namespace
-
-class MainWindowTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void init() { scripted_lmlib64::loadDefaultScript(); }
-    void opensOnTheOfficialPageWithAPicture();
-    void slotsHaveTheirOrder();
-    void everyInputUpdatesOnce_data();
-    void everyInputUpdatesOnce();
-    void displaysDoNotUpdate();
-    void encodingChoiceEnablesItsInputs();
-    void showsThePictureSmoothly();
-    void emptyImageEmptiesThePicture();
-    void failureKeepsThePictureAndIsReportedOnce_data();
-    void failureKeepsThePictureAndIsReportedOnce();
-    void failedCommandShowsItsReasonAndTheNextChangeTriesAgain();
-    void firstUpdateMayFail();
-    void failingCatalogueLeavesTheConstructor();
-    void emptyCatalogueWritesNoPattern();
-    void refitsWhenShownAndResizedWithoutTheLibrary();
+class MainWindowTest : public testing::Test {
+protected:
+    MainWindowTest() { scripted_lmlib64::loadDefaultScript(); }
 };
 
-void MainWindowTest::opensOnTheOfficialPageWithAPicture() {
+TEST_F(MainWindowTest, opensOnTheOfficialPageWithAPicture) {
     const MainWindow window;
-    QCOMPARE(find<QTabWidget>(window, "patternType")->currentIndex(), 0);
-    QVERIFY(picture(window) != nullptr);
-    QCOMPARE(picture(window)->pixmap().size(), QSize(4, 4));
+    EXPECT_EQ(find<QTabWidget>(window, "patternType")->currentIndex(), 0);
+    ASSERT_NE(picture(window), nullptr);
+    EXPECT_EQ(picture(window)->pixmap().size(), QSize(4, 4));
     // Building the form, filling the lists and connecting cause no further update.
-    QCOMPARE(recorded_calls::count("lmLibMakeUniqueItem"), 2);
-    QCOMPARE(recorded_calls::count("lmLibSetString /Execute/1/Command GetModelInfo"), 1);
-    QCOMPARE(recorded_calls::count("lmLibSetString /Execute/2/Command GenerateCalibrationPattern"), 1);
-    QCOMPARE(scripted_lmlib64::nodeJson("/Execute"), std::string("{}"));
-    QVERIFY(window.parent() == nullptr);
-    QVERIFY(find(window, "saveBtn")->isEnabled() && find(window, "calibrateBtn")->isEnabled());
+    EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), 2);
+    EXPECT_EQ(recorded_calls::count("lmLibSetString /Execute/1/Command GetModelInfo"), 1);
+    EXPECT_EQ(recorded_calls::count("lmLibSetString /Execute/2/Command GenerateCalibrationPattern"), 1);
+    EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
+    EXPECT_TRUE(find(window, "saveBtn")->isEnabled() && find(window, "calibrateBtn")->isEnabled());
 }
 
-void MainWindowTest::slotsHaveTheirOrder() {
+TEST_F(MainWindowTest, slotsHaveTheirOrder) {
     const QMetaObject &meta = MainWindow::staticMetaObject;
-    QCOMPARE(meta.className(), "MainWindow");
     QList<QByteArray> methods;
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        QCOMPARE(meta.method(i).methodType(), QMetaMethod::Slot);
+        EXPECT_EQ(meta.method(i).methodType(), QMetaMethod::Slot);
         methods << meta.method(i).methodSignature();
     }
-    QCOMPARE(methods, (QList<QByteArray>{"update()", "savePatterns()", "openCalTabCalibration()"}));
-    QCOMPARE(meta.propertyOffset(), meta.propertyCount());
+    EXPECT_EQ(methods, (QList<QByteArray>{"update()", "savePatterns()", "openCalTabCalibration()"}));
 }
 
-void MainWindowTest::everyInputUpdatesOnce_data() {
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<int>("updates");
-    const auto row = [](const char *name, const Change &change, int updates = 1) {
-        QTest::newRow(name) << change << updates;
-    };
-    row("patternType", [](MainWindow &window) { find<QTabWidget>(window, "patternType")->setCurrentIndex(4); });
-    for (const char *name : {"officialPattern", "singleGridSpacing", "singleThickness", "assemblyGridSpacing"}) {
-        row(name, choose(name, 1));
-    }
-    for (const char *name : {"singlePolarity", "flexiblePolarity", "assemblyPolarity"}) {
-        row(name, click(name));
-    }
-    for (const char *name : {"flexibleWidth", "flexibleHeight", "flexibleOffsetXSpacings", "flexibleOffsetYSpacings",
-                             "assemblyNumberOfPatterns", "halconOffsetXSpacings", "halconOffsetYSpacings"}) {
-        row(name, setCount(name, 9));
-    }
-    for (const char *name : {"flexibleGridSpacing", "halconThickness", "halconOuterSize"}) {
-        row(name, setLength(name, 42));
-    }
-    // One button goes on and another off, each with its own signal.
-    row("halconEncodeNothing", click("halconEncodeNothing"), 2);
-    row("halconEncodeOffset", click("halconEncodeOffset"), 2);
-    row("halconEncodeSpacing, on already", click("halconEncodeSpacing"), 0);
-}
-
-void MainWindowTest::everyInputUpdatesOnce() {
-    QFETCH(Change, change);
-    QFETCH(int, updates);
-    MainWindow window;
-    scripted_lmlib64::clearCalls();
-    change(window);
-    QCOMPARE(recorded_calls::count("lmLibSetInt /Execute"), updates);  // "ImageSize"
-    QCOMPARE(recorded_calls::count("lmLibMakeUniqueItem"), updates);
-}
-
-void MainWindowTest::displaysDoNotUpdate() {
-    MainWindow window;
-    scripted_lmlib64::clearCalls();
-    for (const char *name : {"halconGridSpacing", "halconOffsetXMM", "halconOffsetYMM", "flexibleOuterWidth",
-                             "flexibleOuterHeight", "flexibleOffsetXMM", "flexibleOffsetYMM"}) {
-        auto *display = find<QDoubleSpinBox>(window, name);
-        QVERIFY2(!display->isEnabled(), name);
-        display->setValue(77);
-    }
-    QCOMPARE(recorded_calls::all(), QStringList());
-}
-
-void MainWindowTest::encodingChoiceEnablesItsInputs() {
-    MainWindow window;
-    const auto enabled = [&window] {
-        QList<bool> states;
-        for (const char *name : {"halconThickness", "halconOffsetXSpacings", "halconOffsetYSpacings"}) {
-            states << find(window, name)->isEnabled();
+TEST_F(MainWindowTest, everyInputUpdatesOnceAndNoDisplayDoes) {
+    const struct {
+        int updates;
+        double value;
+        std::vector<const char *> names;
+    } rows[] = {{1, 4, {"patternType"}},
+                {1, 1, {"officialPattern", "singleGridSpacing", "singleThickness", "assemblyGridSpacing"}},
+                {1, 0, {"singlePolarity", "flexiblePolarity", "assemblyPolarity"}},
+                {1,
+                 9,
+                 {"flexibleWidth", "flexibleHeight", "flexibleOffsetXSpacings", "flexibleOffsetYSpacings",
+                  "assemblyNumberOfPatterns", "halconOffsetXSpacings", "halconOffsetYSpacings"}},
+                {1, 42, {"flexibleGridSpacing", "halconThickness", "halconOuterSize"}},
+                // One button goes on and another off, each with its own signal.
+                {2, 1, {"halconEncodeNothing", "halconEncodeOffset"}},
+                {0, 1, {"halconEncodeSpacing"}},
+                {0,
+                 77,
+                 {"halconGridSpacing", "halconOffsetXMM", "halconOffsetYMM", "flexibleOuterWidth",
+                  "flexibleOuterHeight", "flexibleOffsetXMM", "flexibleOffsetYMM"}}};
+    for (const auto &row : rows) {
+        for (const char *name : row.names) {
+            const MainWindow window;
+            scripted_lmlib64::clearCalls();
+            driven_window::setInput(window, name, row.value);
+            EXPECT_EQ(recorded_calls::count("lmLibSetInt /Execute"), row.updates) << name;  // "ImageSize"
+            EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), row.updates) << name;
         }
-        return states;
-    };
-    QCOMPARE(enabled(), (QList<bool>{true, false, false}));
-    find<QAbstractButton>(window, "halconEncodeOffset")->click();
-    QCOMPARE(enabled(), (QList<bool>{false, true, true}));
-    find<QAbstractButton>(window, "halconEncodeSpacing")->click();
-    QCOMPARE(enabled(), (QList<bool>{true, false, false}));
-    find<QAbstractButton>(window, "halconEncodeNothing")->click();
-    QCOMPARE(enabled(), (QList<bool>{false, true, true}));
+    }
 }
 
-void MainWindowTest::showsThePictureSmoothly() {
+TEST_F(MainWindowTest, encodingChoiceEnablesItsInputs) {
+    const MainWindow window;
+    const auto expectEnabled = [&window](bool thickness) {
+        EXPECT_EQ(find(window, "halconThickness")->isEnabled(), thickness);
+        EXPECT_EQ(find(window, "halconOffsetXSpacings")->isEnabled(), !thickness);
+        EXPECT_EQ(find(window, "halconOffsetYSpacings")->isEnabled(), !thickness);
+    };
+    expectEnabled(true);
+    for (const char *name : {"halconEncodeOffset", "halconEncodeSpacing", "halconEncodeNothing"}) {
+        find<QAbstractButton>(window, name)->click();
+        expectEnabled(name == std::string("halconEncodeSpacing"));
+    }
+}
+
+TEST_F(MainWindowTest, showsThePictureSmoothlyAndAnEmptyOneAsNone) {
     MainWindow window;
     setPictureOf(20, 10, 200);
     window.update();
-    QCOMPARE(picture(window)->pixmap().size(), QSize(20, 10));
-    QCOMPARE(picture(window)->pixmap().toImage().pixel(7, 3), qRgb(200, 200, 200));
-    QCOMPARE(picture(window)->transformationMode(), Qt::SmoothTransformation);
-    QCOMPARE(find<QGraphicsView>(window, "preview")->sceneRect(), picture(window)->sceneBoundingRect());
-}
-
-void MainWindowTest::emptyImageEmptiesThePicture() {
-    MainWindow window;
+    ASSERT_NE(picture(window), nullptr);
+    EXPECT_EQ(picture(window)->pixmap().size(), QSize(20, 10));
+    EXPECT_EQ(picture(window)->pixmap().toImage().pixel(7, 3), qRgb(200, 200, 200));
+    EXPECT_EQ(picture(window)->transformationMode(), Qt::SmoothTransformation);
+    EXPECT_EQ(find<QGraphicsView>(window, "preview")->sceneRect(), picture(window)->sceneBoundingRect());
     setPictureOf(0, 0, 0);
     window.update();
-    QVERIFY(picture(window) != nullptr);
-    QVERIFY(picture(window)->pixmap().isNull());
+    ASSERT_NE(picture(window), nullptr);
+    EXPECT_TRUE(picture(window)->pixmap().isNull());
 }
 
-void MainWindowTest::failureKeepsThePictureAndIsReportedOnce_data() {
-    QTest::addColumn<QByteArray>("function");
-    QTest::addColumn<QByteArray>("path");
-    const auto row = [](const char *function, const char *path) {
-        QTest::newRow((QByteArray(function) + path).constData()) << QByteArray(function) << QByteArray(path);
+TEST_F(MainWindowTest, failureKeepsThePictureAndIsReportedOnce) {
+    const std::pair<const char *, const char *> failures[] = {
+        {"lmLibMakeUniqueItem", "/Execute"},
+        {"lmLibSetBool", "*/Parameters/Encoding"},
+        {"lmLibSetInt", "*/Parameters/ImageSize"},
+        {"lmLibSetDouble", "*/Parameters/Patterns/\\0/GridSpacing"},
+        {"lmLibSetString", "*/Command"},
+        {"lmLibWaitForType", "*/Command"},
+        {"lmLibGetBinaryInfo", "*/Result/Patterns/\\0"},
+        {"lmLibGetCount", "*/Result/Patterns/\\0"},
+        {"lmLibGetBinary", "*/Result/Patterns/\\0"},
     };
-    row("lmLibMakeUniqueItem", "/Execute");
-    row("lmLibSetBool", "*/Parameters/Encoding");
-    row("lmLibSetInt", "*/Parameters/ImageSize");
-    row("lmLibSetDouble", "*/Parameters/Patterns/\\0/GridSpacing");
-    row("lmLibSetString", "*/Command");
-    row("lmLibWaitForType", "*/Command");
-    row("lmLibGetBinaryInfo", "*/Result/Patterns/\\0");
-    row("lmLibGetCount", "*/Result/Patterns/\\0");
-    row("lmLibGetBinary", "*/Result/Patterns/\\0");
+    for (const auto &[function, path] : failures) {
+        SCOPED_TRACE(function);
+        scripted_lmlib64::loadDefaultScript();
+        const MainWindow window;
+        const qint64 picturedBefore = picture(window)->pixmap().cacheKey();
+        setPictureOf(20, 10, 200);
+        scripted_lmlib64::setResult(function, path, 7);
+        const auto message = driven_window::closeNextMessageBox();
+        find<QDoubleSpinBox>(window, "halconOuterSize")->setValue(200);
+        EXPECT_TRUE(message->contains("InternalError")) << message->toStdString();
+        EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+        ASSERT_NE(picture(window), nullptr);
+        EXPECT_EQ(picture(window)->pixmap().cacheKey(), picturedBefore);
+        EXPECT_EQ(find<QDoubleSpinBox>(window, "halconGridSpacing")->value(), 25.0);
+        EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
+    }
 }
 
-void MainWindowTest::failureKeepsThePictureAndIsReportedOnce() {
-    QFETCH(QByteArray, function);
-    QFETCH(QByteArray, path);
+TEST_F(MainWindowTest, failedCommandShowsItsReasonAndTheNextChangeTriesAgain) {
     MainWindow window;
-    const qint64 picturedBefore = picture(window)->pixmap().cacheKey();
-    setPictureOf(20, 10, 200);
-    scripted_lmlib64::setResult(function.toStdString(), path.toStdString(), 7);
-    const auto message = driven_window::closeNextMessageBox();
-
-    find<QDoubleSpinBox>(window, "halconOuterSize")->setValue(200);
-
-    QVERIFY2(message->contains("InternalError"), qPrintable(*message));
-    QVERIFY(QApplication::activeModalWidget() == nullptr);
-    QCOMPARE(picture(window)->pixmap().cacheKey(), picturedBefore);
-    QCOMPARE(find<QDoubleSpinBox>(window, "halconGridSpacing")->value(), 25.0);
-    QCOMPARE(scripted_lmlib64::nodeJson("/Execute"), std::string("{}"));
-}
-
-void MainWindowTest::failedCommandShowsItsReasonAndTheNextChangeTriesAgain() {
-    MainWindow window;
-    const qint64 picturedBefore = picture(window)->pixmap().cacheKey();
     scripted_lmlib64::setCommand("GenerateCalibrationPattern",
-                                 {scripted_lmlib64::CommandScript::failing("TooThick", "The plate is too thick.")});
+                                 {CommandScript::failing("TooThick", "The plate is too thick.")});
     bool slotStoodWhileReported = false;
     QString message;
     driven_window::whenOpened<QMessageBox>([&](QMessageBox *box) {
@@ -246,60 +174,55 @@ void MainWindowTest::failedCommandShowsItsReasonAndTheNextChangeTriesAgain() {
         box->accept();
     });
     window.update();
-    QCOMPARE(message, QString("An LmLib error occurred while executing the command:\nGenerateCalibrationPattern: \n"
-                              "TooThick: The plate is too thick."));
-    QVERIFY(slotStoodWhileReported);
-    QCOMPARE(scripted_lmlib64::nodeJson("/Execute"), std::string("{}"));
-    QCOMPARE(picture(window)->pixmap().cacheKey(), picturedBefore);
-
+    EXPECT_EQ(message,
+              "An LmLib error occurred while executing the command:\nGenerateCalibrationPattern: \n"
+              "TooThick: The plate is too thick.");
+    EXPECT_TRUE(slotStoodWhileReported);
+    EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
+    EXPECT_EQ(picture(window)->pixmap().size(), QSize(4, 4));
     setPictureOf(20, 10, 200);
     window.update();
-    QCOMPARE(picture(window)->pixmap().size(), QSize(20, 10));
+    EXPECT_EQ(picture(window)->pixmap().size(), QSize(20, 10));
 }
 
-void MainWindowTest::firstUpdateMayFail() {
-    scripted_lmlib64::setCommand("GenerateCalibrationPattern",
-                                 {scripted_lmlib64::CommandScript::failing("NotNow", "Later.")});
+TEST_F(MainWindowTest, firstUpdateMayFailButNotTheCatalogue) {
+    scripted_lmlib64::setCommand("GenerateCalibrationPattern", {CommandScript::failing("NotNow", "Later.")});
     const auto message = driven_window::closeNextMessageBox();
-    MainWindow window;
-    QVERIFY(message->endsWith("NotNow: Later."));
-    QVERIFY(sceneItems(window).isEmpty());
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    {
+        MainWindow window;
+        EXPECT_TRUE(message->endsWith("NotNow: Later."));
+        EXPECT_TRUE(find<QGraphicsView>(window, "preview")->scene()->items().isEmpty());
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+    }
+    scripted_lmlib64::setCommand("GetModelInfo", {CommandScript::failing("NoCatalogue", "There is none.")});
+    EXPECT_THROW(MainWindow(), LmLibException);
+    EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
 }
 
-void MainWindowTest::failingCatalogueLeavesTheConstructor() {
-    scripted_lmlib64::setCommand("GetModelInfo",
-                                 {scripted_lmlib64::CommandScript::failing("NoCatalogue", "There is none.")});
-    QVERIFY_EXCEPTION_THROWN(MainWindow(), LmLibException);
-    QVERIFY(QApplication::topLevelWidgets().isEmpty());
-}
-
-void MainWindowTest::emptyCatalogueWritesNoPattern() {
+TEST_F(MainWindowTest, emptyCatalogueWritesNoPattern) {
     scripted_lmlib64::loadScript(R"({"commands": {"GetModelInfo": {"result": {"CalTabs": []}}}})");
     const MainWindow window;
-    const QStringList previewCalls = recorded_calls::all().filter("/Execute/2");
-    QCOMPARE(previewCalls, recorded_calls::updateCalls(2, {}).mid(1));
+    EXPECT_EQ(recorded_calls::all().filter("/Execute/2"), recorded_calls::updateCalls(2, {}).mid(1));
 }
 
-void MainWindowTest::refitsWhenShownAndResizedWithoutTheLibrary() {
+TEST_F(MainWindowTest, refitsWhenShownAndResizedWithoutTheLibrary) {
     setPictureOf(2000, 1000, 128);
     MainWindow window;
     scripted_lmlib64::clearCalls();
     window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    QVERIFY2(std::abs(filling(window) - 1.0) < 0.01, qPrintable(QString::number(filling(window))));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    EXPECT_NEAR(filling(window), 1.0, 0.01);
     for (const QSize size : {QSize(1400, 900), QSize(899, 553)}) {
         window.resize(size);
         QCoreApplication::processEvents();
-        QVERIFY2(std::abs(filling(window) - 1.0) < 0.01, qPrintable(QString::number(filling(window))));
+        EXPECT_NEAR(filling(window), 1.0, 0.01);
     }
     find<QGraphicsView>(window, "preview")->resetTransform();
     window.hide();
     window.show();
-    QVERIFY2(std::abs(filling(window) - 1.0) < 0.01, qPrintable(QString::number(filling(window))));
-    QCOMPARE(recorded_calls::all(), QStringList());
+    EXPECT_NEAR(filling(window), 1.0, 0.01);
+    EXPECT_EQ(recorded_calls::all(), QStringList());
 }
 
-QTEST_MAIN(MainWindowTest)
-#include "main_window_test.moc"
+}  // namespace

@@ -1,29 +1,22 @@
 // The window over the real library: every page gives a picture, and what is saved can be read back.
-#include <QAbstractButton>
-#include <QComboBox>
-#include <QDoubleSpinBox>
+#include <gtest/gtest.h>
+
 #include <QGraphicsPixmapItem>
 #include <QGraphicsView>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QSpinBox>
-#include <QTabWidget>
 #include <QTemporaryDir>
-#include <QtTest>
-#include <set>
 
 #include "generator/main_window.h"
 #include "tests/generator/driven_window.h"
+#include "tests/value_printing.h"
 
 using driven_window::find;
+using driven_window::setInput;
 
 namespace {
-
-void setPage(const MainWindow &window, int page) {
-    find<QTabWidget>(window, "patternType")->setCurrentIndex(page);
-}
 
 QImage picture(const MainWindow &window) {
     const auto items = find<QGraphicsView>(window, "preview")->scene()->items();
@@ -47,12 +40,7 @@ void save(const MainWindow &window, const QString &fileName) {
     find<QAbstractButton>(window, "saveBtn")->click();
 }
 
-QByteArray contentOf(const QString &path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// "name value" lines of what poppler says of a PDF file.
+// What poppler says of a PDF file.
 QString pdfInfo(const QString &path) {
     QProcess process;
     process.start("pdfinfo", {path});
@@ -60,127 +48,82 @@ QString pdfInfo(const QString &path) {
     return QString::fromLocal8Bit(process.readAllStandardOutput()).simplified();
 }
 
-}  // namespace
-
-class WholeProgramTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void everyPageGivesAPicture();
-    void pictureFollowsTheInputs();
-    void patternWithoutExtentIsAnEmptyPicture();
-    void everyPlateOfTheCatalogueIsDrawn();
-    void savesEveryPage_data();
-    void savesEveryPage();
-    void refusedFileIsReported();
-    void viewerIsNamedThatDoesNotExistYet();
-};
-
-void WholeProgramTest::everyPageGivesAPicture() {
+TEST(WholeProgram, drawsAndSavesEveryPage) {
+    const struct {
+        int patternCount;
+        double gridSpacing;
+    } pages[] = {{1, 96.0}, {1, 12.0}, {1, 12.5}, {5, 12.0}, {1, 12.5}};
     const MainWindow window;
-    std::set<QByteArray> different;
-    for (const int page : {0, 1, 2, 3, 4}) {
-        setPage(window, page);
-        const QImage image = picture(window);
-        QCOMPARE(image.size(), QSize(2000, 2000));
-        const double share = darkShare(image);
-        QVERIFY2(share > 0.2 && share < 0.8, qPrintable(QString("page %1: %2").arg(page).arg(share)));
-        different.insert(
-            QByteArray(reinterpret_cast<const char *>(image.constBits()), static_cast<int>(image.sizeInBytes())));
+    for (int page = 0; page < 5; ++page) {
+        SCOPED_TRACE(page);
+        setInput(window, "patternType", page);
+        EXPECT_EQ(picture(window).size(), QSize(2000, 2000));
+        const double share = darkShare(picture(window));
+        EXPECT_TRUE(share > 0.2 && share < 0.8) << share;
+
+        const QTemporaryDir folder;
+        save(window, folder.filePath("target"));
+        save(window, folder.filePath("target.json"));
+        EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
+                  (QStringList{"target.json", "target.pdf"}));
+        EXPECT_TRUE(
+            pdfInfo(folder.filePath("target.pdf")).contains(QString("Pages: %1 ").arg(pages[page].patternCount)));
+        QFile json(folder.filePath("target.json"));
+        ASSERT_TRUE(json.open(QIODevice::ReadOnly));
+        const QJsonArray patterns = QJsonDocument::fromJson(json.readAll()).object().value("Patterns").toArray();
+        EXPECT_EQ(patterns.size(), pages[page].patternCount);
+        for (int i = 0; i < patterns.size(); ++i) {
+            const QJsonObject parameters = patterns[i].toObject().value("Parameters").toObject();
+            EXPECT_EQ(parameters.value("GridSpacing").toDouble(), pages[page].gridSpacing);
+            EXPECT_EQ(parameters.value("AssemblyPattern").toInt(-1), page == 3 ? i : -1);
+        }
     }
-    // Of the checkerboards of 15 x 15 some may be equal; the plate with round marks is another picture.
-    QVERIFY(different.size() > 1);
 }
 
-void WholeProgramTest::pictureFollowsTheInputs() {
+TEST(WholeProgram, pictureFollowsTheInputs) {
     const MainWindow window;
-    setPage(window, 2);
-    find<QSpinBox>(window, "flexibleWidth")->setValue(31);
-    QCOMPARE(picture(window).width(), 2000);
-    QVERIFY(picture(window).height() > 900 && picture(window).height() < 1200);
+    setInput(window, "patternType", 2);
+    setInput(window, "flexibleWidth", 31);
+    EXPECT_EQ(picture(window).width(), 2000);
+    EXPECT_NEAR(picture(window).height(), 1050, 150);
 
     const double dark = darkShare(picture(window));
     // Beside a corner, where no mark reaches.
-    const QRgb before = picture(window).pixel(picture(window).rect().center() + QPoint(10, 10));
-    find<QAbstractButton>(window, "flexiblePolarity")->click();
-    const QRgb after = picture(window).pixel(picture(window).rect().center() + QPoint(10, 10));
-    QVERIFY(qAbs(qRed(before) - qRed(after)) > 200);
-    QVERIFY(qAbs(dark - darkShare(picture(window))) < 0.05);
+    const QPoint place = picture(window).rect().center() + QPoint(10, 10);
+    const QRgb before = picture(window).pixel(place);
+    setInput(window, "flexiblePolarity", 0);
+    EXPECT_GT(qAbs(qRed(before) - qRed(picture(window).pixel(place))), 200);
+    EXPECT_NEAR(darkShare(picture(window)), dark, 0.05);
+
+    setInput(window, "flexibleGridSpacing", 0);
+    EXPECT_TRUE(picture(window).isNull());
+    setInput(window, "flexibleGridSpacing", 4);
+    EXPECT_FALSE(picture(window).isNull());
 }
 
-void WholeProgramTest::patternWithoutExtentIsAnEmptyPicture() {
+TEST(WholeProgram, drawsEveryPlateOfTheCatalogue) {
     const MainWindow window;
-    setPage(window, 2);
-    find<QDoubleSpinBox>(window, "flexibleGridSpacing")->setValue(0);
-    QVERIFY(picture(window).isNull());
-    find<QDoubleSpinBox>(window, "flexibleGridSpacing")->setValue(4);
-    QVERIFY(!picture(window).isNull());
-}
-
-void WholeProgramTest::everyPlateOfTheCatalogueIsDrawn() {
-    const MainWindow window;
-    auto *plates = find<QComboBox>(window, "officialPattern");
-    QVERIFY(plates->count() >= 8);
+    const auto *plates = find<QComboBox>(window, "officialPattern");
+    EXPECT_GE(plates->count(), 8);
     for (int i = 0; i < plates->count(); ++i) {
-        plates->setCurrentIndex(i);
-        QVERIFY2(!picture(window).isNull(), qPrintable(plates->itemText(i)));
+        setInput(window, "officialPattern", i);
+        EXPECT_FALSE(picture(window).isNull()) << plates->itemText(i).toStdString();
     }
 }
 
-void WholeProgramTest::savesEveryPage_data() {
-    QTest::addColumn<int>("page");
-    QTest::addColumn<int>("patternCount");
-    QTest::addColumn<double>("gridSpacing");
-    QTest::newRow("official") << 0 << 1 << 96.0;
-    QTest::newRow("single") << 1 << 1 << 12.0;
-    QTest::newRow("flexible") << 2 << 1 << 12.5;
-    QTest::newRow("assembly") << 3 << 5 << 12.0;
-    QTest::newRow("halcon") << 4 << 1 << 12.5;
-}
-
-void WholeProgramTest::savesEveryPage() {
-    QFETCH(int, page);
-    QFETCH(int, patternCount);
-    QFETCH(double, gridSpacing);
+TEST(WholeProgram, reportsARefusedFileAndAMissingViewer) {
     const QTemporaryDir folder;
     const MainWindow window;
-    setPage(window, page);
-
-    save(window, folder.filePath("target"));
-    QVERIFY(contentOf(folder.filePath("target.pdf")).startsWith("%PDF-"));
-    QVERIFY2(pdfInfo(folder.filePath("target.pdf")).contains(QString("Pages: %1 ").arg(patternCount)),
-             qPrintable(pdfInfo(folder.filePath("target.pdf"))));
-
-    save(window, folder.filePath("target.json"));
-    const QJsonArray patterns =
-        QJsonDocument::fromJson(contentOf(folder.filePath("target.json"))).object().value("Patterns").toArray();
-    QCOMPARE(patterns.size(), patternCount);
-    for (int i = 0; i < patternCount; ++i) {
-        const QJsonObject parameters = patterns[i].toObject().value("Parameters").toObject();
-        QCOMPARE(parameters.value("GridSpacing").toDouble(), gridSpacing);
-        QCOMPARE(parameters.value("AssemblyPattern").toInt(-1), page == 3 ? i : -1);
-    }
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList({"target.json", "target.pdf"}));
-}
-
-void WholeProgramTest::refusedFileIsReported() {
-    const QTemporaryDir folder;
-    const MainWindow window;
-    const auto message = driven_window::closeNextMessageBox();
+    auto message = driven_window::closeNextMessageBox();
     save(window, folder.filePath("target.old"));
-    QVERIFY2(
-        message->startsWith("An LmLib error occurred while executing the command:\nGenerateCalibrationPattern: \n"),
-        qPrintable(*message));
-    QVERIFY2(message->contains("target.old"), qPrintable(*message));
-    QVERIFY(QDir(folder.path()).isEmpty());
-}
-
-void WholeProgramTest::viewerIsNamedThatDoesNotExistYet() {
-    const MainWindow window;
-    const auto message = driven_window::closeNextMessageBox();
+    EXPECT_TRUE(
+        message->startsWith("An LmLib error occurred while executing the command:\nGenerateCalibrationPattern: \n"))
+        << message->toStdString();
+    EXPECT_TRUE(message->contains("target.old")) << message->toStdString();
+    EXPECT_TRUE(QDir(folder.path()).isEmpty());
+    message = driven_window::closeNextMessageBox();
     find<QAbstractButton>(window, "calibrateBtn")->click();
-    QVERIFY2(message->endsWith("/LmView does not exist"), qPrintable(*message));
+    EXPECT_TRUE(message->endsWith("/LmView does not exist")) << message->toStdString();
 }
 
-QTEST_MAIN(WholeProgramTest)
-#include "whole_program_test.moc"
+}  // namespace
