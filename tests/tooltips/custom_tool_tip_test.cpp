@@ -1,410 +1,354 @@
+#include "tooltips/custom_tool_tip.h"
+
+#include <gtest/gtest.h>
+
 #include <QAbstractEventDispatcher>
+#include <QApplication>
 #include <QDesktopServices>
 #include <QMouseEvent>
-#include <QPointer>
 #include <QScreen>
 #include <QTimerEvent>
 #include <QtTest>
 
+#include "tests/value_printing.h"
 #include "tooltips/custom_tip_label.h"
-#include "tooltips/custom_tool_tip.h"
 #include "tooltips/manual_placeholder.h"
 
-// Time is asked of the timers, and passes by sending their events.
-class CustomToolTipTest : public QObject {
+// Stands in for the browser.
+class Browser : public QObject {
     Q_OBJECT
 
+public:
+    QUrl opened;
+
 public slots:
-    void openUrl(const QUrl &url) { openedUrl = url; }
-
-private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-
-    void displayTimeGrowsWithTheText_data();
-    void displayTimeGrowsWithTheText();
-    void richTextWraps();
-    void sameTipIsLeftAlone_data();
-    void sameTipIsLeftAlone();
-    void emptyTextClosesAVisibleTip();
-    void invisibleTipIsReplaced();
-    void eventsStartTheHideTimer_data();
-    void eventsStartTheHideTimer();
-    void soonerCloseStands_data();
-    void soonerCloseStands();
-    void timersCloseTheTip_data();
-    void timersCloseTheTip();
-    void mouseOutsideTheRectangleStartsTheHideTimer_data();
-    void mouseOutsideTheRectangleStartsTheHideTimer();
-    void staysOnTheScreen_data();
-    void staysOnTheScreen();
-    void storedRectangleNeedsAWidget();
-    void goesAwayWithItsWidgets();
-    void paletteHoldsForThisTipAndLaterOnes();
-    void linksOpenInTheBrowser();
-
-private:
-    QCustomTipLabel *show(const QString &text, QWidget *widget, const QRect &rect = QRect());
-    static int intervalOf(const QBasicTimer &timer);
-    static void fire(const QBasicTimer &timer);
-
-    const QPoint position{100, 100};
-    QScopedPointer<QWidget> window;
-    QWidget *child = nullptr;
-    QUrl openedUrl;
+    void openUrl(const QUrl &url) { opened = url; }
 };
 
-void CustomToolTipTest::initTestCase() {
-    setPlaceholderTable({{"%MANUAL%", "file:///m"}});
-    QDesktopServices::setUrlHandler("file", this, "openUrl");
-}
+// Time is asked of the timers, and passes by sending their events.
+class CustomToolTipTest : public testing::Test {
+protected:
+    // What the label keeps to itself.
+    struct State {
+        QBasicTimer &hideTimer;
+        QBasicTimer &expireTimer;
+        QElapsedTimer &hideElapsed;
+        int &hideInterval;
+        QPointer<QWidget> &widget;
+        QRect &rect;
+    };
 
-void CustomToolTipTest::init() {
-    window.reset(new QWidget);
-    window->setGeometry(50, 50, 300, 200);
-    child = new QWidget(window.data());
-    child->setGeometry(10, 20, 100, 50);
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window.data()));
-}
-
-void CustomToolTipTest::cleanup() {
-    delete QCustomTipLabel::instance;
-    window.reset();
-}
-
-QCustomTipLabel *CustomToolTipTest::show(const QString &text, QWidget *widget, const QRect &rect) {
-    QCustomToolTip::showText(position, text, widget, rect);
-    return QCustomTipLabel::instance;
-}
-
-// In milliseconds; 0 when the timer does not run.
-int CustomToolTipTest::intervalOf(const QBasicTimer &timer) {
-    const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(QCustomTipLabel::instance);
-    for (const auto &info : timers) {
-        if (timer.isActive() && info.timerId == timer.timerId()) {
-            return info.interval;
-        }
+    CustomToolTipTest() {
+        setPlaceholderTable({{"%MANUAL%", "file:///m"}});
+        window = std::make_unique<QWidget>();
+        window->setGeometry(50, 50, 300, 200);
+        child = new QWidget(window.get());
+        child->setGeometry(10, 20, 100, 50);
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     }
-    return 0;
-}
+    ~CustomToolTipTest() override { delete QCustomTipLabel::instance; }
 
-void CustomToolTipTest::fire(const QBasicTimer &timer) {
-    QTimerEvent event(timer.timerId());
-    QCoreApplication::sendEvent(QCustomTipLabel::instance, &event);
-}
+    QCustomTipLabel *show(const QString &text, QWidget *widget, const QRect &rect = QRect()) {
+        QCustomToolTip::showText(position, text, widget, rect);
+        return QCustomTipLabel::instance;
+    }
 
-void CustomToolTipTest::displayTimeGrowsWithTheText_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("milliseconds");
+    static State stateOf(QCustomTipLabel *label) {
+        return {label->hideTimer,    label->expireTimer, label->hideElapsed,
+                label->hideInterval, label->widget,      label->rect};
+    }
+
+    // In milliseconds; 0 when the timer does not run.
+    static int intervalOf(const QBasicTimer &timer) {
+        const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(QCustomTipLabel::instance);
+        for (const auto &info : timers) {
+            if (timer.isActive() && info.timerId == timer.timerId()) {
+                return info.interval;
+            }
+        }
+        return 0;
+    }
+
+    // Says that a close is due after this time, or that none is with 0.
+    static void expectClose(int milliseconds) {
+        const State state = stateOf(QCustomTipLabel::instance);
+        EXPECT_EQ(intervalOf(state.hideTimer), milliseconds);
+        EXPECT_EQ(state.hideInterval, milliseconds);
+        EXPECT_EQ(state.hideElapsed.isValid(), milliseconds != 0);
+    }
+
+    const QPoint position{100, 100};
+    std::unique_ptr<QWidget> window;
+    QWidget *child = nullptr;
+};
+
+TEST_F(CustomToolTipTest, displayTimeGrowsWithTheText) {
     const QString markup = "<b></b>";
-    QTest::newRow("one") << "x" << 10000;
-    QTest::newRow("100") << QString(100, 'x') << 10000;
-    QTest::newRow("101") << QString(101, 'x') << 10040;
-    QTest::newRow("350") << QString(350, 'x') << 20000;
-    QTest::newRow("markup counts") << markup + QString(350 - markup.size(), 'x') << 20000;
-    // 9 units after substitution, 8 before.
-    QTest::newRow("the replacement counts") << QString(92, 'x') + "%MANUAL%" + 'x' << 10080;
+    const std::pair<QString, int> rows[] = {
+        {"x", 10000},
+        {QString(100, 'x'), 10000},
+        {QString(101, 'x'), 10040},
+        {QString(350, 'x'), 20000},
+        {markup + QString(350 - markup.size(), 'x'), 20000},
+        // 9 units after substitution, 8 before.
+        {QString(92, 'x') + "%MANUAL%" + 'x', 10080},
+    };
+    for (const auto &[text, milliseconds] : rows) {
+        QCustomTipLabel *label = show(text, child);
+        EXPECT_EQ(intervalOf(stateOf(label).expireTimer), milliseconds) << text.size();
+        EXPECT_EQ(label->wordWrap(), text.startsWith(markup)) << "only rich text wraps";
+        expectClose(0);
+    }
 }
 
-void CustomToolTipTest::displayTimeGrowsWithTheText() {
-    QFETCH(QString, text);
-    QFETCH(int, milliseconds);
-    const QCustomTipLabel *label = show(text, child);
-    QCOMPARE(intervalOf(label->expireTimer), milliseconds);
-    QVERIFY(!label->hideTimer.isActive());
-    QVERIFY(!label->hideElapsed.isValid());
-}
-
-void CustomToolTipTest::richTextWraps() {
-    QVERIFY(show("<p>rich</p>", child)->wordWrap());
-    QVERIFY(!show("plain", child)->wordWrap());
-}
-
-void CustomToolTipTest::sameTipIsLeftAlone_data() {
-    QTest::addColumn<QRect>("rect");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("sameWidget");
-    QTest::addColumn<QPoint>("nextPosition");
-    QTest::addColumn<bool>("leftAlone");
+TEST_F(CustomToolTipTest, leavesTheSameTipAloneAndShowsAnotherAnew) {
     // The child's rectangle 0,0 50x40 is 60,70 to 109,109 of the screen.
     const QRect rect(0, 0, 50, 40);
-    const QPoint inside(109, 109);
-    const QPoint outside(110, 109);
-    QTest::newRow("no rectangle, anywhere") << QRect() << "see %MANUAL%" << true << QPoint(300, 300) << true;
-    QTest::newRow("substituted text") << QRect() << "see file:///m" << true << position << true;
-    QTest::newRow("inside the rectangle") << rect << "see %MANUAL%" << true << inside << true;
-    QTest::newRow("outside the rectangle") << rect << "see %MANUAL%" << true << outside << false;
-    QTest::newRow("another widget") << QRect() << "see %MANUAL%" << false << QPoint(300, 300) << false;
-    QTest::newRow("another text") << QRect() << "see %manual%" << true << position << false;
+    const struct {
+        QRect rect;
+        const char *text;
+        bool sameWidget;
+        QPoint nextPosition;
+        bool leftAlone;
+    } rows[] = {{QRect(), "see %MANUAL%", true, {300, 300}, true},   {QRect(), "see file:///m", true, position, true},
+                {rect, "see %MANUAL%", true, {109, 109}, true},      {rect, "see %MANUAL%", true, {110, 109}, false},
+                {QRect(), "see %MANUAL%", false, {300, 300}, false}, {QRect(), "see %manual%", true, position, false}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        delete QCustomTipLabel::instance;
+        QCustomTipLabel *label = show("see %MANUAL%", child, row.rect);
+        EXPECT_EQ(QCustomToolTip::text(), "see file:///m");
+        label->restartHideTimer(10000, false);
+        // A display time that is begun again shows as another interval.
+        stateOf(label).expireTimer.start(12345, label);
+        const QPoint before = label->pos();
+        QCustomToolTip::showText(row.nextPosition, row.text, row.sameWidget ? child : window.get(), row.rect);
+        EXPECT_EQ(QCustomTipLabel::instance, label);
+        EXPECT_EQ(label->pos(), row.leftAlone ? before : row.nextPosition + QPoint(2, 16));
+        // A tip that is shown anew drops the close that was due and begins its display time again.
+        expectClose(row.leftAlone ? 10000 : 0);
+        EXPECT_EQ(intervalOf(stateOf(label).expireTimer), row.leftAlone ? 12345 : 10000);
+        EXPECT_EQ(stateOf(label).widget.data(), row.sameWidget ? child : window.get());
+    }
 }
 
-void CustomToolTipTest::sameTipIsLeftAlone() {
-    QFETCH(QRect, rect);
-    QFETCH(QString, text);
-    QFETCH(bool, sameWidget);
-    QFETCH(QPoint, nextPosition);
-    QFETCH(bool, leftAlone);
-    QCustomTipLabel *label = show("see %MANUAL%", child, rect);
-    QCOMPARE(QCustomToolTip::text(), "see file:///m");
-    label->restartHideTimer(10000, false);
-    // A display time that is begun again shows as another interval.
-    label->expireTimer.start(12345, label);
-    const QPoint before = label->pos();
-
-    QCustomToolTip::showText(nextPosition, text, sameWidget ? child : window.data(), rect);
-
-    QCOMPARE(QCustomTipLabel::instance, label);
-    QCOMPARE(label->pos(), leftAlone ? before : nextPosition + QPoint(2, 16));
-    // A tip that is shown anew drops the close that was due and begins its display time again.
-    QCOMPARE(label->hideTimer.isActive(), leftAlone);
-    QCOMPARE(label->hideElapsed.isValid(), leftAlone);
-    QCOMPARE(label->hideInterval, leftAlone ? 10000 : 0);
-    QCOMPARE(intervalOf(label->expireTimer), leftAlone ? 12345 : 10000);
-    QCOMPARE(label->widget.data(), sameWidget ? child : window.data());
-}
-
-void CustomToolTipTest::emptyTextClosesAVisibleTip() {
+TEST_F(CustomToolTipTest, emptyTextClosesAVisibleTip) {
     QCustomToolTip::showText(position, QString(), child);
-    QVERIFY(QCustomTipLabel::instance == nullptr);
-    const QCustomTipLabel *label = show("text", child);
-    QCOMPARE(label->objectName(), "qtooltip_label");
+    EXPECT_EQ(QCustomTipLabel::instance, nullptr);
+    QCustomTipLabel *label = show("text", child);
+    EXPECT_EQ(label->objectName(), "qtooltip_label");
     QCustomToolTip::hideText();
-    QCOMPARE(intervalOf(label->hideTimer), 200);
-    QVERIFY(QCustomToolTip::isVisible());
-    QCOMPARE(label->widget.data(), child);
+    expectClose(200);
+    EXPECT_TRUE(QCustomToolTip::isVisible());
+    EXPECT_EQ(stateOf(label).widget.data(), child);
 }
 
-void CustomToolTipTest::invisibleTipIsReplaced() {
+TEST_F(CustomToolTipTest, invisibleTipIsReplaced) {
     const QPointer<QCustomTipLabel> first = show("first", child);
     first->hide();
-    QVERIFY(!QCustomToolTip::isVisible());
-    const QCustomTipLabel *second = show("second", child);
-    QVERIFY(first.isNull());
-    QCOMPARE(QCustomTipLabel::instance, second);
-    QCOMPARE(QCustomToolTip::text(), "second");
+    EXPECT_FALSE(QCustomToolTip::isVisible());
+    show("second", child);
+    EXPECT_TRUE(first.isNull());
+    EXPECT_EQ(QCustomToolTip::text(), "second");
 }
 
-void CustomToolTipTest::eventsStartTheHideTimer_data() {
-    QTest::addColumn<QEvent::Type>("type");
-    QTest::addColumn<int>("milliseconds");
-    QTest::newRow("press") << QEvent::MouseButtonPress << 500;
-    QTest::newRow("release") << QEvent::MouseButtonRelease << 500;
-    QTest::newRow("double click") << QEvent::MouseButtonDblClick << 500;
-    QTest::newRow("window deactivated") << QEvent::WindowDeactivate << 500;
-    QTest::newRow("leave") << QEvent::Leave << 10000;
-    QTest::newRow("key press") << QEvent::KeyPress << 0;
-    QTest::newRow("wheel") << QEvent::Wheel << 0;
-    QTest::newRow("focus out") << QEvent::FocusOut << 0;
-    QTest::newRow("window activated") << QEvent::WindowActivate << 0;
-    QTest::newRow("enter") << QEvent::Enter << 0;
-}
-
-void CustomToolTipTest::eventsStartTheHideTimer() {
-    QFETCH(QEvent::Type, type);
-    QFETCH(int, milliseconds);
-    for (const bool ofTheLabel : {false, true}) {
-        QCustomTipLabel *label = show("text", child);
-        QObject other;
-        QObject *object = ofTheLabel ? static_cast<QObject *>(label) : &other;
+TEST_F(CustomToolTipTest, pressesAndLeavingStartTheHideTimerWhateverTheirObject) {
+    const std::pair<QEvent::Type, int> rows[] = {{QEvent::MouseButtonPress, 500},
+                                                 {QEvent::MouseButtonRelease, 500},
+                                                 {QEvent::MouseButtonDblClick, 500},
+                                                 {QEvent::WindowDeactivate, 500},
+                                                 {QEvent::Leave, 10000},
+                                                 {QEvent::KeyPress, 0},
+                                                 {QEvent::Wheel, 0},
+                                                 {QEvent::FocusOut, 0},
+                                                 {QEvent::WindowActivate, 0},
+                                                 {QEvent::Enter, 0}};
+    QObject other;
+    for (const auto &[type, milliseconds] : rows) {
+        SCOPED_TRACE(type);
         QEvent event(type);
-        QVERIFY(!label->eventFilter(object, &event));
-        QCOMPARE(intervalOf(label->hideTimer), milliseconds);
-        QCOMPARE(label->hideInterval, milliseconds);
-        QCOMPARE(label->hideElapsed.isValid(), milliseconds != 0);
+        QCustomTipLabel *label = show("text", child);
+        EXPECT_FALSE(label->eventFilter(&other, &event));
+        expectClose(milliseconds);
         delete label;
     }
-    // Events reach the filter from the application, whatever their object.
-    const QCustomTipLabel *label = show("text", child);
-    QObject anyObject;
+    show("text", child);
     QEvent leave(QEvent::Leave);
-    QCoreApplication::sendEvent(&anyObject, &leave);
-    QCOMPARE(intervalOf(label->hideTimer), 10000);
+    QCoreApplication::sendEvent(&other, &leave);
+    expectClose(10000);
 }
 
-void CustomToolTipTest::soonerCloseStands_data() {
-    QTest::addColumn<int>("remaining");
-    QTest::addColumn<int>("requested");
-    QTest::addColumn<bool>("force");
-    QTest::addColumn<bool>("restarted");
-    QTest::newRow("leave after leave") << 10000 << 10000 << false << false;
-    QTest::newRow("sooner without force") << 10000 << 200 << false << false;
-    QTest::newRow("press after leave") << 10000 << 500 << true << true;
-    QTest::newRow("key press after press") << 500 << 200 << true << true;
-    QTest::newRow("release after key press") << 200 << 500 << true << false;
-    QTest::newRow("key press after key press") << 200 << 200 << true << false;
-    QTest::newRow("long overdue") << -5 << 200 << true << false;
+TEST_F(CustomToolTipTest, soonerCloseStands) {
+    const struct {
+        const char *what;
+        int remaining, requested;
+        bool force, restarted;
+    } rows[] = {{"leave after leave", 10000, 10000, false, false},
+                {"sooner without force", 10000, 200, false, false},
+                {"press after leave", 10000, 500, true, true},
+                {"key press after press", 500, 200, true, true},
+                {"release after key press", 200, 500, true, false},
+                {"key press after key press", 200, 200, true, false},
+                {"long overdue", -5, 200, true, false}};
+    for (const auto &row : rows) {
+        delete QCustomTipLabel::instance;
+        QCustomTipLabel *label = show("text", child);
+        label->restartHideTimer(20000, true);
+        // As though the timer had run down to the time that remains.
+        stateOf(label).hideInterval = row.remaining;
+        label->restartHideTimer(row.requested, row.force);
+        EXPECT_EQ(intervalOf(stateOf(label).hideTimer), row.restarted ? row.requested : 20000) << row.what;
+        EXPECT_EQ(stateOf(label).hideInterval, row.restarted ? row.requested : row.remaining) << row.what;
+    }
 }
 
-void CustomToolTipTest::soonerCloseStands() {
-    QFETCH(int, remaining);
-    QFETCH(int, requested);
-    QFETCH(bool, force);
-    QFETCH(bool, restarted);
-    QCustomTipLabel *label = show("text", child);
-    label->restartHideTimer(20000, true);
-    // As though the timer had run down to the time that remains.
-    label->hideInterval = remaining;
-    label->restartHideTimer(requested, force);
-    QCOMPARE(intervalOf(label->hideTimer), restarted ? requested : 20000);
-    QCOMPARE(label->hideInterval, restarted ? requested : remaining);
+TEST_F(CustomToolTipTest, timersCloseTheTip) {
+    for (const bool isHideTimer : {true, false}) {
+        const QPointer<QCustomTipLabel> label = show("text", child);
+        label->restartHideTimer(500, true);
+        const State state = stateOf(label);
+        QTimerEvent foreign(std::max(state.hideTimer.timerId(), state.expireTimer.timerId()) + 1);
+        QCoreApplication::sendEvent(label, &foreign);
+        EXPECT_TRUE(QCustomToolTip::isVisible());
+
+        QTimerEvent due((isHideTimer ? state.hideTimer : state.expireTimer).timerId());
+        QCoreApplication::sendEvent(label, &due);
+        EXPECT_FALSE(QCustomToolTip::isVisible());
+        expectClose(0);
+        EXPECT_FALSE(state.expireTimer.isActive());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_TRUE(label.isNull());
+        EXPECT_EQ(QCustomTipLabel::instance, nullptr);
+        EXPECT_EQ(QCustomToolTip::text(), QString());
+    }
 }
 
-void CustomToolTipTest::timersCloseTheTip_data() {
-    QTest::addColumn<bool>("hide");
-    QTest::newRow("hide timer") << true;
-    QTest::newRow("display time") << false;
-}
-
-void CustomToolTipTest::timersCloseTheTip() {
-    QFETCH(bool, hide);
-    QCustomTipLabel *label = show("text", child);
-    const QPointer<QCustomTipLabel> guard = label;
-    label->restartHideTimer(500, true);
-    QTimerEvent foreign(std::max(label->hideTimer.timerId(), label->expireTimer.timerId()) + 1);
-    QCoreApplication::sendEvent(label, &foreign);
-    QVERIFY(QCustomToolTip::isVisible());
-
-    fire(hide ? label->hideTimer : label->expireTimer);
-    QVERIFY(!QCustomToolTip::isVisible());
-    QVERIFY(!label->hideTimer.isActive());
-    QVERIFY(!label->expireTimer.isActive());
-    QVERIFY(!label->hideElapsed.isValid());
-    QCOMPARE(label->hideInterval, 0);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(guard.isNull());
-    QVERIFY(QCustomTipLabel::instance == nullptr);
-    QCOMPARE(QCustomToolTip::text(), QString());
-}
-
-void CustomToolTipTest::mouseOutsideTheRectangleStartsTheHideTimer_data() {
-    QTest::addColumn<QRect>("rect");
-    QTest::addColumn<bool>("overTheTip");
-    QTest::addColumn<bool>("ofTheWidget");
-    QTest::addColumn<QPoint>("global");
-    QTest::addColumn<int>("milliseconds");
+TEST_F(CustomToolTipTest, mouseOutsideTheRectangleStartsTheHideTimer) {
     const QRect rect(0, 0, 50, 40);
     const QPoint inside(60, 70);
     const QPoint outside(59, 70);
-    QTest::newRow("widget, outside") << rect << false << true << outside << 10000;
-    QTest::newRow("widget, inside") << rect << false << true << inside << 0;
-    QTest::newRow("widget, no rectangle") << QRect() << false << true << outside << 0;
-    QTest::newRow("another widget") << rect << false << false << outside << 0;
-    QTest::newRow("tip, outside") << rect << true << true << outside << 10000;
-    QTest::newRow("tip, inside") << rect << true << true << inside << 0;
-    QTest::newRow("tip, no rectangle") << QRect() << true << true << outside << 0;
-    QTest::newRow("tip of no widget, outside") << rect << true << false << outside << 10000;
-    QTest::newRow("tip of no widget, inside") << rect << true << false << QPoint(49, 39) << 0;
+    const struct {
+        const char *what;
+        QRect rect;
+        bool overTheTip, ofTheWidget;
+        QPoint global;
+        int milliseconds;
+    } rows[] = {{"widget, outside", rect, false, true, outside, 10000},
+                {"widget, inside", rect, false, true, inside, 0},
+                {"widget, no rectangle", QRect(), false, true, outside, 0},
+                {"another widget", rect, false, false, outside, 0},
+                {"tip, outside", rect, true, true, outside, 10000},
+                {"tip, inside", rect, true, true, inside, 0},
+                {"tip, no rectangle", QRect(), true, true, outside, 0},
+                {"tip of no widget, outside", rect, true, false, outside, 10000},
+                {"tip of no widget, inside", rect, true, false, QPoint(49, 39), 0}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        delete QCustomTipLabel::instance;
+        QCustomTipLabel *label = show("text", row.overTheTip && !row.ofTheWidget ? nullptr : child, row.rect);
+        QWidget *target = row.overTheTip ? label : row.ofTheWidget ? child : window.get();
+        QMouseEvent event(QEvent::MouseMove, target->mapFromGlobal(row.global), row.global, Qt::NoButton, Qt::NoButton,
+                          {});
+        QCoreApplication::sendEvent(target, &event);
+        expectClose(row.milliseconds);
+        // A second move does not put the close off.
+        stateOf(label).hideTimer.start(12345, label);
+        QCoreApplication::sendEvent(target, &event);
+        EXPECT_EQ(intervalOf(stateOf(label).hideTimer), 12345);
+    }
 }
 
-void CustomToolTipTest::mouseOutsideTheRectangleStartsTheHideTimer() {
-    QFETCH(QRect, rect);
-    QFETCH(bool, overTheTip);
-    QFETCH(bool, ofTheWidget);
-    QFETCH(QPoint, global);
-    QFETCH(int, milliseconds);
-    QCustomTipLabel *label = show("text", overTheTip && !ofTheWidget ? nullptr : child, rect);
-    QWidget *target = overTheTip ? label : ofTheWidget ? child : window.data();
-    QMouseEvent event(QEvent::MouseMove, target->mapFromGlobal(global), global, Qt::NoButton, Qt::NoButton, {});
-    QCoreApplication::sendEvent(target, &event);
-    QCOMPARE(intervalOf(label->hideTimer), milliseconds);
-    QCOMPARE(label->hideInterval, milliseconds);
-    // A second move does not put the close off.
-    label->hideTimer.start(12345, label);
-    QCoreApplication::sendEvent(target, &event);
-    QCOMPARE(intervalOf(label->hideTimer), 12345);
-}
-
-void CustomToolTipTest::staysOnTheScreen_data() {
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<QPoint>("mouse");
-    QTest::addColumn<QPoint>("place");
+TEST_F(CustomToolTipTest, staysOnTheScreen) {
+    ASSERT_EQ(QGuiApplication::primaryScreen()->geometry(), QRect(0, 0, 800, 600));
     const QSize size(100, 50);
-    QTest::newRow("middle") << size << QPoint(300, 300) << QPoint(302, 316);
-    QTest::newRow("just fits at the right") << size << QPoint(698, 300) << QPoint(700, 316);
-    QTest::newRow("flips to the left") << size << QPoint(699, 300) << QPoint(597, 316);
-    QTest::newRow("just fits at the bottom") << size << QPoint(300, 534) << QPoint(302, 550);
-    QTest::newRow("flips above") << size << QPoint(300, 535) << QPoint(302, 477);
-    QTest::newRow("corner") << size << QPoint(799, 599) << QPoint(697, 541);
-    QTest::newRow("left edge") << size << QPoint(-30, 300) << QPoint(0, 316);
-    QTest::newRow("top edge") << size << QPoint(300, -40) << QPoint(302, 0);
-    QTest::newRow("beyond the right") << size << QPoint(950, 300) << QPoint(700, 316);
-    QTest::newRow("beyond the bottom") << size << QPoint(300, 750) << QPoint(302, 550);
-    QTest::newRow("too wide to flip") << QSize(600, 50) << QPoint(400, 300) << QPoint(0, 316);
-    QTest::newRow("too high to flip") << QSize(100, 500) << QPoint(300, 400) << QPoint(302, 0);
-    QTest::newRow("wider than the screen") << QSize(900, 50) << QPoint(400, 300) << QPoint(0, 316);
-    QTest::newRow("higher than the screen") << QSize(100, 700) << QPoint(300, 400) << QPoint(302, -100);
-}
-
-void CustomToolTipTest::staysOnTheScreen() {
-    QCOMPARE(QGuiApplication::primaryScreen()->geometry(), QRect(0, 0, 800, 600));
-    QFETCH(QSize, size);
-    QFETCH(QPoint, mouse);
-    QFETCH(QPoint, place);
+    const struct {
+        const char *what;
+        QSize size;
+        QPoint mouse, place;
+    } rows[] = {{"middle", size, {300, 300}, {302, 316}},
+                {"just fits at the right", size, {698, 300}, {700, 316}},
+                {"flips to the left", size, {699, 300}, {597, 316}},
+                {"just fits at the bottom", size, {300, 534}, {302, 550}},
+                {"flips above", size, {300, 535}, {302, 477}},
+                {"corner", size, {799, 599}, {697, 541}},
+                {"left edge", size, {-30, 300}, {0, 316}},
+                {"top edge", size, {300, -40}, {302, 0}},
+                {"beyond the right", size, {950, 300}, {700, 316}},
+                {"beyond the bottom", size, {300, 750}, {302, 550}},
+                {"too wide to flip", QSize(600, 50), {400, 300}, {0, 316}},
+                {"too high to flip", QSize(100, 500), {300, 400}, {302, 0}},
+                {"wider than the screen", QSize(900, 50), {400, 300}, {0, 316}},
+                {"higher than the screen", QSize(100, 700), {300, 400}, {302, -100}}};
     QCustomTipLabel *label = show("text", child);
-    label->resize(size);
-    label->placeTip(mouse, child);
-    QCOMPARE(label->pos(), place);
+    for (const auto &row : rows) {
+        label->resize(row.size);
+        label->placeTip(row.mouse, child);
+        EXPECT_EQ(label->pos(), row.place) << row.what;
+    }
 }
 
-void CustomToolTipTest::storedRectangleNeedsAWidget() {
+TEST_F(CustomToolTipTest, storedRectangleNeedsAWidget) {
     const QRect rect(0, 0, 10, 10);
     QCustomTipLabel *label = show("text", child, rect);
-    QTest::ignoreMessage(QtWarningMsg, "QCustomToolTip::setTipRect: Cannot pass null widget if rect is set");
+    testing::internal::CaptureStderr();
     QCustomToolTip::showText(QPoint(300, 300), "other", nullptr);
-    QCOMPARE(label->widget.data(), child);
-    QCOMPARE(label->rect, rect);
-    QCOMPARE(label->pos(), QPoint(302, 316));
-    QCOMPARE(QCustomToolTip::text(), "other");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "QCustomToolTip::setTipRect: Cannot pass null widget if rect is set\n");
+    EXPECT_EQ(stateOf(label).widget.data(), child);
+    EXPECT_EQ(stateOf(label).rect, rect);
+    EXPECT_EQ(label->pos(), QPoint(302, 316));
+    EXPECT_EQ(QCustomToolTip::text(), "other");
     // A new rectangle without a widget is taken when none is stored.
     label->setTipRect(child, QRect());
     label->setTipRect(nullptr, rect);
-    QVERIFY(label->widget.isNull());
-    QCOMPARE(label->rect, rect);
+    EXPECT_TRUE(stateOf(label).widget.isNull());
+    EXPECT_EQ(stateOf(label).rect, rect);
 }
 
-void CustomToolTipTest::goesAwayWithItsWidgets() {
+TEST_F(CustomToolTipTest, goesAwayWithItsWidgets) {
     // Made for one widget and shown for another that goes first.
-    QCustomTipLabel *label = show("text", window.data());
-    auto *passing = new QWidget(window.data());
+    QCustomTipLabel *label = show("text", window.get());
+    auto *passing = new QWidget(window.get());
     show("text", passing);
-    QCOMPARE(label->widget.data(), passing);
+    EXPECT_EQ(stateOf(label).widget.data(), passing);
     delete passing;
-    QVERIFY(label->widget.isNull());
+    EXPECT_TRUE(stateOf(label).widget.isNull());
     show("text", child);
-    QCOMPARE(label->widget.data(), child);
+    EXPECT_EQ(stateOf(label).widget.data(), child);
     window.reset();
-    QVERIFY(QCustomTipLabel::instance == nullptr);
-    QVERIFY(!QCustomToolTip::isVisible());
+    EXPECT_EQ(QCustomTipLabel::instance, nullptr);
+    EXPECT_FALSE(QCustomToolTip::isVisible());
 }
 
-void CustomToolTipTest::paletteHoldsForThisTipAndLaterOnes() {
+TEST_F(CustomToolTipTest, paletteHoldsForThisTipAndLaterOnes) {
     const QPalette before = QCustomToolTip::palette();
     QPalette palette;
     palette.setColor(QPalette::ToolTipBase, Qt::darkGreen);
     const QCustomTipLabel *label = show("text", child);
     QCustomToolTip::setPalette(palette);
-    QCOMPARE(label->palette().color(QPalette::ToolTipBase), QColor(Qt::darkGreen));
+    EXPECT_EQ(label->palette().color(QPalette::ToolTipBase), QColor(Qt::darkGreen));
     delete label;
     label = show("text", child);
-    QCOMPARE(label->palette().color(label->backgroundRole()), QColor(Qt::darkGreen));
+    EXPECT_EQ(label->palette().color(label->backgroundRole()), QColor(Qt::darkGreen));
     QCustomToolTip::setPalette(before);
 }
 
-void CustomToolTipTest::linksOpenInTheBrowser() {
+TEST_F(CustomToolTipTest, linksOpenInTheBrowserByClickAndByKey) {
+    Browser browser;
+    QDesktopServices::setUrlHandler("file", &browser, "openUrl");
     QCustomTipLabel *label =
         show("<a href=\"%MANUAL%/guides/calibration/patterns.html\">wide enough to hit</a>", child);
-    QVERIFY(QTest::qWaitForWindowExposed(label));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(label));
     const QUrl expected("file:///m/guides/calibration/patterns.html");
     QTest::mouseClick(label, Qt::LeftButton, {}, label->contentsRect().center());
-    QCOMPARE(openedUrl, expected);
-    openedUrl.clear();
+    EXPECT_EQ(browser.opened, expected);
+    browser.opened.clear();
     label->setFocus();
     QTest::keyClick(label, Qt::Key_Tab);
     QTest::keyClick(label, Qt::Key_Return);
-    QCOMPARE(openedUrl, expected);
+    EXPECT_EQ(browser.opened, expected);
+    QDesktopServices::unsetUrlHandler("file");
 }
 
-QTEST_MAIN(CustomToolTipTest)
 #include "custom_tool_tip_test.moc"
