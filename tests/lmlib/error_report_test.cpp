@@ -1,5 +1,7 @@
 #include "lmlib/error_report.h"
 
+#include <gtest/gtest.h>
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
@@ -14,28 +16,22 @@
 #include "lmlib/lm_lib_exception.h"
 #include "lmlib/message_box.h"
 #include "lmlib/tree_command.h"
-#include "lmlib/tree_item.h"
 #include "tests/scripted_lmlib64/scripted_lmlib64.h"
+#include "tests/value_printing.h"
 
 namespace {
 
 using BoxAction = std::function<void(QMessageBox *)>;
 
-QAbstractButton *buttonWithText(const QMessageBox *box, const QString &text) {
+void pressCopy(QMessageBox *box) {
     for (QAbstractButton *button : box->buttons()) {
-        if (button->text() == text) {
-            return button;
+        if (button->text() == " Copy to Clipboard ") {
+            button->click();
+            return;
         }
     }
-    return nullptr;
-}
-
-void pressCopy(QMessageBox *box) {
-    buttonWithText(box, QStringLiteral(" Copy to Clipboard "))->click();
-}
-
-void pressOk(QMessageBox *box) {
-    box->button(QMessageBox::Ok)->click();
+    ADD_FAILURE() << "no button to copy with";
+    box->reject();
 }
 
 // Runs something that shows boxes, and meets each run of a box with the next action. Fails where the number of
@@ -57,151 +53,127 @@ void runWithBoxes(const std::vector<BoxAction> &actions, const std::function<voi
     });
     timer.start(0);
     work();
-    QCOMPARE(runCount, actions.size());
+    EXPECT_EQ(runCount, actions.size());
 }
 
-}  // namespace
+class ErrorReportTest : public testing::Test {
+protected:
+    ErrorReportTest() { scripted_lmlib64::reset(); }
+};
 
-class ErrorReportTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void init() {
+TEST_F(ErrorReportTest, saysWhatFailed) {
+    const QString slot = "/Execute/s";
+    const QString item = "An LmLib error occurred when accessing the item:\n";
+    const QString command = "An LmLib error occurred while executing the command:\n";
+    const QString unavailable = "Unavailable";
+    const QString value = "Current node value:\n";
+    const struct {
+        const char *slotJson;
+        QString path;
+        int code;
+        QString message, details;  // null details: any
+    } rows[] = {
+        {"", "/A", 3, item + "/A: \n\tItemInexistent", unavailable},
+        {"{\"x\": 1}", slot, 13, item + slot + ": \n\tItemTypeNotCompatible", value + "{\n  \"x\": 1\n}"},
+        {"", "/A", 29, item + "/A: \n\t", unavailable},
+        {"", "", 7, item + ": \n\tInternalError", unavailable},
+        {"\"<b>\"", slot, 17, command, value + "\"<b>\""},
+        {R"({"Result":{"ErrorSymbol":"S","ErrorText":"a < b","Execute":{"Command":"C"}}})",
+         slot,
+         17,
+         command + "C: \nS: a < b",
+         {}},
+        {R"({"Result":{"ErrorSymbol":"S","Execute":{"Command":"C"}}})", slot, 17, command + "C: \nS: ", {}},
+        {R"({"Result":{"ErrorText":"T","Execute":{"Command":"C"}}})", slot, 17, command + "C: \n", {}},
+        {R"({"Result":{"ErrorSymbol":"S","ErrorText":"T"}})", slot, 17, command, {}},
+        {"", slot, 17, command, unavailable},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.message.toStdString());
         scripted_lmlib64::reset();
-        QApplication::clipboard()->clear();
-    }
-
-    void saysWhatFailed_data() {
-        QTest::addColumn<QString>("slotJson");
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("details");
-
-        const QString slot = QStringLiteral("/Execute/s");
-        const QString item = QStringLiteral("An LmLib error occurred when accessing the item:\n");
-        const QString command = QStringLiteral("An LmLib error occurred while executing the command:\n");
-        const QString unavailable = QStringLiteral("Unavailable");
-        const QString value = QStringLiteral("Current node value:\n");
-
-        QTest::newRow("absent item") << ""
-                                     << "/A" << 3 << item + "/A: \n\tItemInexistent" << unavailable;
-        QTest::newRow("item that is there")
-            << "{\"x\": 1}" << slot << 13 << item + slot + ": \n\tItemTypeNotCompatible" << value + "{\n  \"x\": 1\n}";
-        QTest::newRow("unknown code") << ""
-                                      << "/A" << 29 << item + "/A: \n\t" << unavailable;
-        QTest::newRow("the whole library") << ""
-                                           << "" << 7 << item + ": \n\tInternalError" << unavailable;
-        QTest::newRow("markup is text") << "\"<b>\"" << slot << 17 << command << value + "\"<b>\"";
-        QTest::newRow("command") << R"({"Result":{"ErrorSymbol":"S","ErrorText":"a < b","Execute":{"Command":"C"}}})"
-                                 << slot << 17 << command + "C: \nS: a < b" << QString();
-        QTest::newRow("command without a text") << R"({"Result":{"ErrorSymbol":"S","Execute":{"Command":"C"}}})" << slot
-                                                << 17 << command + "C: \nS: " << QString();
-        QTest::newRow("command without a symbol")
-            << R"({"Result":{"ErrorText":"T","Execute":{"Command":"C"}}})" << slot << 17 << command + "C: \n"
-            << QString();
-        QTest::newRow("command without a name")
-            << R"({"Result":{"ErrorSymbol":"S","ErrorText":"T"}})" << slot << 17 << command << QString();
-        QTest::newRow("command without a slot") << "" << slot << 17 << command << unavailable;
-    }
-
-    void saysWhatFailed() {
-        QFETCH(QString, slotJson);
-        QFETCH(QString, path);
-        QFETCH(int, code);
-        QFETCH(QString, message);
-        QFETCH(QString, details);
-        if (!slotJson.isEmpty()) {
-            scripted_lmlib64::setNode("/Execute/s", slotJson.toStdString());
+        if (*row.slotJson != '\0') {
+            scripted_lmlib64::setNode("/Execute/s", row.slotJson);
         }
-        const LmLibException exception(path.toStdString(), code, nullptr);
+        const LmLibException exception(row.path.toStdString(), row.code, nullptr);
         const auto look = [&](QMessageBox *box) {
-            QCOMPARE(box->text(), message);
-            QCOMPARE(box->textFormat(), Qt::PlainText);
-            if (!details.isNull()) {
-                QCOMPARE(box->detailedText(), details);
-            }
-            QCOMPARE(box->icon(), QMessageBox::Critical);
-            QCOMPARE(box->parent(), nullptr);
-            QVERIFY(box->defaultButton() == box->button(QMessageBox::Ok));
-            QVERIFY(box->escapeButton() == box->button(QMessageBox::Ok));
-            pressOk(box);
+            EXPECT_EQ(box->text(), row.message);
+            EXPECT_EQ(box->textFormat(), Qt::PlainText);
+            EXPECT_TRUE(row.details.isNull() || box->detailedText() == row.details) << qPrintable(box->detailedText());
+            EXPECT_EQ(box->icon(), QMessageBox::Critical);
+            EXPECT_EQ(box->parent(), nullptr);
+            EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Ok));
+            EXPECT_EQ(box->escapeButton(), box->button(QMessageBox::Ok));
+            box->button(QMessageBox::Ok)->click();
         };
         runWithBoxes({look}, [&] { showErrorReport(exception); });
+        // Pretty, in full precision, and never in the scientific form; nothing is asked of the library as a whole.
+        const std::string read = "lmLibGetJson " + row.path.toStdString() + " true 18 false";
+        const auto lines = scripted_lmlib64::callLines();
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), read), row.path.isEmpty() ? 0 : 1);
     }
+}
 
-    void asksForPrettyJsonInFullPrecision() {
-        scripted_lmlib64::setNode("/A", "1");
-        runWithBoxes({pressOk}, [] { showErrorReport(LmLibException("/A", 7, nullptr)); });
-        QCOMPARE(scripted_lmlib64::callLines().back(), std::string("lmLibGetJson /A true 18 false"));
-    }
+TEST_F(ErrorReportTest, keepsTheSlotUntilTheHandlerIsDone) {
+    scripted_lmlib64::setCommand("Measure", {scripted_lmlib64::CommandScript::failing("TooDark", "Too dark.")});
+    bool isThere = false;
+    const auto look = [&](QMessageBox *box) {
+        isThere = scripted_lmlib64::hasNode("/Execute/1/Result/ErrorSymbol");
+        EXPECT_TRUE(box->detailedText().contains("TooDark"));
+        box->button(QMessageBox::Ok)->click();
+    };
+    runWithBoxes({look}, [] {
+        try {
+            TreeCommand("Measure").execute(true);
+        } catch (const LmLibException &exception) {
+            showErrorReport(exception);
+        }
+    });
+    EXPECT_TRUE(isThere);
+    EXPECT_FALSE(scripted_lmlib64::hasNode("/Execute/1"));
+}
 
-    void keepsTheSlotUntilTheHandlerIsDone() {
-        scripted_lmlib64::setCommand("Measure", {scripted_lmlib64::CommandScript::failing("TooDark", "Too dark.")});
-        bool isThere = false;
-        const auto look = [&](QMessageBox *box) {
-            isThere = scripted_lmlib64::hasNode("/Execute/1/Result/ErrorSymbol");
-            QVERIFY(box->detailedText().contains(QStringLiteral("TooDark")));
-            pressOk(box);
-        };
-        runWithBoxes({look}, [] {
+TEST_F(ErrorReportTest, copiesAndStaysOpen) {
+    QApplication::clipboard()->clear();
+    const auto copied = [](QMessageBox *box) {
+        EXPECT_EQ(QApplication::clipboard()->text(), "message\nline\ndetails");
+        QApplication::clipboard()->setText("other");
+        pressCopy(box);
+    };
+    const auto escape = [](QMessageBox *box) {
+        EXPECT_EQ(QApplication::clipboard()->text(), "message\nline\ndetails");
+        QTest::keyClick(box, Qt::Key_Escape);
+    };
+    runWithBoxes({pressCopy, copied, escape},
+                 [&] { EXPECT_EQ(showMessageBox("message\nline", QMessageBox::Warning, "details"), QMessageBox::Ok); });
+}
+
+TEST_F(ErrorReportTest, offersTheButtonsItIsGiven) {
+    const auto no = [](QMessageBox *box) {
+        EXPECT_EQ(box->standardButtons(), QMessageBox::Yes | QMessageBox::No);
+        EXPECT_EQ(box->buttons().size(), 3);
+        EXPECT_EQ(box->icon(), QMessageBox::Question);
+        box->button(QMessageBox::No)->click();
+    };
+    runWithBoxes({no}, [&] {
+        EXPECT_EQ(showMessageBox("Sure?", QMessageBox::Question, "", {QMessageBox::Yes, QMessageBox::No}),
+                  QMessageBox::No);
+    });
+}
+
+TEST_F(ErrorReportTest, rethrowsOnAnyOtherThread) {
+    std::thread([] {
+        try {
             try {
-                TreeCommand("Measure").execute(true);
+                throw LmLibException("/A", LmLibResultTimeout, nullptr);
             } catch (const LmLibException &exception) {
                 showErrorReport(exception);
             }
-        });
-        QVERIFY(isThere);
-        QVERIFY(!scripted_lmlib64::hasNode("/Execute/1"));
-    }
+            ADD_FAILURE() << "not thrown again";
+        } catch (const LmLibException &exception) {
+            EXPECT_EQ(exception.errorCode, LmLibResultTimeout);
+        }
+    }).join();
+    EXPECT_EQ(scripted_lmlib64::calls().size(), 1U);
+}
 
-    void copiesAndStaysOpen() {
-        const auto copied = [](QMessageBox *box) {
-            QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("message\nline\ndetails"));
-            QApplication::clipboard()->setText(QStringLiteral("other"));
-            pressCopy(box);
-        };
-        const auto escape = [](QMessageBox *box) {
-            QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("message\nline\ndetails"));
-            QTest::keyClick(box, Qt::Key_Escape);
-        };
-        int result = 0;
-        runWithBoxes({pressCopy, copied, escape},
-                     [&] { result = showMessageBox("message\nline", QMessageBox::Warning, "details"); });
-        QCOMPARE(result, static_cast<int>(QMessageBox::Ok));
-    }
-
-    void offersTheButtonsItIsGiven() {
-        const auto no = [](QMessageBox *box) {
-            QCOMPARE(box->standardButtons(), QMessageBox::Yes | QMessageBox::No);
-            QCOMPARE(box->icon(), QMessageBox::Question);
-            QVERIFY(buttonWithText(box, QStringLiteral(" Copy to Clipboard ")) != nullptr);
-            box->button(QMessageBox::No)->click();
-        };
-        int result = 0;
-        runWithBoxes({no}, [&] {
-            result = showMessageBox("Sure?", QMessageBox::Question, "", {QMessageBox::Yes, QMessageBox::No});
-        });
-        QCOMPARE(result, static_cast<int>(QMessageBox::No));
-    }
-
-    void rethrowsOnAnyOtherThread() {
-        std::int32_t caughtCode = 0;
-        std::thread([&] {
-            try {
-                try {
-                    throw LmLibException("/A", LmLibResultTimeout, nullptr);
-                } catch (const LmLibException &exception) {
-                    showErrorReport(exception);
-                }
-            } catch (const LmLibException &exception) {
-                caughtCode = exception.errorCode;
-            }
-        }).join();
-        QCOMPARE(caughtCode, static_cast<std::int32_t>(LmLibResultTimeout));
-        QCOMPARE(scripted_lmlib64::calls().size(), std::size_t(1));
-    }
-};
-
-QTEST_MAIN(ErrorReportTest)
-#include "error_report_test.moc"
+}  // namespace

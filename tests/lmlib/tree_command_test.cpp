@@ -40,13 +40,6 @@ protected:
     }
 };
 
-struct Row {
-    std::string name;
-    std::function<void()> script;
-    std::int32_t code;
-    Lines calls;
-};
-
 TEST_F(TreeCommandTest, givesEachTemporaryCommandItsOwnSlot) {
     {
         const TreeCommand first("Measure");
@@ -84,78 +77,59 @@ TEST_F(TreeCommandTest, throwsWhereNoSlotCanBeMade) {
     }
 }
 
-// How both forms of execute end, with waiting.
-std::vector<Row> executions() {
-    const Lines withWait = {setCommandLine, typeLine, waitLine};
-    const Lines whole = {setCommandLine, typeLine, waitLine, symbolLine};
-    return {
-        {"success", [] {}, 0, whole},
-        {"success after a wait", [] { scripted_lmlib64::setCommand("Measure", {ending(CommandEnd::WhenWaitedFor)}); },
-         0, whole},
-        {"error symbol", failMeasure, LmLibResultExecutionFailed, whole},
-        {"refused name",
-         [] { setResult("lmLibSetString", "*", LmLibResultCommandRunning); },
-         LmLibResultCommandRunning,
-         {setCommandLine}},
-        {"no command node",
-         [] {
-             failMeasure();
-             setResult("lmLibGetType", "*/Command", LmLibResultItemInexistent);
-         },
-         0,
-         {setCommandLine, typeLine}},
-        {"type 0",
-         [] {
-             failMeasure();
-             setResult("lmLibGetType", "*/Command", LmLibResultOperationSucceeded);
-         },
-         0,
-         {setCommandLine, typeLine}},
-        {"failing query",
-         [] { setResult("lmLibGetType", "*/Command", LmLibResultNotConnected); },
-         LmLibResultNotConnected,
-         {setCommandLine, typeLine}},
-        {"failing wait", [] { setResult("lmLibWaitForType", "*", LmLibResultOperationCanceled); },
-         LmLibResultOperationCanceled, withWait},
-        {"slot gone while waiting", [] { setResult("lmLibWaitForType", "*", LmLibResultItemInexistent); },
-         LmLibResultItemInexistent, withWait},
-        {"failing query of the error symbol",
-         [] {
-             failMeasure();
-             setResult("lmLibGetType", "*/ErrorSymbol", LmLibResultNotConnected);
-         },
-         0, whole},
+// A failing command whose queries for a node give a code.
+std::function<void()> failingWithType(const char *path, std::int32_t code) {
+    return [=] {
+        failMeasure();
+        setResult("lmLibGetType", path, code);
     };
 }
 
-TEST_F(TreeCommandTest, executesWithoutThrowing) {
-    for (const Row &row : executions()) {
+struct Execution {
+    std::string name;
+    std::function<void()> script;
+    std::int32_t code;
+    std::ptrdiff_t callCount;  // of the calls of a whole execution
+};
+
+TEST_F(TreeCommandTest, endsAlikeWithAndWithoutThrowing) {
+    const Lines whole = {setCommandLine, typeLine, waitLine, symbolLine};
+    const std::vector<Execution> executions = {
+        {"success", [] {}, 0, 4},
+        {"success after a wait", [] { scripted_lmlib64::setCommand("Measure", {ending(CommandEnd::WhenWaitedFor)}); },
+         0, 4},
+        {"error symbol", failMeasure, LmLibResultExecutionFailed, 4},
+        {"refused name", [] { setResult("lmLibSetString", "*", LmLibResultCommandRunning); }, LmLibResultCommandRunning,
+         1},
+        {"no command node", failingWithType("*/Command", LmLibResultItemInexistent), 0, 2},
+        {"type 0", failingWithType("*/Command", LmLibResultOperationSucceeded), 0, 2},
+        {"failing query", failingWithType("*/Command", LmLibResultNotConnected), LmLibResultNotConnected, 2},
+        {"failing wait", [] { setResult("lmLibWaitForType", "*", LmLibResultOperationCanceled); },
+         LmLibResultOperationCanceled, 3},
+        {"slot gone while waiting", [] { setResult("lmLibWaitForType", "*", LmLibResultItemInexistent); },
+         LmLibResultItemInexistent, 3},
+        {"failing query of the error symbol", failingWithType("*/ErrorSymbol", LmLibResultNotConnected), 0, 4},
+    };
+    for (const Execution &row : executions) {
+        SCOPED_TRACE(row.name);
         SetUp();
         row.script();
         const TreeCommand command("Measure");
         scripted_lmlib64::clearCalls();
         std::int32_t code = -1;
         command.execute(&code, "", true);
-        EXPECT_EQ(code, row.code) << row.name;
-        EXPECT_EQ(scripted_lmlib64::callLines(), row.calls) << row.name;
+        EXPECT_EQ(code, row.code);
+        EXPECT_EQ(scripted_lmlib64::callLines(), Lines(whole.begin(), whole.begin() + row.callCount));
         command.execute(nullptr, "", true);
-    }
-}
-
-TEST_F(TreeCommandTest, throwsTheSameCodesWithItsSlot) {
-    for (const Row &row : executions()) {
-        SetUp();
-        row.script();
-        const TreeCommand command("Measure");
-        std::int32_t code = 0;
+        std::int32_t thrown = 0;
         try {
             command.execute(true);
         } catch (const LmLibException &exception) {
-            code = exception.errorCode;
-            EXPECT_EQ(exception.itemPath, "/Execute/1") << row.name;
-            EXPECT_NE(exception.commandSlot, nullptr) << row.name;
+            thrown = exception.errorCode;
+            EXPECT_EQ(exception.itemPath, "/Execute/1");
+            EXPECT_NE(exception.commandSlot, nullptr);
         }
-        EXPECT_EQ(code, row.code) << row.name;
+        EXPECT_EQ(thrown, row.code);
     }
 }
 
@@ -169,78 +143,77 @@ TEST_F(TreeCommandTest, onlyStartsWhenNotWaiting) {
     EXPECT_EQ(scripted_lmlib64::callLines(), (Lines{setCommandLine, "lmLibSetString /Execute/1/Command Other"}));
 }
 
-struct TestRow {
+struct Question {
     std::string name;
     std::function<void()> script;
     bool answer;
     std::int32_t code;
     std::int32_t assertedCode;  // what assertSuccessful throws, 0 for nothing
-    std::size_t queryCount;
+    Lines calls;
 };
 
+// Asks a started command and compares with what assertSuccessful makes of the same.
+void ask(bool (TreeCommand::*question)(std::int32_t *) const, const Question &row) {
+    SCOPED_TRACE(row.name);
+    row.script();
+    const TreeCommand command("Measure");
+    command.execute(false);
+    scripted_lmlib64::clearCalls();
+    std::int32_t code = -1;
+    EXPECT_EQ((command.*question)(&code), row.answer);
+    EXPECT_EQ(code, row.code);
+    EXPECT_EQ(scripted_lmlib64::callLines(), row.calls);
+    std::int32_t asserted = 0;
+    try {
+        command.assertSuccessful();
+    } catch (const LmLibException &exception) {
+        asserted = exception.errorCode;
+        EXPECT_NE(exception.commandSlot, nullptr);
+    }
+    EXPECT_EQ(asserted, row.assertedCode);
+}
+
 TEST_F(TreeCommandTest, tellsWhetherItHasFinished) {
-    const std::vector<TestRow> rows = {
-        {"ended", [] {}, true, 0, 0, 2},
+    const auto typeGives = [](std::int32_t code) { return [=] { setResult("lmLibGetType", "*/Command", code); }; };
+    const Lines twice = {typeLine, typeLine};
+    const std::vector<Question> rows = {
+        {"ended", [] {}, true, 0, 0, twice},
         {"running", [] { scripted_lmlib64::setCommand("Measure", {ending(CommandEnd::Never)}); }, false, 0,
-         LmLibResultExecutionFailed, 2},
-        {"absent", [] { setResult("lmLibGetType", "*/Command", LmLibResultItemInexistent); }, true, 0, 0, 1},
-        {"type 0", [] { setResult("lmLibGetType", "*/Command", LmLibResultOperationSucceeded); }, true, 0, 0, 1},
-        {"failing query", [] { setResult("lmLibGetType", "*/Command", LmLibResultNotConnected); }, true,
-         LmLibResultNotConnected, LmLibResultNotConnected, 1},
+         LmLibResultExecutionFailed, twice},
+        {"absent", typeGives(LmLibResultItemInexistent), true, 0, 0, {typeLine}},
+        {"type 0", typeGives(LmLibResultOperationSucceeded), true, 0, 0, {typeLine}},
+        {"failing query",
+         typeGives(LmLibResultNotConnected),
+         true,
+         LmLibResultNotConnected,
+         LmLibResultNotConnected,
+         {typeLine}},
         {"failing second query",
          [] {
              setResult("lmLibGetType", "*/Command", LmLibResultNotConnected, 2);
              setResult("lmLibGetType", "*/Command", LmLibResultNotConnected, 4);
          },
-         false, LmLibResultNotConnected, LmLibResultNotConnected, 2},
+         false, LmLibResultNotConnected, LmLibResultNotConnected, twice},
     };
-    for (const TestRow &row : rows) {
+    for (const Question &row : rows) {
         SetUp();
-        row.script();
-        const TreeCommand command("Measure");
-        command.execute(false);
-        scripted_lmlib64::clearCalls();
-        std::int32_t code = -1;
-        EXPECT_EQ(command.finished(&code), row.answer) << row.name;
-        EXPECT_EQ(code, row.code) << row.name;
-        EXPECT_EQ(scripted_lmlib64::callLines(), Lines(row.queryCount, typeLine)) << row.name;
-        std::int32_t asserted = 0;
-        try {
-            command.assertSuccessful();
-        } catch (const LmLibException &exception) {
-            asserted = exception.errorCode;
-        }
-        EXPECT_EQ(asserted, row.assertedCode) << row.name;
+        ask(&TreeCommand::finished, row);
     }
 }
 
 TEST_F(TreeCommandTest, tellsWhetherItWasSuccessful) {
-    const std::vector<TestRow> rows = {
-        {"no symbol", [] {}, true, 0, 0, 1},
-        {"symbol", failMeasure, false, 0, LmLibResultExecutionFailed, 1},
-        {"type 0", [] { setResult("lmLibGetType", symbolLine.substr(13), LmLibResultOperationSucceeded); }, true, 0, 0,
-         1},
-        {"failing query", [] { setResult("lmLibGetType", symbolLine.substr(13), LmLibResultNotConnected); }, true,
-         LmLibResultNotConnected, LmLibResultNotConnected, 1},
+    const auto typeGives = [](std::int32_t code) { return [=] { setResult("lmLibGetType", "*/ErrorSymbol", code); }; };
+    const Lines once = {symbolLine};
+    const std::vector<Question> rows = {
+        {"no symbol", [] {}, true, 0, 0, once},
+        {"symbol", failMeasure, false, 0, LmLibResultExecutionFailed, once},
+        {"type 0", typeGives(LmLibResultOperationSucceeded), true, 0, 0, once},
+        {"failing query", typeGives(LmLibResultNotConnected), true, LmLibResultNotConnected, LmLibResultNotConnected,
+         once},
     };
-    for (const TestRow &row : rows) {
+    for (const Question &row : rows) {
         SetUp();
-        row.script();
-        const TreeCommand command("Measure");
-        command.execute(false);
-        scripted_lmlib64::clearCalls();
-        std::int32_t code = -1;
-        EXPECT_EQ(command.successful(&code), row.answer) << row.name;
-        EXPECT_EQ(code, row.code) << row.name;
-        EXPECT_EQ(scripted_lmlib64::callLines(), Lines{symbolLine}) << row.name;
-        std::int32_t asserted = 0;
-        try {
-            command.assertSuccessful();
-        } catch (const LmLibException &exception) {
-            asserted = exception.errorCode;
-            EXPECT_NE(exception.commandSlot, nullptr);
-        }
-        EXPECT_EQ(asserted, row.assertedCode) << row.name;
+        ask(&TreeCommand::successful, row);
     }
 }
 
