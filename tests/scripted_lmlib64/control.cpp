@@ -1,6 +1,4 @@
 // The functions with which a test in the same process scripts and inspects the library.
-#include <stdexcept>
-
 #include "tests/scripted_lmlib64/library_state.h"
 
 namespace scripted_lmlib64 {
@@ -12,18 +10,6 @@ auto locked(Action action) {
     LibraryState &state = LibraryState::instance();
     const std::lock_guard<std::mutex> lock(state.mutex);
     return action(state);
-}
-
-// A test that scripts a node where none can be is wrong, and learns so.
-template <typename Action>
-void change(const std::string &path, Action action) {
-    locked([&](LibraryState &state) {
-        try {
-            action(state.tree);
-        } catch (const Failure &failure) {
-            throw std::invalid_argument(path + " cannot be changed: result code " + std::to_string(failure.code));
-        }
-    });
 }
 
 }  // namespace
@@ -63,20 +49,12 @@ void observeCalls(const std::function<void(const Call &)> &observer) {
     locked([&](LibraryState &state) { state.observer = observer; });
 }
 
-std::vector<std::string> debugMessages() {
-    return locked([](const LibraryState &state) { return state.debugMessages; });
-}
-
 void setNode(const std::string &path, const std::string &json) {
-    change(path, [&](NodeTree &tree) { tree.set(path, Json::parse(json)); });
+    locked([&](LibraryState &state) { state.tree.set(path, Json::parse(json)); });
 }
 
 void setBinary(const std::string &path, const Binary &binary) {
-    change(path, [&](NodeTree &tree) { tree.setBinary(path, binary); });
-}
-
-void eraseNode(const std::string &path) {
-    change(path, [&](NodeTree &tree) { tree.erase(path); });
+    locked([&](LibraryState &state) { state.tree.setBinary(path, binary); });
 }
 
 bool hasNode(const std::string &path) {

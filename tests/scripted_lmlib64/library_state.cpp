@@ -80,7 +80,6 @@ void LibraryState::reset() {
     tree = NodeTree();
     calls.clear();
     observer = nullptr;
-    debugMessages.clear();
     commands.clear();
     resultRules.clear();
     runCounts.clear();

@@ -1,6 +1,5 @@
 // Everything the scripted library holds: the tree, the recorded calls, the results to give and the commands'
-// scripts. One for the process; whoever uses it holds its mutex,
-// exceptions being named below.
+// scripts. One for the process; whoever uses it holds its mutex, exceptions being named below.
 #pragma once
 
 #include <cstddef>
@@ -39,7 +38,6 @@ public:
     NodeTree tree;
     std::vector<Call> calls;
     std::function<void(const Call &)> observer;
-    std::vector<std::string> debugMessages;
     std::map<std::string, std::vector<CommandScript>> commands;
 
 private:

@@ -1,6 +1,6 @@
-// A stand-in for the camera library that records every call and answers as a test tells it to. It exports the
-// functions of camera_library/lmlib64.h over a small tree in memory, computes nothing, and has no thread of its
-// own: a command ends where its script says.
+// A stand-in for the camera library that records every call and answers as a test tells it to. It exports those
+// functions of camera_library/lmlib64.h that the program uses, over a small tree in memory, computes nothing, and has
+// no thread of its own: a command ends where its script says.
 //
 // In a test of the program's parts. Link the CMake target scripted_lmlib64 (and not LmLib64) and begin each test
 // with reset(), or with loadDefaultScript() for a library that answers everything the program asks:
@@ -42,17 +42,12 @@ struct Call {
     bool hasResult = true;  // whether a target for the result code was passed
 };
 
-// A binary node. bytes need not fit the format; reportedBytesCopied is what lmLibGetBinary says instead of
-// their number.
+// A binary node of one byte to the element; bytes need not fit the format.
 struct Binary {
     std::int32_t width = 0;
     std::int32_t height = 0;
     std::int32_t channelCount = 1;
-    std::int32_t bytesPerElement = 1;
-    bool isFloat = false;
-    double timestamp = 0;
     std::vector<std::uint8_t> bytes;
-    std::optional<std::int32_t> reportedBytesCopied;
 };
 
 enum class CommandEnd {
@@ -87,11 +82,9 @@ LMLIB64_API void reset();
 LMLIB64_API void loadDefaultScript();
 // Adds to what is there, from a JSON text:
 //   {"nodes":    {"<path>": <any value>, ...},
-//    "results":  [{"function": "lmLibErase", "path": "/Execute/*", "code": 7, "occurrence": 0}, ...],
-//    "commands": {"<name>": <run> or [<run>, ...], ...}}
-// where a run is {"result": <object>, "image": {"width", "height", "channelCount", "bytes": [...]},
-// "errorSymbol", "errorText", "end": "atOnce" | "whenWaitedFor" | "never"}, everything in it optional.
-// Throws std::exception for a text that does not say that.
+//    "results":  [{"function": "lmLibErase", "path": "/Execute/*", "code": 7}, ...],
+//    "commands": {"<name>": {"result": <object>, "errorSymbol", "errorText"}, ...}}
+// where everything is optional. Throws std::exception for a text that does not say that.
 LMLIB64_API void loadScript(const std::string &json);
 
 // The calls since the last reset or clearCalls, and the same as lines: function, path and value with a blank
@@ -102,13 +95,10 @@ LMLIB64_API void clearCalls();
 // Is shown every call on its thread, once it is recorded and before it is answered, until reset() or another
 // observer; an empty one shows nothing. It may use everything here and must not throw.
 LMLIB64_API void observeCalls(const std::function<void(const Call &)> &observer);
-// The messages written to the debug log since the last reset, without those whose call was made to fail.
-LMLIB64_API std::vector<std::string> debugMessages();
 
 // Puts a node into the tree or looks at one; not recorded. Nodes on the way are made.
 LMLIB64_API void setNode(const std::string &path, const std::string &json);
 LMLIB64_API void setBinary(const std::string &path, const Binary &binary);
-LMLIB64_API void eraseNode(const std::string &path);
 LMLIB64_API bool hasNode(const std::string &path);
 // Compact JSON; an empty text where there is no node.
 LMLIB64_API std::string nodeJson(const std::string &path);
