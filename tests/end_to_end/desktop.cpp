@@ -80,10 +80,6 @@ QString Desktop::waitForWindow(const QString &title) const {
     return window;
 }
 
-void Desktop::click(const QString &window, const QPoint &place) const {
-    xdotool({"mousemove", "--window", window, QString::number(place.x()), QString::number(place.y()), "click", "1"});
-}
-
 void Desktop::type(const QString &text) const {
     xdotool({"type", "--delay", "10", text});
 }

@@ -4,7 +4,6 @@
 // the test run with a message.
 #pragma once
 
-#include <QPoint>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -25,8 +24,6 @@ public:
 
     // Waits for a window of this title to be shown and makes it the active one; its number.
     QString waitForWindow(const QString &title) const;
-    // Clicks at a place in pixels from the top left of the window's inside.
-    void click(const QString &window, const QPoint &place) const;
     void type(const QString &text) const;
     // Presses keys by name, such as "Return" or "ctrl+a", one after the other.
     void press(const QStringList &keys) const;

@@ -78,7 +78,11 @@ DrivenProgram::~DrivenProgram() {
 bool DrivenProgram::start(const QString &program, const QMap<QString, QString> &environment) {
     QProcessEnvironment whole = QProcessEnvironment::systemEnvironment();
     for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
-        whole.insert(entry.key(), entry.value());
+        if (entry.value().isNull()) {
+            whole.remove(entry.key());
+        } else {
+            whole.insert(entry.key(), entry.value());
+        }
     }
     process.setProcessEnvironment(whole);
     process.setProcessChannelMode(QProcess::ForwardedChannels);
@@ -169,6 +173,11 @@ void DrivenProgram::click() const {
     desktop.xdotool({"click", "1"});
 }
 
+void DrivenProgram::clickOn(const QRect &place) const {
+    moveMouse({place.left() + qMin(place.width() / 2, 30), place.center().y()});
+    click();
+}
+
 QVector<QString> DrivenProgram::otherWindows() const {
     QVector<QString> windows;
     for (const QString &window : visibleWindows({"--class", "LmCalTab"})) {
@@ -203,10 +212,6 @@ QRect DrivenProgram::geometryOf(const QString &window) {
         values[line.section(':', 0, 0).trimmed()] = line.section(':', 1).toInt();
     }
     return {values["Absolute upper-left X"], values["Absolute upper-left Y"], values["Width"], values["Height"]};
-}
-
-QString DrivenProgram::titleOf(const QString &window) const {
-    return desktop.xdotool({"getwindowname", window});
 }
 
 QImage DrivenProgram::contentsOf(const QString &window) {

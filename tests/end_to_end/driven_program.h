@@ -30,12 +30,15 @@ public:
     DrivenProgram(const DrivenProgram &) = delete;
     DrivenProgram &operator=(const DrivenProgram &) = delete;
 
-    // Starts the program and waits for its window; the environment is this process's, changed by the entries.
+    // Starts the program and waits for its window; the environment is this process's, changed by the entries, of
+    // which a null text takes one out.
     bool start(const QString &program, const QMap<QString, QString> &environment);
     void stop();
     // Whether the program ends without being told to by a signal, and as one that nothing has failed in.
     bool endsWell(int milliseconds);
     bool isRunning() const { return process.state() == QProcess::Running; }
+    // Once it has ended; -1 for a crash.
+    int exitCode() const { return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1; }
     qint64 processId() const { return process.processId(); }
     QString window() const { return mainWindow; }
 
@@ -52,6 +55,8 @@ public:
     // The mouse arrives by several moves, as a hand's does.
     void moveMouse(QPoint position) const;
     void click() const;
+    // Left of the middle, where a button has its mark or text and a spin box its number.
+    void clickOn(const QRect &place) const;
 
     // The program's visible windows but the main one.
     QVector<QString> otherWindows() const;
@@ -60,7 +65,6 @@ public:
     bool waitForNoOtherWindow(int milliseconds) const;
 
     static QRect geometryOf(const QString &window);
-    QString titleOf(const QString &window) const;
     static QImage contentsOf(const QString &window);
 
 private:
