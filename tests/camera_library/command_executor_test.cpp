@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -228,45 +227,6 @@ TEST_F(Executor, finalizesWithACommandRunningAndOthersQueued) {
     executor.start("s", "Echo");
     EXPECT_EQ(wait("s"), LmLibResultOperationSucceeded);
     EXPECT_EQ(order, "again");
-}
-
-TEST_F(Executor, standsManyThreadsAtOnce) {
-    gateOpen = true;
-    std::atomic<int> surprises{0};
-    const auto client = [this, &surprises](int number) {
-        const std::string slot = "s" + std::to_string(number % 2);
-        const std::string path = "/Execute/" + slot;
-        const auto expect = [&surprises](LmLibResult code, std::vector<LmLibResult> allowed) {
-            surprises += std::find(allowed.begin(), allowed.end(), code) == allowed.end() ? 1 : 0;
-        };
-        for (int i = 0; i < 300; ++i) {
-            expect(tree.write(path + "/Parameters/Name", "x"), {LmLibResultOperationSucceeded});
-            expect(executor.start(slot, i % 3 == 0 ? "Fail" : "Wait"),
-                   {LmLibResultOperationSucceeded, LmLibResultCommandRunning});
-            expect(wait(slot),
-                   {LmLibResultOperationSucceeded, LmLibResultItemInexistent, LmLibResultOperationCanceled});
-            if (i % 7 == number) {
-                expect(tree.erase(path), {LmLibResultOperationSucceeded, LmLibResultItemInexistent});
-            }
-            std::string unique;
-            expect(tree.makeUniqueItem("/Unique", "", unique), {LmLibResultOperationSucceeded});
-            expect(tree.erase(unique), {LmLibResultOperationSucceeded, LmLibResultItemInexistent});
-            if (i % 50 == 10 + number) {
-                executor.finalize();
-            }
-        }
-    };
-    std::vector<std::thread> clients;
-    clients.reserve(4);
-    for (int number = 0; number < 4; ++number) {
-        clients.emplace_back(client, number);
-    }
-    for (std::thread &thread : clients) {
-        thread.join();
-    }
-    EXPECT_EQ(surprises, 0);
-    executor.finalize();
-    EXPECT_EQ(json(""), R"({"Path":{}})");
 }
 
 }  // namespace

@@ -38,71 +38,64 @@ protected:
         ASSERT_EQ(result, LmLibResultOperationSucceeded) << text;
     }
 
+    /// Runs the command in the slot to its end.
+    void run(const std::string &slot, const char *command) {
+        lmLibSetString(&result, (slot + "/Command").c_str(), command);
+        lmLibWaitForType(&result, (slot + "/Command").c_str(), LmLibTypeNull, 1);
+        EXPECT_EQ(result, LmLibResultOperationSucceeded) << slot;
+    }
+
     std::int32_t result = -1;
 };
 
 TEST_F(Interface, judgesPathsBySyntaxAlone) {
-    const std::vector<std::pair<std::string, int>> rows{
-        {"", LmLibResultOperationSucceeded},
-        {"/Path", LmLibResultOperationSucceeded},
-        {"/absent", LmLibResultItemInexistent},
-        {"/absent/\\0/\\12", LmLibResultItemInexistent},
-        {"/ with blanks, \xC3\xA4 and \xFF", LmLibResultItemInexistent},
-        {"/absent/\\99999999999999999999999999", LmLibResultItemInexistent},
-        {"/\\0", LmLibResultItemTypeNotCompatible},
-        {"/", LmLibResultItemPathInvalid},
-        {"Path", LmLibResultItemPathInvalid},
-        {"\\0", LmLibResultItemPathInvalid},
-        {"//Path", LmLibResultItemPathInvalid},
-        {"/Path/", LmLibResultItemPathInvalid},
-        {"/a\\b", LmLibResultItemPathInvalid},
-        {"/\\", LmLibResultItemPathInvalid},
-        {"/\\-1", LmLibResultItemPathInvalid},
-        {"/\\00", LmLibResultItemPathInvalid},
-        {"/\\1a", LmLibResultItemPathInvalid},
-        {"/\\\\0", LmLibResultItemPathInvalid},
-        {repeated("/a", LMLIB_MAXIMUM_DEPTH), LmLibResultItemInexistent},
-        {repeated("/a", LMLIB_MAXIMUM_DEPTH + 1), LmLibResultNestingLimitReached},
-        {repeated("/a", 1000000), LmLibResultNestingLimitReached},
-    };
-    for (const auto &[path, code] : rows) {
-        EXPECT_EQ(lmLibGetType(&result, path.c_str()) != LmLibTypeAbsent, code == LmLibResultOperationSucceeded);
-        EXPECT_EQ(result, code) << path.substr(0, 100);
+    const std::pair<int, std::vector<std::string>> rows[] = {
+        {LmLibResultOperationSucceeded, {"", "/Path"}},
+        {LmLibResultItemInexistent,
+         {"/absent", "/absent/\\0/\\12", "/ with blanks, \xC3\xA4 and \xFF", "/absent/\\99999999999999999999999999",
+          repeated("/a", LMLIB_MAXIMUM_DEPTH)}},
+        {LmLibResultItemTypeNotCompatible, {"/\\0"}},
+        {LmLibResultItemPathInvalid,
+         {"/", "Path", "\\0", "//Path", "/Path/", "/a\\b", "/\\", "/\\-1", "/\\00", "/\\1a", "/\\\\0"}},
+        {LmLibResultNestingLimitReached, {repeated("/a", LMLIB_MAXIMUM_DEPTH + 1), repeated("/a", 1000000)}}};
+    for (const auto &[code, paths] : rows) {
+        for (const std::string &path : paths) {
+            EXPECT_EQ(lmLibGetType(&result, path.c_str()) != LmLibTypeAbsent, code == LmLibResultOperationSucceeded);
+            EXPECT_EQ(result, code) << path.substr(0, 100);
+        }
     }
 }
 
 TEST_F(Interface, writesWhatTheRulesAllowAndNothingElse) {
-    struct Row {
-        const char *path;
-        int code;
-        const char *after;  ///< null: as before
-    };
     const char *before = R"({"Array":[1,[2]],"Null":null,"Object":{"Number":1.5},"Text":"a"})";
-    const std::vector<Row> rows{
-        {"/T/Text", 0, R"({"Array":[1,[2]],"Null":null,"Object":{"Number":1.5},"Text":7})"},
-        {"/T/Object", 0, R"({"Array":[1,[2]],"Null":null,"Object":7,"Text":"a"})"},
-        {"/T", 0, "7"},
-        {"/T/Object/New", 0, R"({"Array":[1,[2]],"Null":null,"Object":{"New":7,"Number":1.5},"Text":"a"})"},
-        {"/T/A/\\0/\\0/B", 0, R"({"A":[[{"B":7}]],"Array":[1,[2]],"Null":null,"Object":{"Number":1.5},"Text":"a"})"},
-        {"/T/Array/\\1/\\1", 0, R"({"Array":[1,[2,7]],"Null":null,"Object":{"Number":1.5},"Text":"a"})"},
-        {"/T/Array/\\2/X", 0, R"({"Array":[1,[2],{"X":7}],"Null":null,"Object":{"Number":1.5},"Text":"a"})"},
-        {"/T/Array/\\3", LmLibResultItemPathInvalid, nullptr},
-        {"/T/Array/\\18446744073709551617", LmLibResultItemPathInvalid, nullptr},
-        {"/T/A/\\1", LmLibResultItemPathInvalid, nullptr},
-        {"/T/A/B/\\0/\\1", LmLibResultItemPathInvalid, nullptr},
-        {"/T/Array/\\2/\\0/X/\\1", LmLibResultItemPathInvalid, nullptr},
-        {"/T/Array/X", LmLibResultItemTypeNotCompatible, nullptr},
-        {"/T/Object/\\0", LmLibResultItemTypeNotCompatible, nullptr},
-        {"/T/Text/X", LmLibResultItemTypeNotCompatible, nullptr},
-        {"/T/Null/X", LmLibResultItemTypeNotCompatible, nullptr},
-        {"/T/Object/Number/\\0", LmLibResultItemTypeNotCompatible, nullptr},
-        {"/T/", LmLibResultItemPathInvalid, nullptr},
+    const std::vector<std::pair<const char *, const char *>> written{
+        {"/T/Text", R"({"Array":[1,[2]],"Null":null,"Object":{"Number":1.5},"Text":7})"},
+        {"/T/Object", R"({"Array":[1,[2]],"Null":null,"Object":7,"Text":"a"})"},
+        {"/T", "7"},
+        {"/T/Object/New", R"({"Array":[1,[2]],"Null":null,"Object":{"New":7,"Number":1.5},"Text":"a"})"},
+        {"/T/A/\\0/\\0/B", R"({"A":[[{"B":7}]],"Array":[1,[2]],"Null":null,"Object":{"Number":1.5},"Text":"a"})"},
+        {"/T/Array/\\1/\\1", R"({"Array":[1,[2,7]],"Null":null,"Object":{"Number":1.5},"Text":"a"})"},
+        {"/T/Array/\\2/X", R"({"Array":[1,[2],{"X":7}],"Null":null,"Object":{"Number":1.5},"Text":"a"})"},
     };
-    for (const Row &row : rows) {
+    for (const auto &[path, after] : written) {
         setJson("/T", before);
-        lmLibSetInt(&result, row.path, 7);
-        EXPECT_EQ(result, row.code) << row.path;
-        EXPECT_EQ(json("/T"), row.after == nullptr ? before : row.after) << row.path;
+        lmLibSetInt(&result, path, 7);
+        EXPECT_EQ(result, LmLibResultOperationSucceeded) << path;
+        EXPECT_EQ(json("/T"), after) << path;
+    }
+    const std::pair<int, std::vector<const char *>> refused[] = {
+        {LmLibResultItemPathInvalid,
+         {"/T/Array/\\3", "/T/Array/\\18446744073709551617", "/T/A/\\1", "/T/A/B/\\0/\\1", "/T/Array/\\2/\\0/X/\\1",
+          "/T/"}},
+        {LmLibResultItemTypeNotCompatible,
+         {"/T/Array/X", "/T/Object/\\0", "/T/Text/X", "/T/Null/X", "/T/Object/Number/\\0"}}};
+    setJson("/T", before);
+    for (const auto &[code, paths] : refused) {
+        for (const char *path : paths) {
+            lmLibSetInt(&result, path, 7);
+            EXPECT_EQ(result, code) << path;
+            EXPECT_EQ(json("/T"), before) << path;
+        }
     }
 }
 
@@ -278,9 +271,7 @@ TEST_F(Interface, runsNoCommandForJsonNorBesideSlots) {
         lmLibSetString(&result, path, "GetModelInfo");
         EXPECT_EQ(result, LmLibResultOperationSucceeded);
     }
-    lmLibSetString(&result, "/Execute/d/Command", "GetModelInfo");
-    lmLibWaitForType(&result, "/Execute/d/Command", LmLibTypeNull, 1);
-    EXPECT_EQ(result, LmLibResultOperationSucceeded);
+    run("/Execute/d", "GetModelInfo");
     EXPECT_EQ(json("/Execute/d"), R"({"Command":null,"Result":{}})");
     for (const char *path : {"/Execute/a", "/Execute/b/c", "/Other/b"}) {
         EXPECT_EQ(json(path), R"({"Command":"GetModelInfo"})");
@@ -290,8 +281,7 @@ TEST_F(Interface, runsNoCommandForJsonNorBesideSlots) {
 TEST_F(Interface, copiesBinaryOnlyIntoBuffersThatHoldIt) {
     setJson("/Execute/i/Parameters",
             R"({"ImageSize":40,"Patterns":[{"Type":"Flexible","GridSize":[3,3],"GridSpacing":10}]})");
-    lmLibSetString(&result, "/Execute/i/Command", "GenerateCalibrationPattern");
-    lmLibWaitForType(&result, "/Execute/i/Command", LmLibTypeNull, 1);
+    run("/Execute/i", "GenerateCalibrationPattern");
     const char *image = "/Execute/i/Result/Patterns/\\0";
     ASSERT_EQ(lmLibGetType(&result, image), LmLibTypeBinary) << json("/Execute/i");
     std::int32_t width = 0;
@@ -305,19 +295,18 @@ TEST_F(Interface, copiesBinaryOnlyIntoBuffersThatHoldIt) {
     EXPECT_EQ(isFloat, 0);
     ASSERT_GT(count, 0);
 
-    struct Row {
-        std::int32_t size;
-        int code;
-    };
-    for (const Row &row : {Row{-1, LmLibResultInvalidBufferSize}, Row{0, LmLibResultBufferTooSmall},
-                           Row{count - 1, LmLibResultBufferTooSmall}, Row{count, LmLibResultOperationSucceeded},
-                           Row{count + 1, LmLibResultOperationSucceeded}}) {
+    const std::pair<std::int32_t, int> rows[] = {{-1, LmLibResultInvalidBufferSize},
+                                                 {0, LmLibResultBufferTooSmall},
+                                                 {count - 1, LmLibResultBufferTooSmall},
+                                                 {count, LmLibResultOperationSucceeded},
+                                                 {count + 1, LmLibResultOperationSucceeded}};
+    for (const auto &[size, code] : rows) {
         std::vector<unsigned char> buffer(static_cast<std::size_t>(count) + 1, 77);
         std::int32_t copied = -1;
         double timestamp = -1.0;
-        lmLibGetBinary(&result, image, buffer.data(), row.size, &copied, &timestamp);
-        EXPECT_EQ(result, row.code) << row.size;
-        const bool whole = row.code == LmLibResultOperationSucceeded;
+        lmLibGetBinary(&result, image, buffer.data(), size, &copied, &timestamp);
+        EXPECT_EQ(result, code) << size;
+        const bool whole = code == LmLibResultOperationSucceeded;
         EXPECT_EQ(copied, whole ? count : 0);
         EXPECT_EQ(buffer.front() == 77, !whole);
         EXPECT_EQ(buffer.back(), 77);
@@ -360,15 +349,12 @@ TEST_F(Interface, isAsNewWhenFinalized) {
         EXPECT_EQ(lmLibGetDebugBuffer(&result), nullptr);
     }
     EXPECT_EQ(lmLibMakeUniqueItem(&result, "/Execute", ""), first);
-    lmLibSetString(&result, (first + "/Command").c_str(), "GetModelInfo");
-    lmLibWaitForType(&result, (first + "/Command").c_str(), LmLibTypeNull, 1);
-    EXPECT_EQ(result, LmLibResultOperationSucceeded);
+    run(first, "GetModelInfo");
 }
 
 TEST_F(Interface, listsThePlatesOfTheCatalogue) {
     lmLibSetBool(&result, "/Execute/m/Parameters/ListCalTabs", 1);
-    lmLibSetString(&result, "/Execute/m/Command", "GetModelInfo");
-    lmLibWaitForType(&result, "/Execute/m/Command", LmLibTypeNull, 1);
+    run("/Execute/m", "GetModelInfo");
     const std::string plates = "/Execute/m/Result/CalTabs";
     const int count = lmLibGetCount(&result, plates.c_str());
     ASSERT_GE(count, 8);
@@ -388,8 +374,7 @@ TEST_F(Interface, listsThePlatesOfTheCatalogue) {
     }
     EXPECT_EQ(last, 96.0);
     lmLibSetString(&result, "/Execute/m/Parameters/ListCalTabs", "yes");
-    lmLibSetString(&result, "/Execute/m/Command", "GetModelInfo");
-    lmLibWaitForType(&result, "/Execute/m/Command", LmLibTypeNull, 1);
+    run("/Execute/m", "GetModelInfo");
     EXPECT_STREQ(lmLibGetString(&result, "/Execute/m/Result/ErrorSymbol"), "InvalidParameter");
 }
 
