@@ -93,7 +93,8 @@ TEST_F(TreeItemTest, makesOneCallPerOperationAndThrowsItsCodeWithThePath) {
     for (const Operation &operation : operations()) {
         const std::string function = std::string("lmLib") + operation.function;
         const std::string path = std::string("/A/") + operation.child;
-        const std::string call = function + " " + path + operation.arguments;
+        std::string call = function;
+        call.append(" ").append(path).append(operation.arguments);
         SetUp();
         EXPECT_EQ(operation.run(TreeItem("/A")[operation.child]), operation.returned) << call;
         EXPECT_EQ(scripted_lmlib64::callLines(), Lines{call});
@@ -139,7 +140,10 @@ TEST_F(TreeItemTest, readsNullTextsAsEmpty) {
         scripted_lmlib64::setResult(function, "/A/text", LmLibResultOperationSucceeded);
     }
     const TreeItem item = TreeItem("/A")["text"];
-    EXPECT_EQ(item.asString() + item.asStringUnchecked() + item.asJson(false, 0, false) + item.name(), "");
+    EXPECT_EQ(item.asString(), "");
+    EXPECT_EQ(item.asStringUnchecked(), "");
+    EXPECT_EQ(item.asJson(false, 0, false), "");
+    EXPECT_EQ(item.name(), "");
     EXPECT_EQ(item.makeUniqueItem("x").path(), "");
 }
 

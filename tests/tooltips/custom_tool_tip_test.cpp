@@ -27,6 +27,9 @@ public slots:
 
 // Time is asked of the timers, and passes by sending their events.
 class CustomToolTipTest : public testing::Test {
+public:
+    ~CustomToolTipTest() override { delete QCustomTipLabel::instance; }
+
 protected:
     // What the label keeps to itself.
     struct State {
@@ -47,7 +50,6 @@ protected:
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     }
-    ~CustomToolTipTest() override { delete QCustomTipLabel::instance; }
 
     QCustomTipLabel *show(const QString &text, QWidget *widget, const QRect &rect = QRect()) {
         QCustomToolTip::showText(position, text, widget, rect);
@@ -206,6 +208,7 @@ TEST_F(CustomToolTipTest, soonerCloseStands) {
 TEST_F(CustomToolTipTest, timersCloseTheTip) {
     for (const bool isHideTimer : {true, false}) {
         const QPointer<QCustomTipLabel> label = show("text", child);
+        ASSERT_FALSE(label.isNull());
         label->restartHideTimer(500, true);
         const State state = stateOf(label);
         QTimerEvent foreign(std::max(state.hideTimer.timerId(), state.expireTimer.timerId()) + 1);

@@ -13,10 +13,11 @@
 namespace {
 
 class ManualPlaceholderTest : public testing::Test {
-protected:
+public:
     // By the bytes of the names, which the toolkit cannot remove when they are not text.
     ~ManualPlaceholderTest() override { std::filesystem::remove_all(directory.path().toStdString()); }
 
+protected:
     // What the placeholder stands for when the library names a folder of this name, with an index page in it.
     std::string manualIn(const std::string &name) const {
         const std::string folder = directory.path().toStdString() + "/" + name;

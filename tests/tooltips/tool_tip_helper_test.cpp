@@ -22,6 +22,9 @@ public:
 };
 
 class ToolTipHelperTest : public testing::Test {
+public:
+    ~ToolTipHelperTest() override { delete QCustomTipLabel::instance; }
+
 protected:
     ToolTipHelperTest() {
         scripted_lmlib64::reset();
@@ -32,7 +35,6 @@ protected:
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
-    ~ToolTipHelperTest() override { delete QCustomTipLabel::instance; }
 
     // True when the event was taken before its object saw it.
     static bool sendToolTip(QObject *object) {
