@@ -1,4 +1,4 @@
-// The one place where a pattern's shapes become a picture: every output that draws through Cairo fills them
+// The one place where Cairo is given a pattern's shapes: every output that draws through it fills them
 // with fillDarkShapes, at the scale and place it has set up. Not part of any other file's interface.
 #pragma once
 

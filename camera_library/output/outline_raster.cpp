@@ -8,7 +8,6 @@
 namespace lmlib64 {
 namespace {
 
-constexpr std::int32_t pixelUnits = 256;
 // Heights are counted in finer parts of a pixel, so that many rounded ones along a flat edge still add up.
 constexpr std::int32_t partsPerUnit = 256;
 constexpr std::int32_t pixelParts = pixelUnits * partsPerUnit;

@@ -10,9 +10,11 @@
 #include <cstdint>
 #include <vector>
 
+#include "camera_library/output/pixel_units.h"
+
 namespace lmlib64 {
 
-/// In 1/256 pixel, as the other raster's: x to the right, y down, the first pixel from 0 to 256.
+/// In parts of a pixel (pixel_units.h).
 struct PixelPoint {
     std::int32_t x = 0;
     std::int32_t y = 0;

@@ -8,19 +8,17 @@
 #include <cstdint>
 #include <vector>
 
+#include "camera_library/output/pixel_units.h"
+
 namespace lmlib64 {
 
-/// In 1/256 pixel: x to the right, y down, the first pixel from 0 to 256. left <= right and top <= bottom.
-/// Edges have this grain in Cairo's raster too, so both give the same picture.
+/// In parts of a pixel (pixel_units.h). left <= right and top <= bottom.
 struct PixelRectangle {
     std::int32_t left = 0;
     std::int32_t top = 0;
     std::int32_t right = 0;
     std::int32_t bottom = 0;
 };
-
-/// The units in a pixel's side.
-constexpr std::int32_t pixelUnits = 256;
 
 /// The picture of width × height pixels, row after row without padding: 0 where the rectangles cover all of a
 /// pixel, 255 where they cover nothing. They are filled as one area by the even-odd rule, so a rectangle inside
