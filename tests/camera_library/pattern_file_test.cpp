@@ -1,0 +1,104 @@
+// The files that the pattern command writes, as documents: what they say, hold and weigh.
+#include "tests/camera_library/saved_pattern.h"
+
+namespace lmlib64 {
+namespace {
+
+using PatternFile = SavedPattern;
+
+TEST_F(PatternFile, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
+    for (const std::string &pattern : allTypes) {
+        savePdf(pattern);
+        EXPECT_NE(outputOf("qpdf --check '" + pdf + "'").find("No syntax or stream encoding errors"),
+                  std::string::npos);
+        EXPECT_NE(outputOf("qpdf --json '" + pdf + "'").find(R"("/PrintScaling": "/None")"), std::string::npos);
+        EXPECT_EQ(outputOf("pdfimages -list '" + pdf + "' | tail -n +3"), "");  // vector only
+        const std::string information = outputOf("pdfinfo '" + pdf + "'");
+        EXPECT_NE(information.find("Title: "), std::string::npos);
+        EXPECT_EQ(information.find("CreationDate"), std::string::npos);
+        EXPECT_LT(std::filesystem::file_size(pdf), 60000U) << pattern;
+    }
+}
+
+TEST_F(PatternFile, captionSaysAllThatThePrintDependsOn) {
+    savePdf(R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 12.123456789, "Thickness": 1.5,
+                "Offset": [18.19, -6.06], "Polarity": false})");
+    const std::string caption = outputOf("pdftotext -layout '" + pdf + "' -");
+    for (const char *part : {"Flexible 9 × 6", "60.617284 × 42.432099 mm", "12.123456789 mm", "1.5 mm", "18.19",
+                             "-6.06", "false", "LmLib64 "}) {
+        EXPECT_NE(caption.find(part), std::string::npos) << part << "\n" << caption;
+    }
+}
+
+TEST_F(PatternFile, givesEveryPatternOfAnAssemblyItsPageAndNumber) {
+    std::string patterns;
+    for (int number = 0; number < 18; ++number) {
+        patterns += number == 0 ? "" : ", ";
+        patterns += R"({"Type": "Assembly", "GridSpacing": 12, "AssemblyPattern": )";
+        patterns += std::to_string(number);
+        patterns += "}";
+    }
+    savePdf(patterns);
+    EXPECT_NE(outputOf("pdfinfo '" + pdf + "'").find("Pages:           18"), std::string::npos);
+    EXPECT_LT(std::filesystem::file_size(pdf), 500000U);
+    ASSERT_EQ(description["Patterns"].size(), 18U);
+    for (int number = 0; number < 18; ++number) {
+        const std::string page = std::to_string(number + 1);
+        std::string command = "pdftotext -layout -f ";
+        command.append(page).append(" -l ").append(page).append(" '").append(pdf).append("' -");
+        const std::string text = outputOf(command);
+        EXPECT_NE(text.find("pattern " + std::to_string(number) + " "), std::string::npos) << text;
+        EXPECT_EQ(description["Patterns"][static_cast<std::size_t>(number)]["Parameters"]["AssemblyPattern"], number);
+    }
+}
+
+TEST_F(PatternFile, staysSmallAndIsTheSameEachTime) {
+    const std::string large = R"({"Type": "Flexible", "GridSize": [91, 91], "GridSpacing": 3.3333333333})";
+    savePdf(large);
+    EXPECT_LT(std::filesystem::file_size(pdf), 150000U);
+    const std::string bytes = readBytes(pdf);
+    ASSERT_EQ(save(large, folder.file("again.pdf")), "");
+    EXPECT_EQ(readBytes(folder.file("again.pdf")), bytes);
+}
+
+TEST_F(PatternFile, attachesWhatTheJsonFileHolds) {
+    savePdf(flexible);
+    const std::string json = folder.file("pattern.json");
+    ASSERT_EQ(save(flexible, json), "");
+    EXPECT_EQ(outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'"), readBytes(json));
+    EXPECT_EQ(description["Format"], "LmLib64Pattern");
+    EXPECT_EQ(description["Version"], 1);
+    const Json &p = first();
+    EXPECT_EQ(p["Points"].size(), 11U * 20U);
+    // 11 columns, 20 rows: the reference point is column 5, row 9, and lies at the offset.
+    EXPECT_EQ(p["ReferenceIndex"], Json::parse("[5, 9]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 5], Json::parse("[5, 9, 20.055, -6.685]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 6], Json::parse("[6, 9, 26.74, -6.685]"));
+    // Its parameters, given back to the command, yield the same file.
+    ASSERT_EQ(save(p["Parameters"].dump(), folder.file("again.pdf")), "");
+    EXPECT_EQ(readBytes(folder.file("again.pdf")), readBytes(pdf));
+}
+
+TEST_F(PatternFile, takesPaperSizesAndMadeToMeasurePages) {
+    struct Case {
+        const char *pattern;
+        const char *size;  ///< in points
+    };
+    const Case cases[]{
+        {R"({"Type": "SingleCustom", "GridSpacing": 12.5})", "595.276 x 841.89"},
+        {R"({"Type": "Flexible", "GridSize": [29, 15], "GridSpacing": 16})", "841.89 x 595.276"},
+        {R"({"Type": "SingleCustom", "GridSpacing": 30})", "841.89 x 1190.55"},
+        {R"({"Type": "SingleCustom", "GridSpacing": 45})", "1190.55 x 1683.78"},
+        {R"({"Type": "SingleCustom", "GridSpacing": 64})", "1683.78 x 2383.94"},
+        {R"({"Type": "Flexible", "GridSize": [29, 15], "GridSpacing": 70})", "3370.39 x 2383.94"},
+        {R"({"Type": "Plate96"})", "2505.83 x 2537.01"},
+    };
+    for (const Case &test : cases) {
+        savePdf(test.pattern);
+        EXPECT_NE(outputOf("pdfinfo '" + pdf + "'").find(test.size), std::string::npos)
+            << test.pattern << outputOf("pdfinfo '" + pdf + "'");
+    }
+}
+
+}  // namespace
+}  // namespace lmlib64

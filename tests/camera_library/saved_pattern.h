@@ -1,0 +1,51 @@
+// A pattern's PDF and what its attached description says of it, and a pattern of every type and polarity to save.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/camera_library/pattern_command.h"
+#include "tests/camera_library/rendered_page.h"
+#include "tests/camera_library/temporary_folder.h"
+
+namespace lmlib64 {
+
+using Json = nlohmann::json;
+
+inline const std::string single = R"({"Type": "SingleCustom", "GridSpacing": 12.5})";
+inline const std::string singleInverted = R"({"Type": "SingleCustom", "GridSpacing": 12.5, "Polarity": false})";
+inline const std::string flexible =
+    R"({"Type": "Flexible", "GridSize": [11, 20], "GridSpacing": 13.37, "Offset": [20.055, -6.685]})";
+inline const std::string flexibleInverted =
+    R"({"Type": "Flexible", "GridSize": [8, 5], "GridSpacing": 25.1, "Polarity": false})";
+inline const std::string assembly = R"({"Type": "Assembly", "AssemblyPattern": 3, "GridSpacing": 16})";
+inline const std::string assemblyInverted = R"({"Type": "Assembly", "GridSpacing": 6, "Polarity": false})";
+inline const std::string plate = R"({"GridSpacing": 12.5, "Thickness": 2})";
+inline const std::string plateInverted = R"({"GridSpacing": 7.77, "Encoding": false, "Polarity": false})";
+inline const std::string plateWithOffset = R"({"GridSpacing": 10, "Offset": [1270, -1280], "Polarity": false})";
+inline const std::string catalogue = R"({"Type": "Plate12"})";
+inline const std::string catalogueInverted = R"({"Type": "Plate3", "Polarity": false})";
+
+inline const std::vector<std::string> allTypes{catalogue, catalogueInverted, single,         singleInverted,
+                                               flexible,  flexibleInverted,  assembly,       assemblyInverted,
+                                               plate,     plateInverted,     plateWithOffset};
+
+class SavedPattern : public testing::Test {
+protected:
+    void savePdf(const std::string &pattern) {
+        pdf = folder.file("pattern.pdf");
+        ASSERT_EQ(save(pattern, pdf), "") << pattern;
+        description = Json::parse(outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'"));
+    }
+
+    const Json &first() const { return description["Patterns"][0]; }
+
+    TemporaryFolder folder;
+    std::string pdf;
+    Json description;
+};
+
+}  // namespace lmlib64
