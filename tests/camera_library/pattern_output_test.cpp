@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/features2d.hpp>
@@ -227,6 +228,34 @@ TEST_F(PatternOutput, drawsCheckBarsOfTheLengthTheySay) {
         const std::string text = outputOf("pdftotext -layout '" + pdf + "' -");
         EXPECT_NE(text.find("100 mm"), std::string::npos) << text;
         EXPECT_NE(outputOf("pdftotext -bbox '" + pdf + "' - | grep -c '>mm<'"), "0\n");
+    }
+}
+
+TEST_F(PatternOutput, centresItsCaptionWithinTheMargins) {
+    constexpr int dotsPerInch = 300;
+    constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
+    struct Case {
+        const char *pattern;
+        std::array<int, 2> size;
+        double gridSpacing;
+        bool isShrunk;  ///< since it is longer than the page is wide
+    };
+    for (const Case &test :
+         {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", {15, 15}, 12.5, false},
+          Case{R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 12.123456789, "Thickness": 1.23456789,
+                   "Offset": [12.123456789, -24.246913578]})",
+               {9, 6},
+               12.123456789,
+               true}}) {
+        savePdf(test.pattern);
+        const PageLayout layout = *layOutPage(checkerboard(test.size, test.gridSpacing, true));
+        const int baseLine = cvRound(layout.caption.y * pixelsPerMm);
+        const cv::Mat page = renderPage(pdf, 1, dotsPerInch);
+        const cv::Rect ink = cv::boundingRect(page.rowRange(baseLine - 22, baseLine + 10) < 128);
+        EXPECT_NEAR((ink.x + ink.width / 2.0) / pixelsPerMm, layout.caption.x, 0.3);
+        EXPECT_LT(ink.width / pixelsPerMm, layout.captionWidth);
+        EXPECT_EQ(ink.width / pixelsPerMm > layout.captionWidth - 0.6, test.isShrunk);
+        EXPECT_NE(outputOf("pdffonts '" + pdf + "'").find(" yes yes "), std::string::npos) << "embedded, in part";
     }
 }
 
