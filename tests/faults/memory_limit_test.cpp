@@ -56,18 +56,18 @@ TEST(MemoryLimit, savesWholeOrSaysWhy) {
     for (const char *name : {"pattern.json", "pattern.pdf"}) {
         const std::string fileName = folder.file(name);
         int outcomes[4] = {};
-        for (rlim_t megabytes = 0; megabytes < 200; megabytes += 4) {
+        for (rlim_t kibibytes = 0; kibibytes < 24000; kibibytes += 256) {
             writeBytes(fileName, "old");
-            const int outcome = play(megabytes << 20U, fileName);
-            ASSERT_GE(outcome, 0) << name << " with " << megabytes << " MiB";
-            ASSERT_NE(outcome, Other) << name << " with " << megabytes << " MiB";
-            ASSERT_EQ(readBytes(fileName) == "old", outcome != Saved) << name << " with " << megabytes << " MiB";
+            const int outcome = play(kibibytes << 10U, fileName);
+            ASSERT_GE(outcome, 0) << name << " with " << kibibytes << " KiB";
+            ASSERT_NE(outcome, Other) << name << " with " << kibibytes << " KiB";
+            ASSERT_EQ(readBytes(fileName) == "old", outcome != Saved) << name << " with " << kibibytes << " KiB";
             ++outcomes[outcome];
         }
         std::printf("%s: %d processes saved, %d had too little memory for it, %d could not start\n", name,
                     outcomes[Saved], outcomes[OutOfMemory], outcomes[NoCommand]);
         EXPECT_GT(outcomes[Saved], 0);
-        EXPECT_GT(outcomes[OutOfMemory] + outcomes[NoCommand], 0);
+        EXPECT_GT(outcomes[OutOfMemory], 0);
     }
     EXPECT_EQ(folder.entryCount(), 2U);
 }
