@@ -42,135 +42,177 @@ const EdgeProfile &edgeProfile() {
     return profile;
 }
 
-constexpr int parameters = 5;  // middle, amplitude, x, y, sigma
+constexpr size_t parameters = 5;  // middle, amplitude, x, y, sigma
+
+// The borders' directions, of unit length.
+struct Borders {
+    cv::Point2f axis0, axis1;
+
+    Borders(cv::Point2f along0, cv::Point2f along1)
+        : axis0(along0 / std::hypot(along0.x, along0.y)), axis1(along1 / std::hypot(along1.x, along1.y)) {}
+};
+
+// The picture that a fit describes.
+class CornerModel {
+public:
+    struct Value {
+        float grey;
+        std::array<float, parameters> slopes;  // over the parameters
+    };
+
+    CornerModel(const Borders &borders, const CornerFit &fit)
+        : profile_(edgeProfile()), borders_(borders), fit_(fit), inverse_(1 / fit.sigma) {}
+
+    cv::Point2f corner() const { return fit_.position; }
+
+    Value at(int x, int y) const {
+        const float dx = float(x) - fit_.position.x;
+        const float dy = float(y) - fit_.position.y;
+        const float a = (borders_.axis0.x * dy - borders_.axis0.y * dx) * inverse_;
+        const float b = (dx * borders_.axis1.y - dy * borders_.axis1.x) * inverse_;
+        const EdgeProfile::Value p = profile_.at(a);
+        const EdgeProfile::Value q = profile_.at(b);
+        const float shape = p.level * q.level;
+        const float pa = p.slope * q.level * inverse_ * fit_.amplitude;
+        const float pb = p.level * q.slope * inverse_ * fit_.amplitude;
+        return {fit_.middle + fit_.amplitude * shape,
+                {1, shape, pa * borders_.axis0.y - pb * borders_.axis1.y,
+                 -pa * borders_.axis0.x + pb * borders_.axis1.x, -(pa * a + pb * b)}};
+    }
+
+private:
+    const EdgeProfile &profile_;
+    Borders borders_;
+    CornerFit fit_;
+    float inverse_;  // of the blur
+};
+
+// Sums over pixels. Single precision is enough: at most a few hundred pixels of grey levels.
+struct PixelSums {
+    std::array<std::array<float, parameters>, parameters> products{};  // of two slopes; the upper right triangle
+    std::array<float, parameters> errors{};                            // times each slope
+    float squares = 0;                                                 // of the errors
+
+    void add(const std::array<float, parameters> &slopes, float error) {
+        for (size_t i = 0; i < parameters; i++) {
+            for (size_t j = i; j < parameters; j++) {
+                products[i][j] += slopes[i] * slopes[j];
+            }
+            errors[i] += slopes[i] * error;
+        }
+        squares += error * error;
+    }
+
+    // The middle's slope is 1, so its square counts the pixels.
+    float rootMeanSquare() const { return std::sqrt(squares / products[0][0]); }
+};
 
 // The normal equations of one step.
 struct NormalEquations {
     std::array<std::array<double, parameters>, parameters> matrix{};
     std::array<double, parameters> right{};
 
+    explicit NormalEquations(const PixelSums &sums) {
+        for (size_t i = 0; i < parameters; i++) {
+            for (size_t j = i; j < parameters; j++) {
+                matrix[i][j] = sums.products[i][j];
+                matrix[j][i] = sums.products[i][j];
+            }
+            right[i] = sums.errors[i];
+        }
+    }
+
     // Solves for the first `count` parameters in place of `right`; false when they are not determined.
-    bool solve(int count) {
-        for (int i = 0; i < count; i++) {
-            const auto row = size_t(i);
-            if (!(matrix[row][row] > 1e-9)) {
+    bool solve(size_t count) {
+        for (size_t i = 0; i < count; i++) {
+            if (!(matrix[i][i] > 1e-9)) {
                 return false;
             }
-            for (int k = i + 1; k < count; k++) {
-                const auto below = size_t(k);
-                const double factor = matrix[below][row] / matrix[row][row];
-                for (int j = i; j < count; j++) {
-                    matrix[below][size_t(j)] -= factor * matrix[row][size_t(j)];
+            for (size_t k = i + 1; k < count; k++) {
+                const double factor = matrix[k][i] / matrix[i][i];
+                for (size_t j = i; j < count; j++) {
+                    matrix[k][j] -= factor * matrix[i][j];
                 }
-                right[below] -= factor * right[row];
+                right[k] -= factor * right[i];
             }
         }
-        for (int i = count - 1; i >= 0; i--) {
-            const auto row = size_t(i);
-            for (int j = i + 1; j < count; j++) {
-                right[row] -= matrix[row][size_t(j)] * right[size_t(j)];
+        for (size_t i = count; i-- > 0;) {
+            for (size_t j = i + 1; j < count; j++) {
+                right[i] -= matrix[i][j] * right[j];
             }
-            right[row] /= matrix[row][row];
+            right[i] /= matrix[i][i];
         }
         return true;
     }
 };
 
+// Holds the model against the disc around its corner; false when the disc leaves the picture.
+bool compare(const cv::Mat &picture, const CornerModel &model, float radius, PixelSums &sums) {
+    const int reach = int(radius);
+    const int cx = int(std::lround(model.corner().x));
+    const int cy = int(std::lround(model.corner().y));
+    if (cx < reach || cy < reach || cx + reach >= picture.cols || cy + reach >= picture.rows) {
+        return false;
+    }
+    for (int y = cy - reach; y <= cy + reach; y++) {
+        const uchar *row = picture.ptr(y);
+        const auto width = int(std::sqrt(std::max(0.0F, radius * radius - float((y - cy) * (y - cy)))));
+        for (int x = cx - width; x <= cx + width; x++) {
+            const CornerModel::Value expected = model.at(x, y);
+            sums.add(expected.slopes, float(row[x]) - expected.grey);
+        }
+    }
+    return true;
+}
+
+// Takes a step, but none so long that it leaves what the slopes can tell.
+void change(CornerFit &fit, const std::array<double, parameters> &step, bool fitSigma) {
+    fit.middle += float(step[0]);
+    fit.amplitude += float(step[1]);
+    fit.position += cv::Point2f(float(std::clamp(step[2], -0.7, 0.7)), float(std::clamp(step[3], -0.7, 0.7)));
+    if (fitSigma) {
+        fit.sigma = std::clamp(fit.sigma + float(std::clamp(step[4], -0.3, 0.3)), 0.35F, 6.0F);
+    }
+}
+
+bool isSmall(const std::array<double, parameters> &step, bool fitSigma) {
+    return std::abs(step[2]) + std::abs(step[3]) < 0.004 && (!fitSigma || std::abs(step[4]) < 0.01);
+}
+
 }  // namespace
 
 bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, float radius, bool fitSigma, int steps,
                CornerFit &fit) {
-    const EdgeProfile &profile = edgeProfile();
-    axis0 /= std::hypot(axis0.x, axis0.y);
-    axis1 /= std::hypot(axis1.x, axis1.y);
+    const Borders borders(axis0, axis1);
     const cv::Point2f start = fit.position;
-    const int count = fitSigma ? 5 : 4;
-    const int reach = int(radius);
-    const float radius2 = radius * radius;
-    bool first = fit.amplitude == 0;
-    for (int step = 0; step < steps; step++) {
-        const int cx = int(std::lround(fit.position.x));
-        const int cy = int(std::lround(fit.position.y));
-        if (cx < reach || cy < reach || cx + reach >= picture.cols || cy + reach >= picture.rows) {
+    // Without a start for the grey levels the first step asks for nothing else.
+    bool levelsOnly = fit.amplitude == 0;
+    if (levelsOnly) {
+        fit.middle = 0;
+    }
+    for (int i = 0; i < steps; i++) {
+        PixelSums sums;
+        if (!compare(picture, CornerModel(borders, fit), radius, sums)) {
             return false;
         }
-        NormalEquations equations;
-        // Sums in single precision are enough: at most a few hundred pixels of grey levels.
-        std::array<float, 21> s{};
-        float squares = 0;
-        int pixels = 0;
-        const float inverse = 1 / fit.sigma;
-        const float amplitude = first ? 1 : fit.amplitude;
-        for (int y = cy - reach; y <= cy + reach; y++) {
-            const uchar *row = picture.ptr(y);
-            const float dy = float(y) - fit.position.y;
-            const auto width = int(std::sqrt(std::max(0.0F, radius2 - float((y - cy) * (y - cy)))));
-            for (int x = cx - width; x <= cx + width; x++) {
-                const float dx = float(x) - fit.position.x;
-                const float a = (axis0.x * dy - axis0.y * dx) * inverse;
-                const float b = (dx * axis1.y - dy * axis1.x) * inverse;
-                const EdgeProfile::Value p = profile.at(a);
-                const EdgeProfile::Value q = profile.at(b);
-                const float shape = p.level * q.level;
-                const float pa = p.slope * q.level * inverse * amplitude;
-                const float pb = p.level * q.slope * inverse * amplitude;
-                const float error = float(row[x]) - (first ? 0 : fit.middle + fit.amplitude * shape);
-                const float jx = pa * axis0.y - pb * axis1.y;
-                const float jy = -pa * axis0.x + pb * axis1.x;
-                const float js = -(pa * a + pb * b);
-                s[0] += shape;
-                s[1] += jx;
-                s[2] += jy;
-                s[3] += js;
-                s[4] += error;
-                s[5] += shape * shape;
-                s[6] += shape * jx;
-                s[7] += shape * jy;
-                s[8] += shape * js;
-                s[9] += shape * error;
-                s[10] += jx * jx;
-                s[11] += jx * jy;
-                s[12] += jx * js;
-                s[13] += jx * error;
-                s[14] += jy * jy;
-                s[15] += jy * js;
-                s[16] += jy * error;
-                s[17] += js * js;
-                s[18] += js * error;
-                squares += error * error;
-                pixels++;
-            }
-        }
-        auto &m = equations.matrix;
-        m[0] = {double(pixels), s[0], s[1], s[2], s[3]};
-        m[1] = {s[0], s[5], s[6], s[7], s[8]};
-        m[2] = {s[1], s[6], s[10], s[11], s[12]};
-        m[3] = {s[2], s[7], s[11], s[14], s[15]};
-        m[4] = {s[3], s[8], s[12], s[15], s[17]};
-        equations.right = {s[4], s[9], s[13], s[16], s[18]};
-        // Without a start for the grey levels the first step asks for nothing else.
-        if (!equations.solve(first ? 2 : count)) {
+        NormalEquations equations(sums);
+        if (!equations.solve(levelsOnly ? 2 : fitSigma ? 5 : 4)) {
             return false;
         }
-        const auto &r = equations.right;
-        fit.residual = std::sqrt(squares / float(pixels));
-        if (first) {
-            fit.middle = float(r[0]);
-            fit.amplitude = float(r[1]);
-            first = false;
+        const std::array<double, parameters> &step = equations.right;
+        fit.residual = sums.rootMeanSquare();
+        if (levelsOnly) {
+            fit.middle = float(step[0]);
+            fit.amplitude = float(step[1]);
+            levelsOnly = false;
             continue;
         }
-        fit.middle += float(r[0]);
-        fit.amplitude += float(r[1]);
-        fit.position += cv::Point2f(float(std::clamp(r[2], -0.7, 0.7)), float(std::clamp(r[3], -0.7, 0.7)));
-        if (fitSigma) {
-            fit.sigma = std::clamp(fit.sigma + float(std::clamp(r[4], -0.3, 0.3)), 0.35F, 6.0F);
-        }
+        change(fit, step, fitSigma);
         const cv::Point2f moved = fit.position - start;
         if (!(std::hypot(moved.x, moved.y) < std::max(0.8F, 0.5F * radius))) {
             return false;
         }
-        if (std::abs(r[2]) + std::abs(r[3]) < 0.004 && (!fitSigma || std::abs(r[4]) < 0.01)) {
+        if (isSmall(step, fitSigma)) {
             break;
         }
     }
