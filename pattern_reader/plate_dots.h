@@ -2,8 +2,8 @@
 #pragma once
 
 #include "pattern_reader/block_reader.h"
+#include "pattern_reader/mark_lattice.h"
 #include "pattern_reader/plate_view.h"
-#include "pattern_reader/round_marks.h"
 
 namespace pattern_reader {
 

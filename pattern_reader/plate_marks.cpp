@@ -5,6 +5,7 @@
 #include <opencv2/calib3d.hpp>
 
 #include "pattern_reader/plate_view.h"
+#include "pattern_reader/round_marks.h"
 
 namespace pattern_reader {
 

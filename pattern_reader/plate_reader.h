@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "pattern_reader/image_level.h"
+#include "pattern_reader/mark_lattice.h"
 #include "pattern_reader/pattern_reader.h"
-#include "pattern_reader/round_marks.h"
 
 namespace pattern_reader {
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "pattern_reader/image_level.h"
+#include "pattern_reader/mark_lattice.h"
 #include "pattern_reader/place_finder.h"
-#include "pattern_reader/round_marks.h"
 
 namespace pattern_reader {
 

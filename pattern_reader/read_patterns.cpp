@@ -10,11 +10,11 @@
 #include "pattern_reader/lattice_measurement.h"
 #include "pattern_reader/lattice_pieces.h"
 #include "pattern_reader/lattice_trust.h"
+#include "pattern_reader/mark_lattice.h"
 #include "pattern_reader/pattern_reader.h"
 #include "pattern_reader/place_finder.h"
 #include "pattern_reader/plate_reader.h"
 #include "pattern_reader/point_detector.h"
-#include "pattern_reader/round_marks.h"
 #include "pattern_reader/square_marks.h"
 
 namespace pattern_reader {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <vector>
 
 namespace pattern_reader {
 
@@ -79,8 +80,48 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     return true;
 }
 
-// Least-squares conic a x² + b x y + c y² + d x + e y = 1 through points around the origin.
-bool fitConic(const std::vector<cv::Point2f> &points, std::array<double, 5> &conic) {
+// What is seen of a border from a point inside it.
+struct Border {
+    std::vector<cv::Point2f> points;  // from that point
+    float lightLevel = 0;             // behind the border, the mean
+};
+
+// False when too many directions show no border.
+bool lookAround(const cv::Mat &smoothed, cv::Point2f from, float longest, Border &border) {
+    border.points.clear();
+    float light = 0;
+    int missed = 0;
+    for (const cv::Point2f &direction : rays()) {
+        float distance = 0;
+        float behind = 0;
+        if (findBorder(smoothed, from, direction, longest, distance, behind)) {
+            border.points.push_back(direction * distance);
+            light += behind;
+        } else if (++missed * 5 > rayCount) {
+            return false;
+        }
+    }
+    border.lightLevel = light / float(border.points.size());
+    return true;
+}
+
+// a x² + b x y + c y² + d x + e y = 1
+struct Conic {
+    double a = 0, b = 0, c = 0, d = 0, e = 0;
+
+    // The middle of an ellipse; false for the other conics.
+    bool middle(cv::Point2f &point) const {
+        const double determinant = 4 * a * c - b * b;
+        if (!(determinant > 0) || !(a > 0)) {
+            return false;
+        }
+        point = cv::Point2f(float((b * e - 2 * c * d) / determinant), float((b * d - 2 * a * e) / determinant));
+        return true;
+    }
+};
+
+// The least-squares conic through points around the origin.
+bool fitConic(const std::vector<cv::Point2f> &points, Conic &conic) {
     double m[5][6] = {};
     for (const cv::Point2f &p : points) {
         const double row[6] = {double(p.x) * p.x, double(p.x) * p.y, double(p.y) * p.y, p.x, p.y, 1};
@@ -108,63 +149,19 @@ bool fitConic(const std::vector<cv::Point2f> &points, std::array<double, 5> &con
             }
         }
     }
-    for (int i = 0; i < 5; i++) {
-        conic[size_t(i)] = m[i][5] / m[i][i];
-    }
+    conic = {m[0][5] / m[0][0], m[1][5] / m[1][1], m[2][5] / m[2][2], m[3][5] / m[3][3], m[4][5] / m[4][4]};
     return true;
 }
 
-}  // namespace
-
-bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, RoundMark &mark) {
-    const cv::Mat &smoothed = level.smoothed;
-    cv::Point2f centre = level.fromImage(image);
-    const float longest = std::min(2.6F * radius / level.scale(), rayStep * raySteps);
-    std::array<double, 5> conic{};
-    cv::Point2f middle;
-    std::vector<cv::Point2f> points;
-    float light = 0;
-    // The second round starts from the middle that the first has found.
-    for (int round = 0; round < 2; round++) {
-        if (centre.x < 1 || centre.y < 1 || centre.x >= float(smoothed.cols - 2) ||
-            centre.y >= float(smoothed.rows - 2)) {
-            return false;
-        }
-        points.clear();
-        light = 0;
-        int missed = 0;
-        for (int i = 0; i < rayCount; i++) {
-            const cv::Point2f direction = rays()[size_t(i)];
-            float distance = 0;
-            float behind = 0;
-            if (findBorder(smoothed, centre, direction, longest, distance, behind)) {
-                points.push_back(direction * distance);
-                light += behind;
-            } else if (++missed * 5 > rayCount) {
-                return false;
-            }
-        }
-        if (!fitConic(points, conic)) {
-            return false;
-        }
-        const double determinant = 4 * conic[0] * conic[2] - conic[1] * conic[1];
-        if (!(determinant > 0) || !(conic[0] > 0)) {
-            return false;
-        }
-        middle = cv::Point2f(float((conic[1] * conic[4] - 2 * conic[2] * conic[3]) / determinant),
-                             float((conic[1] * conic[3] - 2 * conic[0] * conic[4]) / determinant));
-        if (std::hypot(middle.x, middle.y) > 0.7F * longest) {
-            return false;
-        }
-        centre += middle;
-    }
+// Writes the shape of an ellipse, in pixels of a level of the given scale, into the mark. False when it is too flat.
+bool takeShape(const Conic &ellipse, cv::Point2f middle, float scale, RoundMark &mark) {
     // Around its own middle the border is vᵀ Q v = 1.
-    const double level0 =
-        1 + conic[0] * middle.x * middle.x + conic[1] * middle.x * middle.y + conic[2] * middle.y * middle.y;
-    const double scale2 = double(level.scale()) * level.scale() * level0;
-    const double qa = conic[0] / scale2;
-    const double qb = conic[1] / (2 * scale2);
-    const double qc = conic[2] / scale2;
+    const double level =
+        1 + ellipse.a * middle.x * middle.x + ellipse.b * middle.x * middle.y + ellipse.c * middle.y * middle.y;
+    const double scale2 = double(scale) * scale * level;
+    const double qa = ellipse.a / scale2;
+    const double qb = ellipse.b / (2 * scale2);
+    const double qc = ellipse.c / scale2;
     const double root = std::sqrt(qa * qc - qb * qb);
     const double trace = std::sqrt(qa + qc + 2 * root);
     if (!(root > 0) || !(trace > 0) || (qa + qc) / root > 10) {
@@ -174,163 +171,47 @@ bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, Round
     mark.toUnit =
         cv::Matx22f(float((qa + root) / trace), float(qb / trace), float(qb / trace), float((qc + root) / trace));
     mark.area = float(CV_PI / root);
-    mark.centre = level.toImage(centre);
-    mark.darkLevel = greyAt(smoothed, centre);
-    mark.lightLevel = light / float(points.size());
+    return true;
+}
+
+// Whether nearly all of the border lies on the mark's ellipse.
+bool liesOnEllipse(const Border &border, cv::Point2f middle, float scale, const RoundMark &mark) {
     int off = 0;
-    for (const cv::Point2f &p : points) {
-        const cv::Vec2f unit = mark.toUnit * cv::Vec2f((p - middle).x, (p - middle).y) * level.scale();
+    for (const cv::Point2f &p : border.points) {
+        const cv::Vec2f unit = mark.toUnit * cv::Vec2f((p - middle).x, (p - middle).y) * scale;
         off += std::abs(float(cv::norm(unit)) - 1) > 0.2F ? 1 : 0;
     }
-    return off * 8 <= int(points.size()) && mark.lightLevel - mark.darkLevel > 10;
-}
-
-namespace {
-
-constexpr float pitchInRadii = 4;
-
-class MarkGrid {
-public:
-    MarkGrid(const std::vector<RoundMark> &marks, const cv::Size &image) : marks_(marks), used_(marks.size(), false) {
-        columns_ = image.width / cell + 1;
-        rows_ = image.height / cell + 1;
-        first_.assign(size_t(columns_) * size_t(rows_), -1);
-        next_.assign(marks.size(), -1);
-        for (size_t i = 0; i < marks.size(); i++) {
-            int &head = first_[slot(marks[i].centre)];
-            next_[i] = head;
-            head = int(i);
-        }
-    }
-
-    // The unused mark closest to a point, within reach and of about the area; -1 when there is none.
-    int closest(cv::Point2f p, float reach, float area) const {
-        int best = -1;
-        float distance = reach;
-        for (int y = clampRow(p.y - reach); y <= clampRow(p.y + reach); y++) {
-            for (int x = clampColumn(p.x - reach); x <= clampColumn(p.x + reach); x++) {
-                for (int k = first_[slotAt(x, y)]; k >= 0; k = next_[size_t(k)]) {
-                    const RoundMark &mark = marks_[size_t(k)];
-                    const float d = std::hypot(mark.centre.x - p.x, mark.centre.y - p.y);
-                    if (!used_[size_t(k)] && d < distance && mark.area < 1.8F * area && area < 1.8F * mark.area) {
-                        distance = d;
-                        best = k;
-                    }
-                }
-            }
-        }
-        return best;
-    }
-
-    void use(int k) { used_[size_t(k)] = true; }
-    bool used(int k) const { return used_[size_t(k)]; }
-
-private:
-    static constexpr int cell = 32;
-    int clampRow(float y) const { return std::clamp(int(y) / cell, 0, rows_ - 1); }
-    int clampColumn(float x) const { return std::clamp(int(x) / cell, 0, columns_ - 1); }
-    size_t slotAt(int x, int y) const { return size_t(y) * size_t(columns_) + size_t(x); }
-    size_t slot(cv::Point2f p) const { return slotAt(clampColumn(p.x), clampRow(p.y)); }
-
-    const std::vector<RoundMark> &marks_;
-    std::vector<bool> used_;
-    std::vector<int> first_;
-    std::vector<int> next_;
-    int columns_ = 0;
-    int rows_ = 0;
-};
-
-cv::Point2f apply(const cv::Matx22f &m, cv::Point2f v) {
-    const cv::Vec2f r = m * cv::Vec2f(v.x, v.y);
-    return {r[0], r[1]};
-}
-
-// The first neighbour of a seed: a mark whose distance, seen through the seed's ellipse, is the pitch.
-bool findAxes(const std::vector<RoundMark> &marks, size_t seed, cv::Point2f &a, cv::Point2f &b) {
-    const RoundMark &here = marks[seed];
-    const cv::Matx22f fromUnit = here.toUnit.inv();
-    for (const RoundMark &there : marks) {
-        const cv::Point2f d = there.centre - here.centre;
-        const cv::Point2f unit = apply(here.toUnit, d);
-        const float distance = std::hypot(unit.x, unit.y);
-        if (distance > 0.85F * pitchInRadii && distance < 1.15F * pitchInRadii && there.area < 1.6F * here.area &&
-            here.area < 1.6F * there.area) {
-            a = d;
-            b = apply(fromUnit, {-unit.y, unit.x});
-            return true;
-        }
-    }
-    return false;
-}
-
-MarkLattice growMarks(const std::vector<RoundMark> &marks, MarkGrid &grid, size_t seed) {
-    MarkLattice found;
-    cv::Point2f a;
-    cv::Point2f b;
-    if (!findAxes(marks, seed, a, b)) {
-        return found;
-    }
-    const auto add = [&](cv::Point cell, size_t k) {
-        found.lattice.add({cell, marks[k].centre, 1});
-        found.marks.push_back(marks[k]);
-        grid.use(int(k));
-    };
-    add({0, 0}, seed);
-    for (size_t done = 0; done < found.marks.size(); done++) {
-        const LatticeCorner from = found.lattice.corners[done];
-        const RoundMark here = found.marks[done];
-        for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
-            const cv::Point cell = from.cell + step;
-            if (found.lattice.indexAt(cell) >= 0) {
-                continue;
-            }
-            const cv::Point2f stride = a * float(step.x) + b * float(step.y);
-            cv::Point2f expected = from.position + stride;
-            const bool told = found.lattice.predict(cell, expected);
-            const float reach = (told ? 0.2F : 0.3F) * std::hypot(stride.x, stride.y);
-            const int k = grid.closest(expected, reach, here.area);
-            if (k >= 0 && std::abs(cell.x) < 8 && std::abs(cell.y) < 8) {
-                add(cell, size_t(k));
-            }
-        }
-    }
-    return found;
+    return off * 8 <= int(border.points.size());
 }
 
 }  // namespace
 
-std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels, size_t number,
-                                          const std::vector<DarkBlob> &blobs, size_t leastMarks) {
-    std::vector<MarkLattice> lattices;
-    if (blobs.size() < leastMarks) {
-        return lattices;
-    }
-    const ImageLevel &level = levels[number];
-    // One level finer the border is twice as many pixels away.
-    const ImageLevel &finer = levels[number == 0 ? 0 : number - 1];
-    std::vector<RoundMark> marks;
-    for (const DarkBlob &blob : blobs) {
-        RoundMark mark;
-        if (measureMark(finer, level.toImage(blob.position), 2.4F * level.scale(), mark)) {
-            marks.push_back(mark);
+bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, RoundMark &mark) {
+    const cv::Mat &smoothed = level.smoothed;
+    cv::Point2f centre = level.fromImage(image);
+    const float longest = std::min(2.6F * radius / level.scale(), rayStep * raySteps);
+    Border border;
+    Conic ellipse;
+    cv::Point2f middle;
+    // The second round starts from the middle that the first has found.
+    for (int round = 0; round < 2; round++) {
+        if (centre.x < 1 || centre.y < 1 || centre.x >= float(smoothed.cols - 2) ||
+            centre.y >= float(smoothed.rows - 2)) {
+            return false;
         }
-    }
-    if (marks.size() < leastMarks) {
-        return lattices;
-    }
-    MarkGrid grid(marks, levels.front().picture.size());
-    for (size_t seed = 0; seed < marks.size(); seed++) {
-        if (grid.used(int(seed))) {
-            continue;
+        if (!lookAround(smoothed, centre, longest, border) || !fitConic(border.points, ellipse) ||
+            !ellipse.middle(middle) || std::hypot(middle.x, middle.y) > 0.7F * longest) {
+            return false;
         }
-        MarkLattice found = growMarks(marks, grid, seed);
-        if (found.marks.size() >= leastMarks) {
-            lattices.push_back(std::move(found));
-        }
+        centre += middle;
     }
-    std::sort(lattices.begin(), lattices.end(),
-              [](const MarkLattice &x, const MarkLattice &y) { return x.marks.size() > y.marks.size(); });
-    return lattices;
+    if (!takeShape(ellipse, middle, level.scale(), mark)) {
+        return false;
+    }
+    mark.centre = level.toImage(centre);
+    mark.darkLevel = greyAt(smoothed, centre);
+    mark.lightLevel = border.lightLevel;
+    return liesOnEllipse(border, middle, level.scale(), mark) && mark.lightLevel - mark.darkLevel > 10;
 }
 
 }  // namespace pattern_reader

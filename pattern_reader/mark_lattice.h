@@ -1,0 +1,23 @@
+// Finds round marks that stand in a square lattice, as on a plate: their pitch is four times their radius.
+#pragma once
+
+#include <vector>
+
+#include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_level.h"
+#include "pattern_reader/point_detector.h"
+#include "pattern_reader/round_marks.h"
+
+namespace pattern_reader {
+
+// A piece of a lattice of round marks. Cells and axes are those of CornerLattice; `marks` belongs to its corners.
+struct MarkLattice {
+    CornerLattice lattice;
+    std::vector<RoundMark> marks;
+};
+
+// Lattices of at least leastMarks marks among the blobs of one level, from large to small.
+std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels, size_t number,
+                                          const std::vector<DarkBlob> &blobs, size_t leastMarks);
+
+}  // namespace pattern_reader
