@@ -41,20 +41,25 @@ std::string_view tableOf(std::string_view file, std::string_view name) {
     throw std::logic_error("The captions' font has no table \"" + std::string(name) + "\".");
 }
 
+// Whether it is any byte but the first of a character in UTF-8.
+bool isContinuation(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
+}
+
 }  // namespace
 
 std::string captionText(std::string_view utf8) {
     std::string text;
     for (std::size_t i = 0; i < utf8.size(); ++i) {
-        auto character = static_cast<unsigned char>(utf8[i]);
-        const bool isLatin = character == 0xc2 || character == 0xc3;  // U+0080 to U+00FF, two bytes each
-        if (isLatin && i + 1 < utf8.size()) {
-            ++i;
-            character = static_cast<unsigned char>((character - 0xc2) * 0x40 + static_cast<unsigned char>(utf8[i]));
-        } else if ((character & 0xc0U) == 0x80U) {
-            continue;  // the rest of a character that has been replaced
+        if (isContinuation(utf8[i])) {
+            continue;  // the rest of a character that is dealt with
         }
-        text += glyphOf(character) == 0 ? '?' : static_cast<char>(character);
+        const auto byte = static_cast<unsigned char>(utf8[i]);
+        unsigned character = byte < 0x80 ? byte : 0;
+        if ((byte == 0xc2 || byte == 0xc3) && i + 1 < utf8.size() && isContinuation(utf8[i + 1])) {
+            character = (byte - 0xc2U) * 0x40U + static_cast<unsigned char>(utf8[i + 1]);  // U+0080 to U+00FF
+        }
+        text += glyphOf(static_cast<unsigned char>(character)) == 0 ? '?' : static_cast<char>(character);
     }
     return text;
 }

@@ -20,7 +20,8 @@ int addFont(PdfFile &pdf) {
                 pdfReference(file) + " >>");
     std::string widths;
     for (int character = firstCaptionCharacter; character <= lastCaptionCharacter; ++character) {
-        widths += " " + std::to_string(captionAdvance(static_cast<unsigned char>(character)));
+        widths += character % 16 == 0 ? '\n' : ' ';  // a line has 255 characters at most
+        widths += std::to_string(captionAdvance(static_cast<unsigned char>(character)));
     }
     return pdf.add("<< /Type /Font /Subtype /TrueType /BaseFont " + name + " /Encoding /WinAnsiEncoding /FirstChar " +
                    std::to_string(firstCaptionCharacter) + " /LastChar " + std::to_string(lastCaptionCharacter) +
@@ -37,7 +38,7 @@ int addPages(PdfFile &pdf, const std::vector<PrintedPage> &pages) {
             pdf.add("<< /Type /Page /Parent " + pdfReference(tree) + " /MediaBox [0 0 " + pdfPoints(page.layout.width) +
                     " " + pdfPoints(page.layout.height) + "] /Resources << /Font << " + captionFontName + " " + font +
                     " >> >> /Contents " + pdfReference(contents) + " >>");
-        kids += " " + pdfReference(number);
+        kids += "\n" + pdfReference(number);
     }
     pdf.write(tree, "<< /Type /Pages /Count " + std::to_string(pages.size()) + " /Kids [" + kids + " ] >>");
     return tree;
@@ -50,7 +51,7 @@ int addAttachment(PdfFile &pdf, const std::string &patternJson) {
     const std::string reference = pdfReference(stream);
     return pdf.add(
         "<< /Type /Filespec /F (pattern.json) /UF (pattern.json) /Desc (The pattern's parameters and points)"
-        " /AFRelationship /Data /EF << /F " +
+        " /EF << /F " +
         reference + " /UF " + reference + " >> >>");
 }
 

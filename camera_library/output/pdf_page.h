@@ -20,7 +20,7 @@ struct PrintedPage {
 constexpr const char *captionFontName = "/F1";
 
 /// The page's contents at true size. Every edge is within 0.01 um of its place, and a circle's outline within five
-/// millionths of its radius.
+/// millionths of its radius more.
 std::string pdfPageContents(const PrintedPage &page);
 
 /// A length in points, in PDF's notation.
