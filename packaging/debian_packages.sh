@@ -1,8 +1,8 @@
 # What the project needs of Debian 12, and how it gets there. Sourced by run, test and .ci/run.
 
-build_packages=(g++ cmake ninja-build pkg-config qtbase5-dev zlib1g-dev nlohmann-json3-dev fonts-dejavu-core)
+build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev fonts-dejavu-core)
 test_packages=(
-  libgtest-dev libgmock-dev libopencv-dev libcairo2-dev
+  libgtest-dev libgmock-dev libopencv-dev pkg-config libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps
   poppler-utils qpdf
 )

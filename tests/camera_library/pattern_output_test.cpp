@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/features2d.hpp>
@@ -182,80 +181,6 @@ TEST_F(PatternOutput, placesCornersToAMicrometre) {
             const cv::Point2d error = (measured + cv::Point2d(origin) - expected) * (1000.0 / pixelsPerMm);
             EXPECT_LT(std::hypot(error.x, error.y), 1.0) << "um, point " << index << " of " << pattern;
         }
-    }
-}
-
-// The length of the dark line through the pixel, along x or y, in pixels; ends at full light.
-double lineLength(const cv::Mat &page, cv::Point within, bool isAlongX) {
-    double length = 0.0;
-    for (const int direction : {-1, 1}) {
-        for (int i = direction < 0 ? 0 : 1;; ++i) {
-            const cv::Point at = within + (isAlongX ? cv::Point(direction * i, 0) : cv::Point(0, direction * i));
-            const uchar grey = page.at<uchar>(at);
-            if (grey == 255) {
-                break;
-            }
-            length += (255 - grey) / 255.0;
-        }
-    }
-    return length;
-}
-
-TEST_F(PatternOutput, drawsCheckBarsOfTheLengthTheySay) {
-    constexpr int dotsPerInch = 600;
-    constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
-    struct Case {
-        const char *pattern;
-        double gridSpacing;
-        double lengthAlongY;
-    };
-    // The second leaves no room beside it, so that a shorter bar stands below it.
-    for (const Case &test : {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", 12.5, 100.0},
-                             Case{R"({"Type": "SingleCustom", "GridSpacing": 22})", 22.0, 30.0}}) {
-        savePdf(test.pattern);
-        const PageLayout layout = *layOutPage(checkerboard({15, 15}, test.gridSpacing, true));
-        const cv::Mat page = renderPage(pdf, 1, dotsPerInch);
-        const auto pixel = [&](const CheckBar &bar) {
-            const double along = 15.0;
-            const double across = 0.1;
-            return bar.isAlongY ? cv::Point(cvRound((bar.start.x + across) * pixelsPerMm),
-                                            cvRound((bar.start.y + along) * pixelsPerMm))
-                                : cv::Point(cvRound((bar.start.x + along) * pixelsPerMm),
-                                            cvRound((bar.start.y + across) * pixelsPerMm));
-        };
-        EXPECT_NEAR(lineLength(page, pixel(layout.barAlongX), true), 100.0 * pixelsPerMm, 0.5);
-        EXPECT_NEAR(lineLength(page, pixel(layout.barAlongY), false), test.lengthAlongY * pixelsPerMm, 0.5);
-        const std::string text = outputOf("pdftotext -layout '" + pdf + "' -");
-        EXPECT_NE(text.find("100 mm"), std::string::npos) << text;
-        EXPECT_NE(outputOf("pdftotext -bbox '" + pdf + "' - | grep -c '>mm<'"), "0\n");
-    }
-}
-
-TEST_F(PatternOutput, centresItsCaptionWithinTheMargins) {
-    constexpr int dotsPerInch = 300;
-    constexpr double pixelsPerMm = dotsPerInch / mmPerInch;
-    struct Case {
-        const char *pattern;
-        std::array<int, 2> size;
-        double gridSpacing;
-        bool isShrunk;  ///< since it is longer than the page is wide
-    };
-    for (const Case &test :
-         {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", {15, 15}, 12.5, false},
-          Case{R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 12.123456789, "Thickness": 1.23456789,
-                   "Offset": [12.123456789, -24.246913578]})",
-               {9, 6},
-               12.123456789,
-               true}}) {
-        savePdf(test.pattern);
-        const PageLayout layout = *layOutPage(checkerboard(test.size, test.gridSpacing, true));
-        const int baseLine = cvRound(layout.caption.y * pixelsPerMm);
-        const cv::Mat page = renderPage(pdf, 1, dotsPerInch);
-        const cv::Rect ink = cv::boundingRect(page.rowRange(baseLine - 22, baseLine + 10) < 128);
-        EXPECT_NEAR((ink.x + ink.width / 2.0) / pixelsPerMm, layout.caption.x, 0.3);
-        EXPECT_LT(ink.width / pixelsPerMm, layout.captionWidth);
-        EXPECT_EQ(ink.width / pixelsPerMm > layout.captionWidth - 0.6, test.isShrunk);
-        EXPECT_NE(outputOf("pdffonts '" + pdf + "'").find(" yes yes "), std::string::npos) << "embedded, in part";
     }
 }
 
