@@ -1,145 +1,242 @@
 #include "camera_library/output/outline_raster.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 #include <cstdlib>
-#include <utility>
 
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in finer parts of a pixel, so that many rounded ones along a flat edge still add up.
-constexpr std::int32_t partsPerUnit = 256;
-constexpr std::int32_t pixelParts = pixelUnits * partsPerUnit;
+// Heights are counted in fine parts of a unit, of which there are so many that twice a pixel's area is 2^32. In 32 bits
+// that is 0 again, which makes the even-odd rule: what is enclosed twice is not enclosed.
+constexpr std::uint32_t partsPerUnit = 1U << 14U;
+constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  ///< in parts × half units
+static_assert(pixelArea == 1U << 31U);
 
-/// What edges leave in one pixel.
-struct Cell {
-    std::int32_t column = 0;
-    std::int32_t descent = 0;  ///< how far they go down, less how far they go up, in parts
-    std::int32_t area = 0;     ///< between them and the pixel's left side, signed likewise, in parts × half units
+/// The grey of a pixel with this much area enclosed.
+std::uint8_t greyOf(std::uint32_t area) {
+    const std::uint64_t enclosed = std::min(area, 0U - area);
+    return static_cast<std::uint8_t>(255U - (enclosed * 255U + pixelArea / 2U) / pixelArea);
+}
+
+/// The slopes are kept, as a division takes longer than the rest that an edge needs in a row.
+struct Edge {
+    PixelPoint top;
+    PixelPoint bottom;
+    std::int64_t asidePerUnitDown = 0;   ///< in 1/slopeGrain units, to the right
+    std::int64_t partsPerUnitAside = 0;  ///< in 1/slopeGrain, down; not of an upright edge, which stays in its column
 };
+constexpr std::int64_t slopeGrain = std::int64_t{1} << 24U;
 
-/// The cells of one outline, row by row.
-class OutlineCells {
+Edge edgeBetween(const PixelPoint &top, const PixelPoint &bottom) {
+    const double aside = bottom.x - top.x;
+    const double down = bottom.y - top.y;
+    Edge edge{top, bottom, static_cast<std::int64_t>(aside / down * slopeGrain), 0};
+    if (bottom.x != top.x) {
+        edge.partsPerUnitAside = static_cast<std::int64_t>(std::abs(down / aside) * partsPerUnit * slopeGrain);
+    }
+    return edge;
+}
+
+/// Edges joined from top to bottom, which all go down in their outline or all go up.
+class Chain {
 public:
-    explicit OutlineCells(std::int32_t rowCount) : rows(static_cast<std::size_t>(rowCount)) {}
+    Chain(const Edge *firstEdge, const Edge *endEdge, bool goesDown)
+        : edge(firstEdge), end(endEdge), sign(goesDown ? 1U : 0U - 1U), position(firstEdge->top) {}
 
-    void addEdge(PixelPoint from, PixelPoint to) {
-        if (from.y == to.y) {
-            return;
-        }
-        const std::int32_t sign = from.y < to.y ? 1 : -1;
-        if (sign < 0) {
-            std::swap(from, to);
-        }
-        // Multiplied with in every row, since a division takes longer than the rest.
-        const double slope = static_cast<double>(to.x - from.x) / (to.y - from.y);
-        std::int32_t x = from.x;
-        for (std::int32_t y = from.y; y < to.y;) {
-            const std::int32_t row = y / pixelUnits;
-            const std::int32_t end = std::min(to.y, (row + 1) * pixelUnits);
-            const std::int32_t xEnd =
-                end == to.y ? to.x : from.x + static_cast<std::int32_t>(std::lround(slope * (end - from.y)));
-            addPiece(rows[static_cast<std::size_t>(row)], std::min(x, xEnd), std::max(x, xEnd),
-                     (end - y) * partsPerUnit, sign);
-            y = end;
-            x = xEnd;
-        }
-        top = std::min(top, from.y / pixelUnits);
-        bottom = std::max(bottom, (to.y + pixelUnits - 1) / pixelUnits);
+    std::int32_t top() const { return position.y; }
+    bool isDone() const { return edge == end; }
+
+    /// Adds what lies above the row's end to the changes of area, and goes on from there.
+    void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
+        std::int32_t left = position.x;
+        std::int32_t right = position.x;
+        do {
+            const bool ends = edge->bottom.y <= rowEnd;
+            const PixelPoint to = ends ? edge->bottom : PixelPoint{xAt(rowEnd), rowEnd};
+            addPiece(std::min(position.x, to.x), std::max(position.x, to.x),
+                     static_cast<std::uint32_t>(to.y - position.y) * partsPerUnit, changes);
+            left = std::min(left, to.x);
+            right = std::max(right, to.x);
+            position = to;
+            edge += ends ? 1 : 0;
+        } while (position.y < rowEnd && edge != end);
+        first = static_cast<std::uint32_t>(left) / pixelUnits;
+        last = static_cast<std::uint32_t>(right) / pixelUnits + 1;
     }
 
-    /// Turns the pixels that the outline encloses, and forgets it.
-    void turn(std::uint8_t *picture, std::int32_t width) {
-        for (std::int32_t row = top; row < bottom; ++row) {
-            std::vector<Cell> &cells = rows[static_cast<std::size_t>(row)];
-            std::sort(cells.begin(), cells.end(), [](const Cell &a, const Cell &b) { return a.column < b.column; });
-            turnRow(cells, picture + std::ptrdiff_t{row} * width, width);
-            cells.clear();
+    /// Where the last row has changes.
+    std::uint32_t firstColumn() const { return first; }
+    std::uint32_t lastColumn() const { return last; }
+
+private:
+    std::int32_t xAt(std::int32_t y) const {
+        const std::int64_t x = edge->top.x * slopeGrain + edge->asidePerUnitDown * (y - edge->top.y) + slopeGrain / 2;
+        return static_cast<std::int32_t>(static_cast<std::uint64_t>(x) / slopeGrain);
+    }
+
+    /// Adds a piece of the edge within the row; whichever way it leans, the areas are the same.
+    void addPiece(std::int32_t left, std::int32_t right, std::uint32_t height, std::uint32_t *changes) const {
+        const std::uint32_t column = static_cast<std::uint32_t>(left) / pixelUnits;
+        auto start = static_cast<std::int32_t>(column * pixelUnits);
+        changes += column;
+        std::int32_t x = left;
+        std::uint32_t passed = 0;
+        for (; start + pixelUnits < right; start = x) {
+            x = start + pixelUnits;
+            const auto passedAtEnd = static_cast<std::uint64_t>(edge->partsPerUnitAside * (x - left)) / slopeGrain;
+            addWithinPixel(std::max(left, start) + x - 2 * start, static_cast<std::uint32_t>(passedAtEnd) - passed,
+                           changes++);
+            passed = static_cast<std::uint32_t>(passedAtEnd);
         }
-        top = static_cast<std::int32_t>(rows.size());
-        bottom = 0;
+        addWithinPixel(x + right - 2 * start, height - passed, changes);
+    }
+
+    /// The sum of both ends' distances from the pixel's left side, times the height, is the area to the left.
+    void addWithinPixel(std::int32_t bothEnds, std::uint32_t height, std::uint32_t *changes) const {
+        const std::uint32_t descent = sign * height;
+        const std::uint32_t areaToTheLeft = descent * static_cast<std::uint32_t>(bothEnds);
+        changes[0] += descent * 2U * pixelUnits - areaToTheLeft;
+        changes[1] += areaToTheLeft;
+    }
+
+    const Edge *edge;
+    const Edge *end;
+    std::uint32_t sign;  ///< 1 where the edges go down, else -1
+    PixelPoint position;
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+};
+
+/// Takes outlines apart, and owns the edges that the chains refer to.
+class ChainList {
+public:
+    ChainList(const std::vector<PixelOutline> &outlines, std::int32_t width, std::int32_t height)
+        : right(width * pixelUnits), bottom(height * pixelUnits) {
+        std::size_t count = 0;
+        for (const PixelOutline &outline : outlines) {
+            count += outline.size();
+        }
+        edges.reserve(count);  // so that they stay where they are
+        for (const PixelOutline &outline : outlines) {
+            if (!outline.empty()) {
+                add(outline);
+            }
+        }
+        std::sort(chains.begin(), chains.end(), [](const Chain &a, const Chain &b) { return a.top() < b.top(); });
+    }
+
+    const std::vector<Chain> &fromTheTop() const { return chains; }
+
+private:
+    PixelPoint inPicture(const PixelPoint &point) const {
+        return {std::clamp(point.x, 0, right), std::clamp(point.y, 0, bottom)};
+    }
+
+    void add(const PixelOutline &outline) {
+        std::size_t first = edges.size();
+        int direction = 0;
+        PixelPoint from = inPicture(outline.back());
+        for (const PixelPoint &point : outline) {
+            const PixelPoint to = inPicture(point);
+            const int newDirection = (from.y < to.y ? 1 : 0) - (from.y > to.y ? 1 : 0);
+            if (newDirection != direction) {
+                addChain(first, direction);
+                first = edges.size();
+                direction = newDirection;
+            }
+            if (direction != 0) {  // a level edge has no height
+                edges.push_back(direction > 0 ? edgeBetween(from, to) : edgeBetween(to, from));
+            }
+            from = to;
+        }
+        addChain(first, direction);
+    }
+
+    void addChain(std::size_t first, int direction) {
+        if (direction < 0) {
+            std::reverse(edges.begin() + static_cast<std::ptrdiff_t>(first), edges.end());
+        }
+        if (direction != 0) {
+            chains.emplace_back(edges.data() + first, edges.data() + edges.size(), direction > 0);
+        }
+    }
+
+    std::int32_t right;
+    std::int32_t bottom;
+    std::vector<Edge> edges;
+    std::vector<Chain> chains;
+};
+
+/// Draws and forgets one row after the other.
+class RowDrawing {
+public:
+    explicit RowDrawing(std::int32_t rowWidth)
+        : width(static_cast<std::uint32_t>(rowWidth)), greys(width + spare), changes(width + spare) {}
+
+    std::uint32_t *areaChanges() { return changes.data(); }
+
+    /// The row with the changes of these chains, which are sorted from left to right.
+    const std::vector<std::uint8_t> &draw(const std::vector<Chain> &chains) {
+        std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
+        std::uint32_t area = 0;
+        std::uint32_t column = 0;
+        for (const Chain &chain : chains) {
+            fillUpTo(chain.firstColumn(), column, greyOf(area));
+            while (column <= chain.lastColumn()) {
+                for (std::uint32_t i = 0; i < step; ++i, ++column) {
+                    area += changes[column];
+                    changes[column] = 0;
+                    greys[column] = greyOf(area);
+                }
+            }
+        }
+        fillUpTo(width, column, greyOf(area));
+        return greys;
     }
 
 private:
-    /// A piece of an edge within one row; whichever way it leans, the areas are the same.
-    static void addPiece(std::vector<Cell> &cells, std::int32_t left, std::int32_t right, std::int32_t heightParts,
-                         std::int32_t sign) {
-        const double partsAlong = right > left ? static_cast<double>(heightParts) / (right - left) : 0.0;
-        std::int32_t passed = 0;
-        std::int32_t x = left;
-        do {
-            const std::int32_t start = x / pixelUnits * pixelUnits;
-            const std::int32_t end = std::min(right, start + pixelUnits);
-            const std::int32_t passedAtEnd =
-                end == right ? heightParts : static_cast<std::int32_t>(partsAlong * (end - left));
-            const std::int32_t descent = sign * (passedAtEnd - passed);
-            cells.push_back({start / pixelUnits, descent, descent * (x - start + end - start)});
-            passed = passedAtEnd;
-            x = end;
-        } while (x < right);
+    void fillUpTo(std::uint32_t end, std::uint32_t &column, std::uint8_t grey) {
+        if (grey < 255 && column < end) {
+            std::fill(greys.data() + column, greys.data() + end, grey);
+        }
+        column = std::max(column, end);
     }
 
-    static void turnRow(const std::vector<Cell> &cells, std::uint8_t *pixels, std::int32_t width);
-
-    std::vector<std::vector<Cell>> rows;
-    std::int32_t top = static_cast<std::int32_t>(rows.size());
-    std::int32_t bottom = 0;  ///< the row after the last
+    // Most chains have changes in two columns or three; taking three at once, the processor need not guess which.
+    static constexpr std::uint32_t step = 3;
+    // An edge on the right border has changes in two columns beyond it.
+    static constexpr std::uint32_t spare = step + 1;
+    std::uint32_t width;
+    std::vector<std::uint8_t> greys;
+    std::vector<std::uint32_t> changes;  ///< by how much the area enclosed differs from the pixel before
 };
-
-/// The share that is enclosed, in 1/255, of an area in parts × half units. It is signed; what is enclosed twice is not
-/// enclosed.
-std::int32_t enclosedShare(std::int32_t area) {
-    const std::int32_t rest = std::abs(area) / (2 * pixelUnits) % (2 * pixelParts);
-    return (std::min(rest, 2 * pixelParts - rest) * 255 + pixelParts / 2) / pixelParts;
-}
-
-std::uint8_t turned(std::uint8_t grey, std::int32_t share) {
-    return static_cast<std::uint8_t>(grey + ((255 - 2 * grey) * share + (grey < 128 ? 127 : -127)) / 255);
-}
-
-void OutlineCells::turnRow(const std::vector<Cell> &cells, std::uint8_t *pixels, std::int32_t width) {
-    std::int32_t descent = 0;
-    for (std::size_t i = 0; i < cells.size();) {
-        const std::int32_t column = cells[i].column;
-        std::int32_t area = 0;
-        for (; i < cells.size() && cells[i].column == column; ++i) {
-            descent += cells[i].descent;
-            area += cells[i].area;
-        }
-        if (column >= width) {
-            return;  // edges on the right border
-        }
-        pixels[column] = turned(pixels[column], enclosedShare(descent * 2 * pixelUnits - area));
-        if (i == cells.size() || cells[i].column == column + 1) {
-            continue;  // nothing in between
-        }
-        const std::int32_t share = enclosedShare(descent * 2 * pixelUnits);
-        std::uint8_t *const end = pixels + std::min(cells[i].column, width);
-        if (share == 255) {
-            std::transform(pixels + column + 1, end, pixels + column + 1,
-                           [](std::uint8_t grey) { return static_cast<std::uint8_t>(255 - grey); });
-        } else if (share > 0) {
-            std::transform(pixels + column + 1, end, pixels + column + 1,
-                           [share](std::uint8_t grey) { return turned(grey, share); });
-        }
-    }
-}
 
 }  // namespace
 
 std::vector<std::uint8_t> rasterOutlines(const std::vector<PixelOutline> &outlines, std::int32_t width,
                                          std::int32_t height) {
-    const auto inPicture = [width, height](const PixelPoint &point) {
-        return PixelPoint{std::clamp(point.x, 0, width * pixelUnits), std::clamp(point.y, 0, height * pixelUnits)};
-    };
-    std::vector<std::uint8_t> picture(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 255);
-    OutlineCells cells(height);
-    for (const PixelOutline &outline : outlines) {
-        for (std::size_t i = 0; i < outline.size(); ++i) {
-            cells.addEdge(inPicture(outline[i]), inPicture(outline[(i + 1) % outline.size()]));
+    std::vector<std::uint8_t> picture;
+    picture.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    const ChainList chains(outlines, width, height);
+    auto next = chains.fromTheTop().begin();
+    std::vector<Chain> active;
+    RowDrawing drawing(width);
+    for (std::int32_t rowEnd = pixelUnits; rowEnd <= height * pixelUnits; rowEnd += pixelUnits) {
+        active.erase(std::remove_if(active.begin(), active.end(), [](const Chain &chain) { return chain.isDone(); }),
+                     active.end());
+        for (; next != chains.fromTheTop().end() && next->top() < rowEnd; ++next) {
+            active.push_back(*next);
         }
-        cells.turn(picture.data(), width);
+        for (Chain &chain : active) {
+            chain.addRow(rowEnd, drawing.areaChanges());
+        }
+        const auto isLeftOf = [](const Chain &a, const Chain &b) { return a.firstColumn() < b.firstColumn(); };
+        if (!std::is_sorted(active.begin(), active.end(), isLeftOf)) {
+            std::sort(active.begin(), active.end(), isLeftOf);
+        }
+        const std::vector<std::uint8_t> &greys = drawing.draw(active);
+        picture.insert(picture.end(), greys.begin(), greys.begin() + width);
     }
     return picture;
 }

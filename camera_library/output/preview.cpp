@@ -73,21 +73,17 @@ std::vector<Point> cornersOfCircle(double radiusMm, double pixelsPerMm) {
     return corners;
 }
 
-std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
-                                           int width, int height) {
-    std::vector<PixelOutline> outlines;
-    for (const Rectangle &r : geometry.rectangles) {
-        outlines.push_back({scale.point(r.left, r.top), scale.point(r.right, r.top), scale.point(r.right, r.bottom),
-                            scale.point(r.left, r.bottom)});
-    }
-    for (const Polygon &polygon : geometry.polygons) {
-        PixelOutline &outline = outlines.emplace_back();
-        for (const Point &corner : polygon) {
-            outline.push_back(scale.point(corner.x, corner.y));
-        }
-    }
+bool isWithin(const Circle &circle, const Circle &other) {
+    const double apart = std::hypot(circle.centre.x - other.centre.x, circle.centre.y - other.centre.y);
+    return apart + circle.radius <= other.radius;
+}
+
+// A hole follows the circle around it.
+void addCircles(const std::vector<Circle> &circles, const Scale &scale, double pixelsPerMm,
+                std::vector<PixelOutline> &outlines) {
     std::map<double, std::vector<Point>> cornersByRadius;  // a plate has three sizes of circles, and many of each
-    for (const Circle &circle : geometry.circles) {
+    const Circle *previous = nullptr;
+    for (const Circle &circle : circles) {
         std::vector<Point> &corners = cornersByRadius[circle.radius];
         if (corners.empty()) {
             corners = cornersOfCircle(circle.radius, pixelsPerMm);
@@ -97,7 +93,29 @@ std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, cons
         for (const Point &corner : corners) {
             outline.push_back(scale.point(circle.centre.x + corner.x, circle.centre.y + corner.y));
         }
+        if (previous != nullptr && isWithin(circle, *previous)) {
+            std::reverse(outline.begin(), outline.end());
+        }
+        previous = &circle;
     }
+}
+
+// An outline within another runs the other way round, as the raster wants it: a plate's outer size clockwise, the
+// inside of its frame counter-clockwise, the circles in there clockwise, their holes counter-clockwise.
+std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
+                                           int width, int height) {
+    std::vector<PixelOutline> outlines;
+    for (const Rectangle &r : geometry.rectangles) {
+        outlines.push_back({scale.point(r.left, r.top), scale.point(r.right, r.top), scale.point(r.right, r.bottom),
+                            scale.point(r.left, r.bottom)});
+    }
+    for (const Polygon &polygon : geometry.polygons) {
+        PixelOutline &outline = outlines.emplace_back();
+        for (auto corner = polygon.rbegin(); corner != polygon.rend(); ++corner) {
+            outline.push_back(scale.point(corner->x, corner->y));
+        }
+    }
+    addCircles(geometry.circles, scale, pixelsPerMm, outlines);
     return rasterOutlines(outlines, width, height);
 }
 

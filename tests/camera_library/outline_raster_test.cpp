@@ -5,6 +5,9 @@
 
 #include <cmath>
 #include <memory>
+#include <string>
+
+#include "tests/camera_library/pattern_command.h"
 
 namespace lmlib64 {
 namespace {
@@ -63,6 +66,9 @@ TEST(OutlineRaster, givesExactShareOfArea) {
         {"hole",
          {{{0, 0}, {512, 0}, {512, 512}, {0, 512}}, {{256, 0}, {512, 0}, {512, 256}, {256, 256}}},
          {0, 255, 0, 0}},
+        {"hole in the same pixel",
+         {{{64, 0}, {512, 0}, {512, 512}, {64, 512}}, {{128, 0}, {128, 512}, {512, 512}, {512, 0}}},
+         {191, 255, 191, 255}},
         {"outline around itself twice",
          {{{0, 0}, {512, 0}, {512, 512}, {0, 512}, {0, 0}, {512, 0}, {512, 512}, {0, 512}}},
          {255, 255, 255, 255}},
@@ -83,6 +89,8 @@ TEST(OutlineRaster, equalsCairoWithinOneGreyLevel) {
             const double x = 29.3 + column * 34.37;
             const double y = 29.7 + row * 33.61;
             outlines.push_back(circle(x, y, 10.3 + row));
+            const PixelOutline hole = circle(x, y, 9.6 + row);
+            outlines.emplace_back(hole.rbegin(), hole.rend());
             outlines.push_back(circle(x + 16.9, y, 3.1));
             outlines.push_back(circle(x + 16.9, y, 1.4));
         }
@@ -95,6 +103,28 @@ TEST(OutlineRaster, equalsCairoWithinOneGreyLevel) {
         greatest = std::max(greatest, std::abs(pixels[i] - expected[i]));
     }
     EXPECT_LE(greatest, 1.0);
+}
+
+// Where the frame, a dot and its hole meet in one pixel.
+TEST(OutlineRaster, makesSmallPreviewOfPlateExact) {
+    constexpr std::size_t size = 40;
+    constexpr std::size_t times = 32;
+    for (const char *polarity : {"true", "false"}) {
+        const std::string plate = std::string(R"({"GridSpacing": 12.5, "Thickness": 2, "Polarity": )") + polarity + "}";
+        const Binary small = preview(plate, int{size});
+        const Binary large = preview(plate, int{size * times});
+        ASSERT_EQ(small.bytes.size(), size * size);
+        std::vector<double> expected(small.bytes.size());
+        for (std::size_t i = 0; i < large.bytes.size(); ++i) {
+            const std::size_t row = i / (size * times) / times;
+            expected[row * size + i % (size * times) / times] += large.bytes[i] / double{times * times};
+        }
+        double greatest = 0.0;
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            greatest = std::max(greatest, std::abs(small.bytes[i] - expected[i]));
+        }
+        EXPECT_LE(greatest, 2.0) << plate;
+    }
 }
 
 }  // namespace
