@@ -1,6 +1,7 @@
 // Runs "GenerateCalibrationPattern" as the library does, from parameters written as JSON.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 
 #include "camera_library/commands/command.h"
