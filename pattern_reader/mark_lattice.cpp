@@ -3,61 +3,48 @@
 #include <algorithm>
 #include <cmath>
 
+#include "pattern_reader/point_grid.h"
+
 namespace pattern_reader {
 
 namespace {
 
 constexpr float pitchInRadii = 4;
 
-class MarkGrid {
+// The marks that are in no lattice yet, by their place.
+class FreeMarks {
 public:
-    MarkGrid(const std::vector<RoundMark> &marks, const cv::Size &image) : marks_(marks), used_(marks.size(), false) {
-        columns_ = image.width / cell + 1;
-        rows_ = image.height / cell + 1;
-        first_.assign(size_t(columns_) * size_t(rows_), -1);
-        next_.assign(marks.size(), -1);
-        for (size_t i = 0; i < marks.size(); i++) {
-            int &head = first_[slot(marks[i].centre)];
-            next_[i] = head;
-            head = int(i);
+    FreeMarks(const std::vector<RoundMark> &marks, const cv::Size &image)
+        : marks_(marks), grid_(image, gridCell), used_(marks.size(), false) {
+        for (const RoundMark &mark : marks) {
+            grid_.add(mark.centre);
         }
     }
 
-    // The unused mark closest to a point, within reach and of about the area; -1 when there is none.
+    // The one closest to a point, within reach and of about the area; -1 when there is none.
     int closest(cv::Point2f p, float reach, float area) const {
         int best = -1;
         float distance = reach;
-        for (int y = clampRow(p.y - reach); y <= clampRow(p.y + reach); y++) {
-            for (int x = clampColumn(p.x - reach); x <= clampColumn(p.x + reach); x++) {
-                for (int k = first_[slotAt(x, y)]; k >= 0; k = next_[size_t(k)]) {
-                    const RoundMark &mark = marks_[size_t(k)];
-                    const float d = std::hypot(mark.centre.x - p.x, mark.centre.y - p.y);
-                    if (!used_[size_t(k)] && d < distance && mark.area < 1.8F * area && area < 1.8F * mark.area) {
-                        distance = d;
-                        best = k;
-                    }
-                }
+        grid_.visitAround(p, reach, [&](size_t k) {
+            const RoundMark &mark = marks_[k];
+            const float d = std::hypot(mark.centre.x - p.x, mark.centre.y - p.y);
+            if (!used_[k] && d < distance && mark.area < 1.8F * area && area < 1.8F * mark.area) {
+                distance = d;
+                best = int(k);
             }
-        }
+        });
         return best;
     }
 
-    void use(int k) { used_[size_t(k)] = true; }
-    bool used(int k) const { return used_[size_t(k)]; }
+    void use(size_t k) { used_[k] = true; }
+    bool used(size_t k) const { return used_[k]; }
 
 private:
-    static constexpr int cell = 32;
-    int clampRow(float y) const { return std::clamp(int(y) / cell, 0, rows_ - 1); }
-    int clampColumn(float x) const { return std::clamp(int(x) / cell, 0, columns_ - 1); }
-    size_t slotAt(int x, int y) const { return size_t(y) * size_t(columns_) + size_t(x); }
-    size_t slot(cv::Point2f p) const { return slotAt(clampColumn(p.x), clampRow(p.y)); }
+    static constexpr int gridCell = 32;  // pixels
 
     const std::vector<RoundMark> &marks_;
+    PointGrid grid_;
     std::vector<bool> used_;
-    std::vector<int> first_;
-    std::vector<int> next_;
-    int columns_ = 0;
-    int rows_ = 0;
 };
 
 cv::Point2f apply(const cv::Matx22f &m, cv::Point2f v) {
@@ -83,7 +70,7 @@ bool findAxes(const std::vector<RoundMark> &marks, size_t seed, cv::Point2f &a, 
     return false;
 }
 
-MarkLattice growMarks(const std::vector<RoundMark> &marks, MarkGrid &grid, size_t seed) {
+MarkLattice growMarks(const std::vector<RoundMark> &marks, FreeMarks &freeMarks, size_t seed) {
     MarkLattice found;
     cv::Point2f a;
     cv::Point2f b;
@@ -93,7 +80,7 @@ MarkLattice growMarks(const std::vector<RoundMark> &marks, MarkGrid &grid, size_
     const auto add = [&](cv::Point cell, size_t k) {
         found.lattice.add({cell, marks[k].centre, 1});
         found.marks.push_back(marks[k]);
-        grid.use(int(k));
+        freeMarks.use(k);
     };
     add({0, 0}, seed);
     for (size_t done = 0; done < found.marks.size(); done++) {
@@ -108,7 +95,7 @@ MarkLattice growMarks(const std::vector<RoundMark> &marks, MarkGrid &grid, size_
             cv::Point2f expected = from.position + stride;
             const bool told = found.lattice.predict(cell, expected);
             const float reach = (told ? 0.2F : 0.3F) * std::hypot(stride.x, stride.y);
-            const int k = grid.closest(expected, reach, here.area);
+            const int k = freeMarks.closest(expected, reach, here.area);
             if (k >= 0 && std::abs(cell.x) < 8 && std::abs(cell.y) < 8) {
                 add(cell, size_t(k));
             }
@@ -138,12 +125,12 @@ std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels,
     if (marks.size() < leastMarks) {
         return lattices;
     }
-    MarkGrid grid(marks, levels.front().picture.size());
+    FreeMarks freeMarks(marks, levels.front().picture.size());
     for (size_t seed = 0; seed < marks.size(); seed++) {
-        if (grid.used(int(seed))) {
+        if (freeMarks.used(seed)) {
             continue;
         }
-        MarkLattice found = growMarks(marks, grid, seed);
+        MarkLattice found = growMarks(marks, freeMarks, seed);
         if (found.marks.size() >= leastMarks) {
             lattices.push_back(std::move(found));
         }

@@ -1,0 +1,25 @@
+// Links saddles that look like neighbouring corners of a checkerboard, which see the same two borders with light and
+// dark exchanged.
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "pattern_reader/point_detector.h"
+
+namespace pattern_reader {
+
+struct LinkedSaddle {
+    cv::Point2f position;               // level coordinates
+    std::array<cv::Point2f, 2> border;  // directions of the light areas' borders
+    float strength = 0;
+    // The neighbours' numbers along +border 0, +border 1, -border 0, -border 1; -1 for none.
+    std::array<int, 4> links{-1, -1, -1, -1};
+};
+
+// The saddles of a level of the given size, in their order. A link has one back, though not always in the opposite
+// direction.
+std::vector<LinkedSaddle> linkSaddles(const std::vector<SaddlePoint> &saddles, const cv::Size &level);
+
+}  // namespace pattern_reader
