@@ -29,4 +29,7 @@ struct ImageLevel {
 // The `smoothed` pictures are left empty.
 std::vector<ImageLevel> makePyramid(const cv::Mat &image, int levelLimit);
 
+// Makes level.smoothed from level.picture.
+void smooth(ImageLevel &level);
+
 }  // namespace pattern_reader
