@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <opencv2/calib3d.hpp>
+#include <optional>
 
 namespace pattern_reader {
 
@@ -83,18 +84,111 @@ float medianOf(std::vector<float> values) {
     return *middle;
 }
 
+// Fits the corners that a lattice has.
+class CornerMeasurement {
+public:
+    CornerMeasurement(const cv::Mat &picture, CornerLattice &lattice)
+        : picture_(picture),
+          lattice_(lattice),
+          mapped_(lattice),
+          fits_(lattice.corners.size()),
+          good_(lattice.corners.size(), false) {}
+
+    // The blur of the whole from a few corners spread over the lattice; nothing when none of them can be fitted.
+    std::optional<float> blur();
+    // Fits all of them with this blur and moves them to where they were found.
+    void fitAll(float sigma);
+    // Once more with directions from the measured neighbours.
+    void fitAgain();
+    // Leaves only the measured corners in the lattice and gives their fits.
+    std::vector<CornerFit> keepGood();
+
+private:
+    bool fitOne(const LatticeCorner &corner, bool fitSigma, int steps, CornerFit &fit);
+    bool startFromNeighbour(size_t corner);
+    void moveGood();
+
+    const cv::Mat &picture_;
+    CornerLattice &lattice_;
+    MappedSteps mapped_;
+    std::vector<CornerFit> fits_;
+    std::vector<bool> good_;
+};
+
+bool CornerMeasurement::fitOne(const LatticeCorner &corner, bool fitSigma, int steps, CornerFit &fit) {
+    const auto step = [&](cv::Point along, cv::Point2f &direction) {
+        return stepThrough(lattice_, corner, along, direction) || mapped_.at(corner.cell, along, direction);
+    };
+    cv::Point2f step0;
+    cv::Point2f step1;
+    return step({1, 0}, step0) && step({0, 1}, step1) &&
+           fitCorner(picture_, step0, step1, cleanRadius(step0, step1), fitSigma, steps, fit);
+}
+
+std::optional<float> CornerMeasurement::blur() {
+    constexpr size_t samples = 24;
+    const size_t count = fits_.size();
+    std::vector<float> sigmas;
+    for (size_t i = 0; i < count; i += std::max<size_t>(1, count / samples)) {
+        CornerFit sample;
+        sample.position = lattice_.corners[i].position;
+        if (fitOne(lattice_.corners[i], true, 6, sample)) {
+            sigmas.push_back(sample.sigma);
+        }
+    }
+    return sigmas.empty() ? std::nullopt : std::optional<float>(medianOf(sigmas));
+}
+
 // A neighbour's grey levels, light and dark exchanged, spare the step that asks for nothing else. False without one.
-bool startFromNeighbour(const CornerLattice &lattice, const std::vector<bool> &good, std::vector<CornerFit> &fits,
-                        size_t corner) {
+bool CornerMeasurement::startFromNeighbour(size_t corner) {
     for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
-        const int k = lattice.indexAt(lattice.corners[corner].cell + step);
-        if (k >= 0 && size_t(k) < corner && good[size_t(k)]) {
-            fits[corner].middle = fits[size_t(k)].middle;
-            fits[corner].amplitude = -fits[size_t(k)].amplitude;
+        const int k = lattice_.indexAt(lattice_.corners[corner].cell + step);
+        if (k >= 0 && size_t(k) < corner && good_[size_t(k)]) {
+            fits_[corner].middle = fits_[size_t(k)].middle;
+            fits_[corner].amplitude = -fits_[size_t(k)].amplitude;
             return true;
         }
     }
     return false;
+}
+
+void CornerMeasurement::fitAll(float sigma) {
+    for (size_t i = 0; i < fits_.size(); i++) {
+        const LatticeCorner &corner = lattice_.corners[i];
+        fits_[i].position = corner.position;
+        fits_[i].sigma = sigma;
+        const float sign = lattice_.isLight(corner.cell) ? 1.0F : -1.0F;
+        const bool started = startFromNeighbour(i);
+        good_[i] = fitOne(corner, false, started ? 2 : 3, fits_[i]) && fits_[i].amplitude * sign > 1 &&
+                   fits_[i].residual < 0.7F * std::abs(fits_[i].amplitude);
+    }
+    moveGood();
+}
+
+void CornerMeasurement::fitAgain() {
+    for (size_t i = 0; i < fits_.size(); i++) {
+        good_[i] = good_[i] && fitOne(lattice_.corners[i], false, 2, fits_[i]);
+    }
+    moveGood();
+}
+
+void CornerMeasurement::moveGood() {
+    for (size_t i = 0; i < fits_.size(); i++) {
+        if (good_[i]) {
+            lattice_.corners[i].position = fits_[i].position;
+        }
+    }
+}
+
+std::vector<CornerFit> CornerMeasurement::keepGood() {
+    std::vector<CornerFit> kept;
+    for (size_t i = 0; i < fits_.size(); i++) {
+        if (good_[i]) {
+            kept.push_back(fits_[i]);
+        }
+    }
+    lattice_.retain(good_);
+    return kept;
 }
 
 // Fits corners where the measured ones around them say there must be some, until there are no more. What is seen there
@@ -137,62 +231,14 @@ void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<
 }  // namespace
 
 std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice) {
-    const size_t count = lattice.corners.size();
-    std::vector<CornerFit> fits(count);
-    std::vector<bool> good(count, false);
-    MappedSteps mapped(lattice);
-    const auto step = [&](const LatticeCorner &corner, cv::Point along, cv::Point2f &direction) {
-        return stepThrough(lattice, corner, along, direction) || mapped.at(corner.cell, along, direction);
-    };
-    const auto fitOne = [&](size_t i, bool fitSigma, int steps) {
-        const LatticeCorner &corner = lattice.corners[i];
-        cv::Point2f step0;
-        cv::Point2f step1;
-        return step(corner, {1, 0}, step0) && step(corner, {0, 1}, step1) &&
-               fitCorner(picture, step0, step1, cleanRadius(step0, step1), fitSigma, steps, fits[i]);
-    };
-    // The blur of the whole from a few corners spread over the lattice.
-    constexpr size_t samples = 24;
-    std::vector<float> sigmas;
-    for (size_t i = 0; i < count; i += std::max<size_t>(1, count / samples)) {
-        fits[i].position = lattice.corners[i].position;
-        if (fitOne(i, true, 6)) {
-            sigmas.push_back(fits[i].sigma);
-        }
+    CornerMeasurement measurement(picture, lattice);
+    if (const std::optional<float> sigma = measurement.blur()) {
+        measurement.fitAll(*sigma);
+        measurement.fitAgain();
     }
-    if (sigmas.empty()) {
-        lattice.retain(std::vector<bool>(count, false));
-        return {};
-    }
-    const float sigma = medianOf(sigmas);
-    for (size_t i = 0; i < count; i++) {
-        fits[i] = {};
-        fits[i].position = lattice.corners[i].position;
-        fits[i].sigma = sigma;
-        const float sign = lattice.isLight(lattice.corners[i].cell) ? 1.0F : -1.0F;
-        const bool started = startFromNeighbour(lattice, good, fits, i);
-        good[i] = fitOne(i, false, started ? 2 : 3) && fits[i].amplitude * sign > 1 &&
-                  fits[i].residual < 0.7F * std::abs(fits[i].amplitude);
-    }
-    // Once more with directions from the measured neighbours.
-    for (size_t i = 0; i < count; i++) {
-        if (good[i]) {
-            lattice.corners[i].position = fits[i].position;
-        }
-    }
-    for (size_t i = 0; i < count; i++) {
-        good[i] = good[i] && fitOne(i, false, 2);
-    }
-    std::vector<CornerFit> kept;
-    for (size_t i = 0; i < count; i++) {
-        if (good[i]) {
-            lattice.corners[i].position = fits[i].position;
-            kept.push_back(fits[i]);
-        }
-    }
-    lattice.retain(good);
-    measureMissing(picture, lattice, kept);
-    return kept;
+    std::vector<CornerFit> fits = measurement.keepGood();
+    measureMissing(picture, lattice, fits);
+    return fits;
 }
 
 }  // namespace pattern_reader
