@@ -86,63 +86,78 @@ bool hasPolarity(const CornerLattice &lattice, cv::Point cell, cv::Point2f axis0
     return between == lattice.isLight(cell);
 }
 
-bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<ImageLevel> &levels,
-                LatticeCorner &found) {
+// What the corners next to an absent one say of it.
+struct Surroundings {
     cv::Point2f expected;
-    if (!lattice.predict(cell, expected)) {
+    float spacing = 0;                // the shortest lattice step here
+    std::array<cv::Point2f, 2> axes;  // the column and the row step; 0 where no neighbour shows it
+};
+
+bool lookAround(const CornerLattice &lattice, cv::Point cell, Surroundings &around) {
+    if (!lattice.predict(cell, around.expected)) {
         return false;
     }
-    float spacing = 0;
-    float contrast = 0;
     int neighbours = 0;
-    std::array<cv::Point2f, 2> axes;
     for (const cv::Point step : steps()) {
         const LatticeCorner *one = lattice.at(cell + step);
         if (one == nullptr) {
             continue;
         }
-        const cv::Point2f d = (one->position - expected) * float(step.x + step.y);
-        axes[step.x != 0 ? 0 : 1] = d;
+        const cv::Point2f d = (one->position - around.expected) * float(step.x + step.y);
+        around.axes[step.x != 0 ? 0 : 1] = d;
         const float distance = std::max(length(d), lattice.spacingAt(one->cell));
-        spacing = neighbours == 0 ? distance : std::min(spacing, distance);
+        around.spacing = neighbours == 0 ? distance : std::min(around.spacing, distance);
         neighbours++;
     }
-    if (neighbours == 0 || spacing < 2) {
-        return false;
-    }
-    const ImageLevel &level = levelFor(levels, spacing);
-    const cv::Point2f near = level.fromImage(expected);
-    const float levelSpacing = spacing / level.scale();
+    return neighbours > 0 && around.spacing >= 2;
+}
+
+bool findSaddle(const ImageLevel &level, const Surroundings &around, SaddlePoint &saddle) {
+    const cv::Point2f near = level.fromImage(around.expected);
+    const float spacing = around.spacing / level.scale();
     if (near.x < 3 || near.y < 3 || near.x > float(level.smoothed.cols) - 4 ||
         near.y > float(level.smoothed.rows) - 4) {
         return false;
     }
-    const int radius = std::clamp(int(0.25F * levelSpacing), 1, 3);
-    SaddlePoint saddle;
-    if (!locateSaddle(level, cv::Point2f(strongestNear(level.smoothed, near, radius)), 1.6F, saddle) ||
-        length(saddle.position - near) > 0.3F * levelSpacing) {
-        return false;
-    }
-    found = {cell, level.toImage(saddle.position), saddle.strength};
-    // With one axis known the other follows from the colours; with both they must agree.
-    if (length(axes[0]) > 0 && length(axes[1]) > 0 && !hasPolarity(lattice, cell, axes[0], axes[1], saddle)) {
-        return false;
-    }
+    const int radius = std::clamp(int(0.25F * spacing), 1, 3);
+    return locateSaddle(level, cv::Point2f(strongestNear(level.smoothed, near, radius)), 1.6F, saddle) &&
+           length(saddle.position - near) <= 0.3F * spacing;
+}
+
+// Whether the borders to all neighbours of a corner show about as much contrast as those behind the neighbours.
+bool bordersContinue(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &corner) {
     for (const cv::Point step : steps()) {
-        const LatticeCorner *one = lattice.at(cell + step);
+        const LatticeCorner *one = lattice.at(corner.cell + step);
         if (one == nullptr) {
             continue;
         }
-        const float seen = borderContrast(level, lattice, *one, found);
-        // The border behind the neighbour, already accepted, says how much contrast to expect.
-        const LatticeCorner *two = lattice.at(cell + 2 * step);
+        const LatticeCorner *two = lattice.at(corner.cell + 2 * step);
         const float usual = two == nullptr ? 0 : borderContrast(level, lattice, *two, *one);
-        if (seen < std::max(3.0F, 0.3F * usual)) {
+        if (borderContrast(level, lattice, *one, corner) < std::max(3.0F, 0.3F * usual)) {
             return false;
         }
-        contrast += seen;
     }
-    return contrast > 0;
+    return true;
+}
+
+bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<ImageLevel> &levels,
+                LatticeCorner &found) {
+    Surroundings around;
+    if (!lookAround(lattice, cell, around)) {
+        return false;
+    }
+    const ImageLevel &level = levelFor(levels, around.spacing);
+    SaddlePoint saddle;
+    if (!findSaddle(level, around, saddle)) {
+        return false;
+    }
+    // With one axis known the other follows from the colours; with both they must agree.
+    const auto &[axis0, axis1] = around.axes;
+    if (length(axis0) > 0 && length(axis1) > 0 && !hasPolarity(lattice, cell, axis0, axis1, saddle)) {
+        return false;
+    }
+    found = {cell, level.toImage(saddle.position), saddle.strength};
+    return bordersContinue(level, lattice, found);
 }
 
 void dropOutliers(CornerLattice &lattice) {
