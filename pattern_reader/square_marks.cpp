@@ -47,6 +47,32 @@ AxisProfile profileFor(float blur) {
             average([&](float x) { return barLevel(1.0F / 6, x, blur); }), boardLevel(ringReach, blur)};
 }
 
+float length(cv::Point2f v) {
+    return std::hypot(v.x, v.y);
+}
+
+// A square's corners are counted (0, 0), (1, 0), (0, 1), (1, 1); corner 3 - i is opposite.
+cv::Point cornerOf(cv::Point cell, size_t corner) {
+    return cell + cv::Point(int(corner % 2), int(corner / 2));
+}
+
+// A square in the picture.
+struct Quad {
+    std::array<cv::Point2f, 4> corners;
+    std::array<bool, 4> known{};  // measured, and not from the neighbours
+    int measured = 0;
+    float middle = 0;  // grey level between light and dark
+    float amplitude = 0;
+    float sigma = 0;
+
+    cv::Point2f at(float u, float v) const {
+        return corners[0] * ((1 - u) * (1 - v)) + corners[1] * (u * (1 - v)) + corners[2] * ((1 - u) * v) +
+               corners[3] * (u * v);
+    }
+    float width() const { return length(corners[1] + corners[3] - corners[0] - corners[2]) / 2; }
+    float height() const { return length(corners[2] + corners[3] - corners[0] - corners[1]) / 2; }
+};
+
 class MarkReader {
 public:
     MarkReader(const cv::Mat &picture, const CornerLattice &lattice, const std::vector<CornerFit> &fits)
@@ -56,21 +82,11 @@ public:
     Look look(cv::Point cell, SquareReading &reading) const;
 
 private:
-    struct Quad {
-        std::array<cv::Point2f, 4> corners;  // (0, 0), (1, 0), (0, 1), (1, 1)
-        int measured = 0;
-        float middle = 0;
-        float amplitude = 0;
-        float sigma = 0;
-
-        cv::Point2f at(float u, float v) const {
-            return corners[0] * ((1 - u) * (1 - v)) + corners[1] * (u * (1 - v)) + corners[2] * ((1 - u) * v) +
-                   corners[3] * (u * v);
-        }
-    };
-
     bool quadAt(cv::Point cell, Quad &quad) const;
+    bool predictCorner(cv::Point cell, size_t corner, Quad &quad) const;
     bool inside(const Quad &quad) const;
+    float centreGrey(const Quad &quad) const;
+    bool hasOwnColour(const Quad &quad, float toLevel, float expected) const;
 
     const cv::Mat &picture_;
     const CornerLattice &lattice_;
@@ -78,12 +94,10 @@ private:
 };
 
 bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
-    std::array<bool, 4> known{};
     for (size_t i = 0; i < 4; i++) {
-        const cv::Point corner = cell + cv::Point(int(i % 2), int(i / 2));
-        const int index = lattice_.indexAt(corner);
-        known[i] = index >= 0;
-        if (known[i]) {
+        const int index = lattice_.indexAt(cornerOf(cell, i));
+        quad.known[i] = index >= 0;
+        if (quad.known[i]) {
             quad.corners[i] = lattice_.corners[size_t(index)].position;
             const CornerFit &fit = fits_[size_t(index)];
             quad.middle += fit.middle;
@@ -99,26 +113,28 @@ bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
     quad.amplitude /= float(quad.measured);
     quad.sigma /= float(quad.measured);
     for (size_t i = 0; i < 4; i++) {
-        if (known[i]) {
-            continue;
-        }
-        const cv::Point corner = cell + cv::Point(int(i % 2), int(i / 2));
-        if (!lattice_.predict(corner, quad.corners[i])) {
-            // Diagonally outside a corner of the lattice only the parallelogram is left.
-            if (!known[i ^ 3]) {
-                return false;
-            }
-            cv::Point2f a;
-            cv::Point2f b;
-            const cv::Point opposite = cell + cv::Point(int((i ^ 3) % 2), int((i ^ 3) / 2));
-            const cv::Point cornerA(corner.x, opposite.y);
-            const cv::Point cornerB(opposite.x, corner.y);
-            if (!lattice_.predict(cornerA, a) || !lattice_.predict(cornerB, b)) {
-                return false;
-            }
-            quad.corners[i] = a + b - quad.corners[i ^ 3];
+        if (!quad.known[i] && !predictCorner(cell, i, quad)) {
+            return false;
         }
     }
+    return true;
+}
+
+// Where a corner that was not measured is by the lattice.
+bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const {
+    const cv::Point here = cornerOf(cell, corner);
+    if (lattice_.predict(here, quad.corners[corner])) {
+        return true;
+    }
+    // Diagonally outside a corner of the lattice only the parallelogram is left.
+    const size_t opposite = 3 - corner;
+    const cv::Point there = cornerOf(cell, opposite);
+    cv::Point2f a;
+    cv::Point2f b;
+    if (!quad.known[opposite] || !lattice_.predict({here.x, there.y}, a) || !lattice_.predict({there.x, here.y}, b)) {
+        return false;
+    }
+    quad.corners[corner] = a + b - quad.corners[opposite];
     return true;
 }
 
@@ -129,6 +145,32 @@ bool MarkReader::inside(const Quad &quad) const {
     });
 }
 
+float MarkReader::centreGrey(const Quad &quad) const {
+    float sum = 0;
+    for (const float du : {-centreReach, 0.0F, centreReach}) {
+        for (const float dv : {-centreReach, 0.0F, centreReach}) {
+            sum += sample(picture_, quad.at(0.5F + du, 0.5F + dv));
+        }
+    }
+    return sum / 9;
+}
+
+// Whether the square's outer parts are of its own colour on every side. toLevel takes a difference from the middle grey
+// to one in which 1 is that colour; expected is what blur leaves of it there.
+bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
+    const std::array<cv::Point2f, 4> sides{
+        {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};
+    float weakest = 10;
+    float mean = 0;
+    for (const cv::Point2f &side : sides) {
+        const float level = (sample(picture_, quad.at(side.x, side.y)) - quad.middle) * toLevel;
+        weakest = std::min(weakest, level);
+        mean += level / 4;
+    }
+    const float needed = quad.measured == 4 ? 0.0F : 0.25F;
+    return mean >= 0.3F * expected && weakest >= (needed - 0.2F) * expected;
+}
+
 MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const {
     Quad quad;
     if (!quadAt(cell, quad) || !inside(quad)) {
@@ -136,39 +178,20 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
     }
     reading.cell = cell;
     reading.measuredCorners = quad.measured;
-    const auto length = [](cv::Point2f v) { return std::hypot(v.x, v.y); };
-    const float width = length(quad.corners[1] + quad.corners[3] - quad.corners[0] - quad.corners[2]) / 2;
-    const float height = length(quad.corners[2] + quad.corners[3] - quad.corners[0] - quad.corners[1]) / 2;
+    const float width = quad.width();
+    const float height = quad.height();
     if (width < 1.5F || height < 1.5F) {
         return Look::OutOfSight;
     }
     const AxisProfile u = profileFor(quad.sigma / width);
     const AxisProfile v = profileFor(quad.sigma / height);
-    const float sign = (lattice_.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
-    float centre = 0;
-    for (const float du : {-centreReach, 0.0F, centreReach}) {
-        for (const float dv : {-centreReach, 0.0F, centreReach}) {
-            centre += sample(picture_, quad.at(0.5F + du, 0.5F + dv));
-        }
-    }
-    centre = (centre / 9 - quad.middle) * sign;
-    // The square must be there: its outer parts have its own colour on every side.
+    const float toLevel = (lattice_.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
+    // The square must be there. Where blur leaves too little of its own colour that cannot be told.
     const float expectedRing = std::min(u.ring * v.board, v.ring * u.board);
-    if (expectedRing > 0.2F) {
-        float weakest = 10;
-        float mean = 0;
-        const std::array<cv::Point2f, 4> sides{
-            {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};
-        for (const cv::Point2f &side : sides) {
-            const float level = (sample(picture_, quad.at(side.x, side.y)) - quad.middle) * sign;
-            weakest = std::min(weakest, level);
-            mean += level / 4;
-        }
-        const float needed = quad.measured == 4 ? 0.0F : 0.25F;
-        if (mean < 0.3F * expectedRing || weakest < (needed - 0.2F) * expectedRing) {
-            return Look::NoSquare;
-        }
+    if (expectedRing > 0.2F && !hasOwnColour(quad, toLevel, expectedRing)) {
+        return Look::NoSquare;
     }
+    const float centre = (centreGrey(quad) - quad.middle) * toLevel;
     const float without = u.board * v.board;
     const float change = 2 * u.mark * v.mark;
     const float share = (without - centre) / change;  // 0 without a mark, 1 with one
