@@ -1,8 +1,8 @@
 #include "pattern_reader/plate_reader.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <vector>
 
 #include "pattern_reader/block_reader.h"
 #include "pattern_reader/place_finder.h"
@@ -18,23 +18,30 @@ namespace {
 constexpr int leastChecks = 10;       // of the dots seen, for them to say which way is up
 constexpr double leastSpacing = 9.5;  // pixels, for the frame's corners to be told apart without a block
 
+// The marks that were found, before it is known which of the plate's they are.
+struct FoundMarks {
+    const std::vector<ImageLevel> &levels;
+    MarkLattice piece;
+    cv::Matx33d imageFromCell;
+
+    PlateView view(const LatticeMotion &motion) const { return {levels, piece, imageFromCell, motion}; }
+};
+
 struct Assumption {
     LatticeMotion motion;
     FrameEvidence frame;
 };
 
 // The shift under which the frame is where it must be; the turn is left open.
-std::optional<Assumption> findShift(const std::vector<ImageLevel> &levels, const MarkLattice &found,
-                                    const cv::Matx33d &imageFromCell) {
-    const cv::Rect extent = found.lattice.extent();
+std::optional<Assumption> findShift(const FoundMarks &found) {
+    const cv::Rect extent = found.piece.lattice.extent();
     std::optional<Assumption> best;
     FrameEvidence second;
     for (int y = 0; y + extent.height <= marksPerSide; y++) {
         for (int x = 0; x + extent.width <= marksPerSide; x++) {
             Assumption assumption;
             assumption.motion.shift = cv::Point(x, y) - extent.tl();
-            const PlateView view(levels, found, imageFromCell, assumption.motion);
-            assumption.frame = lookForFrame(view);
+            assumption.frame = lookForFrame(found.view(assumption.motion));
             if (!best || assumption.frame.passed > best->frame.passed) {
                 second = best ? best->frame : second;
                 best = assumption;
@@ -65,87 +72,97 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     return turned;
 }
 
+// The corners, of the unturned plate, that can be the one with the triangle: the one that shows it or else those that
+// are hidden, and none when several show one.
+std::vector<int> possibleTopLefts(const PlateView &unturned) {
+    std::vector<int> triangles;
+    std::vector<int> hidden;
+    for (int corner = 0; corner < 4; corner++) {
+        const CornerLook look = lookAtCorner(unturned, corner);
+        if (look == CornerLook::Triangle) {
+            triangles.push_back(corner);
+        } else if (look == CornerLook::Hidden) {
+            hidden.push_back(corner);
+        }
+    }
+    if (triangles.size() > 1) {
+        return {};
+    }
+    return triangles.empty() ? hidden : triangles;
+}
+
 struct Orientation {
     LatticeMotion motion;
     SeenBlock block;
+    // Whether the dots are those of a block: for certain, or as far as they can be seen.
+    bool readable = false;
+    bool possible = false;
 };
 
+// The plate turned so that one of its corners is the top-left one.
+Orientation turnToTopLeft(const FoundMarks &found, const LatticeMotion &placed, int corner) {
+    Orientation turned;
+    // Corner k comes to the top left by 4 - k quarter turns.
+    turned.motion = turnPlate(placed, (4 - corner) % 4);
+    turned.block = readDots(found.piece, found.view(turned.motion));
+    PatternReading trial;
+    readBlock(turned.block, pattern_code::BlockCarrier::plate(), trial);
+    turned.readable = trial.values.has_value();
+    turned.possible = couldBePlateBlock(turned.block, leastChecks);
+    return turned;
+}
+
 // Which corner of the plate is its top-left one: by the triangle, by the dots, or by both.
-std::optional<Orientation> findOrientation(const std::vector<ImageLevel> &levels, const MarkLattice &found,
-                                           const cv::Matx33d &imageFromCell, const LatticeMotion &placed) {
-    // Which corner, in the unturned plate, can be the one with the triangle?
-    const PlateView unturned(levels, found, imageFromCell, placed);
-    std::array<CornerLook, 4> looks{};
-    int triangles = 0;
-    for (int corner = 0; corner < 4; corner++) {
-        looks[size_t(corner)] = lookAtCorner(unturned, corner);
-        triangles += looks[size_t(corner)] == CornerLook::Triangle ? 1 : 0;
-    }
-    if (triangles > 1) {
-        return std::nullopt;
-    }
-    std::optional<LatticeMotion> motion;
-    SeenBlock block;
-    int candidates = 0;
-    // In how many of them the dots are those of a block: for certain, or as far as they can be seen.
+std::optional<Orientation> findOrientation(const FoundMarks &found, const LatticeMotion &placed) {
+    const PlateView unturned = found.view(placed);
+    const std::vector<int> corners = possibleTopLefts(unturned);
+    std::optional<Orientation> best;
     int readable = 0;
     int possible = 0;
-    for (int corner = 0; corner < 4; corner++) {
-        if (looks[size_t(corner)] == CornerLook::Plain ||
-            (triangles == 1 && looks[size_t(corner)] != CornerLook::Triangle)) {
-            continue;
+    for (const int corner : corners) {
+        const Orientation turned = turnToTopLeft(found, placed, corner);
+        if (turned.readable || (readable == 0 && (turned.possible || !best))) {
+            best = turned;
         }
-        candidates++;
-        // Corner k comes to the top left by 4 - k quarter turns.
-        const LatticeMotion turned = turnPlate(placed, (4 - corner) % 4);
-        const SeenBlock seen = readDots(found, PlateView(levels, found, imageFromCell, turned));
-        PatternReading trial;
-        readBlock(seen, pattern_code::BlockCarrier::plate(), trial);
-        const bool couldBe = couldBePlateBlock(seen, leastChecks);
-        if (trial.values || (readable == 0 && (couldBe || !motion))) {
-            motion = turned;
-            block = seen;
-        }
-        readable += trial.values ? 1 : 0;
-        possible += couldBe ? 1 : 0;
+        readable += turned.readable ? 1 : 0;
+        possible += turned.possible ? 1 : 0;
     }
     // The block, what is seen of it, or the triangle alone says which way is up; for the latter two the picture must be
     // large enough to tell the frame's corners apart.
     const bool large = unturned.sharpSpacingAt({4, 4}) >= leastSpacing;
-    if (!motion || readable > 1 || (readable == 0 && !(large && (candidates == 1 || possible == 1)))) {
+    if (readable > 1 || (readable == 0 && !(large && (corners.size() == 1 || possible == 1)))) {
         return std::nullopt;
     }
-    return Orientation{*motion, block};
+    return best;
 }
 
 }  // namespace
 
 std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &start) {
-    MarkLattice found = start;
-    cv::Matx33d imageFromCell;
-    if (!completeMarks(levels, found, imageFromCell)) {
+    FoundMarks found{levels, start, {}};
+    if (!completeMarks(levels, found.piece, found.imageFromCell)) {
         return std::nullopt;
     }
-    const std::optional<Assumption> placed = findShift(levels, found, imageFromCell);
+    const std::optional<Assumption> placed = findShift(found);
     if (!placed) {
         return std::nullopt;
     }
-    const auto oriented = findOrientation(levels, found, imageFromCell, placed->motion);
+    const auto oriented = findOrientation(found, placed->motion);
     if (!oriented) {
         return std::nullopt;
     }
     PatternReading reading;
     reading.kind = PatternKind::Plate;
     readBlock(oriented->block, pattern_code::BlockCarrier::plate(), reading);
-    const PlateView view(levels, found, imageFromCell, oriented->motion);
+    const PlateView view = found.view(oriented->motion);
     const cv::Point2d along = view.toImage({4.5, 4}) - view.toImage({3.5, 4});
     reading.angle = std::atan2(along.y, along.x) * 180 / CV_PI;
     reading.quarterTurns = (int(std::lround(reading.angle / 90)) + 4) % 4;
-    addMarks(levels, found, imageFromCell, oriented->motion, reading);
+    addMarks(levels, found.piece, found.imageFromCell, oriented->motion, reading);
     reading.squaresCompared = placed->frame.looked;
     reading.squaresDiffering = placed->frame.looked - placed->frame.passed;
     // Each look at the frame, and each mark in its place, comes out by chance half of the time at most.
-    reading.log10Chance = -0.301 * double(placed->frame.passed + int(found.marks.size()));
+    reading.log10Chance = -0.301 * double(placed->frame.passed + int(found.piece.marks.size()));
     reading.confidence = 1 - std::pow(10.0, reading.log10Chance);
     return reading;
 }
