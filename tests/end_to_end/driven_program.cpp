@@ -75,7 +75,8 @@ DrivenProgram::~DrivenProgram() {
     stop();
 }
 
-bool DrivenProgram::start(const QString &program, const QMap<QString, QString> &environment) {
+bool DrivenProgram::start(const QString &program, const QMap<QString, QString> &environment,
+                          const QStringList &arguments) {
     QProcessEnvironment whole = QProcessEnvironment::systemEnvironment();
     for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
         if (entry.value().isNull()) {
@@ -86,7 +87,7 @@ bool DrivenProgram::start(const QString &program, const QMap<QString, QString> &
     }
     process.setProcessEnvironment(whole);
     process.setProcessChannelMode(QProcess::ForwardedChannels);
-    process.start(program, QStringList());
+    process.start(program, arguments);
     if (!process.waitForStarted()) {
         return false;
     }

@@ -32,7 +32,7 @@ public:
 
     // Starts the program and waits for its window; the environment is this process's, changed by the entries, of
     // which a null text takes one out.
-    bool start(const QString &program, const QMap<QString, QString> &environment);
+    bool start(const QString &program, const QMap<QString, QString> &environment, const QStringList &arguments = {});
     void stop();
     // Whether the program ends without being told to by a signal, and as one that nothing has failed in.
     bool endsWell(int milliseconds);

@@ -1,9 +1,11 @@
 // A user without a plan, on a real desktop: clicks, keys and sizes at random, from a fixed seed. The program never
-// keeps one waiting, writes nowhere but to the folder it was started in, and can still do its work in the end.
+// keeps one waiting, writes nowhere on the disk but to the folder it was started in, and can still do its work in the
+// end.
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <algorithm>
@@ -39,6 +41,57 @@ QStringList filesBelow(const QString &folder) {
     files.sort();
     return files;
 }
+
+// The system's own record of what a program and its children do to files, anywhere.
+class WriteRecord {
+public:
+    // Starts the program, below a recorder that leaves it its process number.
+    bool start(DrivenProgram &program, const QMap<QString, QString> &environment) {
+#ifdef WRITES_ARE_RECORDED
+        isKept = QProcess::execute("strace", {"-o", "/dev/null", "true"}) == 0;
+#endif
+        if (!isKept) {
+            qWarning("Only some folders are watched: files cannot be traced here.");
+            return program.start(LMCALTAB_PROGRAM, environment);
+        }
+        const QString calls =
+            "open,openat,creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"
+            "mkdir,mkdirat,rmdir,mknod,mknodat";
+        return program.start("strace", environment,
+                             {"-D", "-f", "-q", "-y", "-z", "--seccomp-bpf", "-s", "4096", "-o", fileName(), "-e",
+                              "trace=" + calls, LMCALTAB_PROGRAM});
+    }
+
+    bool isComplete(qint64 process) const {
+        return !isKept || contentsOf(fileName()).contains(QByteArray::number(process) + " +++");
+    }
+
+    // The files that were opened for writing, and all that became of names.
+    QStringList paths() const {
+        static const QRegularExpression opened(R"(^\d+ +(?:open|openat|creat)\(.* = \d+<(.*)>)");
+        static const QRegularExpression named("\"([^\"]*)\"");
+        QStringList paths;
+        for (const QString &line : QString::fromLocal8Bit(contentsOf(fileName())).split('\n')) {
+            const QRegularExpressionMatch open = opened.match(line);
+            if (!open.hasMatch()) {
+                for (auto names = named.globalMatch(line); names.hasNext();) {
+                    paths << QDir::current().absoluteFilePath(names.next().captured(1));
+                }
+            } else if (line.contains("O_WRONLY") || line.contains("O_RDWR") || line.contains("O_CREAT")) {
+                paths << open.captured(1);
+            }
+        }
+        return paths;
+    }
+
+private:
+    QString fileName() const {
+        return folder.filePath("record");
+    }
+
+    QTemporaryDir folder;
+    bool isKept = false;
+};
 
 }  // namespace
 
@@ -156,11 +209,13 @@ void RandomUseTest::endsAsItBegan() {
     const QString buildFiles = filesBelow(QFileInfo(LMCALTAB_PROGRAM).path()).join(' ');
     program = std::make_unique<DrivenProgram>(desktop);
     QDir::setCurrent(chosen.path());
-    QVERIFY(program->start(LMCALTAB_PROGRAM, {{"HOME", home.path()},
-                                              {"XDG_CONFIG_HOME", home.path()},
-                                              {"XDG_CACHE_HOME", home.path()},
-                                              {"XDG_DATA_HOME", home.path()},
-                                              {"TMPDIR", home.path()}}));
+    WriteRecord record;
+    QVERIFY(record.start(*program, {{"HOME", home.path()},
+                                    {"XDG_CONFIG_HOME", home.path()},
+                                    {"XDG_CACHE_HOME", home.path()},
+                                    {"XDG_DATA_HOME", home.path()},
+                                    {"XDG_RUNTIME_DIR", home.path()},
+                                    {"TMPDIR", home.path()}}));
     window = program->window();
     QVERIFY(program->moveWindow(QPoint(20, 40)));
 
@@ -198,7 +253,18 @@ void RandomUseTest::endsAsItBegan() {
     QTRY_VERIFY(contentsOf(chosen.filePath("last.pdf")).startsWith("%PDF-"));
     QVERIFY(closeOtherWindows());
     QVERIFY(program->isRunning());
+    const qint64 process = program->processId();
     program->stop();
+    QTRY_VERIFY(record.isComplete(process));
+
+    // A file without a name gets one by way of its descriptor.
+    const QStringList expected{chosen.path() + "/", home.path() + "/", "/dev/", "/proc/self/fd/"};
+    const QStringList paths = record.paths();
+    for (const QString &path : paths) {
+        const auto isWithin = [&path](const QString &folder) { return path.startsWith(folder); };
+        QVERIFY2(std::any_of(expected.begin(), expected.end(), isWithin), qPrintable(path));
+    }
+    qInfo("%d changes of files recorded", paths.size());
 
     // The toolkit's file dialog remembers its places in a file of its own; its font library keeps a cache.
     for (const QString &file : filesBelow(home.path())) {
