@@ -63,7 +63,8 @@ public:
     }
 
     bool isComplete(qint64 process) const {
-        return !isKept || contentsOf(fileName()).contains(QByteArray::number(process) + " +++");
+        const QRegularExpression end(QString("^%1 +\\+\\+\\+ ").arg(process), QRegularExpression::MultilineOption);
+        return !isKept || QString::fromLocal8Bit(contentsOf(fileName())).contains(end);
     }
 
     // The files that were opened for writing, and all that became of names.
