@@ -1,5 +1,5 @@
 // The unit in which the rasters take coordinates: parts of a pixel, x to the right, y down, the first pixel from 0 to
-// pixelUnits. Edges have this grain in Cairo's raster too, so that both give the same picture.
+// pixelUnits. Cairo's raster has the same grain, which is why its pictures can serve as a reference to the last level.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // The files that the pattern command writes, as documents: what they say, hold and weigh.
+#include "camera_library/output/caption_font.h"
 #include "tests/camera_library/saved_pattern.h"
 
 namespace lmlib64 {
@@ -27,24 +28,34 @@ std::string complaintAboutTable(const std::string &bytes) {
 
 TEST_F(PatternFile, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
     for (const std::string &pattern : allTypes) {
+        SCOPED_TRACE(pattern);
         savePdf(pattern);
         EXPECT_NE(outputOf("qpdf --check '" + pdf + "'").find("No syntax or stream encoding errors"),
                   std::string::npos);
         EXPECT_EQ(complaintAboutTable(readBytes(pdf)), "");
         EXPECT_EQ(outputOf("pdfimages -list '" + pdf + "' | tail -n +3"), "");  // vector only
-        EXPECT_LT(std::filesystem::file_size(pdf), 60000U) << pattern;
+        EXPECT_LT(std::filesystem::file_size(pdf), 60000U);
+        const std::string information = outputOf("pdfinfo '" + pdf + "'");
+        EXPECT_NE(information.find("Title: "), std::string::npos);
+        EXPECT_NE(information.find("Creator:         LmLib64 "), std::string::npos) << information;
+        EXPECT_EQ(information.find("CreationDate"), std::string::npos);
+        EXPECT_NE(outputOf("pdffonts '" + pdf + "'").find("TrueType          WinAnsi          yes yes"),
+                  std::string::npos);
+
+        const Json objects = Json::parse(outputOf("qpdf --json=1 '" + pdf + "'")).at("objects");
+        const Json &trailer = objects.at("trailer");
+        EXPECT_EQ(trailer.at("/ID").size(), 2U);
+        EXPECT_EQ(objects.at(trailer.at("/Root").get<std::string>()).at("/ViewerPreferences"),
+                  Json::parse(R"({"/PrintScaling": "/None", "/PickTrayByPDFSize": true, "/DisplayDocTitle": true})"));
+        const std::size_t jsonSize = outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'").size();
+        for (const std::string &entry : {std::string(R"("/Encoding":"/WinAnsiEncoding",)"),
+                                         R"("/Length1":)" + std::to_string(captionFontFile().size()) + "}",
+                                         R"("/Params":{"/Size":)" + std::to_string(jsonSize) + "}"}) {
+            EXPECT_NE(objects.dump().find(entry), std::string::npos) << entry;
+        }
     }
-    const std::string information = outputOf("pdfinfo '" + pdf + "'");
-    EXPECT_NE(information.find("Title:           Halcon-style plate 7 × 7, grid spacing 10 mm\n"), std::string::npos);
-    EXPECT_NE(information.find("Creator:         LmLib64 "), std::string::npos) << information;
-    EXPECT_EQ(information.find("CreationDate"), std::string::npos);
-    EXPECT_NE(outputOf("pdffonts '" + pdf + "'").find("TrueType          WinAnsi          yes yes"), std::string::npos);
-    const Json objects = Json::parse(outputOf("qpdf --json=1 '" + pdf + "'")).at("objects");
-    EXPECT_NE(objects.dump().find(R"("/Encoding":"/WinAnsiEncoding")"), std::string::npos);
-    const Json &trailer = objects.at("trailer");
-    EXPECT_EQ(trailer.at("/ID").size(), 2U);
-    EXPECT_EQ(objects.at(trailer.at("/Root").get<std::string>()).at("/ViewerPreferences"),
-              Json::parse(R"({"/PrintScaling": "/None", "/PickTrayByPDFSize": true, "/DisplayDocTitle": true})"));
+    EXPECT_NE(outputOf("pdfinfo '" + pdf + "'").find("Title:           Halcon-style plate 7 × 7, grid spacing 10 mm\n"),
+              std::string::npos);
 }
 
 TEST_F(PatternFile, givesEveryPatternOfAnAssemblyItsPageAndNumber) {
