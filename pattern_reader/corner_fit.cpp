@@ -42,7 +42,7 @@ const EdgeProfile &edgeProfile() {
     return profile;
 }
 
-constexpr size_t parameters = 5;  // middle, amplitude, x, y, sigma
+constexpr size_t parameters = 5;  // middle, amplitude, x, y, blur
 
 // The borders' directions, of unit length.
 struct Borders {
@@ -61,7 +61,7 @@ public:
     };
 
     CornerModel(const Borders &borders, const CornerFit &fit)
-        : profile_(edgeProfile()), borders_(borders), fit_(fit), inverse_(1 / fit.sigma) {}
+        : profile_(edgeProfile()), borders_(borders), fit_(fit), inverse_(1 / fit.blur) {}
 
     cv::Point2f corner() const { return fit_.position; }
 
@@ -105,6 +105,15 @@ struct PixelSums {
 
     // The middle's slope is 1, so its square counts the pixels.
     float rootMeanSquare() const { return std::sqrt(squares / products[0][0]); }
+
+    // The position's standard deviation along one axis, by the noise that the errors show.
+    float positionSigma() const {
+        const float xx = products[2][2];
+        const float yy = products[3][3];
+        const float determinant = xx * yy - products[2][3] * products[2][3];
+        const float variance = squares / std::max(1.0F, products[0][0] - float(parameters));
+        return std::sqrt(variance * 0.5F * (xx + yy) / determinant);
+    }
 };
 
 // The normal equations of one step.
@@ -166,22 +175,22 @@ bool compare(const cv::Mat &picture, const CornerModel &model, float radius, Pix
 }
 
 // Takes a step, but none so long that it leaves what the slopes can tell.
-void change(CornerFit &fit, const std::array<double, parameters> &step, bool fitSigma) {
+void change(CornerFit &fit, const std::array<double, parameters> &step, bool fitBlur) {
     fit.middle += float(step[0]);
     fit.amplitude += float(step[1]);
     fit.position += cv::Point2f(float(std::clamp(step[2], -0.7, 0.7)), float(std::clamp(step[3], -0.7, 0.7)));
-    if (fitSigma) {
-        fit.sigma = std::clamp(fit.sigma + float(std::clamp(step[4], -0.3, 0.3)), 0.35F, 6.0F);
+    if (fitBlur) {
+        fit.blur = std::clamp(fit.blur + float(std::clamp(step[4], -0.3, 0.3)), 0.35F, 6.0F);
     }
 }
 
-bool isSmall(const std::array<double, parameters> &step, bool fitSigma) {
-    return std::abs(step[2]) + std::abs(step[3]) < 0.004 && (!fitSigma || std::abs(step[4]) < 0.01);
+bool isSmall(const std::array<double, parameters> &step, bool fitBlur) {
+    return std::abs(step[2]) + std::abs(step[3]) < 0.004 && (!fitBlur || std::abs(step[4]) < 0.01);
 }
 
 }  // namespace
 
-bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, float radius, bool fitSigma, int steps,
+bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, float radius, bool fitBlur, int steps,
                CornerFit &fit) {
     const Borders borders(axis0, axis1);
     const cv::Point2f start = fit.position;
@@ -196,23 +205,24 @@ bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, flo
             return false;
         }
         NormalEquations equations(sums);
-        if (!equations.solve(levelsOnly ? 2 : fitSigma ? 5 : 4)) {
+        if (!equations.solve(levelsOnly ? 2 : fitBlur ? 5 : 4)) {
             return false;
         }
         const std::array<double, parameters> &step = equations.right;
         fit.residual = sums.rootMeanSquare();
+        fit.sigma = sums.positionSigma();
         if (levelsOnly) {
             fit.middle = float(step[0]);
             fit.amplitude = float(step[1]);
             levelsOnly = false;
             continue;
         }
-        change(fit, step, fitSigma);
+        change(fit, step, fitBlur);
         const cv::Point2f moved = fit.position - start;
         if (!(std::hypot(moved.x, moved.y) < std::max(0.8F, 0.5F * radius))) {
             return false;
         }
-        if (isSmall(step, fitSigma)) {
+        if (isSmall(step, fitBlur)) {
             break;
         }
     }

@@ -15,6 +15,8 @@ struct LatticeCorner {
     cv::Point cell;  // column, row
     cv::Point2f position;
     float strength = 0;
+    float sigma = 0;         // standard deviation of a measured position, pixels
+    bool disturbed = false;  // measured, but the picture around it does not look like a corner
 };
 
 class CornerLattice {

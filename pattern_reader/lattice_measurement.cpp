@@ -97,14 +97,14 @@ public:
     // The blur of the whole from a few corners spread over the lattice; nothing when none of them can be fitted.
     std::optional<float> blur();
     // Fits all of them with this blur and moves them to where they were found.
-    void fitAll(float sigma);
+    void fitAll(float blur);
     // Once more with directions from the measured neighbours.
     void fitAgain();
     // Leaves only the measured corners in the lattice and gives their fits.
     std::vector<CornerFit> keepGood();
 
 private:
-    bool fitOne(const LatticeCorner &corner, bool fitSigma, int steps, CornerFit &fit);
+    bool fitOne(const LatticeCorner &corner, bool fitBlur, int steps, CornerFit &fit);
     bool startFromNeighbour(size_t corner);
     void moveGood();
 
@@ -115,28 +115,28 @@ private:
     std::vector<bool> good_;
 };
 
-bool CornerMeasurement::fitOne(const LatticeCorner &corner, bool fitSigma, int steps, CornerFit &fit) {
+bool CornerMeasurement::fitOne(const LatticeCorner &corner, bool fitBlur, int steps, CornerFit &fit) {
     const auto step = [&](cv::Point along, cv::Point2f &direction) {
         return stepThrough(lattice_, corner, along, direction) || mapped_.at(corner.cell, along, direction);
     };
     cv::Point2f step0;
     cv::Point2f step1;
     return step({1, 0}, step0) && step({0, 1}, step1) &&
-           fitCorner(picture_, step0, step1, cleanRadius(step0, step1), fitSigma, steps, fit);
+           fitCorner(picture_, step0, step1, cleanRadius(step0, step1), fitBlur, steps, fit);
 }
 
 std::optional<float> CornerMeasurement::blur() {
     constexpr size_t samples = 24;
     const size_t count = fits_.size();
-    std::vector<float> sigmas;
+    std::vector<float> blurs;
     for (size_t i = 0; i < count; i += std::max<size_t>(1, count / samples)) {
         CornerFit sample;
         sample.position = lattice_.corners[i].position;
         if (fitOne(lattice_.corners[i], true, 6, sample)) {
-            sigmas.push_back(sample.sigma);
+            blurs.push_back(sample.blur);
         }
     }
-    return sigmas.empty() ? std::nullopt : std::optional<float>(medianOf(sigmas));
+    return blurs.empty() ? std::nullopt : std::optional<float>(medianOf(blurs));
 }
 
 // A neighbour's grey levels, light and dark exchanged, spare the step that asks for nothing else. False without one.
@@ -152,11 +152,11 @@ bool CornerMeasurement::startFromNeighbour(size_t corner) {
     return false;
 }
 
-void CornerMeasurement::fitAll(float sigma) {
+void CornerMeasurement::fitAll(float blur) {
     for (size_t i = 0; i < fits_.size(); i++) {
         const LatticeCorner &corner = lattice_.corners[i];
         fits_[i].position = corner.position;
-        fits_[i].sigma = sigma;
+        fits_[i].blur = blur;
         const float sign = lattice_.isLight(corner.cell) ? 1.0F : -1.0F;
         const bool started = startFromNeighbour(i);
         good_[i] = fitOne(corner, false, started ? 2 : 3, fits_[i]) && fits_[i].amplitude * sign > 1 &&
@@ -176,6 +176,7 @@ void CornerMeasurement::moveGood() {
     for (size_t i = 0; i < fits_.size(); i++) {
         if (good_[i]) {
             lattice_.corners[i].position = fits_[i].position;
+            lattice_.corners[i].sigma = fits_[i].sigma;
         }
     }
 }
@@ -207,7 +208,7 @@ void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<
         }
         CornerFit fit;
         fit.position = expected;
-        fit.sigma = neighbour.sigma;
+        fit.blur = neighbour.blur;
         if (!fitCorner(picture, step0, step1, cleanRadius(step0, step1), false, 5, fit)) {
             return;
         }
@@ -215,7 +216,7 @@ void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<
         const cv::Point2f off = fit.position - expected;
         const float amplitude = fit.amplitude * (lattice.isLight(cell) ? 1.0F : -1.0F);
         if (amplitude > 0.5F * std::abs(neighbour.amplitude) && fit.residual < 0.3F * amplitude &&
-            off.dot(off) < 0.04F * shortest * shortest && lattice.add({cell, fit.position, 0})) {
+            off.dot(off) < 0.04F * shortest * shortest && lattice.add({cell, fit.position, 0, fit.sigma})) {
             fits.push_back(fit);
         }
     };
@@ -232,8 +233,8 @@ void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<
 
 std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice) {
     CornerMeasurement measurement(picture, lattice);
-    if (const std::optional<float> sigma = measurement.blur()) {
-        measurement.fitAll(*sigma);
+    if (const std::optional<float> blur = measurement.blur()) {
+        measurement.fitAll(*blur);
         measurement.fitAgain();
     }
     std::vector<CornerFit> fits = measurement.keepGood();

@@ -31,6 +31,11 @@ enum class PatternKind {
 struct PatternCorner {
     cv::Point2f image;
     cv::Point lattice;
+    // Standard deviation of `image` along one axis, in pixels, as the measurement itself estimates it.
+    float sigma = 0;
+    // The picture around the point does not look like a corner or a mark, for example because the edge of a shadow
+    // runs through it. `sigma` is then only a rough estimate.
+    bool disturbed = false;
 };
 
 // What an information block says. Lengths in millimetres.

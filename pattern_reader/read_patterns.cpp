@@ -138,7 +138,7 @@ PatternReading describe(const CornerLattice &lattice, const Place &place) {
     for (const LatticeCorner &corner : lattice.corners) {
         const cv::Point p = place.motion.point(corner.cell);
         if (belongs(place, p)) {
-            reading.corners.push_back({corner.position, p});
+            reading.corners.push_back({corner.position, p, corner.sigma, corner.disturbed});
         }
     }
     std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {

@@ -63,8 +63,13 @@ nlohmann::ordered_json toJson(const PatternReading &reading) {
     json["log10Chance"] = rounded(reading.log10Chance, 0.1);
     json["corners"] = nlohmann::ordered_json::array();
     for (const PatternCorner &corner : reading.corners) {
-        json["corners"].push_back({{"lattice", {corner.lattice.x, corner.lattice.y}},
-                                   {"image", {rounded(corner.image.x, 0.0001), rounded(corner.image.y, 0.0001)}}});
+        nlohmann::ordered_json entry = {{"lattice", {corner.lattice.x, corner.lattice.y}},
+                                        {"image", {rounded(corner.image.x, 0.0001), rounded(corner.image.y, 0.0001)}},
+                                        {"sigma", rounded(corner.sigma, 0.0001)}};
+        if (corner.disturbed) {
+            entry["disturbed"] = true;
+        }
+        json["corners"].push_back(std::move(entry));
     }
     return json;
 }

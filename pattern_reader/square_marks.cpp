@@ -63,7 +63,7 @@ struct Quad {
     int measured = 0;
     float middle = 0;  // grey level between light and dark
     float amplitude = 0;
-    float sigma = 0;
+    float blur = 0;
 
     cv::Point2f at(float u, float v) const {
         return corners[0] * ((1 - u) * (1 - v)) + corners[1] * (u * (1 - v)) + corners[2] * ((1 - u) * v) +
@@ -102,7 +102,7 @@ bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
             const CornerFit &fit = fits_[size_t(index)];
             quad.middle += fit.middle;
             quad.amplitude += std::abs(fit.amplitude);
-            quad.sigma += fit.sigma;
+            quad.blur += fit.blur;
             quad.measured++;
         }
     }
@@ -111,7 +111,7 @@ bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
     }
     quad.middle /= float(quad.measured);
     quad.amplitude /= float(quad.measured);
-    quad.sigma /= float(quad.measured);
+    quad.blur /= float(quad.measured);
     for (size_t i = 0; i < 4; i++) {
         if (!quad.known[i] && !predictCorner(cell, i, quad)) {
             return false;
@@ -183,8 +183,8 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
     if (width < 1.5F || height < 1.5F) {
         return Look::OutOfSight;
     }
-    const AxisProfile u = profileFor(quad.sigma / width);
-    const AxisProfile v = profileFor(quad.sigma / height);
+    const AxisProfile u = profileFor(quad.blur / width);
+    const AxisProfile v = profileFor(quad.blur / height);
     const float toLevel = (lattice_.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
     // The square must be there. Where blur leaves too little of its own colour that cannot be told.
     const float expectedRing = std::min(u.ring * v.board, v.ring * u.board);

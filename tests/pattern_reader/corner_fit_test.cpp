@@ -58,7 +58,7 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
         ASSERT_TRUE(fitCorner(picture, axis0, axis1, 6, true, 12, fit)) << corner.name;
         EXPECT_NEAR(fit.position.x, corner.at.x, corner.tolerance) << corner.name;
         EXPECT_NEAR(fit.position.y, corner.at.y, corner.tolerance) << corner.name;
-        EXPECT_NEAR(fit.sigma, corner.sigma, 0.15) << corner.name;
+        EXPECT_NEAR(fit.blur, corner.sigma, 0.15) << corner.name;
         EXPECT_NEAR(fit.amplitude, corner.amplitude, 3) << corner.name;
         EXPECT_NEAR(fit.middle, 120, 2) << corner.name;
     }
