@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <iterator>
 
-#include "camera_library/pattern_code/position_index.h"
+#include "pattern_reader/position_index.h"
 
 namespace pattern_reader {
 
 namespace {
 
 using pattern_code::planeSide;
-using pattern_code::PositionIndex;
-using pattern_code::SeenCells;
 using pattern_code::tileSide;
 
 constexpr float leastCertainty = 0.3F;  // of a reading that takes part
@@ -48,7 +46,7 @@ SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origi
 }
 
 // Squares that lie outside the code, or on a tile's information block, speak for nothing; but there must not be many.
-bool isAccepted(const pattern_code::Location &location, int readings) {
+bool isAccepted(const Location &location, int readings) {
     const int compared = location.agreeing + location.disagreeing;
     const int leastCompared = readings * (location.place.tile == Place::plane ? 6 : 4);
     return compared * 10 >= leastCompared && location.disagreeing <= greatestMismatchShare * compared &&

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "camera_library/pattern_code/bit_count.h"
 #include "camera_library/pattern_code/position_code.h"
 
 namespace pattern_code {
@@ -127,14 +128,6 @@ private:
     std::vector<Row> rows_;
     bool isUnique_ = true;
 };
-
-int onesIn(std::uint64_t bits) {
-    int count = 0;
-    for (; bits != 0; bits &= bits - 1) {
-        ++count;
-    }
-    return count;
-}
 
 /** The content of a word of the code; nothing when version, kind, constants or ranges are wrong. */
 std::optional<BlockContent> contentOf(std::uint64_t word) {

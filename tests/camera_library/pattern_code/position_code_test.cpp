@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "camera_library/pattern_code/bit_count.h"
+
 namespace {
 
 using namespace pattern_code;
@@ -17,15 +19,8 @@ struct Window {
     Word mask;
 };
 
-int ones(Word word) {
-    word -= (word >> 1U) & 0x5555555555555555U;
-    word = (word & 0x3333333333333333U) + ((word >> 2U) & 0x3333333333333333U);
-    word = (word + (word >> 4U)) & 0x0F0F0F0F0F0F0F0FU;
-    return static_cast<int>((word * 0x0101010101010101U) >> 56U);
-}
-
 int distance(const Window &a, const Window &b) {
-    return ones((a.word ^ b.word) & a.mask & b.mask);
+    return onesIn((a.word ^ b.word) & a.mask & b.mask);
 }
 
 Word fullMask(int n) {
@@ -81,7 +76,7 @@ std::vector<Window> tileWindows(int n, int turns) {
  */
 class NearWindows {
 public:
-    NearWindows(const std::vector<Window> &windows, int n, int partCount) : windows_(windows) {
+    NearWindows(const std::vector<Window> &allWindows, int n, int partCount) : windows(allWindows) {
         for (int part = 0, shift = 0; part < partCount; ++part) {
             const int width = (n * n - shift) / (partCount - part);
             Part made{shift, width, std::vector<int>((std::size_t{1} << width) + 1), {}};
@@ -96,19 +91,19 @@ public:
             for (std::size_t i = 0; i < windows.size(); ++i) {
                 made.entries[static_cast<std::size_t>(next[key(made, windows[i].word)]++)] = static_cast<int>(i);
             }
-            parts_.push_back(std::move(made));
+            parts.push_back(std::move(made));
             shift += width;
         }
     }
 
     int leastDistance(const std::vector<Window> &others, bool sameList, int limit) const {
         int least = limit;
-        const int flips = (limit - 1) / static_cast<int>(parts_.size());
-        for (const Part &part : parts_) {
+        const int flips = (limit - 1) / static_cast<int>(parts.size());
+        for (const Part &part : parts) {
             for (std::size_t i = 0; i < others.size(); ++i) {
                 probe(part, key(part, others[i].word), 0, flips, [&](int entry) {
                     if (!sameList || static_cast<std::size_t>(entry) != i) {
-                        least = std::min(least, distance(windows_[static_cast<std::size_t>(entry)], others[i]));
+                        least = std::min(least, distance(windows[static_cast<std::size_t>(entry)], others[i]));
                     }
                 });
             }
@@ -138,8 +133,8 @@ private:
         }
     }
 
-    const std::vector<Window> &windows_;
-    std::vector<Part> parts_;
+    const std::vector<Window> &windows;
+    std::vector<Part> parts;
 };
 
 int leastDistance(const std::vector<Window> &windows, const Window &other) {

@@ -1,4 +1,4 @@
-#include "camera_library/pattern_code/position_index.h"
+#include "pattern_reader/position_index.h"
 
 #include <gtest/gtest.h>
 
@@ -7,19 +7,26 @@
 #include <random>
 #include <string>
 
+namespace pattern_reader {
+
 namespace {
 
-using namespace pattern_code;
+using pattern_code::carriesPosition;
+using pattern_code::planeBit;
+using pattern_code::planeSide;
+using pattern_code::tileBit;
+using pattern_code::tileCount;
+using pattern_code::tileSide;
 
 struct Damage {
     int wrongPercent = 0;
     int unknownPercent = 0;
 };
 
-/** Patches of the code as they might be seen: turned, with wrong and unknown bits, blocks of any content. */
+// Patches of the code as they might be seen: turned, with wrong and unknown bits, blocks of any content.
 class PatchMaker {
 public:
-    /** A patch of the plane or of a tile at a random place. */
+    // A patch of the plane or of a tile at a random place.
     SeenCells make(bool ofPlane, int width, int height, Damage damage) {
         const int side = ofPlane ? planeSide : tileSide;
         place.tile = ofPlane ? CodePlace::plane : below(tileCount);
@@ -52,12 +59,12 @@ public:
         return below(100) < damage.unknownPercent ? unknownCell : bit != isWrong ? 1 : 0;
     }
 
-    int below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
+    int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
 
     CodePlace place;
 
 private:
-    std::mt19937_64 random_{17};
+    std::mt19937_64 random{17};
 };
 
 struct LocateCase {
@@ -173,3 +180,5 @@ TEST(PositionIndex, isCertainOfNoPatchWithoutTheCode) {
 }
 
 }  // namespace
+
+}  // namespace pattern_reader

@@ -14,10 +14,12 @@
 #include <random>
 #include <vector>
 
+#include "camera_library/pattern_code/bit_count.h"
 #include "camera_library/pattern_code/position_code.h"
 
 namespace {
 
+using pattern_code::onesIn;
 using pattern_code::planeSide;
 using pattern_code::planeWindowDistance;
 using pattern_code::tileCount;
@@ -25,7 +27,7 @@ using pattern_code::tileSide;
 using pattern_code::tileWindowDistance;
 using Word = std::uint64_t;
 
-/** A window of side n in one word: the bit of column c, row r has the number r * n + c. */
+// A window of side n in one word: the bit of column c, row r has the number r * n + c.
 Word turned(Word word, int n) {
     Word result = 0;
     for (int row = 0; row < n; ++row) {
@@ -40,56 +42,47 @@ Word allOnes(int n) {
     return n == 8 ? ~Word{0} : (Word{1} << (n * n)) - 1;
 }
 
-int ones(Word word) {
-    // Spelled out, because the library's count is a call on processors without an instruction for it.
-    word -= (word >> 1U) & 0x5555555555555555U;
-    word = (word & 0x3333333333333333U) + ((word >> 2U) & 0x3333333333333333U);
-    word = (word + (word >> 4U)) & 0x0F0F0F0F0F0F0F0FU;
-    return static_cast<int>((word * 0x0101010101010101U) >> 56U);
-}
-
-/** Whether a window in any of its orientations is closer than distance to itself in another one. */
+// Whether a window in any of its orientations is closer than distance to itself in another one.
 bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     Word turnedWord = word;
     Word turnedMask = mask;
     for (int turn = 1; turn < 4; ++turn) {
         turnedWord = turned(turnedWord, n);
         turnedMask = turned(turnedMask, n);
-        if (ones((word ^ turnedWord) & mask & turnedMask) < distance) {
+        if (onesIn((word ^ turnedWord) & mask & turnedMask) < distance) {
             return true;
         }
     }
     return false;
 }
 
-/**
- * Whole windows of side n, each in four orientations. Two words closer than the distance agree in at least
- * one of the parts they are cut into but for flips_ bits, so those parts are the keys to look under.
- */
+// Whole windows of side n, each in four orientations. Two words closer than the distance agree in at least
+// one of the parts they are cut into but for flips bits, so those parts are the keys to look under.
 class WindowIndex {
 public:
-    WindowIndex(int n, int distance, int parts) : n_(n), distance_(distance), flips_((distance - 1) / parts) {
+    WindowIndex(int windowSide, int leastDistance, int partCount)
+        : n(windowSide), distance(leastDistance), flips((distance - 1) / partCount) {
         int shift = 0;
-        for (int part = 0; part < parts; ++part) {
-            const int width = (n * n - shift) / (parts - part);
+        for (int part = 0; part < partCount; ++part) {
+            const int width = (n * n - shift) / (partCount - part);
             Part made{shift, (Word{1} << width) - 1, {}, {}, {}};
             made.heads.assign(std::size_t{1} << width, -1);
             made.patterns.push_back(0);
-            addPatterns(made.patterns, 0, 0, width, flips_);
-            parts_.push_back(std::move(made));
+            addPatterns(made.patterns, 0, 0, width, flips);
+            parts.push_back(std::move(made));
             shift += width;
         }
     }
 
     [[nodiscard]] bool accepts(Word word) const {
-        if (isLikeItselfTurned(word, allOnes(n_), n_, distance_)) {
+        if (isLikeItselfTurned(word, allOnes(n), n, distance)) {
             return false;
         }
-        for (const Part &part : parts_) {
+        for (const Part &part : parts) {
             const Word key = (word >> part.shift) & part.mask;
             for (const Word pattern : part.patterns) {
                 for (int entry = part.heads[key ^ pattern]; entry >= 0; entry = part.next[index(entry)]) {
-                    if (ones(words_[index(entry)] ^ word) < distance_) {
+                    if (onesIn(allWords[index(entry)] ^ word) < distance) {
                         return false;
                     }
                 }
@@ -99,27 +92,27 @@ public:
     }
 
     void add(Word word) {
-        for (int turn = 0; turn < 4; ++turn, word = turned(word, n_)) {
-            for (Part &part : parts_) {
+        for (int turn = 0; turn < 4; ++turn, word = turned(word, n)) {
+            for (Part &part : parts) {
                 int &head = part.heads[(word >> part.shift) & part.mask];
                 part.next.push_back(head);
-                head = static_cast<int>(words_.size());
+                head = static_cast<int>(allWords.size());
             }
-            words_.push_back(word);
+            allWords.push_back(word);
         }
     }
 
     void removeLast() {
         for (int turn = 0; turn < 4; ++turn) {
-            for (Part &part : parts_) {
-                part.heads[(words_.back() >> part.shift) & part.mask] = part.next.back();
+            for (Part &part : parts) {
+                part.heads[(allWords.back() >> part.shift) & part.mask] = part.next.back();
                 part.next.pop_back();
             }
-            words_.pop_back();
+            allWords.pop_back();
         }
     }
 
-    [[nodiscard]] const std::vector<Word> &words() const { return words_; }
+    [[nodiscard]] const std::vector<Word> &words() const { return allWords; }
 
 private:
     struct Part {
@@ -132,27 +125,27 @@ private:
 
     static std::size_t index(int entry) { return static_cast<std::size_t>(entry); }
 
-    static void addPatterns(std::vector<Word> &patterns, Word pattern, int from, int width, int flips) {
-        for (int bit = from; flips > 0 && bit < width; ++bit) {
+    static void addPatterns(std::vector<Word> &patterns, Word pattern, int from, int width, int flipCount) {
+        for (int bit = from; flipCount > 0 && bit < width; ++bit) {
             patterns.push_back(pattern | Word{1} << bit);
-            addPatterns(patterns, pattern | Word{1} << bit, bit + 1, width, flips - 1);
+            addPatterns(patterns, pattern | Word{1} << bit, bit + 1, width, flipCount - 1);
         }
     }
 
-    int n_;
-    int distance_;
-    int flips_;
-    std::vector<Part> parts_;
-    std::vector<Word> words_;
+    int n;
+    int distance;
+    int flips;
+    std::vector<Part> parts;
+    std::vector<Word> allWords;
 };
 
-/** A square grid of bits filled in reading order. */
+// A square grid of bits filled in reading order.
 struct Grid {
     explicit Grid(int sideOfGrid) : side(sideOfGrid), bits(static_cast<std::size_t>(sideOfGrid * sideOfGrid)) {}
 
     [[nodiscard]] bool hasWindowEndingAt(int cell, int n) const { return cell % side >= n - 1 && cell / side >= n - 1; }
 
-    /** The window of side n whose last square is the cell. */
+    // The window of side n whose last square is the cell.
     [[nodiscard]] Word windowEndingAt(int cell, int n) const {
         Word word = 0;
         for (int row = 0; row < n; ++row) {
@@ -168,10 +161,8 @@ struct Grid {
     std::vector<std::uint8_t> bits;
 };
 
-/**
- * Fills a grid. tryCell(cell) puts a bit into a square and says whether all is well; undo(cell) takes back
- * what a successful tryCell kept. Returns the number of squares emptied on the way.
- */
+// Fills a grid. tryCell(cell) puts a bit into a square and says whether all is well; undo(cell) takes back
+// what a successful tryCell kept. Returns the number of squares emptied on the way.
 template <typename TryCell, typename Undo>
 int fill(int cellCount, std::mt19937_64 &random, const TryCell &tryCell, const Undo &undo) {
     int emptied = 0;
@@ -196,8 +187,8 @@ int fill(int cellCount, std::mt19937_64 &random, const TryCell &tryCell, const U
 
 class PlaneMaker {
 public:
-    explicit PlaneMaker(std::mt19937_64 &random) : random_(random), grid_(planeSide) {
-        for (WindowIndex &index : indexes_) {
+    explicit PlaneMaker(std::mt19937_64 &generator) : random(generator), plane(planeSide) {
+        for (WindowIndex &index : indexes) {
             // A board without marks, or with a mark everywhere, is like no window either.
             index.add(0);
             index.add(~Word{0} & allOnes(sideOf(index)));
@@ -206,73 +197,73 @@ public:
 
     int make() {
         return fill(
-            planeSide * planeSide, random_, [this](int cell) { return tryCell(cell); },
+            planeSide * planeSide, random, [this](int cell) { return tryCell(cell); },
             [this](int cell) { undo(cell); });
     }
 
-    [[nodiscard]] const Grid &grid() const { return grid_; }
-    /** The windows of side n, 7 or 8, in four orientations each. */
+    [[nodiscard]] const Grid &grid() const { return plane; }
+    // The windows of side n, 7 or 8, in four orientations each.
     [[nodiscard]] const std::vector<Word> &words(int n) const {
-        return indexes_[static_cast<std::size_t>(n - 5)].words();
+        return indexes[static_cast<std::size_t>(n - 5)].words();
     }
 
 private:
-    int sideOf(const WindowIndex &index) const { return 5 + static_cast<int>(&index - indexes_.data()); }
+    int sideOf(const WindowIndex &index) const { return 5 + static_cast<int>(&index - indexes.data()); }
 
     bool tryCell(int cell) {
-        std::uint8_t &bit = grid_.bits[static_cast<std::size_t>(cell)];
-        bit = static_cast<std::uint8_t>(random_() & 1U);
+        std::uint8_t &bit = plane.bits[static_cast<std::size_t>(cell)];
+        bit = static_cast<std::uint8_t>(random() & 1U);
         if (!accepts(cell)) {
             bit ^= 1U;
             if (!accepts(cell)) {
                 return false;
             }
         }
-        for (WindowIndex &index : indexes_) {
-            if (grid_.hasWindowEndingAt(cell, sideOf(index))) {
-                index.add(grid_.windowEndingAt(cell, sideOf(index)));
+        for (WindowIndex &index : indexes) {
+            if (plane.hasWindowEndingAt(cell, sideOf(index))) {
+                index.add(plane.windowEndingAt(cell, sideOf(index)));
             }
         }
         return true;
     }
 
     bool accepts(int cell) const {
-        return std::all_of(indexes_.begin(), indexes_.end(), [&](const WindowIndex &index) {
+        return std::all_of(indexes.begin(), indexes.end(), [&](const WindowIndex &index) {
             const int n = sideOf(index);
-            return !grid_.hasWindowEndingAt(cell, n) || index.accepts(grid_.windowEndingAt(cell, n));
+            return !plane.hasWindowEndingAt(cell, n) || index.accepts(plane.windowEndingAt(cell, n));
         });
     }
 
     void undo(int cell) {
-        for (WindowIndex &index : indexes_) {
-            if (grid_.hasWindowEndingAt(cell, sideOf(index))) {
+        for (WindowIndex &index : indexes) {
+            if (plane.hasWindowEndingAt(cell, sideOf(index))) {
                 index.removeLast();
             }
         }
     }
 
-    std::mt19937_64 &random_;
-    Grid grid_;
-    std::array<WindowIndex, 4> indexes_{
+    std::mt19937_64 &random;
+    Grid plane;
+    std::array<WindowIndex, 4> indexes{
         WindowIndex(5, planeWindowDistance(5), 2), WindowIndex(6, planeWindowDistance(6), 2),
         WindowIndex(7, planeWindowDistance(7), 3), WindowIndex(8, planeWindowDistance(8), 4)};
 };
 
-/** Fills the tiles, one after the other, against the finished plane. */
+// Fills the tiles, one after the other, against the finished plane.
 class TileMaker {
 public:
-    TileMaker(std::mt19937_64 &random, const PlaneMaker &plane) : random_(random), plane_(plane) {
+    TileMaker(std::mt19937_64 &generator, const PlaneMaker &finishedPlane) : random(generator), plane(finishedPlane) {
         for (const int n : sides) {
             windowsOf(n).push_back({0, allOnes(n)});
             windowsOf(n).push_back({allOnes(n), allOnes(n)});
         }
     }
 
-    /** Makes the next tile; to is where its bits go. Returns the number of squares emptied on the way. */
+    // Makes the next tile; to is where its bits go. Returns the number of squares emptied on the way.
     int make(Grid &to) {
-        grid_ = &to;
+        tile = &to;
         return fill(
-            tileSide * tileSide, random_, [this](int cell) { return tryCell(cell); }, [this](int cell) { undo(cell); });
+            tileSide * tileSide, random, [this](int cell) { return tryCell(cell); }, [this](int cell) { undo(cell); });
     }
 
 private:
@@ -283,12 +274,12 @@ private:
         Word mask;
     };
 
-    std::vector<Window> &windowsOf(int n) { return windows_[static_cast<std::size_t>(n - sides[0])]; }
+    std::vector<Window> &windowsOf(int n) { return windows[static_cast<std::size_t>(n - sides[0])]; }
 
     bool tryCell(int cell) {
-        std::uint8_t &bit = grid_->bits[static_cast<std::size_t>(cell)];
+        std::uint8_t &bit = tile->bits[static_cast<std::size_t>(cell)];
         const bool isFree = pattern_code::carriesPosition(cell % tileSide, cell / tileSide);
-        bit = isFree ? static_cast<std::uint8_t>(random_() & 1U) : std::uint8_t{0};
+        bit = isFree ? static_cast<std::uint8_t>(random() & 1U) : std::uint8_t{0};
         if (!accepts(cell)) {
             bit ^= 1U;
             if (!isFree || !accepts(cell)) {
@@ -296,7 +287,7 @@ private:
             }
         }
         for (const int n : sides) {
-            if (grid_->hasWindowEndingAt(cell, n)) {
+            if (tile->hasWindowEndingAt(cell, n)) {
                 Window window = windowEndingAt(cell, n);
                 for (int turn = 0; turn < 4; ++turn) {
                     windowsOf(n).push_back(window);
@@ -311,7 +302,7 @@ private:
         // The plane has by far the most windows, so it comes last.
         const auto holds = [&](bool (TileMaker::*isFine)(const Window &, int)) {
             return std::all_of(sides.begin(), sides.end(), [&](int n) {
-                return !grid_->hasWindowEndingAt(cell, n) || (this->*isFine)(windowEndingAt(cell, n), n);
+                return !tile->hasWindowEndingAt(cell, n) || (this->*isFine)(windowEndingAt(cell, n), n);
             });
         };
         return holds(&TileMaker::isUnlikeTiles) && holds(&TileMaker::isUnlikePlane);
@@ -322,20 +313,20 @@ private:
         const int distance = tileWindowDistance(n);
         return !isLikeItselfTurned(window.word, window.mask, n, distance) &&
                std::none_of(tiles.begin(), tiles.end(), [&](const Window &other) {
-                   return ones((other.word ^ window.word) & window.mask & other.mask) < distance;
+                   return onesIn((other.word ^ window.word) & window.mask & other.mask) < distance;
                });
     }
 
     bool isUnlikePlane(const Window &window, int n) {
-        const std::vector<Word> &plane = plane_.words(n);
+        const std::vector<Word> &words = plane.words(n);
         const int distance = tileWindowDistance(n);
-        return std::none_of(plane.begin(), plane.end(),
-                            [&](Word other) { return ones((other ^ window.word) & window.mask) < distance; });
+        return std::none_of(words.begin(), words.end(),
+                            [&](Word other) { return onesIn((other ^ window.word) & window.mask) < distance; });
     }
 
     void undo(int cell) {
         for (const int n : sides) {
-            if (grid_->hasWindowEndingAt(cell, n)) {
+            if (tile->hasWindowEndingAt(cell, n)) {
                 windowsOf(n).resize(windowsOf(n).size() - 4);
             }
         }
@@ -350,16 +341,16 @@ private:
                 mask |= Word{pattern_code::carriesPosition(atColumn, atRow) ? 1U : 0U} << (row * n + column);
             }
         }
-        return {grid_->windowEndingAt(cell, n) & mask, mask};
+        return {tile->windowEndingAt(cell, n) & mask, mask};
     }
 
-    std::mt19937_64 &random_;
-    const PlaneMaker &plane_;
-    Grid *grid_ = nullptr;
-    std::array<std::vector<Window>, 2> windows_;
+    std::mt19937_64 &random;
+    const PlaneMaker &plane;
+    Grid *tile = nullptr;
+    std::array<std::vector<Window>, 2> windows;
 };
 
-/** One line for each row of the grid; the leftmost square is the highest bit of a word. */
+// One line for each row of the grid; the leftmost square is the highest bit of a word.
 void write(std::FILE *file, const Grid &grid) {
     for (int row = 0; row < grid.side; ++row) {
         std::fputs(grid.side > tileSide ? "{" : "", file);

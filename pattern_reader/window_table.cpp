@@ -1,11 +1,21 @@
-#include "camera_library/pattern_code/window_table.h"
+#include "pattern_reader/window_table.h"
 
 #include <cmath>
 
-#include "camera_library/pattern_code/position_index.h"
+#include "camera_library/pattern_code/bit_count.h"
+#include "pattern_reader/position_index.h"
 
-namespace pattern_code {
+namespace pattern_reader {
+
 namespace {
+
+using pattern_code::carriesPosition;
+using pattern_code::onesIn;
+using pattern_code::planeBit;
+using pattern_code::planeSide;
+using pattern_code::tileBit;
+using pattern_code::tileCount;
+using pattern_code::tileSide;
 
 using Word = std::uint64_t;
 
@@ -58,7 +68,7 @@ CodeGrid tileGrid(int tile) {
 
 using Limits = std::array<int, WindowTable::scanSide * WindowTable::scanSide + 1>;
 
-/** The most disagreeing bits of a window that is visited, by the number of bits compared; -1 for none. */
+// The most bits in which a window that is visited may disagree, by the number of bits compared; -1: visit none.
 const Limits &disagreementLimits() {
     static const Limits limits = [] {
         Limits made{};
@@ -74,37 +84,37 @@ const Limits &disagreementLimits() {
     return limits;
 }
 
-/** Counts ones in 64 columns of bits at once: bit i of level k is the bit of value 2^k of column i's count. */
+// Counts the ones in 64 columns of bits at once: bit i of level k is bit k of column i's count.
 class ColumnCounts {
 public:
     void add(Word bits) {
-        // Bits wait in pairs, so that most additions are the short ones.
-        if (!isWaiting_) {
-            waiting_ = bits;
+        // Added in pairs, because that takes fewer operations than adding one after the other.
+        if (!isWaiting) {
+            waiting = bits;
         } else {
-            carry(addThree(levels_[0], waiting_, bits), 1);
+            carry(addThree(levels[0], waiting, bits), 1);
         }
-        isWaiting_ = !isWaiting_;
+        isWaiting = !isWaiting;
     }
 
-    /** The columns whose count is at most the limit. */
+    // Has a one for every column whose count is at most the limit.
     Word atMost(int limit) {
-        if (isWaiting_) {
-            carry(waiting_, 0);
-            isWaiting_ = false;
+        if (isWaiting) {
+            carry(waiting, 0);
+            isWaiting = false;
         }
         Word less = 0;
         Word equal = ~Word{0};
-        for (std::size_t level = levels_.size(); level-- > 0;) {
+        for (std::size_t level = levels.size(); level-- > 0;) {
             const Word ofLimit = (limit >> level & 1) != 0 ? ~Word{0} : 0;
-            less |= equal & ofLimit & ~levels_[level];
-            equal &= ~(ofLimit ^ levels_[level]);
+            less |= equal & ofLimit & ~levels[level];
+            equal &= ~(ofLimit ^ levels[level]);
         }
         return less | equal;
     }
 
 private:
-    /** Adds two bits to a level and returns what is carried. */
+    // Adds two bits to a level and returns the carry.
     static Word addThree(Word &level, Word a, Word b) {
         const Word sum = level ^ a;
         const Word carried = (level & a) | (sum & b);
@@ -113,16 +123,16 @@ private:
     }
 
     void carry(Word bits, std::size_t level) {
-        for (; bits != 0 && level < levels_.size(); ++level) {
-            const Word carried = levels_[level] & bits;
-            levels_[level] ^= bits;
+        for (; bits != 0 && level < levels.size(); ++level) {
+            const Word carried = levels[level] & bits;
+            levels[level] ^= bits;
             bits = carried;
         }
     }
 
-    std::array<Word, 7> levels_{};
-    Word waiting_ = 0;
-    bool isWaiting_ = false;
+    std::array<Word, 7> levels{};
+    Word waiting = 0;
+    bool isWaiting = false;
 };
 
 }  // namespace
@@ -143,13 +153,13 @@ double chanceLog10(int count, int disagreeing) {
     return std::log10(sum) + exponent - count * std::log10(2.0);
 }
 
-WindowTable::WindowTable() : keySlots_(std::size_t{1} << slotBits, -1) {
-    grids_.push_back(planeGrid());
+WindowTable::WindowTable() : keySlots(std::size_t{1} << slotBits, -1) {
+    grids.push_back(planeGrid());
     for (int tile = 0; tile < tileCount; ++tile) {
-        grids_.push_back(tileGrid(tile));
+        grids.push_back(tileGrid(tile));
     }
-    for (std::size_t i = 0; i < grids_.size(); ++i) {
-        const CodeGrid &grid = grids_[i];
+    for (std::size_t i = 0; i < grids.size(); ++i) {
+        const CodeGrid &grid = grids[i];
         const auto windowAt = [&](int column, int row, int side) {
             return Window{grid.bits.window(column, row, side), grid.position.window(column, row, side),
                           static_cast<std::int16_t>(i), static_cast<std::int16_t>(column),
@@ -159,16 +169,16 @@ WindowTable::WindowTable() : keySlots_(std::size_t{1} << slotBits, -1) {
             for (int column = 0; column + keySide <= grid.bits.width(); ++column) {
                 const Window window = windowAt(column, row, keySide);
                 std::size_t slot = slotOf(window.bits, window.position);
-                while (keySlots_[slot] >= 0) {
-                    slot = (slot + 1) % keySlots_.size();
+                while (keySlots[slot] >= 0) {
+                    slot = (slot + 1) % keySlots.size();
                 }
-                keySlots_[slot] = static_cast<std::int32_t>(keyWindows_.size());
-                keyWindows_.push_back(window);
+                keySlots[slot] = static_cast<std::int32_t>(keyWindows.size());
+                keyWindows.push_back(window);
             }
         }
         for (int row = -tileMargin; grid.tile != CodePlace::plane && row < tileSide; ++row) {
             for (int column = -tileMargin; column < tileSide; ++column) {
-                tileWindows_.push_back(windowAt(column, row, scanSide));
+                tileWindows.push_back(windowAt(column, row, scanSide));
             }
         }
     }
@@ -178,10 +188,10 @@ void WindowTable::visitEqual(std::uint64_t bits, const Visit &visit) const {
     static const std::array<Word, 5> masks{keyMask, positionMask(0, 0), positionMask(1, 0), positionMask(0, 1),
                                            positionMask(1, 1)};
     for (const Word mask : masks) {
-        for (std::size_t slot = slotOf(bits, mask); keySlots_[slot] >= 0; slot = (slot + 1) % keySlots_.size()) {
-            const Window &window = keyWindows_[static_cast<std::size_t>(keySlots_[slot])];
+        for (std::size_t slot = slotOf(bits, mask); keySlots[slot] >= 0; slot = (slot + 1) % keySlots.size()) {
+            const Window &window = keyWindows[static_cast<std::size_t>(keySlots[slot])];
             if (window.position == mask && window.bits == (bits & mask)) {
-                visit(grids_[static_cast<std::size_t>(window.grid)], {window.column, window.row});
+                visit(grids[static_cast<std::size_t>(window.grid)], {window.column, window.row});
             }
         }
     }
@@ -190,11 +200,11 @@ void WindowTable::visitEqual(std::uint64_t bits, const Visit &visit) const {
 void WindowTable::visitAlike(const SeenWindow &seen, const Visit &visit) const {
     const Limits &limits = disagreementLimits();
     visitAlikeInPlane(seen, limits[static_cast<std::size_t>(onesIn(seen.known))], visit);
-    for (const Window &window : tileWindows_) {
+    for (const Window &window : tileWindows) {
         const Word compared = window.position & seen.known;
         const int disagreeing = onesIn((window.bits ^ seen.bits) & compared);
         if (disagreeing <= limits.back() && disagreeing <= limits[static_cast<std::size_t>(onesIn(compared))]) {
-            visit(grids_[static_cast<std::size_t>(window.grid)], {window.column, window.row});
+            visit(grids[static_cast<std::size_t>(window.grid)], {window.column, window.row});
         }
     }
 }
@@ -203,7 +213,7 @@ void WindowTable::visitAlikeInPlane(const SeenWindow &seen, int limit, const Vis
     if (limit < 0) {
         return;
     }
-    const CodeGrid &plane = grids_.front();
+    const CodeGrid &plane = grids.front();
     for (int row = 0; row < planeSide; ++row) {
         for (int column = 0; column < planeSide; column += 64) {
             ColumnCounts counts;
@@ -223,4 +233,4 @@ void WindowTable::visitAlikeInPlane(const SeenWindow &seen, int limit, const Vis
     }
 }
 
-}  // namespace pattern_code
+}  // namespace pattern_reader

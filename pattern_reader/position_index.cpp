@@ -1,17 +1,21 @@
-#include "camera_library/pattern_code/position_index.h"
+#include "pattern_reader/position_index.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "camera_library/pattern_code/window_table.h"
+#include "camera_library/pattern_code/bit_count.h"
+#include "pattern_reader/window_table.h"
 
-namespace pattern_code {
+namespace pattern_reader {
+
 namespace {
+
+using pattern_code::onesIn;
+using pattern_code::Square;
 
 constexpr int quickWindowLimit = 64;
 
-// A cell that disagrees weighs as much as so many that agree, about what it does when one bit in twenty is seen
-// wrongly.
+// One disagreeing cell cancels this many that agree, which is roughly right if 5 % of the bits are seen wrongly.
 constexpr int disagreementWeight = 4;
 
 struct Candidate {
@@ -22,7 +26,7 @@ struct Candidate {
     [[nodiscard]] int score() const { return agreeing - disagreementWeight * disagreeing; }
 };
 
-/** The columns and rows outside of which no cell is known. */
+// The smallest rectangle that contains every known cell.
 struct Extent {
     int left = 0;
     int top = 0;
@@ -48,7 +52,7 @@ Extent knownExtent(const SeenCells &seen) {
     return right < 0 ? Extent{} : Extent{left, top, right - left + 1, bottom - top + 1};
 }
 
-/** The known extent of a patch, turned so that its axes run like the code's. */
+// The known extent of a patch, turned so that its axes run like the code's.
 struct AlignedPatch {
     AlignedPatch(const SeenCells &seen, const Extent &extent, int quarterTurns)
         : turns(quarterTurns), bits(widthOf(extent, turns), heightOf(extent, turns)), known(bits) {
@@ -66,7 +70,7 @@ struct AlignedPatch {
                 }
             }
         }
-        // Where the patch's own cell (0, 0) is, which may be outside the extent.
+        // The patch's own cell (0, 0), which may lie outside the extent.
         zero = turn.squareOf(-extent.left, -extent.top);
     }
 
@@ -83,14 +87,14 @@ struct AlignedPatch {
     Square zero;
 
 private:
-    /** Where the extent's first cell comes to lie. */
+    // The cell that the extent's first one becomes.
     [[nodiscard]] Square originOf(const Extent &extent) const {
         return {turns == 1 || turns == 2 ? widthOf(extent, turns) - 1 : 0,
                 turns == 2 || turns == 3 ? heightOf(extent, turns) - 1 : 0};
     }
 };
 
-/** The 8 x 8 window with the most known cells, the first of these. */
+// The first of the 8 x 8 windows with the most known cells.
 Square bestKnownWindow(const AlignedPatch &patch) {
     constexpr int side = WindowTable::scanSide;
     Square best;
@@ -114,7 +118,7 @@ int commonFactor(int a, int b) {
     return b == 0 ? a : commonFactor(b, a % b);
 }
 
-/** Nothing for a large patch that plainly does not belong there. */
+// Compares every cell of the patch with the code. Empty if a large patch plainly does not belong there.
 std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
     Candidate candidate;
     int known = 0;
@@ -137,19 +141,19 @@ std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &gri
     return candidate;
 }
 
-/** One patch's search: of the places looked at closely the best two are kept. */
+// The search for one patch. It keeps the best two of the places that it compared.
 class PlaceSearch {
 public:
-    PlaceSearch(const WindowTable &table, const SeenCells &seen) : table_(table) {
+    PlaceSearch(const WindowTable &windowTable, const SeenCells &seen) : table(windowTable) {
         const Extent extent = knownExtent(seen);
         for (int turns = 0; turns < 4 && extent.width > 0; ++turns) {
-            patches_.emplace_back(seen, extent, turns);
+            patches.emplace_back(seen, extent, turns);
         }
     }
 
-    /** Looks up 5 x 5 windows without unknown cells, spread over the patch. */
+    // Looks up 5 x 5 windows without unknown cells, spread over the patch.
     void runQuick() {
-        for (const AlignedPatch &patch : patches_) {
+        for (const AlignedPatch &patch : patches) {
             const int across = patch.known.width() - WindowTable::keySide + 1;
             const int down = patch.known.height() - WindowTable::keySide + 1;
             if (across <= 0 || down <= 0) {
@@ -167,7 +171,7 @@ public:
                 const SeenWindow window = patch.window(square.column, square.row, WindowTable::keySide);
                 if (window.known == WindowTable::keyMask) {
                     ++windows;
-                    table_.visitEqual(window.bits, [&](const CodeGrid &grid, Square found) {
+                    table.visitEqual(window.bits, [&](const CodeGrid &grid, Square found) {
                         consider(patch, grid, {found.column - square.column, found.row - square.row});
                     });
                 }
@@ -175,56 +179,56 @@ public:
         }
     }
 
-    /** Compares the 8 x 8 cells of which most are known with those at every place. */
+    // Compares the 8 x 8 window with the most known cells with the code at every place.
     void runFull() {
-        for (const AlignedPatch &patch : patches_) {
+        for (const AlignedPatch &patch : patches) {
             const Square square = bestKnownWindow(patch);
-            table_.visitAlike(patch.window(square.column, square.row, WindowTable::scanSide),
-                              [&](const CodeGrid &grid, Square found) {
-                                  consider(patch, grid, {found.column - square.column, found.row - square.row});
-                              });
+            table.visitAlike(patch.window(square.column, square.row, WindowTable::scanSide),
+                             [&](const CodeGrid &grid, Square found) {
+                                 consider(patch, grid, {found.column - square.column, found.row - square.row});
+                             });
         }
     }
 
     [[nodiscard]] std::optional<Location> result() const {
-        if (best_.empty() || best_[0].agreeing <= best_[0].disagreeing) {
+        if (best.empty() || best[0].agreeing <= best[0].disagreeing) {
             return std::nullopt;
         }
         Location location;
-        location.place = best_[0].place;
-        location.agreeing = best_[0].agreeing;
-        location.disagreeing = best_[0].disagreeing;
+        location.place = best[0].place;
+        location.agreeing = best[0].agreeing;
+        location.disagreeing = best[0].disagreeing;
         location.chanceLog10 =
             std::log10(placeCount) + chanceLog10(location.agreeing + location.disagreeing, location.disagreeing);
-        if (best_.size() > 1) {
-            location.runnerUpAgreeing = best_[1].agreeing;
-            location.runnerUpDisagreeing = best_[1].disagreeing;
+        if (best.size() > 1) {
+            location.runnerUpAgreeing = best[1].agreeing;
+            location.runnerUpDisagreeing = best[1].disagreeing;
         }
         return location;
     }
 
 private:
-    /** Looks closely at the place that puts the aligned patch's corner on a square of the grid. */
+    // Compares the whole patch at the place where its corner lies on this square of the grid.
     void consider(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
         const CodePlace place{grid.tile, {corner.column + patch.zero.column, corner.row + patch.zero.row}, patch.turns};
-        if (std::any_of(best_.begin(), best_.end(), [&](const Candidate &other) { return other.place == place; })) {
+        if (std::any_of(best.begin(), best.end(), [&](const Candidate &other) { return other.place == place; })) {
             return;
         }
         const std::optional<Candidate> candidate = compared(patch, grid, corner);
         if (!candidate) {
             return;
         }
-        const auto worse = std::find_if(best_.begin(), best_.end(),
+        const auto worse = std::find_if(best.begin(), best.end(),
                                         [&](const Candidate &other) { return other.score() < candidate->score(); });
-        best_.insert(worse, *candidate);
-        if (best_.size() > 2) {
-            best_.pop_back();
+        best.insert(worse, *candidate);
+        if (best.size() > 2) {
+            best.pop_back();
         }
     }
 
-    const WindowTable &table_;
-    std::vector<AlignedPatch> patches_;
-    std::vector<Candidate> best_;  // the best first
+    const WindowTable &table;
+    std::vector<AlignedPatch> patches;
+    std::vector<Candidate> best;  // the best first
 };
 
 }  // namespace
@@ -254,7 +258,7 @@ bool isCertain(const Location &location) {
            runnerUpChance >= location.chanceLog10 + 3;
 }
 
-PositionIndex::PositionIndex() : table_(std::make_unique<const WindowTable>()) {}
+PositionIndex::PositionIndex() : table(std::make_unique<const WindowTable>()) {}
 
 PositionIndex::~PositionIndex() = default;
 
@@ -264,7 +268,7 @@ const PositionIndex &PositionIndex::shared() {
 }
 
 std::optional<Location> PositionIndex::locate(const SeenCells &seen, Effort effort) const {
-    PlaceSearch search(*table_, seen);
+    PlaceSearch search(*table, seen);
     search.runQuick();
     const std::optional<Location> quick = search.result();
     if (effort == Effort::Quick || (quick && isCertain(*quick))) {
@@ -274,4 +278,4 @@ std::optional<Location> PositionIndex::locate(const SeenCells &seen, Effort effo
     return search.result();
 }
 
-}  // namespace pattern_code
+}  // namespace pattern_reader

@@ -1,0 +1,17 @@
+// Counts bits.
+#pragma once
+
+#include <cstdint>
+
+namespace pattern_code {
+
+// The number of ones. Spelled out, because the compiler's built-in is a function call unless it may assume a processor
+// with an instruction for it.
+constexpr int onesIn(std::uint64_t word) {
+    word -= (word >> 1U) & 0x5555555555555555U;
+    word = (word & 0x3333333333333333U) + ((word >> 2U) & 0x3333333333333333U);
+    word = (word + (word >> 4U)) & 0x0F0F0F0F0F0F0F0FU;
+    return static_cast<int>((word * 0x0101010101010101U) >> 56U);
+}
+
+}  // namespace pattern_code

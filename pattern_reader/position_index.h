@@ -1,0 +1,100 @@
+// Finds which part of the position code (camera_library/pattern_code/position_code.h) a patch of squares shows: the
+// tile or the place in the plane, and the orientation. It works on bits alone: it does not look at pictures and ignores
+// the information block.
+//
+// The local lattice. The patch is a rectangle of cells in any orientation, but not mirrored: its columns and rows run
+//   like a picture's x and y, to the right and downwards. A cell is 0, 1 or unknown; cells outside the pattern, or not
+//   seen clearly, should be unknown.
+// Certainty. The place returned is the likeliest one, even if it is an unlikely one. Check the chance that random bits
+//   match some place equally well (Location::chanceLog10), and how well the next best place matches.
+// Threads. An index is constant once it is made and may then be used from any thread. It takes about 4 MB.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "camera_library/pattern_code/position_code.h"
+
+namespace pattern_reader {
+
+using pattern_code::Square;
+
+class WindowTable;
+
+constexpr std::uint8_t unknownCell = 2;
+
+// What was seen: cells 0, 1 or unknownCell, row by row from the top left.
+struct SeenCells {
+    SeenCells(int columns, int rows)
+        : width(columns), height(rows), cells(std::size_t(columns) * std::size_t(rows), unknownCell) {}
+
+    [[nodiscard]] std::uint8_t &at(int column, int row) { return cells[index(column, row)]; }
+    [[nodiscard]] std::uint8_t at(int column, int row) const { return cells[index(column, row)]; }
+
+    [[nodiscard]] std::size_t index(int column, int row) const {
+        return std::size_t(row) * std::size_t(width) + std::size_t(column);
+    }
+
+    int width;
+    int height;
+    std::vector<std::uint8_t> cells;
+};
+
+// Where a local lattice lies in the code, and in which orientation.
+struct CodePlace {
+    static constexpr int plane = -1;
+
+    // The code's square that a local cell lies on; it may be outside the tile or plane.
+    [[nodiscard]] Square squareOf(int column, int row) const;
+
+    int tile = plane;  // 0 to tileCount - 1, or plane
+    Square origin;     // the square of the local cell (0, 0)
+    int turns = 0;     // quarter turns clockwise from the code's x axis to the local x axis, 0 to 3
+};
+
+bool operator==(const CodePlace &a, const CodePlace &b);
+
+// A place and how well it matches. Only known cells on squares that carry position are counted.
+struct Location {
+    CodePlace place;
+    int agreeing = 0;
+    int disagreeing = 0;
+    // log10 of the number of places expected to match random cells equally well; -8 means 1 in 10^8.
+    double chanceLog10 = 0;
+    // The same counts for the next best place; both 0 if there was none.
+    int runnerUpAgreeing = 0;
+    int runnerUpDisagreeing = 0;
+};
+
+// True if a location can be relied upon: fewer than one patch of random bits in 10^8 would match equally well, at most
+// one bit in six disagrees, and the next best place matches clearly worse.
+bool isCertain(const Location &location);
+
+class PositionIndex {
+public:
+    // How thoroughly to search.
+    enum class Effort {
+        Quick,  // finds patches with 5 x 5 known cells without an error; takes about 10 us
+        Full    // if Quick is not certain, compares every place; takes up to about 1 ms
+    };
+
+    // Takes about 10 ms.
+    PositionIndex();
+    ~PositionIndex();
+    PositionIndex(const PositionIndex &) = delete;
+    PositionIndex &operator=(const PositionIndex &) = delete;
+
+    // An index shared by all callers, made at the first call.
+    static const PositionIndex &shared();
+
+    // The likeliest place. Empty if nowhere more cells agree than disagree.
+    [[nodiscard]] std::optional<Location> locate(const SeenCells &seen, Effort effort = Effort::Full) const;
+
+private:
+    std::unique_ptr<const WindowTable> table;
+};
+
+}  // namespace pattern_reader

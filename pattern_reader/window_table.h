@@ -1,0 +1,72 @@
+// All windows of the position code, to be searched by their bits: 5 x 5 windows that equal a given one, through a hash
+// table, and 8 x 8 windows that resemble a given one, by comparing them all.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "camera_library/pattern_code/position_code.h"
+#include "pattern_reader/bit_grid.h"
+
+namespace pattern_reader {
+
+using pattern_code::Square;
+
+// The plane or a tile.
+struct CodeGrid {
+    int tile;          // CodePlace::plane or a tile
+    BitGrid bits;      // 0 if the square carries no position
+    BitGrid position;  // which squares carry position
+};
+
+// Part of a patch that was seen: its bits and which of them are known, both ordered as in BitGrid::window.
+struct SeenWindow {
+    std::uint64_t bits = 0;
+    std::uint64_t known = 0;
+};
+
+class WindowTable {
+public:
+    static constexpr int keySide = 5;
+    static constexpr int scanSide = 8;
+    static constexpr std::uint64_t keyMask = 0x1F1F1F1F1FU;
+
+    // Called with a grid and the window's top left square in it.
+    using Visit = std::function<void(const CodeGrid &, Square)>;
+
+    WindowTable();
+
+    // Visits every 5 x 5 window whose position bits are those given.
+    void visitEqual(std::uint64_t bits, const Visit &visit) const;
+
+    // Visits the 8 x 8 windows with so few disagreeing bits that only about 100 windows would be visited for random
+    // bits. All known squares of the window must lie inside the plane; they may reach 4 squares beyond a tile.
+    void visitAlike(const SeenWindow &seen, const Visit &visit) const;
+
+private:
+    struct Window {
+        std::uint64_t bits;
+        std::uint64_t position;
+        std::int16_t grid;
+        std::int16_t column;
+        std::int16_t row;
+    };
+
+    void visitAlikeInPlane(const SeenWindow &seen, int limit, const Visit &visit) const;
+
+    std::vector<CodeGrid> grids;         // the plane first
+    std::vector<Window> keyWindows;      // of 5 x 5
+    std::vector<Window> tileWindows;     // of 8 x 8
+    std::vector<std::int32_t> keySlots;  // indices into keyWindows by hash; -1 if the slot is free
+};
+
+// log10 of the chance that at most `disagreeing` of `count` random bits disagree.
+double chanceLog10(int count, int disagreeing);
+
+// The number of places in all four orientations, including those where a patch reaches over the edge of a tile.
+constexpr double placeCount =
+    4.0 * (pattern_code::planeSide * pattern_code::planeSide + pattern_code::tileCount * 31 * 31);
+
+}  // namespace pattern_reader
