@@ -8,11 +8,12 @@
 namespace lmlib64 {
 
 struct Library {
-    /// The process's library, made on the first call. It is never destroyed, so that calls from the
-    /// destructors of a program's static objects still find it; at the exit of the process its thread ends.
+    // The process's library, made by the first call. It is never destroyed, so that the destructors of a program's
+    // static objects can still call it; its thread ends when the process exits. A child process made by fork() gets a
+    // library of its own.
     static Library &instance();
 
-    /// As lmLibFinalize.
+    // As lmLibFinalize.
     void finalize();
 
     Tree tree;
@@ -21,6 +22,7 @@ struct Library {
 
 private:
     Library();
+    static Library &make();
 };
 
 }  // namespace lmlib64

@@ -32,6 +32,9 @@
  * Flags and booleans are int32_t; any non-zero value is true, and the library returns 1.
  * Threads. Every function may be called from any thread at any time. Commands run one after the other on
  *   a thread of the library's own.
+ * Child processes. A child made by fork() starts with a new library, whatever other threads were doing: its tree
+ *   has nothing but /Path, and no command runs in it. The parent is not affected. Texts returned to the thread that
+ *   forked stay valid in the child until its next call.
  * Life. The library is ready on the first call and needs no initialising; see lmLibFinalize.
  *
  * Commands

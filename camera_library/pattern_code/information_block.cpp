@@ -26,7 +26,7 @@ constexpr std::uint8_t timesTwo(std::uint8_t value) {
     return static_cast<std::uint8_t>((value << 1) ^ ((value & 0x80) != 0 ? 0x11D : 0));
 }
 
-std::uint8_t times(std::uint8_t a, std::uint8_t b) {
+constexpr std::uint8_t times(std::uint8_t a, std::uint8_t b) {
     std::uint8_t product = 0;
     for (; b != 0; b = static_cast<std::uint8_t>(b >> 1), a = timesTwo(a)) {
         product = static_cast<std::uint8_t>(product ^ ((b & 1) != 0 ? a : 0));
@@ -34,16 +34,16 @@ std::uint8_t times(std::uint8_t a, std::uint8_t b) {
     return product;
 }
 
-std::uint8_t byteOf(std::uint64_t block, int byte) {
+constexpr std::uint8_t byteOf(std::uint64_t block, int byte) {
     return static_cast<std::uint8_t>(block >> (56 - 8 * byte));
 }
 
-std::uint64_t bitMask(int bit) {
+constexpr std::uint64_t bitMask(int bit) {
     return std::uint64_t{1} << (blockBitCount - 1 - bit);
 }
 
 /** The word's values at the four roots; all zero for a word of the code, and linear in the word's bits. */
-std::uint32_t syndromeOf(std::uint64_t word) {
+constexpr std::uint32_t syndromeOf(std::uint64_t word) {
     std::uint32_t syndrome = 0;
     std::uint8_t root = 1;
     for (int i = 0; i < 4; ++i) {
@@ -59,16 +59,47 @@ std::uint32_t syndromeOf(std::uint64_t word) {
 
 using Syndromes = std::array<std::uint32_t, blockBitCount>;
 
-/** The syndrome of each single bit. */
-const Syndromes &bitSyndromes() {
-    static const Syndromes syndromes = [] {
-        Syndromes made{};
-        for (int bit = 0; bit < blockBitCount; ++bit) {
-            made[static_cast<std::size_t>(bit)] = syndromeOf(bitMask(bit));
+constexpr Syndromes makeBitSyndromes() {
+    Syndromes made{};
+    for (int bit = 0; bit < blockBitCount; ++bit) {
+        made[static_cast<std::size_t>(bit)] = syndromeOf(bitMask(bit));
+    }
+    return made;
+}
+
+// The syndrome of each single bit.
+constexpr Syndromes bitSyndromes = makeBitSyndromes();
+
+using Polynomial = std::array<std::uint8_t, 5>;
+
+// The product of x - root over the roots of syndromeOf, highest power first.
+constexpr Polynomial makeGenerator() {
+    Polynomial product{1};
+    std::uint8_t root = 1;
+    for (std::size_t degree = 1; degree < product.size(); ++degree) {
+        root = timesTwo(root);
+        for (std::size_t i = degree; i > 0; --i) {
+            product[i] = static_cast<std::uint8_t>(product[i] ^ times(product[i - 1], root));
         }
-        return made;
-    }();
-    return syndromes;
+    }
+    return product;
+}
+
+constexpr Polynomial generator = makeGenerator();
+
+// The four bytes that make a word of the code of the data: the remainder of their division by the generator. All
+// tables are made by the compiler, so no process forked meanwhile can be left with a table half made.
+std::uint32_t checkBytesOf(std::uint32_t data) {
+    std::uint32_t remainder = 0;
+    for (int byte = 3; byte >= 0; --byte) {
+        const auto factor =
+            static_cast<std::uint8_t>((remainder >> 24U) ^ (data >> (8U * static_cast<unsigned>(byte))));
+        remainder <<= 8U;
+        for (std::size_t i = 1; i < generator.size(); ++i) {
+            remainder ^= std::uint32_t{times(factor, generator[i])} << (32U - 8U * static_cast<unsigned>(i));
+        }
+    }
+    return remainder;
 }
 
 std::uint32_t lowestBit(std::uint32_t value) {
@@ -87,7 +118,7 @@ public:
             if ((unknown & bitMask(bit)) == 0) {
                 continue;
             }
-            Row row{bitSyndromes()[static_cast<std::size_t>(bit)], bitMask(bit)};
+            Row row{bitSyndromes[static_cast<std::size_t>(bit)], bitMask(bit)};
             reduce(row);
             isUnique_ = isUnique_ && row.syndrome != 0;
             rows_.push_back(row);
@@ -186,7 +217,7 @@ public:
         : word_(word), unknown_(unknown), carrier_(carrier), solver_(unknown), syndrome_(syndromeOf(word)) {
         for (int bit = 0; bit < blockBitCount; ++bit) {
             const std::size_t at = static_cast<std::size_t>(bit);
-            remainders_[at] = solver_.remainder(bitSyndromes()[at]);
+            remainders_[at] = solver_.remainder(bitSyndromes[at]);
         }
         remainder_ = solver_.remainder(syndrome_);
     }
@@ -318,11 +349,8 @@ bool BlockCarrier::holds(const BlockContent &content) const {
 
 std::uint64_t encodeBlock(const BlockContent &content) {
     assert(isEncodable(content));
-    // The four check bytes are the unknown bits of a word that must belong to the code.
-    // Never destroyed: a command may still run while the static objects of an ending process go.
-    static const UnknownBits &checkBytes = *new UnknownBits(0xFFFFFFFFU);
-    const std::uint64_t data = std::uint64_t{dataOf(content)} << 32U;
-    return (data | checkBytes.solution(syndromeOf(data))) ^ blockWhitening;
+    const std::uint32_t data = dataOf(content);
+    return (std::uint64_t{data} << 32U | checkBytesOf(data)) ^ blockWhitening;
 }
 
 std::optional<DecodedBlock> decodeBlock(std::uint64_t bits, std::uint64_t unknown, BlockCarrier carrier) {

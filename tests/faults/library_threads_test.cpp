@@ -1,7 +1,9 @@
-// Eight threads that do everything the library allows, at random and at once, and the exit of a process while a
-// command runs. What each thread does follows from its seed; how they meet does not. LMCALTAB_THREAD_SECONDS is how
-// long they do it.
+// Eight threads that do everything the library allows, at random and at once, and the exit and the fork of a process
+// while a command runs. What each thread does follows from its seed; how they meet does not. LMCALTAB_THREAD_SECONDS is
+// how long they do it.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -189,6 +191,45 @@ TEST(LibraryThreads, processExitsWhileCommandRuns) {
     for (const int microseconds : {0, 50, 500, 5000, 50000}) {
         EXPECT_EXIT(exitWhileCommandRuns(microseconds), testing::ExitedWithCode(0), "");
     }
+}
+
+// In the child, which may not hang, whatever the parent's threads were doing when it was forked.
+[[noreturn]] void useForkedLibrary() {
+    constexpr unsigned secondsUntilKilled = 60;
+    alarm(secondsUntilKilled);
+    const bool isFresh = lmLibGetCount(nullptr, "") == 1 && lmLibGetDebugBuffer(nullptr) == nullptr;
+    std::int32_t result = -1;
+    lmLibSetJson(nullptr, "/Execute/S/Parameters", R"({"ImageSize":30,"Patterns":[{"GridSpacing":9}]})");
+    lmLibSetString(&result, "/Execute/S/Command", "GenerateCalibrationPattern");
+    lmLibWaitForType(&result, "/Execute/S/Command", LmLibTypeNull, 1);
+    const bool works = result == LmLibResultOperationSucceeded &&
+                       lmLibGetType(nullptr, "/Execute/S/Result/Patterns/\\0") == LmLibTypeBinary;
+    lmLibSetString(nullptr, "/Execute/S/Command", "GetModelInfo");
+    std::exit(isFresh && works ? 0 : 1);
+}
+
+TEST(LibraryThreads, forkedChildHasALibraryOfItsOwn) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    std::atomic<std::int64_t> calls{0};
+    std::vector<std::thread> threads;
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+        threads.emplace_back(playAtRandom, seed, end, std::ref(calls));
+    }
+    int children = 0;
+    int status = 0;
+    while (status == 0 && std::chrono::steady_clock::now() < end) {
+        const pid_t child = fork();
+        if (child == 0) {
+            useForkedLibrary();
+        }
+        waitpid(child, &status, 0);
+        ++children;
+    }
+    EXPECT_EQ(status, 0) << "child " << children;
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_GT(children, 5);
 }
 
 }  // namespace

@@ -1,0 +1,10 @@
+// What the library does in a child process made by fork(); one source file per system.
+#pragma once
+
+namespace lmlib64 {
+
+// Has the action called in every child process, on its only thread, before fork() returns there. The action must be
+// async-signal-safe. Throws std::bad_alloc if it cannot be registered. Must be called from within the library.
+void callInForkedChild(void (*action)());
+
+}  // namespace lmlib64
