@@ -1,13 +1,17 @@
 #include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string_view>
 #include <system_error>
@@ -23,7 +27,7 @@ namespace {
                          "\" could not be written: " + std::generic_category().message(error) + ".");
 }
 
-// The file that a link leads to; the name itself where it is no link or where there is no file yet.
+// The file that a link leads to; the name itself if it is no link or if there is no file yet.
 std::string followLinks(const std::string &fileName) {
     struct stat status {};
     if (lstat(fileName.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
@@ -36,7 +40,7 @@ std::string followLinks(const std::string &fileName) {
     return resolved.get();
 }
 
-// Permissions of the file to be replaced, or those of a new file. Refuses what a rename would wrongly replace.
+// Permissions of the file to be replaced; 0 if there is none. Refuses what a rename would wrongly replace.
 mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     struct stat status {};
     if (stat(target.c_str(), &status) != 0) {
@@ -51,7 +55,7 @@ mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     if (!S_ISREG(status.st_mode)) {
         fail(fileName, EINVAL);
     }
-    // The superuser may write to any file, but a write-protected one is protected from slips of the pen too.
+    // The superuser may write to any file, but a write-protected one is protected against mistakes too.
     if ((status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(target.c_str(), W_OK) != 0) {
         fail(fileName, EACCES);
     }
@@ -64,12 +68,42 @@ std::string folderOf(const std::string &target) {
     return slash == std::string::npos ? "" : target.substr(0, slash + 1);
 }
 
-// Short and independent of the target's name, which may already be as long as names may be.
-constexpr std::string_view temporaryBeginning = ".lmlib64-";
-constexpr std::string_view temporaryEnding = ".tmp";
+// The name of a temporary file is this prefix, the number of the process that writes it, a hyphen, a random number and
+// this suffix: short and independent of the target's name, which may already be as long as names may be.
+constexpr std::string_view temporaryPrefix = ".lmlib64-";
+constexpr std::string_view temporarySuffix = ".tmp";
 
-// Every temporary file is locked by the process that writes it, until it is renamed. One that nobody has locked was
-// left by a process that came to its end before that, and is in nobody's way but the user's.
+std::string newTemporaryName(std::random_device &random) {
+    std::string name(temporaryPrefix);
+    return name.append(std::to_string(getpid()) + "-" + std::to_string(random())).append(temporarySuffix);
+}
+
+// The process that the name of a temporary file tells; nothing for any other file's name.
+std::optional<pid_t> writerOf(std::string_view name) {
+    if (name.size() <= temporaryPrefix.size() + temporarySuffix.size() ||
+        name.substr(0, temporaryPrefix.size()) != temporaryPrefix ||
+        name.substr(name.size() - temporarySuffix.size()) != temporarySuffix) {
+        return {};
+    }
+    const char *const end = name.data() + name.size() - temporarySuffix.size();
+    pid_t process = 0;
+    std::uint32_t random = 0;
+    const auto [hyphen, processError] = std::from_chars(name.data() + temporaryPrefix.size(), end, process);
+    if (processError != std::errc() || process <= 0 || hyphen == end || *hyphen != '-') {
+        return {};
+    }
+    const auto [last, randomError] = std::from_chars(hyphen + 1, end, random);
+    return randomError == std::errc() && last == end ? std::optional(process) : std::nullopt;
+}
+
+// True if no process has this number, or only this process has, which then has taken over the number of an earlier one:
+// it keeps its own files locked.
+bool isGone(pid_t process) {
+    return process == getpid() || (kill(process, 0) != 0 && errno == ESRCH);
+}
+
+// Every temporary file is locked by the process that writes it until it is renamed. If nobody has it locked and its
+// process is gone, that process ended before the renaming.
 void removeIfAbandoned(const std::string &path) {
     const int descriptor = open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor >= 0) {
@@ -87,12 +121,9 @@ struct CloseFolder {
 void removeAbandonedFiles(const std::string &folder) {
     const std::unique_ptr<DIR, CloseFolder> entries(opendir(folder.empty() ? "." : folder.c_str()));
     while (const dirent *entry = entries ? readdir(entries.get()) : nullptr) {
-        const std::string_view name(entry->d_name);
-        const bool isTemporary = name.size() > temporaryBeginning.size() + temporaryEnding.size() &&
-                                 name.substr(0, temporaryBeginning.size()) == temporaryBeginning &&
-                                 name.substr(name.size() - temporaryEnding.size()) == temporaryEnding;
-        if (isTemporary) {
-            removeIfAbandoned(folder + std::string(name));
+        const std::optional<pid_t> writer = writerOf(entry->d_name);
+        if (writer && isGone(*writer)) {
+            removeIfAbandoned(folder + entry->d_name);
         }
     }
 }
@@ -100,13 +131,15 @@ void removeAbandonedFiles(const std::string &folder) {
 // A new file beside the target that is removed unless it is renamed.
 class TemporaryFile {
 public:
-    TemporaryFile(const std::string &folder, const std::string &reportedName) : fileName(reportedName) {
+    // Created with these permissions, less what the process's mask takes away; 0 stands for those of any new file.
+    TemporaryFile(const std::string &folder, const std::string &reportedName, mode_t permissions)
+        : fileName(reportedName) {
         std::random_device random;
         do {
-            path = folder;
-            path.append(temporaryBeginning).append(std::to_string(random())).append(temporaryEnding);
-        } while (!create());
-        // What is locked is the open file, by whichever descriptor; this one is closed after the renaming only.
+            path = folder + newTemporaryName(random);
+        } while (!create(permissions));
+        // A lock belongs to the open file, not to a descriptor of it. This second one is closed only after the
+        // renaming.
         lock = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
     }
     TemporaryFile(const TemporaryFile &) = delete;
@@ -145,7 +178,7 @@ public:
         if (fsync(descriptor) != 0) {
             fail(fileName, errno);
         }
-        // Some file systems tell only here that the disk is full. Closed it is in any case.
+        // Some file systems report only here that the disk is full. The file is closed either way.
         const int closing = descriptor;
         descriptor = -1;
         if (close(closing) != 0) {
@@ -161,14 +194,15 @@ public:
     }
 
 private:
-    // False where the name is taken, or another process has taken the file for abandoned before it was locked.
-    bool create() {
-        descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    // False if the name is taken, or if another process took the file for abandoned before it was locked.
+    bool create(mode_t permissions) {
+        descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                          permissions == 0 ? mode_t{0666} : permissions);
         if (descriptor < 0 && errno != EEXIST) {
             fail(fileName, errno);
         }
         struct stat status {};
-        // Waits for a process that is about to remove it. Where the file system knows no locks, none is ever found
+        // Waits for a process that is about to remove it. On a file system without locks, no file is ever found
         // abandoned.
         if (descriptor >= 0 && lockFile() && fstat(descriptor, &status) == 0 && status.st_nlink == 0) {
             close(descriptor);
@@ -192,7 +226,8 @@ private:
     bool isRenamed = false;
 };
 
-// Makes the rename itself last. The file is already in place and whole, so a failure here is none of the write's.
+// Makes the renaming itself permanent. The file is already complete and in place, so a failure here does not make the
+// write fail.
 void flushFolder(const std::string &folder) noexcept {
     const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor >= 0) {
@@ -208,11 +243,11 @@ void writeFileSafely(const std::string &fileName, const std::string &bytes) {
     const std::string folder = folderOf(target);  // made before the rename, after which nothing may fail
     const mode_t permissions = permissionsOf(target, fileName);
     removeAbandonedFiles(folder);
-    TemporaryFile file(folder, fileName);
-    file.write(bytes);
+    TemporaryFile file(folder, fileName, permissions);
     if (permissions != 0) {
-        file.setPermissions(permissions);
+        file.setPermissions(permissions);  // before the first byte, which others may not be allowed to read
     }
+    file.write(bytes);
     file.flushAndClose();
     file.renameTo(target);
     flushFolder(folder);

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <functional>
+#include <vector>
 
 #include "camera_library/lmlib64.h"
 #include "tests/camera_library/temporary_folder.h"
@@ -59,7 +60,6 @@ std::string save(const std::string &fileName) {
 // Runs the action in a process of its own, as another user where this one is the superuser, whom no permission
 // stops. Returns how the process ended.
 int inOtherProcess(const std::function<void()> &action) {
-    lmLibFinalize(nullptr);  // a thread does not come along
     const pid_t child = fork();
     if (child == 0) {
         action();
@@ -178,16 +178,39 @@ TEST_P(SaveFault, killedBeforeTheRename) {
     });
     ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
     EXPECT_EQ(readBytes(target), oldContents);
-    EXPECT_EQ(folder.entryCount(), 2U);  // no process can take its file along when it is killed
-    expectNextSaveWorks();
-    EXPECT_EQ(folder.entryCount(), 1U);  // the next save clears up
+    EXPECT_EQ(folder.entryCount(), 2U);  // a killed process cannot remove its file
+    const std::vector<std::string> others{".lmlib64-notes.tmp", ".lmlib64-7.tmp", ".lmlib64-7-notes.tmp",
+                                          ".lmlib64-1-7.tmp"};  // the last is of a process that still runs
+    for (const std::string &name : others) {
+        writeBytes(folder.file(name), name);
+    }
+    expectNextSaveWorks();  // and clears up
+    for (const std::string &name : others) {
+        EXPECT_TRUE(std::filesystem::remove(folder.file(name))) << name;
+    }
+    EXPECT_EQ(folder.entryCount(), 1U);
+}
+
+TEST_P(SaveFault, bytesOfAPrivateFileAreNeverInAReadableOne) {
+    chmod(target.c_str(), 0600);
+    const int status = inOtherProcess([this] {
+        umask(0);
+        const rlimit limit{1, 1};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, [](int) { _exit(3); });  // with one byte written
+        save(target);
+    });
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 3);
+    EXPECT_EQ(folder.entryCount(), 2U);
+    for (const auto &file : std::filesystem::directory_iterator(folder.path())) {
+        EXPECT_EQ(file.status().permissions(), std::filesystem::perms{0600}) << file.path();
+    }
 }
 
 // Each clears up in the folder while the others begin their files.
 TEST(SaveFault, manyProcessesSaveIntoOneFolder) {
     constexpr int processes = 8;
     const TemporaryFolder folder;
-    lmLibFinalize(nullptr);  // a thread does not come along
     for (int process = 0; process < processes; ++process) {
         if (fork() == 0) {
             bool fails = false;
