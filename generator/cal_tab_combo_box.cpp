@@ -1,5 +1,6 @@
 #include "generator/cal_tab_combo_box.h"
 
+#include <QSignalBlocker>
 #include <cstdint>
 #include <utility>
 
@@ -11,6 +12,8 @@ CalTabComboBox::CalTabComboBox(QWidget *parent) : QComboBox(parent) {
 }
 
 void CalTabComboBox::reload() {
+    // A receiver of the box's signals looks up the current entry, which is added only after its item.
+    QSignalBlocker blocker(this);
     clear();
     entries.clear();
     const TreeCommand command("GetModelInfo");
@@ -31,6 +34,8 @@ void CalTabComboBox::reload() {
         addItem(QString::fromUtf8(name.c_str()));
         entries.push_back(std::move(entry));
     }
+    blocker.unblock();
+    emit currentIndexChanged(currentIndex());
 }
 
 std::string CalTabComboBox::currentType() const {

@@ -20,8 +20,8 @@ public:
     // Loads the list at once; throws where that fails.
     explicit CalTabComboBox(QWidget *parent);
 
-    // Builds the list anew from the library, last plate of the catalogue first. Throws LmLibException; the items
-    // added until then stay.
+    // Rebuilds the list from the library, last plate of the catalogue first, and then sends currentIndexChanged(int)
+    // once. Throws LmLibException; the items added before that stay, and no signal is sent.
     void reload();
 
     // The values of the current plate. There must be one: the list of an empty catalogue has none.

@@ -71,9 +71,14 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
     // What a box lists replaces what it listed before.
     CalTabComboBox box(nullptr);
     EXPECT_EQ(box.currentType(), "PlateC");
+    QStringList types;  // of the current plate whenever the box says that it changed
+    QObject::connect(&box, QOverload<int>::of(&QComboBox::currentIndexChanged),
+                     [&](int i) { types << (i < 0 ? QString() : QString::fromStdString(box.currentType())); });
     for (const auto &row : rows) {
         setCatalogue(row.catalogue);
+        types.clear();
         box.reload();
+        EXPECT_EQ(types, QStringList(row.plates.value(0).section(": ", 1).section(' ', 0, 0))) << row.what;
         EXPECT_EQ(box.currentIndex(), row.plates.isEmpty() ? -1 : 0) << row.what;
         EXPECT_EQ(listed(box), row.plates) << row.what;
         EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
