@@ -1,112 +1,99 @@
 #include "bench/reader/coded_targets.h"
 
-#include "camera_library/pattern_code/information_block.h"
+#include <algorithm>
+
+#include "camera_library/pattern/code_cells.h"
+#include "camera_library/pattern/pattern_description.h"
 #include "camera_library/pattern_code/position_code.h"
 
 namespace reader_bench {
 
 namespace {
 
+using lmlib64::PatternDescription;
 using pattern_reader::PatternKind;
 
 int pick(std::mt19937 &random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
 }
 
-bool bitOf(std::uint64_t block, int bit) {
-    return (block >> (pattern_code::blockBitCount - 1 - bit) & 1) != 0;
-}
-
-std::uint64_t encode(const pattern_code::BlockContent &content, CodedTarget &target) {
-    using pattern_code::BlockKind;
-    target.hasBlock = true;
-    if (content.kind == BlockKind::Offset) {
-        target.values.offset = cv::Point(content.offsetX, content.offsetY);
-    } else {
-        target.values.gridSpacing = content.gridSpacing / 100.0;
-    }
-    if (content.kind == BlockKind::SpacingAndThickness) {
-        target.values.thickness = content.thickness / 100.0;
-    }
-    if (content.kind == BlockKind::Assembly) {
-        target.values.assemblyPattern = content.assemblyPattern;
-    }
-    return pattern_code::encodeBlock(content);
+CodedTarget printed(const PatternDescription &description, const Print &print) {
+    CodedTarget coded;
+    coded.topLeftDark = description.polarity;
+    coded.target = std::make_shared<SyntheticTarget>(lmlib64::geometryOf(description), print);
+    return coded;
 }
 
 }  // namespace
 
-CodedTarget makeTile(int tile, std::mt19937 &random) {
-    CodedTarget coded;
+CodedTarget makeTile(int tile, std::mt19937 &random, const Print &print) {
+    PatternDescription description;
+    description.kind = lmlib64::PatternKind::Single;
+    description.gridSize = {pattern_code::tileSide - 1, pattern_code::tileSide - 1};
+    description.polarity = pick(random, 0, 1) != 0;
+    description.gridSpacing = pick(random, 100, 9600) / 100.0;
+    if (tile == pattern_code::singleTile) {
+        description.thickness = pick(random, 0, 1000) / 100.0;
+    } else {
+        description.kind = lmlib64::PatternKind::Assembly;
+        description.assemblyNumber = tile - 1;
+    }
+    CodedTarget coded = printed(description, print);
     coded.kind = PatternKind::Tile;
     coded.tile = tile;
-    coded.topLeftDark = pick(random, 0, 1) != 0;
-    pattern_code::BlockContent content;
-    content.gridSpacing = pick(random, 100, 9600);
+    coded.hasBlock = true;
+    coded.values.gridSpacing = description.gridSpacing;
     if (tile == pattern_code::singleTile) {
-        content.kind = pattern_code::BlockKind::SpacingAndThickness;
-        content.thickness = pick(random, 0, 1000);
+        coded.values.thickness = description.thickness;
     } else {
-        content.kind = pattern_code::BlockKind::Assembly;
-        content.assemblyPattern = tile - 1;
+        coded.values.assemblyPattern = tile - 1;
     }
-    const std::uint64_t block = encode(content, coded);
-    constexpr int side = pattern_code::tileSide;
-    std::vector<int> marks(size_t(side * side));
-    for (int row = 0; row < side; row++) {
-        for (int column = 0; column < side; column++) {
-            if (pattern_code::carriesPosition(column, row)) {
-                marks[size_t(row) * size_t(side) + size_t(column)] = pattern_code::tileBit(tile, column, row) ? 1 : 0;
-            }
-        }
-    }
-    for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
-        const pattern_code::BlockCell square = pattern_code::blockSquare(bit);
-        marks[size_t(square.row) * size_t(side) + size_t(square.column)] = bitOf(block, bit) ? 1 : 0;
-    }
-    coded.target = std::make_shared<CheckerTarget>(side, side, marks, coded.topLeftDark);
     return coded;
 }
 
-CodedTarget makeFlexible(int width, int height, std::mt19937 &random) {
-    CodedTarget coded;
+CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Print &print) {
+    PatternDescription description;
+    description.kind = lmlib64::PatternKind::Flexible;
+    description.gridSpacing = 2;
+    description.gridSize = {width, height};
+    description.polarity = pick(random, 0, 1) != 0;
+    const auto offset = [&](int corners) {
+        const pattern_code::OffsetRange range = pattern_code::offsetRangeForCorners(corners);
+        return pick(random, std::max(-90, range.least), std::min(90, range.greatest));
+    };
+    const int x = offset(width);
+    const int y = offset(height);
+    description.offset = {double(x), double(y)};
+    CodedTarget coded = printed(description, print);
     coded.kind = PatternKind::Plane;
-    coded.topLeftDark = pick(random, 0, 1) != 0;
-    const auto window =
-        pattern_code::planeWindowForPattern(width, height, pick(random, -90, 90), pick(random, -90, 90));
+    const auto window = pattern_code::planeWindowForPattern(width, height, x, y);
     coded.origin = {window->column, window->row};
-    std::vector<int> marks;
-    for (int row = 0; row <= height; row++) {
-        for (int column = 0; column <= width; column++) {
-            marks.push_back(pattern_code::planeBit(window->column + column, window->row + row) ? 1 : 0);
-        }
-    }
-    coded.target = std::make_shared<CheckerTarget>(width + 1, height + 1, marks, coded.topLeftDark);
     return coded;
 }
 
-CodedTarget makePlate(std::mt19937 &random) {
-    CodedTarget coded;
-    coded.kind = PatternKind::Plate;
-    pattern_code::BlockContent content;
-    if (pick(random, 0, 1) == 0) {
-        content.kind = pattern_code::BlockKind::SpacingAndThickness;
-        content.gridSpacing = pick(random, 100, 12500);
-        content.thickness = pick(random, 0, 1000);
+CodedTarget makePlate(std::mt19937 &random, const Print &print) {
+    PatternDescription description;
+    description.gridSpacing = 10;
+    description.gridSize = {7, 7};
+    description.hasOffset = pick(random, 0, 1) != 0;
+    if (description.hasOffset) {
+        const int x = pick(random, -128, 127);
+        const int y = pick(random, -128, 127);
+        description.offset = {x * description.gridSpacing, y * description.gridSpacing};
     } else {
-        content.kind = pattern_code::BlockKind::Offset;
-        content.offsetX = pick(random, -128, 127);
-        content.offsetY = pick(random, -128, 127);
+        description.gridSpacing = pick(random, 100, 12500) / 100.0;
+        description.thickness = pick(random, 0, 1000) / 100.0;
     }
-    const std::uint64_t block = encode(content, coded);
-    std::vector<InkDisc> dots;
-    for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
-        if (bitOf(block, bit)) {
-            const pattern_code::DotPosition p = pattern_code::dotPosition(bit);
-            dots.push_back({{2 * p.x, 2 * p.y}, 2 * pattern_code::dotRadius, 2 * pattern_code::dotHoleRadius});
-        }
+    CodedTarget coded = printed(description, print);
+    coded.kind = PatternKind::Plate;
+    coded.hasBlock = true;
+    if (description.hasOffset) {
+        coded.values.offset = cv::Point(int(description.offset[0] / description.gridSpacing),
+                                        int(description.offset[1] / description.gridSpacing));
+    } else {
+        coded.values.gridSpacing = description.gridSpacing;
+        coded.values.thickness = description.thickness;
     }
-    coded.target = std::make_shared<PlateTarget>(dots, std::vector<cv::Point2d>{{0.5, 0.5}, {2, 0.5}, {0.5, 2}});
     return coded;
 }
 

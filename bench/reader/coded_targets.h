@@ -1,4 +1,5 @@
-// The patterns of this system as targets for the synthetic camera, and what a reader should say of them.
+// The patterns of this system as targets for the synthetic camera, made by LmLib64 from what a user would ask for, and
+// what a reader should say of them.
 #pragma once
 
 #include <memory>
@@ -23,9 +24,9 @@ struct CodedTarget {
 };
 
 // Tile 0 with spacing and thickness, or the tile of an assembly's pattern.
-CodedTarget makeTile(int tile, std::mt19937 &random);
+CodedTarget makeTile(int tile, std::mt19937 &random, const Print &print = {});
 // width × height corners cut from the plane at a random offset.
-CodedTarget makeFlexible(int width, int height, std::mt19937 &random);
-CodedTarget makePlate(std::mt19937 &random);
+CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Print &print = {});
+CodedTarget makePlate(std::mt19937 &random, const Print &print = {});
 
 }  // namespace reader_bench

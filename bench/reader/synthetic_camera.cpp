@@ -2,101 +2,170 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
 
 namespace reader_bench {
 
 namespace {
 
-// Sub-samples per pixel side for the area of a pixel.
-constexpr int samples = 5;
-
-cv::Point2d undistort(const CameraModel &camera, const cv::Point2d &pixel) {
-    const cv::Point2d distorted((pixel.x - camera.centre.x) / camera.focalLength,
-                                (pixel.y - camera.centre.y) / camera.focalLength);
-    cv::Point2d point = distorted;
-    for (int i = 0; i < 12; i++) {
-        const double r2 = point.x * point.x + point.y * point.y;
-        const double factor = 1 + camera.k1 * r2 + camera.k2 * r2 * r2;
-        point = distorted * (1 / factor);
+cv::Matx33d rotationBy(const cv::Vec3d &axis) {
+    const double angle = cv::norm(axis);
+    if (angle == 0) {
+        return cv::Matx33d::eye();
     }
-    return point;
+    const cv::Vec3d n = axis / angle;
+    const cv::Matx33d cross(0, -n[2], n[1], n[2], 0, -n[0], -n[1], n[0], 0);
+    return cv::Matx33d::eye() + std::sin(angle) * cross + (1 - std::cos(angle)) * (cross * cross);
 }
 
-// From normalised image coordinates to the target's plane.
-cv::Matx33d planeFromRay(const TargetPose &pose) {
-    const cv::Matx33d r = pose.rotation;
-    const cv::Matx33d rayFromPlane(r(0, 0), r(0, 1), pose.translation[0], r(1, 0), r(1, 1), pose.translation[1],
-                                   r(2, 0), r(2, 1), pose.translation[2]);
-    return rayFromPlane.inv();
+// The pose as the row at y sees it.
+struct Moment {
+    cv::Matx33d rotation;
+    cv::Vec3d translation;
+};
+
+Moment momentAt(const TargetPose &pose, double y) {
+    const double rows = y - pose.middleRow;
+    const cv::Matx33d turn = rotationBy(pose.turnPerRow * rows);
+    return {turn * pose.rotation, turn * pose.translation + pose.shiftPerRow * rows};
 }
+
+bool isMoving(const TargetPose &pose) {
+    return pose.turnPerRow != cv::Vec3d() || pose.shiftPerRow != cv::Vec3d();
+}
+
+// Finds the point of the paper that each place of a row sees.
+class PaperFinder {
+public:
+    PaperFinder(const CameraModel &camera, const TargetPose &pose)
+        : camera_(camera), pose_(pose), moment_(momentAt(pose, pose.middleRow)), moving_(isMoving(pose)) {
+        prepare();
+    }
+
+    void findRow(double left, double y, std::vector<cv::Point2d> &row) {
+        if (moving_) {
+            moment_ = momentAt(pose_, y);
+            prepare();
+        }
+        double start = firstStart_;
+        for (size_t i = 0; i < row.size(); i++) {
+            const cv::Vec3d ray = toBoard_ * rayOf(camera_, {left + double(i), y});
+            row[i] = pose_.anchor;
+            if (pose_.sheet) {
+                row[i] += pose_.sheet->hit(origin_, ray, start);
+                firstStart_ = i == 0 ? start : firstStart_;
+            } else {
+                const double length = -origin_[2] / ray[2];
+                row[i] += length > 0 ? cv::Point2d(origin_[0] + length * ray[0], origin_[1] + length * ray[1])
+                                     : cv::Point2d(nowhere, nowhere);
+            }
+        }
+    }
+
+    static constexpr double nowhere = 1e5;
+
+private:
+    void prepare() {
+        toBoard_ = moment_.rotation.t();
+        origin_ = -(toBoard_ * moment_.translation);
+    }
+
+    const CameraModel &camera_;
+    const TargetPose &pose_;
+    Moment moment_;
+    bool moving_;
+    cv::Matx33d toBoard_;
+    cv::Vec3d origin_;
+    double firstStart_ = 0;
+};
 
 cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, const cv::Size &image) {
     const cv::Size2d size = placed.target->size();
     const double q = placed.quietZone;
+    constexpr int steps = 48;
     cv::Rect2d bounds;
-    bool first = true;
-    for (int i = 0; i <= 32; i++) {
-        const double t = i / 32.0;
-        const double x = -q + t * (size.width + 2 * q);
-        const double y = -q + t * (size.height + 2 * q);
-        const cv::Point2d border[] = {{x, -q}, {x, size.height + q}, {-q, y}, {size.width + q, y}};
-        for (const cv::Point2d &p : border) {
-            const cv::Point2d pixel = projectPoint(camera, placed.pose, p);
-            const cv::Rect2d one(pixel.x - 2, pixel.y - 2, 4, 4);
-            bounds = first ? one : bounds | one;
-            first = false;
+    for (int i = 0; i <= steps * 4; i++) {
+        const double t = double(i % steps) / steps;
+        const double along[] = {t, 1, 1 - t, 0};
+        const int side = i / steps % 4;
+        const cv::Point2d p(-q + along[side] * (size.width + 2 * q),
+                            -q + along[(side + 3) % 4] * (size.height + 2 * q));
+        const cv::Point2d pixel = projectPoint(camera, placed.pose, p);
+        const cv::Rect2d one(pixel.x - 3, pixel.y - 3, 6, 6);
+        bounds = i == 0 ? one : bounds | one;
+    }
+    // A bent sheet's outline may bulge between its borders.
+    const double slack = placed.pose.sheet ? 0.1 * std::max(bounds.width, bounds.height) : 0;
+    bounds = cv::Rect2d(bounds.x - slack, bounds.y - slack, bounds.width + 2 * slack, bounds.height + 2 * slack) &
+             cv::Rect2d(0, 0, image.width, image.height);
+    const cv::Point end(int(std::ceil(bounds.x + bounds.width)), int(std::ceil(bounds.y + bounds.height)));
+    return cv::Rect(cv::Point(int(bounds.x), int(bounds.y)), end) & cv::Rect({0, 0}, image);
+}
+
+// The covered share of a pixel; covers are large, so that a pixel whose corners agree is even.
+double coveredShare(const Cover &cover, const Quad &quad) {
+    int covered = 0;
+    for (const cv::Point2d &p : quad) {
+        covered += cover(p.x, p.y) ? 1 : 0;
+    }
+    if (covered == 0 || covered == 4) {
+        return covered / 4;
+    }
+    constexpr int samples = 5;
+    covered = 0;
+    for (int i = 0; i < samples * samples; i++) {
+        const int line = i / samples;
+        const double u = (i % samples + 0.5) / samples;
+        const double v = (line + 0.5) / samples;
+        const cv::Point2d p = (quad[0] * (1 - u) + quad[1] * u) * (1 - v) + (quad[3] * (1 - u) + quad[2] * u) * v;
+        covered += cover(p.x, p.y) ? 1 : 0;
+    }
+    return double(covered) / (samples * samples);
+}
+
+float levelOf(const PlacedTarget &placed, const Exposure &exposure, const cv::Rect2d &paper, const Quad &quad,
+              float behind) {
+    const auto onPaper = [&](const cv::Point2d &p) {
+        return p.x >= paper.x && p.y >= paper.y && p.x <= paper.x + paper.width && p.y <= paper.y + paper.height;
+    };
+    double paperShare = 1;
+    if (!std::all_of(quad.begin(), quad.end(), onPaper)) {
+        const double area = areaOf(quad);
+        paperShare = area > 0 ? std::min(1.0, areaInRectangle(quad, paper) / area) : 0;
+        if (paperShare == 0) {
+            return behind;
         }
     }
-    bounds &= cv::Rect2d(0, 0, image.width, image.height);
-    return {cv::Point(int(bounds.x), int(bounds.y)),
-            cv::Point(int(std::ceil(bounds.x + bounds.width)), int(std::ceil(bounds.y + bounds.height)))};
+    const double ink = std::min(paperShare, placed.target->inkShare(quad));
+    double level = paperShare * exposure.paperLevel + ink * (exposure.inkLevel - exposure.paperLevel);
+    if (placed.cover) {
+        const double covered = coveredShare(placed.cover, quad) * paperShare;
+        level += covered * (placed.coverLevel - level);
+    }
+    return float(level + (1 - paperShare) * behind);
 }
 
 void draw(cv::Mat &image, const CameraModel &camera, const PlacedTarget &placed, const Exposure &exposure) {
-    const cv::Rect bounds = imageBounds(camera, placed, image.size()) & cv::Rect({0, 0}, image.size());
+    const cv::Rect bounds = imageBounds(camera, placed, image.size());
     const cv::Size2d size = placed.target->size();
     const double q = placed.quietZone;
-    const cv::Matx33d toPlane = planeFromRay(placed.pose);
-    // The mapping at the pixels' corners; between them it is as good as bilinear.
+    const cv::Rect2d paper(-q, -q, size.width + 2 * q, size.height + 2 * q);
+    // What the pixels' corners see.
     std::vector<cv::Point2d> upper(size_t(bounds.width) + 1);
     std::vector<cv::Point2d> lower(size_t(bounds.width) + 1);
-    const auto mapRow = [&](int y, std::vector<cv::Point2d> &row) {
-        for (size_t i = 0; i < row.size(); i++) {
-            const cv::Point2d ray = undistort(camera, {bounds.x + double(i) - 0.5, y - 0.5});
-            const cv::Vec3d p = toPlane * cv::Vec3d(ray.x, ray.y, 1);
-            row[i] = cv::Point2d(p[0] / p[2], p[1] / p[2]) + placed.pose.anchor;
-        }
-    };
-    mapRow(bounds.y, lower);
+    PaperFinder finder(camera, placed.pose);
+    finder.findRow(bounds.x - 0.5, bounds.y - 0.5, lower);
     for (int y = bounds.y; y < bounds.y + bounds.height; y++) {
         std::swap(upper, lower);
-        mapRow(y + 1, lower);
-        auto *row = image.ptr<float>(y);
-        for (int i = 0; i < bounds.width; i++) {
-            const size_t k = size_t(i);
-            if (std::max(std::abs(upper[k].x), std::abs(upper[k].y)) > 1e4) {
-                continue;
+        finder.findRow(bounds.x - 0.5, y + 0.5, lower);
+        auto *row = image.ptr<float>(y) + bounds.x;
+        for (size_t i = 0; i < size_t(bounds.width); i++) {
+            const Quad quad{upper[i], upper[i + 1], lower[i + 1], lower[i]};
+            const bool seen = std::all_of(quad.begin(), quad.end(), [](const cv::Point2d &p) {
+                return std::abs(p.x) < PaperFinder::nowhere / 2 && std::abs(p.y) < PaperFinder::nowhere / 2;
+            });
+            if (seen) {
+                row[i] = levelOf(placed, exposure, paper, quad, row[i]);
             }
-            float sum = 0;
-            for (int s = 0; s < samples * samples; s++) {
-                const int line = s / samples;
-                const double u = (s % samples + 0.5) / samples;
-                const double v = (line + 0.5) / samples;
-                const cv::Point2d top = upper[k] * (1 - u) + upper[k + 1] * u;
-                const cv::Point2d bottom = lower[k] * (1 - u) + lower[k + 1] * u;
-                const cv::Point2d p = top * (1 - v) + bottom * v;
-                if (p.x < -q || p.y < -q || p.x > size.width + q || p.y > size.height + q) {
-                    sum += row[bounds.x + i];
-                } else if (placed.cover && placed.cover(p.x, p.y)) {
-                    sum += placed.coverLevel;
-                } else {
-                    const float ink = placed.target->ink(p.x, p.y);
-                    sum += exposure.paperLevel + ink * (exposure.inkLevel - exposure.paperLevel);
-                }
-            }
-            row[bounds.x + i] = sum / float(samples * samples);
         }
     }
 }
@@ -104,13 +173,21 @@ void draw(cv::Mat &image, const CameraModel &camera, const PlacedTarget &placed,
 }  // namespace
 
 cv::Point2d projectPoint(const CameraModel &camera, const TargetPose &pose, const cv::Point2d &point) {
-    const cv::Vec3d inPlane(point.x - pose.anchor.x, point.y - pose.anchor.y, 0);
-    const cv::Vec3d p = pose.rotation * inPlane + pose.translation;
-    const double x = p[0] / p[2];
-    const double y = p[1] / p[2];
-    const double r2 = x * x + y * y;
-    const double factor = 1 + camera.k1 * r2 + camera.k2 * r2 * r2;
-    return {camera.centre.x + camera.focalLength * x * factor, camera.centre.y + camera.focalLength * y * factor};
+    const cv::Point2d p = point - pose.anchor;
+    const cv::Vec3d onBoard = pose.sheet ? pose.sheet->at(p) : cv::Vec3d(p.x, p.y, 0);
+    cv::Point2d pixel = pixelOf(camera, pose.rotation * onBoard + pose.translation);
+    if (isMoving(pose)) {
+        // Which row sees the point depends on where it is seen.
+        for (int i = 0; i < 60; i++) {
+            const Moment moment = momentAt(pose, pixel.y);
+            const cv::Point2d before = pixel;
+            pixel = pixelOf(camera, moment.rotation * onBoard + moment.translation);
+            if (std::abs(pixel.y - before.y) < 1e-9) {
+                break;
+            }
+        }
+    }
+    return pixel;
 }
 
 cv::Mat photograph(const cv::Mat &background, const CameraModel &camera, const std::vector<PlacedTarget> &targets,
@@ -120,39 +197,6 @@ cv::Mat photograph(const cv::Mat &background, const CameraModel &camera, const s
         draw(image, camera, placed, exposure);
     }
     return expose(image, exposure, random);
-}
-
-cv::Mat expose(const cv::Mat &irradiance, const Exposure &exposure, std::mt19937 &random) {
-    cv::Mat image = irradiance.clone();
-    const double cx = image.cols / 2.0;
-    const double cy = image.rows / 2.0;
-    for (int y = 0; y < image.rows; y++) {
-        auto *row = image.ptr<float>(y);
-        const double v = (y - cy) / image.rows;
-        for (int x = 0; x < image.cols; x++) {
-            const double u = (x - cx) / image.cols;
-            const double light =
-                1 + exposure.lightSlope.x * u + exposure.lightSlope.y * v - exposure.vignette * 2 * (u * u + v * v);
-            row[x] = float(row[x] * light);
-        }
-    }
-    if (exposure.blurSigma > 0) {
-        cv::GaussianBlur(image, image, cv::Size(), exposure.blurSigma, exposure.blurSigma, cv::BORDER_REPLICATE);
-    }
-    if (exposure.noiseSigma > 0) {
-        cv::RNG noiseSource(random());
-        cv::Mat noise(image.size(), CV_32F);
-        noiseSource.fill(noise, cv::RNG::NORMAL, 0, exposure.noiseSigma);
-        image += noise;
-    }
-    cv::Mat picture;
-    image.convertTo(picture, CV_8U);
-    if (exposure.jpegQuality > 0) {
-        std::vector<uchar> bytes;
-        cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_QUALITY, exposure.jpegQuality});
-        picture = cv::imdecode(bytes, cv::IMREAD_GRAYSCALE);
-    }
-    return picture;
 }
 
 }  // namespace reader_bench

@@ -1,94 +1,298 @@
 #include "bench/reader/synthetic_target.h"
 
+#include <algorithm>
 #include <cmath>
-#include <utility>
+
+#include "camera_library/pattern/checkerboard.h"
+#include "camera_library/pattern/code_cells.h"
 
 namespace reader_bench {
 
 namespace {
 
-constexpr int plateCells = 16;
+// Marks begin and end at thirds of a square, so that most cells of this size hold one level of ink.
+constexpr int cellsPerPitch = 3;
+// Cells reach so far over the outer size, for ink that spreads.
+constexpr double margin = 1;
 
-bool insideTriangle(const std::vector<cv::Point2d> &t, double x, double y) {
-    int positive = 0;
-    for (int i = 0; i < 3; i++) {
-        const cv::Point2d a = t[size_t(i)];
-        const cv::Point2d b = t[size_t((i + 1) % 3)];
-        positive += (b.x - a.x) * (y - a.y) - (b.y - a.y) * (x - a.x) >= 0 ? 1 : 0;
+cv::Rect2d grown(const cv::Rect2d &rect, double by) {
+    return {rect.x - by, rect.y - by, rect.width + 2 * by, rect.height + 2 * by};
+}
+
+cv::Point2d middleOf(const cv::Rect2d &rect) {
+    return (rect.tl() + rect.br()) / 2;
+}
+
+template <typename Points>
+cv::Rect2d boundsOf(const Points &points) {
+    cv::Point2d least = points[0];
+    cv::Point2d greatest = points[0];
+    for (const cv::Point2d &p : points) {
+        least = {std::min(least.x, p.x), std::min(least.y, p.y)};
+        greatest = {std::max(greatest.x, p.x), std::max(greatest.y, p.y)};
     }
-    return positive == 0 || positive == 3;
+    return {least.x, least.y, greatest.x - least.x, greatest.y - least.y};
+}
+
+// A convex polygon in either order.
+bool isInside(const cv::Point2d &p, const std::vector<cv::Point2d> &polygon) {
+    size_t left = 0;
+    for (size_t i = 0; i < polygon.size(); i++) {
+        const cv::Point2d &a = polygon[i];
+        left += (polygon[(i + 1) % polygon.size()] - a).cross(p - a) > 0 ? 1U : 0U;
+    }
+    return left == 0 || left == polygon.size();
+}
+
+// Each side moved outwards by the spread.
+std::vector<cv::Point2d> spreadPolygon(const std::vector<cv::Point2d> &polygon, double spread) {
+    const size_t n = polygon.size();
+    double area = 0;
+    for (size_t i = 0; i < n; i++) {
+        area += polygon[i].cross(polygon[(i + 1) % n]);
+    }
+    const double outwards = area > 0 ? spread : -spread;
+    std::vector<cv::Point2d> result;
+    for (size_t i = 0; i < n; i++) {
+        const cv::Point2d before = polygon[i] - polygon[(i + n - 1) % n];
+        const cv::Point2d after = polygon[(i + 1) % n] - polygon[i];
+        const cv::Point2d a = cv::Point2d(before.y, -before.x) / std::hypot(before.x, before.y);
+        const cv::Point2d b = cv::Point2d(after.y, -after.x) / std::hypot(after.x, after.y);
+        result.push_back(polygon[i] + (a + b) * (outwards / (1 + a.dot(b))));
+    }
+    return result;
+}
+
+lmlib64::PatternGeometry checkerGeometry(int columns, int rows, const std::vector<int> &marks, bool darkFirst) {
+    lmlib64::CodeCells code;
+    code.columns = columns;
+    code.rows = rows;
+    code.cells.assign(marks.begin(), marks.end());
+    return lmlib64::checkerboard({columns - 1, rows - 1}, 2.0, darkFirst, marks.empty() ? nullptr : &code);
 }
 
 }  // namespace
 
-CheckerTarget::CheckerTarget(int columns, int rows, std::vector<int> marks, bool darkFirst)
-    : columns_(columns), rows_(rows), marks_(std::move(marks)), darkFirst_(darkFirst) {}
-
-float CheckerTarget::ink(double x, double y) const {
-    if (x < 0 || y < 0 || x >= columns_ || y >= rows_) {
-        return 0;
-    }
-    const int column = int(x);
-    const int row = int(y);
-    bool dark = ((column + row) % 2 == 0) == darkFirst_;
-    if (marks_[size_t(row) * size_t(columns_) + size_t(column)] != 0 && std::abs(x - column - 0.5) < 1.0 / 6 &&
-        std::abs(y - row - 0.5) < 1.0 / 6) {
-        dark = !dark;
-    }
-    return dark ? 1.0F : 0.0F;
-}
-
-std::vector<cv::Point2d> CheckerTarget::points() const {
-    std::vector<cv::Point2d> corners;
-    for (int row = 1; row < rows_; row++) {
-        for (int column = 1; column < columns_; column++) {
-            corners.emplace_back(column, row);
+SyntheticTarget::SyntheticTarget(const lmlib64::PatternGeometry &geometry, const Print &print) : print_(print) {
+    const double pitch = geometry.squareSide;
+    size_ = {geometry.width / pitch, geometry.height / pitch};
+    for (int row = 0; row < geometry.lattice.rows; row++) {
+        for (int column = 0; column < geometry.lattice.columns; column++) {
+            const lmlib64::Point p = geometry.lattice.at(column, row);
+            points_.emplace_back(p.x / pitch, p.y / pitch);
         }
     }
-    return corners;
+    addShapes(geometry);
+    fillCells();
+    weighShapes();
+    if (print.inkSpread != 0) {
+        spreadInk(geometry.circles.empty() ? points_ : std::vector<cv::Point2d>());
+        fillCells();
+    }
+    findEvenCells();
 }
 
-PlateTarget::PlateTarget(const std::vector<InkDisc> &dots, const std::vector<cv::Point2d> &triangle)
-    : discsByCell_(size_t(plateCells * plateCells)), triangle_(triangle) {
-    std::vector<InkDisc> discs = dots;
-    for (const cv::Point2d &centre : PlateTarget::points()) {
-        discs.push_back({centre, 0.5, 0});
+void SyntheticTarget::addShapes(const lmlib64::PatternGeometry &geometry) {
+    const double scale = 1 / geometry.squareSide;
+    const auto scaled = [&](const lmlib64::Point &p) { return cv::Point2d(p.x * scale, p.y * scale); };
+    for (const lmlib64::Rectangle &r : geometry.rectangles) {
+        shapes_.push_back({Form::Rectangle, 1, cv::Rect2d(scaled({r.left, r.top}), scaled({r.right, r.bottom})), {}});
     }
-    for (const InkDisc &disc : discs) {
-        for (int row = int(disc.centre.y - disc.radius); row <= int(disc.centre.y + disc.radius); row++) {
-            for (int column = int(disc.centre.x - disc.radius); column <= int(disc.centre.x + disc.radius); column++) {
-                discsByCell_[size_t(row) * size_t(plateCells) + size_t(column)].push_back(disc);
+    for (const lmlib64::Polygon &polygon : geometry.polygons) {
+        Shape shape;
+        shape.form = Form::Polygon;
+        for (const lmlib64::Point &p : polygon) {
+            shape.polygon.push_back(scaled(p));
+        }
+        shape.bounds = boundsOf(shape.polygon);
+        shapes_.push_back(shape);
+    }
+    for (const lmlib64::Circle &c : geometry.circles) {
+        const double r = c.radius * scale;
+        shapes_.push_back(
+            {Form::Circle, 1, cv::Rect2d(scaled(c.centre) - cv::Point2d(r, r), cv::Size2d(2 * r, 2 * r)), {}});
+    }
+}
+
+bool SyntheticTarget::holds(const Shape &outer, const Shape &inner) {
+    const cv::Rect2d common = outer.bounds & inner.bounds;
+    if (outer.bounds.area() <= inner.bounds.area() || common.area() < inner.bounds.area() * (1 - 1e-9)) {
+        return false;
+    }
+    return outer.form != Form::Polygon || isInside(middleOf(inner.bounds), outer.polygon);
+}
+
+// Dark is what lies within an odd number of shapes. They lie apart or within each other.
+void SyntheticTarget::weighShapes() {
+    for (Shape &shape : shapes_) {
+        const cv::Point2d middle = middleOf(shape.bounds);
+        const Cell &cell = cells_[size_t(cellIndex(middle.y) * cellCount_.width + cellIndex(middle.x))];
+        for (int i = 0; i < cell.shapeCount; i++) {
+            if (holds(shapes_[size_t(cellShapes_[size_t(cell.firstShape + i)])], shape)) {
+                shape.weight = -shape.weight;
             }
         }
     }
 }
 
-float PlateTarget::ink(double x, double y) const {
-    if (x < 0 || y < 0 || x >= plateCells || y >= plateCells) {
-        return 0;
-    }
-    if (x < 0.5 || y < 0.5 || x >= plateCells - 0.5 || y >= plateCells - 0.5) {
-        return 1;
-    }
-    for (const InkDisc &disc : discsByCell_[size_t(y) * size_t(plateCells) + size_t(x)]) {
-        const double dx = x - disc.centre.x;
-        const double dy = y - disc.centre.y;
-        const double distance2 = dx * dx + dy * dy;
-        if (distance2 < disc.radius * disc.radius && distance2 >= disc.holeRadius * disc.holeRadius) {
-            return 1;
+// Dark shapes grow and light ones shrink. Where two dark squares meet in a corner they come to overlap.
+void SyntheticTarget::spreadInk(const std::vector<cv::Point2d> &squareCorners) {
+    for (Shape &shape : shapes_) {
+        const double spread = print_.inkSpread * shape.weight;
+        shape.bounds = grown(shape.bounds, spread);
+        if (shape.form == Form::Polygon) {
+            shape.polygon = spreadPolygon(shape.polygon, spread);
         }
     }
-    return triangle_.size() == 3 && insideTriangle(triangle_, x, y) ? 1.0F : 0.0F;
+    for (const cv::Point2d &p : squareCorners) {
+        if (print_.inkSpread > 0) {
+            shapes_.push_back({Form::Rectangle, -1, grown(cv::Rect2d(p, cv::Size2d()), print_.inkSpread), {}});
+        }
+    }
 }
 
-std::vector<cv::Point2d> PlateTarget::points() const {
-    std::vector<cv::Point2d> centres;
-    for (int row = 1; row <= 7; row++) {
-        for (int column = 1; column <= 7; column++) {
-            centres.emplace_back(2.0 * column, 2.0 * row);
+int SyntheticTarget::cellIndex(double coordinate) {
+    return int(std::floor((coordinate + margin) * cellsPerPitch));
+}
+
+// Calls visit with every cell that a rectangle reaches into.
+template <typename Visit>
+void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) const {
+    // Shapes end on cells' borders but for rounding.
+    constexpr double slack = 1e-7;
+    const int left = std::max(0, cellIndex(bounds.x + slack));
+    const int top = std::max(0, cellIndex(bounds.y + slack));
+    const int right = std::min(cellCount_.width - 1, cellIndex(bounds.x + bounds.width - slack));
+    const int bottom = std::min(cellCount_.height - 1, cellIndex(bounds.y + bounds.height - slack));
+    for (int row = top; row <= bottom; row++) {
+        for (int column = left; column <= right; column++) {
+            if (!visit(row * cellCount_.width + column)) {
+                return;
+            }
         }
     }
-    return centres;
 }
+
+void SyntheticTarget::fillCells() {
+    cellCount_ = {cellIndex(size_.width + margin) + 1, cellIndex(size_.height + margin) + 1};
+    cells_.assign(size_t(cellCount_.area()), Cell());
+    for (const Shape &shape : shapes_) {
+        visitCells(shape.bounds, [&](int cell) {
+            cells_[size_t(cell)].shapeCount++;
+            return true;
+        });
+    }
+    int first = 0;
+    for (Cell &cell : cells_) {
+        cell.firstShape = first;
+        first += cell.shapeCount;
+        cell.shapeCount = 0;
+    }
+    cellShapes_.resize(size_t(first));
+    for (size_t i = 0; i < shapes_.size(); i++) {
+        visitCells(shapes_[i].bounds, [&](int index) {
+            Cell &cell = cells_[size_t(index)];
+            cellShapes_[size_t(cell.firstShape + cell.shapeCount++)] = int(i);
+            return true;
+        });
+    }
+}
+
+void SyntheticTarget::findEvenCells() {
+    for (int row = 0; row < cellCount_.height; row++) {
+        for (int column = 0; column < cellCount_.width; column++) {
+            Cell &cell = cells_[size_t(row * cellCount_.width + column)];
+            const double side = 1.0 / cellsPerPitch;
+            const double x = column * side - margin;
+            const double y = row * side - margin;
+            const Quad whole{{{x, y}, {x + side, y}, {x + side, y + side}, {x, y + side}}};
+            double ink = 0;
+            bool even = true;
+            for (int i = 0; i < cell.shapeCount && even; i++) {
+                const Shape &shape = shapes_[size_t(cellShapes_[size_t(cell.firstShape + i)])];
+                const double share = areaWithin(whole, shape) / (side * side);
+                even = share < 1e-6 || share > 1 - 1e-6;
+                ink += shape.weight * std::round(share);
+            }
+            cell.ink = even ? float(ink) : -1.0F;
+        }
+    }
+}
+
+double SyntheticTarget::areaWithin(const Quad &quad, const Shape &shape) {
+    switch (shape.form) {
+        case Form::Rectangle:
+            return areaInRectangle(quad, shape.bounds);
+        case Form::Circle:
+            return areaInCircle(quad, middleOf(shape.bounds), shape.bounds.width / 2);
+        case Form::Polygon:
+            break;
+    }
+    return areaInPolygon(quad, shape.polygon);
+}
+
+double SyntheticTarget::inkShare(const Quad &quad) const {
+    const cv::Rect2d bounds = boundsOf(quad);
+    if (bounds.x + bounds.width <= -margin || bounds.y + bounds.height <= -margin || bounds.x >= size_.width + margin ||
+        bounds.y >= size_.height + margin) {
+        return 0;
+    }
+    // Even all over, as most pixels are, unless a cell differs from those before it.
+    double ink = -1;
+    bool even = cellIndex(bounds.x) >= 0 && cellIndex(bounds.y) >= 0 &&
+                cellIndex(bounds.x + bounds.width) < cellCount_.width &&
+                cellIndex(bounds.y + bounds.height) < cellCount_.height;
+    if (even) {
+        visitCells(bounds, [&](int index) {
+            const Cell &cell = cells_[size_t(index)];
+            even = cell.ink >= 0 && (ink < 0 || ink == cell.ink);
+            ink = cell.ink;
+            return even;
+        });
+    }
+    if (!even) {
+        ink = mixedShare(quad, bounds);
+    }
+    return print_.halftonePeriod > 0 && ink > 0 ? ink * screen(quad) : ink;
+}
+
+double SyntheticTarget::mixedShare(const Quad &quad, const cv::Rect2d &bounds) const {
+    constexpr int most = 64;
+    std::array<int, most> seen;
+    int seenCount = 0;
+    double inked = 0;
+    visitCells(bounds, [&](int index) {
+        const Cell &cell = cells_[size_t(index)];
+        for (int i = 0; i < cell.shapeCount; i++) {
+            const int shape = cellShapes_[size_t(cell.firstShape + i)];
+            if (seenCount < most &&
+                std::find(seen.begin(), seen.begin() + seenCount, shape) == seen.begin() + seenCount) {
+                seen[size_t(seenCount++)] = shape;
+                inked += shapes_[size_t(shape)].weight * areaWithin(quad, shapes_[size_t(shape)]);
+            }
+        }
+        return true;
+    });
+    const double area = areaOf(quad);
+    return area > 0 ? std::clamp(inked / area, 0.0, 1.0) : 0;
+}
+
+// What the halftone screen leaves of the ink: a wave along both of its axes, averaged over the quadrilateral as if
+// that were a parallelogram.
+double SyntheticTarget::screen(const Quad &quad) const {
+    const cv::Point2d middle = (quad[0] + quad[1] + quad[2] + quad[3]) / 4;
+    const cv::Point2d across = (quad[1] - quad[0] + quad[2] - quad[3]) / 2;
+    const cv::Point2d down = (quad[3] - quad[0] + quad[2] - quad[1]) / 2;
+    const auto sinc = [](double x) { return std::abs(x) < 1e-6 ? 1.0 : std::sin(x) / x; };
+    double waves = 0;
+    for (const double angle : {print_.halftoneAngle, print_.halftoneAngle + CV_PI / 2}) {
+        const cv::Point2d k = cv::Point2d(std::cos(angle), std::sin(angle)) * (2 * CV_PI / print_.halftonePeriod);
+        waves += std::cos(k.dot(middle)) * sinc(k.dot(across) / 2) * sinc(k.dot(down) / 2);
+    }
+    return 1 - print_.halftoneDepth * (2 + waves) / 4;
+}
+
+CheckerTarget::CheckerTarget(int columns, int rows, const std::vector<int> &marks, bool darkFirst, const Print &print)
+    : SyntheticTarget(checkerGeometry(columns, rows, marks, darkFirst), print) {}
 
 }  // namespace reader_bench

@@ -1,67 +1,81 @@
-// Flat targets as the synthetic camera sees them: how light the paper is at a point.
+// Flat targets as the synthetic camera sees them: how much ink a small piece of the paper carries. The shapes are those
+// that LmLib64 prints.
 //
 // The unit of length is one lattice pitch (a checkerboard's square side, half the grid spacing of a plate). The
-// origin is the pattern's top-left outer corner, x to the right, y down. Lightness is 1 for the dark ink and 0 for the
+// origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 where all is inked and 0 on the
 // paper, so that ink and paper levels are the camera's business.
 #pragma once
 
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "bench/reader/area_coverage.h"
+#include "camera_library/pattern/pattern_geometry.h"
+
 namespace reader_bench {
+
+// How the printer renders the shapes. Lengths in pitches.
+struct Print {
+    double inkSpread = 0;       // dark shapes reach so much farther on every side
+    double halftonePeriod = 0;  // of the screen that thins the ink; 0: none
+    double halftoneDepth = 0;   // the part of the ink missing between the screen's dots
+    double halftoneAngle = 0;   // radians
+};
 
 class SyntheticTarget {
 public:
-    virtual ~SyntheticTarget() = default;
+    explicit SyntheticTarget(const lmlib64::PatternGeometry &geometry, const Print &print = {});
 
-    // 1 where the point is inked, 0 where it is paper. Points outside the pattern are quiet zone: paper.
-    virtual float ink(double x, double y) const = 0;
+    // The inked share of a quadrilateral smaller than a few pitches, 0 to 1. Outside the pattern is paper.
+    double inkShare(const Quad &quad) const;
     // Outer size of the pattern in pitches.
-    virtual cv::Size2d size() const = 0;
+    cv::Size2d size() const { return size_; }
     // The points a reader is asked for: inner corners or mark centres.
-    virtual std::vector<cv::Point2d> points() const = 0;
+    const std::vector<cv::Point2d> &points() const { return points_; }
+
+private:
+    enum class Form { Rectangle, Circle, Polygon };
+    // Ink that is added (weight 1), or taken away (-1) where a shape lies within a dark one.
+    struct Shape {
+        Form form = Form::Rectangle;
+        double weight = 1;
+        cv::Rect2d bounds;
+        std::vector<cv::Point2d> polygon;
+    };
+    // A small square of the plane: the shapes that reach into it, and its ink where that is the same all over.
+    struct Cell {
+        int firstShape = 0;
+        int shapeCount = 0;
+        float ink = -1;  // negative: not the same all over
+    };
+
+    static int cellIndex(double coordinate);
+    static bool holds(const Shape &outer, const Shape &inner);
+    static double areaWithin(const Quad &quad, const Shape &shape);
+    template <typename Visit>
+    void visitCells(const cv::Rect2d &bounds, const Visit &visit) const;
+    void addShapes(const lmlib64::PatternGeometry &geometry);
+    void weighShapes();
+    void spreadInk(const std::vector<cv::Point2d> &squareCorners);
+    void fillCells();
+    void findEvenCells();
+    double mixedShare(const Quad &quad, const cv::Rect2d &bounds) const;
+    double screen(const Quad &quad) const;
+
+    cv::Size2d size_;
+    std::vector<cv::Point2d> points_;
+    Print print_;
+    std::vector<Shape> shapes_;
+    cv::Size cellCount_;
+    std::vector<Cell> cells_;
+    std::vector<int> cellShapes_;
 };
 
-// A checkerboard of cells, each with or without a centred mark of the opposite colour and a third of the side.
+// A checkerboard of squares, each with or without a centred mark of the opposite colour and a third of the side.
 class CheckerTarget : public SyntheticTarget {
 public:
-    // marks holds columns × rows values 0 or 1, row by row. darkFirst: the top-left square is inked.
-    CheckerTarget(int columns, int rows, std::vector<int> marks, bool darkFirst);
-
-    float ink(double x, double y) const override;
-    cv::Size2d size() const override { return {double(columns_), double(rows_)}; }
-    std::vector<cv::Point2d> points() const override;
-
-    int columns() const { return columns_; }
-    int rows() const { return rows_; }
-
-private:
-    int columns_;
-    int rows_;
-    std::vector<int> marks_;
-    bool darkFirst_;
-};
-
-// A circle of a plate: a mark, or a code dot, which is open in its middle.
-struct InkDisc {
-    cv::Point2d centre;
-    double radius = 0;
-    double holeRadius = 0;
-};
-
-// A 7 × 7 plate: discs inside a frame, with a triangle in one corner of the frame's inside.
-class PlateTarget : public SyntheticTarget {
-public:
-    // dots are the code dots, in pitches; corner the triangle's three points.
-    PlateTarget(const std::vector<InkDisc> &dots, const std::vector<cv::Point2d> &triangle);
-
-    float ink(double x, double y) const override;
-    cv::Size2d size() const override { return {16, 16}; }
-    std::vector<cv::Point2d> points() const override;
-
-private:
-    std::vector<std::vector<InkDisc>> discsByCell_;
-    std::vector<cv::Point2d> triangle_;
+    // marks holds columns × rows values 0 or 1, row by row; empty: none. darkFirst: the top-left square is inked.
+    CheckerTarget(int columns, int rows, const std::vector<int> &marks, bool darkFirst, const Print &print = {});
 };
 
 }  // namespace reader_bench

@@ -1,0 +1,21 @@
+// How much of a small quadrilateral lies within a shape: exact areas, so that a picture made of them has no error of
+// sampling. All functions are pure.
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace reader_bench {
+
+// Four points in order, clockwise or counter-clockwise, convex.
+using Quad = std::array<cv::Point2d, 4>;
+
+// Areas are not negative whichever way the quadrilateral is turned.
+double areaOf(const Quad &quad);
+double areaInRectangle(const Quad &quad, const cv::Rect2d &rectangle);
+double areaInCircle(const Quad &quad, const cv::Point2d &centre, double radius);
+// polygon: convex, in either order.
+double areaInPolygon(const Quad &quad, const std::vector<cv::Point2d> &polygon);
+
+}  // namespace reader_bench

@@ -1,0 +1,60 @@
+// The lens and the sheet of paper: where a ray of light falls in the picture, and where it meets the paper. Both ways
+// are exact to far less than a hundredth of a pixel.
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace reader_bench {
+
+// Image coordinates: the centre of the top-left pixel is (0, 0), x to the right, y down.
+struct CameraModel {
+    double focalLength = 1000;  // pixels; of a fisheye: pixels per radian on the axis
+    cv::Point2d centre;         // principal point, pixels
+    double k1 = 0;              // radial distortion of normalised coordinates: r' = r (1 + k1 r² + k2 r⁴)
+    double k2 = 0;
+    // Kannala and Brandt's model in place of the above: r' = t + c0 t³ + c1 t⁵, t being the angle from the axis.
+    bool fisheye = false;
+    std::array<double, 2> fisheyeTerms{};
+};
+
+// The camera looks along +z. A fisheye takes rays up to 90° from its axis and more, other lenses those with z > 0.
+cv::Point2d pixelOf(const CameraModel &camera, const cv::Vec3d &ray);
+cv::Vec3d rayOf(const CameraModel &camera, const cv::Point2d &pixel);
+
+// A sheet of paper that is rolled, waved or creased along parallel straight lines without stretching. Sheet coordinates
+// are measured on the paper from its middle; the flat sheet would lie in the plane z = 0.
+class PaperSheet {
+public:
+    struct Form {
+        double direction = 0;                            // in the paper, across the bending lines, radians
+        double curvature = 0;                            // of a rolled sheet, 1 / pitch
+        double waveSlope = 0;                            // greatest slope of a waved sheet, radians
+        double waveLength = 1;                           // pitches
+        double wavePhase = 0;                            // radians
+        std::vector<std::pair<double, double>> creases;  // distance from the middle in pitches; angle in radians
+    };
+
+    // reach: pitches from the middle within which the form holds; beyond, the sheet goes on straight.
+    PaperSheet(const Form &form, double reach);
+
+    cv::Vec3d at(const cv::Point2d &onPaper) const;
+    // Where the ray from origin meets the sheet. start: the distance across the bending lines to begin with, which
+    // is replaced by the one found; the ray of the pixel beside this one is a good beginning.
+    cv::Point2d hit(const cv::Vec3d &origin, const cv::Vec3d &direction, double &start) const;
+
+private:
+    // A point of the cross section and its direction.
+    struct Station {
+        double x, z, cosine, sine;
+    };
+    Station station(double s) const;
+
+    cv::Point2d across_;
+    double reach_;
+    double step_;
+    std::vector<Station> stations_;
+};
+
+}  // namespace reader_bench

@@ -1,0 +1,65 @@
+// What becomes of the light that reaches the lens: shadows and reflections, what lies in front of the scene, blur, the
+// sensor with its colours and noise, and the camera's own processing of the picture.
+//
+// Positions are image coordinates in pixels; levels are grey levels from 0 to 255, proportional to the light until the
+// tone curve bends them.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <random>
+#include <vector>
+
+namespace reader_bench {
+
+// Takes the share `depth` of the light from the half plane towards `side`, through a penumbra of the given width.
+struct Shadow {
+    cv::Point2d edge;
+    cv::Point2d side;  // a unit vector
+    double depth = 0;
+    double penumbra = 1;
+};
+
+// A reflection that adds light around a point.
+struct Glare {
+    cv::Point2d centre;
+    double radius = 1;  // of a Gaussian, as its standard deviation
+    double strength = 0;
+};
+
+// Something in front of all targets: fingers, a hand, a cable.
+struct Obstacle {
+    std::vector<cv::Point2d> outline;
+    double level = 120;
+};
+
+struct Exposure {
+    float paperLevel = 220;
+    float inkLevel = 30;
+    cv::Point2d lightSlope;  // relative change of light over the whole image
+    double vignette = 0;     // relative loss in the corners
+    std::vector<Shadow> shadows;
+    std::vector<Glare> glares;
+    std::vector<Obstacle> obstacles;
+
+    double blurSigma = 0.6;  // Gaussian, on top of the pixel's own area
+    // Radius of the disc that a point becomes out of focus: |radius + slope · (p - middle of the picture)|.
+    double defocusRadius = 0;
+    cv::Point2d defocusSlope;
+    cv::Point2d motion;  // the way of a point of the picture while the shutter is open
+
+    double noiseSigma = 2;    // grey levels
+    double shotNoise = 0;     // variance that each grey level of light adds
+    bool bayer = false;       // one colour per pixel, interpolated afterwards
+    cv::Vec3d cast{1, 1, 1};  // blue, green and red in the light, as the sensor sees it
+    double balanceError = 0;  // relative error of the white balance
+    double toneGain = 1;      // before clipping at 255
+    double toneGamma = 1;     // 2.2: a camera's usual curve
+    double sharpening = 0;    // share of the difference from the smoothed picture that is added
+    double sharpeningSigma = 1;
+    int jpegQuality = 0;  // 0: none
+};
+
+// The picture of an irradiance (32-bit float, one channel): 8 bits, one channel, or three with `bayer`.
+cv::Mat expose(const cv::Mat &irradiance, const Exposure &exposure, std::mt19937 &random);
+
+}  // namespace reader_bench
