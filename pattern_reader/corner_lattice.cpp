@@ -31,18 +31,18 @@ void CornerLattice::cover(cv::Point cell) {
     }
     const cv::Size room(std::max(4, area_.width / 2), std::max(4, area_.height / 2));
     area_ |= cv::Rect(cell - cv::Point(room), cell + cv::Point(room));
-    indices_.assign(size_t(area_.area()), int16_t(-1));
+    indices_.assign(size_t(area_.area()), -1);
     for (size_t i = 0; i < corners.size(); i++) {
-        indices_[slotOf(corners[i].cell)] = int16_t(i);
+        indices_[slotOf(corners[i].cell)] = int(i);
     }
 }
 
 bool CornerLattice::add(const LatticeCorner &corner) {
-    if (!inRange(corner.cell) || indexAt(corner.cell) >= 0 || corners.size() >= 32000) {
+    if (!inRange(corner.cell) || indexAt(corner.cell) >= 0) {
         return false;
     }
     cover(corner.cell);
-    indices_[slotOf(corner.cell)] = int16_t(corners.size());
+    indices_[slotOf(corner.cell)] = int(corners.size());
     corners.push_back(corner);
     return true;
 }
@@ -66,7 +66,7 @@ void CornerLattice::retain(const std::vector<bool> &keep) {
     }
     corners = std::move(kept);
     for (size_t i = 0; i < corners.size(); i++) {
-        indices_[slotOf(corners[i].cell)] = int16_t(i);
+        indices_[slotOf(corners[i].cell)] = int(i);
     }
 }
 

@@ -21,8 +21,9 @@ struct LatticeCorner {
 
 class CornerLattice {
 public:
-    // Cells run from -reach to reach in both directions.
-    static constexpr int reach = 140;
+    // Cells run from -reach to reach in both directions: room for the largest pattern, of 271 corners a side, whichever
+    // of its corners is the first.
+    static constexpr int reach = 300;
 
     // The square between the corner (0, 0) and (1, 1) is light; colours alternate from there.
     bool originLight = true;
@@ -53,7 +54,7 @@ private:
 
     // The corners' numbers by cell, over the cells of area_.
     cv::Rect area_;
-    std::vector<int16_t> indices_;
+    std::vector<int> indices_;
 };
 
 }  // namespace pattern_reader

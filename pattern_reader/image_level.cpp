@@ -23,10 +23,10 @@ void sumAlongRow(const uchar *in, int width, uint16_t *out) {
 
 }  // namespace
 
-std::vector<ImageLevel> makePyramid(const cv::Mat &image, int levelLimit) {
+std::vector<ImageLevel> makePyramid(const cv::Mat &image) {
     constexpr int shortestSide = 24;
     std::vector<ImageLevel> levels;
-    for (int number = 0; number < levelLimit; number++) {
+    for (int number = 0;; number++) {
         ImageLevel level;
         level.number = number;
         if (number == 0) {

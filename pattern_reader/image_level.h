@@ -25,9 +25,9 @@ struct ImageLevel {
     }
 };
 
-// Levels from the full image down to one whose shorter side is at least 24 pixels, at most levelLimit of them.
-// The `smoothed` pictures are left empty.
-std::vector<ImageLevel> makePyramid(const cv::Mat &image, int levelLimit);
+// Levels from the full image down to the last one whose shorter side has at least 24 pixels, so that squares of any
+// size are small in one of them. The `smoothed` pictures are left empty.
+std::vector<ImageLevel> makePyramid(const cv::Mat &image);
 
 // Makes level.smoothed from level.picture.
 void smooth(ImageLevel &level);

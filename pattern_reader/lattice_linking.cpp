@@ -24,8 +24,11 @@ struct Placed {
 // Follows the links from saddle to saddle and gives every one its cell.
 class LatticeGrowth {
 public:
-    // Those in `used` were placed before and are left alone; the ones placed here are added to them.
-    LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used) : saddles_(saddles), used_(used) {}
+    // Those in `used` were placed before and are left alone; the ones placed here are added to them. `cornerOf` has -1
+    // for every saddle, between any two growths: a vector of their own would cost each of many small lattices time that
+    // grows with the whole picture.
+    LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
+        : saddles_(saddles), used_(used), cornerOf_(cornerOf) {}
 
     // False when the seed and its neighbours do not make a closed square.
     bool start(size_t seed);
@@ -36,9 +39,11 @@ private:
     Placed neighbour(const Placed &from, size_t slot) const;
     bool place(const Placed &placed);
     void dropContradictions();
+    std::vector<bool> withoutContradiction();
 
     const std::vector<LinkedSaddle> &saddles_;
     std::vector<bool> &used_;
+    std::vector<int> &cornerOf_;
     CornerLattice lattice_;
     std::vector<Placed> placed_;  // in the order of lattice_.corners
 };
@@ -126,29 +131,34 @@ void LatticeGrowth::grow() {
     dropContradictions();
 }
 
-// A link whose ends are not neighbours in the lattice speaks against both of them.
+// A link whose ends are not neighbours in the lattice speaks against both of them. One entry for each placed saddle.
+std::vector<bool> LatticeGrowth::withoutContradiction() {
+    for (size_t i = 0; i < placed_.size(); i++) {
+        cornerOf_[placed_[i].saddle] = int(i);
+    }
+    std::vector<bool> keep(placed_.size(), true);
+    for (size_t i = 0; i < placed_.size(); i++) {
+        int agreeing = 0;
+        int contradicting = 0;
+        for (const int k : saddles_[placed_[i].saddle].links) {
+            const int other = k < 0 ? -1 : cornerOf_[size_t(k)];
+            if (other >= 0) {
+                const cv::Point d = placed_[size_t(other)].cell - placed_[i].cell;
+                (std::abs(d.x) + std::abs(d.y) == 1 ? agreeing : contradicting)++;
+            }
+        }
+        keep[i] = agreeing > contradicting;
+    }
+    for (const Placed &placed : placed_) {
+        cornerOf_[placed.saddle] = -1;
+    }
+    return keep;
+}
+
 void LatticeGrowth::dropContradictions() {
     for (int round = 0; round < 4; round++) {
-        std::vector<int> cornerOf(saddles_.size(), -1);
-        for (size_t i = 0; i < placed_.size(); i++) {
-            cornerOf[placed_[i].saddle] = int(i);
-        }
-        std::vector<bool> keep(placed_.size(), true);
-        bool all = true;
-        for (size_t i = 0; i < placed_.size(); i++) {
-            int agreeing = 0;
-            int contradicting = 0;
-            for (const int k : saddles_[placed_[i].saddle].links) {
-                const int other = k < 0 ? -1 : cornerOf[size_t(k)];
-                if (other >= 0) {
-                    const cv::Point d = placed_[size_t(other)].cell - placed_[i].cell;
-                    (std::abs(d.x) + std::abs(d.y) == 1 ? agreeing : contradicting)++;
-                }
-            }
-            keep[i] = agreeing > contradicting;
-            all = all && keep[i];
-        }
-        if (all) {
+        const std::vector<bool> keep = withoutContradiction();
+        if (std::find(keep.begin(), keep.end(), false) == keep.end()) {
             return;
         }
         std::vector<Placed> kept;
@@ -192,9 +202,10 @@ std::vector<CornerLattice> linkLattices(const ImageLevel &level, const std::vect
                                         size_t leastCorners) {
     const std::vector<LinkedSaddle> linked = linkSaddles(saddles, level.picture.size());
     std::vector<bool> used(linked.size(), false);
+    std::vector<int> cornerOf(linked.size(), -1);
     std::vector<CornerLattice> lattices;
     for (const size_t seed : bestSeedsFirst(linked)) {
-        LatticeGrowth growth(linked, used);
+        LatticeGrowth growth(linked, used, cornerOf);
         if (used[seed] || !growth.start(seed)) {
             continue;
         }

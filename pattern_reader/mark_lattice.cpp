@@ -36,6 +36,12 @@ public:
         return best;
     }
 
+    // Calls visit with the number of every mark, in a lattice or not, within reach of a point and some beyond it.
+    template <class Visit>
+    void visitAround(cv::Point2f p, float reach, const Visit &visit) const {
+        grid_.visitAround(p, reach, visit);
+    }
+
     void use(size_t k) { used_[k] = true; }
     bool used(size_t k) const { return used_[k]; }
 
@@ -53,28 +59,33 @@ cv::Point2f apply(const cv::Matx22f &m, cv::Point2f v) {
 }
 
 // The first neighbour of a seed: a mark whose distance, seen through the seed's ellipse, is the pitch.
-bool findAxes(const std::vector<RoundMark> &marks, size_t seed, cv::Point2f &a, cv::Point2f &b) {
+bool findAxes(const std::vector<RoundMark> &marks, const FreeMarks &freeMarks, size_t seed, cv::Point2f &a,
+              cv::Point2f &b) {
     const RoundMark &here = marks[seed];
     const cv::Matx22f fromUnit = here.toUnit.inv();
-    for (const RoundMark &there : marks) {
-        const cv::Point2f d = there.centre - here.centre;
-        const cv::Point2f unit = apply(here.toUnit, d);
+    constexpr float farthest = 1.15F * pitchInRadii;
+    // No direction is stretched by more than the norm.
+    const auto reach = float(cv::norm(fromUnit)) * farthest;
+    size_t first = marks.size();
+    freeMarks.visitAround(here.centre, reach, [&](size_t k) {
+        const RoundMark &there = marks[k];
+        const cv::Point2f unit = apply(here.toUnit, there.centre - here.centre);
         const float distance = std::hypot(unit.x, unit.y);
-        if (distance > 0.85F * pitchInRadii && distance < 1.15F * pitchInRadii && there.area < 1.6F * here.area &&
+        if (k < first && distance > 0.85F * pitchInRadii && distance < farthest && there.area < 1.6F * here.area &&
             here.area < 1.6F * there.area) {
-            a = d;
+            first = k;
+            a = there.centre - here.centre;
             b = apply(fromUnit, {-unit.y, unit.x});
-            return true;
         }
-    }
-    return false;
+    });
+    return first < marks.size();
 }
 
 MarkLattice growMarks(const std::vector<RoundMark> &marks, FreeMarks &freeMarks, size_t seed) {
     MarkLattice found;
     cv::Point2f a;
     cv::Point2f b;
-    if (!findAxes(marks, seed, a, b)) {
+    if (!findAxes(marks, freeMarks, seed, a, b)) {
         return found;
     }
     const auto add = [&](cv::Point cell, size_t k) {

@@ -20,7 +20,7 @@
 
 namespace pattern_reader {
 
-constexpr long maximumPixels = 64L * 1000 * 1000;
+constexpr long maximumPixels = 150L * 1000 * 1000;
 
 enum class PatternKind {
     Plane,  // a piece of the plane, from a Flexible pattern

@@ -173,15 +173,6 @@ bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, Saddle
 
 namespace {
 
-template <typename Point>
-void keepStrongest(std::vector<Point> &points, size_t limit) {
-    if (points.size() > limit) {
-        std::nth_element(points.begin(), points.begin() + std::ptrdiff_t(limit), points.end(),
-                         [](const Point &a, const Point &b) { return a.strength > b.strength; });
-        points.resize(limit);
-    }
-}
-
 // Three rows of responses around the middle one.
 struct ResponseRows {
     const float *up, *mid, *down;
@@ -255,7 +246,7 @@ void collect(const ImageLevel &level, const ResponseRows &rows, const uchar *wor
 
 }  // namespace
 
-LevelPoints findPoints(ImageLevel &level, size_t limit) {
+LevelPoints findPoints(ImageLevel &level) {
     smooth(level);
     const int width = level.smoothed.cols;
     const int height = level.smoothed.rows;
@@ -280,8 +271,6 @@ LevelPoints findPoints(ImageLevel &level, size_t limit) {
                     worth[size_t((y + 1) % 2)].data(), y - 1, points);
         }
     }
-    keepStrongest(points.saddles, limit);
-    keepStrongest(points.blobs, limit);
     return points;
 }
 

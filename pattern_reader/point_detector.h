@@ -37,9 +37,9 @@ struct LevelPoints {
 constexpr float leastSaddleStrength = 1.5F;
 constexpr float leastBlobStrength = 5;
 
-// Smooths the level's picture into level.smoothed and finds its points. When there are more than limit of a kind the
-// strongest are kept.
-LevelPoints findPoints(ImageLevel &level, size_t limit);
+// Smooths the level's picture into level.smoothed and finds all of its points, which are at most one for every four
+// pixels.
+LevelPoints findPoints(ImageLevel &level);
 
 // Walks from near to the closest stationary point of the smoothed level and describes it. False when there is no
 // saddle within reach (pixels).

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <string>
 
 #include "pattern_reader/block_reader.h"
 #include "pattern_reader/corner_lattice.h"
@@ -21,8 +22,6 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr int levelCount = 5;
-constexpr size_t pointLimit = 20000;
 constexpr size_t leastCorners = 9;
 constexpr size_t leastMarks = 12;  // of a plate's 49, to look for the others
 
@@ -36,7 +35,7 @@ public:
     void take(const CornerLattice &lattice) {
         const int rows = int(taken_.size()) / columns_;
         for (const LatticeCorner &corner : lattice.corners) {
-            const float radius = std::min(0.33F * lattice.spacingAt(corner.cell), 40.0F);
+            const float radius = 0.33F * lattice.spacingAt(corner.cell);
             const int x1 = std::min(columns_ - 1, int(corner.position.x + radius) / cell);
             const int y1 = std::min(rows - 1, int(corner.position.y + radius) / cell);
             for (int y = std::max(0, int(corner.position.y - radius) / cell); y <= y1; y++) {
@@ -228,17 +227,18 @@ std::vector<PatternReading> readPatterns(const cv::Mat &image) {
         throw std::invalid_argument("an image of one channel with 8 bits is needed");
     }
     if (image.total() > size_t(maximumPixels)) {
-        throw std::invalid_argument("the image has more than 64 million pixels");
+        throw std::invalid_argument("the image has more than " + std::to_string(maximumPixels / 1000000) +
+                                    " million pixels");
     }
     std::vector<PatternReading> readings;
     if (image.cols < 16 || image.rows < 16) {
         return readings;
     }
-    std::vector<ImageLevel> levels = makePyramid(image, levelCount);
+    std::vector<ImageLevel> levels = makePyramid(image);
     std::vector<LevelPoints> points;
     points.reserve(levels.size());
     for (ImageLevel &level : levels) {
-        points.push_back(findPoints(level, pointLimit));
+        points.push_back(findPoints(level));
     }
     TakenCorners taken(image.size());
     BoardArea boards(image.size());

@@ -63,10 +63,10 @@ Board takeBoard(const View &view) {
     Exposure exposure;
     exposure.lightSlope = {0.3, -0.2};
     board.image = photograph(cv::Mat(size, CV_32F, cv::Scalar(130)), board.camera, {placed}, exposure, random);
-    board.levels = makePyramid(board.image, 4);
+    board.levels = makePyramid(board.image);
     std::vector<CornerLattice> all;
     for (ImageLevel &level : board.levels) {
-        for (CornerLattice &lattice : linkLattices(level, findPoints(level, 5000).saddles, 9)) {
+        for (CornerLattice &lattice : linkLattices(level, findPoints(level).saddles, 9)) {
             all.push_back(lattice);
         }
     }

@@ -1,0 +1,73 @@
+// Boards of every size, in squares and in pixels.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "bench/reader/synthetic_target.h"
+#include "camera_library/pattern_code/position_code.h"
+#include "pattern_reader/pattern_reader.h"
+
+namespace {
+
+using namespace pattern_reader;
+using namespace reader_bench;
+
+// A piece of the plane, slightly blurred, turned by a few degrees.
+struct DrawnBoard {
+    int squares;
+    double pixels;  // per square
+
+    static constexpr double angle = 0.1;
+    static constexpr int firstSquare = 30;  // column and row in the plane
+
+    double middle() const { return squares / 2.0; }
+    int side() const { return int(pixels * (squares * 1.1 + 2)); }
+
+    cv::Point2d imageOf(cv::Point lattice) const {
+        const double x = lattice.x - firstSquare - middle();
+        const double y = lattice.y - firstSquare - middle();
+        return cv::Point2d(std::cos(angle) * x - std::sin(angle) * y, std::sin(angle) * x + std::cos(angle) * y) *
+                   pixels +
+               cv::Point2d(side() / 2.0, side() / 2.0);
+    }
+
+    cv::Mat draw() const {
+        std::vector<int> marks;
+        for (int row = 0; row < squares; row++) {
+            for (int column = 0; column < squares; column++) {
+                marks.push_back(pattern_code::planeBit(firstSquare + column, firstSquare + row) ? 1 : 0);
+            }
+        }
+        const CheckerTarget target(squares, squares, marks, true);
+        const double u = std::cos(angle) / pixels;
+        const double v = std::sin(angle) / pixels;
+        cv::Mat picture(side(), side(), CV_8U);
+        for (int y = 0; y < side(); y++) {
+            for (int x = 0; x < side(); x++) {
+                const double dx = x - side() / 2.0;
+                const double dy = y - side() / 2.0;
+                picture.at<uchar>(y, x) =
+                    target.ink(u * dx + v * dy + middle(), u * dy - v * dx + middle()) > 0 ? 30 : 220;
+            }
+        }
+        cv::GaussianBlur(picture, picture, {}, 0.8);
+        return picture;
+    }
+};
+
+TEST(BoardSizes, readsAllCornersOfManyAndOfLargeSquares) {
+    for (const DrawnBoard &board : {DrawnBoard{201, 8}, DrawnBoard{7, 400}}) {
+        const auto readings = readPatterns(board.draw());
+        ASSERT_EQ(readings.size(), 1U) << board.pixels;
+        const auto corners = size_t(board.squares - 1) * size_t(board.squares - 1);
+        EXPECT_EQ(readings.front().corners.size(), corners) << board.pixels;
+        for (const PatternCorner &corner : readings.front().corners) {
+            const cv::Point2d off = board.imageOf(corner.lattice) - cv::Point2d(corner.image);
+            ASSERT_LT(std::hypot(off.x, off.y), 0.5) << board.pixels;
+        }
+    }
+}
+
+}  // namespace
