@@ -1,18 +1,21 @@
-// Reads coded calibration patterns in a photograph: which pattern it is, where in it every corner lies, what its
-// information block says. It does not calibrate, and it knows no millimetres but those the block holds.
+// Reads calibration patterns in a photograph: which pattern it is, where in it every corner lies, what its information
+// block says. It does not calibrate, and it knows no millimetres except those in the block; object_points.h does.
 //
-// Images: 8 bits, one channel, at most maximumPixels. No size of pattern or square is asked for.
+// Images: 1, 3 (BGR) or 4 (BGRA) channels of any depth, converted as image_file.h says, at most maximumPixels. Coded
+//   patterns of any size are found; plain checkerboards only of the size that the options name.
 // Coordinates: image coordinates have the centre of the top-left pixel at (0, 0), x to the right, y down. Lattice
 //   coordinates count lattice steps (half a grid spacing) in the pattern's own frame, x to the right, y down: in a
 //   tile and in the plane (x, y) is the top-left corner of the square in column x, row y; in a plate (0, 0) is the
-//   outer corner of the frame, the marks lie on the even numbers from 2 to 14.
-// What is not sure is not reported: a plain checkerboard, or one with too little of it in sight, gives no reading; a
-//   block that cannot be read beyond doubt is absent.
+//   outer corner of the frame, the marks lie on the even numbers from 2 to 14. In a plain board the inner corners run
+//   from (1, 1) to (columns, rows).
+// What is not sure is not reported: a checkerboard with too little of it in sight gives no reading; a block that cannot
+//   be read beyond doubt is absent.
 // Threads: every function may be called from any thread at the same time. Errors: readPatterns throws
-//   std::invalid_argument for an image of another kind.
+//   std::invalid_argument for an image of another kind and for a board of less than 3 x 3 corners.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <opencv2/core.hpp>
 #include <optional>
 #include <string>
@@ -26,6 +29,7 @@ enum class PatternKind {
     Plane,  // a piece of the plane, from a Flexible pattern
     Tile,   // the Official and Single pattern, or one of an assembly
     Plate,  // a plate with 7 × 7 round marks
+    Board,  // a plain checkerboard of the size asked for
 };
 
 struct PatternCorner {
@@ -57,6 +61,9 @@ struct PatternReading {
     int quarterTurns = 0;
     // Direction of the pattern's x axis in the image at its middle, degrees clockwise from the image's x axis.
     double angle = 0;
+    // How many orientations a plain board's size and colours leave open: 1, 2 (half a turn) or 4 (a quarter turn).
+    // Taken is the one whose x axis points most to the right in the image. 1 for coded patterns.
+    int orientations = 1;
     // Whether the squares with an even sum of column and row are dark. In a tile this is its polarity: the top-left
     // square is dark. A piece of the plane has its polarity from its own top-left square.
     bool evenSquaresDark = true;
@@ -68,12 +75,24 @@ struct PatternReading {
     int filledBits = 0;       // bits of the block that could not be seen
     int squaresCompared = 0;  // position squares read, and how many of them differ from the code
     int squaresDiffering = 0;
-    // 1 minus the probability that chance made the reading agree with the code as well as it does.
+    // 1 minus the probability that chance made the reading agree with the code as well as it does; of a plain board the
+    // share of its corners that were seen.
     double confidence = 0;
     double log10Chance = 0;
 };
 
-// All patterns in the image, the largest first.
-std::vector<PatternReading> readPatterns(const cv::Mat &image);
+struct ReadingOptions {
+    // Reads plain checkerboards of this size as well: columns and rows of inner corners, 3 x 3 at least.
+    std::optional<cv::Size> board;
+    // Reads only this part of the image; all of it if empty. Coordinates stay those of the image.
+    cv::Rect region;
+    // Leaves out readings with less confidence.
+    double leastConfidence = 0;
+    // Asked now and then by the thread that reads; once it returns true, reading ends early and without a result.
+    std::function<bool()> isCancelled;
+};
+
+// All patterns in the image, the largest first; none if cancelled.
+std::vector<PatternReading> readPatterns(const cv::Mat &image, const ReadingOptions &options = {});
 
 }  // namespace pattern_reader

@@ -3,8 +3,10 @@
 #include <stdexcept>
 #include <string>
 
+#include "camera_library/pattern_code/position_code.h"
 #include "pattern_reader/block_reader.h"
 #include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_file.h"
 #include "pattern_reader/image_level.h"
 #include "pattern_reader/lattice_completion.h"
 #include "pattern_reader/lattice_linking.h"
@@ -14,6 +16,7 @@
 #include "pattern_reader/mark_lattice.h"
 #include "pattern_reader/pattern_reader.h"
 #include "pattern_reader/place_finder.h"
+#include "pattern_reader/plain_board.h"
 #include "pattern_reader/plate_reader.h"
 #include "pattern_reader/point_detector.h"
 #include "pattern_reader/square_marks.h"
@@ -124,19 +127,14 @@ std::vector<CornerLattice> findLattices(const std::vector<ImageLevel> &levels, c
     return lattices;
 }
 
-bool belongs(const Place &place, cv::Point lattice) {
-    // The outermost lattice lines of a pattern are its edge and no corners.
-    const int last = place.tile == Place::plane ? 272 : 16;
-    return lattice.x > 0 && lattice.y > 0 && lattice.x < last && lattice.y < last;
-}
-
-PatternReading describe(const CornerLattice &lattice, const Place &place) {
+// What a lattice says once its place is known. squares counts the pattern's columns and rows of squares: the outermost
+// lattice lines are its edge and no corners.
+PatternReading describe(const CornerLattice &lattice, const LatticeMotion &motion, cv::Size squares) {
     PatternReading reading;
-    reading.kind = place.tile == Place::plane ? PatternKind::Plane : PatternKind::Tile;
-    reading.tile = place.tile;
+    const cv::Rect inside(1, 1, squares.width - 1, squares.height - 1);
     for (const LatticeCorner &corner : lattice.corners) {
-        const cv::Point p = place.motion.point(corner.cell);
-        if (belongs(place, p)) {
+        const cv::Point p = motion.point(corner.cell);
+        if (inside.contains(p)) {
             reading.corners.push_back({corner.position, p, corner.sigma, corner.disturbed});
         }
     }
@@ -155,37 +153,58 @@ PatternReading describe(const CornerLattice &lattice, const Place &place) {
     reading.angle = std::atan2(along.y, along.x) * 180 / CV_PI;
     reading.quarterTurns = (int(std::lround(reading.angle / 90)) + 4) % 4;
     const LatticeCorner &any = lattice.corners.front();
-    const cv::Point square = place.motion.square(any.cell);
+    const cv::Point square = motion.square(any.cell);
     const bool even = (square.x + square.y) % 2 == 0;
     reading.evenSquaresDark = lattice.isLight(any.cell) != even;
     reading.topLeftSquareDark = ((low.x + low.y) % 2 == 0) == reading.evenSquaresDark;
+    return reading;
+}
+
+std::optional<PatternReading> readCodedBoard(CornerLattice &lattice, const std::vector<SquareReading> &marks,
+                                             const Place &place) {
+    keepTrustedCorners(lattice, marks, place);
+    if (lattice.corners.size() < leastCorners) {
+        return std::nullopt;
+    }
+    const bool isPlane = place.tile == Place::plane;
+    const int side = isPlane ? pattern_code::planeSide : pattern_code::tileSide;
+    PatternReading reading = describe(lattice, place.motion, {side, side});
+    reading.kind = isPlane ? PatternKind::Plane : PatternKind::Tile;
+    reading.tile = place.tile;
     reading.squaresCompared = place.squaresCompared;
     reading.squaresDiffering = place.mismatches;
     reading.log10Chance = place.log10Chance;
     reading.confidence = 1 - std::pow(10.0, place.log10Chance);
+    if (!isPlane) {
+        readBlock(blockOfTile(marks, place.motion), pattern_code::BlockCarrier::tile(place.tile), reading);
+    }
     return reading;
 }
 
-// Measures a lattice and says what it is; nothing when it is none of the coded boards.
-std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lattice) {
+std::optional<PatternReading> readPlainBoard(CornerLattice &lattice, cv::Size board) {
+    const std::optional<BoardPlace> place = placeOnBoard(lattice, board);
+    if (!place) {
+        return std::nullopt;
+    }
+    PatternReading reading = describe(lattice, place->motion, board + cv::Size(1, 1));
+    reading.kind = PatternKind::Board;
+    reading.orientations = place->orientations;
+    reading.confidence = double(reading.corners.size()) / board.area();
+    return reading;
+}
+
+// Measures a lattice and says what it is; nothing if it is none of the coded boards and has not the plain board's size.
+std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lattice,
+                                        const std::optional<cv::Size> &plainBoard) {
     const std::vector<CornerFit> fits = measureCorners(image, lattice);
     if (fits.size() < leastCorners) {
         return std::nullopt;
     }
     const std::vector<SquareReading> marks = readMarks(image, lattice, fits);
-    const std::optional<Place> place = findPlace(marks);
-    if (!place) {
-        return std::nullopt;
+    if (const std::optional<Place> place = findPlace(marks)) {
+        return readCodedBoard(lattice, marks, *place);
     }
-    keepTrustedCorners(lattice, marks, *place);
-    if (lattice.corners.size() < leastCorners) {
-        return std::nullopt;
-    }
-    PatternReading reading = describe(lattice, *place);
-    if (place->tile != Place::plane) {
-        readBlock(blockOfTile(marks, place->motion), pattern_code::BlockCarrier::tile(place->tile), reading);
-    }
-    return reading;
+    return plainBoard ? readPlainBoard(lattice, *plainBoard) : std::nullopt;
 }
 
 // Plates among the blobs that are no part of a checkerboard, each once.
@@ -222,34 +241,66 @@ std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, st
 
 }  // namespace
 
-std::vector<PatternReading> readPatterns(const cv::Mat &image) {
-    if (image.type() != CV_8UC1 || image.empty()) {
-        throw std::invalid_argument("an image of one channel with 8 bits is needed");
+namespace {
+
+std::vector<PatternReading> readGrey(const cv::Mat &image, const ReadingOptions &options) {
+    const auto isCancelled = [&] { return options.isCancelled && options.isCancelled(); };
+    std::vector<ImageLevel> levels = makePyramid(image);
+    std::vector<LevelPoints> points;
+    points.reserve(levels.size());
+    for (ImageLevel &level : levels) {
+        if (isCancelled()) {
+            return {};
+        }
+        points.push_back(findPoints(level));
+    }
+    std::vector<PatternReading> readings;
+    TakenCorners taken(image.size());
+    BoardArea boards(image.size());
+    for (CornerLattice &lattice : findLattices(levels, points, taken)) {
+        if (isCancelled()) {
+            return {};
+        }
+        if (std::optional<PatternReading> reading = readBoard(image, lattice, options.board)) {
+            boards.cover(lattice);
+            readings.push_back(std::move(*reading));
+        }
+    }
+    if (isCancelled()) {
+        return {};
+    }
+    for (PatternReading &reading : readPlates(levels, points, boards)) {
+        readings.push_back(std::move(reading));
+    }
+    return readings;
+}
+
+}  // namespace
+
+std::vector<PatternReading> readPatterns(const cv::Mat &image, const ReadingOptions &options) {
+    if (image.empty() || (image.channels() != 1 && image.channels() != 3 && image.channels() != 4)) {
+        throw std::invalid_argument("an image with 1, 3 or 4 channels is needed");
     }
     if (image.total() > size_t(maximumPixels)) {
         throw std::invalid_argument("the image has more than " + std::to_string(maximumPixels / 1000000) +
                                     " million pixels");
     }
-    std::vector<PatternReading> readings;
-    if (image.cols < 16 || image.rows < 16) {
-        return readings;
+    if (options.board && std::min(options.board->width, options.board->height) < 3) {
+        throw std::invalid_argument("a board needs at least 3 x 3 inner corners");
     }
-    std::vector<ImageLevel> levels = makePyramid(image);
-    std::vector<LevelPoints> points;
-    points.reserve(levels.size());
-    for (ImageLevel &level : levels) {
-        points.push_back(findPoints(level));
+    const cv::Rect whole({0, 0}, image.size());
+    const cv::Rect region = options.region.empty() ? whole : options.region & whole;
+    if (region.width < 16 || region.height < 16) {
+        return {};
     }
-    TakenCorners taken(image.size());
-    BoardArea boards(image.size());
-    for (CornerLattice &lattice : findLattices(levels, points, taken)) {
-        if (std::optional<PatternReading> reading = readBoard(image, lattice)) {
-            boards.cover(lattice);
-            readings.push_back(std::move(*reading));
+    std::vector<PatternReading> readings = readGrey(toGrey(image(region)), options);
+    readings.erase(std::remove_if(readings.begin(), readings.end(),
+                                  [&](const PatternReading &one) { return one.confidence < options.leastConfidence; }),
+                   readings.end());
+    for (PatternReading &reading : readings) {
+        for (PatternCorner &corner : reading.corners) {
+            corner.image += cv::Point2f(region.tl());
         }
-    }
-    for (PatternReading &reading : readPlates(levels, points, boards)) {
-        readings.push_back(std::move(reading));
     }
     std::sort(readings.begin(), readings.end(),
               [](const PatternReading &a, const PatternReading &b) { return a.corners.size() > b.corners.size(); });

@@ -34,24 +34,18 @@ const char *nameOf(PatternKind kind) {
             return "plane";
         case PatternKind::Tile:
             return "tile";
-        default:
+        case PatternKind::Plate:
             return "plate";
+        case PatternKind::Board:
+            return "board";
     }
+    return "";
 }
 
-}  // namespace
-
-nlohmann::ordered_json toJson(const PatternReading &reading) {
-    nlohmann::ordered_json json;
-    json["kind"] = nameOf(reading.kind);
-    if (reading.kind == PatternKind::Tile) {
-        json["tile"] = reading.tile;
-    }
-    json["quarterTurns"] = reading.quarterTurns;
-    json["angle"] = rounded(reading.angle, 0.001);
-    if (reading.kind != PatternKind::Plate) {
-        json["evenSquaresDark"] = reading.evenSquaresDark;
-        json["topLeftSquareDark"] = reading.topLeftSquareDark;
+// What the marks say, and how well they agree.
+void addCode(const PatternReading &reading, nlohmann::ordered_json &json) {
+    if (reading.kind == PatternKind::Board) {
+        return;
     }
     json["values"] = reading.values ? toJson(*reading.values) : nlohmann::ordered_json();
     json["blockBytes"] = reading.blockBytes;
@@ -59,17 +53,45 @@ nlohmann::ordered_json toJson(const PatternReading &reading) {
     json["filledBits"] = reading.filledBits;
     json["squaresCompared"] = reading.squaresCompared;
     json["squaresDiffering"] = reading.squaresDiffering;
-    json["confidence"] = reading.confidence;
     json["log10Chance"] = rounded(reading.log10Chance, 0.1);
+}
+
+nlohmann::ordered_json toJson(const PatternCorner &corner, const cv::Point3d *objectPoint) {
+    nlohmann::ordered_json json = {{"lattice", {corner.lattice.x, corner.lattice.y}},
+                                   {"image", {rounded(corner.image.x, 0.0001), rounded(corner.image.y, 0.0001)}},
+                                   {"sigma", rounded(corner.sigma, 0.0001)}};
+    if (objectPoint != nullptr) {
+        // Nanometres, which frees products of the grid spacing of the last digits that rounding left in them.
+        json["object"] = {rounded(objectPoint->x, 1e-6), rounded(objectPoint->y, 1e-6), rounded(objectPoint->z, 1e-6)};
+    }
+    if (corner.disturbed) {
+        json["disturbed"] = true;
+    }
+    return json;
+}
+
+}  // namespace
+
+nlohmann::ordered_json toJson(const PatternReading &reading, const std::vector<cv::Point3d> *objectPoints) {
+    nlohmann::ordered_json json;
+    json["kind"] = nameOf(reading.kind);
+    if (reading.kind == PatternKind::Tile) {
+        json["tile"] = reading.tile;
+    }
+    json["quarterTurns"] = reading.quarterTurns;
+    json["angle"] = rounded(reading.angle, 0.001);
+    if (reading.kind == PatternKind::Board) {
+        json["orientations"] = reading.orientations;
+    }
+    if (reading.kind != PatternKind::Plate) {
+        json["evenSquaresDark"] = reading.evenSquaresDark;
+        json["topLeftSquareDark"] = reading.topLeftSquareDark;
+    }
+    addCode(reading, json);
+    json["confidence"] = reading.confidence;
     json["corners"] = nlohmann::ordered_json::array();
-    for (const PatternCorner &corner : reading.corners) {
-        nlohmann::ordered_json entry = {{"lattice", {corner.lattice.x, corner.lattice.y}},
-                                        {"image", {rounded(corner.image.x, 0.0001), rounded(corner.image.y, 0.0001)}},
-                                        {"sigma", rounded(corner.sigma, 0.0001)}};
-        if (corner.disturbed) {
-            entry["disturbed"] = true;
-        }
-        json["corners"].push_back(std::move(entry));
+    for (size_t i = 0; i < reading.corners.size(); i++) {
+        json["corners"].push_back(toJson(reading.corners[i], objectPoints != nullptr ? &(*objectPoints)[i] : nullptr));
     }
     return json;
 }

@@ -8,6 +8,7 @@
 
 namespace pattern_reader {
 
-nlohmann::ordered_json toJson(const PatternReading &reading);
+// objectPoints: of the corners, in millimetres, one for each; or null if they are not known.
+nlohmann::ordered_json toJson(const PatternReading &reading, const std::vector<cv::Point3d> *objectPoints = nullptr);
 
 }  // namespace pattern_reader

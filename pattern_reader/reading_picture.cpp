@@ -13,10 +13,22 @@ const cv::Scalar xColour(40, 40, 230);
 const cv::Scalar yColour(40, 180, 40);
 const cv::Scalar textColour(230, 60, 160);
 
+std::string nameOf(const PatternReading &reading) {
+    switch (reading.kind) {
+        case PatternKind::Plane:
+            return "plane";
+        case PatternKind::Tile:
+            return "tile " + std::to_string(reading.tile);
+        case PatternKind::Plate:
+            return "plate";
+        case PatternKind::Board:
+            return "board";
+    }
+    return "";
+}
+
 std::string words(const PatternReading &reading) {
-    std::string text = reading.kind == PatternKind::Plane  ? "plane"
-                       : reading.kind == PatternKind::Tile ? "tile " + std::to_string(reading.tile)
-                                                           : "plate";
+    std::string text = nameOf(reading);
     if (reading.kind == PatternKind::Plane && !reading.corners.empty()) {
         const cv::Point p = reading.corners.front().lattice;
         text += cv::format(" from (%d, %d)", p.x, p.y);

@@ -19,6 +19,7 @@
 #include "camera_library/lmlib64.h"
 #include "camera_library/pattern_code/position_code.h"
 #include "pattern_reader/pattern_reader.h"
+#include "pattern_reader/printed_pattern.h"
 #include "tests/camera_library/rendered_page.h"
 
 namespace {
@@ -152,6 +153,24 @@ void expectValues(const std::optional<PatternValues> &actual, const std::optiona
     }
 }
 
+// The corners in millimetres, as the printed file has them and from the grid spacing alone.
+void expectMillimetres(const PrintedPattern &asked, const PatternReading &reading, const std::string &pdf) {
+    const auto fromFile = pattern_reader::objectPoints(reading, pattern_reader::loadPrintedPatterns(pdf));
+    ASSERT_TRUE(fromFile);
+    const std::vector<cv::Point3d> fromSpacing = pattern_reader::objectPoints(reading, asked.gridSpacing);
+    ASSERT_EQ(fromFile->size(), reading.corners.size());
+    ASSERT_EQ(fromSpacing.size(), reading.corners.size());
+    const double origin = asked.kind == PatternKind::Plane ? pattern_code::planeOrigin : 8;
+    const cv::Point offset = asked.values && asked.values->offset ? 2 * *asked.values->offset : cv::Point();
+    for (std::size_t i = 0; i < reading.corners.size(); i++) {
+        const cv::Point2d steps = cv::Point2d(reading.corners[i].lattice + offset) - cv::Point2d(origin, origin);
+        const cv::Point3d expected(steps.x * asked.gridSpacing / 2, steps.y * asked.gridSpacing / 2, 0);
+        EXPECT_LT(cv::norm(fromSpacing[i] - expected), 1e-6);
+        // The form rounds a Flexible pattern's offset to hundredths.
+        EXPECT_LT(cv::norm((*fromFile)[i] - expected), asked.kind == PatternKind::Plane ? 0.01 : 2e-6);
+    }
+}
+
 void expectPage(const PrintedPattern &asked, const std::string &pdf, int number) {
     const cv::Mat page = renderPage(pdf, number, asked.view.dotsPerInch);
     ASSERT_FALSE(page.empty());
@@ -163,6 +182,7 @@ void expectPage(const PrintedPattern &asked, const std::string &pdf, int number)
     EXPECT_EQ(reading.tile, asked.tile);
     expectValues(reading.values, asked.values);
     expectCorners(asked, reading, homography, page.size());
+    expectMillimetres(asked, reading, pdf);
     if (asked.kind != PatternKind::Plate) {
         EXPECT_EQ(reading.topLeftSquareDark, asked.polarity);
     }

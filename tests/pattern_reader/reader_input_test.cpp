@@ -1,6 +1,8 @@
 // What the reader does with pictures that are wrong, extreme or of another kind.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,6 +14,7 @@
 #include "bench/reader/scenes.h"
 #include "pattern_reader/image_file.h"
 #include "pattern_reader/pattern_reader.h"
+#include "pattern_reader/photograph.h"
 #include "tests/camera_library/temporary_folder.h"
 
 namespace {
@@ -20,8 +23,10 @@ using namespace pattern_reader;
 
 TEST(ReaderInput, refusesOtherKindsOfImages) {
     EXPECT_THROW(readPatterns(cv::Mat()), std::invalid_argument);
-    EXPECT_THROW(readPatterns(cv::Mat(50, 50, CV_8UC3)), std::invalid_argument);
-    EXPECT_THROW(readPatterns(cv::Mat(50, 50, CV_16U)), std::invalid_argument);
+    EXPECT_THROW(readPatterns(cv::Mat(50, 50, CV_8UC2)), std::invalid_argument);
+    ReadingOptions options;
+    options.board = cv::Size(9, 2);
+    EXPECT_THROW(readPatterns(cv::Mat(50, 50, CV_8U), options), std::invalid_argument);
     EXPECT_THROW(readPatterns(cv::Mat(10001, 15000, CV_8U)), std::invalid_argument);
 }
 
@@ -42,16 +47,43 @@ TEST(ReaderInput, survivesExtremePictures) {
     }
 }
 
-TEST(ReaderInput, readsAPartOfALargerPictureInPlace) {
-    const reader_bench::Scene scene = reader_bench::makeScene(0);
-    const auto expected = readPatterns(scene.image);
-    cv::Mat larger(scene.image.rows + 20, scene.image.cols + 30, CV_8U, cv::Scalar(90));
-    const cv::Mat part = larger(cv::Rect(10, 10, scene.image.cols, scene.image.rows));
-    scene.image.copyTo(part);
-    const auto readings = readPatterns(part);
-    ASSERT_EQ(readings.size(), expected.size());
-    for (size_t i = 0; i < readings.size(); i++) {
-        EXPECT_EQ(readings[i].corners.size(), expected[i].corners.size());
+// The greatest distance between corners of the same place in two readings of one pattern, in pixels.
+float farthest(const PatternReading &a, const PatternReading &b) {
+    EXPECT_EQ(a.corners.size(), b.corners.size());
+    float distance = 0;
+    for (size_t i = 0; i < std::min(a.corners.size(), b.corners.size()); i++) {
+        EXPECT_EQ(a.corners[i].lattice, b.corners[i].lattice);
+        distance = std::max(distance, float(cv::norm(a.corners[i].image - b.corners[i].image)));
+    }
+    return distance;
+}
+
+TEST(ReaderInput, readsWhatTheOptionsAskFor) {
+    const cv::Mat image = reader_bench::makeScene(0).image;
+    const auto expected = readPatterns(image);
+    ASSERT_EQ(expected.size(), 1U);
+    cv::Mat twice;
+    cv::cvtColor(image, twice, cv::COLOR_GRAY2BGR);
+    cv::hconcat(twice, twice, twice);
+    EXPECT_EQ(readPatterns(twice).size(), 2U);
+
+    ReadingOptions options;
+    options.region = cv::Rect({image.cols, 0}, image.size());
+    const auto inRegion = readPatterns(twice, options);
+    ASSERT_EQ(inRegion.size(), 1U);
+    PatternReading moved = expected.front();
+    for (PatternCorner &corner : moved.corners) {
+        corner.image.x += float(image.cols);
+    }
+    EXPECT_LT(farthest(inRegion.front(), moved), 1e-3);
+
+    options.leastConfidence = 1.1;
+    EXPECT_TRUE(readPatterns(twice, options).empty());
+    for (int patience = 0; patience < 6; patience++) {
+        ReadingOptions cancelled;
+        int asked = 0;
+        cancelled.isCancelled = [&] { return asked++ == patience; };
+        EXPECT_TRUE(readPatterns(twice, cancelled).empty()) << patience;
     }
 }
 
@@ -67,9 +99,15 @@ TEST(ReaderInput, readsTheSameFromEveryFileFormat) {
     cv::Mat real;
     image.convertTo(real, CV_32F, 1 / 255.0);
     real.at<float>(0, 0) = std::numeric_limits<float>::quiet_NaN();
-    const std::pair<const char *, cv::Mat> files[] = {{"a.png", image},    {"b.jpg", image},   {"c.tiff", image},
-                                                      {"d.pgm", image},    {"deep.png", deep}, {"colour.png", colour},
-                                                      {"deep.tiff", deep}, {"real.tiff", real}};
+    // A few hot pixels in a dark picture.
+    cv::Mat hot = deep / 40;
+    hot(cv::Rect(0, 0, 3, 3)) = 65535;
+    // Black ink whose strength is in the alpha channel alone.
+    cv::Mat ink(image.size(), CV_8UC4, cv::Scalar::all(0));
+    cv::insertChannel(255 - image, ink, 3);
+    const std::pair<const char *, cv::Mat> files[] = {
+        {"a.png", image},       {"b.jpg", image},    {"c.tiff", image},   {"d.pgm", image}, {"deep.png", deep},
+        {"colour.png", colour}, {"deep.tiff", deep}, {"real.tiff", real}, {"hot.png", hot}, {"ink.png", ink}};
     for (const auto &[name, picture] : files) {
         ASSERT_TRUE(cv::imwrite(folder.file(name), picture)) << name;
         const auto readings = readPatterns(loadGreyImage(folder.file(name)));
@@ -98,14 +136,78 @@ TEST(ReaderInput, namesTheFileItCannotRead) {
     write(folder.file("words.png"), "no picture");
     write(folder.file("empty.jpg"), "");
     std::filesystem::create_directory(folder.file("folder.png"));
-    for (const std::string name : {"words.png", "empty.jpg", "absent.png", "folder.png"}) {
+    write(folder.file("moving.gif"), "GIF89a\1");
+    for (const std::string name : {"words.png", "empty.jpg", "absent.png", "folder.png", "moving.gif"}) {
         EXPECT_NE(refusal(folder.file(name)).find(name), std::string::npos) << name;
     }
+    EXPECT_NE(refusal(folder.file("moving.gif")).find("GIF files are not supported"), std::string::npos);
 }
 
 std::string contentOf(const std::string &path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A JPEG or TIFF file with this orientation tag.
+void writeTagged(const std::string &path, const cv::Mat &image, int orientation) {
+    ASSERT_TRUE(cv::imwrite(path, image, {cv::IMWRITE_JPEG_QUALITY, 98}));
+    std::string content = contentOf(path);
+    const std::string value(1, char(orientation));
+    if (content[0] == 'I') {
+        // In place of the tag that says in which order the planes lie.
+        const size_t entry = content.find(std::string("\x1C\x01\x03\0\x01\0\0\0", 8));
+        ASSERT_NE(entry, std::string::npos);
+        content.replace(entry, 9, std::string("\x12\x01\x03\0\x01\0\0\0", 8) + value);
+    } else {
+        const std::string exif(
+            "\xFF\xE1\0\x22"
+            "Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0",
+            28);
+        content.insert(2, exif + value + std::string(7, '\0'));
+    }
+    write(path, content);
+}
+
+TEST(ReaderInput, givesCornersOfTheStoredPictureWhateverItsOrientation) {
+    const TemporaryFolder folder;
+    const cv::Mat image = reader_bench::makeScene(0).image;
+    const auto upright = readPatterns(image);
+    ASSERT_EQ(upright.size(), 1U);
+    for (const std::string name : {"a.jpg", "b.tiff"}) {
+        for (int orientation = 1; orientation <= 8; orientation++) {
+            SCOPED_TRACE(name + " " + std::to_string(orientation));
+            const bool isMirrored = orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;
+            PatternReading expected = upright.front();
+            cv::Mat stored = image.clone();
+            if (isMirrored) {
+                cv::flip(image, stored, 1);
+                for (PatternCorner &corner : expected.corners) {
+                    corner.image.x = float(image.cols - 1) - corner.image.x;
+                }
+            }
+            writeTagged(folder.file(name), stored, orientation);
+            const Photograph photograph = loadPhotograph(folder.file(name));
+            EXPECT_EQ(photograph.orientation, orientation);
+            const auto readings = readPhotograph(photograph);
+            ASSERT_EQ(readings.size(), 1U);
+            EXPECT_LT(farthest(readings.front(), expected), 0.3);
+            const double angle = isMirrored ? 180 - upright.front().angle : upright.front().angle;
+            EXPECT_NEAR(std::remainder(readings.front().angle - angle, 360), 0, 0.1);
+        }
+    }
+}
+
+TEST(ReaderInput, namesJpegFilesThatEndTooSoon) {
+    const TemporaryFolder folder;
+    writeTagged(folder.file("whole.jpg"), reader_bench::makeScene(0).image, 1);
+    const std::string content = contentOf(folder.file("whole.jpg"));
+    EXPECT_FALSE(loadPhotograph(folder.file("whole.jpg")).truncated);
+    write(folder.file("more.jpg"), content + "something else");
+    EXPECT_FALSE(loadPhotograph(folder.file("more.jpg")).truncated);
+    for (const size_t length : {content.size() - 2, content.size() * 2 / 3}) {
+        write(folder.file("cut.jpg"), content.substr(0, length));
+        EXPECT_TRUE(loadPhotograph(folder.file("cut.jpg")).truncated) << length;
+    }
 }
 
 // Reads a damaged file: it is refused by name, or what is still in it is read as it was.

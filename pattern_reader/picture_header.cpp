@@ -1,4 +1,4 @@
-#include "pattern_reader/picture_size.h"
+#include "pattern_reader/picture_header.h"
 
 #include <array>
 #include <cctype>
@@ -11,16 +11,16 @@ namespace {
 // Unsigned numbers of a file, each at an offset from its start; 0 beyond the file's end, where no size can stand.
 class Bytes {
 public:
-    explicit Bytes(std::istream &file) : file_(file) {}
+    explicit Bytes(std::istream &source) : file(source) {}
 
     bool littleEndian = false;
 
     std::uint64_t number(std::uint64_t offset, int count) {
         std::array<char, 4> bytes{};
-        file_.clear();
-        file_.seekg(std::streamoff(offset));
-        file_.read(bytes.data(), count);
-        if (!file_) {
+        file.clear();
+        file.seekg(std::streamoff(offset));
+        file.read(bytes.data(), count);
+        if (!file) {
             return 0;
         }
         std::uint64_t value = 0;
@@ -32,7 +32,7 @@ public:
     }
 
 private:
-    std::istream &file_;
+    std::istream &file;
 };
 
 // The segments of a JPEG file follow each other up to the one that describes the frame.
@@ -51,23 +51,30 @@ PictureSize jpegSize(Bytes &bytes) {
     return {};
 }
 
-// The first directory of a TIFF file has a row of twelve bytes for each property.
-PictureSize tiffSize(Bytes &bytes) {
-    constexpr std::uint64_t widthTag = 256;
-    constexpr std::uint64_t heightTag = 257;
+bool isTiff(std::uint64_t start) {
+    return start == 0x49492A00 || start == 0x4D4D002A;
+}
+
+// The value of a property in the first directory of a TIFF file, which has twelve bytes for each; 0 if it has none.
+std::uint64_t tiffValue(Bytes &bytes, std::uint64_t tag) {
     constexpr std::uint64_t shortType = 3;
-    PictureSize size;
+    bytes.littleEndian = false;
+    bytes.littleEndian = bytes.number(0, 2) == 0x4949;
     const std::uint64_t directory = bytes.number(4, 4);
     const std::uint64_t entries = bytes.number(directory, 2);
     for (std::uint64_t i = 0; i < entries; i++) {
         const std::uint64_t entry = directory + 2 + 12 * i;
-        const std::uint64_t tag = bytes.number(entry, 2);
-        if (tag == widthTag || tag == heightTag) {
-            const std::uint64_t value = bytes.number(entry + 8, bytes.number(entry + 2, 2) == shortType ? 2 : 4);
-            (tag == widthTag ? size.width : size.height) = value;
+        if (bytes.number(entry, 2) == tag) {
+            return bytes.number(entry + 8, bytes.number(entry + 2, 2) == shortType ? 2 : 4);
         }
     }
-    return size;
+    return 0;
+}
+
+PictureSize tiffSize(Bytes &bytes) {
+    constexpr std::uint64_t widthTag = 256;
+    constexpr std::uint64_t heightTag = 257;
+    return {tiffValue(bytes, widthTag), tiffValue(bytes, heightTag)};
 }
 
 // The next number of a PNM header; comments run from # to the end of their line.
@@ -101,13 +108,22 @@ std::optional<PictureSize> declaredSize(std::istream &file) {
         size = {bytes.number(16, 4), bytes.number(20, 4)};
     } else if (start >> 16 == 0xFFD8) {
         size = jpegSize(bytes);
-    } else if (start == 0x49492A00 || start == 0x4D4D002A) {
-        bytes.littleEndian = start == 0x49492A00;
+    } else if (isTiff(start)) {
         size = tiffSize(bytes);
     } else if (start >> 24 == 'P' && (start >> 16 & 0xFF) >= '1' && (start >> 16 & 0xFF) <= '6') {
         size = pnmSize(file);
     }
     return size.width != 0 && size.height != 0 ? std::optional<PictureSize>(size) : std::nullopt;
+}
+
+std::optional<int> tiffOrientation(std::istream &file) {
+    constexpr std::uint64_t orientationTag = 274;
+    Bytes bytes(file);
+    if (!isTiff(bytes.number(0, 4))) {
+        return std::nullopt;
+    }
+    const std::uint64_t orientation = tiffValue(bytes, orientationTag);
+    return orientation >= 1 && orientation <= 8 ? std::optional<int>(int(orientation)) : std::nullopt;
 }
 
 }  // namespace pattern_reader

@@ -1,0 +1,13 @@
+// Takes the pattern's description out of a PDF that the camera library wrote. Other PDFs, and ones that another program
+// has saved again, need not have it where it is looked for.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace pattern_reader {
+
+// The attached JSON text. Throws std::runtime_error with the reason, a clause without a full stop, if there is none.
+std::string attachedPattern(std::string_view pdf);
+
+}  // namespace pattern_reader

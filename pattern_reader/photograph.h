@@ -1,0 +1,33 @@
+// A photograph from a file: its grey levels and what the file says of them. It does not read patterns in files of other
+// kinds, and it never writes.
+//
+// Coordinates are those of the picture as it is stored: column 0 of row 0 of the file's data is the top-left pixel,
+// whatever the orientation tag says. Every function may be called from any thread at the same time. Paths are in the
+// system's narrow encoding.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "pattern_reader/pattern_reader.h"
+
+namespace pattern_reader {
+
+struct Photograph {
+    cv::Mat grey;  // 8 bits, one channel
+    // The tag of EXIF and TIFF, 1 to 8: how the stored picture is to be turned or mirrored to stand upright; 1 if the
+    // file does not say. 2, 4, 5 and 7 mean that it is stored mirrored. Read from JPEG and TIFF.
+    int orientation = 1;
+    bool truncated = false;  // a JPEG file that ends before its picture does; what is missing is grey
+};
+
+// Loads PNG, JPEG, TIFF, PGM and whatever else OpenCV reads. Throws std::runtime_error with a sentence that names the
+// file if it cannot be read or its picture is too large.
+Photograph loadPhotograph(const std::string &path);
+
+// Reads the patterns as readPatterns does. A picture that is stored mirrored is mirrored back for reading; corners,
+// angle and options.region are those of the stored picture all the same.
+std::vector<PatternReading> readPhotograph(const Photograph &photograph, const ReadingOptions &options = {});
+
+}  // namespace pattern_reader

@@ -1,0 +1,28 @@
+// Tells where a lattice lies on a plain checkerboard of known size, which has no marks that say so.
+//
+// The place is settled if the lattice spans the whole board, with corners missing here and there. Part of a board gives
+// no place: its missing lines could be on either side.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <optional>
+
+#include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/place_finder.h"
+
+namespace pattern_reader {
+
+struct BoardPlace {
+    // To the board's lattice, in which the inner corners run from (1, 1) to (columns, rows).
+    LatticeMotion motion;
+    // How many orientations the board's size and colours leave open: 1, 2 (half a turn) or 4 (a quarter turn).
+    int orientations = 1;
+};
+
+// Drops stray corners on lines beyond the board, then places the lattice. board counts the inner corners, columns and
+// rows. Of orientations that the colours tell apart the one with a dark top-left square is taken, of the others the one
+// whose x axis points most to the right in the image. Nothing if the lattice has another size or less than half of the
+// board's corners.
+std::optional<BoardPlace> placeOnBoard(CornerLattice &lattice, cv::Size board);
+
+}  // namespace pattern_reader
