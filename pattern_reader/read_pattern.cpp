@@ -1,106 +1,240 @@
-// read_pattern [--draw OUT.png] IMAGE...
+// read_pattern [OPTIONS] IMAGE...
 //
-// Reads the patterns in pictures and prints one JSON document. Ends with 1 when a picture cannot be read, with 2 when
-// it is called wrongly.
+// Reads the patterns in pictures and prints one JSON document, or one line of JSON per picture. Ends with 1 if a
+// picture cannot be read or something cannot be written, with 2 if it is called wrongly.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <atomic>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <mutex>
 #include <opencv2/imgcodecs.hpp>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "pattern_reader/image_file.h"
 #include "pattern_reader/pattern_reader.h"
+#include "pattern_reader/photograph.h"
+#include "pattern_reader/printed_pattern.h"
 #include "pattern_reader/reading_json.h"
 #include "pattern_reader/reading_picture.h"
 
 namespace {
 
 using nlohmann::ordered_json;
+using pattern_reader::PatternReading;
 
-constexpr const char *usage =
-    "usage: read_pattern [--draw OUT.png] IMAGE...\n"
-    "Prints the coded patterns found in the pictures as one JSON document.\n"
-    "--draw writes the picture, one only, with what was found drawn into it.\n";
+constexpr int failure = 1;
+constexpr int wrongCall = 2;
 
 struct Arguments {
     std::vector<std::string> images;
+    std::vector<std::string> patternFiles;
     std::string drawing;
+    std::string board;
+    double square = 0;
+    double gridSpacing = 0;
+    bool lines = false;
+    unsigned jobs = 0;
+
+    pattern_reader::ReadingOptions options;
+    std::vector<pattern_reader::PrintedPattern> patterns;
 };
 
-bool parse(int count, char **values, Arguments &arguments) {
-    bool optionsEnded = false;
-    for (int i = 1; i < count; i++) {
-        const std::string value = values[i];
-        if (!optionsEnded && value == "--") {
-            optionsEnded = true;
-        } else if (!optionsEnded && value == "--draw") {
-            if (++i == count) {
-                return false;
-            }
-            arguments.drawing = values[i];
-        } else if (!optionsEnded && value.size() > 1 && value[0] == '-') {
-            return false;
-        } else {
-            arguments.images.push_back(value);
-        }
-    }
-    return !arguments.images.empty() && (arguments.drawing.empty() || arguments.images.size() == 1);
+void addOptions(CLI::App &app, Arguments &arguments) {
+    app.add_option("IMAGE", arguments.images, "Pictures: PNG, JPEG, TIFF or PGM")->required();
+    app.add_option(
+           "--pattern", arguments.patternFiles,
+           "What was printed, as JSON or PDF of the camera library: adds the corners' millimetres; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    app.add_option("--grid-spacing", arguments.gridSpacing,
+                   "Grid spacing of patterns that do not say it themselves: adds the corners' millimetres")
+        ->type_name("MM")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--board", arguments.board,
+                   "Reads plain checkerboards of this many inner corners as well, for example 9x6")
+        ->type_name("CxR");
+    app.add_option("--square", arguments.square, "Side of a plain checkerboard's square")
+        ->type_name("MM")
+        ->check(CLI::PositiveNumber)
+        ->needs("--board");
+    app.add_option("--draw", arguments.drawing, "Writes the picture, one only, with what was found drawn into it")
+        ->type_name("OUT.png");
+    app.add_flag("--lines", arguments.lines, "Prints a line of JSON for each picture as soon as it is read");
+    app.add_option("--jobs", arguments.jobs, "Pictures to read at the same time; as many as there are processors if 0")
+        ->type_name("N");
+    app.set_version_flag("--version", "read_pattern " LMCALTAB_VERSION);
+    app.footer(
+        "Examples:\n"
+        "  read_pattern photo.jpg\n"
+        "  read_pattern --pattern target.json --lines photos/*.jpg\n"
+        "  read_pattern --board 9x6 --square 25 --draw found.png photo.jpg");
 }
 
-void draw(const cv::Mat &image, const std::vector<pattern_reader::PatternReading> &readings, const std::string &path) {
+cv::Size parseBoard(const std::string &text) {
+    cv::Size board;
+    char rest = 0;
+    if (std::sscanf(text.c_str(), "%dx%d%c", &board.width, &board.height, &rest) != 2 ||
+        std::min(board.width, board.height) < 3 || std::max(board.width, board.height) > 1000) {
+        throw std::invalid_argument("--board: \"" + text + "\" is no size such as 9x6, with 3 to 1000 corners a side");
+    }
+    return board;
+}
+
+// What the options mean; throws what is wrong with them.
+void interpret(Arguments &arguments) {
+    if (!arguments.board.empty()) {
+        arguments.options.board = parseBoard(arguments.board);
+    }
+    for (const std::string &file : arguments.patternFiles) {
+        for (pattern_reader::PrintedPattern &pattern : pattern_reader::loadPrintedPatterns(file)) {
+            arguments.patterns.push_back(std::move(pattern));
+        }
+    }
+    if (arguments.drawing.empty()) {
+        return;
+    }
+    if (arguments.images.size() != 1) {
+        throw std::invalid_argument("--draw takes one picture");
+    }
+    std::error_code absent;
+    if (std::filesystem::equivalent(arguments.drawing, arguments.images.front(), absent)) {
+        throw std::invalid_argument("--draw would replace the picture \"" + arguments.images.front() + "\"");
+    }
+}
+
+// Writes the drawing; false and a message if that is not possible.
+bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, const std::string &path) {
     bool written = false;
     try {
         written = cv::imwrite(path, pattern_reader::drawReadings(image, readings));
     } catch (const cv::Exception &) {
-        // A file name ending that names no kind of picture.
+        // The file name's ending names no kind of picture.
         written = false;
     }
     if (!written) {
-        throw std::runtime_error("The drawing \"" + path + "\" cannot be written.");
+        std::cerr << "read_pattern: The drawing \"" << path << "\" cannot be written.\n";
     }
+    return written;
 }
 
-ordered_json readImage(const std::string &path, const std::string &drawing) {
-    const cv::Mat image = pattern_reader::loadGreyImage(path);
-    const auto readings = pattern_reader::readPatterns(image);
+// The corners in millimetres: as a file says, else by the spacing in the pattern's own block, else by the options.
+std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading, const Arguments &arguments) {
+    if (auto points = pattern_reader::objectPoints(reading, arguments.patterns)) {
+        return points;
+    }
+    double gridSpacing = arguments.gridSpacing;
+    if (reading.kind == pattern_reader::PatternKind::Board) {
+        gridSpacing = 2 * arguments.square;
+    } else if (reading.values && reading.values->gridSpacing) {
+        gridSpacing = *reading.values->gridSpacing;
+    }
+    return gridSpacing > 0 ? std::optional(pattern_reader::objectPoints(reading, gridSpacing)) : std::nullopt;
+}
+
+// One picture's entry in the document; succeeded becomes false if the picture cannot be read or drawn.
+ordered_json readImage(const std::string &path, const Arguments &arguments, bool &succeeded) {
     ordered_json json;
     json["file"] = path;
-    json["width"] = image.cols;
-    json["height"] = image.rows;
-    json["patterns"] = ordered_json::array();
-    for (const auto &reading : readings) {
-        json["patterns"].push_back(pattern_reader::toJson(reading));
-    }
-    if (!drawing.empty()) {
-        draw(image, readings, drawing);
+    try {
+        const pattern_reader::Photograph photograph = pattern_reader::loadPhotograph(path);
+        const auto readings = pattern_reader::readPhotograph(photograph, arguments.options);
+        json["width"] = photograph.grey.cols;
+        json["height"] = photograph.grey.rows;
+        json["orientation"] = photograph.orientation;
+        if (photograph.truncated) {
+            json["truncated"] = true;
+        }
+        json["patterns"] = ordered_json::array();
+        for (const PatternReading &reading : readings) {
+            const auto points = objectPoints(reading, arguments);
+            json["patterns"].push_back(pattern_reader::toJson(reading, points ? &*points : nullptr));
+        }
+        succeeded = arguments.drawing.empty() || draw(photograph.grey, readings, arguments.drawing);
+    } catch (const std::exception &error) {
+        std::cerr << std::string("read_pattern: ") + error.what() + "\n";
+        json["error"] = error.what();
+        succeeded = false;
     }
     return json;
+}
+
+// File names need not be valid UTF-8; what is not is replaced.
+std::string text(const ordered_json &json, int indent) {
+    return json.dump(indent, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+// Reads all pictures, several at a time, and prints what was asked for; false if something failed.
+bool readAll(const Arguments &arguments) {
+    const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
+    const size_t jobs = std::min<size_t>(arguments.jobs != 0 ? arguments.jobs : processors, arguments.images.size());
+    if (jobs > 1) {
+        cv::setNumThreads(1);
+    }
+    std::vector<ordered_json> entries(arguments.images.size());
+    std::atomic<size_t> next{0};
+    std::atomic<bool> allSucceeded{true};
+    std::mutex output;
+    const auto work = [&] {
+        for (size_t i = next++; i < entries.size(); i = next++) {
+            bool succeeded = false;
+            entries[i] = readImage(arguments.images[i], arguments, succeeded);
+            if (!succeeded) {
+                allSucceeded = false;
+            }
+            if (arguments.lines) {
+                const std::lock_guard lock(output);
+                std::cout << text(entries[i], -1) << std::flush;
+                entries[i].clear();
+            }
+        }
+    };
+    std::vector<std::thread> threads;
+    for (size_t i = 1; i < jobs; i++) {
+        threads.emplace_back(work);
+    }
+    work();
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    if (!arguments.lines) {
+        ordered_json document;
+        document["format"] = "pattern-readings";
+        document["version"] = 1;
+        document["images"] = std::move(entries);
+        std::cout << text(document, 2);
+    }
+    return allSucceeded;
+}
+
+// Whether all that was printed has arrived.
+bool printedAll() {
+    std::cout.flush();
+    if (!std::cout) {
+        std::cerr << "read_pattern: Standard output cannot be written.\n";
+    }
+    return bool(std::cout);
 }
 
 }  // namespace
 
 int main(int count, char **values) {
     Arguments arguments;
-    if (!parse(count, values, arguments)) {
-        std::cerr << usage;
-        return 2;
+    CLI::App app("Prints the calibration patterns found in pictures as JSON.", "read_pattern");
+    try {
+        addOptions(app, arguments);
+        app.parse(count, values);
+        interpret(arguments);
+    } catch (const CLI::ParseError &error) {
+        const int code = app.exit(error);
+        return code != 0 ? wrongCall : printedAll() ? 0 : failure;
+    } catch (const std::exception &error) {
+        std::cerr << "read_pattern: " << error.what() << "\n";
+        return wrongCall;
     }
-    int code = 0;
-    ordered_json document;
-    document["format"] = "pattern-readings";
-    document["version"] = 1;
-    document["images"] = ordered_json::array();
-    for (const std::string &path : arguments.images) {
-        try {
-            document["images"].push_back(readImage(path, arguments.drawing));
-        } catch (const std::exception &error) {
-            std::cerr << "read_pattern: " << error.what() << '\n';
-            document["images"].push_back({{"file", path}, {"error", error.what()}});
-            code = 1;
-        }
-    }
-    // File names need not be valid UTF-8; what is not is replaced.
-    std::cout << document.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
-    return code;
+    const bool succeeded = readAll(arguments);
+    return printedAll() && succeeded ? 0 : failure;
 }
