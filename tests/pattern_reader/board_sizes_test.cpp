@@ -48,8 +48,12 @@ struct DrawnBoard {
             for (int x = 0; x < side(); x++) {
                 const double dx = x - side() / 2.0;
                 const double dy = y - side() / 2.0;
-                picture.at<uchar>(y, x) =
-                    target.ink(u * dx + v * dy + middle(), u * dy - v * dx + middle()) > 0 ? 30 : 220;
+                // A point of the paper, as a square far smaller than a pixel.
+                const cv::Point2d p(u * dx + v * dy + middle(), u * dy - v * dx + middle());
+                const double tiny = 1e-4 / pixels;
+                const double ink = target.inkShare(
+                    {p, p + cv::Point2d(tiny, 0), p + cv::Point2d(tiny, tiny), p + cv::Point2d(0, tiny)});
+                picture.at<uchar>(y, x) = ink > 0.5 ? 30 : 220;
             }
         }
         cv::GaussianBlur(picture, picture, {}, 0.8);
