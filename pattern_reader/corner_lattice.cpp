@@ -149,4 +149,36 @@ float CornerLattice::spacingAt(cv::Point cell) const {
     return shortest;
 }
 
+// The step along one axis: across a cell, on one side of it, or beside it.
+bool CornerLattice::stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const {
+    const auto between = [&](cv::Point from, cv::Point to, float share) {
+        const LatticeCorner *a = at(from);
+        const LatticeCorner *b = a == nullptr ? nullptr : at(to);
+        if (b != nullptr) {
+            length = (b->position - a->position) * share;
+        }
+        return b != nullptr;
+    };
+    if (between(cell - step, cell + step, 0.5F) || between(cell, cell + step, 1) || between(cell - step, cell, 1) ||
+        between(cell + step, cell + 2 * step, 1) || between(cell - 2 * step, cell - step, 1)) {
+        return true;
+    }
+    const cv::Point side(step.y, step.x);
+    for (const cv::Point beside : {cell + side, cell - side}) {
+        if (between(beside - step, beside + step, 0.5F) || between(beside, beside + step, 1) ||
+            between(beside - step, beside, 1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::optional<LatticeSteps> CornerLattice::stepsAt(cv::Point cell) const {
+    LatticeSteps steps;
+    if (!stepAlong(cell, {1, 0}, steps.column) || !stepAlong(cell, {0, 1}, steps.row) || !(steps.area() > 0)) {
+        return std::nullopt;
+    }
+    return steps;
+}
+
 }  // namespace pattern_reader

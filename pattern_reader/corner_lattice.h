@@ -7,7 +7,10 @@
 
 #include <array>
 #include <opencv2/core.hpp>
+#include <optional>
 #include <vector>
+
+#include "pattern_reader/lattice_steps.h"
 
 namespace pattern_reader {
 
@@ -46,9 +49,12 @@ public:
     bool interpolate(cv::Point cell, cv::Point2f &position) const;
     // Length of the shorter of the two lattice steps at a corner.
     float spacingAt(cv::Point cell) const;
+    // The steps at a cell, present or not, by the corners next to it; nothing where these do not show both.
+    std::optional<LatticeSteps> stepsAt(cv::Point cell) const;
 
 private:
     size_t slotOf(cv::Point cell) const;
+    bool stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const;
     // Makes room for a cell, with some around it for those that follow.
     void cover(cv::Point cell);
 

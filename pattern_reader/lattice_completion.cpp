@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include "pattern_reader/point_detector.h"
 
@@ -112,16 +113,21 @@ bool lookAround(const CornerLattice &lattice, cv::Point cell, Surroundings &arou
     return neighbours > 0 && around.spacing >= 2;
 }
 
-bool findSaddle(const ImageLevel &level, const Surroundings &around, SaddlePoint &saddle) {
+bool findSaddle(const ImageLevel &level, const Surroundings &around, const std::optional<LatticeSteps> &steps,
+                SaddlePoint &saddle) {
     const cv::Point2f near = level.fromImage(around.expected);
     const float spacing = around.spacing / level.scale();
     if (near.x < 3 || near.y < 3 || near.x > float(level.smoothed.cols) - 4 ||
         near.y > float(level.smoothed.rows) - 4) {
         return false;
     }
-    const int radius = std::clamp(int(0.25F * spacing), 1, 3);
-    return locateSaddle(level, cv::Point2f(strongestNear(level.smoothed, near, radius)), 1.6F, saddle) &&
-           length(saddle.position - near) <= 0.3F * spacing;
+    const float narrowest = steps ? std::min(spacing, steps->lineDistance() / level.scale()) : spacing;
+    const int radius = std::clamp(int(0.25F * narrowest), 1, 3);
+    if (!locateSaddle(level, cv::Point2f(strongestNear(level.smoothed, near, radius)), 1.6F, saddle)) {
+        return false;
+    }
+    const cv::Point2f off = saddle.position - near;
+    return length(off) <= 0.3F * spacing && (!steps || steps->count(off * level.scale()) <= 0.3F);
 }
 
 // Whether the borders to all neighbours of a corner show about as much contrast as those behind the neighbours.
@@ -148,7 +154,7 @@ bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<
     }
     const ImageLevel &level = levelFor(levels, around.spacing);
     SaddlePoint saddle;
-    if (!findSaddle(level, around, saddle)) {
+    if (!findSaddle(level, around, lattice.stepsAt(cell), saddle)) {
         return false;
     }
     // With one axis known the other follows from the colours; with both they must agree.
@@ -166,9 +172,11 @@ void dropOutliers(CornerLattice &lattice) {
     for (size_t i = 0; i < lattice.corners.size(); i++) {
         const LatticeCorner &corner = lattice.corners[i];
         cv::Point2f expected;
+        const bool told = lattice.interpolate(corner.cell, expected);
+        const std::optional<LatticeSteps> steps = lattice.stepsAt(corner.cell);
         const float spacing = lattice.spacingAt(corner.cell);
-        if (spacing == 0 ||
-            (lattice.interpolate(corner.cell, expected) && length(expected - corner.position) > 0.3F * spacing)) {
+        const cv::Point2f off = expected - corner.position;
+        if (spacing == 0 || (told && (length(off) > 0.3F * spacing || (steps && steps->count(off) > 0.3F)))) {
             keep[i] = false;
             all = false;
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include "pattern_reader/saddle_links.h"
 
@@ -122,8 +123,12 @@ void LatticeGrowth::grow() {
             const Placed to = neighbour(from, slot);
             const cv::Point2f position = saddles_[to.saddle].position;
             cv::Point2f expected;
-            if (lattice_.predict(to.cell, expected) &&
-                length(expected - position) < 0.28F * length(position - saddles_[from.saddle].position)) {
+            if (!lattice_.predict(to.cell, expected) ||
+                length(expected - position) >= 0.28F * length(position - saddles_[from.saddle].position)) {
+                continue;
+            }
+            const std::optional<LatticeSteps> steps = lattice_.stepsAt(to.cell);
+            if (!steps || steps->count(expected - position) < 0.3F) {
                 place(to);
             }
         }

@@ -13,7 +13,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr size_t piecesTried = 8;
+constexpr size_t piecesTried = 16;
 constexpr size_t leastBase = 12;      // corners of the piece that is carried on
 constexpr float latticeReach = 0.3F;  // how far from a lattice point a corner may be, lattice steps
 
@@ -88,9 +88,9 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        const cv::Point cell = motion.point(corner.cell);
-        const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(cell);
-        off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach || base.indexAt(cell) >= 0 ? 1U : 0U;
+        // A corner that the base has as well is no reason against: both were found at the same place.
+        const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
+        off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;
     }
     const cv::Point any = piece.corners.front().cell;
     if (off * 8 > piece.corners.size() || base.isLight(motion.square(any)) != piece.isLight(any)) {

@@ -43,10 +43,10 @@ std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vecto
     return agreeing;
 }
 
-// The affine map from cells to the image around one corner, through the trusted corners in reach, as what it says of
-// the corner itself: how far from it the corner lies, in lattice steps. Nothing when these are too few.
-std::optional<double> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
-                                          const std::vector<bool> &trusted, int reach) {
+// How far a corner lies from where the trusted corners in reach say, by the affine map from cells to the image through
+// these, in steps along the axis on which it is more. Nothing if these are too few.
+std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
+                                         const std::vector<bool> &trusted, int reach) {
     cv::Matx33d matrix = cv::Matx33d::zeros();
     cv::Matx<double, 3, 2> right;
     int count = 0;
@@ -66,18 +66,20 @@ std::optional<double> distanceFromTrusted(const CornerLattice &lattice, const La
         return std::nullopt;
     }
     const cv::Matx<double, 3, 2> map = matrix.inv() * right;
-    const double step = std::min(std::hypot(map(1, 0), map(1, 1)), std::hypot(map(2, 0), map(2, 1)));
-    return std::hypot(map(0, 0), map(0, 1)) / step;
+    const auto row = [&](int i) { return cv::Point2f(float(map(i, 0)), float(map(i, 1))); };
+    return LatticeSteps{row(1), row(2)}.count(row(0));
 }
 
 void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
+    // A mark's corner lies a third of a step from the lattice's along both axes.
+    constexpr float farthest = 0.25F;
     std::vector<bool> keep;
     for (const LatticeCorner &corner : lattice.corners) {
-        std::optional<double> distance;
+        std::optional<float> distance;
         for (int reach = 2; reach <= 6 && !distance; reach += 2) {
             distance = distanceFromTrusted(lattice, corner, trusted, reach);
         }
-        keep.push_back(distance && *distance <= 0.3);
+        keep.push_back(distance && *distance <= farthest);
     }
     lattice.retain(keep);
 }

@@ -13,6 +13,7 @@
 #include "pattern_reader/lattice_completion.h"
 #include "pattern_reader/lattice_linking.h"
 #include "pattern_reader/lattice_measurement.h"
+#include "pattern_reader/lattice_trust.h"
 #include "pattern_reader/point_detector.h"
 #include "pattern_reader/square_marks.h"
 
@@ -166,6 +167,30 @@ TEST(BoardReading, readsEveryMark) {
         // All that have their four corners inside.
         EXPECT_GE(seen.size(), size_t((columns - 2) * (rows - 2)) - 1) << view.name;
     }
+}
+
+// Seen steeply a lattice's lines lie far closer than its steps are long.
+TEST(BoardReading, dropsACornerThatLiesOnAMarkOfASteeplySeenBoard) {
+    const cv::Point2f column(20, 0);
+    const cv::Point2f row(19, 4);
+    const cv::Point stray(5, 4);
+    CornerLattice lattice;
+    std::vector<SquareReading> marks;
+    const Place place;
+    for (int y = 0; y < 9; y++) {
+        for (int x = 0; x < 9; x++) {
+            const cv::Point2f aside = cv::Point(x, y) == stray ? (column - row) / 3 : cv::Point2f();
+            lattice.add({{x, y}, column * float(x) + row * float(y) + aside});
+            SquareReading mark;
+            mark.cell = {x, y};
+            mark.certainty = 1;
+            codeBit(place.tile, mark.cell, mark.marked);
+            marks.push_back(mark);
+        }
+    }
+    keepTrustedCorners(lattice, marks, place);
+    EXPECT_EQ(lattice.corners.size(), 80U);
+    EXPECT_EQ(lattice.at(stray), nullptr);
 }
 
 TEST(HardPictures, areReadWithEveryPatternInThem) {
