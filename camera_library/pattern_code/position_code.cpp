@@ -1,6 +1,7 @@
 #include "camera_library/pattern_code/position_code.h"
 
 #include <cassert>
+#include <cstdint>
 
 namespace pattern_code {
 namespace {
@@ -48,26 +49,6 @@ std::optional<Square> planeWindowForPattern(int width, int height, int offsetX, 
         return std::nullopt;
     }
     return Square{offsetX - x.least, offsetY - y.least};
-}
-
-std::uint64_t positionCodeChecksum() {
-    std::uint64_t hash = 0xcbf29ce484222325U;
-    const auto add = [&hash](std::uint16_t word) {
-        for (const unsigned byte : {unsigned{word} >> 8U, unsigned{word} & 0xFFU}) {
-            hash = (hash ^ byte) * 0x100000001b3U;
-        }
-    };
-    for (const auto &row : planeRows) {
-        for (const std::uint16_t word : row) {
-            add(word);
-        }
-    }
-    for (const auto &tile : tileRows) {
-        for (const std::uint16_t word : tile) {
-            add(word);
-        }
-    }
-    return hash;
 }
 
 }  // namespace pattern_code

@@ -19,7 +19,6 @@
 // Threads. Everything is constant and may be used from any thread.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 
 namespace pattern_code {
@@ -90,8 +89,5 @@ struct OffsetRange {
     int greatest = -1;
 };
 OffsetRange offsetRangeForCorners(int count);
-
-/** A checksum over every bit of the plane and the tiles (64-bit FNV-1a), which version 1 fixes. */
-std::uint64_t positionCodeChecksum();
 
 }  // namespace pattern_code
