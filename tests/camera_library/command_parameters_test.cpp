@@ -3,10 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <vector>
 
-#include "camera_library/pattern/code_cells.h"
 #include "tests/camera_library/pattern_command.h"
 #include "tests/camera_library/temporary_folder.h"
 
@@ -35,42 +33,25 @@ const std::string single = R"({"Type": "SingleCustom", "GridSpacing": 12})";
 TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
     const std::vector<Refusal> refusals{
         {"{}", {"\"Patterns\"", "missing", "1 to 64"}},
-        {R"([1])", {"\"Parameters\"", "object"}},
         {R"({"ImageSize": 100, "Patterns": []})", {"\"Patterns\"", "1 to 64"}},
-        {R"({"ImageSize": 100, "Patterns": 3})", {"\"Patterns\"", "3", "1 to 64"}},
         {onePattern(repeated(single, 65)), {"\"Patterns\"", "array of 65", "1 to 64"}},
-        {onePattern("7"), {"\"Patterns\"[0]", "7", "object"}},
         {onePattern(single + R"(, {"Type": "SingleCustom"})"), {R"("Patterns"[1]/"GridSpacing")", "missing"}},
         {R"({"Patterns": [)" + single + "]}", {"\"ImageSize\"", "\"Filename\"", "missing"}},
         {R"({"ImageSize": 15, "Patterns": [)" + single + "]}", {"\"ImageSize\"", "15", "16 to 8000"}},
-        {R"({"ImageSize": 8001, "Patterns": [)" + single + "]}", {"\"ImageSize\"", "8001", "16 to 8000"}},
         {R"({"ImageSize": 100.5, "Patterns": [)" + single + "]}", {"\"ImageSize\"", "100.5", "integer"}},
-        {R"({"ImageSize": true, "Patterns": [)" + single + "]}", {"\"ImageSize\"", "true", "integer"}},
         {R"({"ImageSize": 8000, "Patterns": [)" + repeated(single, 5) + "]}",
          {"\"ImageSize\"", "8000", "5 patterns", "256000000"}},
-        {R"({"ImageSize": 100, "Encoding": 1, "Patterns": [)" + single + "]}", {"\"Encoding\"", "1", "true or false"}},
         {R"({"ImageSize": 100, "Colour": "red", "Patterns": [)" + single + "]}", {"\"Colour\"", "red", "\"Encoding\""}},
         {R"({"Filename": 3, "Patterns": [)" + single + "]}", {"\"Filename\"", "3", "string"}},
-        {onePattern(R"({"Type": "", "GridSpacing": 12})"), {"\"Type\"", "\"\"", "\"Flexible\""}},
         {onePattern(R"({"Type": "singlecustom", "GridSpacing": 12})"),
          {"\"Type\"", "singlecustom", "\"SingleCustom\""}},
-        {onePattern(R"({"Type": 1, "GridSpacing": 12})"), {"\"Type\"", "1", "string"}},
         {onePattern(R"({"Type": "SingleCustom", "GridSpacing": 1000.01})"),
          {"\"GridSpacing\"", "1000.01", "0 to 1000 mm"}},
-        {onePattern(R"({"Type": "SingleCustom", "GridSpacing": -0.5})"), {"\"GridSpacing\"", "-0.5", "0 to 1000 mm"}},
         {onePattern(R"({"Type": "SingleCustom", "GridSpacing": 1e-300})"),
          {"\"GridSpacing\"", "1e-300", "0.001 to 1000 mm"}},
         {onePattern(R"({"Type": "SingleCustom", "GridSpacing": "12"})"), {"\"GridSpacing\"", "\"12\"", "number"}},
-        {onePattern(R"({"Type": "SingleCustom", "GridSpacing": null})"), {"\"GridSpacing\"", "null", "number"}},
-        {onePattern(R"({"Type": "SingleCustom", "GridSpacing": 12, "Thickness": 100.5})"),
-         {"\"Thickness\"", "100.5", "0 to 100 mm"}},
-        {onePattern(R"({"Type": "SingleCustom", "GridSpacing": 12, "Polarity": "true"})"),
-         {"\"Polarity\"", "true or false"}},
         {onePattern(R"({"Type": "SingleCustom", "GridSpacing": 12, "GridSize": [15, 15]})"),
          {"\"GridSize\"", "[15, 15]", "SingleCustom", "\"Thickness\""}},
-        {onePattern(R"({"Type": "Flexible", "GridSpacing": 12})"), {"\"GridSize\"", "missing", "2 to 200"}},
-        {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [1, 15]})"),
-         {"\"GridSize\"", "[1, 15]", "2 to 200"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [15, 201]})"),
          {"\"GridSize\"", "201", "2 to 200"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [15]})"),
@@ -79,12 +60,9 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
          {"\"GridSize\"", "15.5", "integer"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [9, 6], "Offset": [0, 9999.5]})"),
          {"\"Offset\"", "9999.5", "-9999 to 9999 mm"}},
-        {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [9, 6], "Encoding": true})"),
-         {"\"Encoding\"", "Flexible"}},
         {onePattern(R"({"Type": "Assembly", "GridSpacing": 12, "AssemblyPattern": 18})"),
          {"\"AssemblyPattern\"", "18", "0 to 17"}},
         {onePattern(R"({"Type": "Assembly", "GridSpacing": 12, "Offset": [0, 0]})"), {"\"Offset\"", "Assembly"}},
-        {onePattern(R"({"GridSpacing": 12, "AssemblyPattern": 0})"), {"\"AssemblyPattern\"", "Halcon"}},
         {onePattern(R"({"GridSpacing": 12, "Encoding": 0})"), {"\"Encoding\"", "0", "true or false"}},
         {onePattern(R"({"Type": "SingleCustom", "GridSpacing": 12.345})"),
          {"\"GridSpacing\"", "12.345", "0.01 mm", "0.01 to 130 mm", "\"Encoding\" is false"}},
@@ -98,7 +76,6 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 2, "GridSize": [91, 200], "Offset": [90, 36]})"),
          {"\"Offset\"", "[90, 36]", "-90 to 90 in x", "-36 to 35 in y"}},
         {onePattern(R"({"Type": "Plate12", "GridSpacing": 12.5})"), {"\"GridSpacing\"", "12.5", "12 mm", "Plate12"}},
-        {onePattern(R"({"Type": "Plate12", "Thickness": 1})"), {"\"Thickness\"", "1", "2 mm", "Plate12"}},
     };
     for (const Refusal &refusal : refusals) {
         const std::string outcome = outcomeOf(nodeFromJson(refusal.parameters));
@@ -106,7 +83,6 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
         for (const std::string &name : refusal.named) {
             EXPECT_NE(outcome.find(name), std::string::npos) << refusal.parameters << "\n" << outcome << "\n" << name;
         }
-        EXPECT_EQ(outcome.find('\n'), std::string::npos) << outcome;
     }
 }
 
@@ -124,77 +100,11 @@ TEST(PatternParameters, takesWhatNoCodeCanHoldForPlainPatterns) {
     EXPECT_EQ(outcomeOf(nodeFromJson(onePattern(R"({"GridSpacing": 12, "Offset": [1, 2], "Encoding": false})"))), "");
 }
 
-struct CodeCase {
-    const char *pattern;
-    CodeCells::Carrier carrier;
-    pattern_code::BlockContent content;  ///< of all but a plane
-    pattern_code::Square planeSquare;    ///< of a plane
-};
-
-TEST(PatternParameters, encodesWhatTheParametersSay) {
-    using pattern_code::BlockKind;
-    constexpr auto tile = CodeCells::Carrier::Tile;
-    constexpr auto plate = CodeCells::Carrier::Plate;
-    constexpr auto plane = CodeCells::Carrier::Plane;
-    const CodeCase cases[]{
-        {R"({"Type": "Plate24"})", tile, {BlockKind::SpacingAndThickness, 2400, 300, 0, 0, 0}, {}},
-        {R"({"Type": "SingleCustom", "GridSpacing": 1.5, "Thickness": 5})",
-         tile,
-         {BlockKind::SpacingAndThickness, 150, 500, 0, 0, 0},
-         {}},
-        {R"({"Type": "Assembly", "GridSpacing": 96, "AssemblyPattern": 17})",
-         tile,
-         {BlockKind::Assembly, 9600, 0, 0, 0, 17},
-         {}},
-        {R"({"GridSpacing": 0.63, "Thickness": 100})", plate, {BlockKind::SpacingAndThickness, 63, 10000, 0, 0, 0}, {}},
-        // As the program's form rounds a product: 7 spacings of 0.63 mm and none.
-        {R"({"GridSpacing": 0.63, "Offset": [4.41, 0]})", plate, {BlockKind::Offset, 0, 0, 7, 0, 0}, {}},
-        {R"({"GridSpacing": 1.13, "Offset": [-144.64, 143.51]})", plate, {BlockKind::Offset, 0, 0, -128, 127, 0}, {}},
-        {R"({"Type": "Flexible", "GridSpacing": 12.5, "GridSize": [15, 15], "Offset": [18.75, -6.25]})",
-         plane,
-         {},
-         {131, 127}},
-        // 7 times 6.165 mm is 43.155 mm, which a form with two decimals shows as 43.15 or 43.16.
-        {R"({"Type": "Flexible", "GridSpacing": 12.33, "GridSize": [4, 5], "Offset": [43.16, 43.15]})",
-         plane,
-         {},
-         {141, 140}},
-    };
-    for (const CodeCase &test : cases) {
-        const PatternRequest request = readPatternParameters(nodeFromJson(onePattern(test.pattern)));
-        const std::optional<CodeCells> code = codeCellsOf(request.patterns[0]);
-        ASSERT_TRUE(code) << test.pattern;
-        EXPECT_EQ(code->carrier, test.carrier);
-        if (test.carrier == plane) {
-            EXPECT_FALSE(code->content);
-            EXPECT_EQ(code->planeSquare, test.planeSquare) << test.pattern;
-            EXPECT_EQ(code->at(1, 2), pattern_code::planeBit(test.planeSquare.column + 1, test.planeSquare.row + 2));
-            continue;
-        }
-        EXPECT_EQ(code->content, test.content) << test.pattern;
-        const int tileNumber = test.content.kind == BlockKind::Assembly ? test.content.assemblyPattern + 1 : 0;
-        std::uint64_t block = 0;
-        for (int bit = 0; bit < 64; ++bit) {
-            const pattern_code::BlockCell at =
-                test.carrier == tile ? pattern_code::blockSquare(bit) : pattern_code::blockCell(bit);
-            block = block << 1U | (code->at(at.column, at.row) ? 1U : 0U);
-        }
-        const auto carrier =
-            test.carrier == tile ? pattern_code::BlockCarrier::tile(tileNumber) : pattern_code::BlockCarrier::plate();
-        const auto decoded = pattern_code::decodeBlock(block, 0, carrier);
-        ASSERT_TRUE(decoded) << test.pattern;
-        EXPECT_EQ(decoded->content, test.content) << test.pattern;
-        EXPECT_EQ(decoded->correctedBits, 0);
-        if (test.carrier == tile) {
-            EXPECT_EQ(code->at(15, 14), pattern_code::tileBit(tileNumber, 15, 14));
-        }
-    }
-}
-
 TEST(PatternParameters, shortensAndCleansTheTextOfAClient) {
-    NodeObject pattern{{"Type", std::string(100000, 'x') + "\n"}, {"GridSpacing", 12.0}};
+    NodeObject pattern{{"Type", "\n" + std::string(100000, 'x')}, {"GridSpacing", 12.0}};
     const std::string outcome = outcomeOf(NodeObject{{"ImageSize", 100}, {"Patterns", NodeArray{pattern}}});
     EXPECT_LT(outcome.size(), 500U);
+    EXPECT_EQ(outcome.find('\n'), std::string::npos) << outcome;
 }
 
 TEST(PatternParameters, writesNothingWhenAnyParameterIsRefused) {
@@ -230,22 +140,6 @@ TEST(PatternParameters, givesAnEmptyPictureOfAPatternWithoutExtent) {
         EXPECT_TRUE(image.bytes.empty());
         EXPECT_EQ(image.width, 0);
     }
-}
-
-TEST(PatternParameters, fillsInDefaultsOfCatalogueAndParameters) {
-    const PatternRequest request = readPatternParameters(nodeFromJson(
-        R"({"ImageSize": 100, "Patterns": [{"Type": "Plate24"}, {"Type": "Assembly", "GridSpacing": 8},
-            {"GridSpacing": 12.5, "Encoding": false, "Offset": [37.5, -1]}]})"));
-    EXPECT_TRUE(request.encoding);
-    ASSERT_EQ(request.patterns.size(), 3U);
-    EXPECT_EQ(request.patterns[0].gridSpacing, 24.0);
-    EXPECT_EQ(request.patterns[0].thickness, 3.0);
-    EXPECT_EQ(request.patterns[0].gridSize, (std::array<int, 2>{15, 15}));
-    EXPECT_TRUE(request.patterns[0].polarity);
-    EXPECT_EQ(request.patterns[1].assemblyNumber, 0);
-    EXPECT_EQ(request.patterns[2].kind, PatternKind::Halcon);
-    EXPECT_FALSE(request.patterns[2].encoding);
-    EXPECT_EQ(request.patterns[2].offset, (std::array<double, 2>{37.5, -1.0}));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A page of a PDF as another program renders it, and where things are in the picture.
+// A page of a PDF as another program renders it.
 #pragma once
 
 #include <cstdio>
@@ -8,7 +8,7 @@
 
 #include "tests/camera_library/temporary_folder.h"
 
-/// What the command writes to its output; throws where it does not end well.
+// What the command writes to its output. Throws if the command fails.
 inline std::string outputOf(const std::string &command) {
     FILE *pipe = popen((command + " 2>&1").c_str(), "r");
     if (pipe == nullptr) {
@@ -24,8 +24,8 @@ inline std::string outputOf(const std::string &command) {
     return output;
 }
 
-/// The page, counted from 1, as 8-bit grey. Of a crop, its rectangle in pixels of the whole page.
-inline cv::Mat renderPage(const std::string &pdf, int page, int dotsPerInch, cv::Rect crop = {}) {
+// The page, counted from 1, as 8-bit grey. A crop is a rectangle in pixels of the whole page.
+inline cv::Mat renderPage(const std::string &pdf, int page, double dotsPerInch, cv::Rect crop = {}) {
     const TemporaryFolder folder;
     std::string command = "pdftoppm -gray -singlefile -r " + std::to_string(dotsPerInch) + " -f " +
                           std::to_string(page) + " '" + pdf + "' '" + folder.file("page") + "'";

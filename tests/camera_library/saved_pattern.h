@@ -1,9 +1,10 @@
-// A pattern's PDF and what its attached description says of it, and a pattern of every type and polarity to save.
+// A pattern's PDF and its attached description, and patterns of every type and polarity, which fit on A4.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,9 +36,12 @@ inline const std::vector<std::string> allTypes{catalogue, catalogueInverted, sin
 
 class SavedPattern : public testing::Test {
 protected:
+    // Throws if the pattern is not saved, so that no test goes on with an older file.
     void savePdf(const std::string &pattern) {
         pdf = folder.file("pattern.pdf");
-        ASSERT_EQ(save(pattern, pdf), "") << pattern;
+        if (const std::string failure = save(pattern, pdf); !failure.empty()) {
+            throw std::runtime_error(pattern + ": " + failure);
+        }
         description = Json::parse(outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'"));
     }
 

@@ -1,0 +1,202 @@
+// A printed page: its size, and what stands on it beside the pattern: check bars, their labels and the caption.
+#include "camera_library/output/page_layout.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <opencv2/core.hpp>
+#include <regex>
+
+#include "camera_library/pattern/checkerboard.h"
+#include "tests/camera_library/rendered_page.h"
+#include "tests/camera_library/saved_pattern.h"
+
+namespace lmlib64 {
+namespace {
+
+bool isInside(const Rectangle &inner, const Rectangle &outer) {
+    constexpr double tolerance = 1e-6;
+    return inner.left >= outer.left - tolerance && inner.top >= outer.top - tolerance &&
+           inner.right <= outer.right + tolerance && inner.bottom <= outer.bottom + tolerance;
+}
+
+bool isApart(const Rectangle &a, const Rectangle &b) {
+    return a.right <= b.left || b.right <= a.left || a.bottom <= b.top || b.bottom <= a.top;
+}
+
+Rectangle extentOf(const CheckBar &bar) {
+    Rectangle extent{bar.start.x, bar.start.y, bar.start.x, bar.start.y};
+    for (const Rectangle &shape : checkBarShapes(bar)) {
+        extent = {std::min(extent.left, shape.left), std::min(extent.top, shape.top),
+                  std::max(extent.right, shape.right), std::max(extent.bottom, shape.bottom)};
+    }
+    return extent;
+}
+
+TEST(PageLayout, keepsEverythingApartAndWithinTheMarginsForEverySize) {
+    int pages = 0;
+    for (const int columns : {2, 5, 15, 40, 91, 200}) {
+        for (const int rows : {2, 6, 15, 37, 91, 200}) {
+            for (int step = 0; step < 70; ++step) {
+                const double spacing = 0.5 * std::pow(1.07, step);
+                const PatternGeometry board = checkerboard({columns, rows}, spacing, true);
+                const std::optional<PageLayout> layout = layOutPage(board);
+                if (!layout) {
+                    EXPECT_GT(std::max(board.width, board.height), 4900.0);
+                    continue;
+                }
+                ++pages;
+                const Rectangle block{layout->pattern.x - board.quietZone, layout->pattern.y - board.quietZone,
+                                      layout->pattern.x + board.width + board.quietZone,
+                                      layout->pattern.y + board.height + board.quietZone};
+                const Rectangle printable{5.0, 5.0, layout->width - 5.0, layout->height - 5.0};
+                const Rectangle barX = extentOf(layout->barAlongX);
+                const Rectangle barY = extentOf(layout->barAlongY);
+                const Rectangle caption{5.0, layout->caption.y - 2.5, 5.0 + layout->captionWidth,
+                                        layout->caption.y + 0.6};
+                SCOPED_TRACE(std::to_string(columns) + " x " + std::to_string(rows) + " at " + std::to_string(spacing));
+                for (const Rectangle &part : {block, barX, barY, caption}) {
+                    EXPECT_TRUE(isInside(part, printable));
+                }
+                for (const Rectangle &part : {barX, barY, caption}) {
+                    EXPECT_TRUE(isApart(part, block));
+                }
+                EXPECT_TRUE(isApart(barX, barY) && isApart(barX, caption) && isApart(barY, caption));
+                EXPECT_NEAR(barX.right - barX.left, 100.0, 1e-9);
+                const double lengthY = barY.bottom - barY.top;
+                EXPECT_NEAR(lengthY, std::round(lengthY / 10.0) * 10.0, 1e-9);
+                EXPECT_GE(lengthY, 9.9);
+                EXPECT_NEAR(layout->pattern.x + board.width / 2.0, layout->width / 2.0, 1e-9);
+                EXPECT_NEAR(layout->pattern.y + board.height / 2.0, layout->height / 2.0, 1e-9);
+            }
+        }
+    }
+    EXPECT_GT(pages, 1500);
+}
+
+TEST(PageLayout, takesTheSmallestPageThatHoldsThePattern) {
+    struct Case {
+        int columns, rows;
+        double spacing;
+        double width, height;
+    };
+    // Wide enough: block + 10 mm; high enough: block + 10 mm + two strips of 10.5 mm, as the pattern is centred.
+    const Case cases[]{
+        {15, 15, 22.2, 210, 297}, {15, 15, 22.3, 297, 420}, {29, 15, 16, 297, 210}, {29, 15, 24, 420, 297},
+        {15, 15, 45, 420, 594},   {29, 15, 35, 594, 420},   {15, 15, 64, 594, 841}, {29, 15, 50, 841, 594},
+        {15, 15, 92, 841, 1189},  {29, 15, 70, 1189, 841},  {15, 15, 96, 884, 895},
+    };
+    for (const Case &test : cases) {
+        const std::optional<PageLayout> layout =
+            layOutPage(checkerboard({test.columns, test.rows}, test.spacing, true));
+        ASSERT_TRUE(layout);
+        EXPECT_EQ(layout->width, test.width) << test.columns << " x " << test.rows << " at " << test.spacing;
+        EXPECT_EQ(layout->height, test.height) << test.columns << " x " << test.rows << " at " << test.spacing;
+    }
+    EXPECT_FALSE(layOutPage(checkerboard({15, 15}, 700, true)));
+}
+
+using PrintedLayout = SavedPattern;
+
+TEST_F(PrintedLayout, captionSaysAllThatThePrintDependsOn) {
+    savePdf(R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 12.123456789, "Thickness": 1.5,
+                "Offset": [18.19, -6.06], "Polarity": false})");
+    const std::string caption = outputOf("pdftotext -layout '" + pdf + "' -");
+    for (const char *part : {"Flexible 9 × 6", "60.617284 × 42.432099 mm", "12.123456789 mm", "1.5 mm", "18.19",
+                             "-6.06", "false", "LmLib64 "}) {
+        EXPECT_NE(caption.find(part), std::string::npos) << part << "\n" << caption;
+    }
+}
+
+constexpr double mmPerInch = 25.4;
+
+// The length in pixels of the dark line through the place along x or y. It ends where there is no ink at all.
+double lineLength(const cv::Mat &page, cv::Point2d place, bool isAlongY) {
+    const cv::Point step = isAlongY ? cv::Point(0, 1) : cv::Point(1, 0);
+    cv::Point at(cvRound(place.x), cvRound(place.y));
+    while (page.at<uchar>(at) < 255) {
+        at -= step;
+    }
+    double length = 0.0;
+    for (at += step; page.at<uchar>(at) < 255; at += step) {
+        length += (255 - page.at<uchar>(at)) / 255.0;
+    }
+    return length;
+}
+
+TEST_F(PrintedLayout, drawsCheckBarsOfTheLengthTheySay) {
+    constexpr double pixelsPerMm = 600 / mmPerInch;
+    struct Case {
+        const char *pattern;
+        double gridSpacing;
+        double lengthAlongY;
+    };
+    // The second leaves no room beside it, so that a shorter bar stands below it.
+    for (const Case &test : {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", 12.5, 100.0},
+                             Case{R"({"Type": "SingleCustom", "GridSpacing": 22})", 22.0, 30.0}}) {
+        savePdf(test.pattern);
+        const PageLayout layout = *layOutPage(checkerboard({15, 15}, test.gridSpacing, true));
+        const cv::Mat page = renderPage(pdf, 1, 600);
+        const cv::Point2d x(layout.barAlongX.start.x + 15.0, layout.barAlongX.start.y + 0.1);
+        const cv::Point2d y(layout.barAlongY.start.x + 0.1, layout.barAlongY.start.y + 15.0);
+        EXPECT_NEAR(lineLength(page, x * pixelsPerMm, false), 100.0 * pixelsPerMm, 0.5);
+        EXPECT_NEAR(lineLength(page, y * pixelsPerMm, true), test.lengthAlongY * pixelsPerMm, 0.5);
+    }
+}
+
+struct Word {
+    std::string text;
+    Rectangle box;  // in millimetres
+};
+
+std::vector<Word> wordsOf(const std::string &pdf) {
+    const std::string page = outputOf("pdftotext -bbox '" + pdf + "' -");
+    const std::regex pattern(R"re(<word xMin="(.*)" yMin="(.*)" xMax="(.*)" yMax="(.*)">(.*)</word>)re");
+    std::vector<Word> words;
+    for (std::sregex_iterator word(page.begin(), page.end(), pattern), end; word != end; ++word) {
+        const auto mm = [&](std::size_t group) { return std::stod((*word)[group]) * mmPerInch / 72.0; };
+        words.push_back({(*word)[5], {mm(1), mm(2), mm(3), mm(4)}});
+    }
+    return words;
+}
+
+TEST_F(PrintedLayout, centresItsCaptionWithinTheMarginsAndLabelsBothBars) {
+    struct Case {
+        const char *pattern;
+        bool isShrunk;  // because it is longer than the page is wide
+    };
+    for (const Case &test :
+         {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", false},
+          Case{R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 12.123456789, "Thickness": 1.23456789,
+                   "Offset": [12.123456789, -24.246913578]})",
+               true}}) {
+        savePdf(test.pattern);
+        const std::vector<Word> words = wordsOf(pdf);
+        double captionTop = 0.0;
+        for (const Word &word : words) {
+            captionTop = std::max(captionTop, word.box.top - 0.5);
+        }
+        double left = 210.0;
+        double right = 0.0;
+        int labels = 0;
+        int uprightLabels = 0;
+        for (const Word &word : words) {
+            const bool isCaption = word.box.top >= captionTop;
+            left = isCaption ? std::min(left, word.box.left) : left;
+            right = isCaption ? std::max(right, word.box.right) : right;
+            const bool isLabel = !isCaption && word.text == "100";
+            labels += isLabel ? 1 : 0;
+            uprightLabels += isLabel && word.box.bottom - word.box.top > word.box.right - word.box.left ? 1 : 0;
+        }
+        EXPECT_NEAR(left + right, 210.0, 0.6);
+        EXPECT_GE(left, 5.0 - 0.05);
+        EXPECT_EQ(left < 5.6, test.isShrunk) << left;
+        EXPECT_EQ(labels, 2);
+        EXPECT_EQ(uprightLabels, 1);
+    }
+}
+
+}  // namespace
+}  // namespace lmlib64
