@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 #include <optional>
 
+#include "bench/reader/scenes.h"
 #include "bench/reader/scoring.h"
 #include "bench/reader/stock_detectors.h"
 
@@ -76,9 +77,9 @@ ReaderResult judge(const Scene &scene, const std::vector<pattern_reader::Pattern
     ReaderResult result;
     result.read = own.placed;
     if (own.placed) {
-        result.corners = own.corners - own.strayCorners;
+        result.corners = int(own.errors.size());
         result.complete = size_t(own.corners) == corners && own.strayCorners == 0;
-        result.error = std::sqrt(own.squaredError / std::max(1, result.corners));
+        result.error = rmsOf(own.errors);
     }
     return result;
 }
@@ -108,14 +109,14 @@ void count(DetectorTotals &totals, std::optional<double> error, const ReaderResu
 
 }  // namespace
 
-Comparison compareWithStock(unsigned sceneCount, unsigned limit, bool classic) {
+Comparison compareWithStock(unsigned first, unsigned boards, bool classic) {
     Comparison comparison;
     comparison.classic.name = "findChessboardCorners + cornerSubPix";
     comparison.sectorBased.name = "findChessboardCornersSB";
     std::vector<double> ratios;
     std::vector<double> readerTimes;
     std::vector<double> sectorBasedTimes;
-    for (unsigned number = 0; number < sceneCount && unsigned(comparison.pictures) < limit; number++) {
+    for (unsigned number = first; unsigned(comparison.pictures) < boards; number++) {
         if (number % 10 > 6) {
             continue;
         }

@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "bench/reader/scenes.h"
-
 namespace reader_bench {
 
 struct DetectorTotals {
@@ -32,8 +30,8 @@ struct Comparison {
     double medianSectorBasedMs = 0;
 };
 
-// Runs over the scenes with one checkerboard seen whole, at most `limit` of the first `count` scenes; classic:
-// with findChessboardCorners, too.
-Comparison compareWithStock(unsigned count, unsigned limit, bool classic);
+// Runs over so many scenes with one checkerboard seen whole, from the given one on; classic: with
+// findChessboardCorners, too.
+Comparison compareWithStock(unsigned first, unsigned boards, bool classic);
 
 }  // namespace reader_bench

@@ -12,26 +12,11 @@ namespace reader_bench {
 namespace {
 
 void shade(cv::Mat &image, const Exposure &exposure) {
-    const double cx = image.cols / 2.0;
-    const double cy = image.rows / 2.0;
     for (int y = 0; y < image.rows; y++) {
         auto *row = image.ptr<float>(y);
-        const double v = (y - cy) / image.rows;
         for (int x = 0; x < image.cols; x++) {
-            const double u = (x - cx) / image.cols;
-            double light =
-                1 + exposure.lightSlope.x * u + exposure.lightSlope.y * v - exposure.vignette * 2 * (u * u + v * v);
-            for (const Shadow &shadow : exposure.shadows) {
-                const double d = (cv::Point2d(x, y) - shadow.edge).dot(shadow.side) / shadow.penumbra;
-                light *= 1 - shadow.depth * std::clamp(0.5 + d, 0.0, 1.0);
-            }
-            double reflected = 0;
-            for (const Glare &glare : exposure.glares) {
-                const cv::Point2d d = (cv::Point2d(x, y) - glare.centre) / glare.radius;
-                const double r2 = d.dot(d);
-                reflected += r2 < 30 ? glare.strength * std::exp(-r2 / 2) : 0;
-            }
-            row[x] = float(row[x] * light + reflected);
+            const Light light = lightAt(exposure, image.size(), cv::Point2d(x, y));
+            row[x] = float(row[x] * light.share + light.reflected);
         }
     }
 }
@@ -130,6 +115,23 @@ void sharpen(cv::Mat &image, const Exposure &exposure) {
 }
 
 }  // namespace
+
+Light lightAt(const Exposure &exposure, const cv::Size &picture, const cv::Point2d &at) {
+    const double u = (at.x - picture.width / 2.0) / picture.width;
+    const double v = (at.y - picture.height / 2.0) / picture.height;
+    Light light;
+    light.share = 1 + exposure.lightSlope.x * u + exposure.lightSlope.y * v - exposure.vignette * 2 * (u * u + v * v);
+    for (const Shadow &shadow : exposure.shadows) {
+        const double depth = (at - shadow.edge).dot(shadow.side) / shadow.penumbra;
+        light.share *= 1 - shadow.depth * std::clamp(0.5 + depth, 0.0, 1.0);
+    }
+    for (const Glare &glare : exposure.glares) {
+        const cv::Point2d d = (at - glare.centre) / glare.radius;
+        const double r2 = d.dot(d);
+        light.reflected += r2 < 30 ? glare.strength * std::exp(-r2 / 2) : 0;
+    }
+    return light;
+}
 
 cv::Mat expose(const cv::Mat &irradiance, const Exposure &exposure, std::mt19937 &random) {
     cv::Mat image = irradiance.clone();

@@ -59,6 +59,13 @@ struct Exposure {
     int jpegQuality = 0;  // 0: none
 };
 
+// What reaches a place of the picture: the share of the full light, and what is reflected on top of it.
+struct Light {
+    double share = 1;
+    double reflected = 0;
+};
+Light lightAt(const Exposure &exposure, const cv::Size &picture, const cv::Point2d &at);
+
 // The picture of an irradiance (32-bit float, one channel): 8 bits, one channel, or three with `bayer`.
 cv::Mat expose(const cv::Mat &irradiance, const Exposure &exposure, std::mt19937 &random);
 

@@ -1,190 +1,151 @@
-// Measures the pattern reader with a synthetic camera and prints a table.
+// Measures the pattern reader with a synthetic camera and prints tables in Markdown: one row for each condition, then
+// the goals and whether they are met.
 //
-//   reader_bench [--first N] [--images N] [--empty N] [--compare N] [--threads N] [--check] [--list] [--times]
-//                [--save FOLDER]
+//   reader_bench [--first N] [--count N] [--empty N] [--compare N] [--condition ID] [--threads N] [--list] [--check]
+//                [--times] [--save FOLDER]
 //
-// --first is the number of the first picture of either kind; the comparison always begins at 0. --check ends with 1
-// when a goal is not met; --list names every pattern that was not read and --save keeps its picture. --times leaves
-// out findChessboardCorners, which takes most of the comparison and whose time is not compared. Seeds are fixed:
-// picture n is the same in every run.
+// Picture n is the same in every run, however many threads there are. --first is the number of the first picture, with
+// and without patterns; those below 100,000 are for tuning, those from there on for measuring. --count is how many with
+// patterns, --empty how many without. --condition takes only those with one condition ("list" names all).
+// --compare: so many boards are given to stock detectors, too; --times leaves the slowest of these out, whose time is
+// not compared. --list names everything that went wrong. --save writes the pictures (with --list: only those with
+// failures) and what is true of them. --check ends with 1 if a goal is missed.
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <map>
-#include <mutex>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "bench/reader/comparison.h"
-#include "bench/reader/scenes.h"
-#include "bench/reader/scoring.h"
+#include "bench/reader/condition_table.h"
+#include "bench/reader/conditions.h"
+#include "bench/reader/empty_pictures.h"
+#include "bench/reader/picture_files.h"
+#include "bench/reader/reader_goals.h"
 #include "pattern_reader/pattern_reader.h"
 
 namespace {
 
 using namespace reader_bench;
-using pattern_reader::PatternKind;
-
-// The boards compared are the first suitable ones of so many pictures.
-constexpr unsigned comparedScenes = 1000;
 
 struct Options {
     unsigned first = 0;
-    unsigned images = 1000;
+    unsigned count = 1000;
     unsigned empty = 1000;
     unsigned compare = 150;
     unsigned threads = 1;
     bool check = false;
     bool list = false;
     bool timesOnly = false;
+    std::string condition;
     std::string save;
 };
 
-struct Tally {
-    int patterns = 0;
-    int placed = 0;
-    int values = 0;
-    int withBlock = 0;
-
-    double placedShare() const { return patterns == 0 ? 1 : double(placed) / patterns; }
-    double valuesShare() const { return withBlock == 0 ? 1 : double(values) / withBlock; }
-    void add(const PatternScore &score) {
-        patterns++;
-        placed += score.placed ? 1 : 0;
-        withBlock += score.pattern->coded.hasBlock ? 1 : 0;
-        values += score.valuesRead ? 1 : 0;
-    }
-};
-
-enum class Group { Tile, Flexible, SmallFlexible, Plate };
-constexpr int groups = 4;
-const char *const groupNames[groups] = {"tiles (Official, Single, Assembly)", "Flexible, 7 and more corners a side",
-                                        "Flexible, 5 or 6 corners on a side", "plates"};
-
-Group groupOf(const ScenePattern &pattern) {
-    if (pattern.coded.kind == PatternKind::Plate) {
-        return Group::Plate;
-    }
-    if (pattern.coded.kind == PatternKind::Tile) {
-        return Group::Tile;
-    }
-    const cv::Size2d size = pattern.coded.target->size();
-    return std::min(size.width, size.height) < 8 ? Group::SmallFlexible : Group::Flexible;
+// Processor time of this thread.
+double seconds() {
+#ifdef CLOCK_THREAD_CPUTIME_ID
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
+#else
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+#endif
 }
 
-struct Results {
-    // By goal (easy: at least 6 pixels per square and tilt to 45°), group and visibility.
-    Tally tallies[2][groups][3];
-    int falsePlaces = 0;
-    int falseValues = 0;
-    int strayCorners = 0;
-    int corners = 0;
-    int wrongPolarity = 0;
-    int corrected = 0;
-    int emptyFalsePlaces[emptyKindCount] = {};
-    int emptyPictures[emptyKindCount] = {};
-    std::mutex mutex;
+PictureResult measure(unsigned number, const Options &options) {
+    const double start = seconds();
+    const Scene scene = makeConditionScene(number);
+    const double rendered = seconds();
+    const auto readings = pattern_reader::readPatterns(scene.image);
+    const double read = seconds();
+    PictureResult result = resultOf(number, scene, readings);
+    result.renderSeconds = rendered - start;
+    result.readSeconds = read - rendered;
+    const std::vector<std::string> failures = result.failures();
+    if (options.list) {
+        for (const std::string &line : failures) {
+            std::printf("  picture %u (%s): %s\n", number, conditions()[result.condition].id, line.c_str());
+        }
+    }
+    if (!options.save.empty() && (!options.list || !failures.empty())) {
+        savePicture(options.save, number, scene);
+    }
+    return result;
+}
 
-    Tally sum(bool easy, int group, int visibility) const {
-        Tally total;
-        for (int g = 0; g < groups; g++) {
-            for (int v = 0; v < 3; v++) {
-                if ((group < 0 || g == group) && (visibility < 0 || v == visibility)) {
-                    const Tally &one = tallies[easy ? 1 : 0][g][v];
-                    total.patterns += one.patterns;
-                    total.placed += one.placed;
-                    total.values += one.values;
-                    total.withBlock += one.withBlock;
-                }
+EmptyResult measureEmpty(unsigned number, const Options &options) {
+    EmptyResult result;
+    result.number = number;
+    result.kind = int(number % emptyKindCount);
+    const cv::Mat picture = makeEmptyPicture(EmptyKind(result.kind), number);
+    result.readings = int(pattern_reader::readPatterns(picture).size());
+    if (result.readings > 0 && options.list) {
+        std::printf("  empty picture %u (%s): %d readings\n", number, nameOf(EmptyKind(result.kind)).c_str(),
+                    result.readings);
+        if (!options.save.empty()) {
+            cv::imwrite(options.save + "/empty" + std::to_string(number) + ".png", picture);
+        }
+    }
+    return result;
+}
+
+std::vector<unsigned> pictureNumbers(const Options &options) {
+    std::vector<unsigned> numbers;
+    for (unsigned number = options.first; numbers.size() < options.count; number++) {
+        if (options.condition.empty() || conditions()[conditionOf(number)].id == options.condition) {
+            numbers.push_back(number);
+        }
+    }
+    return numbers;
+}
+
+// Calls work with 0 to count - 1, each once.
+template <typename Work>
+void inThreads(unsigned threadCount, size_t count, const Work &work) {
+    std::atomic<size_t> next{0};
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < std::max(1U, threadCount); i++) {
+        threads.emplace_back([&] {
+            for (size_t index = next++; index < count; index = next++) {
+                work(index);
             }
-        }
-        return total;
+        });
     }
-};
-
-void list(unsigned number, const PatternScore &score) {
-    const ScenePattern &p = *score.pattern;
-    const cv::Size2d size = p.coded.target->size();
-    std::printf("  picture %u: %s tile %d, %gx%g, %.1f px, tilt %.0f, visibility %d: placed %d values %d corners %d\n",
-                number, groupNames[int(groupOf(p))], p.coded.tile, size.width, size.height, p.pixelsPerSquare,
-                p.tiltDegrees, int(p.visibility), score.placed, score.valuesRead, score.corners);
-}
-
-void runScene(unsigned number, const Options &options, Results &results) {
-    const Scene scene = makeScene(number);
-    const PictureScore score = scorePicture(scene, pattern_reader::readPatterns(scene.image));
-    const std::lock_guard<std::mutex> lock(results.mutex);
-    results.falsePlaces += score.falsePlaces;
-    results.falseValues += score.falseValues;
-    bool missed = score.falsePlaces + score.falseValues > 0;
-    for (const PatternScore &one : score.patterns) {
-        const ScenePattern &pattern = *one.pattern;
-        const bool easy = pattern.pixelsPerSquare >= 6 && pattern.tiltDegrees <= 45;
-        results.tallies[easy ? 1 : 0][int(groupOf(pattern))][int(pattern.visibility)].add(one);
-        results.strayCorners += one.strayCorners;
-        results.corners += one.corners;
-        results.wrongPolarity += one.polarityRight ? 0 : 1;
-        results.corrected += one.correctedBits > 0 ? 1 : 0;
-        const bool wanted = pattern.coded.hasBlock && pattern.visibility == Visibility::Whole;
-        if (easy && (!one.placed || (wanted && !one.valuesRead))) {
-            missed = true;
-            if (options.list) {
-                list(number, one);
-            }
-        }
-    }
-    if (score.falsePlaces + score.falseValues > 0 && options.list) {
-        std::printf("  picture %u: %d false places, %d false values\n", number, score.falsePlaces, score.falseValues);
-    }
-    if (missed && !options.save.empty()) {
-        cv::imwrite(options.save + "/" + std::to_string(number) + ".png", scene.image);
+    for (std::thread &thread : threads) {
+        thread.join();
     }
 }
 
-void runEmpty(unsigned number, const Options &options, Results &results) {
-    const int kind = int(number % emptyKindCount);
-    const auto readings = pattern_reader::readPatterns(makeEmptyPicture(EmptyKind(kind), number));
-    const std::lock_guard<std::mutex> lock(results.mutex);
-    results.emptyPictures[kind]++;
-    results.emptyFalsePlaces[kind] += int(readings.size());
-    if (!readings.empty() && options.list) {
-        std::printf("  empty picture %u: %zu readings\n", number, readings.size());
+void printTimes(const std::vector<PictureResult> &results) {
+    double rendering = 0;
+    double reading = 0;
+    double megapixels = 0;
+    for (const PictureResult &result : results) {
+        rendering += result.renderSeconds;
+        reading += result.readSeconds;
+        megapixels += result.megapixels;
     }
+    std::printf("\n%zu pictures, %.0f megapixels: rendering %.1f s, reading %.1f s of processor time\n", results.size(),
+                megapixels, rendering, reading);
 }
 
-void printTable(const Results &results) {
-    static const char *const visibilities[] = {"whole", "a quarter covered", "a quarter cut off"};
-    std::printf(
-        "\n| pattern | seen | 6 px and more, to 45°: place | values | all: place | values "
-        "|\n|---|---|---|---|---|---|\n");
-    const auto cell = [](int part, int of) {
-        return of == 0 ? std::string("–")
-                       : std::to_string(part) + "/" + std::to_string(of) + cv::format(" (%.1f %%)", 100.0 * part / of);
-    };
-    for (int g = -1; g < groups; g++) {
-        for (int v = 0; v < 3; v++) {
-            const Tally easy = results.sum(true, g, v);
-            Tally all = results.sum(false, g, v);
-            all.patterns += easy.patterns;
-            all.placed += easy.placed;
-            all.values += easy.values;
-            all.withBlock += easy.withBlock;
-            std::printf("| %s | %s | %s | %s | %s | %s |\n", g < 0 ? "**all**" : groupNames[g], visibilities[v],
-                        cell(easy.placed, easy.patterns).c_str(), cell(easy.values, easy.withBlock).c_str(),
-                        cell(all.placed, all.patterns).c_str(), cell(all.values, all.withBlock).c_str());
-        }
-    }
-    std::printf(
-        "\nfalse places %d, false values %d, wrong polarity %d, stray corners %d of %d, blocks with corrected bits "
-        "%d\n",
-        results.falsePlaces, results.falseValues, results.wrongPolarity, results.strayCorners, results.corners,
-        results.corrected);
+void printEmpty(const std::vector<EmptyResult> &results) {
     for (int kind = 0; kind < emptyKindCount; kind++) {
-        std::printf("without a pattern: %d %s: %d false places\n", results.emptyPictures[kind],
-                    nameOf(EmptyKind(kind)).c_str(), results.emptyFalsePlaces[kind]);
+        int pictures = 0;
+        int readings = 0;
+        for (const EmptyResult &result : results) {
+            pictures += result.kind == kind ? 1 : 0;
+            readings += result.kind == kind ? result.readings : 0;
+        }
+        std::printf("- without a pattern: %d %s: %d readings\n", pictures, nameOf(EmptyKind(kind)).c_str(), readings);
     }
 }
 
@@ -203,56 +164,66 @@ void printComparison(const Comparison &comparison) {
                 comparison.medianSectorBasedMs, comparison.medianReaderMs, comparison.medianTimeRatio);
 }
 
-// The goals; each unmet one is named.
-bool meetsGoals(const Results &results, const Comparison &comparison, const Options &options) {
-    bool met = true;
-    const auto goal = [&](bool reached, const char *what) {
-        if (!reached) {
-            std::printf("NOT MET: %s\n", what);
-            met = false;
-        }
-    };
-    goal(results.sum(true, -1, -1).placedShare() >= 0.99, "99 % read with the right place");
-    goal(results.sum(true, -1, 0).valuesShare() >= 0.99, "99 % of those seen whole with the right values");
-    goal(results.falsePlaces == 0 && results.falseValues == 0, "no false place and no false value");
-    goal(results.wrongPolarity == 0, "no wrong polarity");
-    for (const int count : results.emptyFalsePlaces) {
-        goal(count == 0, "nothing read where there is nothing");
-    }
-    if (options.compare > 0) {
-        for (const DetectorTotals *totals : {&comparison.classic, &comparison.sectorBased}) {
-            goal(totals->foundButMissed == 0, "no board missed that a stock detector finds");
-            goal(totals->readerError <= totals->ownError, "corners as exact as a stock detector's");
-        }
-        goal(comparison.medianTimeRatio >= 10, "ten times faster than findChessboardCornersSB");
-    }
-    return met;
-}
-
 bool parse(int count, char **arguments, Options &options) {
     const std::map<std::string, unsigned *> numbers = {{"--first", &options.first},
-                                                       {"--images", &options.images},
+                                                       {"--count", &options.count},
                                                        {"--empty", &options.empty},
                                                        {"--compare", &options.compare},
                                                        {"--threads", &options.threads}};
+    // One condition is looked at alone, unless more is asked for.
+    if (std::find(arguments, arguments + count, std::string("--condition")) != arguments + count) {
+        options.empty = 0;
+        options.compare = 0;
+    }
+    const std::map<std::string, bool *> flags = {
+        {"--check", &options.check}, {"--list", &options.list}, {"--times", &options.timesOnly}};
+    const std::map<std::string, std::string *> texts = {{"--condition", &options.condition}, {"--save", &options.save}};
     for (int i = 1; i < count; i++) {
         const std::string name = arguments[i];
-        if (name == "--check") {
-            options.check = true;
-        } else if (name == "--list") {
-            options.list = true;
-        } else if (name == "--times") {
-            options.timesOnly = true;
-        } else if (i + 1 < count && name == "--save") {
-            options.save = arguments[++i];
-        } else if (i + 1 < count && numbers.count(name) != 0) {
+        const bool hasValue = i + 1 < count;
+        if (flags.count(name) != 0) {
+            *flags.at(name) = true;
+        } else if (hasValue && texts.count(name) != 0) {
+            *texts.at(name) = arguments[++i];
+        } else if (hasValue && numbers.count(name) != 0) {
             *numbers.at(name) = unsigned(std::max(0, std::atoi(arguments[++i])));
         } else {
             std::fprintf(stderr, "unknown argument %s\n", name.c_str());
             return false;
         }
     }
+    if (!options.condition.empty() && !conditionNamed(options.condition)) {
+        for (const Condition &condition : conditions()) {
+            std::fprintf(stderr, "%-16s %s\n", condition.id, condition.text);
+        }
+        return false;
+    }
     return true;
+}
+
+bool run(const Options &options) {
+    const std::vector<unsigned> numbers = pictureNumbers(options);
+    std::vector<PictureResult> results(numbers.size());
+    inThreads(options.threads, numbers.size(), [&](size_t i) { results[i] = measure(numbers[i], options); });
+    std::vector<EmptyResult> empty(options.empty);
+    inThreads(options.threads, empty.size(),
+              [&](size_t i) { empty[i] = measureEmpty(options.first + unsigned(i), options); });
+    std::vector<Goal> goals;
+    if (!results.empty() || !empty.empty()) {
+        printConditionTables(results);
+        std::printf("\n");
+        printEmpty(empty);
+        printTimes(results);
+        goals = readingGoals(results, empty);
+    }
+    if (options.compare > 0) {
+        const Comparison comparison = compareWithStock(options.first, options.compare, !options.timesOnly);
+        printComparison(comparison);
+        for (const Goal &goal : comparisonGoals(comparison)) {
+            goals.push_back(goal);
+        }
+    }
+    return printGoals(goals);
 }
 
 }  // namespace
@@ -264,31 +235,10 @@ int main(int argumentCount, char **arguments) {
     }
     cv::setNumThreads(1);
     std::setvbuf(stdout, nullptr, _IOLBF, 1 << 12);
-    Results results;
-    std::atomic<unsigned> next{0};
-    const auto work = [&] {
-        for (unsigned number = next++; number < options.images + options.empty; number = next++) {
-            if (number < options.images) {
-                runScene(options.first + number, options, results);
-            } else {
-                runEmpty(options.first + number - options.images, options, results);
-            }
-        }
-    };
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < std::max(1U, options.threads); i++) {
-        threads.emplace_back(work);
+    try {
+        return !run(options) && options.check ? 1 : 0;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 2;
     }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    if (options.images + options.empty > 0) {
-        printTable(results);
-    }
-    Comparison comparison;
-    if (options.compare > 0) {
-        comparison = compareWithStock(comparedScenes, options.compare, !options.timesOnly);
-        printComparison(comparison);
-    }
-    return options.check && !meetsGoals(results, comparison, options) ? 1 : 0;
 }

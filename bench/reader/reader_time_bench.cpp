@@ -7,6 +7,7 @@
 
 #include "bench/measurement.h"
 #include "bench/reader/coded_targets.h"
+#include "bench/reader/empty_pictures.h"
 #include "bench/reader/scenes.h"
 #include "bench/reader/synthetic_camera.h"
 #include "pattern_reader/pattern_reader.h"

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "bench/reader/noise_bound.h"
+
 namespace reader_bench {
 
 namespace {
@@ -18,19 +20,51 @@ bool sameValues(const PatternValues &a, const PatternValues &b) {
            a.assemblyPattern == b.assemblyPattern;
 }
 
+// The formula of the bound holds for white noise, Gaussian blur and borders printed as they are drawn.
+bool hasPlainNoise(const Exposure &exposure, const Print &print) {
+    return exposure.noiseSigma > 0 && exposure.shotNoise == 0 && exposure.jpegQuality == 0 && !exposure.bayer &&
+           exposure.toneGain == 1 && exposure.toneGamma == 1 && exposure.sharpening == 0 &&
+           exposure.defocusRadius == 0 && exposure.defocusSlope == cv::Point2d() && exposure.motion == cv::Point2d() &&
+           print.inkSpread == 0 && print.halftonePeriod == 0;
+}
+
+double leastErrorAt(const Scene &scene, const ScenePattern &pattern, const cv::Point2d &onTarget,
+                    const cv::Matx22d &steps) {
+    const Exposure &exposure = scene.exposure;
+    if (!hasPlainNoise(exposure, pattern.coded.target->print())) {
+        return 0;
+    }
+    // A pixel's area and a rounded grey level have a variance of a twelfth.
+    constexpr double unitVariance = 1 / 12.0;
+    LocalView view;
+    view.steps = steps;
+    view.contrast = scene.contrastAt(pattern, onTarget);
+    view.blur = std::sqrt(exposure.blurSigma * exposure.blurSigma + unitVariance);
+    view.noise = std::sqrt(exposure.noiseSigma * exposure.noiseSigma + unitVariance);
+    return pattern.coded.kind == PatternKind::Plate ? leastMarkError(view) : leastCornerError(view);
+}
+
 // Measures the reading's corners against a pattern; right when nearly all lie where the camera saw them.
 bool agrees(const Scene &scene, const ScenePattern &pattern, const PatternReading &reading, PatternScore &score) {
+    constexpr double strayDistance = 0.25;
     score.corners = int(reading.corners.size());
     score.strayCorners = 0;
-    score.squaredError = 0;
+    score.errors.clear();
     for (const pattern_reader::PatternCorner &corner : reading.corners) {
-        const cv::Point2d d = scene.imageOf(pattern, corner.lattice) - cv::Point2d(corner.image);
-        const double error = std::hypot(d.x, d.y);
-        if (error > pattern.pixelsPerSquare / 3) {
+        const cv::Point2d onTarget(corner.lattice - pattern.coded.origin);
+        const cv::Matx22d steps = scene.stepsAt(pattern, onTarget);
+        const cv::Point2d error = cv::Point2d(corner.image) - scene.imageOf(pattern, onTarget);
+        const cv::Vec2d onPattern = steps.inv() * cv::Vec2d(error.x, error.y);
+        if (!(cv::norm(onPattern) <= strayDistance)) {
             score.strayCorners++;
-        } else {
-            score.squaredError += error * error;
+            continue;
         }
+        PointError point;
+        point.error = error;
+        point.least = float(leastErrorAt(scene, pattern, onTarget, steps));
+        point.sigma = corner.sigma;
+        point.disturbed = corner.disturbed;
+        score.errors.push_back(point);
     }
     return score.corners > 0 && score.strayCorners * 20 < score.corners;
 }
@@ -43,39 +77,50 @@ bool polarityAgrees(const ScenePattern &pattern, const PatternReading &reading) 
     return reading.evenSquaresDark == (pattern.coded.topLeftDark == originEven);
 }
 
+PatternScore unreadScore(const Scene &scene, const ScenePattern &pattern) {
+    PatternScore score;
+    score.pattern = &pattern;
+    const SeenPart seen = seenPartOf(scene, pattern);
+    score.seenPoints = int(seen.points.size());
+    score.seenSquares = seen.squares;
+    return score;
+}
+
+// Whether the reading is of the pattern; if so, takes what it says into the score.
+bool take(const Scene &scene, const PatternReading &reading, PatternScore &score, int &falseValues) {
+    const CodedTarget &coded = score.pattern->coded;
+    PatternScore measured = score;
+    if (coded.kind != reading.kind || coded.tile != reading.tile || !agrees(scene, *score.pattern, reading, measured)) {
+        return false;
+    }
+    if (score.placed) {
+        score.moreReadings++;
+        score.strayCorners += measured.strayCorners;
+    } else {
+        score = measured;
+        score.placed = true;
+        score.polarityRight = polarityAgrees(*score.pattern, reading);
+        score.correctedBits = reading.correctedBits;
+    }
+    if (reading.values) {
+        const bool same = coded.hasBlock && sameValues(*reading.values, coded.values);
+        score.valuesRead = score.valuesRead || same;
+        falseValues += same ? 0 : 1;
+    }
+    return true;
+}
+
 }  // namespace
 
 PictureScore scorePicture(const Scene &scene, const std::vector<PatternReading> &readings) {
     PictureScore score;
     for (const ScenePattern &pattern : scene.patterns) {
-        PatternScore one;
-        one.pattern = &pattern;
-        score.patterns.push_back(one);
+        score.patterns.push_back(unreadScore(scene, pattern));
     }
     for (const PatternReading &reading : readings) {
         bool right = false;
-        for (PatternScore &one : score.patterns) {
-            const CodedTarget &coded = one.pattern->coded;
-            PatternScore measured = one;
-            if (coded.kind != reading.kind || coded.tile != reading.tile ||
-                !agrees(scene, *one.pattern, reading, measured)) {
-                continue;
-            }
-            right = true;
-            // A second piece of a pattern that is in two parts adds nothing.
-            const bool known = one.placed;
-            if (!known) {
-                one = measured;
-                one.placed = true;
-                one.polarityRight = polarityAgrees(*one.pattern, reading);
-                one.correctedBits = reading.correctedBits;
-            }
-            if (reading.values) {
-                const bool same = coded.hasBlock && sameValues(*reading.values, coded.values);
-                one.valuesRead = one.valuesRead || same;
-                score.falseValues += same ? 0 : 1;
-            }
-            break;
+        for (size_t i = 0; i < score.patterns.size() && !right && !scene.mirrored; i++) {
+            right = take(scene, reading, score.patterns[i], score.falseValues);
         }
         if (!right) {
             score.falsePlaces++;
@@ -83,6 +128,14 @@ PictureScore scorePicture(const Scene &scene, const std::vector<PatternReading> 
         }
     }
     return score;
+}
+
+double rmsOf(const std::vector<PointError> &errors) {
+    double sum = 0;
+    for (const PointError &point : errors) {
+        sum += double(point.error.dot(point.error));
+    }
+    return errors.empty() ? 0 : std::sqrt(sum / double(errors.size()));
 }
 
 }  // namespace reader_bench

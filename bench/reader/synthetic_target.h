@@ -30,6 +30,7 @@ public:
     double inkShare(const Quad &quad) const;
     // Outer size of the pattern in pitches.
     cv::Size2d size() const { return size_; }
+    const Print &print() const { return print_; }
     // The points a reader is asked for: inner corners or mark centres.
     const std::vector<cv::Point2d> &points() const { return points_; }
 

@@ -1,0 +1,73 @@
+// Adds up what was measured, by condition and for boards and plates apart, and prints it as tables in Markdown.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "bench/reader/conditions.h"
+#include "bench/reader/scoring.h"
+
+namespace reader_bench {
+
+// What remains of a picture once it is scored.
+struct PatternResult {
+    bool plate = false;
+    double pixelsPerSquare = 0;
+    bool asked = false;  // the goal asks for it: see isAsked
+    bool whole = false;
+    bool hasBlock = false;
+    std::string text;  // what it is, for lists of failures
+    PatternScore score;
+};
+
+struct PictureResult {
+    unsigned number = 0;
+    size_t condition = 0;
+    std::vector<PatternResult> patterns;
+    int falsePlaces = 0;
+    int falseValues = 0;
+    bool hasPlate = false;
+    double renderSeconds = 0;
+    double readSeconds = 0;
+    double megapixels = 0;
+
+    // What went wrong, one line each; empty: nothing.
+    std::vector<std::string> failures() const;
+};
+
+// The goal asks for patterns of which enough can be seen: 6 pixels per square and more, tilt to 60°, 60 squares or 12
+// marks and more, not mirrored.
+bool isAsked(const Scene &scene, const PatternScore &score);
+
+PictureResult resultOf(unsigned number, const Scene &scene,
+                       const std::vector<pattern_reader::PatternReading> &readings);
+
+struct Row {
+    int patterns = 0;
+    int read = 0;
+    int asked = 0;
+    int askedAndRead = 0;
+    int blocks = 0;  // of patterns seen whole that are asked for
+    int blocksRead = 0;
+    long seenPoints = 0;
+    long foundPoints = 0;
+    int falsePlaces = 0;
+    int falseValues = 0;
+    int falseCorners = 0;
+    int readAgain = 0;
+    int wrongPolarity = 0;
+    double rms = 0;            // of all corners, pixels
+    double percentile95 = 0;   // of the errors' lengths, pixels
+    double bias = 0;           // root mean square over the pictures of the length of a picture's mean error
+    double ratioToLeast = 0;   // median over the pictures of their rms by the least that noise allows; 0: not known
+    double sigmaVariance = 0;  // of the errors divided by what the reading says of them; 0: not known
+};
+
+// Over the patterns that are picked, and the false places of pictures with one of these.
+using Pick = std::function<bool(const PictureResult &picture, const PatternResult &pattern)>;
+Row rowOf(const std::vector<PictureResult> &results, const Pick &pick);
+
+void printConditionTables(const std::vector<PictureResult> &results);
+
+}  // namespace reader_bench

@@ -1,0 +1,67 @@
+#include "bench/reader/noise_bound.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace reader_bench {
+
+namespace {
+
+cv::Vec2d column(const cv::Matx22d &steps, int index) {
+    return {steps(0, index), steps(1, index)};
+}
+
+// Of one pixel of a border's length, about its place across.
+double informationPerPixel(const LocalView &view) {
+    const double perLevel = view.contrast / view.noise;
+    return perLevel * perLevel / (2 * std::sqrt(CV_PI) * view.blur);
+}
+
+cv::Matx22d outer(const cv::Vec2d &normal, double weight) {
+    return cv::Matx22d(normal[0] * normal[0], normal[0] * normal[1], normal[0] * normal[1], normal[1] * normal[1]) *
+           weight;
+}
+
+double errorFrom(const cv::Matx22d &information) {
+    const double determinant = cv::determinant(information);
+    return determinant > 0 ? std::sqrt(cv::trace(information) / determinant) : 0;
+}
+
+}  // namespace
+
+double leastCornerError(const LocalView &view) {
+    const cv::Vec2d x = column(view.steps, 0);
+    const cv::Vec2d y = column(view.steps, 1);
+    const double area = std::abs(cv::determinant(view.steps));
+    const double toMark = std::min(cv::norm(x + y), cv::norm(x - y)) / 3;
+    const double toBorder = area / std::max(cv::norm(x), cv::norm(y));
+    const double sine = area / (cv::norm(x) * cv::norm(y));
+    // Where the borders cross, each one fades: the integral of 1 - erf² along it is 4 s / sqrt(pi) over the sine.
+    const double length = 2 * std::min(toMark, toBorder) - 4 * view.blur / (std::sqrt(CV_PI) * sine);
+    if (length <= 0 || view.contrast <= 0) {
+        return 0;
+    }
+    cv::Matx22d information;
+    for (const cv::Vec2d &along : {x, y}) {
+        const cv::Vec2d normal = cv::Vec2d(-along[1], along[0]) / cv::norm(along);
+        information += outer(normal, length * informationPerPixel(view));
+    }
+    return errorFrom(information);
+}
+
+double leastMarkError(const LocalView &view) {
+    if (view.contrast <= 0) {
+        return 0;
+    }
+    constexpr int pieces = 64;
+    cv::Matx22d information;
+    for (int i = 0; i < pieces; i++) {
+        const double angle = 2 * CV_PI * i / pieces;
+        const cv::Vec2d along = view.steps * cv::Vec2d(-std::sin(angle), std::cos(angle)) * (CV_PI / pieces);
+        const double length = cv::norm(along);
+        information += outer(cv::Vec2d(-along[1], along[0]) / length, length * informationPerPixel(view));
+    }
+    return errorFrom(information);
+}
+
+}  // namespace reader_bench

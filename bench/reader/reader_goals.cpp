@@ -1,0 +1,90 @@
+#include "bench/reader/reader_goals.h"
+
+#include <cstdio>
+#include <opencv2/core.hpp>
+
+namespace reader_bench {
+
+namespace {
+
+Goal shareGoal(const std::string &what, int part, int of, double least) {
+    const double share = of == 0 ? 1 : double(part) / of;
+    return {what, cv::format("%d of %d, %.2f %%", part, of, 100 * share), share >= least};
+}
+
+Goal noneGoal(const std::string &what, long count, long of) {
+    return {what, cv::format("%ld of %ld", count, of), count == 0};
+}
+
+// A statistic of few patterns judges nothing.
+Goal rangeGoal(const std::string &what, double value, int patterns, double least, double greatest) {
+    constexpr int enough = 100;
+    const bool judged = value > 0 && patterns >= enough;
+    return {what, value > 0 ? cv::format("%.2f%s", value, judged ? "" : " of too few") : "not known",
+            !judged || (value >= least && value <= greatest)};
+}
+
+}  // namespace
+
+std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const std::vector<EmptyResult> &empty) {
+    const auto rowsOf = [&](bool plates, double leastPixels) {
+        return rowOf(results, [=](const PictureResult &, const PatternResult &pattern) {
+            return pattern.plate == plates && pattern.pixelsPerSquare >= leastPixels;
+        });
+    };
+    const Row boards = rowsOf(false, 0);
+    const Row plates = rowsOf(true, 0);
+    const Row all = rowOf(results, [](const PictureResult &, const PatternResult &) { return true; });
+    constexpr double exactFrom = 8;
+    const Row largerBoards = rowsOf(false, exactFrom);
+    const Row largerPlates = rowsOf(true, exactFrom);
+    std::vector<Goal> goals = {
+        shareGoal("boards asked for are read: 99.5 %", boards.askedAndRead, boards.asked, 0.995),
+        shareGoal("plates asked for are read: 99.5 %", plates.askedAndRead, plates.asked, 0.995),
+        shareGoal("blocks of patterns seen whole are read: 99 %", all.blocksRead, all.blocks, 0.99),
+        noneGoal("false places", all.falsePlaces, all.patterns),
+        noneGoal("false values", all.falseValues, all.patterns),
+        noneGoal("wrong polarities", all.wrongPolarity, all.patterns),
+        noneGoal("corners off by more than a quarter of a square", all.falseCorners, all.foundPoints),
+        noneGoal("patterns reported more than once", all.readAgain, all.patterns),
+        rangeGoal("boards: error by the least that noise allows, at most 1.3", largerBoards.ratioToLeast,
+                  largerBoards.read, 0, 1.3),
+        rangeGoal("plates: error by the least that noise allows, at most 1.3", largerPlates.ratioToLeast,
+                  largerPlates.read, 0, 1.3),
+        rangeGoal("boards: variance of error by standard deviation, 0.8 to 1.25", largerBoards.sigmaVariance, 0.8,
+                  1.25),
+        rangeGoal("plates: variance of error by standard deviation, 0.8 to 1.25", largerPlates.sigmaVariance, 0.8,
+                  1.25),
+    };
+    long readings = 0;
+    for (const EmptyResult &one : empty) {
+        readings += one.readings;
+    }
+    goals.push_back(noneGoal("read in pictures without a pattern", readings, long(empty.size())));
+    return goals;
+}
+
+std::vector<Goal> comparisonGoals(const Comparison &comparison) {
+    std::vector<Goal> goals;
+    for (const DetectorTotals *totals : {&comparison.classic, &comparison.sectorBased}) {
+        goals.push_back(
+            noneGoal("missed boards that " + totals->name + " finds", totals->foundButMissed, totals->found));
+        goals.push_back(
+            shareGoal("more exact than " + totals->name + ": 99.5 %", totals->readerBetter, totals->both, 0.995));
+    }
+    goals.push_back({"times as fast as findChessboardCornersSB, at least 10",
+                     cv::format("%.1f", comparison.medianTimeRatio), comparison.medianTimeRatio >= 10});
+    return goals;
+}
+
+bool printGoals(const std::vector<Goal> &goals) {
+    std::printf("\n| goal | measured | |\n|---|---|---|\n");
+    bool met = true;
+    for (const Goal &goal : goals) {
+        std::printf("| %s | %s | %s |\n", goal.what.c_str(), goal.measured.c_str(), goal.met ? "met" : "**missed**");
+        met = met && goal.met;
+    }
+    return met;
+}
+
+}  // namespace reader_bench

@@ -1,0 +1,49 @@
+// A picture with one pattern before it is taken: what a condition decides, and how the scene is put together from it.
+#pragma once
+
+#include <optional>
+
+#include "bench/reader/dice.h"
+#include "bench/reader/scene.h"
+
+namespace reader_bench {
+
+struct SceneDraft {
+    bool plate = false;
+    cv::Size flexibleCorners;  // of a Flexible pattern; empty: a tile, unless plate
+    Print print;
+
+    double pixelsPerSquare = 20;
+    double tiltDegrees = 0;
+    double quietZone = 1;
+
+    bool fisheye = false;
+    double viewShare = 0;   // of the focal length that the pattern is wide in the picture; 0: a usual lens
+    double distortion = 0;  // greatest radial distortion in the pattern, as a share of the distance from the centre
+    std::optional<PaperSheet::Form> sheet;
+    cv::Vec3d turnPerRow;   // radians
+    cv::Vec3d shiftPerRow;  // pixels in the picture
+
+    Exposure exposure;
+
+    bool coverQuarter = false;
+    bool cutQuarter = false;
+    bool mirrored = false;
+    double megapixels = 2;  // a larger picture is cut around its middle
+};
+
+// Everything mild: 8 to 40 pixels per square, tilt to 45°, some noise and blur, light that falls off slowly.
+SceneDraft makeDraft(bool plate, Dice &dice);
+
+// The scene without its picture: camera, pattern and the size of the picture, with an exposure that conditions may
+// change before they take the picture.
+struct ComposedScene {
+    Scene scene;
+    cv::Size size;
+    // Of the pattern in the picture: its bounds, and the least distance of neighbouring lattice lines.
+    cv::Rect2d bounds;
+    double leastStep = 0;
+};
+ComposedScene compose(const SceneDraft &draft, Dice &dice);
+
+}  // namespace reader_bench

@@ -1,0 +1,40 @@
+// What pictures are put together from.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include "bench/reader/dice.h"
+#include "bench/reader/scene.h"
+
+namespace reader_bench {
+
+// Grey levels that change over so many pixels.
+cv::Mat blobs(const cv::Size &size, double grain, Dice &dice);
+cv::Mat makeBackground(const cv::Size &size, Dice &dice);
+
+// Mild blur, noise, light and compression.
+Exposure makeExposure(double pixelsPerSquare, Dice &dice);
+
+cv::Matx33d rotationBy(const cv::Vec3d &axis);
+
+// Rolls the target, then tilts it about an axis in the image plane, and stands it where its middle is seen at `at`
+// with the given size of a square. Tilt in radians.
+TargetPose makePose(const CameraModel &camera, const SyntheticTarget &target, cv::Point2d at, double pixelsPerSquare,
+                    double tilt, Dice &dice);
+
+// A cover over a quarter of the pattern: a corner, a strip along a side, a strip across, or an ellipse.
+Cover coverQuarter(const cv::Size2d &size, Dice &dice);
+
+// The rectangle of the picture that shows the pattern and its quiet zone.
+cv::Rect2d boundsOf(const Scene &scene, const ScenePattern &pattern);
+
+// How to move the window so that a quarter of the pattern is outside.
+cv::Point cutQuarter(const Scene &scene, const ScenePattern &pattern, cv::Rect window, Dice &dice);
+
+// Makes a point of the picture its origin.
+void moveOrigin(Scene &scene, cv::Point origin);
+
+// Photographs the scene's patterns over the background with its camera and exposure.
+void takePicture(Scene &scene, const cv::Mat &background, Dice &dice);
+
+}  // namespace reader_bench
