@@ -51,10 +51,10 @@ std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const 
                   largerBoards.read, 0, 1.3),
         rangeGoal("plates: error by the least that noise allows, at most 1.3", largerPlates.ratioToLeast,
                   largerPlates.read, 0, 1.3),
-        rangeGoal("boards: variance of error by standard deviation, 0.8 to 1.25", largerBoards.sigmaVariance, 0.8,
-                  1.25),
-        rangeGoal("plates: variance of error by standard deviation, 0.8 to 1.25", largerPlates.sigmaVariance, 0.8,
-                  1.25),
+        rangeGoal("boards: variance of error by standard deviation, 0.8 to 1.25", largerBoards.sigmaVariance,
+                  largerBoards.read, 0.8, 1.25),
+        rangeGoal("plates: variance of error by standard deviation, 0.8 to 1.25", largerPlates.sigmaVariance,
+                  largerPlates.read, 0.8, 1.25),
     };
     long readings = 0;
     for (const EmptyResult &one : empty) {
