@@ -14,7 +14,8 @@ namespace pattern_reader {
 namespace {
 
 constexpr size_t piecesTried = 16;
-constexpr size_t leastBase = 12;      // corners of the piece that is carried on
+constexpr size_t leastBase = 12;  // corners of the piece that is carried on
+constexpr size_t cornersCarriedOn = 80;
 constexpr float latticeReach = 0.3F;  // how far from a lattice point a corner may be, lattice steps
 
 cv::Point2d transform(const cv::Matx33d &h, cv::Point2f p) {
@@ -22,50 +23,48 @@ cv::Point2d transform(const cv::Matx33d &h, cv::Point2f p) {
     return {v[0] / v[2], v[1] / v[2]};
 }
 
-cv::Point2f middleOf(const CornerLattice &lattice) {
+cv::Point2f middleOf(const std::vector<LatticeCorner> &corners) {
     cv::Point2f sum;
-    for (const LatticeCorner &corner : lattice.corners) {
+    for (const LatticeCorner &corner : corners) {
         sum += corner.position;
     }
-    return sum / float(lattice.corners.size());
+    return sum / float(corners.size());
 }
 
-// From the image to the base's cells, by its corners closest to where the other piece is.
-bool cellsAround(const CornerLattice &base, cv::Point2f where, cv::Matx33d &cellFromImage) {
-    std::vector<const LatticeCorner *> closest;
-    for (const LatticeCorner &corner : base.corners) {
-        closest.push_back(&corner);
-    }
-    constexpr size_t wanted = 80;
+// The corners of a lattice that are closest to a place, in no order.
+std::vector<LatticeCorner> closestTo(cv::Point2f where, const CornerLattice &lattice, size_t wanted) {
+    std::vector<LatticeCorner> closest = lattice.corners;
     if (closest.size() > wanted) {
-        std::nth_element(closest.begin(), closest.begin() + wanted, closest.end(),
-                         [&](const LatticeCorner *a, const LatticeCorner *b) {
-                             const cv::Point2f da = a->position - where;
-                             const cv::Point2f db = b->position - where;
+        std::nth_element(closest.begin(), closest.begin() + std::ptrdiff_t(wanted), closest.end(),
+                         [&](const LatticeCorner &a, const LatticeCorner &b) {
+                             const cv::Point2f da = a.position - where;
+                             const cv::Point2f db = b.position - where;
                              return da.dot(da) < db.dot(db);
                          });
         closest.resize(wanted);
     }
+    return closest;
+}
+
+// From the image to the cells of these corners.
+std::optional<cv::Matx33d> cellsFromImage(const std::vector<LatticeCorner> &corners) {
     std::vector<cv::Point2f> images;
     std::vector<cv::Point2f> cells;
-    for (const LatticeCorner *corner : closest) {
-        images.push_back(corner->position);
-        cells.emplace_back(corner->cell);
+    for (const LatticeCorner &corner : corners) {
+        images.push_back(corner.position);
+        cells.emplace_back(corner.cell);
     }
     const cv::Mat h = cv::findHomography(images, cells);
-    if (h.empty()) {
-        return false;
-    }
-    cellFromImage = h;
-    return true;
+    return h.empty() ? std::nullopt : std::optional<cv::Matx33d>(h);
 }
 
 // How the piece's cells become the base's, if the piece continues the base.
 std::optional<LatticeMotion> continuation(const CornerLattice &base, const CornerLattice &piece) {
-    cv::Matx33d cellFromImage;
-    if (!cellsAround(base, middleOf(piece), cellFromImage)) {
+    const std::optional<cv::Matx33d> map = cellsFromImage(closestTo(middleOf(piece.corners), base, cornersCarriedOn));
+    if (!map) {
         return std::nullopt;
     }
+    const cv::Matx33d &cellFromImage = *map;
     std::array<int, 4> votes{};
     for (const LatticeCorner &corner : piece.corners) {
         const LatticeCorner *next = piece.at(corner.cell + cv::Point(1, 0));
@@ -131,6 +130,30 @@ void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLev
             completeLattice(lattices[i], levels);
         }
     }
+}
+
+bool continues(const CornerLattice &base, const CornerLattice &piece) {
+    const std::vector<LatticeCorner> near = closestTo(middleOf(piece.corners), base, cornersCarriedOn);
+    const std::optional<cv::Matx33d> cellFromImage = cellsFromImage(near);
+    if (!cellFromImage) {
+        return false;
+    }
+    CornerLattice shown;
+    for (const LatticeCorner &corner : near) {
+        shown.add(corner);
+    }
+    const cv::Rect extent = shown.extent();
+    constexpr size_t compared = 20;
+    const std::vector<LatticeCorner> others = closestTo(middleOf(near), piece, compared);
+    const auto fits = std::count_if(others.begin(), others.end(), [&](const LatticeCorner &corner) {
+        // How far the cell is outside of what is carried on.
+        const int across = std::max(extent.x - corner.cell.x, corner.cell.x - extent.br().x + 1);
+        const int down = std::max(extent.y - corner.cell.y, corner.cell.y - extent.br().y + 1);
+        const double allowed = 0.4 + 0.06 * std::max({across, down, 0});
+        const cv::Point2d d = transform(*cellFromImage, corner.position) - cv::Point2d(corner.cell);
+        return std::max(std::abs(d.x), std::abs(d.y)) <= allowed;
+    });
+    return size_t(fits) * 4 >= others.size() * 3;
 }
 
 }  // namespace pattern_reader

@@ -12,4 +12,8 @@ namespace pattern_reader {
 // large to small, as the lattices must be.
 void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLevel> &levels);
 
+// Whether a piece whose cells are those of the base lies where the base, carried on, has them; the farther away, the
+// less exactly.
+bool continues(const CornerLattice &base, const CornerLattice &piece);
+
 }  // namespace pattern_reader

@@ -5,6 +5,7 @@
 
 #include "camera_library/pattern_code/position_code.h"
 #include "pattern_reader/block_reader.h"
+#include "pattern_reader/board_parts.h"
 #include "pattern_reader/corner_lattice.h"
 #include "pattern_reader/image_file.h"
 #include "pattern_reader/image_level.h"
@@ -269,6 +270,10 @@ std::vector<PatternReading> readGrey(const cv::Mat &image, const ReadingOptions 
     if (isCancelled()) {
         return {};
     }
+    joinParts(readings, [&](CornerLattice &lattice) {
+        completeLattice(lattice, levels);
+        return readBoard(image, lattice, std::nullopt);
+    });
     for (PatternReading &reading : readPlates(levels, points, boards)) {
         readings.push_back(std::move(reading));
     }
