@@ -4,7 +4,7 @@ if(MSVC)
   target_compile_options(lmcaltab_warnings INTERFACE /W4 $<$<BOOL:${LMCALTAB_WARNINGS_AS_ERRORS}>:/WX>)
 else()
   target_compile_options(lmcaltab_warnings INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+    -Wall -Wextra -Werror=switch -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>
     $<$<BOOL:${LMCALTAB_WARNINGS_AS_ERRORS}>:-Werror>)
 endif()

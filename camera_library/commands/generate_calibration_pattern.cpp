@@ -1,18 +1,12 @@
-// "GenerateCalibrationPattern": the preview images of patterns, a file of them, or both. The parameters are
-// described in pattern/pattern_parameters.h. The result has one image per pattern below "Patterns" where images
-// were asked for.
-#include <cstddef>
+// "GenerateCalibrationPattern": the preview images of patterns, a file of them, or both. pattern_request.h describes
+// the parameters. If images are asked for, the result has one per pattern below "Patterns".
 #include <memory>
 
 #include "camera_library/commands/command.h"
-#include "camera_library/output/page_layout.h"
-#include "camera_library/output/pattern_json.h"
-#include "camera_library/output/pattern_text.h"
-#include "camera_library/output/pdf_document.h"
+#include "camera_library/commands/pattern_request.h"
+#include "camera_library/output/file_formats.h"
 #include "camera_library/output/preview.h"
 #include "camera_library/output/safe_file.h"
-#include "camera_library/pattern/number_text.h"
-#include "camera_library/pattern/pattern_parameters.h"
 
 namespace lmlib64 {
 
@@ -21,72 +15,45 @@ Node generateCalibrationPattern(const Node &parameters);
 
 namespace {
 
-std::vector<PatternGeometry> geometriesOf(const PatternRequest &request) {
-    std::vector<PatternGeometry> geometries;
+PatternDocument drawn(const PatternRequest &request) {
+    PatternDocument document;
+    document.encodingParameter = request.encodingParameter;
     for (const PatternDescription &pattern : request.patterns) {
-        geometries.push_back(geometryOf(pattern));
+        document.patterns.push_back({pattern, geometryOf(pattern)});
     }
-    return geometries;
+    return document;
 }
 
-PrintedPage printedPage(const PatternRequest &request, const std::vector<PatternGeometry> &geometries,
-                        std::size_t index) {
-    const PatternGeometry &geometry = geometries[index];
-    const std::optional<PageLayout> layout = layOutPage(geometry);
-    if (!layout) {
-        throw CommandFailure{"PatternTooLarge",
-                             "The pattern \"Patterns\"[" + std::to_string(index) + "] is " +
-                                 numberText(geometry.width) + " mm x " + numberText(geometry.height) +
-                                 " mm and needs a page larger than a PDF can have; with its quiet zone, check bars and "
-                                 "margins it must fit on a page of " +
-                                 numberText(largestPageSide) + " mm x " + numberText(largestPageSide) + " mm."};
-    }
-    return {geometry, *layout, patternCaption(request.patterns[index], geometry)};
-}
-
-std::string documentTitle(const PatternRequest &request) {
-    const std::string first = patternTitle(request.patterns.front());
-    const std::size_t others = request.patterns.size() - 1;
-    return others == 0 ? first : first + " and " + std::to_string(others) + " more";
-}
-
-std::string fileContents(const PatternRequest &request, const std::vector<PatternGeometry> &geometries) {
-    std::string json = patternJson(request, geometries);
-    if (fileNameEndsIn(*request.fileName, ".json")) {
-        return json;
-    }
-    std::vector<PrintedPage> pages;
-    for (std::size_t index = 0; index < geometries.size(); ++index) {
-        pages.push_back(printedPage(request, geometries, index));
-    }
-    return makePdf(pages, documentTitle(request), json);
-}
-
-NodeArray previewsOf(const std::vector<PatternGeometry> &geometries, int imageSize) {
+NodeArray previewsOf(const PatternDocument &document, int imageSize) {
     NodeArray images;
-    for (const PatternGeometry &geometry : geometries) {
-        images.emplace_back(std::make_shared<const Binary>(renderPreview(geometry, imageSize)));
+    for (const DrawnPattern &pattern : document.patterns) {
+        images.emplace_back(std::make_shared<const Binary>(renderPreview(pattern.geometry, imageSize)));
     }
     return images;
+}
+
+void save(const PatternDocument &document, const std::string &fileName) {
+    try {
+        writeFileSafely(fileName, findFileFormat(fileName)->contents(document));
+    } catch (const PatternTooLarge &error) {
+        throw CommandFailure{"PatternTooLarge", error.what()};
+    } catch (const FileWriteError &error) {
+        throw CommandFailure{"FileNotWritten", error.what()};
+    }
 }
 
 }  // namespace
 
 Node generateCalibrationPattern(const Node &parameters) {
-    const PatternRequest request = readPatternParameters(parameters);
-    const std::vector<PatternGeometry> geometries = geometriesOf(request);
+    const PatternRequest request = readPatternRequest(parameters);
+    const PatternDocument document = drawn(request);
     NodeObject result;
     if (request.imageSize) {
-        result.emplace("Patterns", previewsOf(geometries, *request.imageSize));
+        result.emplace("Patterns", previewsOf(document, *request.imageSize));
     }
-    // Last, so that the file is written only where everything else has succeeded.
+    // Last, so that the file is written only if everything else has succeeded.
     if (request.fileName) {
-        const std::string contents = fileContents(request, geometries);
-        try {
-            writeFileSafely(*request.fileName, contents);
-        } catch (const FileWriteError &error) {
-            throw CommandFailure{"FileNotWritten", error.what()};
-        }
+        save(document, *request.fileName);
     }
     return result;
 }

@@ -1,5 +1,5 @@
 #include "camera_library/commands/command.h"
-#include "camera_library/commands/plate_catalogue.h"
+#include "camera_library/pattern/board_catalogue.h"
 
 namespace lmlib64 {
 
@@ -19,14 +19,14 @@ bool isAskedFor(const Node &parameters, std::string_view list) {
 }
 
 NodeArray listCalTabs() {
-    NodeArray plates;
-    for (const CatalogueEntry &plate : Catalogue()) {
-        plates.emplace_back(NodeObject{{"Name", std::string(plate.name)},
-                                       {"Type", std::string(plate.type)},
-                                       {"GridSpacing", plate.gridSpacing},
-                                       {"Thickness", plate.thickness}});
+    NodeArray boards;
+    for (const CatalogueBoard &board : BoardCatalogue()) {
+        boards.emplace_back(NodeObject{{"Name", std::string(board.name)},
+                                       {"Type", std::string(board.type)},
+                                       {"GridSpacing", board.gridSpacing},
+                                       {"Thickness", board.thickness}});
     }
-    return plates;
+    return boards;
 }
 
 }  // namespace

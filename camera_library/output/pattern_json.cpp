@@ -1,6 +1,5 @@
 #include "camera_library/output/pattern_json.h"
 
-#include <cmath>
 #include <cstddef>
 #include <initializer_list>
 #include <string_view>
@@ -8,6 +7,7 @@
 
 #include "camera_library/output/pattern_text.h"
 #include "camera_library/pattern/code_cells.h"
+#include "camera_library/pattern/number_text.h"
 #include "camera_library/tree/json_text.h"
 
 namespace lmlib64 {
@@ -15,11 +15,6 @@ namespace lmlib64 {
 namespace {
 
 constexpr int formatVersion = 1;
-
-// Products of the grid spacing, freed of the last digits that rounding left in them: whole nanometres.
-double length(double mm) {
-    return std::round(mm * 1e6) / 1e6 + 0.0;  // + 0.0: no negative zero
-}
 
 // The document's text, written from front to back, with a line for every member of an object and every element
 // of an array, but rows of plain values on one line: a point per line, not four. Not a tree of the JSON library, whose
@@ -91,26 +86,45 @@ private:
     bool isNamed = false;
 };
 
+void writeParameter(JsonWriter &json, PatternParameter parameter, const PatternDescription &description) {
+    const auto named = [&]() -> JsonWriter & { return json.name(nameOf(parameter)); };
+    switch (parameter) {
+        case PatternParameter::Type:
+            if (!description.typeName.empty()) {
+                named().value(description.typeName);
+            }
+            break;
+        case PatternParameter::GridSize:
+            named().row({description.gridSize[0], description.gridSize[1]});
+            break;
+        case PatternParameter::AssemblyPattern:
+            named().value(description.assemblyNumber.value_or(0));
+            break;
+        case PatternParameter::GridSpacing:
+            named().value(description.gridSpacing);
+            break;
+        case PatternParameter::Thickness:
+            named().value(description.thickness);
+            break;
+        case PatternParameter::Offset:
+            if (description.offset) {
+                named().row({(*description.offset)[0], (*description.offset)[1]});
+            }
+            break;
+        case PatternParameter::Polarity:
+            named().value(description.polarity);
+            break;
+        case PatternParameter::Encoding:
+            named().value(description.encodingParameter);
+            break;
+    }
+}
+
+// Given back to the command, they yield the same pattern.
 void writeParameters(JsonWriter &json, const PatternDescription &description) {
     json.open('{');
-    if (!description.type.empty()) {
-        json.name("Type").value(description.type);
-    }
-    if (description.kind == PatternKind::Flexible) {
-        json.name("GridSize").row({description.gridSize[0], description.gridSize[1]});
-    }
-    if (description.assemblyNumber) {
-        json.name("AssemblyPattern").value(*description.assemblyNumber);
-    }
-    json.name("GridSpacing").value(description.gridSpacing);
-    json.name("Thickness").value(description.thickness);
-    // Without an offset a plate's code holds grid spacing and thickness instead, so none is filled in there.
-    if (description.kind == PatternKind::Flexible || description.hasOffset) {
-        json.name("Offset").row({description.offset[0], description.offset[1]});
-    }
-    json.name("Polarity").value(description.polarity);
-    if (description.kind == PatternKind::Halcon) {
-        json.name("Encoding").value(description.encoding);
+    for (const PatternParameter parameter : description.type->parameters) {
+        writeParameter(json, parameter, description);
     }
     json.close('}');
 }
@@ -122,12 +136,13 @@ Point referencePoint(const Lattice &lattice) {
 
 void writePoints(JsonWriter &json, const PatternDescription &description, const Lattice &lattice) {
     const Point reference = referencePoint(lattice);
+    const auto [offsetX, offsetY] = description.referencePosition();
     json.open('[');
     for (int row = 0; row < lattice.rows; ++row) {
         for (int column = 0; column < lattice.columns; ++column) {
             const Point point = lattice.at(column, row);
-            json.row({column, row, length(point.x - reference.x + description.offset[0]),
-                      length(point.y - reference.y + description.offset[1])});
+            json.row({column, row, wholeNanometres(point.x - reference.x + offsetX),
+                      wholeNanometres(point.y - reference.y + offsetY)});
         }
     }
     json.close(']');
@@ -181,21 +196,21 @@ void writeCode(JsonWriter &json, const CodeCells &code, const PatternGeometry &g
     json.open('{');
     json.name("Version").value(pattern_code::patternVersion);
     switch (code.carrier) {
-        case CodeCells::Carrier::Plane:
+        case CodeCarrier::Plane:
             json.name("Carrier").value("Plane");
             json.name("PlaneSquare").row({code.planeSquare.column, code.planeSquare.row});
             json.name("HalfSpacings").row({code.offset[0], code.offset[1]});
-            json.name("MarkSide").value(length(geometry.squareSide / 3.0));
+            json.name("MarkSide").value(wholeNanometres(geometry.squareSide / 3.0));
             break;
-        case CodeCells::Carrier::Tile:
+        case CodeCarrier::Tile:
             json.name("Carrier").value("Tile");
             json.name("Tile").value(code.tile);
-            json.name("MarkSide").value(length(geometry.squareSide / 3.0));
+            json.name("MarkSide").value(wholeNanometres(geometry.squareSide / 3.0));
             break;
-        case CodeCells::Carrier::Plate:
+        case CodeCarrier::Plate:
             json.name("Carrier").value("Plate");
-            json.name("DotRadius").value(length(pattern_code::dotRadius * geometry.lattice.pitch));
-            json.name("DotHoleRadius").value(length(pattern_code::dotHoleRadius * geometry.lattice.pitch));
+            json.name("DotRadius").value(wholeNanometres(pattern_code::dotRadius * geometry.lattice.pitch));
+            json.name("DotHoleRadius").value(wholeNanometres(pattern_code::dotHoleRadius * geometry.lattice.pitch));
             break;
     }
     if (code.content) {
@@ -210,18 +225,18 @@ void writeCode(JsonWriter &json, const CodeCells &code, const PatternGeometry &g
 void writePattern(JsonWriter &json, const PatternDescription &description, const PatternGeometry &geometry) {
     const Lattice &lattice = geometry.lattice;
     const Point reference = referencePoint(lattice);
+    const auto [offsetX, offsetY] = description.referencePosition();
     json.open('{');
-    json.name("Kind").value(description.kind == PatternKind::Halcon ? "RoundMarks" : "Checkerboard");
+    json.name("Kind").value(std::string(description.type->fileKind));
     json.name("Parameters");
     writeParameters(json, description);
     json.name("Polarity").value(description.polarity);
-    json.name("OuterSize").row({length(geometry.width), length(geometry.height)});
-    json.name("QuietZone").value(length(geometry.quietZone));
-    json.name("SquareSide").value(length(geometry.squareSide));
-    json.name("TopLeft").row(
-        {length(description.offset[0] - reference.x), length(description.offset[1] - reference.y)});
+    json.name("OuterSize").row({wholeNanometres(geometry.width), wholeNanometres(geometry.height)});
+    json.name("QuietZone").value(wholeNanometres(geometry.quietZone));
+    json.name("SquareSide").value(wholeNanometres(geometry.squareSide));
+    json.name("TopLeft").row({wholeNanometres(offsetX - reference.x), wholeNanometres(offsetY - reference.y)});
     json.name("LatticeSize").row({lattice.columns, lattice.rows});
-    json.name("LatticePitch").value(length(lattice.pitch));
+    json.name("LatticePitch").value(wholeNanometres(lattice.pitch));
     json.name("ReferenceIndex").row({lattice.referenceColumn(), lattice.referenceRow()});
     json.name("Code");
     if (const std::optional<CodeCells> code = codeCellsOf(description)) {
@@ -236,7 +251,7 @@ void writePattern(JsonWriter &json, const PatternDescription &description, const
 
 }  // namespace
 
-std::string patternJson(const PatternRequest &request, const std::vector<PatternGeometry> &geometries) {
+std::string patternJson(const PatternDocument &document) {
     JsonWriter json;
     json.open('{');
     json.name("Format").value("LmLib64Pattern");
@@ -247,10 +262,10 @@ std::string patternJson(const PatternRequest &request, const std::vector<Pattern
         "x to the right, y down, as seen on the printed side; the reference point lies at the offset, 0 where a "
         "pattern has none");
     json.name("PointColumns").row({"Column", "Row", "X", "Y"});
-    json.name("Encoding").value(request.encoding);
+    json.name("Encoding").value(document.encodingParameter);
     json.name("Patterns").open('[');
-    for (std::size_t index = 0; index < request.patterns.size(); ++index) {
-        writePattern(json, request.patterns[index], geometries[index]);
+    for (const DrawnPattern &pattern : document.patterns) {
+        writePattern(json, pattern.description, pattern.geometry);
     }
     json.close(']');
     json.close('}');

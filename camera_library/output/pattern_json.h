@@ -2,14 +2,12 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "camera_library/pattern/pattern_description.h"
-#include "camera_library/pattern/pattern_geometry.h"
+#include "camera_library/output/pattern_document.h"
 
 namespace lmlib64 {
 
-/// The whole document in UTF-8, with a line break at its end. `geometries` belong to the request's patterns, one each.
-std::string patternJson(const PatternRequest &request, const std::vector<PatternGeometry> &geometries);
+// The whole file in UTF-8, with a line break at its end.
+std::string patternJson(const PatternDocument &document);
 
 }  // namespace lmlib64

@@ -1,7 +1,5 @@
 #include "camera_library/output/pattern_text.h"
 
-#include <cmath>
-
 #include "camera_library/pattern/number_text.h"
 
 namespace lmlib64 {
@@ -13,12 +11,7 @@ constexpr const char *times = " \xc3\x97 ";      // multiplication sign
 constexpr const char *separator = " \xc2\xb7 ";  // middle dot
 
 std::string typeText(const PatternDescription &description) {
-    return description.kind == PatternKind::Halcon ? "Halcon-style plate" : description.type;
-}
-
-// Sizes are products and may carry the last digits of one; whole nanometres are more than can be printed.
-std::string sizeText(double mm) {
-    return numberText(std::round(mm * 1e6) / 1e6);
+    return description.type->title.empty() ? description.typeName : std::string(description.type->title);
 }
 
 }  // namespace
@@ -39,11 +32,12 @@ std::string patternTitle(const PatternDescription &description) {
 std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry) {
     std::string text = typeText(description) + " " + std::to_string(description.gridSize[0]) + times +
                        std::to_string(description.gridSize[1]);
-    text += separator + sizeText(geometry.width) + times + sizeText(geometry.height) + " mm";
+    text += separator + numberText(wholeNanometres(geometry.width)) + times +
+            numberText(wholeNanometres(geometry.height)) + " mm";
     text += separator + ("grid spacing " + numberText(description.gridSpacing)) + " mm";
     text += separator + ("thickness " + numberText(description.thickness)) + " mm";
-    text += separator + ("offset (" + numberText(description.offset[0])) + ", " + numberText(description.offset[1]) +
-            ") mm";
+    const auto [offsetX, offsetY] = description.referencePosition();
+    text += separator + ("offset (" + numberText(offsetX)) + ", " + numberText(offsetY) + ") mm";
     text += separator + std::string(description.polarity ? "polarity true" : "polarity false");
     if (description.assemblyNumber) {
         text += separator + ("pattern " + std::to_string(*description.assemblyNumber));

@@ -1,8 +1,11 @@
 #include "camera_library/output/pdf_document.h"
 
 #include "camera_library/output/caption_font.h"
+#include "camera_library/output/pattern_json.h"
 #include "camera_library/output/pattern_text.h"
 #include "camera_library/output/pdf_file.h"
+#include "camera_library/output/pdf_page.h"
+#include "camera_library/pattern/number_text.h"
 
 namespace lmlib64 {
 
@@ -28,6 +31,28 @@ int addFont(PdfFile &pdf) {
                    " /Widths [" + widths + " ] /FontDescriptor " + pdfReference(descriptor) + " >>");
 }
 
+PrintedPage printedPage(const DrawnPattern &pattern, std::size_t index) {
+    const PatternGeometry &geometry = pattern.geometry;
+    const std::optional<PageLayout> layout = layOutPage(geometry);
+    if (!layout) {
+        throw PatternTooLarge("The pattern \"Patterns\"[" + std::to_string(index) + "] is " +
+                              numberText(geometry.width) + " mm x " + numberText(geometry.height) +
+                              " mm and needs a page larger than a PDF can have; with its quiet zone, check bars and "
+                              "margins it must fit on a page of " +
+                              numberText(largestPageSide) + " mm x " + numberText(largestPageSide) + " mm.");
+    }
+    return {geometry, *layout, patternCaption(pattern.description, geometry)};
+}
+
+// Before anything is written, so that a pattern that is too large costs no work.
+std::vector<PrintedPage> printedPages(const PatternDocument &document) {
+    std::vector<PrintedPage> pages;
+    for (std::size_t index = 0; index < document.patterns.size(); ++index) {
+        pages.push_back(printedPage(document.patterns[index], index));
+    }
+    return pages;
+}
+
 int addPages(PdfFile &pdf, const std::vector<PrintedPage> &pages) {
     const std::string font = pdfReference(addFont(pdf));
     const int tree = pdf.reserve();
@@ -44,10 +69,10 @@ int addPages(PdfFile &pdf, const std::vector<PrintedPage> &pages) {
     return tree;
 }
 
-int addAttachment(PdfFile &pdf, const std::string &patternJson) {
-    const int stream = pdf.addStream("/Type /EmbeddedFile /Subtype /application#2Fjson /Params << /Size " +
-                                         std::to_string(patternJson.size()) + " >>",
-                                     patternJson);
+int addAttachment(PdfFile &pdf, const std::string &json) {
+    const int stream = pdf.addStream(
+        "/Type /EmbeddedFile /Subtype /application#2Fjson /Params << /Size " + std::to_string(json.size()) + " >>",
+        json);
     const std::string reference = pdfReference(stream);
     return pdf.add(
         "<< /Type /Filespec /F (pattern.json) /UF (pattern.json) /Desc (The pattern's parameters and points)"
@@ -55,19 +80,25 @@ int addAttachment(PdfFile &pdf, const std::string &patternJson) {
         reference + " /UF " + reference + " >> >>");
 }
 
+std::string titleOf(const PatternDocument &document) {
+    const std::string first = patternTitle(document.patterns.front().description);
+    const std::size_t others = document.patterns.size() - 1;
+    return others == 0 ? first : first + " and " + std::to_string(others) + " more";
+}
+
 }  // namespace
 
-std::string makePdf(const std::vector<PrintedPage> &pages, const std::string &title, const std::string &patternJson) {
+std::string patternPdf(const PatternDocument &document) {
     PdfFile pdf;
-    const int tree = addPages(pdf, pages);
-    const std::string attachment = pdfReference(addAttachment(pdf, patternJson));
+    const int tree = addPages(pdf, printedPages(document));
+    const std::string attachment = pdfReference(addAttachment(pdf, patternJson(document)));
     const int catalogue =
         pdf.add("<< /Type /Catalog /Pages " + pdfReference(tree) +
                 " /ViewerPreferences << /PrintScaling /None /PickTrayByPDFSize true /DisplayDocTitle true >>"
                 " /Names << /EmbeddedFiles << /Names [(pattern.json) " +
                 attachment + "] >> >> >>");
     // The captions' encoding is that of a document's texts, as far as the captions' characters go.
-    const int information = pdf.add("<< /Title " + pdfText(captionText(title)) + " /Creator " +
+    const int information = pdf.add("<< /Title " + pdfText(captionText(titleOf(document))) + " /Creator " +
                                     pdfText(captionText(libraryName())) + " >>");
     return pdf.finish(catalogue, information);
 }

@@ -9,9 +9,9 @@
 
 namespace lmlib64 {
 
-/// One page with all that stands on it.
+/// One page with all that stands on it. Refers to a geometry that must outlive it.
 struct PrintedPage {
-    PatternGeometry geometry;
+    const PatternGeometry &geometry;
     PageLayout layout;
     std::string caption;  ///< UTF-8
 };

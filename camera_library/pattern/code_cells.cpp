@@ -22,15 +22,19 @@ std::optional<int> wholeUnits(double offset, double unit) {
 }
 
 std::optional<std::array<int, 2>> wholeOffset(const PatternDescription &description, double unit) {
-    const std::optional<int> x = wholeUnits(description.offset[0], unit);
-    const std::optional<int> y = wholeUnits(description.offset[1], unit);
+    const std::optional<int> x = wholeUnits((*description.offset)[0], unit);
+    const std::optional<int> y = wholeUnits((*description.offset)[1], unit);
     return x && y ? std::optional(std::array<int, 2>{*x, *y}) : std::nullopt;
 }
 
-// What the pattern's information block is to hold; nothing where a length or offset is not a whole number of units.
+bool blockHoldsOffset(const PatternDescription &description) {
+    return description.type->codeCarrier == CodeCarrier::Plate && description.offset;
+}
+
+// What the pattern's information block holds; empty if a length or an offset is not a whole number of units.
 std::optional<BlockContent> contentOf(const PatternDescription &description) {
     BlockContent content;
-    if (description.kind == PatternKind::Halcon && description.hasOffset) {
+    if (blockHoldsOffset(description)) {
         const auto offset = wholeOffset(description, description.gridSpacing);
         if (!offset) {
             return std::nullopt;
@@ -55,7 +59,7 @@ std::optional<BlockContent> contentOf(const PatternDescription &description) {
     return content;
 }
 
-CodeCells emptyCells(CodeCells::Carrier carrier, int columns, int rows) {
+CodeCells emptyCells(CodeCarrier carrier, int columns, int rows) {
     CodeCells code;
     code.carrier = carrier;
     code.columns = columns;
@@ -76,7 +80,7 @@ void fillCells(CodeCells &code, const Bit &bit) {
 
 CodeCells planeCells(const PatternDescription &description) {
     const auto [width, height] = description.gridSize;
-    CodeCells code = emptyCells(CodeCells::Carrier::Plane, width + 1, height + 1);
+    CodeCells code = emptyCells(CodeCarrier::Plane, width + 1, height + 1);
     code.offset = *wholeOffset(description, description.gridSpacing / 2.0);
     code.planeSquare = *pattern_code::planeWindowForPattern(width, height, code.offset[0], code.offset[1]);
     fillCells(code, [&code](int column, int row) {
@@ -85,8 +89,10 @@ CodeCells planeCells(const PatternDescription &description) {
     return code;
 }
 
-// Puts the block into the cells, each of its columns and rows so many cells from the last.
-void putBlock(CodeCells &code, int step) {
+// Encodes the content and puts its bits into the cells; its columns and rows are `step` cells apart.
+void addBlock(CodeCells &code, const BlockContent &content, int step) {
+    code.content = content;
+    code.block = pattern_code::encodeBlock(content);
     for (int bit = 0; bit < pattern_code::blockBitCount; ++bit) {
         const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
         const int index = cell.row * step * code.columns + cell.column * step;
@@ -95,22 +101,21 @@ void putBlock(CodeCells &code, int step) {
     }
 }
 
-CodeCells blockCells(const PatternDescription &description) {
-    const bool isPlate = description.kind == PatternKind::Halcon;
-    const int side = isPlate ? 8 : pattern_code::tileSide;
-    CodeCells code = emptyCells(isPlate ? CodeCells::Carrier::Plate : CodeCells::Carrier::Tile, side, side);
-    code.content = contentOf(description);
-    code.block = pattern_code::encodeBlock(*code.content);
-    if (isPlate) {
-        putBlock(code, 1);
-        return code;
-    }
+CodeCells tileCells(const PatternDescription &description) {
+    CodeCells code = emptyCells(CodeCarrier::Tile, pattern_code::tileSide, pattern_code::tileSide);
     code.tile = description.assemblyNumber ? pattern_code::tileOfAssemblyPattern(*description.assemblyNumber)
                                            : pattern_code::singleTile;
     fillCells(code, [&code](int column, int row) {
         return pattern_code::carriesPosition(column, row) && pattern_code::tileBit(code.tile, column, row);
     });
-    putBlock(code, 2);
+    addBlock(code, *contentOf(description), 2);
+    return code;
+}
+
+CodeCells plateCells(const PatternDescription &description) {
+    constexpr int side = 8;
+    CodeCells code = emptyCells(CodeCarrier::Plate, side, side);
+    addBlock(code, *contentOf(description), 1);
     return code;
 }
 
@@ -145,7 +150,7 @@ std::optional<EncodingFault> blockFault(const PatternDescription &description) {
     if (content && pattern_code::isEncodable(*content)) {
         return std::nullopt;
     }
-    if (description.kind == PatternKind::Halcon && description.hasOffset) {
+    if (blockHoldsOffset(description)) {
         return EncodingFault{"Offset",
                              unlessPlain("whole multiples of the grid spacing, " + numberText(description.gridSpacing) +
                                          " mm, from " + std::to_string(pattern_code::leastBlockOffset) + " to " +
@@ -161,24 +166,39 @@ std::optional<EncodingFault> blockFault(const PatternDescription &description) {
                                                                    pattern_code::greatestBlockSpacing))};
 }
 
-bool isCoded(const PatternDescription &description) {
-    return description.coded && description.hasExtent();
+bool carriesCode(const PatternDescription &description) {
+    return description.isCoded && description.hasExtent();
 }
 
 }  // namespace
 
 std::optional<CodeCells> codeCellsOf(const PatternDescription &description) {
-    if (!isCoded(description)) {
+    if (!carriesCode(description)) {
         return std::nullopt;
     }
-    return description.kind == PatternKind::Flexible ? planeCells(description) : blockCells(description);
+    switch (description.type->codeCarrier) {
+        case CodeCarrier::Plane:
+            return planeCells(description);
+        case CodeCarrier::Tile:
+            return tileCells(description);
+        case CodeCarrier::Plate:
+            return plateCells(description);
+    }
+    return std::nullopt;
 }
 
 std::optional<EncodingFault> encodingFault(const PatternDescription &description) {
-    if (!isCoded(description)) {
+    if (!carriesCode(description)) {
         return std::nullopt;
     }
-    return description.kind == PatternKind::Flexible ? planeFault(description) : blockFault(description);
+    switch (description.type->codeCarrier) {
+        case CodeCarrier::Plane:
+            return planeFault(description);
+        case CodeCarrier::Tile:
+        case CodeCarrier::Plate:
+            return blockFault(description);
+    }
+    return std::nullopt;
 }
 
 }  // namespace lmlib64

@@ -17,14 +17,12 @@ namespace lmlib64 {
 
 /// The cells are a checkerboard's squares, or a plate's 8 x 8 dots by pattern_code::blockCell, row by row.
 struct CodeCells {
-    enum class Carrier { Plane, Tile, Plate };
-
     bool at(int column, int row) const {
         const int index = row * columns + column;
         return cells[static_cast<std::size_t>(index)] != 0;
     }
 
-    Carrier carrier = Carrier::Tile;
+    CodeCarrier carrier = CodeCarrier::Tile;
     int columns = 0;
     int rows = 0;
     std::vector<std::uint8_t> cells;  ///< 1: a mark or dot

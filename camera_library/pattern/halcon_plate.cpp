@@ -4,8 +4,6 @@ namespace lmlib64 {
 
 namespace {
 
-constexpr int marksPerSide = 7;
-
 // The frame's light inside with its top-left corner cut off by the triangle: triangle and frame are one
 // dark shape, without an edge between them.
 Polygon insideOfFrame(double outerSize, double frameWidth, double triangleLeg) {
@@ -37,7 +35,7 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     geometry.height = outerSize;
     geometry.squareSide = gridSpacing / 2.0;
     geometry.quietZone = geometry.squareSide;
-    geometry.lattice = {marksPerSide, marksPerSide, gridSpacing, {gridSpacing, gridSpacing}};
+    geometry.lattice = {halconMarksPerSide, halconMarksPerSide, gridSpacing, {gridSpacing, gridSpacing}};
     if (gridSpacing <= 0.0) {
         return geometry;
     }
@@ -47,8 +45,8 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
         geometry.rectangles.push_back({0.0, 0.0, outerSize, outerSize});
     }
     geometry.polygons.push_back(insideOfFrame(outerSize, gridSpacing / 4.0, gridSpacing * 0.75));
-    for (int row = 0; row < marksPerSide; ++row) {
-        for (int column = 0; column < marksPerSide; ++column) {
+    for (int row = 0; row < halconMarksPerSide; ++row) {
+        for (int column = 0; column < halconMarksPerSide; ++column) {
             geometry.circles.push_back({geometry.lattice.at(column, row), gridSpacing / 4.0});
         }
     }

@@ -5,7 +5,11 @@
 
 namespace lmlib64 {
 
-/// The shortest text that reads back as the same number: 12.5, 0.1, 100.
+// The shortest text that reads back as the same number: 12.5, 0.1, 100.
 std::string numberText(double number);
+
+// A length rounded to whole nanometres, which is finer than any printer. It removes the last digits that rounding
+// errors leave in a product, so that texts and files show 4.3 and not 4.300000000000001. Never a negative zero.
+double wholeNanometres(double mm);
 
 }  // namespace lmlib64

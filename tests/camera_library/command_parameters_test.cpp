@@ -1,6 +1,4 @@
 // What the pattern command accepts, and how it refuses the rest.
-#include "camera_library/pattern/pattern_parameters.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>

@@ -8,7 +8,7 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-#include "camera_library/commands/plate_catalogue.h"
+#include "camera_library/pattern/board_catalogue.h"
 #include "tests/camera_library/rendered_page.h"
 #include "tests/camera_library/saved_pattern.h"
 
@@ -207,8 +207,8 @@ TEST_F(PatternOutput, isFoundByStockDetectors) {
     patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [5, 5], "GridSpacing": 12.5})");
     patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 20, "Polarity": false})");
     patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [31, 23], "GridSpacing": 8})");
-    for (const CatalogueEntry &entry : Catalogue()) {
-        patterns.push_back(R"({"Type": ")" + std::string(entry.type) + "\"}");
+    for (const CatalogueBoard &board : BoardCatalogue()) {
+        patterns.push_back(R"({"Type": ")" + std::string(board.type) + "\"}");
     }
     for (const std::string &pattern : patterns) {
         savePdf(pattern);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "camera_library/lmlib64.h"
+#include "camera_library/output/file_formats.h"
 #include "tests/camera_library/temporary_folder.h"
 #include "tests/faults/failing_allocation.h"
 #include "tests/faults/library_session.h"
@@ -82,9 +83,11 @@ TEST_P(AllocationFault, previewSaysWhy) {
 }
 
 TEST_P(AllocationFault, saveKeepsTheOldFile) {
-    for (const char *name : {"pattern.json", "pattern.pdf"}) {
+    for (const lmlib64::FileFormat &format : lmlib64::FileFormats()) {
         const TemporaryFolder folder;
-        sweep(GetParam(), [&] { return SaveSession(folder.file(name)); });
+        const std::string name = "pattern" + std::string(format.ending);
+        std::string wholeContents;
+        sweep(GetParam(), [&] { return SaveSession(folder.file(name), wholeContents); });
         EXPECT_EQ(folder.entryCount(), 1U) << name;
     }
 }

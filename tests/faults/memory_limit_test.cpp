@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "camera_library/lmlib64.h"
+#include "camera_library/output/file_formats.h"
 #include "tests/camera_library/temporary_folder.h"
 
 namespace {
@@ -53,7 +54,8 @@ int play(rlim_t bytes, const std::string &fileName) {
 
 TEST(MemoryLimit, savesWholeOrSaysWhy) {
     const TemporaryFolder folder;
-    for (const char *name : {"pattern.json", "pattern.pdf"}) {
+    for (const lmlib64::FileFormat &format : lmlib64::FileFormats()) {
+        const std::string name = "pattern" + std::string(format.ending);
         const std::string fileName = folder.file(name);
         int outcomes[4] = {};
         for (rlim_t kibibytes = 0; kibibytes < 24000; kibibytes += 256) {
@@ -64,12 +66,13 @@ TEST(MemoryLimit, savesWholeOrSaysWhy) {
             ASSERT_EQ(readBytes(fileName) == "old", outcome != Saved) << name << " with " << kibibytes << " KiB";
             ++outcomes[outcome];
         }
-        std::printf("%s: %d processes saved, %d had too little memory for it, %d could not start\n", name,
+        std::printf("%s: %d processes saved, %d had too little memory for it, %d could not start\n", name.c_str(),
                     outcomes[Saved], outcomes[OutOfMemory], outcomes[NoCommand]);
         EXPECT_GT(outcomes[Saved], 0);
         EXPECT_GT(outcomes[OutOfMemory], 0);
     }
-    EXPECT_EQ(folder.entryCount(), 2U);
+    EXPECT_EQ(folder.entryCount(),
+              static_cast<std::size_t>(lmlib64::FileFormats().end() - lmlib64::FileFormats().begin()));
 }
 
 }  // namespace

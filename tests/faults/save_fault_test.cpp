@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "camera_library/lmlib64.h"
+#include "camera_library/output/file_formats.h"
 #include "tests/camera_library/temporary_folder.h"
 
 namespace {
@@ -70,10 +71,18 @@ int inOtherProcess(const std::function<void()> &action) {
     return status;
 }
 
-class SaveFault : public testing::TestWithParam<const char *> {
+std::vector<std::string> endings() {
+    std::vector<std::string> all;
+    for (const lmlib64::FileFormat &format : lmlib64::FileFormats()) {
+        all.emplace_back(format.ending);
+    }
+    return all;
+}
+
+class SaveFault : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
-        target = folder.file(std::string("pattern") + GetParam());
+        target = folder.file("pattern" + GetParam());
         writeBytes(target, oldContents);
         chmod(folder.path().c_str(), 0777);
         chmod(target.c_str(), 0666);
@@ -97,8 +106,8 @@ protected:
     std::string target;
 };
 
-INSTANTIATE_TEST_SUITE_P(All, SaveFault, testing::Values(".pdf", ".json"),
-                         [](const auto &test) { return std::string(test.param).substr(1); });
+INSTANTIATE_TEST_SUITE_P(All, SaveFault, testing::ValuesIn(endings()),
+                         [](const auto &test) { return test.param.substr(1); });
 
 TEST_P(SaveFault, badTarget) {
     const std::string ending = GetParam();

@@ -3,21 +3,15 @@
 #pragma once
 
 #include <array>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "camera_library/pattern/pattern_parameter.h"
 #include "camera_library/tree/node.h"
 
 namespace lmlib64 {
-
-/// An inclusive range and the unit that follows it in texts: "" or "mm".
-struct NumberRange {
-    double minimum;
-    double maximum;
-    const char *unit;
-};
 
 /// One object of parameters. Refers to the node it was made with.
 class ParameterReader {
@@ -27,7 +21,7 @@ public:
     ParameterReader(const Node &object, std::string place);
 
     /// Fails where the object has a child of any other name; `what` says what has these parameters.
-    void allowOnly(std::initializer_list<std::string_view> names, std::string_view what) const;
+    void allowOnly(const std::vector<std::string_view> &names, std::string_view what) const;
 
     bool has(std::string_view name) const { return node.find(name) != nullptr; }
     const Node *find(std::string_view name) const { return node.find(name); }

@@ -1,4 +1,4 @@
-#include "camera_library/pattern/parameter_reader.h"
+#include "camera_library/commands/parameter_reader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -107,7 +107,7 @@ void ParameterReader::failValue(std::string_view name, const std::string &requir
                                                  "; it must be " + required + "."};
 }
 
-void ParameterReader::allowOnly(std::initializer_list<std::string_view> names, std::string_view what) const {
+void ParameterReader::allowOnly(const std::vector<std::string_view> &names, std::string_view what) const {
     const auto *children = std::get_if<NodeObject>(&node.value);
     if (children == nullptr) {
         return;

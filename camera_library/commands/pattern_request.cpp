@@ -1,0 +1,96 @@
+#include "camera_library/commands/pattern_request.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "camera_library/commands/command.h"
+#include "camera_library/commands/parameter_reader.h"
+#include "camera_library/commands/pattern_description_reader.h"
+#include "camera_library/output/file_formats.h"
+
+namespace lmlib64 {
+
+namespace {
+
+constexpr NumberRange imageSizeRange{16, 8000, ""};
+constexpr std::int64_t maximumPixels = 256'000'000;
+constexpr std::size_t maximumPatterns = 64;
+
+std::vector<PatternDescription> readPatterns(const ParameterReader &reader, bool encodingParameter) {
+    const std::string required = "an array of 1 to " + std::to_string(maximumPatterns) + " patterns";
+    const Node *node = reader.find("Patterns");
+    if (node == nullptr) {
+        reader.failMissing("Patterns", required);
+    }
+    const auto *elements = std::get_if<NodeArray>(&node->value);
+    if (elements == nullptr || elements->empty() || elements->size() > maximumPatterns) {
+        reader.failValue("Patterns", required);
+    }
+    std::vector<PatternDescription> patterns;
+    for (std::size_t index = 0; index < elements->size(); ++index) {
+        const ParameterReader pattern((*elements)[index], "\"Patterns\"[" + std::to_string(index) + "]");
+        patterns.push_back(readPatternDescription(pattern, encodingParameter));
+    }
+    return patterns;
+}
+
+void checkFile(const ParameterReader &reader, const PatternRequest &request) {
+    const std::string &name = *request.fileName;
+    const FileFormat *format = findFileFormat(name);
+    if (format == nullptr) {
+        reader.failValue("Filename", "a file name that ends in " + fileEndings());
+    }
+    if (name.find('\0') != std::string::npos) {
+        reader.failValue("Filename", "a file name without zero bytes");
+    }
+    if (request.patterns.size() > 1 && !format->holdsSeveralPatterns) {
+        reader.failValue("Filename", "a file name of another ending for more than one pattern, as a " +
+                                         std::string(format->ending) + " file holds only one");
+    }
+    for (std::size_t index = 0; index < request.patterns.size(); ++index) {
+        if (!request.patterns[index].hasExtent()) {
+            throw CommandFailure{"PatternHasNoExtent",
+                                 "Parameter \"Patterns\"[" + std::to_string(index) +
+                                     "]/\"GridSpacing\" is 0, so the pattern has no extent and cannot be saved; "
+                                     "it must be " +
+                                     numberDescription({smallestExtent, gridSpacingRange.maximum, "mm"}) + "."};
+        }
+    }
+}
+
+void checkPixels(const PatternRequest &request) {
+    const std::int64_t side = *request.imageSize;
+    const auto count = static_cast<std::int64_t>(request.patterns.size());
+    if (side * side * count > maximumPixels) {
+        throw CommandFailure{"InvalidParameter", "Parameter \"ImageSize\" is " + std::to_string(side) + " for " +
+                                                     std::to_string(count) +
+                                                     " patterns; the images together may have at most " +
+                                                     std::to_string(maximumPixels) + " pixels."};
+    }
+}
+
+}  // namespace
+
+PatternRequest readPatternRequest(const Node &parameters) {
+    const ParameterReader reader(parameters, "");
+    reader.allowOnly({"Encoding", "ImageSize", "Filename", "Patterns"}, "the command \"GenerateCalibrationPattern\"");
+    PatternRequest request;
+    request.encodingParameter = reader.boolean("Encoding").value_or(true);
+    request.imageSize = reader.integer("ImageSize", imageSizeRange);
+    request.fileName = reader.text("Filename");
+    request.patterns = readPatterns(reader, request.encodingParameter);
+    if (!request.imageSize && !request.fileName) {
+        reader.failMissing("ImageSize", integerDescription(imageSizeRange) +
+                                            " for a preview, unless \"Filename\" names a " + fileEndings() +
+                                            " file to write");
+    }
+    if (request.fileName) {
+        checkFile(reader, request);
+    }
+    if (request.imageSize) {
+        checkPixels(request);
+    }
+    return request;
+}
+
+}  // namespace lmlib64

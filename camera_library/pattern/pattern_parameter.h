@@ -1,0 +1,48 @@
+// The parameters that describe one pattern: their names, their order and the ranges of their values. Which type of
+// pattern has which of them is said in pattern_types.cpp.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <initializer_list>
+#include <string_view>
+
+namespace lmlib64 {
+
+// In the order in which texts and files list them.
+enum class PatternParameter { Type, GridSize, AssemblyPattern, GridSpacing, Thickness, Offset, Polarity, Encoding };
+
+// As it is spelled in a command's parameters and in the pattern file.
+std::string_view nameOf(PatternParameter parameter);
+
+// Some of the parameters, to iterate over.
+class PatternParameterList {
+public:
+    constexpr PatternParameterList(std::initializer_list<PatternParameter> list) {
+        for (const PatternParameter parameter : list) {
+            parameters[count++] = parameter;
+        }
+    }
+    constexpr const PatternParameter *begin() const { return parameters.data(); }
+    constexpr const PatternParameter *end() const { return parameters.data() + count; }
+
+private:
+    std::array<PatternParameter, 8> parameters{};  // too many are refused by the compiler, as all lists are constants
+    std::size_t count = 0;
+};
+
+// An inclusive range and the unit that follows it in texts: "" or "mm".
+struct NumberRange {
+    double minimum;
+    double maximum;
+    const char *unit;
+};
+
+constexpr NumberRange gridSizeRange{2, 200, ""};  // each of the two numbers
+constexpr NumberRange assemblyPatternRange{0, 17, ""};
+constexpr NumberRange gridSpacingRange{0, 1000, "mm"};  // but nothing between 0 and smallestExtent
+constexpr double smallestExtent = 0.001;
+constexpr NumberRange thicknessRange{0, 100, "mm"};
+constexpr NumberRange offsetRange{-9999, 9999, "mm"};  // each of the two numbers
+
+}  // namespace lmlib64
