@@ -2,11 +2,10 @@
 #pragma once
 
 #include "pattern_reader/block_reader.h"
-#include "pattern_reader/mark_lattice.h"
 #include "pattern_reader/plate_view.h"
 
 namespace pattern_reader {
 
-SeenBlock readDots(const MarkLattice &found, const PlateView &view);
+SeenBlock readDots(const PlateView &view);
 
 }  // namespace pattern_reader

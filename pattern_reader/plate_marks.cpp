@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/calib3d.hpp>
 
 #include "pattern_reader/plate_view.h"
 #include "pattern_reader/round_marks.h"
@@ -20,43 +19,41 @@ const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float ra
     return levels[number];
 }
 
-bool mapCells(const MarkLattice &found, cv::Matx33d &imageFromCell) {
-    std::vector<cv::Point2f> cells;
-    std::vector<cv::Point2f> images;
+bool mapCells(const MarkLattice &found, MarkMap &imageFromCell) {
+    std::vector<MappedMark> marks;
     for (const LatticeCorner &corner : found.lattice.corners) {
-        cells.emplace_back(corner.cell);
-        images.push_back(corner.position);
+        marks.push_back({corner.cell, corner.position});
     }
-    const cv::Mat h = cv::findHomography(cells, images);
-    if (h.empty()) {
-        return false;
-    }
-    imageFromCell = h;
-    return true;
+    imageFromCell = MarkMap(marks);
+    return imageFromCell.isKnown();
+}
+
+// The distance of two points of the picture in cells.
+double cellsBetween(const cv::Matx22d &steps, cv::Point2d a, cv::Point2d b) {
+    return cv::norm(steps.inv() * cv::Vec2d(a.x - b.x, a.y - b.y));
 }
 
 // Looks for marks wherever the plate can still reach, also behind something that covers a part of it.
-bool addMissingMarks(const std::vector<ImageLevel> &levels, const cv::Matx33d &imageFromCell, MarkLattice &found) {
+bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &imageFromCell, MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
+    const cv::Rect picture({0, 0}, levels.front().picture.size());
     bool added = false;
     for (int y = extent.br().y - marksPerSide; y < extent.y + marksPerSide; y++) {
         for (int x = extent.br().x - marksPerSide; x < extent.x + marksPerSide; x++) {
             if (found.lattice.indexAt({x, y}) >= 0) {
                 continue;
             }
-            const cv::Point2d at = transform(imageFromCell, cv::Point2d(x, y));
-            const cv::Point2d a = transform(imageFromCell, cv::Point2d(x + 0.5, y)) - at;
-            const cv::Point2d b = transform(imageFromCell, cv::Point2d(x, y + 0.5)) - at;
-            const double area = CV_PI * markRadius * markRadius * std::abs(a.cross(b)) * 4;
+            const cv::Point2d at = imageFromCell.at(cv::Point(x, y));
+            const cv::Matx22d steps = imageFromCell.stepsAt(cv::Point(x, y));
+            const double area = CV_PI * markRadius * markRadius * std::abs(cv::determinant(steps));
             const auto radius = float(std::sqrt(area / CV_PI));
-            const double step = 2 * std::min(std::hypot(a.x, a.y), std::hypot(b.x, b.y));
-            if (!(radius > 1) || !(radius < 200)) {
+            if (!picture.contains(at) || !(radius > 1)) {
                 continue;
             }
             RoundMark mark;
             const ImageLevel &level = levelForRadius(levels, radius, 5);
             if (measureMark(level, cv::Point2f(at), radius, mark) && mark.area < 1.5 * area && area < 1.5 * mark.area &&
-                std::hypot(mark.centre.x - at.x, mark.centre.y - at.y) < 0.15 * step &&
+                cellsBetween(steps, cv::Point2d(mark.centre), at) < 0.15 &&
                 found.lattice.add({{x, y}, mark.centre, 1})) {
                 found.marks.push_back(mark);
                 added = true;
@@ -103,50 +100,17 @@ bool keepOnePlate(MarkLattice &found) {
     return true;
 }
 
-// Where the picture of a circle's centre lies from the centre of the circle's picture.
-cv::Point2d centreOffset(const cv::Matx33d &h, cv::Point2d centre) {
-    const double r = markRadius;
-    const cv::Matx33d circle(1, 0, -centre.x, 0, 1, -centre.y, -centre.x, -centre.y,
-                             centre.x * centre.x + centre.y * centre.y - r * r);
-    const cv::Matx33d inverse = h.inv();
-    const cv::Matx33d q = inverse.t() * circle * inverse;
-    const double determinant = q(0, 0) * q(1, 1) - q(0, 1) * q(1, 0);
-    const cv::Point2d ellipse((q(0, 1) * q(1, 2) - q(1, 1) * q(0, 2)) / determinant,
-                              (q(1, 0) * q(0, 2) - q(0, 0) * q(1, 2)) / determinant);
-    return transform(h, centre) - ellipse;
-}
-
 }  // namespace
 
-bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, cv::Matx33d &imageFromCell) {
+bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell) {
+    const auto prepare = [&] { return keepOnePlate(found) && mapCells(found, imageFromCell); };
     // From the nearer marks to the farther ones: each round carries the lattice on by what the last has found.
-    for (int round = 0; round < 3; round++) {
-        if (!keepOnePlate(found) || !mapCells(found, imageFromCell)) {
-            return false;
-        }
-        if (!addMissingMarks(levels, imageFromCell, found)) {
-            break;
-        }
+    bool usable = prepare();
+    for (int round = 0; round < 3 && usable && addMissingMarks(levels, imageFromCell, found); round++) {
+        usable = prepare();
     }
-    const bool onePlate = keepOnePlate(found);
     const cv::Rect extent = found.lattice.extent();
-    return onePlate && extent.width >= 4 && extent.height >= 4 && mapCells(found, imageFromCell);
-}
-
-void addMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found, const cv::Matx33d &imageFromCell,
-              const LatticeMotion &motion, PatternReading &reading) {
-    for (size_t i = 0; i < found.marks.size(); i++) {
-        RoundMark mark = found.marks[i];
-        const float radius = std::sqrt(mark.area / float(CV_PI));
-        measureMark(levelForRadius(levels, radius, 7), mark.centre, radius, mark);
-        const cv::Point cell = found.lattice.corners[i].cell;
-        const cv::Point index = motion.point(cell);
-        const cv::Point2d offset = centreOffset(imageFromCell, cell);
-        reading.corners.push_back({mark.centre + cv::Point2f(offset), 2 * (index + cv::Point(1, 1))});
-    }
-    std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {
-        return a.lattice.y != b.lattice.y ? a.lattice.y < b.lattice.y : a.lattice.x < b.lattice.x;
-    });
+    return usable && extent.width >= 4 && extent.height >= 4;
 }
 
 }  // namespace pattern_reader

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "pattern_reader/block_reader.h"
+#include "pattern_reader/mark_map.h"
+#include "pattern_reader/mark_measurement.h"
 #include "pattern_reader/place_finder.h"
 #include "pattern_reader/plate_dots.h"
 #include "pattern_reader/plate_frame.h"
@@ -15,17 +17,9 @@ namespace pattern_reader {
 
 namespace {
 
+constexpr size_t leastMarks = 9;
 constexpr int leastChecks = 10;       // of the dots seen, for them to say which way is up
 constexpr double leastSpacing = 9.5;  // pixels, for the frame's corners to be told apart without a block
-
-// The marks that were found, before it is known which of the plate's they are.
-struct FoundMarks {
-    const std::vector<ImageLevel> &levels;
-    MarkLattice piece;
-    cv::Matx33d imageFromCell;
-
-    PlateView view(const LatticeMotion &motion) const { return {levels, piece, imageFromCell, motion}; }
-};
 
 struct Assumption {
     LatticeMotion motion;
@@ -33,15 +27,15 @@ struct Assumption {
 };
 
 // The shift under which the frame is where it must be; the turn is left open.
-std::optional<Assumption> findShift(const FoundMarks &found) {
-    const cv::Rect extent = found.piece.lattice.extent();
+std::optional<Assumption> findShift(const PlatePicture &picture) {
+    const cv::Rect extent = picture.marks.lattice.extent();
     std::optional<Assumption> best;
     FrameEvidence second;
     for (int y = 0; y + extent.height <= marksPerSide; y++) {
         for (int x = 0; x + extent.width <= marksPerSide; x++) {
             Assumption assumption;
             assumption.motion.shift = cv::Point(x, y) - extent.tl();
-            assumption.frame = lookForFrame(found.view(assumption.motion));
+            assumption.frame = lookForFrame(PlateView(picture, assumption.motion));
             if (!best || assumption.frame.passed > best->frame.passed) {
                 second = best ? best->frame : second;
                 best = assumption;
@@ -100,11 +94,11 @@ struct Orientation {
 };
 
 // The plate turned so that one of its corners is the top-left one.
-Orientation turnToTopLeft(const FoundMarks &found, const LatticeMotion &placed, int corner) {
+Orientation turnToTopLeft(const PlatePicture &picture, const LatticeMotion &placed, int corner) {
     Orientation turned;
     // Corner k comes to the top left by 4 - k quarter turns.
     turned.motion = turnPlate(placed, (4 - corner) % 4);
-    turned.block = readDots(found.piece, found.view(turned.motion));
+    turned.block = readDots(PlateView(picture, turned.motion));
     PatternReading trial;
     readBlock(turned.block, pattern_code::BlockCarrier::plate(), trial);
     turned.readable = trial.values.has_value();
@@ -113,14 +107,14 @@ Orientation turnToTopLeft(const FoundMarks &found, const LatticeMotion &placed, 
 }
 
 // Which corner of the plate is its top-left one: by the triangle, by the dots, or by both.
-std::optional<Orientation> findOrientation(const FoundMarks &found, const LatticeMotion &placed) {
-    const PlateView unturned = found.view(placed);
+std::optional<Orientation> findOrientation(const PlatePicture &picture, const LatticeMotion &placed) {
+    const PlateView unturned(picture, placed);
     const std::vector<int> corners = possibleTopLefts(unturned);
     std::optional<Orientation> best;
     int readable = 0;
     int possible = 0;
     for (const int corner : corners) {
-        const Orientation turned = turnToTopLeft(found, placed, corner);
+        const Orientation turned = turnToTopLeft(picture, placed, corner);
         if (turned.readable || (readable == 0 && (turned.possible || !best))) {
             best = turned;
         }
@@ -136,33 +130,50 @@ std::optional<Orientation> findOrientation(const FoundMarks &found, const Lattic
     return best;
 }
 
+// Writes the marks into the reading, by lattice row and column.
+void addMarks(const std::vector<MeasuredMark> &marks, const LatticeMotion &motion, PatternReading &reading) {
+    for (const MeasuredMark &mark : marks) {
+        const cv::Point index = motion.point(mark.cell);
+        reading.corners.push_back(
+            {cv::Point2f(mark.centre), 2 * (index + cv::Point(1, 1)), float(mark.sigma), mark.disturbed});
+    }
+    std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {
+        return a.lattice.y != b.lattice.y ? a.lattice.y < b.lattice.y : a.lattice.x < b.lattice.x;
+    });
+}
+
 }  // namespace
 
 std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &start) {
-    FoundMarks found{levels, start, {}};
-    if (!completeMarks(levels, found.piece, found.imageFromCell)) {
+    MarkLattice found = start;
+    MarkMap imageFromCell;
+    if (!completeMarks(levels, found, imageFromCell)) {
         return std::nullopt;
     }
-    const std::optional<Assumption> placed = findShift(found);
+    const PlatePicture picture(levels, found, imageFromCell);
+    const std::optional<Assumption> placed = findShift(picture);
     if (!placed) {
         return std::nullopt;
     }
-    const auto oriented = findOrientation(found, placed->motion);
+    const auto oriented = findOrientation(picture, placed->motion);
     if (!oriented) {
         return std::nullopt;
     }
     PatternReading reading;
     reading.kind = PatternKind::Plate;
     readBlock(oriented->block, pattern_code::BlockCarrier::plate(), reading);
-    const PlateView view = found.view(oriented->motion);
+    addMarks(measureMarks(levels, found, markRadius), oriented->motion, reading);
+    if (reading.corners.size() < leastMarks) {
+        return std::nullopt;
+    }
+    const PlateView view(picture, oriented->motion);
     const cv::Point2d along = view.toImage({4.5, 4}) - view.toImage({3.5, 4});
     reading.angle = std::atan2(along.y, along.x) * 180 / CV_PI;
     reading.quarterTurns = (int(std::lround(reading.angle / 90)) + 4) % 4;
-    addMarks(levels, found.piece, found.imageFromCell, oriented->motion, reading);
     reading.squaresCompared = placed->frame.looked;
     reading.squaresDiffering = placed->frame.looked - placed->frame.passed;
     // Each look at the frame, and each mark in its place, comes out by chance half of the time at most.
-    reading.log10Chance = -0.301 * double(placed->frame.passed + int(found.piece.marks.size()));
+    reading.log10Chance = -0.301 * double(placed->frame.passed + int(found.marks.size()));
     reading.confidence = 1 - std::pow(10.0, reading.log10Chance);
     return reading;
 }

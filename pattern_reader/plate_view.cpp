@@ -7,19 +7,6 @@ namespace pattern_reader {
 
 namespace {
 
-cv::Vec3d fitPlane(const std::vector<RoundMark> &marks, float RoundMark::*value) {
-    cv::Matx33d m = cv::Matx33d::zeros();
-    cv::Vec3d right(0, 0, 0);
-    for (const RoundMark &mark : marks) {
-        const cv::Vec3d row(1, mark.centre.x, mark.centre.y);
-        m += row * row.t();
-        right += row * double(mark.*value);
-    }
-    cv::Vec3d plane;
-    cv::solve(m, right, plane, cv::DECOMP_SVD);
-    return plane;
-}
-
 // The value between the four pixels around a point; false outside the picture.
 template <typename Pixel>
 bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
@@ -36,70 +23,103 @@ bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
     return true;
 }
 
-}  // namespace
-
-cv::Point2d transform(const cv::Matx33d &map, cv::Point2d point) {
-    const cv::Vec3d v = map * cv::Vec3d(point.x, point.y, 1);
-    return {v[0] / v[2], v[1] / v[2]};
-}
-
-PlateView::PlateView(const std::vector<ImageLevel> &levels, const MarkLattice &found, const cv::Matx33d &imageFromCell,
-                     const LatticeMotion &motion)
-    : imageFromCell_(imageFromCell), motion_(motion) {
+// The finest level in which the marks' grid spacing, by their median size, is small enough to be looked at.
+size_t levelForLooks(const std::vector<ImageLevel> &levels, const std::vector<RoundMark> &marks) {
+    constexpr double mostPixels = 26;
     std::vector<float> areas;
-    for (const RoundMark &mark : found.marks) {
+    for (const RoundMark &mark : marks) {
         areas.push_back(mark.area);
     }
-    std::nth_element(areas.begin(), areas.begin() + std::ptrdiff_t(areas.size() / 2), areas.end());
-    const double spacing = std::sqrt(areas[areas.size() / 2] / CV_PI) / markRadius;
+    const auto middle = areas.begin() + std::ptrdiff_t(areas.size() / 2);
+    std::nth_element(areas.begin(), middle, areas.end());
+    const double spacing = std::sqrt(*middle / CV_PI) / markRadius;
     size_t number = 0;
-    while (number + 1 < levels.size() && spacing / levels[number].scale() > 26) {
+    while (number + 1 < levels.size() && spacing > mostPixels * levels[number].scale()) {
         number++;
     }
-    level_ = &levels[number];
-    sharpLevel_ = &levels[number > 0 ? number - 1 : 0];
-    dark_ = fitPlane(found.marks, &RoundMark::darkLevel);
-    paper_ = fitPlane(found.marks, &RoundMark::lightLevel);
+    return number;
+}
+
+}  // namespace
+
+PlatePicture::PlatePicture(const std::vector<ImageLevel> &levels, const MarkLattice &found,
+                           const MarkMap &imageFromCell)
+    : marks(found), map(imageFromCell), extent(found.lattice.extent()) {
+    const size_t number = levelForLooks(levels, marks.marks);
+    level = &levels[number];
+    sharpLevel = &levels[number > 0 ? number - 1 : 0];
+    // A mark that is missing is as dark and light as those nearest to it.
+    for (int i = 0; i < extent.area(); i++) {
+        const cv::Point cell = extent.tl() + cv::Point(i % extent.width, i / extent.width);
+        double weights = 0;
+        Contrast sum;
+        for (size_t k = 0; k < marks.marks.size(); k++) {
+            const cv::Point d = marks.lattice.corners[k].cell - cell;
+            const double distance2 = d.dot(d);
+            const double weight = 1 / (0.05 + distance2 * distance2);
+            sum.dark += weight * double(marks.marks[k].darkLevel);
+            sum.paper += weight * double(marks.marks[k].lightLevel);
+            weights += weight;
+        }
+        contrasts.push_back({sum.dark / weights, sum.paper / weights});
+    }
+}
+
+PlatePicture::Contrast PlatePicture::contrastAt(cv::Point2d cell) const {
+    const double x = std::clamp(cell.x - extent.x, 0.0, extent.width - 1.001);
+    const double y = std::clamp(cell.y - extent.y, 0.0, extent.height - 1.001);
+    const double fx = x - int(x);
+    const double fy = y - int(y);
+    Contrast sum;
+    for (int corner = 0; corner < 4; corner++) {
+        const int column = int(x) + corner % 2;
+        const int row = int(y) + corner / 2;
+        const double weight = (corner % 2 == 0 ? 1 - fx : fx) * (corner / 2 == 0 ? 1 - fy : fy);
+        const Contrast &one = contrasts[size_t(row) * size_t(extent.width) + size_t(column)];
+        sum.dark += weight * one.dark;
+        sum.paper += weight * one.paper;
+    }
+    return sum;
 }
 
 cv::Point2d PlateView::toCell(cv::Point2d plate) const {
-    cv::Point2d p = plate - cv::Point2d(1, 1) - cv::Point2d(motion_.shift);
-    for (int i = 0; i < motion_.quarterTurns; i++) {
+    cv::Point2d p = plate - cv::Point2d(1, 1) - cv::Point2d(motion.shift);
+    for (int i = 0; i < motion.quarterTurns; i++) {
         p = {p.y, -p.x};
     }
     return p;
 }
 
-cv::Point2d PlateView::toImage(cv::Point2d plate) const {
-    return transform(imageFromCell_, toCell(plate));
+bool PlateView::hasMark(cv::Point plate) const {
+    const cv::Point2d cell = toCell(plate);
+    return picture.marks.lattice.indexAt({int(std::lround(cell.x)), int(std::lround(cell.y))}) >= 0;
 }
 
 double PlateView::sharpSpacingAt(cv::Point2d plate) const {
-    const cv::Point2d a = toImage(plate + cv::Point2d(0.1, 0)) - toImage(plate);
-    const cv::Point2d b = toImage(plate + cv::Point2d(0, 0.1)) - toImage(plate);
-    return std::sqrt(std::abs(a.cross(b))) * 10 / sharpLevel_->scale();
+    return std::sqrt(std::abs(cv::determinant(picture.map.stepsAt(toCell(plate))))) / picture.sharpLevel->scale();
 }
 
-bool PlateView::relativeToMarks(cv::Point2d image, double grey, double &light) const {
-    const cv::Vec3d at(1, image.x, image.y);
-    const double dark = dark_.dot(at);
-    const double contrast = paper_.dot(at) - dark;
-    light = contrast > 5 ? (grey - dark) / contrast : 0.5;
+bool PlateView::relativeToMarks(cv::Point2d cell, double grey, double &light) const {
+    const PlatePicture::Contrast here = picture.contrastAt(cell);
+    const double contrast = here.paper - here.dark;
+    light = contrast > 5 ? (grey - here.dark) / contrast : 0.5;
     return contrast > 5;
 }
 
 bool PlateView::lightAt(cv::Point2d plate, double &light) const {
-    const cv::Point2d image = toImage(plate);
+    const cv::Point2d cell = toCell(plate);
     double value = 0;
-    return between<int16_t>(level_->smoothed, level_->fromImage(cv::Point2f(image)), value) &&
-           relativeToMarks(image, value / 64, light);
+    return between<int16_t>(picture.level->smoothed, picture.level->fromImage(cv::Point2f(picture.map.at(cell))),
+                            value) &&
+           relativeToMarks(cell, value / 64, light);
 }
 
-bool PlateView::sharpLightAt(cv::Point2d plate, cv::Point2d shift, double &light) const {
-    const cv::Point2d image = toImage(plate) + shift;
+bool PlateView::sharpLightAt(cv::Point2d plate, double &light) const {
+    const cv::Point2d cell = toCell(plate);
     double value = 0;
-    return between<uchar>(sharpLevel_->picture, sharpLevel_->fromImage(cv::Point2f(image)), value) &&
-           relativeToMarks(image, value, light);
+    return between<uchar>(picture.sharpLevel->picture, picture.sharpLevel->fromImage(cv::Point2f(picture.map.at(cell))),
+                          value) &&
+           relativeToMarks(cell, value, light);
 }
 
 }  // namespace pattern_reader

@@ -1,4 +1,4 @@
-// A plate as its picture shows it: grey levels at places of the plate, relative to its marks and its paper.
+// A plate as its picture shows it: grey levels at places of the plate, relative to its marks and its paper there.
 //
 // Plate coordinates: grid spacings from the top-left corner of the frame's outer edge; marks at 1 to 7.
 #pragma once
@@ -8,6 +8,7 @@
 
 #include "pattern_reader/image_level.h"
 #include "pattern_reader/mark_lattice.h"
+#include "pattern_reader/mark_map.h"
 #include "pattern_reader/place_finder.h"
 
 namespace pattern_reader {
@@ -16,36 +17,51 @@ constexpr int marksPerSide = 7;
 constexpr double frameMiddle = 0.125;
 constexpr double markRadius = 0.25;
 
-// Where a plane's map takes a point.
-cv::Point2d transform(const cv::Matx33d &map, cv::Point2d point);
+// The marks that were found on what may be a plate, before it is known which of the plate's they are.
+struct PlatePicture {
+    PlatePicture(const std::vector<ImageLevel> &levels, const MarkLattice &found, const MarkMap &imageFromCell);
+
+    // Grey levels of a mark and of the paper around it.
+    struct Contrast {
+        double dark = 0;
+        double paper = 0;
+    };
+    // Of the marks around a place; outside the lattice, of those nearest to it.
+    Contrast contrastAt(cv::Point2d cell) const;
+
+    const MarkLattice &marks;
+    const MarkMap &map;
+    const ImageLevel *level = nullptr;       // in which a grid spacing has some 20 pixels
+    const ImageLevel *sharpLevel = nullptr;  // the next finer one
+
+private:
+    cv::Rect extent;  // of the lattice
+    std::vector<Contrast> contrasts;
+};
 
 // A plate's picture under one assumption of where in the plate the lattice lies.
 class PlateView {
 public:
-    PlateView(const std::vector<ImageLevel> &levels, const MarkLattice &found, const cv::Matx33d &imageFromCell,
-              const LatticeMotion &motion);
+    PlateView(const PlatePicture &seen, const LatticeMotion &assumed) : picture(seen), motion(assumed) {}
 
-    cv::Point2d toImage(cv::Point2d plate) const;
+    cv::Point2d toImage(cv::Point2d plate) const { return picture.map.at(toCell(plate)); }
+    cv::Point2d toCell(cv::Point2d plate) const;
+    // Whether the mark at a place of the lattice was found.
+    bool hasMark(cv::Point plate) const;
     // Grey level relative to the marks around: 0 as dark as a mark, 1 as light as the paper; false outside the picture.
     bool lightAt(cv::Point2d plate, double &light) const;
-    // The same from a sharper picture, for the fine lines of the dots, at a shift in the image.
-    bool sharpLightAt(cv::Point2d plate, cv::Point2d shift, double &light) const;
+    // The same from a sharper picture, for the fine lines of the dots.
+    bool sharpLightAt(cv::Point2d plate, double &light) const;
     // Pixels of the sharper picture per grid spacing at a point, the geometric mean of both directions.
     double sharpSpacingAt(cv::Point2d plate) const;
-    double sharpScale() const { return sharpLevel_->scale(); }
-    cv::Point2d toCell(cv::Point2d plate) const;
+    double sharpScale() const { return picture.sharpLevel->scale(); }
 
 private:
-    // The grey level as a share of the contrast at a place in the image.
-    bool relativeToMarks(cv::Point2d image, double grey, double &light) const;
+    // The grey level as a share of the contrast at a place.
+    bool relativeToMarks(cv::Point2d cell, double grey, double &light) const;
 
-    cv::Matx33d imageFromCell_;
-    LatticeMotion motion_;
-    const ImageLevel *level_ = nullptr;
-    const ImageLevel *sharpLevel_ = nullptr;
-    // Dark level and paper level as planes over the image: level = a + b x + c y.
-    cv::Vec3d dark_;
-    cv::Vec3d paper_;
+    const PlatePicture &picture;
+    LatticeMotion motion;
 };
 
 }  // namespace pattern_reader

@@ -1,0 +1,33 @@
+// Measures a round dark mark by fitting a blurred ellipse to the grey levels in and around it:
+//
+//   grey = (1 + slope · d) * (dark + (light - dark) * P(s / blur))
+//
+// d being the way from the centre, s the distance outside the border and P the standard normal distribution. The slope
+// is that of the light. Everything is fitted at once, by Gauss-Newton with analytic derivatives.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+namespace pattern_reader {
+
+struct MarkFit {
+    cv::Point2d centre;
+    cv::Matx22d toUnit;  // symmetric; maps the border, seen from the centre, onto the unit circle
+    double light = 0;
+    double dark = 0;
+    cv::Vec2d slope{0, 0};  // relative change of light per pixel
+    double blur = 0.7;      // standard deviation in pixels, the pixel's own area included
+    double residual = 0;    // root mean square, grey levels
+    double sigma = 0;       // standard deviation of the centre along one axis, pixels
+
+    // Half the ellipse's shorter and longer axis, pixels.
+    double shortRadius() const;
+    double longRadius() const;
+};
+
+// Improves fit, whose centre, shape and blur are the start, on a picture of 8 bits; all in that picture's pixels. Its
+// grey levels are a start too unless light and dark are equal. False when the fit does not settle, or when the mark's
+// border is not wholly in the picture.
+bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit);
+
+}  // namespace pattern_reader

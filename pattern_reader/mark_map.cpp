@@ -1,0 +1,243 @@
+#include "pattern_reader/mark_map.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "pattern_reader/cholesky.h"
+
+namespace pattern_reader {
+
+namespace {
+
+constexpr int reach = 2;  // of a neighbourhood from its middle, cells
+
+// The marks around a cell: those in reach, or in a longer one until there are enough of them on enough lines.
+std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Point middle, int longest) {
+    std::vector<MappedMark> near;
+    for (int distance = reach; distance <= longest; distance++) {
+        near.clear();
+        cv::Rect extent;
+        for (const MappedMark &mark : marks) {
+            const cv::Point d = mark.cell - middle;
+            if (std::max(std::abs(d.x), std::abs(d.y)) <= distance) {
+                near.push_back(mark);
+                extent |= cv::Rect(mark.cell, cv::Size(1, 1));
+            }
+        }
+        if (near.size() >= 10 && extent.width >= 3 && extent.height >= 3) {
+            break;
+        }
+    }
+    return near;
+}
+
+// Weights that leave out what is far off: a third for three times the usual error, next to none beyond.
+void reweigh(const std::vector<double> &errors, std::vector<double> &weights) {
+    std::vector<double> sorted = errors;
+    const auto middle = sorted.begin() + std::ptrdiff_t(sorted.size() / 2);
+    std::nth_element(sorted.begin(), middle, sorted.end());
+    const double usual = std::max(1e-3, *middle);
+    for (size_t i = 0; i < errors.size(); i++) {
+        const double share = errors[i] / (3 * usual);
+        weights[i] = 1 / ((1 + share * share) * (1 + share * share));
+    }
+}
+
+cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
+    const cv::Vec3d v = map * cv::Vec3d(p.x, p.y, 1);
+    return {v[0] / v[2], v[1] / v[2]};
+}
+
+// Cells in the unit of the bend's terms, so that all of them are of about the same size in a neighbourhood.
+constexpr double unit = reach;
+
+std::array<double, 10> cubicTerms(cv::Point2d p) {
+    const double x = p.x / unit;
+    const double y = p.y / unit;
+    return {1, x, y, x * x, x * y, y * y, x * x * x, x * x * y, x * y * y, y * y * y};
+}
+
+}  // namespace
+
+cv::Point2d MarkMap::Neighbourhood::at(cv::Point2d cell) const {
+    const cv::Point2d p = cell - middle;
+    cv::Point2d image = project(plane, p);
+    const std::array<double, 10> terms = cubicTerms(p);
+    for (size_t i = 0; i < terms.size(); i++) {
+        image += cv::Point2d(bend[i][0], bend[i][1]) * terms[i];
+    }
+    return image;
+}
+
+std::array<cv::Vec2d, 3> MarkMap::Neighbourhood::curvatureAt(cv::Point2d cell) const {
+    const cv::Point2d p = (cell - middle) / unit;
+    const cv::Vec2d xx = 2 * bend[3] + 6 * p.x * bend[6] + 2 * p.y * bend[7];
+    const cv::Vec2d xy = bend[4] + 2 * p.x * bend[7] + 2 * p.y * bend[8];
+    const cv::Vec2d yy = 2 * bend[5] + 2 * p.x * bend[8] + 6 * p.y * bend[9];
+    return {xx / (unit * unit), xy / (unit * unit), yy / (unit * unit)};
+}
+
+// The plane's map by weighted least squares, in a few rounds: each weighs the marks by how far off the last one has
+// them, and by their distance from the camera, so that it is pixels whose squares are summed.
+bool MarkMap::fitPlane(const std::vector<MappedMark> &marks, std::vector<double> &weights, Neighbourhood &here) {
+    const cv::Point2d origin = marks.front().image;
+    cv::Matx33d map;
+    std::vector<double> depths(marks.size(), 1);
+    for (int round = 0; round < 3; round++) {
+        Cholesky<8>::Matrix m{};
+        Cholesky<8>::Vector right{};
+        for (size_t i = 0; i < marks.size(); i++) {
+            const cv::Point2d c = cv::Point2d(marks[i].cell) - here.middle;
+            const cv::Point2d p = marks[i].image - origin;
+            const double w = weights[i] / (depths[i] * depths[i]);
+            const std::array<double, 8> rows[] = {{c.x, c.y, 1, 0, 0, 0, -c.x * p.x, -c.y * p.x},
+                                                  {0, 0, 0, c.x, c.y, 1, -c.x * p.y, -c.y * p.y}};
+            for (const auto &row : rows) {
+                for (size_t j = 0; j < 8; j++) {
+                    for (size_t k = 0; k <= j; k++) {
+                        m[j][k] += w * row[j] * row[k];
+                    }
+                    right[j] += w * row[j] * (&row == rows ? p.x : p.y);
+                }
+            }
+        }
+        Cholesky<8> equations;
+        if (!equations.decompose(m)) {
+            return false;
+        }
+        const Cholesky<8>::Vector h = equations.solve(right);
+        map = cv::Matx33d(h[0], h[1], h[2], h[3], h[4], h[5], h[6], h[7], 1);
+        std::vector<double> errors;
+        for (size_t i = 0; i < marks.size(); i++) {
+            const cv::Point2d c = cv::Point2d(marks[i].cell) - here.middle;
+            depths[i] = h[6] * c.x + h[7] * c.y + 1;
+            if (!(depths[i] > 0.05)) {
+                return false;
+            }
+            const cv::Point2d off = project(map, c) - (marks[i].image - origin);
+            errors.push_back(std::hypot(off.x, off.y));
+        }
+        reweigh(errors, weights);
+    }
+    here.plane = cv::Matx33d(1, 0, origin.x, 0, 1, origin.y, 0, 0, 1) * map;
+    return true;
+}
+
+void MarkMap::fitBend(const std::vector<MappedMark> &marks, const std::vector<double> &weights, Neighbourhood &here) {
+    // Few marks do not tell a cubic. Without a bend unless the marks ask for one.
+    const size_t terms = marks.size() >= 16 ? 10 : 6;
+    Cholesky<10>::Matrix m{};
+    Cholesky<10>::Vector rightX{};
+    Cholesky<10>::Vector rightY{};
+    for (size_t j = 0; j < 10; j++) {
+        m[j][j] = 0.02;
+    }
+    for (size_t i = 0; i < marks.size(); i++) {
+        const cv::Point2d c = cv::Point2d(marks[i].cell) - here.middle;
+        const cv::Point2d rest = marks[i].image - project(here.plane, c);
+        const std::array<double, 10> row = cubicTerms(c);
+        for (size_t j = 0; j < terms; j++) {
+            for (size_t k = 0; k <= j; k++) {
+                m[j][k] += weights[i] * row[j] * row[k];
+            }
+            rightX[j] += weights[i] * row[j] * rest.x;
+            rightY[j] += weights[i] * row[j] * rest.y;
+        }
+    }
+    Cholesky<10> equations;
+    if (equations.decompose(m)) {
+        const Cholesky<10>::Vector x = equations.solve(rightX);
+        const Cholesky<10>::Vector y = equations.solve(rightY);
+        for (size_t j = 0; j < 10; j++) {
+            here.bend[j] = {x[j], y[j]};
+        }
+    }
+}
+
+bool MarkMap::fit(const std::vector<MappedMark> &marks, cv::Point middle, Neighbourhood &here) {
+    if (marks.size() < 6) {
+        return false;
+    }
+    here.middle = middle;
+    std::vector<double> weights(marks.size(), 1);
+    if (!fitPlane(marks, weights, here)) {
+        return false;
+    }
+    if (marks.size() >= 10) {
+        fitBend(marks, weights, here);
+        std::vector<double> errors;
+        for (const MappedMark &mark : marks) {
+            const cv::Point2d off = here.at(mark.cell) - mark.image;
+            errors.push_back(std::hypot(off.x, off.y));
+        }
+        reweigh(errors, weights);
+        fitBend(marks, weights, here);
+    }
+    return true;
+}
+
+MarkMap::MarkMap(const std::vector<MappedMark> &marks) {
+    cv::Rect extent;
+    for (const MappedMark &mark : marks) {
+        extent |= cv::Rect(mark.cell, cv::Size(1, 1));
+    }
+    // Neighbourhoods lie inside the lattice as far as it is wide enough for them.
+    const cv::Point first(extent.x + std::min(reach, extent.width / 2), extent.y + std::min(reach, extent.height / 2));
+    middles = cv::Rect(first, cv::Size(std::max(1, extent.width - 2 * reach), std::max(1, extent.height - 2 * reach)));
+    const int longest = std::max(extent.width, extent.height);
+    for (int i = 0; i < middles.area(); i++) {
+        const cv::Point middle = middles.tl() + cv::Point(i % middles.width, i / middles.width);
+        Neighbourhood here;
+        if (!fit(marksAround(marks, middle, longest), middle, here)) {
+            neighbourhoods.clear();
+            return;
+        }
+        neighbourhoods.push_back(here);
+    }
+}
+
+const MarkMap::Neighbourhood &MarkMap::around(cv::Point2d cell) const {
+    const int x = std::clamp(int(std::lround(cell.x)) - middles.x, 0, middles.width - 1);
+    const int y = std::clamp(int(std::lround(cell.y)) - middles.y, 0, middles.height - 1);
+    return neighbourhoods[size_t(y) * size_t(middles.width) + size_t(x)];
+}
+
+cv::Point2d MarkMap::at(cv::Point2d cell) const {
+    return around(cell).at(cell);
+}
+
+cv::Matx22d MarkMap::stepsAt(cv::Point2d cell) const {
+    constexpr double h = 0.05;
+    const Neighbourhood &here = around(cell);
+    const cv::Point2d a = (here.at(cell + cv::Point2d(h, 0)) - here.at(cell - cv::Point2d(h, 0))) / (2 * h);
+    const cv::Point2d b = (here.at(cell + cv::Point2d(0, h)) - here.at(cell - cv::Point2d(0, h))) / (2 * h);
+    return {a.x, b.x, a.y, b.y};
+}
+
+cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
+    const Neighbourhood &here = around(cell);
+    const cv::Point2d c = cell - here.middle;
+    // Of the plane's map: the conic that a circle becomes.
+    const cv::Matx33d circle(1, 0, -c.x, 0, 1, -c.y, -c.x, -c.y, c.x * c.x + c.y * c.y - radius * radius);
+    const cv::Matx33d inverse = here.plane.inv();
+    const cv::Matx33d q = inverse.t() * circle * inverse;
+    const double determinant = q(0, 0) * q(1, 1) - q(0, 1) * q(1, 0);
+    const cv::Point2d ellipse((q(0, 1) * q(1, 2) - q(1, 1) * q(0, 2)) / determinant,
+                              (q(1, 0) * q(0, 2) - q(0, 0) * q(1, 2)) / determinant);
+    // Of the bend: the ellipse that fits best to a circle whose points are moved by second derivatives xx, xy, yy,
+    // in units in which the map is the identity, is moved by the first harmonic of their normal component.
+    const cv::Matx22d steps = stepsAt(cell);
+    const cv::Matx22d toCells = steps.inv();
+    const std::array<cv::Vec2d, 3> curvature = here.curvatureAt(cell);
+    const cv::Vec2d xx = toCells * curvature[0];
+    const cv::Vec2d xy = toCells * curvature[1];
+    const cv::Vec2d yy = toCells * curvature[2];
+    const cv::Vec2d constant = 0.25 * (xx + yy);
+    const cv::Vec2d cosine = 0.25 * (xx - yy);
+    const cv::Vec2d sine = 0.5 * xy;
+    const cv::Vec2d moved = constant + 0.5 * cv::Vec2d(cosine[0] + sine[1], sine[0] - cosine[1]);
+    const cv::Vec2d bent = steps * moved * (radius * radius);
+    return project(here.plane, c) - ellipse - cv::Point2d(bent[0], bent[1]);
+}
+
+}  // namespace pattern_reader

@@ -1,0 +1,49 @@
+// Where the cells of a lattice of marks lie in the picture, near the marks and a little beyond them: a plane's map for
+// every neighbourhood of 5 × 5 marks, and on top of it the bend that a lens or curved paper adds there.
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace pattern_reader {
+
+struct MappedMark {
+    cv::Point cell;
+    cv::Point2d image;
+};
+
+class MarkMap {
+public:
+    MarkMap() = default;
+    explicit MarkMap(const std::vector<MappedMark> &marks);
+
+    // False when the marks are too few, or lie on too few lines, to say where others are.
+    bool isKnown() const { return !neighbourhoods.empty(); }
+    cv::Point2d at(cv::Point2d cell) const;
+    // The picture's steps, as columns, for one cell along each axis.
+    cv::Matx22d stepsAt(cv::Point2d cell) const;
+    // Where the picture of a circle's centre lies from the centre of the circle's picture, which is an ellipse.
+    cv::Point2d centreOffset(cv::Point2d cell, double radius) const;
+
+private:
+    struct Neighbourhood {
+        cv::Point2d middle;                // cell
+        cv::Matx33d plane;                 // of cells seen from the middle
+        std::array<cv::Vec2d, 10> bend{};  // coefficients of a cubic, in the picture's pixels
+
+        cv::Point2d at(cv::Point2d cell) const;
+        // The bend's second derivatives over x x, x y and y y, cells.
+        std::array<cv::Vec2d, 3> curvatureAt(cv::Point2d cell) const;
+    };
+
+    static bool fitPlane(const std::vector<MappedMark> &marks, std::vector<double> &weights, Neighbourhood &here);
+    static void fitBend(const std::vector<MappedMark> &marks, const std::vector<double> &weights, Neighbourhood &here);
+    static bool fit(const std::vector<MappedMark> &marks, cv::Point middle, Neighbourhood &here);
+    const Neighbourhood &around(cv::Point2d cell) const;
+
+    cv::Rect middles;  // of the neighbourhoods, cells
+    std::vector<Neighbourhood> neighbourhoods;
+};
+
+}  // namespace pattern_reader

@@ -1,0 +1,171 @@
+#include "pattern_reader/mark_measurement.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "pattern_reader/mark_fit.h"
+#include "pattern_reader/mark_map.h"
+
+namespace pattern_reader {
+
+namespace {
+
+struct FittedMark {
+    cv::Point cell;
+    MarkFit fit;       // in image coordinates
+    double noise = 0;  // what is left of the grey levels, as a share of the contrast, in a pixel of the image
+    bool disturbed = false;
+};
+
+double medianOf(std::vector<double> values) {
+    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// A fit in another level's pixels; only the grey levels stay.
+MarkFit rescale(const MarkFit &fit, const ImageLevel &from, const ImageLevel &to) {
+    const double factor = from.scale() / to.scale();
+    MarkFit scaled = fit;
+    scaled.centre = (fit.centre + cv::Point2d(0.5, 0.5)) * factor - cv::Point2d(0.5, 0.5);
+    scaled.toUnit = fit.toUnit * (1 / factor);
+    scaled.slope = fit.slope * (1 / factor);
+    scaled.blur = fit.blur * factor;
+    scaled.sigma = fit.sigma * factor;
+    return scaled;
+}
+
+// From a level in which the mark is small to the finest one that still adds to what the last has told.
+bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, FittedMark &mark) {
+    constexpr double smallRadius = 14;  // pixels
+    constexpr double soft = 1.4;        // pixels of blur, beyond which a finer level shows nothing new
+    size_t number = 0;
+    const double radius = std::sqrt(mark.fit.shortRadius() * mark.fit.longRadius());
+    while (number + 1 < levels.size() && radius > smallRadius * levels[number].scale()) {
+        number++;
+    }
+    MarkFit fit = rescale(mark.fit, levels.front(), levels[number]);
+    fit.blur = number == 0 && usualBlur > 0 ? usualBlur : 0.7;
+    for (;; number--) {
+        const bool last = number == 0;
+        if (!fitMark(levels[number].picture, last ? 6 : 4, fit)) {
+            return false;
+        }
+        if (last || fit.blur > soft) {
+            break;
+        }
+        fit = rescale(fit, levels[number], levels[number - 1]);
+        // The pixel's own area is a part of the blur that does not grow with it.
+        fit.blur = std::max(0.5, 0.8 * fit.blur);
+    }
+    mark.noise = fit.residual / (fit.light - fit.dark) * levels[number].scale();
+    mark.fit = rescale(fit, levels[number], levels.front());
+    return true;
+}
+
+std::vector<FittedMark> fitAll(const std::vector<ImageLevel> &levels, const MarkLattice &found) {
+    std::vector<FittedMark> fitted;
+    double usualBlur = 0;
+    for (size_t i = 0; i < found.marks.size(); i++) {
+        FittedMark mark;
+        mark.cell = found.lattice.corners[i].cell;
+        mark.fit.centre = found.marks[i].centre;
+        mark.fit.toUnit = found.marks[i].toUnit;
+        mark.fit.light = double(found.marks[i].lightLevel);
+        mark.fit.dark = double(found.marks[i].darkLevel);
+        if (fitThroughLevels(levels, usualBlur, mark)) {
+            fitted.push_back(mark);
+            usualBlur = mark.fit.blur;
+        }
+    }
+    return fitted;
+}
+
+// Leaves out the marks that do not look like one, and notes those that look worse than the others do.
+void judgeLooks(std::vector<FittedMark> &marks) {
+    std::vector<double> noises;
+    for (const FittedMark &mark : marks) {
+        noises.push_back(mark.noise);
+    }
+    const double usual = medianOf(noises);
+    for (FittedMark &mark : marks) {
+        mark.disturbed = mark.noise > 1.6 * usual + 0.01;
+    }
+    marks.erase(std::remove_if(marks.begin(), marks.end(),
+                               [&](const FittedMark &mark) { return mark.noise > 3 * usual + 0.08; }),
+                marks.end());
+}
+
+MarkMap mapOf(const std::vector<FittedMark> &marks) {
+    std::vector<MappedMark> mapped;
+    for (const FittedMark &mark : marks) {
+        mapped.push_back({mark.cell, mark.fit.centre});
+    }
+    return MarkMap(mapped);
+}
+
+// How far a mark's shape is from the map's picture of a circle: the greatest stretch or shrinkage, as a factor, after
+// the marks' size has been taken out.
+double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit, double usualArea) {
+    const cv::Matx22d m = mark.fit.toUnit * fromUnit;
+    const cv::Matx22d square = m.t() * m * usualArea;
+    const double half = (square(0, 0) + square(1, 1)) / 2;
+    const double root = std::hypot((square(0, 0) - square(1, 1)) / 2, square(0, 1));
+    return std::sqrt(std::max(half + root, 1 / std::max(1e-6, half - root)));
+}
+
+// Leaves out the marks that are not where or not of the shape that their neighbours say; true when there are any.
+bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMark> &marks) {
+    std::vector<double> offs;
+    std::vector<double> areas;
+    for (const FittedMark &mark : marks) {
+        const cv::Matx22d steps = map.stepsAt(mark.cell);
+        const cv::Point2d off = mark.fit.centre - map.at(mark.cell);
+        offs.push_back(cv::norm(steps.inv() * cv::Vec2d(off.x, off.y)));
+        areas.push_back(1 / std::abs(cv::determinant(mark.fit.toUnit * steps * radius)));
+    }
+    const double usualOff = medianOf(offs);
+    const double usualArea = medianOf(areas);
+    std::vector<FittedMark> kept;
+    for (size_t i = 0; i < marks.size(); i++) {
+        const cv::Matx22d fromUnit = map.stepsAt(marks[i].cell) * radius;
+        const double looseness = 1 + 1 / marks[i].fit.shortRadius();
+        const double most =
+            marks[i].disturbed ? std::min(0.02, 4 * usualOff + 0.004) : std::min(0.05, 8 * usualOff + 0.01);
+        if (offs[i] < most &&
+            shapeError(marks[i], fromUnit, usualArea) < (marks[i].disturbed ? 1.1 : 1.2) * looseness) {
+            kept.push_back(marks[i]);
+        }
+    }
+    const bool any = kept.size() < marks.size();
+    marks = std::move(kept);
+    return any;
+}
+
+}  // namespace
+
+std::vector<MeasuredMark> measureMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found, double radius) {
+    std::vector<FittedMark> marks = fitAll(levels, found);
+    if (marks.empty()) {
+        return {};
+    }
+    judgeLooks(marks);
+    MarkMap map = mapOf(marks);
+    if (!map.isKnown()) {
+        return {};
+    }
+    if (judgeNeighbourhood(map, radius, marks)) {
+        map = mapOf(marks);
+    }
+    if (!map.isKnown()) {
+        return {};
+    }
+    std::vector<MeasuredMark> measured;
+    for (const FittedMark &mark : marks) {
+        measured.push_back(
+            {mark.cell, mark.fit.centre + map.centreOffset(mark.cell, radius), mark.fit.sigma, mark.disturbed});
+    }
+    return measured;
+}
+
+}  // namespace pattern_reader
