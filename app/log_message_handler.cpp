@@ -27,7 +27,7 @@ const char *labelOf(QtMsgType type) {
 }
 
 bool isWritten(QtMsgType type, const QByteArray &text) {
-    // The toolkit says this wherever it was built without the collation library, and nothing is wrong then.
+    // The toolkit warns like this if it was built without the collation library. Nothing is wrong then.
     static const QByteArray collationWarning("Numeric mode unsupported in the posix collation implementation");
     if (type == QtWarningMsg) {
         return text != collationWarning;
@@ -46,7 +46,7 @@ std::string formatted(const char *label, const QByteArray &text, const QMessageL
         return {};
     }
     std::string record(static_cast<std::size_t>(length), '\0');
-    // A string's data has room for the terminating zero behind its last character.
+    // A string's buffer has room for a terminating zero after its last character.
     std::snprintf(record.data(), record.size() + 1, pattern, label, text.constData(), file, line, function);
     return record;
 }
@@ -60,8 +60,8 @@ void writeLogMessage(QtMsgType type, const QMessageLogContext &context, const QS
     if (record.empty()) {
         return;
     }
-    // An empty line follows every record. All of it goes to the unbuffered stream in one call, which is one write,
-    // so that the records of several threads stay whole.
+    // An empty line follows every record. The stream is unbuffered, so one call is one write, and records of different
+    // threads do not mix.
     record += '\n';
     std::fwrite(record.data(), 1, record.size(), stderr);
     std::fflush(stderr);

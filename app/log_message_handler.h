@@ -1,7 +1,7 @@
-// Where the toolkit's and the program's diagnostics go: warnings and worse, one line each, to the standard error
-// stream. Debug and info messages are dropped. Nothing is kept and nothing is written to a file; a fatal message
-// ends the process in the toolkit, after its line is out.
+// Writes the diagnostics of the toolkit and the program to the standard error stream: one line for each warning or
+// worse. Debug and info messages are dropped. Nothing is stored or written to a file. After a fatal message is written,
+// the toolkit ends the process.
 #pragma once
 
-// Makes this the process's message handler. Messages may then come from any thread; every line goes out whole.
+// Installs the message handler of the process. Messages may come from any thread; lines do not mix.
 void installMessageHandler();

@@ -1,4 +1,4 @@
-// The entry point everywhere but on Windows.
+// The entry point on all systems except Windows.
 #include "app/program.h"
 
 int main(int argc, char **argv) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-// 5.15.10, whichever 5.15 the toolkit beside the program is.
+// 5.15.10, whatever version 5.15 the installed toolkit has.
 constexpr int toolkitVersion = 0x050F0A;
 
 void finalizeLibrary() {
@@ -24,7 +24,7 @@ void finalizeLibrary() {
 }  // namespace
 
 int runProgram(int argc, char **argv) {
-    // First of all, so that what the toolkit says while it starts goes the same way.
+    // First, so that the handler also gets the toolkit's messages during start-up.
     installMessageHandler();
 
     QApplication application(argc, argv, toolkitVersion);

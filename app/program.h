@@ -1,7 +1,7 @@
-// The program from its first message to its exit code. The platform's entry point, which is a file of its own,
-// calls it once, on the main thread.
+// The whole program. The entry point, which is a separate file for each platform, calls runProgram once, on the main
+// thread.
 #pragma once
 
-// The arguments go to the toolkit. Returns the event loop's result. Catches nothing: an exception from building
-// the window or from finalising the library ends the process.
+// Passes the arguments to the toolkit and returns the result of the event loop. Catches nothing: an exception from
+// building the window or finalising the library ends the process.
 int runProgram(int argc, char **argv);

@@ -1,5 +1,5 @@
-// The entry point of a Windows program without a console: Windows hands over one wide command line, the program
-// wants arguments in the system's code page.
+// The entry point of a Windows program without a console. Windows passes one wide-character command line; the program
+// expects separate arguments in the system's code page.
 #include <windows.h>
 // After windows.h, which it needs.
 #include <shellapi.h>
@@ -29,7 +29,7 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     if (wideArguments == nullptr) {
         return -1;
     }
-    // Kept apart from the vector that is handed over, from which the toolkit takes the arguments it knows.
+    // Owns the texts. The toolkit removes the arguments that it knows from the other vector.
     std::vector<Argument> arguments;
     std::vector<char *> vector;
     for (int i = 0; i < count; ++i) {

@@ -1,8 +1,8 @@
-// While it lives, windows open without the desktop's OpenGL. Nothing in the program draws with it, and setting it up
-// takes X11 as long as all else that an empty window needs.
+// While an object of this class exists, windows open without the desktop's OpenGL. The program does not draw with it,
+// and on X11 setting it up takes as long as everything else that an empty window needs.
 //
-// The X11 plugin asks once, for the first window; what the program starts later finds the environment as it was. A
-// choice that the user has made stays. Other platforms do not look.
+// The X11 plugin reads the environment variable once, for the first window. The variable is removed again afterwards,
+// so processes started later do not inherit it. If the user has set it, it stays as it is. Other platforms ignore it.
 #pragma once
 
 #include <QtGlobal>

@@ -1,5 +1,5 @@
-# How everything is compiled and where it lands: the build tree has the shape of an installation, so that
-# paths relative to the program hold in both.
+# How everything is compiled and where the results are put. The build tree has the layout of an installation, so that
+# paths relative to the program are valid in both.
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -19,7 +19,7 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(LMCALTAB_SHARE_DIRECTORY ${CMAKE_BINARY_DIR}/share/lmcaltab)
 
-# The library beside the program is found by a relative RUNPATH, which a folder in LD_LIBRARY_PATH precedes.
+# The program finds the library beside it by a relative RUNPATH; folders in LD_LIBRARY_PATH take precedence.
 if(NOT WIN32)
   set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
   set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
@@ -37,5 +37,5 @@ if(LMCALTAB_SANITIZE)
   add_link_options(-fsanitize=${LMCALTAB_SANITIZE})
 endif()
 
-# Every file includes from the root of the tree: "lmlib/tree_item.h".
+# Includes are written relative to the root of the source tree: "lmlib/tree_item.h".
 include_directories(${CMAKE_SOURCE_DIR})

@@ -1,4 +1,4 @@
-# The warnings of our own code; link it privately.
+# The warnings for our own code. Targets link this privately.
 add_library(lmcaltab_warnings INTERFACE)
 if(MSVC)
   target_compile_options(lmcaltab_warnings INTERFACE /W4 $<$<BOOL:${LMCALTAB_WARNINGS_AS_ERRORS}>:/WX>)

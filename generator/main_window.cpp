@@ -52,7 +52,8 @@ void MainWindow::connectInputs() {
         {form.saveBtn, SIGNAL(clicked()), SLOT(savePatterns())},
         {form.calibrateBtn, SIGNAL(clicked()), SLOT(openCalTabCalibration())},
     };
-    // By signature: the search for update() begins at this class, so that its slot is found, not the widget's.
+    // Connecting by signature finds this class's slot update(), not the widget's, because the search starts at this
+    // class.
     for (const auto &connection : connections) {
         connect(connection.sender, connection.signal, this, connection.slot);
     }
@@ -69,7 +70,7 @@ void MainWindow::update() {
 }
 
 void MainWindow::enableHalconInputs() {
-    // With no data to encode the offsets stay enabled on purpose, although they are not sent.
+    // Intentionally, the offsets stay enabled if no data is encoded, although they are not sent then.
     const bool encodesSpacing = form.halconEncodeSpacing->isChecked();
     form.halconThickness->setEnabled(encodesSpacing);
     form.halconOffsetXSpacings->setEnabled(!encodesSpacing);
@@ -82,7 +83,7 @@ void MainWindow::resizeEvent(QResizeEvent *event) {
 }
 
 void MainWindow::showEvent(QShowEvent * /*event*/) {
-    // Only refits the picture; the base class's handler is left out on purpose, and its resize handler does not look
-    // at the event.
+    // Only fits the picture again. The base class's show handler is intentionally not called, and its resize handler
+    // does not use the event.
     resizeEvent(nullptr);
 }

@@ -1,8 +1,9 @@
-// The program's only window and its controller: every change of an input has the current pattern drawn anew by the
-// camera library, and the two buttons save it and start the viewer. It draws no pattern and writes no file itself.
+// The program's only window and its controller. After every change of an input it has the camera library draw the
+// current pattern again; its two buttons save the pattern and start the viewer. It draws no pattern and writes no file
+// itself.
 //
-// GUI thread only: a running library command blocks the window. Failures of the library are LmLibException; the
-// slots show them to the user and return, all other operations let them pass. Lengths are in millimetres.
+// GUI thread only: a running library command blocks the window. Failures of the library are thrown as LmLibException;
+// the slots catch it and show it to the user, all other operations do not catch it. Lengths are in millimetres.
 #pragma once
 
 #include <QGraphicsScene>
@@ -20,19 +21,18 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    // Builds the form, which loads the official plates and throws LmLibException where that fails, and draws the
-    // first pattern.
+    // Builds the form and draws the first pattern. Throws LmLibException if the official plates cannot be loaded.
     MainWindow();
 
 public slots:
-    // Enables the Halcon inputs, recomputes the displays and draws the pattern anew. Bears the name of the widget's
-    // repaint operation on purpose, and hides it.
+    // Enables or disables the Halcon inputs, recomputes the displays and draws the pattern again. Intentionally has the
+    // same name as the widget's repaint operation and hides it.
     void update();
 
     // Asks for a file name and has the library write all current patterns to that file, as PDF or JSON.
     void savePatterns();
 
-    // Starts the viewer, which the library knows the place of, for the calibration of an assembly.
+    // Starts the viewer to calibrate an assembly. The library knows where the viewer is.
     void openCalTabCalibration();
 
 protected:
@@ -46,9 +46,9 @@ private:
     // The choice lists, the displays and the parameters of a pattern.
     void fillChoiceLists();
     void recomputeDerivedValues();
-    // The type of the page in front; without one, or with an unknown one, Official.
+    // The type of the current page; Official if there is no current page or its type is unknown.
     PatternType currentPatternType() const;
-    // How many patterns the form describes: those of the assembly, else 1.
+    // The number of patterns that the form describes: 1 on every page except Assembly.
     std::int32_t patternCount() const;
     // Writes one pattern below its element of "Patterns"; patternIndex counts from 0.
     void writePatternParameters(const TreeItem &patternItem, std::int32_t patternIndex) const;
@@ -58,12 +58,12 @@ private:
     void writeAssemblyPattern(const TreeItem &patternItem, std::int32_t patternIndex) const;
     void writeHalconPattern(const TreeItem &patternItem) const;
 
-    // Replaces the picture by that of the first pattern; after a failure the old one stays.
+    // Replaces the picture with one of the first pattern; if that fails, the old picture stays.
     void generatePreview();
 
     MainWindowForm form;
     QGraphicsScene scene;
     QImage previewImage;
-    // Where the save dialog opens; empty until a name was confirmed, and not kept between runs.
+    // The folder in which the save dialog opens; empty until the user has confirmed a name. Not kept between runs.
     QString lastSaveDirectory;
 };

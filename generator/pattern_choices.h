@@ -10,6 +10,6 @@ enum class PatternType { Official = 0, Single = 1, Flexible = 2, Assembly = 3, H
 constexpr std::array<double, 14> GridSpacingChoices{1, 1.5, 2, 3, 4, 6, 8, 12, 16, 24, 32, 48, 64, 96};
 constexpr std::array<double, 6> ThicknessChoices{0, 1, 2, 3, 4, 5};
 
-// Which items are current at start: 12 mm and 0 mm.
+// The initially selected items: 12 mm and 0 mm.
 constexpr int initialGridSpacingIndex = 7;
 constexpr int initialThicknessIndex = 0;

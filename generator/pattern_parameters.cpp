@@ -1,5 +1,5 @@
-// From the form's values to the parameters of the library's pattern command. The nodes of a pattern are written in
-// a fixed order; what is not written here is left to the command's defaults on purpose.
+// Translates the form's values into the parameters of the library's pattern command. The nodes of a pattern are written
+// in a fixed order; everything not written here is intentionally left to the command's defaults.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -40,7 +40,7 @@ void MainWindow::fillChoiceLists() {
 }
 
 void MainWindow::recomputeDerivedValues() {
-    // Each box clamps and rounds what is set; what builds on a box takes the value that the box shows.
+    // Each box clamps and rounds the value it is given; values derived from a box use the value that it shows.
     form.halconGridSpacing->setValue(form.halconOuterSize->value() * 0.125);
     const double halconGridSpacing = form.halconGridSpacing->value();
     form.halconOffsetXMM->setValue(form.halconOffsetXSpacings->value() * halconGridSpacing);
@@ -89,7 +89,7 @@ void MainWindow::writePatternParameters(const TreeItem &patternItem, std::int32_
 
 void MainWindow::writeOfficialPattern(const TreeItem &patternItem) const {
     if (form.officialPattern->currentIndex() < 0) {
-        // An empty catalogue: nothing is written, so that the user sees what the library says to that.
+        // The catalogue is empty: nothing is written, so that the user sees the library's error message.
         return;
     }
     patternItem["Type"] = form.officialPattern->currentType();
@@ -123,7 +123,7 @@ void MainWindow::writeAssemblyPattern(const TreeItem &patternItem, std::int32_t 
 }
 
 void MainWindow::writeHalconPattern(const TreeItem &patternItem) const {
-    // Without a "Type" on purpose: the command's default type is this plate.
+    // Intentionally without a "Type": the command's default type is this plate.
     patternItem["GridSpacing"] = form.halconGridSpacing->value();
     if (form.halconEncodeNothing->isChecked()) {
         patternItem["Encoding"] = false;

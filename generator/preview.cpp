@@ -17,14 +17,14 @@ constexpr std::int32_t previewImageSize = 2000;
 
 void MainWindow::generatePreview() {
     const TreeCommand command("GenerateCalibrationPattern");
-    // The command's own "Encoding"; a Halcon pattern has another one below its element of "Patterns".
+    // The command's own "Encoding"; a Halcon pattern has another one in its element of "Patterns".
     command.parameters()["Encoding"] = true;
     command.parameters()["ImageSize"] = previewImageSize;
     writePatternParameters(command.parameters()["Patterns"][0], 0);
     command.execute(true);
     previewImage = imageFromBinaryItem(command.result()["Patterns"][0].path(), false, false, false, 1.0, 0);
 
-    // Only now that a new picture is in hand may the old one go.
+    // The old picture is removed only now that there is a new one.
     scene.clear();
     auto *picture = scene.addPixmap(QPixmap::fromImage(previewImage));
     picture->setTransformationMode(Qt::SmoothTransformation);

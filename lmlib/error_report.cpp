@@ -16,7 +16,7 @@ constexpr int detailPrecisionDigits = 18;
 
 std::string detailText(const LmLibException &exception) {
     if (exception.itemPath.empty()) {
-        return "Unavailable";  // A failure of the library as a whole; its whole tree would not explain it.
+        return "Unavailable";  // The library as a whole failed; printing its whole tree would not explain that.
     }
     try {
         return "Current node value:\n" + TreeItem(exception.itemPath).asJson(true, detailPrecisionDigits, false);

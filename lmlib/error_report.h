@@ -1,10 +1,10 @@
-// How a failure of the camera library is shown to the user. Called from a handler that catches LmLibException,
-// in every slot that runs library work.
+// Shows the user a failure of the camera library. Every slot that uses the library catches LmLibException and calls
+// this from the handler.
 #pragma once
 
 class LmLibException;
 
-// Shows, modally, what failed and the node concerned; returns when the user has closed the box. Nothing in the
-// library's tree can make it fail: what cannot be read is left out. On any other thread than the application's
-// it shows nothing and rethrows the exception being handled.
+// Shows what failed and the node concerned in a modal box, and returns when the user has closed it. Does not fail if
+// parts of the library's tree cannot be read; it leaves them out. On any thread except the application's it shows
+// nothing and rethrows the exception being handled.
 void showErrorReport(const LmLibException &exception);

@@ -1,8 +1,8 @@
-// The one exception type for failures of the camera library: which item, which code, and the failed command's
-// slot. A plain value without a base class: it is thrown by value and caught by constant reference, and nothing
-// but a handler that names it catches it. It decides nothing about how a failure is shown.
+// The only exception type for failures of the camera library. It holds the item, the result code and the slot of the
+// failed command. How a failure is shown is decided elsewhere.
 //
-// Texts are in the library's narrow encoding.
+// It is thrown by value and caught by constant reference. It has no base class, so only a handler that names it (or
+// catches everything) catches it. Texts are in the library's narrow encoding.
 #pragma once
 
 #include <cstdint>
@@ -11,22 +11,22 @@
 
 class TemporarySlot;
 
-// Deliberately not a std::exception.
+// Intentionally not a std::exception.
 class LmLibException {
 public:
     // Also writes "LmLibException <name> at <path>" to the library's debug log.
     LmLibException(std::string path, std::int32_t code, std::shared_ptr<TemporarySlot> slot);
 
-    // "ErrorSymbol" and "ErrorText" of the result below itemPath; what a failed command left there.
-    // Throw LmLibException where there is none.
+    // "ErrorSymbol" and "ErrorText" that a failed command left in the result below itemPath. They throw LmLibException
+    // if there are none.
     std::string errorSymbol() const;
     std::string errorText() const;
 
-    // The item accessed; for a failed command its slot, and empty for a failure of the library as a whole.
+    // The item accessed, or the slot of a failed command; empty if the library as a whole failed.
     std::string itemPath;
     std::int32_t errorCode;
-    // The code's name; empty for a value that is no code.
+    // The code's name; empty if the value is not a result code.
     std::string errorName;
-    // Keeps the failed command's slot in the tree as long as any copy of the exception lives; else empty.
+    // Keeps the failed command's slot in the tree as long as a copy of the exception exists; null if there is none.
     std::shared_ptr<TemporarySlot> commandSlot;
 };

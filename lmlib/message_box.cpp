@@ -27,7 +27,7 @@ int showMessageBox(const std::string &text, QMessageBox::Icon icon, const std::s
     const QString details = QString::fromLocal8Bit(detailText.c_str());
 
     QMessageBox box;
-    // What the library says is shown as it is, also where it looks like markup.
+    // The library's texts are shown unchanged, even if they look like markup.
     box.setTextFormat(Qt::PlainText);
     box.setText(message);
     box.setDetailedText(details);

@@ -6,9 +6,8 @@
 #include <QMessageBox>
 #include <string>
 
-// Shows the box modally, without a parent, until it is closed, and returns the result of its last run (a
-// standard button's value). The texts are in the local 8-bit encoding. Without standardButtons the box has an
-// Ok button, which Escape presses, too. " Copy to Clipboard " copies the text, a line feed and the details, and
-// shows the box again.
+// Shows the modal box, without a parent, until it is closed, and returns the value of the standard button that closed
+// it. The texts are in the local 8-bit encoding. Without standardButtons the box has an Ok button, which Escape also
+// presses. " Copy to Clipboard " copies the text, a line feed and the details, and shows the box again.
 int showMessageBox(const std::string &text, QMessageBox::Icon icon, const std::string &detailText,
                    const QList<QMessageBox::StandardButton> &standardButtons = {});

@@ -23,7 +23,7 @@ void TemporarySlot::release() noexcept {
         try {
             checkResult(path, result);
         } catch (const LmLibException &) {
-            // Making the exception has written the failure to the debug log, which is all that is wanted here.
+            // The exception's constructor has written the failure to the debug log, which is enough here.
         }
     }
     path.clear();

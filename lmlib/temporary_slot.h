@@ -1,18 +1,18 @@
-// The guard of a command's temporary slot in the library's tree. A command and every exception thrown for it
-// hold it together through std::shared_ptr, so that a failed command's result stays readable until its report
-// has been shown; when the last of them lets go, the slot is erased. Named slots have no such guard.
+// Owns a command's temporary slot in the library's tree and erases it at the end. The command and every exception
+// thrown for it share one TemporarySlot through std::shared_ptr, so that the result of a failed command can be read
+// until its report has been shown. Named slots have no such owner.
 //
-// Owners may let go in any order and on any thread: the count is the shared pointer's, which is atomic.
+// The last owner may be destroyed on any thread.
 #pragma once
 
 #include <string>
 
 class TemporarySlot {
 public:
-    // Takes charge of the slot at this path; an empty path stands for no slot.
+    // Becomes the owner of the slot at this path; an empty path means no slot.
     explicit TemporarySlot(std::string slotPath);
-    // Erases the slot. Never throws: a slot that is gone already is fine, and any other failure only leaves its
-    // line in the library's debug log.
+    // Erases the slot. Never throws: a slot that is already gone is fine, and any other failure is only written to the
+    // library's debug log.
     ~TemporarySlot();
 
     TemporarySlot(const TemporarySlot &) = delete;

@@ -8,7 +8,7 @@
 
 namespace {
 
-// An absent node answers the questions asked about a command as well as any other.
+// An absent node is a valid answer to what is asked about a command.
 std::int32_t toleratingAbsence(std::int32_t code) {
     return code == LmLibResultItemInexistent ? static_cast<std::int32_t>(LmLibResultOperationSucceeded) : code;
 }
@@ -90,7 +90,7 @@ bool TreeCommand::finished(std::int32_t *resultOut) const {
         report(resultOut, toleratingAbsence(code));
         return true;
     }
-    // Asked once more on purpose: the first look settles only whether there is a command at all.
+    // Intentionally asked again: the first query only tells whether there is a command at all.
     type = lmLibGetType(&code, command.path().c_str());
     report(resultOut, toleratingAbsence(code));
     return type == LmLibTypeNull;

@@ -2,11 +2,10 @@
 //
 //   /Execute/<slot>/Command      the name; writing it starts the command, and it turns to null at the end
 //   /Execute/<slot>/Parameters   written before the start
-//   /Execute/<slot>/Result       written by the library; holds an "ErrorSymbol" exactly where the command failed
+//   /Execute/<slot>/Result       written by the library; has an "ErrorSymbol" if and only if the command failed
 //
-// What a command's parameters and results mean is the business of whoever runs it. Commands run one call at a
-// time on the calling thread, and waiting for one blocks that thread without a time limit. A command may be
-// executed again.
+// The caller knows what the parameters and results mean. Waiting for a command blocks the calling thread without a time
+// limit. A command may be executed again.
 #pragma once
 
 #include <cstdint>
@@ -19,9 +18,9 @@ class TemporarySlot;
 
 class TreeCommand {
 public:
-    // With a nodeName, the slot is the child of /Execute of that name and stays in the tree. Without one, a new
-    // slot is made, which is erased when this command and every exception thrown for it are gone; throws
-    // LmLibException with the path /Execute where that fails.
+    // With a nodeName, the slot is the child of /Execute with that name and stays in the tree. Without one, a new slot
+    // is made and is erased when this command and every exception thrown for it are gone; if it cannot be made, an
+    // LmLibException with the path /Execute is thrown.
     explicit TreeCommand(std::string name, const std::string &nodeName = "");
 
     // The slot and its children "Parameters" and "Result". No library call.
@@ -29,23 +28,22 @@ public:
     TreeItem parameters() const;
     TreeItem result() const;
 
-    // Starts the command, under another name unless the override is empty, and waits for its end if asked to.
-    // Throws nothing for a failure: its code goes to resultOut, which may be null. A command that ended with an
-    // error has the code 17 (ExecutionFailed).
+    // Starts the command (or the one named by the override, if that is not empty) and, if asked to, waits until it has
+    // ended. Does not throw: the result code goes to resultOut, which may be null. It is 17 (ExecutionFailed) if the
+    // command ended with an error.
     void execute(std::int32_t *resultOut, const std::string &commandNameOverride, bool wait) const;
-    // As above under the command's own name, followed by checkResult.
+    // The same with the command's own name, followed by checkResult.
     void execute(bool wait) const;
-    // Does nothing for code 0; throws LmLibException with the slot's path and a share in the temporary slot for
-    // any other.
+    // Unless the code is 0, throws LmLibException with the slot's path and shared ownership of the temporary slot.
     void checkResult(std::int32_t code) const;
 
-    // Whether the command has ended, which one that was never started has, too. A query that fails is reported
-    // in resultOut, which may be null; an absent node is no failure.
+    // True if the command has ended or was never started. The result code of the query goes to resultOut, which may be
+    // null; an absent node is not a failure.
     bool finished(std::int32_t *resultOut = nullptr) const;
-    // Whether the result holds no error symbol; resultOut as above. A failed query counts as success.
+    // True if the result has no error symbol, or if the query fails; resultOut as above.
     bool successful(std::int32_t *resultOut = nullptr) const;
-    // Throws LmLibException with code 17 unless the command is finished and successful, or with the code of a
-    // query that fails on the way.
+    // Throws LmLibException: with code 17 unless the command is finished and successful, or with the code of a query
+    // that fails.
     void assertSuccessful() const;
 
 private:

@@ -1,9 +1,9 @@
 // Typed access to the nodes of the camera library's tree. A TreeItem names one node by its path and is a plain
-// value: making, copying or navigating one never calls the library, and the node need not exist.
+// value: creating or copying one, or forming a child's path, never calls the library, and the node need not exist.
 //
-// Every other operation is exactly one call into the library followed by its result check: any code but 0 is
-// thrown as LmLibException with the item's path, exceptions being named below. Texts are passed as they are, in
-// the library's narrow encoding; what the library returns is copied at once.
+// Every other operation makes exactly one call into the library and checks its result, unless stated otherwise below:
+// any code except 0 is thrown as LmLibException with the item's path. Texts are passed unchanged, in the library's
+// narrow encoding; texts that the library returns are copied at once.
 //
 //   TreeItem parameters = command.parameters();
 //   parameters["ImageSize"] = 2000;                  // writes the node
@@ -22,13 +22,13 @@ public:
     TreeItem() = default;
     explicit TreeItem(std::string path);
 
-    // The child of this name, which is not escaped; the element of this index. No library call.
+    // The child with this name, which is not escaped, and the element with this index. No library call.
     TreeItem operator[](const std::string &name) const;
     TreeItem operator[](std::int32_t index) const;
     const std::string &path() const { return itemPath; }
 
-    // Each writes the node and returns the value written. A number must be an int32_t or a double, and only a
-    // bool is a boolean: another pointer or integer type does not turn into one.
+    // Each writes the node and returns the value. Numbers are int32_t or double, and only bool is a boolean: pointers
+    // and other integer types are not converted to it.
     const std::string &operator=(const std::string &value) const;
     const char *operator=(const char *value) const;
     std::int32_t operator=(std::int32_t value) const;
@@ -41,12 +41,12 @@ public:
 
     // A null text from the library reads as the empty string.
     std::string asString() const;
-    // As asString(), but the empty string on every failure, and never throws.
+    // As asString(), but returns the empty string on any failure instead of throwing.
     std::string asStringUnchecked() const;
     std::int32_t asInt() const;
     double asDouble() const;
     bool asBool() const;
-    // The node and all below it; numberPrecision is in significant digits.
+    // The node and everything below it; numberPrecision is in significant digits.
     std::string asJson(bool prettyPrint, std::int32_t numberPrecision, bool allowScientificFormat) const;
 
     // The number of children.
@@ -54,9 +54,9 @@ public:
     // The node's own name.
     std::string name() const;
 
-    // False for an absent node, which is no failure here.
+    // False if the node is absent, which is not a failure here.
     bool exists() const;
-    // These throw for an absent node.
+    // These throw if the node is absent.
     bool isNull() const;
     bool isNumber() const;
     bool isString() const;
@@ -64,7 +64,7 @@ public:
     bool isObject() const;
 
     void erase() const;
-    // A new child of this node whose name begins with baseName and was not there before.
+    // Makes a child of this node with a new name that begins with baseName.
     TreeItem makeUniqueItem(const std::string &baseName) const;
 
 private:
@@ -74,7 +74,7 @@ private:
     std::string itemPath;
 };
 
-// The string or number in the node, or the default where the node is absent, of another type or fails to be
-// read. A failing look at whether it is there, or at its type, still throws.
+// The string or number in the node, or the default if the node is absent, has another type or cannot be read. If the
+// query for its existence or its type fails, that throws.
 std::string asStringOr(const TreeItem &item, const std::string &defaultValue);
 double asDoubleOr(const TreeItem &item, double defaultValue);

@@ -1,4 +1,4 @@
-# What the project needs of Debian 12, and how it gets there. Sourced by run, test and .ci/run.
+# The Debian 12 packages that the project needs, and a function that installs them. Sourced by run, test and .ci/run.
 
 build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev fonts-dejavu-core)
 test_packages=(
@@ -8,7 +8,7 @@ test_packages=(
 )
 lint_packages=(clang clang-format clang-tidy git)
 
-# install_packages NAME...: installs those that are missing and says nothing when none is.
+# install_packages NAME...: installs the missing ones. Prints nothing if none is missing.
 install_packages() {
   local missing=() name
   if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then

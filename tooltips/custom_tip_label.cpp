@@ -52,7 +52,7 @@ QCustomTipLabel::QCustomTipLabel(const QString &text, QWidget *owner) : QLabel(o
     setForegroundRole(QPalette::ToolTipText);
     setBackgroundRole(QPalette::ToolTipBase);
     setPalette(tipPalette());
-    // The style must be settled before its metrics are asked for.
+    // The style must be final before its metrics are used.
     ensurePolished();
     setMargin(1 + style()->pixelMetric(QStyle::PM_ToolTipLabelFrameWidth, nullptr, this));
     setFrameStyle(QFrame::NoFrame);
@@ -75,7 +75,7 @@ void QCustomTipLabel::reuseTip(const QString &text) {
     setText(substituted);
     QSize extra(1, 0);
     const QFontMetrics metrics(font());
-    // Such fonts draw one row below what the size hint allows for.
+    // Such fonts draw one row below the area of the size hint.
     if (metrics.descent() == 2 && metrics.ascent() >= 11) {
         extra.setHeight(1);
     }
@@ -85,7 +85,7 @@ void QCustomTipLabel::reuseTip(const QString &text) {
 }
 
 void QCustomTipLabel::setTipRect(QWidget *newWidget, const QRect &newRect) {
-    // The stored rectangle is tested, not the new one, which is meant.
+    // Intentionally tests the stored rectangle, not the new one.
     if (!rect.isNull() && newWidget == nullptr) {
         qWarning("QCustomToolTip::setTipRect: Cannot pass null widget if rect is set");
         return;
@@ -106,7 +106,7 @@ void QCustomTipLabel::placeTip(const QPoint &position, QWidget *placeWidget) {
     if (p.y() + height() > bottom) {
         p.ry() -= 24 + height();
     }
-    // The order matters where the tip is larger than the screen: its left and its bottom edge are then kept.
+    // The order matters if the tip is larger than the screen: its left and bottom edges are then visible.
     p.setY(std::max(p.y(), screen.y()));
     p.setX(std::min(p.x(), right - width()));
     p.setX(std::max(p.x(), screen.x()));
@@ -162,7 +162,7 @@ void QCustomTipLabel::timerEvent(QTimerEvent *event) {
 }
 
 void QCustomTipLabel::mouseMoveEvent(QMouseEvent *event) {
-    // Without a rectangle not even the base class sees the event, which is meant.
+    // Intentionally, without a rectangle not even the base class gets the event.
     if (rect.isNull()) {
         return;
     }

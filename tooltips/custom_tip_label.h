@@ -1,12 +1,10 @@
-// The window of a tool tip: shows one text, with live links, and closes itself in time.
+// The window of a tool tip: shows one text with links that can be clicked, and closes itself after some time.
 //
-// It decides neither which text is shown nor when; that is QCustomToolTip's, through which the rest of the
-// program uses it.
+// QCustomToolTip decides which text is shown and when; the rest of the program uses that class.
 //
-// GUI thread only. At most one label exists: a new one deletes the one before, and a label deletes itself
-// when it closes. Its parent is the widget it was made for, so it goes away with that widget at the latest.
-// All intervals are milliseconds. Texts may hold placeholders; they are replaced before a text is shown,
-// measured or compared.
+// GUI thread only. At most one label exists: a new one deletes the previous one, and a label deletes itself when it
+// closes. Its parent is the widget that it was made for, so it is deleted with that widget at the latest. All intervals
+// are in milliseconds. Placeholders in a text are replaced before the text is shown, measured or compared.
 #pragma once
 
 #include <QBasicTimer>
@@ -20,32 +18,31 @@ class QCustomTipLabel : public QLabel {
     Q_OBJECT
 
 public:
-    // The label that exists, or null.
+    // The existing label, or null.
     static QCustomTipLabel *instance;
 
-    // The palette given to every new label; at first the application's palette at the first use.
+    // The palette of every new label; initially the palette that the application has at the first use.
     static QPalette &tipPalette();
 
     QCustomTipLabel(const QString &text, QWidget *owner);
     ~QCustomTipLabel() override;
 
-    // Shows the text instead of the present one, fits the size, restarts the display time and drops a
-    // close that is due.
+    // Replaces the text, adapts the size, restarts the display time and cancels a pending close.
     void reuseTip(const QString &text);
 
-    // Makes this the tip of the widget and of a rectangle in the widget's coordinates (null for none).
-    // Warns and changes nothing when the label has a rectangle and the widget is null.
+    // Makes this the tip of the widget and of a rectangle in the widget's coordinates (null for none). If the label has
+    // a rectangle and the widget is null, this warns and changes nothing.
     void setTipRect(QWidget *newWidget, const QRect &newRect);
 
-    // Moves the window next to the global position, so that it is on the screen as a whole.
+    // Moves the window next to the global position so that all of it is on the screen.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
-    // Makes the label close after the interval. Without force a close that is due stands; with force it
-    // stands when it is due no later.
+    // Closes the label after the interval. Without force, keeps a pending close; with force, keeps it only if it comes
+    // no later than the new one would.
     void restartHideTimer(int interval, bool force);
 
-    // True when the label shows this text for this widget and a mouse at the position, in the widget's
-    // coordinates, has not left the label's rectangle.
+    // True if the label shows this text for this widget and the position, in the widget's coordinates, is in the
+    // label's rectangle or there is no rectangle.
     bool isTipFor(const QString &text, const QWidget *tipWidget, const QPoint &position) const;
 
     bool eventFilter(QObject *object, QEvent *event) override;
@@ -63,13 +60,13 @@ private:
     void startHideTimer(int interval);
     void stopHideTimer();
 
-    // Valid exactly while hideTimer runs, as is an hideInterval other than 0.
+    // Valid only while hideTimer runs; hideInterval is 0 otherwise.
     QElapsedTimer hideElapsed;
     int hideInterval = 0;
     QBasicTimer hideTimer;
     QBasicTimer expireTimer;
-    // Guarded, since the label outlives it when it was made for another widget.
+    // Guarded, because the label outlives it if the label was made for another widget.
     QPointer<QWidget> widget;
-    // Hides QWidget::rect(), which is meant. In the coordinates of widget.
+    // In the coordinates of widget. Intentionally hides QWidget::rect().
     QRect rect;
 };

@@ -1,9 +1,10 @@
-// The program's tool tip: one window with live links that waits for the mouse to travel into it.
+// The program's tool tip: one window with links that can be clicked; it stays open long enough for the mouse to move
+// into it.
 //
-// It stands in for the toolkit's own tool tip, but takes no event itself; VistrelToolTipHelper does.
+// It replaces the toolkit's own tool tip. VistrelToolTipHelper handles the events and calls it.
 //
-// All operations are static and for the GUI thread. Positions are global, in pixels. Texts may hold
-// placeholders (tooltips/manual_placeholder.h).
+// All operations are static. GUI thread only. Positions are global, in pixels. Texts may contain placeholders
+// (tooltips/manual_placeholder.h).
 #pragma once
 
 #include <QFont>
@@ -21,28 +22,28 @@ class QCustomToolTip : public QObject {
 public:
     QCustomToolTip() = delete;
 
-    // As below, with no rectangle.
+    // As below, without a rectangle.
     static void showText(const QPoint &position, const QString &text, QWidget *widget = nullptr);
 
-    // Shows the text next to the position. A tip that shows it already for the widget is left alone, its
-    // display time included, while the position is in the tip's rectangle or there is none. An empty text
-    // makes a visible tip close after 200 ms. The rectangle is in the widget's coordinates.
+    // Shows the text next to the position. If a tip already shows it for the widget, and the position is in the tip's
+    // rectangle or there is no rectangle, nothing changes, not even the display time. An empty text closes a visible
+    // tip after 200 ms. The rectangle is in the widget's coordinates.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
-    // Makes a visible tip close after 200 ms.
+    // Closes a visible tip after 200 ms.
     static void hideText();
 
     static bool isVisible();
 
-    // True when the object is the window of the tip.
+    // True if the object is the window of the tip.
     static bool isTipLabel(const QObject *object);
 
-    // The text that the tip holds, placeholders replaced; empty when there is no tip.
+    // The tip's text with placeholders replaced; empty if there is no tip.
     static QString text();
 
     static QPalette palette();
 
-    // Holds for the tip that exists and for all later ones.
+    // Applies to the existing tip and to all later ones.
     static void setPalette(const QPalette &palette);
 
     static QFont font();

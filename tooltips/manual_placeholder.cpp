@@ -15,9 +15,8 @@ PlaceholderTable &placeholderTable() {
     return table;
 }
 
-// The library's texts are in the local encoding, the table's are UTF-8. Bytes that are UTF-8 already are
-// taken as they are, also where the locale does not say so (the C locale would lose them); only others are
-// converted.
+// The library's texts are in the local encoding, the table's are UTF-8. Bytes that are valid UTF-8 are taken unchanged,
+// whatever the locale is (converting them in the C locale would lose them); others are converted.
 std::string utf8FromLocal8Bit(const std::string &text) {
     QTextCodec::ConverterState state;
     const int size = static_cast<int>(text.size());
@@ -33,7 +32,7 @@ std::string localManual() {
     if (folder.empty() || !std::ifstream(folder + "/index.html")) {
         return {};
     }
-    // The folder follows as it is: where it begins with "/", the address has four slashes, which is meant and
+    // The folder is appended unchanged: if it begins with "/", the address has four slashes. This is intentional and
     // names the same file.
     return "file:///" + utf8FromLocal8Bit(folder);
 }

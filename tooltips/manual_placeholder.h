@@ -1,10 +1,8 @@
-// The placeholders of tool-tip texts: "%MANUAL%" stands for wherever the manual is.
+// The placeholders of tool-tip texts: "%MANUAL%" stands for the address of the manual.
 //
-// The table is applied to tool-tip texts only; no other text of the program is substituted. It does not
-// check that the page behind a link exists.
+// Placeholders are replaced only in tool-tip texts. Nothing checks that the page behind a link exists.
 //
-// Everything here runs on the GUI thread. The table is written once at start-up and only read afterwards.
-// Both strings of a pair are UTF-8.
+// GUI thread only. The table is written once at start-up and only read afterwards. Both strings of a pair are UTF-8.
 #pragma once
 
 #include <QString>
@@ -12,19 +10,19 @@
 #include <utility>
 #include <vector>
 
-// A placeholder and what it is replaced by.
+// A placeholder and its replacement.
 using Placeholder = std::pair<std::string, std::string>;
 
 // Pairs in the order in which they are applied.
 using PlaceholderTable = std::vector<Placeholder>;
 
-// "%MANUAL%" and the root of the manual, without a "/" at its end: "file:///" and the folder that the
-// camera library publishes as /Path/Manual when an index.html can be opened in it, and the address of the
-// online manual otherwise. Never fails and never gives an empty root.
+// "%MANUAL%" and the root of the manual, without a "/" at its end. If an index.html can be opened in the folder that
+// the camera library publishes as /Path/Manual, the root is "file:///" and that folder; otherwise it is the address of
+// the online manual. Never fails, and the root is never empty.
 Placeholder makeManualPlaceholder();
 
 // Replaces the table of the process.
 void setPlaceholderTable(PlaceholderTable table);
 
-// The text with every occurrence of every placeholder replaced, case-sensitively and in table order.
+// The text with every occurrence of every placeholder replaced, in table order. Case matters.
 QString replacePlaceholders(QString text);

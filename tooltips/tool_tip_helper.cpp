@@ -75,17 +75,17 @@ ToolTipEntry *VistrelToolTipHelper::findEntry(const QObject *object) {
 }
 
 void VistrelToolTipHelper::showToolTip(QObject *object, const QPoint &globalPosition) {
-    // Objects that are no widgets can be sent tool-tip events too; they have no text of their own.
+    // Objects that are not widgets can also be sent tool-tip events; they have no text.
     auto *widget = qobject_cast<QWidget *>(object);
     QString text = widget != nullptr ? widget->toolTip() : QString();
     if (const ToolTipEntry *entry = findEntry(object)) {
         text = entry->text;
     }
-    // Neither a window without a tip nor the tip itself closes a tip that is shown.
+    // Neither a window without a tip nor the tip itself closes a visible tip.
     if (text.isEmpty() && (object->parent() == nullptr || QCustomToolTip::isTipLabel(object))) {
         return;
     }
-    // An empty text, of a child without a tip, closes it.
+    // An empty text, which a child without a tip has, closes it.
     if (enabled) {
         QCustomToolTip::showText(globalPosition, text, widget, QRect());
     }

@@ -1,11 +1,12 @@
-// Sends every tool tip of the application to QCustomToolTip and closes the tip on a press of key or button.
+// Shows every tool tip of the application with QCustomToolTip, and closes the tip when a key or a mouse button is
+// pressed.
 //
-// Installed as an event filter on the application object, it takes the toolkit's tool-tip events away and
-// lets every other event pass. Objects may also be registered to get a tip after a hover delay of its own,
-// for objects to which the toolkit sends no tool-tip event.
+// It is installed as an event filter on the application object, consumes the toolkit's tool-tip events and lets all
+// other events pass. Objects to which the toolkit sends no tool-tip events can be registered; the helper then shows
+// their tips after its own hover delay.
 //
-// GUI thread only. Makes the placeholder table from the camera library's tree, so the library must answer
-// when it is made.
+// GUI thread only. The constructor reads the camera library's tree to make the placeholder table, so the library must
+// be usable by then.
 #pragma once
 
 #include <QEvent>
@@ -19,7 +20,7 @@ struct ToolTipEntry {
     // Not owned.
     QObject *object = nullptr;
     QString text;
-    // The mouse is in the object and its tip has not been shown yet.
+    // True if the mouse is in the object and its tip has not been shown yet.
     bool pending = false;
 };
 
@@ -29,11 +30,10 @@ class VistrelToolTipHelper : public QObject {
 public:
     VistrelToolTipHelper();
 
-    // Gives the object a tip of this text; it is forgotten when the object is destroyed. The first
-    // registration of an object counts.
+    // Gives the object a tip with this text until the object is destroyed. Registering an object again has no effect.
     void registerObject(QObject *object, const QString &text);
 
-    // While not enabled, tool-tip events are still taken away but no tip is shown. Enabled at first.
+    // While disabled, tool-tip events are still consumed but no tip is shown. Initially enabled.
     void setEnabled(bool enable);
 
     bool eventFilter(QObject *object, QEvent *event) override;

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Grown to its size without being cleared first, since the library fills it.
+// Not cleared when it is allocated, because the library fills it.
 struct Bytes {
     explicit Bytes(std::size_t byteCount) : data(new unsigned char[byteCount]), size(byteCount) {}
 
@@ -55,7 +55,7 @@ Bytes readBytes(const std::string &path) {
         fail(path, LmLibResultBufferNotDivisibleByElementSize);
     }
     Bytes bytes(static_cast<std::size_t>(byteCount));
-    // Even nothing is copied to an address of ours.
+    // The library gets a valid address even if there is nothing to copy.
     unsigned char dummy = 0;
     std::int32_t bytesCopied = 0;
     lmLibGetBinary(&code, path.c_str(), bytes.size == 0 ? &dummy : bytes.data.get(), byteCount, &bytesCopied, nullptr);
@@ -66,7 +66,7 @@ Bytes readBytes(const std::string &path) {
     return bytes;
 }
 
-// Whether the layout accounts for every byte. The products stay within 64 bits, as no factor exceeds byteCount.
+// True if the layout accounts for every byte. The products fit into 64 bits, because no factor exceeds byteCount.
 bool describes(const ImageLayout &layout, std::size_t byteCount) {
     const auto count = static_cast<std::int64_t>(byteCount);
     if (layout.width <= 0 || layout.height <= 0 || layout.channelCount <= 0) {
@@ -80,7 +80,7 @@ void scaleValues(Bytes &bytes, double valueScale) {
     std::array<unsigned char, 256> scaled{};
     for (std::size_t value = 0; value < scaled.size(); ++value) {
         const double product = std::round(static_cast<double>(value) * valueScale);
-        // A product that is not a number counts as 0.
+        // NaN counts as 0.
         scaled[value] = product > 0.0 ? static_cast<unsigned char>(std::min(product, 255.0)) : 0;
     }
     std::transform(bytes.data.get(), bytes.data.get() + bytes.size, bytes.data.get(),
@@ -90,7 +90,7 @@ void scaleValues(Bytes &bytes, double valueScale) {
 QImage makeImage(const Bytes &bytes, const ImageLayout &layout) {
     const auto format = layout.channelCount == 1 ? QImage::Format_Indexed8 : QImage::Format_RGB888;
     const int bytesPerLine = layout.width * layout.channelCount;
-    // The copy owns its pixels; the wrapped bytes end with the caller.
+    // The copy owns its pixels; the wrapped bytes belong to the caller.
     QImage image = QImage(bytes.data.get(), layout.width, layout.height, bytesPerLine, format).copy();
     if (image.format() == QImage::Format_Indexed8) {
         image.setColorTable(grayTable());
@@ -102,7 +102,7 @@ QImage turned(const QImage &image, std::int32_t quarterTurns) {
     QTransform transform;
     const QPoint center = image.rect().center();
     transform.translate(center.x(), center.y());
-    // Within one turn the toolkit's rotation is exact and keeps the palette; beyond it would resample.
+    // Up to one full turn the toolkit's rotation is exact and keeps the palette; beyond that it would resample.
     transform.rotate((quarterTurns % 4) * 90.0);
     return image.transformed(transform, Qt::FastTransformation);
 }

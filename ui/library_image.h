@@ -1,8 +1,8 @@
-// From a binary item of the camera library's tree to a picture, and fitting a view to what it shows.
+// Turns a binary item of the camera library's tree into a picture, and fits a view to its scene.
 //
-// Items are taken as 8 bits per channel, channels interleaved, rows from the top and packed. One channel gives an
-// indexed picture with a grey palette, any other number RGB. Pictures own their pixels. GUI thread only; paths are
-// in the library's narrow encoding. A failing library call is an LmLibException with the item's path.
+// Items are read as 8 bits per channel, with interleaved channels and packed rows from the top. One channel makes an
+// indexed picture with a grey palette, any other number an RGB picture. Pictures own their pixels. GUI thread only.
+// Paths are in the library's narrow encoding. A failed library call throws LmLibException with the item's path.
 #pragma once
 
 #include <QImage>
@@ -14,11 +14,12 @@
 
 class QGraphicsView;
 
-// The picture of the item at path; a null picture for an item without bytes. Every byte is multiplied by valueScale,
-// rounded half away from zero and clamped. Then come quarterTurns turns by 90 degrees clockwise (none where not
-// positive), then the mirroring; rotate180 flips both axes, so that with one of the mirrorings it cancels that one.
-// Throws LmLibException with code 7 (InternalError) when the library copies another number of bytes than the item
-// has, and with code 16 (BufferNotDivisibleByElementSize) when that number is not width x height x channels.
+// The picture of the item at path; null if the item has no bytes. First, every byte is multiplied by valueScale,
+// rounded (half away from zero) and clamped. Next, the picture is turned clockwise by 90 degrees quarterTurns times
+// (not at all if that is not positive). Last, it is mirrored; rotate180 mirrors both axes, so it cancels a mirroring of
+// one axis and leaves the other. Throws LmLibException with code 7 (InternalError) if the library copies a number of
+// bytes other than the item has, and with code 16 (BufferNotDivisibleByElementSize) if that number is not width x
+// height x channels.
 QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                            double valueScale, std::int32_t quarterTurns);
 
@@ -26,10 +27,10 @@ QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, boo
 QPixmap pixmapFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                              double valueScale, std::int32_t quarterTurns);
 
-// Makes the bounding rectangle of all items the scene's rectangle, and shows it centred and as large as it fits with
-// its aspect ratio kept. A view without a scene is left alone.
+// Sets the scene's rectangle to the bounding rectangle of all its items, and shows it centred, as large as fits, with
+// its aspect ratio kept. Does nothing if the view has no scene.
 void fitViewToScene(QGraphicsView *view);
 
-// The opaque colours of the table called "gray" (black to white, over and over from 256 on) or "jet" (blue over green
-// to red), in whatever case the name is written. Empty for another name or a count below 1.
+// The opaque colours of the table "gray" (black to white, repeated every 256 colours) or "jet" (blue through green to
+// red). The name's case does not matter. Empty for any other name or a count below 1.
 QVector<QRgb> makeColorTable(const std::string &name, int count);

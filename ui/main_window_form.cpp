@@ -20,7 +20,7 @@
 
 #include "generator/cal_tab_combo_box.h"
 
-// The resources stand in a static library, whose initialiser the linker would leave out if nobody called it.
+// The resources are in a static library; the linker would leave out their initialiser if nothing called it.
 static void initialiseResources() {
     Q_INIT_RESOURCE(vistrel);
 }
@@ -62,7 +62,7 @@ QDoubleSpinBox *createLengthBox(const char *name, QWidget *parent) {
     return box;
 }
 
-// A length that the program works out and the user only reads.
+// A length that the program computes and the user cannot edit.
 QDoubleSpinBox *createLengthDisplay(const char *name, QWidget *parent) {
     auto *box = createLengthBox(name, parent);
     box->setEnabled(false);
@@ -141,7 +141,7 @@ void MainWindowForm::setUpPatternType() {
     patternType->setSizePolicy(policy);
     patternType->setMinimumSize(400, 0);
     horizontalLayout_3->addWidget(patternType);
-    // The order of the pages is the numbering of the pattern types.
+    // The index of a page is the number of its pattern type.
     setUpOfficialPage();
     setUpSinglePage();
     setUpFlexiblePage();
@@ -228,7 +228,7 @@ void MainWindowForm::setUpFlexibleSize() {
     }
     label_14 = create<QLabel>("label_14", tab);
     gridLayout->addWidget(label_14, 4, 0);
-    // Keeps the toolkit's upper bound of 99.99 mm on purpose.
+    // Intentionally keeps the toolkit's default maximum of 99.99 mm.
     flexibleGridSpacing = createLengthBox("flexibleGridSpacing", tab);
     flexibleGridSpacing->setValue(12.5);
     gridLayout->addWidget(flexibleGridSpacing, 4, 1, 1, 3);
@@ -316,7 +316,7 @@ void MainWindowForm::setUpHalconEncoding() {
 }
 
 void MainWindowForm::setUpHalconOffset() {
-    // The displays keep the toolkit's minimum of 0 on purpose: a negative offset shows as 0.00 mm.
+    // The displays intentionally keep the toolkit's default minimum of 0: a negative offset shows as 0.00 mm.
     label_8 = createAxisLabel("label_8", tabWidgetPage1);
     gridLayout_2->addWidget(label_8, 7, 2);
     halconOffsetXSpacings = createCountBox("halconOffsetXSpacings", tabWidgetPage1, -128, 127);

@@ -1,11 +1,11 @@
 // The main window's form: every widget, layout and spacer, with their ranges, defaults and texts.
 //
-// It has no behaviour of its own: it connects nothing but slots named after an object and a signal, fills no choice
-// list but the catalogue (which fills itself) and knows nothing of the values' meaning.
+// It has no behaviour of its own: it connects only slots that are named after an object and a signal, fills no choice
+// list (the catalogue's list fills itself) and does not know what the values mean.
 //
-// Rules: everything created is owned by the window through the usual parents, so the pointers are valid as long as
-// the window's widgets are. GUI thread only. Lengths are in millimetres. Object names equal the members' names.
-// Every text passes through the translation function with the context "MainWindow".
+// The window owns everything through the usual parents, so the pointers are valid as long as the window's widgets
+// exist. GUI thread only. Lengths are in millimetres. Each object's name is the name of its member. Every text is
+// translated with the context "MainWindow".
 #pragma once
 
 class CalTabComboBox;
@@ -28,11 +28,11 @@ class QWidget;
 
 class MainWindowForm {
 public:
-    // Builds the whole form on the window, sets its texts and puts the Halcon page in front. Creating the official
-    // list asks the library for its catalogue; an LmLibException from there passes through.
+    // Builds the whole form in the window, sets its texts and makes the Halcon page the current one. The list of
+    // official plates asks the library for its catalogue; an LmLibException from that is not caught.
     void setUp(QMainWindow *window);
 
-    // Sets every text anew, as after a change of language; values, ranges and enabled states stay.
+    // Sets every text again, as needed after a change of language; values, ranges and enabled states stay.
     void retranslate(QMainWindow *window);
 
     QWidget *centralwidget = nullptr;

@@ -37,7 +37,7 @@ void setMillimetreSuffix(QDoubleSpinBox *const (&boxes)[Count]) {
     }
 }
 
-// The text of a spin box is a widget of its own within it, and the mouse is nearly always over that one.
+// A spin box contains its text field as a separate widget, and the mouse is nearly always over that one.
 template <std::size_t Count>
 void showToolTipOverText(QDoubleSpinBox *const (&boxes)[Count]) {
     for (const QDoubleSpinBox *box : boxes) {
@@ -145,7 +145,7 @@ void MainWindowForm::retranslateHalconPage() {
         QCoreApplication::translate("MainWindow",
                                     "<html><head/><body><p>Specifies the outer dimension of the border around the "
                                     "pattern.</p></body></html>"));
-    // The placeholder stays as it is here; the tool tips resolve it when they are shown.
+    // The placeholder is replaced only when the tool tip is shown.
     halconGridSpacing->setToolTip(QCoreApplication::translate(
         "MainWindow",
         "<html><head/><body><p>Shows the resulting <a href=\"%MANUAL%/guides/calibration/patterns.html\"><span "

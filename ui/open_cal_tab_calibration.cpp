@@ -1,4 +1,4 @@
-// The way to the viewer, which calibrates a printed assembly.
+// Starts the viewer, which calibrates a printed assembly.
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QProcess>
@@ -7,7 +7,8 @@
 #include "lmlib/tree_item.h"
 
 void MainWindow::openCalTabCalibration() {
-    // Unchecked on purpose: a library that knows no viewer has none that exists, which is said below.
+    // Intentionally unchecked: if the library knows no viewer, the path is empty, and the message below reports that it
+    // does not exist.
     const std::string path = TreeItem()["Path"]["Application"]["LmView"].asStringUnchecked();
     const QString program = QString::fromLocal8Bit(path.c_str());
     if (!QFileInfo::exists(program)) {

@@ -1,4 +1,4 @@
-// Saving: the camera library writes the file, in the format that the name's ending asks for.
+// Saves the patterns: the camera library writes the file in the format that the file name's extension selects.
 #include <QFileDialog>
 #include <QFileInfo>
 
@@ -14,7 +14,7 @@ void MainWindow::savePatterns() {
     if (fileName.isEmpty()) {
         return;
     }
-    // Any dot counts, whatever follows it, and whichever filter was chosen.
+    // Any dot counts as an extension, whatever follows it and whichever filter is selected.
     if (!QFileInfo(fileName).fileName().contains(QLatin1Char('.'))) {
         fileName += QStringLiteral(".pdf");
     }

@@ -1,5 +1,5 @@
-// Draws the figures of the manual into the folder named on the command line. Run when the manual is built, so
-// that every figure shows what the library of that build makes.
+// Draws the figures of the manual into the folder named on the command line. It runs when the manual is built, so that
+// every figure shows what the library of that build makes.
 #include <QDir>
 #include <exception>
 #include <iostream>
@@ -20,7 +20,7 @@ QString millimetres(double value) {
     return QString::number(value, 'g', 6) + " mm";
 }
 
-// A pattern's picture at a place of a figure, and the way from the pattern's millimetres to the figure.
+// A pattern's picture at a place in a figure, and the conversion from the pattern's millimetres to the figure's units.
 struct PlacedPattern {
     PlacedPattern(const LibraryPattern &libraryPattern, QPointF topLeft, double width)
         : pattern(libraryPattern),
@@ -62,7 +62,7 @@ void dimensionOuterSize(Figure &figure, const PlacedPattern &placed) {
                            millimetres(size.height()));
 }
 
-// Between two lattice points of the bottom row that lie a grid spacing apart.
+// Marks the distance between two lattice points of the bottom row that are one grid spacing apart.
 void dimensionGridSpacing(Figure &figure, const PlacedPattern &placed, int pointsApart) {
     const int row = placed.pattern.rows - 1;
     const QPointF from = placed.at(0, row);
@@ -80,7 +80,7 @@ void dimensionSquareSide(Figure &figure, const PlacedPattern &placed) {
                            millimetres((placed.pattern.point(column, 1) - placed.pattern.point(column, 0)).y()));
 }
 
-// The first and the last corner, which the counts of a size run between.
+// Marks the first and the last corner, the two ends of the counts in a size.
 void ringOuterCorners(Figure &figure, const PlacedPattern &placed) {
     const int columns = placed.pattern.columns;
     const int rows = placed.pattern.rows;
@@ -200,7 +200,7 @@ Figure polarityFigure() {
     return figure;
 }
 
-// Three patterns fixed to one thing, as they may lie: only the patterns themselves are to scale.
+// An example of three patterns fixed to one part. Only the patterns themselves are to scale.
 Figure assembledFigure() {
     Figure figure({620.0, 310.0}, "Three patterns of an assembly, fixed to one part at any angle");
     struct Place {

@@ -29,7 +29,7 @@ QPointF pairOf(const QJsonValue &value) {
     return {pair[0].toDouble(), pair[1].toDouble()};
 }
 
-// The file's points lie in the coordinate system of the offset.
+// The points in the file are in the coordinate system of the offset.
 void readDimensions(const QJsonObject &file, LibraryPattern &pattern) {
     const QPointF outerSize = pairOf(file["OuterSize"]);
     pattern.outerSize = QSizeF(outerSize.x(), outerSize.y());

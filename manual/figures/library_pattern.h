@@ -1,8 +1,8 @@
-// A pattern as the camera library makes it: its picture and, from its pattern file, its dimensions. The figures
-// of the manual are drawn from nothing else.
+// A pattern made by the camera library: its picture, and its dimensions from its pattern file. The manual's figures use
+// no other source.
 //
-// Lengths are millimetres; points have the origin at the top-left corner of the outer size, x to the right and
-// y down. Library failures are LmLibException; a pattern file that does not say what is read is
+// Lengths are in millimetres. The points' origin is the top-left corner of the outer size, with x to the right and y
+// down. Failures of the library throw LmLibException; a pattern file without the expected values throws
 // std::runtime_error.
 #pragma once
 
@@ -20,11 +20,11 @@ struct LibraryPattern {
     QSizeF outerSize;
     double quietZone = 0.0;
     double gridSpacing = 0.0;
-    // Number of lattice points along x and along y; the points row by row.
+    // The number of lattice points along x and along y, and the points row by row.
     int columns = 0;
     int rows = 0;
     std::vector<QPointF> points;
-    // Index of the point that lies at the pattern's offset.
+    // The indices of the point that lies at the pattern's offset.
     int referenceColumn = 0;
     int referenceRow = 0;
 
@@ -35,6 +35,6 @@ struct LibraryPattern {
     QPointF referencePoint() const { return point(referenceColumn, referenceRow); }
 };
 
-// Has the library make one pattern, whose parameters `write` writes below the item it is given, and a picture of
-// it whose longer side has so many pixels.
+// Has the library make a pattern and a picture of it with this number of pixels along its longer side. `write` writes
+// the pattern's parameters below the item that it is given.
 LibraryPattern makeLibraryPattern(const std::function<void(const TreeItem &pattern)> &write, int longerSidePixels);
