@@ -1,0 +1,195 @@
+#include "calibration/joint_solve.h"
+
+#include <ceres/ceres.h>
+
+#include <algorithm>
+#include <memory>
+#include <set>
+
+#include "calibration/sighting_residuals.h"
+
+namespace calibration {
+
+namespace {
+
+class SightingCost : public ceres::CostFunction {
+public:
+    explicit SightingCost(SightingResiduals &&what) : residualsOf(std::move(what)) {
+        set_num_residuals(residualsOf.rows());
+        for (int block = 0; block < blockCount; block++) {
+            mutable_parameter_block_sizes()->push_back(residualsOf.blockSize(Block(block)));
+        }
+    }
+
+    bool Evaluate(double const *const *parameters, double *residuals, double **jacobians) const override {
+        BlockPointers blocks{};
+        std::copy_n(parameters, blockCount, blocks.begin());
+        return residualsOf.evaluate(blocks, residuals, jacobians);
+    }
+
+private:
+    SightingResiduals residualsOf;
+};
+
+// Draws a print's scale, ratio and shear towards zero, if they may vary.
+class PrintPriorCost : public ceres::SizedCostFunction<3, PrintShape::count> {
+public:
+    explicit PrintPriorCost(const std::vector<int> &free) {
+        for (const int number : free) {
+            if (number < PrintShape::bend) {
+                weights[size_t(number)] = 1 / printPrior;
+            }
+        }
+    }
+
+    bool Evaluate(double const *const *parameters, double *residuals, double **jacobians) const override {
+        for (size_t i = 0; i < weights.size(); i++) {
+            residuals[i] = weights[i] * parameters[0][i];
+        }
+        if (jacobians != nullptr && jacobians[0] != nullptr) {
+            std::fill_n(jacobians[0], weights.size() * PrintShape::count, 0.0);
+            for (size_t i = 0; i < weights.size(); i++) {
+                jacobians[0][i * PrintShape::count + i] = weights[i];
+            }
+        }
+        return true;
+    }
+
+private:
+    std::array<double, PrintShape::bend> weights{};
+};
+
+// The problem as Ceres sees it, over the memory of an estimate.
+class JointProblem {
+public:
+    JointProblem(const Observations &seen, const SolveOptions &how, Estimate &unknown)
+        : observations(seen), options(how), estimate(unknown) {
+        for (const Sighting &sighting : observations.sightings) {
+            if (takesPart(observations, sighting, estimate)) {
+                addSighting(sighting);
+            }
+        }
+        for (const int print : prints) {
+            restrictPrint(print);
+        }
+        for (const int camera : cameras) {
+            restrictCamera(camera);
+        }
+    }
+
+    bool isEmpty() const { return moments.empty(); }
+
+    std::optional<double> solve() {
+        ceres::Solver::Options how;
+        how.linear_solver_type = ceres::DENSE_SCHUR;
+        how.linear_solver_ordering = std::make_shared<ceres::ParameterBlockOrdering>(ordering());
+        how.max_num_iterations = options.iterations;
+        how.function_tolerance = 1e-12;
+        how.parameter_tolerance = 1e-12;
+        how.gradient_tolerance = 1e-14;
+        how.num_threads = 1;  // more would add in an order that differs from run to run
+        how.logging_type = ceres::SILENT;
+        ceres::Solver::Summary summary;
+        ceres::Solve(how, &problem, &summary);
+        return summary.IsSolutionUsable() ? std::optional<double>(summary.final_cost) : std::nullopt;
+    }
+
+private:
+    void addSighting(const Sighting &sighting) {
+        SightingResiduals residuals(observations, sighting, options.robustScale);
+        if (residuals.corners() == 0) {
+            return;
+        }
+        const Photograph &photograph = observations.photographs[size_t(sighting.photograph)];
+        cameras.insert(photograph.camera);
+        moments.insert(photograph.moment);
+        prints.insert(sighting.print);
+        std::vector<double *> blocks;
+        for (const double *block : blocksOf(observations, sighting, estimate)) {
+            blocks.push_back(const_cast<double *>(block));  // of the estimate, which is ours to change
+        }
+        problem.AddResidualBlock(new SightingCost(std::move(residuals)), nullptr, blocks);
+    }
+
+    void restrictPrint(int print) {
+        const auto i = size_t(print);
+        if (estimate.isOrigin(print) || !options.freedom.prints) {
+            problem.SetParameterBlockConstant(estimate.worldFromPrint[i].data());
+        }
+        double *numbers = estimate.shapes[i].numbers.data();
+        const std::vector<int> free = options.freedom.shapes.empty() ? std::vector<int>() : options.freedom.shapes[i];
+        if (free.empty()) {
+            problem.SetParameterBlockConstant(numbers);
+            return;
+        }
+        problem.AddResidualBlock(new PrintPriorCost(free), nullptr, numbers);
+        holdAllBut(numbers, PrintShape::count, free);
+    }
+
+    void restrictCamera(int camera) {
+        const auto i = size_t(camera);
+        if (rigOrigin(observations, camera) == camera || !options.freedom.rig) {
+            problem.SetParameterBlockConstant(estimate.cameraFromRig[i].data());
+        }
+        if (!options.freedom.intrinsics) {
+            problem.SetParameterBlockConstant(estimate.intrinsics[i].data());
+        } else if (!options.freedom.coefficients) {
+            holdAllBut(estimate.intrinsics[i].data(), int(estimate.intrinsics[i].size()), {0, 1, 2, 3});
+        }
+    }
+
+    void holdAllBut(double *block, int size, const std::vector<int> &free) {
+        std::vector<int> held;
+        for (int number = 0; number < size; number++) {
+            if (std::find(free.begin(), free.end(), number) == free.end()) {
+                held.push_back(number);
+            }
+        }
+        if (!held.empty()) {
+            problem.SetManifold(block, new ceres::SubsetManifold(size, held));
+        }
+    }
+
+    // The moments are many and no sighting has two of them, so they are eliminated first.
+    ceres::ParameterBlockOrdering ordering() const {
+        ceres::ParameterBlockOrdering order;
+        std::vector<double *> blocks;
+        problem.GetParameterBlocks(&blocks);
+        for (double *block : blocks) {
+            order.AddElementToGroup(block, 1);
+        }
+        for (const int moment : moments) {
+            order.AddElementToGroup(estimate.rigFromWorld[size_t(moment)].data(), 0);
+        }
+        return order;
+    }
+
+    const Observations &observations;
+    const SolveOptions &options;
+    Estimate &estimate;
+    ceres::Problem problem;
+    std::set<int> cameras, moments, prints;
+};
+
+}  // namespace
+
+bool takesPart(const Observations &observations, const Sighting &sighting, const Estimate &estimate) {
+    const Photograph &photograph = observations.photographs[size_t(sighting.photograph)];
+    return sighting.isUsed && estimate.hasCamera[size_t(photograph.camera)] &&
+           estimate.hasMoment[size_t(photograph.moment)] && estimate.groups[size_t(sighting.print)] >= 0;
+}
+
+std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate) {
+    Estimate improved = estimate;
+    JointProblem problem(observations, options, improved);
+    if (problem.isEmpty()) {
+        return std::nullopt;
+    }
+    const std::optional<double> cost = problem.solve();
+    if (cost) {
+        estimate = std::move(improved);
+    }
+    return cost;
+}
+
+}  // namespace calibration

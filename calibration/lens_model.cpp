@@ -1,0 +1,250 @@
+#include "calibration/lens_model.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace calibration {
+
+namespace {
+
+// The place on the image plane at distance 1 after distortion, and its derivatives.
+struct Distorted {
+    Eigen::Vector2d place;
+    Eigen::Matrix<double, 2, 3> byPoint;
+    Eigen::Matrix<double, 2, Eigen::Dynamic, Eigen::RowMajor, 2, greatestParameters> byCoefficients;
+};
+
+// Coefficients that a model lacks are zero.
+std::array<double, 12> pinholeCoefficients(int count, const double *coefficients) {
+    std::array<double, 12> all{};
+    std::copy_n(coefficients, count, all.begin());
+    return all;
+}
+
+struct Radial {
+    double factor, slope;  // over the squared radius
+    double numerator, denominator;
+};
+
+Radial radialOf(const std::array<double, 12> &k, double r2) {
+    const double numerator = 1 + r2 * (k[0] + r2 * (k[1] + r2 * k[4]));
+    const double denominator = 1 + r2 * (k[5] + r2 * (k[6] + r2 * k[7]));
+    const double numeratorSlope = k[0] + r2 * (2 * k[1] + 3 * r2 * k[4]);
+    const double denominatorSlope = k[5] + r2 * (2 * k[6] + 3 * r2 * k[7]);
+    const double factor = numerator / denominator;
+    return {factor, (numeratorSlope - factor * denominatorSlope) / denominator, numerator, denominator};
+}
+
+Eigen::Vector2d distortPinhole(const std::array<double, 12> &k, double x, double y, const Radial &radial) {
+    const double r2 = x * x + y * y;
+    return {x * radial.factor + 2 * k[2] * x * y + k[3] * (r2 + 2 * x * x) + r2 * (k[8] + r2 * k[9]),
+            y * radial.factor + k[2] * (r2 + 2 * y * y) + 2 * k[3] * x * y + r2 * (k[10] + r2 * k[11])};
+}
+
+void differentiatePinhole(const std::array<double, 12> &k, int count, double x, double y, double inverseZ,
+                          const Radial &radial, Distorted &result) {
+    const double r2 = x * x + y * y;
+    const double prismX = k[8] + 2 * r2 * k[9];
+    const double prismY = k[10] + 2 * r2 * k[11];
+    Eigen::Matrix2d byPlace;
+    byPlace(0, 0) = radial.factor + 2 * x * x * radial.slope + 2 * k[2] * y + 6 * k[3] * x + 2 * x * prismX;
+    byPlace(0, 1) = 2 * x * y * radial.slope + 2 * k[2] * x + 2 * k[3] * y + 2 * y * prismX;
+    byPlace(1, 0) = 2 * x * y * radial.slope + 2 * k[2] * x + 2 * k[3] * y + 2 * x * prismY;
+    byPlace(1, 1) = radial.factor + 2 * y * y * radial.slope + 6 * k[2] * y + 2 * k[3] * x + 2 * y * prismY;
+    Eigen::Matrix<double, 2, 3> placeByPoint;
+    placeByPoint << inverseZ, 0, -x * inverseZ, 0, inverseZ, -y * inverseZ;
+    result.byPoint = byPlace * placeByPoint;
+
+    Eigen::Matrix<double, 2, 12> all;
+    const double r4 = r2 * r2;
+    const double r6 = r4 * r2;
+    const double up = 1 / radial.denominator;
+    const double down = -radial.factor / radial.denominator;
+    all.row(0) << x * r2 * up, x * r4 * up, 2 * x * y, r2 + 2 * x * x, x * r6 * up, x * r2 * down, x * r4 * down,
+        x * r6 * down, r2, r4, 0, 0;
+    all.row(1) << y * r2 * up, y * r4 * up, r2 + 2 * y * y, 2 * x * y, y * r6 * up, y * r2 * down, y * r4 * down,
+        y * r6 * down, 0, 0, r2, r4;
+    result.byCoefficients = all.leftCols(count);
+}
+
+// The distorted angle from the line of sight, and its derivative.
+void distortAngle(const double *k, double angle, double &distorted, double &slope) {
+    const double a2 = angle * angle;
+    distorted = angle * (1 + a2 * (k[0] + a2 * (k[1] + a2 * (k[2] + a2 * k[3]))));
+    slope = 1 + a2 * (3 * k[0] + a2 * (5 * k[1] + a2 * (7 * k[2] + 9 * a2 * k[3])));
+}
+
+constexpr double nearAxis = 1e-9;  // radius over distance below which a fisheye is a pinhole
+
+bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &result) {
+    const double radius = std::hypot(point.x(), point.y());
+    const double distance2 = point.squaredNorm();
+    if (!(distance2 > 0)) {
+        return false;
+    }
+    result.byCoefficients.resize(2, 4);
+    if (radius * radius < nearAxis * nearAxis * distance2) {
+        if (point.z() <= 0) {
+            return false;
+        }
+        result.place = point.head<2>() / point.z();
+        result.byPoint << 1 / point.z(), 0, 0, 0, 1 / point.z(), 0;
+        result.byCoefficients.setZero();
+        return true;
+    }
+    const double angle = std::atan2(radius, point.z());
+    double distorted = 0;
+    double slope = 0;
+    distortAngle(k, angle, distorted, slope);
+    const Eigen::Vector2d direction = point.head<2>() / radius;
+    result.place = distorted * direction;
+    const Eigen::Vector3d angleByPoint(point.z() * direction.x() / distance2, point.z() * direction.y() / distance2,
+                                       -radius / distance2);
+    const Eigen::Vector2d across(-direction.y(), direction.x());
+    result.byPoint = direction * slope * angleByPoint.transpose();
+    result.byPoint.leftCols<2>() += across * (distorted / radius) * across.transpose();
+    const double a2 = angle * angle;
+    const double a3 = angle * a2;
+    const Eigen::RowVector4d powers(a3, a3 * a2, a3 * a2 * a2, a3 * a2 * a2 * a2);
+    result.byCoefficients = direction * powers;
+    return true;
+}
+
+bool distort(LensModel lens, const double *coefficients, const Eigen::Vector3d &point, Distorted &result) {
+    if (lens == LensModel::Fisheye) {
+        return distortFisheye(coefficients, point, result);
+    }
+    if (!(point.z() > 1e-9 * point.norm())) {
+        return false;
+    }
+    const int count = coefficientCount(lens);
+    const std::array<double, 12> k = pinholeCoefficients(count, coefficients);
+    const double x = point.x() / point.z();
+    const double y = point.y() / point.z();
+    const Radial radial = radialOf(k, x * x + y * y);
+    result.place = distortPinhole(k, x, y, radial);
+    differentiatePinhole(k, count, x, y, 1 / point.z(), radial, result);
+    return true;
+}
+
+bool directionOfFisheye(const double *k, const Eigen::Vector2d &place, Eigen::Vector3d &direction) {
+    const double wanted = place.norm();
+    double angle = std::min(wanted, 3.0);
+    for (int i = 0; i < 50; i++) {
+        double distorted = 0;
+        double slope = 0;
+        distortAngle(k, angle, distorted, slope);
+        if (!(slope > 1e-6)) {
+            return false;
+        }
+        const double step = (wanted - distorted) / slope;
+        angle = std::clamp(angle + step, 0.0, 3.1);
+        if (std::abs(step) < 1e-13) {
+            break;
+        }
+    }
+    double distorted = 0;
+    double slope = 0;
+    distortAngle(k, angle, distorted, slope);
+    const double sine = std::sin(angle);
+    const Eigen::Vector2d across = wanted > nearAxis ? Eigen::Vector2d(place / wanted) : Eigen::Vector2d(1, 0);
+    direction = {across.x() * sine, across.y() * sine, std::cos(angle)};
+    return std::abs(distorted - wanted) < 1e-9;
+}
+
+// Newton's method in the plane at distance 1, in steps that stay where the distortion is well behaved.
+bool directionOfPinhole(LensModel lens, const double *coefficients, const Eigen::Vector2d &place,
+                        Eigen::Vector3d &direction) {
+    Eigen::Vector2d guess = place;
+    Distorted distorted;
+    for (int i = 0; i < 50; i++) {
+        if (!distort(lens, coefficients, {guess.x(), guess.y(), 1}, distorted)) {
+            return false;
+        }
+        const Eigen::Matrix2d slope = distorted.byPoint.leftCols<2>();
+        const double determinant = slope(0, 0) * slope(1, 1) - slope(0, 1) * slope(1, 0);
+        if (!(determinant > 1e-6)) {
+            return false;
+        }
+        const Eigen::Vector2d error = place - distorted.place;
+        Eigen::Vector2d step((slope(1, 1) * error.x() - slope(0, 1) * error.y()) / determinant,
+                             (slope(0, 0) * error.y() - slope(1, 0) * error.x()) / determinant);
+        const double limit = 0.5 * (1 + guess.norm());
+        step *= std::min(1.0, limit / std::max(step.norm(), 1e-300));
+        guess += step;
+        if (step.norm() < 1e-13 * (1 + guess.norm())) {
+            direction = Eigen::Vector3d(guess.x(), guess.y(), 1).normalized();
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+int coefficientCount(LensModel lens) {
+    switch (lens) {
+        case LensModel::Pinhole4:
+        case LensModel::Fisheye:
+            return 4;
+        case LensModel::Pinhole5:
+            return 5;
+        case LensModel::Pinhole8:
+            return 8;
+        case LensModel::Pinhole12:
+            return 12;
+    }
+    return 0;
+}
+
+int parameterCount(LensModel lens) {
+    return pinholeParameters + coefficientCount(lens);
+}
+
+const char *nameOf(LensModel lens) {
+    switch (lens) {
+        case LensModel::Pinhole4:
+            return "pinhole4";
+        case LensModel::Pinhole5:
+            return "pinhole5";
+        case LensModel::Pinhole8:
+            return "pinhole8";
+        case LensModel::Pinhole12:
+            return "pinhole12";
+        case LensModel::Fisheye:
+            return "fisheye";
+    }
+    return "";
+}
+
+bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Projection &projection) {
+    Distorted distorted;
+    if (!distort(lens, parameters + pinholeParameters, point, distorted)) {
+        return false;
+    }
+    const Eigen::Vector2d focal(parameters[0], parameters[1]);
+    projection.image = focal.cwiseProduct(distorted.place) + Eigen::Vector2d(parameters[2], parameters[3]);
+    projection.byPoint = focal.asDiagonal() * distorted.byPoint;
+    projection.byParameters.resize(2, parameterCount(lens));
+    projection.byParameters.leftCols<4>() << distorted.place.x(), 0, 1, 0, 0, distorted.place.y(), 0, 1;
+    projection.byParameters.rightCols(coefficientCount(lens)) = focal.asDiagonal() * distorted.byCoefficients;
+    return projection.image.allFinite();
+}
+
+bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Eigen::Vector2d &image) {
+    Projection projection;
+    const bool isSeen = project(lens, parameters, point, projection);
+    image = projection.image;
+    return isSeen;
+}
+
+bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image, Eigen::Vector3d &direction) {
+    const Eigen::Vector2d place((image.x() - parameters[2]) / parameters[0],
+                                (image.y() - parameters[3]) / parameters[1]);
+    const double *coefficients = parameters + pinholeParameters;
+    return lens == LensModel::Fisheye ? directionOfFisheye(coefficients, place, direction)
+                                      : directionOfPinhole(lens, coefficients, place, direction);
+}
+
+}  // namespace calibration

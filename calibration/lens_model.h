@@ -1,0 +1,44 @@
+// Lens models: from a point in front of a camera to a pixel, with all derivatives, and back to a direction.
+//
+// Parameters, in this order: fx, fy, cx, cy in pixels, then the distortion coefficients in OpenCV's order and meaning.
+//   Pinhole4:  k1 k2 p1 p2                             (Brown, "Decentering Distortion of Lenses", 1966)
+//   Pinhole5:  ... k3
+//   Pinhole8:  ... k4 k5 k6, a rational function of the squared radius
+//   Pinhole12: ... s1 s2 s3 s4, the thin prism
+//   Fisheye:   k1 k2 k3 k4, equidistant                (Kannala and Brandt, "A Generic Camera Model ...", 2006)
+// Camera axes: x to the right, y down, z along the line of sight. Pixels: the centre of the top-left pixel is (0, 0).
+// Nothing here throws, allocates or keeps state.
+#pragma once
+
+#include <Eigen/Core>
+#include <string>
+
+namespace calibration {
+
+enum class LensModel { Pinhole4, Pinhole5, Pinhole8, Pinhole12, Fisheye };
+
+constexpr int pinholeParameters = 4;    // fx, fy, cx, cy
+constexpr int greatestParameters = 16;  // of all models
+
+// Number of distortion coefficients, and of all parameters.
+int coefficientCount(LensModel lens);
+int parameterCount(LensModel lens);
+
+// "pinhole4" ... "fisheye".
+const char *nameOf(LensModel lens);
+
+struct Projection {
+    Eigen::Vector2d image;                // pixels
+    Eigen::Matrix<double, 2, 3> byPoint;  // pixels per unit of the point
+    Eigen::Matrix<double, 2, Eigen::Dynamic, Eigen::RowMajor, 2, greatestParameters> byParameters;
+};
+
+// Projects a point in camera axes. False if the camera cannot see it: for a pinhole, if it is not in front.
+bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Projection &projection);
+bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Eigen::Vector2d &image);
+
+// The direction, of unit length, that projects to a pixel. False if none is found: where the distortion folds over, a
+// pixel has none or several.
+bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image, Eigen::Vector3d &direction);
+
+}  // namespace calibration

@@ -1,0 +1,40 @@
+// What a print really looks like: how its scale, its ratio of x to y, its shear and its bend differ from the drawing.
+#pragma once
+
+#include <Eigen/Core>
+#include <array>
+
+namespace calibration {
+
+struct PrintShape {
+    // The numbers, in the order in which a solver varies them:
+    //   0      logarithm of the scale, the geometric mean of x and y
+    //   1      logarithm of the ratio of the x scale to the y scale
+    //   2      shear: x grows by this much per unit of y
+    //   3..5   bend in mm: the weights of x^2, xy and y^2, with x and y in units of `reach`
+    //   6..9   bend in mm: the weights of x^3, x^2 y, x y^2 and y^3
+    static constexpr int scale = 0;
+    static constexpr int ratio = 1;
+    static constexpr int shear = 2;
+    static constexpr int bend = 3;
+    static constexpr int count = 10;
+
+    std::array<double, count> numbers{};
+    double reach = 1;  // mm: half the diagonal of the drawn points, so that bends compare
+
+    double xScale() const;
+    double yScale() const;
+};
+
+// How many numbers of the bend are free.
+enum class Bend { Flat, Quadratic, Cubic };
+int bendNumbers(Bend bend);
+
+// Where a point of the drawing lies on the print, in the print's own axes: x and y in its plane, z the bend.
+struct PrintedPoint {
+    Eigen::Vector3d place;
+    Eigen::Matrix<double, 3, PrintShape::count, Eigen::RowMajor> byNumbers;
+};
+PrintedPoint printedPoint(const double *numbers, double reach, const Eigen::Vector2d &drawn);
+
+}  // namespace calibration

@@ -1,0 +1,36 @@
+// A rotation followed by a translation, as six numbers that a solver can vary.
+#pragma once
+
+#include <Eigen/Core>
+
+namespace calibration {
+
+// The rotation matrix of a rotation vector: its direction is the axis, its length the angle in radians.
+Eigen::Matrix3d rotationMatrix(const Eigen::Vector3d &rotation);
+
+// The rotation vector of a rotation matrix; its length is at most pi.
+Eigen::Vector3d rotationVector(const Eigen::Matrix3d &matrix);
+
+// The matrix J for which rotationMatrix(rotation + d) = rotationMatrix(J d) * rotationMatrix(rotation) for a small d.
+Eigen::Matrix3d leftJacobian(const Eigen::Vector3d &rotation);
+
+Eigen::Matrix3d crossMatrix(const Eigen::Vector3d &v);
+
+// p becomes rotationMatrix(rotation) * p + translation. "aFromB" names a motion from coordinates b to coordinates a.
+struct RigidMotion {
+    Eigen::Vector3d rotation = Eigen::Vector3d::Zero();
+    Eigen::Vector3d translation = Eigen::Vector3d::Zero();
+
+    Eigen::Vector3d operator*(const Eigen::Vector3d &p) const { return rotationMatrix(rotation) * p + translation; }
+    // The motion that applies `first`, then this one.
+    RigidMotion operator*(const RigidMotion &first) const;
+    RigidMotion inverse() const;
+
+    // The six numbers, rotation first, one after the other.
+    double *data() { return rotation.data(); }
+    const double *data() const { return rotation.data(); }
+};
+
+static_assert(sizeof(RigidMotion) == 6 * sizeof(double), "a solver varies the six numbers in place");
+
+}  // namespace calibration

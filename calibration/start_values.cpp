@@ -1,0 +1,317 @@
+#include "calibration/start_values.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "calibration/joint_solve.h"
+#include "calibration/planar_pose.h"
+#include "calibration/sighting_residuals.h"
+
+namespace calibration {
+
+namespace {
+
+// One camera's sightings as if each were a moment of its own and showed a print of its own: a lens can be estimated
+// before anything is known of how prints and moments hang together.
+class LensAlone {
+public:
+    LensAlone(const Observations &all, int camera) {
+        alone.cameras = {all.cameras[size_t(camera)]};
+        alone.prints = all.prints;
+        for (const Sighting &sighting : all.sightings) {
+            if (sighting.isUsed && all.photographs[size_t(sighting.photograph)].camera == camera) {
+                add(sighting);
+            }
+        }
+        std::stable_sort(alone.sightings.begin(), alone.sightings.end(),
+                         [](const Sighting &a, const Sighting &b) { return a.corners.size() > b.corners.size(); });
+        for (Sighting &sighting : alone.sightings) {
+            sighting.photograph = int(&sighting - alone.sightings.data());
+        }
+    }
+
+    bool isEmpty() const { return alone.sightings.empty(); }
+
+    // A few sightings with few corners are enough to tell focal lengths apart.
+    void keepFew() {
+        constexpr size_t fewSightings = 10;
+        constexpr size_t fewCorners = 50;
+        if (alone.sightings.size() > fewSightings) {
+            // Spread over those with many corners, which usually differ in pose.
+            const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
+            std::vector<Sighting> few;
+            for (size_t i = 0; few.size() < fewSightings; i += stride) {
+                few.push_back(alone.sightings[i]);
+            }
+            alone.sightings = few;
+        }
+        for (Sighting &sighting : alone.sightings) {
+            sighting.photograph = int(&sighting - alone.sightings.data());
+            const size_t stride = (sighting.corners.size() + fewCorners - 1) / fewCorners;
+            std::vector<SeenCorner> corners;
+            for (size_t i = 0; i < sighting.corners.size(); i += stride) {
+                corners.push_back(sighting.corners[i]);
+            }
+            sighting.corners = corners;
+        }
+        alone.photographs.resize(alone.sightings.size());
+        alone.moments = int(alone.sightings.size());
+    }
+
+    // Improves the lens; returns the rms of the residuals in standard deviations, with those of a sighting limited so
+    // that a bad one does not decide.
+    double improve(Eigen::VectorXd &intrinsics, double robustScale, int iterations) const {
+        Estimate estimate = poses(intrinsics);
+        SolveOptions options;
+        options.freedom.rig = false;
+        options.freedom.prints = false;
+        options.robustScale = robustScale;
+        options.iterations = iterations;
+        if (!solveJointly(alone, options, estimate)) {
+            return std::numeric_limits<double>::infinity();
+        }
+        intrinsics = estimate.intrinsics.front();
+        return rmsOf(estimate);
+    }
+
+private:
+    void add(const Sighting &sighting) {
+        Sighting copy = sighting;
+        copy.photograph = int(alone.photographs.size());
+        alone.photographs.push_back({"", 0, alone.moments});
+        alone.moments++;
+        alone.sightings.push_back(std::move(copy));
+    }
+
+    Estimate poses(const Eigen::VectorXd &intrinsics) const {
+        Estimate estimate;
+        estimate.intrinsics = {intrinsics};
+        estimate.cameraFromRig.resize(1);
+        estimate.hasCamera = {true};
+        estimate.worldFromPrint.resize(alone.prints.size());
+        estimate.shapes.resize(alone.prints.size());
+        estimate.groups.assign(alone.prints.size(), 0);
+        estimate.rigFromWorld.resize(size_t(alone.moments));
+        estimate.hasMoment.assign(size_t(alone.moments), false);
+        for (const Sighting &sighting : alone.sightings) {
+            const PrintShape &shape = estimate.shapes[size_t(sighting.print)];
+            if (const auto pose = planarPose(alone, sighting, intrinsics, shape)) {
+                const auto moment = size_t(alone.photographs[size_t(sighting.photograph)].moment);
+                estimate.rigFromWorld[moment] = pose->cameraFromPrint;
+                estimate.hasMoment[moment] = true;
+            }
+        }
+        return estimate;
+    }
+
+    double rmsOf(const Estimate &estimate) const {
+        constexpr double worst = 1e3;  // of a sighting
+        std::vector<double> squares;
+        for (const Sighting &sighting : alone.sightings) {
+            const SightingResiduals residuals(alone, sighting, 0);
+            Eigen::VectorXd values(residuals.rows());
+            const bool isSeen = takesPart(alone, sighting, estimate) &&
+                                residuals.evaluate(blocksOf(alone, sighting, estimate), values.data(), nullptr);
+            squares.push_back(isSeen ? std::min(values.squaredNorm() / residuals.rows(), worst * worst)
+                                     : worst * worst);
+        }
+        double sum = 0;
+        for (const double square : squares) {
+            sum += square / double(squares.size());
+        }
+        return std::sqrt(sum);
+    }
+
+    Observations alone;
+};
+
+// Focal lengths to try, in pixels.
+std::vector<double> focalLengths(const Camera &camera) {
+    const double side = std::max(camera.width, camera.height);
+    if (camera.lens != LensModel::Fisheye) {
+        std::vector<double> lengths;
+        for (const double factor : {0.5, 0.75, 1.1, 1.6, 2.5, 4.0, 8.0}) {
+            lengths.push_back(factor * side);
+        }
+        return lengths;
+    }
+    std::vector<double> lengths;
+    const double degree = std::acos(-1.0) / 180;
+    for (const double degrees : {40, 70, 100, 130, 160, 190, 220}) {
+        lengths.push_back(side / (degrees * degree));
+    }
+    return lengths;
+}
+
+Eigen::VectorXd plainLens(const Camera &camera, double focalLength) {
+    Eigen::VectorXd intrinsics = Eigen::VectorXd::Zero(parameterCount(camera.lens));
+    intrinsics.head<4>() << focalLength, focalLength, (camera.width - 1) / 2.0, (camera.height - 1) / 2.0;
+    return intrinsics;
+}
+
+// Finds poses along the photographs that link prints, moments and cameras, the most reliable sighting first.
+class PoseTree {
+public:
+    PoseTree(const Observations &seen, std::vector<Eigen::VectorXd> lenses) : observations(seen) {
+        estimate.intrinsics = std::move(lenses);
+        estimate.cameraFromRig.resize(observations.cameras.size());
+        for (size_t camera = 0; camera < observations.cameras.size(); camera++) {
+            estimate.hasCamera.push_back(rigOrigin(observations, int(camera)) == int(camera));
+        }
+        estimate.rigFromWorld.resize(size_t(observations.moments));
+        estimate.hasMoment.assign(size_t(observations.moments), false);
+        estimate.worldFromPrint.resize(observations.prints.size());
+        estimate.groups.assign(observations.prints.size(), -1);
+        estimate.shapes.resize(observations.prints.size());
+        photographs.resize(observations.photographs.size());
+        for (const Sighting &sighting : observations.sightings) {
+            measure(sighting);
+        }
+        std::stable_sort(links.begin(), links.end(),
+                         [](const Link &a, const Link &b) { return a.reliability > b.reliability; });
+    }
+
+    Estimate grow() {
+        int group = 0;
+        for (size_t print = 0; print < observations.prints.size(); print++) {
+            if (estimate.groups[print] < 0 && isSeen(int(print))) {
+                estimate.groups[print] = group;
+                groupOf = group++;
+                while (extend()) {
+                }
+            }
+        }
+        return estimate;
+    }
+
+private:
+    struct Link {
+        const Sighting *sighting;
+        RigidMotion cameraFromPrint;
+        double reliability;
+    };
+
+    void measure(const Sighting &sighting) {
+        const Photograph &photograph = observations.photographs[size_t(sighting.photograph)];
+        const Eigen::VectorXd &lens = estimate.intrinsics[size_t(photograph.camera)];
+        if (!sighting.isUsed || lens.size() == 0) {
+            return;
+        }
+        if (const auto pose = planarPose(observations, sighting, lens, estimate.shapes[size_t(sighting.print)])) {
+            links.push_back({&sighting, pose->cameraFromPrint, double(sighting.corners.size()) / (1 + pose->rms)});
+        }
+    }
+
+    bool isSeen(int print) const {
+        return std::any_of(links.begin(), links.end(), [&](const Link &link) { return link.sighting->print == print; });
+    }
+
+    // Follows the first link that says something new.
+    bool extend() {
+        for (const Link &link : links) {
+            const auto print = size_t(link.sighting->print);
+            std::optional<RigidMotion> &cameraFromWorld = photographs[size_t(link.sighting->photograph)];
+            if (estimate.groups[print] >= 0 && !cameraFromWorld) {
+                cameraFromWorld = link.cameraFromPrint * estimate.worldFromPrint[print].inverse();
+                spread();
+                return true;
+            }
+            if (estimate.groups[print] < 0 && cameraFromWorld) {
+                estimate.worldFromPrint[print] = cameraFromWorld->inverse() * link.cameraFromPrint;
+                estimate.groups[print] = groupOf;
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // From photographs to the moments and cameras of a rig, and from these to the other photographs.
+    void spread() {
+        for (bool isNew = true; isNew;) {
+            isNew = false;
+            for (size_t i = 0; i < photographs.size(); i++) {
+                const auto camera = size_t(observations.photographs[i].camera);
+                const auto moment = size_t(observations.photographs[i].moment);
+                const bool hasCamera = estimate.hasCamera[camera];
+                const bool hasMoment = estimate.hasMoment[moment];
+                if (photographs[i] && hasCamera && !hasMoment) {
+                    estimate.rigFromWorld[moment] = estimate.cameraFromRig[camera].inverse() * *photographs[i];
+                    estimate.hasMoment[moment] = true;
+                    isNew = true;
+                } else if (photographs[i] && !hasCamera && hasMoment) {
+                    estimate.cameraFromRig[camera] = *photographs[i] * estimate.rigFromWorld[moment].inverse();
+                    estimate.hasCamera[camera] = true;
+                    isNew = true;
+                } else if (!photographs[i] && hasCamera && hasMoment) {
+                    photographs[i] = estimate.cameraFromRig[camera] * estimate.rigFromWorld[moment];
+                    isNew = true;
+                }
+            }
+        }
+    }
+
+    const Observations &observations;
+    Estimate estimate;
+    std::vector<Link> links;
+    std::vector<std::optional<RigidMotion>> photographs;  // cameraFromWorld
+    int groupOf = 0;                                      // of the print that is being extended
+};
+
+}  // namespace
+
+int rigOrigin(const Observations &observations, int camera) {
+    // Cameras of one moment belong together; followed until nothing changes, as links may be indirect.
+    std::vector<int> origin(observations.cameras.size());
+    for (size_t i = 0; i < origin.size(); i++) {
+        origin[i] = int(i);
+    }
+    for (bool changed = true; changed;) {
+        changed = false;
+        std::vector<int> least(size_t(observations.moments), int(origin.size()));
+        for (const Photograph &photograph : observations.photographs) {
+            int &one = least[size_t(photograph.moment)];
+            one = std::min(one, origin[size_t(photograph.camera)]);
+        }
+        for (const Photograph &photograph : observations.photographs) {
+            int &one = origin[size_t(photograph.camera)];
+            if (least[size_t(photograph.moment)] < one) {
+                one = least[size_t(photograph.moment)];
+                changed = true;
+            }
+        }
+    }
+    return origin[size_t(camera)];
+}
+
+std::optional<double> startLens(const Observations &observations, int camera, Eigen::VectorXd &intrinsics) {
+    const LensAlone all(observations, camera);
+    if (all.isEmpty()) {
+        return std::nullopt;
+    }
+    LensAlone few = all;
+    few.keepFew();
+    // Far-out residuals count little from the start, but while the focal length is wrong all are far out.
+    constexpr double firstScale = 300;
+    constexpr double secondScale = 30;
+    double least = std::numeric_limits<double>::infinity();
+    for (const double focalLength : focalLengths(observations.cameras[size_t(camera)])) {
+        Eigen::VectorXd lens = plainLens(observations.cameras[size_t(camera)], focalLength);
+        few.improve(lens, firstScale, 30);
+        const double rms = few.improve(lens, secondScale, 30);
+        if (rms < least && lens(0) > 0 && lens(1) > 0) {
+            least = rms;
+            intrinsics = lens;
+        }
+    }
+    if (!std::isfinite(least)) {
+        return std::nullopt;
+    }
+    return all.improve(intrinsics, secondScale, 50);
+}
+
+Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics) {
+    return PoseTree(observations, std::move(intrinsics)).grow();
+}
+
+}  // namespace calibration
