@@ -2,7 +2,7 @@
 
 build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev fonts-dejavu-core)
 test_packages=(
-  libgtest-dev libgmock-dev libopencv-dev libexif-dev libcli11-dev pkg-config libcairo2-dev
+  libgtest-dev libgmock-dev libopencv-dev libexif-dev libcli11-dev libceres-dev pkg-config libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps strace
   poppler-utils qpdf
 )
