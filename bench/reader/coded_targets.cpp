@@ -1,9 +1,13 @@
 #include "bench/reader/coded_targets.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
 
 #include "camera_library/pattern/code_cells.h"
 #include "camera_library/pattern/pattern_description.h"
+#include "camera_library/pattern/pattern_types.h"
 #include "camera_library/pattern_code/position_code.h"
 
 namespace reader_bench {
@@ -17,6 +21,15 @@ int pick(std::mt19937 &random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
 }
 
+// Of one of LmLib64's types of patterns, by the parameter "Type"; a plate has none.
+PatternDescription describe(const std::optional<std::string> &typeName) {
+    PatternDescription description;
+    description.type = lmlib64::findPatternType(typeName);
+    description.typeName = typeName.value_or("");
+    description.gridSize = description.type->gridSize;
+    return description;
+}
+
 CodedTarget printed(const PatternDescription &description, const Print &print) {
     CodedTarget coded;
     coded.topLeftDark = description.polarity;
@@ -27,15 +40,12 @@ CodedTarget printed(const PatternDescription &description, const Print &print) {
 }  // namespace
 
 CodedTarget makeTile(int tile, std::mt19937 &random, const Print &print) {
-    PatternDescription description;
-    description.kind = lmlib64::PatternKind::Single;
-    description.gridSize = {pattern_code::tileSide - 1, pattern_code::tileSide - 1};
+    PatternDescription description = describe(tile == pattern_code::singleTile ? "SingleCustom" : "Assembly");
     description.polarity = pick(random, 0, 1) != 0;
     description.gridSpacing = pick(random, 100, 9600) / 100.0;
     if (tile == pattern_code::singleTile) {
         description.thickness = pick(random, 0, 1000) / 100.0;
     } else {
-        description.kind = lmlib64::PatternKind::Assembly;
         description.assemblyNumber = tile - 1;
     }
     CodedTarget coded = printed(description, print);
@@ -52,8 +62,7 @@ CodedTarget makeTile(int tile, std::mt19937 &random, const Print &print) {
 }
 
 CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Print &print) {
-    PatternDescription description;
-    description.kind = lmlib64::PatternKind::Flexible;
+    PatternDescription description = describe("Flexible");
     description.gridSpacing = 2;
     description.gridSize = {width, height};
     description.polarity = pick(random, 0, 1) != 0;
@@ -63,7 +72,7 @@ CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Prin
     };
     const int x = offset(width);
     const int y = offset(height);
-    description.offset = {double(x), double(y)};
+    description.offset = std::array<double, 2>{double(x), double(y)};
     CodedTarget coded = printed(description, print);
     coded.kind = PatternKind::Plane;
     const auto window = pattern_code::planeWindowForPattern(width, height, x, y);
@@ -72,14 +81,14 @@ CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Prin
 }
 
 CodedTarget makePlate(std::mt19937 &random, const Print &print) {
-    PatternDescription description;
+    PatternDescription description = describe(std::nullopt);
+    std::optional<cv::Point> offset;
     description.gridSpacing = 10;
-    description.gridSize = {7, 7};
-    description.hasOffset = pick(random, 0, 1) != 0;
-    if (description.hasOffset) {
+    if (pick(random, 0, 1) != 0) {
         const int x = pick(random, -128, 127);
         const int y = pick(random, -128, 127);
-        description.offset = {x * description.gridSpacing, y * description.gridSpacing};
+        offset = cv::Point(x, y);
+        description.offset = std::array<double, 2>{x * description.gridSpacing, y * description.gridSpacing};
     } else {
         description.gridSpacing = pick(random, 100, 12500) / 100.0;
         description.thickness = pick(random, 0, 1000) / 100.0;
@@ -87,9 +96,8 @@ CodedTarget makePlate(std::mt19937 &random, const Print &print) {
     CodedTarget coded = printed(description, print);
     coded.kind = PatternKind::Plate;
     coded.hasBlock = true;
-    if (description.hasOffset) {
-        coded.values.offset = cv::Point(int(description.offset[0] / description.gridSpacing),
-                                        int(description.offset[1] / description.gridSpacing));
+    if (offset) {
+        coded.values.offset = offset;
     } else {
         coded.values.gridSpacing = description.gridSpacing;
         coded.values.thickness = description.thickness;
