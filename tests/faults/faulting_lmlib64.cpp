@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
-#include <utility>
 
 namespace {
 
@@ -20,7 +18,6 @@ struct State {
     Fault fault;
     std::int64_t calls = 0;
     std::optional<FailedCall> failed;
-    std::map<std::pair<std::string, std::string>, int> callsOfPath;
 };
 
 State &state() {
@@ -53,12 +50,11 @@ bool endsIn(const std::string &text, const std::string &ending) {
 bool fails(const char *function, const char *path, bool hasResult) {
     State &current = state();
     ++current.calls;
-    const int earlier = current.callsOfPath[{function, textOf(path)}]++;
     if (current.calls == current.fault.call) {
-        current.failed = FailedCall{function, textOf(path), hasResult, earlier};
+        current.failed = FailedCall{function, textOf(path), hasResult};
         return true;
     }
-    return current.fault.alsoJson && textOf(function) == "lmLibGetJson";
+    return false;
 }
 
 template <typename Returned, typename... Parameters, typename... Arguments>
@@ -175,7 +171,7 @@ void lmLibFinalize(int32_t *result) {
 namespace faulting_lmlib64 {
 
 void setFault(const Fault &fault) {
-    state() = State{fault, 0, {}, {}};
+    state() = State{fault, 0, {}};
 }
 
 std::int64_t callCount() {

@@ -21,14 +21,12 @@ namespace faulting_lmlib64 {
 struct Fault {
     std::int64_t call = 0;  // which call fails, counted from 1; 0 for none
     std::int32_t code = 0;
-    bool alsoJson = false;  // every lmLibGetJson fails, too, as where a failure's details cannot be read
 };
 
 struct FailedCall {
     std::string function;
     std::string path;
     bool hasResult = false;  // whether the caller asked for the result code
-    int earlierCalls = 0;    // how often the function had been called for the path before
 };
 
 // Counts the calls from 1 again and lets those of the fault fail from now on.
