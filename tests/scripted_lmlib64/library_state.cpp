@@ -99,7 +99,8 @@ std::function<void(const Call &)> LibraryState::record(const Call &call) {
 std::optional<std::int32_t> LibraryState::scriptedResult(const Call &call) {
     std::optional<std::int32_t> code;
     for (auto rule = resultRules.rbegin(); rule != resultRules.rend(); ++rule) {
-        if (rule->function != call.function || !matches(rule->pathPattern.c_str(), call.path.c_str())) {
+        if (!matches(rule->function.c_str(), call.function.c_str()) ||
+            !matches(rule->pathPattern.c_str(), call.path.c_str())) {
             continue;
         }
         ++rule->matchCount;

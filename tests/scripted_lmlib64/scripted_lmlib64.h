@@ -103,9 +103,9 @@ LMLIB64_API bool hasNode(const std::string &path);
 // Compact JSON; an empty text where there is no node.
 LMLIB64_API std::string nodeJson(const std::string &path);
 
-// Makes calls of the function whose path matches the pattern ("*" stands for any characters, none included) do
-// nothing but set this code and return 0 or null; code 0 does so, too. occurrence chooses the n-th matching call
-// from now on, 0 all of them. What was set last is looked at first.
+// Makes calls whose function and path match the patterns ("*" stands for any characters, none included) do nothing but
+// set this code and return 0 or null; code 0 does so, too. occurrence chooses the n-th matching call from now on, 0 all
+// of them. What was set last is looked at first.
 LMLIB64_API void setResult(const std::string &function, const std::string &pathPattern, std::int32_t code,
                            std::int32_t occurrence = 0);
 
