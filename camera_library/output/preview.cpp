@@ -10,6 +10,7 @@
 
 #include "camera_library/output/outline_raster.h"
 #include "camera_library/output/rectangle_raster.h"
+#include "camera_library/pattern/shape_nesting.h"
 
 namespace lmlib64 {
 
@@ -73,16 +74,20 @@ std::vector<Point> cornersOfCircle(double radiusMm, double pixelsPerMm) {
     return corners;
 }
 
-bool isWithin(const Circle &circle, const Circle &other) {
-    const double apart = std::hypot(circle.centre.x - other.centre.x, circle.centre.y - other.centre.y);
-    return apart + circle.radius <= other.radius;
+// As seen on the picture, where y runs down.
+bool isClockwise(const Polygon &polygon) {
+    double twiceArea = 0.0;
+    Point from = polygon.back();
+    for (const Point &to : polygon) {
+        twiceArea += from.x * to.y - to.x * from.y;
+        from = to;
+    }
+    return twiceArea > 0.0;
 }
 
-// A hole follows the circle around it.
 void addCircles(const std::vector<Circle> &circles, const Scale &scale, double pixelsPerMm,
                 std::vector<PixelOutline> &outlines) {
     std::map<double, std::vector<Point>> cornersByRadius;  // a plate has three sizes of circles, and many of each
-    const Circle *previous = nullptr;
     for (const Circle &circle : circles) {
         std::vector<Point> &corners = cornersByRadius[circle.radius];
         if (corners.empty()) {
@@ -93,29 +98,40 @@ void addCircles(const std::vector<Circle> &circles, const Scale &scale, double p
         for (const Point &corner : corners) {
             outline.push_back(scale.point(circle.centre.x + corner.x, circle.centre.y + corner.y));
         }
-        if (previous != nullptr && isWithin(circle, *previous)) {
-            std::reverse(outline.begin(), outline.end());
-        }
-        previous = &circle;
     }
 }
 
-// An outline within another runs the other way round, as the raster wants it: a plate's outer size clockwise, the
-// inside of its frame counter-clockwise, the circles in there clockwise, their holes counter-clockwise.
-std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
-                                           int width, int height) {
+// All shapes clockwise, in the order of holesOf. A geometry's polygons have either direction.
+std::vector<PixelOutline> outlinesOf(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm) {
     std::vector<PixelOutline> outlines;
+    outlines.reserve(geometry.rectangles.size() + geometry.polygons.size() + geometry.circles.size());
     for (const Rectangle &r : geometry.rectangles) {
         outlines.push_back({scale.point(r.left, r.top), scale.point(r.right, r.top), scale.point(r.right, r.bottom),
                             scale.point(r.left, r.bottom)});
     }
     for (const Polygon &polygon : geometry.polygons) {
         PixelOutline &outline = outlines.emplace_back();
-        for (auto corner = polygon.rbegin(); corner != polygon.rend(); ++corner) {
-            outline.push_back(scale.point(corner->x, corner->y));
+        for (const Point &corner : polygon) {
+            outline.push_back(scale.point(corner.x, corner.y));
+        }
+        if (!isClockwise(polygon)) {
+            std::reverse(outline.begin(), outline.end());
         }
     }
     addCircles(geometry.circles, scale, pixelsPerMm, outlines);
+    return outlines;
+}
+
+// A hole runs the other way round than the shape around it, as the raster wants it.
+std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
+                                           int width, int height) {
+    std::vector<PixelOutline> outlines = outlinesOf(geometry, scale, pixelsPerMm);
+    const std::vector<bool> isHole = holesOf(geometry);
+    for (std::size_t i = 0; i < outlines.size(); ++i) {
+        if (isHole[i]) {
+            std::reverse(outlines[i].begin(), outlines[i].end());
+        }
+    }
     return rasterOutlines(outlines, width, height);
 }
 

@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "camera_library/output/outline_raster.h"
+#include "camera_library/output/preview.h"
 #include "camera_library/output/rectangle_raster.h"
+#include "camera_library/pattern/halcon_plate.h"
 
 namespace lmlib64 {
 namespace {
@@ -164,6 +166,34 @@ TEST(Raster, drawsRoundShapesAsCairoDoes) {
     }
     EXPECT_LE(greatestDifference(rasterOutlines(outlines, width, height), drawnByCairo(outlines, width, height, 32)),
               1.0);
+}
+
+// A plate without a frame whose round marks, with a ring in one of them, are light on dark.
+PatternGeometry invertedGrid() {
+    PatternGeometry geometry;
+    geometry.width = 5.0;
+    geometry.height = 5.0;
+    geometry.circles = {{{1.3, 1.2}, 0.7}, {{1.3, 1.2}, 0.35}, {{1.3, 1.2}, 0.3}, {{3.1, 1.2}, 0.6}, {{2.0, 3.0}, 0.9}};
+    geometry.rectangles = {{0.0, 0.0, 5.0, 5.0}};
+    geometry.quietZone = 0.5;
+    return geometry;
+}
+
+// Where outlines meet in one pixel, it is exact only if each runs the other way round than the one around it.
+TEST(Preview, isExactHoweverTheShapesNest) {
+    constexpr std::size_t times = 32;
+    for (const PatternGeometry &geometry : {halconPlate(12.5, true), halconPlate(12.5, false), invertedGrid()}) {
+        const Binary small = renderPreview(geometry, 40);
+        const Binary large = renderPreview(geometry, 40 * int{times});
+        const auto width = static_cast<std::size_t>(small.width);
+        ASSERT_EQ(large.bytes.size(), small.bytes.size() * times * times);
+        std::vector<double> expected(small.bytes.size());
+        for (std::size_t i = 0; i < large.bytes.size(); ++i) {
+            expected[i / (width * times * times) * width + i % (width * times) / times] +=
+                large.bytes[i] / double{times * times};
+        }
+        EXPECT_LE(greatestDifference(small.bytes, expected), 2.0);
+    }
 }
 
 }  // namespace
