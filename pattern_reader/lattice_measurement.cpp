@@ -231,9 +231,9 @@ void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<
 
 }  // namespace
 
-std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice) {
+std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice, std::optional<float> knownBlur) {
     CornerMeasurement measurement(picture, lattice);
-    if (const std::optional<float> blur = measurement.blur()) {
+    if (const std::optional<float> blur = knownBlur ? knownBlur : measurement.blur()) {
         measurement.fitAll(*blur);
         measurement.fitAgain();
     }

@@ -72,7 +72,7 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
 
 void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
     // A mark's corner lies a third of a step from the lattice's along both axes.
-    constexpr float farthest = 0.25F;
+    constexpr float farthest = 0.2F;
     std::vector<bool> keep;
     for (const LatticeCorner &corner : lattice.corners) {
         std::optional<float> distance;

@@ -5,13 +5,13 @@
 
 #include "camera_library/pattern_code/position_code.h"
 #include "pattern_reader/block_reader.h"
+#include "pattern_reader/board_measurement.h"
 #include "pattern_reader/board_parts.h"
 #include "pattern_reader/corner_lattice.h"
 #include "pattern_reader/image_file.h"
 #include "pattern_reader/image_level.h"
 #include "pattern_reader/lattice_completion.h"
 #include "pattern_reader/lattice_linking.h"
-#include "pattern_reader/lattice_measurement.h"
 #include "pattern_reader/lattice_pieces.h"
 #include "pattern_reader/lattice_trust.h"
 #include "pattern_reader/mark_lattice.h"
@@ -197,13 +197,12 @@ std::optional<PatternReading> readPlainBoard(CornerLattice &lattice, cv::Size bo
 // Measures a lattice and says what it is; nothing if it is none of the coded boards and has not the plain board's size.
 std::optional<PatternReading> readBoard(const cv::Mat &image, CornerLattice &lattice,
                                         const std::optional<cv::Size> &plainBoard) {
-    const std::vector<CornerFit> fits = measureCorners(image, lattice);
-    if (fits.size() < leastCorners) {
+    const MeasuredBoard board = measureBoard(image, lattice);
+    if (board.fits.size() < leastCorners) {
         return std::nullopt;
     }
-    const std::vector<SquareReading> marks = readMarks(image, lattice, fits);
-    if (const std::optional<Place> place = findPlace(marks)) {
-        return readCodedBoard(lattice, marks, *place);
+    if (const std::optional<Place> place = findPlace(board.marks)) {
+        return readCodedBoard(lattice, board.marks, *place);
     }
     return plainBoard ? readPlainBoard(lattice, *plainBoard) : std::nullopt;
 }

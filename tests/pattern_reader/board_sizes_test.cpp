@@ -17,13 +17,13 @@ using namespace reader_bench;
 // A piece of the plane, slightly blurred, turned by a few degrees.
 struct DrawnBoard {
     int squares;
-    double pixels;  // per square
+    double pixels;       // per square
+    double angle = 0.1;  // radians
 
-    static constexpr double angle = 0.1;
     static constexpr int firstSquare = 30;  // column and row in the plane
 
     double middle() const { return squares / 2.0; }
-    int side() const { return int(pixels * (squares * 1.1 + 2)); }
+    int side() const { return int(pixels * (squares * (std::sin(angle) + std::cos(angle)) + 2)); }
 
     cv::Point2d imageOf(cv::Point lattice) const {
         const double x = lattice.x - firstSquare - middle();
@@ -70,6 +70,29 @@ TEST(BoardSizes, readsAllCornersOfManyAndOfLargeSquares) {
         for (const PatternCorner &corner : readings.front().corners) {
             const cv::Point2d off = board.imageOf(corner.lattice) - cv::Point2d(corner.image);
             ASSERT_LT(std::hypot(off.x, off.y), 0.5) << board.pixels;
+        }
+    }
+}
+
+// A colour camera sees every pixel in one colour only and interpolates the others.
+cv::Mat throughColourMosaic(const cv::Mat &grey) {
+    cv::Mat colours;
+    cv::Mat seen;
+    cv::demosaicing(grey, colours, cv::COLOR_BayerBG2BGR);
+    cv::cvtColor(colours, seen, cv::COLOR_BGR2GRAY);
+    return seen;
+}
+
+TEST(BoardSizes, readsSquaresOfFourPixelsInGreyAndInColour) {
+    for (const double angle : {0.45, 0.9}) {
+        cv::Mat grey;
+        cv::resize(DrawnBoard{17, 24, angle}.draw(), grey, {}, 1.0 / 6, 1.0 / 6, cv::INTER_AREA);
+        cv::GaussianBlur(grey, grey, {}, 0.4);
+        for (const cv::Mat &picture : {grey, throughColourMosaic(grey)}) {
+            const auto readings = readPatterns(picture);
+            ASSERT_EQ(readings.size(), 1U) << angle;
+            EXPECT_GE(readings.front().corners.size(), 250U) << angle;
+            EXPECT_LT(readings.front().squaresDiffering * 20, readings.front().squaresCompared) << angle;
         }
     }
 }

@@ -1,0 +1,110 @@
+#include "pattern_reader/board_measurement.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+#include "pattern_reader/lattice_measurement.h"
+
+namespace pattern_reader {
+
+namespace {
+
+constexpr float largestDoubtful = 7;  // side of the squares whose blur may be misjudged, pixels
+constexpr size_t leastCorners = 25;   // fewer have too few squares for anything to be read
+constexpr int windowSide = 14;        // cells, of the part of a lattice on which blurs are tried
+constexpr float leastCertainty = 0.3F;
+
+MeasuredBoard measureWith(const cv::Mat &picture, CornerLattice &lattice, std::optional<float> blur) {
+    MeasuredBoard board;
+    board.fits = measureCorners(picture, lattice, blur);
+    if (!board.fits.empty()) {
+        board.marks = readMarks(picture, lattice, board.fits);
+    }
+    return board;
+}
+
+float medianSpacing(const CornerLattice &lattice) {
+    std::vector<float> spacings;
+    for (size_t i = 0; i < lattice.corners.size(); i += lattice.corners.size() / 50 + 1) {
+        spacings.push_back(lattice.spacingAt(lattice.corners[i].cell));
+    }
+    const auto middle = spacings.begin() + std::ptrdiff_t(spacings.size() / 2);
+    std::nth_element(spacings.begin(), middle, spacings.end());
+    return *middle;
+}
+
+// How many squares are certain to be marked, or certain not to be, whichever is fewer.
+int rarerKind(const std::vector<SquareReading> &marks) {
+    int marked = 0;
+    int unmarked = 0;
+    for (const SquareReading &mark : marks) {
+        if (mark.certainty >= leastCertainty) {
+            (mark.marked ? marked : unmarked)++;
+        }
+    }
+    return std::min(marked, unmarked);
+}
+
+// Codes have about as many squares of either kind. Where three in ten are certain to be of the rarer one the blur is
+// right.
+bool isDivided(const std::vector<SquareReading> &marks) {
+    return rarerKind(marks) * 10 >= int(marks.size()) * 3;
+}
+
+// The corners of a lattice around the one in its middle.
+CornerLattice middlePart(const CornerLattice &lattice) {
+    const cv::Rect extent = lattice.extent();
+    const cv::Point middle = (extent.tl() + extent.br()) / 2;
+    const cv::Rect window(middle - cv::Point(windowSide / 2, windowSide / 2), cv::Size(windowSide, windowSide));
+    CornerLattice part;
+    part.originLight = lattice.originLight;
+    for (const LatticeCorner &corner : lattice.corners) {
+        if (window.contains(corner.cell)) {
+            part.add(corner);
+        }
+    }
+    return part;
+}
+
+// Nothing if by no blur both kinds of squares are seen.
+std::optional<float> dividingBlur(const cv::Mat &picture, const CornerLattice &lattice) {
+    constexpr std::array<float, 6> blurs{0.45F, 0.55F, 0.7F, 0.85F, 1.05F, 1.3F};  // pixels
+    constexpr int leastRarer = 4;
+    const CornerLattice part = middlePart(lattice);
+    std::optional<float> best;
+    int most = leastRarer - 1;
+    for (const float blur : blurs) {
+        CornerLattice trial = part;
+        const int rarer = rarerKind(measureWith(picture, trial, blur).marks);
+        if (rarer > most) {
+            most = rarer;
+            best = blur;
+        }
+    }
+    return best;
+}
+
+}  // namespace
+
+MeasuredBoard measureBoard(const cv::Mat &picture, CornerLattice &lattice) {
+    const bool doubtful = lattice.corners.size() >= leastCorners && medianSpacing(lattice) < largestDoubtful;
+    const CornerLattice found = doubtful ? lattice : CornerLattice();
+    MeasuredBoard board = measureWith(picture, lattice, std::nullopt);
+    if (!doubtful || isDivided(board.marks)) {
+        return board;
+    }
+    const std::optional<float> blur = dividingBlur(picture, found);
+    if (!blur) {
+        return board;
+    }
+    CornerLattice again = found;
+    MeasuredBoard second = measureWith(picture, again, blur);
+    if (rarerKind(second.marks) > rarerKind(board.marks)) {
+        lattice = std::move(again);
+        return second;
+    }
+    return board;
+}
+
+}  // namespace pattern_reader

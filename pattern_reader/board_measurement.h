@@ -1,0 +1,25 @@
+// Measures a lattice's corners and reads the marks of its squares.
+//
+// Where squares are a few pixels large the pixels around a corner hardly tell a strong blur of a strong contrast from a
+// weak blur of a weak one, and by the wrong blur every square looks marked, or none. There the blur is the one by which
+// the squares divide into marked ones and others.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "pattern_reader/corner_fit.h"
+#include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/square_marks.h"
+
+namespace pattern_reader {
+
+struct MeasuredBoard {
+    std::vector<CornerFit> fits;  // one for each of the lattice's corners
+    std::vector<SquareReading> marks;
+};
+
+// Moves the lattice's corners to where they are measured, and drops and adds some, as measureCorners does.
+MeasuredBoard measureBoard(const cv::Mat &picture, CornerLattice &lattice);
+
+}  // namespace pattern_reader
