@@ -51,9 +51,9 @@ void benchPreview(Table &table) {
 struct Save {
     const char *what;
     const char *ending;
-    int size;  ///< of a Flexible pattern; 0 for an assembly of all its patterns
+    int size;  // of a Flexible pattern; 0 for an assembly of all its patterns
     double limitMs;
-    double limitBytes;  ///< 0 is none
+    double limitBytes;  // 0 is none
 };
 
 void writePatterns(const Save &save, const std::string &fileName) {
@@ -93,7 +93,7 @@ void benchSaving(Table &table) {
     }
 }
 
-/// Nanoseconds for one access, from the time of many.
+// Nanoseconds for one access, from the time of many.
 template <class Access>
 double accessNanoseconds(Access access) {
     constexpr int accesses = 10000;

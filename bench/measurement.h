@@ -18,7 +18,7 @@ inline double median(std::vector<double> values) {
     return *middle;
 }
 
-/// The median time of a call, after some that do not count.
+// The median time of a call, after some that do not count.
 template <class Call>
 double medianTime(int repetitions, Call call) {
     constexpr int warmUps = 3;
@@ -33,14 +33,14 @@ double medianTime(int repetitions, Call call) {
     return median(std::move(times));
 }
 
-/// Prints Markdown rows and remembers whether a ratio is over twice its bound, which noise does not explain.
+// Prints Markdown rows and remembers whether a ratio is over twice its bound, which noise does not explain.
 class Table {
 public:
     explicit Table(const char *title) {
         std::printf("\n### %s\n\n| What | Figure | Compared with | Ratio | Bound |\n|---|---|---|---|---|\n", title);
     }
 
-    /// A bound of 0 is none.
+    // A bound of 0 is none.
     void row(const std::string &what, double figure, const char *unit, const std::string &reference,
              double referenceFigure, double bound) {
         const double ratio = figure / referenceFigure;

@@ -14,9 +14,9 @@
 namespace {
 
 struct Run {
-    double firstPicture = 0.0;  ///< milliseconds from the start of the process
+    double firstPicture = 0.0;  // milliseconds from the start of the process
     double exit = 0.0;
-    double peakMegabytes = 0.0;  ///< resident
+    double peakMegabytes = 0.0;  // resident
 };
 
 Run start(const std::string &program) {

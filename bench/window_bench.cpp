@@ -23,7 +23,7 @@ namespace {
 constexpr int pixels = 2000;
 constexpr int repetitions = 41;
 
-/// Fill 4 MB, copy them twice, make a pixmap of an indexed image, repaint the view.
+// Fill 4 MB, copy them twice, make a pixmap of an indexed image, repaint the view.
 double floorTime(QGraphicsView *view) {
     QGraphicsScene scene;
     QGraphicsScene *own = view->scene();

@@ -16,7 +16,7 @@ using lmlib64::Binary;
 using lmlib64::Library;
 using lmlib64::Node;
 
-/// Runs the operation and sets the result to the code it returns. True on success.
+// Runs the operation and sets the result to the code it returns. True on success.
 template <typename Operation>
 bool guard(std::int32_t *result, Operation operation) noexcept {
     LmLibResult code = LmLibResultInternalError;
@@ -35,8 +35,8 @@ std::string_view textOf(const char *text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-/// The text the calling thread was given last. It goes when the thread ends; a call after that (from the
-/// destructor of a static object) gets a new one.
+// The text the calling thread was given last. It goes when the thread ends; a call after that (from the
+// destructor of a static object) gets a new one.
 std::string &returnedText() {
     struct Release {
         std::string **text = nullptr;
@@ -57,7 +57,7 @@ std::string &returnedText() {
     return *text;
 }
 
-/// The value of a leaf of that type.
+// The value of a leaf of that type.
 template <typename Value>
 LmLibResult valueOf(const Node &node, Value &value) {
     const Value *held = std::get_if<Value>(&node.value);

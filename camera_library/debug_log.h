@@ -12,13 +12,13 @@ namespace lmlib64 {
 
 class DebugLog {
 public:
-    /// The greatest number of bytes kept, line feeds included.
+    // The greatest number of bytes kept, line feeds included.
     static constexpr std::size_t capacity = 65536;
 
-    /// Adds the message and a line feed; LmLibResultDebugMessageOverflow where they are more than fits.
+    // Adds the message and a line feed; LmLibResultDebugMessageOverflow where they are more than fits.
     LmLibResult write(std::string_view message);
 
-    /// Sets text to all lines, oldest first; LmLibResultNoDebugData where there are none.
+    // Sets text to all lines, oldest first; LmLibResultNoDebugData where there are none.
     LmLibResult read(std::string &text) const;
 
     void clear();
@@ -26,7 +26,7 @@ public:
 private:
     mutable std::mutex mutex;
     std::string lines;
-    std::size_t start = 0;  ///< what stands before it is dropped, and removed once in a while
+    std::size_t start = 0;  // what stands before it is dropped, and removed once in a while
 };
 
 }  // namespace lmlib64

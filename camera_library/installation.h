@@ -11,11 +11,11 @@
 
 namespace lmlib64 {
 
-/// The installation's root, without a slash at its end, for an absolute path with forward slashes.
+// The installation's root, without a slash at its end, for an absolute path with forward slashes.
 std::string_view installationRoot(std::string_view libraryFile);
 
-/// The tree's "Path" for the installation this library was loaded from; without children where the system
-/// does not tell where that is.
+// The tree's "Path" for the installation this library was loaded from; without children where the system
+// does not tell where that is.
 NodeObject installationPaths();
 
 }  // namespace lmlib64

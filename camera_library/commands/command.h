@@ -10,16 +10,16 @@
 
 namespace lmlib64 {
 
-/// Thrown by a command that cannot do what it was asked; becomes "ErrorSymbol" and "ErrorText".
+// Thrown by a command that cannot do what it was asked; becomes "ErrorSymbol" and "ErrorText".
 struct CommandFailure {
-    std::string symbol;  ///< short identifier, such as "InvalidParameter"
-    std::string text;    ///< one sentence for the user: which parameter, its value, what is allowed
+    std::string symbol;  // short identifier, such as "InvalidParameter"
+    std::string text;    // one sentence for the user: which parameter, its value, what is allowed
 };
 
-/// Gets a copy of "Parameters" (null where the slot has none) and returns what becomes "Result".
+// Gets a copy of "Parameters" (null where the slot has none) and returns what becomes "Result".
 using CommandFunction = Node (*)(const Node &parameters);
 
-/// The command of that name, or null.
+// The command of that name, or null.
 CommandFunction findCommand(std::string_view name);
 
 }  // namespace lmlib64

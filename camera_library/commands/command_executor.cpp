@@ -15,8 +15,8 @@ NodeObject failureResult(const std::string &command, std::string symbol, std::st
             {"Execute", NodeObject{{"Command", command}}}};
 }
 
-/// The slot's "Result" for a command that ran out of memory. Made before the command runs, as afterwards
-/// there may be none left for it.
+// The slot's "Result" for a command that ran out of memory. Made before the command runs, as afterwards
+// there may be none left for it.
 NodeObject::node_type readyResult(const std::string &command) {
     NodeObject slot;
     slot.emplace("Result", failureResult(command, "OutOfMemory",
@@ -61,7 +61,7 @@ void CommandExecutor::work() {
     }
 }
 
-/// Sets the run's result to what the command returns or to how it failed.
+// Sets the run's result to what the command returns or to how it failed.
 void CommandExecutor::execute(Run &run) const {
     const auto fail = [&run](std::string symbol, std::string text) {
         run.result.mapped() = failureResult(run.command, std::move(symbol), std::move(text));
@@ -88,8 +88,8 @@ void CommandExecutor::execute(Run &run) const {
     }
 }
 
-/// Ends the thread, which begins no further run, and drops what is queued then. No thread begins before
-/// stopping is false again.
+// Ends the thread, which begins no further run, and drops what is queued then. No thread begins before
+// stopping is false again.
 void CommandExecutor::stopThread(std::unique_lock<std::mutex> &lock) {
     stopping = true;
     changed.notify_all();

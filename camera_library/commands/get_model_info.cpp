@@ -5,7 +5,7 @@ namespace lmlib64 {
 
 namespace {
 
-/// Whether the list is asked for: "ListCalTabs" may be absent, but not of another type than boolean.
+// Whether the list is asked for: "ListCalTabs" may be absent, but not of another type than boolean.
 bool isAskedFor(const Node &parameters, std::string_view list) {
     const Node *asked = parameters.find(list);
     if (asked == nullptr) {
@@ -31,8 +31,8 @@ NodeArray listCalTabs() {
 
 }  // namespace
 
-/// What the library knows of the things it works with. The boolean "ListCalTabs" asks for the array
-/// "CalTabs": for every ready-made plate its "Name", "Type", "GridSpacing" and "Thickness".
+// What the library knows of the things it works with. The boolean "ListCalTabs" asks for the array
+// "CalTabs": for every ready-made plate its "Name", "Type", "GridSpacing" and "Thickness".
 Node getModelInfo(const Node &parameters) {
     NodeObject result;
     if (isAskedFor(parameters, "ListCalTabs")) {

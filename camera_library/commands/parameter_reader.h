@@ -13,14 +13,14 @@
 
 namespace lmlib64 {
 
-/// One object of parameters. Refers to the node it was made with.
+// One object of parameters. Refers to the node it was made with.
 class ParameterReader {
 public:
-    /// `place` names the object within the parameters, such as "Patterns[0]"; empty for the parameters themselves.
-    /// A null node counts as an object without children.
+    // `place` names the object within the parameters, such as "Patterns[0]"; empty for the parameters themselves.
+    // A null node counts as an object without children.
     ParameterReader(const Node &object, std::string place);
 
-    /// Fails where the object has a child of any other name; `what` says what has these parameters.
+    // Fails where the object has a child of any other name; `what` says what has these parameters.
     void allowOnly(const std::vector<std::string_view> &names, std::string_view what) const;
 
     bool has(std::string_view name) const { return node.find(name) != nullptr; }
@@ -33,7 +33,7 @@ public:
     std::optional<std::array<double, 2>> numberPair(std::string_view name, NumberRange range) const;
     std::optional<std::array<int, 2>> integerPair(std::string_view name, NumberRange range) const;
 
-    /// `required` is what the missing parameter has to be: "a number from 0 to 1000 mm".
+    // `required` is what the missing parameter has to be: "a number from 0 to 1000 mm".
     [[noreturn]] void failMissing(std::string_view name, const std::string &required) const;
     [[noreturn]] void failValue(std::string_view name, const std::string &required) const;
 
@@ -44,7 +44,7 @@ private:
     std::string place;
 };
 
-/// "a number from 0 to 1000 mm", "an integer from 2 to 200"
+// "a number from 0 to 1000 mm", "an integer from 2 to 200"
 std::string numberDescription(NumberRange range);
 std::string integerDescription(NumberRange range);
 

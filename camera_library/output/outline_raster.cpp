@@ -10,21 +10,21 @@ namespace {
 // Heights are counted in fine parts of a unit, of which there are so many that twice a pixel's area is 2^32. In 32 bits
 // that is 0 again, which makes the even-odd rule: what is enclosed twice is not enclosed.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
-constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  ///< in parts × half units
+constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
 
-/// The grey of a pixel with this much area enclosed.
+// The grey of a pixel with this much area enclosed.
 std::uint8_t greyOf(std::uint32_t area) {
     const std::uint64_t enclosed = std::min(area, 0U - area);
     return static_cast<std::uint8_t>(255U - (enclosed * 255U + pixelArea / 2U) / pixelArea);
 }
 
-/// The slopes are kept, as a division takes longer than the rest that an edge needs in a row.
+// The slopes are kept, as a division takes longer than the rest that an edge needs in a row.
 struct Edge {
     PixelPoint top;
     PixelPoint bottom;
-    std::int64_t asidePerUnitDown = 0;   ///< in 1/slopeGrain units, to the right
-    std::int64_t partsPerUnitAside = 0;  ///< in 1/slopeGrain, down; not of an upright edge, which stays in its column
+    std::int64_t asidePerUnitDown = 0;   // in 1/slopeGrain units, to the right
+    std::int64_t partsPerUnitAside = 0;  // in 1/slopeGrain, down; not of an upright edge, which stays in its column
 };
 constexpr std::int64_t slopeGrain = std::int64_t{1} << 24U;
 
@@ -38,7 +38,7 @@ Edge edgeBetween(const PixelPoint &top, const PixelPoint &bottom) {
     return edge;
 }
 
-/// Edges joined from top to bottom, which all go down in their outline or all go up.
+// Edges joined from top to bottom, which all go down in their outline or all go up.
 class Chain {
 public:
     Chain(const Edge *firstEdge, const Edge *endEdge, bool goesDown)
@@ -47,7 +47,7 @@ public:
     std::int32_t top() const { return position.y; }
     bool isDone() const { return edge == end; }
 
-    /// Adds what lies above the row's end to the changes of area, and goes on from there.
+    // Adds what lies above the row's end to the changes of area, and goes on from there.
     void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
         std::int32_t left = position.x;
         std::int32_t right = position.x;
@@ -65,7 +65,7 @@ public:
         last = static_cast<std::uint32_t>(right) / pixelUnits + 1;
     }
 
-    /// Where the last row has changes.
+    // Where the last row has changes.
     std::uint32_t firstColumn() const { return first; }
     std::uint32_t lastColumn() const { return last; }
 
@@ -75,7 +75,7 @@ private:
         return static_cast<std::int32_t>(static_cast<std::uint64_t>(x) / slopeGrain);
     }
 
-    /// Adds a piece of the edge within the row; whichever way it leans, the areas are the same.
+    // Adds a piece of the edge within the row; whichever way it leans, the areas are the same.
     void addPiece(std::int32_t left, std::int32_t right, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t column = static_cast<std::uint32_t>(left) / pixelUnits;
         auto start = static_cast<std::int32_t>(column * pixelUnits);
@@ -92,7 +92,7 @@ private:
         addWithinPixel(x + right - 2 * start, height - passed, changes);
     }
 
-    /// The sum of both ends' distances from the pixel's left side, times the height, is the area to the left.
+    // The sum of both ends' distances from the pixel's left side, times the height, is the area to the left.
     void addWithinPixel(std::int32_t bothEnds, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t descent = sign * height;
         const std::uint32_t areaToTheLeft = descent * static_cast<std::uint32_t>(bothEnds);
@@ -102,13 +102,13 @@ private:
 
     const Edge *edge;
     const Edge *end;
-    std::uint32_t sign;  ///< 1 where the edges go down, else -1
+    std::uint32_t sign;  // 1 where the edges go down, else -1
     PixelPoint position;
     std::uint32_t first = 0;
     std::uint32_t last = 0;
 };
 
-/// Takes outlines apart, and owns the edges that the chains refer to.
+// Takes outlines apart, and owns the edges that the chains refer to.
 class ChainList {
 public:
     ChainList(const std::vector<PixelOutline> &outlines, std::int32_t width, std::int32_t height)
@@ -168,7 +168,7 @@ private:
     std::vector<Chain> chains;
 };
 
-/// Draws and forgets one row after the other.
+// Draws and forgets one row after the other.
 class RowDrawing {
 public:
     explicit RowDrawing(std::int32_t rowWidth)
@@ -176,7 +176,7 @@ public:
 
     std::uint32_t *areaChanges() { return changes.data(); }
 
-    /// The row with the changes of these chains, which are sorted from left to right.
+    // The row with the changes of these chains, which are sorted from left to right.
     const std::vector<std::uint8_t> &draw(const std::vector<Chain> &chains) {
         std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
         std::uint32_t area = 0;
@@ -209,7 +209,7 @@ private:
     static constexpr std::uint32_t spare = step + 1;
     std::uint32_t width;
     std::vector<std::uint8_t> greys;
-    std::vector<std::uint32_t> changes;  ///< by how much the area enclosed differs from the pixel before
+    std::vector<std::uint32_t> changes;  // by how much the area enclosed differs from the pixel before
 };
 
 }  // namespace

@@ -14,19 +14,19 @@
 
 namespace lmlib64 {
 
-/// In parts of a pixel (pixel_units.h).
+// In parts of a pixel (pixel_units.h).
 struct PixelPoint {
     std::int32_t x = 0;
     std::int32_t y = 0;
 };
 
-/// The last point is joined to the first.
+// The last point is joined to the first.
 using PixelOutline = std::vector<PixelPoint>;
 
-/// The picture of width × height pixels, at most 65536 each, row after row without padding: 0 where the outlines
-/// enclose all of a pixel, 255 where they enclose nothing. They are filled as one area by the even-odd rule, so an
-/// outline inside another is a hole. It should run the other way round than the one around it: only then is a pixel
-/// that both pass through exact. A point outside the picture counts as the nearest one on its border.
+// The picture of width × height pixels, at most 65536 each, row after row without padding: 0 where the outlines
+// enclose all of a pixel, 255 where they enclose nothing. They are filled as one area by the even-odd rule, so an
+// outline inside another is a hole. It should run the other way round than the one around it: only then is a pixel
+// that both pass through exact. A point outside the picture counts as the nearest one on its border.
 std::vector<std::uint8_t> rasterOutlines(const std::vector<PixelOutline> &outlines, std::int32_t width,
                                          std::int32_t height);
 

@@ -75,7 +75,7 @@ public:
 
     void addCircle(const Circle &circle);
 
-    /// Along the text's base line from `start`, to the right or up.
+    // Along the text's base line from `start`, to the right or up.
     void addText(const std::string &captionBytes, double size, Point start, bool isUpwards) {
         text.append("BT ").append(captionFontName).append(" ");
         addNumbers({grains(size)});

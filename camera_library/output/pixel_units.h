@@ -6,7 +6,7 @@
 
 namespace lmlib64 {
 
-/// The units in a pixel's side.
+// The units in a pixel's side.
 constexpr std::int32_t pixelUnits = 256;
 
 }  // namespace lmlib64

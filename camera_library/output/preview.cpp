@@ -23,7 +23,7 @@ double secondsSince1970() {
 // How a geometry lies in the picture: its outer size is centred, so both borders share the rounding.
 struct Placement {
     double pixelsPerMm = 0.0;
-    double left = 0.0;  ///< of the outer size, in pixels
+    double left = 0.0;  // of the outer size, in pixels
     double top = 0.0;
 };
 

@@ -5,7 +5,7 @@
 namespace lmlib64 {
 namespace {
 
-/// Where rows change, from top to bottom, inside the picture and with both its ends.
+// Where rows change, from top to bottom, inside the picture and with both its ends.
 std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rectangles, std::int32_t height) {
     std::vector<std::int32_t> edges{0, height};
     const auto add = [&edges, height](std::int32_t y, std::int32_t &last) {
@@ -26,7 +26,7 @@ std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rec
     return edges;
 }
 
-/// Sorts what is usually two sorted runs: the squares of a row and the marks in them.
+// Sorts what is usually two sorted runs: the squares of a row and the marks in them.
 void sortRuns(std::vector<std::int32_t> &values) {
     const auto secondRun = std::is_sorted_until(values.begin(), values.end());
     if (!std::is_sorted(secondRun, values.end())) {
@@ -39,7 +39,7 @@ std::uint8_t greyOf(std::int32_t covered) {
     return static_cast<std::uint8_t>(255 - ((covered * 255 + pixelUnits / 2) / pixelUnits));
 }
 
-/// Draws the row that is covered between the first crossing and the second, the third and the fourth, and so on.
+// Draws the row that is covered between the first crossing and the second, the third and the fourth, and so on.
 void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_t> &greys) {
     std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
     const auto width = static_cast<std::int32_t>(greys.size());
@@ -73,20 +73,20 @@ void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_
     settle();
 }
 
-/// Rows that look the same, and the crossings they were made from.
+// Rows that look the same, and the crossings they were made from.
 struct Band {
     std::vector<std::int32_t> crossings;
     std::vector<std::uint8_t> greys;
 };
 
-/// Sends rows to the picture from the top, in heights that need not be whole pixels.
+// Sends rows to the picture from the top, in heights that need not be whole pixels.
 class RowWriter {
 public:
     RowWriter(std::int32_t width, std::int32_t height) : sum(static_cast<std::size_t>(width)) {
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    /// All rows from where the last call ended down to y, in 1/256 pixel, have these greys.
+    // All rows from where the last call ended down to y, in 1/256 pixel, have these greys.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;
@@ -139,13 +139,13 @@ private:
     std::vector<std::uint8_t> picture;  // grows by whole rows
 };
 
-/// Walks down the rectangles, which are sorted by their tops, and keeps those that it stands in.
+// Walks down the rectangles, which are sorted by their tops, and keeps those that it stands in.
 class Sweep {
 public:
     Sweep(const std::vector<PixelRectangle> &rectangles, std::int32_t width)
         : next(rectangles.cbegin()), end(rectangles.cend()), right(width * pixelUnits) {}
 
-    /// The places, from left to right, where a row below the edge enters or leaves a rectangle.
+    // The places, from left to right, where a row below the edge enters or leaves a rectangle.
     const std::vector<std::int32_t> &crossingsBelow(std::int32_t edge) {
         for (; next != end && next->top <= edge; ++next) {
             active.push_back(&*next);

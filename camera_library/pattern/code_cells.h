@@ -15,7 +15,7 @@
 
 namespace lmlib64 {
 
-/// The cells are a checkerboard's squares, or a plate's 8 x 8 dots by pattern_code::blockCell, row by row.
+// The cells are a checkerboard's squares, or a plate's 8 x 8 dots by pattern_code::blockCell, row by row.
 struct CodeCells {
     bool at(int column, int row) const {
         const int index = row * columns + column;
@@ -25,25 +25,25 @@ struct CodeCells {
     CodeCarrier carrier = CodeCarrier::Tile;
     int columns = 0;
     int rows = 0;
-    std::vector<std::uint8_t> cells;  ///< 1: a mark or dot
+    std::vector<std::uint8_t> cells;  // 1: a mark or dot
 
-    int tile = 0;                                       ///< of a Tile
-    pattern_code::Square planeSquare;                   ///< of a Plane: the plane's square that is the top-left one
-    std::array<int, 2> offset{};                        ///< of a Plane: in half grid spacings from the plane's origin
-    std::optional<pattern_code::BlockContent> content;  ///< of all but a Plane
-    std::uint64_t block = 0;                            ///< the content's bits
+    int tile = 0;                                       // of a Tile
+    pattern_code::Square planeSquare;                   // of a Plane: the plane's square that is the top-left one
+    std::array<int, 2> offset{};                        // of a Plane: in half grid spacings from the plane's origin
+    std::optional<pattern_code::BlockContent> content;  // of all but a Plane
+    std::uint64_t block = 0;                            // the content's bits
 };
 
-/// The description's code; nothing where it is plain or has no extent. The description has no encodingFault.
+// The description's code; nothing where it is plain or has no extent. The description has no encodingFault.
 std::optional<CodeCells> codeCellsOf(const PatternDescription &description);
 
-/// A parameter whose value no code can hold.
+// A parameter whose value no code can hold.
 struct EncodingFault {
     std::string parameter;
-    std::string required;  ///< what it must be, to follow "it must be"
+    std::string required;  // what it must be, to follow "it must be"
 };
 
-/// Nothing where the description can be encoded, or need not be.
+// Nothing where the description can be encoded, or need not be.
 std::optional<EncodingFault> encodingFault(const PatternDescription &description);
 
 }  // namespace lmlib64

@@ -15,8 +15,8 @@ namespace lmlib64 {
 // Round marks along either side.
 constexpr int halconMarksPerSide = 7;
 
-/// Frame, marks, triangle and dots are dark; with polarity false, dark and light are exchanged within the outer
-/// size. Without a code there are no dots.
+// Frame, marks, triangle and dots are dark; with polarity false, dark and light are exchanged within the outer
+// size. Without a code there are no dots.
 PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *code = nullptr);
 
 }  // namespace lmlib64

@@ -34,32 +34,32 @@ struct Circle {
 
 using Polygon = std::vector<Point>;
 
-/// The points a camera measures: inner corners of a checkerboard, centres of a plate's round marks.
+// The points a camera measures: inner corners of a checkerboard, centres of a plate's round marks.
 struct Lattice {
     int columns = 0;
     int rows = 0;
     double pitch = 0.0;
-    Point first;  ///< the top-left point, index (0, 0)
+    Point first;  // the top-left point, index (0, 0)
 
     Point at(int column, int row) const { return {first.x + column * pitch, first.y + row * pitch}; }
 
-    /// The point that lies at the pattern's offset: the middle one, of an even count the one before the middle.
+    // The point that lies at the pattern's offset: the middle one, of an even count the one before the middle.
     int referenceColumn() const { return (columns - 1) / 2; }
     int referenceRow() const { return (rows - 1) / 2; }
 };
 
 struct PatternGeometry {
-    double width = 0.0;  ///< outer size
+    double width = 0.0;  // outer size
     double height = 0.0;
-    double quietZone = 0.0;   ///< width of the light border around the outer size
-    double squareSide = 0.0;  ///< half the grid spacing
+    double quietZone = 0.0;   // width of the light border around the outer size
+    double squareSide = 0.0;  // half the grid spacing
     Lattice lattice;
     std::vector<Rectangle> rectangles;
     std::vector<Circle> circles;
     std::vector<Polygon> polygons;
 };
 
-/// The shapes of a checked description. A grid spacing of 0 gives a geometry of size 0.
+// The shapes of a checked description. A grid spacing of 0 gives a geometry of size 0.
 PatternGeometry geometryOf(const PatternDescription &description);
 
 }  // namespace lmlib64

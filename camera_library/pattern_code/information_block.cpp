@@ -42,7 +42,7 @@ constexpr std::uint64_t bitMask(int bit) {
     return std::uint64_t{1} << (blockBitCount - 1 - bit);
 }
 
-/** The word's values at the four roots; all zero for a word of the code, and linear in the word's bits. */
+// The word's values at the four roots; all zero for a word of the code, and linear in the word's bits.
 constexpr std::uint32_t syndromeOf(std::uint64_t word) {
     std::uint32_t syndrome = 0;
     std::uint8_t root = 1;
@@ -106,13 +106,11 @@ std::uint32_t lowestBit(std::uint32_t value) {
     return value & (~value + 1U);
 }
 
-/**
- * The equations of the code solved for the unknown bits: what remains of a syndrome when they may take any
- * value, and the values that they must take.
- */
+// The equations of the code solved for the unknown bits: what remains of a syndrome when they may take any
+// value, and the values that they must take.
 class UnknownBits {
 public:
-    /** With rows that depend on one another isUnique() is false, and the rest means nothing. */
+    // With rows that depend on one another isUnique() is false, and the rest means nothing.
     explicit UnknownBits(std::uint64_t unknown) {
         for (int bit = 0; bit < blockBitCount; ++bit) {
             if ((unknown & bitMask(bit)) == 0) {
@@ -120,21 +118,21 @@ public:
             }
             Row row{bitSyndromes[static_cast<std::size_t>(bit)], bitMask(bit)};
             reduce(row);
-            isUnique_ = isUnique_ && row.syndrome != 0;
-            rows_.push_back(row);
+            isUnique = isUnique && row.syndrome != 0;
+            rows.push_back(row);
         }
     }
 
-    [[nodiscard]] bool isUnique() const { return isUnique_; }
+    [[nodiscard]] bool hasUniqueSolution() const { return isUnique; }
 
-    /** What the unknown bits cannot account for; zero for a possible word. */
+    // What the unknown bits cannot account for; zero for a possible word.
     [[nodiscard]] std::uint32_t remainder(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);
         return row.syndrome;
     }
 
-    /** The unknown bits to turn over for a syndrome without a remainder. */
+    // The unknown bits to turn over for a syndrome without a remainder.
     [[nodiscard]] std::uint64_t solution(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);
@@ -148,7 +146,7 @@ private:
     };
 
     void reduce(Row &row) const {
-        for (const Row &other : rows_) {
+        for (const Row &other : rows) {
             if ((row.syndrome & lowestBit(other.syndrome)) != 0) {
                 row.syndrome ^= other.syndrome;
                 row.bits ^= other.bits;
@@ -156,11 +154,11 @@ private:
         }
     }
 
-    std::vector<Row> rows_;
-    bool isUnique_ = true;
+    std::vector<Row> rows;
+    bool isUnique = true;
 };
 
-/** The content of a word of the code; nothing when version, kind, constants or ranges are wrong. */
+// The content of a word of the code; nothing when version, kind, constants or ranges are wrong.
 std::optional<BlockContent> contentOf(std::uint64_t word) {
     const auto data = static_cast<std::uint32_t>(word >> 32U);
     const auto field = [data](unsigned shift, unsigned width) {
@@ -210,24 +208,28 @@ std::uint32_t dataOf(const BlockContent &content) {
     return head | bits(content.gridSpacing) << 14U | bits(content.assemblyPattern) << 9U | assemblyConstant;
 }
 
-/** Tries patterns of wrong bits and keeps the block they lead to, as long as it is only one. */
+// Tries patterns of wrong bits and keeps the block they lead to, as long as it is only one.
 class BlockSearch {
 public:
-    BlockSearch(std::uint64_t word, std::uint64_t unknown, BlockCarrier carrier)
-        : word_(word), unknown_(unknown), carrier_(carrier), solver_(unknown), syndrome_(syndromeOf(word)) {
+    BlockSearch(std::uint64_t seenWord, std::uint64_t unknownBits, BlockCarrier blockCarrier)
+        : word(seenWord),
+          unknown(unknownBits),
+          carrier(blockCarrier),
+          solver(unknownBits),
+          syndrome(syndromeOf(seenWord)) {
         for (int bit = 0; bit < blockBitCount; ++bit) {
             const std::size_t at = static_cast<std::size_t>(bit);
-            remainders_[at] = solver_.remainder(bitSyndromes[at]);
+            remainders[at] = solver.remainder(bitSyndromes[at]);
         }
-        remainder_ = solver_.remainder(syndrome_);
+        remainder = solver.remainder(syndrome);
     }
 
     std::optional<DecodedBlock> run() {
-        const int unknownCount = onesIn(unknown_);
-        if (unknownCount > unknownBitsAlone || !solver_.isUnique()) {
+        const int unknownCount = onesIn(unknown);
+        if (unknownCount > unknownBitsAlone || !solver.hasUniqueSolution()) {
             return std::nullopt;
         }
-        if (remainder_ == 0) {
+        if (remainder == 0) {
             keep(0);
         }
         if (unknownCount <= unknownBitsWithWrongBit) {
@@ -236,23 +238,23 @@ public:
         if (unknownCount <= unknownBitsWithWrongByte) {
             tryBytes();
         }
-        return isAmbiguous_ ? std::nullopt : found_;
+        return isAmbiguous ? std::nullopt : found;
     }
 
 private:
-    [[nodiscard]] bool isKnown(int bit) const { return (unknown_ & bitMask(bit)) == 0; }
+    [[nodiscard]] bool isKnown(int bit) const { return (unknown & bitMask(bit)) == 0; }
 
     void tryBits(bool alsoPairs) {
         for (int first = 0; first < blockBitCount; ++first) {
             if (!isKnown(first)) {
                 continue;
             }
-            const std::uint32_t rest = remainder_ ^ remainders_[static_cast<std::size_t>(first)];
+            const std::uint32_t rest = remainder ^ remainders[static_cast<std::size_t>(first)];
             if (rest == 0) {
                 keep(bitMask(first));
             }
             for (int second = first + 1; alsoPairs && second < blockBitCount; ++second) {
-                if (rest == remainders_[static_cast<std::size_t>(second)] && isKnown(second)) {
+                if (rest == remainders[static_cast<std::size_t>(second)] && isKnown(second)) {
                     keep(bitMask(first) | bitMask(second));
                 }
             }
@@ -261,16 +263,16 @@ private:
 
     void tryBytes() {
         for (int byte = 0; byte < blockByteCount; ++byte) {
-            std::array<std::uint32_t, 256> rests{remainder_};
+            std::array<std::uint32_t, 256> rests{remainder};
             for (std::size_t error = 1; error < rests.size(); ++error) {
                 int lowest = 0;
                 while ((error >> lowest & 1U) == 0) {
                     ++lowest;
                 }
                 const int bit = 8 * byte + 7 - lowest;
-                rests[error] = rests[error & (error - 1)] ^ remainders_[static_cast<std::size_t>(bit)];
+                rests[error] = rests[error & (error - 1)] ^ remainders[static_cast<std::size_t>(bit)];
                 const std::uint64_t wrong = std::uint64_t{error} << (56 - 8 * byte);
-                if (rests[error] == 0 && (wrong & unknown_) == 0) {
+                if (rests[error] == 0 && (wrong & unknown) == 0) {
                     keep(wrong);
                 }
             }
@@ -278,28 +280,28 @@ private:
     }
 
     void keep(std::uint64_t wrong) {
-        const std::uint64_t word = word_ ^ wrong ^ solver_.solution(syndrome_ ^ syndromeOf(wrong));
-        const std::optional<BlockContent> content = contentOf(word);
-        if (!content || !carrier_.holds(*content)) {
+        const std::uint64_t repaired = word ^ wrong ^ solver.solution(syndrome ^ syndromeOf(wrong));
+        const std::optional<BlockContent> content = contentOf(repaired);
+        if (!content || !carrier.holds(*content)) {
             return;
         }
-        const std::uint64_t block = word ^ blockWhitening;
-        if (found_ && found_->block != block) {
-            isAmbiguous_ = true;
-        } else if (!found_) {
-            found_ = DecodedBlock{*content, block, onesIn(wrong), onesIn(unknown_)};
+        const std::uint64_t block = repaired ^ blockWhitening;
+        if (found && found->block != block) {
+            isAmbiguous = true;
+        } else if (!found) {
+            found = DecodedBlock{*content, block, onesIn(wrong), onesIn(unknown)};
         }
     }
 
-    std::uint64_t word_;
-    std::uint64_t unknown_;
-    BlockCarrier carrier_;
-    UnknownBits solver_;
-    std::uint32_t syndrome_;
-    std::uint32_t remainder_ = 0;
-    Syndromes remainders_{};
-    std::optional<DecodedBlock> found_;
-    bool isAmbiguous_ = false;
+    std::uint64_t word;
+    std::uint64_t unknown;
+    BlockCarrier carrier;
+    UnknownBits solver;
+    std::uint32_t syndrome;
+    std::uint32_t remainder = 0;
+    Syndromes remainders{};
+    std::optional<DecodedBlock> found;
+    bool isAmbiguous = false;
 };
 
 bool isWithin(int value, int least, int greatest) {
@@ -338,11 +340,11 @@ bool isEncodable(const BlockContent &content) {
 bool BlockCarrier::holds(const BlockContent &content) const {
     switch (content.kind) {
         case BlockKind::SpacingAndThickness:
-            return number_ == plateNumber || number_ == singleTile;
+            return number == plateNumber || number == singleTile;
         case BlockKind::Offset:
-            return number_ == plateNumber;
+            return number == plateNumber;
         case BlockKind::Assembly:
-            return number_ == tileOfAssemblyPattern(content.assemblyPattern);
+            return number == tileOfAssemblyPattern(content.assemblyPattern);
     }
     return false;
 }

@@ -26,17 +26,17 @@ constexpr int blockBitCount = 64;
 constexpr int blockByteCount = 8;
 constexpr std::uint64_t blockWhitening = 0x243F6A8885A308D3U;
 
-/** Values a block can hold, lengths in hundredths of a millimetre, offsets in whole grid spacings. */
+// Values a block can hold, lengths in hundredths of a millimetre, offsets in whole grid spacings.
 constexpr int leastBlockSpacing = 1;
 constexpr int greatestBlockSpacing = 13000;
 constexpr int greatestBlockThickness = 10000;
 constexpr int leastBlockOffset = -128;
 constexpr int greatestBlockOffset = 127;
 
-/** What a block tells; the numbers are those in the block. */
+// What a block tells; the numbers are those in the block.
 enum class BlockKind { SpacingAndThickness = 1, Offset = 2, Assembly = 3 };
 
-/** What a block holds; the fields that its kind does not name are 0. */
+// What a block holds; the fields that its kind does not name are 0.
 struct BlockContent {
     BlockKind kind = BlockKind::SpacingAndThickness;
     int gridSpacing = 0;      // hundredths of a millimetre; SpacingAndThickness and Assembly
@@ -51,29 +51,29 @@ inline bool operator!=(const BlockContent &a, const BlockContent &b) {
     return !(a == b);
 }
 
-/** A length in hundredths of a millimetre; nothing when it is not a multiple of 0.01 mm, or no int. */
+// A length in hundredths of a millimetre; nothing when it is not a multiple of 0.01 mm, or no int.
 std::optional<int> hundredthsOfMillimetre(double millimetres);
 
-/** Whether every value is in its range, so that the content can be encoded. */
+// Whether every value is in its range, so that the content can be encoded.
 bool isEncodable(const BlockContent &content);
 
-/** The block for a content that is encodable. */
+// The block for a content that is encodable.
 std::uint64_t encodeBlock(const BlockContent &content);
 
-/** What carries a block; it settles which kinds of content can be in it. */
+// What carries a block; it settles which kinds of content can be in it.
 class BlockCarrier {
 public:
-    /** A tile of the position code, 0 to 18: SpacingAndThickness in tile 0, its Assembly pattern in others. */
+    // A tile of the position code, 0 to 18: SpacingAndThickness in tile 0, its Assembly pattern in others.
     static constexpr BlockCarrier tile(int number) { return BlockCarrier(number); }
-    /** A plate with round marks: SpacingAndThickness or Offset. */
+    // A plate with round marks: SpacingAndThickness or Offset.
     static constexpr BlockCarrier plate() { return BlockCarrier(plateNumber); }
-    /** Whether the carrier can hold the content. */
+    // Whether the carrier can hold the content.
     [[nodiscard]] bool holds(const BlockContent &content) const;
 
 private:
     static constexpr int plateNumber = -1;
-    explicit constexpr BlockCarrier(int number) : number_(number) {}
-    int number_;
+    explicit constexpr BlockCarrier(int tileOrPlate) : number(tileOrPlate) {}
+    int number;  // of a tile, or plateNumber
 };
 
 struct DecodedBlock {
@@ -83,16 +83,14 @@ struct DecodedBlock {
     int filledBits = 0;       // bits that were unknown
 };
 
-/**
- * Reads a block. A 1 in unknown stands for a bit that could not be seen clearly, whatever it is in bits.
- * Bits are repaired as long as random bits are then taken for a block less often than once in 1,000,000:
- * with up to 4 unknown bits one wrong byte, or two wrong bits anywhere; with up to 10 one wrong bit; with up
- * to 16 (two lost bytes, or as many bits anywhere) none. What is farther from every block, may be more than
- * one block, or cannot be in the carrier, is nothing.
- */
+// Reads a block. A 1 in unknown stands for a bit that could not be seen clearly, whatever it is in bits.
+// Bits are repaired as long as random bits are then taken for a block less often than once in 1,000,000:
+// with up to 4 unknown bits one wrong byte, or two wrong bits anywhere; with up to 10 one wrong bit; with up
+// to 16 (two lost bytes, or as many bits anywhere) none. What is farther from every block, may be more than
+// one block, or cannot be in the carrier, is nothing.
 std::optional<DecodedBlock> decodeBlock(std::uint64_t bits, std::uint64_t unknown, BlockCarrier carrier);
 
-/** Column and row, 0 to 7, of a bit where a block lies in an 8 x 8 grid; a byte is 2 wide and 4 high. */
+// Column and row, 0 to 7, of a bit where a block lies in an 8 x 8 grid; a byte is 2 wide and 4 high.
 struct BlockCell {
     int column = 0;
     int row = 0;
@@ -102,28 +100,26 @@ constexpr BlockCell blockCell(int bit) {
     return {byte % 4 * 2 + bit % 2, byte / 4 * 4 + bit % 8 / 2};
 }
 
-/** The tile's square that carries a bit. */
+// The tile's square that carries a bit.
 constexpr BlockCell blockSquare(int bit) {
     return {blockCell(bit).column * 2, blockCell(bit).row * 2};
 }
 
-/** The centre of a bit's dot on a plate, in grid spacings from the top left of the frame's outer edge. */
+// The centre of a bit's dot on a plate, in grid spacings from the top left of the frame's outer edge.
 struct DotPosition {
     double x = 0;
     double y = 0;
 };
 
-/** The dots stand amid four marks, or marks and frame; where the corner mark is, a dot amid two marks instead. */
+// The dots stand amid four marks, or marks and frame; where the corner mark is, a dot amid two marks instead.
 constexpr DotPosition dotPosition(int bit) {
     const BlockCell cell = blockCell(bit);
     return cell.column == 0 && cell.row == 0 ? DotPosition{1.5, 1.0} : DotPosition{cell.column + 0.5, cell.row + 0.5};
 }
 
-/**
- * The radius of a plate's dot, and of the light hole in its centre, in grid spacings. The hole keeps dots from
- * being taken for marks by detectors that look for a dark centre; where a dot is too small for it to be seen, it
- * is too small to be taken for one.
- */
+// The radius of a plate's dot, and of the light hole in its centre, in grid spacings. The hole keeps dots from
+// being taken for marks by detectors that look for a dark centre; where a dot is too small for it to be seen, it
+// is too small to be taken for one.
 constexpr double dotRadius = 0.15;
 constexpr double dotHoleRadius = 0.11;
 

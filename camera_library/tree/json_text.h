@@ -11,24 +11,24 @@
 
 namespace lmlib64 {
 
-/// How numbers and lines are written; see lmLibGetJson.
+// How numbers and lines are written; see lmLibGetJson.
 struct JsonFormat {
-    bool pretty = false;           ///< a line for every child, indented by four blanks
-    int precision = 0;             ///< significant digits of a number that is not whole, 0 for as few as needed
-    bool allowScientific = false;  ///< exponents for very small and very large numbers
+    bool pretty = false;           // a line for every child, indented by four blanks
+    int precision = 0;             // significant digits of a number that is not whole, 0 for as few as needed
+    bool allowScientific = false;  // exponents for very small and very large numbers
 };
 
 constexpr int maximumJsonPrecision = 18;
 
-/// Adds the node's JSON text. Bytes of texts and names that are not UTF-8 become U+FFFD.
+// Adds the node's JSON text. Bytes of texts and names that are not UTF-8 become U+FFFD.
 void appendJson(std::string &text, const Node &node, const JsonFormat &format);
 
-/// Adds the number as JSON; null for infinities and not-a-number.
+// Adds the number as JSON; null for infinities and not-a-number.
 void appendJsonNumber(std::string &text, double number, const JsonFormat &format);
 
-/// Sets the node to what the text says. maximumDepth is how deep containers may nest (0: none at all);
-/// LmLibResultNestingLimitReached beyond. LmLibResultCouldNotInterpretJsonText for everything else that
-/// lmLibSetJson refuses. The node is unchanged on an error.
+// Sets the node to what the text says. maximumDepth is how deep containers may nest (0: none at all);
+// LmLibResultNestingLimitReached beyond. LmLibResultCouldNotInterpretJsonText for everything else that
+// lmLibSetJson refuses. The node is unchanged on an error.
 LmLibResult parseJson(std::string_view text, std::size_t maximumDepth, Node &node);
 
 }  // namespace lmlib64

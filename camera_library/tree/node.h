@@ -13,14 +13,14 @@
 
 namespace lmlib64 {
 
-/// A block of bytes and its format, as lmLibGetBinaryInfo describes it. Shared between copies of a node.
+// A block of bytes and its format, as lmLibGetBinaryInfo describes it. Shared between copies of a node.
 struct Binary {
     std::int32_t width = 0;
     std::int32_t height = 0;
     std::int32_t channelCount = 1;
     std::int32_t bytesPerElement = 1;
     bool isFloat = false;
-    double timestamp = 0.0;  ///< seconds since 1970
+    double timestamp = 0.0;  // seconds since 1970
     std::vector<std::uint8_t> bytes;
 };
 
@@ -29,10 +29,10 @@ using NodeObject = std::map<std::string, Node, std::less<>>;
 using NodeArray = std::vector<Node>;
 using NodeBinary = std::shared_ptr<const Binary>;
 
-/// One node and all below it. A default-constructed node is null; no node is ever absent.
+// One node and all below it. A default-constructed node is null; no node is ever absent.
 class Node {
 public:
-    /// The alternatives stand in the order of LmLibType, from null to binary.
+    // The alternatives stand in the order of LmLibType, from null to binary.
     using Value = std::variant<std::nullptr_t, double, std::string, bool, NodeObject, NodeArray, NodeBinary>;
 
     Node() : value(nullptr) {}
@@ -47,7 +47,7 @@ public:
 
     LmLibType type() const { return static_cast<LmLibType>(value.index() + 1); }
 
-    /// The child of that name, or null where this is no object or has none.
+    // The child of that name, or null where this is no object or has none.
     const Node *find(std::string_view name) const;
 
     Value value;

@@ -9,27 +9,27 @@
 
 namespace lmlib64 {
 
-/// One part of a path: a child by name, or an element by index.
+// One part of a path: a child by name, or an element by index.
 struct PathPart {
-    std::string_view name;  ///< the name, or the digits of the index
-    std::size_t index = 0;  ///< the greatest std::size_t where the digits say more than it holds
+    std::string_view name;  // the name, or the digits of the index
+    std::size_t index = 0;  // the greatest std::size_t where the digits say more than it holds
     bool isIndex = false;
 
     bool isNamed(std::string_view other) const { return !isIndex && name == other; }
 };
 
-/// A well-formed path of at most LMLIB_MAXIMUM_DEPTH parts; the root by default.
+// A well-formed path of at most LMLIB_MAXIMUM_DEPTH parts; the root by default.
 class Path {
 public:
     Path() = default;
 
-    /// Sets the path to the text's, or leaves it as it is and returns what is wrong with the text.
+    // Sets the path to the text's, or leaves it as it is and returns what is wrong with the text.
     static LmLibResult parse(std::string_view text, Path &path);
 
-    /// Whether the text is a child's name: not empty, with neither "/" nor backslash.
+    // Whether the text is a child's name: not empty, with neither "/" nor backslash.
     static bool isName(std::string_view text);
 
-    /// Walks over the parts, from the root downwards.
+    // Walks over the parts, from the root downwards.
     class Iterator {
     public:
         Iterator() = default;
@@ -47,7 +47,7 @@ public:
     private:
         void decode();
 
-        std::string_view rest;  ///< from the current part's "/" on; empty at the end
+        std::string_view rest;  // from the current part's "/" on; empty at the end
         std::size_t length = 0;
         PathPart part;
     };

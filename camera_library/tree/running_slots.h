@@ -14,10 +14,10 @@ namespace lmlib64 {
 class RunningSlots {
 public:
     using Runs = std::map<std::string, std::uint64_t, std::less<>>;
-    /// A run on its way in or out: moving one neither allocates nor fails.
+    // A run on its way in or out: moving one neither allocates nor fails.
     using Entry = Runs::node_type;
 
-    /// An entry for a new run in that slot.
+    // An entry for a new run in that slot.
     Entry prepare(std::string_view slot) {
         Runs runs;
         runs.emplace(slot, ++lastRun);
@@ -31,7 +31,7 @@ public:
         return found != running.end() && found->second == run;
     }
 
-    /// The slot has finished, was erased or was replaced.
+    // The slot has finished, was erased or was replaced.
     void remove(std::string_view slot) noexcept {
         const auto found = running.find(slot);
         if (found != running.end()) {

@@ -22,22 +22,22 @@
 
 namespace lmlib64 {
 
-/// A command's run, from the write that starts it until its result is put in.
+// A command's run, from the write that starts it until its result is put in.
 struct Run {
-    std::string slot;          ///< name below "Execute"
-    std::uint64_t number = 0;  ///< told apart from every other run
+    std::string slot;          // name below "Execute"
+    std::uint64_t number = 0;  // told apart from every other run
     std::string command;
-    Node parameters;  ///< as they were when the run began
-    /// What becomes the slot's "Result", ready made so that putting it in cannot fail.
+    Node parameters;  // as they were when the run began
+    // What becomes the slot's "Result", ready made so that putting it in cannot fail.
     NodeObject::node_type result;
 };
 
 class Tree {
 public:
-    /// A tree with the given "Path". The numbers of unique items end at greatestNumber.
+    // A tree with the given "Path". The numbers of unique items end at greatestNumber.
     explicit Tree(NodeObject path, std::uint64_t greatestNumber = std::numeric_limits<std::uint64_t>::max());
 
-    /// Calls the reader with the node, under the lock, and returns what the reader returns.
+    // Calls the reader with the node, under the lock, and returns what the reader returns.
     template <typename Reader>
     LmLibResult read(std::string_view path, Reader reader) const {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -46,43 +46,43 @@ public:
         return code == LmLibResultOperationSucceeded ? reader(*node) : code;
     }
 
-    /// Puts the value at the path.
+    // Puts the value at the path.
     LmLibResult write(std::string_view path, Node value);
 
-    /// Removes the node and all below it.
+    // Removes the node and all below it.
     LmLibResult erase(std::string_view path);
 
-    /// Makes an empty object below the parent and sets path to its path. It is named by the base name, an
-    /// underscore where that ends in a digit, and a number that no other unique item has.
-    /// LmLibResultItemPathInvalid for a base name that no path can hold;
-    /// LmLibResultItemMaximumUniqueCountReached.
+    // Makes an empty object below the parent and sets path to its path. It is named by the base name, an
+    // underscore where that ends in a digit, and a number that no other unique item has.
+    // LmLibResultItemPathInvalid for a base name that no path can hold;
+    // LmLibResultItemMaximumUniqueCountReached.
     LmLibResult makeUniqueItem(std::string_view parentPath, std::string_view baseName, std::string &path);
 
-    /// As lmLibWaitForType.
+    // As lmLibWaitForType.
     LmLibResult waitForType(std::string_view path, LmLibType type, bool waitForChange);
 
-    /// The number of threads that wait for a type just now.
+    // The number of threads that wait for a type just now.
     std::size_t waitCount() const;
 
-    /// The name of the slot whose "Command" is at the path; empty for every other path.
+    // The name of the slot whose "Command" is at the path; empty for every other path.
     static std::string_view slotOfCommand(std::string_view path);
 
-    /// Writes the command's name to the "Command" of run.slot, drops the slot's "Result" and fills in the
-    /// run's number and parameters. Until finishRun the slot refuses another "Command".
+    // Writes the command's name to the "Command" of run.slot, drops the slot's "Result" and fills in the
+    // run's number and parameters. Until finishRun the slot refuses another "Command".
     LmLibResult beginRun(Run &run);
 
-    /// Puts the run's result into its slot and turns "Command" to null, in one step; does nothing when the
-    /// slot was erased or replaced meanwhile.
+    // Puts the run's result into its slot and turns "Command" to null, in one step; does nothing when the
+    // slot was erased or replaced meanwhile.
     void finishRun(Run &run) noexcept;
 
-    /// Ends every wait with LmLibResultOperationCanceled.
+    // Ends every wait with LmLibResultOperationCanceled.
     void cancelWaits() noexcept;
 
-    /// Cancels the waits, and makes the tree as new.
+    // Cancels the waits, and makes the tree as new.
     void reset();
 
 private:
-    /// A thread that waits, on that thread's stack.
+    // A thread that waits, on that thread's stack.
     struct Wait {
         Path path;
         LmLibType type;

@@ -34,7 +34,7 @@ Node echo(const Node &parameters) {
     return NodeObject{{"Echo", parameters}};
 }
 
-/// Tells that it has begun, and finishes when the gate is open.
+// Tells that it has begun, and finishes when the gate is open.
 Node waitForGate(const Node &parameters) {
     ++begun;
     while (!gateOpen) {
@@ -78,7 +78,7 @@ public:
     ~Executor() override { gateOpen = true; }
 
 protected:
-    /// Starts the command that waits for the gate, and returns when it runs.
+    // Starts the command that waits for the gate, and returns when it runs.
     void startWaiting(const std::string &slot) {
         const int before = begun;
         ASSERT_EQ(executor.start(slot, "Wait"), LmLibResultOperationSucceeded);

@@ -19,7 +19,7 @@ std::string repeated(const std::string &element, int count) {
 
 struct Refusal {
     std::string parameters;
-    std::vector<std::string> named;  ///< what the text has to name: parameter, value, what is allowed
+    std::vector<std::string> named;  // what the text has to name: parameter, value, what is allowed
 };
 
 std::string onePattern(const std::string &pattern) {

@@ -28,7 +28,7 @@ public:
     ~Interface() override { lmLibFinalize(nullptr); }
 
 protected:
-    /// The node as JSON, or the code where it cannot be read.
+    // The node as JSON, or the code where it cannot be read.
     std::string json(const std::string &path) {
         const char *text = lmLibGetJson(&result, path.c_str(), 0, 0, 0);
         return text == nullptr ? "code " + std::to_string(result) : text;
@@ -38,7 +38,7 @@ protected:
         ASSERT_EQ(result, LmLibResultOperationSucceeded) << text;
     }
 
-    /// Runs the command in the slot to its end.
+    // Runs the command in the slot to its end.
     void run(const std::string &slot, const char *command) {
         lmLibSetString(&result, (slot + "/Command").c_str(), command);
         lmLibWaitForType(&result, (slot + "/Command").c_str(), LmLibTypeNull, 1);

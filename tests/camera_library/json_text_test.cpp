@@ -35,7 +35,7 @@ TEST(JsonText, writesNumbersInTheAskedForm) {
         double number;
         int precision;
         const char *plain;
-        const char *scientific;  ///< null: as plain
+        const char *scientific;  // null: as plain
     };
     const std::vector<Row> rows{
         {0.0, 0, "0", nullptr},

@@ -22,7 +22,7 @@ public:
     ~MovedLibrary() override { fs::remove_all(root); }
 
 protected:
-    /// Copies the library to the folder, loads it and returns what it says of itself.
+    // Copies the library to the folder, loads it and returns what it says of itself.
     static std::string pathsOf(const fs::path &folder) {
         fs::create_directories(folder);
         const fs::path file = folder / fs::path(LIBRARY_FILE).filename();
@@ -33,8 +33,8 @@ protected:
         return (base / "share/lmcaltab/manual").string() + "\n" + (base / "bin/LmView").string();
     }
 
-    /// Loads the library, uses it on a thread that ends (what it keeps for a thread would hold it loaded),
-    /// and unloads it without finalising, with its thread at work or about to be.
+    // Loads the library, uses it on a thread that ends (what it keeps for a thread would hold it loaded),
+    // and unloads it without finalising, with its thread at work or about to be.
     static std::string load(const fs::path &file) {
         void *library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr) {

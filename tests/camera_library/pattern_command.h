@@ -19,7 +19,7 @@ inline Node nodeFromJson(const std::string &json) {
     return node;
 }
 
-/// What the command says of these parameters: "" where it succeeds, else "Symbol: text".
+// What the command says of these parameters: "" where it succeeds, else "Symbol: text".
 inline std::string outcomeOf(const Node &parameters) {
     try {
         generateCalibrationPattern(parameters);
@@ -29,14 +29,14 @@ inline std::string outcomeOf(const Node &parameters) {
     }
 }
 
-/// Writes the patterns, given as the elements of a JSON array, to a file.
+// Writes the patterns, given as the elements of a JSON array, to a file.
 inline std::string save(const std::string &patterns, const std::string &fileName) {
     Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
     std::get<NodeObject>(parameters.value)["Filename"] = fileName;
     return outcomeOf(parameters);
 }
 
-/// The picture of the first of these patterns.
+// The picture of the first of these patterns.
 inline Binary preview(const std::string &patterns, int imageSize, bool encoding = true) {
     Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
     std::get<NodeObject>(parameters.value)["ImageSize"] = imageSize;

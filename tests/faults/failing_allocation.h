@@ -8,13 +8,13 @@ namespace failing_allocation {
 
 enum class Failing { Once, FromThenOn };
 
-/// Counts the calls of every thread from 1 again and lets that call fail with std::bad_alloc, or it and all after.
+// Counts the calls of every thread from 1 again and lets that call fail with std::bad_alloc, or it and all after.
 void arm(std::int64_t call, Failing failing);
 
-/// No call fails or is counted any more. Returns whether one has failed.
+// No call fails or is counted any more. Returns whether one has failed.
 bool disarm();
 
-/// While one of these lives, no call fails or is counted.
+// While one of these lives, no call fails or is counted.
 class Pause {
 public:
     Pause();
@@ -26,7 +26,7 @@ private:
     bool wasArmed;
 };
 
-/// Blocks that operator new has given out and that have not come back.
+// Blocks that operator new has given out and that have not come back.
 std::int64_t blocksInUse();
 
 }  // namespace failing_allocation

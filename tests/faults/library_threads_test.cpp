@@ -108,7 +108,7 @@ void runCommand(Random &random, std::int32_t *result) {
     }
 }
 
-/// The codes that the library may answer with, whatever the others do meanwhile.
+// The codes that the library may answer with, whatever the others do meanwhile.
 bool isExpected(std::int32_t code) {
     static const std::set<std::int32_t> codes{
         LmLibResultOperationSucceeded,
@@ -176,7 +176,7 @@ TEST(LibraryThreads, doEverythingAtOnce) {
     EXPECT_EQ(lmLibGetCount(nullptr, "/Execute/S/Result/CalTabs"), 9);
 }
 
-/// With a command that has begun or is about to, at a moment that differs from one to the next.
+// With a command that has begun or is about to, at a moment that differs from one to the next.
 [[noreturn]] void exitWhileCommandRuns(int microseconds) {
     lmLibSetJson(nullptr, "/Execute/S/Parameters",
                  R"({"ImageSize":1000,"Patterns":[{"Type":"Flexible","GridSize":[99,99],"GridSpacing":5}]})");

@@ -16,7 +16,7 @@ namespace {
 using lmlib64::Node;
 using lmlib64::NodeObject;
 
-/// Small pictures, and files only where no folder is: what is made for them is made all the same.
+// Small pictures, and files only where no folder is: what is made for them is made all the same.
 void tame(Node &parameters) {
     auto *object = std::get_if<NodeObject>(&parameters.value);
     if (object == nullptr) {
