@@ -1,0 +1,58 @@
+// How sure a solved estimate is: the covariance of all that varied, from the normal equations at the solution.
+//
+// Moments are eliminated one by one (the Schur complement), so time and memory grow with their number and no more. The
+// covariance is scaled by the residuals' own variance, so standard deviations of corners need to be right only in
+// proportion to each other.
+#pragma once
+
+#include <Eigen/Core>
+#include <optional>
+#include <vector>
+
+#include "calibration/joint_solve.h"
+
+namespace calibration {
+
+class Covariance {
+public:
+    // The variance of the residuals in units of what the corners' standard deviations promise.
+    double varianceFactor() const { return factor; }
+    int usedCorners() const { return corners; }
+
+    // Of one block; empty if it did not vary. A shape's rows are the free numbers in the order of Freedom::shapes.
+    Eigen::MatrixXd intrinsics(int camera) const { return blockAt(cameras[size_t(camera)].intrinsics); }
+    Eigen::MatrixXd cameraFromRig(int camera) const { return blockAt(cameras[size_t(camera)].pose); }
+    Eigen::MatrixXd worldFromPrint(int print) const { return blockAt(prints[size_t(print)].pose); }
+    Eigen::MatrixXd shape(int print) const { return blockAt(prints[size_t(print)].shape); }
+    // Of a print's pose and its shape together, pose first.
+    Eigen::MatrixXd print(int print) const;
+
+private:
+    friend std::optional<Covariance> covarianceOf(const Observations &, const Freedom &, const Estimate &);
+
+    struct Range {
+        int first = 0, size = 0;
+    };
+    struct CameraRanges {
+        Range intrinsics, pose;
+    };
+    struct PrintRanges {
+        Range pose, shape;
+    };
+
+    Eigen::MatrixXd blockAt(Range range) const {
+        return matrix.block(range.first, range.first, range.size, range.size);
+    }
+
+    std::vector<CameraRanges> cameras;
+    std::vector<PrintRanges> prints;
+    Eigen::MatrixXd matrix;
+    double factor = 1;
+    int corners = 0;
+};
+
+// Nothing if the sightings do not determine everything that varies.
+std::optional<Covariance> covarianceOf(const Observations &observations, const Freedom &freedom,
+                                       const Estimate &estimate);
+
+}  // namespace calibration

@@ -1,0 +1,151 @@
+#include "calibration/projection_uncertainty.h"
+
+#include <Eigen/Cholesky>
+#include <algorithm>
+#include <cmath>
+
+namespace calibration {
+
+namespace {
+
+// One cell of the grid: how its pixel depends on the lens and on the camera's motion.
+struct Cell {
+    Eigen::Vector3d point;
+    Eigen::Matrix<double, 2, Eigen::Dynamic> byLens;
+    Eigen::Matrix<double, 2, 6> byMotion;
+    double weight = 1;
+};
+
+// Points at infinity are at distance 1 and only turn.
+class Grid {
+public:
+    Grid(const Camera &camera, const Eigen::VectorXd &intrinsics, double distance, int columns, int rows)
+        : map{columns, rows, {}}, isFar(std::isinf(distance)) {
+        map.values.resize(size_t(columns) * size_t(rows));
+        for (int row = 0; row < rows; row++) {
+            for (int column = 0; column < columns; column++) {
+                Eigen::Vector3d direction;
+                const bool isSeen =
+                    unproject(camera.lens, intrinsics.data(), map.pixel(camera, column, row), direction);
+                cells.push_back(isSeen ? cellAt(camera, intrinsics, direction * (isFar ? 1 : distance))
+                                       : std::optional<Cell>());
+            }
+        }
+    }
+
+    int motionSize() const { return isFar ? 3 : 6; }
+
+    PictureMap map;
+    bool isFar;
+    std::vector<std::optional<Cell>> cells;
+
+private:
+    static std::optional<Cell> cellAt(const Camera &camera, const Eigen::VectorXd &intrinsics,
+                                      const Eigen::Vector3d &point) {
+        Projection projection;
+        if (!project(camera.lens, intrinsics.data(), point, projection)) {
+            return std::nullopt;
+        }
+        Cell cell;
+        cell.point = point;
+        cell.byLens = projection.byParameters;
+        cell.byMotion.leftCols<3>() = -projection.byPoint * crossMatrix(point);
+        cell.byMotion.rightCols<3>() = projection.byPoint;
+        return cell;
+    }
+};
+
+// The motion of the camera, as a linear function of the lens's error, that undoes as much of the error as a motion can.
+Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
+    const int size = grid.motionSize();
+    Eigen::MatrixXd normal = Eigen::MatrixXd::Zero(size, size);
+    Eigen::MatrixXd right = Eigen::MatrixXd::Zero(size, lensSize);
+    for (const std::optional<Cell> &cell : grid.cells) {
+        if (cell) {
+            const auto byMotion = cell->byMotion.leftCols(size);
+            normal += cell->weight * byMotion.transpose() * byMotion;
+            right += cell->weight * byMotion.transpose() * cell->byLens;
+        }
+    }
+    // Over a narrow field of view rotation and translation look nearly alike.
+    normal.diagonal() *= 1 + 1e-12;
+    return normal.ldlt().solve(right);
+}
+
+double worseSigma(const Eigen::Matrix2d &covariance) {
+    const double mean = covariance.trace() / 2;
+    const double half = std::hypot((covariance(0, 0) - covariance(1, 1)) / 2, covariance(0, 1));
+    return std::sqrt(std::max(mean + half, 0.0));
+}
+
+}  // namespace
+
+Eigen::Vector2d PictureMap::pixel(const Camera &camera, int column, int row) const {
+    return {(column + 0.5) * camera.width / columns - 0.5, (row + 0.5) * camera.height / rows - 0.5};
+}
+
+std::optional<double> PictureMap::greatest() const {
+    std::optional<double> result;
+    for (const std::optional<double> &value : values) {
+        if (value && (!result || *value > *result)) {
+            result = value;
+        }
+    }
+    return result;
+}
+
+PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
+                                 const Eigen::MatrixXd &covariance, double distance, int columns, int rows) {
+    Grid grid(camera, intrinsics, distance, columns, rows);
+    // Each round weights the parts of the picture by how sure the round before found them.
+    constexpr int rounds = 4;
+    for (int round = 0; round < rounds; round++) {
+        const Eigen::MatrixXd motion = bestMotion(grid, intrinsics.size());
+        for (size_t i = 0; i < grid.cells.size(); i++) {
+            if (std::optional<Cell> &cell = grid.cells[i]) {
+                const Eigen::MatrixXd left = cell->byLens - cell->byMotion.leftCols(grid.motionSize()) * motion;
+                const double sigma = worseSigma(left * covariance * left.transpose());
+                grid.map.values[i] = sigma;
+                cell->weight = 1 / std::max(sigma * sigma, 1e-18);
+            }
+        }
+    }
+    return grid.map;
+}
+
+PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, const Eigen::VectorXd &b,
+                                double distance, int columns, int rows) {
+    Grid grid(camera, a, distance, columns, rows);
+    RigidMotion motion;  // of the camera from a to b
+    constexpr int rounds = 8;
+    const int size = grid.motionSize();
+    for (int round = 0; round < rounds; round++) {
+        Eigen::MatrixXd normal = Eigen::MatrixXd::Zero(size, size);
+        Eigen::VectorXd right = Eigen::VectorXd::Zero(size);
+        for (size_t i = 0; i < grid.cells.size(); i++) {
+            const std::optional<Cell> &cell = grid.cells[i];
+            Projection projection;
+            if (!cell || !project(camera.lens, b.data(), motion * cell->point, projection)) {
+                grid.map.values[i].reset();
+                continue;
+            }
+            Eigen::Matrix<double, 2, 6> byMotion;
+            byMotion << -projection.byPoint * crossMatrix(motion * cell->point), projection.byPoint;
+            const Eigen::Vector2d seen = grid.map.pixel(camera, int(i) % columns, int(i) / columns);
+            const Eigen::Vector2d error = projection.image - seen;
+            grid.map.values[i] = error.norm();
+            normal += byMotion.leftCols(size).transpose() * byMotion.leftCols(size);
+            right += byMotion.leftCols(size).transpose() * error;
+        }
+        if (round + 1 == rounds) {
+            break;
+        }
+        normal.diagonal() *= 1 + 1e-12;
+        Eigen::Matrix<double, 6, 1> step = Eigen::Matrix<double, 6, 1>::Zero();
+        step.head(size) = -normal.ldlt().solve(right);
+        motion = RigidMotion{step.head<3>(), step.tail<3>()} * motion;
+    }
+    return grid.map;
+}
+
+}  // namespace calibration

@@ -1,0 +1,88 @@
+// A scene of two cameras and two prints whose corners are computed, not photographed.
+#pragma once
+
+#include <random>
+
+#include "calibration/observations.h"
+#include "calibration/sighting_residuals.h"
+
+namespace calibration {
+
+constexpr int columns = 9;
+constexpr int rows = 7;
+constexpr double pitch = 20;  // mm
+
+struct Scene {
+    Observations observations;
+    Estimate truth;
+};
+
+inline Print makePrint() {
+    Print print;
+    for (int y = 0; y < rows; y++) {
+        for (int x = 0; x < columns; x++) {
+            print.points.emplace_back((x - columns / 2) * pitch, (y - rows / 2) * pitch);
+        }
+    }
+    return print;
+}
+
+// A pinhole and a fisheye, fixed to each other, look at two prints that stand at an angle. The second print is bent and
+// has another scale in x than in y.
+inline Scene makeScene(double noise, unsigned seed = 3) {
+    Scene scene;
+    scene.observations.cameras = {{"a", 1200, 900, LensModel::Pinhole5}, {"b", 1000, 800, LensModel::Fisheye}};
+    scene.observations.prints = {makePrint(), makePrint()};
+    Estimate &truth = scene.truth;
+    truth.intrinsics = {Eigen::VectorXd(9), Eigen::VectorXd(8)};
+    truth.intrinsics[0] << 1100, 1090, 610, 440, -0.2, 0.08, 0.001, -0.0005, 0.01;
+    truth.intrinsics[1] << 420, 422, 505, 390, -0.02, 0.005, -0.001, 0.0002;
+    truth.cameraFromRig = {{}, {{0.02, -0.3, 0.01}, {-110, 5, 8}}};
+    truth.hasCamera = {true, true};
+    truth.worldFromPrint = {{}, {{0.05, 0.9, -0.1}, {170, 10, -60}}};
+    truth.groups = {0, 0};
+    truth.shapes.resize(2);
+    for (PrintShape &shape : truth.shapes) {
+        shape.reach = reachOf(scene.observations.prints[0]);
+    }
+    truth.shapes[0].numbers[PrintShape::ratio] = 0.002;
+    truth.shapes[1].numbers = {0.001, -0.004, 0.0005, 0.6, -0.3, 0.2};
+    std::mt19937 random(3);
+    std::mt19937 noiseRandom(seed);
+    std::normal_distribution<double> normal;
+    for (int moment = 0; moment < 14; moment++) {
+        const Eigen::Vector3d turn(0.35 * normal(random), 0.35 * normal(random), 0.5 * normal(random));
+        const Eigen::Vector3d middle(-70 + 30 * normal(random), 20 * normal(random), 520 + 60 * normal(random));
+        truth.rigFromWorld.push_back({turn, middle});
+        truth.hasMoment.push_back(true);
+        for (int camera = 0; camera < 2; camera++) {
+            scene.observations.photographs.push_back({"", camera, moment});
+            for (int print = 0; print < 2; print++) {
+                Sighting sighting{int(scene.observations.photographs.size()) - 1, print, true, {}};
+                for (int point = 0; point < columns * rows; point++) {
+                    const Eigen::Vector3d onPrint =
+                        printedPoint(truth.shapes[size_t(print)].numbers.data(), truth.shapes[size_t(print)].reach,
+                                     scene.observations.prints[size_t(print)].points[size_t(point)])
+                            .place;
+                    const Eigen::Vector3d seen =
+                        truth.cameraFromRig[size_t(camera)] *
+                        (truth.rigFromWorld.back() * (truth.worldFromPrint[size_t(print)] * onPrint));
+                    Eigen::Vector2d image;
+                    const Camera &by = scene.observations.cameras[size_t(camera)];
+                    if (project(by.lens, truth.intrinsics[size_t(camera)].data(), seen, image) && image.x() > 0 &&
+                        image.y() > 0 && image.x() < by.width && image.y() < by.height) {
+                        image += noise * Eigen::Vector2d(normal(noiseRandom), normal(noiseRandom));
+                        sighting.corners.push_back({point, image, noise, true});
+                    }
+                }
+                if (sighting.corners.size() >= 12) {
+                    scene.observations.sightings.push_back(sighting);
+                }
+            }
+        }
+    }
+    scene.observations.moments = 14;
+    return scene;
+}
+
+}  // namespace calibration
