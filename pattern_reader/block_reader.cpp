@@ -82,35 +82,97 @@ BlockFamily offsetFamily() {
     return family;
 }
 
-bool agrees(const SeenBlock &seen, const BlockFamily &family, int leastChecks) {
-    const std::uint64_t known = ~seen.unknown;
-    std::uint64_t rest = (seen.bits ^ family.first) & known;
-    std::vector<std::uint64_t> basis;
-    const auto reduce = [&](std::uint64_t word) {
+// What is left of words after the differences of a family have been taken away as far as possible.
+class Remainder {
+public:
+    Remainder(const BlockFamily &family, std::uint64_t known) {
+        for (const std::uint64_t difference : family.differences) {
+            const std::uint64_t word = of(difference & known);
+            if (word != 0) {
+                basis.push_back(word);
+                // Largest first, so that going once through the list is enough.
+                std::sort(basis.rbegin(), basis.rend());
+            }
+        }
+    }
+
+    [[nodiscard]] std::uint64_t of(std::uint64_t word) const {
         for (const std::uint64_t other : basis) {
             word = std::min(word, word ^ other);
         }
         return word;
-    };
-    for (const std::uint64_t difference : family.differences) {
-        const std::uint64_t word = reduce(difference & known);
-        if (word != 0) {
-            basis.push_back(word);
-            // Largest first, so that reducing once through the list is enough.
-            std::sort(basis.rbegin(), basis.rend());
+    }
+
+    [[nodiscard]] int freeBits() const { return int(basis.size()); }
+
+private:
+    std::vector<std::uint64_t> basis;
+};
+
+BlockAgreement compare(const SeenBlock &seen, const BlockFamily &family) {
+    const std::uint64_t known = ~seen.unknown;
+    const Remainder remainder(family, known);
+    BlockAgreement agreement;
+    agreement.checks = int(std::bitset<64>(known).count()) - remainder.freeBits();
+    const std::uint64_t rest = remainder.of((seen.bits ^ family.first) & known);
+    // Remainders add bit by bit: those of the bits that are wrong make up the rest. Sums of none, one and two of them
+    // are listed; the rest is one of these, or a sum of two.
+    std::vector<std::uint64_t> ones;
+    for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
+        const std::uint64_t mask = std::uint64_t(1) << bit;
+        if ((known & mask) != 0) {
+            ones.push_back(remainder.of(mask));
         }
     }
-    rest = reduce(rest);
-    const int checks = int(std::bitset<64>(known).count()) - int(basis.size());
-    return rest == 0 && checks >= leastChecks;
+    std::vector<std::uint64_t> twos;
+    for (size_t i = 0; i < ones.size(); i++) {
+        for (size_t j = 0; j < i; j++) {
+            twos.push_back(ones[i] ^ ones[j]);
+        }
+    }
+    std::sort(ones.begin(), ones.end());
+    std::sort(twos.begin(), twos.end());
+    const auto has = [](const std::vector<std::uint64_t> &sums, std::uint64_t word) {
+        return std::binary_search(sums.begin(), sums.end(), word);
+    };
+    const auto hasSum = [&](const std::vector<std::uint64_t> &first, const std::vector<std::uint64_t> &second) {
+        return std::any_of(first.begin(), first.end(), [&](std::uint64_t one) { return has(second, rest ^ one); });
+    };
+    agreement.wrongBits = rest == 0            ? 0
+                          : has(ones, rest)    ? 1
+                          : has(twos, rest)    ? 2
+                          : hasSum(ones, twos) ? 3
+                          : hasSum(twos, twos) ? 4
+                                               : BlockAgreement::tooMany;
+    return agreement;
 }
 
 }  // namespace
 
-bool couldBePlateBlock(const SeenBlock &seen, int leastChecks) {
+BlockAgreement comparePlateBlock(const SeenBlock &seen) {
     static const BlockFamily spacings = spacingFamily();
     static const BlockFamily offsets = offsetFamily();
-    return agrees(seen, spacings, leastChecks) || agrees(seen, offsets, leastChecks);
+    const BlockAgreement spacing = compare(seen, spacings);
+    const BlockAgreement offset = compare(seen, offsets);
+    const bool better =
+        offset.wrongBits != spacing.wrongBits ? offset.wrongBits < spacing.wrongBits : offset.checks > spacing.checks;
+    return better ? offset : spacing;
+}
+
+SeenBlock mirrorPlateBlock(const SeenBlock &seen) {
+    SeenBlock mirrored;
+    // The first bit's dot does not stand on the grid that the mirror maps to itself.
+    for (int bit = 1; bit < pattern_code::blockBitCount; bit++) {
+        const std::uint64_t mask = std::uint64_t(1) << (pattern_code::blockBitCount - 1 - bit);
+        const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
+        for (int other = 1; other < pattern_code::blockBitCount; other++) {
+            const pattern_code::BlockCell there = pattern_code::blockCell(other);
+            if ((seen.unknown & mask) == 0 && there.column == cell.row && there.row == cell.column) {
+                mirrored.see(other, (seen.bits & mask) != 0);
+            }
+        }
+    }
+    return mirrored;
 }
 
 void SeenBlock::see(int bit, bool set) {

@@ -27,8 +27,18 @@ SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeM
 // cannot be read beyond doubt.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// Whether a plate's block can look as it was seen. Tells orientations apart when too little was seen to read the block:
-// what was seen in a wrong one agrees with some block only once in 2^checks, and checks must be at least leastChecks.
-bool couldBePlateBlock(const SeenBlock &seen, int leastChecks);
+// How well what was seen of a plate's block goes with the block that it goes with best. Random bits agree without an
+// exception once in 2^checks.
+struct BlockAgreement {
+    static constexpr int tooMany = 5;
+
+    int wrongBits = tooMany;  // 0 to 4, or tooMany
+    int checks = 0;
+};
+
+BlockAgreement comparePlateBlock(const SeenBlock &seen);
+
+// What would have been seen if the picture of the plate were the mirror image of one with the same triangle.
+SeenBlock mirrorPlateBlock(const SeenBlock &seen);
 
 }  // namespace pattern_reader

@@ -91,6 +91,13 @@ struct Orientation {
     // Whether the dots are those of a block: for certain, or as far as they can be seen.
     bool readable = false;
     bool possible = false;
+    BlockAgreement agreement;
+
+    // Whether the dots rule this orientation out: they are those of no block, or rather those of a mirrored plate.
+    [[nodiscard]] bool isRefuted() const {
+        return !readable && (agreement.wrongBits == BlockAgreement::tooMany ||
+                             comparePlateBlock(mirrorPlateBlock(block)).wrongBits < agreement.wrongBits);
+    }
 };
 
 // The plate turned so that one of its corners is the top-left one.
@@ -102,7 +109,8 @@ Orientation turnToTopLeft(const PlatePicture &picture, const LatticeMotion &plac
     PatternReading trial;
     readBlock(turned.block, pattern_code::BlockCarrier::plate(), trial);
     turned.readable = trial.values.has_value();
-    turned.possible = couldBePlateBlock(turned.block, leastChecks);
+    turned.agreement = comparePlateBlock(turned.block);
+    turned.possible = turned.agreement.wrongBits == 0 && turned.agreement.checks >= leastChecks;
     return turned;
 }
 
@@ -127,7 +135,20 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
     if (readable > 1 || (readable == 0 && !(large && (corners.size() == 1 || possible == 1)))) {
         return std::nullopt;
     }
-    return best;
+    // Frame and triangle look the same in a mirror.
+    return best->isRefuted() ? std::nullopt : best;
+}
+
+// The power of ten of the chance that a plate is not what it was read as.
+double chanceOf(const Orientation &oriented, int framePassed, size_t marks) {
+    // Each look at the frame, and each mark in its place, comes out by chance half of the time at most.
+    const double place = -0.301 * double(framePassed + int(marks));
+    if (oriented.readable) {
+        return place;
+    }
+    // Without dots that say so nothing but the rarity of mirrored pictures speaks against one.
+    constexpr double mirrored = -1;
+    return std::max(place, oriented.possible ? -0.301 * oriented.agreement.checks : mirrored);
 }
 
 // Writes the marks into the reading, by lattice row and column.
@@ -172,8 +193,7 @@ std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, c
     reading.quarterTurns = (int(std::lround(reading.angle / 90)) + 4) % 4;
     reading.squaresCompared = placed->frame.looked;
     reading.squaresDiffering = placed->frame.looked - placed->frame.passed;
-    // Each look at the frame, and each mark in its place, comes out by chance half of the time at most.
-    reading.log10Chance = -0.301 * double(placed->frame.passed + int(found.marks.size()));
+    reading.log10Chance = chanceOf(*oriented, placed->frame.passed, found.marks.size());
     reading.confidence = 1 - std::pow(10.0, reading.log10Chance);
     return reading;
 }
