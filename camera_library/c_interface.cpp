@@ -269,7 +269,7 @@ void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t w
 
 void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height, int32_t *channelCount,
                         int32_t *bytesPerElement, int32_t *isFloat, double *timestamp) {
-    static const Binary none{0, 0, 0, 0, false, 0.0, {}};
+    const Binary none{0, 0, 0, 0, false, 0.0, {}};
     lmlib64::NodeBinary binary;
     const bool found = guard(result, [&](const Library &library) { return readValue(library, path, binary); });
     const Binary &format = found ? *binary : none;

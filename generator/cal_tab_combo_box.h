@@ -24,7 +24,7 @@ public:
     // once. Throws LmLibException; the items added before that stay, and no signal is sent.
     void reload();
 
-    // The values of the current plate. There must be one; with an empty catalogue there is none.
+    // The values of the current plate. Not to be called if there is none, which happens with an empty catalogue.
     std::string currentType() const;
     double currentGridSpacing() const;
     double currentThickness() const;

@@ -27,8 +27,8 @@ public:
     TreeItem operator[](std::int32_t index) const;
     const std::string &path() const { return itemPath; }
 
-    // Each writes the node and returns the value. Numbers are int32_t or double, and only bool is a boolean: pointers
-    // and other integer types are not converted to it.
+    // Each writes the node and returns the value. A number must be an int32_t or a double. A boolean must be a bool: no
+    // pointer or integer is converted to one.
     const std::string &operator=(const std::string &value) const;
     const char *operator=(const char *value) const;
     std::int32_t operator=(std::int32_t value) const;

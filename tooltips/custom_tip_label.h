@@ -41,8 +41,8 @@ public:
     // no later than the new one would.
     void restartHideTimer(int interval, bool force);
 
-    // True if the label shows this text for this widget and the position, in the widget's coordinates, is in the
-    // label's rectangle or there is no rectangle.
+    // True if the label shows this text for this widget, and either has no rectangle or the position, in the widget's
+    // coordinates, is in it.
     bool isTipFor(const QString &text, const QWidget *tipWidget, const QPoint &position) const;
 
     bool eventFilter(QObject *object, QEvent *event) override;
