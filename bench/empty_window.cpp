@@ -1,4 +1,4 @@
-// The least that a window with a graphics view is.
+// The simplest possible window with a graphics view.
 #include <QApplication>
 #include <QGraphicsView>
 #include <QMainWindow>

@@ -1,62 +1,144 @@
-// Medians of repeated runs, and the table that every benchmark prints: a figure, what it is compared with in the
-// same run, their ratio and the bound on it. Times are in milliseconds.
+// Measures calls alternately in many short rounds, and prints the table of every benchmark: a time, what it is compared
+// with in the same rounds, their ratio and the bound on it. Times are in milliseconds.
+//
+// The speed of a machine changes from one second to the next, most of all if others use it too. Therefore what is
+// compared is measured within milliseconds of each other, and a ratio is the median of the rounds' ratios of processor
+// time. Waiting costs no processor time, so elapsed times are measured too; the fastest round's is the least disturbed.
 #pragma once
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
+#include <ctime>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
-inline double milliseconds() {
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
+struct Time {
+    double processor = 0.0;  // of all threads of the process
+    double elapsed = 0.0;    // 0 if it is not measured
+
+    Time operator-(const Time &other) const { return {processor - other.processor, elapsed - other.elapsed}; }
+    Time operator/(double divisor) const { return {processor / divisor, elapsed / divisor}; }
+};
+
+// One time per round.
+using Times = std::vector<Time>;
+
+// The current processor time and elapsed time, each counted from an unspecified moment.
+inline Time now() {
+    const auto elapsed = std::chrono::steady_clock::now().time_since_epoch();
+    return {1e3 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC,
+            std::chrono::duration<double, std::milli>(elapsed).count()};
 }
 
-inline double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-// The median time of a call, after some that do not count.
 template <class Call>
-double medianTime(int repetitions, Call call) {
+Time timeOf(Call call) {
+    const Time start = now();
+    call();
+    return now() - start;
+}
+
+// The value that the given share of the values does not exceed: 0.5 for the median.
+inline double quantile(std::vector<double> values, double share) {
+    const auto at = values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1) + 0.5);
+    std::nth_element(values.begin(), at, values.end());
+    return *at;
+}
+
+inline double median(const std::vector<double> &values) {
+    return quantile(values, 0.5);
+}
+
+// Takes one time of each kind per round, after some rounds that do not count. Each round begins with another kind.
+inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::function<Time()>> &kinds) {
     constexpr int warmUps = 3;
-    std::vector<double> times;
-    for (int i = 0; i < repetitions + warmUps; ++i) {
-        const double start = milliseconds();
-        call();
-        if (i >= warmUps) {
-            times.push_back(milliseconds() - start);
+    std::vector<Times> times(kinds.size());
+    for (int round = -warmUps; round < rounds; ++round) {
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            const std::size_t kind = (i + static_cast<std::size_t>(round + warmUps)) % kinds.size();
+            const Time time = kinds[kind]();
+            if (round >= 0) {
+                times[kind].push_back(time);
+            }
         }
     }
-    return median(std::move(times));
+    return times;
 }
 
-// Prints Markdown rows and remembers whether a ratio is over twice its bound, which noise does not explain.
+// Prints Markdown rows, and remembers whether a ratio was more than twice its bound, which noise does not explain. A
+// bound of 0 means none. The column "Elapsed" compares the elapsed times of the fastest rounds. It has no bound,
+// because these still contain much noise on a busy machine.
 class Table {
 public:
     explicit Table(const char *title) {
-        std::printf("\n### %s\n\n| What | Figure | Compared with | Ratio | Bound |\n|---|---|---|---|---|\n", title);
+        std::printf(
+            "\n### %s\n\n| What | Figure | Compared with | Ratio | Middle half | Elapsed | Bound |\n"
+            "|---|---|---|---|---|---|---|\n",
+            title);
     }
 
-    // A bound of 0 is none.
-    void row(const std::string &what, double figure, const char *unit, const std::string &reference,
-             double referenceFigure, double bound) {
-        const double ratio = figure / referenceFigure;
-        std::printf("| %s | %.4g %s | %s: %.4g %s | %.2f | ", what.c_str(), figure, unit, reference.c_str(),
-                    referenceFigure, unit, ratio);
-        if (bound > 0.0) {
-            std::printf("%.2f%s |\n", bound, ratio > bound ? " (over)" : "");
-        } else {
-            std::printf(" |\n");
+    // Both must come from the same rounds.
+    void row(const std::string &what, const Times &times, const char *unit, const std::string &reference,
+             const Times &referenceTimes, double bound) {
+        std::vector<double> ratios;
+        std::transform(times.begin(), times.end(), referenceTimes.begin(), std::back_inserter(ratios),
+                       [](const Time &time, const Time &other) { return time.processor / other.processor; });
+        beginRow(what, processorMedian(times), unit, reference, processorMedian(referenceTimes));
+        std::printf("%.2f | %.2f to %.2f | ", median(ratios), quantile(ratios, 0.25), quantile(ratios, 0.75));
+        if (fastest(referenceTimes) > 0.0) {
+            std::printf("%.2f ", fastest(times) / fastest(referenceTimes));
         }
-        std::fflush(stdout);
-        failed = failed || (bound > 0.0 && ratio > 2.0 * bound);
+        std::printf("| ");
+        endRow(median(ratios), bound);
+    }
+
+    // Compares the elapsed time of the fastest round with a fixed limit.
+    void row(const std::string &what, const Times &times, const char *unit, double limit) {
+        figure(what, fastest(times), unit, "limit", limit, 1.0);
+    }
+
+    // For figures that are not times.
+    void figure(const std::string &what, double figure, const char *unit, const std::string &reference,
+                double referenceFigure, double bound) {
+        beginRow(what, figure, unit, reference, referenceFigure);
+        std::printf("%.2f | | | ", figure / referenceFigure);
+        endRow(figure / referenceFigure, bound);
     }
 
     int exitCode() const { return failed ? 1 : 0; }
 
 private:
+    static double processorMedian(const Times &times) {
+        std::vector<double> values;
+        std::transform(times.begin(), times.end(), std::back_inserter(values),
+                       [](const Time &time) { return time.processor; });
+        return median(values);
+    }
+
+    static double fastest(const Times &times) {
+        return std::min_element(times.begin(), times.end(),
+                                [](const Time &time, const Time &other) { return time.elapsed < other.elapsed; })
+            ->elapsed;
+    }
+
+    static void beginRow(const std::string &what, double figure, const char *unit, const std::string &reference,
+                         double referenceFigure) {
+        std::printf("| %s | %.4g %s | %s: %.4g %s | ", what.c_str(), figure, unit, reference.c_str(), referenceFigure,
+                    unit);
+    }
+
+    void endRow(double ratio, double bound) {
+        if (bound > 0.0) {
+            std::printf("%.2f%s |\n", bound, ratio > bound ? " (over)" : "");
+        } else {
+            std::printf("|\n");
+        }
+        std::fflush(stdout);
+        failed = failed || (bound > 0.0 && ratio > 2.0 * bound);
+    }
+
     bool failed = false;
 };

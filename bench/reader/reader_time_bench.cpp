@@ -4,6 +4,7 @@
 #include <opencv2/imgproc.hpp>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "bench/measurement.h"
 #include "bench/reader/coded_targets.h"
@@ -18,9 +19,10 @@ using namespace reader_bench;
 
 constexpr double pixelsPerSquare = 10;
 constexpr double megapixel = 1e6;
+constexpr int rounds = 31;
 
-double readingTime(const cv::Mat &picture, int repetitions = 15) {
-    return medianTime(repetitions, [&] { pattern_reader::readPatterns(picture); });
+Time readingTime(const cv::Mat &picture) {
+    return timeOf([&] { pattern_reader::readPatterns(picture); });
 }
 
 // A target in the middle of a picture, slightly tilted and rolled.
@@ -55,10 +57,11 @@ cv::Mat inLargerPicture(const cv::Mat &picture, int factor, bool textured) {
 void benchMegapixels(Table &table) {
     std::mt19937 random(1);
     const cv::Mat picture = photographOf(makeTile(0, random), {1000, 1000});
-    const double one = readingTime(picture);
     const auto row = [&](const std::string &what, const cv::Mat &larger) {
         const double share = double(larger.total()) / megapixel;
-        table.row(what, readingTime(larger, 7) / share, "ms per megapixel", "1 megapixel", one, 2.0);
+        const auto times = measureAlternately(
+            rounds, {[&] { return readingTime(larger) / share; }, [&] { return readingTime(picture); }});
+        table.row(what, times[0], "ms per megapixel", "1 megapixel", times[1], 2.0);
     };
     for (const int factor : {2, 4}) {
         const std::string size = std::to_string(factor * factor) + " megapixels";
@@ -70,19 +73,35 @@ void benchMegapixels(Table &table) {
     }
 }
 
+// Compares what each picture costs per item, beyond the empty picture of its size, with the first one's cost.
+struct Subject {
+    std::string what;
+    cv::Mat picture;
+    double items;
+};
+
+void benchPerItem(Table &table, const std::vector<Subject> &subjects, const char *unit, const std::string &reference) {
+    const cv::Mat empty(subjects.front().picture.size(), CV_8U, cv::Scalar(120));
+    const auto costOf = [&](const Subject &subject) {
+        const Time time = (readingTime(subject.picture) - readingTime(empty)) / subject.items;
+        return Time{time.processor, 0.0};
+    };
+    for (const Subject &subject : subjects) {
+        const auto times =
+            measureAlternately(rounds, {[&] { return costOf(subject); }, [&] { return costOf(subjects.front()); }});
+        table.row(subject.what, times[0], unit, reference, times[1], 2.0);
+    }
+}
+
 void benchCorners(Table &table) {
-    const cv::Size size(1100, 1100);
-    const double none = readingTime(cv::Mat(size, CV_8U, cv::Scalar(120)));
-    double reference = 0;
+    std::vector<Subject> subjects;
     for (const int side : {15, 31, 61, 91}) {
         std::mt19937 random(1);
-        const cv::Mat picture = photographOf(makeFlexible(side, side, random), size);
-        const double corners = side * side / 1000.0;
-        const double each = (readingTime(picture) - none) / corners;
-        reference = reference == 0 ? each : reference;
-        table.row("a pattern of " + std::to_string(side) + " x " + std::to_string(side) + " corners", each,
-                  "ms per 1000 corners", "15 x 15", reference, 2.0);
+        const std::string size = std::to_string(side) + " x " + std::to_string(side);
+        subjects.push_back({"a pattern of " + size + " corners",
+                            photographOf(makeFlexible(side, side, random), {1100, 1100}), side * side / 1000.0});
     }
+    benchPerItem(table, subjects, "ms per 1000 corners", "15 x 15");
 }
 
 void benchPatterns(Table &table) {
@@ -90,19 +109,17 @@ void benchPatterns(Table &table) {
     constexpr int placeSide = 220;
     std::mt19937 random(1);
     const cv::Mat pattern = photographOf(makeTile(0, random), {placeSide, placeSide});
-    const cv::Mat empty(places * placeSide, places * placeSide, CV_8U, cv::Scalar(120));
-    const double none = readingTime(empty);
-    double reference = 0;
+    std::vector<Subject> subjects;
     for (const int side : {1, 2, 3, 5}) {
-        cv::Mat picture = empty.clone();
+        cv::Mat picture(places * placeSide, places * placeSide, CV_8U, cv::Scalar(120));
         for (int i = 0; i < side * side; i++) {
             pattern.copyTo(picture(cv::Rect({i % side * placeSide, i / side * placeSide}, pattern.size())));
         }
-        const double each = (readingTime(picture) - none) / (side * side);
-        reference = reference == 0 ? each : reference;
-        table.row(std::to_string(side * side) + " patterns of 15 x 15 corners", each, "ms per pattern", "1 pattern",
-                  reference, 2.0);
+        const int count = side * side;
+        subjects.push_back({std::to_string(count) + (count == 1 ? " pattern" : " patterns") + " of 15 x 15 corners",
+                            picture, double(count)});
     }
+    benchPerItem(table, subjects, "ms per pattern", "1 pattern");
 }
 
 }  // namespace
