@@ -15,8 +15,9 @@ constexpr size_t leastCorners = 25;   // fewer have too few squares for anything
 constexpr int windowSide = 14;        // cells, of the part of a lattice on which blurs are tried
 constexpr float leastCertainty = 0.3F;
 
-MeasuredBoard measureWith(const cv::Mat &picture, CornerLattice &lattice, std::optional<float> blur) {
+MeasuredBoard measureWith(const std::vector<ImageLevel> &levels, CornerLattice &lattice, std::optional<float> blur) {
     MeasuredBoard board;
+    const cv::Mat &picture = levels.front().picture;
     board.fits = measureCorners(picture, lattice, blur);
     if (!board.fits.empty()) {
         board.marks = readMarks(picture, lattice, board.fits);
@@ -68,7 +69,7 @@ CornerLattice middlePart(const CornerLattice &lattice) {
 }
 
 // Nothing if by no blur both kinds of squares are seen.
-std::optional<float> dividingBlur(const cv::Mat &picture, const CornerLattice &lattice) {
+std::optional<float> dividingBlur(const std::vector<ImageLevel> &levels, const CornerLattice &lattice) {
     constexpr std::array<float, 6> blurs{0.45F, 0.55F, 0.7F, 0.85F, 1.05F, 1.3F};  // pixels
     constexpr int leastRarer = 4;
     const CornerLattice part = middlePart(lattice);
@@ -76,7 +77,7 @@ std::optional<float> dividingBlur(const cv::Mat &picture, const CornerLattice &l
     int most = leastRarer - 1;
     for (const float blur : blurs) {
         CornerLattice trial = part;
-        const int rarer = rarerKind(measureWith(picture, trial, blur).marks);
+        const int rarer = rarerKind(measureWith(levels, trial, blur).marks);
         if (rarer > most) {
             most = rarer;
             best = blur;
@@ -87,19 +88,19 @@ std::optional<float> dividingBlur(const cv::Mat &picture, const CornerLattice &l
 
 }  // namespace
 
-MeasuredBoard measureBoard(const cv::Mat &picture, CornerLattice &lattice) {
+MeasuredBoard measureBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice) {
     const bool doubtful = lattice.corners.size() >= leastCorners && medianSpacing(lattice) < largestDoubtful;
     const CornerLattice found = doubtful ? lattice : CornerLattice();
-    MeasuredBoard board = measureWith(picture, lattice, std::nullopt);
+    MeasuredBoard board = measureWith(levels, lattice, std::nullopt);
     if (!doubtful || isDivided(board.marks)) {
         return board;
     }
-    const std::optional<float> blur = dividingBlur(picture, found);
+    const std::optional<float> blur = dividingBlur(levels, found);
     if (!blur) {
         return board;
     }
     CornerLattice again = found;
-    MeasuredBoard second = measureWith(picture, again, blur);
+    MeasuredBoard second = measureWith(levels, again, blur);
     if (rarerKind(second.marks) > rarerKind(board.marks)) {
         lattice = std::move(again);
         return second;

@@ -5,11 +5,11 @@
 // the squares divide into marked ones and others.
 #pragma once
 
-#include <opencv2/core.hpp>
 #include <vector>
 
 #include "pattern_reader/corner_fit.h"
 #include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_level.h"
 #include "pattern_reader/square_marks.h"
 
 namespace pattern_reader {
@@ -20,6 +20,6 @@ struct MeasuredBoard {
 };
 
 // Moves the lattice's corners to where they are measured, and drops and adds some, as measureCorners does.
-MeasuredBoard measureBoard(const cv::Mat &picture, CornerLattice &lattice);
+MeasuredBoard measureBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice);
 
 }  // namespace pattern_reader

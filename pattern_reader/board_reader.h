@@ -1,0 +1,19 @@
+// Says what a lattice of corners is: a tile, a piece of the plane, or a plain board of a known size.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <optional>
+#include <vector>
+
+#include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_level.h"
+#include "pattern_reader/pattern_reader.h"
+
+namespace pattern_reader {
+
+// Measures a lattice, which drops and adds corners, and reads it. Nothing if it is no coded board and not of the plain
+// board's size in inner corners, if one is given.
+std::optional<PatternReading> readBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
+                                        const std::optional<cv::Size> &plainBoard);
+
+}  // namespace pattern_reader
