@@ -57,7 +57,7 @@ void MainWindow::recomputeDerivedValues() {
 
 PatternType MainWindow::currentPatternType() const {
     const int page = form.patternType->currentIndex();
-    if (page < static_cast<int>(PatternType::Official) || page > static_cast<int>(PatternType::Halcon)) {
+    if (page < static_cast<int>(PatternType::Official) || page > static_cast<int>(lastPatternType)) {
         return PatternType::Official;
     }
     return static_cast<PatternType>(page);

@@ -55,6 +55,7 @@ TEST_F(PatternFile, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
             EXPECT_NE(objects.dump().find(entry), std::string::npos) << entry;
         }
     }
+    savePdf(plateWithOffset);
     EXPECT_NE(outputOf("pdfinfo '" + pdf + "'").find("Title:           Halcon-style plate 7 × 7, grid spacing 10 mm\n"),
               std::string::npos);
 }
