@@ -3,24 +3,21 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
+#include <mutex>
 #include <opencv2/imgproc.hpp>
 #include <optional>
 
-#include "bench/reader/scenes.h"
+#include "bench/reader/conditions.h"
 #include "bench/reader/scoring.h"
-#include "bench/reader/stock_detectors.h"
+#include "bench/reader/threads.h"
 
 namespace reader_bench {
 
 namespace {
 
-constexpr double classicLimitSeconds = 5;
-
-// Processor time: both run in this one thread, and other programs may be busy.
-double milliseconds() {
-    return 1000.0 * double(std::clock()) / CLOCKS_PER_SEC;
-}
+constexpr unsigned limitSeconds = 5;
+// The stock detectors take minutes for larger boards.
+constexpr int mostCorners = 32 * 32;
 
 double median(std::vector<double> values) {
     if (values.empty()) {
@@ -30,32 +27,47 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+// A board, what is true of it, and what the reader makes of it.
+struct Board {
+    unsigned number = 0;
+    cv::Mat image;
+    cv::Mat withoutMarks;
+    std::vector<cv::Point2d> truth;
+    cv::Size corners;
+    double reach = 0;  // farther from the truth is not found
+    bool read = false;
+    bool complete = false;
+    int found = 0;     // corners
+    double error = 0;  // root mean square over its corners, pixels
+    double readerSeconds = 0;
+    double sectorBasedSeconds = 0;
+};
+
 // Root mean square distance to the true corners in any order; nothing when one of them has no corner near it.
-std::optional<double> errorOf(const Corners &found, const std::vector<cv::Point2d> &truth, double reach) {
+std::optional<double> errorOf(const Corners &found, const Board &board) {
     double sum = 0;
-    for (const cv::Point2d &corner : truth) {
-        double closest = reach * reach;
+    for (const cv::Point2d &corner : board.truth) {
+        double closest = board.reach * board.reach;
         for (const cv::Point2f &p : found) {
             const cv::Point2d d = corner - cv::Point2d(p);
             closest = std::min(closest, d.dot(d));
         }
-        if (closest >= reach * reach) {
+        if (closest >= board.reach * board.reach) {
             return std::nullopt;
         }
         sum += closest;
     }
-    return std::sqrt(sum / double(truth.size()));
+    return std::sqrt(sum / double(board.truth.size()));
 }
 
 // cornerSubPix with the window that serves this picture best, which no user could know.
-std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coarse,
-                                       const std::vector<cv::Point2d> &truth, double reach) {
+std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coarse, const Board &board) {
     std::optional<double> best;
     for (const int window : {2, 3, 5, 8}) {
         Corners refined = coarse;
         cv::cornerSubPix(image, refined, {window, window}, {-1, -1},
                          {cv::TermCriteria::COUNT | cv::TermCriteria::EPS, 40, 0.001});
-        const std::optional<double> error = errorOf(refined, truth, reach);
+        const std::optional<double> error = errorOf(refined, board);
         if (error && (!best || *error < *best)) {
             best = error;
         }
@@ -63,108 +75,163 @@ std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coar
     return best;
 }
 
-// What the reader has of one board.
-struct ReaderResult {
-    bool read = false;
-    bool complete = false;
-    int corners = 0;   // where they are
-    double error = 0;  // root mean square over its corners, pixels
-};
-
-ReaderResult judge(const Scene &scene, const std::vector<pattern_reader::PatternReading> &readings, size_t corners) {
-    const PictureScore score = scorePicture(scene, readings);
-    const PatternScore &own = score.patterns.front();
-    ReaderResult result;
-    result.read = own.placed;
-    if (own.placed) {
-        result.corners = int(own.errors.size());
-        result.complete = size_t(own.corners) == corners && own.strayCorners == 0;
-        result.error = rmsOf(own.errors);
+std::optional<double> stockError(const DetectorTotals &detector, const Board &board) {
+    const cv::Mat &image = detector.withoutMarks ? board.withoutMarks : board.image;
+    const std::optional<Corners> corners = stockCorners(detector.method, image, board.corners, limitSeconds);
+    if (!corners) {
+        return std::nullopt;
     }
-    return result;
+    return detector.method == StockMethod::Classic ? bestRefinedError(image, *corners, board)
+                                                   : errorOf(*corners, board);
 }
 
-void count(DetectorTotals &totals, std::optional<double> error, const ReaderResult &reader, size_t corners,
-           unsigned number) {
+// A picture that can be compared: one checkerboard, seen whole and not mirrored.
+bool isComparable(const Scene &scene) {
+    if (scene.patterns.size() != 1 || scene.mirrored) {
+        return false;
+    }
+    const ScenePattern &pattern = scene.patterns.front();
+    const std::vector<cv::Point2d> &points = pattern.coded.target->points();
+    return pattern.coded.kind != pattern_reader::PatternKind::Plate && int(points.size()) <= mostCorners &&
+           pattern.visibility == Visibility::Whole && seenPartOf(scene, pattern).points.size() == points.size();
+}
+
+std::optional<Board> takeBoard(unsigned number) {
+    const Scene scene = makeConditionScene(number);
+    if (!isComparable(scene)) {
+        return std::nullopt;
+    }
+    const ScenePattern &pattern = scene.patterns.front();
+    Board board;
+    board.number = number;
+    board.image = scene.image;
+    board.withoutMarks = makeConditionScene(number, Marks::LeftOut).image;
+    for (const cv::Point2d &p : pattern.coded.target->points()) {
+        board.truth.push_back(scene.imageOf(pattern, p));
+    }
+    board.reach = pattern.pixelsPerSquare / 3;
+    const cv::Size2d squares = pattern.coded.target->size();
+    board.corners = {int(std::lround(squares.width)) - 1, int(std::lround(squares.height)) - 1};
+
+    double from = threadSeconds();
+    const auto readings = pattern_reader::readPatterns(scene.image);
+    board.readerSeconds = threadSeconds() - from;
+    from = threadSeconds();
+    stockCorners(StockMethod::SectorBased, scene.image, board.corners);
+    board.sectorBasedSeconds = threadSeconds() - from;
+
+    const PictureScore score = scorePicture(scene, readings);
+    const PatternScore &own = score.patterns.front();
+    board.read = own.placed;
+    board.found = int(own.errors.size());
+    board.complete = own.placed && own.errors.size() == board.truth.size();
+    board.error = rmsOf(own.errors);
+    return board;
+}
+
+void count(DetectorTotals &totals, const std::optional<double> &error, const Board &board) {
     if (!error) {
         return;
     }
+    const char *condition = conditions()[conditionOf(board.number)].id;
     totals.found++;
-    if (!reader.read) {
-        std::printf("  picture %u: found by %s, not by the reader\n", number, totals.name.c_str());
+    if (!board.read) {
+        std::printf("  picture %u (%s): found by %s, not by the reader\n", board.number, condition,
+                    totals.name.c_str());
         totals.foundButMissed++;
         return;
     }
-    if (!reader.complete) {
-        std::printf("  picture %u: found by %s, by the reader with %d of %zu corners\n", number, totals.name.c_str(),
-                    reader.corners, corners);
-        totals.foundMoreCorners++;
-    }
+    totals.foundMoreCorners += board.complete ? 0 : 1;
+    const auto corners = double(board.truth.size());
     totals.both++;
-    totals.corners += corners;
-    totals.ownError += *error * *error * double(corners);
-    totals.readerError += reader.error * reader.error * double(corners);
-    totals.readerBetter += reader.error <= *error ? 1 : 0;
+    totals.corners += board.truth.size();
+    totals.ownError += *error * *error * corners;
+    totals.readerError += board.error * board.error * corners;
+    if (board.error <= *error) {
+        totals.readerBetter++;
+    } else {
+        std::printf("  picture %u (%s): %s more exact, %.4f px, the reader %.4f\n", board.number, condition,
+                    totals.name.c_str(), *error, board.error);
+    }
+}
+
+std::vector<DetectorTotals> makeDetectors() {
+    static constexpr struct {
+        StockMethod method;
+        const char *name;
+    } methods[] = {{StockMethod::Classic, "findChessboardCorners + cornerSubPix"},
+                   {StockMethod::SectorBased, "findChessboardCornersSB"},
+                   {StockMethod::SectorBasedExhaustive, "findChessboardCornersSB, accuracy and exhaustive"}};
+    std::vector<DetectorTotals> detectors;
+    for (const bool withoutMarks : {false, true}) {
+        for (const auto &[method, name] : methods) {
+            DetectorTotals totals;
+            totals.method = method;
+            totals.withoutMarks = withoutMarks;
+            totals.name = std::string(name) + (withoutMarks ? ", boards without marks" : "");
+            detectors.push_back(totals);
+        }
+    }
+    return detectors;
+}
+
+// The numbers of the pictures that can be compared; those of conditions with plates or several patterns are passed
+// over.
+std::vector<Board> takeBoards(unsigned first, unsigned count, unsigned threads) {
+    std::vector<Board> boards;
+    for (unsigned from = first; boards.size() < count; from += 64) {
+        std::vector<std::optional<Board>> some(64);
+        inThreads(threads, some.size(), [&](size_t i) { some[i] = takeBoard(from + unsigned(i)); });
+        for (std::optional<Board> &board : some) {
+            if (board && boards.size() < count) {
+                boards.push_back(std::move(*board));
+            }
+        }
+    }
+    return boards;
 }
 
 }  // namespace
 
-Comparison compareWithStock(unsigned first, unsigned boards, bool classic) {
+Comparison compareWithStock(unsigned first, unsigned boardCount, unsigned threads, bool timesOnly) {
+    const std::vector<Board> boards = takeBoards(first, boardCount, threads);
     Comparison comparison;
-    comparison.classic.name = "findChessboardCorners + cornerSubPix";
-    comparison.sectorBased.name = "findChessboardCornersSB";
     std::vector<double> ratios;
     std::vector<double> readerTimes;
     std::vector<double> sectorBasedTimes;
-    for (unsigned number = first; unsigned(comparison.pictures) < boards; number++) {
-        if (number % 10 > 6) {
-            continue;
-        }
-        const Scene scene = makeScene(number);
-        const ScenePattern &pattern = scene.patterns.front();
-        if (pattern.visibility != Visibility::Whole) {
-            continue;
-        }
-        comparison.pictures++;
-        std::vector<cv::Point2d> truth;
-        for (const cv::Point2d &p : pattern.coded.target->points()) {
-            truth.push_back(projectPoint(scene.camera, pattern.placed.pose, p));
-        }
-        const double reach = pattern.pixelsPerSquare / 3;
-        const cv::Size2d squares = pattern.coded.target->size();
-        const cv::Size size(int(squares.width) - 1, int(squares.height) - 1);
-
-        double from = milliseconds();
-        const auto readings = pattern_reader::readPatterns(scene.image);
-        const double readerTime = milliseconds() - from;
-        from = milliseconds();
-        const std::optional<Corners> sectorBased = sectorBasedCorners(scene.image, size);
-        const double sectorBasedTime = milliseconds() - from;
-        ratios.push_back(sectorBasedTime / readerTime);
-        readerTimes.push_back(readerTime);
-        sectorBasedTimes.push_back(sectorBasedTime);
-
-        const ReaderResult reader = judge(scene, readings, truth.size());
-        comparison.readByReader += reader.read ? 1 : 0;
-        comparison.completeByReader += reader.complete ? 1 : 0;
-        if (sectorBased) {
-            count(comparison.sectorBased, errorOf(*sectorBased, truth, reach), reader, truth.size(), number);
-        }
-        const std::optional<Corners> coarse =
-            classic ? classicCorners(scene.image, size, classicLimitSeconds) : std::nullopt;
-        if (coarse) {
-            count(comparison.classic, bestRefinedError(scene.image, *coarse, truth, reach), reader, truth.size(),
-                  number);
-        }
-    }
-    for (DetectorTotals *totals : {&comparison.classic, &comparison.sectorBased}) {
-        const auto corners = double(std::max<size_t>(1, totals->corners));
-        totals->ownError = std::sqrt(totals->ownError / corners);
-        totals->readerError = std::sqrt(totals->readerError / corners);
+    for (const Board &board : boards) {
+        comparison.boards++;
+        comparison.readByReader += board.read ? 1 : 0;
+        comparison.completeByReader += board.complete ? 1 : 0;
+        ratios.push_back(board.sectorBasedSeconds / board.readerSeconds);
+        readerTimes.push_back(1000 * board.readerSeconds);
+        sectorBasedTimes.push_back(1000 * board.sectorBasedSeconds);
     }
     comparison.medianTimeRatio = median(ratios);
     comparison.medianReaderMs = median(readerTimes);
     comparison.medianSectorBasedMs = median(sectorBasedTimes);
+    if (timesOnly) {
+        return comparison;
+    }
+    comparison.detectors = makeDetectors();
+    for (DetectorTotals &totals : comparison.detectors) {
+        std::vector<std::optional<double>> errors(boards.size());
+        inThreads(threads, boards.size(), [&](size_t i) { errors[i] = stockError(totals, boards[i]); });
+        std::vector<double> own;
+        std::vector<double> readers;
+        for (size_t i = 0; i < boards.size(); i++) {
+            count(totals, errors[i], boards[i]);
+            if (errors[i] && boards[i].read) {
+                own.push_back(*errors[i]);
+                readers.push_back(boards[i].error);
+            }
+        }
+        totals.ownMedian = median(own);
+        totals.readerMedian = median(readers);
+        const auto corners = double(std::max<size_t>(1, totals.corners));
+        totals.ownError = std::sqrt(totals.ownError / corners);
+        totals.readerError = std::sqrt(totals.readerError / corners);
+    }
     return comparison;
 }
 

@@ -1,12 +1,17 @@
-// The reader beside the stock detectors on the same pictures: who finds the board, how exactly, how fast.
+// The reader beside the stock detectors on the same boards: who finds them, how exactly, how fast.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "bench/reader/stock_detectors.h"
+
 namespace reader_bench {
 
+// A stock detector on the boards as they are, or on the same pictures with boards that have no marks.
 struct DetectorTotals {
+    StockMethod method = StockMethod::Classic;
+    bool withoutMarks = false;
     std::string name;
     int found = 0;             // boards of which all corners were found where they are
     int foundButMissed = 0;    // of these, not read by the reader
@@ -14,24 +19,26 @@ struct DetectorTotals {
     // Over the boards found by both, root mean square over the corners each has: pixels.
     double ownError = 0;
     double readerError = 0;
+    // The median of the boards' root mean squares: pixels.
+    double ownMedian = 0;
+    double readerMedian = 0;
     int readerBetter = 0;  // boards on which the reader's error is the smaller one
     int both = 0;
     size_t corners = 0;  // of these boards
 };
 
 struct Comparison {
-    int pictures = 0;
+    int boards = 0;
     int readByReader = 0;
     int completeByReader = 0;  // with every corner
-    DetectorTotals classic;    // findChessboardCorners with cornerSubPix
-    DetectorTotals sectorBased;
-    double medianTimeRatio = 0;  // findChessboardCornersSB over the reader
+    std::vector<DetectorTotals> detectors;
+    double medianTimeRatio = 0;  // findChessboardCornersSB by default over the reader; processor time
     double medianReaderMs = 0;
     double medianSectorBasedMs = 0;
 };
 
-// Runs over so many scenes with one checkerboard seen whole, from the given one on; classic: with
-// findChessboardCorners, too.
-Comparison compareWithStock(unsigned first, unsigned boards, bool classic);
+// Runs over the first so many pictures with a checkerboard seen whole, from the given number on, each with its
+// condition. The reader always gets the boards with marks. timesOnly: without the other detectors.
+Comparison compareWithStock(unsigned first, unsigned boards, unsigned threads, bool timesOnly);
 
 }  // namespace reader_bench

@@ -337,10 +337,10 @@ std::optional<size_t> conditionNamed(const std::string &id) {
     return std::nullopt;
 }
 
-Scene makeConditionScene(unsigned number) {
+Scene makeConditionScene(unsigned number, Marks marks) {
     const Condition &condition = conditions()[conditionOf(number)];
     if (condition.prepare == nullptr && condition.finish == nullptr) {
-        return makeScene(number / unsigned(conditions().size()));
+        return makeScene(number / unsigned(conditions().size()), marks);
     }
     Dice dice(seedOf(number));
     const bool plate = !condition.boardsOnly && number / conditions().size() % 5 % 2 == 1;
@@ -352,6 +352,7 @@ Scene makeConditionScene(unsigned number) {
     if (condition.finish != nullptr) {
         condition.finish(composed, dice);
     }
+    composed.scene.marks = marks;
     const cv::Mat background = makeBackground(composed.size, dice);
     takePicture(composed.scene, background, dice);
     return composed.scene;

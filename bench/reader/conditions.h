@@ -26,6 +26,6 @@ const std::vector<Condition> &conditions();
 size_t conditionOf(unsigned number);
 std::optional<size_t> conditionNamed(const std::string &id);
 
-Scene makeConditionScene(unsigned number);
+Scene makeConditionScene(unsigned number, Marks marks = Marks::Drawn);
 
 }  // namespace reader_bench

@@ -7,35 +7,66 @@
 
 #include "bench/reader/dice.h"
 #include "bench/reader/scene_parts.h"
+#include "bench/reader/unrelated_targets.h"
 
 namespace reader_bench {
 
 std::string nameOf(EmptyKind kind) {
-    static const char *const names[] = {
-        "textures", "text", "plain checkerboards", "random dots", "lines and grids", "boards with random marks"};
+    static const char *const names[emptyKindCount] = {"textures",
+                                                      "text",
+                                                      "plain checkerboards",
+                                                      "random dots",
+                                                      "lines and grids",
+                                                      "boards with random marks",
+                                                      "perforated sheets",
+                                                      "nets",
+                                                      "grids of round marks",
+                                                      "random squares"};
     return names[int(kind)];
 }
 
 namespace {
 
-cv::Mat board(const cv::Size &size, bool marked, Dice &dice) {
-    CameraModel camera;
-    camera.focalLength = size.width * dice.real(1.0, 2.0);
-    camera.centre = {size.width / 2.0, size.height / 2.0};
-    camera.k1 = dice.real(-0.2, 0.1);
-    const int columns = dice.whole(6, 40);
-    const int rows = dice.whole(6, 40);
-    std::vector<int> marks;
-    marks.reserve(size_t(columns) * size_t(rows));
-    for (int i = 0; i < columns * rows; i++) {
-        marks.push_back(marked ? dice.whole(0, 1) : 0);
+// Mild in most pictures, and now and then as hard as a camera can be.
+Exposure anyExposure(double pixels, Dice &dice) {
+    Exposure exposure = makeExposure(pixels, dice);
+    if (dice.chance(0.3)) {
+        exposure.jpegQuality = dice.whole(5, 95);
     }
-    PlacedTarget placed;
-    placed.target = std::make_shared<CheckerTarget>(columns, rows, marks, dice.chance(0.5));
-    const double fit = 0.8 * size.height / std::max(columns, rows);
+    if (dice.chance(0.2)) {
+        exposure.sharpening = dice.real(0.5, 2.5);
+    }
+    if (dice.chance(0.2)) {
+        exposure.toneGain = dice.real(0.5, 2);
+        exposure.toneGamma = dice.real(1.4, 2.6);
+    }
+    if (dice.chance(0.2)) {
+        exposure.motion = {dice.real(-0.3, 0.3) * pixels, dice.real(-0.3, 0.3) * pixels};
+    }
+    if (dice.chance(0.2)) {
+        exposure.defocusRadius = dice.real(0, 0.3) * pixels;
+    }
+    if (dice.chance(0.2)) {
+        exposure.noiseSigma = dice.real(5, 15);
+    }
+    return exposure;
+}
+
+cv::Mat photographOf(const Target &target, const cv::Size &size, Dice &dice) {
+    Scene scene;
+    scene.camera.focalLength = size.width * dice.real(1.0, 2.0);
+    scene.camera.centre = {size.width / 2.0, size.height / 2.0};
+    scene.camera.k1 = dice.real(-0.2, 0.1);
+    ScenePattern pattern;
+    pattern.placed.target = target;
+    const double fit = 0.8 * size.height / std::max(target->size().width, target->size().height);
     const double pixels = std::clamp(dice.real(0.5, 1.2) * fit, 4.0, 40.0);
-    placed.pose = makePose(camera, *placed.target, camera.centre, pixels, dice.real(0, 1), dice);
-    return photograph(makeBackground(size, dice), camera, {placed}, makeExposure(pixels, dice), dice.random);
+    pattern.placed.pose = makePose(scene.camera, *target, scene.camera.centre, pixels, dice.real(0, 1), dice);
+    scene.exposure = anyExposure(pixels, dice);
+    scene.patterns.push_back(pattern);
+    const cv::Mat background = makeBackground(size, dice);
+    takePicture(scene, background, dice);
+    return scene.image;
 }
 
 void writeText(cv::Mat &picture, Dice &dice) {
@@ -79,6 +110,8 @@ void drawLattice(cv::Mat &picture, Dice &dice) {
 }  // namespace
 
 cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number) {
+    // Holes or meshes on a side.
+    constexpr int most = 60;
     Dice dice(number * 104729 + unsigned(kind) * 31 + 5);
     const cv::Size size(dice.whole(320, 1000), dice.whole(240, 800));
     cv::Mat picture(size, CV_32F, cv::Scalar(dice.real(60, 220)));
@@ -92,7 +125,15 @@ cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number) {
             break;
         case EmptyKind::PlainBoard:
         case EmptyKind::RandomMarks:
-            return board(size, kind == EmptyKind::RandomMarks, dice);
+            return photographOf(makeBoard(kind == EmptyKind::RandomMarks, dice), size, dice);
+        case EmptyKind::PerforatedSheet:
+            return photographOf(makePerforatedSheet(most, dice), size, dice);
+        case EmptyKind::Net:
+            return photographOf(makeNet(most, dice), size, dice);
+        case EmptyKind::MarkGrid:
+            return photographOf(makeMarkGrid(dice), size, dice);
+        case EmptyKind::Modules:
+            return photographOf(makeModules(dice), size, dice);
         case EmptyKind::Dots:
             for (int i = dice.whole(100, 4000); i > 0; i--) {
                 cv::circle(picture, {dice.whole(0, size.width), dice.whole(0, size.height)}, dice.whole(1, 12),
@@ -103,7 +144,7 @@ cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number) {
             drawLattice(picture, dice);
             break;
     }
-    return expose(picture, makeExposure(12, dice), dice.random);
+    return expose(picture, anyExposure(12, dice), dice.random);
 }
 
 }  // namespace reader_bench

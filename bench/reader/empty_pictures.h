@@ -6,9 +6,19 @@
 
 namespace reader_bench {
 
-// RandomMarks are boards with marks that are not from the code.
-enum class EmptyKind { Texture, Text, PlainBoard, Dots, Lattice, RandomMarks };
-constexpr int emptyKindCount = 6;
+enum class EmptyKind {
+    Texture,
+    Text,
+    PlainBoard,
+    Dots,
+    Lattice,
+    RandomMarks,  // boards with marks that are not from the code
+    PerforatedSheet,
+    Net,
+    MarkGrid,  // round marks in rows, some in a frame
+    Modules,   // squares dark at random
+};
+constexpr int emptyKindCount = 10;
 std::string nameOf(EmptyKind kind);
 
 cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number);

@@ -7,21 +7,17 @@
 // Picture n is the same in every run, however many threads there are. --first is the number of the first picture, with
 // and without patterns; those below 100,000 are for tuning, those from there on for measuring. --count is how many with
 // patterns, --empty how many without. --condition takes only those with one condition ("list" names all).
-// --compare: so many boards are given to stock detectors, too; --times leaves the slowest of these out, whose time is
-// not compared. --list names everything that went wrong. --save writes the pictures (with --list: only those with
-// failures) and what is true of them. --check ends with 1 if a goal is missed.
+// --compare: so many boards are given to stock detectors, too; --times only compares the times. --list names everything
+// that went wrong. --save writes the pictures (with --list: only those with failures) and what is true of them. --check
+// ends with 1 if a goal is missed.
 #include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <map>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "bench/reader/comparison.h"
@@ -30,6 +26,7 @@
 #include "bench/reader/empty_pictures.h"
 #include "bench/reader/picture_files.h"
 #include "bench/reader/reader_goals.h"
+#include "bench/reader/threads.h"
 #include "pattern_reader/pattern_reader.h"
 
 namespace {
@@ -49,23 +46,12 @@ struct Options {
     std::string save;
 };
 
-// Processor time of this thread.
-double seconds() {
-#ifdef CLOCK_THREAD_CPUTIME_ID
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
-#else
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-#endif
-}
-
 PictureResult measure(unsigned number, const Options &options) {
-    const double start = seconds();
+    const double start = threadSeconds();
     const Scene scene = makeConditionScene(number);
-    const double rendered = seconds();
+    const double rendered = threadSeconds();
     const auto readings = pattern_reader::readPatterns(scene.image);
-    const double read = seconds();
+    const double read = threadSeconds();
     PictureResult result = resultOf(number, scene, readings);
     result.renderSeconds = rendered - start;
     result.readSeconds = read - rendered;
@@ -107,23 +93,6 @@ std::vector<unsigned> pictureNumbers(const Options &options) {
     return numbers;
 }
 
-// Calls work with 0 to count - 1, each once.
-template <typename Work>
-void inThreads(unsigned threadCount, size_t count, const Work &work) {
-    std::atomic<size_t> next{0};
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < std::max(1U, threadCount); i++) {
-        threads.emplace_back([&] {
-            for (size_t index = next++; index < count; index = next++) {
-                work(index);
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-}
-
 void printTimes(const std::vector<PictureResult> &results) {
     double rendering = 0;
     double reading = 0;
@@ -150,15 +119,15 @@ void printEmpty(const std::vector<EmptyResult> &results) {
 }
 
 void printComparison(const Comparison &comparison) {
-    std::printf("\n%d boards seen whole: reader reads %d, %d with every corner\n\n", comparison.pictures,
+    std::printf("\n%d boards seen whole: reader reads %d, %d with every corner\n\n", comparison.boards,
                 comparison.readByReader, comparison.completeByReader);
     std::printf(
-        "| stock detector | finds | of these the reader misses | reads with fewer corners | its rms error, px | "
-        "reader's on the same boards | reader more exact on |\n|---|---|---|---|---|---|---|\n");
-    for (const DetectorTotals *totals : {&comparison.classic, &comparison.sectorBased}) {
-        std::printf("| %s | %d | %d | %d | %.4f | %.4f | %d/%d |\n", totals->name.c_str(), totals->found,
-                    totals->foundButMissed, totals->foundMoreCorners, totals->ownError, totals->readerError,
-                    totals->readerBetter, totals->both);
+        "| stock detector | finds | of these the reader misses | reads with fewer corners | its rms error, px, median "
+        "| reader's on the same boards | reader more exact on |\n|---|---|---|---|---|---|---|\n");
+    for (const DetectorTotals &totals : comparison.detectors) {
+        std::printf("| %s | %d | %d | %d | %.4f, %.4f | %.4f, %.4f | %d/%d |\n", totals.name.c_str(), totals.found,
+                    totals.foundButMissed, totals.foundMoreCorners, totals.ownError, totals.ownMedian,
+                    totals.readerError, totals.readerMedian, totals.readerBetter, totals.both);
     }
     std::printf("\ntime, median: findChessboardCornersSB %.2f ms, reader %.2f ms, ratio %.1f\n",
                 comparison.medianSectorBasedMs, comparison.medianReaderMs, comparison.medianTimeRatio);
@@ -217,7 +186,8 @@ bool run(const Options &options) {
         goals = readingGoals(results, empty);
     }
     if (options.compare > 0) {
-        const Comparison comparison = compareWithStock(options.first, options.compare, !options.timesOnly);
+        const Comparison comparison =
+            compareWithStock(options.first, options.compare, options.threads, options.timesOnly);
         printComparison(comparison);
         for (const Goal &goal : comparisonGoals(comparison)) {
             goals.push_back(goal);

@@ -66,11 +66,10 @@ std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const 
 
 std::vector<Goal> comparisonGoals(const Comparison &comparison) {
     std::vector<Goal> goals;
-    for (const DetectorTotals *totals : {&comparison.classic, &comparison.sectorBased}) {
+    for (const DetectorTotals &totals : comparison.detectors) {
+        goals.push_back(noneGoal("missed boards that " + totals.name + " finds", totals.foundButMissed, totals.found));
         goals.push_back(
-            noneGoal("missed boards that " + totals->name + " finds", totals->foundButMissed, totals->found));
-        goals.push_back(
-            shareGoal("more exact than " + totals->name + ": 99.5 %", totals->readerBetter, totals->both, 0.995));
+            shareGoal("more exact than " + totals.name + ": 99.5 %", totals.readerBetter, totals.both, 0.995));
     }
     goals.push_back({"times as fast as findChessboardCornersSB, at least 10",
                      cv::format("%.1f", comparison.medianTimeRatio), comparison.medianTimeRatio >= 10});

@@ -9,6 +9,9 @@
 
 namespace reader_bench {
 
+// Whether a checkerboard's squares carry their marks in the picture; all else is the same either way.
+enum class Marks { Drawn, LeftOut };
+
 enum class Visibility { Whole, Covered, CutByBorder };
 
 struct ScenePattern {
@@ -29,6 +32,7 @@ struct Scene {
     std::vector<ScenePattern> patterns;
     // The picture was mirrored after it was taken, so nothing in it must be read.
     bool mirrored = false;
+    Marks marks = Marks::Drawn;
 
     // Where a point of a pattern, in the reader's lattice coordinates or in the target's own, is in the picture.
     cv::Point2d imageOf(const ScenePattern &pattern, const cv::Point &lattice) const;

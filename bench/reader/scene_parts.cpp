@@ -169,10 +169,26 @@ void moveOrigin(Scene &scene, cv::Point origin) {
     }
 }
 
+namespace {
+
+std::shared_ptr<const SyntheticTarget> withoutMarks(const CodedTarget &coded) {
+    if (coded.kind == pattern_reader::PatternKind::Plate) {
+        return coded.target;
+    }
+    const cv::Size2d size = coded.target->size();
+    return std::make_shared<CheckerTarget>(int(std::lround(size.width)), int(std::lround(size.height)),
+                                           std::vector<int>(), coded.topLeftDark, coded.target->print());
+}
+
+}  // namespace
+
 void takePicture(Scene &scene, const cv::Mat &background, Dice &dice) {
     std::vector<PlacedTarget> placed;
     for (const ScenePattern &pattern : scene.patterns) {
         placed.push_back(pattern.placed);
+        if (scene.marks == Marks::LeftOut) {
+            placed.back().target = withoutMarks(pattern.coded);
+        }
     }
     scene.image = photograph(background, scene.camera, placed, scene.exposure, dice.random);
     if (scene.mirrored) {

@@ -44,8 +44,9 @@ void takePicture(Scene &scene, const cv::Size &size, double pixelsPerSquare, Dic
     takePicture(scene, makeBackground(size, dice), dice);
 }
 
-Scene makeSinglePattern(int type, Dice &dice) {
+Scene makeSinglePattern(int type, Marks marks, Dice &dice) {
     Scene scene;
+    scene.marks = marks;
     const double pixelsPerSquare = dice.logarithmic(4, 40);
     scene.camera.focalLength = dice.real(900, 2200);
     scene.camera.k1 = dice.real(-0.2, 0.1);
@@ -105,11 +106,11 @@ Scene makeSeveralPatterns(Dice &dice) {
 
 }  // namespace
 
-Scene makeScene(unsigned number) {
+Scene makeScene(unsigned number, Marks marks) {
     Dice dice(number * 7919 + 17);
     static constexpr int types[] = {0, 0, 2, 2, 4, 4, 4, -1, 7, 7};
     const int type = types[number % 10];
-    return type < 0 ? makeSeveralPatterns(dice) : makeSinglePattern(type, dice);
+    return type < 0 ? makeSeveralPatterns(dice) : makeSinglePattern(type, marks, dice);
 }
 
 }  // namespace reader_bench

@@ -6,6 +6,6 @@
 
 namespace reader_bench {
 
-Scene makeScene(unsigned number);
+Scene makeScene(unsigned number, Marks marks = Marks::Drawn);
 
 }  // namespace reader_bench

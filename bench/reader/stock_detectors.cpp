@@ -3,38 +3,34 @@
 #include <opencv2/calib3d.hpp>
 
 #ifndef _WIN32
-#include <poll.h>
-#include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
 
 namespace reader_bench {
 
-std::optional<Corners> sectorBasedCorners(const cv::Mat &image, const cv::Size &corners) {
+std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners) {
     Corners found;
-    if (!cv::findChessboardCornersSB(image, corners, found)) {
-        return std::nullopt;
+    bool all = false;
+    switch (method) {
+        case StockMethod::Classic:
+            all = cv::findChessboardCorners(image, corners, found);
+            break;
+        case StockMethod::SectorBased:
+            all = cv::findChessboardCornersSB(image, corners, found);
+            break;
+        case StockMethod::SectorBasedExhaustive:
+            all = cv::findChessboardCornersSB(image, corners, found, cv::CALIB_CB_ACCURACY | cv::CALIB_CB_EXHAUSTIVE);
+            break;
     }
-    return found;
+    return all ? std::optional(found) : std::nullopt;
 }
-
-namespace {
-
-std::optional<Corners> classic(const cv::Mat &image, const cv::Size &corners) {
-    Corners found;
-    if (!cv::findChessboardCorners(image, corners, found)) {
-        return std::nullopt;
-    }
-    return found;
-}
-
-}  // namespace
 
 #ifdef _WIN32
 
-std::optional<Corners> classicCorners(const cv::Mat &image, const cv::Size &corners, double) {
-    return classic(image, corners);
+std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners, unsigned) {
+    return stockCorners(method, image, corners);
 }
 
 #else
@@ -42,8 +38,13 @@ std::optional<Corners> classicCorners(const cv::Mat &image, const cv::Size &corn
 namespace {
 
 // The child: writes the corners, or nothing, and ends without running anybody's destructors.
-[[noreturn]] void answer(int pipeEnd, const cv::Mat &image, const cv::Size &corners) {
-    const std::optional<Corners> found = classic(image, corners);
+[[noreturn]] void answer(int pipeEnd, StockMethod method, const cv::Mat &image, const cv::Size &corners,
+                         unsigned limitSeconds) {
+    const rlimit limit{limitSeconds, limitSeconds};
+    const rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CPU, &limit);
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    const std::optional<Corners> found = stockCorners(method, image, corners);
     if (found) {
         const char *data = reinterpret_cast<const char *>(found->data());
         size_t left = found->size() * sizeof(cv::Point2f);
@@ -61,7 +62,8 @@ namespace {
 
 }  // namespace
 
-std::optional<Corners> classicCorners(const cv::Mat &image, const cv::Size &corners, double limitSeconds) {
+std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners,
+                                    unsigned limitSeconds) {
     int ends[2];
     if (::pipe(ends) != 0) {
         return std::nullopt;
@@ -74,14 +76,13 @@ std::optional<Corners> classicCorners(const cv::Mat &image, const cv::Size &corn
     }
     if (child == 0) {
         ::close(ends[0]);
-        answer(ends[1], image, corners);
+        answer(ends[1], method, image, corners, limitSeconds);
     }
     ::close(ends[1]);
     Corners found(size_t(corners.area()));
     auto *data = reinterpret_cast<char *>(found.data());
     size_t left = found.size() * sizeof(cv::Point2f);
-    pollfd waiting{ends[0], POLLIN, 0};
-    while (left > 0 && ::poll(&waiting, 1, int(limitSeconds * 1000)) > 0) {
+    while (left > 0) {
         const ssize_t count = ::read(ends[0], data, left);
         if (count <= 0) {
             break;
@@ -89,13 +90,9 @@ std::optional<Corners> classicCorners(const cv::Mat &image, const cv::Size &corn
         data += count;
         left -= size_t(count);
     }
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
     ::close(ends[0]);
-    if (left > 0) {
-        return std::nullopt;
-    }
-    return found;
+    ::waitpid(child, nullptr, 0);
+    return left > 0 ? std::nullopt : std::optional(found);
 }
 
 #endif

@@ -1,8 +1,8 @@
 // The chessboard detectors of OpenCV on the benchmark's pictures.
 //
-// They are told the size of the board, which the reader is not. findChessboardCorners can run for minutes on a board it
-// does not find, so it runs in a process of its own with a time limit; where there are no such processes the limit is
-// not kept.
+// They are told the size of the board, which the reader is not. Some can run for minutes on a board that they do not
+// find, so each runs in a process of its own, which is ended after so many seconds of processor time; where there are
+// no such processes the limit is not kept. May be called from any thread.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -13,9 +13,16 @@ namespace reader_bench {
 
 using Corners = std::vector<cv::Point2f>;
 
-std::optional<Corners> sectorBasedCorners(const cv::Mat &image, const cv::Size &corners);
+enum class StockMethod {
+    Classic,                // findChessboardCorners alone; cornerSubPix is the caller's
+    SectorBased,            // findChessboardCornersSB as called by default
+    SectorBasedExhaustive,  // with CALIB_CB_ACCURACY | CALIB_CB_EXHAUSTIVE
+};
 
-// findChessboardCorners alone; cornerSubPix is the caller's.
-std::optional<Corners> classicCorners(const cv::Mat &image, const cv::Size &corners, double limitSeconds);
+std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners,
+                                    unsigned limitSeconds);
+
+// In this process and without a limit, to be timed.
+std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners);
 
 }  // namespace reader_bench

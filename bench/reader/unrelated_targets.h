@@ -1,0 +1,24 @@
+// Regular things that are no patterns of this system, for the synthetic camera.
+#pragma once
+
+#include <memory>
+
+#include "bench/reader/dice.h"
+#include "bench/reader/synthetic_target.h"
+
+namespace reader_bench {
+
+using Target = std::shared_ptr<const SyntheticTarget>;
+
+// A checkerboard, plain or with marks that are not from the code.
+Target makeBoard(bool marked, Dice &dice);
+// Round holes in straight or shifted rows, up to `most` on a side.
+Target makePerforatedSheet(int most, Dice &dice);
+// Crossing bars.
+Target makeNet(int most, Dice &dice);
+// Round marks in rows, some in a frame, as on other makers' plates: nothing tells which way is up.
+Target makeMarkGrid(Dice &dice);
+// Squares that are dark at random, as in a two-dimensional bar code.
+Target makeModules(Dice &dice);
+
+}  // namespace reader_bench
