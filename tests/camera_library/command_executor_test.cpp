@@ -102,14 +102,6 @@ protected:
     CommandExecutor executor{tree, find};
 };
 
-TEST_F(Executor, putsInTheResultAndTurnsCommandToNull) {
-    tree.write("/Execute/s/Parameters/Name", "x");
-    tree.write("/Execute/s/Result/Old", 1);
-    ASSERT_EQ(executor.start("s", "Echo"), LmLibResultOperationSucceeded);
-    ASSERT_EQ(wait("s"), LmLibResultOperationSucceeded);
-    EXPECT_EQ(json("/Execute/s"), R"({"Command":null,"Parameters":{"Name":"x"},"Result":{"Echo":{"Name":"x"}}})");
-}
-
 TEST_F(Executor, takesParametersAsTheyAreWhenCommandIsWritten) {
     startWaiting("gate");
     tree.write("/Execute/s/Parameters/Name", "before");

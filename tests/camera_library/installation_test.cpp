@@ -15,7 +15,7 @@ TEST(Installation, findsItsRootByTheNamesOfFolders) {
         {"/usr/lib64/libLmLib64.so", "/usr"},
         {"/lib/libLmLib64.so", ""},
         {"/srv/lib/some program/lib/libLmLib64.so", "/srv/lib/some program"},
-        {"C:/Program Files/LmCalTab/Bin/LmLib64.dll", "C:/Program Files/LmCalTab"},
+        {"C:/Program Files/LmCalTab/Bin/x64/LmLib64.dll", "C:/Program Files/LmCalTab"},
         {"/home/a/build/tests/libLmLib64.so", "/home/a/build"},
         {"/home/a/libraries/debug/libLmLib64.so", "/home/a/libraries"},
     };

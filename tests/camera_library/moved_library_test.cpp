@@ -34,7 +34,7 @@ protected:
     }
 
     // Loads the library, uses it on a thread that ends (what it keeps for a thread would hold it loaded),
-    // and unloads it without finalising, with its thread at work or about to be.
+    // and unloads it without finalising, while its thread runs or is about to run commands.
     static std::string load(const fs::path &file) {
         void *library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr) {
@@ -63,10 +63,7 @@ protected:
 };
 
 TEST_F(MovedLibrary, tellsTheManualAndTheViewerFromWhereItIs) {
-    for (const char *folder : {"lib", "lib/x86_64-linux-gnu", "a \xC3\xA4/lib64"}) {
-        const fs::path base = std::string(folder)[0] == 'a' ? root / "a \xC3\xA4" : root;
-        EXPECT_EQ(pathsOf(root / folder), expected(base));
-    }
+    EXPECT_EQ(pathsOf(root / "a \xC3\xA4/lib64"), expected(root / "a \xC3\xA4"));
     // Loaded through a link elsewhere, it is still where its file is.
     const fs::path folder = root / "linked/lib";
     fs::create_directories(folder);

@@ -96,21 +96,6 @@ TEST(TreeWait, missesNothingThatWasForAMomentOnly) {
     EXPECT_EQ(forText.get(), LmLibResultItemInexistent);
 }
 
-TEST(TreeWait, wakesOnlyTheWaitsThatAreOver) {
-    Tree tree({});
-    tree.write("/a", 1);
-    tree.write("/b", 1);
-    auto first = startWait(tree, "/a", LmLibTypeNull);
-    auto second = startWait(tree, "/b", LmLibTypeNull);
-    auto third = startWait(tree, "/a", LmLibTypeNull);
-    tree.write("/a", Node());
-    EXPECT_EQ(first.get(), LmLibResultOperationSucceeded);
-    EXPECT_EQ(third.get(), LmLibResultOperationSucceeded);
-    EXPECT_EQ(tree.waitCount(), 1U);
-    tree.write("/b", Node());
-    EXPECT_EQ(second.get(), LmLibResultOperationSucceeded);
-}
-
 TEST(TreeUniqueItems, endWithTheNumbers) {
     Tree tree({}, 2);
     std::string path;

@@ -129,6 +129,33 @@ TEST_P(SaveFault, badTarget) {
     expectNextSaveWorks();
 }
 
+unsigned permissionsOf(const std::string &fileName) {
+    struct stat status {};
+    return lstat(fileName.c_str(), &status) == 0 ? status.st_mode & 07777U : 0U;
+}
+
+TEST_P(SaveFault, keepsPermissionsAndLinks) {
+    chmod(target.c_str(), 0640);
+    expectNextSaveWorks();
+    EXPECT_EQ(permissionsOf(target), 0640U);
+    const std::string fresh = folder.file(std::string("fresh") + GetParam());
+    const mode_t oldMask = umask(027);
+    EXPECT_EQ(save(fresh), "");
+    umask(oldMask);
+    EXPECT_EQ(permissionsOf(fresh), 0640U);
+
+    const std::string link = folder.file(std::string("link") + GetParam());
+    std::filesystem::create_directory(folder.file("elsewhere"));
+    writeBytes(folder.file("elsewhere/real"), oldContents);
+    std::filesystem::create_symlink("elsewhere/real", link);
+    EXPECT_EQ(save(link), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(readBytes(folder.file("elsewhere/real")), readBytes(fresh));
+    std::filesystem::remove(folder.file("elsewhere/real"));
+    EXPECT_NE(save(link), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
 TEST_P(SaveFault, fullDisk) {
     // A file that may not grow is what a full disk is like; the limit of 0 refuses the first byte.
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
