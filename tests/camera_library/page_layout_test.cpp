@@ -108,6 +108,8 @@ TEST_F(PrintedLayout, captionSaysAllThatThePrintDependsOn) {
                              "-6.06", "false", "LmLib64 "}) {
         EXPECT_NE(caption.find(part), std::string::npos) << part << "\n" << caption;
     }
+    savePdf(assembly);
+    EXPECT_NE(outputOf("pdftotext -layout '" + pdf + "' -").find("pattern 3 "), std::string::npos);
 }
 
 constexpr double mmPerInch = 25.4;

@@ -60,28 +60,6 @@ TEST_F(PatternFile, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
               std::string::npos);
 }
 
-TEST_F(PatternFile, givesEveryPatternOfAnAssemblyItsPageAndNumber) {
-    std::string patterns;
-    for (int number = 0; number < 18; ++number) {
-        patterns += number == 0 ? "" : ", ";
-        patterns += R"({"Type": "Assembly", "GridSpacing": 12, "AssemblyPattern": )";
-        patterns += std::to_string(number);
-        patterns += "}";
-    }
-    savePdf(patterns);
-    EXPECT_NE(outputOf("pdfinfo '" + pdf + "'").find("Pages:           18"), std::string::npos);
-    EXPECT_LT(std::filesystem::file_size(pdf), 500000U);
-    ASSERT_EQ(description["Patterns"].size(), 18U);
-    for (int number = 0; number < 18; ++number) {
-        const std::string page = std::to_string(number + 1);
-        std::string command = "pdftotext -layout -f ";
-        command.append(page).append(" -l ").append(page).append(" '").append(pdf).append("' -");
-        const std::string text = outputOf(command);
-        EXPECT_NE(text.find("pattern " + std::to_string(number) + " "), std::string::npos) << text;
-        EXPECT_EQ(description["Patterns"][static_cast<std::size_t>(number)]["Parameters"]["AssemblyPattern"], number);
-    }
-}
-
 TEST_F(PatternFile, staysSmallAndIsTheSameEachTime) {
     const std::string large = R"({"Type": "Flexible", "GridSize": [91, 91], "GridSpacing": 3.3333333333})";
     savePdf(large);

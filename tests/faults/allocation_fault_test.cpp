@@ -7,58 +7,126 @@
 #include <string>
 
 #include "camera_library/lmlib64.h"
-#include "camera_library/output/file_formats.h"
 #include "tests/camera_library/temporary_folder.h"
 #include "tests/faults/failing_allocation.h"
-#include "tests/faults/library_session.h"
 
 namespace {
 
 using failing_allocation::Failing;
-using namespace library_session;
+using failing_allocation::Pause;
 
-// What is wrong when the n-th allocation of a session fails; empty where all is as it should be.
-template <typename MakeSession>
-std::string complaintAbout(std::int64_t call, Failing failing, MakeSession makeSession, bool &hasFailed) {
-    std::string complaint;
-    {
-        auto session = makeSession();
-        failing_allocation::arm(call, failing);
-        session.play();
-        hasFailed = failing_allocation::disarm();
-        session.check();
-        lmLibFinalize(nullptr);
-        complaint = session.complaint;
-    }
-    {
-        auto session = makeSession();
-        session.play();
-        session.check();
-        complaint += session.complaint.empty() ? "" : "afterwards: " + session.complaint;
-    }
+// A session makes some of the library's calls, allocates nothing itself meanwhile, and returns its complaints about
+// what it saw and left behind. Lets the n-th allocation of it fail for every n, until there are not that many.
+template <typename Session>
+void sweep(Failing failing, Session session) {
+    EXPECT_EQ(session(), "");
     lmLibFinalize(nullptr);
+    const std::int64_t blocks = failing_allocation::blocksInUse();
+    bool hasFailed = true;
+    std::int64_t call = 0;
+    while (hasFailed && !testing::Test::HasFailure()) {
+        failing_allocation::arm(++call, failing);
+        std::string complaint = session();
+        hasFailed = failing_allocation::disarm();
+        lmLibFinalize(nullptr);
+        EXPECT_EQ(complaint, "") << "allocation " << call;
+        EXPECT_EQ(session(), "") << "after the failure of allocation " << call;
+        lmLibFinalize(nullptr);
+        std::string().swap(complaint);
+        EXPECT_EQ(failing_allocation::blocksInUse(), blocks) << "blocks in use after allocation " << call;
+    }
+    std::printf("%d allocations\n", static_cast<int>(call - 1));
+    EXPECT_GT(call, 50);
+}
+
+std::string jsonOf(const char *path) {
+    std::int32_t result = 0;
+    const char *json = lmLibGetJson(&result, path, 0, 0, 1);
+    return json == nullptr ? "code " + std::to_string(result) : json;
+}
+
+const char *const longText = "a text that is too long to be kept within a string object itself";
+
+using Step = void (*)(std::int32_t *);
+const Step treeSteps[]{
+    [](std::int32_t *result) { lmLibSetString(result, "/A/Some/Texts", longText); },
+    [](std::int32_t *result) { lmLibSetInt(result, "/A/Array/\\0/Number", 1); },
+    [](std::int32_t *result) { lmLibSetNull(result, "/A/An object with a long name/Null"); },
+    [](std::int32_t *result) {
+        lmLibSetJson(result, "/B", R"({"A name that is not short":[1,2.5,"a text that is not short",{"C":null}]})");
+    },
+    [](std::int32_t *result) {
+        lmLibSetJson(result, "/C", R"({"A name that is not short":["a text that is not short",)");
+        *result = *result == LmLibResultCouldNotInterpretJsonText ? 0 : *result;  // which it must say of this text
+    },
+    [](std::int32_t *result) { lmLibSetString(result, "/A/Array", longText); },
+    [](std::int32_t *result) { lmLibMakeUniqueItem(result, "/Execute", "a longer base name"); },
+    [](std::int32_t *result) { lmLibGetString(result, "/A/Some/Texts"); },
+    [](std::int32_t *result) { lmLibGetName(result, "/A/An object with a long name"); },
+    [](std::int32_t *result) { lmLibGetJson(result, "", 1, 18, 0); },
+    [](std::int32_t *result) { lmLibWaitForType(result, "/A", LmLibTypeObject, 1); },
+    [](std::int32_t *result) { lmLibWriteDebugMessage(result, longText); },
+    [](std::int32_t *result) { lmLibGetDebugBuffer(result); },
+    [](std::int32_t *result) { lmLibErase(result, "/A/Some"); },
+    [](std::int32_t *result) { lmLibFinalize(result); },
+};
+
+// All steps, even after one has failed: a step that fails leaves the tree as it was.
+std::string playTreeSteps() {
+    std::string complaint;
+    bool hasFailed = false;
+    int number = 0;
+    for (const Step step : treeSteps) {
+        std::string before;
+        {
+            const Pause pause;
+            before = jsonOf("");
+        }
+        std::int32_t result = -1;
+        step(&result);
+        const Pause pause;
+        ++number;
+        // What follows a failed step may miss what that was to write.
+        if (result != LmLibResultOperationSucceeded && result != LmLibResultInternalError && !hasFailed) {
+            complaint += "step " + std::to_string(number) + ": code " + std::to_string(result) + "\n";
+        }
+        hasFailed = hasFailed || result != LmLibResultOperationSucceeded;
+        if (result != LmLibResultOperationSucceeded && jsonOf("") != before) {
+            complaint += "step " + std::to_string(number) + " changed " + before + " to " + jsonOf("") + "\n";
+        }
+    }
     return complaint;
 }
 
-// Lets the n-th allocation of the session fail for every n, until there are not that many. Returns how many.
-template <typename MakeSession>
-std::int64_t sweep(Failing failing, MakeSession makeSession) {
-    bool hasFailed = true;
-    complaintAbout(0, failing, makeSession, hasFailed);
-    const std::int64_t blocks = failing_allocation::blocksInUse();
-    std::int64_t call = 0;
-    do {
-        ++call;
-        const std::string complaint = complaintAbout(call, failing, makeSession, hasFailed);
-        const std::int64_t blocksAfter = failing_allocation::blocksInUse() - (complaint.empty() ? 0 : 1);
-        if (!complaint.empty() || blocksAfter != blocks) {
-            ADD_FAILURE() << "allocation " << call << ": " << complaint << blocksAfter - blocks << " blocks are left";
-            break;
-        }
-    } while (hasFailed);
-    std::printf("%d allocations\n", static_cast<int>(call - 1));
-    EXPECT_GT(call, 50);
-    return call - 1;
+struct Command {
+    std::string name;
+    std::string parameters;
+};
+
+// Whether the command has succeeded; complaints about one that failed and did not say that memory ran out.
+bool playCommand(const Command &command, std::string &complaint) {
+    std::int32_t written = -1;
+    std::int32_t started = -1;
+    lmLibSetJson(&written, "/Execute/Slot/Parameters", command.parameters.c_str());
+    lmLibSetString(&started, "/Execute/Slot/Command", command.name.c_str());
+    lmLibWaitForType(nullptr, "/Execute/Slot/Command", LmLibTypeNull, 1);
+    const Pause pause;
+    if (started != LmLibResultOperationSucceeded) {
+        const bool isAbsent = lmLibGetType(nullptr, "/Execute/Slot/Command") == LmLibTypeAbsent;
+        complaint += started == LmLibResultInternalError && isAbsent ? "" : "code " + std::to_string(started);
+        return false;
+    }
+    lmLibWaitForType(nullptr, "/Execute/Slot/Command", LmLibTypeNull, 1);  // the other wait may have failed
+    const std::string result = jsonOf("/Execute/Slot/Result");
+    if (result.find("ErrorSymbol") == std::string::npos) {
+        return true;
+    }
+    const bool saysWhy = result.find(R"("ErrorSymbol":"OutOfMemory")") != std::string::npos &&
+                         result.find("There is not enough memory") != std::string::npos &&
+                         result.find(R"("Command":")" + command.name + '"') != std::string::npos;
+    // Without its parameters a command fails because they are missing.
+    complaint += saysWhy || written != LmLibResultOperationSucceeded ? "" : result;
+    return false;
 }
 
 class AllocationFault : public testing::TestWithParam<Failing> {};
@@ -67,27 +135,48 @@ INSTANTIATE_TEST_SUITE_P(All, AllocationFault, testing::Values(Failing::Once, Fa
                          [](const auto &test) { return test.param == Failing::Once ? "once" : "fromThenOn"; });
 
 TEST_P(AllocationFault, treeStaysAsItWas) {
-    sweep(GetParam(), [] { return TreeSession(); });
+    sweep(GetParam(), playTreeSteps);
 }
 
-TEST_P(AllocationFault, catalogueSaysWhy) {
-    sweep(GetParam(), [] { return CommandSession("GetModelInfo", R"({"ListCalTabs":true})"); });
+TEST_P(AllocationFault, commandSaysWhy) {
+    const Command commands[]{
+        {"GetModelInfo", R"({"ListCalTabs":true})"},
+        {"GenerateCalibrationPattern",
+         R"({"ImageSize":60,"Patterns":[{"Type":"SingleCustom","GridSpacing":12,"Thickness":0}]})"}};
+    for (const Command &command : commands) {
+        sweep(GetParam(), [&command] {
+            std::string complaint;
+            playCommand(command, complaint);
+            return complaint;
+        });
+    }
 }
 
-TEST_P(AllocationFault, previewSaysWhy) {
-    sweep(GetParam(), [] {
-        return CommandSession(
-            "GenerateCalibrationPattern",
-            R"({"ImageSize":60,"Patterns":[{"Type":"SingleCustom","GridSpacing":12,"Thickness":0}]})");
-    });
+bool isWholeFile(const std::string &contents) {
+    return (contents.rfind("%PDF-", 0) == 0 && contents.find("%%EOF", contents.size() - 8) != std::string::npos) ||
+           (contents.rfind('{', 0) == 0 && contents.find("}\n", contents.size() - 2) != std::string::npos);
 }
 
 TEST_P(AllocationFault, saveKeepsTheOldFile) {
-    for (const lmlib64::FileFormat &format : lmlib64::FileFormats()) {
+    const std::string oldContents = "the file of an earlier save";
+    for (const char *name : {"pattern.json", "pattern.pdf"}) {
         const TemporaryFolder folder;
-        const std::string name = "pattern" + std::string(format.ending);
-        std::string wholeContents;
-        sweep(GetParam(), [&] { return SaveSession(folder.file(name), wholeContents); });
+        const std::string file = folder.file(name);
+        const Command command{
+            "GenerateCalibrationPattern",
+            R"({"Filename":")" + file + R"(","Patterns":[{"Type":"Flexible","GridSize":[5,4],"GridSpacing":10.0}]})"};
+        sweep(GetParam(), [&] {
+            {
+                const Pause pause;
+                writeBytes(file, oldContents);
+            }
+            std::string complaint;
+            const bool isSaved = playCommand(command, complaint);
+            const Pause pause;
+            const std::string contents = readBytes(file);
+            complaint += (isSaved ? isWholeFile(contents) : contents == oldContents) ? "" : "file: " + contents;
+            return complaint;
+        });
         EXPECT_EQ(folder.entryCount(), 1U) << name;
     }
 }

@@ -33,58 +33,39 @@ const char *anyPath(Random &random) {
 }
 
 void write(Random &random, std::int32_t *result) {
-    const char *path = anyPath(random);
-    switch (below(random, 6)) {
-        case 0:
-            lmLibSetInt(result, path, static_cast<std::int32_t>(random()));
-            break;
-        case 1:
-            lmLibSetString(result, path, "a text that is too long to be kept within a string");
-            break;
-        case 2:
-            lmLibSetJson(result, path, R"({"Number":1,"Array":[1,{"A":null}],"Text":"t"})");
-            break;
-        case 3:
-            lmLibSetDouble(result, path, 0.5);
-            break;
-        case 4:
-            lmLibSetNull(result, path);
-            break;
-        default:
-            lmLibSetBool(result, path, 1);
-    }
+    using Write = void (*)(std::int32_t *, const char *);
+    static const std::array<Write, 6> writes{
+        [](std::int32_t *code, const char *path) { lmLibSetInt(code, path, 7); },
+        [](std::int32_t *code, const char *path) {
+            lmLibSetString(code, path, "a text too long to be kept in a string");
+        },
+        [](std::int32_t *code, const char *path) {
+            lmLibSetJson(code, path, R"({"Number":1,"Array":[1,{"A":null}]})");
+        },
+        [](std::int32_t *code, const char *path) { lmLibSetDouble(code, path, 0.5); },
+        [](std::int32_t *code, const char *path) { lmLibSetNull(code, path); },
+        [](std::int32_t *code, const char *path) { lmLibSetBool(code, path, 1); }};
+    writes[below(random, writes.size())](result, anyPath(random));
 }
 
 void read(Random &random, std::int32_t *result) {
-    const char *path = anyPath(random);
-    std::int32_t number = 0;
-    std::array<char, 64> bytes{};
-    const char *text = nullptr;
-    switch (below(random, 7)) {
-        case 0:
-            text = lmLibGetString(result, path);
-            break;
-        case 1:
-            text = lmLibGetJson(result, "", 1, 18, 0);
-            break;
-        case 2:
-            text = lmLibGetName(result, path);
-            break;
-        case 3:
-            text = lmLibGetDebugBuffer(result);
-            break;
-        case 4:
-            lmLibGetCount(result, path);
-            break;
-        case 5:
-            lmLibGetBinaryInfo(result, path, &number, &number, &number, &number, &number, nullptr);
-            lmLibGetBinary(result, path, bytes.data(), static_cast<std::int32_t>(bytes.size()), &number, nullptr);
-            break;
-        default:
-            lmLibGetType(result, path);
-    }
+    using Read = const char *(*)(std::int32_t *, const char *);
+    static const std::array<Read, 6> reads{
+        [](std::int32_t *code, const char *path) { return lmLibGetString(code, path); },
+        [](std::int32_t *code, const char * /*path*/) { return lmLibGetJson(code, "", 1, 18, 0); },
+        [](std::int32_t *code, const char *path) { return lmLibGetName(code, path); },
+        [](std::int32_t *code, const char * /*path*/) { return lmLibGetDebugBuffer(code); },
+        [](std::int32_t *code, const char *path) {
+            lmLibGetCount(code, path);
+            return "";
+        },
+        [](std::int32_t *code, const char *path) {
+            std::array<char, 64> bytes{};
+            lmLibGetBinary(code, path, bytes.data(), static_cast<std::int32_t>(bytes.size()), nullptr, nullptr);
+            return "";
+        }};
     // A text that was returned stays readable until this thread's next call.
-    if (text != nullptr) {
+    if (const char *text = reads[below(random, reads.size())](result, anyPath(random)); text != nullptr) {
         EXPECT_LE(std::string(text).size(), std::size_t{1} << 24U);
     }
 }
