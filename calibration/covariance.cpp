@@ -15,20 +15,21 @@ namespace {
 
 using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
-// Where the free numbers of one block stand among all that vary: the place of each, -1 for one that is held.
+// Indices of free parameters: among the shared ones, or among the columns of a block's derivatives.
 using Places = std::vector<int>;
 
-// A moment's own part of the normal equations, and what links it to the shared part.
+// A moment's own part of the normal equations, and the part that couples it with the shared parameters, which are those
+// of cameras and prints.
 struct MomentEquations {
     Eigen::Matrix<double, 6, 6> own = Eigen::Matrix<double, 6, 6>::Zero();
-    Eigen::Matrix<double, Eigen::Dynamic, 6> link;  // one row for each shared number
+    Eigen::Matrix<double, Eigen::Dynamic, 6> link;  // one row for each shared parameter
 };
 
 class NormalEquations {
 public:
     explicit NormalEquations(int size) : shared(Eigen::MatrixXd::Zero(size, size)) {}
 
-    // Adds one sighting: its rows over some shared numbers, whose places are given, and over its moment.
+    // Adds one sighting: its derivatives by the shared parameters at the given indices, and by its moment's pose.
     void add(int moment, const Eigen::MatrixXd &byShared, const Places &places, const RowMajor &byMoment) {
         MomentEquations &equations = moments[moment];
         if (equations.link.size() == 0) {
@@ -58,7 +59,7 @@ public:
             }
             reduced.noalias() -= equations.link * own.solve(equations.link.transpose());
         }
-        // Scaled to a unit diagonal, so that units do not decide what counts as singular.
+        // The scaling makes the test for a singular matrix independent of the parameters' units.
         Eigen::VectorXd scale = shared.diagonal();
         for (double &value : scale) {
             value = value > 0 ? 1 / std::sqrt(value) : 0;

@@ -1,8 +1,9 @@
-// How sure a solved estimate is: the covariance of all that varied, from the normal equations at the solution.
+// How certain a solved estimate is: the covariance of all parameters that the solve varied, from the normal equations
+// at the solution.
 //
-// Moments are eliminated one by one (the Schur complement), so time and memory grow with their number and no more. The
-// covariance is scaled by the residuals' own variance, so standard deviations of corners need to be right only in
-// proportion to each other.
+// Moments are eliminated one by one (the Schur complement), so time and memory grow only linearly with their number.
+// The covariance is scaled by the residuals' own variance, so only the ratios of the corners' standard deviations need
+// to be right.
 #pragma once
 
 #include <Eigen/Core>
@@ -15,16 +16,17 @@ namespace calibration {
 
 class Covariance {
 public:
-    // The variance of the residuals in units of what the corners' standard deviations promise.
+    // The variance of the residuals after division by the corners' standard deviations: 1 if these are right.
     double varianceFactor() const { return factor; }
     int usedCorners() const { return corners; }
 
-    // Of one block; empty if it did not vary. A shape's rows are the free numbers in the order of Freedom::shapes.
+    // The covariance of one block; empty if the solve did not vary it. The rows of a shape are its free numbers, in the
+    // order of Freedom::shapes.
     Eigen::MatrixXd intrinsics(int camera) const { return blockAt(cameras[size_t(camera)].intrinsics); }
     Eigen::MatrixXd cameraFromRig(int camera) const { return blockAt(cameras[size_t(camera)].pose); }
     Eigen::MatrixXd worldFromPrint(int print) const { return blockAt(prints[size_t(print)].pose); }
     Eigen::MatrixXd shape(int print) const { return blockAt(prints[size_t(print)].shape); }
-    // Of a print's pose and its shape together, pose first.
+    // The covariance of a print's pose and shape together, pose first.
     Eigen::MatrixXd print(int print) const;
 
 private:

@@ -59,7 +59,7 @@ private:
     std::array<double, PrintShape::bend> weights{};
 };
 
-// The problem as Ceres sees it, over the memory of an estimate.
+// The problem in the form that Ceres needs. Solving it changes the numbers of the estimate in place.
 class JointProblem {
 public:
     JointProblem(const Observations &seen, const SolveOptions &how, Estimate &unknown)
@@ -87,7 +87,7 @@ public:
         how.function_tolerance = 1e-12;
         how.parameter_tolerance = 1e-12;
         how.gradient_tolerance = 1e-14;
-        how.num_threads = 1;  // more would add in an order that differs from run to run
+        how.num_threads = 1;  // several threads would sum in an order that differs from run to run
         how.logging_type = ceres::SILENT;
         ceres::Solver::Summary summary;
         ceres::Solve(how, &problem, &summary);
@@ -106,7 +106,7 @@ private:
         prints.insert(sighting.print);
         std::vector<double *> blocks;
         for (const double *block : blocksOf(observations, sighting, estimate)) {
-            blocks.push_back(const_cast<double *>(block));  // of the estimate, which is ours to change
+            blocks.push_back(const_cast<double *>(block));  // points into `estimate`, which is not const
         }
         problem.AddResidualBlock(new SightingCost(std::move(residuals)), nullptr, blocks);
     }
@@ -150,7 +150,7 @@ private:
         }
     }
 
-    // The moments are many and no sighting has two of them, so they are eliminated first.
+    // There are many moments, and each sighting belongs to only one, so they are eliminated first.
     ceres::ParameterBlockOrdering ordering() const {
         ceres::ParameterBlockOrdering order;
         std::vector<double *> blocks;

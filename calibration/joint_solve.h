@@ -9,13 +9,13 @@
 
 namespace calibration {
 
-// What may vary; the rest stays as the estimate has it.
+// What the solve may vary; it leaves everything else unchanged.
 struct Freedom {
     bool intrinsics = true;
-    bool coefficients = true;  // of the distortion; only with intrinsics
+    bool coefficients = true;  // of the distortion; ignored if intrinsics is false
     bool rig = true;
     bool prints = true;
-    // For each print the numbers of PrintShape that may vary; empty: none of any print.
+    // For each print, the indices of the PrintShape numbers that may vary. Empty if no print's shape may vary.
     std::vector<std::vector<int>> shapes;
 };
 
@@ -28,11 +28,11 @@ struct SolveOptions {
 // Standard deviation of the prior on a print's scale, ratio and shear: printers are this exact.
 constexpr double printPrior = 0.005;
 
-// Improves the estimate by the sightings in use whose moment and print have a pose. Returns half the sum of squared
-// residuals, priors included; nothing if the solve failed, and then the estimate is as it was.
+// Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of squared residuals,
+// priors included. If the solve fails, it returns nothing and leaves the estimate unchanged.
 std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate);
 
-// Whether a sighting takes part.
+// True if the sighting is in use, and its camera, moment and print have a pose.
 bool takesPart(const Observations &observations, const Sighting &sighting, const Estimate &estimate);
 
 }  // namespace calibration

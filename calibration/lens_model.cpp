@@ -23,7 +23,7 @@ std::array<double, 12> pinholeCoefficients(int count, const double *coefficients
 }
 
 struct Radial {
-    double factor, slope;  // over the squared radius
+    double factor, slope;  // the slope is the factor's derivative by the squared radius
     double numerator, denominator;
 };
 
@@ -75,7 +75,7 @@ void distortAngle(const double *k, double angle, double &distorted, double &slop
     slope = 1 + a2 * (3 * k[0] + a2 * (5 * k[1] + a2 * (7 * k[2] + 9 * a2 * k[3])));
 }
 
-constexpr double nearAxis = 1e-9;  // radius over distance below which a fisheye is a pinhole
+constexpr double nearAxis = 1e-9;  // below this ratio of radius to distance a fisheye is treated as a pinhole
 
 bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &result) {
     const double radius = std::hypot(point.x(), point.y());

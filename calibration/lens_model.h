@@ -18,7 +18,7 @@ namespace calibration {
 enum class LensModel { Pinhole4, Pinhole5, Pinhole8, Pinhole12, Fisheye };
 
 constexpr int pinholeParameters = 4;    // fx, fy, cx, cy
-constexpr int greatestParameters = 16;  // of all models
+constexpr int greatestParameters = 16;  // the number that the largest model has
 
 // Number of distortion coefficients, and of all parameters.
 int coefficientCount(LensModel lens);
@@ -33,12 +33,13 @@ struct Projection {
     Eigen::Matrix<double, 2, Eigen::Dynamic, Eigen::RowMajor, 2, greatestParameters> byParameters;
 };
 
-// Projects a point in camera axes. False if the camera cannot see it: for a pinhole, if it is not in front.
+// Projects a point in camera axes. False if the camera cannot see it: a pinhole camera sees only what is in front of
+// it.
 bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Projection &projection);
 bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Eigen::Vector2d &image);
 
-// The direction, of unit length, that projects to a pixel. False if none is found: where the distortion folds over, a
-// pixel has none or several.
+// The direction, of unit length, that projects to a pixel. False if none is found: in parts of the picture where the
+// distortion folds over, a pixel has no direction, or several.
 bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image, Eigen::Vector3d &direction);
 
 }  // namespace calibration

@@ -15,7 +15,8 @@ namespace {
 
 constexpr size_t leastCorners = 6;
 
-// Moves points to their mean and scales them to about 1, for a well-conditioned homography.
+// Moves the points' mean to the origin and scales them to a size of about 1, so that the homography is well
+// conditioned.
 Eigen::Matrix3d conditioner(const std::vector<Eigen::Vector2d> &points) {
     Eigen::Vector2d mean = Eigen::Vector2d::Zero();
     for (const Eigen::Vector2d &p : points) {
@@ -72,7 +73,7 @@ RigidMotion poseOfHomography(Eigen::Matrix3d h) {
     return {rotationVector(nearestRotation(axes)), h.col(2)};
 }
 
-// The pose whose normal leans the other way as seen along the line of sight to the print's middle.
+// The pose with the same middle of the print, but with its normal tilted to the other side of the line of sight.
 RigidMotion leaningTheOtherWay(const RigidMotion &pose, const Eigen::Vector3d &middle) {
     const Eigen::Matrix3d matrix = rotationMatrix(pose.rotation);
     const Eigen::Vector3d seen = pose * middle;
@@ -83,13 +84,13 @@ RigidMotion leaningTheOtherWay(const RigidMotion &pose, const Eigen::Vector3d &m
     return {rotationVector(turned), seen - turned * middle};
 }
 
-// Levenberg and Marquardt's method over the six numbers of the pose alone.
+// The Levenberg-Marquardt method, varying only the six numbers of the pose.
 class PoseFit {
 public:
     PoseFit(const SightingResiduals &what, const BlockPointers &where)
         : residualsOf(what), blocks(where), residuals(what.rows()), byPose(what.rows(), 6) {}
 
-    // Half the sum of squares at the end, not finite if the print cannot be seen from the start.
+    // Returns half the final sum of squares; infinite if the camera cannot see the print in the pose given.
     double improve(RigidMotion &pose) {
         double cost = costAt(pose, true);
         double damping = 1e-4;
@@ -160,7 +161,7 @@ std::optional<PlanarPose> planarPose(const Observations &observations, const Sig
     if (drawn.size() < leastCorners || !(sum.norm() > 1e-6)) {
         return std::nullopt;
     }
-    // Turned so that the print is straight ahead, wherever in a fisheye's picture it is.
+    // The directions are turned so that the print is straight ahead, because a fisheye may see it far from its axis.
     const Eigen::Matrix3d ahead = Eigen::Quaterniond::FromTwoVectors(sum, Eigen::Vector3d::UnitZ()).toRotationMatrix();
     std::vector<Eigen::Vector2d> places;
     for (const Eigen::Vector3d &direction : directions) {

@@ -9,11 +9,12 @@ namespace calibration {
 
 struct PlanarPose {
     RigidMotion cameraFromPrint;
-    double rms = 0;  // of the corners' distances from where the pose puts them, in standard deviations per axis
+    double rms = 0;  // of the corners' residuals, in standard deviations per axis
 };
 
-// From the homography between the print and the directions to its corners, then by least squares; of the two poses that
-// look alike from far away, the better one. Nothing for less than six corners, or if they lie on one line.
+// Starts from the homography between the print and the directions to its corners, and improves the pose by least
+// squares. Two poses look alike from far away; both are tried, and the one that fits better is returned. Empty if fewer
+// than six corners are used or if they lie on one line.
 std::optional<PlanarPose> planarPose(const Observations &observations, const Sighting &sighting,
                                      const Eigen::VectorXd &intrinsics, const PrintShape &shape);
 

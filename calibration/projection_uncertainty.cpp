@@ -16,7 +16,7 @@ struct Cell {
     double weight = 1;
 };
 
-// Points at infinity are at distance 1 and only turn.
+// Points at infinity are represented by points at distance 1; for these the motion is only a rotation.
 class Grid {
 public:
     Grid(const Camera &camera, const Eigen::VectorXd &intrinsics, double distance, int columns, int rows)
@@ -67,7 +67,7 @@ Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
             right += cell->weight * byMotion.transpose() * cell->byLens;
         }
     }
-    // Over a narrow field of view rotation and translation look nearly alike.
+    // In a narrow field of view, rotation and translation look nearly alike, and the matrix is nearly singular.
     normal.diagonal() *= 1 + 1e-12;
     return normal.ldlt().solve(right);
 }
@@ -97,7 +97,7 @@ std::optional<double> PictureMap::greatest() const {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows) {
     Grid grid(camera, intrinsics, distance, columns, rows);
-    // Each round weights the parts of the picture by how sure the round before found them.
+    // Each round weights the cells by the inverse variance that the previous round found.
     constexpr int rounds = 4;
     for (int round = 0; round < rounds; round++) {
         const Eigen::MatrixXd motion = bestMotion(grid, intrinsics.size());

@@ -1,9 +1,10 @@
 // How far a lens can be trusted over its picture: the uncertainty of where points project, and the difference between
 // two lenses.
 //
-// A lens and the camera's pose are estimated together, and part of a lens's error only moves and turns the camera. What
-// matters to a user is what is left when the camera's motion is fitted away, over the whole picture and weighted by how
-// sure each part of it is. For points at infinity only the rotation is.
+// A lens and the camera's pose are estimated together, and part of a lens's error has the same effect as a small motion
+// of the camera. What matters to a user is the rest. So the motion that explains most of the error is fitted over the
+// whole picture and subtracted: for the uncertainty weighted by how certain each part of the picture is, for the
+// difference with equal weights. For points at infinity the motion is only a rotation.
 #pragma once
 
 #include <Eigen/Core>
@@ -17,8 +18,8 @@ namespace calibration {
 
 constexpr double infinitelyFar = std::numeric_limits<double>::infinity();
 
-// Values at the centres of the cells of a grid over the picture, row after row; nothing where the lens has no direction
-// for a pixel.
+// Values at the centres of the cells of a grid over the picture, row after row. A value is empty if the lens has no
+// direction for that pixel.
 struct PictureMap {
     int columns = 0;
     int rows = 0;
@@ -35,7 +36,7 @@ struct PictureMap {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows);
 
-// Distance in pixels between where two lenses of one camera put the same points.
+// Distance in pixels between the two images of the same point through two lenses of one camera.
 PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, const Eigen::VectorXd &b,
                                 double distance, int columns, int rows);
 

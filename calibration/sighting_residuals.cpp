@@ -9,7 +9,7 @@ namespace {
 
 using RowMajor6 = Eigen::Matrix<double, 2, 6, Eigen::RowMajor>;
 
-// A motion with what its derivatives need, worked out once for all corners of a sighting.
+// A motion with the matrices that its derivatives need, computed once for all corners of a sighting.
 struct PreparedMotion {
     Eigen::Matrix3d matrix, jacobian;
     Eigen::Vector3d translation;
@@ -21,7 +21,7 @@ struct PreparedMotion {
 
     Eigen::Vector3d rotated(const Eigen::Vector3d &p) const { return matrix * p; }
 
-    // Over the six numbers, if the result is followed by a linear map.
+    // The derivative of map * (the moved point) by the six numbers of the motion.
     RowMajor6 derivative(const Eigen::Matrix<double, 2, 3> &map, const Eigen::Vector3d &rotatedPoint) const {
         RowMajor6 derivative;
         derivative.leftCols<3>() = -map * crossMatrix(rotatedPoint) * jacobian;
@@ -30,10 +30,11 @@ struct PreparedMotion {
     }
 };
 
-// Cauchy's loss as a factor on a residual: its square is loss(s) / s, s being the squared residual.
+// Cauchy's loss as a factor by which a residual is multiplied. With s the squared residual, the square of the factor is
+// loss(s) / s.
 struct RobustFactor {
     double factor = 1;
-    double slope = 0;  // over s
+    double slope = 0;  // derivative of the factor by s
 
     RobustFactor(double s, double scale) {
         const double u = s / (scale * scale);

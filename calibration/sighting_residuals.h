@@ -1,5 +1,5 @@
 // The differences between where corners were seen and where the estimate puts them, in standard deviations, with their
-// derivatives over everything that can vary. The one place where the model of the whole scene is written down:
+// derivatives by everything that can vary. This is the only place that has the model of the whole scene:
 //
 //   pixel = projection(cameraFromRig * rigFromWorld * worldFromPrint * printedPoint(shape, drawn))
 #pragma once
@@ -19,16 +19,16 @@ using BlockPointers = std::array<const double *, blockCount>;
 
 class SightingResiduals {
 public:
-    // robustScale, in standard deviations: a corner farther out than this counts less the farther out it is (Cauchy's
-    // loss); 0 for plain least squares. Refers to the observations, which must stay.
+    // robustScale, in standard deviations: a corner with a larger residual counts less, the larger the residual is
+    // (Cauchy's loss); 0 for plain least squares. Keeps references to the observations, which must outlive this object.
     SightingResiduals(const Observations &observations, const Sighting &sighting, double robustScale);
 
     int corners() const { return int(seen.size()); }  // the used ones
     int rows() const { return 2 * corners(); }
     int blockSize(Block block) const;
 
-    // residuals: rows() values. jacobians: null, or for each block null or rows() x blockSize values, row by row. False
-    // if a corner cannot be projected.
+    // residuals: rows() values. jacobians: null, or one pointer per block, which is null or has room for
+    // rows() x blockSize values, row by row. False if a corner cannot be projected.
     bool evaluate(const BlockPointers &blocks, double *residuals, double *const *jacobians) const;
 
 private:

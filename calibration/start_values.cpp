@@ -12,8 +12,8 @@ namespace calibration {
 
 namespace {
 
-// One camera's sightings as if each were a moment of its own and showed a print of its own: a lens can be estimated
-// before anything is known of how prints and moments hang together.
+// One camera's sightings, each treated as a moment and a print of its own, so that a lens can be estimated before it is
+// known how prints and moments are linked.
 class LensAlone {
 public:
     LensAlone(const Observations &all, int camera) {
@@ -38,7 +38,7 @@ public:
         constexpr size_t fewSightings = 10;
         constexpr size_t fewCorners = 50;
         if (alone.sightings.size() > fewSightings) {
-            // Spread over those with many corners, which usually differ in pose.
+            // Taken at regular distances from the half with the most corners: these usually differ in pose.
             const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
             std::vector<Sighting> few;
             for (size_t i = 0; few.size() < fewSightings; i += stride) {
@@ -59,8 +59,8 @@ public:
         alone.moments = int(alone.sightings.size());
     }
 
-    // Improves the lens; returns the rms of the residuals in standard deviations, with those of a sighting limited so
-    // that a bad one does not decide.
+    // Improves the lens. Returns the rms of the residuals in standard deviations. The share of each sighting is
+    // limited, so that a bad one does not dominate.
     double improve(Eigen::VectorXd &intrinsics, double robustScale, int iterations) const {
         Estimate estimate = poses(intrinsics);
         SolveOptions options;
@@ -106,7 +106,7 @@ private:
     }
 
     double rmsOf(const Estimate &estimate) const {
-        constexpr double worst = 1e3;  // of a sighting
+        constexpr double worst = 1e3;  // limit of the rms of one sighting
         std::vector<double> squares;
         for (const Sighting &sighting : alone.sightings) {
             const SightingResiduals residuals(alone, sighting, 0);
@@ -207,7 +207,7 @@ private:
         return std::any_of(links.begin(), links.end(), [&](const Link &link) { return link.sighting->print == print; });
     }
 
-    // Follows the first link that says something new.
+    // Follows the most reliable link that yields a new pose. False if there is none.
     bool extend() {
         for (const Link &link : links) {
             const auto print = size_t(link.sighting->print);
@@ -226,7 +226,8 @@ private:
         return false;
     }
 
-    // From photographs to the moments and cameras of a rig, and from these to the other photographs.
+    // Computes the poses of moments and cameras from those of photographs, and the poses of further photographs from
+    // these, until no new one follows.
     void spread() {
         for (bool isNew = true; isNew;) {
             isNew = false;
@@ -255,13 +256,13 @@ private:
     Estimate estimate;
     std::vector<Link> links;
     std::vector<std::optional<RigidMotion>> photographs;  // cameraFromWorld
-    int groupOf = 0;                                      // of the print that is being extended
+    int groupOf = 0;                                      // the group that is being extended
 };
 
 }  // namespace
 
 int rigOrigin(const Observations &observations, int camera) {
-    // Cameras of one moment belong together; followed until nothing changes, as links may be indirect.
+    // Cameras of one moment belong together. Links may be indirect, so this is repeated until nothing changes.
     std::vector<int> origin(observations.cameras.size());
     for (size_t i = 0; i < origin.size(); i++) {
         origin[i] = int(i);
@@ -291,7 +292,8 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
     }
     LensAlone few = all;
     few.keepFew();
-    // Far-out residuals count little from the start, but while the focal length is wrong all are far out.
+    // Large residuals are weighted down from the start. The first scale is wide, because all residuals are large while
+    // the focal length is wrong.
     constexpr double firstScale = 300;
     constexpr double secondScale = 30;
     double least = std::numeric_limits<double>::infinity();

@@ -1,5 +1,6 @@
-// Start values for the joint solve, from nothing but the corners: each camera's lens by itself, each print's pose in
-// each photograph, then the poses of prints, moments and cameras along the photographs that link them.
+// Start values for the joint solve, from nothing but the corners: first the lens of each camera by itself, then the
+// pose of each print in each photograph, and from these the poses of all prints, moments and cameras, which are linked
+// by the photographs that they have in common.
 #pragma once
 
 #include "calibration/observations.h"
@@ -11,8 +12,8 @@ namespace calibration {
 // residuals in standard deviations.
 std::optional<double> startLens(const Observations &observations, int camera, Eigen::VectorXd &intrinsics);
 
-// All poses, given lenses. Which prints hang together is in Estimate::groups; a sighting that contradicts the others
-// does not take part, but stays in use.
+// All poses, given the lenses. Estimate::groups says which prints are linked. The poses come from the most reliable
+// sightings; one that contradicts these is ignored here, but remains in use for the joint solve.
 Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics);
 
 }  // namespace calibration
