@@ -27,7 +27,7 @@ const char *labelOf(QtMsgType type) {
 }
 
 bool isWritten(QtMsgType type, const QByteArray &text) {
-    // The toolkit warns like this if it was built without the collation library. Nothing is wrong then.
+    // The toolkit gives this warning if it was built without the collation library. It is harmless.
     static const QByteArray collationWarning("Numeric mode unsupported in the posix collation implementation");
     if (type == QtWarningMsg) {
         return text != collationWarning;

@@ -12,7 +12,7 @@
 
 namespace {
 
-// 5.15.10, whatever version 5.15 the installed toolkit has.
+// 5.15.10, whichever 5.15 version of the toolkit is installed.
 constexpr int toolkitVersion = 0x050F0A;
 
 void finalizeLibrary() {

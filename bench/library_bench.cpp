@@ -21,7 +21,8 @@ void describeFlexible(const TreeItem &pattern, int size) {
     pattern["GridSpacing"] = 12.5;
 }
 
-// The time of the fastest of some previews. Each is so short that other processes' use of the caches would show.
+// The time of the fastest of several previews. A preview is so short that other processes' use of the caches would
+// distort the time of a single one.
 Time previewTime(int size) {
     constexpr int previews = 20;
     Time fastest;

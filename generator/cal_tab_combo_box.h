@@ -1,5 +1,5 @@
 // The list of official calibration plates from the camera library's catalogue: one item per plate with the plate's
-// name, and an entry with the values that a pattern of this plate is made with. It writes no pattern.
+// name, and an entry with the parameters of the plate's pattern. It writes no pattern.
 //
 // Item i and entry i describe the same plate. GUI thread only. Failures of the library are thrown as LmLibException.
 #pragma once
@@ -20,11 +20,11 @@ public:
     // Loads the list, as reload() does.
     explicit CalTabComboBox(QWidget *parent);
 
-    // Rebuilds the list from the library, last plate of the catalogue first, and then sends currentIndexChanged(int)
-    // once. Throws LmLibException; the items added before that stay, and no signal is sent.
+    // Rebuilds the list from the library, in the reverse order of the catalogue, and then sends
+    // currentIndexChanged(int) once. If it throws LmLibException, the items added so far stay, and no signal is sent.
     void reload();
 
-    // The values of the current plate. Not to be called if there is none, which happens with an empty catalogue.
+    // The values of the current plate. Must not be called if there is none, that is, if the catalogue is empty.
     std::string currentType() const;
     double currentGridSpacing() const;
     double currentThickness() const;

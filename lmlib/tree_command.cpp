@@ -8,7 +8,7 @@
 
 namespace {
 
-// An absent node is a valid answer to what is asked about a command.
+// When the state of a command is queried, an absent node is not an error.
 std::int32_t toleratingAbsence(std::int32_t code) {
     return code == LmLibResultItemInexistent ? static_cast<std::int32_t>(LmLibResultOperationSucceeded) : code;
 }
@@ -90,7 +90,7 @@ bool TreeCommand::finished(std::int32_t *resultOut) const {
         report(resultOut, toleratingAbsence(code));
         return true;
     }
-    // Intentionally asked again: the first query only tells whether there is a command at all.
+    // The type is intentionally queried twice: the first query only tells whether there is a command at all.
     type = lmLibGetType(&code, command.path().c_str());
     report(resultOut, toleratingAbsence(code));
     return type == LmLibTypeNull;

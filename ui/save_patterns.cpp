@@ -14,7 +14,8 @@ void MainWindow::savePatterns() {
     if (fileName.isEmpty()) {
         return;
     }
-    // Any dot counts as an extension, whatever follows it and whichever filter is selected.
+    // A name that contains a dot is taken to have an extension, whatever follows the dot and whichever filter is
+    // selected.
     if (!QFileInfo(fileName).fileName().contains(QLatin1Char('.'))) {
         fileName += QStringLiteral(".pdf");
     }

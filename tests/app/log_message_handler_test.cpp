@@ -12,8 +12,8 @@
 
 namespace {
 
-// What each single write to the standard error stream wrote, while the action runs: the stream is a datagram
-// socket meanwhile, which keeps writes apart.
+// Runs the action and returns what it writes to the standard error stream, one element per write. While the action
+// runs, the stream is a datagram socket, which keeps the writes apart.
 std::vector<std::string> writesToStandardError(void (*action)(const QByteArray &), const QByteArray &argument) {
     std::array<int, 2> sockets{};
     if (socketpair(AF_UNIX, SOCK_DGRAM, 0, sockets.data()) != 0) {
@@ -40,7 +40,7 @@ std::vector<std::string> writesToStandardError(void (*action)(const QByteArray &
     return writes;
 }
 
-// The handler is called as the toolkit calls it, also with types that no stream sends.
+// Calls the handler as the toolkit does. This also allows types that no logging function of the toolkit sends.
 void send(QtMsgType type, const QMessageLogContext &context, const QString &text) {
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
     qInstallMessageHandler(handler);

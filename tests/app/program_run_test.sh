@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the real program, unchanged, on the scripted library: closed by its user, it finalises the library and
-# ends with 0; where finalising fails, or building the window, it is aborted.
+# Runs the real program, unchanged, on the scripted library: when its user closes it, it finalises the library and
+# exits with 0; if finalising the library or building the window fails, it is aborted.
 #   program_run_test.sh <program> <folder of the scripted library>
 set -u
 program=$1
@@ -10,10 +10,10 @@ failures=0
 trap 'kill $server $manager 2>/dev/null; wait 2>/dev/null; rm -rf "$folder"' EXIT
 
 export XDG_RUNTIME_DIR=$folder QT_QPA_PLATFORM=xcb
-# A plugin that is unloaded at the end leaves leaks that cannot be told by their place; the program's own show in
-# the other tests.
+# A plugin that is unloaded at exit leaks memory, and as its code is gone by then, these leaks cannot be suppressed by
+# name. The other tests detect the program's own leaks.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-}:detect_leaks=0
-# It must not reset itself when its first client leaves: another one may just be coming.
+# -noreset, because the server would otherwise reset when its last client leaves, while the next one may be connecting.
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$folder/display" 2>/dev/null &
 server=$!
 for _ in $(seq 100); do [ -s "$folder/display" ] && break; sleep 0.1; done
@@ -33,7 +33,7 @@ check() {  # check <what> <actual> <expected>
   fi
 }
 
-# Starts the program with a script, closes its window where one is expected, and leaves the exit code in $code.
+# Starts the program with a script, closes its window if one is expected, and leaves the exit code in $code.
 run_program() {  # run_program <script JSON> <close|no window>
   printf '%s' "$1" >"$folder/script"
   rm -f "$folder/calls" "$folder/error"
@@ -41,7 +41,7 @@ run_program() {  # run_program <script JSON> <close|no window>
     timeout -s KILL 60 "$program" 2>"$folder/error" &
   local pid=$!
   if [ "$2" = close ]; then
-    # Once more where the window went, or was not yet ready for keys: the program is what is tested.
+    # Closing is repeated until the program ends, because a window that is not ready yet ignores keys.
     local window
     for _ in $(seq 100); do
       kill -0 $pid 2>/dev/null || break

@@ -1,4 +1,4 @@
-// The captions' font: what it makes of texts, and how wide it says its characters are.
+// The captions' font: how it encodes texts, and which widths it gives its characters.
 #include "camera_library/output/caption_font.h"
 
 #include <gtest/gtest.h>

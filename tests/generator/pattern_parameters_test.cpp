@@ -1,4 +1,4 @@
-// From the form's values to the displays and to the calls of one update.
+// How the form's values determine the displays and the library calls of one update.
 #include <gtest/gtest.h>
 
 #include "generator/main_window.h"
@@ -108,7 +108,7 @@ TEST_F(PatternParametersTest, writesThePattern) {
         scripted_lmlib64::loadDefaultScript();
         MainWindow window;
         set(window, row.inputs);
-        // The slots are numbered on: the catalogue's, and one for every update until now.
+        // Slots are numbered in sequence: the catalogue took one, and every update so far took one.
         const int slot = recorded_calls::count("lmLibMakeUniqueItem") + 1;
         scripted_lmlib64::clearCalls();
         window.update();
@@ -129,7 +129,7 @@ TEST_F(PatternParametersTest, writesWhatItCanWhereNothingIsChosen) {
     window.update();
     EXPECT_EQ(recorded_calls::all().filter("/Patterns/\\0/").filter("Set"),
               QStringList{"lmLibSetDouble /Execute/5/Parameters/Patterns/\\0/GridSpacing 12.5"});
-    // No page in front counts as the official one.
+    // If no page is current, the official pattern is written.
     find<QTabWidget>(window, "patternType")->clear();
     scripted_lmlib64::clearCalls();
     window.update();
