@@ -1,5 +1,5 @@
-// The functions of lmlib64.h: arguments and results are turned from C to C++ and back here and nowhere else,
-// and no exception gets past the guard.
+// The functions of lmlib64.h. Arguments and results are converted between C and C++ only here, and no exception gets
+// past the guard.
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -35,8 +35,8 @@ std::string_view textOf(const char *text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// The text the calling thread was given last. It goes when the thread ends; a call after that (from the
-// destructor of a static object) gets a new one.
+// The text that was last returned to the calling thread. It is freed when the thread ends; a call after that, from the
+// destructor of a static object, makes a new one.
 std::string &returnedText() {
     struct Release {
         std::string **text = nullptr;
@@ -230,7 +230,7 @@ const char *lmLibGetName(int32_t *result, const char *path) {
         for (const lmlib64::PathPart &part : parsed) {
             name = part.name;
         }
-        // Not before the path was read: it may be the text returned last.
+        // Only after the path was read, because the path may be the text that was returned last.
         std::string &returned = returnedText();
         returned = std::move(name);
         text = returned.c_str();

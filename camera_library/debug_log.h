@@ -1,4 +1,5 @@
-// The library's debug log: lines in memory, the oldest dropped as new ones come. May be used from any thread.
+// The library's debug log: lines in memory, of which the oldest are dropped when new ones need room. May be used from
+// any thread.
 #pragma once
 
 #include <cstddef>
@@ -12,13 +13,13 @@ namespace lmlib64 {
 
 class DebugLog {
 public:
-    // The greatest number of bytes kept, line feeds included.
+    // The greatest number of bytes that are kept, including line feeds.
     static constexpr std::size_t capacity = 65536;
 
-    // Adds the message and a line feed; LmLibResultDebugMessageOverflow where they are more than fits.
+    // Adds the message and a line feed. LmLibResultDebugMessageOverflow if they are longer than the capacity.
     LmLibResult write(std::string_view message);
 
-    // Sets text to all lines, oldest first; LmLibResultNoDebugData where there are none.
+    // Sets text to all lines, oldest first. LmLibResultNoDebugData if there are none.
     LmLibResult read(std::string &text) const;
 
     void clear();
@@ -26,7 +27,7 @@ public:
 private:
     mutable std::mutex mutex;
     std::string lines;
-    std::size_t start = 0;  // what stands before it is dropped, and removed once in a while
+    std::size_t start = 0;  // everything before it is dropped; it is removed from time to time
 };
 
 }  // namespace lmlib64

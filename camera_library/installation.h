@@ -1,7 +1,7 @@
-// Where the files of an installation lie, seen from the library's own file. The library lies in a folder of
-// its installation named bin, lib, lib32, lib64 or libx32, or in folders below one (lib/x86_64-linux-gnu):
-// the root is the parent of the nearest folder of such a name above the file. Where there is none, the root
-// is the parent of the library's folder. Names alone decide, not what exists on the disk.
+// Finds the files of the installation from the location of the library's own file. The library is in a folder named
+// bin, lib, lib32, lib64 or libx32, or in a folder below one (lib/x86_64-linux-gnu). The root of the installation is
+// the parent of the nearest folder with such a name above the file. If there is none, the root is the parent of the
+// library's folder. Only the names matter, not what exists on the disk.
 #pragma once
 
 #include <string>
@@ -11,11 +11,11 @@
 
 namespace lmlib64 {
 
-// The installation's root, without a slash at its end, for an absolute path with forward slashes.
+// The installation's root, without a slash at its end. `libraryFile` is an absolute path with forward slashes.
 std::string_view installationRoot(std::string_view libraryFile);
 
-// The tree's "Path" for the installation this library was loaded from; without children where the system
-// does not tell where that is.
+// The tree's "Path" for the installation that this library was loaded from. It has no children if the system does not
+// tell where that is.
 NodeObject installationPaths();
 
 }  // namespace lmlib64

@@ -13,8 +13,8 @@ namespace {
 
 std::atomic<Library *> current{nullptr};
 
-// A child process has none of its parent's threads, so its copy of the parent's library may be locked or half changed
-// for ever: it is neither used nor freed. The child's first call makes a new library.
+// A child process has none of its parent's threads, so its copy of the parent's library may stay locked or half changed
+// forever. It is neither used nor freed; the child's first call makes a new library.
 void leaveParentsLibrary() {
     current.store(nullptr);
 }
@@ -29,8 +29,9 @@ void stopThread() {
 
 Library::Library() : tree(installationPaths()), executor(tree, findCommand) {}
 
-// Without a lock, which a fork at the wrong moment would leave locked in the child: if two threads get here at the same
-// time, one of the two libraries is dropped. Actions may be registered more than once, and do no harm then.
+// Without a lock, because a fork at the wrong moment would leave it locked in the child. If two threads get here at the
+// same time, one of the two libraries is dropped. The actions may then be registered more than once, which does no
+// harm.
 Library &Library::make() {
     std::unique_ptr<Library> made(new Library());
     callInForkedChild(leaveParentsLibrary);

@@ -1,4 +1,4 @@
-// The parts of the library, put together; the C interface works on the one there is in a process.
+// Holds the parts of the library. The C interface works on the process's only one.
 #pragma once
 
 #include "camera_library/commands/command_executor.h"

@@ -1,6 +1,6 @@
-// What a command of the library is: a function from the slot's "Parameters" to its "Result". A command
-// sees neither the tree nor its locks nor the thread it runs on. To add one, write its function in a file of
-// its own here and give it a line in command_table.cpp.
+// A command of the library: a function from the slot's "Parameters" to its "Result". It sees neither the tree, nor the
+// tree's lock, nor the thread that it runs on. To add one, write its function in a file of its own here and add a line
+// to command_table.cpp.
 #pragma once
 
 #include <string>
@@ -10,13 +10,13 @@
 
 namespace lmlib64 {
 
-// Thrown by a command that cannot do what it was asked; becomes "ErrorSymbol" and "ErrorText".
+// Thrown by a command that cannot do what it is asked to do; becomes "ErrorSymbol" and "ErrorText".
 struct CommandFailure {
     std::string symbol;  // short identifier, such as "InvalidParameter"
     std::string text;    // one sentence for the user: which parameter, its value, what is allowed
 };
 
-// Gets a copy of "Parameters" (null where the slot has none) and returns what becomes "Result".
+// Takes a copy of "Parameters" (null if the slot has none) and returns what becomes "Result".
 using CommandFunction = Node (*)(const Node &parameters);
 
 // The command of that name, or null.

@@ -15,8 +15,8 @@ NodeObject failureResult(const std::string &command, std::string symbol, std::st
             {"Execute", NodeObject{{"Command", command}}}};
 }
 
-// The slot's "Result" for a command that ran out of memory. Made before the command runs, as afterwards
-// there may be none left for it.
+// The slot's "Result" for a command that ran out of memory. It is made before the command runs, because afterwards
+// there may be no memory left for it.
 NodeObject::node_type readyResult(const std::string &command) {
     NodeObject slot;
     slot.emplace("Result", failureResult(command, "OutOfMemory",
@@ -61,7 +61,7 @@ void CommandExecutor::work() {
     }
 }
 
-// Sets the run's result to what the command returns or to how it failed.
+// Sets the run's result to what the command returns, or to how it failed.
 void CommandExecutor::execute(Run &run) const {
     const auto fail = [&run](std::string symbol, std::string text) {
         run.result.mapped() = failureResult(run.command, std::move(symbol), std::move(text));
@@ -77,19 +77,19 @@ void CommandExecutor::execute(Run &run) const {
         } catch (const CommandFailure &failure) {
             fail(failure.symbol, failure.text);
         } catch (const std::bad_alloc &) {
-            // The result made ready says so.
+            // The result that was made in advance says so.
         } catch (const std::exception &error) {
             fail("InternalError", "The command \"" + run.command + "\" failed: " + error.what() + ".");
         } catch (...) {
             fail("InternalError", "The command \"" + run.command + "\" failed for an unknown reason.");
         }
     } catch (const std::exception &) {
-        // No memory to say what went wrong: the result made ready says that.
+        // There is no memory to say what went wrong; the result that was made in advance says that.
     }
 }
 
-// Ends the thread, which begins no further run, and drops what is queued then. No thread begins before
-// stopping is false again.
+// Ends the thread, which starts no further run, and drops what is queued by then. No new thread starts until stopping
+// is false again.
 void CommandExecutor::stopThread(std::unique_lock<std::mutex> &lock) {
     stopping = true;
     changed.notify_all();

@@ -1,7 +1,7 @@
-// Runs commands in the slots of a tree: one after the other, in the order they were started, on one thread
-// that begins with the first command. Knows no command itself; a lookup finds them.
+// Runs the commands in the slots of a tree, one after the other in the order in which they were started, on one thread
+// that the first command starts. It knows no command itself; a lookup finds them.
 //
-// Every function may be called from any thread but the commands' own.
+// Every function may be called from any thread except the one that runs the commands.
 #pragma once
 
 #include <condition_variable>
@@ -24,15 +24,15 @@ public:
     CommandExecutor(const CommandExecutor &) = delete;
     CommandExecutor &operator=(const CommandExecutor &) = delete;
 
-    // Writes the command's name to the slot's "Command" and queues its run. An unknown name is queued too,
-    // and fails when its turn comes. Codes as Tree::write.
+    // Writes the command's name to the slot's "Command" and queues its run. An unknown name is queued too and fails
+    // when its turn comes. Returns the codes of Tree::write.
     LmLibResult start(std::string_view slot, std::string_view command);
 
-    // Ends every wait, waits for the command that is running, drops those that have not begun, ends the
-    // thread and makes the tree as new. A command started meanwhile by another thread is dropped too.
+    // Ends every wait, waits for the running command, drops those that have not started, ends the thread and resets the
+    // tree. A command that another thread starts meanwhile is dropped too.
     void finalize();
 
-    // As finalize, but leaves the tree and the waits alone.
+    // As finalize, but does not touch the tree and the waits.
     void stop();
 
 private:
@@ -42,8 +42,8 @@ private:
 
     Tree &tree;
     const Lookup lookup;
-    std::mutex stopMutex;  // one stop at a time; taken before mutex
-    std::mutex mutex;      // guards everything below; taken before the tree's own lock
+    std::mutex stopMutex;  // one stop at a time; locked before mutex
+    std::mutex mutex;      // guards everything below; locked before the tree's own lock
     std::condition_variable changed;
     std::list<Run> queue;
     std::thread worker;

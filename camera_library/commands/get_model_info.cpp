@@ -5,7 +5,7 @@ namespace lmlib64 {
 
 namespace {
 
-// Whether the list is asked for: "ListCalTabs" may be absent, but not of another type than boolean.
+// True if the list is asked for. "ListCalTabs" may be absent, but it must be a boolean.
 bool isAskedFor(const Node &parameters, std::string_view list) {
     const Node *asked = parameters.find(list);
     if (asked == nullptr) {
@@ -31,8 +31,8 @@ NodeArray listCalTabs() {
 
 }  // namespace
 
-// What the library knows of the things it works with. The boolean "ListCalTabs" asks for the array
-// "CalTabs": for every ready-made plate its "Name", "Type", "GridSpacing" and "Thickness".
+// What the library knows about the things it works with. The boolean "ListCalTabs" asks for the array "CalTabs", which
+// has the "Name", "Type", "GridSpacing" and "Thickness" of every ready-made board.
 Node getModelInfo(const Node &parameters) {
     NodeObject result;
     if (isAskedFor(parameters, "ListCalTabs")) {

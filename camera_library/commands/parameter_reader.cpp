@@ -12,7 +12,7 @@ namespace lmlib64 {
 
 namespace {
 
-// A text from a client can be of any length and hold anything; an error shows its beginning, on one line.
+// A text from a client can have any length and content; an error shows its beginning, on one line.
 std::string quoted(const std::string &text) {
     constexpr std::size_t longestShown = 100;
     std::string shown = text.substr(0, longestShown);
@@ -63,7 +63,7 @@ std::optional<int> integerWithin(const Node &node, NumberRange range) {
     return number && *number == std::floor(*number) ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
-// Both elements of an array of two, or nothing.
+// Both elements of an array of two; empty if it is anything else.
 template <typename Element, typename Convert>
 std::optional<std::array<Element, 2>> pairWithin(const Node &node, NumberRange range, Convert convert) {
     const auto *elements = std::get_if<NodeArray>(&node.value);

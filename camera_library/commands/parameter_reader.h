@@ -13,14 +13,14 @@
 
 namespace lmlib64 {
 
-// One object of parameters. Refers to the node it was made with.
+// One object of parameters. It refers to the node that it was made with.
 class ParameterReader {
 public:
     // `place` names the object within the parameters, such as "Patterns[0]"; empty for the parameters themselves.
     // A null node counts as an object without children.
     ParameterReader(const Node &object, std::string place);
 
-    // Fails where the object has a child of any other name; `what` says what has these parameters.
+    // Fails if the object has a child with any other name. `what` tells the user what has these parameters.
     void allowOnly(const std::vector<std::string_view> &names, std::string_view what) const;
 
     bool has(std::string_view name) const { return node.find(name) != nullptr; }
@@ -33,7 +33,7 @@ public:
     std::optional<std::array<double, 2>> numberPair(std::string_view name, NumberRange range) const;
     std::optional<std::array<int, 2>> integerPair(std::string_view name, NumberRange range) const;
 
-    // `required` is what the missing parameter has to be: "a number from 0 to 1000 mm".
+    // `required` says what the missing parameter must be: "a number from 0 to 1000 mm".
     [[noreturn]] void failMissing(std::string_view name, const std::string &required) const;
     [[noreturn]] void failValue(std::string_view name, const std::string &required) const;
 

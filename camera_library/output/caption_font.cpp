@@ -11,7 +11,7 @@ constexpr unsigned char middleDot = 0xb7;
 constexpr unsigned char multiplicationSign = 0xd7;
 constexpr unsigned char lastOfAscii = 0x7e;
 
-// The file's glyphs are in the characters' order, after one for what is missing.
+// The file's glyphs are in the order of the characters, after one for missing characters.
 constexpr int glyphOf(unsigned char character) {
     if (character >= firstCaptionCharacter && character <= lastOfAscii) {
         return character - firstCaptionCharacter + 1;
@@ -27,7 +27,7 @@ unsigned wordAt(std::string_view file, std::size_t position) {
     return static_cast<unsigned char>(file.at(position)) * 256U + static_cast<unsigned char>(file.at(position + 1));
 }
 
-// The part of a TrueType file with this name.
+// The table of a TrueType file with this name.
 std::string_view tableOf(std::string_view file, std::string_view name) {
     constexpr std::size_t headerSize = 12;
     constexpr std::size_t entrySize = 16;
@@ -41,7 +41,7 @@ std::string_view tableOf(std::string_view file, std::string_view name) {
     throw std::logic_error("The captions' font has no table \"" + std::string(name) + "\".");
 }
 
-// Whether it is any byte but the first of a character in UTF-8.
+// True for every byte of a UTF-8 character but the first.
 bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
 }
@@ -52,7 +52,7 @@ std::string captionText(std::string_view utf8) {
     std::string text;
     for (std::size_t i = 0; i < utf8.size(); ++i) {
         if (isContinuation(utf8[i])) {
-            continue;  // the rest of a character that is dealt with
+            continue;  // belongs to a character that has been handled
         }
         const auto byte = static_cast<unsigned char>(utf8[i]);
         unsigned character = byte < 0x80 ? byte : 0;

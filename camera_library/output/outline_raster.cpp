@@ -7,24 +7,24 @@
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in fine parts of a unit, of which there are so many that twice a pixel's area is 2^32. In 32 bits
-// that is 0 again, which makes the even-odd rule: what is enclosed twice is not enclosed.
+// Heights are counted in fractions of a unit, chosen so that twice the area of a pixel is 2^32. In 32 bits that is 0
+// again, which yields the even-odd rule: what is enclosed twice is not enclosed.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
 constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
 
-// The grey of a pixel with this much area enclosed.
+// The grey of a pixel of which this area is enclosed.
 std::uint8_t greyOf(std::uint32_t area) {
     const std::uint64_t enclosed = std::min(area, 0U - area);
     return static_cast<std::uint8_t>(255U - (enclosed * 255U + pixelArea / 2U) / pixelArea);
 }
 
-// The slopes are kept, as a division takes longer than the rest that an edge needs in a row.
+// The slopes are stored, because a division takes longer than everything else that an edge needs in a row.
 struct Edge {
     PixelPoint top;
     PixelPoint bottom;
     std::int64_t asidePerUnitDown = 0;   // in 1/slopeGrain units, to the right
-    std::int64_t partsPerUnitAside = 0;  // in 1/slopeGrain, down; not of an upright edge, which stays in its column
+    std::int64_t partsPerUnitAside = 0;  // in 1/slopeGrain, down; unused for an upright edge
 };
 constexpr std::int64_t slopeGrain = std::int64_t{1} << 24U;
 
@@ -38,7 +38,7 @@ Edge edgeBetween(const PixelPoint &top, const PixelPoint &bottom) {
     return edge;
 }
 
-// Edges joined from top to bottom, which all go down in their outline or all go up.
+// Consecutive edges from top to bottom, which all go down in their outline or all go up.
 class Chain {
 public:
     Chain(const Edge *firstEdge, const Edge *endEdge, bool goesDown)
@@ -47,7 +47,7 @@ public:
     std::int32_t top() const { return position.y; }
     bool isDone() const { return edge == end; }
 
-    // Adds what lies above the row's end to the changes of area, and goes on from there.
+    // Adds the part above the end of the row to the changes of area, and continues there in the next row.
     void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
         std::int32_t left = position.x;
         std::int32_t right = position.x;
@@ -65,7 +65,7 @@ public:
         last = static_cast<std::uint32_t>(right) / pixelUnits + 1;
     }
 
-    // Where the last row has changes.
+    // The columns with changes in the last row.
     std::uint32_t firstColumn() const { return first; }
     std::uint32_t lastColumn() const { return last; }
 
@@ -75,7 +75,7 @@ private:
         return static_cast<std::int32_t>(static_cast<std::uint64_t>(x) / slopeGrain);
     }
 
-    // Adds a piece of the edge within the row; whichever way it leans, the areas are the same.
+    // Adds a piece of the edge within the row. The areas do not depend on which way it leans.
     void addPiece(std::int32_t left, std::int32_t right, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t column = static_cast<std::uint32_t>(left) / pixelUnits;
         auto start = static_cast<std::int32_t>(column * pixelUnits);
@@ -92,7 +92,8 @@ private:
         addWithinPixel(x + right - 2 * start, height - passed, changes);
     }
 
-    // The sum of both ends' distances from the pixel's left side, times the height, is the area to the left.
+    // The sum of both ends' distances from the left side of the pixel, times the height, is the area to the left,
+    // doubled.
     void addWithinPixel(std::int32_t bothEnds, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t descent = sign * height;
         const std::uint32_t areaToTheLeft = descent * static_cast<std::uint32_t>(bothEnds);
@@ -102,13 +103,13 @@ private:
 
     const Edge *edge;
     const Edge *end;
-    std::uint32_t sign;  // 1 where the edges go down, else -1
+    std::uint32_t sign;  // 1 if the edges go down, -1 if they go up
     PixelPoint position;
     std::uint32_t first = 0;
     std::uint32_t last = 0;
 };
 
-// Takes outlines apart, and owns the edges that the chains refer to.
+// Splits outlines into chains and owns the edges that these refer to.
 class ChainList {
 public:
     ChainList(const std::vector<PixelOutline> &outlines, std::int32_t width, std::int32_t height)
@@ -117,7 +118,7 @@ public:
         for (const PixelOutline &outline : outlines) {
             count += outline.size();
         }
-        edges.reserve(count);  // so that they stay where they are
+        edges.reserve(count);  // so that they do not move in memory
         for (const PixelOutline &outline : outlines) {
             if (!outline.empty()) {
                 add(outline);
@@ -145,7 +146,7 @@ private:
                 first = edges.size();
                 direction = newDirection;
             }
-            if (direction != 0) {  // a level edge has no height
+            if (direction != 0) {  // a horizontal edge has no height
                 edges.push_back(direction > 0 ? edgeBetween(from, to) : edgeBetween(to, from));
             }
             from = to;
@@ -168,7 +169,7 @@ private:
     std::vector<Chain> chains;
 };
 
-// Draws and forgets one row after the other.
+// Draws one row after the other and keeps none.
 class RowDrawing {
 public:
     explicit RowDrawing(std::int32_t rowWidth)
@@ -176,7 +177,7 @@ public:
 
     std::uint32_t *areaChanges() { return changes.data(); }
 
-    // The row with the changes of these chains, which are sorted from left to right.
+    // The row with the changes made by these chains, which are sorted from left to right.
     const std::vector<std::uint8_t> &draw(const std::vector<Chain> &chains) {
         std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
         std::uint32_t area = 0;
@@ -203,13 +204,14 @@ private:
         column = std::max(column, end);
     }
 
-    // Most chains have changes in two columns or three; taking three at once, the processor need not guess which.
+    // Most chains have changes in two or three columns. Always handling three avoids branches that the processor would
+    // mispredict.
     static constexpr std::uint32_t step = 3;
     // An edge on the right border has changes in two columns beyond it.
     static constexpr std::uint32_t spare = step + 1;
     std::uint32_t width;
     std::vector<std::uint8_t> greys;
-    std::vector<std::uint32_t> changes;  // by how much the area enclosed differs from the pixel before
+    std::vector<std::uint32_t> changes;  // difference of the enclosed area from the previous pixel
 };
 
 }  // namespace

@@ -10,15 +10,15 @@ namespace {
 
 constexpr double margin = 5.0;
 constexpr double gap = 2.0;             // between the quiet zone and a bar
-constexpr double captionDepth = 4.5;    // from a bar's ticks down to the caption's base line
-constexpr double captionDescent = 1.0;  // below the base line
+constexpr double captionDepth = 4.5;    // from a bar's ticks down to the caption's baseline
+constexpr double captionDescent = 1.0;  // below the baseline
 constexpr double bottomStrip = gap + CheckBar::depth + captionDepth + captionDescent;
 constexpr double sideStrip = gap + CheckBar::depth;
 constexpr double labelGap = 1.5;  // between a bar and its label
 constexpr double longestBar = 100.0;
 constexpr double barStep = 10.0;
-constexpr double smallestMeasuredSide = 210.0;  // of a page made to measure: bars and caption need some room
-constexpr double tolerance = 1e-9;              // a pattern that fits exactly does fit
+constexpr double smallestMeasuredSide = 210.0;  // of a custom page, because bars and caption need some room
+constexpr double tolerance = 1e-9;              // so that a pattern that fits exactly is accepted
 
 struct PageSize {
     double width;
@@ -39,8 +39,8 @@ double wholeSteps(double length) {
     return std::min(longestBar, std::floor((length + tolerance) / barStep) * barStep);
 }
 
-// An L of two bars to the left of and below the pattern. Around a small pattern it keeps the distance that
-// lets the bars end short of each other.
+// Two bars to the left of the pattern and below it. Around a small pattern they keep a distance at which they do not
+// overlap.
 void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
     const Point centre{layout.width / 2.0, layout.height / 2.0};
     const double reach = longestBar / 2.0;
@@ -54,7 +54,7 @@ void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double
     layout.caption = {centre.x, below + gap + CheckBar::depth + captionDepth};
 }
 
-// Both bars below the pattern, where its sides leave no room.
+// Both bars below the pattern, for a pattern that leaves no room at its sides.
 void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
     const Point centre{layout.width / 2.0, layout.height / 2.0};
     const double bottom = centre.y + block.height / 2.0 + gap + lengthAlongY;
@@ -112,7 +112,7 @@ std::vector<Rectangle> checkBarShapes(const CheckBar &bar) {
     const int steps = static_cast<int>(std::lround(bar.length / barStep));
     std::vector<Rectangle> shapes{{0.0, 0.0, bar.length, lineWidth}};
     for (int step = 0; step <= steps; ++step) {
-        // The first and last tick lie within the bar, so that it is as long as it says from edge to edge.
+        // The first and the last tick lie within the bar, so that its length is right from edge to edge.
         const double middle = std::clamp(step * barStep, tickWidth / 2.0, bar.length - tickWidth / 2.0);
         const bool isEnd = step == 0 || step == steps;
         const double tick = isEnd ? CheckBar::depth : (step % 5 == 0 ? 2.2 : 1.4);

@@ -1,6 +1,6 @@
-// Where everything stands on a printed page: which page is taken, and where the pattern, its two check bars and
-// its caption lie on it. Pure values in millimetres; the origin is the page's top-left corner, x runs to the
-// right and y down. What is drawn there is not known here.
+// Lays out a printed page: chooses the page size and places the pattern, its two check bars and its caption. Pure
+// values in millimetres; the origin is the top-left corner of the page, x runs to the right and y down. Nothing is
+// drawn here.
 #pragma once
 
 #include <optional>
@@ -16,7 +16,7 @@ struct CheckBar {
     Point start;
     double length = 0.0;
     bool isAlongY = false;
-    Point label;  // start of the label's base line, which runs to the right (along x) or up (along y)
+    Point label;  // start of the label's baseline, which runs to the right (bar along x) or up (bar along y)
 
     static constexpr double depth = 3.0;
 };
@@ -27,19 +27,19 @@ struct PageLayout {
     Point pattern;  // top-left corner of the outer size; the pattern is centred on the page
     CheckBar barAlongX;
     CheckBar barAlongY;
-    Point caption;              // middle of the caption's base line
-    double captionWidth = 0.0;  // what the caption may take
+    Point caption;              // middle of the caption's baseline
+    double captionWidth = 0.0;  // the greatest width of the caption
 };
 
-// The smallest of A4 to A0, upright before lying, that holds the pattern with its quiet zone, a caption line
-// and check bars outside of that, and margins of 5 mm; for larger patterns a page made to measure. Nothing where
-// that would exceed the largest page a PDF can have, 5080 mm.
+// The smallest page of A4 to A0, portrait before landscape, that holds the pattern with its quiet zone, the check bars
+// and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. Empty if that would
+// exceed the largest page of a PDF, 5080 mm.
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry);
 
-// The greatest side of a page, 14400 pt.
+// The longest side that a page may have, 14400 pt.
 constexpr double largestPageSide = 5080.0;
 
-// Bar and ticks: rectangles of one orientation that overlap; fill them as one path by the non-zero rule.
+// Bar and ticks: overlapping rectangles of one orientation, to be filled together by the non-zero rule.
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar);
 
 }  // namespace lmlib64

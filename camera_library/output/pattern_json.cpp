@@ -16,9 +16,9 @@ namespace {
 
 constexpr int formatVersion = 1;
 
-// The document's text, written from front to back, with a line for every member of an object and every element
-// of an array, but rows of plain values on one line: a point per line, not four. Not a tree of the JSON library, whose
-// destruction allocates, and which so ends the process when there is no memory.
+// Writes the text of the document from front to back, with one line for every member of an object and every element of
+// an array, except that rows of plain values share one line: a point takes one line, not four. It does not use the JSON
+// library's tree, because destroying that allocates and so ends the process if memory has run out.
 class JsonWriter {
 public:
     JsonWriter &name(std::string_view name) {
@@ -63,7 +63,7 @@ public:
     }
 
 private:
-    // Before a member's name, an element or the document itself; a value behind its name follows at once.
+    // Comes before a member's name, an element and the document itself. A value follows its name directly.
     void next() {
         if (isNamed) {
             isNamed = false;
@@ -120,7 +120,7 @@ void writeParameter(JsonWriter &json, PatternParameter parameter, const PatternD
     }
 }
 
-// Given back to the command, they yield the same pattern.
+// Given back to the command, the parameters yield the same pattern.
 void writeParameters(JsonWriter &json, const PatternDescription &description) {
     json.open('{');
     for (const PatternParameter parameter : description.type->parameters) {
@@ -129,7 +129,7 @@ void writeParameters(JsonWriter &json, const PatternDescription &description) {
     json.close('}');
 }
 
-// The lattice point that lies at the offset, in drawing coordinates.
+// The reference point in drawing coordinates.
 Point referencePoint(const Lattice &lattice) {
     return lattice.at(lattice.referenceColumn(), lattice.referenceRow());
 }
@@ -191,7 +191,7 @@ void writeCells(JsonWriter &json, const CodeCells &code) {
     json.close(']');
 }
 
-// What is drawn into the squares or between the marks.
+// What the marks or dots of the pattern say.
 void writeCode(JsonWriter &json, const CodeCells &code, const PatternGeometry &geometry) {
     json.open('{');
     json.name("Version").value(pattern_code::patternVersion);

@@ -1,4 +1,4 @@
-// The description of patterns for programs to read; docs/pattern-file.md is its documentation.
+// The description of patterns that programs read; docs/pattern-file.md documents it.
 #pragma once
 
 #include <string>

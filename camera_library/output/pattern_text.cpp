@@ -6,7 +6,7 @@ namespace lmlib64 {
 
 namespace {
 
-// UTF-8 by its bytes, whatever character set the compiler takes a literal to be in.
+// UTF-8 as bytes, so that the character set of the compiler does not matter.
 constexpr const char *times = " \xc3\x97 ";      // multiplication sign
 constexpr const char *separator = " \xc2\xb7 ";  // middle dot
 

@@ -1,4 +1,4 @@
-// What is written about a pattern for people to read, in UTF-8.
+// Texts about a pattern for people, in UTF-8.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@
 
 namespace lmlib64 {
 
-// "LmLib64" and the library's version.
+// "LmLib64" and the version of the library.
 std::string libraryName();
 
 // "Flexible 15 × 15, grid spacing 12.5 mm"
 std::string patternTitle(const PatternDescription &description);
 
-// The one line below a printed pattern: type, size, grid spacing, thickness, offset, polarity, number of an
-// assembly's pattern and library version, with all digits that the numbers have.
+// The line below a printed pattern: type, size, grid spacing, thickness, offset, polarity, the number of an assembly's
+// pattern and the library's version. Numbers have all their digits.
 std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry);
 
 }  // namespace lmlib64

@@ -11,11 +11,11 @@ namespace lmlib64 {
 
 namespace {
 
-// The captions' font. What is said of its looks serves viewers that cannot use the font itself.
+// The font of the captions. Its metrics serve viewers that cannot use the embedded font.
 int addFont(PdfFile &pdf) {
     const std::string_view font = captionFontFile();
     const int file = pdf.addStream("/Length1 " + std::to_string(font.size()), font);
-    const std::string name = "/LMCALT+DejaVuSans";  // marks it as one that has not all its characters
+    const std::string name = "/LMCALT+DejaVuSans";  // the prefix marks a font with some of its characters only
     const int descriptor =
         pdf.add("<< /Type /FontDescriptor /FontName " + name +
                 " /Flags 32 /FontBBox [-1021 -463 1793 1232] /ItalicAngle 0 /Ascent 928 /Descent -236"
@@ -23,7 +23,7 @@ int addFont(PdfFile &pdf) {
                 pdfReference(file) + " >>");
     std::string widths;
     for (int character = firstCaptionCharacter; character <= lastCaptionCharacter; ++character) {
-        widths += character % 16 == 0 ? '\n' : ' ';  // a line has 255 characters at most
+        widths += character % 16 == 0 ? '\n' : ' ';  // PDF allows at most 255 characters per line
         widths += std::to_string(captionAdvance(static_cast<unsigned char>(character)));
     }
     return pdf.add("<< /Type /Font /Subtype /TrueType /BaseFont " + name + " /Encoding /WinAnsiEncoding /FirstChar " +
@@ -44,7 +44,7 @@ PrintedPage printedPage(const DrawnPattern &pattern, std::size_t index) {
     return {geometry, *layout, patternCaption(pattern.description, geometry)};
 }
 
-// Before anything is written, so that a pattern that is too large costs no work.
+// Made before anything is written, so that no work is lost if a pattern is too large.
 std::vector<PrintedPage> printedPages(const PatternDocument &document) {
     std::vector<PrintedPage> pages;
     for (std::size_t index = 0; index < document.patterns.size(); ++index) {
@@ -97,7 +97,7 @@ std::string patternPdf(const PatternDocument &document) {
                 " /ViewerPreferences << /PrintScaling /None /PickTrayByPDFSize true /DisplayDocTitle true >>"
                 " /Names << /EmbeddedFiles << /Names [(pattern.json) " +
                 attachment + "] >> >> >>");
-    // The captions' encoding is that of a document's texts, as far as the captions' characters go.
+    // For the characters that captions can have, their encoding is the same as that of document texts.
     const int information = pdf.add("<< /Title " + pdfText(captionText(titleOf(document))) + " /Creator " +
                                     pdfText(captionText(libraryName())) + " >>");
     return pdf.finish(catalogue, information);

@@ -1,4 +1,4 @@
-// A PDF document: a printed page in true size for each pattern, what is said about the document, and the attached
+// Makes a PDF document: a page in true size for each pattern, the information about the document, and the attached
 // description.
 #pragma once
 

@@ -12,7 +12,7 @@ namespace lmlib64 {
 
 namespace {
 
-// zlib's memory comes from where all other memory does, so that a want of it is met in one way.
+// zlib allocates with operator new like all other code, so that running out of memory is handled in one way.
 void *takeMemory(void * /*unused*/, unsigned count, unsigned size) noexcept {
     return ::operator new (std::size_t{count} * size, std::nothrow);
 }
@@ -54,7 +54,7 @@ private:
     z_stream stream{};
 };
 
-// FNV-1a, as 16 hexadecimal digits.
+// The FNV-1a hash as 16 hexadecimal digits.
 std::string hashText(std::string_view data, std::uint64_t hash) {
     for (const char byte : data) {
         hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
@@ -66,7 +66,7 @@ std::string hashText(std::string_view data, std::uint64_t hash) {
 
 }  // namespace
 
-// The second line has bytes beyond ASCII, so that nothing takes the file for a text.
+// The second line has bytes beyond ASCII, so that programs do not mistake the file for text.
 PdfFile::PdfFile() : bytes("%PDF-1.7\n%\xc2\xb5\xc2\xb6\n") {}
 
 int PdfFile::reserve() {
@@ -94,7 +94,7 @@ int PdfFile::addStream(std::string_view entries, std::string_view data) {
 }
 
 std::string PdfFile::finish(int catalogue, int information) {
-    // Two hashes with different starts, as an identifier should have 16 bytes.
+    // Two hashes with different start values, because an identifier should have 16 bytes.
     const std::string identifier =
         "<" + hashText(bytes, 0xcbf29ce484222325U) + hashText(bytes, 0x9e3779b97f4a7c15U) + ">";
     const std::size_t tableOffset = bytes.size();
@@ -104,7 +104,7 @@ std::string PdfFile::finish(int catalogue, int information) {
         if (offset == 0) {
             throw std::logic_error("An object of the PDF has not been written.");
         }
-        constexpr std::size_t digits = 10;  // always as many, so no file may be larger
+        constexpr std::size_t digits = 10;  // a fixed number, which limits the size of the file
         const std::string place = std::to_string(offset);
         bytes.append(digits - place.size(), '0').append(place).append(" 00000 n \n");
     }

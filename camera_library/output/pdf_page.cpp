@@ -21,8 +21,8 @@ constexpr double captionSize = 2.5;
 constexpr double labelSize = 2.3;
 constexpr double pointsPerMm = 72.0 / 25.4;
 
-// Lengths are written with this many decimals. They are rounded once, to whole grains, so that shapes that meet still
-// meet on the page.
+// Lengths are written with this many decimals. Each coordinate is rounded once, to a whole number of grains, so that
+// shapes that touch still touch on the page.
 constexpr int decimals = 5;
 constexpr std::int64_t grainsPerUnit = 100000;
 
@@ -48,7 +48,7 @@ void appendLength(std::string &text, std::int64_t lengthInGrains) {
     }
 }
 
-// The operators of a page, in millimetres, x to the right and y down.
+// The drawing operators of a page, in millimetres, x to the right and y down.
 class Contents {
 public:
     explicit Contents(double pageHeightMm) {
@@ -75,7 +75,7 @@ public:
 
     void addCircle(const Circle &circle);
 
-    // Along the text's base line from `start`, to the right or up.
+    // The baseline starts at `start` and runs to the right or up.
     void addText(const std::string &captionBytes, double size, Point start, bool isUpwards) {
         text.append("BT ").append(captionFontName).append(" ");
         addNumbers({grains(size)});
@@ -102,7 +102,7 @@ private:
     }
 };
 
-// In eight curves. Where a curve's control points are, as seen from its ends: 4/3 tan(angle / 4) of the radius.
+// In eight Bézier curves. The control points are 4/3 tan(angle / 4) of the radius away from the ends of a curve.
 void Contents::addCircle(const Circle &circle) {
     constexpr int curves = 8;
     constexpr double angle = 6.283185307179586 / curves;

@@ -1,12 +1,13 @@
-// The unit in which the rasters take coordinates: parts of a pixel, x to the right, y down, the first pixel from 0 to
-// pixelUnits. Cairo's raster has the same grain, which is why its pictures can serve as a reference to the last level.
+// The unit of the coordinates of both rasters, a fraction of a pixel. x runs to the right, y down, and the first pixel
+// extends from 0 to pixelUnits. Cairo uses the same fraction, so its pictures can serve as a reference to the last grey
+// level.
 #pragma once
 
 #include <cstdint>
 
 namespace lmlib64 {
 
-// The units in a pixel's side.
+// The number of units along the side of a pixel.
 constexpr std::int32_t pixelUnits = 256;
 
 }  // namespace lmlib64

@@ -20,14 +20,14 @@ double secondsSince1970() {
     return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-// How a geometry lies in the picture: its outer size is centred, so both borders share the rounding.
+// Where a geometry is in the picture. The outer size is centred, so both borders share the rounding.
 struct Placement {
     double pixelsPerMm = 0.0;
     double left = 0.0;  // of the outer size, in pixels
     double top = 0.0;
 };
 
-// From the geometry's millimetres to the rasters' parts of a pixel.
+// Converts the geometry's millimetres to the rasters' fractions of a pixel.
 class Scale {
 public:
     explicit Scale(const Placement &patternPlacement) : placement(patternPlacement) {}
@@ -38,7 +38,7 @@ public:
 
 private:
     std::int32_t units(double start, double mm) const {
-        // Rounds, as nothing lies left of the picture or above it; lround would take a sixth of a large board's time.
+        // This rounds because no value is negative. lround would take a sixth of the time that a large board needs.
         // NOLINTNEXTLINE(bugprone-incorrect-roundings)
         return static_cast<std::int32_t>((start + mm * placement.pixelsPerMm) * pixelUnits + 0.5);
     }
@@ -57,8 +57,8 @@ std::vector<std::uint8_t> rasterOfRectangles(const PatternGeometry &geometry, co
     return rasterRectangles(std::move(rectangles), width, height);
 }
 
-// The corners of a regular polygon around the origin that a circle of this radius is drawn as. It has the circle's
-// area.
+// The corners of the regular polygon, around the origin, that a circle with this radius is drawn as. It has the same
+// area as the circle.
 std::vector<Point> cornersOfCircle(double radiusMm, double pixelsPerMm) {
     constexpr double farthestOffPixels = 0.03;
     constexpr double pi = 3.141592653589793;
@@ -74,7 +74,7 @@ std::vector<Point> cornersOfCircle(double radiusMm, double pixelsPerMm) {
     return corners;
 }
 
-// As seen on the picture, where y runs down.
+// As seen in the picture, where y runs down.
 bool isClockwise(const Polygon &polygon) {
     double twiceArea = 0.0;
     Point from = polygon.back();
@@ -101,7 +101,7 @@ void addCircles(const std::vector<Circle> &circles, const Scale &scale, double p
     }
 }
 
-// All shapes clockwise, in the order of holesOf. A geometry's polygons have either direction.
+// All shapes, clockwise, in the order of holesOf. The polygons of a geometry may have either direction.
 std::vector<PixelOutline> outlinesOf(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm) {
     std::vector<PixelOutline> outlines;
     outlines.reserve(geometry.rectangles.size() + geometry.polygons.size() + geometry.circles.size());
@@ -122,7 +122,7 @@ std::vector<PixelOutline> outlinesOf(const PatternGeometry &geometry, const Scal
     return outlines;
 }
 
-// A hole runs the other way round than the shape around it, as the raster wants it.
+// A hole must run the other way round than the shape around it, or the raster is not exact where they share a pixel.
 std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
                                            int width, int height) {
     std::vector<PixelOutline> outlines = outlinesOf(geometry, scale, pixelsPerMm);

@@ -6,10 +6,10 @@
 
 namespace lmlib64 {
 
-// One 8-bit channel, rows packed, 0 dark and 255 light, each pixel the light share of its area. The picture
-// shows the outer size and its quiet zone; its longer side is exactly `imageSize` pixels, the shorter one
-// the nearest number to scale, at least 1, with the rounding shared by both borders. A geometry of size 0
-// gives an empty picture. Throws std::bad_alloc where memory does not suffice.
+// One 8-bit channel without padding; the grey of each pixel is the share of its area that is light: 0 dark, 255 light.
+// The picture shows the outer size and its quiet zone. Its longer side is exactly `imageSize` pixels, its shorter side
+// is to scale, rounded, at least 1; both borders share the rounding. A geometry of size 0 gives an empty picture.
+// Throws std::bad_alloc.
 Binary renderPreview(const PatternGeometry &geometry, int imageSize);
 
 }  // namespace lmlib64

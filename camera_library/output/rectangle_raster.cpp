@@ -5,11 +5,11 @@
 namespace lmlib64 {
 namespace {
 
-// Where rows change, from top to bottom, inside the picture and with both its ends.
+// The heights at which rows change, from top to bottom, limited to the picture and including its top and bottom.
 std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rectangles, std::int32_t height) {
     std::vector<std::int32_t> edges{0, height};
     const auto add = [&edges, height](std::int32_t y, std::int32_t &last) {
-        // Neighbours in a row of squares share their edges; leaving those out keeps the sort short.
+        // Neighbouring squares in a row share their edges; skipping repeated values keeps the sort short.
         if (y != last && y > 0 && y < height) {
             edges.push_back(y);
         }
@@ -26,7 +26,7 @@ std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rec
     return edges;
 }
 
-// Sorts what is usually two sorted runs: the squares of a row and the marks in them.
+// Sorts values that usually are two sorted runs: the squares of a row and the marks in them.
 void sortRuns(std::vector<std::int32_t> &values) {
     const auto secondRun = std::is_sorted_until(values.begin(), values.end());
     if (!std::is_sorted(secondRun, values.end())) {
@@ -39,12 +39,12 @@ std::uint8_t greyOf(std::int32_t covered) {
     return static_cast<std::uint8_t>(255 - ((covered * 255 + pixelUnits / 2) / pixelUnits));
 }
 
-// Draws the row that is covered between the first crossing and the second, the third and the fourth, and so on.
+// Draws a row that is covered between the first and the second crossing, between the third and the fourth, and so on.
 void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_t> &greys) {
     std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
     const auto width = static_cast<std::int32_t>(greys.size());
     std::uint8_t *const pixels = greys.data();
-    // The pixel that holds the last border seen, and its share covered so far, in 1/256.
+    // The pixel that contains the last border seen, and the share of it that is covered so far, in 1/256.
     std::int32_t pixel = 0;
     std::int32_t covered = 0;
     const auto settle = [&] {
@@ -73,20 +73,20 @@ void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_
     settle();
 }
 
-// Rows that look the same, and the crossings they were made from.
+// Rows that look the same, and the crossings that they were made from.
 struct Band {
     std::vector<std::int32_t> crossings;
     std::vector<std::uint8_t> greys;
 };
 
-// Sends rows to the picture from the top, in heights that need not be whole pixels.
+// Adds rows to the picture from the top. Their heights need not be whole pixels.
 class RowWriter {
 public:
     RowWriter(std::int32_t width, std::int32_t height) : sum(static_cast<std::size_t>(width)) {
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // All rows from where the last call ended down to y, in 1/256 pixel, have these greys.
+    // Gives these greys to all rows from the end of the last call down to y, in 1/256 pixel.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;
@@ -110,8 +110,9 @@ public:
     std::vector<std::uint8_t> take() { return std::move(picture); }
 
 private:
-    // A row that several bands share is their sum, each by its share in 1/256. The shares make 256 together, so the
-    // sum of greys and the half that rounds it stay within 16 bits, which keeps the loops in the narrow registers.
+    // A row of pixels that several bands share is the sum of their greys, weighted by their shares in 1/256. The shares
+    // add up to 256, so the sum of the greys and of the half that rounds it fits into 16 bits, which keeps the loops in
+    // narrow registers.
     void beginRow(std::uint16_t share, const std::uint8_t *greys) {
         std::uint16_t *const to = sum.data();
         for (std::size_t x = 0; x < sum.size(); ++x) {
@@ -134,18 +135,18 @@ private:
                        [](std::uint16_t grey) { return static_cast<std::uint8_t>(grey >> 8U); });
     }
 
-    std::int32_t position = 0;          // rows above it are settled
-    std::vector<std::uint16_t> sum;     // greys, in 1/256, of the row that position lies in
+    std::int32_t position = 0;          // all rows above are finished
+    std::vector<std::uint16_t> sum;     // greys of the unfinished row, in 1/256
     std::vector<std::uint8_t> picture;  // grows by whole rows
 };
 
-// Walks down the rectangles, which are sorted by their tops, and keeps those that it stands in.
+// Goes down the rectangles, which are sorted by their tops, and keeps those at the current height.
 class Sweep {
 public:
     Sweep(const std::vector<PixelRectangle> &rectangles, std::int32_t width)
         : next(rectangles.cbegin()), end(rectangles.cend()), right(width * pixelUnits) {}
 
-    // The places, from left to right, where a row below the edge enters or leaves a rectangle.
+    // The x of all places, from left to right, where a row below this height enters or leaves a rectangle.
     const std::vector<std::int32_t> &crossingsBelow(std::int32_t edge) {
         for (; next != end && next->top <= edge; ++next) {
             active.push_back(&*next);
@@ -182,7 +183,8 @@ std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangle
 
     Sweep sweep(rectangles, width);
     RowWriter writer(width, height);
-    // What is above and below the marks of a row of squares looks the same, so a band often equals the last but one.
+    // The bands above and below the marks in a row of squares look the same, so a band often equals the one before the
+    // last.
     Band band{{}, std::vector<std::uint8_t>(static_cast<std::size_t>(width), 255)};
     Band previous = band;
     for (std::size_t edge = 0; edge + 1 < edges.size(); ++edge) {

@@ -19,17 +19,17 @@ PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing
     if (side <= 0.0) {
         return geometry;
     }
-    // About half the squares are dark, and about half of all carry a mark.
+    // About half of the squares are dark, and about half of all squares carry a mark.
     geometry.rectangles.reserve(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows) * 5 / 4 + 1);
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < columns; ++column) {
             const bool isDark = ((column + row) % 2 == 0) == polarity;
             if (isDark) {
-                // Edges are products, never sums, so that neighbours meet in the same number.
+                // Edges are products, never sums, so that neighbours share exactly the same number.
                 geometry.rectangles.push_back({column * side, row * side, (column + 1) * side, (row + 1) * side});
             }
         }
-        // After the row's squares, so that the rectangles stay in the order of their tops.
+        // After the squares of the row, so that the rectangles stay sorted by their tops.
         for (int column = 0; code != nullptr && column < columns; ++column) {
             if (code->at(column, row)) {
                 geometry.rectangles.push_back({(3 * column + 1) * side / 3.0, (3 * row + 1) * side / 3.0,

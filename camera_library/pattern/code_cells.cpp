@@ -14,7 +14,7 @@ using pattern_code::BlockKind;
 // Clients send offsets that they rounded to hundredths of a millimetre.
 constexpr double offsetTolerance = 0.005 + 1e-6;
 
-// An offset in whole units of length; nothing where it is none.
+// An offset as a number of units of length; empty if it is not a whole number of them.
 std::optional<int> wholeUnits(double offset, double unit) {
     const double count = std::round(offset / unit);
     const bool isWhole = std::abs(count) < 1e6 && std::abs(offset - count * unit) <= offsetTolerance;

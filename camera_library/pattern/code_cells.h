@@ -1,5 +1,5 @@
-// The code of one pattern: which of a checkerboard's squares carry a mark, or which dots a plate has, and what
-// they say. It takes a checked description and knows nothing of where and how marks and dots are drawn.
+// The code of one pattern: which squares of a checkerboard carry a mark, or which dots a plate has, and what they say.
+// It takes a checked description and does not know where and how marks and dots are drawn.
 #pragma once
 
 #include <array>
@@ -15,7 +15,8 @@
 
 namespace lmlib64 {
 
-// The cells are a checkerboard's squares, or a plate's 8 x 8 dots by pattern_code::blockCell, row by row.
+// The cells are the squares of a checkerboard, or the 8 x 8 dots of a plate in the order of pattern_code::blockCell,
+// row by row.
 struct CodeCells {
     bool at(int column, int row) const {
         const int index = row * columns + column;
@@ -28,22 +29,22 @@ struct CodeCells {
     std::vector<std::uint8_t> cells;  // 1: a mark or dot
 
     int tile = 0;                                       // of a Tile
-    pattern_code::Square planeSquare;                   // of a Plane: the plane's square that is the top-left one
+    pattern_code::Square planeSquare;                   // of a Plane: the plane's square at the pattern's top left
     std::array<int, 2> offset{};                        // of a Plane: in half grid spacings from the plane's origin
     std::optional<pattern_code::BlockContent> content;  // of all but a Plane
     std::uint64_t block = 0;                            // the content's bits
 };
 
-// The description's code; nothing where it is plain or has no extent. The description has no encodingFault.
+// The code of the pattern; empty if it is plain or has no extent. The description must have no encodingFault.
 std::optional<CodeCells> codeCellsOf(const PatternDescription &description);
 
-// A parameter whose value no code can hold.
+// A parameter whose value the code cannot hold.
 struct EncodingFault {
     std::string parameter;
-    std::string required;  // what it must be, to follow "it must be"
+    std::string required;  // completes the sentence "it must be ..."
 };
 
-// Nothing where the description can be encoded, or need not be.
+// Empty if the code can hold the description, or if the pattern carries no code.
 std::optional<EncodingFault> encodingFault(const PatternDescription &description);
 
 }  // namespace lmlib64

@@ -4,15 +4,15 @@ namespace lmlib64 {
 
 namespace {
 
-// The frame's light inside with its top-left corner cut off by the triangle: triangle and frame are one
-// dark shape, without an edge between them.
+// The light area inside the frame, whose top-left corner the triangle cuts off: triangle and frame are one dark shape,
+// without an edge between them.
 Polygon insideOfFrame(double outerSize, double frameWidth, double triangleLeg) {
     const double near = frameWidth;
     const double far = outerSize - frameWidth;
     return {{near + triangleLeg, near}, {far, near}, {far, far}, {near, far}, {near, near + triangleLeg}};
 }
 
-// Ring-shaped: the inner circle cuts the hole.
+// The dots are rings: the inner circle cuts a hole.
 void addDots(PatternGeometry &geometry, double gridSpacing, const CodeCells &code) {
     for (int bit = 0; bit < pattern_code::blockBitCount; ++bit) {
         const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
@@ -39,8 +39,8 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     if (gridSpacing <= 0.0) {
         return geometry;
     }
-    // Exchanging dark and light would add the outer size as one more shape; as the frame already is that
-    // shape, it is left out instead.
+    // Exchanging dark and light would add the outer size as one more shape. The frame already is that shape, so the
+    // frame is left out instead.
     if (polarity) {
         geometry.rectangles.push_back({0.0, 0.0, outerSize, outerSize});
     }

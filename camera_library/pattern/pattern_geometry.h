@@ -1,12 +1,13 @@
-// The geometry of a pattern: pure values in millimetres, produced once and handed to every output. It says
-// nothing of pages, pixels or files.
+// The geometry of a pattern: pure values in millimetres, made once and passed to every output. It knows nothing of
+// pages, pixels and files.
 //
-// Coordinates: the origin is the top-left corner of the outer size, x runs to the right and y down, as seen
-// on the printed side. Everything lies within the outer size; the quiet zone around it is light.
+// Coordinates: the origin is the top-left corner of the outer size, x runs to the right and y down, as seen on the
+// printed side. Everything is within the outer size; the quiet zone around it is light.
 //
-// Dark is what lies within an odd number of shapes. So a shape inside another one cuts a hole, a mark in a
-// square is one more shape whatever the square's colour, and no two shapes have to share an edge for a
-// picture without seams: an output makes one path of all shapes and fills it once by the even-odd rule.
+// A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole, and a mark is
+// one more shape whatever the colour of its square. An output makes one path of all shapes and fills it by the even-odd
+// rule; then no two shapes need a common edge, and the picture has no seams. Shapes may touch but do not cross, and
+// shape_nesting.h tells which ones are holes.
 #pragma once
 
 #include <vector>
@@ -34,7 +35,7 @@ struct Circle {
 
 using Polygon = std::vector<Point>;
 
-// The points a camera measures: inner corners of a checkerboard, centres of a plate's round marks.
+// The points that a camera measures: inner corners of a checkerboard, centres of round marks.
 struct Lattice {
     int columns = 0;
     int rows = 0;
@@ -43,7 +44,8 @@ struct Lattice {
 
     Point at(int column, int row) const { return {first.x + column * pitch, first.y + row * pitch}; }
 
-    // The point that lies at the pattern's offset: the middle one, of an even count the one before the middle.
+    // The reference point, which lies at the offset of the pattern: the middle point, or the one before the middle if
+    // the count is even.
     int referenceColumn() const { return (columns - 1) / 2; }
     int referenceRow() const { return (rows - 1) / 2; }
 };

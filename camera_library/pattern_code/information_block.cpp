@@ -15,9 +15,9 @@ constexpr std::uint32_t blockVersion = 1;
 constexpr std::uint32_t offsetConstant = 0xA5C;
 constexpr std::uint32_t assemblyConstant = 0x0B5;
 
-// How many unknown bits each step of repair still takes. A step that accepts n patterns of wrong bits takes
-// random bits for a block with a probability of n / 2^(32 - unknown) at most, of which the kind, version and
-// ranges leave less than 1/32.
+// The greatest number of unknown bits with which each step of repair is tried. A step that accepts n patterns of wrong
+// bits mistakes random bits for a block with a probability of at most n / 2^(32 - unknown); version, kind and ranges
+// reduce that to less than 1/32 of it.
 constexpr int unknownBitsWithWrongByte = 4;
 constexpr int unknownBitsWithWrongBit = 10;
 constexpr int unknownBitsAlone = 16;
@@ -42,7 +42,8 @@ constexpr std::uint64_t bitMask(int bit) {
     return std::uint64_t{1} << (blockBitCount - 1 - bit);
 }
 
-// The word's values at the four roots; all zero for a word of the code, and linear in the word's bits.
+// The values of the word at the four roots. All are zero for a word of the code; they are linear in the bits of the
+// word.
 constexpr std::uint32_t syndromeOf(std::uint64_t word) {
     std::uint32_t syndrome = 0;
     std::uint8_t root = 1;
@@ -87,8 +88,8 @@ constexpr Polynomial makeGenerator() {
 
 constexpr Polynomial generator = makeGenerator();
 
-// The four bytes that make a word of the code of the data: the remainder of their division by the generator. All
-// tables are made by the compiler, so no process forked meanwhile can be left with a table half made.
+// The check bytes that complete the data to a word of the code: the remainder of its division by the generator. The
+// compiler makes all tables, so a forked process can never find one half made.
 std::uint32_t checkBytesOf(std::uint32_t data) {
     std::uint32_t remainder = 0;
     for (int byte = 3; byte >= 0; --byte) {
@@ -106,11 +107,11 @@ std::uint32_t lowestBit(std::uint32_t value) {
     return value & (~value + 1U);
 }
 
-// The equations of the code solved for the unknown bits: what remains of a syndrome when they may take any
-// value, and the values that they must take.
+// Solves the equations of the code for the unknown bits: what remains of a syndrome if these bits may have any value,
+// and the values that they must have.
 class UnknownBits {
 public:
-    // With rows that depend on one another isUnique() is false, and the rest means nothing.
+    // If the rows depend on one another, hasUniqueSolution() is false and the other results mean nothing.
     explicit UnknownBits(std::uint64_t unknown) {
         for (int bit = 0; bit < blockBitCount; ++bit) {
             if ((unknown & bitMask(bit)) == 0) {
@@ -125,14 +126,14 @@ public:
 
     [[nodiscard]] bool hasUniqueSolution() const { return isUnique; }
 
-    // What the unknown bits cannot account for; zero for a possible word.
+    // The part of the syndrome that the unknown bits cannot explain; zero if a word of the code is possible.
     [[nodiscard]] std::uint32_t remainder(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);
         return row.syndrome;
     }
 
-    // The unknown bits to turn over for a syndrome without a remainder.
+    // The unknown bits to flip for a syndrome without a remainder.
     [[nodiscard]] std::uint64_t solution(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);
@@ -158,7 +159,7 @@ private:
     bool isUnique = true;
 };
 
-// The content of a word of the code; nothing when version, kind, constants or ranges are wrong.
+// The content of a word of the code; empty if version, kind, constants or ranges are wrong.
 std::optional<BlockContent> contentOf(std::uint64_t word) {
     const auto data = static_cast<std::uint32_t>(word >> 32U);
     const auto field = [data](unsigned shift, unsigned width) {
@@ -208,7 +209,7 @@ std::uint32_t dataOf(const BlockContent &content) {
     return head | bits(content.gridSpacing) << 14U | bits(content.assemblyPattern) << 9U | assemblyConstant;
 }
 
-// Tries patterns of wrong bits and keeps the block they lead to, as long as it is only one.
+// Tries patterns of wrong bits and keeps the block that they lead to, as long as there is only one.
 class BlockSearch {
 public:
     BlockSearch(std::uint64_t seenWord, std::uint64_t unknownBits, BlockCarrier blockCarrier)

@@ -6,7 +6,7 @@
 namespace pattern_code {
 namespace {
 
-// Rows of bits, the leftmost square in the highest bit of the row's first word.
+// Rows of bits; the leftmost square is the highest bit of the first word of its row.
 constexpr int wordBits = 16;
 constexpr std::uint16_t planeRows[planeSide][planeSide / wordBits] = {
 #include "camera_library/pattern_code/position_code_plane.inc"
@@ -19,7 +19,7 @@ bool bitOf(std::uint16_t word, int column) {
     return ((word >> (wordBits - 1 - column % wordBits)) & 1) != 0;
 }
 
-// The index of the central corner, counted from 0, for an even count the one before the middle.
+// The index of the central corner, counted from 0; if the count is even, the one before the middle.
 int centralCorner(int count) {
     return (count - 1) / 2;
 }
@@ -37,7 +37,7 @@ bool tileBit(int tile, int column, int row) {
 }
 
 OffsetRange offsetRangeForCorners(int count) {
-    // Corner i lies to the right of square i, so the first square is one before the origin and i further left.
+    // Corner i lies to the right of square i, so the first square is i + 1 squares to the left of the origin.
     const int first = planeOrigin - 1 - centralCorner(count);
     return {-first, planeSide - (count + 1) - first};
 }

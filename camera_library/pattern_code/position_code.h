@@ -1,21 +1,19 @@
-// The position code: which squares of a coded checkerboard carry a mark, so that a small patch of it tells
-// its place. This is the bits alone; it draws nothing, reads no picture, and knows no millimetres.
+// The position code: which squares of a coded checkerboard carry a mark, so that a small part of the board tells its
+// position. These are only the bits; nothing is drawn or read from pictures here, and there are no millimetres.
 //
-// Squares. Columns are counted from 0 to the right and rows from 0 downwards, as the printed pattern is
-//   looked at with its number and caption upright. A lattice point (x, y) is the top left corner of the
-//   square in column x, row y.
-// Bits. 1 is a mark in the square's centre, 0 is none. A bit says nothing about the square's colour and the
-//   colour nothing about the bit: turning a pattern's polarity over changes no bit, and every promise below
-//   holds for the bits alone.
-// Two kinds of grid carry bits. The plane, planeSide squares a side, is what Flexible patterns are cut out
-//   of. A tile, tileSide squares a side, is one whole pattern: tile 0 is the Official and Single pattern,
-//   tiles 1 to 18 are the Assembly patterns 0 to 17. A tile's squares whose column and row are both even
-//   carry the information block (information_block.h), the other 192 carry position.
-// Promises. No n by n window of the plane, in any of its four orientations, is closer than the distance
-//   planeWindowDistance(n) to another one or to itself turned, nor to a window without or full of marks.
-//   The same holds between windows of tiles, and between those and the plane's, with
-//   tileWindowDistance(n), where only those squares count that carry position in both: what an information
-//   block holds can make no window look like another one. Distance is the number of unlike bits.
+// Squares. Columns are counted from 0 to the right and rows from 0 downwards, as seen on the printed pattern with its
+//   caption upright. The lattice point (x, y) is the top-left corner of the square in column x, row y.
+// Bits. 1 is a mark in the centre of the square, 0 is none. A bit does not depend on the colour of its square: a
+//   pattern with the other polarity has the same bits, and everything below holds for the bits alone.
+// Grids. Two kinds of grid carry bits. The plane has planeSide x planeSide squares; Flexible patterns are cut out of
+//   it. A tile has tileSide x tileSide squares and is one whole pattern: tile 0 is the Official and Single pattern,
+//   tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and row are both even carry the
+//   information block (information_block.h); the other 192 carry position.
+// Distances. The distance of two windows is the number of bits in which they differ. Every n by n window of the plane,
+//   in any of its four orientations, has at least the distance planeWindowDistance(n) to every other window, to itself
+//   turned, and to a window without or full of marks. The same holds between windows of tiles, and between these and
+//   the plane's, with tileWindowDistance(n); there only squares count that carry position in both windows, so no
+//   content of an information block can make one place look like another.
 // Threads. Everything is constant and may be used from any thread.
 #pragma once
 
@@ -23,7 +21,7 @@
 
 namespace pattern_code {
 
-// The version of the code; another one would have other bits.
+// The version of the code. Another version would have other bits.
 constexpr int patternVersion = 1;
 
 constexpr int planeSide = 272;
@@ -42,15 +40,15 @@ constexpr int tileWindowDistance(int n) {
     return n == 7 ? 3 : 6;
 }
 
-// The lattice point of the plane that a pattern without offset has its centre on, in x and in y.
+// The x and y of the lattice point of the plane on which the centre of a pattern without offset lies.
 constexpr int planeOrigin = planeSide / 2;
 
-// The tile of an assembly's pattern, 0 to 17.
+// The tile of a pattern of an assembly, 0 to 17.
 constexpr int tileOfAssemblyPattern(int pattern) {
     return pattern + 1;
 }
 
-// Whether a tile's square carries position; otherwise it carries a bit of the information block.
+// True if a tile's square carries position; otherwise it carries a bit of the information block.
 constexpr bool carriesPosition(int column, int row) {
     return column % 2 != 0 || row % 2 != 0;
 }
@@ -74,14 +72,14 @@ inline bool operator!=(Square a, Square b) {
     return !(a == b);
 }
 
-// The plane's square that becomes the top left square of a Flexible pattern of width x height corners, so
-// of (width + 1) x (height + 1) squares: the pattern's central corner (for an even count the one before the
-// middle) comes to lie on the lattice point (planeOrigin + offsetX, planeOrigin + offsetY). Offsets are in
-// squares, which are half grid spacings. Nothing when the pattern would reach over the plane's edge; it
-// never does with offsets from -90 to 90 and up to 91 corners.
+// The square of the plane that becomes the top-left square of a Flexible pattern with width x height corners, that is
+// (width + 1) x (height + 1) squares. The central corner of the pattern (the one before the middle if the count is
+// even) lies on the lattice point (planeOrigin + offsetX, planeOrigin + offsetY). Offsets are in squares, which are
+// half grid spacings. Empty if the pattern would reach beyond the edge of the plane, which cannot happen with offsets
+// from -90 to 90 and up to 91 corners.
 std::optional<Square> planeWindowForPattern(int width, int height, int offsetX, int offsetY);
 
-// The offsets, from least to greatest, that planeWindowForPattern takes for a count of corners.
+// The range of offsets that planeWindowForPattern accepts for a count of corners.
 struct OffsetRange {
     int least = 0;
     int greatest = -1;

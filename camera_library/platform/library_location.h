@@ -6,11 +6,11 @@
 
 namespace lmlib64 {
 
-// The file this code was loaded from: absolute, symbolic links resolved, with forward slashes, in the
-// system's local 8-bit encoding. Empty where the system does not tell.
+// The file that this code was loaded from: absolute, with symbolic links resolved and forward slashes, in the system's
+// local 8-bit encoding. Empty if the system does not tell.
 std::string libraryFile();
 
-// What the name of a program's file ends in.
+// The ending of a program's file name.
 extern const std::string_view programFileEnding;
 
 }  // namespace lmlib64

@@ -15,8 +15,8 @@ std::string libraryFile() {
                            reinterpret_cast<LPCWSTR>(&programFileEnding), &module) == 0) {
         return {};
     }
-    // A path longer than the buffer is cut, so the buffer grows until the path is shorter; 32767 is the
-    // longest there is.
+    // A path longer than the buffer is cut off, so the buffer grows until the path fits. No path has more than 32767
+    // characters.
     std::wstring file;
     DWORD length = 0;
     do {
@@ -24,7 +24,7 @@ std::string libraryFile() {
         length = GetModuleFileNameW(module, file.data(), static_cast<DWORD>(file.size()));
     } while (length == file.size() && length < 32768);
     file.resize(length);
-    // Before the conversion: in some 8-bit encodings the backslash is also the second half of a character.
+    // Before the conversion, because in some 8-bit encodings the backslash is also the second byte of a character.
     std::replace(file.begin(), file.end(), L'\\', L'/');
     const int size =
         WideCharToMultiByte(CP_ACP, 0, file.data(), static_cast<int>(file.size()), nullptr, 0, nullptr, nullptr);

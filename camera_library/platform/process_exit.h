@@ -3,8 +3,8 @@
 
 namespace lmlib64 {
 
-// Has the action called when the process exits or the library is unloaded, where the library's thread then
-// still runs and what it uses is still there. Must be called from within the library.
+// Registers an action that is called when the process exits or the library is unloaded, while the library's thread
+// still runs and everything it uses still exists. Must be called from within the library.
 void callAtExit(void (*action)());
 
 }  // namespace lmlib64

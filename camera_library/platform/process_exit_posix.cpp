@@ -5,8 +5,8 @@
 namespace lmlib64 {
 
 void callAtExit(void (*action)()) {
-    // Handlers run in reverse order: everything that was made before the library's first call outlives this.
-    // Where no handler can be had, the exit does without.
+    // Handlers run in reverse order, so everything that was made before the library's first call still exists then. If
+    // no handler can be registered, the exit goes without it.
     static_cast<void>(std::atexit(action));
 }
 

@@ -3,8 +3,9 @@
 
 namespace lmlib64 {
 
-// Has the action called in every child process, on its only thread, before fork() returns there. The action must be
-// async-signal-safe. Throws std::bad_alloc if it cannot be registered. Must be called from within the library.
+// Registers an action that is called in every child process, on its only thread, before fork() returns there. The
+// action must be async-signal-safe. Throws std::bad_alloc if it cannot be registered. Must be called from within the
+// library.
 void callInForkedChild(void (*action)());
 
 }  // namespace lmlib64

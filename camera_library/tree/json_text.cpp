@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t indentation = 4;
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
-// The length of the UTF-8 character that the text begins with; 0 where it begins with none.
+// The length of the UTF-8 character at the beginning of the text; 0 if there is none.
 std::size_t characterLength(std::string_view text) {
     const auto byte = [text](std::size_t index) {
         return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
@@ -162,20 +162,20 @@ void appendNode(std::string &text, const Node &node, const JsonFormat &format, s
     }
 }
 
-// A number as its significant digits, without zeros at their end, and the power of ten of the first.
+// A number as its significant digits, without trailing zeros, and the power of ten of the first digit.
 struct Decimal {
     std::string digits;
     int exponent = 0;
 };
 
-// The number, which is not negative, rounded to so many digits; as few as read back to it for 0.
+// Rounds a number that is not negative to `precision` digits; 0 stands for as few as read back to the same number.
 Decimal decimalOf(double number, int precision) {
     std::array<char, 40> buffer{};
     char *const end = buffer.data() + buffer.size();
     constexpr auto form = std::chars_format::scientific;
     const auto written = precision == 0 ? std::to_chars(buffer.data(), end, number, form)
                                         : std::to_chars(buffer.data(), end, number, form, precision - 1);
-    // What is written is d.ddde+xx or de+xx.
+    // The text has the form d.ddde+xx or de+xx.
     const std::string_view scientific(buffer.data(), static_cast<std::size_t>(written.ptr - buffer.data()));
     const std::size_t exponentMark = scientific.find('e');
     Decimal decimal;
@@ -190,7 +190,7 @@ Decimal decimalOf(double number, int precision) {
     return decimal;
 }
 
-// Adds the digits, of which the first stands for that power of ten, without an exponent.
+// Adds the digits without an exponent; the first one stands for that power of ten.
 void appendDigits(std::string &text, const std::string &digits, int firstPower) {
     if (firstPower < 0) {
         text.append("0.").append(static_cast<std::size_t>(-firstPower - 1), '0').append(digits);
@@ -205,8 +205,8 @@ void appendDigits(std::string &text, const std::string &digits, int firstPower) 
     }
 }
 
-// Builds nodes from what the parser reads. The parser calls it piece by piece and does not recurse, so the
-// depth of a text costs no stack.
+// Builds nodes from what the parser reads. The parser reports it piece by piece and does not recurse, so deeply nested
+// text needs no deep stack.
 class NodeBuilder : public nlohmann::json_sax<nlohmann::json> {
 public:
     explicit NodeBuilder(std::size_t depthBound) : maximumDepth(depthBound) {}
@@ -235,10 +235,10 @@ public:
     }
 
 private:
-    // A text that the interface can pass on whole.
+    // True if the interface can pass the text on completely.
     static bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
-    // The node to set next: a new one, or the earlier child of the same name, as the last one counts.
+    // The node to set next: a new one, or the earlier child of the same name, because the last one counts.
     Node &next() {
         if (containers.empty()) {
             return root;
@@ -271,7 +271,7 @@ private:
 
     const std::size_t maximumDepth;
     std::string name;
-    // The open containers, from the outermost inwards. None moves while one inside it is open.
+    // The open containers, from the outermost to the innermost. None of them moves while one inside it is open.
     std::vector<Node *> containers;
 };
 

@@ -1,5 +1,5 @@
-// A node and all below it as JSON text, and back. Knows nothing of paths in the tree or of locks. Independent
-// of the locale.
+// Converts a node and everything below it to JSON text, and back. It knows neither paths nor locks and does not depend
+// on the locale.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,8 @@ namespace lmlib64 {
 
 // How numbers and lines are written; see lmLibGetJson.
 struct JsonFormat {
-    bool pretty = false;           // a line for every child, indented by four blanks
-    int precision = 0;             // significant digits of a number that is not whole, 0 for as few as needed
+    bool pretty = false;           // one line per child, indented by four spaces
+    int precision = 0;             // significant digits of a number that is not whole; 0: as few as needed
     bool allowScientific = false;  // exponents for very small and very large numbers
 };
 
@@ -26,9 +26,9 @@ void appendJson(std::string &text, const Node &node, const JsonFormat &format);
 // Adds the number as JSON; null for infinities and not-a-number.
 void appendJsonNumber(std::string &text, double number, const JsonFormat &format);
 
-// Sets the node to what the text says. maximumDepth is how deep containers may nest (0: none at all);
-// LmLibResultNestingLimitReached beyond. LmLibResultCouldNotInterpretJsonText for everything else that
-// lmLibSetJson refuses. The node is unchanged on an error.
+// Sets the node to what the text says. `maximumDepth` is how deep containers may nest (0: not at all);
+// LmLibResultNestingLimitReached beyond. LmLibResultCouldNotInterpretJsonText for everything else that lmLibSetJson
+// refuses. After an error the node is unchanged.
 LmLibResult parseJson(std::string_view text, std::size_t maximumDepth, Node &node);
 
 }  // namespace lmlib64

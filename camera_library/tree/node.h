@@ -1,5 +1,5 @@
-// A node of the library's tree, as a plain value: what it holds, and nothing of where it stands or of
-// locks. Paths and the tree itself are in tree.h.
+// A node of the library's tree as a plain value: what it holds, without its place and without locks. Paths and the tree
+// itself are in tree.h.
 #pragma once
 
 #include <cstdint>
@@ -29,10 +29,10 @@ using NodeObject = std::map<std::string, Node, std::less<>>;
 using NodeArray = std::vector<Node>;
 using NodeBinary = std::shared_ptr<const Binary>;
 
-// One node and all below it. A default-constructed node is null; no node is ever absent.
+// One node and everything below it. A default-constructed node is null. Absent nodes do not exist as objects.
 class Node {
 public:
-    // The alternatives stand in the order of LmLibType, from null to binary.
+    // The alternatives are in the order of LmLibType, from null to binary.
     using Value = std::variant<std::nullptr_t, double, std::string, bool, NodeObject, NodeArray, NodeBinary>;
 
     Node() : value(nullptr) {}
@@ -47,7 +47,7 @@ public:
 
     LmLibType type() const { return static_cast<LmLibType>(value.index() + 1); }
 
-    // The child of that name, or null where this is no object or has none.
+    // The child of that name; null if there is none or this is no object.
     const Node *find(std::string_view name) const;
 
     Value value;

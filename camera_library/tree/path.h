@@ -1,5 +1,5 @@
-// A path of the library's tree, taken apart without allocating. Knows the syntax of paths (lmlib64.h) and
-// nothing of the nodes they may lead to. A Path refers to the text it was made from and must not outlive it.
+// A path of the library's tree, parsed without allocating. It knows the syntax of paths (lmlib64.h), not the nodes that
+// they lead to. A Path refers to the text that it was made from and must not outlive it.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace lmlib64 {
 // One part of a path: a child by name, or an element by index.
 struct PathPart {
     std::string_view name;  // the name, or the digits of the index
-    std::size_t index = 0;  // the greatest std::size_t where the digits say more than it holds
+    std::size_t index = 0;  // the greatest std::size_t if the number is larger
     bool isIndex = false;
 
     bool isNamed(std::string_view other) const { return !isIndex && name == other; }
@@ -23,10 +23,10 @@ class Path {
 public:
     Path() = default;
 
-    // Sets the path to the text's, or leaves it as it is and returns what is wrong with the text.
+    // Sets the path from the text. If the text is wrong, leaves the path unchanged and returns what is wrong.
     static LmLibResult parse(std::string_view text, Path &path);
 
-    // Whether the text is a child's name: not empty, with neither "/" nor backslash.
+    // True if the text can be a child's name: not empty, and with neither "/" nor a backslash.
     static bool isName(std::string_view text);
 
     // Walks over the parts, from the root downwards.

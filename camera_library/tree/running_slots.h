@@ -1,6 +1,6 @@
-// Which command slots have a command that has not finished. A slot is known by its name below "Execute";
-// a run is known by its number, so that a slot made anew under the same name is not taken for the old one.
-// No locks of its own: the tree's lock guards it.
+// Keeps which command slots have a command that has not finished. A slot is known by its name below "Execute"; a run is
+// known by its number, so that a new slot with the same name is not mistaken for the old one. It has no lock of its
+// own: the tree's lock guards it.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace lmlib64 {
 class RunningSlots {
 public:
     using Runs = std::map<std::string, std::uint64_t, std::less<>>;
-    // A run on its way in or out: moving one neither allocates nor fails.
+    // A run outside the map. Moving one in or out neither allocates nor fails.
     using Entry = Runs::node_type;
 
     // An entry for a new run in that slot.

@@ -23,7 +23,7 @@ Node newRoot(const NodeObject &pathNode) {
     return root;
 }
 
-// The base name and the number; the underscore keeps apart "A1" with 2 and "A" with 12.
+// The base name and the number. The underscore distinguishes "A1" with 2 from "A" with 12.
 std::string uniqueName(std::string_view baseName, std::uint64_t number) {
     std::string name(baseName);
     if (!name.empty() && name.back() >= '0' && name.back() <= '9') {
@@ -59,7 +59,7 @@ LmLibResult Tree::mayChange(const Path &path) const {
     return LmLibResultOperationSucceeded;
 }
 
-// What follows from a change of the node at the path.
+// Does what a change of the node at the path requires.
 void Tree::changed(const Path &path) noexcept {
     Path::Iterator part = path.begin();
     if (path.depth() <= 2 && part->isNamed(executeName)) {
@@ -139,7 +139,7 @@ LmLibResult Tree::makeUniqueItem(std::string_view parentPath, std::string_view b
     return LmLibResultItemMaximumUniqueCountReached;
 }
 
-// Whether the wait is over, by the tree as it is; sets its code then.
+// True if the tree as it is ends the wait; then sets the code of the wait.
 bool Tree::settle(Wait &wait) const {
     const Node *node = nullptr;
     const LmLibResult code = findNode(root, wait.path, node);
@@ -184,8 +184,8 @@ std::size_t Tree::waitCount() const {
     return waits.size();
 }
 
-// Every change of the tree is shown to every wait under the lock, so that none misses a type that the node
-// had for a moment only, nor a node that went and came again.
+// Every wait is checked after every change of the tree, under the lock, so that none misses a type that the node had
+// only for a moment, or a node that was erased and made again.
 void Tree::wakeWaits() noexcept {
     const auto over = std::remove_if(waits.begin(), waits.end(), [this](Wait *wait) {
         const bool settled = settle(*wait);
@@ -280,7 +280,7 @@ void Tree::finishRun(Run &run) noexcept {
         return;
     }
     runningSlots.remove(run.slot);
-    // A slot that is still running is an object with a "Command": no one could take that from it.
+    // A slot that is still running is an object with a "Command", because nobody can remove that.
     auto &children = std::get<NodeObject>(findSlot(run.slot)->value);
     const auto result = children.find(resultName);
     if (result != children.end()) {

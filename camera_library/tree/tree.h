@@ -1,10 +1,10 @@
-// The library's tree: one document behind one lock, with protected nodes, waits and command slots. It runs
-// no commands; it only knows which slots have one running.
+// The library's tree: one document behind one lock, with protected nodes, waits and command slots. It runs no commands;
+// it only knows which slots have a running one.
 //
-// Every function may be called from any thread; a returned code other than LmLibResultOperationSucceeded, and
-// every exception (only for want of memory), leaves the tree as it was. What a write replaces is freed after
-// the lock is released. Paths are refused as Path::parse refuses them before anything else is looked at;
-// then LmLibResultItemProtected and LmLibResultCommandRunning; then the codes of node_access.h.
+// Every function may be called from any thread. After any code but LmLibResultOperationSucceeded, and after an
+// exception (only std::bad_alloc), the tree is as it was before. What a write replaces is freed after the lock is
+// released. Errors are looked for in this order: those of Path::parse, then LmLibResultItemProtected and
+// LmLibResultCommandRunning, then those of node_access.h.
 #pragma once
 
 #include <condition_variable>
@@ -22,19 +22,19 @@
 
 namespace lmlib64 {
 
-// A command's run, from the write that starts it until its result is put in.
+// The run of a command, from the write that starts it until its result is stored.
 struct Run {
     std::string slot;          // name below "Execute"
-    std::uint64_t number = 0;  // told apart from every other run
+    std::uint64_t number = 0;  // different for every run
     std::string command;
     Node parameters;  // as they were when the run began
-    // What becomes the slot's "Result", ready made so that putting it in cannot fail.
+    // What becomes the slot's "Result", made in advance so that storing it cannot fail.
     NodeObject::node_type result;
 };
 
 class Tree {
 public:
-    // A tree with the given "Path". The numbers of unique items end at greatestNumber.
+    // A tree with the given "Path". The numbers of unique items go up to greatestNumber.
     explicit Tree(NodeObject path, std::uint64_t greatestNumber = std::numeric_limits<std::uint64_t>::max());
 
     // Calls the reader with the node, under the lock, and returns what the reader returns.
@@ -49,40 +49,39 @@ public:
     // Puts the value at the path.
     LmLibResult write(std::string_view path, Node value);
 
-    // Removes the node and all below it.
+    // Removes the node and everything below it.
     LmLibResult erase(std::string_view path);
 
-    // Makes an empty object below the parent and sets path to its path. It is named by the base name, an
-    // underscore where that ends in a digit, and a number that no other unique item has.
-    // LmLibResultItemPathInvalid for a base name that no path can hold;
-    // LmLibResultItemMaximumUniqueCountReached.
+    // Makes an empty object below the parent and sets path to its path. Its name is the base name, an underscore if
+    // that ends in a digit, and a number that no other unique item has. LmLibResultItemPathInvalid if no path can hold
+    // the base name; LmLibResultItemMaximumUniqueCountReached.
     LmLibResult makeUniqueItem(std::string_view parentPath, std::string_view baseName, std::string &path);
 
     // As lmLibWaitForType.
     LmLibResult waitForType(std::string_view path, LmLibType type, bool waitForChange);
 
-    // The number of threads that wait for a type just now.
+    // The number of threads that are waiting for a type.
     std::size_t waitCount() const;
 
     // The name of the slot whose "Command" is at the path; empty for every other path.
     static std::string_view slotOfCommand(std::string_view path);
 
-    // Writes the command's name to the "Command" of run.slot, drops the slot's "Result" and fills in the
-    // run's number and parameters. Until finishRun the slot refuses another "Command".
+    // Writes the command's name to the "Command" of run.slot, removes the slot's "Result" and fills in the run's number
+    // and parameters. Until finishRun the slot refuses another "Command".
     LmLibResult beginRun(Run &run);
 
-    // Puts the run's result into its slot and turns "Command" to null, in one step; does nothing when the
-    // slot was erased or replaced meanwhile.
+    // Stores the run's result in its slot and sets "Command" to null, in one step. Does nothing if the slot was erased
+    // or replaced meanwhile.
     void finishRun(Run &run) noexcept;
 
     // Ends every wait with LmLibResultOperationCanceled.
     void cancelWaits() noexcept;
 
-    // Cancels the waits, and makes the tree as new.
+    // Cancels the waits and resets the tree to its first state.
     void reset();
 
 private:
-    // A thread that waits, on that thread's stack.
+    // A waiting thread; the object is on that thread's stack.
     struct Wait {
         Path path;
         LmLibType type;
