@@ -17,9 +17,9 @@ class QGraphicsView;
 // The picture of the item at path; null if the item has no bytes. First, every byte is multiplied by valueScale,
 // rounded (half away from zero) and clamped. Next, the picture is turned clockwise by 90 degrees quarterTurns times
 // (not at all if that is not positive). Last, it is mirrored; rotate180 mirrors both axes, so it cancels a mirroring of
-// one axis and leaves the other. Throws LmLibException with code 7 (InternalError) if the library copies a number of
-// bytes other than the item has, and with code 16 (BufferNotDivisibleByElementSize) if that number is not width x
-// height x channels.
+// one axis and leaves the other. Throws LmLibException with code 7 (InternalError) if the library copies more or fewer
+// bytes than the item has, and with code 16 (BufferNotDivisibleByElementSize) if their number is not width x height x
+// channels.
 QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                            double valueScale, std::int32_t quarterTurns);
 

@@ -1,7 +1,5 @@
-/*
- * A client in plain C: the header stands alone in C99. It leaves with a command running and others queued,
- * and without lmLibFinalize, which must end the process as usual.
- */
+// A client in plain C99, which includes the header first and so shows that the header needs no other. It returns from
+// main() without lmLibFinalize, while a command runs and others are queued; the process must end normally.
 #include "camera_library/lmlib64.h"
 
 #include <stdio.h>

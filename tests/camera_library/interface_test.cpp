@@ -195,7 +195,7 @@ TEST_F(Interface, makesItemsThatNoOtherWasOrIs) {
         const char *path = lmLibMakeUniqueItem(&result, "/U", baseName);
         ASSERT_EQ(result, LmLibResultOperationSucceeded);
         made.emplace_back(path);
-        // The text returned last serves as a path.
+        // A text that the library returned may be passed as the path of the next call.
         const char *name = lmLibGetName(&result, path);
         EXPECT_EQ("/U/" + std::string(name), made.back());
         EXPECT_EQ(std::string(name).rfind(baseName == nullptr ? "" : baseName, 0), 0U);

@@ -1,5 +1,5 @@
-// A client that uses the library from the destructor of a static object made before the library's first
-// call, on a main thread whose own storage is gone by then. Its exit code is 0 when the library still answers.
+// A client that uses the library from the destructor of a static object that was made before the first call into the
+// library. By then the main thread's thread-local storage is gone. The exit code is 0 if the library still works.
 #include <cstdlib>
 #include <cstring>
 

@@ -22,7 +22,7 @@ public:
     ~MovedLibrary() override { fs::remove_all(root); }
 
 protected:
-    // Copies the library to the folder, loads it and returns what it says of itself.
+    // Copies the library to the folder, loads it from there and returns the paths that it reports.
     static std::string pathsOf(const fs::path &folder) {
         fs::create_directories(folder);
         const fs::path file = folder / fs::path(LIBRARY_FILE).filename();
@@ -33,8 +33,9 @@ protected:
         return (base / "share/lmcaltab/manual").string() + "\n" + (base / "bin/LmView").string();
     }
 
-    // Loads the library, uses it on a thread that ends (what it keeps for a thread would hold it loaded),
-    // and unloads it without finalising, while its thread runs or is about to run commands.
+    // Loads the library and returns the paths that it reports. The library is used on a thread that ends, because its
+    // thread-local storage would keep it loaded. It is unloaded without finalising, while its own thread runs commands
+    // or is about to.
     static std::string load(const fs::path &file) {
         void *library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr) {
@@ -64,7 +65,7 @@ protected:
 
 TEST_F(MovedLibrary, tellsTheManualAndTheViewerFromWhereItIs) {
     EXPECT_EQ(pathsOf(root / "a \xC3\xA4/lib64"), expected(root / "a \xC3\xA4"));
-    // Loaded through a link elsewhere, it is still where its file is.
+    // If the library is loaded through a link, the place of its file counts, not that of the link.
     const fs::path folder = root / "linked/lib";
     fs::create_directories(folder);
     fs::create_directories(root / "elsewhere");

@@ -1,4 +1,4 @@
-// The files that the pattern command writes, as documents: what they say, hold and weigh.
+// The files that the pattern command writes, as documents: their properties, contents and size.
 #include "camera_library/output/caption_font.h"
 #include "tests/camera_library/saved_pattern.h"
 
@@ -7,8 +7,8 @@ namespace {
 
 using PatternFile = SavedPattern;
 
-// What is wrong with the table of objects: each entry has 20 bytes and leads to the object of its number. If it does
-// not, most readers look for the objects themselves and say nothing.
+// The first error in the PDF's table of objects; empty if there is none. Each entry must have 20 bytes and the position
+// of the object with its number. Most readers do not report wrong entries, but search the file for the objects.
 std::string complaintAboutTable(const std::string &bytes) {
     const std::size_t start = std::stoul(bytes.substr(bytes.rfind("startxref\n") + 10));
     const std::size_t first = bytes.find("0000000000 65535 f \n", start);
@@ -82,12 +82,12 @@ TEST_F(PatternFile, attachesWhatTheJsonFileHolds) {
     EXPECT_EQ(p["ReferenceIndex"], Json::parse("[5, 9]"));
     EXPECT_EQ(p["Points"][9 * 11 + 5], Json::parse("[5, 9, 20.055, -6.685]"));
     EXPECT_EQ(p["Points"][9 * 11 + 6], Json::parse("[6, 9, 26.74, -6.685]"));
-    // Its parameters, given back to the command, yield the same file.
+    // The command makes the same file again from the parameters in the description.
     ASSERT_EQ(save(p["Parameters"].dump(), folder.file("again.pdf")), "");
     EXPECT_EQ(readBytes(folder.file("again.pdf")), readBytes(pdf));
 }
 
-// What a client that rounds to hundredths of a millimetre asks for is read as the code's whole steps.
+// Lengths that a client has rounded to hundredths of a millimetre are taken as the whole steps that the code holds.
 TEST_F(PatternFile, listsWhatTheCodeHolds) {
     const struct {
         const char *pattern;

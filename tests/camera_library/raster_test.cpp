@@ -28,7 +28,8 @@ std::vector<PixelOutline> outlinesOf(const std::vector<PixelRectangle> &rectangl
     return outlines;
 }
 
-// Greys, drawn by Cairo at `times` the size and averaged: round shapes are only exact in a large picture.
+// The grey levels of Cairo's picture. Cairo draws it `times` as large, because it draws round shapes exactly only in a
+// large picture, and the pixels are averaged.
 std::vector<double> drawnByCairo(const std::vector<PixelOutline> &outlines, int width, int height, int times) {
     const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
         cairo_image_surface_create(CAIRO_FORMAT_A8, width * times, height * times), cairo_surface_destroy);
@@ -168,7 +169,7 @@ TEST(Raster, drawsRoundShapesAsCairoDoes) {
               1.0);
 }
 
-// A plate without a frame whose round marks, with a ring in one of them, are light on dark.
+// A plate without a frame and with light marks on a dark ground. One of the marks contains a ring.
 PatternGeometry invertedGrid() {
     PatternGeometry geometry;
     geometry.width = 5.0;
@@ -179,7 +180,7 @@ PatternGeometry invertedGrid() {
     return geometry;
 }
 
-// Where outlines meet in one pixel, it is exact only if each runs the other way round than the one around it.
+// A pixel that several outlines cross is exact only if each outline has the opposite direction of the one around it.
 TEST(Preview, isExactHoweverTheShapesNest) {
     constexpr std::size_t times = 32;
     for (const PatternGeometry &geometry : {halconPlate(12.5, true), halconPlate(12.5, false), invertedGrid()}) {

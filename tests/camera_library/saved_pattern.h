@@ -1,4 +1,5 @@
-// A pattern's PDF and its attached description, and patterns of every type and polarity, which fit on A4.
+// A test fixture with a pattern's PDF and the description attached to it, and sample patterns of every type and
+// polarity. They fit on A4.
 #pragma once
 
 #include <gtest/gtest.h>

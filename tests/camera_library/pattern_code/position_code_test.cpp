@@ -10,7 +10,7 @@ namespace {
 
 using namespace pattern_code;
 
-// FNV-1a over the bits of one row of squares, 16 to a word, the leftmost square in the highest bit.
+// FNV-1a over the bits of one row of squares, 8 squares per byte, the leftmost one in the highest bit.
 template <typename Bit>
 void addRow(std::uint64_t &hash, int squares, const Bit &bit) {
     for (int first = 0; first < squares; first += 8) {
@@ -22,8 +22,8 @@ void addRow(std::uint64_t &hash, int squares, const Bit &bit) {
     }
 }
 
-// What has been printed cannot be changed. tools/generate_position_code finds the same bits again, and accepts none
-// that breaks a promise of docs/pattern-code.md.
+// Printed patterns cannot be changed, so the bits must not change either. tools/generate_position_code finds the same
+// bits again; it accepts only bits that keep the distances guaranteed in docs/pattern-code.md.
 TEST(PositionCode, isThatOfVersionOne) {
     EXPECT_EQ(patternVersion, 1);
     std::uint64_t hash = 0xcbf29ce484222325U;
