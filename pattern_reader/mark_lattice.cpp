@@ -11,6 +11,22 @@ namespace {
 
 constexpr float pitchInRadii = 4;
 
+cv::Point2f apply(const cv::Matx22f &m, cv::Point2f v) {
+    const cv::Vec2f r = m * cv::Vec2f(v.x, v.y);
+    return {r[0], r[1]};
+}
+
+// The distance of two points as seen through a mark's ellipse.
+float radiiBetween(const RoundMark &mark, cv::Point2f p, cv::Point2f q) {
+    const cv::Point2f unit = apply(mark.toUnit, p - q);
+    return std::hypot(unit.x, unit.y);
+}
+
+// No direction is stretched by more than the norm.
+float longestRadius(const RoundMark &mark) {
+    return float(cv::norm(mark.toUnit.inv()));
+}
+
 // The marks that are in no lattice yet, by their place.
 class FreeMarks {
 public:
@@ -21,14 +37,15 @@ public:
         }
     }
 
-    // The one closest to a point, within reach and of about the area; -1 when there is none.
-    int closest(cv::Point2f p, float reach, float area) const {
+    // The one closest to a point as seen through a mark's ellipse, within reach (in its radii) and of about its area;
+    // -1 when there is none.
+    int closest(cv::Point2f p, float reach, const RoundMark &like) const {
         int best = -1;
         float distance = reach;
-        grid_.visitAround(p, reach, [&](size_t k) {
+        grid_.visitAround(p, reach * longestRadius(like), [&](size_t k) {
             const RoundMark &mark = marks_[k];
-            const float d = std::hypot(mark.centre.x - p.x, mark.centre.y - p.y);
-            if (!used_[k] && d < distance && mark.area < 1.8F * area && area < 1.8F * mark.area) {
+            const float d = radiiBetween(like, mark.centre, p);
+            if (!used_[k] && d < distance && mark.area < 1.8F * like.area && like.area < 1.8F * mark.area) {
                 distance = d;
                 best = int(k);
             }
@@ -53,19 +70,13 @@ private:
     std::vector<bool> used_;
 };
 
-cv::Point2f apply(const cv::Matx22f &m, cv::Point2f v) {
-    const cv::Vec2f r = m * cv::Vec2f(v.x, v.y);
-    return {r[0], r[1]};
-}
-
 // The first neighbour of a seed: a mark whose distance, seen through the seed's ellipse, is the pitch.
 bool findAxes(const std::vector<RoundMark> &marks, const FreeMarks &freeMarks, size_t seed, cv::Point2f &a,
               cv::Point2f &b) {
     const RoundMark &here = marks[seed];
     const cv::Matx22f fromUnit = here.toUnit.inv();
     constexpr float farthest = 1.15F * pitchInRadii;
-    // No direction is stretched by more than the norm.
-    const auto reach = float(cv::norm(fromUnit)) * farthest;
+    const float reach = longestRadius(here) * farthest;
     size_t first = marks.size();
     freeMarks.visitAround(here.centre, reach, [&](size_t k) {
         const RoundMark &there = marks[k];
@@ -105,8 +116,7 @@ MarkLattice growMarks(const std::vector<RoundMark> &marks, FreeMarks &freeMarks,
             const cv::Point2f stride = a * float(step.x) + b * float(step.y);
             cv::Point2f expected = from.position + stride;
             const bool told = found.lattice.predict(cell, expected);
-            const float reach = (told ? 0.2F : 0.3F) * std::hypot(stride.x, stride.y);
-            const int k = freeMarks.closest(expected, reach, here.area);
+            const int k = freeMarks.closest(expected, (told ? 0.2F : 0.3F) * pitchInRadii, here);
             if (k >= 0 && std::abs(cell.x) < 8 && std::abs(cell.y) < 8) {
                 add(cell, size_t(k));
             }
@@ -129,7 +139,8 @@ std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels,
     std::vector<RoundMark> marks;
     for (const DarkBlob &blob : blobs) {
         RoundMark mark;
-        if (measureMark(finer, level.toImage(blob.position), 2.4F * level.scale(), mark)) {
+        if (measureMark(finer, level.toImage(blob.position), 2.4F * std::max(1.0F, 0.8F * blob.stretch) * level.scale(),
+                        mark)) {
             marks.push_back(mark);
         }
     }

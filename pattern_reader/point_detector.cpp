@@ -189,12 +189,14 @@ struct ResponseRows {
     }
 };
 
-// Whether it gets lighter on all eight sides, within the distances at which a blob of this level can end.
-bool isAlone(const cv::Mat &smoothed, int x, int y) {
+// Whether it gets lighter on all eight sides, within the distances at which a blob of this level can end. Along its
+// long axis, a unit vector, a stretched blob ends farther away.
+bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool stretched) {
     constexpr int reach = 4;
     if (x < reach || y < reach || x >= smoothed.cols - reach || y >= smoothed.rows - reach) {
         return false;
     }
+    const cv::Rect picture({0, 0}, smoothed.size());
     const auto at = [&](int dx, int dy) { return int(smoothed.ptr<int16_t>(y + dy)[x + dx]); };
     const int centre = at(0, 0);
     int least = 1 << 20;
@@ -205,13 +207,36 @@ bool isAlone(const cv::Mat &smoothed, int x, int y) {
                 continue;
             }
             // About as far on the diagonals as along the axes.
-            const int near = dx != 0 && dy != 0 ? 2 : 3;
-            const int rise = std::max(at(dx * near, dy * near), at(dx * (near + 1), dy * (near + 1))) - centre;
+            const bool diagonal = dx != 0 && dy != 0;
+            const int near = diagonal ? 2 : 3;
+            int rise = std::max(at(dx * near, dy * near), at(dx * (near + 1), dy * (near + 1))) - centre;
+            const float along = std::abs(float(dx) * longAxis.x + float(dy) * longAxis.y) * (diagonal ? 0.7F : 1.0F);
+            if (stretched && along > 0.75F) {
+                for (const int far : {2 * near, 3 * near}) {
+                    const bool inside = picture.contains({x + dx * far, y + dy * far});
+                    rise = inside ? std::max(rise, at(dx * far, dy * far) - centre) : rise;
+                }
+            }
             least = std::min(least, rise);
             sum += rise;
         }
     }
     return 8 * least * 5 > sum * 2;
+}
+
+// Describes a blob by its second derivatives; false when these do not all rise, or when it is a line.
+bool describeBlob(const ImageLevel &level, int x, int y, DarkBlob &blob) {
+    const Quadratic q = quadraticAt(level.smoothed, x, y);
+    const float mean = (q.xx + q.yy) / 2;
+    const float half = std::hypot((q.xx - q.yy) / 2, q.xy);
+    if (!(mean > 0) || !(half < 0.85F * mean)) {
+        return false;
+    }
+    blob.position = cv::Point2f(float(x), float(y));
+    blob.stretch = std::sqrt((mean + half) / (mean - half));
+    // The long axis is where the second derivative is least.
+    const float direction = 0.5F * std::atan2(2 * q.xy, q.xx - q.yy) + float(CV_PI / 2);
+    return isAlone(level.smoothed, x, y, {std::cos(direction), std::sin(direction)}, blob.stretch > 1.4F);
 }
 
 void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, LevelPoints &points) {
@@ -222,12 +247,10 @@ void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, 
             points.saddles.push_back(saddle);
         }
     } else if (value < blobThreshold && rows.isPit(x)) {
-        const Quadratic q = quadraticAt(level.smoothed, x, y);
-        // Both curvatures upwards, and the valley not much longer than wide.
-        const float mean = (q.xx + q.yy) / 2;
-        const float half = std::hypot((q.xx - q.yy) / 2, q.xy);
-        if (mean > 0 && half < 0.8F * mean && isAlone(level.smoothed, x, y)) {
-            points.blobs.push_back({cv::Point2f(float(x), float(y)), std::sqrt(-value) / greyScale});
+        DarkBlob blob;
+        if (describeBlob(level, x, y, blob)) {
+            blob.strength = std::sqrt(-value) / greyScale;
+            points.blobs.push_back(blob);
         }
     }
 }

@@ -26,6 +26,7 @@ struct SaddlePoint {
 struct DarkBlob {
     cv::Point2f position;  // level coordinates
     float strength = 0;    // square root of the Hessian's determinant, grey levels per pixel²
+    float stretch = 1;     // of its second derivatives: about how many times longer than wide it is
 };
 
 struct LevelPoints {

@@ -49,6 +49,17 @@ private:
     cv::Mat covered_;
 };
 
+// Whether most marks of a lattice are those of a plate that has been read, which has at least as many.
+bool isRead(const MarkLattice &found, const PatternReading &plate) {
+    const auto known = std::count_if(found.marks.begin(), found.marks.end(), [&](const RoundMark &mark) {
+        const float reach = 0.5F * std::sqrt(mark.area / float(CV_PI));
+        return std::any_of(plate.corners.begin(), plate.corners.end(), [&](const PatternCorner &corner) {
+            return std::hypot(corner.image.x - mark.centre.x, corner.image.y - mark.centre.y) < reach;
+        });
+    });
+    return size_t(known) * 2 > found.marks.size() && plate.corners.size() >= found.marks.size();
+}
+
 // Plates among the blobs that are no part of a checkerboard, each once.
 std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, std::vector<LevelPoints> &points,
                                        const BoardArea &boards) {
@@ -60,11 +71,13 @@ std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, st
                            [&](const DarkBlob &blob) { return boards.contains(levels[i].toImage(blob.position)); }),
             blobs.end());
         for (const MarkLattice &found : findMarkLattices(levels, i, blobs, leastMarks)) {
-            std::optional<PatternReading> plate = readPlate(levels, found);
+            // The same marks may be found in two levels.
+            const bool read = std::any_of(plates.begin(), plates.end(),
+                                          [&](const PatternReading &plate) { return isRead(found, plate); });
+            std::optional<PatternReading> plate = read ? std::nullopt : readPlate(levels, found);
             if (!plate) {
                 continue;
             }
-            // The same marks may be found in two levels.
             const cv::Point2f here = plate->corners[plate->corners.size() / 2].image;
             const auto same = std::find_if(plates.begin(), plates.end(), [&](const PatternReading &other) {
                 return std::any_of(other.corners.begin(), other.corners.end(), [&](const PatternCorner &corner) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int rayCount = 20;
 constexpr float rayStep = 0.5F;
-constexpr int raySteps = 24;
+constexpr int raySteps = 40;
 
 float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
     const int x = int(p.x);
