@@ -1,4 +1,4 @@
-// What a print really looks like: how its scale, its ratio of x to y, its shear and its bend differ from the drawing.
+// How a print differs from its drawing: in scale, in the ratio of x to y, in shear and in bend.
 #pragma once
 
 #include <Eigen/Core>
@@ -20,7 +20,7 @@ struct PrintShape {
     static constexpr int count = 10;
 
     std::array<double, count> numbers{};
-    double reach = 1;  // mm: half the diagonal of the drawn points, so that bends compare
+    double reach = 1;  // mm: half the diagonal of the drawn points; makes the bends of all prints comparable
 
     double xScale() const;
     double yScale() const;

@@ -13,7 +13,7 @@
 
 namespace {
 
-// One message per length from 0, so that lines below and above the size of a pipe's atomic write are among them.
+// Sends messages of increasing length. Some lines are shorter and some are longer than a pipe's atomic write.
 void sendWarnings(int thread, int count) {
     for (int i = 0; i < count; ++i) {
         const QString text = QStringLiteral("%1 %2 %3").arg(thread).arg(i).arg(QString(i * 20, QLatin1Char('x')));

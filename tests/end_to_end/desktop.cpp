@@ -42,8 +42,8 @@ void end(QProcess &process) {
 }  // namespace
 
 Desktop::Desktop() {
-    // The server chooses a free display and writes its number once it answers. It must not reset itself when its
-    // first client leaves: another one may just be coming.
+    // The server chooses a free display and writes its number as soon as it answers. -noreset, because it would
+    // otherwise reset when its last client leaves, while the next one may be connecting.
     start(server, "Xvfb", {"-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"}, {});
     while (!server.canReadLine()) {
         if (!server.waitForReadyRead(patienceMs)) {

@@ -1,7 +1,7 @@
-// A desktop of the test's own: an X server without a screen and a window manager, and a user's hands on it.
+// A desktop for one test, with an X server that draws into memory, a window manager, and simulated keys and mouse.
 //
-// Needs Xvfb, openbox, xdotool and xprop in the path. Whatever cannot be started, or does not answer in time, ends
-// the test run with a message.
+// Needs Xvfb, openbox, xdotool and xprop in the path. If one of them cannot be started or does not answer in time, the
+// test run ends with a message.
 #pragma once
 
 #include <QProcess>
@@ -10,7 +10,7 @@
 
 class Desktop {
 public:
-    // Starts both on a free display; ends them with the object.
+    // Starts the server on a free display, and the window manager. The destructor ends both.
     Desktop();
     ~Desktop();
     Desktop(const Desktop &) = delete;
@@ -22,7 +22,7 @@ public:
     // Runs xdotool and returns what it prints.
     QString xdotool(const QStringList &arguments) const;
 
-    // Waits for a window of this title to be shown and makes it the active one; its number.
+    // Waits until a window with this title is shown, makes it the active one and returns its number.
     QString waitForWindow(const QString &title) const;
     void type(const QString &text) const;
     // Presses keys by name, such as "Return" or "ctrl+a", one after the other.

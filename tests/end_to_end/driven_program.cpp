@@ -114,7 +114,7 @@ bool DrivenProgram::endsWell(int milliseconds) {
 }
 
 bool DrivenProgram::moveWindow(QPoint position) {
-    // A window manager may take the position for the frame's: the second time this is made good.
+    // A window manager may place the frame, not the contents, at the position. The second round corrects that.
     QPoint requested = position;
     for (int round = 0; round < 2; ++round) {
         desktop.xdotool({"windowmove", mainWindow, QString::number(requested.x()), QString::number(requested.y())});
@@ -135,7 +135,7 @@ bool DrivenProgram::moveWindow(QPoint position) {
 bool DrivenProgram::showPage(Page page) {
     moveMouse(placeOfTab(page).center());
     click();
-    // The mouse leaves the tab, so that nothing but what comes next is hovered.
+    // Moves the mouse off the tab, so that no tip of the tab disturbs what follows.
     moveMouse(placeInWindow(places["groupBox"]).center());
     QTest::qWait(200);
     return isRunning();

@@ -1,7 +1,7 @@
-// The real program on a desktop, with the mouse on its widgets: where they are, where its windows are and how they
-// look.
+// Runs the real program on a desktop, moves the mouse over its widgets and clicks them, and tells where its windows are
+// and what they show.
 //
-// Positions are pixels of the screen. Everything waits a bounded time; what fails gives a false or empty result.
+// Positions are pixels of the screen. Every wait is limited; an operation that fails returns false or an empty result.
 #pragma once
 
 #include <QImage>
@@ -16,13 +16,13 @@
 
 class Desktop;
 
-// Makes this process, its application still to be made, and the programs it starts use the desktop, and nothing of
-// the session or the settings of whoever runs it.
+// Makes this process and the programs that it starts use the desktop, without the session and the settings of the user
+// who runs the test. To be called before the application object is made.
 void useDesktop(const Desktop &desktop);
 
 class DrivenProgram {
 public:
-    // By the index of the tabs.
+    // The values are the indices of the tabs.
     enum Page { Official, Custom, Flexible, Assembly, Halcon };
 
     explicit DrivenProgram(const Desktop &userDesktop);
@@ -30,20 +30,20 @@ public:
     DrivenProgram(const DrivenProgram &) = delete;
     DrivenProgram &operator=(const DrivenProgram &) = delete;
 
-    // Starts the program and waits for its window; the environment is this process's, changed by the entries, of
-    // which a null text takes one out.
+    // Starts the program and waits for its window. It gets this process's environment with these entries changed; a
+    // null text removes a variable.
     bool start(const QString &program, const QMap<QString, QString> &environment, const QStringList &arguments = {});
     void stop();
-    // Whether the program ends without being told to by a signal, and as one that nothing has failed in.
+    // Waits for the program to end. True if it ends in time, without a crash and with the exit code 0.
     bool endsWell(int milliseconds);
     bool isRunning() const { return process.state() == QProcess::Running; }
-    // Once it has ended; -1 for a crash.
+    // The exit code of a program that has ended; -1 after a crash.
     int exitCode() const { return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1; }
     qint64 processId() const { return process.processId(); }
     QString window() const { return mainWindow; }
 
-    // Moves the window so that the top-left corner of its contents is as near to the position as the window
-    // manager lets it.
+    // Moves the window so that the top-left corner of its contents is as near to the position as the window manager
+    // allows.
     bool moveWindow(QPoint position);
     bool showPage(Page page);
 
@@ -52,15 +52,16 @@ public:
     QRect placeOfTab(Page page) const;
     QRect placeOfText(const QString &spinBoxName) const;
 
-    // The mouse arrives by several moves, as a hand's does.
+    // Moves the mouse in several small steps, as a hand does.
     void moveMouse(QPoint position) const;
     void click() const;
-    // Left of the middle, where a button has its mark or text and a spin box its number.
+    // Clicks near the left end, where a button has its indicator or text and a spin box has its number.
     void clickOn(const QRect &place) const;
 
-    // The program's visible windows but the main one.
+    // The program's visible windows except the main window.
     QVector<QString> otherWindows() const;
-    // Waits until there is one, or none; gives the window, or an empty text when the time is over.
+    // Wait until there is such a window, or none. The first returns the window, or an empty text if none has appeared
+    // in time.
     QString waitForOtherWindow(int milliseconds = 5000) const;
     bool waitForNoOtherWindow(int milliseconds) const;
 
@@ -74,6 +75,7 @@ private:
     const Desktop &desktop;
     QProcess process;
     QString mainWindow;
-    // Relative to the window's contents, by object name; text and tab places by "<name>/text" and "tab/<index>".
+    // Rectangles relative to the window's contents, by object name; "<name>/text" is the text in a spin box,
+    // "tab/<index>" a tab.
     QMap<QString, QRect> places;
 };

@@ -1,5 +1,5 @@
-// The unchanged program on a desktop, with the scripted library in the place of ours: what a user's clicks make it
-// call.
+// The unchanged program on a desktop, with the scripted library instead of the real one: which library calls a user's
+// clicks cause.
 #include <QApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -33,7 +33,7 @@ private:
     void installViewer(const QString &shellCommand) const;
     void click(const QString &name) const { program.clickOn(program.placeOf(name)); }
     QStringList newCalls() const { return linesOf("record").mid(seenCalls); }
-    // Lines of a file of the folder.
+    // The lines of a file in the folder.
     QStringList linesOf(const QString &name) const;
     // Expects these calls, and only these, since the last ones expected.
     void expect(const QStringList &calls);
@@ -62,7 +62,7 @@ void RecordedProgramTest::start() {
     script.write(R"({"nodes": {"/Path/Application/LmView": ")" + folder->filePath("viewer").toUtf8() + R"("}})");
     script.close();
     QVERIFY(program.start(LMCALTAB_BUILD_TREE "/bin/LmCalTab",
-                          {{"QT_XCB_GL_INTEGRATION", QString()},  // the program sees to that itself
+                          {{"QT_XCB_GL_INTEGRATION", QString()},  // removed: the program sets it itself
                            {"LD_LIBRARY_PATH", LMCALTAB_SCRIPTED_LIBRARY_FOLDER},
                            {"LMLIB64_RECORD", folder->filePath("record")},
                            {"LMLIB64_SCRIPT", script.fileName()}}));
@@ -109,7 +109,7 @@ void RecordedProgramTest::inputsOfEveryKindUpdateOnceUntilTheWindowIsClosed() {
     desktop.press({"Up"});
     expectUpdate(flexible("17", "0", "true"));
     click("flexibleOffsetXSpacings");
-    desktop.press({"ctrl+a"});  // the number without a suffix
+    desktop.press({"ctrl+a"});  // selects the number
     desktop.type("3");
     expectUpdate(flexible("17", "18.75", "true"));
     click("flexiblePolarity");
@@ -117,7 +117,7 @@ void RecordedProgramTest::inputsOfEveryKindUpdateOnceUntilTheWindowIsClosed() {
 
     program.showPage(DrivenProgram::Halcon);
     expectUpdate({"lmLibSetDouble @/GridSpacing 12.5", "lmLibSetDouble @/Thickness 0", "lmLibSetBool @/Encoding true"});
-    // The button that goes off and the one that goes on both update.
+    // The radio button that is switched off and the one that is switched on each cause an update.
     click("halconEncodeNothing");
     const QStringList nothing{"lmLibSetDouble @/GridSpacing 12.5", "lmLibSetBool @/Encoding false"};
     expectUpdate(nothing);

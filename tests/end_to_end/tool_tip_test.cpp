@@ -67,7 +67,7 @@ void ToolTipEndToEndTest::cleanup() {
     browser.forget();
 }
 
-// Goes on with the program that runs when it is that one.
+// Starts the program in this root; if it is already running, nothing is done.
 bool ToolTipEndToEndTest::startProgram(const QString &root) {
     if (program.isRunning() && root == startedRoot) {
         return true;
@@ -102,7 +102,8 @@ void ToolTipEndToEndTest::linkLeadsToTheManual() {
     }
     QVERIFY(startProgram(root));
 
-    // In the upper part of the field, so that the tip overlaps it and no other widget lies on the way.
+    // The mouse is in the upper part of the field, so that the tip overlaps the field and the mouse crosses no other
+    // widget on its way to the link.
     const QRect text = program.placeOfText("halconGridSpacing");
     const QPoint mouse(text.center().x(), text.top() + 2);
     const QString tip = hover(mouse);
@@ -112,8 +113,8 @@ void ToolTipEndToEndTest::linkLeadsToTheManual() {
     const QPoint link = linkIn(DrivenProgram::contentsOf(tip));
     QVERIFY(link.x() >= 0);
 
-    // The standard tip would be gone on the way. The rest in the tip outlasts the time after which a tip is
-    // shown or closed for what is hovered.
+    // The toolkit's own tip would close while the mouse moves to it. The wait is longer than the time after which a tip
+    // is shown or closed for the widget under the mouse.
     program.moveMouse(place.topLeft() + link);
     QTest::qWait(1500);
     QCOMPARE(program.otherWindows(), QVector<QString>{tip});
@@ -121,12 +122,12 @@ void ToolTipEndToEndTest::linkLeadsToTheManual() {
 
     const QString page = root + "/share/lmcaltab/manual/guides/calibration/patterns.html";
     QTRY_COMPARE(browser.runs().size(), 1);
-    // The blanks in the folder's name are written as an address has them.
+    // The spaces in the folder's name are encoded as in any URL.
     QCOMPARE(browser.runs()[0], QStringList{QUrl("file:///" + page).toString(QUrl::FullyEncoded)});
     QCOMPARE(QFileInfo(QUrl(browser.runs()[0][0]).toLocalFile()).canonicalFilePath(),
              QFileInfo(page).canonicalFilePath());
     QVERIFY(QFileInfo::exists(page));
-    // The click was a press, too.
+    // Pressing the mouse button also closes the tip.
     QVERIFY(program.waitForNoOtherWindow(2000));
 }
 
@@ -149,7 +150,7 @@ void ToolTipEndToEndTest::showsOverTextAndButtonsUntilAKeyIsPressed() {
     desktop.press({"Shift_L"});
     QVERIFY(program.waitForNoOtherWindow(1500));
     QVERIFY(!hover(program.placeOfText(field).center()).isEmpty());
-    // A child without a tip closes it.
+    // Moving the mouse to a widget without a tip closes the tip.
     program.moveMouse(program.placeOf("halconEncodeNothing").center());
     QVERIFY(program.waitForNoOtherWindow(3000));
 }

@@ -1,5 +1,6 @@
-// Every allocation of the library fails once, and from some point on all of them do: a result code or the
-// command's "ErrorSymbol" says so, the tree and the files are as they were, nothing leaks, and the library works on.
+// Lets each allocation of the library fail, once by itself and once together with all later ones. Each time a result
+// code or the command's "ErrorSymbol" reports the failure, the tree and the files are unchanged, no memory leaks, and
+// the library still works afterwards.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -15,8 +16,8 @@ namespace {
 using failing_allocation::Failing;
 using failing_allocation::Pause;
 
-// A session makes some of the library's calls, allocates nothing itself meanwhile, and returns its complaints about
-// what it saw and left behind. Lets the n-th allocation of it fail for every n, until there are not that many.
+// Repeats a session and lets its n-th allocation fail, for n from 1 to the number of its allocations. A session makes
+// library calls, allocates nothing itself except during a Pause, and returns what was wrong; empty if nothing was.
 template <typename Session>
 void sweep(Failing failing, Session session) {
     EXPECT_EQ(session(), "");
@@ -57,7 +58,7 @@ const Step treeSteps[]{
     },
     [](std::int32_t *result) {
         lmLibSetJson(result, "/C", R"({"A name that is not short":["a text that is not short",)");
-        *result = *result == LmLibResultCouldNotInterpretJsonText ? 0 : *result;  // which it must say of this text
+        *result = *result == LmLibResultCouldNotInterpretJsonText ? 0 : *result;  // the right code for this text
     },
     [](std::int32_t *result) { lmLibSetString(result, "/A/Array", longText); },
     [](std::int32_t *result) { lmLibMakeUniqueItem(result, "/Execute", "a longer base name"); },
@@ -71,7 +72,7 @@ const Step treeSteps[]{
     [](std::int32_t *result) { lmLibFinalize(result); },
 };
 
-// All steps, even after one has failed: a step that fails leaves the tree as it was.
+// Plays all steps, even after one has failed, and checks that a failing step leaves the tree unchanged.
 std::string playTreeSteps() {
     std::string complaint;
     bool hasFailed = false;
@@ -86,7 +87,7 @@ std::string playTreeSteps() {
         step(&result);
         const Pause pause;
         ++number;
-        // What follows a failed step may miss what that was to write.
+        // Later steps may need nodes that a failed step did not write, so their codes are not checked.
         if (result != LmLibResultOperationSucceeded && result != LmLibResultInternalError && !hasFailed) {
             complaint += "step " + std::to_string(number) + ": code " + std::to_string(result) + "\n";
         }
@@ -103,7 +104,7 @@ struct Command {
     std::string parameters;
 };
 
-// Whether the command has succeeded; complaints about one that failed and did not say that memory ran out.
+// Returns true if the command succeeded. Adds a complaint if it failed without reporting that memory ran out.
 bool playCommand(const Command &command, std::string &complaint) {
     std::int32_t written = -1;
     std::int32_t started = -1;
@@ -124,7 +125,7 @@ bool playCommand(const Command &command, std::string &complaint) {
     const bool saysWhy = result.find(R"("ErrorSymbol":"OutOfMemory")") != std::string::npos &&
                          result.find("There is not enough memory") != std::string::npos &&
                          result.find(R"("Command":")" + command.name + '"') != std::string::npos;
-    // Without its parameters a command fails because they are missing.
+    // If the parameters could not be written, the command rightly reports that they are missing.
     complaint += saysWhy || written != LmLibResultOperationSucceeded ? "" : result;
     return false;
 }

@@ -1,5 +1,5 @@
-// The process's operator new, of which a chosen call fails. Link failing_allocation.cpp into the executable; it
-// then takes the place of the standard one everywhere, in shared libraries too.
+// An operator new that fails at a chosen call. Link failing_allocation.cpp into the executable: it then replaces the
+// standard operator new in the whole process, including shared libraries.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +8,14 @@ namespace failing_allocation {
 
 enum class Failing { Once, FromThenOn };
 
-// Counts the calls of every thread from 1 again and lets that call fail with std::bad_alloc, or it and all after.
+// Starts to count the calls of all threads from 1. The call with the given number fails with std::bad_alloc; with
+// FromThenOn all later ones fail too.
 void arm(std::int64_t call, Failing failing);
 
-// No call fails or is counted any more. Returns whether one has failed.
+// Stops failing and counting calls. Returns true if a call has failed.
 bool disarm();
 
-// While one of these lives, no call fails or is counted.
+// While an object of this class exists, no call fails or is counted.
 class Pause {
 public:
     Pause();
@@ -26,7 +27,7 @@ private:
     bool wasArmed;
 };
 
-// Blocks that operator new has given out and that have not come back.
+// The number of blocks that have been allocated and not freed.
 std::int64_t blocksInUse();
 
 }  // namespace failing_allocation

@@ -1,4 +1,5 @@
-// Inputs that no one would send in earnest: large, deep, many, not text at all, not numbers.
+// Inputs that no reasonable client sends: huge texts, very many nodes, invalid UTF-8, and numbers that are infinite or
+// not a number.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -68,7 +69,7 @@ TEST_F(HostileInput, namesThatAreNotUtf8) {
         EXPECT_EQ(result, LmLibResultOperationSucceeded);
         EXPECT_STREQ(lmLibGetString(&result, path.c_str()), name);
         EXPECT_STREQ(lmLibGetName(&result, path.c_str()), name);
-        // What cannot be written in JSON is replaced, so that the text is JSON all the same.
+        // Bytes that JSON cannot represent are replaced, so that the text is valid JSON.
         const std::string json = lmLibGetJson(&result, "", 0, 0, 1);
         lmLibSetJson(&result, "/Copy", json.c_str());
         EXPECT_EQ(result, LmLibResultOperationSucceeded) << json;

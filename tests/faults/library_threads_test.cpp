@@ -1,6 +1,6 @@
-// Eight threads that do everything the library allows, at random and at once, and the exit and the fork of a process
-// while a command runs. What each thread does follows from its seed; how they meet does not. LMCALTAB_THREAD_SECONDS is
-// how long they do it.
+// Eight threads that make random library calls at the same time, and processes that exit or fork while a command runs.
+// The seed of a thread determines its calls, but not how the threads interleave. The environment variable
+// LMCALTAB_THREAD_SECONDS sets how long they run.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -89,7 +89,7 @@ void runCommand(Random &random, std::int32_t *result) {
     }
 }
 
-// The codes that the library may answer with, whatever the others do meanwhile.
+// The codes that the library may return, whatever the other threads do.
 bool isExpected(std::int32_t code) {
     static const std::set<std::int32_t> codes{
         LmLibResultOperationSucceeded,
@@ -145,7 +145,7 @@ TEST(LibraryThreads, doEverythingAtOnce) {
     std::printf("%lld actions\n", static_cast<long long>(calls));
     EXPECT_GT(calls, 1000);
 
-    // As new, and still working.
+    // After finalising, the library is empty again and still works.
     std::int32_t result = -1;
     lmLibFinalize(&result);
     EXPECT_EQ(result, LmLibResultOperationSucceeded);
@@ -157,7 +157,7 @@ TEST(LibraryThreads, doEverythingAtOnce) {
     EXPECT_EQ(lmLibGetCount(nullptr, "/Execute/S/Result/CalTabs"), 9);
 }
 
-// With a command that has begun or is about to, at a moment that differs from one to the next.
+// Exits after the given time, while a command runs or is about to start.
 [[noreturn]] void exitWhileCommandRuns(int microseconds) {
     lmLibSetJson(nullptr, "/Execute/S/Parameters",
                  R"({"ImageSize":1000,"Patterns":[{"Type":"Flexible","GridSize":[99,99],"GridSpacing":5}]})");
@@ -174,7 +174,7 @@ TEST(LibraryThreads, processExitsWhileCommandRuns) {
     }
 }
 
-// In the child, which may not hang, whatever the parent's threads were doing when it was forked.
+// Runs in the child. It must not hang, whatever the parent's threads were doing at the time of the fork.
 [[noreturn]] void useForkedLibrary() {
     constexpr unsigned secondsUntilKilled = 60;
     alarm(secondsUntilKilled);

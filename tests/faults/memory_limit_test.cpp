@@ -1,5 +1,6 @@
-// A process that may have only so much memory, for every amount from nothing to enough: a save fails and says so,
-// or is whole. Each time it is a process of its own, so that nothing is there from an earlier save.
+// Saving with limited memory, for limits from nothing to more than enough: each save either writes the whole file or
+// fails and reports that memory ran out. Each save has its own process, so that no memory is left over from an earlier
+// one.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
