@@ -1,7 +1,7 @@
 // The entry point of a Windows program without a console. Windows passes one wide-character command line; the program
 // expects separate arguments in the system's code page.
 #include <windows.h>
-// After windows.h, which it needs.
+// shellapi.h must come after windows.h.
 #include <shellapi.h>
 
 #include <cstddef>

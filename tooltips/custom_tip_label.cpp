@@ -75,7 +75,7 @@ void QCustomTipLabel::reuseTip(const QString &text) {
     setText(substituted);
     QSize extra(1, 0);
     const QFontMetrics metrics(font());
-    // Such fonts draw one row below the area of the size hint.
+    // Fonts with these metrics draw one row of pixels below the area of the size hint.
     if (metrics.descent() == 2 && metrics.ascent() >= 11) {
         extra.setHeight(1);
     }
@@ -99,7 +99,7 @@ void QCustomTipLabel::placeTip(const QPoint &position, QWidget *placeWidget) {
     const int right = screen.x() + screen.width();
     const int bottom = screen.y() + screen.height();
     QPoint p = position + QPoint(2, 16);
-    // Beside and above the mouse rather than over it.
+    // If there is no room, the tip goes to the left of the mouse or above it, so that it does not cover the mouse.
     if (p.x() + width() > right) {
         p.rx() -= 4 + width();
     }
@@ -162,7 +162,7 @@ void QCustomTipLabel::timerEvent(QTimerEvent *event) {
 }
 
 void QCustomTipLabel::mouseMoveEvent(QMouseEvent *event) {
-    // Intentionally, without a rectangle not even the base class gets the event.
+    // If there is no rectangle, the event is intentionally not even passed to the base class.
     if (rect.isNull()) {
         return;
     }

@@ -1,4 +1,4 @@
-// A printed page: its size, and what stands on it beside the pattern: check bars, their labels and the caption.
+// A printed page: its size, and what it contains besides the pattern: check bars, their labels and the caption.
 #include "camera_library/output/page_layout.h"
 
 #include <gtest/gtest.h>
@@ -82,7 +82,8 @@ TEST(PageLayout, takesTheSmallestPageThatHoldsThePattern) {
         double spacing;
         double width, height;
     };
-    // Wide enough: block + 10 mm; high enough: block + 10 mm + two strips of 10.5 mm, as the pattern is centred.
+    // A page must be as wide as the pattern with its quiet zone + 10 mm, and as high as that + 10 mm + two strips of
+    // 10.5 mm, because the pattern is centred.
     const Case cases[]{
         {15, 15, 22.2, 210, 297}, {15, 15, 22.3, 297, 420}, {29, 15, 16, 297, 210}, {29, 15, 24, 420, 297},
         {15, 15, 45, 420, 594},   {29, 15, 35, 594, 420},   {15, 15, 64, 594, 841}, {29, 15, 50, 841, 594},
@@ -114,7 +115,7 @@ TEST_F(PrintedLayout, captionSaysAllThatThePrintDependsOn) {
 
 constexpr double mmPerInch = 25.4;
 
-// The length in pixels of the dark line through the place along x or y. It ends where there is no ink at all.
+// The length in pixels of the dark line that passes through the place along x or y. A white pixel ends it.
 double lineLength(const cv::Mat &page, cv::Point2d place, bool isAlongY) {
     const cv::Point step = isAlongY ? cv::Point(0, 1) : cv::Point(1, 0);
     cv::Point at(cvRound(place.x), cvRound(place.y));
@@ -135,7 +136,7 @@ TEST_F(PrintedLayout, drawsCheckBarsOfTheLengthTheySay) {
         double gridSpacing;
         double lengthAlongY;
     };
-    // The second leaves no room beside it, so that a shorter bar stands below it.
+    // The second pattern leaves no room beside it, so a shorter bar is drawn below it.
     for (const Case &test : {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", 12.5, 100.0},
                              Case{R"({"Type": "SingleCustom", "GridSpacing": 22})", 22.0, 30.0}}) {
         savePdf(test.pattern);

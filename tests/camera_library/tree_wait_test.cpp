@@ -14,7 +14,7 @@ using lmlib64::Node;
 using lmlib64::NodeObject;
 using lmlib64::Tree;
 
-// Starts a wait on a thread of its own, and returns when it waits.
+// Starts a wait on a thread of its own, and returns as soon as that thread waits.
 std::future<LmLibResult> startWait(Tree &tree, const std::string &path, LmLibType type) {
     const std::size_t before = tree.waitCount();
     auto wait = std::async(std::launch::async, [&tree, path, type] { return tree.waitForType(path, type, true); });

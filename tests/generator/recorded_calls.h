@@ -20,7 +20,7 @@ inline int count(const QString &beginning) {
     return all().filter(QRegularExpression("^" + QRegularExpression::escape(beginning))).size();
 }
 
-// Lines with the slot for "$" and the element of "Patterns" for "@".
+// The lines with "$" replaced by the slot, and "@" by the first element of the slot's "Patterns".
 inline QStringList inSlot(int slot, const QStringList &lines) {
     QStringList filled;
     for (QString line : lines) {
@@ -36,7 +36,8 @@ inline QStringList runCalls(const QString &command) {
             "lmLibGetType $/Result/ErrorSymbol"};
 }
 
-// Every call of one update, given those that write the pattern; for the 4 x 4 picture of the default script.
+// All calls of one update, given the calls that write the pattern. The picture is the default script's, of 4 x 4
+// pixels.
 inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
     return inSlot(slot, QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",
                                     "lmLibSetInt $/Parameters/ImageSize 2000"} +

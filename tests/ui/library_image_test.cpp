@@ -1,4 +1,4 @@
-// Binary items turned to pictures, over every shape the library can hand out.
+// The conversion of binary items to pictures, for every layout that the library can return.
 #include "ui/library_image.h"
 
 #include <gtest/gtest.h>
@@ -57,7 +57,8 @@ TEST(LibraryImage, isIndexedGrayOfOneChannelAndElseRgb) {
     EXPECT_EQ(color.pixel(0, 0), qRgb(10, 20, 30));
     EXPECT_EQ(color.pixel(0, 1), qRgb(40, 50, 60));
 
-    // Of other channel counts nothing beyond the bytes is read; rows too short for RGB give no picture.
+    // Any other channel count is read as RGB, but never beyond the item's bytes; if its rows are too short for RGB,
+    // there is no picture.
     EXPECT_EQ(convert(binary(2, 1, 4, {1, 2, 3, 4, 5, 6, 7, 8})).pixel(1, 0), qRgb(4, 5, 6));
     EXPECT_TRUE(convert(binary(2, 1, 2, {1, 2, 3, 4})).isNull());
 }

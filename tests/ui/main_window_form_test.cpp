@@ -1,4 +1,4 @@
-// The form as the user finds it: what stands where, with which ranges, defaults, texts and tips.
+// The form as the user sees it: where the widgets are, and their ranges, defaults, texts and tips.
 #include "ui/main_window_form.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,8 @@ namespace {
 
 constexpr Qt::Alignment rightCentred = Qt::AlignRight | Qt::AlignVCenter;
 
-// A text in quotation marks; an input as its name, its value and its range; "off" where it takes no input.
+// Describes a label by its text in quotation marks, and an input by its name, value and range; adds "off" if the widget
+// is disabled.
 QString described(const QWidget *widget) {
     QString text = widget->objectName();
     if (const auto *label = qobject_cast<const QLabel *>(widget)) {
@@ -44,7 +45,7 @@ QString described(const QWidget *widget) {
     return widget->isEnabled() ? text : text + " off";
 }
 
-// The widgets from top to bottom, those beside one another from left to right on one line.
+// One line for each row of widgets, from top to bottom; within a line, the widgets from left to right.
 QStringList readInOrder(const QWidget *page) {
     auto widgets = page->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
     constexpr int lineHeight = 12;

@@ -1,4 +1,4 @@
-// The way to the viewer: a recording program stands in for it.
+// Starting the viewer, which is replaced by a script that records its arguments.
 #include <gtest/gtest.h>
 
 #include <QFile>
