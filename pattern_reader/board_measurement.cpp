@@ -17,10 +17,9 @@ constexpr float leastCertainty = 0.3F;
 
 MeasuredBoard measureWith(const std::vector<ImageLevel> &levels, CornerLattice &lattice, std::optional<float> blur) {
     MeasuredBoard board;
-    const cv::Mat &picture = levels.front().picture;
-    board.fits = measureCorners(picture, lattice, blur);
+    board.fits = measureCorners(levels, lattice, blur);
     if (!board.fits.empty()) {
-        board.marks = readMarks(picture, lattice, board.fits);
+        board.marks = readMarks(levels.front().picture, lattice, board.fits);
     }
     return board;
 }

@@ -1,231 +1,221 @@
 #include "pattern_reader/corner_fit.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <optional>
+
+#include "pattern_reader/corner_window.h"
 
 namespace pattern_reader {
 
 namespace {
 
-// erf(t / sqrt 2) and its derivative over t, tabulated for |t| up to 4 with linear interpolation between entries.
-class EdgeProfile {
+using Window = CornerWindow;
+using Step = std::array<double, Window::ParameterCount>;
+
+constexpr std::array<Window::Parameter, 2> levelsOnly{Window::Middle, Window::Amplitude};
+constexpr std::array<Window::Parameter, 4> positionOnly{Window::Middle, Window::Amplitude, Window::PositionX,
+                                                        Window::PositionY};
+constexpr std::array<Window::Parameter, 5> positionAndBlur{Window::Middle, Window::Amplitude, Window::Blur,
+                                                           Window::PositionX, Window::PositionY};
+constexpr std::array<Window::Parameter, 9> everything{
+    Window::Middle,          Window::Amplitude,       Window::Blur,      Window::MiddleSlopeX, Window::MiddleSlopeY,
+    Window::AmplitudeSlopeX, Window::AmplitudeSlopeY, Window::PositionX, Window::PositionY};
+
+// The normal equations of one step for `size` of the parameters. With the position's two last, the last two pivots are
+// what all the rest leaves undetermined of the position.
+template <size_t size>
+class NormalEquations {
 public:
-    struct Value {
-        float level, slope;
-    };
-
-    EdgeProfile() {
-        for (int i = 0; i <= count + 1; i++) {
-            const double t = (double(i) - 0.5 * count) / perUnit;
-            values_[size_t(i)] = {float(std::erf(t / std::sqrt(2.0))),
-                                  float(std::sqrt(2 / CV_PI) * std::exp(-t * t / 2))};
+    NormalEquations(const Window &window, const std::array<Window::Parameter, size> &free) : free_(free) {
+        for (size_t i = 0; i < size; i++) {
+            for (size_t j = i; j < size; j++) {
+                matrix_[i][j] = double(window.sumOfSlopes(free[i], free[j]));
+                matrix_[j][i] = matrix_[i][j];
+            }
+            right_[i] = double(window.sumOfErrors(free[i]));
         }
     }
 
-    Value at(float t) const {
-        const float place = std::clamp(t * float(perUnit) + float(count) / 2, 0.0F, float(count));
-        const auto i = size_t(int(place));
-        const float f = place - float(int(i));
-        return {values_[i].level + f * (values_[i + 1].level - values_[i].level),
-                values_[i].slope + f * (values_[i + 1].slope - values_[i].slope)};
-    }
-
-private:
-    static constexpr int perUnit = 64;
-    static constexpr int count = 8 * perUnit;
-    std::array<Value, size_t(count) + 2> values_{};
-};
-
-const EdgeProfile &edgeProfile() {
-    static const EdgeProfile profile;
-    return profile;
-}
-
-constexpr size_t parameters = 5;  // middle, amplitude, x, y, blur
-
-// The borders' directions, of unit length.
-struct Borders {
-    cv::Point2f axis0, axis1;
-
-    Borders(cv::Point2f along0, cv::Point2f along1)
-        : axis0(along0 / std::hypot(along0.x, along0.y)), axis1(along1 / std::hypot(along1.x, along1.y)) {}
-};
-
-// The picture that a fit describes.
-class CornerModel {
-public:
-    struct Value {
-        float grey;
-        std::array<float, parameters> slopes;  // over the parameters
-    };
-
-    CornerModel(const Borders &borders, const CornerFit &fit)
-        : profile_(edgeProfile()), borders_(borders), fit_(fit), inverse_(1 / fit.blur) {}
-
-    cv::Point2f corner() const { return fit_.position; }
-
-    Value at(int x, int y) const {
-        const float dx = float(x) - fit_.position.x;
-        const float dy = float(y) - fit_.position.y;
-        const float a = (borders_.axis0.x * dy - borders_.axis0.y * dx) * inverse_;
-        const float b = (dx * borders_.axis1.y - dy * borders_.axis1.x) * inverse_;
-        const EdgeProfile::Value p = profile_.at(a);
-        const EdgeProfile::Value q = profile_.at(b);
-        const float shape = p.level * q.level;
-        const float pa = p.slope * q.level * inverse_ * fit_.amplitude;
-        const float pb = p.level * q.slope * inverse_ * fit_.amplitude;
-        return {fit_.middle + fit_.amplitude * shape,
-                {1, shape, pa * borders_.axis0.y - pb * borders_.axis1.y,
-                 -pa * borders_.axis0.x + pb * borders_.axis1.x, -(pa * a + pb * b)}};
-    }
-
-private:
-    const EdgeProfile &profile_;
-    Borders borders_;
-    CornerFit fit_;
-    float inverse_;  // of the blur
-};
-
-// Sums over pixels. Single precision is enough: at most a few hundred pixels of grey levels.
-struct PixelSums {
-    std::array<std::array<float, parameters>, parameters> products{};  // of two slopes; the upper right triangle
-    std::array<float, parameters> errors{};                            // times each slope
-    float squares = 0;                                                 // of the errors
-
-    void add(const std::array<float, parameters> &slopes, float error) {
-        for (size_t i = 0; i < parameters; i++) {
-            for (size_t j = i; j < parameters; j++) {
-                products[i][j] += slopes[i] * slopes[j];
-            }
-            errors[i] += slopes[i] * error;
-        }
-        squares += error * error;
-    }
-
-    // The middle's slope is 1, so its square counts the pixels.
-    float rootMeanSquare() const { return std::sqrt(squares / products[0][0]); }
-
-    // The position's standard deviation along one axis, by the noise that the errors show.
-    float positionSigma() const {
-        const float xx = products[2][2];
-        const float yy = products[3][3];
-        const float determinant = xx * yy - products[2][3] * products[2][3];
-        const float variance = squares / std::max(1.0F, products[0][0] - float(parameters));
-        return std::sqrt(variance * 0.5F * (xx + yy) / determinant);
-    }
-};
-
-// The normal equations of one step.
-struct NormalEquations {
-    std::array<std::array<double, parameters>, parameters> matrix{};
-    std::array<double, parameters> right{};
-
-    explicit NormalEquations(const PixelSums &sums) {
-        for (size_t i = 0; i < parameters; i++) {
-            for (size_t j = i; j < parameters; j++) {
-                matrix[i][j] = sums.products[i][j];
-                matrix[j][i] = sums.products[i][j];
-            }
-            right[i] = sums.errors[i];
+    // Adds what is known beforehand: that the sum of factor * parameter misses its value by `error`.
+    void add(Window::Parameter first, double firstFactor, Window::Parameter second, double secondFactor, double error,
+             double weight) {
+        const size_t i = indexOf(first);
+        const size_t j = indexOf(second);
+        matrix_[i][i] += weight * firstFactor * firstFactor;
+        right_[i] += weight * firstFactor * error;
+        if (i != j) {
+            matrix_[j][j] += weight * secondFactor * secondFactor;
+            matrix_[i][j] += weight * firstFactor * secondFactor;
+            matrix_[j][i] = matrix_[i][j];
+            right_[j] += weight * secondFactor * error;
         }
     }
 
-    // Solves for the first `count` parameters in place of `right`; false when they are not determined.
-    bool solve(size_t count) {
-        for (size_t i = 0; i < count; i++) {
-            if (!(matrix[i][i] > 1e-9)) {
-                return false;
+    // The step, 0 for what is not free; nothing if the parameters are not determined.
+    std::optional<Step> solve() {
+        for (size_t i = 0; i < size; i++) {
+            if (!(matrix_[i][i] > 1e-9)) {
+                return std::nullopt;
             }
-            for (size_t k = i + 1; k < count; k++) {
-                const double factor = matrix[k][i] / matrix[i][i];
-                for (size_t j = i; j < count; j++) {
-                    matrix[k][j] -= factor * matrix[i][j];
+            for (size_t k = i + 1; k < size; k++) {
+                const double factor = matrix_[k][i] / matrix_[i][i];
+                for (size_t j = i; j < size; j++) {
+                    matrix_[k][j] -= factor * matrix_[i][j];
                 }
-                right[k] -= factor * right[i];
+                right_[k] -= factor * right_[i];
             }
         }
-        for (size_t i = count; i-- > 0;) {
-            for (size_t j = i + 1; j < count; j++) {
-                right[i] -= matrix[i][j] * right[j];
+        Step step{};
+        for (size_t i = size; i-- > 0;) {
+            double rest = right_[i];
+            for (size_t j = i + 1; j < size; j++) {
+                rest -= matrix_[i][j] * step[free_[j]];
             }
-            right[i] /= matrix[i][i];
+            step[free_[i]] = rest / matrix_[i][i];
         }
-        return true;
+        return step;
     }
-};
 
-// Holds the model against the disc around its corner; false when the disc leaves the picture.
-bool compare(const cv::Mat &picture, const CornerModel &model, float radius, PixelSums &sums) {
-    const int reach = int(radius);
-    const int cx = int(std::lround(model.corner().x));
-    const int cy = int(std::lround(model.corner().y));
-    if (cx < reach || cy < reach || cx + reach >= picture.cols || cy + reach >= picture.rows) {
-        return false;
+    // After solve: the mean variance of the position along one axis, for pixels with a variance of 1.
+    double positionVariance() const {
+        const double xx = matrix_[size - 2][size - 2];
+        const double xy = matrix_[size - 2][size - 1];
+        const double yy = matrix_[size - 1][size - 1];  // with x unknown
+        return 0.5 * (1 / yy + 1 / xx + xy * xy / (xx * xx * yy));
     }
-    for (int y = cy - reach; y <= cy + reach; y++) {
-        const uchar *row = picture.ptr(y);
-        const auto width = int(std::sqrt(std::max(0.0F, radius * radius - float((y - cy) * (y - cy)))));
-        for (int x = cx - width; x <= cx + width; x++) {
-            const CornerModel::Value expected = model.at(x, y);
-            sums.add(expected.slopes, float(row[x]) - expected.grey);
-        }
+
+private:
+    size_t indexOf(Window::Parameter parameter) const {
+        return size_t(std::find(free_.begin(), free_.end(), parameter) - free_.begin());
     }
-    return true;
-}
+
+    std::array<Window::Parameter, size> free_;
+    std::array<std::array<double, size>, size> matrix_{};
+    std::array<double, size> right_{};
+};
 
 // Takes a step, but none so long that it leaves what the slopes can tell.
-void change(CornerFit &fit, const std::array<double, parameters> &step, bool fitBlur) {
-    fit.middle += float(step[0]);
-    fit.amplitude += float(step[1]);
-    fit.position += cv::Point2f(float(std::clamp(step[2], -0.7, 0.7)), float(std::clamp(step[3], -0.7, 0.7)));
-    if (fitBlur) {
-        fit.blur = std::clamp(fit.blur + float(std::clamp(step[4], -0.3, 0.3)), 0.35F, 6.0F);
-    }
+void change(CornerFit &fit, const Step &step) {
+    const auto limited = [&](Window::Parameter p, double limit) { return float(std::clamp(step[p], -limit, limit)); };
+    fit.middle += float(step[Window::Middle]);
+    fit.amplitude += float(step[Window::Amplitude]);
+    fit.blur = std::clamp(fit.blur + limited(Window::Blur, 0.3), 0.35F, 6.0F);
+    fit.middleSlope += cv::Point2f(float(step[Window::MiddleSlopeX]), float(step[Window::MiddleSlopeY]));
+    fit.amplitudeSlope += cv::Point2f(float(step[Window::AmplitudeSlopeX]), float(step[Window::AmplitudeSlopeY]));
+    fit.position += cv::Point2f(limited(Window::PositionX, 0.7), limited(Window::PositionY, 0.7));
 }
 
-bool isSmall(const std::array<double, parameters> &step, bool fitBlur) {
-    return std::abs(step[2]) + std::abs(step[3]) < 0.004 && (!fitBlur || std::abs(step[4]) < 0.01);
+bool isSmall(const Step &step, double limit) {
+    return std::abs(step[Window::PositionX]) + std::abs(step[Window::PositionY]) < limit &&
+           std::abs(step[Window::Blur]) < 2.5 * limit;
+}
+
+bool hasLeft(cv::Point2f start, float radius, const CornerFit &fit) {
+    const cv::Point2f moved = fit.position - start;
+    return !(std::hypot(moved.x, moved.y) < std::max(0.8F, 0.5F * radius));
+}
+
+template <size_t size>
+std::optional<Step> stepOf(const Window &window, const std::array<Window::Parameter, size> &free) {
+    return NormalEquations<size>(window, free).solve();
+}
+
+// Both levels' slopes must agree with their changes over the lattice's steps, and the blur with that of the board.
+void addPrior(NormalEquations<everything.size()> &equations, const CornerBorders &borders, const CornerPrior &prior,
+              const CornerFit &fit) {
+    const auto weight = [&](float deviation) { return double(prior.noise * prior.noise / (deviation * deviation)); };
+    for (size_t i = 0; i < 2; i++) {
+        const cv::Point2f step = borders.steps[i];
+        const CornerPrior::Change &expected = prior.changes[i];
+        equations.add(Window::MiddleSlopeX, double(step.x), Window::MiddleSlopeY, double(step.y),
+                      double(expected.middle - step.dot(fit.middleSlope)), weight(expected.deviation));
+        equations.add(Window::AmplitudeSlopeX, double(step.x), Window::AmplitudeSlopeY, double(step.y),
+                      double(expected.amplitude - step.dot(fit.amplitudeSlope)), weight(expected.deviation));
+    }
+    equations.add(Window::Blur, 1, Window::Blur, 1, double(prior.blur - fit.blur), weight(prior.blurDeviation));
+}
+
+// What the errors say of the noise.
+void assess(const Window &window, const CornerPrior &prior, double positionVariance, CornerFit &fit) {
+    const size_t pairs = window.count() / 2;
+    float odd = 0;
+    for (size_t i = 0; i < pairs; i++) {
+        const float difference = window.error(i) - window.error(window.count() - 1 - i);
+        odd += 0.5F * difference * difference;
+    }
+    // The position and, as far as they are free, the slopes take their share.
+    constexpr float fitted = 3;
+    const float weight = std::max(1.0F, float(pairs) - fitted);
+    fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
+    fit.noise = std::sqrt(odd / weight);
+    const float variance = (odd + prior.noiseWeight * prior.noise * prior.noise) / (weight + prior.noiseWeight);
+    fit.sigma = std::sqrt(variance * float(positionVariance));
 }
 
 }  // namespace
 
-bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, float radius, bool fitBlur, int steps,
+bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit) {
-    const Borders borders(axis0, axis1);
     const cv::Point2f start = fit.position;
     // Without a start for the grey levels the first step asks for nothing else.
-    bool levelsOnly = fit.amplitude == 0;
-    if (levelsOnly) {
+    bool levels = fit.amplitude == 0;
+    if (levels) {
         fit.middle = 0;
     }
+    Window window;
     for (int i = 0; i < steps; i++) {
-        PixelSums sums;
-        if (!compare(picture, CornerModel(borders, fit), radius, sums)) {
+        if (!window.take(picture, borders, fit, radius, 1000)) {
             return false;
         }
-        NormalEquations equations(sums);
-        if (!equations.solve(levelsOnly ? 2 : fitBlur ? 5 : 4)) {
+        window.compare(borders, fit);
+        fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
+        const std::optional<Step> step = levels                               ? stepOf(window, levelsOnly)
+                                         : free == CornerParameters::Position ? stepOf(window, positionOnly)
+                                                                              : stepOf(window, positionAndBlur);
+        if (!step) {
             return false;
         }
-        const std::array<double, parameters> &step = equations.right;
-        fit.residual = sums.rootMeanSquare();
-        fit.sigma = sums.positionSigma();
-        if (levelsOnly) {
-            fit.middle = float(step[0]);
-            fit.amplitude = float(step[1]);
-            levelsOnly = false;
-            continue;
-        }
-        change(fit, step, fitBlur);
-        const cv::Point2f moved = fit.position - start;
-        if (!(std::hypot(moved.x, moved.y) < std::max(0.8F, 0.5F * radius))) {
+        change(fit, *step);
+        if (hasLeft(start, radius, fit)) {
             return false;
         }
-        if (isSmall(step, fitBlur)) {
+        if (!levels && isSmall(*step, 0.004)) {
+            break;
+        }
+        levels = false;
+    }
+    return true;
+}
+
+bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, const CornerPrior &prior,
+                  int steps, CornerFit &fit) {
+    const cv::Point2f start = fit.position;
+    Window window;
+    double variance = 0;
+    for (int i = 0; i < steps; i++) {
+        if (!window.take(picture, borders, fit, radius, 3 * fit.blur + 1)) {
+            return false;
+        }
+        window.compare(borders, fit);
+        NormalEquations<everything.size()> equations(window, everything);
+        addPrior(equations, borders, prior, fit);
+        const std::optional<Step> step = equations.solve();
+        if (!step) {
+            return false;
+        }
+        change(fit, *step);
+        variance = equations.positionVariance();
+        if (hasLeft(start, radius, fit)) {
+            return false;
+        }
+        // What is left after such a step is its square.
+        if (isSmall(*step, 0.03)) {
             break;
         }
     }
+    window.updateErrors(borders, fit);
+    assess(window, prior, variance, fit);
     return true;
 }
 

@@ -1,28 +1,67 @@
 // Measures a checkerboard corner by fitting the blurred picture of four areas to the grey levels around it:
 //
-//   grey = middle + amplitude * erf(a / (sqrt 2 * blur)) * erf(b / (sqrt 2 * blur))
+//   grey = M(d) + A(d) * erf(a / (sqrt 2 * blur)) * erf(b / (sqrt 2 * blur))
 //
-// a and b being the distances from the two borders. The borders' directions are the caller's, who knows them from the
-// lattice far better than a few pixels can say; blur is one value for a picture and can be held fixed.
+// a and b are the distances from the two borders; M and A, the middle grey and the amplitude, change linearly with the
+// distance d from the corner, because light does. The borders' directions and bends are the caller's, who knows them
+// from the lattice far better than a few pixels can say.
+//
+// The position is right for any blur that looks the same after half a turn, such as a defocused lens's disc: an error
+// of the model that looks the same after half a turn does not move the corner. That is why noise is estimated from the
+// part of the errors that changes sign when turned.
 #pragma once
 
+#include <array>
 #include <opencv2/core.hpp>
 
 namespace pattern_reader {
 
+// The two borders that cross in a corner. In the image (x right, y down) axis 1 is clockwise of axis 0.
+struct CornerBorders {
+    std::array<cv::Point2f, 2> steps;  // to the next corner along each axis, pixels
+    // Half the curvature of each border, per pixel; positive if it bends to the clockwise side of axis 0, or to the
+    // counterclockwise side of axis 1.
+    std::array<float, 2> bends{0, 0};
+    // The distances from each border at which a square's mark may begin. Pixels that see it are left out.
+    std::array<float, 2> marks{1000, 1000};
+};
+
 struct CornerFit {
     cv::Point2f position;
     float middle = 0;
-    float amplitude = 0;  // positive when the area between axis 0 and axis 1 is light
-    float blur = 1;       // standard deviation in pixels, the pixel's own area included
-    float residual = 0;   // root mean square, grey levels
-    float sigma = 0;      // standard deviation of the position along one axis, pixels
+    float amplitude = 0;         // positive if the area between axis 0 and axis 1 is light
+    float blur = 1;              // standard deviation in pixels, the pixel's own area included
+    cv::Point2f middleSlope;     // grey levels per pixel
+    cv::Point2f amplitudeSlope;  // grey levels per pixel
+    float residual = 0;          // root mean square of all errors, grey levels
+    float noise = 0;             // the same of the errors that half a turn does not repeat
+    float sigma = 0;             // standard deviation of the position along one axis, pixels
 };
 
-// Improves fit (position and blur are the start) over a disc of the given radius in pixels. axis0 and axis1 are the
-// directions of the borders, of any length, axis1 clockwise of axis0. False when the fit does not settle within half
-// the radius, or the disc leaves the picture.
-bool fitCorner(const cv::Mat &picture, cv::Point2f axis0, cv::Point2f axis1, float radius, bool fitBlur, int steps,
+// What the surroundings say of a corner's light and blur.
+struct CornerPrior {
+    struct Change {
+        float middle = 0;
+        float amplitude = 0;
+        float deviation = 0;  // standard deviation of both
+    };
+    std::array<Change, 2> changes;  // of the levels over one step along each axis, grey levels
+    float blur = 1;                 // pixels
+    float blurDeviation = 0;
+    float noise = 1;        // standard deviation of a pixel, grey levels
+    float noiseWeight = 0;  // how many pixels' worth of knowledge that is
+};
+
+enum class CornerParameters { Position, PositionAndBlur };
+
+// Improves fit (position and blur are the start) over a disc of the given radius in pixels, with even light. False if
+// the fit does not settle within half the radius, or the disc leaves the picture.
+bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit);
+
+// Improves a fit that is nearly right: position, blur and the levels' slopes, within what the prior allows. Gives the
+// fit its residual, noise and sigma. Fails as fitCorner does.
+bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, const CornerPrior &prior,
+                  int steps, CornerFit &fit);
 
 }  // namespace pattern_reader

@@ -2,80 +2,42 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/calib3d.hpp>
 #include <optional>
+
+#include "pattern_reader/corner_surroundings.h"
+#include "pattern_reader/corner_window.h"
+#include "pattern_reader/position_sigma.h"
 
 namespace pattern_reader {
 
 namespace {
 
-// The lattice's steps where a corner has no neighbours to take them from: by a plane's map through all corners.
-class MappedSteps {
-public:
-    explicit MappedSteps(const CornerLattice &lattice) : lattice_(lattice) {}
-
-    bool at(cv::Point cell, cv::Point step, cv::Point2f &direction) {
-        if (!tried_) {
-            tried_ = true;
-            fit();
-        }
-        if (!known_) {
-            return false;
-        }
-        direction = (project(cell + step) - project(cell - step)) / 2;
-        return std::isfinite(direction.x) && std::isfinite(direction.y) && direction.dot(direction) > 1;
-    }
-
-private:
-    void fit() {
-        constexpr size_t wanted = 100;
-        std::vector<cv::Point2f> cells;
-        std::vector<cv::Point2f> images;
-        for (size_t i = 0; i < lattice_.corners.size(); i += lattice_.corners.size() / wanted + 1) {
-            cells.emplace_back(lattice_.corners[i].cell);
-            images.push_back(lattice_.corners[i].position);
-        }
-        const cv::Mat map = cells.size() < 4 ? cv::Mat() : cv::findHomography(cells, images);
-        known_ = !map.empty();
-        if (known_) {
-            imageFromCell_ = map;
-        }
-    }
-
-    cv::Point2f project(cv::Point cell) const {
-        const cv::Vec3d v = imageFromCell_ * cv::Vec3d(cell.x, cell.y, 1);
-        return {float(v[0] / v[2]), float(v[1] / v[2])};
-    }
-
-    const CornerLattice &lattice_;
-    cv::Matx33d imageFromCell_;
-    bool tried_ = false;
-    bool known_ = false;
-};
-
-// The lattice step through a corner along one axis, from its neighbours on either side or on one.
-bool stepThrough(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step, cv::Point2f &direction) {
-    const LatticeCorner *before = lattice.at(corner.cell - step);
-    const LatticeCorner *after = lattice.at(corner.cell + step);
-    if (before == nullptr && after == nullptr) {
-        return false;
-    }
-    const cv::Point2f from = before != nullptr ? before->position : corner.position;
-    const cv::Point2f to = after != nullptr ? after->position : corner.position;
-    direction = to - from;
-    if (before != nullptr && after != nullptr) {
-        direction /= 2;
-    }
-    return true;
+float length(cv::Point2f v) {
+    return std::hypot(v.x, v.y);
 }
 
 // Inside this radius there are four areas and nothing else: the squares' marks begin a third of the way along both
 // axes.
-float cleanRadius(cv::Point2f step0, cv::Point2f step1) {
-    const auto length = [](cv::Point2f v) { return std::hypot(v.x, v.y); };
+float cleanRadius(const CornerBorders &borders) {
+    const auto &[step0, step1] = borders.steps;
     const float diagonal = std::min(length(step0 + step1), length(step0 - step1));
-    const float shortest = std::min(length(step0), length(step1));
-    return std::clamp(std::min(0.42F * shortest, 0.9F * diagonal / 3), 1.8F, 7.0F);
+    return std::max(std::min(0.42F * std::min(length(step0), length(step1)), 0.9F * diagonal / 3), 1.8F);
+}
+
+// Distances of the two parallel borders next to each border.
+std::array<float, 2> widthsOf(const CornerBorders &borders) {
+    const auto &[step0, step1] = borders.steps;
+    const float area = std::abs(float(step0.cross(step1)));
+    return {area / length(step0), area / length(step1)};
+}
+
+// How far along the borders the picture is that of this corner alone: half way to the next one.
+float refinedRadius(const CornerBorders &borders, float blur) {
+    const auto &[step0, step1] = borders.steps;
+    const std::array<float, 2> widths = widthsOf(borders);
+    const float width = std::min(widths[0], widths[1]);
+    const float clear = std::clamp(width - 2.5F * blur, 0.35F * width, 0.75F * width);
+    return std::max(std::min(clear, 0.5F * std::min(length(step0), length(step1))), 1.8F);
 }
 
 float medianOf(std::vector<float> values) {
@@ -84,55 +46,175 @@ float medianOf(std::vector<float> values) {
     return *middle;
 }
 
+// The fit as it is in the image, from what it is in a level.
+CornerFit toImage(const ImageLevel &level, CornerFit fit) {
+    const float scale = level.scale();
+    fit.position = level.toImage(fit.position);
+    // A level's pixel averages over `scale` of the image's, which is a blur by itself.
+    fit.blur = std::sqrt(std::max(0.1F, fit.blur * fit.blur * scale * scale - (scale * scale - 1) / 12));
+    fit.sigma *= scale;
+    fit.middleSlope /= scale;
+    fit.amplitudeSlope /= scale;
+    return fit;
+}
+
+CornerFit fromImage(const ImageLevel &level, CornerFit fit) {
+    const float scale = level.scale();
+    fit.position = level.fromImage(fit.position);
+    fit.blur = std::sqrt(fit.blur * fit.blur + (scale * scale - 1) / 12) / scale;
+    fit.sigma /= scale;
+    fit.middleSlope *= scale;
+    fit.amplitudeSlope *= scale;
+    return fit;
+}
+
+CornerBorders fromImage(const ImageLevel &level, CornerBorders borders) {
+    const float scale = level.scale();
+    for (size_t i = 0; i < 2; i++) {
+        borders.steps[i] /= scale;
+        borders.bends[i] *= scale;
+    }
+    const std::array<float, 2> widths = widthsOf(borders);
+    borders.marks = {widths[0] / 3, widths[1] / 3};
+    return borders;
+}
+
 // Fits the corners that a lattice has.
 class CornerMeasurement {
 public:
-    CornerMeasurement(const cv::Mat &picture, CornerLattice &lattice)
-        : picture_(picture),
-          lattice_(lattice),
-          mapped_(lattice),
-          fits_(lattice.corners.size()),
-          good_(lattice.corners.size(), false) {}
+    CornerMeasurement(const std::vector<ImageLevel> &pyramid, CornerLattice &board)
+        : levels(pyramid),
+          lattice(board),
+          surroundings(board),
+          fits(board.corners.size()),
+          good(board.corners.size(), false) {}
 
-    // The blur of the whole from a few corners spread over the lattice; nothing when none of them can be fitted.
-    std::optional<float> blur();
-    // Fits all of them with this blur and moves them to where they were found.
-    void fitAll(float blur);
-    // Once more with directions from the measured neighbours.
-    void fitAgain();
-    // Leaves only the measured corners in the lattice and gives their fits.
-    std::vector<CornerFit> keepGood();
+    std::vector<CornerFit> measure(std::optional<float> knownBlur);
 
 private:
-    bool fitOne(const LatticeCorner &corner, bool fitBlur, int steps, CornerFit &fit);
-    bool startFromNeighbour(size_t corner);
-    void moveGood();
+    static constexpr size_t sampleCount = 24;
+    static constexpr float searchRadius = 7;  // pixels
 
-    const cv::Mat &picture_;
-    CornerLattice &lattice_;
-    MappedSteps mapped_;
-    std::vector<CornerFit> fits_;
-    std::vector<bool> good_;
+    size_t sampleStride() const { return std::max<size_t>(1, fits.size() / sampleCount); }
+    // The typical length of the lattice's steps, pixels.
+    float typicalStep() const;
+    const ImageLevel &searchLevel() const;
+    const ImageLevel &bestLevel(const ImageLevel &search, float blur) const;
+    // The blur of the whole from a few corners spread over the lattice; nothing when none of them can be fitted.
+    std::optional<float> blurIn(const ImageLevel &level);
+    bool startFromNeighbour(size_t corner);
+    bool fitOne(const ImageLevel &level, const LatticeCorner &corner, CornerParameters free, int steps,
+                CornerFit &fit) const;
+    bool refineOne(const ImageLevel &level, const LatticeCorner &corner, CornerFit &fit) const;
+    void fitAll(const ImageLevel &level, float blur);
+    void refineAll(const ImageLevel &level);
+    void keepGood();
+    void measureMissing(const ImageLevel &search, const ImageLevel &best);
+    bool findMissing(const ImageLevel &search, const ImageLevel &best, cv::Point cell, const CornerFit &neighbour);
+
+    const std::vector<ImageLevel> &levels;
+    CornerLattice &lattice;
+    CornerSurroundings surroundings;
+    std::vector<CornerFit> fits;  // image coordinates
+    std::vector<bool> good;
+    float boardBlur = 1;          // image pixels
+    float blurTolerance = 0.25F;  // standard deviation of the corners' blur, as a part of the board's
+    float boardNoise = 1;         // of one pixel in the best level, grey levels
+    float lightScatter = 1;       // of the levels around their planes, grey levels
 };
 
-bool CornerMeasurement::fitOne(const LatticeCorner &corner, bool fitBlur, int steps, CornerFit &fit) {
-    const auto step = [&](cv::Point along, cv::Point2f &direction) {
-        return stepThrough(lattice_, corner, along, direction) || mapped_.at(corner.cell, along, direction);
-    };
-    cv::Point2f step0;
-    cv::Point2f step1;
-    return step({1, 0}, step0) && step({0, 1}, step1) &&
-           fitCorner(picture_, step0, step1, cleanRadius(step0, step1), fitBlur, steps, fit);
+float CornerMeasurement::typicalStep() const {
+    std::vector<float> steps;
+    for (size_t i = 0; i < lattice.corners.size(); i += sampleStride()) {
+        steps.push_back(lattice.spacingAt(lattice.corners[i].cell));
+    }
+    return medianOf(steps);
 }
 
-std::optional<float> CornerMeasurement::blur() {
-    constexpr size_t samples = 24;
-    const size_t count = fits_.size();
+const ImageLevel &CornerMeasurement::searchLevel() const {
+    const float step = typicalStep();
+    size_t number = 0;
+    while (number + 1 < levels.size() && step > 28 * levels[number].scale()) {
+        number++;
+    }
+    return levels[number];
+}
+
+// The deviation of a corner goes down with the length of the borders in the window and up with the blur, to which a
+// coarser level's pixels add. Of the levels that are about as exact as the best the coarsest is the quickest.
+const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
+    const float step = typicalStep();
+    const auto merit = [&](const ImageLevel &level) {
+        const float scale = level.scale();
+        return std::min(0.5F * step, CornerWindow::largestRadius * scale) /
+               std::sqrt(blur * blur + (scale * scale - 1) / 12);
+    };
+    constexpr float leastStep = 9;
+    size_t best = 0;
+    float highest = 0;
+    for (const ImageLevel &level : levels) {
+        highest = std::max(highest, merit(level));
+    }
+    for (size_t i = 0; i < levels.size() && int(i) <= search.number + 1; i++) {
+        const bool wide = i == 0 || (step > leastStep * levels[i].scale() && blur > 0.36F * levels[i].scale());
+        if (wide && merit(levels[i]) > 0.97F * highest) {
+            best = i;
+        }
+    }
+    return levels[best];
+}
+
+bool CornerMeasurement::fitOne(const ImageLevel &level, const LatticeCorner &corner, CornerParameters free, int steps,
+                               CornerFit &fit) const {
+    const std::optional<CornerBorders> borders = surroundings.bordersOf(corner);
+    if (!borders) {
+        return false;
+    }
+    const CornerBorders here = fromImage(level, *borders);
+    CornerFit inLevel = fromImage(level, fit);
+    if (!fitCorner(level.picture, here, std::min(cleanRadius(here), searchRadius), free, steps, inLevel)) {
+        return false;
+    }
+    fit = toImage(level, inLevel);
+    return true;
+}
+
+bool CornerMeasurement::refineOne(const ImageLevel &level, const LatticeCorner &corner, CornerFit &fit) const {
+    const std::optional<CornerBorders> borders = surroundings.bordersOf(corner);
+    if (!borders) {
+        return false;
+    }
+    CornerFit inLevel = fromImage(level, fit);
+    const CornerBorders here = fromImage(level, *borders);
+    CornerPrior prior;
+    prior.changes = surroundings.lightAround(corner, fits, lightScatter);
+    CornerFit board;
+    board.blur = boardBlur;
+    prior.blur = fromImage(level, board).blur;
+    prior.blurDeviation = blurTolerance * prior.blur;
+    prior.noise = boardNoise;
+    prior.noiseWeight = 30;
+    // The whole clean disc, or as much of it as lies in the picture.
+    const cv::Point2f p = inLevel.position;
+    const float room = std::min(std::min(p.x, p.y),
+                                std::min(float(level.picture.cols - 1) - p.x, float(level.picture.rows - 1) - p.y)) -
+                       1;
+    const float clean = refinedRadius(here, inLevel.blur);
+    const float radius = std::max(std::min(clean, room), std::min(clean, searchRadius));
+    if (!refineCorner(level.picture, here, radius, prior, 3, inLevel)) {
+        return false;
+    }
+    fit = toImage(level, inLevel);
+    return true;
+}
+
+std::optional<float> CornerMeasurement::blurIn(const ImageLevel &level) {
     std::vector<float> blurs;
-    for (size_t i = 0; i < count; i += std::max<size_t>(1, count / samples)) {
+    for (size_t i = 0; i < fits.size(); i += sampleStride()) {
         CornerFit sample;
-        sample.position = lattice_.corners[i].position;
-        if (fitOne(lattice_.corners[i], true, 6, sample)) {
+        sample.position = lattice.corners[i].position;
+        sample.blur = level.scale();
+        if (fitOne(level, lattice.corners[i], CornerParameters::PositionAndBlur, 6, sample)) {
             blurs.push_back(sample.blur);
         }
     }
@@ -142,104 +224,144 @@ std::optional<float> CornerMeasurement::blur() {
 // A neighbour's grey levels, light and dark exchanged, spare the step that asks for nothing else. False without one.
 bool CornerMeasurement::startFromNeighbour(size_t corner) {
     for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
-        const int k = lattice_.indexAt(lattice_.corners[corner].cell + step);
-        if (k >= 0 && size_t(k) < corner && good_[size_t(k)]) {
-            fits_[corner].middle = fits_[size_t(k)].middle;
-            fits_[corner].amplitude = -fits_[size_t(k)].amplitude;
+        const int k = lattice.indexAt(lattice.corners[corner].cell + step);
+        if (k >= 0 && size_t(k) < corner && good[size_t(k)]) {
+            fits[corner].middle = fits[size_t(k)].middle;
+            fits[corner].amplitude = -fits[size_t(k)].amplitude;
             return true;
         }
     }
     return false;
 }
 
-void CornerMeasurement::fitAll(float blur) {
-    for (size_t i = 0; i < fits_.size(); i++) {
-        const LatticeCorner &corner = lattice_.corners[i];
-        fits_[i].position = corner.position;
-        fits_[i].blur = blur;
-        const float sign = lattice_.isLight(corner.cell) ? 1.0F : -1.0F;
+void CornerMeasurement::fitAll(const ImageLevel &level, float blur) {
+    std::vector<float> residuals;
+    for (size_t i = 0; i < fits.size(); i++) {
+        const LatticeCorner &corner = lattice.corners[i];
+        fits[i].position = corner.position;
+        fits[i].blur = blur;
+        const float sign = lattice.isLight(corner.cell) ? 1.0F : -1.0F;
         const bool started = startFromNeighbour(i);
-        good_[i] = fitOne(corner, false, started ? 2 : 3, fits_[i]) && fits_[i].amplitude * sign > 1 &&
-                   fits_[i].residual < 0.7F * std::abs(fits_[i].amplitude);
+        good[i] = fitOne(level, corner, CornerParameters::Position, started ? 2 : 3, fits[i]) &&
+                  fits[i].amplitude * sign > 1 && fits[i].residual < 0.7F * std::abs(fits[i].amplitude);
+        if (good[i]) {
+            residuals.push_back(fits[i].residual);
+        }
     }
-    moveGood();
-}
-
-void CornerMeasurement::fitAgain() {
-    for (size_t i = 0; i < fits_.size(); i++) {
-        good_[i] = good_[i] && fitOne(lattice_.corners[i], false, 2, fits_[i]);
-    }
-    moveGood();
-}
-
-void CornerMeasurement::moveGood() {
-    for (size_t i = 0; i < fits_.size(); i++) {
-        if (good_[i]) {
-            lattice_.corners[i].position = fits_[i].position;
-            lattice_.corners[i].sigma = fits_[i].sigma;
+    boardNoise = residuals.empty() ? 1.0F : std::max(0.3F, medianOf(residuals));
+    for (size_t i = 0; i < fits.size(); i++) {
+        if (good[i]) {
+            lattice.corners[i].position = fits[i].position;
         }
     }
 }
 
-std::vector<CornerFit> CornerMeasurement::keepGood() {
+void CornerMeasurement::refineAll(const ImageLevel &level) {
+    lightScatter = surroundings.lightScatter(fits, sampleStride());
+    // The noise of the whole first: it decides how much a corner's own light counts.
+    std::vector<float> noises;
+    for (size_t i = 0; i < fits.size(); i += sampleStride()) {
+        CornerFit sample = fits[i];
+        if (good[i] && refineOne(level, lattice.corners[i], sample)) {
+            noises.push_back(sample.noise);
+        }
+    }
+    if (!noises.empty()) {
+        boardNoise = std::max(0.3F, medianOf(noises));
+    }
+    std::vector<CornerFit> refined = fits;
+    for (size_t i = 0; i < fits.size(); i++) {
+        good[i] = good[i] && refineOne(level, lattice.corners[i], refined[i]);
+    }
+    fits = std::move(refined);
+    for (size_t i = 0; i < fits.size(); i++) {
+        if (good[i]) {
+            lattice.corners[i].position = fits[i].position;
+        }
+    }
+}
+
+void CornerMeasurement::keepGood() {
     std::vector<CornerFit> kept;
-    for (size_t i = 0; i < fits_.size(); i++) {
-        if (good_[i]) {
-            kept.push_back(fits_[i]);
+    for (size_t i = 0; i < fits.size(); i++) {
+        if (good[i]) {
+            kept.push_back(fits[i]);
         }
     }
-    lattice_.retain(good_);
-    return kept;
+    fits = std::move(kept);
+    lattice.retain(good);
+}
+
+// Whether a corner lies where its neighbours say: within a fifth of a step along each axis.
+bool liesAt(cv::Point2f expected, const CornerBorders &borders, cv::Point2f position) {
+    const cv::Point2f off = position - expected;
+    const auto &[step0, step1] = borders.steps;
+    const double area = 0.2 * std::abs(step0.cross(step1));
+    return std::abs(off.cross(step1)) < area && std::abs(step0.cross(off)) < area;
+}
+
+bool CornerMeasurement::findMissing(const ImageLevel &search, const ImageLevel &best, cv::Point cell,
+                                    const CornerFit &neighbour) {
+    cv::Point2f expected;
+    if (lattice.indexAt(cell) >= 0 || !lattice.predict(cell, expected)) {
+        return false;
+    }
+    const LatticeCorner corner{cell, expected};
+    const std::optional<CornerBorders> borders = surroundings.bordersByNeighbours(corner);
+    CornerFit fit;
+    fit.position = expected;
+    fit.blur = neighbour.blur;
+    if (!borders || !fitOne(search, corner, CornerParameters::Position, 5, fit)) {
+        return false;
+    }
+    const float amplitude = fit.amplitude * (lattice.isLight(cell) ? 1.0F : -1.0F);
+    if (!(amplitude > 0.5F * std::abs(neighbour.amplitude) && fit.residual < 0.3F * amplitude) ||
+        !refineOne(best, corner, fit) || !liesAt(expected, *borders, fit.position) ||
+        !lattice.add({cell, fit.position})) {
+        return false;
+    }
+    fits.push_back(fit);
+    return true;
 }
 
 // Fits corners where the measured ones around them say there must be some, until there are no more. What is seen there
 // must be as clear as the neighbours are: nothing else says that these are corners.
-void measureMissing(const cv::Mat &picture, CornerLattice &lattice, std::vector<CornerFit> &fits) {
-    const auto tryCell = [&](cv::Point cell, const CornerFit &neighbour) {
-        cv::Point2f expected;
-        if (lattice.indexAt(cell) >= 0 || !lattice.predict(cell, expected)) {
-            return;
-        }
-        const LatticeCorner corner{cell, expected, 0};
-        cv::Point2f step0;
-        cv::Point2f step1;
-        if (!stepThrough(lattice, corner, {1, 0}, step0) || !stepThrough(lattice, corner, {0, 1}, step1)) {
-            return;
-        }
-        CornerFit fit;
-        fit.position = expected;
-        fit.blur = neighbour.blur;
-        if (!fitCorner(picture, step0, step1, cleanRadius(step0, step1), false, 5, fit)) {
-            return;
-        }
-        const float shortest = std::sqrt(std::min(step0.dot(step0), step1.dot(step1)));
-        const cv::Point2f off = fit.position - expected;
-        const float amplitude = fit.amplitude * (lattice.isLight(cell) ? 1.0F : -1.0F);
-        if (amplitude > 0.5F * std::abs(neighbour.amplitude) && fit.residual < 0.3F * amplitude &&
-            off.dot(off) < 0.04F * shortest * shortest && lattice.add({cell, fit.position, 0, fit.sigma})) {
-            fits.push_back(fit);
-        }
-    };
+void CornerMeasurement::measureMissing(const ImageLevel &search, const ImageLevel &best) {
     // The list grows as it is gone through.
     for (size_t i = 0; i < fits.size(); i++) {
         const cv::Point here = lattice.corners[i].cell;
         for (const cv::Point side : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
-            tryCell(here + side, CornerFit(fits[i]));
+            findMissing(search, best, here + side, CornerFit(fits[i]));
         }
     }
 }
 
+std::vector<CornerFit> CornerMeasurement::measure(std::optional<float> knownBlur) {
+    if (lattice.corners.empty()) {
+        return {};
+    }
+    const ImageLevel &search = searchLevel();
+    const std::optional<float> blur = knownBlur ? knownBlur : blurIn(search);
+    if (!blur) {
+        lattice.retain(good);
+        return {};
+    }
+    boardBlur = *blur;
+    blurTolerance = knownBlur ? 0.02F : 0.25F;
+    const ImageLevel &best = bestLevel(search, boardBlur);
+    fitAll(search, boardBlur);
+    refineAll(best);
+    keepGood();
+    measureMissing(search, best);
+    estimateSigmas(lattice, fits);
+    return std::move(fits);
+}
+
 }  // namespace
 
-std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice, std::optional<float> knownBlur) {
-    CornerMeasurement measurement(picture, lattice);
-    if (const std::optional<float> blur = knownBlur ? knownBlur : measurement.blur()) {
-        measurement.fitAll(*blur);
-        measurement.fitAgain();
-    }
-    std::vector<CornerFit> fits = measurement.keepGood();
-    measureMissing(picture, lattice, fits);
-    return fits;
+std::vector<CornerFit> measureCorners(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
+                                      std::optional<float> knownBlur) {
+    return CornerMeasurement(levels, lattice).measure(knownBlur);
 }
 
 }  // namespace pattern_reader

@@ -1,5 +1,8 @@
-// Measures all corners of a lattice: the borders' directions come from the neighbours, the blur is one value for the
-// board.
+// Measures all corners of a lattice: the borders' directions and bends and the change of light come from the
+// neighbours.
+//
+// The corners are first fitted in the level in which their squares have 10 to 20 pixels, then once more in the one that
+// suits blur and size best: a soft or very large board loses nothing when it is halved, and the window stays small.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -8,13 +11,15 @@
 
 #include "pattern_reader/corner_fit.h"
 #include "pattern_reader/corner_lattice.h"
+#include "pattern_reader/image_level.h"
 
 namespace pattern_reader {
 
-// Fits every corner of the lattice, moves it to the measured position and returns the fits, one for each corner.
+// Fits every corner of the lattice, moves it to the measured position and returns the fits, one for each corner, in the
+// image's pixels.
 // Corners that cannot be fitted or differ in contrast from what the lattice says are removed, and those that
 // the lattice lacks are added where the measured ones say they must be. The blur in pixels, if known, is not measured.
-std::vector<CornerFit> measureCorners(const cv::Mat &picture, CornerLattice &lattice,
+std::vector<CornerFit> measureCorners(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                       std::optional<float> knownBlur = std::nullopt);
 
 }  // namespace pattern_reader

@@ -107,7 +107,7 @@ TEST(BoardReading, findsEveryInnerCornerAndNoOther) {
         Board board = takeBoard(view);
         ASSERT_EQ(board.lattices.size(), 1U) << view.name;
         CornerLattice &lattice = board.lattices.front();
-        const std::vector<CornerFit> fits = measureCorners(board.image, lattice);
+        const std::vector<CornerFit> fits = measureCorners(board.levels, lattice);
         EXPECT_EQ(lattice.corners.size(), size_t((columns - 1) * (rows - 1))) << view.name;
         ASSERT_EQ(fits.size(), lattice.corners.size()) << view.name;
         double squared = 0;
@@ -150,7 +150,7 @@ TEST(BoardReading, readsEveryMark) {
         Board board = takeBoard(view);
         ASSERT_EQ(board.lattices.size(), 1U) << view.name;
         CornerLattice &lattice = board.lattices.front();
-        const std::vector<CornerFit> fits = measureCorners(board.image, lattice);
+        const std::vector<CornerFit> fits = measureCorners(board.levels, lattice);
         std::map<std::pair<int, int>, int> seen;
         for (const SquareReading &reading : readMarks(board.image, lattice, fits)) {
             if (reading.certainty < 0.3F || reading.measuredCorners < 4) {

@@ -55,7 +55,7 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
                                 std::sin(float(corner.angle1 * CV_PI / 180)));
         CornerFit fit;
         fit.position = cv::Point2f(15, 15);
-        ASSERT_TRUE(fitCorner(picture, axis0, axis1, 6, true, 12, fit)) << corner.name;
+        ASSERT_TRUE(fitCorner(picture, {{axis0, axis1}}, 6, CornerParameters::PositionAndBlur, 12, fit)) << corner.name;
         EXPECT_NEAR(fit.position.x, corner.at.x, corner.tolerance) << corner.name;
         EXPECT_NEAR(fit.position.y, corner.at.y, corner.tolerance) << corner.name;
         EXPECT_NEAR(fit.blur, corner.sigma, 0.15) << corner.name;
@@ -65,12 +65,13 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
 }
 
 TEST(CornerFit, refusesWhatIsNoCorner) {
+    const CornerBorders upright{{cv::Point2f(1, 0), cv::Point2f(0, 1)}};
     CornerFit fit;
     fit.position = cv::Point2f(15, 15);
-    EXPECT_FALSE(fitCorner(cv::Mat(31, 31, CV_8U, cv::Scalar(80)), {1, 0}, {0, 1}, 5, false, 4, fit));
+    EXPECT_FALSE(fitCorner(cv::Mat(31, 31, CV_8U, cv::Scalar(80)), upright, 5, CornerParameters::Position, 4, fit));
     fit = {};
     fit.position = cv::Point2f(2, 15);
-    EXPECT_FALSE(fitCorner(draw({"", {2, 15}, 0, 90, 1, 90, 0, 0}), {1, 0}, {0, 1}, 5, false, 4, fit))
+    EXPECT_FALSE(fitCorner(draw({"", {2, 15}, 0, 90, 1, 90, 0, 0}), upright, 5, CornerParameters::Position, 4, fit))
         << "at the border";
 }
 

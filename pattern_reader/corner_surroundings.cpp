@@ -1,0 +1,210 @@
+#include "pattern_reader/corner_surroundings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/calib3d.hpp>
+
+namespace pattern_reader {
+
+namespace {
+
+const std::array<cv::Point, 2> axes{cv::Point(1, 0), cv::Point(0, 1)};
+
+// A border as a parabola: from a corner, t lattice steps along it lead to step * t + curve * t².
+struct Parabola {
+    cv::Point2f step, curve;
+};
+
+// Distant corners say more of a border's bend than close ones, whose errors look like one.
+constexpr int farthest = 3;
+
+// Through a corner with neighbours on both sides.
+Parabola symmetricParabola(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step) {
+    const cv::Point2f before = lattice.at(corner.cell - step)->position;
+    const cv::Point2f after = lattice.at(corner.cell + step)->position;
+    Parabola border{(after - before) / 2, (after + before) / 2 - corner.position};
+    for (int reach = 2; reach <= farthest; reach++) {
+        const LatticeCorner *low = lattice.at(corner.cell - reach * step);
+        const LatticeCorner *high = lattice.at(corner.cell + reach * step);
+        if (low == nullptr || high == nullptr) {
+            break;
+        }
+        border.curve = ((high->position + low->position) / 2 - corner.position) / (reach * reach);
+    }
+    return border;
+}
+
+// Through a corner with neighbours on one side only, in direction of the step.
+Parabola oneSidedParabola(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step) {
+    const cv::Point2f next = lattice.at(corner.cell + step)->position;
+    Parabola border{next - corner.position, {}};
+    for (int reach = 1; reach <= farthest; reach++) {
+        const LatticeCorner *middle = lattice.at(corner.cell + reach * step);
+        const LatticeCorner *end = lattice.at(corner.cell + 2 * reach * step);
+        if (middle == nullptr || end == nullptr) {
+            break;
+        }
+        border.curve = ((end->position + corner.position) / 2 - middle->position) / (reach * reach);
+    }
+    border.step -= border.curve;
+    return border;
+}
+
+// The lattice step through a corner along one axis and half the border's curvature to the clockwise side of the step.
+bool stepThrough(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step, cv::Point2f &direction,
+                 float &bend) {
+    const bool before = lattice.at(corner.cell - step) != nullptr;
+    const bool after = lattice.at(corner.cell + step) != nullptr;
+    if (!before && !after) {
+        return false;
+    }
+    Parabola border = before && after ? symmetricParabola(lattice, corner, step)
+                                      : oneSidedParabola(lattice, corner, after ? step : -step);
+    if (!after) {
+        border.step = -border.step;
+    }
+    direction = border.step;
+    const float length = std::hypot(direction.x, direction.y);
+    bend = float(direction.cross(border.curve)) / (length * length * length);
+    return true;
+}
+
+cv::Point2f project(const cv::Matx33d &imageFromCell, cv::Point cell) {
+    const cv::Vec3d v = imageFromCell * cv::Vec3d(cell.x, cell.y, 1);
+    return {float(v[0] / v[2]), float(v[1] / v[2])};
+}
+
+}  // namespace
+
+void CornerSurroundings::fitMap() const {
+    constexpr size_t wanted = 100;
+    std::vector<cv::Point2f> cells;
+    std::vector<cv::Point2f> images;
+    for (size_t i = 0; i < lattice.corners.size(); i += lattice.corners.size() / wanted + 1) {
+        cells.emplace_back(lattice.corners[i].cell);
+        images.push_back(lattice.corners[i].position);
+    }
+    const cv::Mat map = cells.size() < 4 ? cv::Mat() : cv::findHomography(cells, images);
+    if (!map.empty()) {
+        imageFromCell = cv::Matx33d(map);
+    }
+}
+
+bool CornerSurroundings::stepByMap(cv::Point cell, cv::Point step, cv::Point2f &direction) const {
+    if (!mapTried) {
+        mapTried = true;
+        fitMap();
+    }
+    if (!imageFromCell) {
+        return false;
+    }
+    direction = (project(*imageFromCell, cell + step) - project(*imageFromCell, cell - step)) / 2;
+    return std::isfinite(direction.x) && std::isfinite(direction.y) && direction.dot(direction) > 1;
+}
+
+std::optional<CornerBorders> CornerSurroundings::bordersByNeighbours(const LatticeCorner &corner) const {
+    CornerBorders borders;
+    for (size_t i = 0; i < 2; i++) {
+        if (!stepThrough(lattice, corner, axes[i], borders.steps[i], borders.bends[i])) {
+            return std::nullopt;
+        }
+    }
+    // The second border's distances are counted the other way.
+    borders.bends[1] = -borders.bends[1];
+    return borders;
+}
+
+std::optional<CornerBorders> CornerSurroundings::bordersOf(const LatticeCorner &corner) const {
+    CornerBorders borders;
+    for (size_t i = 0; i < 2; i++) {
+        if (!stepThrough(lattice, corner, axes[i], borders.steps[i], borders.bends[i]) &&
+            !stepByMap(corner.cell, axes[i], borders.steps[i])) {
+            return std::nullopt;
+        }
+    }
+    borders.bends[1] = -borders.bends[1];
+    return borders;
+}
+
+// A plane through the levels of up to nine corners around one.
+LightPlane CornerSurroundings::planeAround(cv::Point cell, const std::vector<CornerFit> &fits) const {
+    // At the lattice's edge the nine lie further inside.
+    const auto shift = [&](cv::Point axis) {
+        return lattice.indexAt(cell - axis) < 0 ? 1 : lattice.indexAt(cell + axis) < 0 ? -1 : 0;
+    };
+    const cv::Point middle(shift(axes[0]), shift(axes[1]));
+    cv::Matx33f products = cv::Matx33f::zeros();
+    cv::Matx<float, 3, 2> right = cv::Matx<float, 3, 2>::zeros();
+    cv::Vec2f squares(0, 0);
+    int count = 0;
+    for (int y = middle.y - 1; y <= middle.y + 1; y++) {
+        for (int x = middle.x - 1; x <= middle.x + 1; x++) {
+            const int index = lattice.indexAt(cell + cv::Point(x, y));
+            if (index < 0 || size_t(index) >= fits.size() || fits[size_t(index)].amplitude == 0) {
+                continue;
+            }
+            const cv::Vec3f place(1, float(x), float(y));
+            const cv::Vec2f levels(fits[size_t(index)].middle, std::abs(fits[size_t(index)].amplitude));
+            products += place * place.t();
+            right += place * levels.t();
+            squares += levels.mul(levels);
+            count++;
+        }
+    }
+    LightPlane plane;
+    if (count < 5 || std::abs(cv::determinant(products)) < 1) {
+        return plane;
+    }
+    const cv::Matx33f inverse = products.inv();
+    const cv::Matx<float, 3, 2> levels = inverse * right;
+    plane.known = true;
+    for (int i = 0; i < 2; i++) {
+        plane.middle[size_t(i)] = levels(i + 1, 0);
+        plane.amplitude[size_t(i)] = levels(i + 1, 1);
+        plane.spread[size_t(i)] = std::sqrt(inverse(i + 1, i + 1));
+    }
+    float unexplained = 0;
+    for (int j = 0; j < 2; j++) {
+        unexplained += squares[j] - right.col(j).dot(levels.col(j));
+    }
+    plane.scatter = std::sqrt(std::max(0.0F, unexplained) / float(2 * (count - 3)));
+    return plane;
+}
+
+float CornerSurroundings::lightScatter(const std::vector<CornerFit> &fits, size_t stride) const {
+    std::vector<float> scatters;
+    for (size_t i = 0; i < lattice.corners.size(); i += stride) {
+        const LightPlane plane = planeAround(lattice.corners[i].cell, fits);
+        if (plane.known) {
+            scatters.push_back(plane.scatter);
+        }
+    }
+    if (scatters.empty()) {
+        return 1;
+    }
+    const auto middle = scatters.begin() + std::ptrdiff_t(scatters.size() / 2);
+    std::nth_element(scatters.begin(), middle, scatters.end());
+    return std::max(0.05F, *middle);
+}
+
+std::array<CornerPrior::Change, 2> CornerSurroundings::lightAround(const LatticeCorner &corner,
+                                                                   const std::vector<CornerFit> &fits,
+                                                                   float scatter) const {
+    const LightPlane plane = planeAround(corner.cell, fits);
+    const float sign = lattice.isLight(corner.cell) ? 1.0F : -1.0F;
+    std::array<CornerPrior::Change, 2> changes;
+    for (size_t i = 0; i < 2; i++) {
+        if (!plane.known) {
+            changes[i].deviation = 20;
+            continue;
+        }
+        changes[i].middle = plane.middle[i];
+        changes[i].amplitude = sign * plane.amplitude[i];
+        // Where the levels lie off the plane, as at the edge of a shadow, it says little of the light in between.
+        const float uneven = std::max(0.0F, plane.scatter * plane.scatter - 2 * scatter * scatter);
+        changes[i].deviation = std::sqrt(scatter * scatter * plane.spread[i] * plane.spread[i] + 2.5F * uneven);
+    }
+    return changes;
+}
+
+}  // namespace pattern_reader

@@ -1,0 +1,51 @@
+// What a lattice says of one of its corners: the borders' directions and bends, and how light changes around it.
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <optional>
+#include <vector>
+
+#include "pattern_reader/corner_fit.h"
+#include "pattern_reader/corner_lattice.h"
+
+namespace pattern_reader {
+
+// The levels around a corner as a plane over the lattice.
+struct LightPlane {
+    bool known = false;
+    std::array<float, 2> middle{};     // change over a step along each axis, grey levels
+    std::array<float, 2> amplitude{};  // of its magnitude
+    std::array<float, 2> spread{};     // standard deviation of both if that of a level is 1
+    float scatter = 0;                 // of the levels around the plane
+};
+
+class CornerSurroundings {
+public:
+    // Keeps a reference to the lattice, whose corners may move and grow later.
+    explicit CornerSurroundings(const CornerLattice &board) : lattice(board) {}
+
+    // The borders through a corner, image pixels. Where it has no neighbour along an axis, the step comes from the
+    // plane's map through all corners; nothing if that cannot be told either.
+    std::optional<CornerBorders> bordersOf(const LatticeCorner &corner) const;
+    // The same from the corner's neighbours alone. The corner itself need not be part of the lattice.
+    std::optional<CornerBorders> bordersByNeighbours(const LatticeCorner &corner) const;
+    // How much the fitted levels typically differ from a plane through those around them, grey levels; from every
+    // stride-th corner. fits belongs to the lattice's corners.
+    float lightScatter(const std::vector<CornerFit> &fits, size_t stride) const;
+    // How the levels change over one step along each axis, by the fits around a corner; scatter is the board's.
+    std::array<CornerPrior::Change, 2> lightAround(const LatticeCorner &corner, const std::vector<CornerFit> &fits,
+                                                   float scatter) const;
+
+private:
+    LightPlane planeAround(cv::Point cell, const std::vector<CornerFit> &fits) const;
+    bool stepByMap(cv::Point cell, cv::Point step, cv::Point2f &direction) const;
+    void fitMap() const;
+
+    const CornerLattice &lattice;
+    // Made when it is first needed.
+    mutable bool mapTried = false;
+    mutable std::optional<cv::Matx33d> imageFromCell;
+};
+
+}  // namespace pattern_reader

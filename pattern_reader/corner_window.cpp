@@ -1,0 +1,182 @@
+#include "pattern_reader/corner_window.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace pattern_reader {
+
+namespace {
+
+struct EdgeValue {
+    float level, slope;
+};
+
+// erf(t / sqrt 2) and its derivative, to some 1e-5. Without branches or tables, for loops over it to be vectorised.
+inline EdgeValue edgeAt(float t) {
+    // Further out than 4.6 there is no edge left to tell: the smaller of t² and 21, halved.
+    const float square = 0.25F * (t * t + 21 - std::abs(t * t - 21));
+    // exp(-t²/2) as the sixteenth power of a short series.
+    const float u = square * (1.0F / 16);
+    float bell = 1 - u * (1 - u * (0.5F - u * (1.0F / 6 - u * (1.0F / 24 - u * (1.0F / 120)))));
+    bell *= bell;
+    bell *= bell;
+    bell *= bell;
+    bell *= bell;
+    // Abramowitz and Stegun, Handbook of Mathematical Functions, 7.1.26.
+    const float k = 1 / (1 + 0.3275911F * 0.70710678F * std::abs(t));
+    const float tail =
+        k * (0.254829592F + k * (-0.284496736F + k * (1.421413741F + k * (-1.453152027F + k * 1.061405429F))));
+    return {std::copysign(1 - tail * bell, t), 0.79788456F * bell};
+}
+
+cv::Point2f unit(cv::Point2f v) {
+    return v / std::hypot(v.x, v.y);
+}
+
+// The model at pixels: what the two loops below have in common.
+struct Model {
+    explicit Model(const CornerBorders &borders, const CornerFit &start)
+        : axis0(unit(borders.steps[0])),
+          axis1(unit(borders.steps[1])),
+          bend0(borders.bends[0]),
+          bend1(borders.bends[1]),
+          inverse(1 / start.blur),
+          fit(start) {}
+
+    // Distances from the borders, in units of the blur.
+    float across0(float dx, float dy) const {
+        const float along = axis0.x * dx + axis0.y * dy;
+        return (axis0.x * dy - axis0.y * dx - bend0 * along * along) * inverse;
+    }
+    float across1(float dx, float dy) const {
+        const float along = axis1.x * dx + axis1.y * dy;
+        return (dx * axis1.y - dy * axis1.x - bend1 * along * along) * inverse;
+    }
+    float middle(float dx, float dy) const { return fit.middle + fit.middleSlope.x * dx + fit.middleSlope.y * dy; }
+    float amplitude(float dx, float dy) const {
+        return fit.amplitude + fit.amplitudeSlope.x * dx + fit.amplitudeSlope.y * dy;
+    }
+
+    cv::Point2f axis0, axis1;
+    float bend0, bend1;
+    float inverse;  // of the blur
+    CornerFit fit;
+};
+
+cv::Point pixelAt(cv::Point2f p) {
+    return {int(std::lround(p.x)), int(std::lround(p.y))};
+}
+
+}  // namespace
+
+bool CornerWindow::take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius,
+                        float reach) {
+    radius = std::min(radius, largestRadius);
+    const cv::Point middle = pixelAt(fit.position);
+    const int side = int(radius);
+    if (middle.x < side || middle.y < side || middle.x + side >= picture.cols || middle.y + side >= picture.rows) {
+        return false;
+    }
+    while (!gather(picture, borders, fit, radius, reach)) {
+        radius *= 0.9F;
+    }
+    // Beyond the last pixel are some more for the loops' last round.
+    filled = (count_ + lanes - 1) / lanes * lanes;
+    for (std::size_t i = count_; i < filled; i++) {
+        x[i] = fit.position.x;
+        y[i] = fit.position.y;
+        grey[i] = 0;
+    }
+    return true;
+}
+
+bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius,
+                          float reach) {
+    const cv::Point2f axis0 = unit(borders.steps[0]);
+    const cv::Point2f axis1 = unit(borders.steps[1]);
+    const cv::Point middle = pixelAt(fit.position);
+    const int side = int(radius);
+    // A mark's corner shows about as far as twice the blur. Where that leaves too little, somewhat of it is put up
+    // with.
+    const float glow = std::min(2 * fit.blur, 0.6F * std::min(borders.marks[0], borders.marks[1]));
+    count_ = 0;
+    for (int dy = -side; dy <= side; dy++) {
+        const uchar *pixels = picture.ptr(middle.y + dy) + middle.x;
+        const auto width = int(std::sqrt(std::max(0.0F, radius * radius - float(dy * dy))));
+        if (count_ + size_t(2 * width + 1) > capacity) {
+            return false;
+        }
+        for (int dx = -width; dx <= width; dx++) {
+            const float across0 = std::abs(axis0.x * float(dy) - axis0.y * float(dx));
+            const float across1 = std::abs(axis1.y * float(dx) - axis1.x * float(dy));
+            const float free0 = std::max(0.0F, borders.marks[0] - across0);
+            const float free1 = std::max(0.0F, borders.marks[1] - across1);
+            // Written and then, if it is not wanted, written over.
+            x[count_] = float(middle.x + dx);
+            y[count_] = float(middle.y + dy);
+            grey[count_] = float(pixels[dx]);
+            count_ += size_t(free0 * free0 + free1 * free1 >= glow * glow && std::min(across0, across1) <= reach);
+        }
+    }
+    return true;
+}
+
+void CornerWindow::compare(const CornerBorders &borders, const CornerFit &fit) {
+    const Model model(borders, fit);
+    for (std::size_t i = 0; i < filled; i++) {
+        const float dx = x[i] - model.fit.position.x;
+        const float dy = y[i] - model.fit.position.y;
+        const float a = model.across0(dx, dy);
+        const float b = model.across1(dx, dy);
+        const EdgeValue p = edgeAt(a);
+        const EdgeValue q = edgeAt(b);
+        const float shape = p.level * q.level;
+        const float amplitude = model.amplitude(dx, dy);
+        const float pa = p.slope * q.level * model.inverse * amplitude;
+        const float pb = p.level * q.slope * model.inverse * amplitude;
+        errors[i] = grey[i] - (model.middle(dx, dy) + amplitude * shape);
+        slopes[Middle][i] = 1;
+        slopes[Amplitude][i] = shape;
+        slopes[Blur][i] = -(pa * a + pb * b);
+        slopes[MiddleSlopeX][i] = dx;
+        slopes[MiddleSlopeY][i] = dy;
+        slopes[AmplitudeSlopeX][i] = dx * shape;
+        slopes[AmplitudeSlopeY][i] = dy * shape;
+        slopes[PositionX][i] =
+            pa * model.axis0.y - pb * model.axis1.y - model.fit.middleSlope.x - model.fit.amplitudeSlope.x * shape;
+        slopes[PositionY][i] =
+            pb * model.axis1.x - pa * model.axis0.x - model.fit.middleSlope.y - model.fit.amplitudeSlope.y * shape;
+    }
+    for (List &list : slopes) {
+        std::fill(list.begin() + std::ptrdiff_t(count_), list.begin() + std::ptrdiff_t(filled), 0.0F);
+    }
+    std::fill(errors.begin() + std::ptrdiff_t(count_), errors.begin() + std::ptrdiff_t(filled), 0.0F);
+}
+
+void CornerWindow::updateErrors(const CornerBorders &borders, const CornerFit &fit) {
+    const Model model(borders, fit);
+    for (std::size_t i = 0; i < filled; i++) {
+        const float dx = x[i] - model.fit.position.x;
+        const float dy = y[i] - model.fit.position.y;
+        const float shape = edgeAt(model.across0(dx, dy)).level * edgeAt(model.across1(dx, dy)).level;
+        errors[i] = grey[i] - (model.middle(dx, dy) + model.amplitude(dx, dy) * shape);
+    }
+    std::fill(errors.begin() + std::ptrdiff_t(count_), errors.begin() + std::ptrdiff_t(filled), 0.0F);
+}
+
+// Single precision is enough: at most a thousand pixels of grey levels, in separate sums.
+float CornerWindow::sum(const List &a, const List &b) const {
+    std::array<float, lanes> sums{};
+    for (std::size_t i = 0; i < filled; i += lanes) {
+        for (std::size_t lane = 0; lane < lanes; lane++) {
+            sums[lane] += a[i + lane] * b[i + lane];
+        }
+    }
+    float total = 0;
+    for (const float one : sums) {
+        total += one;
+    }
+    return total;
+}
+
+}  // namespace pattern_reader

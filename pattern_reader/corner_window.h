@@ -1,0 +1,64 @@
+// The pixels of a disc around a corner, and how the picture of four blurred areas compares with them.
+//
+// Pixels are kept as lists, one value for each pixel, for the loops over them to be vectorised. The disc is symmetric:
+// pixel i and pixel count() - 1 - i are opposite each other. Lists are filled up with zeros to a multiple of `lanes`.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <opencv2/core.hpp>
+
+#include "pattern_reader/corner_fit.h"
+
+namespace pattern_reader {
+
+class CornerWindow {
+public:
+    static constexpr float largestRadius = 16;  // pixels
+    static constexpr std::size_t lanes = 8;
+
+    // The model's parameters. Position comes last in each set that is fitted, see NormalEquations.
+    enum Parameter : std::size_t {
+        Middle,
+        Amplitude,
+        Blur,
+        MiddleSlopeX,
+        MiddleSlopeY,
+        AmplitudeSlopeX,
+        AmplitudeSlopeY,
+        PositionX,
+        PositionY,
+        ParameterCount
+    };
+
+    // Takes the pixels of a disc around the fit's position that are at most `reach` from one of the borders; false if
+    // the disc leaves the picture. A disc with more pixels than there is room for is made smaller.
+    bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
+    // Compares them with the model: errors and slopes, or errors alone.
+    void compare(const CornerBorders &borders, const CornerFit &fit);
+    void updateErrors(const CornerBorders &borders, const CornerFit &fit);
+
+    std::size_t count() const { return count_; }
+    // Picture minus model.
+    float error(std::size_t pixel) const { return errors[pixel]; }
+    // Sums over all pixels of a product.
+    float sumOfSlopes(Parameter a, Parameter b) const { return sum(slopes[a], slopes[b]); }
+    float sumOfErrors(Parameter a) const { return sum(slopes[a], errors); }
+    float sumOfSquares() const { return sum(errors, errors); }
+
+private:
+    static constexpr std::size_t capacity = 960;  // pixels of the largest disc, filled up
+    using List = std::array<float, capacity>;
+
+    bool gather(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
+    float sum(const List &a, const List &b) const;
+
+    std::size_t count_ = 0;
+    std::size_t filled = 0;  // count_ up to a multiple of lanes
+    List x, y;               // pixel coordinates
+    List grey;
+    List errors;
+    std::array<List, ParameterCount> slopes;
+};
+
+}  // namespace pattern_reader
