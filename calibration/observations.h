@@ -1,5 +1,5 @@
-// What a calibration starts from and what it ends with: cameras, photographs, prints and the corners seen, as plain
-// values; and the estimate of everything that was unknown.
+// The input of a calibration, as plain values: cameras, photographs, prints and the corners seen; and its output, the
+// estimate of everything that was unknown.
 //
 // Axes. World: those of the first print's drawing, x to the right, y down as seen on the printed side, z into the
 // plate. Rig: those of the first camera. Camera: x to the right, y down, z along the line of sight. Lengths are
@@ -34,7 +34,7 @@ struct Photograph {
 struct Print {
     std::string name;
     std::vector<Eigen::Vector2d> points;  // the drawn corners or marks
-    // What the print's x and y scale were measured to be, 1 being exact.
+    // The print's scale in x and y, if it was measured: the printed length divided by the drawn length.
     std::optional<Eigen::Vector2d> measuredScale;
 };
 

@@ -65,7 +65,7 @@ private:
     int hideInterval = 0;
     QBasicTimer hideTimer;
     QBasicTimer expireTimer;
-    // Guarded, because the label outlives it if the label was made for another widget.
+    // A guarded pointer: a label that was made for another widget may outlive this one.
     QPointer<QWidget> widget;
     // In the coordinates of widget. Intentionally hides QWidget::rect().
     QRect rect;

@@ -85,7 +85,7 @@ void VistrelToolTipHelper::showToolTip(QObject *object, const QPoint &globalPosi
     if (text.isEmpty() && (object->parent() == nullptr || QCustomToolTip::isTipLabel(object))) {
         return;
     }
-    // An empty text, which a child without a tip has, closes it.
+    // If the text is empty, as for a child without a tip, a visible tip is closed.
     if (enabled) {
         QCustomToolTip::showText(globalPosition, text, widget, QRect());
     }

@@ -24,7 +24,7 @@ using lmlib64::Node;
 using lmlib64::NodeObject;
 using lmlib64::Tree;
 
-// What the commands of this test tell and wait for.
+// How the commands of this test report that they run, and what they wait for.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
 std::string order;  // written by commands, one at a time; read when they have finished
@@ -34,7 +34,7 @@ Node echo(const Node &parameters) {
     return NodeObject{{"Echo", parameters}};
 }
 
-// Tells that it has begun, and finishes when the gate is open.
+// Reports that it has begun, and ends when the gate is open.
 Node waitForGate(const Node &parameters) {
     ++begun;
     while (!gateOpen) {
@@ -78,7 +78,7 @@ public:
     ~Executor() override { gateOpen = true; }
 
 protected:
-    // Starts the command that waits for the gate, and returns when it runs.
+    // Starts the command that waits for the gate, and returns as soon as it runs.
     void startWaiting(const std::string &slot) {
         const int before = begun;
         ASSERT_EQ(executor.start(slot, "Wait"), LmLibResultOperationSucceeded);
@@ -184,7 +184,7 @@ TEST_F(Executor, dropsTheResultOfASlotThatWentAway) {
         }
         remove();
         EXPECT_EQ(waiting.get(), LmLibResultItemInexistent);
-        // The same name again, while the old run goes on.
+        // A new slot with the same name, while the old command still runs.
         tree.write("/Execute/s/Parameters/Name", "new");
         EXPECT_EQ(executor.start("s", "Echo"), LmLibResultOperationSucceeded);
         EXPECT_EQ(json("/Execute/s/Command"), "\"Echo\"");
@@ -205,7 +205,7 @@ TEST_F(Executor, finalizesWithACommandRunningAndOthersQueued) {
         std::this_thread::yield();
     }
     auto finalizing = std::async(std::launch::async, [this] { executor.finalize(); });
-    // The waits end although the command goes on.
+    // The waits end although the command still runs.
     EXPECT_EQ(running.get(), LmLibResultOperationCanceled);
     EXPECT_EQ(queued.get(), LmLibResultOperationCanceled);
     EXPECT_EQ(finalizing.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);

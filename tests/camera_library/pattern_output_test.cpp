@@ -20,7 +20,7 @@ const cv::Point2d middleOfA4(105, 148.5);
 
 class PatternOutput : public SavedPattern {
 protected:
-    // The points of the description in millimetres from the pattern's middle, which is that of the page.
+    // The points of the description, in millimetres from the middle of the pattern, which is the middle of the page.
     std::vector<cv::Point2d> points() const {
         const Json &p = first();
         const cv::Point2d topLeft(p["TopLeft"][0].get<double>(), p["TopLeft"][1].get<double>());
@@ -38,8 +38,8 @@ protected:
     bool polarity() const { return first()["Polarity"].get<bool>(); }
     bool isPlate() const { return first()["Kind"] == "RoundMarks"; }
 
-    // What is printed around a place on an A4 page, given in millimetres from its middle. The crop's middle is there
-    // to half a pixel; with `shift`, to what is left of it, in pixels.
+    // The printed picture around a place on an A4 page, given in millimetres from the page's middle. The place is
+    // within half a pixel of the picture's middle; `shift` is the remaining difference in pixels.
     cv::Mat renderAround(cv::Point2d place, double pixelsPerMm, cv::Size size, cv::Point2d *shift = nullptr) const {
         const cv::Point2d corner = (middleOfA4 + place) * pixelsPerMm - cv::Point2d(size.width, size.height) / 2;
         const cv::Point pixel(cvRound(corner.x), cvRound(corner.y));
@@ -50,8 +50,8 @@ protected:
     }
 };
 
-// The position of the one edge on a line of pixels, computed from all of the line's light. The line reaches to both
-// sides of the image's middle.
+// The position of the only edge on a line of pixels, computed from the sum of the line's grey values. The line extends
+// to `reach` pixels on both sides of the image's middle.
 double edgePosition(const cv::Mat &image, int across, int reach, bool isAlongX) {
     const auto grey = [&](int along) {
         return isAlongX ? image.at<uchar>(across, along) : image.at<uchar>(along, across);
@@ -104,8 +104,8 @@ TEST_F(PatternOutput, placesPointsToAMicrometre) {
     }
 }
 
-// Preview and PDF are filled by different rasters. A pixel of the preview is the mean of many of the page, to which
-// the rounding of places on the page adds a few grey levels.
+// Preview and PDF are filled by different rasters. A pixel of the preview is compared with the mean of many pixels of
+// the page. Positions on the page are rounded to its pixels, so the two differ by a few grey levels.
 TEST_F(PatternOutput, previewsWhatItPrints) {
     constexpr int times = 16;
     constexpr int imageSize = 200;
@@ -121,7 +121,7 @@ TEST_F(PatternOutput, previewsWhatItPrints) {
     }
 }
 
-// Whether a place is dark in the picture, and not grey.
+// True if a place in the picture is dark. Fails the test if it is neither dark nor light.
 bool isDarkAt(const cv::Mat &picture, cv::Point2d at) {
     const int grey = picture.at<uchar>(cvFloor(at.y), cvFloor(at.x));
     EXPECT_TRUE(grey < 40 || grey > 215) << grey << " at " << at;

@@ -1,6 +1,6 @@
-// One session with the real window: start, every page with a change on it, saves, the way to the viewer, and a tool
-// tip. It is played again for every library call that it makes, and that call fails: the user gets one report of it,
-// keeps the window and the picture, and goes on.
+// One session with the real window: start, a change on every page, saving, starting the viewer, and a tool tip. The
+// session is repeated once for each of its library calls, and that call fails. Each time the user gets one report, the
+// window and the picture stay, and the next action works.
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -40,8 +40,8 @@ const QString commandReport("An LmLib error occurred while executing the command
 
 }  // namespace
 
-// In place of the toolkit's, which takes longer to open than all the rest of a session and makes no library call.
-// The tests of the save action answer the real one.
+// Replaces the toolkit's function, because its dialog takes longer to open than all the rest of a session and makes no
+// library call. The tests of the save action use the real dialog.
 QString QFileDialog::getSaveFileName(QWidget * /*parent*/, const QString & /*caption*/, const QString & /*directory*/,
                                      const QString & /*filter*/, QString * /*selectedFilter*/, Options /*options*/) {
     return "pattern.pdf";
@@ -58,8 +58,9 @@ struct SeenAction {
 };
 
 struct SeenSession {
-    std::vector<SeenAction> actions;  // the last is a change after all else
-    // What an exception that escaped says. It is not kept, as it holds its command's slot.
+    std::vector<SeenAction> actions;  // the last one is a change that follows all others
+    // The path and the code of an exception that escaped. The exception itself is not kept, because it would keep its
+    // command's slot.
     std::optional<std::pair<std::string, int>> escaped;
     std::vector<Call> calls;
     bool isSlotLeft = false;
@@ -165,7 +166,7 @@ private:
     std::unique_ptr<VistrelToolTipHelper> helper;
 };
 
-// Whether the user need not hear of the failure: what the call was for is done without it, or said less well.
+// True if the failure need not be reported, because the program does without the call or only loses detail in a report.
 bool mayBeSilent(const Call &call) {
     const QString path = QString::fromStdString(call.path);
     return !call.hasResult || call.function == "lmLibErase" || call.function == "lmLibGetJson" ||
@@ -238,7 +239,8 @@ void ProgramFaultTest::everyFailedCallIsReportedOnce() {
     QFETCH(int, code);
     const SeenAction &lastButOne = clean.actions[clean.actions.size() - 2];
     for (std::size_t number = 1; number <= lastButOne.callsSoFar; ++number) {
-        // One code's sessions are played to their end; what follows a failure does not depend on the code.
+        // Only the sessions with one of the codes are played to the end, because what follows a failure does not depend
+        // on its code.
         const SeenSession seen = play(number, code, code != 7);
         const QString complaint = complaintAbout(seen, number, code);
         const Call &call = seen.calls[number - 1];
@@ -252,7 +254,7 @@ void ProgramFaultTest::everyFailedCallIsReportedOnce() {
 // What is wrong with the only report of a failed call; empty if nothing is.
 QString complaintAboutReport(const QString &report, const Call &call, int code) {
     QString path = QString::fromStdString(call.path);
-    path.remove(QRegularExpression("/Command$"));  // a command is known by its slot
+    path.remove(QRegularExpression("/Command$"));  // the report names a command's slot
     const bool isRight = code == LmLibResultExecutionFailed
                              ? report.startsWith(commandReport)
                              : report == accessReport + path + ": \n\t" + QString::fromStdString(errorName(code));
@@ -260,14 +262,14 @@ QString complaintAboutReport(const QString &report, const Call &call, int code) 
 }
 
 QString complaintAboutAction(const SeenAction &seen, const SeenAction &clean, const Call *failedCall, int code) {
-    const bool isOwnFailure = !clean.boxes.isEmpty();  // shown without any fault, in a text of its own
+    const bool isOwnFailure = !clean.boxes.isEmpty();  // the action shows a box even if no call fails
     const bool mustReport = failedCall == nullptr ? isOwnFailure : !mayBeSilent(*failedCall);
     const bool mayReport = isOwnFailure || failedCall != nullptr;
     if (seen.boxes.size() > (mayReport ? 1 : 0) || (mustReport && seen.boxes.isEmpty())) {
         return QString("%1 boxes").arg(seen.boxes.size());
     }
     const bool isReported = !seen.boxes.isEmpty() && !isOwnFailure;
-    // The button that goes off and the button that goes on each draw a picture.
+    // The button that is switched off and the one that is switched on each cause a new picture.
     const bool drawsTwice = seen.name == "encode a Halcon offset";
     const bool hasPicture = seen.hasPicture || (isReported && seen.name == "start");
     if (!hasPicture || seen.pictureKept != (clean.pictureKept || (isReported && !drawsTwice))) {

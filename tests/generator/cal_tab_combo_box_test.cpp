@@ -1,4 +1,4 @@
-// The list of official plates, as the library's answer makes it.
+// The list of official plates, for various catalogues and failures of the library.
 #include "generator/cal_tab_combo_box.h"
 
 #include <gtest/gtest.h>
@@ -68,10 +68,10 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
                  "[{\"Name\": \"\xc3\xb6 \xe2\x8c\x80 3 mm\"}]",
                  {QStringLiteral("\u00f6 \u2300 3 mm:  0 0")}},
                 {"empty catalogue", "[]", {}}};
-    // What a box lists replaces what it listed before.
+    // The same box loads each catalogue in turn, so that each must replace the one before.
     CalTabComboBox box(nullptr);
     EXPECT_EQ(box.currentType(), "PlateC");
-    QStringList types;  // of the current plate whenever the box says that it changed
+    QStringList types;  // of the current plate, one for each signal that it has changed
     QObject::connect(&box, QOverload<int>::of(&QComboBox::currentIndexChanged),
                      [&](int i) { types << (i < 0 ? QString() : QString::fromStdString(box.currentType())); });
     for (const auto &row : rows) {

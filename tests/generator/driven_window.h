@@ -26,7 +26,7 @@ Widget *find(const QWidget &window, const char *name) {
     return widget;
 }
 
-// Puts an input to a value: a page or a choice by its index, a button to on (1) or off (0), a box to a number.
+// Sets an input to a value: a page or a choice by its index, a button to on (1) or off (0), a box to a number.
 inline void setInput(const QWidget &window, const char *name, double value) {
     auto *input = find(window, name);
     if (auto *pages = qobject_cast<QTabWidget *>(input)) {
@@ -56,7 +56,7 @@ void whenOpened(const std::function<void(Dialog *)> &action) {
     poll->start(1);
 }
 
-// Closes the next message box and keeps its text; empty until there was one.
+// Closes the next message box. Returns its text, which is empty until a box has been closed.
 inline std::shared_ptr<QString> closeNextMessageBox() {
     auto text = std::make_shared<QString>();
     whenOpened<QMessageBox>([text](QMessageBox *box) {
@@ -66,7 +66,8 @@ inline std::shared_ptr<QString> closeNextMessageBox() {
     return text;
 }
 
-// Types the name into the next file dialog and accepts it; an empty name cancels it. The dialog is looked at first.
+// Types the name into the next file dialog and accepts it; an empty name cancels the dialog. `look` is called with the
+// dialog first.
 inline void answerFileDialog(
     const QString &name, const std::function<void(const QFileDialog &)> &look = [](const QFileDialog &) {}) {
     whenOpened<QFileDialog>([name, look](QFileDialog *dialog) {

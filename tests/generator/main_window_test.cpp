@@ -1,4 +1,4 @@
-// The controller: what starts an update, what an update changes, and what a failing one leaves as it was.
+// The controller: what starts an update, what an update changes, and what stays unchanged if an update fails.
 #include "generator/main_window.h"
 
 #include <gtest/gtest.h>
@@ -35,8 +35,8 @@ void setPictureOf(int width, int height, unsigned char value) {
     scripted_lmlib64::setCommand("GenerateCalibrationPattern", {script});
 }
 
-// How much of the viewport, without the margin of 2 pixels that the view keeps, the picture fills in its tighter
-// direction; above 1 it does not fit.
+// The larger of two ratios: the picture's width to the viewport's, and its height to the viewport's, without the margin
+// of 2 pixels that the view keeps. If it is above 1, the picture does not fit.
 double filling(const MainWindow &window) {
     const auto *view = find<QGraphicsView>(window, "preview");
     const QRectF shown = view->transform().mapRect(view->sceneRect());
@@ -85,7 +85,7 @@ TEST_F(MainWindowTest, everyInputUpdatesOnceAndNoDisplayDoes) {
                  {"flexibleWidth", "flexibleHeight", "flexibleOffsetXSpacings", "flexibleOffsetYSpacings",
                   "assemblyNumberOfPatterns", "halconOffsetXSpacings", "halconOffsetYSpacings"}},
                 {1, 42, {"flexibleGridSpacing", "halconThickness", "halconOuterSize"}},
-                // One button goes on and another off, each with its own signal.
+                // One button is switched on and another one off, and each sends a signal.
                 {2, 1, {"halconEncodeNothing", "halconEncodeOffset"}},
                 {0, 1, {"halconEncodeSpacing"}},
                 {0,

@@ -25,13 +25,13 @@ public slots:
     void openUrl(const QUrl &url) { opened = url; }
 };
 
-// Time is asked of the timers, and passes by sending their events.
+// The tests read the intervals of the timers, and send timer events instead of waiting.
 class CustomToolTipTest : public testing::Test {
 public:
     ~CustomToolTipTest() override { delete QCustomTipLabel::instance; }
 
 protected:
-    // What the label keeps to itself.
+    // The private members of the label.
     struct State {
         QBasicTimer &hideTimer;
         QBasicTimer &expireTimer;
@@ -61,7 +61,7 @@ protected:
                 label->hideInterval, label->widget,      label->rect};
     }
 
-    // In milliseconds; 0 when the timer does not run.
+    // The interval of the timer in milliseconds; 0 if it does not run.
     static int intervalOf(const QBasicTimer &timer) {
         const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(QCustomTipLabel::instance);
         for (const auto &info : timers) {
@@ -72,7 +72,7 @@ protected:
         return 0;
     }
 
-    // Says that a close is due after this time, or that none is with 0.
+    // Expects that the label will close after this time; 0 if no close may be pending.
     static void expectClose(int milliseconds) {
         const State state = stateOf(QCustomTipLabel::instance);
         EXPECT_EQ(intervalOf(state.hideTimer), milliseconds);
@@ -122,13 +122,13 @@ TEST_F(CustomToolTipTest, leavesTheSameTipAloneAndShowsAnotherAnew) {
         QCustomTipLabel *label = show("see %MANUAL%", child, row.rect);
         EXPECT_EQ(QCustomToolTip::text(), "see file:///m");
         label->restartHideTimer(10000, false);
-        // A display time that is begun again shows as another interval.
+        // If the display time restarts, the interval is no longer this one.
         stateOf(label).expireTimer.start(12345, label);
         const QPoint before = label->pos();
         QCustomToolTip::showText(row.nextPosition, row.text, row.sameWidget ? child : window.get(), row.rect);
         EXPECT_EQ(QCustomTipLabel::instance, label);
         EXPECT_EQ(label->pos(), row.leftAlone ? before : row.nextPosition + QPoint(2, 16));
-        // A tip that is shown anew drops the close that was due and begins its display time again.
+        // If the tip is shown again, its pending close is cancelled and its display time restarts.
         expectClose(row.leftAlone ? 10000 : 0);
         EXPECT_EQ(intervalOf(stateOf(label).expireTimer), row.leftAlone ? 12345 : 10000);
         EXPECT_EQ(stateOf(label).widget.data(), row.sameWidget ? child : window.get());
@@ -197,7 +197,7 @@ TEST_F(CustomToolTipTest, soonerCloseStands) {
         delete QCustomTipLabel::instance;
         QCustomTipLabel *label = show("text", child);
         label->restartHideTimer(20000, true);
-        // As though the timer had run down to the time that remains.
+        // Makes the label believe that only this much of the interval remains.
         stateOf(label).hideInterval = row.remaining;
         label->restartHideTimer(row.requested, row.force);
         EXPECT_EQ(intervalOf(stateOf(label).hideTimer), row.restarted ? row.requested : 20000) << row.what;
@@ -255,7 +255,7 @@ TEST_F(CustomToolTipTest, mouseOutsideTheRectangleStartsTheHideTimer) {
                           {});
         QCoreApplication::sendEvent(target, &event);
         expectClose(row.milliseconds);
-        // A second move does not put the close off.
+        // A second move does not delay the pending close.
         stateOf(label).hideTimer.start(12345, label);
         QCoreApplication::sendEvent(target, &event);
         EXPECT_EQ(intervalOf(stateOf(label).hideTimer), 12345);
@@ -302,7 +302,7 @@ TEST_F(CustomToolTipTest, storedRectangleNeedsAWidget) {
     EXPECT_EQ(stateOf(label).rect, rect);
     EXPECT_EQ(label->pos(), QPoint(302, 316));
     EXPECT_EQ(QCustomToolTip::text(), "other");
-    // A new rectangle without a widget is taken when none is stored.
+    // If no rectangle is stored, a new one is accepted without a widget.
     label->setTipRect(child, QRect());
     label->setTipRect(nullptr, rect);
     EXPECT_TRUE(stateOf(label).widget.isNull());
@@ -310,7 +310,7 @@ TEST_F(CustomToolTipTest, storedRectangleNeedsAWidget) {
 }
 
 TEST_F(CustomToolTipTest, goesAwayWithItsWidgets) {
-    // Made for one widget and shown for another that goes first.
+    // The label is made for one widget and then shown for another one, which is deleted first.
     QCustomTipLabel *label = show("text", window.get());
     auto *passing = new QWidget(window.get());
     show("text", passing);

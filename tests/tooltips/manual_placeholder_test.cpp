@@ -14,11 +14,11 @@ namespace {
 
 class ManualPlaceholderTest : public testing::Test {
 public:
-    // By the bytes of the names, which the toolkit cannot remove when they are not text.
+    // Not removed by the toolkit, which cannot handle names that are not valid in the local encoding.
     ~ManualPlaceholderTest() override { std::filesystem::remove_all(directory.path().toStdString()); }
 
 protected:
-    // What the placeholder stands for when the library names a folder of this name, with an index page in it.
+    // The replacement of the placeholder if the library publishes a folder with this name, which has an index page.
     std::string manualIn(const std::string &name) const {
         const std::string folder = directory.path().toStdString() + "/" + name;
         std::filesystem::create_directories(folder);

@@ -82,7 +82,7 @@ TEST_F(SavePatternsTest, keepsNamesWithADotAndEndsOthersInPdf) {
 TEST_F(SavePatternsTest, writesTheCurrentPatternAndEveryOneOfAnAssembly) {
     const MainWindow window;
     find<QSpinBox>(window, "assemblyNumberOfPatterns")->setValue(3);
-    // Not an assembly, so that its number of patterns does not count.
+    // The current page is not Assembly, so the number of patterns there is ignored.
     find<QTabWidget>(window, "patternType")->setCurrentIndex(1);
     scripted_lmlib64::clearCalls();
     save(window, folder.filePath("one.json"));

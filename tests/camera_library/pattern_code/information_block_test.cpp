@@ -39,7 +39,8 @@ void expectRead(const ContentCase &each, std::uint64_t seen, std::uint64_t unkno
     EXPECT_EQ(read->filledBits, static_cast<int>(std::bitset<64>(unknown).count()));
 }
 
-// Frozen, because what is printed cannot be changed. The numbers come from a separately written encoder.
+// The bits are frozen, because printed patterns cannot be changed. The numbers come from an independently written
+// encoder.
 TEST(InformationBlock, isThatOfVersionOne) {
     EXPECT_EQ(encodeBlock(contentCases[0].content), 0x75136A8807FF389AU);
     EXPECT_EQ(encodeBlock(contentCases[2].content), 0x780A6BCD9ED570DAU);
@@ -93,7 +94,8 @@ struct DamageCase {
 };
 
 TEST(InformationBlock, repairsOrRefusesButNeverReadsAnotherValue) {
-    // Where a repair is promised it may still fail because it is not unique, but seldom; a wrong value is never read.
+    // Even damage that can normally be repaired is sometimes refused, because the repair is not unique. That is rare,
+    // and a wrong value is never read.
     const DamageCase cases[] = {{16, 0, true},  {10, 1, true}, {4, 2, true},  {17, 0, false},
                                 {11, 1, false}, {5, 2, false}, {0, 4, false}, {4, 3, false}};
     std::mt19937_64 random(11);
@@ -123,7 +125,8 @@ TEST(InformationBlock, repairsOrRefusesButNeverReadsAnotherValue) {
 }
 
 TEST(InformationBlock, isReadFromRandomBitsLessThanOnceInAMillion) {
-    // The worst case of each step of repair. At the promised rate 0.1 of these tries succeed.
+    // The worst case of each step of repair. At a rate of one in a million, 0.1 of these tries would succeed on
+    // average.
     std::mt19937_64 random(5);
     constexpr int tries = 100000;
     for (const int unknownCount : {0, 4, 10, 16}) {
