@@ -29,7 +29,7 @@ void runStartupHook() {
 }
 Q_COREAPP_STARTUP_FUNCTION(runStartupHook)
 
-// Sees the events that no filter of the application took away.
+// Records whether it gets tool-tip events, which it does only if no event filter of the application consumes them.
 class Sensor : public QWidget {
 public:
     bool sawToolTip = false;

@@ -19,7 +19,7 @@ inline Node nodeFromJson(const std::string &json) {
     return node;
 }
 
-// What the command says of these parameters: "" where it succeeds, else "Symbol: text".
+// Runs the command with these parameters. Returns "" if it succeeds, otherwise "Symbol: text".
 inline std::string outcomeOf(const Node &parameters) {
     try {
         generateCalibrationPattern(parameters);

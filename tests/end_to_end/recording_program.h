@@ -1,4 +1,4 @@
-// A program that stands in for another one and keeps what it was called with.
+// A program that takes the place of another one and records the arguments of each run.
 #pragma once
 
 #include <QString>
@@ -7,7 +7,7 @@
 
 class RecordingProgram {
 public:
-    // Makes the program's file and the folders on the way; what it keeps lies beside it.
+    // Creates the program's file and its folders. The record is a file beside it.
     explicit RecordingProgram(const QString &fileName);
 
     const QString &fileName() const { return file; }

@@ -1,5 +1,5 @@
-// Everything that can go wrong with the file of a save, from the command to the disk: the old file stays as it is to
-// the byte, no other file is left, the command says what was wrong with which file, and the next save works.
+// Everything that can go wrong with the file when a pattern is saved. Each time the old file stays unchanged to the
+// byte, no other file is left, the command reports the file and the reason, and the next save works.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -18,13 +18,13 @@
 
 namespace {
 
-// What happens to a process at the moment in which the new file is complete and the old one still there.
+// What happens when the new file is complete and is about to replace the old one.
 enum class AtRename { Goes, Fails, KillsTheProcess };
 AtRename atRename = AtRename::Goes;
 
 }  // namespace
 
-// The linker's names, by its option --wrap.
+// The linker's option --wrap defines these names.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" int __real_rename(const char *from, const char *to);
 extern "C" int __wrap_rename(const char *from, const char *to) {
@@ -43,7 +43,7 @@ namespace {
 
 const char *const oldContents = "the file of an earlier save";
 
-// Saves and returns what the command says; empty where it succeeded.
+// Saves a pattern. Returns the command's error symbol and text; empty if it succeeded.
 std::string save(const std::string &fileName) {
     lmLibSetString(nullptr, "/Execute/S/Parameters/Filename", fileName.c_str());
     lmLibSetJson(nullptr, "/Execute/S/Parameters/Patterns",
@@ -58,8 +58,7 @@ std::string save(const std::string &fileName) {
     return symbol + ": " + lmLibGetString(nullptr, "/Execute/S/Result/ErrorText");
 }
 
-// Runs the action in a process of its own, as another user where this one is the superuser, whom no permission
-// stops. Returns how the process ended.
+// Runs the action in a process of its own. Returns the status with which the process ended.
 int inOtherProcess(const std::function<void()> &action) {
     const pid_t child = fork();
     if (child == 0) {
@@ -88,7 +87,7 @@ protected:
         chmod(target.c_str(), 0666);
     }
 
-    // The save to the file fails for that reason, and the only files in the folder are those that were there.
+    // Expects that saving to this file fails with this reason, and that no file is changed, added or removed.
     void expectFailure(const std::string &fileName, const std::string &reason) {
         const std::size_t files = folder.entryCount();
         EXPECT_EQ(save(fileName),
@@ -124,7 +123,7 @@ TEST_P(SaveFault, badTarget) {
     expectFailure(folder.file(std::string(5000, 'n') + ending), "File name too long");
     EXPECT_EQ(readBytes(folder.file("protected" + ending)), "p");
     EXPECT_TRUE(std::filesystem::is_fifo(folder.file("pipe" + ending)));
-    // The temporary file's name does not add to a name that is as long as names may be.
+    // A name of the maximum length works, because the temporary file's name does not contain it.
     EXPECT_EQ(save(folder.file(std::string(255 - ending.size(), 'n') + ending)), "");
     expectNextSaveWorks();
 }
@@ -157,7 +156,7 @@ TEST_P(SaveFault, keepsPermissionsAndLinks) {
 }
 
 TEST_P(SaveFault, fullDisk) {
-    // A file that may not grow is what a full disk is like; the limit of 0 refuses the first byte.
+    // A limit of the file's size has the same effect as a full disk; the limit of 0 refuses the first byte.
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
     rlimit unlimited{};
     getrlimit(RLIMIT_FSIZE, &unlimited);
@@ -194,7 +193,8 @@ TEST_P(SaveFault, permissionsOfAnotherUser) {
             _exit(said.find("FileNotWritten") == 0 && said.find("Permission denied") != std::string::npos ? 0 : 1);
         });
     };
-    // First another's file, then a folder in which no file can be made.
+    // First a file of another user, then a folder in which this user cannot create files. The superuser, whom
+    // permissions do not stop, becomes another user for this.
     if (geteuid() == 0) {
         EXPECT_EQ(failsAsOtherUser(), 0);
     }
@@ -220,7 +220,7 @@ TEST_P(SaveFault, killedBeforeTheRename) {
     for (const std::string &name : others) {
         writeBytes(folder.file(name), name);
     }
-    expectNextSaveWorks();  // and clears up
+    expectNextSaveWorks();  // and removes the file of the killed process
     for (const std::string &name : others) {
         EXPECT_TRUE(std::filesystem::remove(folder.file(name))) << name;
     }
@@ -243,7 +243,7 @@ TEST_P(SaveFault, bytesOfAPrivateFileAreNeverInAReadableOne) {
     }
 }
 
-// Each clears up in the folder while the others begin their files.
+// Each process looks for leftover files in the folder while the others create theirs.
 TEST(SaveFault, manyProcessesSaveIntoOneFolder) {
     constexpr int processes = 8;
     const TemporaryFolder folder;

@@ -1,4 +1,4 @@
-// The window over the real library: every page gives a picture, and what is saved can be read back.
+// The window with the real library: every page shows a picture, and the saved files can be read back.
 #include <gtest/gtest.h>
 
 #include <QGraphicsPixmapItem>
@@ -40,7 +40,7 @@ void save(const MainWindow &window, const QString &fileName) {
     find<QAbstractButton>(window, "saveBtn")->click();
 }
 
-// What poppler says of a PDF file.
+// The output of poppler's pdfinfo for a file.
 QString pdfInfo(const QString &path) {
     QProcess process;
     process.start("pdfinfo", {path});

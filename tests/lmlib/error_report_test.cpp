@@ -34,8 +34,8 @@ void pressCopy(QMessageBox *box) {
     box->reject();
 }
 
-// Runs something that shows boxes, and meets each run of a box with the next action. Fails where the number of
-// runs is another than that of the actions.
+// Does some work that shows message boxes, and answers each showing of a box with the next action. Fails if there are
+// more or fewer showings than actions.
 void runWithBoxes(const std::vector<BoxAction> &actions, const std::function<void()> &work) {
     std::size_t runCount = 0;
     QTimer timer;
@@ -106,7 +106,8 @@ TEST_F(ErrorReportTest, saysWhatFailed) {
             box->button(QMessageBox::Ok)->click();
         };
         runWithBoxes({look}, [&] { showErrorReport(exception); });
-        // Pretty, in full precision, and never in the scientific form; nothing is asked of the library as a whole.
+        // The node is read once, pretty-printed, in full precision and never in scientific notation. If the path is
+        // empty, the library's whole tree is not read.
         const std::string read = "lmLibGetJson " + row.path.toStdString() + " true 18 false";
         const auto lines = scripted_lmlib64::callLines();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), read), row.path.isEmpty() ? 0 : 1);

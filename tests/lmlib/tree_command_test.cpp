@@ -77,7 +77,7 @@ TEST_F(TreeCommandTest, throwsWhereNoSlotCanBeMade) {
     }
 }
 
-// A failing command whose queries for a node give a code.
+// Scripts a command that fails, and makes every query for the type of this node return the code.
 std::function<void()> failingWithType(const char *path, std::int32_t code) {
     return [=] {
         failMeasure();
@@ -89,7 +89,7 @@ struct Execution {
     std::string name;
     std::function<void()> script;
     std::int32_t code;
-    std::ptrdiff_t callCount;  // of the calls of a whole execution
+    std::ptrdiff_t callCount;  // how many of the four calls of a whole execution are made
 };
 
 TEST_F(TreeCommandTest, endsAlikeWithAndWithoutThrowing) {
@@ -152,7 +152,7 @@ struct Question {
     Lines calls;
 };
 
-// Asks a started command and compares with what assertSuccessful makes of the same.
+// Queries a started command, and checks that assertSuccessful throws the right code in the same situation.
 void ask(bool (TreeCommand::*question)(std::int32_t *) const, const Question &row) {
     SCOPED_TRACE(row.name);
     row.script();

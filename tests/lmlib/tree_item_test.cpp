@@ -28,7 +28,7 @@ protected:
     }
 };
 
-// Every failure that becomes an exception is a line of the debug log.
+// True if the debug log has a line, which every exception writes.
 bool hasLogged() {
     const auto calls = scripted_lmlib64::calls();
     return std::any_of(calls.begin(), calls.end(),
@@ -41,7 +41,7 @@ struct Operation {
     std::function<std::string(Item)> run;
 };
 
-// Every operation on a child of /A, what it returns as text, and its one call.
+// Every operation on a child of /A, the text of the value that it returns, and the only library call that it makes.
 std::vector<Operation> operations() {
     const auto none = [](auto operation) {
         return [operation](Item i) {

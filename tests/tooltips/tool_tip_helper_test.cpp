@@ -11,7 +11,8 @@
 #include "tooltips/custom_tip_label.h"
 #include "tooltips/custom_tool_tip.h"
 
-// Sees the tool-tip events that no filter of the application took away.
+// Records whether an object gets tool-tip events, which it does only if no event filter of the application consumes
+// them.
 class Witness : public QObject {
 public:
     bool eventFilter(QObject * /*object*/, QEvent *event) override {
@@ -36,7 +37,7 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
 
-    // True when the event was taken before its object saw it.
+    // True if the event was consumed before the object got it.
     static bool sendToolTip(QObject *object) {
         Witness witness;
         object->installEventFilter(&witness);
@@ -78,7 +79,7 @@ TEST_F(ToolTipHelperTest, emptyTipClosesOnlyOverAChild) {
     QObject parentless;
     QObject owned(&parentless);
     const auto tip = [] { return QCustomTipLabel::instance; };
-    // A tip has a parent, so only being the tip protects it.
+    // The tip itself has a parent. It is not closed only because it is the tip.
     const std::vector<std::pair<std::function<QObject *()>, int>> rows = {
         {[&] { return plain; }, 200},  {[&] { return &window; }, 0},     {tip, 0},
         {[&] { return &owned; }, 200}, {[&] { return &parentless; }, 0},
@@ -108,7 +109,7 @@ TEST_F(ToolTipHelperTest, pressesCloseTheTipAndGoOn) {
         delete QCustomTipLabel::instance;
         sendToolTip(button);
         const QSignalSpy clicked(button, &QPushButton::clicked);
-        // The release that belongs to the press does not put the close off.
+        // The release that follows the press does not delay the pending close.
         if (isKey) {
             QTest::keyClick(button, Qt::Key_Space);
         } else {
@@ -129,7 +130,7 @@ TEST_F(ToolTipHelperTest, hoverShowsTheTipOfARegisteredObject) {
     EXPECT_EQ(showTimer().interval(), 1000);
     EXPECT_TRUE(entries()[0].pending);
 
-    // A delay that is begun again shows as another interval.
+    // If the delay restarts, the interval is no longer this one.
     showTimer().setInterval(5000);
     send(plain, QEvent::MouseMove);
     EXPECT_EQ(showTimer().interval(), 5000);
