@@ -38,13 +38,19 @@ float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
     return float(smoothed.at<int16_t>(std::clamp(y, 0, smoothed.rows - 1), std::clamp(x, 0, smoothed.cols - 1))) / 64;
 }
 
-// Light minus dark across the border between two neighbouring corners; negative when the colours are exchanged.
+// Light minus dark across the border between two neighbouring corners, the first of which the lattice has; negative
+// when the colours are exchanged.
 float borderContrast(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &from,
                      const LatticeCorner &to) {
     const cv::Point step = to.cell - from.cell;
     const cv::Point2f a = level.fromImage(from.position);
     const cv::Point2f b = level.fromImage(to.position);
-    const cv::Point2f across = cv::Point2f(a.y - b.y, b.x - a.x) * 0.22F;
+    // Along the other axis, not at a right angle: in a sheared lattice that would lead into the next square's mark.
+    cv::Point2f across(a.y - b.y, b.x - a.x);
+    if (const std::optional<LatticeSteps> steps = lattice.stepsAt(from.cell)) {
+        across = (step.x != 0 ? steps->row : -steps->column) * (float(step.x + step.y) / level.scale());
+    }
+    across *= 0.22F;
     const cv::Point2f middle = (a + b) / 2;
     // Clockwise of the step lies the square whose top-left corner is, by step direction, one of these.
     const cv::Point square = step.x == 1    ? from.cell
@@ -127,7 +133,7 @@ bool findSaddle(const ImageLevel &level, const Surroundings &around, const std::
         return false;
     }
     const cv::Point2f off = saddle.position - near;
-    return length(off) <= 0.3F * spacing && (!steps || steps->count(off * level.scale()) <= 0.3F);
+    return length(off) <= 0.3F * spacing && (!steps || steps->count(off * level.scale()) <= 0.4F);
 }
 
 // Whether the borders to all neighbours of a corner show about as much contrast as those behind the neighbours.
@@ -152,9 +158,11 @@ bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<
     if (!lookAround(lattice, cell, around)) {
         return false;
     }
-    const ImageLevel &level = levelFor(levels, around.spacing);
+    const std::optional<LatticeSteps> steps = lattice.stepsAt(cell);
+    const float narrowest = steps ? std::min(around.spacing, steps->lineDistance()) : around.spacing;
+    const ImageLevel &level = levelFor(levels, narrowest);
     SaddlePoint saddle;
-    if (!findSaddle(level, around, lattice.stepsAt(cell), saddle)) {
+    if (!findSaddle(level, around, steps, saddle)) {
         return false;
     }
     // With one axis known the other follows from the colours; with both they must agree.

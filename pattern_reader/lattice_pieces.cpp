@@ -16,7 +16,7 @@ namespace {
 constexpr size_t piecesTried = 16;
 constexpr size_t leastBase = 12;  // corners of the piece that is carried on
 constexpr size_t cornersCarriedOn = 80;
-constexpr float latticeReach = 0.3F;  // how far from a lattice point a corner may be, lattice steps
+constexpr float latticeReach = 0.4F;  // how far from a lattice point a corner may be, lattice steps
 
 cv::Point2d transform(const cv::Matx33d &h, cv::Point2f p) {
     const cv::Vec3d v = h * cv::Vec3d(p.x, p.y, 1);

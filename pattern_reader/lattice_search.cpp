@@ -35,7 +35,7 @@ public:
     bool overlaps(const CornerLattice &lattice) const {
         const auto hits = std::count_if(lattice.corners.begin(), lattice.corners.end(),
                                         [&](const LatticeCorner &c) { return taken[slot(c.position)] != 0; });
-        return size_t(hits) * 3 > lattice.corners.size();
+        return size_t(hits) * 3 > lattice.corners.size() * 2;
     }
 
 private:

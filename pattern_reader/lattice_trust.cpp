@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <type_traits>
 
 namespace pattern_reader {
 
@@ -43,43 +44,66 @@ std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vecto
     return agreeing;
 }
 
-// How far a corner lies from where the trusted corners in reach say, by the affine map from cells to the image through
-// these, in steps along the axis on which it is more. Nothing if these are too few.
+// The terms of a map from cells to the image around a corner.
+cv::Vec3d termsAt(double x, double y, std::integral_constant<int, 3>) {
+    return {1, x, y};
+}
+
+cv::Vec6d termsAt(double x, double y, std::integral_constant<int, 6>) {
+    return {1, x, y, x * x, x * y, y * y};
+}
+
+// How far a corner lies from where the trusted corners in reach say, by an affine map from cells to the image through
+// these or by one with second powers, in steps along the axis on which it is more. Nothing if these are too few.
+template <int count>
 std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
                                          const std::vector<bool> &trusted, int reach) {
-    cv::Matx33d matrix = cv::Matx33d::zeros();
-    cv::Matx<double, 3, 2> right;
-    int count = 0;
+    cv::Matx<double, count, count> matrix = cv::Matx<double, count, count>::zeros();
+    cv::Matx<double, count, 2> right = cv::Matx<double, count, 2>::zeros();
+    int seen = 0;
     for (int y = -reach; y <= reach; y++) {
         for (int x = -reach; x <= reach; x++) {
             const int k = x == 0 && y == 0 ? -1 : lattice.indexAt(corner.cell + cv::Point(x, y));
             if (k >= 0 && trusted[size_t(k)]) {
                 const cv::Point2f p = lattice.corners[size_t(k)].position - corner.position;
-                const cv::Vec3d row(1, x, y);
-                matrix += row * row.t();
-                right += row * cv::Vec2d(p.x, p.y).t();
-                count++;
+                const auto terms = termsAt(x, y, std::integral_constant<int, count>());
+                matrix += terms * terms.t();
+                right += terms * cv::Vec2d(p.x, p.y).t();
+                seen++;
             }
         }
     }
-    if (count < 6 || std::abs(cv::determinant(matrix)) < 0.5) {
+    bool solved = false;
+    const cv::Matx<double, count, count> inverse = matrix.inv(cv::DECOMP_CHOLESKY, &solved);
+    // The inverse's first entry is how many times a corner's own variance the map's has here.
+    if (seen < 2 * count || !solved || !(inverse(0, 0) < 4)) {
         return std::nullopt;
     }
-    const cv::Matx<double, 3, 2> map = matrix.inv() * right;
+    const cv::Matx<double, count, 2> map = inverse * right;
     const auto row = [&](int i) { return cv::Point2f(float(map(i, 0)), float(map(i, 1))); };
     return LatticeSteps{row(1), row(2)}.count(row(0));
 }
 
-void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
-    // A mark's corner lies a third of a step from the lattice's along both axes.
+// Whether a corner lies where the trusted ones say. A mark's corner lies a third of a step from the lattice's along
+// both axes.
+bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const std::vector<bool> &trusted) {
     constexpr float farthest = 0.2F;
+    std::optional<float> distance;
+    for (int reach = 2; reach <= 6 && !distance; reach += 2) {
+        distance = distanceFromTrusted<3>(lattice, corner, trusted, reach);
+    }
+    if (distance && !(*distance <= farthest)) {
+        // Where a lens or the paper bends the lattice the affine map is off by itself.
+        distance = distanceFromTrusted<6>(lattice, corner, trusted, 3);
+    }
+    return distance && *distance <= farthest;
+}
+
+void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
     std::vector<bool> keep;
+    keep.reserve(lattice.corners.size());
     for (const LatticeCorner &corner : lattice.corners) {
-        std::optional<float> distance;
-        for (int reach = 2; reach <= 6 && !distance; reach += 2) {
-            distance = distanceFromTrusted(lattice, corner, trusted, reach);
-        }
-        keep.push_back(distance && *distance <= farthest);
+        keep.push_back(isInLine(lattice, corner, trusted));
     }
     lattice.retain(keep);
 }
