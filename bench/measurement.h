@@ -1,9 +1,10 @@
 // Measures calls alternately in many short rounds, and prints the table of every benchmark: a time, what it is compared
 // with in the same rounds, their ratio and the bound on it. Times are in milliseconds.
 //
-// The speed of a machine changes from one second to the next, most of all if others use it too. Therefore what is
-// compared is measured within milliseconds of each other, and a ratio is the median of the rounds' ratios of processor
-// time. Waiting costs no processor time, so elapsed times are measured too; the fastest round's is the least disturbed.
+// The speed of a machine changes from one second to the next, most of all if others use it too. Therefore the things to
+// be compared are measured within milliseconds of each other, and a ratio is the median of the rounds' ratios of
+// processor time. Waiting costs no processor time, so elapsed times are measured too; that of the fastest round is the
+// least disturbed.
 #pragma once
 
 #include <algorithm>

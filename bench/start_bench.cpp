@@ -1,6 +1,6 @@
 // Benchmarks of the program's start, exit and memory. They are compared with those of an empty window of the same
-// toolkit, with OpenGL (the toolkit's default) and without it (as in the program). Each of the three runs in turn, in a
-// process that ends itself after the first picture. For POSIX systems.
+// toolkit, with OpenGL (the toolkit's default) and without it (as in the program). The three are run in turn, each in a
+// process of its own that ends after the first picture. For POSIX systems.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

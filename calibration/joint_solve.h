@@ -1,4 +1,4 @@
-// The one least-squares solve over everything that is unknown at once: lenses, rig, moments, prints and their shapes.
+// A single least-squares solve for everything that is unknown: lenses, rig, moments, prints and their shapes.
 // It needs start values and does not judge its input; Ceres Solver does the work. The result does not depend on the
 // number of processors.
 #pragma once

@@ -189,7 +189,7 @@ TEST_F(Interface, makesItemsThatNoOtherWasOrIs) {
     std::vector<std::string> made;
     std::vector<const char *> baseNames{"", "", "A1_", "", nullptr};
     for (int i = 0; i < 30; ++i) {
-        baseNames.push_back(i % 3 == 1 ? "A1" : "A");  // "A1" and 8 could be "A" and 18
+        baseNames.push_back(i % 3 == 1 ? "A1" : "A");  // "A1" with the number 8 must differ from "A" with 18
     }
     for (const char *baseName : baseNames) {
         const char *path = lmLibMakeUniqueItem(&result, "/U", baseName);
