@@ -173,10 +173,14 @@ private:
 
 }  // namespace
 
-bool takesPart(const Observations &observations, const Sighting &sighting, const Estimate &estimate) {
+bool hasPose(const Observations &observations, const Sighting &sighting, const Estimate &estimate) {
     const Photograph &photograph = observations.photographs[size_t(sighting.photograph)];
-    return sighting.isUsed && estimate.hasCamera[size_t(photograph.camera)] &&
-           estimate.hasMoment[size_t(photograph.moment)] && estimate.groups[size_t(sighting.print)] >= 0;
+    return estimate.hasCamera[size_t(photograph.camera)] && estimate.hasMoment[size_t(photograph.moment)] &&
+           estimate.groups[size_t(sighting.print)] >= 0;
+}
+
+bool takesPart(const Observations &observations, const Sighting &sighting, const Estimate &estimate) {
+    return sighting.isUsed && hasPose(observations, sighting, estimate);
 }
 
 std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate) {

@@ -32,6 +32,9 @@ constexpr double printPrior = 0.005;
 // priors included. If the solve fails, it returns nothing and leaves the estimate unchanged.
 std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate);
 
+// True if the camera, the moment and the print of a sighting have a pose.
+bool hasPose(const Observations &observations, const Sighting &sighting, const Estimate &estimate);
+
 // True if the sighting is in use, and its camera, moment and print have a pose.
 bool takesPart(const Observations &observations, const Sighting &sighting, const Estimate &estimate);
 

@@ -27,6 +27,29 @@ inline Print makePrint() {
     return print;
 }
 
+// What a photograph shows of a print that lies here, with noise of so many pixels.
+inline Sighting see(const Scene &scene, int photograph, int print, const RigidMotion &worldFromPrint, double noise,
+                    std::mt19937 &random) {
+    std::normal_distribution<double> normal;
+    const Photograph &shot = scene.observations.photographs[size_t(photograph)];
+    const Camera &camera = scene.observations.cameras[size_t(shot.camera)];
+    const PrintShape &shape = scene.truth.shapes[size_t(print)];
+    Sighting sighting{photograph, print, true, {}};
+    for (int point = 0; point < columns * rows; point++) {
+        const Eigen::Vector2d drawn = scene.observations.prints[size_t(print)].points[size_t(point)];
+        const Eigen::Vector3d onPrint = printedPoint(shape.numbers.data(), shape.reach, drawn).place;
+        const Eigen::Vector3d seen = scene.truth.cameraFromRig[size_t(shot.camera)] *
+                                     (scene.truth.rigFromWorld[size_t(shot.moment)] * (worldFromPrint * onPrint));
+        Eigen::Vector2d image;
+        if (project(camera.lens, scene.truth.intrinsics[size_t(shot.camera)].data(), seen, image) && image.x() > 0 &&
+            image.y() > 0 && image.x() < camera.width && image.y() < camera.height) {
+            image += noise * Eigen::Vector2d(normal(random), normal(random));
+            sighting.corners.push_back({point, image, noise, true});
+        }
+    }
+    return sighting;
+}
+
 // A pinhole and a fisheye, fixed to each other, look at two prints that stand at an angle. The second print is bent and
 // has another scale in x than in y.
 inline Scene makeScene(double noise, unsigned seed = 3) {
@@ -58,23 +81,8 @@ inline Scene makeScene(double noise, unsigned seed = 3) {
         for (int camera = 0; camera < 2; camera++) {
             scene.observations.photographs.push_back({"", camera, moment});
             for (int print = 0; print < 2; print++) {
-                Sighting sighting{int(scene.observations.photographs.size()) - 1, print, true, {}};
-                for (int point = 0; point < columns * rows; point++) {
-                    const Eigen::Vector3d onPrint =
-                        printedPoint(truth.shapes[size_t(print)].numbers.data(), truth.shapes[size_t(print)].reach,
-                                     scene.observations.prints[size_t(print)].points[size_t(point)])
-                            .place;
-                    const Eigen::Vector3d seen =
-                        truth.cameraFromRig[size_t(camera)] *
-                        (truth.rigFromWorld.back() * (truth.worldFromPrint[size_t(print)] * onPrint));
-                    Eigen::Vector2d image;
-                    const Camera &by = scene.observations.cameras[size_t(camera)];
-                    if (project(by.lens, truth.intrinsics[size_t(camera)].data(), seen, image) && image.x() > 0 &&
-                        image.y() > 0 && image.x() < by.width && image.y() < by.height) {
-                        image += noise * Eigen::Vector2d(normal(noiseRandom), normal(noiseRandom));
-                        sighting.corners.push_back({point, image, noise, true});
-                    }
-                }
+                const Sighting sighting = see(scene, int(scene.observations.photographs.size()) - 1, print,
+                                              truth.worldFromPrint[size_t(print)], noise, noiseRandom);
                 if (sighting.corners.size() >= 12) {
                     scene.observations.sightings.push_back(sighting);
                 }
