@@ -37,8 +37,9 @@ struct Board {
     double reach = 0;  // farther from the truth is not found
     bool read = false;
     bool complete = false;
-    int found = 0;     // corners
-    double error = 0;  // root mean square over its corners, pixels
+    int found = 0;                     // corners
+    double error = 0;                  // root mean square over its corners, pixels
+    std::optional<double> plainError;  // on the board without marks, told its size
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };
@@ -73,6 +74,18 @@ std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coar
         }
     }
     return best;
+}
+
+std::optional<double> plainReaderError(const Board &board) {
+    pattern_reader::ReadingOptions options;
+    options.board = board.corners;
+    Corners corners;
+    for (const pattern_reader::PatternReading &reading : pattern_reader::readPatterns(board.withoutMarks, options)) {
+        for (const pattern_reader::PatternCorner &corner : reading.corners) {
+            corners.push_back(corner.image);
+        }
+    }
+    return errorOf(corners, board);
 }
 
 std::optional<double> stockError(const DetectorTotals &detector, const Board &board) {
@@ -120,6 +133,7 @@ std::optional<Board> takeBoard(unsigned number) {
     stockCorners(StockMethod::SectorBased, scene.image, board.corners);
     board.sectorBasedSeconds = threadSeconds() - from;
 
+    board.plainError = plainReaderError(board);
     const PictureScore score = scorePicture(scene, readings);
     const PatternScore &own = score.patterns.front();
     board.read = own.placed;
@@ -199,14 +213,20 @@ Comparison compareWithStock(unsigned first, unsigned boardCount, unsigned thread
     std::vector<double> ratios;
     std::vector<double> readerTimes;
     std::vector<double> sectorBasedTimes;
+    std::vector<double> plainErrors;
     for (const Board &board : boards) {
         comparison.boards++;
         comparison.readByReader += board.read ? 1 : 0;
         comparison.completeByReader += board.complete ? 1 : 0;
+        if (board.plainError) {
+            plainErrors.push_back(*board.plainError);
+        }
         ratios.push_back(board.sectorBasedSeconds / board.readerSeconds);
         readerTimes.push_back(1000 * board.readerSeconds);
         sectorBasedTimes.push_back(1000 * board.sectorBasedSeconds);
     }
+    comparison.plainFound = int(plainErrors.size());
+    comparison.plainMedianError = median(plainErrors);
     comparison.medianTimeRatio = median(ratios);
     comparison.medianReaderMs = median(readerTimes);
     comparison.medianSectorBasedMs = median(sectorBasedTimes);

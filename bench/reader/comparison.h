@@ -32,7 +32,10 @@ struct Comparison {
     int readByReader = 0;
     int completeByReader = 0;  // with every corner
     std::vector<DetectorTotals> detectors;
-    double medianTimeRatio = 0;  // findChessboardCornersSB by default over the reader; processor time
+    // The same boards without marks, the reader being told their size.
+    int plainFound = 0;           // with all corners where they are
+    double plainMedianError = 0;  // of their root mean squares, pixels
+    double medianTimeRatio = 0;   // findChessboardCornersSB by default over the reader; processor time
     double medianReaderMs = 0;
     double medianSectorBasedMs = 0;
 };

@@ -23,9 +23,9 @@ std::string describe(const ScenePattern &pattern, const PatternScore &score) {
 struct Collected {
     std::vector<float> lengths;
     std::vector<double> ratios;
+    std::vector<double> rms;  // of each pattern
     double squares = 0;
     double biasSquares = 0;
-    int measured = 0;
     double normalised = 0;
     long normalisedCount = 0;
 };
@@ -52,7 +52,7 @@ void collectErrors(const std::vector<PointError> &errors, Collected &all) {
     }
     all.squares += squares;
     all.biasSquares += mean.dot(mean);
-    all.measured++;
+    all.rms.push_back(std::sqrt(squares / double(errors.size())));
     if (leastKnown) {
         all.ratios.push_back(std::sqrt(squares / leastSquares));
     }
@@ -127,6 +127,7 @@ PictureResult resultOf(unsigned number, const Scene &scene,
         PatternResult pattern;
         pattern.plate = one.pattern->coded.kind == PatternKind::Plate;
         pattern.pixelsPerSquare = one.pattern->pixelsPerSquare;
+        pattern.tiltDegrees = one.pattern->tiltDegrees;
         pattern.asked = isAsked(scene, one);
         pattern.whole = one.pattern->visibility == Visibility::Whole &&
                         one.seenPoints == int(one.pattern->coded.target->points().size());
@@ -190,8 +191,9 @@ Row rowOf(const std::vector<PictureResult> &results, const Pick &pick) {
         }
     }
     row.rms = std::sqrt(all.squares / double(std::max<size_t>(1, all.lengths.size())));
+    row.medianRms = quantile(all.rms, 0.5);
     row.percentile95 = quantile(all.lengths, 0.95);
-    row.bias = std::sqrt(all.biasSquares / std::max(1, all.measured));
+    row.bias = std::sqrt(all.biasSquares / double(std::max<size_t>(1, all.rms.size())));
     row.ratioToLeast = quantile(all.ratios, 0.5);
     row.sigmaVariance = all.normalisedCount > 0 ? all.normalised / double(all.normalisedCount) : 0;
     return row;

@@ -14,6 +14,7 @@ namespace reader_bench {
 struct PatternResult {
     bool plate = false;
     double pixelsPerSquare = 0;
+    double tiltDegrees = 0;
     bool asked = false;  // the goal asks for it: see isAsked
     bool whole = false;
     bool hasBlock = false;
@@ -58,6 +59,7 @@ struct Row {
     int readAgain = 0;
     int wrongPolarity = 0;
     double rms = 0;            // of all corners, pixels
+    double medianRms = 0;      // over the patterns, of their own root mean square, pixels
     double percentile95 = 0;   // of the errors' lengths, pixels
     double bias = 0;           // root mean square over the pictures of the length of a picture's mean error
     double ratioToLeast = 0;   // median over the pictures of their rms by the least that noise allows; 0: not known

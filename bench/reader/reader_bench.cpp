@@ -119,8 +119,11 @@ void printEmpty(const std::vector<EmptyResult> &results) {
 }
 
 void printComparison(const Comparison &comparison) {
-    std::printf("\n%d boards seen whole: reader reads %d, %d with every corner\n\n", comparison.boards,
-                comparison.readByReader, comparison.completeByReader);
+    std::printf(
+        "\n%d boards seen whole: the reader reads %d, %d with every corner; without marks and told their size, "
+        "%d with every corner, median rms error %.4f px\n\n",
+        comparison.boards, comparison.readByReader, comparison.completeByReader, comparison.plainFound,
+        comparison.plainMedianError);
     std::printf(
         "| stock detector | finds | of these the reader misses | reads with fewer corners | its rms error, px, median "
         "| reader's on the same boards | reader more exact on |\n|---|---|---|---|---|---|---|\n");

@@ -24,6 +24,30 @@ Goal rangeGoal(const std::string &what, double value, int patterns, double least
             !judged || (value >= least && value <= greatest)};
 }
 
+// Plates beside boards of the same sizes in the same light, in the condition in which they are worst.
+Goal plateGoal(const std::vector<PictureResult> &results) {
+    constexpr double greatestTilt = 70;
+    constexpr int enough = 10;
+    Goal goal{"plates: median rms at most 1.5 times that of boards, tilt to 70°", "not known", true};
+    double worst = 0;
+    for (const char *id : {"noise", "dim", "small", "steep", "very-steep", "gradient"}) {
+        const auto row = [&](bool plates) {
+            return rowOf(results, [&](const PictureResult &picture, const PatternResult &pattern) {
+                return conditions()[picture.condition].id == std::string(id) && pattern.plate == plates &&
+                       pattern.tiltDegrees <= greatestTilt;
+            });
+        };
+        const Row plates = row(true);
+        const Row boards = row(false);
+        if (plates.read >= enough && boards.read >= enough && plates.medianRms > worst * boards.medianRms) {
+            worst = plates.medianRms / boards.medianRms;
+            goal.measured = cv::format("%.2f (%s: %.4f px beside %.4f)", worst, id, plates.medianRms, boards.medianRms);
+            goal.met = worst <= 1.5;
+        }
+    }
+    return goal;
+}
+
 }  // namespace
 
 std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const std::vector<EmptyResult> &empty) {
@@ -56,6 +80,7 @@ std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const 
         rangeGoal("plates: variance of error by standard deviation, 0.8 to 1.25", largerPlates.sigmaVariance,
                   largerPlates.read, 0.8, 1.25),
     };
+    goals.push_back(plateGoal(results));
     long readings = 0;
     for (const EmptyResult &one : empty) {
         readings += one.readings;

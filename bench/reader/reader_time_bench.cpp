@@ -42,16 +42,30 @@ cv::Mat photographOf(const CodedTarget &coded, const cv::Size &size) {
     return photograph(cv::Mat(size, CV_32F, cv::Scalar(120)), camera, {placed}, Exposure(), random);
 }
 
+// One picture of the kind beside the other, so that larger pictures hold more of the same.
+cv::Mat repeated(EmptyKind kind, const cv::Size &size) {
+    const cv::Mat one = makeEmptyPicture(kind, 6);
+    cv::Mat all;
+    cv::repeat(one, size.height / one.rows + 1, size.width / one.cols + 1, all);
+    return all(cv::Rect({0, 0}, size)).clone();
+}
+
 cv::Mat inLargerPicture(const cv::Mat &picture, int factor, bool textured) {
-    cv::Mat larger;
-    if (textured) {
-        cv::repeat(makeEmptyPicture(EmptyKind::Texture, 6), factor * 4, factor * 4, larger);
-        larger = larger(cv::Rect(0, 0, picture.cols * factor, picture.rows * factor)).clone();
-    } else {
-        larger = cv::Mat(picture.rows * factor, picture.cols * factor, CV_8U, cv::Scalar(120));
-    }
+    const cv::Size size(picture.cols * factor, picture.rows * factor);
+    cv::Mat larger = textured ? repeated(EmptyKind::Texture, size) : cv::Mat(size, CV_8U, cv::Scalar(120));
     picture.copyTo(larger(cv::Rect({0, 0}, picture.size())));
     return larger;
+}
+
+// Pictures full of what looks like corners or marks.
+void benchLookalikes(Table &table) {
+    for (const EmptyKind kind : {EmptyKind::Text, EmptyKind::Dots, EmptyKind::PerforatedSheet, EmptyKind::Net}) {
+        const cv::Mat one = repeated(kind, {1000, 1000});
+        const cv::Mat sixteen = repeated(kind, {4000, 4000});
+        const auto times =
+            measureAlternately(7, {[&] { return readingTime(sixteen) / 16; }, [&] { return readingTime(one); }});
+        table.row(nameOf(kind) + " in 16 megapixels", times[0], "ms per megapixel", "1 megapixel", times[1], 2.0);
+    }
 }
 
 void benchMegapixels(Table &table) {
@@ -81,8 +95,8 @@ struct Subject {
 };
 
 void benchPerItem(Table &table, const std::vector<Subject> &subjects, const char *unit, const std::string &reference) {
-    const cv::Mat empty(subjects.front().picture.size(), CV_8U, cv::Scalar(120));
     const auto costOf = [&](const Subject &subject) {
+        const cv::Mat empty(subject.picture.size(), CV_8U, cv::Scalar(120));
         const Time time = (readingTime(subject.picture) - readingTime(empty)) / subject.items;
         return Time{time.processor, 0.0};
     };
@@ -95,11 +109,12 @@ void benchPerItem(Table &table, const std::vector<Subject> &subjects, const char
 
 void benchCorners(Table &table) {
     std::vector<Subject> subjects;
-    for (const int side : {15, 31, 61, 91}) {
+    for (const int side : {15, 31, 61, 91, 200}) {
         std::mt19937 random(1);
         const std::string size = std::to_string(side) + " x " + std::to_string(side);
+        const cv::Size picture = side <= 91 ? cv::Size(1100, 1100) : cv::Size(2300, 2300);
         subjects.push_back({"a pattern of " + size + " corners",
-                            photographOf(makeFlexible(side, side, random), {1100, 1100}), side * side / 1000.0});
+                            photographOf(makeFlexible(side, side, random), picture), side * side / 1000.0});
     }
     benchPerItem(table, subjects, "ms per 1000 corners", "15 x 15");
 }
@@ -130,5 +145,6 @@ int main() {
     benchMegapixels(table);
     benchCorners(table);
     benchPatterns(table);
+    benchLookalikes(table);
     return table.exitCode();
 }
