@@ -151,8 +151,8 @@ PixelOutline circle(double x, double y, double radius) {
 }
 
 TEST(Raster, drawsRoundShapesAsCairoDoes) {
-    constexpr int width = 143;
-    constexpr int height = 137;
+    constexpr int width = 137;
+    constexpr int height = 143;
     std::vector<PixelOutline> outlines = outlinesOf({{0, 0, width * pixelUnits, height * pixelUnits}});
     outlines.push_back({{5500, 2500}, {34111, 2577}, {33999, 32555}, {2590, 32571}, {2577, 5600}});
     for (int row = 0; row < 3; ++row) {

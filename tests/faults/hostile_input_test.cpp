@@ -48,20 +48,6 @@ TEST_F(HostileInput, jsonUpToItsLimitAndNoFurther) {
     EXPECT_EQ(result, LmLibResultCouldNotInterpretJsonText);
 }
 
-TEST_F(HostileInput, tenThousandNodes) {
-    for (int i = 0; i < 10000; ++i) {
-        lmLibSetInt(&result, ("/A/\\" + std::to_string(i)).c_str(), i);
-        ASSERT_EQ(result, LmLibResultOperationSucceeded);
-        lmLibMakeUniqueItem(&result, "/O", "");
-    }
-    EXPECT_EQ(lmLibGetInt(&result, "/A/\\9999"), 9999);
-    EXPECT_EQ(lmLibGetCount(&result, "/O"), 10000);
-    for (int i = 0; i < 10000; ++i) {
-        lmLibErase(&result, "/A/\\0");
-    }
-    EXPECT_EQ(lmLibGetCount(&result, "/A"), 0);
-}
-
 TEST_F(HostileInput, namesThatAreNotUtf8) {
     for (const char *name : {"\xff", "\xc3\x28", "\xed\xa0\x80", "\xf0\x9f\x98", "\x01\x7f", "\xe4\xf6\xfc"}) {
         const std::string path = std::string("/") + name;
