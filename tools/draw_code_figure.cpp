@@ -1,7 +1,7 @@
-// Draws the figure of docs/pattern-code.md from the code itself: writes docs/images/pattern-code.svg to the
-// standard output. On the left the Single pattern of 12 mm, in the middle the plate of 12.5 mm and 3.25 mm
-// thickness, with the number of every bit of the information block; on the right how a Flexible pattern is cut
-// out of the plane.
+// Draws the figure of docs/pattern-code.md from the code itself, and writes docs/images/pattern-code.svg to the
+// standard output. The left part shows the Single pattern of 12 mm, the middle part the plate of 12.5 mm and 3.25 mm
+// thickness, both with the number of every bit of the information block. The right part shows how a Flexible pattern is
+// cut out of the plane.
 #include <cstdint>
 #include <cstdio>
 
@@ -110,7 +110,7 @@ void drawPlane(double left, double top) {
     constexpr int corners = 91;
     const Square window = *planeWindowForPattern(corners, corners, 60, -40);
     rectangle(left, top, planeSide * side, planeSide * side, "#eee");
-    // The bits of the pattern alone, as one path in squares; all of them would make the file large.
+    // Only the bits of the pattern are drawn, as one path whose unit is a square; all bits would make the file large.
     std::printf("<path transform=\"translate(%g %g) scale(%g)\" fill=\"#3182bd\" d=\"", left, top, side);
     for (int row = window.row; row <= window.row + corners; ++row) {
         for (int column = window.column; column <= window.column + corners; ++column) {

@@ -1,11 +1,11 @@
-// Makes the bits of the position code: writes the two files that position_code.cpp includes, and what it
-// took to the standard error. The bits are frozen as pattern version 1, so this is kept to show where they
-// come from, not to make others: the same program gives the same bits on every machine.
+// Makes the bits of the position code. Writes the two files that position_code.cpp includes, and reports the time and
+// the number of retries on the standard error. The bits are frozen as pattern version 1, so the program is kept to show
+// where they come from, not to make others. It gives the same bits on every machine.
 //
-// The squares are filled one after the other, row by row, with a random bit each. A bit that completes a
-// window too like an earlier one is turned over; when neither value will do, the last few squares are
-// emptied again and filled anew. Every window completed is kept in an index that finds its near
-// neighbours by the pigeonhole principle, and that forgets in the reverse order.
+// The squares are filled one after the other, row by row, each with a random bit. A bit that completes a window too
+// similar to an earlier one is inverted. If neither value works, the last few squares are emptied and filled again.
+// Every completed window is kept in an index, which finds similar windows by the pigeonhole principle and removes
+// windows in the reverse order.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -42,7 +42,7 @@ Word allOnes(int n) {
     return n == 8 ? ~Word{0} : (Word{1} << (n * n)) - 1;
 }
 
-// Whether a window in any of its orientations is closer than distance to itself in another one.
+// True if a window differs from itself in another orientation in fewer bits than the distance.
 bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     Word turnedWord = word;
     Word turnedMask = mask;
@@ -56,8 +56,9 @@ bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     return false;
 }
 
-// Whole windows of side n, each in four orientations. Two words closer than the distance agree in at least
-// one of the parts they are cut into but for flips bits, so those parts are the keys to look under.
+// Whole windows of side n, each in four orientations. Words are cut into parts, which are the keys of the index. Two
+// words that differ in fewer bits than the distance differ in at most `flips` bits in at least one part, so it is
+// enough to look up each part with up to that many bits inverted.
 class WindowIndex {
 public:
     WindowIndex(int windowSide, int leastDistance, int partCount)
@@ -161,8 +162,8 @@ struct Grid {
     std::vector<std::uint8_t> bits;
 };
 
-// Fills a grid. tryCell(cell) puts a bit into a square and says whether all is well; undo(cell) takes back
-// what a successful tryCell kept. Returns the number of squares emptied on the way.
+// Fills a grid. tryCell(cell) puts a bit into a square and returns false if neither value works; undo(cell) reverses a
+// successful tryCell. Returns how often a square had to be emptied.
 template <typename TryCell, typename Undo>
 int fill(int cellCount, std::mt19937_64 &random, const TryCell &tryCell, const Undo &undo) {
     int emptied = 0;
@@ -189,7 +190,7 @@ class PlaneMaker {
 public:
     explicit PlaneMaker(std::mt19937_64 &generator) : random(generator), plane(planeSide) {
         for (WindowIndex &index : indexes) {
-            // A board without marks, or with a mark everywhere, is like no window either.
+            // Windows must also differ from a board with no marks and from one with a mark in every square.
             index.add(0);
             index.add(~Word{0} & allOnes(sideOf(index)));
         }
@@ -249,7 +250,7 @@ private:
         WindowIndex(7, planeWindowDistance(7), 3), WindowIndex(8, planeWindowDistance(8), 4)};
 };
 
-// Fills the tiles, one after the other, against the finished plane.
+// Fills the tiles, one after the other, with windows that differ from those of the finished plane.
 class TileMaker {
 public:
     TileMaker(std::mt19937_64 &generator, const PlaneMaker &finishedPlane) : random(generator), plane(finishedPlane) {
@@ -259,7 +260,7 @@ public:
         }
     }
 
-    // Makes the next tile; to is where its bits go. Returns the number of squares emptied on the way.
+    // Makes the next tile and stores its bits in `to`. Returns how often a square had to be emptied.
     int make(Grid &to) {
         tile = &to;
         return fill(
@@ -299,7 +300,7 @@ private:
     }
 
     bool accepts(int cell) {
-        // The plane has by far the most windows, so it comes last.
+        // The plane has by far the most windows, so it is checked last.
         const auto holds = [&](bool (TileMaker::*isFine)(const Window &, int)) {
             return std::all_of(sides.begin(), sides.end(), [&](int n) {
                 return !tile->hasWindowEndingAt(cell, n) || (this->*isFine)(windowEndingAt(cell, n), n);

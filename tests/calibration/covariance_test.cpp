@@ -1,4 +1,4 @@
-// Whether the errors are as large as the calibration says: many simulated calibrations of one scene.
+// Checks by many simulated calibrations of one scene that errors are as large as the estimated covariance says.
 #include "calibration/covariance.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
     double projected = 0;
     for (int run = 0; run < runs; run++) {
         Scene scene = makeScene(0.1, unsigned(run));
-        // Half of what the corners' standard deviations really are: the residuals say so.
+        // These standard deviations are half of the real ones. The residuals must reveal that.
         for (Sighting &sighting : scene.observations.sightings) {
             for (SeenCorner &corner : sighting.corners) {
                 corner.sigma = 0.05;
@@ -54,17 +54,18 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
         std::nth_element(ratios.begin(), ratios.begin() + 40, ratios.end());
         projected += ratios[40];
     }
-    // The variance of normalised errors; that of a mean over 60 runs of 6 and more numbers is below 0.006.
+    // Means of squared normalised errors, which are 1 if the covariance is right. Over 60 runs of at least 6 numbers,
+    // the variance of such a mean is below 0.006.
     EXPECT_NEAR(lens / runs, 1, 0.2);
     EXPECT_NEAR(pose / runs, 1, 0.2);
-    // Of a distance whose worse direction has sigma 1, the median lies between 0.67 and 1.18.
+    // If the standard deviation in the worse direction is 1, the median of the distance lies between 0.67 and 1.18.
     EXPECT_GT(projected / runs, 0.6);
     EXPECT_LT(projected / runs, 1.25);
 }
 
 TEST(Covariance, isAbsentIfAFocalLengthCannotBeKnown) {
     Scene scene = makeScene(0.1);
-    // One camera that looks straight at one print from one distance, always the same.
+    // One camera that always looks straight at one print from the same distance.
     scene.observations.cameras.resize(1);
     scene.observations.photographs.clear();
     scene.observations.sightings.clear();

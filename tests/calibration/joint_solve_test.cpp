@@ -1,4 +1,4 @@
-// The joint solve on corners that are computed, not photographed: what was put in must come out.
+// The joint solve on corners that are computed, not photographed: it must find the values they were computed from.
 #include "calibration/joint_solve.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The lens models against OpenCV's, and their derivatives against differences.
+// The lens models compared with OpenCV's, and their derivatives compared with finite differences.
 #include "calibration/lens_model.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// Many updates over all pages and values leave nothing behind: no memory, no open file, no thread, no node. And the
-// program starts and ends as often as one likes.
+// Many updates over all pages and values leak no memory, open files, threads or nodes, and the program can be started
+// and ended many times.
 #include <malloc.h>
 #include <unistd.h>
 #include <QCheckBox>
@@ -29,7 +29,7 @@ struct Held {
     qint64 bytes = 0;
     int openFiles = 0;
     int threads = 0;
-    int nodes = 0;  // below the commands' parent
+    int nodes = 0;  // below /Execute
 };
 
 int entryCount(const QString &folder) {
@@ -37,7 +37,7 @@ int entryCount(const QString &folder) {
 }
 
 Held heldNow() {
-    // What has been freed is given back first: the allocator keeps some of the pictures' memory, now more, now less.
+    // Freed memory is returned to the system first, because the allocator keeps a varying part of the pictures' memory.
     malloc_trim(0);
     QFile memory("/proc/self/statm");
     memory.open(QIODevice::ReadOnly);
@@ -50,7 +50,7 @@ int wanted(const char *variable, int otherwise) {
     return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable) : otherwise;
 }
 
-// Changes one input of the page in front, or the page, to a value that it allows.
+// Sets a random input of the current page to a random value that it allows, or goes to a random page.
 class RandomChanges {
 public:
     explicit RandomChanges(const MainWindow &window)
@@ -115,7 +115,7 @@ void LongUseTest::updatesLeaveNothingBehind() {
     window.show();
     int pictures = 0;
     connect(window.findChild<QGraphicsView *>("preview")->scene(), &QGraphicsScene::changed, [&] { ++pictures; });
-    // A value that no pattern can have is reported; that is an update too.
+    // The form allows some values that no pattern can have. The program reports these; that is an update too.
     int boxes = 0;
     QTimer user;
     connect(&user, &QTimer::timeout, [&boxes] {
@@ -147,7 +147,7 @@ void LongUseTest::updatesLeaveNothingBehind() {
         updates, static_cast<double>(timer.elapsed()) / 1000.0, boxes,
         static_cast<double>(last.bytes) / (1024.0 * 1024.0), grownMiB, warmUp, last.openFiles, last.threads);
     QVERIFY(pictures > updates / 4);
-    // Threads that the toolkit has used in the beginning may have ended meanwhile.
+    // There may be fewer, because threads that the toolkit used at first may have ended.
     QVERIFY2(last.openFiles <= first.openFiles, qPrintable(QString::number(first.openFiles)));
     QVERIFY2(last.threads <= first.threads, qPrintable(QString::number(first.threads)));
     QCOMPARE(last.nodes, 0);

@@ -1,6 +1,5 @@
-// A user without a plan, on a real desktop: clicks, keys and sizes at random, from a fixed seed. The program never
-// keeps one waiting, writes nowhere on the disk but to the folder it was started in, and can still do its work in the
-// end.
+// Random clicks, keys and window sizes on a real desktop, from a fixed seed. The program must always respond in time,
+// write files only to the expected folders, and still work at the end.
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -24,17 +23,17 @@ QByteArray contentsOf(const QString &fileName) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Whether the thread that runs the program's window waits for events, in poll: not while it computes, nor while it
-// waits for a command of the library.
+// True if the main thread of the program waits for events, in poll; false while it computes or waits for a command of
+// the library.
 bool waitsForEvents(qint64 process) {
     const QByteArray call = contentsOf(QString("/proc/%1/syscall").arg(process)).split(' ').value(0);
     return call == QByteArray::number(7) || call == QByteArray::number(271);
 }
 
-// The system's own record of what a program and its children do to files, anywhere.
+// A record, made by strace, of everything that a program and its children do to files, anywhere.
 class WriteRecord {
 public:
-    // Starts the program, below a recorder that leaves it its process number.
+    // Starts the program under strace. The option -D lets the program keep the number of the process that is started.
     bool start(DrivenProgram &program, const QMap<QString, QString> &environment) {
 #ifdef WRITES_ARE_RECORDED
         keeps = QProcess::execute("strace", {"-o", "/dev/null", "true"}) == 0;
@@ -60,7 +59,7 @@ public:
         return !keeps || QString::fromLocal8Bit(contentsOf(fileName())).contains(end);
     }
 
-    // The files that were opened for writing, and all that became of names.
+    // The files that were opened for writing, and all names in the other recorded calls, such as rename.
     QStringList paths() const {
         static const QRegularExpression opened(R"(^\d+ +(?:open|openat|creat)\(.* = \d+<(.*)>)");
         static const QRegularExpression named("\"([^\"]*)\"");
@@ -117,11 +116,11 @@ private:
     int actions = 0;
 };
 
-// Waits until the program is ready for the next input.
+// Waits until the program is ready for the next input. False if that takes too long or if the program has ended.
 bool RandomUseTest::answers() {
     QElapsedTimer timer;
     timer.start();
-    QThread::msleep(30);  // the input is on its way
+    QThread::msleep(30);  // until the input has arrived
     while (!waitsForEvents(program->processId())) {
         if (timer.elapsed() > patienceMs) {
             return false;
@@ -135,13 +134,13 @@ bool RandomUseTest::answers() {
 QString RandomUseTest::word() {
     QString text;
     for (int length = 1 + below(8); length > 0; --length) {
-        text += QChar("abcdefgh0123456789,-"[below(20)]);  // no dot: two of them are a folder
+        text += QChar("abcdefgh0123456789,-"[below(20)]);  // no dots, because two of them name a folder
     }
     return text;
 }
 
 void RandomUseTest::answerOtherWindow() {
-    // Only what is typed: a click in a file dialog could lead to any folder.
+    // Uses only the keyboard, because a click in a file dialog could lead to any folder.
     if (below(2) == 0) {
         desktop.type(word());
         desktop.press({"Return"});
@@ -221,7 +220,7 @@ void RandomUseTest::endsAsItBegan() {
     qInfo("%d actions in %d s; the longest wait was %lld ms; %d files saved on the way", actions, seconds,
           static_cast<long long>(longestWaitMs), QDir(chosen.path()).entryList(QDir::Files).size());
 
-    // It can still save. Whatever the other pages show, a plate of the catalogue can be drawn.
+    // The program can still save. The Official page is used because a plate of the catalogue can always be drawn.
     QVERIFY(closeOtherWindows());
     desktop.xdotool({"windowsize", "--sync", window, "899", "553"});
     QVERIFY(program->showPage(DrivenProgram::Official));
@@ -240,7 +239,7 @@ void RandomUseTest::endsAsItBegan() {
     program->stop();
     QTRY_VERIFY(record.isComplete(process));
 
-    // A file without a name gets one by way of its descriptor.
+    // A file that was created without a name is given one through its descriptor in /proc/self/fd/.
     const QStringList expected{chosen.path() + "/", home.path() + "/", "/dev/", "/proc/self/fd/"};
     const QStringList paths = record.paths();
     for (const QString &path : paths) {
@@ -251,12 +250,12 @@ void RandomUseTest::endsAsItBegan() {
         QVERIFY(paths.contains(chosen.filePath("last.pdf")));
         qInfo("%d changes of files recorded", paths.size());
     }
-    // The toolkit's file dialog remembers its places in a file of its own; the program has no settings.
+    // The toolkit's file dialog stores its history in a file of its own; the program itself stores no settings.
     const QString settings = QDir(home.path()).entryList(QDir::Files | QDir::Hidden).join(' ');
     QVERIFY2(settings.isEmpty() || settings == "QtProject.conf", qPrintable(settings));
 }
 
-// The window is closed while the pictures of many changes before that are still being made.
+// Closes the window while the pictures of many earlier changes are still being drawn.
 void RandomUseTest::closesWhileCommandsRun() {
     for (int changes = 1; changes <= 25; changes += 12) {
         DrivenProgram closing(desktop);

@@ -140,7 +140,7 @@ private:
         actions.back().hasPicture = picture() != 0;
     }
 
-    // Which picture the preview shows; 0 for none.
+    // A number that identifies the picture in the preview; 0 if there is none.
     qint64 picture() const {
         const auto items =
             window == nullptr ? QList<QGraphicsItem *>() : find<QGraphicsView>("preview")->scene()->items();

@@ -1,4 +1,4 @@
-// JSON: whatever text is given, it is refused and changes nothing, or what it made reads back to the same text again.
+// JSON: any text is either refused and changes nothing, or makes a node whose JSON text makes the same node again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// The commands' parameters, as JSON: every command returns or says in a sentence why not. No file is written, and
-// pictures are small.
+// The commands' parameters, as JSON: every command either succeeds or fails with a symbol and a sentence. No file is
+// written, and pictures are small.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +16,8 @@ namespace {
 using lmlib64::Node;
 using lmlib64::NodeObject;
 
-// Small pictures, and files only where no folder is: what is made for them is made all the same.
+// Makes pictures small, and puts files below /dev/null, where none can be written; their contents are made all the
+// same.
 void tame(Node &parameters) {
     auto *object = std::get_if<NodeObject>(&parameters.value);
     if (object == nullptr) {

@@ -1,5 +1,5 @@
-// Runs a fuzz target once for every file of the folder that is named: what the corpus has found stays found, with
-// any compiler. Fails where the folder is empty.
+// Runs a fuzz target once for every file in the folders named on the command line, so that faults that were found once
+// are found again, with any compiler. Fails if there are no files.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

@@ -34,7 +34,7 @@ protected:
     }
 };
 
-// A failed command's exception; the command itself is gone.
+// The exception of a failed command. The command object no longer exists.
 LmLibException failedMeasurement() {
     try {
         TreeCommand("Measure").execute(true);

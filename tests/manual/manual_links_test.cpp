@@ -1,4 +1,4 @@
-// Walks the built manual as a reader's browser does, from its first page through every link and picture.
+// Follows every link and picture of the built manual, starting at its first page, as a browser would.
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -78,7 +78,7 @@ void ManualLinksTest::initTestCase() {
 }
 
 void ManualLinksTest::everyLinkLeadsSomewhere() {
-    // Where the tool tip leads.
+    // The page that the tool tip links to.
     QVERIFY(pages.contains("guides/calibration/patterns.html"));
     QVERIFY(pages.size() >= 4);
     for (auto page = pages.begin(); page != pages.end(); ++page) {
@@ -146,7 +146,7 @@ void ManualLinksTest::picturesAreSound() {
                 }
                 QVERIFY2(!reader.hasError() && holdsPicture, qPrintable(file));
             } else {
-                // The room that the page keeps for it.
+                // The size that the page reserves for the picture.
                 const QSize size(valuesOf("width", element).value(0).toInt(),
                                  valuesOf("height", element).value(0).toInt());
                 QCOMPARE(QImage(file).size(), size);

@@ -1,4 +1,4 @@
-// The library's C interface over the scripted state.
+// The library's C interface, which answers from the scripted state.
 #include <array>
 #include <charconv>
 #include <cstring>
@@ -30,7 +30,7 @@ std::string textOf(double value) {
     return {buffer.data(), end.ptr};
 }
 
-// " name" where the caller has a target for it.
+// " name" if the caller passed a target for this value, otherwise nothing.
 std::string requested(const void *target, const char *name) {
     return target == nullptr ? std::string() : " " + std::string(name);
 }
@@ -49,7 +49,8 @@ const char *kept(std::string text) {
     return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): it outlives the call
 }
 
-// Every function: records the call, gives the scripted result or does the action, and lets no exception out.
+// What every function does: it records the call, returns the scripted result or performs the action, and turns every
+// exception into a result code.
 template <typename Value, typename Action>
 Value answer(std::int32_t *result, const char *function, const char *path, const std::string &value,
              const Value &failureValue, Action action) {
@@ -88,7 +89,7 @@ void perform(std::int32_t *result, const char *function, const char *path, const
     });
 }
 
-// Reads a node of the JSON type that the value is of.
+// Reads a node that must have the JSON type of Value.
 template <typename Value>
 Value read(std::int32_t *result, const char *function, const char *path) {
     return answer<Value>(result, function, path, "", Value(), [](const LibraryState &state, const std::string &at) {
@@ -228,7 +229,7 @@ void lmLibWriteDebugMessage(int32_t *result, const char *message) {
     perform(result, "lmLibWriteDebugMessage", "", textOf(message), [](LibraryState &, const std::string &) {});
 }
 
-// Leaves the tree as it is, for a test to look at.
+// Intentionally leaves the tree unchanged, so that a test can inspect it.
 void lmLibFinalize(int32_t *result) {
     perform(result, "lmLibFinalize", "", "", [](LibraryState &, const std::string &) {});
 }

@@ -67,7 +67,7 @@ LibraryState &LibraryState::instance() {
                 applyScript(state, std::string(std::istreambuf_iterator<char>(file), {}));
             } catch (const std::exception &error) {
                 std::fprintf(stderr, "%s: %s\n", scriptFile.c_str(), error.what());
-                std::abort();  // A test must not go on with another script than its own.
+                std::abort();  // A test must not continue without its own script.
             }
         }
         return true;

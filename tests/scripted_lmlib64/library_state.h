@@ -1,5 +1,5 @@
-// Everything the scripted library holds: the tree, the recorded calls, the results to give and the commands'
-// scripts. One for the process; whoever uses it holds its mutex, exceptions being named below.
+// The whole state of the scripted library: the tree, the recorded calls, the scripted results and the commands'
+// scripts. The process has one. Its mutex must be held while it is used, unless stated otherwise below.
 #pragma once
 
 #include <cstddef>
@@ -18,18 +18,19 @@ namespace scripted_lmlib64 {
 
 class LibraryState {
 public:
-    // The process's own, made with the default script, and with the script named by LMLIB64_SCRIPT over it.
+    // The state of the process. At first it has the default script, to which the script that LMLIB64_SCRIPT names has
+    // been added.
     static LibraryState &instance();
 
     void reset();
-    // Takes the mutex itself; returns the observer to show the call to.
+    // Locks the mutex itself. Returns the observer, which is to be called with this call.
     std::function<void(const Call &)> record(const Call &call);
-    // The code a result rule has for this call, if any.
+    // The code that a rule of setResult() gives this call, if there is one.
     std::optional<std::int32_t> scriptedResult(const Call &call);
     void addResult(const std::string &function, const std::string &pathPattern, std::int32_t code,
                    std::int32_t occurrence);
 
-    // Writes a text and, where the path is a slot's "Command", runs the command.
+    // Writes a text and, if the path is a slot's "Command", runs the command.
     void writeString(const std::string &path, const std::string &text);
     void waitForType(const std::string &path, std::int32_t type, bool waitForChange);
     std::string makeUniqueItem(const std::string &parentPath, const std::string &baseName);

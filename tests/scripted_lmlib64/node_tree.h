@@ -1,6 +1,5 @@
-// The nodes behind the scripted library: a JSON document addressed by the library's paths, with binary leaves.
-// Knows nothing of commands, recording or threads. It takes the paths that the library takes, and does not judge the
-// others.
+// The nodes of the scripted library: a JSON document addressed by the library's paths, with binary leaves. It knows
+// nothing of commands, recording or threads. It does not check for paths that the real library refuses.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -13,12 +12,12 @@ namespace scripted_lmlib64 {
 
 using Json = nlohmann::ordered_json;
 
-// Thrown for what the interface reports as a result code, beside the JSON library's own exceptions.
+// Thrown for a failure that the interface reports as this result code. It also reports the JSON library's exceptions.
 struct Failure {
     std::int32_t code;
 };
 
-// Json::out_of_range where there is no such node, Json::type_error where it is of another type.
+// Throws Json::out_of_range if there is no such node, and Json::type_error if the node has another type.
 class NodeTree {
 public:
     const Json &at(const std::string &path) const { return root.at(pointerTo(path)); }
@@ -27,7 +26,7 @@ public:
     // An LmLibType.
     std::int32_t typeAt(const std::string &path) const;
 
-    // Both make the objects and arrays on the way.
+    // Both create the objects and arrays that are missing along the path.
     void set(const std::string &path, const Json &value) { root[pointerTo(path)] = value; }
     void setBinary(const std::string &path, const Binary &binary);
     void erase(const std::string &path);
@@ -38,7 +37,7 @@ private:
     static Json::json_pointer pointerTo(const std::string &path);
 
     Json root = Json::object();
-    // A binary leaf holds its index here as its subtype.
+    // The subtype of a binary leaf is its index in this list.
     std::vector<Binary> binaries;
 };
 

@@ -1,12 +1,12 @@
-// Scripts as JSON texts, the default one included.
+// Reads scripts from JSON texts, and contains the default script.
 #include "tests/scripted_lmlib64/library_state.h"
 
 namespace scripted_lmlib64 {
 
 namespace {
 
-// The nodes below /Path name files that need not exist. The plates differ in every value, so that one taken for
-// another is noticed.
+// The nodes below /Path name files that need not exist. The plates differ in every value, so that tests notice if one
+// is taken for another.
 const char *const defaultScript = R"({
   "nodes": {
     "/Execute": {},
