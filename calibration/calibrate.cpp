@@ -15,15 +15,16 @@ namespace {
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 
-// Beyond this a focal length is a guess: the photographs show their prints from one direction.
+// With a larger standard deviation a focal length counts as unknown: the photographs show the prints from too few
+// directions.
 constexpr double greatestFocalSigma = 0.02;  // of the focal length
 
-// Whether a print's scale is held: as measured, or as the origin of its group.
+// True if the solve does not vary a print's scale, because it was measured or because the print is its group's origin.
 bool isScaleKnown(const Observations &observations, const Estimate &estimate, size_t print) {
     if (observations.prints[print].measuredScale) {
         return true;
     }
-    // A measured print of the same group tells the scale in place of the group's origin.
+    // If another print of the group was measured, that print determines the scale, not the group's origin.
     for (size_t other = 0; other < observations.prints.size(); other++) {
         if (estimate.groups[other] == estimate.groups[print] && observations.prints[other].measuredScale) {
             return false;
@@ -102,7 +103,7 @@ private:
         setShapes(result.observations, bends, result.estimate, result.freedom);
     }
 
-    // The lens model that is asked for, or the pinhole or fisheye that fits better to begin with.
+    // Starts with the lens model that was asked for, otherwise with a pinhole or a fisheye, whichever fits better.
     void startCamera(int camera, Eigen::VectorXd &lens) {
         std::optional<double> best;
         const std::vector<LensModel> models = options.lens
@@ -128,7 +129,7 @@ private:
         }
     }
 
-    // Each print gets the bend that predicts its own sightings best, from flat upwards.
+    // Starts with flat prints, and gives each print more bend as long as that predicts its own sightings better.
     void chooseBends() {
         std::vector<std::optional<double>> before = heldOutErrors(result.observations, result.freedom, result.estimate);
         for (const Bend more : {Bend::Quadratic, Bend::Cubic}) {
@@ -160,7 +161,7 @@ private:
         }
     }
 
-    // Of the pinholes the simplest that none with more coefficients predicts clearly better than.
+    // Chooses the simplest pinhole model, unless one with more coefficients predicts clearly better.
     void chooseLenses() {
         for (size_t camera = 0; camera < result.observations.cameras.size(); camera++) {
             if (result.observations.cameras[camera].lens == LensModel::Fisheye || !isSeen(int(camera))) {
@@ -186,7 +187,7 @@ private:
         }
     }
 
-    // The result so far with another lens of one camera, solved anew.
+    // The result so far with another lens model for one camera, solved again.
     Calibration withLens(size_t camera, LensModel lens) const {
         Calibration other = result;
         other.observations.cameras[camera].lens = lens;

@@ -1,8 +1,8 @@
-// From observed corners to a whole calibration: lenses, rig, poses and the shape of every print, what did not fit and
-// why, and how sure everything is. It reads no photographs and writes no files.
+// Computes a whole calibration from observed corners: lenses, rig, poses and the shape of every print, how certain
+// these are, and which sightings did not fit and why. It reads no photographs and writes no files.
 //
-// Axes and units as in observations.h. Absolute scale never follows from photographs: if no print was measured, the
-// first print of each group counts as exact by the geometric mean of its x and y scale.
+// Axes and units as in observations.h. Photographs do not determine the absolute scale. If no print of a group was
+// measured, the group's first print is taken as exact: the geometric mean of its x and y scale is 1.
 #pragma once
 
 #include <optional>
@@ -17,9 +17,10 @@
 namespace calibration {
 
 struct CalibrateOptions {
-    // For every camera; the model that predicts held-out photographs best if absent.
+    // The model of every camera. If absent, a model is chosen for each camera by how well it predicts held-out
+    // photographs.
     std::optional<LensModel> lens;
-    // Lets prints bend where that predicts held-out photographs better.
+    // Lets prints bend if that predicts held-out photographs better.
     bool mayBend = true;
 };
 
@@ -34,15 +35,16 @@ struct Calibration {
     Freedom freedom;
     Covariance covariance;
     std::vector<LeftOut> leftOut;
-    // Prints whose scale or ratio the photographs do not tell: little more than the prior is known of them.
+    // Prints whose scale or ratio the photographs do not determine, so that little more than the prior is known of it.
     std::vector<int> undeterminedPrints;
-    // For each camera, the difference in pixels between calibrations from one half of the moments and from the other.
+    // For each camera, the difference in pixels between a calibration from one half of the moments and one from the
+    // other half.
     std::vector<std::optional<PictureMap>> halves;
 
-    double rms() const;  // of all used corners' residuals, pixels, as a distance
+    double rms() const;  // of the distances, in pixels, of all used corners from where the estimate puts them
 };
 
-// What keeps a calibration from being made, as a sentence for the user.
+// The reason why no calibration can be made, as a sentence for the user.
 class CalibrationImpossible : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

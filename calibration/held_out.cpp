@@ -11,7 +11,7 @@ namespace calibration {
 namespace {
 
 constexpr int parts = 3;
-// Beyond this a corner says that it is wrong, not that the model is.
+// A larger square means that the corner is wrong, not the model.
 constexpr double greatestSquare = 25;  // in units of good corners' variance
 
 int partOf(const Observations &observations, const Sighting &sighting) {

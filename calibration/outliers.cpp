@@ -12,7 +12,7 @@ namespace {
 
 constexpr double greatestDeviation = 4;  // of a corner, in standard deviations
 constexpr int rounds = 6;
-// The median length of a vector of two normal numbers of variance 1, over the square root of 2.
+// The median length of a vector of two normal numbers of variance 1, divided by the square root of 2.
 constexpr double medianLength = 0.8326;
 
 double medianOf(std::vector<double> values) {
@@ -21,8 +21,8 @@ double medianOf(std::vector<double> values) {
     return *middle;
 }
 
-// The corners' distances from where the blocks have them, in standard deviations per axis, used or not; empty if one
-// cannot be projected.
+// The distances of all corners, used or not, from where the blocks put them, in standard deviations per axis. Empty if
+// one of them cannot be projected.
 std::vector<double> deviations(const Observations &observations, const Sighting &sighting,
                                const BlockPointers &blocks) {
     Sighting all = sighting;
@@ -45,8 +45,8 @@ std::vector<double> deviations(const Observations &observations, const Sighting 
     return deviations(observations, sighting, blocksOf(observations, sighting, estimate));
 }
 
-// How far the corners of a sighting are from the best pose of its print for a lens, in standard deviations per axis,
-// leaving out corners that are far out of line with the others. Nothing if there is no pose.
+// The rms of the corners' residuals, in standard deviations per axis, in the pose that fits a sighting best by itself
+// with this lens. Corners with much larger residuals than the others are left out. Empty if there is no pose.
 std::optional<double> rmsAlone(const Observations &observations, Sighting sighting, const Eigen::VectorXd &lens,
                                const PrintShape &shape) {
     const RigidMotion none;
@@ -69,7 +69,7 @@ std::optional<double> rmsAlone(const Observations &observations, Sighting sighti
     return rms;
 }
 
-// A lens with another focal length, everything else as before.
+// True if the sighting fits a lens that differs from the estimated one only in its focal length.
 bool fitsAnotherLens(const Observations &observations, const Sighting &sighting, const Estimate &estimate,
                      double limit) {
     const Photograph &photograph = observations.photographs[size_t(sighting.photograph)];
@@ -90,7 +90,7 @@ public:
         : observations(seen), freedom(free), estimate(unknown) {}
 
     bool run() {
-        // Wide at first, while a bad sighting still pulls at everything.
+        // The scale is wide at first, while bad sightings still distort the whole estimate.
         for (const double robustScale : {20.0, 6.0}) {
             if (!solve(robustScale)) {
                 return false;
@@ -121,7 +121,7 @@ private:
         return !all.empty() && medianOf(all) < greatestDeviation * scale;
     }
 
-    // Leaves out what does not fit, and takes back what does once the sightings that pulled at it are gone.
+    // Leaves out sightings that do not fit, and uses those again that fit after others have been left out.
     bool decideSightings() {
         const double scale = residualScale(observations, estimate);
         bool changed = false;
@@ -134,7 +134,7 @@ private:
         return changed;
     }
 
-    // Decides anew about every corner of the sightings in use.
+    // Decides again for every corner of the sightings in use whether it is used.
     bool decideCorners() {
         const double scale = residualScale(observations, estimate);
         bool changed = false;

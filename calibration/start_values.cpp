@@ -38,7 +38,7 @@ public:
         constexpr size_t fewSightings = 10;
         constexpr size_t fewCorners = 50;
         if (alone.sightings.size() > fewSightings) {
-            // Taken at regular distances from the half with the most corners: these usually differ in pose.
+            // Taken at regular intervals from the half with the most corners, whose poses usually differ.
             const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
             std::vector<Sighting> few;
             for (size_t i = 0; few.size() < fewSightings; i += stride) {
@@ -150,7 +150,8 @@ Eigen::VectorXd plainLens(const Camera &camera, double focalLength) {
     return intrinsics;
 }
 
-// Finds poses along the photographs that link prints, moments and cameras, the most reliable sighting first.
+// Finds the poses of prints, moments and cameras from each other, by following the photographs that link them. The most
+// reliable sightings are followed first.
 class PoseTree {
 public:
     PoseTree(const Observations &seen, std::vector<Eigen::VectorXd> lenses) : observations(seen) {

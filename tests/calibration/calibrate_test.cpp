@@ -53,7 +53,7 @@ TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {
     for (size_t i = 0; i < sightings[size_t(misread)].corners.size(); i++) {
         sightings[size_t(misread)].corners[i].image += Eigen::Vector2d(double(i * 37 % 11), double(i * 53 % 13));
     }
-    // One corner in fifty elsewhere.
+    // One corner of each sighting is displaced, about one in fifty.
     for (size_t i = 0; i < sightings.size(); i++) {
         sightings[i].corners[i % sightings[i].corners.size()].image += Eigen::Vector2d(3, -4);
     }

@@ -27,7 +27,7 @@ inline Print makePrint() {
     return print;
 }
 
-// What a photograph shows of a print that lies here, with noise of so many pixels.
+// What a photograph shows of a print in this pose. `noise` is its standard deviation in pixels.
 inline Sighting see(const Scene &scene, int photograph, int print, const RigidMotion &worldFromPrint, double noise,
                     std::mt19937 &random) {
     std::normal_distribution<double> normal;
@@ -50,8 +50,8 @@ inline Sighting see(const Scene &scene, int photograph, int print, const RigidMo
     return sighting;
 }
 
-// A pinhole and a fisheye, fixed to each other, look at two prints that stand at an angle. The second print is bent and
-// has another scale in x than in y.
+// A pinhole and a fisheye, fixed to each other, look at two prints at an angle to each other. The second print is bent,
+// and its scale in x differs from that in y.
 inline Scene makeScene(double noise, unsigned seed = 3) {
     Scene scene;
     scene.observations.cameras = {{"a", 1200, 900, LensModel::Pinhole5}, {"b", 1000, 800, LensModel::Fisheye}};
