@@ -35,7 +35,7 @@ private:
     QStringList newCalls() const { return linesOf("record").mid(seenCalls); }
     // The lines of a file in the folder.
     QStringList linesOf(const QString &name) const;
-    // Expects these calls, and only these, since the last ones expected.
+    // Expects that the next calls, after those that were expected before, are these.
     void expect(const QStringList &calls);
     void expectUpdate(const QStringList &patternWrites) { expect(recorded_calls::updateCalls(++slot, patternWrites)); }
 
