@@ -51,30 +51,56 @@ cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
 // Cells in the unit of the bend's terms, so that all of them are of about the same size in a neighbourhood.
 constexpr double unit = reach;
 
-std::array<double, 10> cubicTerms(cv::Point2d p) {
-    const double x = p.x / unit;
-    const double y = p.y / unit;
-    return {1, x, y, x * x, x * y, y * y, x * x * x, x * x * y, x * y * y, y * y * y};
+// The derivatives of the bend's terms x^i y^j by so many times x and y, in the order of i + j.
+MarkMap::Terms derivatives(cv::Point2d p, int byX, int byY) {
+    const auto powers = [](double v, int times) {
+        std::array<double, MarkMap::bendOrder + 1> all{};
+        double power = 1;
+        for (int i = times; i <= MarkMap::bendOrder; i++) {
+            all[size_t(i)] = power * (times == 0 ? 1 : times == 1 ? i : i * (i - 1));
+            power *= v;
+        }
+        return all;
+    };
+    const auto x = powers(p.x / unit, byX);
+    const auto y = powers(p.y / unit, byY);
+    MarkMap::Terms terms{};
+    size_t k = 0;
+    for (size_t order = 0; order <= size_t(MarkMap::bendOrder); order++) {
+        for (size_t j = 0; j <= order; j++) {
+            terms[k++] = x[order - j] * y[j];
+        }
+    }
+    return terms;
+}
+
+cv::Vec2d sumOf(const std::array<cv::Vec2d, MarkMap::bendTerms> &factors, const MarkMap::Terms &terms) {
+    cv::Vec2d sum(0, 0);
+    for (size_t i = 0; i < terms.size(); i++) {
+        sum += factors[i] * terms[i];
+    }
+    return sum;
+}
+
+// How many terms so many marks can tell.
+size_t termsFor(size_t marks) {
+    return marks >= 23 ? 15 : marks >= 16 ? 10 : 6;
 }
 
 }  // namespace
 
 cv::Point2d MarkMap::Neighbourhood::at(cv::Point2d cell) const {
     const cv::Point2d p = cell - middle;
-    cv::Point2d image = project(plane, p);
-    const std::array<double, 10> terms = cubicTerms(p);
-    for (size_t i = 0; i < terms.size(); i++) {
-        image += cv::Point2d(bend[i][0], bend[i][1]) * terms[i];
-    }
-    return image;
+    const cv::Point2d image = project(plane, p);
+    const cv::Vec2d bent = sumOf(bend, derivatives(p, 0, 0));
+    return image + cv::Point2d(bent[0], bent[1]);
 }
 
 std::array<cv::Vec2d, 3> MarkMap::Neighbourhood::curvatureAt(cv::Point2d cell) const {
-    const cv::Point2d p = (cell - middle) / unit;
-    const cv::Vec2d xx = 2 * bend[3] + 6 * p.x * bend[6] + 2 * p.y * bend[7];
-    const cv::Vec2d xy = bend[4] + 2 * p.x * bend[7] + 2 * p.y * bend[8];
-    const cv::Vec2d yy = 2 * bend[5] + 2 * p.x * bend[8] + 6 * p.y * bend[9];
-    return {xx / (unit * unit), xy / (unit * unit), yy / (unit * unit)};
+    const cv::Point2d p = cell - middle;
+    constexpr double scale = 1 / (unit * unit);
+    return {sumOf(bend, derivatives(p, 2, 0)) * scale, sumOf(bend, derivatives(p, 1, 1)) * scale,
+            sumOf(bend, derivatives(p, 0, 2)) * scale};
 }
 
 // The plane's map by weighted least squares, in a few rounds: each weighs the marks by how far off the last one has
@@ -124,18 +150,18 @@ bool MarkMap::fitPlane(const std::vector<MappedMark> &marks, std::vector<double>
 }
 
 void MarkMap::fitBend(const std::vector<MappedMark> &marks, const std::vector<double> &weights, Neighbourhood &here) {
-    // Few marks do not tell a cubic. Without a bend unless the marks ask for one.
-    const size_t terms = marks.size() >= 16 ? 10 : 6;
-    Cholesky<10>::Matrix m{};
-    Cholesky<10>::Vector rightX{};
-    Cholesky<10>::Vector rightY{};
-    for (size_t j = 0; j < 10; j++) {
-        m[j][j] = 0.02;
+    const size_t terms = termsFor(marks.size());
+    Cholesky<bendTerms>::Matrix m{};
+    Cholesky<bendTerms>::Vector rightX{};
+    Cholesky<bendTerms>::Vector rightY{};
+    // Without a bend unless the marks ask for one.
+    for (size_t j = 0; j < bendTerms; j++) {
+        m[j][j] = 0.01;
     }
     for (size_t i = 0; i < marks.size(); i++) {
         const cv::Point2d c = cv::Point2d(marks[i].cell) - here.middle;
         const cv::Point2d rest = marks[i].image - project(here.plane, c);
-        const std::array<double, 10> row = cubicTerms(c);
+        const Terms row = derivatives(c, 0, 0);
         for (size_t j = 0; j < terms; j++) {
             for (size_t k = 0; k <= j; k++) {
                 m[j][k] += weights[i] * row[j] * row[k];
@@ -144,11 +170,11 @@ void MarkMap::fitBend(const std::vector<MappedMark> &marks, const std::vector<do
             rightY[j] += weights[i] * row[j] * rest.y;
         }
     }
-    Cholesky<10> equations;
+    Cholesky<bendTerms> equations;
     if (equations.decompose(m)) {
-        const Cholesky<10>::Vector x = equations.solve(rightX);
-        const Cholesky<10>::Vector y = equations.solve(rightY);
-        for (size_t j = 0; j < 10; j++) {
+        const Cholesky<bendTerms>::Vector x = equations.solve(rightX);
+        const Cholesky<bendTerms>::Vector y = equations.solve(rightY);
+        for (size_t j = 0; j < bendTerms; j++) {
             here.bend[j] = {x[j], y[j]};
         }
     }
@@ -224,7 +250,12 @@ cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
     const double determinant = q(0, 0) * q(1, 1) - q(0, 1) * q(1, 0);
     const cv::Point2d ellipse((q(0, 1) * q(1, 2) - q(1, 1) * q(0, 2)) / determinant,
                               (q(1, 0) * q(0, 2) - q(0, 0) * q(1, 2)) / determinant);
-    // Of the bend: the ellipse that fits best to a circle whose points are moved by second derivatives xx, xy, yy,
+    return project(here.plane, c) - ellipse + bentOffset(cell, radius);
+}
+
+cv::Point2d MarkMap::bentOffset(cv::Point2d cell, double radius) const {
+    const Neighbourhood &here = around(cell);
+    // The ellipse that fits best to a circle whose points are moved by second derivatives xx, xy, yy,
     // in units in which the map is the identity, is moved by the first harmonic of their normal component.
     const cv::Matx22d steps = stepsAt(cell);
     const cv::Matx22d toCells = steps.inv();
@@ -237,7 +268,7 @@ cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
     const cv::Vec2d sine = 0.5 * xy;
     const cv::Vec2d moved = constant + 0.5 * cv::Vec2d(cosine[0] + sine[1], sine[0] - cosine[1]);
     const cv::Vec2d bent = steps * moved * (radius * radius);
-    return project(here.plane, c) - ellipse - cv::Point2d(bent[0], bent[1]);
+    return {-bent[0], -bent[1]};
 }
 
 }  // namespace pattern_reader

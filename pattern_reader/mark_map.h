@@ -15,6 +15,10 @@ struct MappedMark {
 
 class MarkMap {
 public:
+    static constexpr int bendOrder = 4;
+    static constexpr size_t bendTerms = size_t((bendOrder + 1) * (bendOrder + 2) / 2);
+    using Terms = std::array<double, bendTerms>;
+
     MarkMap() = default;
     explicit MarkMap(const std::vector<MappedMark> &marks);
 
@@ -25,12 +29,14 @@ public:
     cv::Matx22d stepsAt(cv::Point2d cell) const;
     // Where the picture of a circle's centre lies from the centre of the circle's picture, which is an ellipse.
     cv::Point2d centreOffset(cv::Point2d cell, double radius) const;
+    // The part of it that comes from the bend, and is known less well than that of the plane.
+    cv::Point2d bentOffset(cv::Point2d cell, double radius) const;
 
 private:
     struct Neighbourhood {
-        cv::Point2d middle;                // cell
-        cv::Matx33d plane;                 // of cells seen from the middle
-        std::array<cv::Vec2d, 10> bend{};  // coefficients of a cubic, in the picture's pixels
+        cv::Point2d middle;                       // cell
+        cv::Matx33d plane;                        // of cells seen from the middle
+        std::array<cv::Vec2d, bendTerms> bend{};  // factors of a polynomial's terms, in pixels
 
         cv::Point2d at(cv::Point2d cell) const;
         // The bend's second derivatives over x x, x y and y y, cells.
