@@ -137,6 +137,9 @@ TEST_F(Interface, readsOnlyValuesOfTheRightType) {
         expectType(false, "binary");
         EXPECT_EQ(width, 0);
     }
+    EXPECT_STREQ(lmLibGetName(&result, "/T/6/\\2"), "2");
+    EXPECT_STREQ(lmLibGetName(&result, ""), "");
+    EXPECT_EQ(lmLibGetName(&result, "/T/absent"), nullptr);
     EXPECT_EQ(lmLibGetDouble(&result, "/T/absent"), 0.0);
     EXPECT_EQ(result, LmLibResultItemInexistent);
 }
@@ -234,17 +237,6 @@ TEST_F(Interface, boundsTheDepthOfTheTree) {
     lmLibSetJson(&result, "/E", repeated("[", 1000000).c_str());
     EXPECT_EQ(result, LmLibResultNestingLimitReached);
     EXPECT_EQ(json("/E"), "code 3");
-}
-
-TEST_F(Interface, namesNodes) {
-    setJson("/T", R"({"a name":[1,{"b":2}]})");
-    const std::vector<std::pair<const char *, const char *>> rows{
-        {"", ""}, {"/T", "T"}, {"/T/a name", "a name"}, {"/T/a name/\\1", "1"}, {"/T/a name/\\1/b", "b"}};
-    for (const auto &[path, name] : rows) {
-        EXPECT_STREQ(lmLibGetName(&result, path), name);
-    }
-    EXPECT_EQ(lmLibGetName(&result, "/T/absent"), nullptr);
-    EXPECT_EQ(result, LmLibResultItemInexistent);
 }
 
 TEST_F(Interface, takesNullForEmptyTextsAndForResults) {

@@ -60,15 +60,6 @@ TEST_F(PatternFile, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
               std::string::npos);
 }
 
-TEST_F(PatternFile, staysSmallAndIsTheSameEachTime) {
-    const std::string large = R"({"Type": "Flexible", "GridSize": [91, 91], "GridSpacing": 3.3333333333})";
-    savePdf(large);
-    EXPECT_LT(std::filesystem::file_size(pdf), 150000U);
-    const std::string bytes = readBytes(pdf);
-    ASSERT_EQ(save(large, folder.file("again.pdf")), "");
-    EXPECT_EQ(readBytes(folder.file("again.pdf")), bytes);
-}
-
 TEST_F(PatternFile, attachesWhatTheJsonFileHolds) {
     savePdf(flexible);
     const std::string json = folder.file("pattern.json");
