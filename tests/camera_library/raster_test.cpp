@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "camera_library/output/outline_raster.h"
