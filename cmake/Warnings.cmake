@@ -1,7 +1,8 @@
-# The warnings for our own code. Targets link this privately.
+# The warnings for our own code. Targets link this privately. A switch that misses a value of its
+# enumeration is an error in every build, because whoever adds a value relies on the compiler to name the places.
 add_library(lmcaltab_warnings INTERFACE)
 if(MSVC)
-  target_compile_options(lmcaltab_warnings INTERFACE /W4 $<$<BOOL:${LMCALTAB_WARNINGS_AS_ERRORS}>:/WX>)
+  target_compile_options(lmcaltab_warnings INTERFACE /W4 /we4062 $<$<BOOL:${LMCALTAB_WARNINGS_AS_ERRORS}>:/WX>)
 else()
   target_compile_options(lmcaltab_warnings INTERFACE
     -Wall -Wextra -Werror=switch -Wpedantic -Wshadow -Wconversion -Wsign-conversion
