@@ -1,4 +1,6 @@
-// Follows every link and picture of the built manual, starting at its first page, as a browser would.
+// Walks the built manual as a reader's browser does, from its first page through every link and picture.
+#include <gtest/gtest.h>
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -6,31 +8,15 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QXmlStreamReader>
-#include <QtTest>
 
-class ManualLinksTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void everyLinkLeadsSomewhere();
-    void everyFileIsReached();
-    void nothingIsLoadedFromElsewhere();
-    void picturesAreSound();
-    void idsAreUnique();
-
-private:
-    const QDir root{LMCALTAB_MANUAL};
-    // Contents by path relative to the root.
-    QMap<QString, QString> pages;
-    QSet<QString> reached;
-    QStringList broken;
-};
+#include "tests/value_printing.h"
 
 namespace {
 
+const QDir root{LMCALTAB_MANUAL};
+
 QString contentsOf(const QString &fileName) {
-    QFile file(fileName);
+    QFile file(root.filePath(fileName));
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
@@ -44,123 +30,73 @@ QStringList valuesOf(const QString &attribute, const QString &html) {
     return values;
 }
 
-bool isFromElsewhere(const QString &address) {
-    return address.startsWith('/') || address.contains(QRegularExpression("^[A-Za-z][A-Za-z0-9+.-]*:"));
+// The file that an address on a page names, without the part behind "#".
+QString targetOf(const QString &page, const QString &address) {
+    const QString file = address.section('#', 0, 0);
+    return file.isEmpty() ? page : QDir::cleanPath(QFileInfo(page).path() + "/" + file);
 }
 
-}  // namespace
+void expectSoundPictures(const QString &page, const QString &html) {
+    auto match = QRegularExpression("<img\\s[^>]*>").globalMatch(html);
+    while (match.hasNext()) {
+        const QString element = match.next().captured();
+        const QString file = targetOf(page, valuesOf("src", element).value(0));
+        EXPECT_FALSE(valuesOf("alt", element).value(0).isEmpty()) << qPrintable(element);
+        if (file.endsWith(".svg")) {
+            QXmlStreamReader reader(contentsOf(file));
+            bool holdsPicture = false;
+            while (!reader.atEnd()) {
+                reader.readNext();
+                const QString address = reader.attributes().value("href").toString();
+                const QByteArray png = QByteArray::fromBase64(address.section(',', 1).toLatin1());
+                holdsPicture = holdsPicture || !QImage::fromData(png, "PNG").isNull();
+            }
+            EXPECT_TRUE(!reader.hasError() && holdsPicture) << qPrintable(file);
+        } else {
+            // The room that the page keeps for it.
+            EXPECT_EQ(QImage(root.filePath(file)).size(),
+                      QSize(valuesOf("width", element).value(0).toInt(), valuesOf("height", element).value(0).toInt()));
+        }
+    }
+}
 
-void ManualLinksTest::initTestCase() {
+TEST(Manual, isReachedFromItsFirstPageAndStandsAlone) {
     QStringList open{"index.html"};
+    QSet<QString> reached;
     while (!open.isEmpty()) {
         const QString page = open.takeFirst();
-        if (reached.contains(page)) {
-            continue;
-        }
+        const QString contents = contentsOf(page);
+        EXPECT_FALSE(contents.isEmpty()) << qPrintable(page);
+        const QRegularExpression loader(page.endsWith(".css") ? "url\\(|@import" : "<script|<iframe");
+        EXPECT_FALSE(contents.contains(loader)) << qPrintable(page);
         reached << page;
-        const QString contents = contentsOf(root.filePath(page));
-        QVERIFY2(!contents.isEmpty(), qPrintable(page));
-        pages[page] = contents;
+        QStringList ids = valuesOf("id", contents);
+        EXPECT_EQ(ids.removeDuplicates(), 0) << qPrintable(page);
+        expectSoundPictures(page, contents);
         for (const QString &address : valuesOf("href", contents) + valuesOf("src", contents)) {
-            if (isFromElsewhere(address) || address.startsWith('#')) {
+            SCOPED_TRACE(qPrintable(page + ": " + address));
+            if (page.endsWith(".svg")) {
+                EXPECT_TRUE(address.startsWith("data:image/png;base64,"));
                 continue;
             }
-            const QString target = QDir::cleanPath(QFileInfo(page).path() + "/" + address.section('#', 0, 0));
-            if (target.startsWith("..") || !QFileInfo(root.filePath(target)).isFile()) {
-                broken << page + ": " + address;
-            } else if (target.endsWith(".html")) {
-                open << target;
-            } else {
+            EXPECT_FALSE(address.contains(QRegularExpression("^(/|[A-Za-z][A-Za-z0-9+.-]*:)"))) << "from elsewhere";
+            const QString target = targetOf(page, address);
+            EXPECT_TRUE(address.section('#', 1).isEmpty() ||
+                        valuesOf("id", contentsOf(target)).contains(address.section('#', 1)));
+            if (target.endsWith(".png")) {
                 reached << target;
+            } else if (!reached.contains(target) && !open.contains(target)) {
+                open << target;
             }
         }
     }
-}
-
-void ManualLinksTest::everyLinkLeadsSomewhere() {
-    // The page that the tool tip links to.
-    QVERIFY(pages.contains("guides/calibration/patterns.html"));
-    QVERIFY(pages.size() >= 4);
-    for (auto page = pages.begin(); page != pages.end(); ++page) {
-        for (const QString &address : valuesOf("href", page.value())) {
-            if (!address.contains('#')) {
-                continue;
-            }
-            const QString file = address.section('#', 0, 0);
-            const QString target =
-                file.isEmpty() ? page.key() : QDir::cleanPath(QFileInfo(page.key()).path() + "/" + file);
-            if (!valuesOf("id", pages[target]).contains(address.section('#', 1))) {
-                broken << page.key() + ": " + address;
-            }
-        }
-    }
-    QCOMPARE(broken, QStringList());
-}
-
-void ManualLinksTest::everyFileIsReached() {
-    QStringList lost;
+    // Where the tool tip leads.
+    EXPECT_TRUE(reached.contains("guides/calibration/patterns.html"));
     QDirIterator files(root.path(), QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString file = root.relativeFilePath(files.next());
-        if (!reached.contains(file)) {
-            lost << file;
-        }
-    }
-    QCOMPARE(lost, QStringList());
-}
-
-void ManualLinksTest::nothingIsLoadedFromElsewhere() {
-    for (const QString &file : reached) {
-        const QString contents = contentsOf(root.filePath(file));
-        if (file.endsWith(".html")) {
-            for (const QString &address : valuesOf("href", contents) + valuesOf("src", contents)) {
-                QVERIFY2(!isFromElsewhere(address), qPrintable(file + ": " + address));
-            }
-            QVERIFY2(!contents.contains("<script") && !contents.contains("<iframe"), qPrintable(file));
-        } else if (file.endsWith(".css")) {
-            QVERIFY2(!contents.contains("url(") && !contents.contains("@import"), qPrintable(file));
-        } else if (file.endsWith(".svg")) {
-            for (const QString &address : valuesOf("href", contents)) {
-                QVERIFY2(address.startsWith("data:image/png;base64,"), qPrintable(file));
-            }
-        }
+        EXPECT_TRUE(reached.contains(file)) << qPrintable(file);
     }
 }
 
-void ManualLinksTest::picturesAreSound() {
-    const QRegularExpression pictureElement("<img\\s[^>]*>");
-    for (auto page = pages.begin(); page != pages.end(); ++page) {
-        auto match = pictureElement.globalMatch(page.value());
-        while (match.hasNext()) {
-            const QString element = match.next().captured();
-            const QString file = root.filePath(QFileInfo(page.key()).path() + "/" + valuesOf("src", element).value(0));
-            QVERIFY2(!valuesOf("alt", element).value(0).isEmpty(), qPrintable(element));
-            if (file.endsWith(".svg")) {
-                QXmlStreamReader reader(contentsOf(file));
-                bool holdsPicture = false;
-                while (!reader.atEnd()) {
-                    reader.readNext();
-                    const QString address = reader.attributes().value("href").toString();
-                    const QByteArray png = QByteArray::fromBase64(address.section(',', 1).toLatin1());
-                    holdsPicture = holdsPicture || !QImage::fromData(png, "PNG").isNull();
-                }
-                QVERIFY2(!reader.hasError() && holdsPicture, qPrintable(file));
-            } else {
-                // The size that the page reserves for the picture.
-                const QSize size(valuesOf("width", element).value(0).toInt(),
-                                 valuesOf("height", element).value(0).toInt());
-                QCOMPARE(QImage(file).size(), size);
-            }
-        }
-    }
-}
-
-void ManualLinksTest::idsAreUnique() {
-    for (auto page = pages.begin(); page != pages.end(); ++page) {
-        QStringList ids = valuesOf("id", page.value());
-        QVERIFY2(ids.removeDuplicates() == 0, qPrintable(page.key()));
-    }
-}
-
-QTEST_GUILESS_MAIN(ManualLinksTest)
-#include "manual_links_test.moc"
+}  // namespace
