@@ -1,143 +1,106 @@
 #include "app/log_message_handler.h"
 
+#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <QByteArray>
-#include <QProcess>
-#include <QTest>
+#include <QRegularExpression>
+#include <QString>
 #include <array>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
+
+#include "tests/local_encoding.h"
 
 namespace {
 
+using Writes = std::vector<std::string>;
+
 // Runs the action and returns what it writes to the standard error stream, one element per write. While the action
 // runs, the stream is a datagram socket, which keeps the writes apart.
-std::vector<std::string> writesToStandardError(void (*action)(const QByteArray &), const QByteArray &argument) {
+Writes writesToStandardError(const std::function<void()> &action) {
     std::array<int, 2> sockets{};
-    if (socketpair(AF_UNIX, SOCK_DGRAM, 0, sockets.data()) != 0) {
-        qFatal("no socket pair");
-    }
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, sockets.data()), 0);
     const int savedError = dup(STDERR_FILENO);
     dup2(sockets[0], STDERR_FILENO);
-    const QtMessageHandler testsHandler = qInstallMessageHandler(nullptr);
-    installMessageHandler();
-    action(argument);
-    qInstallMessageHandler(testsHandler);
+    action();
     dup2(savedError, STDERR_FILENO);
 
-    std::vector<std::string> writes;
-    std::vector<char> buffer(100000);
-    ssize_t size = recv(sockets[1], buffer.data(), buffer.size(), MSG_DONTWAIT);
-    while (size >= 0) {
+    Writes writes;
+    std::array<char, 100000> buffer{};
+    ssize_t size = 0;
+    while ((size = recv(sockets[1], buffer.data(), buffer.size(), MSG_DONTWAIT)) >= 0) {
         writes.emplace_back(buffer.data(), static_cast<std::size_t>(size));
-        size = recv(sockets[1], buffer.data(), buffer.size(), MSG_DONTWAIT);
     }
-    close(savedError);
-    close(sockets[0]);
-    close(sockets[1]);
+    for (const int descriptor : {savedError, sockets[0], sockets[1]}) {
+        close(descriptor);
+    }
     return writes;
 }
 
-// Calls the handler as the toolkit does. This also allows types that no logging function of the toolkit sends.
-void send(QtMsgType type, const QMessageLogContext &context, const QString &text) {
+class LogMessageHandlerTest : public testing::Test {
+public:
+    ~LogMessageHandlerTest() override { qInstallMessageHandler(nullptr); }
+
+protected:
+    LogMessageHandlerTest() { installMessageHandler(); }
+};
+
+TEST_F(LogMessageHandlerTest, writesEachRecordAtOnce) {
+    const std::string collation = "Numeric mode unsupported in the posix collation implementation";
+    const std::string longText(70000, 'y');
+    const LocalEncoding encoding;
+    const auto unknownType = static_cast<QtMsgType>(7);
+    const struct {
+        QtMsgType type;
+        std::string text;     // in UTF-8
+        std::string written;  // before the context; empty for no record
+    } rows[] = {{QtDebugMsg, "a", ""},
+                {QtInfoMsg, "a", ""},
+                {QtCriticalMsg, "a", "Critical: a"},
+                {QtFatalMsg, "a", "Fatal: a"},
+                {unknownType, "a", ": a"},
+                {QtWarningMsg, "", "Warning: "},
+                {QtWarningMsg, collation, ""},
+                {QtCriticalMsg, collation, "Critical: " + collation},
+                {QtWarningMsg, collation + ".", "Warning: " + collation + "."},
+                {QtWarningMsg, "%s %n\n%d", "Warning: %s %n\n%d"},
+                {QtWarningMsg, encoding.euro().toStdString(), std::string("Warning: ") + encoding.euroByte},
+                {QtWarningMsg, longText, "Warning: " + longText}};
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
-    qInstallMessageHandler(handler);
-    handler(type, context, text);
+    for (const auto &row : rows) {
+        const auto writes = writesToStandardError([&] {
+            // Called as the toolkit does, which also allows types that no logging function sends.
+            handler(row.type, QMessageLogContext("f.cpp", 7, "g", "default"), QString::fromStdString(row.text));
+        });
+        EXPECT_EQ(writes, row.written.empty() ? Writes() : Writes{row.written + " (f.cpp:7, g)\n\n"});
+    }
 }
 
-QByteArray senderPath() {
-    return QByteArray(LOG_MESSAGE_SENDER);
+TEST_F(LogMessageHandlerTest, writesAFatalMessageBeforeTheEnd) {
+    EXPECT_DEATH(QMessageLogger("file.cpp", 12, "function").fatal("the end"),
+                 "^Fatal: the end \\(file.cpp:12, function\\)\n\n$");
+}
+
+TEST_F(LogMessageHandlerTest, keepsTheRecordsOfThreadsWholeWithoutAContextToo) {
+    std::vector<std::thread> threads;
+    testing::internal::CaptureStderr();
+    for (const char letter : std::string("abcdefgh")) {
+        threads.emplace_back([letter] {
+            for (std::size_t length = 1; length < 5000; length += 50) {
+                QMessageLogger(nullptr, 0, nullptr).warning("%s", std::string(length, letter).c_str());
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    QString written = QString::fromStdString(testing::internal::GetCapturedStderr());
+    EXPECT_EQ(written.count("Warning: "), 8 * 100);
+    written.remove(QRegularExpression("Warning: ([a-h])\\1*+ \\(:0, \\)\n\n"));
+    EXPECT_EQ(written.toStdString(), "");
 }
 
 }  // namespace
-
-class LogMessageHandlerTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void writesEachRecordAtOnce_data() {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("written");
-        const QString collation = QStringLiteral("Numeric mode unsupported in the posix collation implementation");
-        const QString longText(70000, QLatin1Char('y'));
-
-        QTest::newRow("debug") << int(QtDebugMsg) << "a" << QByteArray();
-        QTest::newRow("info") << int(QtInfoMsg) << "a" << QByteArray();
-        QTest::newRow("warning") << int(QtWarningMsg) << "a" << QByteArray("Warning: a (f.cpp:7, g)\n\n");
-        QTest::newRow("critical") << int(QtCriticalMsg) << "a" << QByteArray("Critical: a (f.cpp:7, g)\n\n");
-        QTest::newRow("fatal") << int(QtFatalMsg) << "a" << QByteArray("Fatal: a (f.cpp:7, g)\n\n");
-        QTest::newRow("unknown type") << 7 << "a" << QByteArray(": a (f.cpp:7, g)\n\n");
-        QTest::newRow("empty") << int(QtWarningMsg) << "" << QByteArray("Warning:  (f.cpp:7, g)\n\n");
-        QTest::newRow("collation warning") << int(QtWarningMsg) << collation << QByteArray();
-        QTest::newRow("collation as critical")
-            << int(QtCriticalMsg) << collation << "Critical: " + collation.toLatin1() + " (f.cpp:7, g)\n\n";
-        QTest::newRow("collation warning and more") << int(QtWarningMsg) << collation + "."
-                                                    << "Warning: " + collation.toLatin1() + ". (f.cpp:7, g)\n\n";
-        QTest::newRow("format characters and lines")
-            << int(QtWarningMsg) << "%s %n\n%d" << QByteArray("Warning: %s %n\n%d (f.cpp:7, g)\n\n");
-        QTest::newRow("long") << int(QtWarningMsg) << longText
-                              << "Warning: " + longText.toLatin1() + " (f.cpp:7, g)\n\n";
-    }
-
-    void writesEachRecordAtOnce() {
-        QFETCH(int, type);
-        QFETCH(QString, text);
-        QFETCH(QByteArray, written);
-        static int sentType;
-        sentType = type;
-        const auto writes = writesToStandardError(
-            [](const QByteArray &argument) {
-                send(static_cast<QtMsgType>(sentType), QMessageLogContext("f.cpp", 7, "g", "default"),
-                     QString::fromUtf8(argument));
-            },
-            text.toUtf8());
-        std::vector<std::string> expected;
-        if (!written.isNull()) {
-            expected.push_back(written.toStdString());
-        }
-        QCOMPARE(writes, expected);
-    }
-
-    void writesMessagesWithoutAContext() {
-        const auto writes = writesToStandardError(
-            [](const QByteArray &text) { QMessageLogger(nullptr, 0, nullptr).warning("%s", text.constData()); }, "a");
-        QCOMPARE(writes, std::vector<std::string>{"Warning: a (:0, )\n\n"});
-    }
-
-    void writesAFatalMessageBeforeTheEnd() {
-        QProcess sender;
-        sender.start(QString::fromLocal8Bit(senderPath()), {QStringLiteral("fatal")});
-        QVERIFY(sender.waitForFinished());
-        QCOMPARE(sender.exitStatus(), QProcess::CrashExit);
-        QCOMPARE(sender.readAllStandardError(), QByteArray("Fatal: the end (file.cpp:12, function)\n\n"));
-    }
-
-    void keepsTheRecordsOfThreadsWhole() {
-        const int threadCount = 8;
-        const int messageCount = 400;
-        QProcess sender;
-        sender.start(QString::fromLocal8Bit(senderPath()),
-                     {QStringLiteral("threads"), QString::number(threadCount), QString::number(messageCount)});
-        QVERIFY(sender.waitForFinished(60000));
-        QCOMPARE(sender.exitCode(), 0);
-
-        std::vector<int> nextMessage(threadCount, 0);
-        const QList<QByteArray> lines = sender.readAllStandardError().split('\n');
-        QCOMPARE(lines.size(), 2 * threadCount * messageCount + 1);
-        for (int i = 0; i + 1 < lines.size(); i += 2) {
-            const std::size_t thread = lines[i].mid(9, 1).toUInt();
-            QVERIFY2(thread < nextMessage.size(), lines[i].constData());
-            const int message = nextMessage[thread]++;
-            const QByteArray expected = "Warning: " + QByteArray::number(static_cast<int>(thread)) + " " +
-                                        QByteArray::number(message) + " " + QByteArray(message * 20, 'x') + " (:0, )";
-            QCOMPARE(lines[i], expected);
-            QCOMPARE(lines[i + 1], QByteArray());
-        }
-    }
-};
-
-QTEST_GUILESS_MAIN(LogMessageHandlerTest)
-#include "log_message_handler_test.moc"

@@ -1,7 +1,6 @@
 #include "tests/end_to_end/driven_program.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QScreen>
@@ -14,21 +13,8 @@
 
 namespace {
 
-template <typename Condition>
-bool waitUntil(int milliseconds, Condition condition) {
-    QElapsedTimer timer;
-    timer.start();
-    do {
-        if (condition()) {
-            return true;
-        }
-        QTest::qWait(50);
-    } while (timer.elapsed() < milliseconds);
-    return false;
-}
-
-// Finds the places of the program's widgets. They are taken from a window in this process, which is laid out with the
-// same size, style and fonts, but never shown.
+// A window of the same size, style and fonts has its widgets in the same places. It is laid out in this process
+// and never shown.
 QMap<QString, QRect> layOutWidgets() {
     MainWindow window;
     QMap<QString, QRect> places{{"MainWindow", window.rect()}};
@@ -60,15 +46,6 @@ QMap<QString, QRect> layOutWidgets() {
 
 }  // namespace
 
-void useDesktop(const Desktop &desktop) {
-    qputenv("DISPLAY", desktop.display().toLocal8Bit());
-    qputenv("QT_QPA_PLATFORM", "xcb");
-    for (const char *setting : {"XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "KDE_FULL_SESSION", "QT_STYLE_OVERRIDE",
-                                "QT_QPA_PLATFORMTHEME", "QT_SCALE_FACTOR"}) {
-        qunsetenv(setting);
-    }
-}
-
 DrivenProgram::DrivenProgram(const Desktop &userDesktop) : desktop(userDesktop), places(layOutWidgets()) {}
 
 DrivenProgram::~DrivenProgram() {
@@ -79,11 +56,7 @@ bool DrivenProgram::start(const QString &program, const QMap<QString, QString> &
                           const QStringList &arguments) {
     QProcessEnvironment whole = QProcessEnvironment::systemEnvironment();
     for (auto entry = environment.begin(); entry != environment.end(); ++entry) {
-        if (entry.value().isNull()) {
-            whole.remove(entry.key());
-        } else {
-            whole.insert(entry.key(), entry.value());
-        }
+        whole.insert(entry.key(), entry.value());
     }
     process.setProcessEnvironment(whole);
     process.setProcessChannelMode(QProcess::ForwardedChannels);
@@ -91,19 +64,19 @@ bool DrivenProgram::start(const QString &program, const QMap<QString, QString> &
     if (!process.waitForStarted()) {
         return false;
     }
-    return waitUntil(20000, [this] {
-        mainWindow = visibleWindows({"--name", "^Generate Calibration Pattern$"}).value(0);
-        return !mainWindow.isEmpty() && geometryOf(mainWindow).size() == QSize(899, 553);
-    });
+    return QTest::qWaitFor(
+        [this] {
+            mainWindow = visibleWindows({"--name", "^Generate Calibration Pattern$"}).value(0);
+            return !mainWindow.isEmpty() && geometryOf(mainWindow).size() == QSize(899, 553);
+        },
+        20000);
 }
 
 void DrivenProgram::stop() {
-    if (isRunning()) {
-        process.terminate();
-        if (!process.waitForFinished(5000)) {
-            process.kill();
-            process.waitForFinished();
-        }
+    process.terminate();
+    if (!process.waitForFinished(5000)) {
+        process.kill();
+        process.waitForFinished();
     }
     mainWindow.clear();
 }
@@ -113,48 +86,21 @@ bool DrivenProgram::endsWell(int milliseconds) {
     return hasEnded && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-bool DrivenProgram::moveWindow(QPoint position) {
-    // A window manager may place the frame, not the contents, at the position. The second round corrects that.
-    QPoint requested = position;
-    for (int round = 0; round < 2; ++round) {
-        desktop.xdotool({"windowmove", mainWindow, QString::number(requested.x()), QString::number(requested.y())});
-        QRect last;
-        const bool isAtRest = waitUntil(5000, [&] {
-            const QRect before = last;
-            last = geometryOf(mainWindow);
-            return last == before;
-        });
-        if (!isAtRest) {
-            return false;
-        }
-        requested += position - last.topLeft();
-    }
-    return true;
-}
-
 bool DrivenProgram::showPage(Page page) {
-    moveMouse(placeOfTab(page).center());
+    moveMouse(placeOf(QString("tab/%1").arg(page)).center());
     click();
     // Moves the mouse off the tab, so that no tip of the tab disturbs what follows.
-    moveMouse(placeInWindow(places["groupBox"]).center());
+    moveMouse(placeOf("groupBox").center());
     QTest::qWait(200);
     return isRunning();
 }
 
 QRect DrivenProgram::placeOf(const QString &objectName) const {
-    return placeInWindow(places[objectName]);
-}
-
-QRect DrivenProgram::placeOfTab(Page page) const {
-    return placeInWindow(places[QString("tab/%1").arg(page)]);
+    return places[objectName].translated(geometryOf(mainWindow).topLeft());
 }
 
 QRect DrivenProgram::placeOfText(const QString &spinBoxName) const {
-    return placeInWindow(places[spinBoxName + "/text"]);
-}
-
-QRect DrivenProgram::placeInWindow(const QRect &place) const {
-    return place.isNull() ? place : place.translated(geometryOf(mainWindow).topLeft());
+    return placeOf(spinBoxName + "/text");
 }
 
 void DrivenProgram::moveMouse(QPoint position) const {
@@ -174,18 +120,9 @@ void DrivenProgram::click() const {
     desktop.xdotool({"click", "1"});
 }
 
-void DrivenProgram::clickOn(const QRect &place) const {
-    moveMouse({place.left() + qMin(place.width() / 2, 30), place.center().y()});
-    click();
-}
-
-QVector<QString> DrivenProgram::otherWindows() const {
-    QVector<QString> windows;
-    for (const QString &window : visibleWindows({"--class", "LmCalTab"})) {
-        if (window != mainWindow) {
-            windows << window;
-        }
-    }
+QStringList DrivenProgram::otherWindows() const {
+    QStringList windows = visibleWindows({"--class", "LmCalTab"});
+    windows.removeAll(mainWindow);
     return windows;
 }
 
@@ -195,12 +132,12 @@ QStringList DrivenProgram::visibleWindows(const QStringList &condition) const {
 }
 
 QString DrivenProgram::waitForOtherWindow(int milliseconds) const {
-    waitUntil(milliseconds, [this] { return !otherWindows().isEmpty(); });
+    static_cast<void>(QTest::qWaitFor([this] { return !otherWindows().isEmpty(); }, milliseconds));
     return otherWindows().value(0);
 }
 
 bool DrivenProgram::waitForNoOtherWindow(int milliseconds) const {
-    return waitUntil(milliseconds, [this] { return otherWindows().isEmpty(); });
+    return QTest::qWaitFor([this] { return otherWindows().isEmpty(); }, milliseconds);
 }
 
 QRect DrivenProgram::geometryOf(const QString &window) {

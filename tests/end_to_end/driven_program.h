@@ -12,13 +12,8 @@
 #include <QRect>
 #include <QString>
 #include <QStringList>
-#include <QVector>
 
 class Desktop;
-
-// Makes this process and the programs that it starts use the desktop, without the session and the settings of the user
-// who runs the test. To be called before the application object is made.
-void useDesktop(const Desktop &desktop);
 
 class DrivenProgram {
 public:
@@ -30,36 +25,27 @@ public:
     DrivenProgram(const DrivenProgram &) = delete;
     DrivenProgram &operator=(const DrivenProgram &) = delete;
 
-    // Starts the program and waits for its window. It gets this process's environment with these entries changed; a
-    // null text removes a variable.
+    // Starts the program and waits for its window. It gets this process's environment with these entries changed.
     bool start(const QString &program, const QMap<QString, QString> &environment, const QStringList &arguments = {});
     void stop();
     // Waits for the program to end. True if it ends in time, without a crash and with the exit code 0.
     bool endsWell(int milliseconds);
     bool isRunning() const { return process.state() == QProcess::Running; }
-    // The exit code of a program that has ended; -1 after a crash.
-    int exitCode() const { return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1; }
     qint64 processId() const { return process.processId(); }
     QString window() const { return mainWindow; }
 
-    // Moves the window so that the top-left corner of its contents is as near to the position as the window manager
-    // allows.
-    bool moveWindow(QPoint position);
     bool showPage(Page page);
 
-    // The rectangle of a widget by its object name, of a page's tab, and of the text in a spin box.
+    // The rectangle of a widget by its object name, and of the text in a spin box.
     QRect placeOf(const QString &objectName) const;
-    QRect placeOfTab(Page page) const;
     QRect placeOfText(const QString &spinBoxName) const;
 
     // Moves the mouse in several small steps, as a hand does.
     void moveMouse(QPoint position) const;
     void click() const;
-    // Clicks near the left end, where a button has its indicator or text and a spin box has its number.
-    void clickOn(const QRect &place) const;
 
     // The program's visible windows except the main window.
-    QVector<QString> otherWindows() const;
+    QStringList otherWindows() const;
     // Wait until there is such a window, or none. The first returns the window, or an empty text if none has appeared
     // in time.
     QString waitForOtherWindow(int milliseconds = 5000) const;
@@ -70,7 +56,6 @@ public:
 
 private:
     QStringList visibleWindows(const QStringList &condition) const;
-    QRect placeInWindow(const QRect &place) const;
 
     const Desktop &desktop;
     QProcess process;

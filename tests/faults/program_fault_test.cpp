@@ -31,7 +31,6 @@
 #include "tooltips/tool_tip_helper.h"
 
 using scripted_lmlib64::Call;
-using scripted_lmlib64::CommandScript;
 
 namespace {
 
@@ -66,12 +65,6 @@ struct SeenSession {
     bool isSlotLeft = false;
 };
 
-CommandScript drawingScript() {
-    CommandScript script;
-    script.image = scripted_lmlib64::Binary{2, 2, 1, {0, 99, 99, 0}};
-    return script;
-}
-
 // Plays one session. If it is cut short, the action in which a call failed is followed only by the last change.
 class Session {
 public:
@@ -103,10 +96,10 @@ public:
         perform("go back to Single", [this] { choosePage(1); });
         perform("save", [this] { find<QAbstractButton>("saveBtn")->click(); });
         perform("save where no file can be written", [this] {
-            scripted_lmlib64::setCommand("GenerateCalibrationPattern", {CommandScript::failing("NotWritten", "No.")});
+            scripted_lmlib64::failCommand("GenerateCalibrationPattern", "NotWritten", "No.");
             find<QAbstractButton>("saveBtn")->click();
         });
-        scripted_lmlib64::setCommand("GenerateCalibrationPattern", {drawingScript()});
+        scripted_lmlib64::setCommandResult("GenerateCalibrationPattern", "{}");
         perform("launch the viewer", [this] { find<QAbstractButton>("calibrateBtn")->click(); });
         perform("tool tip", [this] {
             auto *widget = find<QAbstractButton>("calibrateBtn");

@@ -3,16 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QStringList>
+
 #include "lmlib/lm_lib_exception.h"
-#include "tests/generator/recorded_calls.h"
+#include "tests/scripted_lmlib64/scripted_lmlib64.h"
 #include "tests/value_printing.h"
 
 namespace {
 
 void setCatalogue(const std::string &calTabsJson) {
-    scripted_lmlib64::CommandScript script;
-    script.resultJson = R"({"CalTabs": )" + calTabsJson + "}";
-    scripted_lmlib64::setCommand("GetModelInfo", {script});
+    scripted_lmlib64::setCommandResult("GetModelInfo", R"({"CalTabs": )" + calTabsJson + "}");
 }
 
 // "text: type gridSpacing thickness" of every item.
@@ -32,23 +32,6 @@ class CalTabComboBoxTest : public testing::Test {
 protected:
     CalTabComboBoxTest() { scripted_lmlib64::loadDefaultScript(); }
 };
-
-TEST_F(CalTabComboBoxTest, asksTheLibraryPlateByPlateFromTheLast) {
-    setCatalogue(R"([{"Name": "A", "Type": "a", "GridSpacing": 1.5, "Thickness": 2}, {"Name": "B", "Type": 5}])");
-    const CalTabComboBox box(nullptr);
-    QStringList expected{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/ListCalTabs true"};
-    expected << recorded_calls::runCalls("GetModelInfo") << "lmLibGetCount $/Result/CalTabs";
-    for (const char *call :
-         {"String %1/Name", "Type %1/Type", "Type %1/Type", "Type %1/GridSpacing", "Type %1/Thickness"}) {
-        expected << "lmLibGet" + QString(call).arg("$/Result/CalTabs/\\1");
-    }
-    for (const char *call : {"String %1/Name", "Type %1/Type", "Type %1/Type", "String %1/Type", "Type %1/GridSpacing",
-                             "Type %1/GridSpacing", "Double %1/GridSpacing", "Type %1/Thickness", "Type %1/Thickness",
-                             "Double %1/Thickness"}) {
-        expected << "lmLibGet" + QString(call).arg("$/Result/CalTabs/\\0");
-    }
-    EXPECT_EQ(recorded_calls::all(), recorded_calls::inSlot(1, expected << "lmLibErase $"));
-}
 
 TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
     const struct {
@@ -85,42 +68,31 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
     }
 }
 
-TEST_F(CalTabComboBoxTest, plateWithoutNameEndsTheLoading) {
-    CalTabComboBox box(nullptr);
-    setCatalogue(R"([{"Name": "A"}, {"Type": "b"}, {"Name": "C", "Type": "c"}])");
-    try {
-        box.reload();
-        ADD_FAILURE() << "no exception";
-    } catch (const LmLibException &exception) {
-        EXPECT_EQ(exception.errorCode, 3);
-        EXPECT_EQ(exception.itemPath, "/Execute/2/Result/CalTabs/\\1/Name");
-    }
-    EXPECT_EQ(listed(box), QStringList{"C: c 0 0"});
-}
-
-TEST_F(CalTabComboBoxTest, failuresPassThroughAndLeaveNoSlot) {
+TEST_F(CalTabComboBoxTest, failuresEndTheLoadingAndLeaveNoSlot) {
     const struct {
         const char *function, *path;
         int code;
         const char *itemPath;
+        QStringList plates;
     } rows[] = {
-        {"lmLibMakeUniqueItem", "/Execute", 12, "/Execute"},
-        {"lmLibSetBool", "*/ListCalTabs", 13, "/Execute/1/Parameters/ListCalTabs"},
-        {"lmLibSetString", "*/Command", 19, "/Execute/1"},
-        {"lmLibWaitForType", "/Execute/1/Command", 27, "/Execute/1"},
-        {"lmLibGetCount", "*/CalTabs", 13, "/Execute/1/Result/CalTabs"},
-        {"lmLibGetType", "*/CalTabs/*/GridSpacing", 9, "/Execute/1/Result/CalTabs/\\2/GridSpacing"},
+        {"lmLibSetBool", "*/ListCalTabs", 13, "/Execute/2/Parameters/ListCalTabs", {}},
+        {"lmLibSetString", "*/Command", 19, "/Execute/2", {}},
+        {"lmLibGetCount", "*/CalTabs", 13, "/Execute/2/Result/CalTabs", {}},
+        {"lmLibGetString", "*/\\1/Name", 3, "/Execute/2/Result/CalTabs/\\1/Name", {"C: PlateC 24.75 3.5"}},
+        {"lmLibGetType", "*/\\1/GridSpacing", 9, "/Execute/2/Result/CalTabs/\\1/GridSpacing", {"C: PlateC 24.75 3.5"}},
     };
     for (const auto &row : rows) {
         scripted_lmlib64::loadDefaultScript();
+        CalTabComboBox box(nullptr);
         scripted_lmlib64::setResult(row.function, row.path, row.code);
         try {
-            const CalTabComboBox box(nullptr);
+            box.reload();
             ADD_FAILURE() << row.path;
         } catch (const LmLibException &exception) {
             EXPECT_EQ(exception.errorCode, row.code);
             EXPECT_EQ(exception.itemPath, row.itemPath);
         }
+        EXPECT_EQ(listed(box), row.plates) << row.path;
         EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}") << row.path;
     }
 }

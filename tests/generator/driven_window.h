@@ -6,6 +6,8 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
+#include <QGraphicsPixmapItem>
+#include <QGraphicsView>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QSpinBox>
@@ -26,7 +28,13 @@ Widget *find(const QWidget &window, const char *name) {
     return widget;
 }
 
-// Sets an input to a value: a page or a choice by its index, a button to on (1) or off (0), a box to a number.
+// The picture in the preview; null if there is none.
+inline QGraphicsPixmapItem *picture(const QWidget &window) {
+    const auto items = find<QGraphicsView>(window, "preview")->scene()->items();
+    return items.size() == 1 ? qgraphicsitem_cast<QGraphicsPixmapItem *>(items.first()) : nullptr;
+}
+
+// Puts an input to a value: a page or a choice by its index, a button to on (1) or off (0), a box to a number.
 inline void setInput(const QWidget &window, const char *name, double value) {
     auto *input = find(window, name);
     if (auto *pages = qobject_cast<QTabWidget *>(input)) {

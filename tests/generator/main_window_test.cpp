@@ -5,9 +5,7 @@
 
 #include <QAbstractButton>
 #include <QDoubleSpinBox>
-#include <QGraphicsPixmapItem>
 #include <QGraphicsView>
-#include <QMetaMethod>
 #include <QTabWidget>
 #include <QtTest>
 
@@ -17,22 +15,13 @@
 #include "tests/value_printing.h"
 
 using driven_window::find;
-using scripted_lmlib64::CommandScript;
+using driven_window::picture;
 
 namespace {
 
-QGraphicsPixmapItem *picture(const MainWindow &window) {
-    const auto items = find<QGraphicsView>(window, "preview")->scene()->items();
-    return items.size() == 1 ? qgraphicsitem_cast<QGraphicsPixmapItem *>(items.first()) : nullptr;
-}
-
 void setPictureOf(int width, int height, unsigned char value) {
-    CommandScript script;
-    script.image.emplace();
-    script.image->width = width;
-    script.image->height = height;
-    script.image->bytes.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), value);
-    scripted_lmlib64::setCommand("GenerateCalibrationPattern", {script});
+    const std::size_t size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    scripted_lmlib64::setImage({width, height, 1, std::vector<std::uint8_t>(size, value)});
 }
 
 // The larger of two ratios: the picture's width to the viewport's, and its height to the viewport's, without the margin
@@ -49,27 +38,26 @@ protected:
     MainWindowTest() { scripted_lmlib64::loadDefaultScript(); }
 };
 
-TEST_F(MainWindowTest, opensOnTheOfficialPageWithAPicture) {
+TEST_F(MainWindowTest, opensOnTheOfficialPageWithThePictureUpright) {
     const MainWindow window;
     EXPECT_EQ(find<QTabWidget>(window, "patternType")->currentIndex(), 0);
     ASSERT_NE(picture(window), nullptr);
-    EXPECT_EQ(picture(window)->pixmap().size(), QSize(4, 4));
+    const QImage shown = picture(window)->pixmap().toImage();
+    EXPECT_EQ(shown.size(), QSize(4, 4));
+    // The library's picture is black at the top left and grows brighter along each row.
+    EXPECT_EQ(shown.pixel(0, 0), qRgb(0, 0, 0));
+    EXPECT_EQ(shown.pixel(3, 0), qRgb(48, 48, 48));
+    EXPECT_EQ(shown.pixel(0, 3), qRgb(192, 192, 192));
+    EXPECT_EQ(picture(window)->transformationMode(), Qt::SmoothTransformation);
+    EXPECT_EQ(find<QGraphicsView>(window, "preview")->sceneRect(), picture(window)->sceneBoundingRect());
     // Building the form, filling the lists and connecting cause no further update.
     EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), 2);
-    EXPECT_EQ(recorded_calls::count("lmLibSetString /Execute/1/Command GetModelInfo"), 1);
-    EXPECT_EQ(recorded_calls::count("lmLibSetString /Execute/2/Command GenerateCalibrationPattern"), 1);
     EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
-    EXPECT_TRUE(find(window, "saveBtn")->isEnabled() && find(window, "calibrateBtn")->isEnabled());
-}
-
-TEST_F(MainWindowTest, slotsHaveTheirOrder) {
     const QMetaObject &meta = MainWindow::staticMetaObject;
-    QList<QByteArray> methods;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        EXPECT_EQ(meta.method(i).methodType(), QMetaMethod::Slot);
-        methods << meta.method(i).methodSignature();
+    int slot = meta.methodOffset();
+    for (const char *signature : {"update()", "savePatterns()", "openCalTabCalibration()"}) {
+        EXPECT_EQ(meta.indexOfSlot(signature), slot++);
     }
-    EXPECT_EQ(methods, (QList<QByteArray>{"update()", "savePatterns()", "openCalTabCalibration()"}));
 }
 
 TEST_F(MainWindowTest, everyInputUpdatesOnceAndNoDisplayDoes) {
@@ -103,7 +91,7 @@ TEST_F(MainWindowTest, everyInputUpdatesOnceAndNoDisplayDoes) {
     }
 }
 
-TEST_F(MainWindowTest, encodingChoiceEnablesItsInputs) {
+TEST_F(MainWindowTest, onlyTheEncodingChoiceEnablesAndDisables) {
     const MainWindow window;
     const auto expectEnabled = [&window](bool thickness) {
         EXPECT_EQ(find(window, "halconThickness")->isEnabled(), thickness);
@@ -115,78 +103,60 @@ TEST_F(MainWindowTest, encodingChoiceEnablesItsInputs) {
         find<QAbstractButton>(window, name)->click();
         expectEnabled(name == std::string("halconEncodeSpacing"));
     }
+    for (int page = 0; page < 5; ++page) {
+        driven_window::setInput(window, "patternType", page);
+        EXPECT_TRUE(find(window, "saveBtn")->isEnabled() && find(window, "calibrateBtn")->isEnabled()) << page;
+    }
 }
 
-TEST_F(MainWindowTest, showsThePictureSmoothlyAndAnEmptyOneAsNone) {
-    MainWindow window;
-    setPictureOf(20, 10, 200);
-    window.update();
-    ASSERT_NE(picture(window), nullptr);
-    EXPECT_EQ(picture(window)->pixmap().size(), QSize(20, 10));
-    EXPECT_EQ(picture(window)->pixmap().toImage().pixel(7, 3), qRgb(200, 200, 200));
-    EXPECT_EQ(picture(window)->transformationMode(), Qt::SmoothTransformation);
-    EXPECT_EQ(find<QGraphicsView>(window, "preview")->sceneRect(), picture(window)->sceneBoundingRect());
+TEST_F(MainWindowTest, pictureWithoutBytesIsNone) {
     setPictureOf(0, 0, 0);
-    window.update();
+    const MainWindow window;
     ASSERT_NE(picture(window), nullptr);
     EXPECT_TRUE(picture(window)->pixmap().isNull());
 }
 
-TEST_F(MainWindowTest, failureKeepsThePictureAndIsReportedOnce) {
-    const std::pair<const char *, const char *> failures[] = {
-        {"lmLibMakeUniqueItem", "/Execute"},
-        {"lmLibSetBool", "*/Parameters/Encoding"},
-        {"lmLibSetInt", "*/Parameters/ImageSize"},
-        {"lmLibSetDouble", "*/Parameters/Patterns/\\0/GridSpacing"},
-        {"lmLibSetString", "*/Command"},
-        {"lmLibWaitForType", "*/Command"},
-        {"lmLibGetBinaryInfo", "*/Result/Patterns/\\0"},
-        {"lmLibGetCount", "*/Result/Patterns/\\0"},
-        {"lmLibGetBinary", "*/Result/Patterns/\\0"},
-    };
-    for (const auto &[function, path] : failures) {
-        SCOPED_TRACE(function);
-        scripted_lmlib64::loadDefaultScript();
-        const MainWindow window;
-        const qint64 picturedBefore = picture(window)->pixmap().cacheKey();
-        setPictureOf(20, 10, 200);
-        scripted_lmlib64::setResult(function, path, 7);
-        const auto message = driven_window::closeNextMessageBox();
-        find<QDoubleSpinBox>(window, "halconOuterSize")->setValue(200);
-        EXPECT_TRUE(message->contains("InternalError")) << message->toStdString();
+TEST_F(MainWindowTest, failureIsReportedAndChangesAllButThePictureUntilAnUpdateSucceeds) {
+    MainWindow window;
+    const qint64 pictureBefore = picture(window)->pixmap().cacheKey();
+    setPictureOf(20, 10, 200);
+    const auto expectReportOf = [&](const std::function<void()> &change, const char *report, bool keepsSlot) {
+        bool slotExists = false;
+        QString message;
+        driven_window::whenOpened<QMessageBox>([&](QMessageBox *box) {
+            message = box->text();
+            slotExists = scripted_lmlib64::nodeJson("/Execute") != "{}";
+            box->accept();
+        });
+        change();
+        EXPECT_EQ(message, report);
+        EXPECT_EQ(slotExists, keepsSlot) << "while the report is open";
+        EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
         EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
         ASSERT_NE(picture(window), nullptr);
-        EXPECT_EQ(picture(window)->pixmap().cacheKey(), picturedBefore);
-        EXPECT_EQ(find<QDoubleSpinBox>(window, "halconGridSpacing")->value(), 25.0);
-        EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
-    }
-}
+        EXPECT_EQ(picture(window)->pixmap().cacheKey(), pictureBefore);
+    };
+    scripted_lmlib64::failCommand("GenerateCalibrationPattern", "TooThick", "The plate is too thick.");
+    expectReportOf([&] { driven_window::setInput(window, "halconOuterSize", 200); },
+                   "An LmLib error occurred while executing the command:\nGenerateCalibrationPattern: \n"
+                   "TooThick: The plate is too thick.",
+                   true);
+    EXPECT_EQ(find<QDoubleSpinBox>(window, "halconGridSpacing")->value(), 25.0);
 
-TEST_F(MainWindowTest, failedCommandShowsItsReasonAndTheNextChangeTriesAgain) {
-    MainWindow window;
-    scripted_lmlib64::setCommand("GenerateCalibrationPattern",
-                                 {CommandScript::failing("TooThick", "The plate is too thick.")});
-    bool slotStoodWhileReported = false;
-    QString message;
-    driven_window::whenOpened<QMessageBox>([&](QMessageBox *box) {
-        message = box->text();
-        slotStoodWhileReported = scripted_lmlib64::hasNode("/Execute/3/Result/ErrorText");
-        box->accept();
-    });
-    window.update();
-    EXPECT_EQ(message,
-              "An LmLib error occurred while executing the command:\nGenerateCalibrationPattern: \n"
-              "TooThick: The plate is too thick.");
-    EXPECT_TRUE(slotStoodWhileReported);
-    EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
-    EXPECT_EQ(picture(window)->pixmap().size(), QSize(4, 4));
-    setPictureOf(20, 10, 200);
+    scripted_lmlib64::setCommandResult("GenerateCalibrationPattern", "{}");
+    scripted_lmlib64::setResult("lmLibGetBinary", "*", 7, 1);
+    find(window, "halconThickness")->setEnabled(false);
+    expectReportOf(
+        [&] { window.update(); },
+        "An LmLib error occurred when accessing the item:\n/Execute/4/Result/Patterns/\\0: \n\tInternalError", false);
+    EXPECT_TRUE(find(window, "halconThickness")->isEnabled());
+
     window.update();
     EXPECT_EQ(picture(window)->pixmap().size(), QSize(20, 10));
 }
 
 TEST_F(MainWindowTest, firstUpdateMayFailButNotTheCatalogue) {
-    scripted_lmlib64::setCommand("GenerateCalibrationPattern", {CommandScript::failing("NotNow", "Later.")});
+    scripted_lmlib64::failCommand("GenerateCalibrationPattern", "NotNow", "Later.");
     const auto message = driven_window::closeNextMessageBox();
     {
         MainWindow window;
@@ -195,13 +165,13 @@ TEST_F(MainWindowTest, firstUpdateMayFailButNotTheCatalogue) {
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
-    scripted_lmlib64::setCommand("GetModelInfo", {CommandScript::failing("NoCatalogue", "There is none.")});
+    scripted_lmlib64::failCommand("GetModelInfo", "NoCatalogue", "There is none.");
     EXPECT_THROW(MainWindow(), LmLibException);
     EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
 }
 
 TEST_F(MainWindowTest, emptyCatalogueWritesNoPattern) {
-    scripted_lmlib64::loadScript(R"({"commands": {"GetModelInfo": {"result": {"CalTabs": []}}}})");
+    scripted_lmlib64::setCommandResult("GetModelInfo", R"({"CalTabs": []})");
     const MainWindow window;
     EXPECT_EQ(recorded_calls::all().filter("/Execute/2"), recorded_calls::updateCalls(2, {}).mid(1));
 }

@@ -39,12 +39,12 @@ inline QStringList runCalls(const QString &command) {
 // All calls of one update, given the calls that write the pattern. The picture is the default script's, of 4 x 4
 // pixels.
 inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
-    return inSlot(slot, QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",
-                                    "lmLibSetInt $/Parameters/ImageSize 2000"} +
-                            patternWrites + runCalls("GenerateCalibrationPattern") +
-                            QStringList{"lmLibGetBinaryInfo $/Result/Patterns/\\0 width height channelCount isFloat",
-                                        "lmLibGetCount $/Result/Patterns/\\0",
-                                        "lmLibGetBinary $/Result/Patterns/\\0 16 bytesCopied", "lmLibErase $"});
+    return inSlot(slot,
+                  QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",
+                              "lmLibSetInt $/Parameters/ImageSize 2000"} +
+                      patternWrites + runCalls("GenerateCalibrationPattern") +
+                      QStringList{"lmLibGetBinaryInfo $/Result/Patterns/\\0", "lmLibGetCount $/Result/Patterns/\\0",
+                                  "lmLibGetBinary $/Result/Patterns/\\0 16", "lmLibErase $"});
 }
 
 }  // namespace recorded_calls

@@ -1,7 +1,9 @@
-// The library's C interface, which answers from the scripted state.
+// The library's C interface over the scripted state.
+#include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstring>
+#include <map>
+#include <regex>
 #include <string>
 #include <utility>
 
@@ -12,9 +14,9 @@ namespace {
 
 using scripted_lmlib64::Binary;
 using scripted_lmlib64::Call;
-using scripted_lmlib64::Failure;
 using scripted_lmlib64::Json;
-using scripted_lmlib64::LibraryState;
+using scripted_lmlib64::library;
+using scripted_lmlib64::pointerTo;
 
 std::string textOf(const char *text) {
     return text == nullptr ? std::string() : std::string(text);
@@ -28,11 +30,6 @@ std::string textOf(double value) {
     std::array<char, 64> buffer{};
     const std::to_chars_result end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
     return {buffer.data(), end.ptr};
-}
-
-// " name" if the caller passed a target for this value, otherwise nothing.
-std::string requested(const void *target, const char *name) {
-    return target == nullptr ? std::string() : " " + std::string(name);
 }
 
 template <typename Value>
@@ -54,28 +51,20 @@ const char *kept(std::string text) {
 template <typename Value, typename Action>
 Value answer(std::int32_t *result, const char *function, const char *path, const std::string &value,
              const Value &failureValue, Action action) {
-    LibraryState &state = LibraryState::instance();
     std::int32_t code = LmLibResultOperationSucceeded;
     Value returned = failureValue;
     try {
         const Call call{function, textOf(path), value, result != nullptr};
-        if (const auto observer = state.record(call)) {
-            observer(call);
-        }
-        const std::lock_guard<std::mutex> lock(state.mutex);
-        if (const auto scripted = state.scriptedResult(call)) {
+        library().record(call);
+        if (const auto scripted = library().scriptedResult(call)) {
             code = *scripted;
         } else {
-            returned = action(state, call.path);
+            returned = action(call.path);
         }
-    } catch (const Failure &failure) {
-        code = failure.code;
     } catch (const Json::out_of_range &) {
         code = LmLibResultItemInexistent;
     } catch (const Json::type_error &) {
         code = LmLibResultItemTypeNotCompatible;
-    } catch (...) {
-        code = LmLibResultInternalError;
     }
     put(result, code);
     return returned;
@@ -83,8 +72,8 @@ Value answer(std::int32_t *result, const char *function, const char *path, const
 
 template <typename Action>
 void perform(std::int32_t *result, const char *function, const char *path, const std::string &value, Action action) {
-    answer(result, function, path, value, 0, [&](LibraryState &state, const std::string &at) {
-        action(state, at);
+    answer(result, function, path, value, 0, [&](const std::string &at) {
+        action(at);
         return 0;
     });
 }
@@ -92,31 +81,47 @@ void perform(std::int32_t *result, const char *function, const char *path, const
 // Reads a node that must have the JSON type of Value.
 template <typename Value>
 Value read(std::int32_t *result, const char *function, const char *path) {
-    return answer<Value>(result, function, path, "", Value(), [](const LibraryState &state, const std::string &at) {
-        return state.tree.at(at).get<Value>();
-    });
+    return answer<Value>(result, function, path, "", Value(),
+                         [](const std::string &at) { return library().at(at).get<Value>(); });
+}
+
+template <typename Text>
+const char *answerText(std::int32_t *result, const char *function, const char *path, const std::string &value,
+                       Text text) {
+    return answer<const char *>(result, function, path, value, nullptr,
+                                [&](const std::string &at) { return kept(text(at)); });
 }
 
 void write(std::int32_t *result, const char *function, const char *path, const std::string &text, const Json &value) {
-    perform(result, function, path, text,
-            [&](LibraryState &state, const std::string &at) { state.tree.set(at, value); });
+    perform(result, function, path, text, [&](const std::string &at) { library().nodes[pointerTo(at)] = value; });
+}
+
+std::int32_t typeOf(const Json &node) {
+    static const std::map<Json::value_t, std::int32_t> types = {
+        {Json::value_t::null, LmLibTypeNull},       {Json::value_t::string, LmLibTypeString},
+        {Json::value_t::boolean, LmLibTypeBoolean}, {Json::value_t::object, LmLibTypeObject},
+        {Json::value_t::array, LmLibTypeArray},     {Json::value_t::binary, LmLibTypeBinary}};
+    return node.is_number() ? LmLibTypeNumber : types.at(node.type());
 }
 
 }  // namespace
 
 const char *lmLibGetString(int32_t *result, const char *path) {
-    return answer<const char *>(
-        result, "lmLibGetString", path, "", nullptr,
-        [](const LibraryState &state, const std::string &at) { return kept(state.tree.at(at).get<std::string>()); });
+    return answerText(result, "lmLibGetString", path, "",
+                      [](const std::string &at) { return library().at(at).get<std::string>(); });
 }
 
 void lmLibSetString(int32_t *result, const char *path, const char *text) {
-    perform(result, "lmLibSetString", path, textOf(text),
-            [&](LibraryState &state, const std::string &at) { state.writeString(at, textOf(text)); });
+    perform(result, "lmLibSetString", path, textOf(text), [&](const std::string &at) {
+        library().nodes[pointerTo(at)] = textOf(text);
+        if (std::regex_match(at, std::regex("/Execute/[^/]*/Command"))) {
+            library().finishCommand(at);
+        }
+    });
 }
 
 int32_t lmLibGetInt(int32_t *result, const char *path) {
-    return static_cast<int32_t>(read<Json::number_integer_t>(result, "lmLibGetInt", path));
+    return read<std::int32_t>(result, "lmLibGetInt", path);
 }
 
 void lmLibSetInt(int32_t *result, const char *path, int32_t value) {
@@ -131,8 +136,9 @@ void lmLibSetDouble(int32_t *result, const char *path, double value) {
     write(result, "lmLibSetDouble", path, textOf(value), value);
 }
 
+// True is any number but 0, and not always 1.
 int32_t lmLibGetBool(int32_t *result, const char *path) {
-    return read<bool>(result, "lmLibGetBool", path) ? 1 : 0;
+    return read<bool>(result, "lmLibGetBool", path) ? 2 : 0;
 }
 
 void lmLibSetBool(int32_t *result, const char *path, int32_t value) {
@@ -147,89 +153,74 @@ const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint,
                          int32_t allowScientificFormat) {
     const std::string value = std::string(textOf(prettyPrint != 0)) + " " + std::to_string(numberPrecision) + " " +
                               textOf(allowScientificFormat != 0);
-    return answer<const char *>(
-        result, "lmLibGetJson", path, value, nullptr, [&](const LibraryState &state, const std::string &at) {
-            return kept(state.tree.at(at).dump(prettyPrint != 0 ? 2 : -1, ' ', false, Json::error_handler_t::replace));
-        });
+    return answerText(result, "lmLibGetJson", path, value,
+                      [&](const std::string &at) { return library().at(at).dump(prettyPrint != 0 ? 2 : -1); });
 }
 
 int32_t lmLibGetType(int32_t *result, const char *path) {
     return answer<int32_t>(result, "lmLibGetType", path, "", LmLibTypeAbsent,
-                           [](const LibraryState &state, const std::string &at) { return state.tree.typeAt(at); });
+                           [](const std::string &at) { return typeOf(library().at(at)); });
 }
 
 int32_t lmLibGetCount(int32_t *result, const char *path) {
-    return answer<int32_t>(result, "lmLibGetCount", path, "", 0, [](const LibraryState &state, const std::string &at) {
-        const Json &node = state.tree.at(at);
-        if (!node.is_structured() && !node.is_binary()) {
-            throw Failure{LmLibResultItemTypeNotCompatible};
-        }
-        return static_cast<int32_t>(node.is_binary() ? state.tree.binaryAt(at).bytes.size() : node.size());
+    return answer<int32_t>(result, "lmLibGetCount", path, "", 0, [](const std::string &at) {
+        const Json &node = library().at(at);
+        return static_cast<int32_t>(node.is_binary() ? library().binaryAt(at).bytes.size() : node.size());
     });
 }
 
 const char *lmLibGetName(int32_t *result, const char *path) {
-    return answer<const char *>(result, "lmLibGetName", path, "", nullptr,
-                                [](const LibraryState &state, const std::string &at) {
-                                    state.tree.at(at);
-                                    return kept(scripted_lmlib64::NodeTree::nameOf(at));
-                                });
+    return answerText(result, "lmLibGetName", path, "", [](const std::string &at) { return pointerTo(at).back(); });
 }
 
 void lmLibErase(int32_t *result, const char *path) {
-    perform(result, "lmLibErase", path, "", [](LibraryState &state, const std::string &at) { state.tree.erase(at); });
+    perform(result, "lmLibErase", path, "", [](const std::string &at) {
+        library().at(at);
+        library().nodes[pointerTo(at).parent_pointer()].erase(pointerTo(at).back());
+    });
 }
 
 const char *lmLibMakeUniqueItem(int32_t *result, const char *parentPath, const char *baseName) {
-    return answer<const char *>(
-        result, "lmLibMakeUniqueItem", parentPath, textOf(baseName), nullptr,
-        [&](LibraryState &state, const std::string &at) { return kept(state.makeUniqueItem(at, textOf(baseName))); });
+    return answerText(result, "lmLibMakeUniqueItem", parentPath, textOf(baseName), [&](const std::string &at) {
+        const std::string path = at + "/" + textOf(baseName) + std::to_string(++library().lastUniqueNumber);
+        library().nodes[pointerTo(path)] = Json::object();
+        return path;
+    });
 }
 
 void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t waitForChange) {
     perform(result, "lmLibWaitForType", path, std::to_string(type) + " " + textOf(waitForChange != 0),
-            [&](LibraryState &state, const std::string &at) { state.waitForType(at, type, waitForChange != 0); });
+            [](const std::string &) {});
 }
 
 void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height, int32_t *channelCount,
                         int32_t *bytesPerElement, int32_t *isFloat, double *timestamp) {
-    std::string targets = requested(width, "width") + requested(height, "height") +
-                          requested(channelCount, "channelCount") + requested(bytesPerElement, "bytesPerElement") +
-                          requested(isFloat, "isFloat") + requested(timestamp, "timestamp");
-    targets.erase(0, 1);
-    perform(result, "lmLibGetBinaryInfo", path, targets, [&](const LibraryState &state, const std::string &at) {
-        const Binary &binary = state.tree.binaryAt(at);
+    // The program asks only for what it uses.
+    const bool asksForMore = bytesPerElement != nullptr || timestamp != nullptr;
+    perform(result, "lmLibGetBinaryInfo", path, asksForMore ? "more" : "", [&](const std::string &at) {
+        const Binary &binary = library().binaryAt(at);
         put(width, binary.width);
         put(height, binary.height);
         put(channelCount, binary.channelCount);
-        put(bytesPerElement, 1);
         put(isFloat, 0);
-        put(timestamp, 0.0);
     });
 }
 
 void lmLibGetBinary(int32_t *result, const char *path, void *destination, int32_t destinationSize, int32_t *bytesCopied,
                     double *timestamp) {
-    const std::string value =
-        std::to_string(destinationSize) + requested(bytesCopied, "bytesCopied") + requested(timestamp, "timestamp");
-    perform(result, "lmLibGetBinary", path, value, [&](const LibraryState &state, const std::string &at) {
-        const Binary &binary = state.tree.binaryAt(at);
-        if (destinationSize < static_cast<int32_t>(binary.bytes.size())) {
-            throw Failure{LmLibResultBufferTooSmall};
-        }
-        if (destination != nullptr && !binary.bytes.empty()) {
-            std::memcpy(destination, binary.bytes.data(), binary.bytes.size());
-        }
+    const std::string value = std::to_string(destinationSize) + (timestamp == nullptr ? "" : " timestamp");
+    perform(result, "lmLibGetBinary", path, value, [&](const std::string &at) {
+        const Binary &binary = library().binaryAt(at);
+        std::copy(binary.bytes.begin(), binary.bytes.end(), static_cast<unsigned char *>(destination));
         put(bytesCopied, static_cast<int32_t>(binary.bytes.size()));
-        put(timestamp, 0.0);
     });
 }
 
 void lmLibWriteDebugMessage(int32_t *result, const char *message) {
-    perform(result, "lmLibWriteDebugMessage", "", textOf(message), [](LibraryState &, const std::string &) {});
+    perform(result, "lmLibWriteDebugMessage", "", textOf(message), [](const std::string &) {});
 }
 
 // Intentionally leaves the tree unchanged, so that a test can inspect it.
 void lmLibFinalize(int32_t *result) {
-    perform(result, "lmLibFinalize", "", "", [](LibraryState &, const std::string &) {});
+    perform(result, "lmLibFinalize", "", "", [](const std::string &) {});
 }

@@ -3,26 +3,29 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <fstream>
-#include <iterator>
-#include <utility>
 
 namespace scripted_lmlib64 {
 
 namespace {
 
-std::string environmentText(const char *name) {
-    const char *text = std::getenv(name);
-    return text == nullptr ? std::string() : std::string(text);
-}
+// The nodes below /Path name files that need not exist. The plates differ in every value, so that a test notices
+// if one is taken for another.
+const char *const defaultScript = R"({
+  "nodes": {
+    "/Path/Manual": "/scripted/manual",
+    "/Path/Application/LmView": "/scripted/bin/LmView"
+  },
+  "commands": {
+    "GetModelInfo": {"CalTabs": [
+      {"Name": "A", "Type": "PlateA", "GridSpacing": 6.5, "Thickness": 1.5},
+      {"Name": "B", "Type": "PlateB", "GridSpacing": 12.25, "Thickness": 2.5},
+      {"Name": "C", "Type": "PlateC", "GridSpacing": 24.75, "Thickness": 3.5}
+    ]}
+  }
+})";
 
-void appendLine(const std::string &fileName, const std::string &line) {
-    if (std::FILE *file = std::fopen(fileName.c_str(), "ab")) {
-        std::fputs((line + "\n").c_str(), file);
-        std::fclose(file);
-    }
-}
+const Binary defaultImage{4, 4, 1, {0, 16, 32, 48, 64, 80, 96, 112, 128, 144, 160, 176, 192, 208, 224, 240}};
 
 bool matches(const char *pattern, const char *text) {
     if (*pattern == '*') {
@@ -31,157 +34,156 @@ bool matches(const char *pattern, const char *text) {
     return *pattern == *text && (*pattern == '\0' || matches(pattern + 1, text + 1));
 }
 
-// The slot whose "Command" this path is; empty for any other path.
-std::string slotOfCommand(const std::string &path) {
-    const std::string parent = "/Execute/";
-    const std::string leaf = "/Command";
-    const std::size_t slotEnd = path.find('/', parent.size());
-    const bool isCommand =
-        path.compare(0, parent.size(), parent) == 0 && slotEnd != std::string::npos && path.substr(slotEnd) == leaf;
-    return isCommand ? path.substr(0, slotEnd) : std::string();
-}
-
-}  // namespace
-
 std::string lineOf(const Call &call) {
     std::string line = call.function;
     for (const std::string &part : {call.path, call.value}) {
         line += part.empty() ? "" : " " + part;
     }
-    line += call.hasResult ? "" : " [no result]";
-    for (std::size_t i = line.find('\n'); i != std::string::npos; i = line.find('\n', i)) {
-        line.replace(i, 1, "\\n");
-    }
-    return line;
+    return line + (call.hasResult ? "" : " [no result]");
 }
 
-LibraryState &LibraryState::instance() {
-    static LibraryState state;
-    static const bool isReady = [] {
-        state.recordFile = environmentText("LMLIB64_RECORD");
-        applyDefaultScript(state);
-        const std::string scriptFile = environmentText("LMLIB64_SCRIPT");
-        if (!scriptFile.empty()) {
-            std::ifstream file(scriptFile, std::ios::binary);
-            try {
-                applyScript(state, std::string(std::istreambuf_iterator<char>(file), {}));
-            } catch (const std::exception &error) {
-                std::fprintf(stderr, "%s: %s\n", scriptFile.c_str(), error.what());
-                std::abort();  // A test must not continue without its own script.
-            }
+}  // namespace
+
+LibraryState &library() {
+    static LibraryState state = [] {
+        LibraryState made;
+        made.applyScript(Json::parse(defaultScript));
+        made.image = defaultImage;
+        if (const char *fileName = std::getenv("LMLIB64_SCRIPT")) {
+            std::ifstream file(fileName);
+            made.applyScript(Json::parse(file));
         }
-        return true;
+        return made;
     }();
-    static_cast<void>(isReady);
     return state;
 }
 
-void LibraryState::reset() {
-    tree = NodeTree();
-    calls.clear();
-    observer = nullptr;
-    commands.clear();
-    resultRules.clear();
-    runCounts.clear();
-    running.clear();
-    lastUniqueNumber = 0;
+// An index, "\3", is "3" in a JSON pointer.
+Json::json_pointer pointerTo(const std::string &path) {
+    std::string pointer = path;
+    for (std::size_t i = pointer.find("/\\"); i != std::string::npos; i = pointer.find("/\\", i)) {
+        pointer.erase(i + 1, 1);
+    }
+    return Json::json_pointer(pointer);
 }
 
-std::function<void(const Call &)> LibraryState::record(const Call &call) {
-    const std::lock_guard<std::mutex> lock(mutex);
+const Json &LibraryState::at(const std::string &path) const {
+    return nodes.at(pointerTo(path));
+}
+
+void LibraryState::record(const Call &call) {
+    static const char *const fileName = std::getenv("LMLIB64_RECORD");
     calls.push_back(call);
-    if (!recordFile.empty()) {
-        appendLine(recordFile, lineOf(call));
+    if (fileName != nullptr) {
+        std::ofstream(fileName, std::ios::app) << lineOf(call) + "\n";
     }
-    return observer;
+    if (observer) {
+        observer(call);
+    }
 }
 
 std::optional<std::int32_t> LibraryState::scriptedResult(const Call &call) {
     std::optional<std::int32_t> code;
-    for (auto rule = resultRules.rbegin(); rule != resultRules.rend(); ++rule) {
-        if (!matches(rule->function.c_str(), call.function.c_str()) ||
-            !matches(rule->pathPattern.c_str(), call.path.c_str())) {
+    for (ResultRule &rule : rules) {
+        if (!matches(rule.functionPattern.c_str(), call.function.c_str()) ||
+            !matches(rule.pathPattern.c_str(), call.path.c_str())) {
             continue;
         }
-        ++rule->matchCount;
-        if (!code && (rule->occurrence == 0 || rule->occurrence == rule->matchCount)) {
-            code = rule->code;
+        ++rule.matchCount;
+        if (rule.occurrence == 0 || rule.occurrence == rule.matchCount) {
+            code = rule.code;
         }
     }
     return code;
 }
 
-void LibraryState::addResult(const std::string &function, const std::string &pathPattern, std::int32_t code,
-                             std::int32_t occurrence) {
-    resultRules.push_back({function, pathPattern, code, occurrence, 0});
-}
-
-CommandScript LibraryState::nextRun(const std::string &commandName) {
-    const auto runs = commands.find(commandName);
-    if (runs == commands.end() || runs->second.empty()) {
-        return {};
-    }
-    const std::size_t run = runCounts[commandName]++;
-    return runs->second[std::min(run, runs->second.size() - 1)];
-}
-
-void LibraryState::writeString(const std::string &path, const std::string &text) {
-    const std::string slot = slotOfCommand(path);
-    if (slot.empty()) {
-        tree.set(path, text);
-        return;
-    }
-    if (running.count(slot) != 0 && tree.contains(slot)) {
-        throw Failure{LmLibResultCommandRunning};
-    }
-    tree.set(path, text);
-    const CommandScript script = nextRun(text);
-    if (script.end == CommandEnd::AtOnce) {
-        finish(slot, text, script);
-    } else {
-        running[slot] = script;
-    }
-}
-
-void LibraryState::finish(const std::string &slotPath, const std::string &commandName, const CommandScript &script) {
-    if (script.errorSymbol.empty()) {
-        tree.set(slotPath + "/Result", Json::parse(script.resultJson));
-        if (script.image && tree.contains(slotPath + "/Parameters/ImageSize")) {
-            putImages(slotPath, *script.image);
+void LibraryState::finishCommand(const std::string &commandPath) {
+    const std::string slot = commandPath.substr(0, commandPath.rfind('/'));
+    const std::string name = at(commandPath).get<std::string>();
+    Json &result = nodes[pointerTo(slot + "/Result")];
+    result = results.count(name) != 0 ? results[name] : Json::object();
+    const Json parameters = at(slot).value("Parameters", Json::object());
+    if (!result.contains("ErrorSymbol") && parameters.contains("ImageSize")) {
+        for (std::size_t i = 0; i < std::max<std::size_t>(parameters.value("Patterns", Json()).size(), 1); ++i) {
+            setBinary(slot + "/Result/Patterns/\\" + std::to_string(i), image);
         }
-    } else {
-        tree.set(slotPath + "/Result", {{"ErrorSymbol", script.errorSymbol},
-                                        {"ErrorText", script.errorText},
-                                        {"Execute", {{"Command", commandName}}}});
     }
-    tree.set(slotPath + "/Command", nullptr);
+    nodes[pointerTo(commandPath)] = nullptr;
 }
 
-void LibraryState::putImages(const std::string &slotPath, const Binary &image) {
-    const std::string patterns = slotPath + "/Parameters/Patterns";
-    const std::size_t count = tree.contains(patterns) ? std::max<std::size_t>(tree.at(patterns).size(), 1) : 1;
-    for (std::size_t i = 0; i < count; ++i) {
-        tree.setBinary(slotPath + "/Result/Patterns/\\" + std::to_string(i), image);
+void LibraryState::applyScript(const Json &script) {
+    const Json givenNodes = script.value("nodes", Json::object());
+    for (const auto &[path, value] : givenNodes.items()) {
+        nodes[pointerTo(path)] = value;
     }
-}
-
-void LibraryState::waitForType(const std::string &path, std::int32_t type, bool waitForChange) {
-    const std::string slot = slotOfCommand(path);
-    const auto pending = running.find(slot);
-    if (waitForChange && pending != running.end() && pending->second.end == CommandEnd::WhenWaitedFor) {
-        finish(slot, tree.at(path).get<std::string>(), pending->second);
-        running.erase(pending);
+    const Json givenResults = script.value("commands", Json::object());
+    for (const auto &[name, result] : givenResults.items()) {
+        results[name] = result;
     }
-    const std::int32_t actual = type == LmLibTypeAbsent && !tree.contains(path) ? LmLibTypeAbsent : tree.typeAt(path);
-    if (actual != type) {
-        throw Failure{LmLibResultTimeout};
+    const Json givenCodes = script.value("codes", Json::object());
+    for (const auto &[function, code] : givenCodes.items()) {
+        rules.push_back({function, "*", code, 0, 0});
     }
 }
 
-std::string LibraryState::makeUniqueItem(const std::string &parentPath, const std::string &baseName) {
-    std::string path = parentPath + "/" + baseName + std::to_string(++lastUniqueNumber);
-    tree.set(path, Json::object());
-    return path;
+void reset() {
+    library() = LibraryState();
+}
+
+void loadDefaultScript() {
+    reset();
+    library().applyScript(Json::parse(defaultScript));
+    library().image = defaultImage;
+}
+
+std::vector<Call> calls() {
+    return library().calls;
+}
+
+std::vector<std::string> callLines() {
+    std::vector<std::string> lines;
+    for (const Call &call : library().calls) {
+        lines.push_back(lineOf(call));
+    }
+    return lines;
+}
+
+void clearCalls() {
+    library().calls.clear();
+}
+
+void observeCalls(const std::function<void(const Call &)> &observer) {
+    library().observer = observer;
+}
+
+void setNode(const std::string &path, const std::string &json) {
+    library().nodes[pointerTo(path)] = Json::parse(json);
+}
+
+void setBinary(const std::string &path, const Binary &binary) {
+    library().nodes[pointerTo(path)] = Json::binary({}, library().binaries.size());
+    library().binaries.push_back(binary);
+}
+
+std::string nodeJson(const std::string &path) {
+    return library().at(path).dump();
+}
+
+void setResult(const std::string &functionPattern, const std::string &pathPattern, std::int32_t code,
+               std::int32_t occurrence) {
+    library().rules.push_back({functionPattern, pathPattern, code, occurrence, 0});
+}
+
+void setCommandResult(const std::string &name, const std::string &json) {
+    library().results[name] = Json::parse(json);
+}
+
+void failCommand(const std::string &name, const std::string &symbol, const std::string &text) {
+    library().results[name] = {{"ErrorSymbol", symbol}, {"ErrorText", text}, {"Execute", {{"Command", name}}}};
+}
+
+void setImage(const Binary &image) {
+    library().image = image;
 }
 
 }  // namespace scripted_lmlib64

@@ -1,69 +1,53 @@
-// The whole state of the scripted library: the tree, the recorded calls, the scripted results and the commands'
-// scripts. The process has one. Its mutex must be held while it is used, unless stated otherwise below.
+// What the scripted library holds, and how a command runs in it. One for the process.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <mutex>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/scripted_lmlib64/node_tree.h"
 #include "tests/scripted_lmlib64/scripted_lmlib64.h"
 
 namespace scripted_lmlib64 {
 
-class LibraryState {
-public:
-    // The state of the process. At first it has the default script, to which the script that LMLIB64_SCRIPT names has
-    // been added.
-    static LibraryState &instance();
+using Json = nlohmann::ordered_json;
 
-    void reset();
-    // Locks the mutex itself. Returns the observer, which is to be called with this call.
-    std::function<void(const Call &)> record(const Call &call);
-    // The code that a rule of setResult() gives this call, if there is one.
-    std::optional<std::int32_t> scriptedResult(const Call &call);
-    void addResult(const std::string &function, const std::string &pathPattern, std::int32_t code,
-                   std::int32_t occurrence);
-
-    // Writes a text and, if the path is a slot's "Command", runs the command.
-    void writeString(const std::string &path, const std::string &text);
-    void waitForType(const std::string &path, std::int32_t type, bool waitForChange);
-    std::string makeUniqueItem(const std::string &parentPath, const std::string &baseName);
-
-    std::mutex mutex;
-    NodeTree tree;
-    std::vector<Call> calls;
-    std::function<void(const Call &)> observer;
-    std::map<std::string, std::vector<CommandScript>> commands;
-
-private:
-    struct ResultRule {
-        std::string function;
-        std::string pathPattern;
-        std::int32_t code;
-        std::int32_t occurrence;
-        std::int32_t matchCount;
-    };
-
-    CommandScript nextRun(const std::string &commandName);
-    void finish(const std::string &slotPath, const std::string &commandName, const CommandScript &script);
-    void putImages(const std::string &slotPath, const Binary &image);
-
-    std::vector<ResultRule> resultRules;
-    std::map<std::string, std::size_t> runCounts;
-    std::map<std::string, CommandScript> running;  // by slot path
-    std::int32_t lastUniqueNumber = 0;
-    std::string recordFile;
+struct ResultRule {
+    std::string functionPattern;
+    std::string pathPattern;
+    std::int32_t code;
+    std::int32_t occurrence;
+    std::int32_t matchCount;
 };
 
-std::string lineOf(const Call &call);
-// Both expect the mutex to be held; see loadScript.
-void applyScript(LibraryState &state, const std::string &json);
-void applyDefaultScript(LibraryState &state);
+struct LibraryState {
+    // Throws Json::out_of_range if there is no such node.
+    const Json &at(const std::string &path) const;
+    const Binary &binaryAt(const std::string &path) const { return binaries.at(at(path).get_binary().subtype()); }
+    void record(const Call &call);
+    // The code that a result rule has for this call, if any.
+    std::optional<std::int32_t> scriptedResult(const Call &call);
+    // Turns the name in "Command" to null and fills the slot's "Result".
+    void finishCommand(const std::string &commandPath);
+    void applyScript(const Json &script);
+
+    Json nodes = {{"Execute", Json::object()}};
+    // A binary leaf holds its index here as its subtype.
+    std::vector<Binary> binaries;
+    std::vector<Call> calls;
+    std::function<void(const Call &)> observer;
+    std::map<std::string, Json> results;  // by command
+    Binary image;
+    std::vector<ResultRule> rules;
+    std::int32_t lastUniqueNumber = 0;
+};
+
+// Made with the default script, and with the script named by LMLIB64_SCRIPT over it.
+LibraryState &library();
+// The library's path as a JSON pointer.
+Json::json_pointer pointerTo(const std::string &path);
 
 }  // namespace scripted_lmlib64

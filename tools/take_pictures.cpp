@@ -1,6 +1,6 @@
 // Takes the manual's pictures of the program and of a printed page. To be run when either has changed:
 //
-//   BUILD/tests/take_pictures manual/pages/images
+//   tests/with_desktop.sh BUILD/tools/take_pictures manual/pages/images
 #include <QApplication>
 #include <QDir>
 #include <QPainter>
@@ -77,8 +77,7 @@ void takePrintedPage(const QDir &folder) {
 }  // namespace
 
 int main(int argumentCount, char **arguments) {
-    const Desktop desktop;
-    useDesktop(desktop);
+    const Desktop desktop{};
     const QApplication application(argumentCount, arguments);
     if (argumentCount != 2) {
         std::fputs("Usage: take_pictures FOLDER\n", stderr);
