@@ -29,7 +29,7 @@ void runStartupHook() {
 }
 Q_COREAPP_STARTUP_FUNCTION(runStartupHook)
 
-// A widget without a tip does not accept the event if it sees it.
+// A widget without a tip refuses the event if no event filter of the application consumes it.
 bool toolTipsAreTakenAway() {
     QWidget widget;
     QHelpEvent event(QEvent::ToolTip, QPoint(), QPoint());

@@ -13,8 +13,8 @@
 
 namespace {
 
-// A window of the same size, style and fonts has its widgets in the same places. It is laid out in this process
-// and never shown.
+// Finds the places of the program's widgets. They are taken from a window in this process, which is laid out with the
+// same size, style and fonts, but never shown.
 QMap<QString, QRect> layOutWidgets() {
     MainWindow window;
     QMap<QString, QRect> places{{"MainWindow", window.rect()}};

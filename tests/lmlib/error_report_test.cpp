@@ -30,7 +30,8 @@ void pressCopy(QMessageBox *box) {
     (*std::find_if(buttons.begin(), buttons.end(), isCopy))->click();
 }
 
-// Runs something that shows boxes, and meets each run of a box with the next action; the box must run that often.
+// Does some work that shows message boxes, and answers each showing of a box with the next action. Fails if there are
+// more or fewer showings than actions.
 void runWithBoxes(const std::vector<BoxAction> &actions, const std::function<void()> &work) {
     std::size_t runCount = 0;
     QTimer timer;
@@ -89,7 +90,8 @@ TEST_F(ErrorReportTest, saysWhatFailed) {
             box->button(QMessageBox::Ok)->click();
         };
         runWithBoxes({look}, [&] { showErrorReport(exception); });
-        // Pretty, in full precision, and never in the scientific form; nothing is asked of the library as a whole.
+        // The node is read once, pretty-printed, in full precision and never in scientific notation. If the path is
+        // empty, the library's whole tree is not read.
         const std::string read = std::string("lmLibGetJson ") + row.path + " true 18 false";
         const auto lines = scripted_lmlib64::callLines();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), read), *row.path == '\0' ? 0 : 1);

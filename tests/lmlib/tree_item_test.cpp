@@ -32,7 +32,7 @@ protected:
     }
 };
 
-// Every failure that becomes an exception is a line of the debug log.
+// True if the debug log has a line, which every exception writes.
 std::ptrdiff_t loggedCount() {
     const Lines lines = scripted_lmlib64::callLines();
     return std::count_if(lines.begin(), lines.end(), [](auto &line) { return line.rfind("lmLibWriteDebug", 0) == 0; });

@@ -1,4 +1,4 @@
-// Walks the built manual as a reader's browser does, from its first page through every link and picture.
+// Follows every link and picture of the built manual, starting at its first page, as a browser would.
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -90,7 +90,7 @@ TEST(Manual, isReachedFromItsFirstPageAndStandsAlone) {
             }
         }
     }
-    // Where the tool tip leads.
+    // The page that the tool tip links to.
     EXPECT_TRUE(reached.contains("guides/calibration/patterns.html"));
     QDirIterator files(root.path(), QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {

@@ -1,4 +1,4 @@
-// The library's C interface over the scripted state.
+// The library's C interface, which answers from the scripted state.
 #include <algorithm>
 #include <array>
 #include <charconv>

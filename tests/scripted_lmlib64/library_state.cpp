@@ -58,7 +58,7 @@ LibraryState &library() {
     return state;
 }
 
-// An index, "\3", is "3" in a JSON pointer.
+// An index such as "\3" becomes "3" in the JSON pointer.
 Json::json_pointer pointerTo(const std::string &path) {
     std::string pointer = path;
     for (std::size_t i = pointer.find("/\\"); i != std::string::npos; i = pointer.find("/\\", i)) {

@@ -35,7 +35,7 @@ struct LibraryState {
     void applyScript(const Json &script);
 
     Json nodes = {{"Execute", Json::object()}};
-    // A binary leaf holds its index here as its subtype.
+    // The subtype of a binary leaf is its index in this list.
     std::vector<Binary> binaries;
     std::vector<Call> calls;
     std::function<void(const Call &)> observer;

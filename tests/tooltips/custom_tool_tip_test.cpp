@@ -50,13 +50,13 @@ protected:
         return show(text, widget, rect);
     }
 
-    // What the tip keeps to itself.
+    // The private members of the label.
     static QBasicTimer &hideTimer() { return QCustomTipLabel::instance->hideTimer; }
     static QBasicTimer &expireTimer() { return QCustomTipLabel::instance->expireTimer; }
     static int &hideInterval() { return QCustomTipLabel::instance->hideInterval; }
     static QWidget *tipWidget() { return QCustomTipLabel::instance->widget; }
 
-    // In milliseconds; 0 when the timer does not run.
+    // The interval of the timer in milliseconds; 0 if it does not run.
     static int intervalOf(const QBasicTimer &timer) {
         const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(QCustomTipLabel::instance);
         for (const auto &info : timers) {
@@ -108,13 +108,13 @@ TEST_F(CustomToolTipTest, leavesTheSameTipAloneAndShowsAnotherAnew) {
         QCustomTipLabel *label = showAnew("see %MANUAL%", child, row.rect);
         EXPECT_EQ(QCustomToolTip::text(), "see file:///m");
         label->restartHideTimer(10000, false);
-        // A display time that begins again shows as another interval.
+        // If the display time restarts, the interval is no longer this one.
         expireTimer().start(12345, label);
         const QPoint before = label->pos();
         QCustomToolTip::showText(row.nextPosition, row.text, row.sameWidget ? child : window.get(), row.rect);
         EXPECT_EQ(QCustomTipLabel::instance, label);
         EXPECT_EQ(label->pos(), row.leftAlone ? before : row.nextPosition + QPoint(2, 16));
-        // A tip that is shown anew drops the close that was due and begins its display time again.
+        // If the tip is shown again, its pending close is cancelled and its display time restarts.
         EXPECT_EQ(intervalOf(hideTimer()), row.leftAlone ? 10000 : 0);
         EXPECT_EQ(intervalOf(expireTimer()), row.leftAlone ? 12345 : 10000);
         EXPECT_EQ(tipWidget(), row.sameWidget ? child : window.get());
@@ -174,7 +174,7 @@ TEST_F(CustomToolTipTest, closeThatIsDueSoonerIsKept) {
     for (const auto &row : rows) {
         QCustomTipLabel *label = showAnew("text", child);
         label->restartHideTimer(20000, true);
-        // As though the timer had run down to the time that remains.
+        // Makes the label believe that only this much of the interval remains.
         hideInterval() = row.remaining;
         label->restartHideTimer(row.requested, row.force);
         EXPECT_EQ(intervalOf(hideTimer()), row.restarted ? row.requested : 20000) << row.what;
@@ -224,7 +224,7 @@ TEST_F(CustomToolTipTest, mouseOutsideTheRectangleStartsTheHideTimer) {
                           {});
         QCoreApplication::sendEvent(target, &event);
         EXPECT_EQ(intervalOf(hideTimer()), row.milliseconds) << row.what;
-        // A second move does not put the close off.
+        // A second move does not delay the pending close.
         hideTimer().start(12345, label);
         QCoreApplication::sendEvent(target, &event);
         EXPECT_EQ(intervalOf(hideTimer()), 12345) << row.what;
@@ -270,7 +270,7 @@ TEST_F(CustomToolTipTest, storedRectangleNeedsAWidget) {
 }
 
 TEST_F(CustomToolTipTest, goesAwayWithItsWidgets) {
-    // Made for one widget and shown for another that goes first.
+    // The label is made for one widget and then shown for another one, which is deleted first.
     show("text", window.get());
     auto *passing = new QWidget(window.get());
     show("text", passing);

@@ -26,7 +26,7 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
 
-    // True if the event is taken before its object sees it.
+    // True if the helper consumes the event.
     bool sendToolTip(QObject *object) {
         QHelpEvent event(QEvent::ToolTip, QPoint(1, 1), QPoint(200, 200));
         return helper->eventFilter(object, &event);
@@ -117,7 +117,7 @@ TEST_F(ToolTipHelperTest, hoverShowsTheTipOfARegisteredObjectOnce) {
     EXPECT_TRUE(showTimer().isActive() && showTimer().isSingleShot());
     EXPECT_EQ(showTimer().interval(), 1000);
 
-    // A delay that begins again shows as another interval.
+    // If the delay restarts, the interval is no longer this one.
     showTimer().setInterval(5000);
     send(plain, QEvent::MouseMove);
     EXPECT_EQ(showTimer().interval(), 5000);
