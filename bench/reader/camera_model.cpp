@@ -73,24 +73,24 @@ cv::Vec3d rayOf(const CameraModel &camera, const cv::Point2d &pixel) {
 }
 
 PaperSheet::PaperSheet(const Form &form, double reach)
-    : across_(std::cos(form.direction), std::sin(form.direction)), reach_(reach), step_(0.02) {
-    const int half = int(std::ceil(reach / step_));
-    reach_ = half * step_;
-    stations_.resize(size_t(2 * half) + 1);
+    : acrossAxis(std::cos(form.direction), std::sin(form.direction)), formReach(reach), stationStep(0.02) {
+    const int half = int(std::ceil(reach / stationStep));
+    formReach = half * stationStep;
+    stations.resize(size_t(2 * half) + 1);
     // From the middle outwards, so that the middle is the origin; Gauss's two points for each step.
     const auto fill = [&](int sign) {
         Station here{0, 0, std::cos(slopeAt(form, 0)), std::sin(slopeAt(form, 0))};
-        stations_[size_t(half)] = here;
+        stations[size_t(half)] = here;
         for (int i = 1; i <= half; i++) {
-            const double from = sign * (i - 1) * step_;
+            const double from = sign * (i - 1) * stationStep;
             for (const double t : {0.5 - std::sqrt(1 / 12.0), 0.5 + std::sqrt(1 / 12.0)}) {
-                const double slope = slopeAt(form, from + sign * t * step_);
-                here.x += sign * step_ / 2 * std::cos(slope);
-                here.z += sign * step_ / 2 * std::sin(slope);
+                const double slope = slopeAt(form, from + sign * t * stationStep);
+                here.x += sign * stationStep / 2 * std::cos(slope);
+                here.z += sign * stationStep / 2 * std::sin(slope);
             }
-            here.cosine = std::cos(slopeAt(form, sign * i * step_));
-            here.sine = std::sin(slopeAt(form, sign * i * step_));
-            stations_[size_t(half + sign * i)] = here;
+            here.cosine = std::cos(slopeAt(form, sign * i * stationStep));
+            here.sine = std::sin(slopeAt(form, sign * i * stationStep));
+            stations[size_t(half + sign * i)] = here;
         }
     };
     fill(1);
@@ -99,33 +99,33 @@ PaperSheet::PaperSheet(const Form &form, double reach)
 
 // Hermite's cubic between two stations.
 PaperSheet::Station PaperSheet::station(double s) const {
-    const double at = (std::clamp(s, -reach_, reach_) + reach_) / step_;
-    const size_t i = std::min(size_t(at), stations_.size() - 2);
+    const double at = (std::clamp(s, -formReach, formReach) + formReach) / stationStep;
+    const size_t i = std::min(size_t(at), stations.size() - 2);
     const double t = at - double(i);
-    const Station &a = stations_[i];
-    const Station &b = stations_[i + 1];
+    const Station &a = stations[i];
+    const Station &b = stations[i + 1];
     const double u = 1 - t;
     const double ha = u * u * (1 + 2 * t);
-    const double ta = t * u * u * step_;
-    const double tb = -t * t * u * step_;
+    const double ta = t * u * u * stationStep;
+    const double tb = -t * t * u * stationStep;
     Station result{ha * a.x + (1 - ha) * b.x + ta * a.cosine + tb * b.cosine,
                    ha * a.z + (1 - ha) * b.z + ta * a.sine + tb * b.sine, u * a.cosine + t * b.cosine,
                    u * a.sine + t * b.sine};
-    const double beyond = std::abs(s) > reach_ ? s - std::copysign(reach_, s) : 0;
+    const double beyond = std::abs(s) > formReach ? s - std::copysign(formReach, s) : 0;
     result.x += beyond * result.cosine;
     result.z += beyond * result.sine;
     return result;
 }
 
 cv::Vec3d PaperSheet::at(const cv::Point2d &onPaper) const {
-    const Station c = station(onPaper.dot(across_));
-    const double along = across_.cross(onPaper);
-    return {c.x * across_.x - along * across_.y, c.x * across_.y + along * across_.x, c.z};
+    const Station c = station(onPaper.dot(acrossAxis));
+    const double along = acrossAxis.cross(onPaper);
+    return {c.x * acrossAxis.x - along * acrossAxis.y, c.x * acrossAxis.y + along * acrossAxis.x, c.z};
 }
 
 cv::Point2d PaperSheet::hit(const cv::Vec3d &origin, const cv::Vec3d &direction, double &start) const {
-    const double ox = origin[0] * across_.x + origin[1] * across_.y;
-    const double dx = direction[0] * across_.x + direction[1] * across_.y;
+    const double ox = origin[0] * acrossAxis.x + origin[1] * acrossAxis.y;
+    const double dx = direction[0] * acrossAxis.x + direction[1] * acrossAxis.y;
     double s = start;
     Station c = station(s);
     for (int i = 0; i < 30; i++) {
@@ -141,8 +141,8 @@ cv::Point2d PaperSheet::hit(const cv::Vec3d &origin, const cv::Vec3d &direction,
     start = s;
     const double length = std::abs(direction[2]) > std::abs(dx) ? (c.z - origin[2]) / direction[2] : (c.x - ox) / dx;
     const double along =
-        across_.x * (origin[1] + length * direction[1]) - across_.y * (origin[0] + length * direction[0]);
-    return {s * across_.x - along * across_.y, s * across_.y + along * across_.x};
+        acrossAxis.x * (origin[1] + length * direction[1]) - acrossAxis.y * (origin[0] + length * direction[0]);
+    return {s * acrossAxis.x - along * acrossAxis.y, s * acrossAxis.y + along * acrossAxis.x};
 }
 
 }  // namespace reader_bench

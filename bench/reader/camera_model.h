@@ -51,10 +51,10 @@ private:
     };
     Station station(double s) const;
 
-    cv::Point2d across_;
-    double reach_;
-    double step_;
-    std::vector<Station> stations_;
+    cv::Point2d acrossAxis;
+    double formReach;
+    double stationStep;
+    std::vector<Station> stations;
 };
 
 }  // namespace reader_bench

@@ -37,25 +37,25 @@ bool isMoving(const TargetPose &pose) {
 class PaperFinder {
 public:
     PaperFinder(const CameraModel &camera, const TargetPose &pose)
-        : camera_(camera), pose_(pose), moment_(momentAt(pose, pose.middleRow)), moving_(isMoving(pose)) {
+        : lens(camera), targetPose(pose), current(momentAt(pose, pose.middleRow)), moves(isMoving(pose)) {
         prepare();
     }
 
     void findRow(double left, double y, std::vector<cv::Point2d> &row) {
-        if (moving_) {
-            moment_ = momentAt(pose_, y);
+        if (moves) {
+            current = momentAt(targetPose, y);
             prepare();
         }
-        double start = firstStart_;
+        double start = firstStart;
         for (size_t i = 0; i < row.size(); i++) {
-            const cv::Vec3d ray = toBoard_ * rayOf(camera_, {left + double(i), y});
-            row[i] = pose_.anchor;
-            if (pose_.sheet) {
-                row[i] += pose_.sheet->hit(origin_, ray, start);
-                firstStart_ = i == 0 ? start : firstStart_;
+            const cv::Vec3d ray = toBoard * rayOf(lens, {left + double(i), y});
+            row[i] = targetPose.anchor;
+            if (targetPose.sheet) {
+                row[i] += targetPose.sheet->hit(origin, ray, start);
+                firstStart = i == 0 ? start : firstStart;
             } else {
-                const double length = -origin_[2] / ray[2];
-                row[i] += length > 0 ? cv::Point2d(origin_[0] + length * ray[0], origin_[1] + length * ray[1])
+                const double length = -origin[2] / ray[2];
+                row[i] += length > 0 ? cv::Point2d(origin[0] + length * ray[0], origin[1] + length * ray[1])
                                      : cv::Point2d(nowhere, nowhere);
             }
         }
@@ -65,17 +65,17 @@ public:
 
 private:
     void prepare() {
-        toBoard_ = moment_.rotation.t();
-        origin_ = -(toBoard_ * moment_.translation);
+        toBoard = current.rotation.t();
+        origin = -(toBoard * current.translation);
     }
 
-    const CameraModel &camera_;
-    const TargetPose &pose_;
-    Moment moment_;
-    bool moving_;
-    cv::Matx33d toBoard_;
-    cv::Vec3d origin_;
-    double firstStart_ = 0;
+    const CameraModel &lens;
+    const TargetPose &targetPose;
+    Moment current;
+    bool moves;
+    cv::Matx33d toBoard;
+    cv::Vec3d origin;
+    double firstStart = 0;
 };
 
 cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, const cv::Size &image) {

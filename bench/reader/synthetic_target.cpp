@@ -73,20 +73,20 @@ lmlib64::PatternGeometry checkerGeometry(int columns, int rows, const std::vecto
 
 }  // namespace
 
-SyntheticTarget::SyntheticTarget(const lmlib64::PatternGeometry &geometry, const Print &print) : print_(print) {
+SyntheticTarget::SyntheticTarget(const lmlib64::PatternGeometry &geometry, const Print &print) : printForm(print) {
     const double pitch = geometry.squareSide;
-    size_ = {geometry.width / pitch, geometry.height / pitch};
+    outerSize = {geometry.width / pitch, geometry.height / pitch};
     for (int row = 0; row < geometry.lattice.rows; row++) {
         for (int column = 0; column < geometry.lattice.columns; column++) {
             const lmlib64::Point p = geometry.lattice.at(column, row);
-            points_.emplace_back(p.x / pitch, p.y / pitch);
+            pointPlaces.emplace_back(p.x / pitch, p.y / pitch);
         }
     }
     addShapes(geometry);
     fillCells();
     weighShapes();
     if (print.inkSpread != 0) {
-        spreadInk(geometry.circles.empty() ? points_ : std::vector<cv::Point2d>());
+        spreadInk(geometry.circles.empty() ? pointPlaces : std::vector<cv::Point2d>());
         fillCells();
     }
     findEvenCells();
@@ -96,7 +96,7 @@ void SyntheticTarget::addShapes(const lmlib64::PatternGeometry &geometry) {
     const double scale = 1 / geometry.squareSide;
     const auto scaled = [&](const lmlib64::Point &p) { return cv::Point2d(p.x * scale, p.y * scale); };
     for (const lmlib64::Rectangle &r : geometry.rectangles) {
-        shapes_.push_back({Form::Rectangle, 1, cv::Rect2d(scaled({r.left, r.top}), scaled({r.right, r.bottom})), {}});
+        shapes.push_back({Form::Rectangle, 1, cv::Rect2d(scaled({r.left, r.top}), scaled({r.right, r.bottom})), {}});
     }
     for (const lmlib64::Polygon &polygon : geometry.polygons) {
         Shape shape;
@@ -105,11 +105,11 @@ void SyntheticTarget::addShapes(const lmlib64::PatternGeometry &geometry) {
             shape.polygon.push_back(scaled(p));
         }
         shape.bounds = boundsOf(shape.polygon);
-        shapes_.push_back(shape);
+        shapes.push_back(shape);
     }
     for (const lmlib64::Circle &c : geometry.circles) {
         const double r = c.radius * scale;
-        shapes_.push_back(
+        shapes.push_back(
             {Form::Circle, 1, cv::Rect2d(scaled(c.centre) - cv::Point2d(r, r), cv::Size2d(2 * r, 2 * r)), {}});
     }
 }
@@ -124,11 +124,11 @@ bool SyntheticTarget::holds(const Shape &outer, const Shape &inner) {
 
 // Dark is what lies within an odd number of shapes. They lie apart or within each other.
 void SyntheticTarget::weighShapes() {
-    for (Shape &shape : shapes_) {
+    for (Shape &shape : shapes) {
         const cv::Point2d middle = middleOf(shape.bounds);
-        const Cell &cell = cells_[size_t(cellIndex(middle.y) * cellCount_.width + cellIndex(middle.x))];
+        const Cell &cell = cells[size_t(cellIndex(middle.y) * cellCount.width + cellIndex(middle.x))];
         for (int i = 0; i < cell.shapeCount; i++) {
-            if (holds(shapes_[size_t(cellShapes_[size_t(cell.firstShape + i)])], shape)) {
+            if (holds(shapes[size_t(cellShapes[size_t(cell.firstShape + i)])], shape)) {
                 shape.weight = -shape.weight;
             }
         }
@@ -137,16 +137,16 @@ void SyntheticTarget::weighShapes() {
 
 // Dark shapes grow and light ones shrink. Where two dark squares meet in a corner they come to overlap.
 void SyntheticTarget::spreadInk(const std::vector<cv::Point2d> &squareCorners) {
-    for (Shape &shape : shapes_) {
-        const double spread = print_.inkSpread * shape.weight;
+    for (Shape &shape : shapes) {
+        const double spread = printForm.inkSpread * shape.weight;
         shape.bounds = grown(shape.bounds, spread);
         if (shape.form == Form::Polygon) {
             shape.polygon = spreadPolygon(shape.polygon, spread);
         }
     }
     for (const cv::Point2d &p : squareCorners) {
-        if (print_.inkSpread > 0) {
-            shapes_.push_back({Form::Rectangle, -1, grown(cv::Rect2d(p, cv::Size2d()), print_.inkSpread), {}});
+        if (printForm.inkSpread > 0) {
+            shapes.push_back({Form::Rectangle, -1, grown(cv::Rect2d(p, cv::Size2d()), printForm.inkSpread), {}});
         }
     }
 }
@@ -162,11 +162,11 @@ void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) c
     constexpr double slack = 1e-7;
     const int left = std::max(0, cellIndex(bounds.x + slack));
     const int top = std::max(0, cellIndex(bounds.y + slack));
-    const int right = std::min(cellCount_.width - 1, cellIndex(bounds.x + bounds.width - slack));
-    const int bottom = std::min(cellCount_.height - 1, cellIndex(bounds.y + bounds.height - slack));
+    const int right = std::min(cellCount.width - 1, cellIndex(bounds.x + bounds.width - slack));
+    const int bottom = std::min(cellCount.height - 1, cellIndex(bounds.y + bounds.height - slack));
     for (int row = top; row <= bottom; row++) {
         for (int column = left; column <= right; column++) {
-            if (!visit(row * cellCount_.width + column)) {
+            if (!visit(row * cellCount.width + column)) {
                 return;
             }
         }
@@ -174,34 +174,34 @@ void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) c
 }
 
 void SyntheticTarget::fillCells() {
-    cellCount_ = {cellIndex(size_.width + margin) + 1, cellIndex(size_.height + margin) + 1};
-    cells_.assign(size_t(cellCount_.area()), Cell());
-    for (const Shape &shape : shapes_) {
+    cellCount = {cellIndex(outerSize.width + margin) + 1, cellIndex(outerSize.height + margin) + 1};
+    cells.assign(size_t(cellCount.area()), Cell());
+    for (const Shape &shape : shapes) {
         visitCells(shape.bounds, [&](int cell) {
-            cells_[size_t(cell)].shapeCount++;
+            cells[size_t(cell)].shapeCount++;
             return true;
         });
     }
     int first = 0;
-    for (Cell &cell : cells_) {
+    for (Cell &cell : cells) {
         cell.firstShape = first;
         first += cell.shapeCount;
         cell.shapeCount = 0;
     }
-    cellShapes_.resize(size_t(first));
-    for (size_t i = 0; i < shapes_.size(); i++) {
-        visitCells(shapes_[i].bounds, [&](int index) {
-            Cell &cell = cells_[size_t(index)];
-            cellShapes_[size_t(cell.firstShape + cell.shapeCount++)] = int(i);
+    cellShapes.resize(size_t(first));
+    for (size_t i = 0; i < shapes.size(); i++) {
+        visitCells(shapes[i].bounds, [&](int index) {
+            Cell &cell = cells[size_t(index)];
+            cellShapes[size_t(cell.firstShape + cell.shapeCount++)] = int(i);
             return true;
         });
     }
 }
 
 void SyntheticTarget::findEvenCells() {
-    for (int row = 0; row < cellCount_.height; row++) {
-        for (int column = 0; column < cellCount_.width; column++) {
-            Cell &cell = cells_[size_t(row * cellCount_.width + column)];
+    for (int row = 0; row < cellCount.height; row++) {
+        for (int column = 0; column < cellCount.width; column++) {
+            Cell &cell = cells[size_t(row * cellCount.width + column)];
             const double side = 1.0 / cellsPerPitch;
             const double x = column * side - margin;
             const double y = row * side - margin;
@@ -209,7 +209,7 @@ void SyntheticTarget::findEvenCells() {
             double ink = 0;
             bool even = true;
             for (int i = 0; i < cell.shapeCount && even; i++) {
-                const Shape &shape = shapes_[size_t(cellShapes_[size_t(cell.firstShape + i)])];
+                const Shape &shape = shapes[size_t(cellShapes[size_t(cell.firstShape + i)])];
                 const double share = areaWithin(whole, shape) / (side * side);
                 even = share < 1e-6 || share > 1 - 1e-6;
                 ink += shape.weight * std::round(share);
@@ -233,18 +233,18 @@ double SyntheticTarget::areaWithin(const Quad &quad, const Shape &shape) {
 
 double SyntheticTarget::inkShare(const Quad &quad) const {
     const cv::Rect2d bounds = boundsOf(quad);
-    if (bounds.x + bounds.width <= -margin || bounds.y + bounds.height <= -margin || bounds.x >= size_.width + margin ||
-        bounds.y >= size_.height + margin) {
+    if (bounds.x + bounds.width <= -margin || bounds.y + bounds.height <= -margin ||
+        bounds.x >= outerSize.width + margin || bounds.y >= outerSize.height + margin) {
         return 0;
     }
     // Even all over, as most pixels are, unless a cell differs from those before it.
     double ink = -1;
     bool even = cellIndex(bounds.x) >= 0 && cellIndex(bounds.y) >= 0 &&
-                cellIndex(bounds.x + bounds.width) < cellCount_.width &&
-                cellIndex(bounds.y + bounds.height) < cellCount_.height;
+                cellIndex(bounds.x + bounds.width) < cellCount.width &&
+                cellIndex(bounds.y + bounds.height) < cellCount.height;
     if (even) {
         visitCells(bounds, [&](int index) {
-            const Cell &cell = cells_[size_t(index)];
+            const Cell &cell = cells[size_t(index)];
             even = cell.ink >= 0 && (ink < 0 || ink == cell.ink);
             ink = cell.ink;
             return even;
@@ -253,7 +253,7 @@ double SyntheticTarget::inkShare(const Quad &quad) const {
     if (!even) {
         ink = mixedShare(quad, bounds);
     }
-    return print_.halftonePeriod > 0 && ink > 0 ? ink * screen(quad) : ink;
+    return printForm.halftonePeriod > 0 && ink > 0 ? ink * screen(quad) : ink;
 }
 
 double SyntheticTarget::mixedShare(const Quad &quad, const cv::Rect2d &bounds) const {
@@ -262,13 +262,13 @@ double SyntheticTarget::mixedShare(const Quad &quad, const cv::Rect2d &bounds) c
     int seenCount = 0;
     double inked = 0;
     visitCells(bounds, [&](int index) {
-        const Cell &cell = cells_[size_t(index)];
+        const Cell &cell = cells[size_t(index)];
         for (int i = 0; i < cell.shapeCount; i++) {
-            const int shape = cellShapes_[size_t(cell.firstShape + i)];
+            const int shape = cellShapes[size_t(cell.firstShape + i)];
             if (seenCount < most &&
                 std::find(seen.begin(), seen.begin() + seenCount, shape) == seen.begin() + seenCount) {
                 seen[size_t(seenCount++)] = shape;
-                inked += shapes_[size_t(shape)].weight * areaWithin(quad, shapes_[size_t(shape)]);
+                inked += shapes[size_t(shape)].weight * areaWithin(quad, shapes[size_t(shape)]);
             }
         }
         return true;
@@ -285,11 +285,11 @@ double SyntheticTarget::screen(const Quad &quad) const {
     const cv::Point2d down = (quad[3] - quad[0] + quad[2] - quad[1]) / 2;
     const auto sinc = [](double x) { return std::abs(x) < 1e-6 ? 1.0 : std::sin(x) / x; };
     double waves = 0;
-    for (const double angle : {print_.halftoneAngle, print_.halftoneAngle + CV_PI / 2}) {
-        const cv::Point2d k = cv::Point2d(std::cos(angle), std::sin(angle)) * (2 * CV_PI / print_.halftonePeriod);
+    for (const double angle : {printForm.halftoneAngle, printForm.halftoneAngle + CV_PI / 2}) {
+        const cv::Point2d k = cv::Point2d(std::cos(angle), std::sin(angle)) * (2 * CV_PI / printForm.halftonePeriod);
         waves += std::cos(k.dot(middle)) * sinc(k.dot(across) / 2) * sinc(k.dot(down) / 2);
     }
-    return 1 - print_.halftoneDepth * (2 + waves) / 4;
+    return 1 - printForm.halftoneDepth * (2 + waves) / 4;
 }
 
 CheckerTarget::CheckerTarget(int columns, int rows, const std::vector<int> &marks, bool darkFirst, const Print &print)

@@ -29,10 +29,10 @@ public:
     // The inked share of a quadrilateral smaller than a few pitches, 0 to 1. Outside the pattern is paper.
     double inkShare(const Quad &quad) const;
     // Outer size of the pattern in pitches.
-    cv::Size2d size() const { return size_; }
-    const Print &print() const { return print_; }
+    cv::Size2d size() const { return outerSize; }
+    const Print &print() const { return printForm; }
     // The points a reader is asked for: inner corners or mark centres.
-    const std::vector<cv::Point2d> &points() const { return points_; }
+    const std::vector<cv::Point2d> &points() const { return pointPlaces; }
 
 private:
     enum class Form { Rectangle, Circle, Polygon };
@@ -63,13 +63,13 @@ private:
     double mixedShare(const Quad &quad, const cv::Rect2d &bounds) const;
     double screen(const Quad &quad) const;
 
-    cv::Size2d size_;
-    std::vector<cv::Point2d> points_;
-    Print print_;
-    std::vector<Shape> shapes_;
-    cv::Size cellCount_;
-    std::vector<Cell> cells_;
-    std::vector<int> cellShapes_;
+    cv::Size2d outerSize;
+    std::vector<cv::Point2d> pointPlaces;
+    Print printForm;
+    std::vector<Shape> shapes;
+    cv::Size cellCount;
+    std::vector<Cell> cells;
+    std::vector<int> cellShapes;
 };
 
 // A checkerboard of squares, each with or without a centred mark of the opposite colour and a third of the side.
