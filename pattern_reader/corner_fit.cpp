@@ -149,6 +149,7 @@ void assess(const Window &window, const CornerPrior &prior, double positionVaria
     const float weight = std::max(1.0F, float(pairs) - fitted);
     fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
     fit.noise = std::sqrt(odd / weight);
+    fit.pixels = int(window.count());
     const float variance = (odd + prior.noiseWeight * prior.noise * prior.noise) / (weight + prior.noiseWeight);
     fit.sigma = std::sqrt(variance * float(positionVariance));
 }

@@ -36,6 +36,7 @@ struct CornerFit {
     float residual = 0;          // root mean square of all errors, grey levels
     float noise = 0;             // the same of the errors that half a turn does not repeat
     float sigma = 0;             // standard deviation of the position along one axis, pixels
+    int pixels = 0;              // that were looked at
 };
 
 // What the surroundings say of a corner's light and blur.

@@ -1,10 +1,108 @@
 #include "pattern_reader/position_sigma.h"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
 namespace pattern_reader {
 
-void estimateSigmas(CornerLattice &lattice, std::vector<CornerFit> &fits) {
+namespace {
+
+float medianOf(std::vector<float> &values) {
+    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// Where five corners in a row lie by how far they are from a cubic, and what their deviations explain of that.
+struct FourthDifference {
+    cv::Point2f value;
+    float variance = 0;
+};
+
+std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, const std::vector<CornerFit> &fits,
+                                                 cv::Point middle, cv::Point step) {
+    constexpr std::array<float, 5> weights{1, -4, 6, -4, 1};
+    FourthDifference difference;
+    for (int i = 0; i < 5; i++) {
+        const int index = lattice.indexAt(middle + (i - 2) * step);
+        if (index < 0 || lattice.corners[size_t(index)].disturbed) {
+            return std::nullopt;
+        }
+        const float weighted = weights[size_t(i)] * fits[size_t(index)].sigma;
+        difference.value += weights[size_t(i)] * lattice.corners[size_t(index)].position;
+        difference.variance += weighted * weighted;
+    }
+    return difference;
+}
+
+// Corners of two neighbouring rows, equally far apart on the board, are bent alike by perspective, lens and paper. How
+// much the two fourth differences differ, squared, by what the corners' deviations explain.
+std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
+    std::vector<float> excesses;
+    for (const LatticeCorner &corner : lattice.corners) {
+        for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1)}) {
+            const std::optional<FourthDifference> one = fourthDifference(lattice, fits, corner.cell, step);
+            const cv::Point next = corner.cell + cv::Point(step.y, step.x);
+            const std::optional<FourthDifference> two =
+                one ? fourthDifference(lattice, fits, next, step) : std::nullopt;
+            if (two) {
+                const cv::Point2f unlike = one->value - two->value;
+                excesses.push_back(unlike.dot(unlike) / (2 * (one->variance + two->variance)));
+            }
+        }
+    }
+    return excesses;
+}
+
+// By how much the corners of a board are less exact than the noise of their pixels explains: compression, colour
+// sensors and print make errors that are alike in neighbouring pixels. 1 where too few corners say so.
+float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
+    std::vector<float> excesses = excessesInRows(lattice, fits);
+    constexpr size_t least = 10;
+    if (excesses.size() < least) {
+        return 1;
+    }
+    // The median of the mean of two squares is ln 2.
+    const float found = medianOf(excesses) / 0.693F;
+    const float weight = float(excesses.size()) / (float(excesses.size()) + 20);
+    return std::clamp(1 + weight * (found - 1), 0.3F, 100.0F);
+}
+
+// Marks the corners around which the picture differs much more from the model than around most.
+void markDisturbed(CornerLattice &lattice, const std::vector<CornerFit> &fits) {
+    std::vector<float> noises;
+    std::vector<float> residuals;
+    for (const CornerFit &fit : fits) {
+        noises.push_back(fit.noise / std::abs(fit.amplitude));
+        residuals.push_back(fit.residual / std::abs(fit.amplitude));
+    }
+    const float usualNoise = medianOf(noises);
+    const float usualResidual = medianOf(residuals);
     for (size_t i = 0; i < fits.size(); i++) {
-        lattice.corners[i].sigma = fits[i].sigma;
+        const CornerFit &fit = fits[i];
+        const float contrast = std::abs(fit.amplitude);
+        // In few pixels the noise itself differs from its mean.
+        const float ratio = 1.4F + 4 / std::sqrt(float(std::max(1, fit.pixels)));
+        lattice.corners[i].disturbed =
+            fit.noise > std::max(ratio * usualNoise, usualNoise + 0.01F) * contrast ||
+            fit.residual > std::max((ratio + 0.5F) * usualResidual, usualResidual + 0.03F) * contrast;
+    }
+}
+
+}  // namespace
+
+void estimateSigmas(CornerLattice &lattice, const std::vector<CornerFit> &fits) {
+    if (fits.empty()) {
+        return;
+    }
+    markDisturbed(lattice, fits);
+    const float excess = std::sqrt(excessOf(lattice, fits));
+    for (size_t i = 0; i < fits.size(); i++) {
+        LatticeCorner &corner = lattice.corners[i];
+        // What disturbs is not noise and does not average out.
+        corner.sigma = (corner.disturbed ? std::max(3.0F, excess) : excess) * fits[i].sigma;
     }
 }
 

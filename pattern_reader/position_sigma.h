@@ -8,7 +8,7 @@
 
 namespace pattern_reader {
 
-// Sets sigma and disturbed of every corner; fits belongs to lattice.corners.
-void estimateSigmas(CornerLattice &lattice, std::vector<CornerFit> &fits);
+// Sets sigma and disturbed of every corner of a measured lattice; fits belongs to lattice.corners.
+void estimateSigmas(CornerLattice &lattice, const std::vector<CornerFit> &fits);
 
 }  // namespace pattern_reader
