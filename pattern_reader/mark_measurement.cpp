@@ -96,12 +96,19 @@ void judgeLooks(std::vector<FittedMark> &marks) {
                 marks.end());
 }
 
+// A map by the marks that are not disturbed, unless these are too few: a cover that cuts a whole row of marks moves all
+// of them the same way.
 MarkMap mapOf(const std::vector<FittedMark> &marks) {
-    std::vector<MappedMark> mapped;
+    std::vector<MappedMark> clear;
+    std::vector<MappedMark> all;
     for (const FittedMark &mark : marks) {
-        mapped.push_back({mark.cell, mark.fit.centre});
+        all.push_back({mark.cell, mark.fit.centre});
+        if (!mark.disturbed) {
+            clear.push_back(all.back());
+        }
     }
-    return MarkMap(mapped);
+    MarkMap map(clear);
+    return map.isKnown() || clear.size() == all.size() ? map : MarkMap(all);
 }
 
 // How far a mark's shape is from the map's picture of a circle: the greatest stretch or shrinkage, as a factor, after
@@ -144,10 +151,13 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
 
 // The fit's own deviation, and what noise does not explain: the model is not quite what a camera sees, and what a bend
 // of the plate's picture adds to the way from the ellipse's centre to the mark's is known to some seven per cent.
-double sigmaOf(const MarkFit &fit, cv::Point2d bentOffset) {
+// How far a disturbed mark is off its neighbours' prediction counts, too.
+double sigmaOf(const FittedMark &mark, const MarkMap &map, double radius) {
     constexpr double model = 0.001;  // pixels
     constexpr double share = 0.07;
-    return std::sqrt(fit.sigma * fit.sigma + model * model + share * share * bentOffset.dot(bentOffset));
+    const double bent = cv::norm(map.bentOffset(mark.cell, radius));
+    const double off = mark.disturbed ? cv::norm(mark.fit.centre - map.at(mark.cell)) : 0;
+    return std::sqrt(mark.fit.sigma * mark.fit.sigma + model * model + share * share * bent * bent + off * off);
 }
 
 }  // namespace
@@ -171,7 +181,7 @@ std::vector<MeasuredMark> measureMarks(const std::vector<ImageLevel> &levels, co
     std::vector<MeasuredMark> measured;
     for (const FittedMark &mark : marks) {
         measured.push_back({mark.cell, mark.fit.centre + map.centreOffset(mark.cell, radius),
-                            sigmaOf(mark.fit, map.bentOffset(mark.cell, radius)), mark.disturbed});
+                            sigmaOf(mark, map, radius), mark.disturbed});
     }
     return measured;
 }
