@@ -24,7 +24,7 @@ std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Po
                 extent |= cv::Rect(mark.cell, cv::Size(1, 1));
             }
         }
-        if (near.size() >= 10 && extent.width >= 3 && extent.height >= 3) {
+        if (near.size() >= 18 && extent.width >= 3 && extent.height >= 3) {
             break;
         }
     }
