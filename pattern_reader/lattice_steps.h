@@ -14,12 +14,12 @@ struct LatticeSteps {
     cv::Point2f column, row;  // pixels
 
     float area() const { return std::abs(column.x * row.y - column.y * row.x); }
-    // How many steps a difference between two points is, along the axis on which it is more. Infinite or not a number
-    // where the two steps are parallel.
+    // How long a difference between two points is in lattice coordinates. Infinite or not a number where the two steps
+    // are parallel.
     float count(cv::Point2f difference) const {
         const float alongColumn = difference.x * row.y - difference.y * row.x;
         const float alongRow = column.x * difference.y - column.y * difference.x;
-        return std::max(std::abs(alongColumn), std::abs(alongRow)) / area();
+        return std::sqrt(alongColumn * alongColumn + alongRow * alongRow) / area();
     }
     // The distance between the closer two of neighbouring lines.
     float lineDistance() const { return area() / std::sqrt(std::max(column.dot(column), row.dot(row))); }

@@ -54,7 +54,7 @@ cv::Vec6d termsAt(double x, double y, std::integral_constant<int, 6>) {
 }
 
 // How far a corner lies from where the trusted corners in reach say, by an affine map from cells to the image through
-// these or by one with second powers, in steps along the axis on which it is more. Nothing if these are too few.
+// these or by one with second powers, in lattice steps. Nothing if these are too few.
 template <int count>
 std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
                                          const std::vector<bool> &trusted, int reach) {
