@@ -1,5 +1,5 @@
-// A local 8-bit encoding that is neither UTF-8 nor Latin-1, for as long as it lives: ISO-8859-15, in which the euro
-// sign is the byte A4.
+// While an object of this class exists, the local 8-bit encoding is neither UTF-8 nor Latin-1, but ISO-8859-15, in
+// which the euro sign is the byte A4.
 #pragma once
 
 #include <QString>

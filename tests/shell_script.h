@@ -1,4 +1,4 @@
-// Shell scripts that stand in for other programs, and what they write.
+// Shell scripts that replace other programs, and the files that they write.
 #pragma once
 
 #include <QFile>
@@ -16,7 +16,7 @@ inline void installScript(const QString &fileName, const QString &commands) {
     file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
-// The whole lines of a file that are not empty; none if there is no such file.
+// The complete, non-empty lines of a file; none if there is no such file.
 inline QStringList linesOf(const QString &fileName) {
     QFile file(fileName);
     const QString content = file.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(file.readAll()) : QString();

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs the real program, unchanged, on the scripted library and uses it by keys: it starts the viewer, saves, does
-# without OpenGL, finalises the library when it is closed, and ends with 0. If finalising fails, or building the
-# window, it is aborted.
+# Runs the real program, unchanged, on the scripted library and uses it with the keyboard: it starts the viewer, saves,
+# does not load OpenGL, finalises the library when it is closed, and exits with 0. If finalising the library or building
+# the window fails, it is aborted.
 #   with_desktop.sh program_run_test.sh <program> <folder of the scripted library>
 set -u
 program=$1
@@ -25,7 +25,7 @@ check() {  # check <what> <actual> <expected>
 start_program() {  # start_program <script JSON>
   printf '%s' "$1" >"$folder/script"
   rm -f "$folder/calls" "$folder/error"
-  # The program itself chooses how its window does without OpenGL.
+  # The variable is removed, because the program itself must set it.
   env -u QT_XCB_GL_INTEGRATION LD_LIBRARY_PATH="$scripted_folder" \
     LMLIB64_SCRIPT="$folder/script" LMLIB64_RECORD="$folder/calls" \
     timeout -s KILL 100 "$program" 2>"$folder/error" &
@@ -40,7 +40,7 @@ wait_until() {  # wait_until <command>: at most half a minute, and while the pro
   done
 }
 
-# Presses keys in a window, which is made the active one.
+# Makes a window the active one and presses keys in it.
 press() {  # press <title> <keys>
   local window title=$1
   shift

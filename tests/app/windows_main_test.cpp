@@ -1,4 +1,4 @@
-// The Windows entry point on any platform, over functions that stand in for those of Windows.
+// The Windows entry point on any platform, with replacements for the functions of Windows.
 #include <gtest/gtest.h>
 #include <windows.h>
 

@@ -1,4 +1,5 @@
-// A client in plain C: the header stands alone in C99. It leaves without lmLibFinalize.
+// A client in plain C99, which includes the header first and so shows that the header needs no other. It exits without
+// lmLibFinalize.
 #include "camera_library/lmlib64.h"
 
 int main(void) {

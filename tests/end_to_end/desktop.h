@@ -1,5 +1,5 @@
-// A user's hands on the desktop that this process runs on (tests/with_desktop.sh). Needs xdotool in the path; if it
-// does not end in time, the test run ends with a message.
+// Simulates a user's keys and mouse on the desktop of this process (tests/with_desktop.sh). Needs xdotool in the path.
+// If xdotool does not end in time, the test run ends with a message.
 #pragma once
 
 #include <QString>

@@ -37,7 +37,7 @@ private slots:
     void linkLeadsToTheManual();
 
 private:
-    // The program below this folder, on the Halcon page, with a script in the place of the browser.
+    // Starts the program that is below this folder and shows its Halcon page. A script replaces the browser.
     bool startProgram(const QString &root);
     QString hover(QPoint position) {
         program.moveMouse(position);
@@ -73,7 +73,7 @@ void ToolTipEndToEndTest::linkLeadsToTheManual() {
     }
     QVERIFY(startProgram(root));
 
-    // A spin box's buttons are another widget than its text, which is hovered next.
+    // A spin box's buttons belong to another widget than its text, over which the mouse is moved next.
     const QRect field = program.placeOf("halconOuterSize");
     QVERIFY(!hover({field.right() - 6, field.center().y()}).isEmpty());
     desktop.press({"Shift_L"});

@@ -23,7 +23,7 @@ const std::string typeLine = "lmLibGetType /Execute/1/Command";
 const std::string waitLine = "lmLibWaitForType /Execute/1/Command 1 true";
 const std::string symbolLine = "lmLibGetType /Execute/1/Result/ErrorSymbol";
 
-// A query for the type of a node gives a code; the n-th one from now on, or every one.
+// Makes the n-th query for a node's type from now on, or every one, give this code.
 std::function<void()> typeGives(const char *path, std::int32_t code, int occurrence = 0) {
     return [=] { setResult("lmLibGetType", path, code, occurrence); };
 }
@@ -32,7 +32,7 @@ void failMeasure() {
     scripted_lmlib64::failCommand("Measure", "TooDark", "Too dark.");
 }
 
-// What the action throws, with the command's slot; 0 for nothing.
+// The code of the exception that the action throws, which must have the command's slot; 0 if it throws nothing.
 std::int32_t thrownBy(const std::function<void()> &action) {
     try {
         action();

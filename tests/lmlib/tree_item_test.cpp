@@ -32,7 +32,7 @@ protected:
     }
 };
 
-// True if the debug log has a line, which every exception writes.
+// The number of lines in the debug log. Every exception writes one.
 std::ptrdiff_t loggedCount() {
     const Lines lines = scripted_lmlib64::callLines();
     return std::count_if(lines.begin(), lines.end(), [](auto &line) { return line.rfind("lmLibWriteDebug", 0) == 0; });

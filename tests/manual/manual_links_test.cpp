@@ -30,7 +30,7 @@ QStringList valuesOf(const QString &attribute, const QString &html) {
     return values;
 }
 
-// The file that an address on a page names, without the part behind "#".
+// The file that an address on a page refers to, without the part after "#".
 QString targetOf(const QString &page, const QString &address) {
     const QString file = address.section('#', 0, 0);
     return file.isEmpty() ? page : QDir::cleanPath(QFileInfo(page).path() + "/" + file);
@@ -53,7 +53,7 @@ void expectSoundPictures(const QString &page, const QString &html) {
             }
             EXPECT_TRUE(!reader.hasError() && holdsPicture) << qPrintable(file);
         } else {
-            // The room that the page keeps for it.
+            // The picture must have the size that the page reserves for it.
             EXPECT_EQ(QImage(root.filePath(file)).size(),
                       QSize(valuesOf("width", element).value(0).toInt(), valuesOf("height", element).value(0).toInt()));
         }

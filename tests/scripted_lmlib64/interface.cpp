@@ -136,7 +136,7 @@ void lmLibSetDouble(int32_t *result, const char *path, double value) {
     write(result, "lmLibSetDouble", path, textOf(value), value);
 }
 
-// True is any number but 0, and not always 1.
+// Returns a number other than 0 and 1 for true, because clients must accept any number but 0.
 int32_t lmLibGetBool(int32_t *result, const char *path) {
     return read<bool>(result, "lmLibGetBool", path) ? 2 : 0;
 }

@@ -1,4 +1,4 @@
-// What the scripted library holds, and how a command runs in it. One for the process.
+// The state of the scripted library, and how a command runs in it. The process has one.
 #pragma once
 
 #include <cstdint>
@@ -45,7 +45,8 @@ struct LibraryState {
     std::int32_t lastUniqueNumber = 0;
 };
 
-// Made with the default script, and with the script named by LMLIB64_SCRIPT over it.
+// The state of the process. At first it has the default script, over which the script that LMLIB64_SCRIPT names is
+// applied.
 LibraryState &library();
 // The library's path as a JSON pointer.
 Json::json_pointer pointerTo(const std::string &path);

@@ -68,7 +68,7 @@ protected:
     }
 
     const QPoint position{100, 100};
-    // Of the child; 60,70 to 109,109 of the screen.
+    // In the child's coordinates; on the screen it is 60,70 to 109,109.
     const QRect tipRect{0, 0, 50, 40};
     std::unique_ptr<QWidget> window;
     QWidget *child = nullptr;

@@ -1,5 +1,5 @@
-// What the two buttons do: saving, with the dialog answered as a user would, and starting the viewer, for which a
-// script stands in.
+// What the two buttons do: saving, with the dialog answered as a user would, and starting the viewer, which a script
+// replaces.
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -120,7 +120,8 @@ TEST(OpenCalTabCalibration, everyClickStartsAViewerThatOutlivesTheWindow) {
     const QTemporaryDir folder;
     const QString record = folder.filePath("viewer.record");
     const QString viewer = folder.filePath("viewer");
-    // It waits until it is told to end, which it is only when the window is gone, and gives up after ten seconds.
+    // The script waits until it is told to end, which happens only after the window is gone. It gives up after ten
+    // seconds.
     installScript(viewer, R"(
         echo "$#:$*" >>"$0.record"
         for i in $(seq 100); do [ -e "$0.end" ] && break; sleep 0.1; done
