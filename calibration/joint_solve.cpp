@@ -31,7 +31,7 @@ private:
     SightingResiduals residualsOf;
 };
 
-// Draws a print's scale, ratio and shear towards zero, if they may vary.
+// Pulls a print's scale, ratio and shear towards zero, if they may vary.
 class PrintPriorCost : public ceres::SizedCostFunction<3, PrintShape::count> {
 public:
     explicit PrintPriorCost(const std::vector<int> &free) {
