@@ -35,7 +35,7 @@ enum class PatternKind {
 struct PatternCorner {
     cv::Point2f image;
     cv::Point lattice;
-    // Standard deviation of `image` along one axis, in pixels, as the measurement itself estimates it.
+    // Standard deviation of `image` in pixels, the root mean square of both axes, as the measurement estimates it.
     float sigma = 0;
     // The picture around the point does not look like a corner or a mark, for example because the edge of a shadow
     // runs through it. `sigma` is then only a rough estimate.

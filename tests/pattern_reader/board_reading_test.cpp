@@ -27,6 +27,8 @@ struct View {
     double pixels;
     double tilt;  // degrees
     bool darkFirst;
+    double blur = 0.6;    // pixels
+    bool shadow = false;  // over the picture's left half
 };
 
 constexpr int columns = 9;
@@ -63,7 +65,12 @@ Board takeBoard(const View &view) {
     placed.pose = board.pose;
     Exposure exposure;
     exposure.lightSlope = {0.3, -0.2};
+    exposure.blurSigma = view.blur;
     board.image = photograph(cv::Mat(size, CV_32F, cv::Scalar(130)), board.camera, {placed}, exposure, random);
+    if (view.shadow) {
+        cv::Mat left = board.image.colRange(0, size.width / 2);
+        left *= 0.6;
+    }
     board.levels = makePyramid(board.image);
     std::vector<CornerLattice> all;
     for (ImageLevel &level : board.levels) {
@@ -96,11 +103,9 @@ cv::Point truePoint(const Board &board, cv::Point2f image) {
     return best;
 }
 
-const View views[] = {{"small", 7, 0, true},
-                      {"small and tilted", 9, 40, false},
-                      {"middling", 14, 30, true},
-                      {"large", 36, 20, false},
-                      {"steep", 20, 58, true}};
+const View views[] = {{"small", 7, 0, true},      {"small and tilted", 9, 40, false},
+                      {"middling", 14, 30, true}, {"large", 36, 20, false},
+                      {"steep", 20, 58, true},    {"soft", 32, 10, true, 4}};
 
 TEST(BoardReading, findsEveryInnerCornerAndNoOther) {
     for (const View &view : views) {
@@ -119,6 +124,28 @@ TEST(BoardReading, findsEveryInnerCornerAndNoOther) {
         }
         EXPECT_LT(std::sqrt(squared / double(lattice.corners.size())), 0.08) << view.name;
     }
+}
+
+TEST(BoardReading, tellsWhichCornersAShadowsEdgeDisturbs) {
+    Board board = takeBoard({"shadow", 24, 10, true, 0.6, true});
+    ASSERT_EQ(board.lattices.size(), 1U);
+    CornerLattice &lattice = board.lattices.front();
+    measureCorners(board.levels, lattice);
+    int onEdge = 0;
+    for (const LatticeCorner &corner : lattice.corners) {
+        const cv::Point2d truth = projectPoint(board.camera, board.pose, truePoint(board, corner.position));
+        const float distance = std::abs(corner.position.x - float(board.image.cols) / 2);
+        const double error = cv::norm(truth - cv::Point2d(corner.position));
+        EXPECT_LT(error, 4 * double(corner.sigma) + 0.01) << distance << " px from the edge";
+        if (distance < 5) {
+            onEdge++;
+            EXPECT_TRUE(corner.disturbed) << distance;
+        }
+        if (distance > 16) {
+            EXPECT_FALSE(corner.disturbed) << distance;
+        }
+    }
+    EXPECT_GE(onEdge, 2);
 }
 
 TEST(BoardReading, keepsHandednessAndColoursInTheLattice) {

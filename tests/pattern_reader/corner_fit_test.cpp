@@ -19,7 +19,7 @@ struct Corner {
     double tolerance;  // pixels
 };
 
-cv::Mat draw(const Corner &corner) {
+cv::Mat draw(const Corner &corner, uint64_t seed = 7, cv::Point2d gradient = {0, 0}) {
     cv::Mat picture(31, 31, CV_32F);
     const cv::Point2d a(std::cos(corner.angle0 * CV_PI / 180), std::sin(corner.angle0 * CV_PI / 180));
     const cv::Point2d b(std::cos(corner.angle1 * CV_PI / 180), std::sin(corner.angle1 * CV_PI / 180));
@@ -28,11 +28,12 @@ cv::Mat draw(const Corner &corner) {
             const cv::Point2d d = cv::Point2d(x, y) - corner.at;
             const double scale = 1 / (std::sqrt(2.0) * corner.sigma);
             picture.at<float>(y, x) =
-                float(120 + corner.amplitude * std::erf(a.cross(d) * scale) * std::erf(d.cross(b) * scale));
+                float((120 + corner.amplitude * std::erf(a.cross(d) * scale) * std::erf(d.cross(b) * scale)) *
+                      (1 + gradient.dot(d)));
         }
     }
     cv::Mat noise(picture.size(), CV_32F);
-    cv::RNG(7).fill(noise, cv::RNG::NORMAL, 0, corner.noise);
+    cv::RNG(seed).fill(noise, cv::RNG::NORMAL, 0, corner.noise);
     cv::Mat result;
     cv::Mat(picture + noise).convertTo(result, CV_8U);
     return result;
@@ -61,6 +62,43 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
         EXPECT_NEAR(fit.blur, corner.sigma, 0.15) << corner.name;
         EXPECT_NEAR(fit.amplitude, corner.amplitude, 3) << corner.name;
         EXPECT_NEAR(fit.middle, 120, 2) << corner.name;
+    }
+}
+
+// Errors over both axes by the deviations claimed, squared, over many pictures.
+double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
+    const CornerBorders borders{{cv::Point2f(20, 0), cv::Point2f(0, 20)}};
+    constexpr int pictures = 300;
+    CornerPrior prior;
+    prior.changes[0].deviation = 20;
+    prior.changes[1].deviation = 20;
+    prior.blur = float(corner.sigma);
+    prior.blurDeviation = 0.2F;
+    double sum = 0;
+    for (int i = 0; i < pictures; i++) {
+        const cv::Mat picture = draw(corner, uint64_t(i + 1), gradient);
+        CornerFit fit;
+        fit.position = cv::Point2f(15, 15);
+        EXPECT_TRUE(fitCorner(picture, borders, 6, CornerParameters::Position, 3, fit)) << corner.name;
+        EXPECT_TRUE(refineCorner(picture, borders, 10, prior, 3, fit)) << corner.name;
+        const cv::Point2d error = cv::Point2d(fit.position) - corner.at;
+        sum += error.dot(error) / (2 * double(fit.sigma) * double(fit.sigma));
+    }
+    return sum / pictures;
+}
+
+// Fails if a gradient moves the corner, too: it would by twice the deviation.
+TEST(CornerFit, claimsTheErrorsThatItMakes) {
+    const struct {
+        Corner corner;
+        cv::Point2d gradient;
+    } rows[] = {{{"clean", {15.3, 14.8}, 0, 90, 0.8, 80, 1, 0}, {0, 0}},
+                {{"noisy and soft", {14.7, 15.2}, 0, 90, 1.5, 60, 6, 0}, {0, 0}},
+                {{"in a gradient of 1 % per pixel", {15.3, 14.8}, 0, 90, 0.8, 60, 2, 0}, {0.006, -0.008}}};
+    for (const auto &row : rows) {
+        const double variance = normalisedVariance(row.corner, row.gradient);
+        EXPECT_GT(variance, 0.8) << row.corner.name;
+        EXPECT_LT(variance, 1.25) << row.corner.name;
     }
 }
 
