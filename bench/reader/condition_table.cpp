@@ -202,7 +202,7 @@ Row rowOf(const std::vector<PictureResult> &results, const Pick &pick) {
 void printConditionTables(const std::vector<PictureResult> &results) {
     for (const bool plates : {false, true}) {
         std::printf(
-            "\n| %s | read | asked for | values | %s found | rms, px | p95 | bias | error / least | (error / σ)² | "
+            "\n| %s | read | asked for | values | %s found | rms, px | p95 | bias | error / least | variance | "
             "false |\n|---|---|---|---|---|---|---|---|---|---|---|\n",
             plates ? "plates" : "boards", plates ? "marks" : "corners");
         for (size_t i = 0; i < conditions().size(); i++) {

@@ -287,11 +287,11 @@ unsigned seedOf(unsigned number) {
 
 const std::vector<Condition> &conditions() {
     static const std::vector<Condition> all = {
-        {"ordinary", "everyday pictures, 4 to 40 px, tilt to 60°, one to four patterns", false, nullptr, nullptr},
+        {"ordinary", "everyday: 4 to 40 px, tilt to 60°, a quarter hidden in half of them", false, nullptr, nullptr},
         {"noise", "white noise of 0.5 to 8 grey levels", false, noisy, nullptr},
         {"dim", "contrast of 40 to 120, noise of 4 to 12 grey levels", false, dim, nullptr},
         {"small", "3 to 6 px per square", false, small, nullptr},
-        {"large", "50 to 860 px per square, 1 to 64 megapixels", false, large, nullptr},
+        {"large", "it fills 1 to 64 megapixels: to 770 px per square, plates to 365", false, large, nullptr},
         {"steep", "tilt of 45 to 60°", false, steep, nullptr},
         {"very-steep", "tilt of 60 to 80°", false, verySteep, nullptr},
         {"soft", "out of focus by 0.1 to 0.3 squares", false, soft, softFinish},
@@ -312,14 +312,13 @@ const std::vector<Condition> &conditions() {
         {"jpeg", "JPEG of quality 5 to 95", false, nullptr, jpegFinish},
         {"sharpened", "sharpened by the camera", false, sharpened, nullptr},
         {"bayer", "colour sensor, 4 to 40 px", false, colourSensor, nullptr},
-        {"tone", "tone curve of gamma 1.4 to 2.6, half of all clipped", false, toneCurve, nullptr},
+        {"tone", "tone curve of gamma 1.4 to 2.6, light paper often clipped", false, toneCurve, nullptr},
         {"many-corners", "60 to 200 corners on a side", true, manyCorners, nullptr},
         {"few-corners", "5 to 9 corners on a side", true, fewCorners, nullptr},
         {"covered", "a quarter covered", false, covered, nullptr},
         {"cut", "a quarter out of the picture", false, cut, nullptr},
         {"mirrored", "mirrored pictures: nothing may be read", false, mirrored, nullptr},
-        {"phone", "a telephone's camera: colour, tone, sharpening, JPEG, motion, waves, shadows, fingers", false, phone,
-         phoneFinish},
+        {"phone", "a telephone's camera: most of this at once", false, phone, phoneFinish},
     };
     return all;
 }
