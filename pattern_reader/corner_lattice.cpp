@@ -22,18 +22,18 @@ float length(cv::Point2f v) {
 }  // namespace
 
 size_t CornerLattice::slotOf(cv::Point cell) const {
-    return size_t(cell.y - area_.y) * size_t(area_.width) + size_t(cell.x - area_.x);
+    return size_t(cell.y - covered.y) * size_t(covered.width) + size_t(cell.x - covered.x);
 }
 
 void CornerLattice::cover(cv::Point cell) {
-    if (area_.contains(cell)) {
+    if (covered.contains(cell)) {
         return;
     }
-    const cv::Size room(std::max(4, area_.width / 2), std::max(4, area_.height / 2));
-    area_ |= cv::Rect(cell - cv::Point(room), cell + cv::Point(room));
-    indices_.assign(size_t(area_.area()), -1);
+    const cv::Size room(std::max(4, covered.width / 2), std::max(4, covered.height / 2));
+    covered |= cv::Rect(cell - cv::Point(room), cell + cv::Point(room));
+    indices.assign(size_t(covered.area()), -1);
     for (size_t i = 0; i < corners.size(); i++) {
-        indices_[slotOf(corners[i].cell)] = int(i);
+        indices[slotOf(corners[i].cell)] = int(i);
     }
 }
 
@@ -42,13 +42,13 @@ bool CornerLattice::add(const LatticeCorner &corner) {
         return false;
     }
     cover(corner.cell);
-    indices_[slotOf(corner.cell)] = int(corners.size());
+    indices[slotOf(corner.cell)] = int(corners.size());
     corners.push_back(corner);
     return true;
 }
 
 int CornerLattice::indexAt(cv::Point cell) const {
-    return area_.contains(cell) ? indices_[slotOf(cell)] : -1;
+    return covered.contains(cell) ? indices[slotOf(cell)] : -1;
 }
 
 const LatticeCorner *CornerLattice::at(cv::Point cell) const {
@@ -59,14 +59,14 @@ const LatticeCorner *CornerLattice::at(cv::Point cell) const {
 void CornerLattice::retain(const std::vector<bool> &keep) {
     std::vector<LatticeCorner> kept;
     for (size_t i = 0; i < corners.size(); i++) {
-        indices_[slotOf(corners[i].cell)] = -1;
+        indices[slotOf(corners[i].cell)] = -1;
         if (keep[i]) {
             kept.push_back(corners[i]);
         }
     }
     corners = std::move(kept);
     for (size_t i = 0; i < corners.size(); i++) {
-        indices_[slotOf(corners[i].cell)] = int(i);
+        indices[slotOf(corners[i].cell)] = int(i);
     }
 }
 

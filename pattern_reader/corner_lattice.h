@@ -58,9 +58,9 @@ private:
     // Makes room for a cell, with some around it for those that follow.
     void cover(cv::Point cell);
 
-    // The corners' numbers by cell, over the cells of area_.
-    cv::Rect area_;
-    std::vector<int> indices_;
+    // The corners' numbers by cell, over the cells of covered.
+    cv::Rect covered;
+    std::vector<int> indices;
 };
 
 }  // namespace pattern_reader

@@ -29,7 +29,7 @@ public:
     // for every saddle, between any two growths: a vector of their own would cost each of many small lattices time that
     // grows with the whole picture.
     LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
-        : saddles_(saddles), used_(used), cornerOf_(cornerOf) {}
+        : linkedSaddles(saddles), usedSaddles(used), cornerNumbers(cornerOf) {}
 
     // False when the seed and its neighbours do not make a closed square.
     bool start(size_t seed);
@@ -42,18 +42,18 @@ private:
     void dropContradictions();
     std::vector<bool> withoutContradiction();
 
-    const std::vector<LinkedSaddle> &saddles_;
-    std::vector<bool> &used_;
-    std::vector<int> &cornerOf_;
-    CornerLattice lattice_;
-    std::vector<Placed> placed_;  // in the order of lattice_.corners
+    const std::vector<LinkedSaddle> &linkedSaddles;
+    std::vector<bool> &usedSaddles;
+    std::vector<int> &cornerNumbers;
+    CornerLattice grown;
+    std::vector<Placed> members;  // in the order of grown.corners
 };
 
 Placed LatticeGrowth::neighbour(const Placed &from, size_t slot) const {
-    const LinkedSaddle &here = saddles_[from.saddle];
+    const LinkedSaddle &here = linkedSaddles[from.saddle];
     Placed to;
     to.saddle = size_t(here.links[slot]);
-    const LinkedSaddle &there = saddles_[to.saddle];
+    const LinkedSaddle &there = linkedSaddles[to.saddle];
     const size_t axis = from.swapped ? 1 - slot % 2 : slot % 2;
     const int sign = from.axes[axis].dot(there.position - here.position) > 0 ? 1 : -1;
     to.cell = from.cell + (axis == 0 ? cv::Point(sign, 0) : cv::Point(0, sign));
@@ -66,12 +66,12 @@ Placed LatticeGrowth::neighbour(const Placed &from, size_t slot) const {
 }
 
 bool LatticeGrowth::place(const Placed &placed) {
-    const LinkedSaddle &saddle = saddles_[placed.saddle];
-    if (used_[placed.saddle] || !lattice_.add({placed.cell, saddle.position, saddle.strength})) {
+    const LinkedSaddle &saddle = linkedSaddles[placed.saddle];
+    if (usedSaddles[placed.saddle] || !grown.add({placed.cell, saddle.position, saddle.strength})) {
         return false;
     }
-    used_[placed.saddle] = true;
-    placed_.push_back(placed);
+    usedSaddles[placed.saddle] = true;
+    members.push_back(placed);
     return true;
 }
 
@@ -79,9 +79,9 @@ bool LatticeGrowth::start(size_t seed) {
     // Clockwise from border 0 to border 1 the area is light, so the seed's first square is.
     Placed first;
     first.saddle = seed;
-    first.axes = saddles_[seed].border;
-    lattice_.originLight = true;
-    const auto &links = saddles_[seed].links;
+    first.axes = linkedSaddles[seed].border;
+    grown.originLight = true;
+    const auto &links = linkedSaddles[seed].links;
     for (size_t slot = 0; slot < 4; slot++) {
         const size_t second = (slot + 1) % 4;
         if (links[slot] < 0 || links[second] < 0) {
@@ -90,18 +90,18 @@ bool LatticeGrowth::start(size_t seed) {
         const Placed a = neighbour(first, slot);
         const Placed b = neighbour(first, second);
         for (size_t s = 0; s < 4; s++) {
-            const int k = saddles_[a.saddle].links[s];
-            const auto &others = saddles_[b.saddle].links;
+            const int k = linkedSaddles[a.saddle].links[s];
+            const auto &others = linkedSaddles[b.saddle].links;
             if (k < 0 || size_t(k) == seed || std::find(others.begin(), others.end(), k) == others.end()) {
                 continue;
             }
             const Placed opposite = neighbour(a, s);
-            const cv::Point2f gap = saddles_[seed].position + saddles_[opposite.saddle].position -
-                                    saddles_[a.saddle].position - saddles_[b.saddle].position;
-            const float step = std::min(length(saddles_[a.saddle].position - saddles_[seed].position),
-                                        length(saddles_[b.saddle].position - saddles_[seed].position));
-            if (a.cell + b.cell != opposite.cell || length(gap) > 0.35F * step || used_[a.saddle] || used_[b.saddle] ||
-                used_[opposite.saddle]) {
+            const cv::Point2f gap = linkedSaddles[seed].position + linkedSaddles[opposite.saddle].position -
+                                    linkedSaddles[a.saddle].position - linkedSaddles[b.saddle].position;
+            const float step = std::min(length(linkedSaddles[a.saddle].position - linkedSaddles[seed].position),
+                                        length(linkedSaddles[b.saddle].position - linkedSaddles[seed].position));
+            if (a.cell + b.cell != opposite.cell || length(gap) > 0.35F * step || usedSaddles[a.saddle] ||
+                usedSaddles[b.saddle] || usedSaddles[opposite.saddle]) {
                 continue;
             }
             return place(first) && place(a) && place(b) && place(opposite);
@@ -113,21 +113,21 @@ bool LatticeGrowth::start(size_t seed) {
 void LatticeGrowth::grow() {
     // The list grows as it is gone through.
     size_t done = 0;
-    while (done < placed_.size()) {
-        const Placed from = placed_[done++];
+    while (done < members.size()) {
+        const Placed from = members[done++];
         for (size_t slot = 0; slot < 4; slot++) {
-            const int k = saddles_[from.saddle].links[slot];
-            if (k < 0 || used_[size_t(k)]) {
+            const int k = linkedSaddles[from.saddle].links[slot];
+            if (k < 0 || usedSaddles[size_t(k)]) {
                 continue;
             }
             const Placed to = neighbour(from, slot);
-            const cv::Point2f position = saddles_[to.saddle].position;
+            const cv::Point2f position = linkedSaddles[to.saddle].position;
             cv::Point2f expected;
-            if (!lattice_.predict(to.cell, expected) ||
-                length(expected - position) >= 0.28F * length(position - saddles_[from.saddle].position)) {
+            if (!grown.predict(to.cell, expected) ||
+                length(expected - position) >= 0.28F * length(position - linkedSaddles[from.saddle].position)) {
                 continue;
             }
-            const std::optional<LatticeSteps> steps = lattice_.stepsAt(to.cell);
+            const std::optional<LatticeSteps> steps = grown.stepsAt(to.cell);
             if (!steps || steps->count(expected - position) < 0.3F) {
                 place(to);
             }
@@ -138,24 +138,24 @@ void LatticeGrowth::grow() {
 
 // A link whose ends are not neighbours in the lattice speaks against both of them. One entry for each placed saddle.
 std::vector<bool> LatticeGrowth::withoutContradiction() {
-    for (size_t i = 0; i < placed_.size(); i++) {
-        cornerOf_[placed_[i].saddle] = int(i);
+    for (size_t i = 0; i < members.size(); i++) {
+        cornerNumbers[members[i].saddle] = int(i);
     }
-    std::vector<bool> keep(placed_.size(), true);
-    for (size_t i = 0; i < placed_.size(); i++) {
+    std::vector<bool> keep(members.size(), true);
+    for (size_t i = 0; i < members.size(); i++) {
         int agreeing = 0;
         int contradicting = 0;
-        for (const int k : saddles_[placed_[i].saddle].links) {
-            const int other = k < 0 ? -1 : cornerOf_[size_t(k)];
+        for (const int k : linkedSaddles[members[i].saddle].links) {
+            const int other = k < 0 ? -1 : cornerNumbers[size_t(k)];
             if (other >= 0) {
-                const cv::Point d = placed_[size_t(other)].cell - placed_[i].cell;
+                const cv::Point d = members[size_t(other)].cell - members[i].cell;
                 (std::abs(d.x) + std::abs(d.y) == 1 ? agreeing : contradicting)++;
             }
         }
         keep[i] = agreeing > contradicting;
     }
-    for (const Placed &placed : placed_) {
-        cornerOf_[placed.saddle] = -1;
+    for (const Placed &placed : members) {
+        cornerNumbers[placed.saddle] = -1;
     }
     return keep;
 }
@@ -167,21 +167,21 @@ void LatticeGrowth::dropContradictions() {
             return;
         }
         std::vector<Placed> kept;
-        for (size_t i = 0; i < placed_.size(); i++) {
+        for (size_t i = 0; i < members.size(); i++) {
             if (keep[i]) {
-                kept.push_back(placed_[i]);
+                kept.push_back(members[i]);
             }
         }
-        placed_ = std::move(kept);
-        lattice_.retain(keep);
+        members = std::move(kept);
+        grown.retain(keep);
     }
 }
 
 CornerLattice LatticeGrowth::finish(const ImageLevel &level) {
-    for (LatticeCorner &corner : lattice_.corners) {
+    for (LatticeCorner &corner : grown.corners) {
         corner.position = level.toImage(corner.position);
     }
-    return std::move(lattice_);
+    return std::move(grown);
 }
 
 // The saddles with two links and more, those with the most first.

@@ -11,26 +11,26 @@ namespace pattern_reader {
 class PointGrid {
 public:
     PointGrid(const cv::Size &picture, int cellSide)
-        : cellSide_(cellSide),
-          columns_(picture.width / cellSide + 1),
-          rows_(picture.height / cellSide + 1),
-          newest_(size_t(columns_) * size_t(rows_), -1) {}
+        : cellLength(cellSide),
+          columns(picture.width / cellSide + 1),
+          rows(picture.height / cellSide + 1),
+          newest(size_t(columns) * size_t(rows), -1) {}
 
     // Points are numbered from 0 in the order in which they are added.
     void add(cv::Point2f point) {
-        int &head = newest_[slot(cellOf(point.x, columns_), cellOf(point.y, rows_))];
-        older_.push_back(head);
-        head = int(older_.size()) - 1;
+        int &head = newest[slot(cellOf(point.x, columns), cellOf(point.y, rows))];
+        older.push_back(head);
+        head = int(older.size()) - 1;
     }
 
     // Calls visit with the number of every point in the cells that a square of twice the reach touches.
     template <class Visit>
     void visitAround(cv::Point2f middle, float reach, const Visit &visit) const {
-        const int right = cellOf(middle.x + reach, columns_);
-        const int bottom = cellOf(middle.y + reach, rows_);
-        for (int y = cellOf(middle.y - reach, rows_); y <= bottom; y++) {
-            for (int x = cellOf(middle.x - reach, columns_); x <= right; x++) {
-                for (int k = newest_[slot(x, y)]; k >= 0; k = older_[size_t(k)]) {
+        const int right = cellOf(middle.x + reach, columns);
+        const int bottom = cellOf(middle.y + reach, rows);
+        for (int y = cellOf(middle.y - reach, rows); y <= bottom; y++) {
+            for (int x = cellOf(middle.x - reach, columns); x <= right; x++) {
+                for (int k = newest[slot(x, y)]; k >= 0; k = older[size_t(k)]) {
                     visit(size_t(k));
                 }
             }
@@ -38,14 +38,14 @@ public:
     }
 
 private:
-    int cellOf(float coordinate, int count) const { return std::clamp(int(coordinate) / cellSide_, 0, count - 1); }
-    size_t slot(int x, int y) const { return size_t(y) * size_t(columns_) + size_t(x); }
+    int cellOf(float coordinate, int count) const { return std::clamp(int(coordinate) / cellLength, 0, count - 1); }
+    size_t slot(int x, int y) const { return size_t(y) * size_t(columns) + size_t(x); }
 
-    int cellSide_;  // pixels
-    int columns_;
-    int rows_;
-    std::vector<int> newest_;  // by cell, the point added last; -1 without one
-    std::vector<int> older_;   // by point, the one added to its cell before it
+    int cellLength;  // pixels
+    int columns;
+    int rows;
+    std::vector<int> newest;  // by cell, the point added last; -1 without one
+    std::vector<int> older;   // by point, the one added to its cell before it
 };
 
 }  // namespace pattern_reader
