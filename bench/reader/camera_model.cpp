@@ -76,7 +76,7 @@ PaperSheet::PaperSheet(const Form &form, double reach)
     : acrossAxis(std::cos(form.direction), std::sin(form.direction)), formReach(reach), stationStep(0.02) {
     const int half = int(std::ceil(reach / stationStep));
     formReach = half * stationStep;
-    stations.resize(size_t(2 * half) + 1);
+    stations.resize(2 * size_t(half) + 1);
     // From the middle outwards, so that the middle is the origin; Gauss's two points for each step.
     const auto fill = [&](int sign) {
         Station here{0, 0, std::cos(slopeAt(form, 0)), std::sin(slopeAt(form, 0))};
@@ -90,7 +90,8 @@ PaperSheet::PaperSheet(const Form &form, double reach)
             }
             here.cosine = std::cos(slopeAt(form, sign * i * stationStep));
             here.sine = std::sin(slopeAt(form, sign * i * stationStep));
-            stations[size_t(half + sign * i)] = here;
+            const int place = half + sign * i;
+            stations[size_t(place)] = here;
         }
     };
     fill(1);

@@ -108,7 +108,7 @@ double coveredShare(const Cover &cover, const Quad &quad) {
         covered += cover(p.x, p.y) ? 1 : 0;
     }
     if (covered == 0 || covered == 4) {
-        return covered / 4;
+        return covered == 0 ? 0.0 : 1.0;
     }
     constexpr int samples = 5;
     covered = 0;

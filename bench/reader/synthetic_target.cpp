@@ -126,9 +126,9 @@ bool SyntheticTarget::holds(const Shape &outer, const Shape &inner) {
 void SyntheticTarget::weighShapes() {
     for (Shape &shape : shapes) {
         const cv::Point2d middle = middleOf(shape.bounds);
-        const Cell &cell = cells[size_t(cellIndex(middle.y) * cellCount.width + cellIndex(middle.x))];
-        for (int i = 0; i < cell.shapeCount; i++) {
-            if (holds(shapes[size_t(cellShapes[size_t(cell.firstShape + i)])], shape)) {
+        const Cell &cell = cells[cellNumber(cellIndex(middle.x), cellIndex(middle.y))];
+        for (size_t i = 0; i < cell.shapeCount; i++) {
+            if (holds(shapes[cellShapes[cell.firstShape + i]], shape)) {
                 shape.weight = -shape.weight;
             }
         }
@@ -151,6 +151,10 @@ void SyntheticTarget::spreadInk(const std::vector<cv::Point2d> &squareCorners) {
     }
 }
 
+size_t SyntheticTarget::cellNumber(int column, int row) const {
+    return size_t(row) * size_t(cellCount.width) + size_t(column);
+}
+
 int SyntheticTarget::cellIndex(double coordinate) {
     return int(std::floor((coordinate + margin) * cellsPerPitch));
 }
@@ -166,7 +170,7 @@ void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) c
     const int bottom = std::min(cellCount.height - 1, cellIndex(bounds.y + bounds.height - slack));
     for (int row = top; row <= bottom; row++) {
         for (int column = left; column <= right; column++) {
-            if (!visit(row * cellCount.width + column)) {
+            if (!visit(cellNumber(column, row))) {
                 return;
             }
         }
@@ -175,24 +179,24 @@ void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) c
 
 void SyntheticTarget::fillCells() {
     cellCount = {cellIndex(outerSize.width + margin) + 1, cellIndex(outerSize.height + margin) + 1};
-    cells.assign(size_t(cellCount.area()), Cell());
+    cells.assign(size_t(cellCount.width) * size_t(cellCount.height), Cell());
     for (const Shape &shape : shapes) {
-        visitCells(shape.bounds, [&](int cell) {
-            cells[size_t(cell)].shapeCount++;
+        visitCells(shape.bounds, [&](size_t cell) {
+            cells[cell].shapeCount++;
             return true;
         });
     }
-    int first = 0;
+    size_t first = 0;
     for (Cell &cell : cells) {
         cell.firstShape = first;
         first += cell.shapeCount;
         cell.shapeCount = 0;
     }
-    cellShapes.resize(size_t(first));
+    cellShapes.resize(first);
     for (size_t i = 0; i < shapes.size(); i++) {
-        visitCells(shapes[i].bounds, [&](int index) {
-            Cell &cell = cells[size_t(index)];
-            cellShapes[size_t(cell.firstShape + cell.shapeCount++)] = int(i);
+        visitCells(shapes[i].bounds, [&](size_t index) {
+            Cell &cell = cells[index];
+            cellShapes[cell.firstShape + cell.shapeCount++] = i;
             return true;
         });
     }
@@ -201,15 +205,15 @@ void SyntheticTarget::fillCells() {
 void SyntheticTarget::findEvenCells() {
     for (int row = 0; row < cellCount.height; row++) {
         for (int column = 0; column < cellCount.width; column++) {
-            Cell &cell = cells[size_t(row * cellCount.width + column)];
+            Cell &cell = cells[cellNumber(column, row)];
             const double side = 1.0 / cellsPerPitch;
             const double x = column * side - margin;
             const double y = row * side - margin;
             const Quad whole{{{x, y}, {x + side, y}, {x + side, y + side}, {x, y + side}}};
             double ink = 0;
             bool even = true;
-            for (int i = 0; i < cell.shapeCount && even; i++) {
-                const Shape &shape = shapes[size_t(cellShapes[size_t(cell.firstShape + i)])];
+            for (size_t i = 0; i < cell.shapeCount && even; i++) {
+                const Shape &shape = shapes[cellShapes[cell.firstShape + i]];
                 const double share = areaWithin(whole, shape) / (side * side);
                 even = share < 1e-6 || share > 1 - 1e-6;
                 ink += shape.weight * std::round(share);
@@ -243,8 +247,8 @@ double SyntheticTarget::inkShare(const Quad &quad) const {
                 cellIndex(bounds.x + bounds.width) < cellCount.width &&
                 cellIndex(bounds.y + bounds.height) < cellCount.height;
     if (even) {
-        visitCells(bounds, [&](int index) {
-            const Cell &cell = cells[size_t(index)];
+        visitCells(bounds, [&](size_t index) {
+            const Cell &cell = cells[index];
             even = cell.ink >= 0 && (ink < 0 || ink == cell.ink);
             ink = cell.ink;
             return even;
@@ -258,17 +262,17 @@ double SyntheticTarget::inkShare(const Quad &quad) const {
 
 double SyntheticTarget::mixedShare(const Quad &quad, const cv::Rect2d &bounds) const {
     constexpr int most = 64;
-    std::array<int, most> seen;
+    std::array<size_t, most> seen;
     int seenCount = 0;
     double inked = 0;
-    visitCells(bounds, [&](int index) {
-        const Cell &cell = cells[size_t(index)];
-        for (int i = 0; i < cell.shapeCount; i++) {
-            const int shape = cellShapes[size_t(cell.firstShape + i)];
+    visitCells(bounds, [&](size_t index) {
+        const Cell &cell = cells[index];
+        for (size_t i = 0; i < cell.shapeCount; i++) {
+            const size_t shape = cellShapes[cell.firstShape + i];
             if (seenCount < most &&
                 std::find(seen.begin(), seen.begin() + seenCount, shape) == seen.begin() + seenCount) {
                 seen[size_t(seenCount++)] = shape;
-                inked += shapes[size_t(shape)].weight * areaWithin(quad, shapes[size_t(shape)]);
+                inked += shapes[shape].weight * areaWithin(quad, shapes[shape]);
             }
         }
         return true;

@@ -45,12 +45,13 @@ private:
     };
     // A small square of the plane: the shapes that reach into it, and its ink where that is the same all over.
     struct Cell {
-        int firstShape = 0;
-        int shapeCount = 0;
+        size_t firstShape = 0;
+        size_t shapeCount = 0;
         float ink = -1;  // negative: not the same all over
     };
 
     static int cellIndex(double coordinate);
+    size_t cellNumber(int column, int row) const;
     static bool holds(const Shape &outer, const Shape &inner);
     static double areaWithin(const Quad &quad, const Shape &shape);
     template <typename Visit>
@@ -69,7 +70,7 @@ private:
     std::vector<Shape> shapes;
     cv::Size cellCount;
     std::vector<Cell> cells;
-    std::vector<int> cellShapes;
+    std::vector<size_t> cellShapes;
 };
 
 // A checkerboard of squares, each with or without a centred mark of the opposite colour and a third of the side.
