@@ -79,6 +79,13 @@ CornerBorders fromImage(const ImageLevel &level, CornerBorders borders) {
     return borders;
 }
 
+// The largest disc around a point that lies in the picture, but none so small that it shows no corner.
+float roomAround(const ImageLevel &level, cv::Point2f p) {
+    const float right = float(level.picture.cols - 1) - p.x;
+    const float bottom = float(level.picture.rows - 1) - p.y;
+    return std::max(3.0F, std::min({p.x, p.y, right, bottom}) - 1);
+}
+
 // Fits the corners that a lattice has.
 class CornerMeasurement {
 public:
@@ -172,7 +179,8 @@ bool CornerMeasurement::fitOne(const ImageLevel &level, const LatticeCorner &cor
     }
     const CornerBorders here = fromImage(level, *borders);
     CornerFit inLevel = fromImage(level, fit);
-    if (!fitCorner(level.picture, here, std::min(cleanRadius(here), searchRadius), free, steps, inLevel)) {
+    const float radius = std::min({cleanRadius(here), searchRadius, roomAround(level, inLevel.position)});
+    if (!fitCorner(level.picture, here, radius, free, steps, inLevel)) {
         return false;
     }
     fit = toImage(level, inLevel);
@@ -194,13 +202,7 @@ bool CornerMeasurement::refineOne(const ImageLevel &level, const LatticeCorner &
     prior.blurDeviation = blurTolerance * prior.blur;
     prior.noise = boardNoise;
     prior.noiseWeight = 30;
-    // The whole clean disc, or as much of it as lies in the picture.
-    const cv::Point2f p = inLevel.position;
-    const float room = std::min(std::min(p.x, p.y),
-                                std::min(float(level.picture.cols - 1) - p.x, float(level.picture.rows - 1) - p.y)) -
-                       1;
-    const float clean = refinedRadius(here, inLevel.blur);
-    const float radius = std::max(std::min(clean, room), std::min(clean, searchRadius));
+    const float radius = std::min(refinedRadius(here, inLevel.blur), roomAround(level, inLevel.position));
     if (!refineCorner(level.picture, here, radius, prior, 3, inLevel)) {
         return false;
     }
