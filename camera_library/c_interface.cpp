@@ -230,7 +230,7 @@ const char *lmLibGetName(int32_t *result, const char *path) {
         for (const lmlib64::PathPart &part : parsed) {
             name = part.name;
         }
-        // Only after the path was read, because the path may be the text that was returned last.
+        // The returned text is replaced only after the path has been read, because it may be the path.
         std::string &returned = returnedText();
         returned = std::move(name);
         text = returned.c_str();

@@ -29,9 +29,8 @@ void stopThread() {
 
 Library::Library() : tree(installationPaths()), executor(tree, findCommand) {}
 
-// Without a lock, because a fork at the wrong moment would leave it locked in the child. If two threads get here at the
-// same time, one of the two libraries is dropped. The actions may then be registered more than once, which does no
-// harm.
+// Uses no lock, because a fork at the wrong moment would leave it locked in the child. If two threads get here at the
+// same time, one of the two libraries is dropped, and the actions may be registered more than once, which does no harm.
 Library &Library::make() {
     std::unique_ptr<Library> made(new Library());
     callInForkedChild(leaveParentsLibrary);

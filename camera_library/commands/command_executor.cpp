@@ -61,7 +61,7 @@ void CommandExecutor::work() {
     }
 }
 
-// Sets the run's result to what the command returns, or to how it failed.
+// Sets the run's result to what the command returns, or to a description of its failure.
 void CommandExecutor::execute(Run &run) const {
     const auto fail = [&run](std::string symbol, std::string text) {
         run.result.mapped() = failureResult(run.command, std::move(symbol), std::move(text));
@@ -77,19 +77,18 @@ void CommandExecutor::execute(Run &run) const {
         } catch (const CommandFailure &failure) {
             fail(failure.symbol, failure.text);
         } catch (const std::bad_alloc &) {
-            // The result that was made in advance says so.
+            // The result that was made in advance reports that memory ran out.
         } catch (const std::exception &error) {
             fail("InternalError", "The command \"" + run.command + "\" failed: " + error.what() + ".");
         } catch (...) {
             fail("InternalError", "The command \"" + run.command + "\" failed for an unknown reason.");
         }
     } catch (const std::exception &) {
-        // There is no memory to say what went wrong; the result that was made in advance says that.
+        // There is no memory for a description of the failure. The result that was made in advance reports that.
     }
 }
 
-// Ends the thread, which starts no further run, and drops what is queued by then. No new thread starts until stopping
-// is false again.
+// Ends the thread after its current run, and drops all queued runs. No new thread starts until stopping is false again.
 void CommandExecutor::stopThread(std::unique_lock<std::mutex> &lock) {
     stopping = true;
     changed.notify_all();

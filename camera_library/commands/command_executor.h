@@ -32,7 +32,7 @@ public:
     // tree. A command that another thread starts meanwhile is dropped too.
     void finalize();
 
-    // As finalize, but does not touch the tree and the waits.
+    // As finalize, but neither resets the tree nor ends the waits.
     void stop();
 
 private:

@@ -52,7 +52,7 @@ double readGridSpacing(const ParameterReader &reader) {
     return *gridSpacing;
 }
 
-// A client hands back what the catalogue told it, perhaps by way of a text with fewer digits.
+// A client passes on the catalogue's value, but it may have converted it to a text with fewer digits in between.
 bool equalsCatalogue(double value, double ofBoard) {
     constexpr double tolerance = 1e-6;
     return value - ofBoard < tolerance && ofBoard - value < tolerance;

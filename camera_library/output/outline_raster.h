@@ -25,8 +25,8 @@ using PixelOutline = std::vector<PixelPoint>;
 
 // The picture of width × height pixels, at most 65536 each, row after row without padding: 0 if the outlines enclose
 // all of a pixel, 255 if they enclose none of it. They are filled together by the even-odd rule, so an outline inside
-// another is a hole. It should run the other way round than the one around it; otherwise a pixel that both pass through
-// is not exact. A point outside the picture counts as the nearest point on its border.
+// another is a hole. It should have the opposite direction of the one around it; otherwise a pixel that both pass
+// through is not exact. A point outside the picture counts as the nearest point on its border.
 std::vector<std::uint8_t> rasterOutlines(const std::vector<PixelOutline> &outlines, std::int32_t width,
                                          std::int32_t height);
 

@@ -63,7 +63,8 @@ public:
     }
 
 private:
-    // Comes before a member's name, an element and the document itself. A value follows its name directly.
+    // Starts a member, an element or the document, with a comma and a new line if needed. Does nothing after a name,
+    // because the value follows it on the same line.
     void next() {
         if (isNamed) {
             isNamed = false;
@@ -120,7 +121,7 @@ void writeParameter(JsonWriter &json, PatternParameter parameter, const PatternD
     }
 }
 
-// Given back to the command, the parameters yield the same pattern.
+// The command makes the same pattern again from these parameters.
 void writeParameters(JsonWriter &json, const PatternDescription &description) {
     json.open('{');
     for (const PatternParameter parameter : description.type->parameters) {
@@ -191,7 +192,7 @@ void writeCells(JsonWriter &json, const CodeCells &code) {
     json.close(']');
 }
 
-// What the marks or dots of the pattern say.
+// What the marks or dots of the pattern encode.
 void writeCode(JsonWriter &json, const CodeCells &code, const PatternGeometry &geometry) {
     json.open('{');
     json.name("Version").value(pattern_code::patternVersion);

@@ -11,7 +11,7 @@ namespace lmlib64 {
 
 namespace {
 
-// The font of the captions. Its metrics serve viewers that cannot use the embedded font.
+// The font of the captions. Its metrics are for viewers that cannot use the embedded font.
 int addFont(PdfFile &pdf) {
     const std::string_view font = captionFontFile();
     const int file = pdf.addStream("/Length1 " + std::to_string(font.size()), font);
@@ -44,7 +44,7 @@ PrintedPage printedPage(const DrawnPattern &pattern, std::size_t index) {
     return {geometry, *layout, patternCaption(pattern.description, geometry)};
 }
 
-// Made before anything is written, so that no work is lost if a pattern is too large.
+// All pages are laid out before anything is written, so that no work is lost if a pattern is too large.
 std::vector<PrintedPage> printedPages(const PatternDocument &document) {
     std::vector<PrintedPage> pages;
     for (std::size_t index = 0; index < document.patterns.size(); ++index) {

@@ -102,7 +102,7 @@ private:
     }
 };
 
-// In eight Bézier curves. The control points are 4/3 tan(angle / 4) of the radius away from the ends of a curve.
+// Draws eight Bézier curves. Their control points are 4/3 tan(angle / 4) of the radius away from the ends of the curve.
 void Contents::addCircle(const Circle &circle) {
     constexpr int curves = 8;
     constexpr double angle = 6.283185307179586 / curves;

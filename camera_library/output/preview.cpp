@@ -20,7 +20,8 @@ double secondsSince1970() {
     return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-// Where a geometry is in the picture. The outer size is centred, so both borders share the rounding.
+// Where a geometry is in the picture. The outer size is centred, so opposite borders are equally wide even if the
+// picture's size is rounded.
 struct Placement {
     double pixelsPerMm = 0.0;
     double left = 0.0;  // of the outer size, in pixels
@@ -122,7 +123,8 @@ std::vector<PixelOutline> outlinesOf(const PatternGeometry &geometry, const Scal
     return outlines;
 }
 
-// A hole must run the other way round than the shape around it, or the raster is not exact where they share a pixel.
+// A hole must have the opposite direction of the shape around it; otherwise pixels that both pass through are not
+// exact.
 std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
                                            int width, int height) {
     std::vector<PixelOutline> outlines = outlinesOf(geometry, scale, pixelsPerMm);

@@ -7,9 +7,9 @@
 namespace lmlib64 {
 
 // One 8-bit channel without padding; the grey of each pixel is the share of its area that is light: 0 dark, 255 light.
-// The picture shows the outer size and its quiet zone. Its longer side is exactly `imageSize` pixels, its shorter side
-// is to scale, rounded, at least 1; both borders share the rounding. A geometry of size 0 gives an empty picture.
-// Throws std::bad_alloc.
+// The picture shows the outer size and its quiet zone. Its longer side is exactly `imageSize` pixels. Its shorter side
+// is to scale, rounded to at least 1 pixel, with the pattern in the middle. A geometry of size 0 gives an empty
+// picture. Throws std::bad_alloc.
 Binary renderPreview(const PatternGeometry &geometry, int imageSize);
 
 }  // namespace lmlib64

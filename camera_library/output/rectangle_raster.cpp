@@ -140,13 +140,13 @@ private:
     std::vector<std::uint8_t> picture;  // grows by whole rows
 };
 
-// Goes down the rectangles, which are sorted by their tops, and keeps those at the current height.
+// Moves down through the rectangles, which are sorted by their tops, and keeps those at the current height.
 class Sweep {
 public:
     Sweep(const std::vector<PixelRectangle> &rectangles, std::int32_t width)
         : next(rectangles.cbegin()), end(rectangles.cend()), right(width * pixelUnits) {}
 
-    // The x of all places, from left to right, where a row below this height enters or leaves a rectangle.
+    // The x coordinates, from left to right, at which a row below this height enters or leaves a rectangle.
     const std::vector<std::int32_t> &crossingsBelow(std::int32_t edge) {
         for (; next != end && next->top <= edge; ++next) {
             active.push_back(&*next);

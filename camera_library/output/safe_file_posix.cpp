@@ -69,7 +69,7 @@ std::string folderOf(const std::string &target) {
 }
 
 // The name of a temporary file is this prefix, the number of the process that writes it, a hyphen, a random number and
-// this suffix: short and independent of the target's name, which may already be as long as names may be.
+// this suffix. It is short and independent of the target's name, which may already have the maximum length.
 constexpr std::string_view temporaryPrefix = ".lmlib64-";
 constexpr std::string_view temporarySuffix = ".tmp";
 
@@ -78,7 +78,7 @@ std::string newTemporaryName(std::random_device &random) {
     return name.append(std::to_string(getpid()) + "-" + std::to_string(random())).append(temporarySuffix);
 }
 
-// The process that the name of a temporary file tells; nothing for any other file's name.
+// The number of the process in the name of a temporary file; empty for any other file's name.
 std::optional<pid_t> writerOf(std::string_view name) {
     if (name.size() <= temporaryPrefix.size() + temporarySuffix.size() ||
         name.substr(0, temporaryPrefix.size()) != temporaryPrefix ||
@@ -96,8 +96,8 @@ std::optional<pid_t> writerOf(std::string_view name) {
     return randomError == std::errc() && last == end ? std::optional(process) : std::nullopt;
 }
 
-// True if no process has this number, or only this process has, which then has taken over the number of an earlier one:
-// it keeps its own files locked.
+// True if no process has this number. This process's own number counts as gone too, because a file with it may be from
+// an earlier process that had the same number; the files of this process itself are locked.
 bool isGone(pid_t process) {
     return process == getpid() || (kill(process, 0) != 0 && errno == ESRCH);
 }
@@ -131,7 +131,8 @@ void removeAbandonedFiles(const std::string &folder) {
 // A new file beside the target that is removed unless it is renamed.
 class TemporaryFile {
 public:
-    // Created with these permissions, less what the process's mask takes away; 0 stands for those of any new file.
+    // Creates the file with these permissions, minus those in the process's umask; 0 stands for the permissions of any
+    // new file.
     TemporaryFile(const std::string &folder, const std::string &reportedName, mode_t permissions)
         : fileName(reportedName) {
         std::random_device random;

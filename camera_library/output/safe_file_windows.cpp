@@ -26,7 +26,8 @@ std::string systemReason(DWORD error) {
     throw FileWriteError("The file \"" + fileName + "\" could not be written: " + systemReason(error) + ".");
 }
 
-// Names arrive in the local 8-bit encoding; the wide calls lift its limit on their length and characters.
+// Names arrive in the local 8-bit encoding. They are converted, because the wide-character functions allow longer
+// names.
 std::wstring wideName(const std::string &fileName) {
     const int length = MultiByteToWideChar(CP_ACP, 0, fileName.c_str(), -1, nullptr, 0);
     if (length <= 0) {

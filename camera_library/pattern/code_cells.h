@@ -1,5 +1,5 @@
-// The code of one pattern: which squares of a checkerboard carry a mark, or which dots a plate has, and what they say.
-// It takes a checked description and does not know where and how marks and dots are drawn.
+// The code of one pattern: which squares of a checkerboard carry a mark, or which dots a plate has, and what they
+// encode. It takes a checked description and does not know where and how marks and dots are drawn.
 #pragma once
 
 #include <array>

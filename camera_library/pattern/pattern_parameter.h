@@ -1,5 +1,5 @@
-// The parameters that describe one pattern: their names, their order and the ranges of their values. Which type of
-// pattern has which of them is said in pattern_types.cpp.
+// The parameters that describe one pattern: their names, their order and the ranges of their values. pattern_types.cpp
+// lists which type of pattern has which of them.
 #pragma once
 
 #include <array>

@@ -76,7 +76,7 @@ std::vector<Shape> shapesOf(const PatternGeometry &geometry) {
     return shapes;
 }
 
-// A shape comes before all that lie within it; of equal shapes, the first is around the others.
+// A shape comes before all shapes that lie within it. Of equal shapes, the first counts as lying around the others.
 bool comesBefore(const Shape &a, const Shape &b) {
     return a.extent.top != b.extent.top         ? a.extent.top < b.extent.top
            : a.extent.bottom != b.extent.bottom ? a.extent.bottom > b.extent.bottom

@@ -1,5 +1,5 @@
 // How the shapes of a geometry lie within one another, for outputs that need the direction of an outline: a raster, or
-// a format that fills by the non-zero rule, draws a hole only if it runs the other way round than the shape around it.
+// a format that fills by the non-zero rule, draws a hole only if it has the opposite direction of the shape around it.
 #pragma once
 
 #include <vector>

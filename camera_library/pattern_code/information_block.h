@@ -1,6 +1,6 @@
-// The information block: 64 bits in which a pattern says what it is: its grid spacing and thickness, the grid spacing
-// and number of an assembly pattern, or the offset of a plate. This file encodes, protects and decodes them and says
-// where the bits are in a pattern; it neither draws them nor reads them from pictures.
+// The information block has 64 bits, which encode the properties of a pattern: its grid spacing and thickness, the grid
+// spacing and number of an assembly pattern, or the offset of a plate. This file encodes, protects and decodes them and
+// determines where the bits are in a pattern; it neither draws them nor reads them from pictures.
 //
 // Bits. A block is a 64-bit number; bit 0 is its highest bit, bit 63 its lowest. Byte k, 0 to 7 from the top, has the
 //   bits 8 k to 8 k + 7. A bit of 1 is a mark or dot, 0 is none.
@@ -11,7 +11,7 @@
 //   errors.
 // Protection. The four data bytes and four check bytes are a word of the Reed-Solomon code RS(8,4) over GF(256) (x^8 +
 //   x^4 + x^3 + x^2 + 1, generator roots 2^1 to 2^4, the first data byte is the highest coefficient). The constant
-//   blockWhitening is added to it (XOR), so that patterns without marks, or full of them, are far from every block.
+//   blockWhitening is added to it (XOR), so that patterns with no marks, or with every mark, are far from every block.
 // Repair. See decodeBlock.
 // Threads. All functions may be called from any thread.
 #pragma once

@@ -10,10 +10,10 @@
 //   tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and row are both even carry the
 //   information block (information_block.h); the other 192 carry position.
 // Distances. The distance of two windows is the number of bits in which they differ. Every n by n window of the plane,
-//   in any of its four orientations, has at least the distance planeWindowDistance(n) to every other window, to itself
-//   turned, and to a window without or full of marks. The same holds between windows of tiles, and between these and
-//   the plane's, with tileWindowDistance(n); there only squares count that carry position in both windows, so no
-//   content of an information block can make one place look like another.
+//   in any of its four orientations, has at least the distance planeWindowDistance(n) to every other window, to its own
+//   rotations, and to a window with no marks or with a mark in every square. The same holds between windows of tiles,
+//   and between these and the plane's, with tileWindowDistance(n). Only squares that carry position in both windows are
+//   compared there, so no content of an information block can make one place look like another.
 // Threads. Everything is constant and may be used from any thread.
 #pragma once
 

@@ -6,7 +6,7 @@ namespace lmlib64 {
 
 void callAtExit(void (*action)()) {
     // Handlers run in reverse order, so everything that was made before the library's first call still exists then. If
-    // no handler can be registered, the exit goes without it.
+    // the handler cannot be registered, the process exits without it.
     static_cast<void>(std::atexit(action));
 }
 

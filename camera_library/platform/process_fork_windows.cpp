@@ -2,7 +2,7 @@
 
 namespace lmlib64 {
 
-// A process cannot be copied on this system.
+// This system has no fork().
 void callInForkedChild(void (* /*action*/)()) {}
 
 }  // namespace lmlib64

@@ -1,6 +1,6 @@
-// Keeps which command slots have a command that has not finished. A slot is known by its name below "Execute"; a run is
-// known by its number, so that a new slot with the same name is not mistaken for the old one. It has no lock of its
-// own: the tree's lock guards it.
+// Records which command slots have a command that has not finished. A slot is identified by its name below "Execute", a
+// run by its number, so that a new slot with the same name is not mistaken for the old one. It has no lock of its own:
+// the tree's lock guards it.
 #pragma once
 
 #include <cstdint>

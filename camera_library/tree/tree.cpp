@@ -59,7 +59,8 @@ LmLibResult Tree::mayChange(const Path &path) const {
     return LmLibResultOperationSucceeded;
 }
 
-// Does what a change of the node at the path requires.
+// Must be called after every change of the node at the path. Drops the runs of slots that were erased or replaced, and
+// wakes the waits.
 void Tree::changed(const Path &path) noexcept {
     Path::Iterator part = path.begin();
     if (path.depth() <= 2 && part->isNamed(executeName)) {
@@ -139,7 +140,7 @@ LmLibResult Tree::makeUniqueItem(std::string_view parentPath, std::string_view b
     return LmLibResultItemMaximumUniqueCountReached;
 }
 
-// True if the tree as it is ends the wait; then sets the code of the wait.
+// If the wait ends with the current tree, sets its code and returns true.
 bool Tree::settle(Wait &wait) const {
     const Node *node = nullptr;
     const LmLibResult code = findNode(root, wait.path, node);
