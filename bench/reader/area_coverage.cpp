@@ -7,7 +7,7 @@ namespace reader_bench {
 
 namespace {
 
-// A convex polygon that half planes cut smaller; every cut adds one point at most.
+// A convex polygon that is cut by half planes. Every cut adds one point at most.
 class Clipped {
 public:
     explicit Clipped(const Quad &quad) {
@@ -65,7 +65,7 @@ Bounds boundsOf(const Quad &q) {
             std::max(std::max(q[0].y, q[1].y), std::max(q[2].y, q[3].y))};
 }
 
-// The signed area between the circle's centre, at the origin, and the step from a to b, within the circle.
+// The signed area of the part of the triangle origin, a, b that lies within a circle around the origin.
 double sector(const cv::Point2d &a, const cv::Point2d &b, double radius) {
     const auto angle = [](const cv::Point2d &u, const cv::Point2d &v) {
         return std::atan2(u.x * v.y - u.y * v.x, u.dot(v));

@@ -1,5 +1,5 @@
-// How much of a small quadrilateral lies within a shape: exact areas, so that a picture made of them has no error of
-// sampling. All functions are pure.
+// How much of a small quadrilateral lies within a shape. The areas are exact, so a picture made from them has no
+// sampling error. All functions are pure.
 #pragma once
 
 #include <array>
@@ -11,7 +11,7 @@ namespace reader_bench {
 // Four points in order, clockwise or counter-clockwise, convex.
 using Quad = std::array<cv::Point2d, 4>;
 
-// Areas are not negative whichever way the quadrilateral is turned.
+// Areas are never negative, whether the points run clockwise or counter-clockwise.
 double areaOf(const Quad &quad);
 double areaInRectangle(const Quad &quad, const cv::Rect2d &rectangle);
 double areaInCircle(const Quad &quad, const cv::Point2d &centre, double radius);

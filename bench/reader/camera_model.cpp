@@ -22,7 +22,7 @@ double undistorted(double distorted, double a, double b) {
     return r;
 }
 
-// Half the width of a crease, pitches.
+// Half the width of a crease, in pitches.
 constexpr double creaseWidth = 0.15;
 
 double slopeAt(const PaperSheet::Form &form, double s) {
@@ -77,7 +77,8 @@ PaperSheet::PaperSheet(const Form &form, double reach)
     const int half = int(std::ceil(reach / stationStep));
     formReach = half * stationStep;
     stations.resize(2 * size_t(half) + 1);
-    // From the middle outwards, so that the middle is the origin; Gauss's two points for each step.
+    // Integrates from the middle outwards, so that the middle is the origin, with two-point Gauss quadrature in each
+    // step.
     const auto fill = [&](int sign) {
         Station here{0, 0, std::cos(slopeAt(form, 0)), std::sin(slopeAt(form, 0))};
         stations[size_t(half)] = here;

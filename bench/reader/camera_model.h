@@ -14,7 +14,8 @@ struct CameraModel {
     cv::Point2d centre;         // principal point, pixels
     double k1 = 0;              // radial distortion of normalised coordinates: r' = r (1 + k1 r² + k2 r⁴)
     double k2 = 0;
-    // Kannala and Brandt's model in place of the above: r' = t + c0 t³ + c1 t⁵, t being the angle from the axis.
+    // If true, Kannala and Brandt's model is used instead of the above: r' = t + c0 t³ + c1 t⁵, where t is the angle
+    // from the axis.
     bool fisheye = false;
     std::array<double, 2> fisheyeTerms{};
 };
@@ -36,12 +37,13 @@ public:
         std::vector<std::pair<double, double>> creases;  // distance from the middle in pitches; angle in radians
     };
 
-    // reach: pitches from the middle within which the form holds; beyond, the sheet goes on straight.
+    // reach: the distance from the middle, in pitches, up to which the sheet has this form. Beyond it the sheet is
+    // straight.
     PaperSheet(const Form &form, double reach);
 
     cv::Vec3d at(const cv::Point2d &onPaper) const;
-    // Where the ray from origin meets the sheet. start: the distance across the bending lines to begin with, which
-    // is replaced by the one found; the ray of the pixel beside this one is a good beginning.
+    // Where the ray from origin meets the sheet. start: the distance across the bending lines at which the search
+    // starts. It is replaced by the distance found, which is a good start for the ray of the next pixel.
     cv::Point2d hit(const cv::Vec3d &origin, const cv::Vec3d &direction, double &start) const;
 
 private:

@@ -1,5 +1,5 @@
-// The patterns of this system as targets for the synthetic camera, made by LmLib64 from what a user would ask for, and
-// what a reader should say of them.
+// The patterns of this system as targets for the synthetic camera, made by LmLib64 from a user's parameters, and what a
+// reader should report about them.
 #pragma once
 
 #include <memory>
@@ -15,10 +15,10 @@ struct CodedTarget {
     std::shared_ptr<const SyntheticTarget> target;
     pattern_reader::PatternKind kind = pattern_reader::PatternKind::Tile;
     int tile = -1;
-    // Added to a point of the target gives the point in the reader's lattice coordinates.
+    // The difference between the reader's lattice coordinates of a point and its coordinates on the target.
     cv::Point origin;
     bool topLeftDark = true;
-    // What the block holds; empty fields are not in it.
+    // The values in the information block; fields that it does not have are empty.
     pattern_reader::PatternValues values;
     bool hasBlock = false;
 };

@@ -27,24 +27,24 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-// A board, what is true of it, and what the reader makes of it.
+// A board, the truth about it, and the reader's result for it.
 struct Board {
     unsigned number = 0;
     cv::Mat image;
     cv::Mat withoutMarks;
     std::vector<cv::Point2d> truth;
     cv::Size corners;
-    double reach = 0;  // farther from the truth is not found
+    double reach = 0;  // a corner farther from the truth counts as not found
     bool read = false;
     bool complete = false;
     int found = 0;                     // corners
     double error = 0;                  // root mean square over its corners, pixels
-    std::optional<double> plainError;  // on the board without marks, told its size
+    std::optional<double> plainError;  // on the same board without marks, whose size the reader is given
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };
 
-// Root mean square distance to the true corners in any order; nothing when one of them has no corner near it.
+// Root mean square distance to the true corners in any order; empty if one of them has no corner near it.
 std::optional<double> errorOf(const Corners &found, const Board &board) {
     double sum = 0;
     for (const cv::Point2d &corner : board.truth) {
@@ -61,7 +61,7 @@ std::optional<double> errorOf(const Corners &found, const Board &board) {
     return std::sqrt(sum / double(board.truth.size()));
 }
 
-// cornerSubPix with the window that serves this picture best, which no user could know.
+// cornerSubPix with the window that gives the smallest error for this picture, which no user could know.
 std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coarse, const Board &board) {
     std::optional<double> best;
     for (const int window : {2, 3, 5, 8}) {
@@ -189,8 +189,7 @@ std::vector<DetectorTotals> makeDetectors() {
     return detectors;
 }
 
-// The numbers of the pictures that can be compared; those of conditions with plates or several patterns are passed
-// over.
+// The boards of the pictures that can be compared; pictures with plates or several patterns are skipped.
 std::vector<Board> takeBoards(unsigned first, unsigned count, unsigned threads) {
     std::vector<Board> boards;
     for (unsigned from = first; boards.size() < count; from += 64) {

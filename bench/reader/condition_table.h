@@ -1,4 +1,4 @@
-// Adds up what was measured, by condition and for boards and plates apart, and prints it as tables in Markdown.
+// Sums up the measurements, by condition and separately for boards and plates, and prints them as Markdown tables.
 #pragma once
 
 #include <functional>
@@ -10,12 +10,12 @@
 
 namespace reader_bench {
 
-// What remains of a picture once it is scored.
+// What is kept of a pattern after its picture has been scored.
 struct PatternResult {
     bool plate = false;
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
-    bool asked = false;  // the goal asks for it: see isAsked
+    bool asked = false;  // the goal requires it: see isAsked
     bool whole = false;
     bool hasBlock = false;
     std::string text;  // what it is, for lists of failures
@@ -33,12 +33,12 @@ struct PictureResult {
     double readSeconds = 0;
     double megapixels = 0;
 
-    // What went wrong, one line each; empty: nothing.
+    // What went wrong, one line each; empty if nothing did.
     std::vector<std::string> failures() const;
 };
 
-// The goal asks for patterns of which enough can be seen: 6 pixels per square and more, tilt to 60°, 60 squares or 12
-// marks and more, not mirrored.
+// True if the goal requires the pattern to be read, because enough of it can be seen: at least 6 pixels per square, a
+// tilt of at most 60°, at least 60 squares or 12 marks, and not mirrored.
 bool isAsked(const Scene &scene, const PatternScore &score);
 
 PictureResult resultOf(unsigned number, const Scene &scene,
@@ -49,7 +49,7 @@ struct Row {
     int read = 0;
     int asked = 0;
     int askedAndRead = 0;
-    int blocks = 0;  // of patterns seen whole that are asked for
+    int blocks = 0;  // of patterns seen whole that the goal requires
     int blocksRead = 0;
     long seenPoints = 0;
     long foundPoints = 0;
@@ -62,11 +62,11 @@ struct Row {
     double medianRms = 0;      // over the patterns, of their own root mean square, pixels
     double percentile95 = 0;   // of the errors' lengths, pixels
     double bias = 0;           // root mean square over the pictures of the length of a picture's mean error
-    double ratioToLeast = 0;   // median over the pictures of their rms by the least that noise allows; 0: not known
-    double sigmaVariance = 0;  // of the errors divided by what the reading says of them; 0: not known
+    double ratioToLeast = 0;   // median over the pictures of rms / least rms that noise allows; 0: not known
+    double sigmaVariance = 0;  // of the errors divided by the reading's sigma; 0: not known
 };
 
-// Over the patterns that are picked, and the false places of pictures with one of these.
+// The row of the patterns that are picked. Its false places are those in pictures with a picked pattern.
 using Pick = std::function<bool(const PictureResult &picture, const PatternResult &pattern)>;
 Row rowOf(const std::vector<PictureResult> &results, const Pick &pick);
 

@@ -51,7 +51,7 @@ void large(SceneDraft &draft, Dice &dice) {
     const double shorterSide = std::sqrt(0.75 * draft.megapixels * 1e6);
     draft.flexibleCorners = {};
     draft.tiltDegrees = dice.real(0, 30);
-    // A plate has to be seen whole, of a board eight squares are enough.
+    // A plate must be seen whole; eight squares of a board are enough.
     const double squares = draft.plate ? 19 : 9;
     draft.pixelsPerSquare = dice.logarithmic(0.5, 1) * shorterSide / squares;
     draft.exposure.blurSigma = dice.real(0.5, 3);
@@ -76,7 +76,7 @@ void softFinish(ComposedScene &composed, Dice &dice) {
     composed.scene.exposure.defocusRadius = dice.real(0.1, 0.3) * composed.leastStep;
 }
 
-// Sharp along a line through the pattern, or beside it.
+// Out of focus by an amount that changes over the picture. It is zero along a line, which may lie beside the pattern.
 void defocusFinish(ComposedScene &composed, Dice &dice) {
     const double greatest = dice.real(0.15, 0.35) * composed.leastStep;
     const double across = std::hypot(composed.size.width, composed.size.height) / 2;
@@ -106,7 +106,7 @@ void fisheye(SceneDraft &draft, Dice &dice) {
     draft.tiltDegrees = dice.real(0, 40);
 }
 
-// Turns by 15 to 70° from one side to the other.
+// Rolled paper, whose direction changes by 15 to 70° from one side of the pattern to the other.
 void bent(SceneDraft &draft, Dice &dice) {
     draft.tiltDegrees = dice.real(0, 35);
     PaperSheet::Form form;
@@ -158,7 +158,7 @@ void hardShadowFinish(ComposedScene &composed, Dice &dice) {
     shadow.penumbra = dice.logarithmic(0.7, 8);
     composed.scene.exposure.shadows.push_back(shadow);
     if (dice.chance(0.3)) {
-        // The shadow of something narrow: its other border gives the light back.
+        // The shadow of something narrow: beyond its other border there is full light again.
         Shadow border = shadow;
         border.edge += shadow.side * (dice.real(1, 4) * composed.leastStep);
         border.depth = 1 - 1 / (1 - shadow.depth);
@@ -198,7 +198,7 @@ void handsFinish(ComposedScene &composed, Dice &dice) {
     }
 }
 
-// Small squares are spared the coarsest steps, which leave nothing of them.
+// Small squares are not compressed most strongly, because nothing would be left of them.
 void jpegFinish(ComposedScene &composed, Dice &dice) {
     const int least = int(std::clamp(5 + (16 - composed.leastStep) * 4, 5.0, 45.0));
     composed.scene.exposure.jpegQuality = dice.whole(least, 95);
@@ -251,7 +251,7 @@ void mirrored(SceneDraft &draft, Dice &dice) {
     draft.tiltDegrees = dice.real(0, 60);
 }
 
-// What a telephone makes of it: everything a little.
+// A picture as from a telephone: a little of everything.
 void phone(SceneDraft &draft, Dice &dice) {
     colourSensor(draft, dice);
     toneCurve(draft, dice);

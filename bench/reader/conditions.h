@@ -1,5 +1,5 @@
-// The conditions under which the reader is measured. Each picture has one: its number says which, and fixes everything
-// else of the picture, too.
+// The conditions under which the reader is measured. A picture's number determines its condition and everything else in
+// the picture.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,8 @@ struct Condition {
     const char *id = "";
     const char *text = "";
     bool boardsOnly = false;
-    // Changes a mild draft; changes the exposure once it is known where the pattern is. Both may be empty.
+    // prepare changes a mild draft. finish changes the exposure after it is known where the pattern is. Both may be
+    // null.
     void (*prepare)(SceneDraft &draft, Dice &dice) = nullptr;
     void (*finish)(ComposedScene &composed, Dice &dice) = nullptr;
 };

@@ -1,4 +1,4 @@
-// Random numbers that a seed fixes.
+// Random numbers, determined by a seed.
 #pragma once
 
 #include <cmath>

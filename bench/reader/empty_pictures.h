@@ -1,4 +1,4 @@
-// Pictures without any pattern of this system. A number fixes a picture.
+// Pictures without any pattern of this system. The number of a picture determines everything in it.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -34,7 +34,7 @@ void putInFront(cv::Mat &image, const Obstacle &obstacle) {
         auto *row = image.ptr<float>(y);
         for (int x = 0; x < image.cols; x++) {
             if (covered[x] != 0) {
-                // Skin and cloth are not even.
+                // Skin and cloth are not uniform.
                 const double level = obstacle.level * (1 + 0.08 * std::sin(0.13 * x + 0.05 * y));
                 row[x] += float(covered[x] / 255.0 * (level - row[x]));
             }
@@ -66,7 +66,7 @@ int colourAt(int x, int y) {
     return x % 2 + y % 2;
 }
 
-// The light of each pixel's own colour.
+// Keeps, in each pixel, only the light of the pixel's own colour.
 void filterColours(cv::Mat &image, const cv::Vec3d &cast) {
     for (int y = 0; y < image.rows; y++) {
         auto *row = image.ptr<float>(y);
@@ -76,7 +76,8 @@ void filterColours(cv::Mat &image, const cv::Vec3d &cast) {
     }
 }
 
-// White balance and the missing colours: three channels of 16 bits, 256 for each grey level.
+// Applies the white balance and interpolates the missing colours. The result has three channels of 16 bits, with 256
+// steps per grey level.
 cv::Mat demosaic(cv::Mat mosaic, const Exposure &exposure) {
     const cv::Vec3d error(1 + exposure.balanceError, 1, 1 - exposure.balanceError);
     for (int y = 0; y < mosaic.rows; y++) {
@@ -94,7 +95,7 @@ cv::Mat demosaic(cv::Mat mosaic, const Exposure &exposure) {
     return colours;
 }
 
-// Clipping and the camera's curve, for one or three channels.
+// Applies clipping and the camera's tone curve, to one or three channels.
 void bendTones(cv::Mat &image, const Exposure &exposure) {
     if (exposure.toneGain == 1 && exposure.toneGamma == 1) {
         return;

@@ -1,8 +1,8 @@
-// What becomes of the light that reaches the lens: shadows and reflections, what lies in front of the scene, blur, the
-// sensor with its colours and noise, and the camera's own processing of the picture.
+// Turns the light that reaches the lens into a picture: shadows and reflections, objects in front of the scene, blur,
+// the sensor with its colours and noise, and the camera's own processing of the picture.
 //
-// Positions are image coordinates in pixels; levels are grey levels from 0 to 255, proportional to the light until the
-// tone curve bends them.
+// Positions are image coordinates in pixels. Levels are grey levels from 0 to 255, proportional to the light until the
+// tone curve is applied.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -45,10 +45,10 @@ struct Exposure {
     // Radius of the disc that a point becomes out of focus: |radius + slope · (p - middle of the picture)|.
     double defocusRadius = 0;
     cv::Point2d defocusSlope;
-    cv::Point2d motion;  // the way of a point of the picture while the shutter is open
+    cv::Point2d motion;  // how far a point of the picture moves while the shutter is open
 
     double noiseSigma = 2;    // grey levels
-    double shotNoise = 0;     // variance that each grey level of light adds
+    double shotNoise = 0;     // variance that is added per grey level of light
     bool bayer = false;       // one colour per pixel, interpolated afterwards
     cv::Vec3d cast{1, 1, 1};  // blue, green and red in the light, as the sensor sees it
     double balanceError = 0;  // relative error of the white balance

@@ -11,7 +11,7 @@ cv::Vec2d column(const cv::Matx22d &steps, int index) {
     return {steps(0, index), steps(1, index)};
 }
 
-// Of one pixel of a border's length, about its place across.
+// The Fisher information about a border's position across, for one pixel of the border's length.
 double informationPerPixel(const LocalView &view) {
     const double perLevel = view.contrast / view.noise;
     return perLevel * perLevel / (2 * std::sqrt(CV_PI) * view.blur);
@@ -36,7 +36,7 @@ double leastCornerError(const LocalView &view) {
     const double toMark = std::min(cv::norm(x + y), cv::norm(x - y)) / 3;
     const double toBorder = area / std::max(cv::norm(x), cv::norm(y));
     const double sine = area / (cv::norm(x) * cv::norm(y));
-    // Where the borders cross, each one fades: the integral of 1 - erf² along it is 4 s / sqrt(pi) over the sine.
+    // Near the crossing each border fades: the integral of 1 - erf² along it is 4 s / (sqrt(pi) * sine).
     const double length = 2 * std::min(toMark, toBorder) - 4 * view.blur / (std::sqrt(CV_PI) * sine);
     if (length <= 0 || view.contrast <= 0) {
         return 0;

@@ -1,11 +1,11 @@
-// The least error that noise allows: the Cramér-Rao bound for the place of a corner or of a round mark, from a picture
+// The least error that noise allows: the Cramér-Rao bound for the position of a corner or of a round mark in a picture
 // with Gaussian blur and white noise.
 //
-// A border between light and dark of length L, seen with contrast c and blur s in noise of standard deviation n, holds
-// the Fisher information c² L / (2 sqrt(pi) s n²) about its place across: the integral of the squared derivative of its
-// grey levels, a Gaussian of width s, over n². A corner is two such borders, a mark one that is closed. All other
-// unknowns (levels, blur, directions) change the picture alike on both sides of the point, and a shift changes it
-// oppositely, so that they cost nothing.
+// A border of length L between light and dark, seen with contrast c and blur s in noise of standard deviation n, has
+// the Fisher information c² L / (2 sqrt(pi) s n²) about its position across. This is the integral of the squared
+// derivative of its grey levels, a Gaussian of width s, divided by n². A corner consists of two such borders, a mark of
+// a closed one. The other unknowns (levels, blur, directions) change the picture in the same way on both sides of the
+// point, whereas a shift changes it in opposite ways, so estimating them too does not increase the bound.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -20,10 +20,10 @@ struct LocalView {
     double noise = 0;     // standard deviation, grey levels
 };
 
-// The root mean square distance, in pixels, that no unbiased measurement stays below; 0 if the window holds nothing.
-// A corner's window is the disc that reaches to the nearest mark or border of a neighbouring square.
+// The least root mean square distance, in pixels, that an unbiased measurement of a corner can have; 0 if the window
+// has no information. The window is the disc that reaches to the nearest mark or border of a neighbouring square.
 double leastCornerError(const LocalView &view);
-// Of a mark with the radius of half a lattice step, measured along its whole outline.
+// The same for a mark with the radius of half a lattice step, measured along its whole outline.
 double leastMarkError(const LocalView &view);
 
 }  // namespace reader_bench

@@ -55,7 +55,7 @@ void defocus(cv::Mat &image, double radius, const cv::Point2d &slope) {
         image = blurredByDisc(image, std::abs(radius));
         return;
     }
-    // Each pixel is mixed from the two radii beside its own.
+    // Each pixel is interpolated between the two radii next to its own.
     const int steps = std::clamp(int(std::ceil(greatest / 0.6)), 2, 12);
     const double step = greatest / steps;
     cv::Mat result = cv::Mat::zeros(image.size(), CV_32F);
@@ -79,7 +79,7 @@ void moveDuringExposure(cv::Mat &image, const cv::Point2d &way) {
         return;
     }
     const cv::Point2d along = way / length;
-    // As wide as a pixel at most, which adds a little to the pixel's own area.
+    // The line is half a pixel wide, which adds a little to the blur by the pixel's own area.
     constexpr double halfWidth = 0.25;
     const cv::Mat kernel = kernelOf(int(std::ceil(length / 2 + 1)), [&](double x, double y) {
         return std::abs(x * along.x + y * along.y) <= length / 2 && std::abs(x * along.y - y * along.x) <= halfWidth;

@@ -4,12 +4,12 @@
 //   reader_bench [--first N] [--count N] [--empty N] [--compare N] [--condition ID] [--threads N] [--list] [--check]
 //                [--times] [--save FOLDER]
 //
-// Picture n is the same in every run, however many threads there are. --first is the number of the first picture, with
-// and without patterns; those below 100,000 are for tuning, those from there on for measuring. --count is how many with
-// patterns, --empty how many without. --condition takes only those with one condition ("list" names all).
-// --compare: so many boards are given to stock detectors, too; --times only compares the times. --list names everything
-// that went wrong. --save writes the pictures (with --list: only those with failures) and what is true of them. --check
-// ends with 1 if a goal is missed.
+// Picture n is the same in every run, whatever the number of threads. --first is the number of the first picture, with
+// and without patterns; pictures below 100,000 are for tuning, the others for measuring. --count is the number of
+// pictures with patterns, --empty of those without. --condition takes only pictures with one condition ("list" lists
+// all conditions). --compare is the number of boards that stock detectors get as well; --times compares only the times.
+// --list lists everything that went wrong. --save writes the pictures (with --list only those with failures) and the
+// truth about them. --check exits with 1 if a goal is missed.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -142,7 +142,7 @@ bool parse(int count, char **arguments, Options &options) {
                                                        {"--empty", &options.empty},
                                                        {"--compare", &options.compare},
                                                        {"--threads", &options.threads}};
-    // One condition is looked at alone, unless more is asked for.
+    // With --condition, only that condition is measured, unless more is asked for.
     if (std::find(arguments, arguments + count, std::string("--condition")) != arguments + count) {
         options.empty = 0;
         options.compare = 0;

@@ -1,4 +1,4 @@
-// How the reader's time grows: with the picture's size, with the corners in it, and with the patterns in it.
+// How the reader's time grows with the picture's size, with the number of corners and with the number of patterns.
 #include <cmath>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -42,7 +42,7 @@ cv::Mat photographOf(const CodedTarget &coded, const cv::Size &size) {
     return photograph(cv::Mat(size, CV_32F, cv::Scalar(120)), camera, {placed}, Exposure(), random);
 }
 
-// One picture of the kind beside the other, so that larger pictures hold more of the same.
+// A picture tiled with pictures of this kind, so that larger pictures contain more of the same.
 cv::Mat repeated(EmptyKind kind, const cv::Size &size) {
     const cv::Mat one = makeEmptyPicture(kind, 6);
     cv::Mat all;

@@ -8,7 +8,7 @@ namespace reader_bench {
 
 namespace {
 
-// Less of the contrast than this is glare or shade in which nothing can be asked of a reader.
+// Below this share of the contrast there is so much glare or shade that no reader can be expected to see anything.
 constexpr double leastShareOfContrast = 0.15;
 
 bool isBehind(const std::vector<cv::Point2d> &outline, const cv::Point2d &p) {
@@ -88,7 +88,7 @@ double Scene::contrastAt(const ScenePattern &pattern, const cv::Point2d &onTarge
 
 SeenPart seenPartOf(const Scene &scene, const ScenePattern &pattern) {
     const bool plate = pattern.coded.kind == pattern_reader::PatternKind::Plate;
-    // A mark's radius, or the way to a square's mark.
+    // The radius of a plate's mark, or slightly less than the distance from a corner to a square's mark.
     const double around = plate ? 0.5 : 0.3;
     SeenPart part;
     for (const cv::Point2d &p : pattern.coded.target->points()) {

@@ -1,4 +1,4 @@
-// A picture of the benchmark, and all that is true of it.
+// A picture of the benchmark, and the whole truth about it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -9,7 +9,7 @@
 
 namespace reader_bench {
 
-// Whether a checkerboard's squares carry their marks in the picture; all else is the same either way.
+// Whether a checkerboard's squares have their marks in the picture. Everything else is the same in both cases.
 enum class Marks { Drawn, LeftOut };
 
 enum class Visibility { Whole, Covered, CutByBorder };

@@ -21,7 +21,7 @@ CodedTarget makeTarget(const SceneDraft &draft, Dice &dice) {
     return makeTile(dice.chance(0.5) ? 0 : dice.whole(1, 18), dice.random, draft.print);
 }
 
-// How many pixels across the pattern is, about.
+// The approximate width of the pattern in pixels.
 double extentOf(const SceneDraft &draft, const SyntheticTarget &target) {
     return std::hypot(target.size().width, target.size().height) * draft.pixelsPerSquare /
            std::sqrt(std::cos(draft.tiltDegrees * degree));
@@ -35,7 +35,7 @@ CameraModel makeCamera(const SceneDraft &draft, double extent, Dice &dice) {
         camera.fisheyeTerms = {dice.real(-0.05, 0.05), dice.real(-0.005, 0.005)};
         return camera;
     }
-    // Far enough away that a steep pattern's far side is not lost in the distance.
+    // The camera is far enough away that the far side of a steeply tilted pattern does not become too small.
     const double depth = extent * std::sin(draft.tiltDegrees * degree);
     camera.focalLength = std::max({dice.real(900, 2200), 0.9 * extent, dice.real(1.2, 2.5) * depth});
     if (draft.viewShare > 0) {
@@ -52,7 +52,7 @@ double middleSquare(const Scene &scene, const ScenePattern &pattern) {
     return std::sqrt(std::abs(cv::determinant(scene.stepsAt(pattern, {size.width / 2, size.height / 2}))));
 }
 
-// The greatest angle between the axis and a ray to the paper; large where the paper's back would be seen.
+// The greatest angle between the axis and a ray to the paper; large if the back of the paper would be seen.
 double widestAngle(const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     const TargetPose &pose = pattern.placed.pose;
@@ -68,7 +68,7 @@ double widestAngle(const ScenePattern &pattern) {
     return widest;
 }
 
-// Stands the pattern off the axis of a fisheye, as far as it is seen whole.
+// Moves the pattern away from the axis of a fisheye, as far as it is still seen whole.
 void placeBeforeFisheye(Scene &scene, ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     TargetPose &pose = pattern.placed.pose;
     pose.anchor = {pattern.coded.target->size().width / 2, pattern.coded.target->size().height / 2};
@@ -122,7 +122,7 @@ ScenePattern placePattern(Scene &scene, const SceneDraft &draft, CodedTarget cod
     return pattern;
 }
 
-// The picture's window: the pattern with something around it, cut where a condition or the number of pixels says so.
+// The picture's window: the pattern with something around it, cut if a condition or the number of pixels requires it.
 cv::Rect chooseWindow(const Scene &scene, const ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     const cv::Rect2d bounds = boundsOf(scene, pattern);
     const auto border = [&] { return dice.real(4, 20) + dice.real(0, std::min(200.0, 0.3 * bounds.width)); };

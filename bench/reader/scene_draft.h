@@ -1,4 +1,4 @@
-// A picture with one pattern before it is taken: what a condition decides, and how the scene is put together from it.
+// A picture with one pattern before it is taken: what a condition decides, and how the scene is composed from that.
 #pragma once
 
 #include <optional>
@@ -18,7 +18,7 @@ struct SceneDraft {
     double quietZone = 1;
 
     bool fisheye = false;
-    double viewShare = 0;   // of the focal length that the pattern is wide in the picture; 0: a usual lens
+    double viewShare = 0;   // the pattern's width in the picture divided by the focal length; 0: a usual lens
     double distortion = 0;  // greatest radial distortion in the pattern, as a share of the distance from the centre
     std::optional<PaperSheet::Form> sheet;
     cv::Vec3d turnPerRow;   // radians
@@ -40,7 +40,7 @@ SceneDraft makeDraft(bool plate, Dice &dice);
 struct ComposedScene {
     Scene scene;
     cv::Size size;
-    // Of the pattern in the picture: its bounds, and the least distance of neighbouring lattice lines.
+    // The bounds of the pattern in the picture, and the least distance between neighbouring lattice lines.
     cv::Rect2d bounds;
     double leastStep = 0;
 };

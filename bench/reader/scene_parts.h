@@ -1,4 +1,4 @@
-// What pictures are put together from.
+// The parts from which pictures are composed.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -8,7 +8,7 @@
 
 namespace reader_bench {
 
-// Grey levels that change over so many pixels.
+// Random grey levels that change over a distance of `grain` pixels.
 cv::Mat blobs(const cv::Size &size, double grain, Dice &dice);
 cv::Mat makeBackground(const cv::Size &size, Dice &dice);
 
@@ -17,8 +17,8 @@ Exposure makeExposure(double pixelsPerSquare, Dice &dice);
 
 cv::Matx33d rotationBy(const cv::Vec3d &axis);
 
-// Rolls the target, then tilts it about an axis in the image plane, and stands it where its middle is seen at `at`
-// with the given size of a square. Tilt in radians.
+// Rolls the target, tilts it about an axis in the image plane, and places it so that its middle is seen at `at` with
+// the given size of a square. Tilt in radians.
 TargetPose makePose(const CameraModel &camera, const SyntheticTarget &target, cv::Point2d at, double pixelsPerSquare,
                     double tilt, Dice &dice);
 

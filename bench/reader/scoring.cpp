@@ -34,7 +34,7 @@ double leastErrorAt(const Scene &scene, const ScenePattern &pattern, const cv::P
     if (!hasPlainNoise(exposure, pattern.coded.target->print())) {
         return 0;
     }
-    // A pixel's area and a rounded grey level have a variance of a twelfth.
+    // The averaging over a pixel's area and the rounding of grey levels each add a variance of 1/12.
     constexpr double unitVariance = 1 / 12.0;
     LocalView view;
     view.steps = steps;
@@ -44,7 +44,7 @@ double leastErrorAt(const Scene &scene, const ScenePattern &pattern, const cv::P
     return pattern.coded.kind == PatternKind::Plate ? leastMarkError(view) : leastCornerError(view);
 }
 
-// Measures the reading's corners against a pattern; right when nearly all lie where the camera saw them.
+// Compares the reading's corners with a pattern. True if nearly all of them are where the camera saw them.
 bool agrees(const Scene &scene, const ScenePattern &pattern, const PatternReading &reading, PatternScore &score) {
     constexpr double strayDistance = 0.25;
     score.corners = int(reading.corners.size());
@@ -86,7 +86,7 @@ PatternScore unreadScore(const Scene &scene, const ScenePattern &pattern) {
     return score;
 }
 
-// Whether the reading is of the pattern; if so, takes what it says into the score.
+// True if the reading is of this pattern; then adds the reading to the pattern's score.
 bool take(const Scene &scene, const PatternReading &reading, PatternScore &score, int &falseValues) {
     const CodedTarget &coded = score.pattern->coded;
     PatternScore measured = score;

@@ -1,4 +1,4 @@
-// Holds what the reader says of a picture against what the camera knows of it.
+// Compares what the reader reports about a picture with what the camera knows about it.
 #pragma once
 
 #include <vector>
@@ -10,9 +10,9 @@ namespace reader_bench {
 
 struct PointError {
     cv::Point2f error;       // measured minus true, pixels
-    float least = 0;         // root mean square distance that the noise allows; 0 if it cannot be told
-    float sigma = 0;         // what the reading says of its own error along one axis; 0 if nothing
-    bool disturbed = false;  // and whether it says that something is wrong there
+    float least = 0;         // least root mean square distance that the noise allows; 0 if it is not known
+    float sigma = 0;         // the reading's own estimate of its error along one axis; 0 if there is none
+    bool disturbed = false;  // the reading reports that the corner is disturbed
 };
 
 struct PatternScore {
@@ -24,7 +24,7 @@ struct PatternScore {
     int corners = 0;          // reported of it
     int strayCorners = 0;     // of these, farther from the truth than a quarter of a square, measured on the pattern
     std::vector<PointError> errors;  // of the others
-    int moreReadings = 0;            // that say the same of it again
+    int moreReadings = 0;            // further readings of the same pattern
     bool polarityRight = true;
     int correctedBits = 0;
 };

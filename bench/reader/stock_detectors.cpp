@@ -37,7 +37,7 @@ std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, co
 
 namespace {
 
-// The child: writes the corners, or nothing, and ends without running anybody's destructors.
+// Runs in the child process: writes the corners, or nothing, and exits without running destructors.
 [[noreturn]] void answer(int pipeEnd, StockMethod method, const cv::Mat &image, const cv::Size &corners,
                          unsigned limitSeconds) {
     const rlimit limit{limitSeconds, limitSeconds};

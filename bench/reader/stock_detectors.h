@@ -1,8 +1,8 @@
 // The chessboard detectors of OpenCV on the benchmark's pictures.
 //
-// They are told the size of the board, which the reader is not. Some can run for minutes on a board that they do not
-// find, so each runs in a process of its own, which is ended after so many seconds of processor time; where there are
-// no such processes the limit is not kept. May be called from any thread.
+// They are told the size of the board, unlike the reader. Some can run for minutes on a board that they do not find, so
+// each runs in a process of its own, which is ended after a limit of processor time. On systems without such processes
+// there is no limit. May be called from any thread.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -101,7 +101,7 @@ cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, cons
     return cv::Rect(cv::Point(int(bounds.x), int(bounds.y)), end) & cv::Rect({0, 0}, image);
 }
 
-// The covered share of a pixel; covers are large, so that a pixel whose corners agree is even.
+// The covered share of a pixel. Covers are large, so if all corners of a pixel are covered or none is, so is all of it.
 double coveredShare(const Cover &cover, const Quad &quad) {
     int covered = 0;
     for (const cv::Point2d &p : quad) {
@@ -149,7 +149,7 @@ void draw(cv::Mat &image, const CameraModel &camera, const PlacedTarget &placed,
     const cv::Size2d size = placed.target->size();
     const double q = placed.quietZone;
     const cv::Rect2d paper(-q, -q, size.width + 2 * q, size.height + 2 * q);
-    // What the pixels' corners see.
+    // The points of the target that the corners of the pixels see.
     std::vector<cv::Point2d> upper(size_t(bounds.width) + 1);
     std::vector<cv::Point2d> lower(size_t(bounds.width) + 1);
     PaperFinder finder(camera, placed.pose);
@@ -177,7 +177,7 @@ cv::Point2d projectPoint(const CameraModel &camera, const TargetPose &pose, cons
     const cv::Vec3d onBoard = pose.sheet ? pose.sheet->at(p) : cv::Vec3d(p.x, p.y, 0);
     cv::Point2d pixel = pixelOf(camera, pose.rotation * onBoard + pose.translation);
     if (isMoving(pose)) {
-        // Which row sees the point depends on where it is seen.
+        // The pose depends on the row that sees the point, and the row depends on the pose, so this is iterated.
         for (int i = 0; i < 60; i++) {
             const Moment moment = momentAt(pose, pixel.y);
             const cv::Point2d before = pixel;

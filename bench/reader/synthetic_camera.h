@@ -1,9 +1,9 @@
-// A camera that photographs printed targets: true perspective through any lens, bent paper, a rolling shutter, and each
-// pixel's exact area. What it knows of its own geometry is the truth the reader is measured against; exposure.h makes
-// a photograph of what it sees.
+// A camera that photographs printed targets: true perspective through any lens, bent paper, a rolling shutter, and the
+// exact average over each pixel's area. Its known geometry is the truth with which the reader's results are compared.
+// exposure.h makes a photograph from what the camera sees.
 //
 // Image coordinates: the centre of the top-left pixel is (0, 0), x to the right, y down. Everything random comes from
-// the caller's generator, so that a seed fixes an image.
+// the caller's generator, so a seed determines an image.
 #pragma once
 
 #include <functional>
@@ -25,8 +25,8 @@ struct TargetPose {
     cv::Vec3d translation{0, 0, 1};
     cv::Point2d anchor;
     std::shared_ptr<const PaperSheet> sheet;  // may be empty: flat
-    // What the camera's own movement adds while its rows are read one after the other, for each row from middleRow on:
-    // first a turn about its centre (axis times radians), then a shift.
+    // The camera's own movement while its rows are read one after the other, per row and counted from middleRow: first
+    // a turn about its centre (axis times radians), then a shift.
     cv::Vec3d turnPerRow;
     cv::Vec3d shiftPerRow;
     double middleRow = 0;

@@ -10,9 +10,9 @@ namespace reader_bench {
 
 namespace {
 
-// Marks begin and end at thirds of a square, so that most cells of this size hold one level of ink.
+// Marks begin and end at thirds of a square, so the ink is uniform in most cells of this size.
 constexpr int cellsPerPitch = 3;
-// Cells reach so far over the outer size, for ink that spreads.
+// How far the cells extend beyond the outer size, in pitches, because ink spreads.
 constexpr double margin = 1;
 
 cv::Rect2d grown(const cv::Rect2d &rect, double by) {
@@ -44,7 +44,7 @@ bool isInside(const cv::Point2d &p, const std::vector<cv::Point2d> &polygon) {
     return left == 0 || left == polygon.size();
 }
 
-// Each side moved outwards by the spread.
+// The polygon with each side moved outwards by the spread.
 std::vector<cv::Point2d> spreadPolygon(const std::vector<cv::Point2d> &polygon, double spread) {
     const size_t n = polygon.size();
     double area = 0;
@@ -122,7 +122,7 @@ bool SyntheticTarget::holds(const Shape &outer, const Shape &inner) {
     return outer.form != Form::Polygon || isInside(middleOf(inner.bounds), outer.polygon);
 }
 
-// Dark is what lies within an odd number of shapes. They lie apart or within each other.
+// A point is dark if it lies within an odd number of shapes. Shapes are either separate or one is inside the other.
 void SyntheticTarget::weighShapes() {
     for (Shape &shape : shapes) {
         const cv::Point2d middle = middleOf(shape.bounds);
@@ -135,7 +135,7 @@ void SyntheticTarget::weighShapes() {
     }
 }
 
-// Dark shapes grow and light ones shrink. Where two dark squares meet in a corner they come to overlap.
+// Lets dark shapes grow and light ones shrink. Two dark squares that touch at a corner then overlap.
 void SyntheticTarget::spreadInk(const std::vector<cv::Point2d> &squareCorners) {
     for (Shape &shape : shapes) {
         const double spread = printForm.inkSpread * shape.weight;
@@ -162,7 +162,7 @@ int SyntheticTarget::cellIndex(double coordinate) {
 // Calls visit with every cell that a rectangle reaches into.
 template <typename Visit>
 void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) const {
-    // Shapes end on cells' borders but for rounding.
+    // Except for rounding errors, shapes end on the borders of cells.
     constexpr double slack = 1e-7;
     const int left = std::max(0, cellIndex(bounds.x + slack));
     const int top = std::max(0, cellIndex(bounds.y + slack));
@@ -241,7 +241,7 @@ double SyntheticTarget::inkShare(const Quad &quad) const {
         bounds.x >= outerSize.width + margin || bounds.y >= outerSize.height + margin) {
         return 0;
     }
-    // Even all over, as most pixels are, unless a cell differs from those before it.
+    // Assumes that the ink is uniform, as in most pixels, until a cell differs from those before it.
     double ink = -1;
     bool even = cellIndex(bounds.x) >= 0 && cellIndex(bounds.y) >= 0 &&
                 cellIndex(bounds.x + bounds.width) < cellCount.width &&
@@ -281,8 +281,8 @@ double SyntheticTarget::mixedShare(const Quad &quad, const cv::Rect2d &bounds) c
     return area > 0 ? std::clamp(inked / area, 0.0, 1.0) : 0;
 }
 
-// What the halftone screen leaves of the ink: a wave along both of its axes, averaged over the quadrilateral as if
-// that were a parallelogram.
+// The share of the ink that the halftone screen leaves: a wave along both of its axes, averaged over the quadrilateral,
+// which is treated as a parallelogram.
 double SyntheticTarget::screen(const Quad &quad) const {
     const cv::Point2d middle = (quad[0] + quad[1] + quad[2] + quad[3]) / 4;
     const cv::Point2d across = (quad[1] - quad[0] + quad[2] - quad[3]) / 2;

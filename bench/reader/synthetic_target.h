@@ -2,8 +2,8 @@
 // that LmLib64 prints.
 //
 // The unit of length is one lattice pitch (a checkerboard's square side, half the grid spacing of a plate). The
-// origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 where all is inked and 0 on the
-// paper, so that ink and paper levels are the camera's business.
+// origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 in full ink and 0 on paper; the
+// camera converts it to grey levels.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,7 +16,7 @@ namespace reader_bench {
 
 // How the printer renders the shapes. Lengths in pitches.
 struct Print {
-    double inkSpread = 0;       // dark shapes reach so much farther on every side
+    double inkSpread = 0;       // how much farther dark shapes extend on every side
     double halftonePeriod = 0;  // of the screen that thins the ink; 0: none
     double halftoneDepth = 0;   // the part of the ink missing between the screen's dots
     double halftoneAngle = 0;   // radians
@@ -36,18 +36,18 @@ public:
 
 private:
     enum class Form { Rectangle, Circle, Polygon };
-    // Ink that is added (weight 1), or taken away (-1) where a shape lies within a dark one.
+    // A shape whose ink is added (weight 1), or taken away (-1) if the shape lies within a dark one.
     struct Shape {
         Form form = Form::Rectangle;
         double weight = 1;
         cv::Rect2d bounds;
         std::vector<cv::Point2d> polygon;
     };
-    // A small square of the plane: the shapes that reach into it, and its ink where that is the same all over.
+    // A small square of the plane: the shapes that reach into it, and its ink if that is uniform.
     struct Cell {
         size_t firstShape = 0;
         size_t shapeCount = 0;
-        float ink = -1;  // negative: not the same all over
+        float ink = -1;  // negative if it is not uniform
     };
 
     static int cellIndex(double coordinate);

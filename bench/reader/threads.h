@@ -1,4 +1,4 @@
-// Work on all cores, and what it costs.
+// Runs work in several threads, and measures its processor time.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace reader_bench {
 
-// Calls work with 0 to count - 1, each once, in so many threads. No call may throw.
+// Calls work(0) to work(count - 1), each once, in `threadCount` threads. No call may throw.
 template <typename Work>
 void inThreads(unsigned threadCount, std::size_t count, const Work &work) {
     std::atomic<std::size_t> next{0};
@@ -28,7 +28,8 @@ void inThreads(unsigned threadCount, std::size_t count, const Work &work) {
     }
 }
 
-// Processor time of the calling thread since some moment, where the system tells it; otherwise wall-clock time.
+// Processor time of the calling thread since an unspecified moment, if the system provides it; otherwise wall-clock
+// time.
 inline double threadSeconds() {
 #ifdef CLOCK_THREAD_CPUTIME_ID
     timespec now{};

@@ -8,7 +8,7 @@ namespace lmlib64 {
 
 // One 8-bit channel without padding; the grey of each pixel is the share of its area that is light: 0 dark, 255 light.
 // The picture shows the outer size and its quiet zone. Its longer side is exactly `imageSize` pixels. Its shorter side
-// is to scale, rounded to at least 1 pixel, with the pattern in the middle. A geometry of size 0 gives an empty
+// is to scale, rounded, but at least 1 pixel. The pattern is in the middle. A geometry of size 0 gives an empty
 // picture. Throws std::bad_alloc.
 Binary renderPreview(const PatternGeometry &geometry, int imageSize);
 
