@@ -1,5 +1,5 @@
-// A rectangle of bits, of which many can be read at once: 64 of a row, or a window of up to 8 x 8 as one word. Every
-// bit beyond its edges is 0.
+// A rectangle of bits from which many can be read at once: 64 bits of a row, or a window of up to 8 x 8 bits as one
+// word. Every bit beyond its edges is 0.
 #pragma once
 
 #include <cstddef>

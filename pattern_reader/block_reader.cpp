@@ -115,8 +115,8 @@ BlockAgreement compare(const SeenBlock &seen, const BlockFamily &family) {
     BlockAgreement agreement;
     agreement.checks = int(std::bitset<64>(known).count()) - remainder.freeBits();
     const std::uint64_t rest = remainder.of((seen.bits ^ family.first) & known);
-    // Remainders add bit by bit: those of the bits that are wrong make up the rest. Sums of none, one and two of them
-    // are listed; the rest is one of these, or a sum of two.
+    // Remainders are linear: the rest is the sum (XOR) of the remainders of the wrong bits. The sums of none, one and
+    // two such remainders are listed; the rest must be one of these, or a sum of two of them.
     std::vector<std::uint64_t> ones;
     for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
         const std::uint64_t mask = std::uint64_t(1) << bit;
@@ -161,7 +161,7 @@ BlockAgreement comparePlateBlock(const SeenBlock &seen) {
 
 SeenBlock mirrorPlateBlock(const SeenBlock &seen) {
     SeenBlock mirrored;
-    // The first bit's dot does not stand on the grid that the mirror maps to itself.
+    // The dot of bit 0 is left out, because it is not on the grid that mirroring maps to itself.
     for (int bit = 1; bit < pattern_code::blockBitCount; bit++) {
         const std::uint64_t mask = std::uint64_t(1) << (pattern_code::blockBitCount - 1 - bit);
         const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
@@ -183,7 +183,7 @@ void SeenBlock::see(int bit, bool set) {
 
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion) {
     SeenBlock seen;
-    // Doubtful squares take part: the block's check bits are proof enough.
+    // Doubtful squares are used too, because the block's check bits detect errors.
     for (const SquareReading &reading : readings) {
         const cv::Point square = motion.square(reading.cell);
         if (reading.certainty < clearEnough || square.x % 2 != 0 || square.y % 2 != 0) {

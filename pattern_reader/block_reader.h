@@ -1,4 +1,4 @@
-// From the marks or dots of an information block to what it says.
+// Reads and decodes an information block from its marks or dots.
 #pragma once
 
 #include <cstdint>
@@ -23,12 +23,12 @@ struct SeenBlock {
 // The block in the squares of a tile.
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion);
 
-// Decodes the block and writes it into reading.values, blockBytes and correctedBits; leaves them alone when the block
-// cannot be read beyond doubt.
+// Decodes the block and writes it to reading.values, blockBytes and correctedBits. Leaves these unchanged if the block
+// cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// How well what was seen of a plate's block goes with the block that it goes with best. Random bits agree without an
-// exception once in 2^checks.
+// How well the visible bits of a plate's block agree with the valid block that they agree with best. Random bits agree
+// completely with a probability of 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 

@@ -34,7 +34,7 @@ float medianSpacing(const CornerLattice &lattice) {
     return *middle;
 }
 
-// How many squares are certain to be marked, or certain not to be, whichever is fewer.
+// The number of squares that are certainly marked or of those that are certainly not, whichever is smaller.
 int rarerKind(const std::vector<SquareReading> &marks) {
     int marked = 0;
     int unmarked = 0;
@@ -46,8 +46,8 @@ int rarerKind(const std::vector<SquareReading> &marks) {
     return std::min(marked, unmarked);
 }
 
-// Codes have about as many squares of either kind. Where three in ten are certain to be of the rarer one the blur is
-// right.
+// Codes have about as many marked squares as others. If at least three squares in ten are certainly of the rarer kind,
+// the blur is right.
 bool isDivided(const std::vector<SquareReading> &marks) {
     return rarerKind(marks) * 10 >= int(marks.size()) * 3;
 }
@@ -67,7 +67,7 @@ CornerLattice middlePart(const CornerLattice &lattice) {
     return part;
 }
 
-// Nothing if by no blur both kinds of squares are seen.
+// The blur with which the squares divide best into marked ones and others. Empty if none shows both kinds.
 std::optional<float> dividingBlur(const std::vector<ImageLevel> &levels, const CornerLattice &lattice) {
     constexpr std::array<float, 6> blurs{0.45F, 0.55F, 0.7F, 0.85F, 1.05F, 1.3F};  // pixels
     constexpr int leastRarer = 4;

@@ -1,8 +1,8 @@
 // Measures a lattice's corners and reads the marks of its squares.
 //
-// Where squares are a few pixels large the pixels around a corner hardly tell a strong blur of a strong contrast from a
-// weak blur of a weak one, and by the wrong blur every square looks marked, or none. There the blur is the one by which
-// the squares divide into marked ones and others.
+// If squares are only a few pixels large, the pixels around a corner hardly distinguish strong blur with strong
+// contrast from weak blur with weak contrast, and with the wrong blur all squares look marked, or none does. In that
+// case the blur is chosen so that the squares divide into marked ones and others.
 #pragma once
 
 #include <vector>

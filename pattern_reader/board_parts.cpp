@@ -75,7 +75,7 @@ void joinParts(std::vector<PatternReading> &readings, const ReadLattice &read) {
             }
             readings[i] = join(readings[i], readings[k], read);
             readings.erase(readings.begin() + std::ptrdiff_t(k));
-            // What is larger now may reach what it did not before.
+            // The joined part is larger, so it may now reach parts that it did not reach before.
             k = i + 1;
         }
     }

@@ -1,6 +1,6 @@
-// Boards that were read in parts, because something in front of them cuts them apart or because two levels of the
-// pyramid showed different corners of them. Two boards of the same number stay two: they show the same lattice points
-// at different places.
+// Boards that were read in parts, because something in front of them divides them or because two levels of the pyramid
+// showed different corners of them. Two boards with the same number remain two, because they show the same lattice
+// points at different places.
 #pragma once
 
 #include <functional>
@@ -12,11 +12,11 @@
 
 namespace pattern_reader {
 
-// Reads a lattice: drops and adds corners and says what it is; nothing if it is no coded board.
+// Reads a lattice: drops and adds corners, and determines what it is. Empty if it is not a coded board.
 using ReadLattice = std::function<std::optional<PatternReading>(CornerLattice &lattice)>;
 
-// Makes one reading of those that are parts of one board, by reading their corners together. A lattice point that
-// several of them have is in it once.
+// Joins the readings that are parts of the same board into one, by reading their corners together. A lattice point that
+// several parts have is contained once.
 void joinParts(std::vector<PatternReading> &readings, const ReadLattice &read);
 
 }  // namespace pattern_reader

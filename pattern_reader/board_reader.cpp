@@ -16,8 +16,8 @@ namespace pattern_reader {
 
 namespace {
 
-// What a lattice says once its place is known. squares counts the pattern's columns and rows of squares: the outermost
-// lattice lines are its edge and no corners.
+// The reading of a lattice whose place is known. `squares` has the numbers of the pattern's columns and rows of
+// squares. The outermost lattice lines are the pattern's edge and have no corners.
 PatternReading describe(const CornerLattice &lattice, const LatticeMotion &motion, cv::Size squares) {
     PatternReading reading;
     const cv::Rect inside(1, 1, squares.width - 1, squares.height - 1);

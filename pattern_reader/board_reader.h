@@ -1,4 +1,4 @@
-// Says what a lattice of corners is: a tile, a piece of the plane, or a plain board of a known size.
+// Determines what a lattice of corners is: a tile, a piece of the plane, or a plain board of a known size.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -11,8 +11,8 @@
 
 namespace pattern_reader {
 
-// Measures a lattice, which drops and adds corners, and reads it. Nothing if it is no coded board and not of the plain
-// board's size in inner corners, if one is given.
+// Measures a lattice, which drops and adds corners, and reads it. Empty if it is neither a coded board nor a plain
+// board of the size given (in inner corners, if one is given).
 std::optional<PatternReading> readBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                         const std::optional<cv::Size> &plainBoard);
 

@@ -1,4 +1,4 @@
-// Solves small systems of normal equations, whose size is known beforehand, without taking memory.
+// Solves small systems of normal equations, whose size is known at compile time, without allocating memory.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@ public:
     using Vector = std::array<double, size>;
     using Matrix = std::array<Vector, size>;
 
-    // Takes the lower left triangle of a symmetric matrix; false when it is not positive definite.
+    // Reads the lower left triangle of a symmetric matrix. False if the matrix is not positive definite.
     bool decompose(const Matrix &matrix) {
         lower = matrix;
         for (size_t i = 0; i < size; i++) {
@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    Matrix lower{};  // without the diagonal, whose inverse stands apart
+    Matrix lower{};  // without the diagonal, whose inverse is stored separately
     Vector inverse{};
 };
 

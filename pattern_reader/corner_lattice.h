@@ -1,8 +1,8 @@
 // A connected piece of a checkerboard: corners with their place in a lattice of their own.
 //
 // Axes: column steps go along axis 0, row steps along axis 1, and turning from axis 0 to axis 1 is clockwise as seen
-// in the image (x right, y down), so a lattice is never mirrored. Where its origin lies and which way its axes point
-// has no meaning yet. Positions are image coordinates.
+// in the image (x right, y down), so a lattice is never mirrored. The place of its origin and the directions of its
+// axes are arbitrary. Positions are image coordinates.
 #pragma once
 
 #include <array>
@@ -32,7 +32,7 @@ public:
     bool originLight = true;
     std::vector<LatticeCorner> corners;
 
-    // Adds a corner; false when its cell is taken or out of range.
+    // Adds a corner. False if its cell is occupied or out of range.
     bool add(const LatticeCorner &corner);
     // The corner's number in `corners`, or -1.
     int indexAt(cv::Point cell) const;
@@ -41,21 +41,21 @@ public:
     void retain(const std::vector<bool> &keep);
     // The smallest rectangle of cells around all corners.
     cv::Rect extent() const;
-    // Whether the square whose top-left corner is `cell` is light.
+    // True if the square whose top-left corner is `cell` is light.
     bool isLight(cv::Point cell) const { return ((cell.x + cell.y) % 2 == 0) == originLight; }
-    // Where an absent corner should be by its neighbours; false when they do not say.
+    // Predicts the position of an absent corner from its neighbours. False if they do not determine it.
     bool predict(cv::Point cell, cv::Point2f &position) const;
-    // Where a present corner should be by its neighbours on either side; false when it has no such pair.
+    // Predicts the position of a present corner from its neighbours on both sides. False if it has no such pair.
     bool interpolate(cv::Point cell, cv::Point2f &position) const;
     // Length of the shorter of the two lattice steps at a corner.
     float spacingAt(cv::Point cell) const;
-    // The steps at a cell, present or not, by the corners next to it; nothing where these do not show both.
+    // The steps at a cell, occupied or not, from the corners next to it. Empty if these do not determine both.
     std::optional<LatticeSteps> stepsAt(cv::Point cell) const;
 
 private:
     size_t slotOf(cv::Point cell) const;
     bool stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const;
-    // Makes room for a cell, with some around it for those that follow.
+    // Enlarges the area so that it contains the cell, and some more so that this is needed less often.
     void cover(cv::Point cell);
 
     // The corners' numbers by cell, over the cells of covered.

@@ -15,7 +15,8 @@ struct Parabola {
     cv::Point2f step, curve;
 };
 
-// Distant corners say more of a border's bend than close ones, whose errors look like one.
+// The bend of a border is measured with corners up to this many steps away, because the errors of closer ones look like
+// a bend.
 constexpr int farthest = 3;
 
 // Through a corner with neighbours on both sides.
@@ -109,7 +110,7 @@ std::optional<CornerBorders> CornerSurroundings::bordersByNeighbours(const Latti
             return std::nullopt;
         }
     }
-    // The second border's distances are counted the other way.
+    // The distances from the second border have the opposite sign.
     borders.bends[1] = -borders.bends[1];
     return borders;
 }
@@ -128,7 +129,7 @@ std::optional<CornerBorders> CornerSurroundings::bordersOf(const LatticeCorner &
 
 // A plane through the levels of up to nine corners around one.
 LightPlane CornerSurroundings::planeAround(cv::Point cell, const std::vector<CornerFit> &fits) const {
-    // At the lattice's edge the nine lie further inside.
+    // At the edge of the lattice, the nine corners are shifted towards its inside.
     const auto shift = [&](cv::Point axis) {
         return lattice.indexAt(cell - axis) < 0 ? 1 : lattice.indexAt(cell + axis) < 0 ? -1 : 0;
     };
@@ -200,7 +201,7 @@ std::array<CornerPrior::Change, 2> CornerSurroundings::lightAround(const Lattice
         }
         changes[i].middle = plane.middle[i];
         changes[i].amplitude = sign * plane.amplitude[i];
-        // Where the levels lie off the plane, as at the edge of a shadow, it says little of the light in between.
+        // If the levels are far from the plane, as at the edge of a shadow, the plane says little about the light.
         const float uneven = std::max(0.0F, plane.scatter * plane.scatter - 2 * scatter * scatter);
         changes[i].deviation = std::sqrt(scatter * scatter * plane.spread[i] * plane.spread[i] + 2.5F * uneven);
     }

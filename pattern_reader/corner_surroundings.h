@@ -1,4 +1,5 @@
-// What a lattice says of one of its corners: the borders' directions and bends, and how light changes around it.
+// What a lattice tells about one of its corners: the borders' directions and bends, and how the light changes around
+// it.
 #pragma once
 
 #include <array>

@@ -13,7 +13,7 @@ struct EdgeValue {
 
 // erf(t / sqrt 2) and its derivative, to some 1e-5. Without branches or tables, for loops over it to be vectorised.
 inline EdgeValue edgeAt(float t) {
-    // Further out than 4.6 there is no edge left to tell: the smaller of t² and 21, halved.
+    // Half of the smaller of t² and 21, because beyond a distance of 4.6 the edge has no effect.
     const float square = 0.25F * (t * t + 21 - std::abs(t * t - 21));
     // exp(-t²/2) as the sixteenth power of a short series.
     const float u = square * (1.0F / 16);
@@ -80,7 +80,7 @@ bool CornerWindow::take(const cv::Mat &picture, const CornerBorders &borders, co
     while (!gather(picture, borders, fit, radius, reach)) {
         radius *= 0.9F;
     }
-    // Beyond the last pixel are some more for the loops' last round.
+    // The lists are padded after the last pixel, for the last iteration of the loops.
     filled = (count_ + lanes - 1) / lanes * lanes;
     for (std::size_t i = count_; i < filled; i++) {
         x[i] = fit.position.x;
@@ -96,8 +96,8 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
     const cv::Point2f axis1 = unit(borders.steps[1]);
     const cv::Point middle = pixelAt(fit.position);
     const int side = int(radius);
-    // A mark's corner shows about as far as twice the blur. Where that leaves too little, somewhat of it is put up
-    // with.
+    // The corner of a mark is visible up to a distance of about twice the blur. If leaving that out would leave too few
+    // pixels, some of its effect is tolerated.
     const float glow = std::min(2 * fit.blur, 0.6F * std::min(borders.marks[0], borders.marks[1]));
     count_ = 0;
     for (int dy = -side; dy <= side; dy++) {
@@ -111,7 +111,7 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
             const float across1 = std::abs(axis1.y * float(dx) - axis1.x * float(dy));
             const float free0 = std::max(0.0F, borders.marks[0] - across0);
             const float free1 = std::max(0.0F, borders.marks[1] - across1);
-            // Written and then, if it is not wanted, written over.
+            // Always written, and overwritten by the next pixel if it is not wanted.
             x[count_] = float(middle.x + dx);
             y[count_] = float(middle.y + dy);
             grey[count_] = float(pixels[dx]);

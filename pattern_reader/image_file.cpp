@@ -19,7 +19,7 @@ namespace pattern_reader {
 
 namespace {
 
-// The conversions of colours know 8 and 16 bits and single precision.
+// OpenCV's colour conversions accept only 8 bits, 16 bits and single precision.
 cv::Mat convertible(const cv::Mat &picture) {
     if (picture.depth() == CV_8U || picture.depth() == CV_16U) {
         return picture;
@@ -33,7 +33,7 @@ double whiteOf(int depth) {
     return depth == CV_8U ? 255 : depth == CV_16U ? 65535 : 1;
 }
 
-// What is seen when the picture lies on white paper.
+// The picture as it looks on white paper.
 cv::Mat onWhite(const cv::Mat &grey, const cv::Mat &alpha) {
     const double white = whiteOf(grey.depth());
     if (cv::countNonZero(alpha < white) == 0) {
@@ -131,7 +131,7 @@ cv::Mat loadGreyImage(const std::string &path) {
     try {
         picture = cv::imread(path, cv::IMREAD_UNCHANGED);
     } catch (const cv::Exception &) {
-        // A damaged or enormous picture; said below.
+        // The picture is damaged or too large, which is reported below.
         picture.release();
     }
     if (picture.empty()) {

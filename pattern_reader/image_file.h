@@ -1,4 +1,4 @@
-// Loads a picture from a file as the reader wants it: one channel of 8 bits.
+// Loads a picture from a file in the form that the reader needs: one channel of 8 bits.
 #pragma once
 
 #include <opencv2/core.hpp>

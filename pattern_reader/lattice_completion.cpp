@@ -38,21 +38,22 @@ float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
     return float(smoothed.at<int16_t>(std::clamp(y, 0, smoothed.rows - 1), std::clamp(x, 0, smoothed.cols - 1))) / 64;
 }
 
-// Light minus dark across the border between two neighbouring corners, the first of which the lattice has; negative
-// when the colours are exchanged.
+// The contrast, light minus dark, across the border between two neighbouring corners, of which at least the first is in
+// the lattice. Negative if the colours are exchanged.
 float borderContrast(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &from,
                      const LatticeCorner &to) {
     const cv::Point step = to.cell - from.cell;
     const cv::Point2f a = level.fromImage(from.position);
     const cv::Point2f b = level.fromImage(to.position);
-    // Along the other axis, not at a right angle: in a sheared lattice that would lead into the next square's mark.
+    // The direction across is that of the other axis. A right angle would, in a sheared lattice, lead into the mark of
+    // the next square.
     cv::Point2f across(a.y - b.y, b.x - a.x);
     if (const std::optional<LatticeSteps> steps = lattice.stepsAt(from.cell)) {
         across = (step.x != 0 ? steps->row : -steps->column) * (float(step.x + step.y) / level.scale());
     }
     across *= 0.22F;
     const cv::Point2f middle = (a + b) / 2;
-    // Clockwise of the step lies the square whose top-left corner is, by step direction, one of these.
+    // The top-left corner of the square on the clockwise side of the step.
     const cv::Point square = step.x == 1    ? from.cell
                              : step.y == 1  ? from.cell + cv::Point(-1, 0)
                              : step.x == -1 ? from.cell + cv::Point(-1, -1)
@@ -84,20 +85,20 @@ cv::Point strongestNear(const cv::Mat &smoothed, cv::Point2f p, int radius) {
     return best;
 }
 
-// Whether the saddle's light area lies where the lattice has light squares at that corner.
+// True if the saddle is light in those directions in which the lattice has light squares at this corner.
 bool hasPolarity(const CornerLattice &lattice, cv::Point cell, cv::Point2f axis0, cv::Point2f axis1,
                  const SaddlePoint &saddle) {
     const cv::Point2f bright(std::cos(saddle.brightAxis), std::sin(saddle.brightAxis));
-    // The light axis lies between axis 0 and axis 1 when it is on opposite sides of them.
+    // The light axis lies between axis 0 and axis 1 if these are on opposite sides of it.
     const bool between = cross(axis0, bright) * cross(bright, axis1) > 0;
     return between == lattice.isLight(cell);
 }
 
-// What the corners next to an absent one say of it.
+// What the corners next to an absent one tell about it.
 struct Surroundings {
     cv::Point2f expected;
     float spacing = 0;                // the shortest lattice step here
-    std::array<cv::Point2f, 2> axes;  // the column and the row step; 0 where no neighbour shows it
+    std::array<cv::Point2f, 2> axes;  // the column and the row step; 0 if no neighbour shows it
 };
 
 bool lookAround(const CornerLattice &lattice, cv::Point cell, Surroundings &around) {
@@ -136,7 +137,7 @@ bool findSaddle(const ImageLevel &level, const Surroundings &around, const std::
     return length(off) <= 0.3F * spacing && (!steps || steps->count(off * level.scale()) <= 0.4F);
 }
 
-// Whether the borders to all neighbours of a corner show about as much contrast as those behind the neighbours.
+// True if the borders between a corner and its neighbours have about as much contrast as the borders beyond these.
 bool bordersContinue(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &corner) {
     for (const cv::Point step : steps()) {
         const LatticeCorner *one = lattice.at(corner.cell + step);

@@ -1,4 +1,4 @@
-// Finds the corners that a lattice lacks, where its own corners say they must be.
+// Finds corners that a lattice lacks, at the places that its own corners predict.
 #pragma once
 
 #include <vector>

@@ -25,13 +25,13 @@ struct Placed {
 // Follows the links from saddle to saddle and gives every one its cell.
 class LatticeGrowth {
 public:
-    // Those in `used` were placed before and are left alone; the ones placed here are added to them. `cornerOf` has -1
-    // for every saddle, between any two growths: a vector of their own would cost each of many small lattices time that
-    // grows with the whole picture.
+    // Saddles in `used` were placed before and are ignored; the saddles placed here are added to it. `cornerOf` is
+    // shared and must have -1 for every saddle between growths, because a vector for each of many small lattices would
+    // take time that grows with the whole picture.
     LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
         : linkedSaddles(saddles), usedSaddles(used), cornerNumbers(cornerOf) {}
 
-    // False when the seed and its neighbours do not make a closed square.
+    // False if the seed and its neighbours do not form a closed square.
     bool start(size_t seed);
     void grow();
     CornerLattice finish(const ImageLevel &level);
@@ -76,7 +76,7 @@ bool LatticeGrowth::place(const Placed &placed) {
 }
 
 bool LatticeGrowth::start(size_t seed) {
-    // Clockwise from border 0 to border 1 the area is light, so the seed's first square is.
+    // The area clockwise from border 0 to border 1 is light, so the seed's first square is light.
     Placed first;
     first.saddle = seed;
     first.axes = linkedSaddles[seed].border;
@@ -136,7 +136,8 @@ void LatticeGrowth::grow() {
     dropContradictions();
 }
 
-// A link whose ends are not neighbours in the lattice speaks against both of them. One entry for each placed saddle.
+// True for each placed saddle whose links mostly agree with the lattice. A link contradicts the lattice if its ends are
+// not neighbours there.
 std::vector<bool> LatticeGrowth::withoutContradiction() {
     for (size_t i = 0; i < members.size(); i++) {
         cornerNumbers[members[i].saddle] = int(i);
@@ -184,7 +185,7 @@ CornerLattice LatticeGrowth::finish(const ImageLevel &level) {
     return std::move(grown);
 }
 
-// The saddles with two links and more, those with the most first.
+// The saddles with at least two links, those with the most links first.
 std::vector<size_t> bestSeedsFirst(const std::vector<LinkedSaddle> &saddles) {
     std::vector<size_t> order;
     std::vector<int> linkCount(saddles.size(), 0);

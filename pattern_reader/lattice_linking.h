@@ -10,7 +10,7 @@
 
 namespace pattern_reader {
 
-// Links saddles of one level into lattices. Every saddle ends in at most one; pieces of fewer than leastCorners
+// Links saddles of one level into lattices. Every saddle is in at most one of them. Lattices of fewer than leastCorners
 // corners are dropped. Sorted from large to small.
 std::vector<CornerLattice> linkLattices(const ImageLevel &level, const std::vector<SaddlePoint> &saddles,
                                         size_t leastCorners);

@@ -1,8 +1,9 @@
 // Measures all corners of a lattice: the borders' directions and bends and the change of light come from the
 // neighbours.
 //
-// The corners are first fitted in the finest level in which their squares have at most 28 pixels, then once more in the
-// one that suits blur and size best: a soft or very large board loses little when it is halved, and windows stay small.
+// The corners are first fitted in the finest level in which their squares have at most 28 pixels, and then once more in
+// the level that suits blur and size best. The picture of a blurred or very large board loses little when it is halved,
+// and the windows stay small.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -87,7 +87,7 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        // A corner that the base has as well is no reason against: both were found at the same place.
+        // A corner that the base has too does not contradict, because both were found at the same place.
         const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
         off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;
     }
@@ -146,7 +146,7 @@ bool continues(const CornerLattice &base, const CornerLattice &piece) {
     constexpr size_t compared = 20;
     const std::vector<LatticeCorner> others = closestTo(middleOf(near), piece, compared);
     const auto fits = std::count_if(others.begin(), others.end(), [&](const LatticeCorner &corner) {
-        // How far the cell is outside of what is carried on.
+        // How far the cell is outside the base.
         const int across = std::max(extent.x - corner.cell.x, corner.cell.x - extent.br().x + 1);
         const int down = std::max(extent.y - corner.cell.y, corner.cell.y - extent.br().y + 1);
         const double allowed = 0.4 + 0.06 * std::max({across, down, 0});

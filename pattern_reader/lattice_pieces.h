@@ -1,4 +1,4 @@
-// Pieces of a board that something in front of it has cut apart.
+// Joins the pieces of a board that something in front of it divides.
 #pragma once
 
 #include <vector>
@@ -8,12 +8,12 @@
 
 namespace pattern_reader {
 
-// Joins lattices that continue each other: where one, carried on, has its corners, there are the other's. Sorted from
-// large to small, as the lattices must be.
+// Joins lattices that continue each other: if one is extrapolated, its corners coincide with those of the other. The
+// lattices must be sorted from large to small, and so is the result.
 void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLevel> &levels);
 
-// Whether a piece whose cells are those of the base lies where the base, carried on, has them; the farther away, the
-// less exactly.
+// True if a piece, whose cells are in the base's coordinates, lies where the extrapolated base has these cells. The
+// tolerance grows with the distance.
 bool continues(const CornerLattice &base, const CornerLattice &piece);
 
 }  // namespace pattern_reader

@@ -31,7 +31,7 @@ public:
         }
     }
 
-    // Whether the lattice is, for a good part, one that was taken.
+    // True if more than two thirds of the lattice's corners lie at places already taken.
     bool overlaps(const CornerLattice &lattice) const {
         const auto hits = std::count_if(lattice.corners.begin(), lattice.corners.end(),
                                         [&](const LatticeCorner &c) { return taken[slot(c.position)] != 0; });
@@ -69,7 +69,7 @@ std::vector<CornerLattice> findLattices(const std::vector<ImageLevel> &levels, c
             continue;
         }
         completeLattice(piece, levels);
-        // A piece that was left over may have grown into what is taken.
+        // A piece that was left over may have grown into places already taken.
         if (piece.corners.size() < leastLatticeCorners || taken.overlaps(piece)) {
             continue;
         }

@@ -1,5 +1,5 @@
-// All checkerboard lattices of a picture: those of every level of its pyramid, each of them once, with the corners that
-// they lack and joined where something in front has cut them apart.
+// Finds all checkerboard lattices of a picture: those of every level of its pyramid, each of them once, completed by
+// the corners that they lacked, and joined if something in front divides them.
 #pragma once
 
 #include <vector>

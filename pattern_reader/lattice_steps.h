@@ -1,7 +1,7 @@
 // The column and the row step of a lattice at one place: how far apart two points are in lattice coordinates.
 //
-// In a tilted picture the lattice is sheared, and its lines lie far closer than its steps are long: only in lattice
-// coordinates does a distance say whether a point can be the lattice's.
+// In the picture of a tilted board the lattice is sheared, and its lines are much closer than its steps are long. So
+// only a distance in lattice coordinates tells whether a point can belong to the lattice.
 #pragma once
 
 #include <algorithm>
@@ -14,14 +14,14 @@ struct LatticeSteps {
     cv::Point2f column, row;  // pixels
 
     float area() const { return std::abs(column.x * row.y - column.y * row.x); }
-    // How long a difference between two points is in lattice coordinates. Infinite or not a number where the two steps
-    // are parallel.
+    // The length of a difference between points, in lattice coordinates (steps). Infinite or not a number if the two
+    // steps are parallel.
     float count(cv::Point2f difference) const {
         const float alongColumn = difference.x * row.y - difference.y * row.x;
         const float alongRow = column.x * difference.y - column.y * difference.x;
         return std::sqrt(alongColumn * alongColumn + alongRow * alongRow) / area();
     }
-    // The distance between the closer two of neighbouring lines.
+    // The distance between neighbouring lines, of columns or of rows, whichever is smaller.
     float lineDistance() const { return area() / std::sqrt(std::max(column.dot(column), row.dot(row))); }
 };
 

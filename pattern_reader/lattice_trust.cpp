@@ -12,7 +12,7 @@ namespace {
 
 constexpr float leastCertainty = 0.3F;
 
-// Whether a square was read as the code has it; nothing where there is no code or the reading is not certain.
+// True if a square was read as the code has it. Empty if the square has no code or its reading is not certain.
 std::optional<bool> agreement(const SquareReading &reading, const Place &place) {
     bool expected = false;
     if (reading.certainty < leastCertainty || reading.maybeCover ||
@@ -53,8 +53,9 @@ cv::Vec6d termsAt(double x, double y, std::integral_constant<int, 6>) {
     return {1, x, y, x * x, x * y, y * y};
 }
 
-// How far a corner lies from where the trusted corners in reach say, by an affine map from cells to the image through
-// these or by one with second powers, in lattice steps. Nothing if these are too few.
+// How far a corner is from the position that the trusted corners in reach predict, in lattice steps. The prediction is
+// a map from cells to the image, fitted to these corners: affine, or with second powers. Empty if the trusted corners
+// are too few.
 template <int count>
 std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
                                          const std::vector<bool> &trusted, int reach) {
@@ -75,7 +76,7 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     }
     bool solved = false;
     const cv::Matx<double, count, count> inverse = matrix.inv(cv::DECOMP_CHOLESKY, &solved);
-    // The inverse's first entry is how many times a corner's own variance the map's has here.
+    // The inverse's first entry is the variance of the prediction divided by that of a single corner.
     if (seen < 2 * count || !solved || !(inverse(0, 0) < 4)) {
         return std::nullopt;
     }
@@ -84,7 +85,7 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     return LatticeSteps{row(1), row(2)}.count(row(0));
 }
 
-// Whether a corner lies where the trusted ones say. A mark's corner lies a third of a step from the lattice's along
+// True if a corner is where the trusted ones predict. The corner of a mark is a third of a step away from that along
 // both axes.
 bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const std::vector<bool> &trusted) {
     constexpr float farthest = 0.2F;
@@ -93,7 +94,7 @@ bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const s
         distance = distanceFromTrusted<3>(lattice, corner, trusted, reach);
     }
     if (distance && !(*distance <= farthest)) {
-        // Where a lens or the paper bends the lattice the affine map is off by itself.
+        // If a lens or the paper bends the lattice, the affine map is not accurate enough.
         distance = distanceFromTrusted<6>(lattice, corner, trusted, 3);
     }
     return distance && *distance <= farthest;
@@ -108,7 +109,7 @@ void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
     lattice.retain(keep);
 }
 
-// Numbers the pieces whose corners hang together step by step; one number for each corner.
+// Numbers the connected pieces of a lattice, and returns the number of the piece for each corner.
 std::vector<int> numberPieces(const CornerLattice &lattice, int &pieces) {
     std::vector<int> piece(lattice.corners.size(), -1);
     std::vector<size_t> open;
@@ -141,7 +142,7 @@ void dropUnprovenPieces(CornerLattice &lattice, const std::vector<SquareReading>
     if (pieces < 2) {
         return;
     }
-    // Ten squares agree by chance once in a thousand; one that does not takes three of them back.
+    // Ten squares agree by chance once in a thousand times. A square that disagrees cancels three that agree.
     constexpr int proof = 10;
     std::vector<int> score(size_t(pieces), 0);
     for (const SquareReading &reading : marks) {

@@ -1,5 +1,5 @@
-// Which corners of a board are where the code says: a lattice that has been placed may still hold points that only look
-// like corners, and pieces that were joined to it a step aside.
+// Determines which corners of a board to trust. A lattice whose place in the code is known may still contain points
+// that only look like corners, and pieces that were joined to it one step off.
 #pragma once
 
 #include <vector>
@@ -10,8 +10,8 @@
 
 namespace pattern_reader {
 
-// Drops the corners that are out of line with those whose squares were read as the code has them, then the pieces
-// without a link to the rest that have too few such squares of their own.
+// Drops the corners that are not in line with those whose squares were read as the code has them. Then drops connected
+// pieces that have too few such squares of their own.
 void keepTrustedCorners(CornerLattice &lattice, const std::vector<SquareReading> &marks, const Place &place);
 
 }  // namespace pattern_reader

@@ -16,7 +16,7 @@ enum Unknown : size_t { light, dark, slopeX, slopeY, centreX, centreY, shapeXX, 
 using Equations = Cholesky<unknowns>;
 using Vector = Equations::Vector;
 
-// The derivatives over the unknowns and, last, the error of one pixel.
+// The derivatives by the unknowns and, in the last column, the error of one pixel.
 constexpr size_t columns = unknowns + 1;
 
 // Sums of products of the columns over pixels, for the picture that a fit describes. Pixels are taken a block at a time
@@ -145,8 +145,9 @@ private:
     size_t pixels = 0;
 };
 
-// The pixels between two ellipses of a mark's shape: those that its border reaches and, in every third row of a mark
-// that has enough of them, some of the plain areas on either side, which tell the light's slope.
+// The pixels between two ellipses with a mark's shape: those that its border affects, and some of the plain areas on
+// both sides, which show the slope of the light. The latter are taken from every third row only, if the mark has enough
+// rows.
 class Band {
 public:
     explicit Band(const MarkFit &fit) : centre(fit.centre), shape(fit.toUnit.t() * fit.toUnit) {
@@ -157,7 +158,7 @@ public:
         needed = std::min(widest, 1 + 1.5 * fit.blur / radius);
     }
 
-    // Whether all that the border reaches is in a picture of this size.
+    // True if all that the border affects lies in a picture of this size.
     bool isIn(const cv::Size &size) const {
         const double determinant = shape(0, 0) * shape(1, 1) - shape(0, 1) * shape(0, 1);
         const double halfWidth = needed * std::sqrt(shape(1, 1) / determinant);
@@ -191,7 +192,8 @@ private:
     // The dots of a code begin 2.2 radii from a mark's centre.
     static constexpr double widest = 1.75;
 
-    // Where a row enters and leaves the ellipse of so many radii; the first is the greater one when it does not.
+    // Where a row enters and leaves the ellipse that is `radii` times as large as the mark. If it does not meet the
+    // ellipse, the first value is the greater one.
     cv::Point2d crossings(int y, double radii) const {
         const double dy = y - centre.y;
         const double half = shape(0, 1) * dy;
@@ -226,7 +228,7 @@ bool solveStep(const PixelSums &sums, Vector &step, MarkFit &fit) {
         }
         scale[i] = 1 / std::sqrt(sums.of(i, i));
     }
-    // A touch of damping: in a small mark size, depth and blur can hardly be told apart.
+    // A little damping, because size, contrast and blur of a small mark can hardly be told apart.
     constexpr double damping = 1e-4;
     for (size_t i = 0; i < unknowns; i++) {
         for (size_t j = 0; j <= i; j++) {
@@ -284,7 +286,7 @@ bool isEllipse(const MarkFit &fit) {
     return determinant > 0 && fit.toUnit(0, 0) > 0 && fit.shortRadius() > 0.7;
 }
 
-// A start for the grey levels: of the middle, and of what is well outside.
+// Start values for the grey levels: those of the middle and of places well outside the mark.
 void guessLevels(const cv::Mat &picture, MarkFit &fit) {
     const cv::Matx22d fromUnit = fit.toUnit.inv();
     const auto at = [&](double x, double y) {
@@ -332,7 +334,7 @@ bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit) {
         if (!isEllipse(fit) || !(std::hypot(moved.x, moved.y) < reach) || fit.blur > 2 * fit.longRadius()) {
             return false;
         }
-        // The next step would be as much shorter than this one as this one is than the blur.
+        // Convergence is quadratic: the next step would be shorter than this one by the factor step / blur.
         if (std::hypot(step[centreX], step[centreY]) < 0.03 * fit.blur && std::abs(step[blurWidth]) < 0.1 * fit.blur) {
             break;
         }

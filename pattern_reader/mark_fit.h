@@ -2,8 +2,8 @@
 //
 //   grey = (1 + slope · d) * (dark + (light - dark) * P(s / blur))
 //
-// d being the way from the centre, s the distance outside the border and P the standard normal distribution. The slope
-// is that of the light. Everything is fitted at once, by Gauss-Newton with analytic derivatives.
+// where d is the vector from the centre, s the distance outside the border and P the standard normal distribution. The
+// slope is that of the light. All parameters are fitted at once, by Gauss-Newton with analytic derivatives.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -1,4 +1,4 @@
-// Finds round marks that stand in a square lattice, as on a plate: their pitch is four times their radius.
+// Finds round marks in a square lattice whose pitch is four times their radius, as on a plate.
 #pragma once
 
 #include <vector>

@@ -23,7 +23,7 @@ bool isMirrored(int orientation) {
     return orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;
 }
 
-// The whole file if it is a JPEG file, else nothing.
+// The whole file if it is a JPEG file, otherwise empty.
 Bytes jpegContent(std::istream &file) {
     file.clear();
     file.seekg(0);
@@ -53,15 +53,15 @@ int exifOrientation(const Bytes &bytes) {
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
-// Whether the end marker stands where the segments and the compressed data lead to. A thumbnail's end marker lies
-// inside a segment and does not count.
+// True if the end marker is missing after the segments and the compressed data. The end marker of a thumbnail is inside
+// a segment and does not count.
 bool endsBeforeItsPicture(const Bytes &bytes) {
     constexpr unsigned char endOfImage = 0xD9;
     const auto standsAlone = [](unsigned char marker) { return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8); };
     size_t at = 2;
     while (at + 1 < bytes.size()) {
         if (bytes[at] != 0xFF) {
-            // Compressed data, up to the next marker; a zero byte after FF says that it is none.
+            // Compressed data, up to the next marker. FF followed by a zero byte is not a marker.
             const void *next = std::memchr(&bytes[at], 0xFF, bytes.size() - at);
             if (next == nullptr) {
                 return true;
@@ -86,7 +86,7 @@ bool endsBeforeItsPicture(const Bytes &bytes) {
     return true;
 }
 
-// OpenCV turns TIFF pictures upright; this turns one back to how it is stored.
+// OpenCV turns TIFF pictures upright. This reverses that.
 cv::Mat asStored(const cv::Mat &upright, int orientation) {
     cv::Mat stored;
     switch (orientation) {

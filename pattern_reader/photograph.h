@@ -1,5 +1,4 @@
-// A photograph from a file: its grey levels and what the file says of them. It does not read patterns in files of other
-// kinds, and it never writes.
+// A photograph from a file: its grey levels and what the file says about them. It never writes files.
 //
 // Coordinates are those of the picture as it is stored: column 0 of row 0 of the file's data is the top-left pixel,
 // whatever the orientation tag says. Every function may be called from any thread at the same time. Paths are in the

@@ -8,7 +8,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Unsigned numbers of a file, each at an offset from its start; 0 beyond the file's end, where no size can stand.
+// Unsigned numbers of a file, each at an offset from its start; 0, which is no valid size, beyond the file's end.
 class Bytes {
 public:
     explicit Bytes(std::istream &source) : file(source) {}

@@ -1,9 +1,9 @@
-// What a picture file says of its picture in its first bytes: how large it is, so that what is too large is refused
-// before any memory is taken for it, and how it is to be turned. Knows PNG, JPEG, TIFF and PNM; does not tell whether a
-// picture is intact.
+// Reads from the header of a picture file how large the picture is, so that a picture that is too large is refused
+// before any memory is allocated for it, and its orientation. Supports PNG, JPEG, TIFF and PNM. Does not check whether
+// a picture is intact.
 //
-// Each function reads from a seekable stream, wherever that stands. Nothing for another format, or if the file does not
-// say.
+// Each function reads from a seekable stream, whatever its current position. The result is empty for another format, or
+// if the file does not contain the value.
 #pragma once
 
 #include <cstdint>

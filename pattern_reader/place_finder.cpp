@@ -13,9 +13,10 @@ using pattern_code::planeSide;
 using pattern_code::tileSide;
 
 constexpr float leastCertainty = 0.3F;  // of a reading that takes part
-// Accepted is what chance would show once in this many lattices of random marks, as a power of ten.
+// A place is accepted if a lattice of random marks would match as well with at most this probability, as a power of
+// ten.
 constexpr double log10Doubt = -5;
-constexpr int leastReadings = 36;  // fewer are beyond that doubt at no place
+constexpr int leastReadings = 36;  // fewer can never be that certain
 constexpr double greatestMismatchShare = 0.16;
 
 cv::Point turned(cv::Point p, int quarterTurns) {
@@ -45,7 +46,7 @@ SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origi
     return seen;
 }
 
-// Squares that lie outside the code, or on a tile's information block, speak for nothing; but there must not be many.
+// Squares outside the code or on a tile's information block are not compared, but there must not be many of them.
 bool isAccepted(const Location &location, int readings) {
     const int compared = location.agreeing + location.disagreeing;
     const int leastCompared = readings * (location.place.tile == Place::plane ? 6 : 4);
@@ -60,7 +61,7 @@ cv::Point LatticeMotion::point(cv::Point p) const {
 }
 
 cv::Point LatticeMotion::square(cv::Point s) const {
-    // The square's centre is turned, and half a step on the way there and back.
+    // Turns the centre of the square, which is half a step away from its top-left corner.
     const cv::Point twice = turned(2 * s + cv::Point(1, 1), quarterTurns) - cv::Point(1, 1);
     return cv::Point(twice.x / 2, twice.y / 2) + shift;
 }
@@ -84,7 +85,7 @@ std::optional<Place> findPlace(const std::vector<SquareReading> &readings) {
     const int known = int(certain.size());
     const int marked =
         int(std::count_if(certain.begin(), certain.end(), [](const SquareReading &one) { return one.marked; }));
-    // Plain boards, and readings too few to tell anything, are not worth a search.
+    // Plain boards, and boards with too few readings, are not worth a search.
     if (known < leastReadings || marked * 8 < known || marked * 8 > known * 7) {
         return std::nullopt;
     }

@@ -1,5 +1,5 @@
-// Finds where a lattice of mark readings lies in the position code: the plane or one of the tiles, and in which
-// orientation. Answers only when chance cannot be the reason.
+// Finds where a lattice of mark readings lies in the position code: in the plane or in one of the tiles, and in which
+// orientation. Returns a place only if it cannot be due to chance.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -10,7 +10,7 @@
 
 namespace pattern_reader {
 
-// From a lattice of its own to the code's lattice: a number of clockwise quarter turns, then a shift.
+// A motion from a lattice's own coordinates to the code's lattice: a number of clockwise quarter turns, then a shift.
 struct LatticeMotion {
     int quarterTurns = 0;
     cv::Point shift;
@@ -32,7 +32,7 @@ struct Place {
 // What the code has in a square of the plane or of a tile; false where it has no position bit.
 bool codeBit(int tile, cv::Point square, bool &bit);
 
-// The one place at which the readings agree with the code, if it is beyond doubt.
+// The place at which the readings agree with the code, if it is certain.
 std::optional<Place> findPlace(const std::vector<SquareReading> &readings);
 
 }  // namespace pattern_reader

@@ -46,7 +46,7 @@ bool dropStrayLine(CornerLattice &lattice) {
     return false;
 }
 
-// The motion by so many quarter turns that puts the first corner to (1, 1), and the size that the lattice then has.
+// The motion with this number of quarter turns that moves the first corner to (1, 1), and the lattice's size after it.
 LatticeMotion turnedToOrigin(const CornerLattice &lattice, int quarterTurns, cv::Size &size) {
     const cv::Rect extent = lattice.extent();
     LatticeMotion motion{quarterTurns, {}};

@@ -1,7 +1,7 @@
-// Tells where a lattice lies on a plain checkerboard of known size, which has no marks that say so.
+// Determines where a lattice lies on a plain checkerboard of known size, which has no marks.
 //
-// The place is settled if the lattice spans the whole board, with corners missing here and there. Part of a board gives
-// no place: its missing lines could be on either side.
+// The place is known if the lattice spans the whole board, even if some corners are missing. For a part of a board it
+// is not known, because the missing lines could be on either side.
 #pragma once
 
 #include <opencv2/core.hpp>

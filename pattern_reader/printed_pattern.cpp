@@ -30,7 +30,7 @@ cv::Point pointOf(const json &pair) {
     return {pair.at(0).get<int>(), pair.at(1).get<int>()};
 }
 
-// Which lattice points the pattern's points are; what carries the code decides.
+// Sets which lattice points the pattern's points are, which depends on the carrier of the code.
 void setLattice(const json &pattern, PrintedPattern &printed) {
     const json &code = pattern.at("Code");
     const bool isPlate = pattern.at("Kind") == "RoundMarks";
@@ -89,7 +89,7 @@ int pointNumber(const PrintedPattern &pattern, cv::Point lattice) {
     return place.x < pattern.size.width && place.y < pattern.size.height ? place.y * pattern.size.width + place.x : -1;
 }
 
-// Whether the information block was read and says something else.
+// True if the information block was read and contradicts the pattern.
 bool contradicts(const PatternReading &reading, const PrintedPattern &pattern) {
     const double tolerance = 1e-6 * pattern.gridSpacing;
     if (!reading.values) {

@@ -1,7 +1,7 @@
 // What was printed: patterns as their file describes them, and the corners of a reading in the pattern's millimetres.
 //
-// Files are the JSON that the camera library writes and the PDF that carries it as an attachment. Nothing is drawn or
-// measured here, and how large a print really came out is not known.
+// Files are the JSON that the camera library writes and the PDF that has it as an attachment. Nothing is drawn or
+// measured here, and the real size of a print is not known.
 //
 // Coordinates: millimetres in the pattern's own frame as its file says, x to the right, y down, z = 0. Without a file
 // the origin is that of a pattern without an offset: a tile's and a plate's middle corner or mark, the plane's

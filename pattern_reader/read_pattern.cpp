@@ -84,7 +84,7 @@ cv::Size parseBoard(const std::string &text) {
     return board;
 }
 
-// What the options mean; throws what is wrong with them.
+// Interprets the options. Throws an exception that describes what is wrong with them.
 void interpret(Arguments &arguments) {
     if (!arguments.board.empty()) {
         arguments.options.board = parseBoard(arguments.board);
@@ -112,7 +112,7 @@ bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, con
     try {
         written = cv::imwrite(path, pattern_reader::drawReadings(image, readings));
     } catch (const cv::Exception &) {
-        // The file name's ending names no kind of picture.
+        // The ending of the file name is not that of a picture format.
         written = false;
     }
     if (!written) {
@@ -121,7 +121,8 @@ bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, con
     return written;
 }
 
-// The corners in millimetres: as a file says, else by the spacing in the pattern's own block, else by the options.
+// The corners in millimetres: from a file if one fits, otherwise from the grid spacing in the pattern's own block,
+// otherwise from the options.
 std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading, const Arguments &arguments) {
     if (auto points = pattern_reader::objectPoints(reading, arguments.patterns)) {
         return points;
@@ -162,7 +163,7 @@ ordered_json readImage(const std::string &path, const Arguments &arguments, bool
     return json;
 }
 
-// File names need not be valid UTF-8; what is not is replaced.
+// File names need not be valid UTF-8; invalid bytes are replaced.
 std::string text(const ordered_json &json, int indent) {
     return json.dump(indent, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
@@ -210,7 +211,7 @@ bool readAll(const Arguments &arguments) {
     return allSucceeded;
 }
 
-// Whether all that was printed has arrived.
+// True if everything that was printed has reached the standard output.
 bool printedAll() {
     std::cout.flush();
     if (!std::cout) {

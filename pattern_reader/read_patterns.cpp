@@ -21,8 +21,9 @@ namespace {
 
 constexpr size_t leastMarks = 12;  // of a plate's 49, to look for the others
 
-// Where checkerboards were read, roughly, and so no plates are: their dark squares and marks look like round marks. A
-// lattice alone is not enough, as there are saddles between a plate's marks, too.
+// The approximate areas in which checkerboards were read. No plates are searched there, because dark squares and marks
+// of a checkerboard look like round marks. A lattice that was not read does not count, because there are saddles
+// between a plate's marks too.
 class BoardArea {
 public:
     explicit BoardArea(const cv::Size &size)
@@ -30,7 +31,7 @@ public:
 
     void cover(const CornerLattice &lattice) {
         for (const LatticeCorner &corner : lattice.corners) {
-            // Every corner answers for the squares around it.
+            // Every corner covers the squares around it.
             const int radius = int(1.1F * lattice.spacingAt(corner.cell)) / cell + 1;
             const cv::Point middle(int(corner.position.x) / cell, int(corner.position.y) / cell);
             const cv::Rect box(middle - cv::Point(radius, radius), middle + cv::Point(radius + 1, radius + 1));

@@ -42,7 +42,7 @@ const char *nameOf(PatternKind kind) {
     return "";
 }
 
-// What the marks say, and how well they agree.
+// The values that the marks encode, and how well they agree with the code.
 void addCode(const PatternReading &reading, nlohmann::ordered_json &json) {
     if (reading.kind == PatternKind::Board) {
         return;
@@ -61,7 +61,7 @@ nlohmann::ordered_json toJson(const PatternCorner &corner, const cv::Point3d *ob
                                    {"image", {rounded(corner.image.x, 0.0001), rounded(corner.image.y, 0.0001)}},
                                    {"sigma", rounded(corner.sigma, 0.0001)}};
     if (objectPoint != nullptr) {
-        // Nanometres, which frees products of the grid spacing of the last digits that rounding left in them.
+        // Rounded to nanometres, which removes the last digits that rounding errors leave in products.
         json["object"] = {rounded(objectPoint->x, 1e-6), rounded(objectPoint->y, 1e-6), rounded(objectPoint->z, 1e-6)};
     }
     if (corner.disturbed) {

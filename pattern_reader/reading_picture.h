@@ -1,4 +1,4 @@
-// Draws readings into a picture: the corners, each pattern's axes, and in words what was read.
+// Draws readings into a picture: the corners, each pattern's axes, and a text with what was read.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -33,7 +33,7 @@ std::vector<LinkedSaddle> withBorders(const std::vector<SaddlePoint> &saddles) {
     return all;
 }
 
-// Whether the two have the same borders with light and dark exchanged.
+// True if the two have the same borders with light and dark exchanged.
 bool alternate(const LinkedSaddle &p, const LinkedSaddle &q) {
     constexpr float tolerance = 0.36F;  // sine
     return std::abs(cross(p.border[0], q.border[1])) < tolerance &&
@@ -49,7 +49,7 @@ void linkToClosest(std::vector<LinkedSaddle> &saddles, const PointGrid &grid, si
     grid.visitAround(p.position, farthestLink, [&](size_t k) {
         const LinkedSaddle &q = saddles[k];
         const cv::Point2f d = q.position - p.position;
-        // Squares of lengths: most pairs are sorted out here.
+        // Squared lengths, because this rejects most pairs.
         const float distance = d.dot(d);
         if (distance < shortestLink * shortestLink || distance >= farthestLink * farthestLink) {
             return;
@@ -68,7 +68,7 @@ void linkToClosest(std::vector<LinkedSaddle> &saddles, const PointGrid &grid, si
     });
 }
 
-// Only links that both ends agree on are kept.
+// Keeps only links that both ends have.
 void keepMutual(std::vector<LinkedSaddle> &saddles) {
     std::vector<std::array<int, 4>> mutual(saddles.size());
     for (size_t i = 0; i < saddles.size(); i++) {

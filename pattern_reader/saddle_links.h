@@ -18,8 +18,8 @@ struct LinkedSaddle {
     std::array<int, 4> links{-1, -1, -1, -1};
 };
 
-// The saddles of a level of the given size, in their order. A link has one back, though not always in the opposite
-// direction.
+// The saddles of a level of the given size, in the same order, with their links. Links are mutual, although the link
+// back does not always have the opposite direction.
 std::vector<LinkedSaddle> linkSaddles(const std::vector<SaddlePoint> &saddles, const cv::Size &level);
 
 }  // namespace pattern_reader

@@ -20,8 +20,8 @@ float sample(const cv::Mat &picture, cv::Point2f p) {
     return top + fy * (bottom - top);
 }
 
-// Share of the step function's height left after blur, for a bar of the given half width around 0; blur and x in
-// units of the square's side.
+// The level at x, from 0 to 1, of a blurred bar with the given half width around 0. Lengths are in units of the
+// square's side.
 float barLevel(float halfWidth, float x, float blur) {
     const float scale = 1 / (std::sqrt(2.0F) * blur);
     return 0.5F * (std::erf((halfWidth - x) * scale) + std::erf((halfWidth + x) * scale));
@@ -35,7 +35,7 @@ float boardLevel(float x, float blur) {
 constexpr float centreReach = 0.11F;  // the centre is sampled at -reach, 0 and +reach along both axes
 constexpr float ringReach = 0.33F;
 
-// What the centre looks like along one axis, averaged over the samples.
+// How the centre of a square looks along one axis, averaged over the samples.
 struct AxisProfile {
     float board, mark, ring;
 };
@@ -120,13 +120,13 @@ bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
     return true;
 }
 
-// Where a corner that was not measured is by the lattice.
+// Predicts a corner that was not measured from the lattice.
 bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const {
     const cv::Point here = cornerOf(cell, corner);
     if (lattice_.predict(here, quad.corners[corner])) {
         return true;
     }
-    // Diagonally outside a corner of the lattice only the parallelogram is left.
+    // Diagonally outside a corner of the lattice, only the parallelogram of the other three corners can predict it.
     const size_t opposite = 3 - corner;
     const cv::Point there = cornerOf(cell, opposite);
     cv::Point2f a;
@@ -155,8 +155,8 @@ float MarkReader::centreGrey(const Quad &quad) const {
     return sum / 9;
 }
 
-// Whether the square's outer parts are of its own colour on every side. toLevel takes a difference from the middle grey
-// to one in which 1 is that colour; expected is what blur leaves of it there.
+// True if the square's outer parts have the square's colour on every side. toLevel is the factor that converts a
+// difference from the middle grey to a level in which 1 is that colour; expected is the level that remains after blur.
 bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
     const std::array<cv::Point2f, 4> sides{
         {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};
@@ -186,7 +186,7 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
     const AxisProfile u = profileFor(quad.blur / width);
     const AxisProfile v = profileFor(quad.blur / height);
     const float toLevel = (lattice_.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
-    // The square must be there. Where blur leaves too little of its own colour that cannot be told.
+    // The square must be visible. If blur leaves too little of its own colour, that cannot be checked.
     const float expectedRing = std::min(u.ring * v.board, v.ring * u.board);
     if (expectedRing > 0.2F && !hasOwnColour(quad, toLevel, expectedRing)) {
         return Look::NoSquare;
@@ -205,8 +205,9 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
 
 using Look = MarkReader::Look;
 
-// A cover of the paper's grey looks like the outer half of a light square, one of the ink's like that of a dark square,
-// but none like two neighbours: doubtful are squares at the edge of what was measured whose neighbours there are none.
+// A cover that is as light as the paper looks like the outer half of a light square, and one as dark as the ink like
+// that of a dark square, but none looks like two neighbouring squares. So squares at the edge of the measured area are
+// doubtful if they lack neighbours there.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.

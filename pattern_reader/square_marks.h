@@ -15,9 +15,9 @@ namespace pattern_reader {
 struct SquareReading {
     cv::Point cell;  // of the square's top-left corner
     bool marked = false;
-    float certainty = 0;  // 0: as good as a guess, 1: exactly as expected of a mark or of none
+    float certainty = 0;  // 0: no better than a guess, 1: exactly as expected with a mark, or without one
     int measuredCorners = 0;
-    // At the edge of what was measured, where a cover of the square's grey would look the same.
+    // The square is at the edge of the measured area, where a cover with the square's grey would look the same.
     bool maybeCover = false;
 };
 

@@ -88,7 +88,7 @@ const Limits &disagreementLimits() {
 class ColumnCounts {
 public:
     void add(Word bits) {
-        // Added in pairs, because that takes fewer operations than adding one after the other.
+        // Bits are added in pairs, because that takes fewer operations than adding them one by one.
         if (!isWaiting) {
             waiting = bits;
         } else {

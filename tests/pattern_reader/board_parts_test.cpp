@@ -12,7 +12,7 @@ using namespace pattern_reader;
 struct Part {
     int firstColumn;
     int columns;
-    cv::Point2f aside;  // pixels, from where a board has it that stands still
+    cv::Point2f aside;  // pixels, displacement from its place on an undisturbed board
 };
 
 // Twelve rows of a sheared board.

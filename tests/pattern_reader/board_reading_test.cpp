@@ -1,4 +1,4 @@
-// Corners, lattices and marks of a board as the synthetic camera shows it, and whole pictures of what is hard to read.
+// Corners, lattices and marks of boards that the synthetic camera shows, and whole pictures that are hard to read.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -196,7 +196,7 @@ TEST(BoardReading, readsEveryMark) {
     }
 }
 
-// Seen steeply a lattice's lines lie far closer than its steps are long.
+// On a steeply seen board, the lattice's lines are much closer than its steps are long.
 TEST(BoardReading, dropsACornerThatLiesOnAMarkOfASteeplySeenBoard) {
     const cv::Point2f column(20, 0);
     const cv::Point2f row(19, 4);

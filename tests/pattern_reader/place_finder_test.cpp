@@ -15,7 +15,7 @@ int codeBit(int tile, cv::Point square) {
                                     : pattern_code::tileBit(tile, square.x, square.y));
 }
 
-// What a camera would see of a part of the code with its lattice turned and shifted against the code's.
+// What a camera would see of a part of the code, in a lattice that is turned and shifted relative to the code's.
 std::vector<SquareReading> readingsOf(int tile, cv::Rect part, const LatticeMotion &motion, int wrong, unsigned seed) {
     std::vector<SquareReading> readings;
     for (int y = -140; y < 140; y++) {

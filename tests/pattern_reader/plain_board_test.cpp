@@ -12,7 +12,7 @@ using namespace pattern_reader;
 
 constexpr double square = 24;  // pixels, in the drawing
 
-// A board with so many inner corners, its first corner at (2, 2) squares, dark squares at the top left.
+// A board with this number of inner corners. Its first corner is at (2, 2) squares, and its top-left square is dark.
 cv::Mat drawBoard(cv::Size corners) {
     cv::Mat image(int(square) * (corners.height + 3), int(square) * (corners.width + 3), CV_8U, cv::Scalar(230));
     for (int y = 0; y <= corners.height; y++) {
@@ -54,7 +54,7 @@ std::vector<PatternReading> readBoards(const cv::Mat &image, cv::Size board) {
 struct Case {
     cv::Size corners;
     double clockwise;    // how far the board is turned, degrees
-    int orientations;    // that nobody can tell apart
+    int orientations;    // the number of orientations that look the same
     int turnsToReading;  // quarter turns clockwise from the drawing's x axis to the one that is read
 };
 
@@ -75,7 +75,7 @@ TEST(PlainBoard, placesEveryCornerAndSaysWhichOrientationsAreOpen) {
         EXPECT_EQ(reading.confidence, 1);
         ASSERT_EQ(reading.corners.size(), size_t(one.corners.area()));
         for (const PatternCorner &corner : reading.corners) {
-            // Turned about the board's middle to where the drawing has it.
+            // Turned about the board's middle to its place in the drawing.
             cv::Point2d p = cv::Point2d(corner.lattice) - cv::Point2d(one.corners + cv::Size(1, 1)) / 2;
             for (int i = 0; i < one.turnsToReading; i++) {
                 p = {-p.y, p.x};
@@ -95,7 +95,7 @@ TEST(PlainBoard, saysNothingOfAnotherSizeOrOfAPartThatCouldLieElsewhere) {
     for (const cv::Size other : {cv::Size(8, 6), cv::Size(9, 7), cv::Size(10, 6), cv::Size(5, 5)}) {
         EXPECT_TRUE(readBoards(drawing, other).empty()) << other;
     }
-    // A column is beyond the picture.
+    // One column is outside the picture.
     EXPECT_TRUE(readBoards(drawing.colRange(0, drawing.cols - 3 * int(square)), {9, 6}).empty());
     // A hand over the middle of one side leaves corners on all of the board's lines.
     cv::Mat covered = drawing.clone();

@@ -163,7 +163,7 @@ TEST(PositionIndex, isCertainOfNoPatchWithoutTheCode) {
     PatchMaker maker;
     for (int i = 0; i < 300; ++i) {
         SeenCells seen(5 + maker.below(20), 5 + maker.below(20));
-        // Without marks, full of marks, stripes, checks, and random bits.
+        // No marks, a mark everywhere, stripes, a checkered pattern, and random bits.
         const int kind = i % 5;
         for (int row = 0; row < seen.height; ++row) {
             for (int column = 0; column < seen.width; ++column) {

@@ -1,6 +1,6 @@
-// The whole road: parameters as the program writes them, the PDF that the camera library makes of them, its pages
-// rendered by another program and looked at from the side, and the reader's values and corners. What is expected
-// follows from what was asked for alone; nothing is asked of the library.
+// The whole chain: parameters as the program writes them, the PDF that the camera library makes from them, its pages
+// rendered by another program and seen from the side, and the reader's values and corners. The expected values are
+// derived only from the parameters, not from the library.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
 using pattern_reader::PatternValues;
 
-// How a page is looked at. Angles in degrees.
+// The view of a page. Angles in degrees.
 struct View {
     int dotsPerInch;
     double tilt;
@@ -105,8 +105,8 @@ cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
     return picture;
 }
 
-// Where the pattern's middle, and so the page's, lies along one axis in the reader's coordinates. Of a Flexible
-// pattern the central corner, for an even count the one before the middle, carries the offset.
+// The position of the pattern's middle, which is the page's middle, along one axis in the reader's coordinates. In a
+// Flexible pattern the central corner, or the one before the middle if the count is even, lies at the offset.
 double middleInLattice(PatternKind kind, int corners, int offset) {
     if (kind != PatternKind::Plane) {
         return 8;
@@ -131,7 +131,7 @@ void expectCorners(const PrintedPattern &asked, const PatternReading &reading, c
     }
     EXPECT_EQ(seen.size(), reading.corners.size());
     EXPECT_EQ(reading.corners.size(), static_cast<std::size_t>(asked.corners.area()));
-    // The page's pixels are whole ones, so its middle is known to half a pixel in x and in y.
+    // The page is rounded to whole pixels, so its middle is known only to half a pixel in x and y.
     EXPECT_LT(farthest, 1.0);
     testing::Test::RecordProperty("farthestCorner", std::to_string(farthest));
 }

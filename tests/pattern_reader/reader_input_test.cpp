@@ -35,7 +35,7 @@ TEST(ReaderInput, survivesExtremePictures) {
                                 cv::Size(25, 24), cv::Size(4000, 31), cv::Size(47, 49), cv::Size(129, 65)}) {
         cv::Mat picture(size, CV_8U, cv::Scalar(0));
         EXPECT_TRUE(readPatterns(picture).empty()) << size;
-        // The finest checkerboard there is, and every grey level at random.
+        // A checkerboard with squares of one pixel, and then random grey levels.
         for (int y = 0; y < size.height; y++) {
             for (int x = 0; x < size.width; x++) {
                 picture.at<uchar>(y, x) = (x + y) % 2 != 0 ? 255 : 0;
@@ -117,7 +117,7 @@ TEST(ReaderInput, readsTheSameFromEveryFileFormat) {
     }
 }
 
-// The message with which a file is refused; empty when it is read.
+// The message with which a file is refused; empty if it is read.
 std::string refusal(const std::string &path) {
     try {
         readPatterns(loadGreyImage(path));
@@ -154,7 +154,7 @@ void writeTagged(const std::string &path, const cv::Mat &image, int orientation)
     std::string content = contentOf(path);
     const std::string value(1, char(orientation));
     if (content[0] == 'I') {
-        // In place of the tag that says in which order the planes lie.
+        // Replaces the tag that gives the order of the planes.
         const size_t entry = content.find(std::string("\x1C\x01\x03\0\x01\0\0\0", 8));
         ASSERT_NE(entry, std::string::npos);
         content.replace(entry, 9, std::string("\x12\x01\x03\0\x01\0\0\0", 8) + value);
@@ -233,13 +233,13 @@ TEST(ReaderInput, survivesCutAndDamagedFilesOfEveryFormat) {
         const std::string path = folder.file("whole" + ending);
         ASSERT_TRUE(cv::imwrite(path, image));
         const std::string content = contentOf(path);
-        // Every length through the header, then about forty more.
+        // Cut off at every length within the header, and at about forty lengths after it.
         for (size_t length = 0; length < content.size(); length += length < 40 ? 1 : content.size() / 40) {
             readDamaged(folder.file("cut" + ending), content.substr(0, length), whole.front());
         }
         for (int i = 0; i < 60; i++) {
             std::string damaged = content;
-            // Half of the damage where the size and the kind of picture stand.
+            // Half of the damage is at the beginning, which contains the size and the format of the picture.
             const size_t range = i % 2 == 0 ? std::min<size_t>(200, content.size()) : content.size();
             for (int k = 0; k < 3; k++) {
                 damaged[random() % range] = char(random() & 0xFF);
@@ -264,7 +264,7 @@ TEST(ReaderInput, refusesTooManyPixelsByTheHeader) {
         write(folder.file(name), header);
         EXPECT_NE(refusal(folder.file(name)).find("at most 150 million can be read"), std::string::npos) << name;
     }
-    // Exactly at the limit the header is no reason to refuse.
+    // A picture of exactly the greatest size is not refused because of its header.
     write(folder.file("limit.pgm"), "P5 15000 10000 255\n");
     EXPECT_EQ(refusal(folder.file("limit.pgm")).find("at most"), std::string::npos);
 }
