@@ -22,7 +22,7 @@ float radiiBetween(const RoundMark &mark, cv::Point2f p, cv::Point2f q) {
     return std::hypot(unit.x, unit.y);
 }
 
-// No direction is stretched by more than the norm.
+// An upper bound of the longest radius: the norm of a matrix is not smaller than its greatest stretch.
 float longestRadius(const RoundMark &mark) {
     return float(cv::norm(mark.toUnit.inv()));
 }
@@ -134,7 +134,7 @@ std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels,
         return lattices;
     }
     const ImageLevel &level = levels[number];
-    // One level finer the border is twice as many pixels away.
+    // Marks are measured in the next finer level, in which their border is twice as many pixels away.
     const ImageLevel &finer = levels[number == 0 ? 0 : number - 1];
     std::vector<RoundMark> marks;
     for (const DarkBlob &blob : blobs) {

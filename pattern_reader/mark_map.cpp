@@ -11,7 +11,7 @@ namespace {
 
 constexpr int reach = 2;  // of a neighbourhood from its middle, cells
 
-// The marks around a cell: those in reach, or in a longer one until there are enough of them on enough lines.
+// The marks around a cell: those within reach, which is enlarged until there are enough marks on enough lines.
 std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Point middle, int longest) {
     std::vector<MappedMark> near;
     for (int distance = reach; distance <= longest; distance++) {
@@ -31,7 +31,7 @@ std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Po
     return near;
 }
 
-// Weights that leave out what is far off: a third for three times the usual error, next to none beyond.
+// Weights that suppress outliers: a quarter for three times the usual error, almost 0 far beyond.
 void reweigh(const std::vector<double> &errors, std::vector<double> &weights) {
     std::vector<double> sorted = errors;
     const auto middle = sorted.begin() + std::ptrdiff_t(sorted.size() / 2);
@@ -48,7 +48,7 @@ cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
     return {v[0] / v[2], v[1] / v[2]};
 }
 
-// Cells in the unit of the bend's terms, so that all of them are of about the same size in a neighbourhood.
+// The unit, in cells, of the terms of the bend, so that all terms have about the same size within a neighbourhood.
 constexpr double unit = reach;
 
 // The derivatives of the bend's terms x^i y^j by so many times x and y, in the order of i + j.
@@ -103,8 +103,8 @@ std::array<cv::Vec2d, 3> MarkMap::Neighbourhood::curvatureAt(cv::Point2d cell) c
             sumOf(bend, derivatives(p, 0, 2)) * scale};
 }
 
-// The plane's map by weighted least squares, in a few rounds: each weighs the marks by how far off the last one has
-// them, and by their distance from the camera, so that it is pixels whose squares are summed.
+// Fits the map of a plane by weighted least squares, in a few rounds. Each round weights the marks by their errors in
+// the last one, and by their distance from the camera, so that the sum of squares is in pixels.
 bool MarkMap::fitPlane(const std::vector<MappedMark> &marks, std::vector<double> &weights, Neighbourhood &here) {
     const cv::Point2d origin = marks.front().image;
     cv::Matx33d map;
@@ -207,7 +207,7 @@ MarkMap::MarkMap(const std::vector<MappedMark> &marks) {
     for (const MappedMark &mark : marks) {
         extent |= cv::Rect(mark.cell, cv::Size(1, 1));
     }
-    // Neighbourhoods lie inside the lattice as far as it is wide enough for them.
+    // Neighbourhoods are inside the lattice, as far as it is wide enough.
     const cv::Point first(extent.x + std::min(reach, extent.width / 2), extent.y + std::min(reach, extent.height / 2));
     middles = cv::Rect(first, cv::Size(std::max(1, extent.width - 2 * reach), std::max(1, extent.height - 2 * reach)));
     const int longest = std::max(extent.width, extent.height);

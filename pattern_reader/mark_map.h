@@ -1,5 +1,5 @@
-// Where the cells of a lattice of marks lie in the picture, near the marks and a little beyond them: a plane's map for
-// every neighbourhood of 5 × 5 marks, and on top of it the bend that a lens or curved paper adds there.
+// Maps the cells of a lattice of marks to the picture, near the marks and a little beyond them. Every neighbourhood of
+// 5 × 5 marks has the map of a plane, to which the bend is added that a lens or curved paper causes there.
 #pragma once
 
 #include <array>
@@ -22,12 +22,12 @@ public:
     MarkMap() = default;
     explicit MarkMap(const std::vector<MappedMark> &marks);
 
-    // False when the marks are too few, or lie on too few lines, to say where others are.
+    // False if there are too few marks, or marks on too few lines, to predict where others are.
     bool isKnown() const { return !neighbourhoods.empty(); }
     cv::Point2d at(cv::Point2d cell) const;
-    // The picture's steps, as columns, for one cell along each axis.
+    // The steps in the picture for one cell along each axis, as columns.
     cv::Matx22d stepsAt(cv::Point2d cell) const;
-    // Where the picture of a circle's centre lies from the centre of the circle's picture, which is an ellipse.
+    // The vector from the centre of a circle's picture, which is an ellipse, to the picture of the circle's centre.
     cv::Point2d centreOffset(cv::Point2d cell, double radius) const;
     // The part of it that comes from the bend, and is known less well than that of the plane.
     cv::Point2d bentOffset(cv::Point2d cell, double radius) const;

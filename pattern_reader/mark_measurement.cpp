@@ -23,7 +23,7 @@ double medianOf(std::vector<double> values) {
     return *middle;
 }
 
-// A fit in another level's pixels; only the grey levels stay.
+// Converts a fit to the pixels of another level. The grey levels are unchanged.
 MarkFit rescale(const MarkFit &fit, const ImageLevel &from, const ImageLevel &to) {
     const double factor = from.scale() / to.scale();
     MarkFit scaled = fit;
@@ -35,7 +35,7 @@ MarkFit rescale(const MarkFit &fit, const ImageLevel &from, const ImageLevel &to
     return scaled;
 }
 
-// From a level in which the mark is small to the finest one that still adds to what the last has told.
+// Fits a mark first in a level in which it is small, and then in finer ones as long as these add information.
 bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, FittedMark &mark) {
     constexpr double smallRadius = 14;  // pixels
     constexpr double soft = 1.4;        // pixels of blur, beyond which a finer level shows nothing new
@@ -55,7 +55,7 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
             break;
         }
         fit = rescale(fit, levels[number], levels[number - 1]);
-        // The pixel's own area is a part of the blur that does not grow with it.
+        // The blur does not double with the scale, because the pixel's own area, which is a part of it, does not grow.
         fit.blur = std::max(0.5, 0.8 * fit.blur);
     }
     mark.noise = fit.residual / (fit.light - fit.dark) * levels[number].scale();
@@ -111,8 +111,8 @@ MarkMap mapOf(const std::vector<FittedMark> &marks) {
     return map.isKnown() || clear.size() == all.size() ? map : MarkMap(all);
 }
 
-// How far a mark's shape is from the map's picture of a circle: the greatest stretch or shrinkage, as a factor, after
-// the marks' size has been taken out.
+// How much a mark's shape differs from a circle mapped to the picture: the greatest stretch or shrinkage, as a factor,
+// apart from the usual size of the marks.
 double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit, double usualArea) {
     const cv::Matx22d m = mark.fit.toUnit * fromUnit;
     const cv::Matx22d square = m.t() * m * usualArea;
@@ -121,7 +121,7 @@ double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit, double us
     return std::sqrt(std::max(half + root, 1 / std::max(1e-6, half - root)));
 }
 
-// Leaves out the marks that are not where or not of the shape that their neighbours say; true when there are any.
+// Leaves out the marks whose place or shape is not what their neighbours predict. True if there are any.
 bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMark> &marks) {
     std::vector<double> offs;
     std::vector<double> areas;

@@ -1,5 +1,5 @@
-// Measures the marks of a plate: each is fitted to the grey levels of the picture itself, or of that halving in which
-// its blur is a pixel or two, and held against its neighbours. What is not where or as they say is left out.
+// Measures the marks of a plate: each is fitted to the grey levels of the picture itself, or of the halving in which
+// its blur is a pixel or two, and compared with its neighbours. Marks that do not agree with these are left out.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -12,7 +12,7 @@ namespace pattern_reader {
 
 struct MeasuredMark {
     cv::Point cell;
-    cv::Point2d centre;  // picture of the mark's centre, not the centre of its picture; image coordinates
+    cv::Point2d centre;  // where the mark's centre is in the image, which is not the centre of the mark's ellipse
     double sigma = 0;    // standard deviation along one axis, pixels
     bool disturbed = false;
 };

@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Whether at least half of the marks next to a dot were found: a blank cover looks like a place without a dot.
+// True if at least half of the marks next to a dot were found. Otherwise a blank cover could look like a missing dot.
 bool isInSight(const PlateView &view, cv::Point2d dot) {
     int next = 0;
     int seen = 0;
@@ -34,13 +34,13 @@ bool isClearOfPrint(cv::Point2d at) {
     return fromFrame > gap && std::hypot(at.x - mark.x, at.y - mark.y) - markRadius > gap;
 }
 
-// Light on a circle: the mean and the darkest.
+// The mean and the darkest light on a circle.
 struct CircleLight {
     double mean = 0;
     double darkest = 2;
 };
 
-// The light on a circle around a dot, where it is not the frame or a mark that darkens it; nothing when a part of it
+// The light on a circle around a dot, without the parts that the frame or a mark darkens. Empty if a part of the circle
 // is outside the picture.
 std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, double radius) {
     constexpr int points = 12;
@@ -66,9 +66,10 @@ std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, do
     return circle;
 }
 
-// How much of a dot is seen at a place: 0 paper, 1 as dark as a dot can look there; nothing where that cannot be said.
+// How much a place looks like a dot: 0 for paper, 1 if it is as dark as a dot can look there. Empty if that cannot be
+// determined.
 std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
-    // A dot is a circle's line, so it is looked for along the line; where that is blurred, so is what is inside it.
+    // A dot is a ring, so the light is measured along the middle of its line. If the line is blurred, the hole is too.
     constexpr double lineRadius = (pattern_code::dotRadius + pattern_code::dotHoleRadius) / 2;
     const std::optional<CircleLight> around = circleLight(view, at, 0.23);
     const std::optional<CircleLight> line = circleLight(view, at, lineRadius);
@@ -98,7 +99,7 @@ SeenBlock readDots(const PlateView &view) {
     if (known.size() < 16) {
         return seen;
     }
-    // What a dot looks like here: about half of all bits are set.
+    // How a dot looks here: about half of all bits are set, so the upper quartile is that of a dot.
     const auto high = known.begin() + std::ptrdiff_t(known.size() * 3 / 4);
     std::nth_element(known.begin(), high, known.end());
     const double full = *high;

@@ -28,7 +28,7 @@ FrameEvidence lookForFrame(const PlateView &view) {
         int passed = 0;
         int looked = 0;
         for (int i = 0; i < 12; i++) {
-            // Clear of the marks, whose rows would pass for a frame, and of the code dots, which stand at the halves.
+            // Not at the marks, whose rows could be taken for a frame, and not at the dots, which are at the halves.
             const int gap = i / 2;
             const double along = 1.35 + gap + (i % 2) * 0.3;
             double outside = 1;

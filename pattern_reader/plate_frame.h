@@ -1,11 +1,11 @@
-// What is seen of a plate's frame and of its corners, one of which has the triangle.
+// Examines a plate's frame and its corners, one of which has the triangle.
 #pragma once
 
 #include "pattern_reader/plate_view.h"
 
 namespace pattern_reader {
 
-// Looks along the frame's four sides: how many there were inside the picture, and how many showed the frame.
+// Samples along the frame's four sides: how many were inside the picture, and how many showed the frame.
 struct FrameEvidence {
     int passed = 0;
     int looked = 0;

@@ -10,7 +10,7 @@ namespace pattern_reader {
 
 namespace {
 
-// The finest level in which a radius has at most so many pixels.
+// The finest level in which a radius has at most `most` pixels.
 const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float radius, float most) {
     size_t number = 0;
     while (number + 1 < levels.size() && radius / levels[number].scale() > most) {
@@ -33,7 +33,7 @@ double cellsBetween(const cv::Matx22d &steps, cv::Point2d a, cv::Point2d b) {
     return cv::norm(steps.inv() * cv::Vec2d(a.x - b.x, a.y - b.y));
 }
 
-// Looks for marks wherever the plate can still reach, also behind something that covers a part of it.
+// Looks for marks wherever the plate may extend, even beyond something that covers a part of it.
 bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &imageFromCell, MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     const cv::Rect picture({0, 0}, levels.front().picture.size());
@@ -63,8 +63,8 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &image
     return added;
 }
 
-// Leaves out what lies outside the 7 × 7 cells with the most marks: something else that looks like a mark there. False
-// when that is more than a few.
+// Leaves out what lies outside the 7 × 7 cells with the most marks, because there it only looks like a mark. False if
+// that is more than a few.
 bool keepOnePlate(MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     if (extent.width <= marksPerSide && extent.height <= marksPerSide) {

@@ -9,8 +9,8 @@
 
 namespace pattern_reader {
 
-// Looks for the marks that are missing and leaves out what is none, and maps cells to the image. False when the rest
-// cannot be one plate's marks.
+// Looks for the missing marks, leaves out what is not a mark, and maps cells to the image. False if the rest cannot be
+// the marks of one plate.
 bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell);
 
 }  // namespace pattern_reader

@@ -26,7 +26,7 @@ struct Assumption {
     FrameEvidence frame;
 };
 
-// The shift under which the frame is where it must be; the turn is left open.
+// The shift with which the frame is where it must be. The orientation is not determined here.
 std::optional<Assumption> findShift(const PlatePicture &picture) {
     const cv::Rect extent = picture.marks.lattice.extent();
     std::optional<Assumption> best;
@@ -44,8 +44,8 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
             }
         }
     }
-    // A cover along a side leaves less of the frame's ends to the right shift than to one away from the cover, which in
-    // turn misses a side.
+    // If one side is covered, the right shift sees less of the frame's ends than a shift away from the cover does, but
+    // that one misses a side. So a smaller margin is enough if the best shift has more good sides.
     const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
     if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {
@@ -54,7 +54,7 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
     return best;
 }
 
-// The whole plate turned: what was corner 0 becomes the corner after `turns` quarter turns clockwise.
+// Turns the whole plate: corner 0 moves to the place of the corner that follows after `turns` quarter turns clockwise.
 LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     LatticeMotion turned;
     turned.quarterTurns = turns;
@@ -66,8 +66,8 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     return turned;
 }
 
-// The corners, of the unturned plate, that can be the one with the triangle: the one that shows it or else those that
-// are hidden, and none when several show one.
+// The corners of the unturned plate that can have the triangle: the one that shows it, or otherwise those that are
+// hidden; none if several corners show one.
 std::vector<int> possibleTopLefts(const PlateView &unturned) {
     std::vector<int> triangles;
     std::vector<int> hidden;
@@ -88,12 +88,13 @@ std::vector<int> possibleTopLefts(const PlateView &unturned) {
 struct Orientation {
     LatticeMotion motion;
     SeenBlock block;
-    // Whether the dots are those of a block: for certain, or as far as they can be seen.
+    // The dots are those of a block: certainly, or as far as they can be seen.
     bool readable = false;
     bool possible = false;
     BlockAgreement agreement;
 
-    // Whether the dots rule this orientation out: they are those of no block, or rather those of a mirrored plate.
+    // True if the dots rule this orientation out: they belong to no block, or agree better with that of a mirrored
+    // plate.
     [[nodiscard]] bool isRefuted() const {
         return !readable && (agreement.wrongBits == BlockAgreement::tooMany ||
                              comparePlateBlock(mirrorPlateBlock(block)).wrongBits < agreement.wrongBits);
@@ -114,7 +115,7 @@ Orientation turnToTopLeft(const PlatePicture &picture, const LatticeMotion &plac
     return turned;
 }
 
-// Which corner of the plate is its top-left one: by the triangle, by the dots, or by both.
+// Determines which corner of the plate is the top-left one: by the triangle, by the dots, or by both.
 std::optional<Orientation> findOrientation(const PlatePicture &picture, const LatticeMotion &placed) {
     const PlateView unturned(picture, placed);
     const std::vector<int> corners = possibleTopLefts(unturned);
@@ -129,8 +130,8 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
         readable += turned.readable ? 1 : 0;
         possible += turned.possible ? 1 : 0;
     }
-    // The block, what is seen of it, or the triangle alone says which way is up; for the latter two the picture must be
-    // large enough to tell the frame's corners apart.
+    // The orientation comes from the block, from the part of it that is seen, or from the triangle alone. In the last
+    // two cases the picture must be large enough to tell the frame's corners apart.
     const bool large = unturned.sharpSpacingAt({4, 4}) >= leastSpacing;
     if (readable > 1 || (readable == 0 && !(large && (corners.size() == 1 || possible == 1)))) {
         return std::nullopt;
@@ -139,14 +140,14 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
     return best->isRefuted() ? std::nullopt : best;
 }
 
-// The power of ten of the chance that a plate is not what it was read as.
+// The power of ten of the probability that the reading of a plate is wrong.
 double chanceOf(const Orientation &oriented, int framePassed, size_t marks) {
-    // Each look at the frame, and each mark in its place, comes out by chance half of the time at most.
+    // Each sample of the frame, and each mark in its place, is right by chance with a probability of at most 1/2.
     const double place = -0.301 * double(framePassed + int(marks));
     if (oriented.readable) {
         return place;
     }
-    // Without dots that say so nothing but the rarity of mirrored pictures speaks against one.
+    // Without dots, the plate may be mirrored; only the rarity of mirrored pictures makes that unlikely.
     constexpr double mirrored = -1;
     return std::max(place, oriented.possible ? -0.301 * oriented.agreement.checks : mirrored);
 }

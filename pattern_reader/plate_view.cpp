@@ -23,7 +23,7 @@ bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
     return true;
 }
 
-// The finest level in which the marks' grid spacing, by their median size, is small enough to be looked at.
+// The finest level in which the marks' grid spacing, estimated from their median size, is small enough.
 size_t levelForLooks(const std::vector<ImageLevel> &levels, const std::vector<RoundMark> &marks) {
     constexpr double mostPixels = 26;
     std::vector<float> areas;
@@ -48,7 +48,7 @@ PlatePicture::PlatePicture(const std::vector<ImageLevel> &levels, const MarkLatt
     const size_t number = levelForLooks(levels, marks.marks);
     level = &levels[number];
     sharpLevel = &levels[number > 0 ? number - 1 : 0];
-    // A mark that is missing is as dark and light as those nearest to it.
+    // A missing mark gets the grey levels of the marks nearest to it.
     for (int i = 0; i < extent.area(); i++) {
         const cv::Point cell = extent.tl() + cv::Point(i % extent.width, i / extent.width);
         double weights = 0;

@@ -1,4 +1,4 @@
-// A plate as its picture shows it: grey levels at places of the plate, relative to its marks and its paper there.
+// A plate as its picture shows it: the grey levels at places on the plate, relative to the marks and the paper there.
 //
 // Plate coordinates: grid spacings from the top-left corner of the frame's outer edge; marks at 1 to 7.
 #pragma once
@@ -26,7 +26,7 @@ struct PlatePicture {
         double dark = 0;
         double paper = 0;
     };
-    // Of the marks around a place; outside the lattice, of those nearest to it.
+    // The contrast of the marks around a place; outside the lattice, of the marks nearest to it.
     Contrast contrastAt(cv::Point2d cell) const;
 
     const MarkLattice &marks;
@@ -46,9 +46,10 @@ public:
 
     cv::Point2d toImage(cv::Point2d plate) const { return picture.map.at(toCell(plate)); }
     cv::Point2d toCell(cv::Point2d plate) const;
-    // Whether the mark at a place of the lattice was found.
+    // True if the mark at this place of the lattice was found.
     bool hasMark(cv::Point plate) const;
-    // Grey level relative to the marks around: 0 as dark as a mark, 1 as light as the paper; false outside the picture.
+    // The grey level relative to the marks nearby: 0 is as dark as a mark, 1 as light as the paper. False outside the
+    // picture.
     bool lightAt(cv::Point2d plate, double &light) const;
     // The same from a sharper picture, for the fine lines of the dots.
     bool sharpLightAt(cv::Point2d plate, double &light) const;

@@ -91,8 +91,9 @@ float sample(const cv::Mat &smoothed, float x, float y) {
     return top + fy * (bottom - top);
 }
 
-// Whether a ring around the point is the same after half a turn and alternates with a quarter turn. Gives the opening
-// of the light areas, which the derivatives in the point do not tell: blur makes all of them look like right angles.
+// True if a ring around the point looks the same after half a turn and inverted after a quarter turn. Also determines
+// the opening of the light areas. The derivatives at the point cannot tell that, because blur makes all angles look
+// right.
 bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     constexpr float radius = 2;
     const cv::Point2f p = saddle.position;
@@ -120,8 +121,9 @@ bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     if (!(length2 > 1.44F * odd * odd)) {
         return false;
     }
-    // Two light areas that open by w have the harmonics sin w and sin w cos w, both turned to the light axis. Of the
-    // fourth, this ring in a smoothed picture shows about a fifth.
+    // Two light areas with the opening w have a second harmonic of sin w and a fourth of sin w cos w, both in the
+    // direction of the light axis. On this ring in a smoothed picture, only about a fifth of the fourth harmonic
+    // remains.
     constexpr float lost = 5;
     const cv::Point2f axis(second.x * second.x - second.y * second.y, 2 * second.x * second.y);
     const float cosine = lost * fourth.dot(axis) / (length2 * std::sqrt(length2));
@@ -206,7 +208,7 @@ bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool s
             if (dx == 0 && dy == 0) {
                 continue;
             }
-            // About as far on the diagonals as along the axes.
+            // The distance is about the same on the diagonals as along the axes.
             const bool diagonal = dx != 0 && dy != 0;
             const int near = diagonal ? 2 : 3;
             int rise = std::max(at(dx * near, dy * near), at(dx * (near + 1), dy * (near + 1))) - centre;

@@ -5,8 +5,9 @@
 //
 // The measure is the negative determinant of the Hessian of the smoothed image; a candidate must also have its
 // stationary point inside the pixel's neighbourhood and look the same after half a turn, which ordinary corners do not.
-// Knows nothing of lattices.
-// Dark blobs: spots darker than everything around them, of a radius of one to three pixels of their level.
+// It knows nothing about lattices.
+//
+// Dark blobs: spots that are darker than everything around them, with a radius of one to three pixels of their level.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -34,7 +35,7 @@ struct LevelPoints {
     std::vector<DarkBlob> blobs;
 };
 
-// Weakest points that are looked for, grey levels per pixel².
+// The least strength of points that are searched, in grey levels per pixel².
 constexpr float leastSaddleStrength = 1.5F;
 constexpr float leastBlobStrength = 5;
 
