@@ -22,8 +22,8 @@ constexpr std::array<Window::Parameter, 9> everything{
     Window::Middle,          Window::Amplitude,       Window::Blur,      Window::MiddleSlopeX, Window::MiddleSlopeY,
     Window::AmplitudeSlopeX, Window::AmplitudeSlopeY, Window::PositionX, Window::PositionY};
 
-// The normal equations of one step for `size` of the parameters. With the position's two last, the last two pivots are
-// what all the rest leaves undetermined of the position.
+// The normal equations of one step for `size` of the parameters. The position's two parameters come last, so the last
+// two pivots of the elimination tell how well the position is determined with all other parameters unknown.
 template <size_t size>
 class NormalEquations {
 public:
@@ -37,7 +37,7 @@ public:
         }
     }
 
-    // Adds what is known beforehand: that the sum of factor * parameter misses its value by `error`.
+    // Adds prior knowledge: the sum of factor * parameter is `error` below its expected value.
     void add(Window::Parameter first, double firstFactor, Window::Parameter second, double secondFactor, double error,
              double weight) {
         const size_t i = indexOf(first);
@@ -52,7 +52,7 @@ public:
         }
     }
 
-    // The step, 0 for what is not free; nothing if the parameters are not determined.
+    // The step, with 0 for parameters that are not free. Empty if the parameters are not determined.
     std::optional<Step> solve() {
         for (size_t i = 0; i < size; i++) {
             if (!(matrix_[i][i] > 1e-9)) {
@@ -95,7 +95,7 @@ private:
     std::array<double, size> right_{};
 };
 
-// Takes a step, but none so long that it leaves what the slopes can tell.
+// Takes a step, limited to the range in which the slopes are still about right.
 void change(CornerFit &fit, const Step &step) {
     const auto limited = [&](Window::Parameter p, double limit) { return float(std::clamp(step[p], -limit, limit)); };
     fit.middle += float(step[Window::Middle]);
@@ -121,7 +121,8 @@ std::optional<Step> stepOf(const Window &window, const std::array<Window::Parame
     return NormalEquations<size>(window, free).solve();
 }
 
-// Both levels' slopes must agree with their changes over the lattice's steps, and the blur with that of the board.
+// The slopes of middle and amplitude should agree with the expected changes over the lattice's steps, and the blur with
+// that of the board.
 void addPrior(NormalEquations<everything.size()> &equations, const CornerBorders &borders, const CornerPrior &prior,
               const CornerFit &fit) {
     const auto weight = [&](float deviation) { return double(prior.noise * prior.noise / (deviation * deviation)); };
@@ -136,7 +137,7 @@ void addPrior(NormalEquations<everything.size()> &equations, const CornerBorders
     equations.add(Window::Blur, 1, Window::Blur, 1, double(prior.blur - fit.blur), weight(prior.blurDeviation));
 }
 
-// What the errors say of the noise.
+// Estimates residual, noise and sigma from the errors.
 void assess(const Window &window, const CornerPrior &prior, double positionVariance, CornerFit &fit) {
     const size_t pairs = window.count() / 2;
     float odd = 0;
@@ -144,7 +145,8 @@ void assess(const Window &window, const CornerPrior &prior, double positionVaria
         const float difference = window.error(i) - window.error(window.count() - 1 - i);
         odd += 0.5F * difference * difference;
     }
-    // The position and, as far as they are free, the slopes take their share.
+    // Degrees of freedom that the fit uses: two for the position, and one for the slopes, because the prior restricts
+    // them.
     constexpr float fitted = 3;
     const float weight = std::max(1.0F, float(pairs) - fitted);
     fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
@@ -159,7 +161,7 @@ void assess(const Window &window, const CornerPrior &prior, double positionVaria
 bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit) {
     const cv::Point2f start = fit.position;
-    // Without a start for the grey levels the first step asks for nothing else.
+    // If the grey levels have no start values, the first step fits only them.
     bool levels = fit.amplitude == 0;
     if (levels) {
         fit.middle = 0;
@@ -210,7 +212,7 @@ bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float ra
         if (hasLeft(start, radius, fit)) {
             return false;
         }
-        // What is left after such a step is its square.
+        // Convergence is quadratic: after a step as small as this, the remaining error is negligible.
         if (isSmall(*step, 0.03)) {
             break;
         }

@@ -3,8 +3,8 @@
 //   grey = M(d) + A(d) * erf(a / (sqrt 2 * blur)) * erf(b / (sqrt 2 * blur))
 //
 // a and b are the distances from the two borders; M and A, the middle grey and the amplitude, change linearly with the
-// distance d from the corner, because light does. The borders' directions and bends are the caller's, who knows them
-// from the lattice far better than a few pixels can say.
+// distance d from the corner, because light does. The caller passes the directions and bends of the borders, because
+// the lattice determines them far better than a few pixels can.
 //
 // The position is right for any blur that looks the same after half a turn, such as a defocused lens's disc: an error
 // of the model that looks the same after half a turn does not move the corner. That is why noise is estimated from the
@@ -34,12 +34,12 @@ struct CornerFit {
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels
-    float noise = 0;             // the same of the errors that half a turn does not repeat
+    float noise = 0;             // the same of the part of the errors that changes sign when turned
     float sigma = 0;             // standard deviation of the position along one axis, pixels
-    int pixels = 0;              // that were looked at
+    int pixels = 0;              // number of pixels in the window
 };
 
-// What the surroundings say of a corner's light and blur.
+// The light and blur of a corner as its surroundings predict them.
 struct CornerPrior {
     struct Change {
         float middle = 0;
@@ -50,13 +50,14 @@ struct CornerPrior {
     float blur = 1;                 // pixels
     float blurDeviation = 0;
     float noise = 1;        // standard deviation of a pixel, grey levels
-    float noiseWeight = 0;  // how many pixels' worth of knowledge that is
+    float noiseWeight = 0;  // degrees of freedom that this noise counts as
 };
 
 enum class CornerParameters { Position, PositionAndBlur };
 
 // Improves fit (position and blur are the start) over a disc of the given radius in pixels, with even light. False if
-// the fit does not settle within half the radius, or the disc leaves the picture.
+// the position moves away from the start by more than half the radius (0.8 pixels for small discs), if the parameters
+// are not determined, or if the disc leaves the picture.
 bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit);
 

@@ -11,7 +11,8 @@ struct EdgeValue {
     float level, slope;
 };
 
-// erf(t / sqrt 2) and its derivative, to some 1e-5. Without branches or tables, for loops over it to be vectorised.
+// erf(t / sqrt 2) and its derivative, with an error of about 1e-5. There are no branches or tables, so that loops over
+// it can be vectorised.
 inline EdgeValue edgeAt(float t) {
     // Half of the smaller of t² and 21, because beyond a distance of 4.6 the edge has no effect.
     const float square = 0.25F * (t * t + 21 - std::abs(t * t - 21));
@@ -33,7 +34,7 @@ cv::Point2f unit(cv::Point2f v) {
     return v / std::hypot(v.x, v.y);
 }
 
-// The model at pixels: what the two loops below have in common.
+// The model at a pixel, used by the two loops below.
 struct Model {
     explicit Model(const CornerBorders &borders, const CornerFit &start)
         : axis0(unit(borders.steps[0])),
@@ -111,7 +112,7 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
             const float across1 = std::abs(axis1.y * float(dx) - axis1.x * float(dy));
             const float free0 = std::max(0.0F, borders.marks[0] - across0);
             const float free1 = std::max(0.0F, borders.marks[1] - across1);
-            // Always written, and overwritten by the next pixel if it is not wanted.
+            // Written for every pixel, without a branch. The next pixel overwrites one that is not wanted.
             x[count_] = float(middle.x + dx);
             y[count_] = float(middle.y + dy);
             grey[count_] = float(pixels[dx]);
@@ -164,7 +165,7 @@ void CornerWindow::updateErrors(const CornerBorders &borders, const CornerFit &f
     std::fill(errors.begin() + std::ptrdiff_t(count_), errors.begin() + std::ptrdiff_t(filled), 0.0F);
 }
 
-// Single precision is enough: at most a thousand pixels of grey levels, in separate sums.
+// Single precision is enough, because at most a thousand pixels are added, in separate sums for each lane.
 float CornerWindow::sum(const List &a, const List &b) const {
     std::array<float, lanes> sums{};
     for (std::size_t i = 0; i < filled; i += lanes) {

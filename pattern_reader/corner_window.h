@@ -1,7 +1,8 @@
 // The pixels of a disc around a corner, and how the picture of four blurred areas compares with them.
 //
-// Pixels are kept as lists, one value for each pixel, for the loops over them to be vectorised. The disc is symmetric:
-// pixel i and pixel count() - 1 - i are opposite each other. Lists are filled up with zeros to a multiple of `lanes`.
+// Pixels are kept as lists, one value for each pixel, so that the loops over them can be vectorised. The disc is
+// symmetric: pixel i and pixel count() - 1 - i are opposite each other. The lists are padded to a multiple of `lanes`,
+// errors and slopes with zeros.
 #pragma once
 
 #include <array>
@@ -34,20 +35,20 @@ public:
     // Takes the pixels of a disc around the fit's position that are at most `reach` from one of the borders; false if
     // the disc leaves the picture. A disc with more pixels than there is room for is made smaller.
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
-    // Compares them with the model: errors and slopes, or errors alone.
+    // Compares the pixels with the model. compare sets errors and slopes, updateErrors only the errors.
     void compare(const CornerBorders &borders, const CornerFit &fit);
     void updateErrors(const CornerBorders &borders, const CornerFit &fit);
 
     std::size_t count() const { return count_; }
     // Picture minus model.
     float error(std::size_t pixel) const { return errors[pixel]; }
-    // Sums over all pixels of a product.
+    // Sums of products over all pixels.
     float sumOfSlopes(Parameter a, Parameter b) const { return sum(slopes[a], slopes[b]); }
     float sumOfErrors(Parameter a) const { return sum(slopes[a], errors); }
     float sumOfSquares() const { return sum(errors, errors); }
 
 private:
-    static constexpr std::size_t capacity = 960;  // pixels of the largest disc, filled up
+    static constexpr std::size_t capacity = 960;  // pixels, a multiple of lanes
     using List = std::array<float, capacity>;
 
     bool gather(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);

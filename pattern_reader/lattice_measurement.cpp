@@ -16,8 +16,8 @@ float length(cv::Point2f v) {
     return std::hypot(v.x, v.y);
 }
 
-// Inside this radius there are four areas and nothing else: the squares' marks begin a third of the way along both
-// axes.
+// The radius of a disc that contains four areas and nothing else. The marks of the squares begin at a third of the step
+// along both axes.
 float cleanRadius(const CornerBorders &borders) {
     const auto &[step0, step1] = borders.steps;
     const float diagonal = std::min(length(step0 + step1), length(step0 - step1));
@@ -31,7 +31,8 @@ std::array<float, 2> widthsOf(const CornerBorders &borders) {
     return {area / length(step0), area / length(step1)};
 }
 
-// How far along the borders the picture is that of this corner alone: half way to the next one.
+// The radius of the disc for refineCorner, at most half way to the next corner along the borders, and less if the blur
+// of the parallel borders reaches farther in.
 float refinedRadius(const CornerBorders &borders, float blur) {
     const auto &[step0, step1] = borders.steps;
     const std::array<float, 2> widths = widthsOf(borders);
@@ -46,11 +47,11 @@ float medianOf(std::vector<float> values) {
     return *middle;
 }
 
-// The fit as it is in the image, from what it is in a level.
+// Converts a fit from the pixels of a level to those of the image.
 CornerFit toImage(const ImageLevel &level, CornerFit fit) {
     const float scale = level.scale();
     fit.position = level.toImage(fit.position);
-    // A level's pixel averages over `scale` of the image's, which is a blur by itself.
+    // Each pixel of a level is the mean of `scale` × `scale` pixels of the image, which adds to the blur.
     fit.blur = std::sqrt(std::max(0.1F, fit.blur * fit.blur * scale * scale - (scale * scale - 1) / 12));
     fit.sigma *= scale;
     fit.middleSlope /= scale;
@@ -79,7 +80,8 @@ CornerBorders fromImage(const ImageLevel &level, CornerBorders borders) {
     return borders;
 }
 
-// The largest disc around a point that lies in the picture, but none so small that it shows no corner.
+// The radius of the largest disc around a point that is inside the picture, but at least 3 pixels, because a smaller
+// disc does not show a corner.
 float roomAround(const ImageLevel &level, cv::Point2f p) {
     const float right = float(level.picture.cols - 1) - p.x;
     const float bottom = float(level.picture.rows - 1) - p.y;
@@ -107,7 +109,7 @@ private:
     float typicalStep() const;
     const ImageLevel &searchLevel() const;
     const ImageLevel &bestLevel(const ImageLevel &search, float blur) const;
-    // The blur of the whole from a few corners spread over the lattice; nothing when none of them can be fitted.
+    // The blur of the board, from a few corners spread over the lattice. Empty if none of them can be fitted.
     std::optional<float> blurIn(const ImageLevel &level);
     bool startFromNeighbour(size_t corner);
     bool fitOne(const ImageLevel &level, const LatticeCorner &corner, CornerParameters free, int steps,
@@ -125,7 +127,7 @@ private:
     std::vector<CornerFit> fits;  // image coordinates
     std::vector<bool> good;
     float boardBlur = 1;          // image pixels
-    float blurTolerance = 0.25F;  // standard deviation of the corners' blur, as a part of the board's
+    float blurTolerance = 0.25F;  // standard deviation of the corners' blur, relative to the board's blur
     float boardNoise = 1;         // of one pixel in the best level, grey levels
     float lightScatter = 1;       // of the levels around their planes, grey levels
 };
@@ -147,8 +149,8 @@ const ImageLevel &CornerMeasurement::searchLevel() const {
     return levels[number];
 }
 
-// The deviation of a corner goes down with the length of the borders in the window and up with the blur, to which a
-// coarser level's pixels add. Of the levels that are about as exact as the best the coarsest is the quickest.
+// A corner is more exact if the borders in the window are longer, and less exact if there is more blur, to which the
+// pixels of a coarser level add. Of the levels that are about as exact as the best one, the coarsest is the fastest.
 const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
     const float step = typicalStep();
     const auto merit = [&](const ImageLevel &level) {
@@ -223,7 +225,8 @@ std::optional<float> CornerMeasurement::blurIn(const ImageLevel &level) {
     return blurs.empty() ? std::nullopt : std::optional<float>(medianOf(blurs));
 }
 
-// A neighbour's grey levels, light and dark exchanged, spare the step that asks for nothing else. False without one.
+// Starts with the grey levels of a neighbour, light and dark exchanged. This saves the step that fits only the grey
+// levels. False if no neighbour has been fitted.
 bool CornerMeasurement::startFromNeighbour(size_t corner) {
     for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
         const int k = lattice.indexAt(lattice.corners[corner].cell + step);
@@ -260,7 +263,7 @@ void CornerMeasurement::fitAll(const ImageLevel &level, float blur) {
 
 void CornerMeasurement::refineAll(const ImageLevel &level) {
     lightScatter = surroundings.lightScatter(fits, sampleStride());
-    // The noise of the whole first: it decides how much a corner's own light counts.
+    // The noise of the board comes first, because it determines how much a corner's own light counts.
     std::vector<float> noises;
     for (size_t i = 0; i < fits.size(); i += sampleStride()) {
         CornerFit sample = fits[i];
@@ -294,7 +297,7 @@ void CornerMeasurement::keepGood() {
     lattice.retain(good);
 }
 
-// Whether a corner lies where its neighbours say: within a fifth of a step along each axis.
+// True if a corner is where its neighbours predict, within a fifth of a step along each axis.
 bool liesAt(cv::Point2f expected, const CornerBorders &borders, cv::Point2f position) {
     const cv::Point2f off = position - expected;
     const auto &[step0, step1] = borders.steps;
@@ -326,10 +329,10 @@ bool CornerMeasurement::findMissing(const ImageLevel &search, const ImageLevel &
     return true;
 }
 
-// Fits corners where the measured ones around them say there must be some, until there are no more. What is seen there
-// must be as clear as the neighbours are: nothing else says that these are corners.
+// Fits corners at the places that the measured ones predict, until no more are found. Such a corner must be about as
+// clear as its neighbours, because nothing else shows that it is a corner.
 void CornerMeasurement::measureMissing(const ImageLevel &search, const ImageLevel &best) {
-    // The list grows as it is gone through.
+    // findMissing adds to the list during the loop.
     for (size_t i = 0; i < fits.size(); i++) {
         const cv::Point here = lattice.corners[i].cell;
         for (const cv::Point side : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {

@@ -1,4 +1,4 @@
-// Measures all corners of a lattice: the borders' directions and bends and the change of light come from the
+// Measures all corners of a lattice. The directions and bends of the borders, and the change of light, come from the
 // neighbours.
 //
 // The corners are first fitted in the finest level in which their squares have at most 28 pixels, and then once more in
@@ -17,9 +17,9 @@
 namespace pattern_reader {
 
 // Fits every corner of the lattice, moves it to the measured position and returns the fits, one for each corner, in the
-// image's pixels.
-// Corners that cannot be fitted or differ in contrast from what the lattice says are removed, and those that
-// the lattice lacks are added where the measured ones say they must be. The blur in pixels, if known, is not measured.
+// image's pixels. Corners that cannot be fitted, or whose contrast has the wrong sign or is too weak, are removed.
+// Missing corners are added at the places that the measured ones predict. The blur is not measured if it is passed, in
+// pixels.
 std::vector<CornerFit> measureCorners(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                       std::optional<float> knownBlur = std::nullopt);
 

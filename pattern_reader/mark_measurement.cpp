@@ -96,8 +96,8 @@ void judgeLooks(std::vector<FittedMark> &marks) {
                 marks.end());
 }
 
-// A map by the marks that are not disturbed, unless these are too few: a cover that cuts a whole row of marks moves all
-// of them the same way.
+// A map of the marks that are not disturbed, or of all marks if those are too few. Disturbed marks are left out because
+// a cover that hides a part of each mark in a row moves all of them in the same direction.
 MarkMap mapOf(const std::vector<FittedMark> &marks) {
     std::vector<MappedMark> clear;
     std::vector<MappedMark> all;
@@ -149,9 +149,9 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
     return any;
 }
 
-// The fit's own deviation, and what noise does not explain: the model is not quite what a camera sees, and what a bend
-// of the plate's picture adds to the way from the ellipse's centre to the mark's is known to some seven per cent.
-// How far a disturbed mark is off its neighbours' prediction counts, too.
+// The standard deviation of the fit, plus what noise does not explain: the model is not exactly what a camera sees, and
+// the offset of the mark's centre from the ellipse's that comes from a bend in the picture of the plate is known to
+// about seven per cent. For a disturbed mark, its distance from the position that its neighbours predict is added.
 double sigmaOf(const FittedMark &mark, const MarkMap &map, double radius) {
     constexpr double model = 0.001;  // pixels
     constexpr double share = 0.07;

@@ -1,5 +1,6 @@
-// Points by the cells of a square grid over the picture, so that those around a place are found without going through
-// all of them. In a header for its visits to be inlined: they are the inner loop of the search for neighbours.
+// Points sorted into the cells of a square grid over the picture, so that those around a place are found without going
+// through all of them. It is all in a header so that visitAround can be inlined, because this is the inner loop of the
+// search for neighbours.
 #pragma once
 
 #include <algorithm>
@@ -23,7 +24,8 @@ public:
         head = int(older.size()) - 1;
     }
 
-    // Calls visit with the number of every point in the cells that a square of twice the reach touches.
+    // Calls visit with the number of every point in the cells that are touched by the square around middle with sides
+    // of twice the reach.
     template <class Visit>
     void visitAround(cv::Point2f middle, float reach, const Visit &visit) const {
         const int right = cellOf(middle.x + reach, columns);
@@ -44,8 +46,8 @@ private:
     int cellLength;  // pixels
     int columns;
     int rows;
-    std::vector<int> newest;  // by cell, the point added last; -1 without one
-    std::vector<int> older;   // by point, the one added to its cell before it
+    std::vector<int> newest;  // for each cell, the point added last; -1 if there is none
+    std::vector<int> older;   // for each point, the one added to its cell before it
 };
 
 }  // namespace pattern_reader

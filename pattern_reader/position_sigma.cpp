@@ -15,7 +15,8 @@ float medianOf(std::vector<float> &values) {
     return *middle;
 }
 
-// Where five corners in a row lie by how far they are from a cubic, and what their deviations explain of that.
+// The fourth difference of the positions of five corners in a row, which is 0 for a cubic curve, and its variance
+// according to the corners' standard deviations.
 struct FourthDifference {
     cv::Point2f value;
     float variance = 0;
@@ -37,8 +38,8 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
     return difference;
 }
 
-// Corners of two neighbouring rows, equally far apart on the board, are bent alike by perspective, lens and paper. How
-// much the two fourth differences differ, squared, by what the corners' deviations explain.
+// Perspective, lens and paper bend neighbouring rows of corners alike, so their fourth differences should be the same.
+// Returns the squares of their differences, each divided by the value that the corners' standard deviations explain.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {
@@ -56,8 +57,9 @@ std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vecto
     return excesses;
 }
 
-// By how much the corners of a board are less exact than the noise of their pixels explains: compression, colour
-// sensors and print make errors that are alike in neighbouring pixels. 1 where too few corners say so.
+// The variance of a board's corners divided by the variance that the noise of their pixels explains. It can be larger
+// than 1 because compression, colour sensors and print make errors that are alike in neighbouring pixels. 1 if there
+// are too few corners.
 float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses = excessesInRows(lattice, fits);
     constexpr size_t least = 10;
@@ -70,7 +72,7 @@ float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits)
     return std::clamp(1 + weight * (found - 1), 0.3F, 100.0F);
 }
 
-// Marks the corners around which the picture differs much more from the model than around most.
+// Marks the corners around which the picture differs from the model much more than around most corners.
 void markDisturbed(CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> noises;
     std::vector<float> residuals;
@@ -83,7 +85,7 @@ void markDisturbed(CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     for (size_t i = 0; i < fits.size(); i++) {
         const CornerFit &fit = fits[i];
         const float contrast = std::abs(fit.amplitude);
-        // In few pixels the noise itself differs from its mean.
+        // The fewer the pixels, the more the measured noise scatters.
         const float ratio = 1.4F + 4 / std::sqrt(float(std::max(1, fit.pixels)));
         lattice.corners[i].disturbed =
             fit.noise > std::max(ratio * usualNoise, usualNoise + 0.01F) * contrast ||
@@ -101,7 +103,7 @@ void estimateSigmas(CornerLattice &lattice, const std::vector<CornerFit> &fits) 
     const float excess = std::sqrt(excessOf(lattice, fits));
     for (size_t i = 0; i < fits.size(); i++) {
         LatticeCorner &corner = lattice.corners[i];
-        // What disturbs is not noise and does not average out.
+        // A disturbance is not noise and does not average out.
         corner.sigma = (corner.disturbed ? std::max(3.0F, excess) : excess) * fits[i].sigma;
     }
 }

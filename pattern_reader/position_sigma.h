@@ -1,4 +1,4 @@
-// The standard deviations of a lattice's corners, from those that the fits claim and how well the corners lie in line.
+// The standard deviations of a lattice's corners, from those of the fits and from how smooth the rows of corners are.
 #pragma once
 
 #include <vector>
@@ -8,7 +8,7 @@
 
 namespace pattern_reader {
 
-// Sets sigma and disturbed of every corner of a measured lattice; fits belongs to lattice.corners.
+// Sets sigma and disturbed of every corner of a measured lattice. fits[i] is the fit of lattice.corners[i].
 void estimateSigmas(CornerLattice &lattice, const std::vector<CornerFit> &fits);
 
 }  // namespace pattern_reader

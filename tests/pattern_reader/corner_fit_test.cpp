@@ -65,7 +65,8 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
     }
 }
 
-// Errors over both axes by the deviations claimed, squared, over many pictures.
+// The mean square, over many pictures and both axes, of the error divided by the standard deviation that the fit
+// claims.
 double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     const CornerBorders borders{{cv::Point2f(20, 0), cv::Point2f(0, 20)}};
     constexpr int pictures = 300;
@@ -87,7 +88,8 @@ double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     return sum / pictures;
 }
 
-// Fails if a gradient moves the corner, too: it would by twice the deviation.
+// Also fails if a gradient moves the corner: without slopes in the model, it would move by twice the standard
+// deviation.
 TEST(CornerFit, claimsTheErrorsThatItMakes) {
     const struct {
         Corner corner;
