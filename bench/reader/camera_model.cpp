@@ -99,7 +99,7 @@ PaperSheet::PaperSheet(const Form &form, double reach)
     fill(-1);
 }
 
-// Hermite's cubic between two stations.
+// Interpolates between two stations with a cubic Hermite spline. Beyond formReach the sheet is straight.
 PaperSheet::Station PaperSheet::station(double s) const {
     const double at = (std::clamp(s, -formReach, formReach) + formReach) / stationStep;
     const size_t i = std::min(size_t(at), stations.size() - 2);

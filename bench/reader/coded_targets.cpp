@@ -21,7 +21,7 @@ int pick(std::mt19937 &random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
 }
 
-// A description of the type that the parameter "Type" selects; without one, of a plate.
+// A description of the type that the parameter "Type" selects, or of a plate if the parameter is absent.
 PatternDescription describe(const std::optional<std::string> &typeName) {
     PatternDescription description;
     description.type = lmlib64::findPatternType(typeName);

@@ -61,8 +61,8 @@ struct Row {
     double rms = 0;            // of all corners, pixels
     double medianRms = 0;      // over the patterns, of their own root mean square, pixels
     double percentile95 = 0;   // of the errors' lengths, pixels
-    double bias = 0;           // root mean square over the pictures of the length of a picture's mean error
-    double ratioToLeast = 0;   // median over the pictures of rms / least rms that noise allows; 0: not known
+    double bias = 0;           // root mean square over the patterns of the length of a pattern's mean error
+    double ratioToLeast = 0;   // median over the patterns of rms / least rms that noise allows; 0: not known
     double sigmaVariance = 0;  // of the errors divided by the reading's sigma; 0: not known
 };
 

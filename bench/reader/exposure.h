@@ -42,7 +42,8 @@ struct Exposure {
     std::vector<Obstacle> obstacles;
 
     double blurSigma = 0.6;  // Gaussian, on top of the pixel's own area
-    // Radius of the disc that a point becomes out of focus: |radius + slope · (p - middle of the picture)|.
+    // The radius of the disc that a point becomes if it is out of focus: |radius + slope · (p - middle of the
+    // picture)|.
     double defocusRadius = 0;
     cv::Point2d defocusSlope;
     cv::Point2d motion;  // how far a point of the picture moves while the shutter is open

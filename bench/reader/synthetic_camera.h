@@ -18,8 +18,8 @@
 
 namespace reader_bench {
 
-// Where a target stands before the camera: point p of the target's plane is at rotation · (p - anchor, 0) +
-// translation; of a bent sheet, at rotation · sheet(p - anchor) + translation.
+// The pose of a target in front of the camera: point p of the target's plane is at rotation · (p - anchor, 0) +
+// translation, or if the sheet is bent, at rotation · sheet(p - anchor) + translation.
 struct TargetPose {
     cv::Matx33d rotation = cv::Matx33d::eye();
     cv::Vec3d translation{0, 0, 1};

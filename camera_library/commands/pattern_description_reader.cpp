@@ -70,7 +70,7 @@ double readBoardValue(const ParameterReader &reader, PatternParameter parameter,
     return ofBoard;
 }
 
-// Fills in what the parameter says. `board` is null unless the pattern is one of the catalogue.
+// Reads the parameter into the description. `board` is null unless the pattern is one of the catalogue.
 void readParameter(const ParameterReader &reader, PatternParameter parameter, const CatalogueBoard *board,
                    PatternDescription &description) {
     switch (parameter) {
