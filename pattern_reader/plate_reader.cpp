@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "camera_library/pattern_code/bit_count.h"
 #include "pattern_reader/block_reader.h"
 #include "pattern_reader/mark_map.h"
 #include "pattern_reader/mark_measurement.h"
@@ -19,6 +20,7 @@ namespace {
 
 constexpr size_t leastMarks = 9;
 constexpr int leastChecks = 10;       // of the dots seen, for them to say which way is up
+constexpr int leastDots = 6;          // seen, to know that a plate has any
 constexpr double leastSpacing = 9.5;  // pixels, for the frame's corners to be told apart without a block
 
 struct Assumption {
@@ -66,9 +68,14 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     return turned;
 }
 
-// The corners of the unturned plate that can have the triangle: the one that shows it, or otherwise those that are
-// hidden; none if several corners show one.
-std::vector<int> possibleTopLefts(const PlateView &unturned) {
+// The corners of the unturned plate that can be its top-left one.
+struct TopLefts {
+    std::vector<int> corners;
+    bool showsTriangle = false;  // true: the only corner does; false: all of them are hidden
+};
+
+// The corner that shows the triangle, or otherwise those that are hidden; none if several corners show one.
+TopLefts possibleTopLefts(const PlateView &unturned) {
     std::vector<int> triangles;
     std::vector<int> hidden;
     for (int corner = 0; corner < 4; corner++) {
@@ -82,7 +89,7 @@ std::vector<int> possibleTopLefts(const PlateView &unturned) {
     if (triangles.size() > 1) {
         return {};
     }
-    return triangles.empty() ? hidden : triangles;
+    return triangles.empty() ? TopLefts{hidden, false} : TopLefts{triangles, true};
 }
 
 struct Orientation {
@@ -92,6 +99,8 @@ struct Orientation {
     bool readable = false;
     bool possible = false;
     BlockAgreement agreement;
+
+    [[nodiscard]] bool showsDots() const { return pattern_code::onesIn(block.bits & ~block.unknown) >= leastDots; }
 
     // True if the dots rule this orientation out: they belong to no block, or agree better with that of a mirrored
     // plate.
@@ -118,11 +127,11 @@ Orientation turnToTopLeft(const PlatePicture &picture, const LatticeMotion &plac
 // Determines which corner of the plate is the top-left one: by the triangle, by the dots, or by both.
 std::optional<Orientation> findOrientation(const PlatePicture &picture, const LatticeMotion &placed) {
     const PlateView unturned(picture, placed);
-    const std::vector<int> corners = possibleTopLefts(unturned);
+    const TopLefts topLefts = possibleTopLefts(unturned);
     std::optional<Orientation> best;
     int readable = 0;
     int possible = 0;
-    for (const int corner : corners) {
+    for (const int corner : topLefts.corners) {
         const Orientation turned = turnToTopLeft(picture, placed, corner);
         if (turned.readable || (readable == 0 && (turned.possible || !best))) {
             best = turned;
@@ -131,9 +140,12 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
         possible += turned.possible ? 1 : 0;
     }
     // The orientation comes from the block, from the part of it that is seen, or from the triangle alone. In the last
-    // two cases the picture must be large enough to tell the frame's corners apart.
+    // two cases the picture must be large enough to tell the frame's corners apart. If one corner is hidden and the
+    // others are plain, the hidden one has the triangle, but only if dots show that this is one of our plates: other
+    // framed grids have neither.
     const bool large = unturned.sharpSpacingAt({4, 4}) >= leastSpacing;
-    if (readable > 1 || (readable == 0 && !(large && (corners.size() == 1 || possible == 1)))) {
+    const bool showsTriangle = topLefts.corners.size() == 1 && (topLefts.showsTriangle || best->showsDots());
+    if (readable > 1 || (readable == 0 && !(large && (showsTriangle || possible == 1)))) {
         return std::nullopt;
     }
     // Frame and triangle look the same in a mirror.
