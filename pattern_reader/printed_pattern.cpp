@@ -9,6 +9,7 @@
 
 #include "camera_library/pattern_code/position_code.h"
 #include "pattern_reader/pdf_attachment.h"
+#include "pattern_reader/plate_view.h"
 
 namespace pattern_reader {
 
@@ -30,14 +31,22 @@ cv::Point pointOf(const json &pair) {
     return {pair.at(0).get<int>(), pair.at(1).get<int>()};
 }
 
-// Sets which lattice points the pattern's points are, which depends on the carrier of the code.
-void setLattice(const json &pattern, PrintedPattern &printed) {
-    const json &code = pattern.at("Code");
-    const bool isPlate = pattern.at("Kind") == "RoundMarks";
-    printed.kind = isPlate ? PatternKind::Plate : PatternKind::Board;
-    printed.latticeStep = isPlate ? 2 : 1;
-    printed.firstPoint = isPlate ? cv::Point(2, 2) : cv::Point(1, 1);
-    if (code.is_null() || isPlate) {
+// Sets which lattice points the marks of the framed plate are.
+void setPlateLattice(PrintedPattern &printed) {
+    if (printed.size != cv::Size(marksPerSide, marksPerSide)) {
+        throw std::runtime_error("its round marks are not " + std::to_string(marksPerSide) + " x " +
+                                 std::to_string(marksPerSide));
+    }
+    printed.kind = PatternKind::Plate;
+    printed.latticeStep = 2;
+    printed.firstPoint = {2, 2};
+}
+
+// Sets which lattice points a checkerboard's corners are, which depends on the carrier of the code.
+void setBoardLattice(const json &code, PrintedPattern &printed) {
+    printed.kind = PatternKind::Board;
+    printed.firstPoint = {1, 1};
+    if (code.is_null()) {
         return;
     }
     const std::string carrier = code.at("Carrier").get<std::string>();
@@ -52,11 +61,22 @@ void setLattice(const json &pattern, PrintedPattern &printed) {
     }
 }
 
+void setLattice(const json &pattern, PrintedPattern &printed) {
+    const std::string kind = pattern.at("Kind").get<std::string>();
+    if (kind == "RoundMarks") {
+        setPlateLattice(printed);
+    } else if (kind == "Checkerboard") {
+        setBoardLattice(pattern.at("Code"), printed);
+    } else {
+        throw std::runtime_error("its kind \"" + kind + "\" is not known");
+    }
+}
+
 PrintedPattern parsePattern(const json &pattern) {
     PrintedPattern printed;
-    setLattice(pattern, printed);
     const cv::Point size = pointOf(pattern.at("LatticeSize"));
     printed.size = {size.x, size.y};
+    setLattice(pattern, printed);
     printed.gridSpacing = pattern.at("LatticePitch").get<double>() * 2 / printed.latticeStep;
     for (const json &point : pattern.at("Points")) {
         printed.points.emplace_back(point.at(2).get<double>(), point.at(3).get<double>());

@@ -27,8 +27,8 @@ struct PrintedPattern {
     std::vector<cv::Point2d> points;  // row after row
 };
 
-// The patterns of a file. Throws std::runtime_error with a sentence that names the file if it cannot be read or is
-// neither a pattern's JSON nor a PDF with one.
+// The patterns of a file. Throws std::runtime_error with a sentence that names the file if it cannot be read, is
+// neither a pattern's JSON nor a PDF with one, or has a pattern of a kind that the reader does not know.
 std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
 // Where the reading's corners lie, one point for each. Nothing if none of the patterns fits the reading, or several fit

@@ -30,6 +30,16 @@ ends 2 --square 25 a.png
 ends 2 --pattern a.png a.png
 says err '"a.png" does not describe a pattern'
 
+# refuses KIND SIZE REASON: such a pattern is not taken for one that the reader knows.
+refuses() {
+  local pattern='"Kind":"'$1'","LatticeSize":'$2',"LatticePitch":10,"Code":null,"Points":[[0,0,0,0],[1,0,10,0]]'
+  echo '{"Format":"LmLib64Pattern","Version":1,"Patterns":[{'"$pattern"'}]}' >pattern.json
+  ends 2 --pattern pattern.json a.png
+  says err "$3"
+}
+refuses MarkGrid '[2,1]' 'its kind "MarkGrid" is not known'
+refuses RoundMarks '[2,1]' 'its round marks are not 7 x 7'
+
 ends 1 a.png absent.png
 says err 'read_pattern: The file "absent.png" cannot be opened.'
 says out '"error": "The file '
