@@ -56,11 +56,16 @@ void MainWindow::recomputeDerivedValues() {
 }
 
 PatternType MainWindow::currentPatternType() const {
-    const int page = form.patternType->currentIndex();
-    if (page < static_cast<int>(PatternType::Official) || page > static_cast<int>(lastPatternType)) {
-        return PatternType::Official;
+    const auto type = static_cast<PatternType>(form.patternType->currentIndex());
+    switch (type) {
+        case PatternType::Official:
+        case PatternType::Single:
+        case PatternType::Flexible:
+        case PatternType::Assembly:
+        case PatternType::Halcon:
+            return type;
     }
-    return static_cast<PatternType>(page);
+    return PatternType::Official;
 }
 
 std::int32_t MainWindow::patternCount() const {

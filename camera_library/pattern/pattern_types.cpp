@@ -83,6 +83,26 @@ constexpr std::array types{
     },
 };
 
+constexpr bool hasPoints(const PatternType &type) {
+    for (const PatternParameter parameter : type.parameters) {
+        if (parameter == P::GridSize) {
+            return true;
+        }
+    }
+    return type.gridSize[0] >= gridSizeRange.minimum && type.gridSize[1] >= gridSizeRange.minimum;
+}
+
+constexpr bool allHavePoints() {
+    for (const PatternType &type : types) {
+        if (!hasPoints(type)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static_assert(allHavePoints(), "a type without the parameter \"GridSize\" needs at least 2 x 2 points in its entry");
+
 bool isSelected(const PatternType &type, const std::optional<std::string> &typeName) {
     switch (type.selectedBy) {
         case SelectedBy::Name:

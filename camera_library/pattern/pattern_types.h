@@ -28,7 +28,7 @@ struct PatternType {
     std::string_view title;           // what titles and captions begin with; empty: the value of "Type"
     std::string_view fileKind;        // "Kind" in the pattern file
     PatternParameterList parameters;  // the ones that it can have
-    std::array<int, 2> gridSize;      // lattice points along x and y; the default of "GridSize"
+    std::array<int, 2> gridSize;      // lattice points along x and y; {} if "GridSize" is one of the parameters
     CodeCarrier codeCarrier;
     // The shapes of a checked description; the code is null if the pattern is plain.
     PatternGeometry (*draw)(const PatternDescription &description, const CodeCells *code);
