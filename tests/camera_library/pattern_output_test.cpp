@@ -138,8 +138,8 @@ TEST_F(PatternOutput, drawsTheCellsThatTheDescriptionLists) {
         const cv::Mat page = renderAround({0, 0}, pixelsPerMm, size);
         const auto isDark = [&](double x, double y) { return isDarkAt(page, cv::Point2d(x, y) * pixelsPerPitch); };
         const Json &code = first()["Code"];
+        EXPECT_EQ(code.is_null(), withoutCode.count(pattern) == 1) << pattern;
         if (code.is_null()) {
-            EXPECT_EQ(pattern, plateInverted);
             continue;
         }
         for (int row = 0; row < static_cast<int>(code["Cells"].size()); ++row) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -34,6 +35,7 @@ inline const std::string catalogueInverted = R"({"Type": "Plate3", "Polarity": f
 inline const std::vector<std::string> allTypes{catalogue, catalogueInverted, single,         singleInverted,
                                                flexible,  flexibleInverted,  assembly,       assemblyInverted,
                                                plate,     plateInverted,     plateWithOffset};
+inline const std::set<std::string> withoutCode{plateInverted};  // all others carry one
 
 class SavedPattern : public testing::Test {
 protected:
