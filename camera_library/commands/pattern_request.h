@@ -16,7 +16,7 @@
 //   "AssemblyPattern"  integer, 0 to 17, default 0
 //   "GridSpacing"      0, or 0.001 to 1000; required except for a catalogue board, where it must be the board's own
 //   "Thickness"        0 to 100, default 0; for a catalogue board its own
-//   "Offset"           two numbers, -9999 to 9999, default 0
+//   "Offset"           two numbers, -9999 to 9999; absent: the pattern lies as with 0, 0
 //   "Polarity"         boolean, default true
 //   "Encoding"         boolean, default true
 //
