@@ -27,13 +27,13 @@ constexpr std::array<Window::Parameter, 9> everything{
 template <size_t size>
 class NormalEquations {
 public:
-    NormalEquations(const Window &window, const std::array<Window::Parameter, size> &free) : free_(free) {
+    NormalEquations(const Window &window, const std::array<Window::Parameter, size> &free) : parameters(free) {
         for (size_t i = 0; i < size; i++) {
             for (size_t j = i; j < size; j++) {
-                matrix_[i][j] = double(window.sumOfSlopes(free[i], free[j]));
-                matrix_[j][i] = matrix_[i][j];
+                matrix[i][j] = double(window.sumOfSlopes(free[i], free[j]));
+                matrix[j][i] = matrix[i][j];
             }
-            right_[i] = double(window.sumOfErrors(free[i]));
+            right[i] = double(window.sumOfErrors(free[i]));
         }
     }
 
@@ -42,57 +42,57 @@ public:
              double weight) {
         const size_t i = indexOf(first);
         const size_t j = indexOf(second);
-        matrix_[i][i] += weight * firstFactor * firstFactor;
-        right_[i] += weight * firstFactor * error;
+        matrix[i][i] += weight * firstFactor * firstFactor;
+        right[i] += weight * firstFactor * error;
         if (i != j) {
-            matrix_[j][j] += weight * secondFactor * secondFactor;
-            matrix_[i][j] += weight * firstFactor * secondFactor;
-            matrix_[j][i] = matrix_[i][j];
-            right_[j] += weight * secondFactor * error;
+            matrix[j][j] += weight * secondFactor * secondFactor;
+            matrix[i][j] += weight * firstFactor * secondFactor;
+            matrix[j][i] = matrix[i][j];
+            right[j] += weight * secondFactor * error;
         }
     }
 
     // The step, with 0 for parameters that are not free. Empty if the parameters are not determined.
     std::optional<Step> solve() {
         for (size_t i = 0; i < size; i++) {
-            if (!(matrix_[i][i] > 1e-9)) {
+            if (!(matrix[i][i] > 1e-9)) {
                 return std::nullopt;
             }
             for (size_t k = i + 1; k < size; k++) {
-                const double factor = matrix_[k][i] / matrix_[i][i];
+                const double factor = matrix[k][i] / matrix[i][i];
                 for (size_t j = i; j < size; j++) {
-                    matrix_[k][j] -= factor * matrix_[i][j];
+                    matrix[k][j] -= factor * matrix[i][j];
                 }
-                right_[k] -= factor * right_[i];
+                right[k] -= factor * right[i];
             }
         }
         Step step{};
         for (size_t i = size; i-- > 0;) {
-            double rest = right_[i];
+            double rest = right[i];
             for (size_t j = i + 1; j < size; j++) {
-                rest -= matrix_[i][j] * step[free_[j]];
+                rest -= matrix[i][j] * step[parameters[j]];
             }
-            step[free_[i]] = rest / matrix_[i][i];
+            step[parameters[i]] = rest / matrix[i][i];
         }
         return step;
     }
 
     // After solve: the mean variance of the position along one axis, for pixels with a variance of 1.
     double positionVariance() const {
-        const double xx = matrix_[size - 2][size - 2];
-        const double xy = matrix_[size - 2][size - 1];
-        const double yy = matrix_[size - 1][size - 1];  // with x unknown
+        const double xx = matrix[size - 2][size - 2];
+        const double xy = matrix[size - 2][size - 1];
+        const double yy = matrix[size - 1][size - 1];  // with x unknown
         return 0.5 * (1 / yy + 1 / xx + xy * xy / (xx * xx * yy));
     }
 
 private:
     size_t indexOf(Window::Parameter parameter) const {
-        return size_t(std::find(free_.begin(), free_.end(), parameter) - free_.begin());
+        return size_t(std::find(parameters.begin(), parameters.end(), parameter) - parameters.begin());
     }
 
-    std::array<Window::Parameter, size> free_;
-    std::array<std::array<double, size>, size> matrix_{};
-    std::array<double, size> right_{};
+    std::array<Window::Parameter, size> parameters;
+    std::array<std::array<double, size>, size> matrix{};
+    std::array<double, size> right{};
 };
 
 // Takes a step, limited to the range in which the slopes are still about right.

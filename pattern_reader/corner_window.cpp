@@ -82,8 +82,8 @@ bool CornerWindow::take(const cv::Mat &picture, const CornerBorders &borders, co
         radius *= 0.9F;
     }
     // The lists are padded after the last pixel, for the last iteration of the loops.
-    filled = (count_ + lanes - 1) / lanes * lanes;
-    for (std::size_t i = count_; i < filled; i++) {
+    filled = (pixelCount + lanes - 1) / lanes * lanes;
+    for (std::size_t i = pixelCount; i < filled; i++) {
         x[i] = fit.position.x;
         y[i] = fit.position.y;
         grey[i] = 0;
@@ -100,11 +100,11 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
     // The corner of a mark is visible up to a distance of about twice the blur. If leaving that out would leave too few
     // pixels, some of its effect is tolerated.
     const float glow = std::min(2 * fit.blur, 0.6F * std::min(borders.marks[0], borders.marks[1]));
-    count_ = 0;
+    pixelCount = 0;
     for (int dy = -side; dy <= side; dy++) {
         const uchar *pixels = picture.ptr(middle.y + dy) + middle.x;
         const auto width = int(std::sqrt(std::max(0.0F, radius * radius - float(dy * dy))));
-        if (count_ + size_t(2 * width + 1) > capacity) {
+        if (pixelCount + size_t(2 * width + 1) > capacity) {
             return false;
         }
         for (int dx = -width; dx <= width; dx++) {
@@ -113,10 +113,10 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
             const float free0 = std::max(0.0F, borders.marks[0] - across0);
             const float free1 = std::max(0.0F, borders.marks[1] - across1);
             // Written for every pixel, without a branch. The next pixel overwrites one that is not wanted.
-            x[count_] = float(middle.x + dx);
-            y[count_] = float(middle.y + dy);
-            grey[count_] = float(pixels[dx]);
-            count_ += size_t(free0 * free0 + free1 * free1 >= glow * glow && std::min(across0, across1) <= reach);
+            x[pixelCount] = float(middle.x + dx);
+            y[pixelCount] = float(middle.y + dy);
+            grey[pixelCount] = float(pixels[dx]);
+            pixelCount += size_t(free0 * free0 + free1 * free1 >= glow * glow && std::min(across0, across1) <= reach);
         }
     }
     return true;
@@ -149,9 +149,9 @@ void CornerWindow::compare(const CornerBorders &borders, const CornerFit &fit) {
             pb * model.axis1.x - pa * model.axis0.x - model.fit.middleSlope.y - model.fit.amplitudeSlope.y * shape;
     }
     for (List &list : slopes) {
-        std::fill(list.begin() + std::ptrdiff_t(count_), list.begin() + std::ptrdiff_t(filled), 0.0F);
+        std::fill(list.begin() + std::ptrdiff_t(pixelCount), list.begin() + std::ptrdiff_t(filled), 0.0F);
     }
-    std::fill(errors.begin() + std::ptrdiff_t(count_), errors.begin() + std::ptrdiff_t(filled), 0.0F);
+    std::fill(errors.begin() + std::ptrdiff_t(pixelCount), errors.begin() + std::ptrdiff_t(filled), 0.0F);
 }
 
 void CornerWindow::updateErrors(const CornerBorders &borders, const CornerFit &fit) {
@@ -162,7 +162,7 @@ void CornerWindow::updateErrors(const CornerBorders &borders, const CornerFit &f
         const float shape = edgeAt(model.across0(dx, dy)).level * edgeAt(model.across1(dx, dy)).level;
         errors[i] = grey[i] - (model.middle(dx, dy) + model.amplitude(dx, dy) * shape);
     }
-    std::fill(errors.begin() + std::ptrdiff_t(count_), errors.begin() + std::ptrdiff_t(filled), 0.0F);
+    std::fill(errors.begin() + std::ptrdiff_t(pixelCount), errors.begin() + std::ptrdiff_t(filled), 0.0F);
 }
 
 // Single precision is enough, because at most a thousand pixels are added, in separate sums for each lane.

@@ -39,7 +39,7 @@ public:
     void compare(const CornerBorders &borders, const CornerFit &fit);
     void updateErrors(const CornerBorders &borders, const CornerFit &fit);
 
-    std::size_t count() const { return count_; }
+    std::size_t count() const { return pixelCount; }
     // Picture minus model.
     float error(std::size_t pixel) const { return errors[pixel]; }
     // Sums of products over all pixels.
@@ -54,8 +54,8 @@ private:
     bool gather(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
     float sum(const List &a, const List &b) const;
 
-    std::size_t count_ = 0;
-    std::size_t filled = 0;  // count_ up to a multiple of lanes
+    std::size_t pixelCount = 0;
+    std::size_t filled = 0;  // pixelCount up to a multiple of lanes
     List x, y;               // pixel coordinates
     List grey;
     List errors;

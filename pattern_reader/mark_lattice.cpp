@@ -30,10 +30,10 @@ float longestRadius(const RoundMark &mark) {
 // The marks that are in no lattice yet, by their place.
 class FreeMarks {
 public:
-    FreeMarks(const std::vector<RoundMark> &marks, const cv::Size &image)
-        : marks_(marks), grid_(image, gridCell), used_(marks.size(), false) {
+    FreeMarks(const std::vector<RoundMark> &all, const cv::Size &image)
+        : marks(all), grid(image, gridCell), taken(all.size(), false) {
         for (const RoundMark &mark : marks) {
-            grid_.add(mark.centre);
+            grid.add(mark.centre);
         }
     }
 
@@ -42,10 +42,10 @@ public:
     int closest(cv::Point2f p, float reach, const RoundMark &like) const {
         int best = -1;
         float distance = reach;
-        grid_.visitAround(p, reach * longestRadius(like), [&](size_t k) {
-            const RoundMark &mark = marks_[k];
+        grid.visitAround(p, reach * longestRadius(like), [&](size_t k) {
+            const RoundMark &mark = marks[k];
             const float d = radiiBetween(like, mark.centre, p);
-            if (!used_[k] && d < distance && mark.area < 1.8F * like.area && like.area < 1.8F * mark.area) {
+            if (!taken[k] && d < distance && mark.area < 1.8F * like.area && like.area < 1.8F * mark.area) {
                 distance = d;
                 best = int(k);
             }
@@ -56,18 +56,18 @@ public:
     // Calls visit with the number of every mark, in a lattice or not, within reach of a point and some beyond it.
     template <class Visit>
     void visitAround(cv::Point2f p, float reach, const Visit &visit) const {
-        grid_.visitAround(p, reach, visit);
+        grid.visitAround(p, reach, visit);
     }
 
-    void use(size_t k) { used_[k] = true; }
-    bool used(size_t k) const { return used_[k]; }
+    void use(size_t k) { taken[k] = true; }
+    bool used(size_t k) const { return taken[k]; }
 
 private:
     static constexpr int gridCell = 32;  // pixels
 
-    const std::vector<RoundMark> &marks_;
-    PointGrid grid_;
-    std::vector<bool> used_;
+    const std::vector<RoundMark> &marks;
+    PointGrid grid;
+    std::vector<bool> taken;
 };
 
 // The first neighbour of a seed: a mark whose distance, seen through the seed's ellipse, is the pitch.

@@ -27,7 +27,7 @@ constexpr size_t leastMarks = 12;  // of a plate's 49, to look for the others
 class BoardArea {
 public:
     explicit BoardArea(const cv::Size &size)
-        : covered_(size.height / cell + 1, size.width / cell + 1, CV_8U, cv::Scalar(0)) {}
+        : covered(size.height / cell + 1, size.width / cell + 1, CV_8U, cv::Scalar(0)) {}
 
     void cover(const CornerLattice &lattice) {
         for (const LatticeCorner &corner : lattice.corners) {
@@ -35,19 +35,19 @@ public:
             const int radius = int(1.1F * lattice.spacingAt(corner.cell)) / cell + 1;
             const cv::Point middle(int(corner.position.x) / cell, int(corner.position.y) / cell);
             const cv::Rect box(middle - cv::Point(radius, radius), middle + cv::Point(radius + 1, radius + 1));
-            covered_(box & cv::Rect({0, 0}, covered_.size())).setTo(1);
+            covered(box & cv::Rect({0, 0}, covered.size())).setTo(1);
         }
     }
 
     bool contains(cv::Point2f p) const {
-        const int x = std::clamp(int(p.x) / cell, 0, covered_.cols - 1);
-        const int y = std::clamp(int(p.y) / cell, 0, covered_.rows - 1);
-        return covered_.at<uchar>(y, x) != 0;
+        const int x = std::clamp(int(p.x) / cell, 0, covered.cols - 1);
+        const int y = std::clamp(int(p.y) / cell, 0, covered.rows - 1);
+        return covered.at<uchar>(y, x) != 0;
     }
 
 private:
     static constexpr int cell = 8;  // pixels
-    cv::Mat covered_;
+    cv::Mat covered;
 };
 
 // Whether most marks of a lattice are those of a plate that has been read, which has at least as many.

@@ -75,8 +75,8 @@ struct Quad {
 
 class MarkReader {
 public:
-    MarkReader(const cv::Mat &picture, const CornerLattice &lattice, const std::vector<CornerFit> &fits)
-        : picture_(picture), lattice_(lattice), fits_(fits) {}
+    MarkReader(const cv::Mat &image, const CornerLattice &board, const std::vector<CornerFit> &corners)
+        : picture(image), lattice(board), fits(corners) {}
 
     enum class Look { OutOfSight, NoSquare, Square };
     Look look(cv::Point cell, SquareReading &reading) const;
@@ -88,18 +88,18 @@ private:
     float centreGrey(const Quad &quad) const;
     bool hasOwnColour(const Quad &quad, float toLevel, float expected) const;
 
-    const cv::Mat &picture_;
-    const CornerLattice &lattice_;
-    const std::vector<CornerFit> &fits_;
+    const cv::Mat &picture;
+    const CornerLattice &lattice;
+    const std::vector<CornerFit> &fits;
 };
 
 bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
     for (size_t i = 0; i < 4; i++) {
-        const int index = lattice_.indexAt(cornerOf(cell, i));
+        const int index = lattice.indexAt(cornerOf(cell, i));
         quad.known[i] = index >= 0;
         if (quad.known[i]) {
-            quad.corners[i] = lattice_.corners[size_t(index)].position;
-            const CornerFit &fit = fits_[size_t(index)];
+            quad.corners[i] = lattice.corners[size_t(index)].position;
+            const CornerFit &fit = fits[size_t(index)];
             quad.middle += fit.middle;
             quad.amplitude += std::abs(fit.amplitude);
             quad.blur += fit.blur;
@@ -123,7 +123,7 @@ bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
 // Predicts a corner that was not measured from the lattice.
 bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const {
     const cv::Point here = cornerOf(cell, corner);
-    if (lattice_.predict(here, quad.corners[corner])) {
+    if (lattice.predict(here, quad.corners[corner])) {
         return true;
     }
     // Diagonally outside a corner of the lattice, only the parallelogram of the other three corners can predict it.
@@ -131,7 +131,7 @@ bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const 
     const cv::Point there = cornerOf(cell, opposite);
     cv::Point2f a;
     cv::Point2f b;
-    if (!quad.known[opposite] || !lattice_.predict({here.x, there.y}, a) || !lattice_.predict({there.x, here.y}, b)) {
+    if (!quad.known[opposite] || !lattice.predict({here.x, there.y}, a) || !lattice.predict({there.x, here.y}, b)) {
         return false;
     }
     quad.corners[corner] = a + b - quad.corners[opposite];
@@ -141,7 +141,7 @@ bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const 
 bool MarkReader::inside(const Quad &quad) const {
     return std::all_of(quad.corners.begin(), quad.corners.end(), [&](cv::Point2f p) {
         const cv::Point2f q = 0.8F * p + 0.2F * quad.at(0.5F, 0.5F);
-        return q.x >= 0 && q.y >= 0 && q.x < float(picture_.cols - 1) && q.y < float(picture_.rows - 1);
+        return q.x >= 0 && q.y >= 0 && q.x < float(picture.cols - 1) && q.y < float(picture.rows - 1);
     });
 }
 
@@ -149,7 +149,7 @@ float MarkReader::centreGrey(const Quad &quad) const {
     float sum = 0;
     for (const float du : {-centreReach, 0.0F, centreReach}) {
         for (const float dv : {-centreReach, 0.0F, centreReach}) {
-            sum += sample(picture_, quad.at(0.5F + du, 0.5F + dv));
+            sum += sample(picture, quad.at(0.5F + du, 0.5F + dv));
         }
     }
     return sum / 9;
@@ -163,7 +163,7 @@ bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) c
     float weakest = 10;
     float mean = 0;
     for (const cv::Point2f &side : sides) {
-        const float level = (sample(picture_, quad.at(side.x, side.y)) - quad.middle) * toLevel;
+        const float level = (sample(picture, quad.at(side.x, side.y)) - quad.middle) * toLevel;
         weakest = std::min(weakest, level);
         mean += level / 4;
     }
@@ -185,7 +185,7 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
     }
     const AxisProfile u = profileFor(quad.blur / width);
     const AxisProfile v = profileFor(quad.blur / height);
-    const float toLevel = (lattice_.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
+    const float toLevel = (lattice.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
     // The square must be visible. If blur leaves too little of its own colour, that cannot be checked.
     const float expectedRing = std::min(u.ring * v.board, v.ring * u.board);
     if (expectedRing > 0.2F && !hasOwnColour(quad, toLevel, expectedRing)) {
@@ -212,12 +212,12 @@ class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.
     explicit EdgeSquares(const cv::Rect &extent)
-        : origin_(extent.tl() - cv::Point(2, 2)),
-          looks_(extent.height + 4, extent.width + 4, CV_8U, cv::Scalar(int(Look::OutOfSight))) {}
+        : origin(extent.tl() - cv::Point(2, 2)),
+          looks(extent.height + 4, extent.width + 4, CV_8U, cv::Scalar(int(Look::OutOfSight))) {}
 
     void note(const SquareReading &reading, Look look) {
         if (reading.measuredCorners < 4) {
-            looks_.at<uchar>(reading.cell - origin_) = uchar(look);
+            looks.at<uchar>(reading.cell - origin) = uchar(look);
         }
     }
 
@@ -225,7 +225,7 @@ public:
         bool refused = false;
         bool read = false;
         for (const cv::Point step : {cv::Point(1, 0), cv::Point(0, 1), cv::Point(-1, 0), cv::Point(0, -1)}) {
-            const auto look = Look(looks_.at<uchar>(reading.cell - origin_ + step));
+            const auto look = Look(looks.at<uchar>(reading.cell - origin + step));
             refused = refused || look == Look::NoSquare;
             read = read || look == Look::Square;
         }
@@ -233,8 +233,8 @@ public:
     }
 
 private:
-    cv::Point origin_;
-    cv::Mat looks_;
+    cv::Point origin;
+    cv::Mat looks;
 };
 
 }  // namespace
