@@ -1,6 +1,6 @@
-// Ends an application after its graphics view has painted its first picture, and prints the time of that. It is linked
-// into the program's own start-up and into the empty window that it is compared with, so both are measured in the same
-// way.
+// Prints the time at which an application's graphics view has painted its first picture, and ends the application. The
+// program and the empty window that it is compared with are both linked with this file, so both are measured in the
+// same way.
 #include <QApplication>
 #include <QGraphicsView>
 #include <QTimer>

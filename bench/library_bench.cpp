@@ -21,8 +21,8 @@ void describeFlexible(const TreeItem &pattern, int size) {
     pattern["GridSpacing"] = 12.5;
 }
 
-// The time of the fastest of several previews. A preview is so short that other processes' use of the caches would
-// distort the time of a single one.
+// The time of the fastest of several previews. A single preview is so short that its time depends on what other
+// processes have left in the caches.
 Time previewTime(int size) {
     constexpr int previews = 20;
     Time fastest;
@@ -106,7 +106,7 @@ void benchSaving(Table &table) {
     }
 }
 
-// Nanoseconds for one access, from the time of many.
+// The time of one access in nanoseconds, averaged over many.
 template <class Access>
 Time accessNanoseconds(Access access) {
     constexpr int accesses = 2000;

@@ -1,5 +1,5 @@
-// The lens and the sheet of paper: where a ray of light falls in the picture, and where it meets the paper. Both ways
-// are exact to far less than a hundredth of a pixel.
+// The lens and the sheet of paper: where a ray of light falls in the picture, and where it meets the paper. All
+// functions are exact to far less than a hundredth of a pixel.
 #pragma once
 
 #include <array>
@@ -20,7 +20,7 @@ struct CameraModel {
     std::array<double, 2> fisheyeTerms{};
 };
 
-// The camera looks along +z. A fisheye takes rays up to 90° from its axis and more, other lenses those with z > 0.
+// The camera looks along +z. Rays may be 90° or more from the axis of a fisheye; other lenses need a positive z.
 cv::Point2d pixelOf(const CameraModel &camera, const cv::Vec3d &ray);
 cv::Vec3d rayOf(const CameraModel &camera, const cv::Point2d &pixel);
 

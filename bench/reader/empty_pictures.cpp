@@ -27,7 +27,7 @@ std::string nameOf(EmptyKind kind) {
 
 namespace {
 
-// A mild exposure in most pictures, and in a few one as bad as a camera's can be.
+// The exposure is mild in most pictures, but as bad as a camera's can be in a few.
 Exposure anyExposure(double pixels, Dice &dice) {
     Exposure exposure = makeExposure(pixels, dice);
     if (dice.chance(0.3)) {

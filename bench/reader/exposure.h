@@ -11,7 +11,8 @@
 
 namespace reader_bench {
 
-// Takes the share `depth` of the light from the half plane towards `side`, through a penumbra of the given width.
+// Darkens the half plane that lies towards `side` of `edge` by the share `depth` of its light. Across the edge, the
+// light changes over the width `penumbra`.
 struct Shadow {
     cv::Point2d edge;
     cv::Point2d side;  // a unit vector

@@ -11,7 +11,8 @@ cv::Vec2d column(const cv::Matx22d &steps, int index) {
     return {steps(0, index), steps(1, index)};
 }
 
-// The Fisher information about a border's position across, for one pixel of the border's length.
+// The Fisher information that each pixel of a border's length contributes about the border's position perpendicular to
+// it.
 double informationPerPixel(const LocalView &view) {
     const double perLevel = view.contrast / view.noise;
     return perLevel * perLevel / (2 * std::sqrt(CV_PI) * view.blur);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int samples = 9;
 
-// A kernel whose weights are the shares of each pixel for which isInside holds.
+// A kernel in which each pixel's weight is proportional to the part of its area for which isInside is true.
 template <typename Inside>
 cv::Mat kernelOf(int reach, const Inside &isInside) {
     cv::Mat kernel(2 * reach + 1, 2 * reach + 1, CV_32F, cv::Scalar(0));
@@ -79,7 +79,7 @@ void moveDuringExposure(cv::Mat &image, const cv::Point2d &way) {
         return;
     }
     const cv::Point2d along = way / length;
-    // The line is half a pixel wide, which adds a little to the blur by the pixel's own area.
+    // The line is half a pixel wide, which blurs the picture slightly across the motion too.
     constexpr double halfWidth = 0.25;
     const cv::Mat kernel = kernelOf(int(std::ceil(length / 2 + 1)), [&](double x, double y) {
         return std::abs(x * along.x + y * along.y) <= length / 2 && std::abs(x * along.y - y * along.x) <= halfWidth;

@@ -20,7 +20,7 @@ struct ScenePattern {
     // Side of a square in the pattern's middle, the geometric mean of both directions, pixels.
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
-    // Which part of the pattern is not in the picture: nothing, or a quarter and more.
+    // Whether the whole pattern is visible, or a quarter or more of it is covered or outside the picture.
     Visibility visibility = Visibility::Whole;
 };
 

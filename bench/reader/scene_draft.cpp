@@ -46,7 +46,7 @@ CameraModel makeCamera(const SceneDraft &draft, double extent, Dice &dice) {
     return camera;
 }
 
-// Of a square in the pattern's middle, the geometric mean of both directions.
+// The side of a square in the pattern's middle, in pixels: the geometric mean of both directions.
 double middleSquare(const Scene &scene, const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     return std::sqrt(std::abs(cv::determinant(scene.stepsAt(pattern, {size.width / 2, size.height / 2}))));

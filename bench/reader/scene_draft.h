@@ -1,4 +1,4 @@
-// A picture with one pattern before it is taken: what a condition decides, and how the scene is composed from that.
+// The draft of a picture with one pattern, whose values a condition can change, and how the scene is composed from it.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@ namespace reader_bench {
 
 struct SceneDraft {
     bool plate = false;
-    cv::Size flexibleCorners;  // of a Flexible pattern; empty: a tile, unless plate
+    cv::Size flexibleCorners;  // of a Flexible pattern; if empty and not a plate, the pattern is a tile
     Print print;
 
     double pixelsPerSquare = 20;
@@ -35,8 +35,8 @@ struct SceneDraft {
 // Everything mild: 8 to 40 pixels per square, tilt to 45°, some noise and blur, light that falls off slowly.
 SceneDraft makeDraft(bool plate, Dice &dice);
 
-// The scene without its picture: camera, pattern and the size of the picture, with an exposure that conditions may
-// change before they take the picture.
+// The scene before the picture is taken: camera, pattern and the size of the picture, with an exposure that conditions
+// may still change.
 struct ComposedScene {
     Scene scene;
     cv::Size size;

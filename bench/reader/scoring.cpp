@@ -86,7 +86,7 @@ PatternScore unreadScore(const Scene &scene, const ScenePattern &pattern) {
     return score;
 }
 
-// True if the reading is of this pattern; then adds the reading to the pattern's score.
+// If the reading is of this pattern, adds it to the pattern's score and returns true.
 bool take(const Scene &scene, const PatternReading &reading, PatternScore &score, int &falseValues) {
     const CodedTarget &coded = score.pattern->coded;
     PatternScore measured = score;

@@ -1,8 +1,8 @@
 // The chessboard detectors of OpenCV on the benchmark's pictures.
 //
-// They are told the size of the board, unlike the reader. Some can run for minutes on a board that they do not find, so
-// each runs in a process of its own, which is ended after a limit of processor time. On systems without such processes
-// there is no limit. May be called from any thread.
+// Unlike the reader, they are told the size of the board. Some can run for minutes on a board that they do not find, so
+// each runs in a process of its own, which is ended when it has used a given processor time. There is no limit on
+// systems where this is not possible. The functions may be called from any thread.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -14,8 +14,8 @@ namespace reader_bench {
 using Corners = std::vector<cv::Point2f>;
 
 enum class StockMethod {
-    Classic,                // findChessboardCorners alone; cornerSubPix is the caller's
-    SectorBased,            // findChessboardCornersSB as called by default
+    Classic,                // findChessboardCorners alone; the caller may refine the corners with cornerSubPix
+    SectorBased,            // findChessboardCornersSB with its default flags
     SectorBasedExhaustive,  // with CALIB_CB_ACCURACY | CALIB_CB_EXHAUSTIVE
 };
 

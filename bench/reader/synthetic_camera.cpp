@@ -101,7 +101,8 @@ cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, cons
     return cv::Rect(cv::Point(int(bounds.x), int(bounds.y)), end) & cv::Rect({0, 0}, image);
 }
 
-// The covered share of a pixel. Covers are large, so if all corners of a pixel are covered or none is, so is all of it.
+// The covered share of a pixel. Covers are large, so a pixel is covered completely if all its corners are covered, and
+// not at all if none is.
 double coveredShare(const Cover &cover, const Quad &quad) {
     int covered = 0;
     for (const cv::Point2d &p : quad) {

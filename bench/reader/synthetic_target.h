@@ -73,7 +73,8 @@ private:
     std::vector<size_t> cellShapes;
 };
 
-// A checkerboard of squares, each with or without a centred mark of the opposite colour and a third of the side.
+// A checkerboard whose squares may carry a mark: a square of the opposite colour in the centre, with sides a third as
+// long.
 class CheckerTarget : public SyntheticTarget {
 public:
     // marks holds columns × rows values 0 or 1, row by row; empty: none. darkFirst: the top-left square is inked.
