@@ -13,7 +13,7 @@ namespace calibration {
 std::optional<double> startLens(const Observations &observations, int camera, Eigen::VectorXd &intrinsics);
 
 // All poses, given the lenses. Estimate::groups says which prints are linked. The poses come from the most reliable
-// sightings; one that contradicts these is ignored here, but remains in use for the joint solve.
+// sightings. A sighting that contradicts them has no effect here, but the joint solve still uses it.
 Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics);
 
 }  // namespace calibration

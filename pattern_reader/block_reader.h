@@ -27,8 +27,8 @@ SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeM
 // cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// How well the visible bits of a plate's block agree with the valid block that they agree with best. Random bits agree
-// completely with a probability of 2^-checks.
+// Compares the visible bits of a plate's block with the most similar valid block. Random bits agree with some valid
+// block completely with a probability of 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 
@@ -38,7 +38,7 @@ struct BlockAgreement {
 
 BlockAgreement comparePlateBlock(const SeenBlock &seen);
 
-// What would have been seen if the picture of the plate were the mirror image of one with the same triangle.
+// What would have been seen if the plate were mirrored across the diagonal through the corner with the triangle.
 SeenBlock mirrorPlateBlock(const SeenBlock &seen);
 
 }  // namespace pattern_reader

@@ -15,8 +15,8 @@ namespace pattern_reader {
 // Reads a lattice: drops and adds corners, and determines what it is. Empty if it is not a coded board.
 using ReadLattice = std::function<std::optional<PatternReading>(CornerLattice &lattice)>;
 
-// Joins the readings that are parts of the same board into one, by reading their corners together. A lattice point that
-// several parts have is contained once.
+// Joins the readings that are parts of the same board into one, by reading their corners together. The result contains
+// a lattice point only once, even if several parts have it.
 void joinParts(std::vector<PatternReading> &readings, const ReadLattice &read);
 
 }  // namespace pattern_reader

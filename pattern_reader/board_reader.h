@@ -12,7 +12,7 @@
 namespace pattern_reader {
 
 // Measures a lattice, which drops and adds corners, and reads it. Empty if it is neither a coded board nor a plain
-// board of the size given (in inner corners, if one is given).
+// board of the given size, if there is one (in inner corners).
 std::optional<PatternReading> readBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                         const std::optional<cv::Size> &plainBoard);
 

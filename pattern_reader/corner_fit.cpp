@@ -95,7 +95,8 @@ private:
     std::array<double, size> right{};
 };
 
-// Takes a step, limited to the range in which the slopes are still about right.
+// Takes a step. The changes of blur and position are limited, because the derivatives hold only near their current
+// values.
 void change(CornerFit &fit, const Step &step) {
     const auto limited = [&](Window::Parameter p, double limit) { return float(std::clamp(step[p], -limit, limit)); };
     fit.middle += float(step[Window::Middle]);

@@ -6,9 +6,9 @@
 // distance d from the corner, because light does. The caller passes the directions and bends of the borders, because
 // the lattice determines them far better than a few pixels can.
 //
-// The position is right for any blur that looks the same after half a turn, such as a defocused lens's disc: an error
-// of the model that looks the same after half a turn does not move the corner. That is why noise is estimated from the
-// part of the errors that changes sign when turned.
+// An error of the model that stays the same after half a turn about the corner does not move the fitted position. The
+// position is therefore right for any blur with this symmetry, such as the disc of a defocused lens, and noise is
+// estimated only from the part of the errors that changes sign after half a turn.
 #pragma once
 
 #include <array>
@@ -34,7 +34,7 @@ struct CornerFit {
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels
-    float noise = 0;             // the same of the part of the errors that changes sign when turned
+    float noise = 0;             // the same, but only of the errors that change sign after half a turn
     float sigma = 0;             // standard deviation of the position along one axis, pixels
     int pixels = 0;              // number of pixels in the window
 };

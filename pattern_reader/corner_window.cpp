@@ -97,8 +97,8 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
     const cv::Point2f axis1 = unit(borders.steps[1]);
     const cv::Point middle = pixelAt(fit.position);
     const int side = int(radius);
-    // The corner of a mark is visible up to a distance of about twice the blur. If leaving that out would leave too few
-    // pixels, some of its effect is tolerated.
+    // A mark's corner affects pixels up to a distance of about twice the blur. If too few pixels remained without them,
+    // some of its effect is tolerated.
     const float glow = std::min(2 * fit.blur, 0.6F * std::min(borders.marks[0], borders.marks[1]));
     pixelCount = 0;
     for (int dy = -side; dy <= side; dy++) {

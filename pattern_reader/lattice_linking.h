@@ -1,5 +1,5 @@
-// From saddles to lattices: neighbouring corners of a checkerboard see the same two borders with light and dark
-// exchanged. Such saddles are linked, and the links are followed from a closed square on.
+// From saddles to lattices: links saddles that look like neighbouring corners of a checkerboard, and follows the links,
+// starting with four saddles whose links form a square.
 #pragma once
 
 #include <vector>

@@ -2,8 +2,8 @@
 // neighbours.
 //
 // The corners are first fitted in the finest level in which their squares have at most 28 pixels, and then once more in
-// the level that suits blur and size best. The picture of a blurred or very large board loses little when it is halved,
-// and the windows stay small.
+// the level that suits blur and size best. Halving the picture of a blurred or very large board loses little accuracy,
+// and keeps the windows small.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -18,8 +18,8 @@ namespace pattern_reader {
 
 // Fits every corner of the lattice, moves it to the measured position and returns the fits, one for each corner, in the
 // image's pixels. Corners that cannot be fitted, or whose contrast has the wrong sign or is too weak, are removed.
-// Missing corners are added at the places that the measured ones predict. The blur is not measured if it is passed, in
-// pixels.
+// Missing corners are added at the places that the measured ones predict. If `knownBlur` is given (in pixels), it is
+// used instead of a measured blur.
 std::vector<CornerFit> measureCorners(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                       std::optional<float> knownBlur = std::nullopt);
 

@@ -1,5 +1,5 @@
-// Finds all checkerboard lattices of a picture: those of every level of its pyramid, each of them once, completed by
-// the corners that they lacked, and joined if something in front divides them.
+// Finds all checkerboard lattices of a picture, in every level of its pyramid. A lattice that several levels show is
+// returned once. Missing corners are added, and lattices that something in front of the board divides are joined.
 #pragma once
 
 #include <vector>

@@ -10,8 +10,8 @@
 
 namespace pattern_reader {
 
-// Drops the corners that are not in line with those whose squares were read as the code has them. Then drops connected
-// pieces that have too few such squares of their own.
+// Corners are trusted if their squares were read as the code has them. Drops the corners that are not in line with the
+// trusted ones, and then every connected piece that has too few squares read as the code has them.
 void keepTrustedCorners(CornerLattice &lattice, const std::vector<SquareReading> &marks, const Place &place);
 
 }  // namespace pattern_reader

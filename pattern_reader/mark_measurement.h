@@ -1,5 +1,5 @@
-// Measures the marks of a plate: each is fitted to the grey levels of the picture itself, or of the halving in which
-// its blur is a pixel or two, and compared with its neighbours. Marks that do not agree with these are left out.
+// Measures the marks of a plate. Each mark is fitted to the grey levels of the full picture, or of the pyramid level in
+// which its blur is one or two pixels, and compared with its neighbours. Marks that disagree with them are left out.
 #pragma once
 
 #include <opencv2/core.hpp>

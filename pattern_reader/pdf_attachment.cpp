@@ -13,7 +13,7 @@ namespace {
 // A document with thousands of points has less than a megabyte.
 constexpr std::size_t greatestSize = 100'000'000;
 
-// The whole number after a key; nothing else stands between them but blanks.
+// The whole number that follows a key, with only blanks between them.
 std::size_t numberAfter(std::string_view dictionary, std::string_view key) {
     const std::size_t place = dictionary.find(key);
     std::size_t number = 0;

@@ -1,5 +1,5 @@
-// Takes the pattern's description out of a PDF that the camera library wrote. Other PDFs, and ones that another program
-// has saved again, need not have it where it is looked for.
+// Takes the pattern's description out of a PDF that the camera library wrote. It may not be found in other PDFs, or if
+// another program has saved the PDF again.
 #pragma once
 
 #include <string>

@@ -25,8 +25,8 @@ struct Photograph {
 // file if it cannot be read or its picture is too large.
 Photograph loadPhotograph(const std::string &path);
 
-// Reads the patterns as readPatterns does. A picture that is stored mirrored is mirrored back for reading; corners,
-// angle and options.region are those of the stored picture all the same.
+// Reads the patterns as readPatterns does. A picture that is stored mirrored is mirrored back for reading, but corners,
+// angle and options.region always refer to the stored picture.
 std::vector<PatternReading> readPhotograph(const Photograph &photograph, const ReadingOptions &options = {});
 
 }  // namespace pattern_reader

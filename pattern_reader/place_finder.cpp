@@ -32,7 +32,7 @@ cv::Point turned(cv::Point p, int quarterTurns) {
     }
 }
 
-// The readings that take part, as what the index looks for; origin is the cell of its first square.
+// The readings in the form that the index searches for. Sets origin to the cell of the first square.
 SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origin) {
     cv::Rect extent;
     for (const SquareReading &reading : readings) {

@@ -24,7 +24,7 @@ bool isStray(int corners, std::vector<int> counts) {
     return corners < 2 || corners * 4 < *middle;
 }
 
-// Whether one of the outermost lines had so few corners that they were dropped.
+// Drops one outermost line that has far fewer corners than the others. False if there is no such line.
 bool dropStrayLine(CornerLattice &lattice) {
     for (const bool columns : {true, false}) {
         const std::vector<int> counts = cornersByLine(lattice, columns);

@@ -9,7 +9,8 @@ namespace pattern_reader {
 
 namespace {
 
-// True if at least half of the marks next to a dot were found. Otherwise a blank cover could look like a missing dot.
+// True if at least half of the marks next to a dot were found. Otherwise something blank may cover the place, which
+// would look like a missing dot.
 bool isInSight(const PlateView &view, cv::Point2d dot) {
     int next = 0;
     int seen = 0;
@@ -69,7 +70,7 @@ std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, do
 // How much a place looks like a dot: 0 for paper, 1 if it is as dark as a dot can look there. Empty if that cannot be
 // determined.
 std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
-    // A dot is a ring, so the light is measured along the middle of its line. If the line is blurred, the hole is too.
+    // A dot is a ring, so the light is measured along the middle of its line. Blur darkens the hole too.
     constexpr double lineRadius = (pattern_code::dotRadius + pattern_code::dotHoleRadius) / 2;
     const std::optional<CircleLight> around = circleLight(view, at, 0.23);
     const std::optional<CircleLight> line = circleLight(view, at, lineRadius);

@@ -7,7 +7,7 @@ namespace pattern_reader {
 
 namespace {
 
-// The value between the four pixels around a point; false outside the picture.
+// Interpolates between the four pixels around a point; false outside the picture.
 template <typename Pixel>
 bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
     if (!(p.x >= 0) || !(p.y >= 0) || p.x >= float(picture.cols - 1) || p.y >= float(picture.rows - 1)) {

@@ -14,8 +14,8 @@ constexpr float greyScale = 64;  // of ImageLevel::smoothed
 constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
 constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
 
-// Negative Hessian determinant of one row, in smoothed units; positive at saddles. `worth` is 1 where that is large
-// enough for a saddle or, negative, for a blob.
+// Computes the negative Hessian determinant along one row, in smoothed units: positive at saddles, negative at blobs.
+// `worth` is 1 where its magnitude is large enough for one of them.
 void respond(const ImageLevel &level, int y, float *out, uchar *worth) {
     const int width = level.smoothed.cols;
     const auto *up = level.smoothed.ptr<int16_t>(y - 1);
@@ -92,8 +92,8 @@ float sample(const cv::Mat &smoothed, float x, float y) {
 }
 
 // True if a ring around the point looks the same after half a turn and inverted after a quarter turn. Also determines
-// the opening of the light areas. The derivatives at the point cannot tell that, because blur makes all angles look
-// right.
+// the opening of the light areas. The derivatives at the point cannot tell that, because blur makes every angle look
+// like a right angle.
 bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     constexpr float radius = 2;
     const cv::Point2f p = saddle.position;
@@ -116,7 +116,7 @@ bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
         second += even * cv::Point2f(circle.x[2 * i], circle.y[2 * i]);
         fourth += even * cv::Point2f(circle.x[4 * i % Circle::count], circle.y[4 * i % Circle::count]);
     }
-    // For a pure second harmonic of amplitude A: its length is 8 A; `odd` is what half a turn changes.
+    // A pure second harmonic of amplitude A makes the length of `second` 8 A. `odd` sums what half a turn changes.
     const float length2 = second.dot(second);
     if (!(length2 > 1.44F * odd * odd)) {
         return false;
@@ -191,8 +191,9 @@ struct ResponseRows {
     }
 };
 
-// Whether it gets lighter on all eight sides, within the distances at which a blob of this level can end. Along its
-// long axis, a unit vector, a stretched blob ends farther away.
+// True if the picture gets lighter in all eight directions, within the distance at which a blob of this level can end,
+// and in none of them by much less than on average. A stretched blob may end farther away along its long axis, a unit
+// vector.
 bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool stretched) {
     constexpr int reach = 4;
     if (x < reach || y < reach || x >= smoothed.cols - reach || y >= smoothed.rows - reach) {
@@ -226,7 +227,8 @@ bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool s
     return 8 * least * 5 > sum * 2;
 }
 
-// Describes a blob by its second derivatives; false when these do not all rise, or when it is a line.
+// Describes a blob by its second derivatives. False if the picture does not get lighter on all sides, or if the blob is
+// almost a line.
 bool describeBlob(const ImageLevel &level, int x, int y, DarkBlob &blob) {
     const Quadratic q = quadraticAt(level.smoothed, x, y);
     const float mean = (q.xx + q.yy) / 2;
@@ -257,7 +259,7 @@ void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, 
     }
 }
 
-// Most of a picture is neither: `worth` has a 1 for every place whose response is large enough to be looked at.
+// Most pixels are neither saddles nor blobs, so only those with `worth` 1 are examined.
 void collect(const ImageLevel &level, const ResponseRows &rows, const uchar *worth, int y, LevelPoints &points) {
     const uchar *const end = worth + level.smoothed.cols - 1;
     for (const uchar *at = worth + 1; at < end; at++) {

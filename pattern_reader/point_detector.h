@@ -1,4 +1,4 @@
-// Finds the points of a picture's second derivatives that patterns are made of: saddles and dark blobs.
+// Finds the points that patterns consist of, by the second derivatives of the picture: saddles and dark blobs.
 //
 // Saddle points: places where four areas meet, dark opposite dark and light opposite light, as at the inner
 // corners of a checkerboard.

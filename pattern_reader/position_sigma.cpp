@@ -39,7 +39,8 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
 }
 
 // Perspective, lens and paper bend neighbouring rows of corners alike, so their fourth differences should be the same.
-// Returns the squares of their differences, each divided by the value that the corners' standard deviations explain.
+// Returns the squares of the differences between neighbouring rows, each divided by the value that is expected from the
+// corners' standard deviations.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {

@@ -31,13 +31,13 @@ struct PrintedPattern {
 // neither a pattern's JSON nor a PDF with one, or has a pattern of a kind that the reader does not know.
 std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
-// Where the reading's corners lie, one point for each. Nothing if none of the patterns fits the reading, or several fit
-// that differ in their points.
+// Where the reading's corners lie, one point for each. Empty if none of the patterns fits the reading, or if several
+// patterns with different points do.
 std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                      const std::vector<PrintedPattern> &patterns);
 
-// The same from the grid spacing alone, twice the square's side, in millimetres. A plate's offset is added if its block
-// says it.
+// The same, but computed from the grid spacing (twice the square's side) in millimetres instead of a file. If a plate's
+// block contains an offset, it is added.
 std::vector<cv::Point3d> objectPoints(const PatternReading &reading, double gridSpacing);
 
 }  // namespace pattern_reader

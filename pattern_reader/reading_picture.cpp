@@ -48,7 +48,7 @@ std::string words(const PatternReading &reading) {
     return text;
 }
 
-// The corner a few steps along an axis from the first one that has such a neighbour.
+// Finds two corners of the reading that are `step` apart, to draw an axis between them. False if there are none.
 bool axisFrom(const PatternReading &reading, cv::Point step, cv::Point2f &from, cv::Point2f &to) {
     for (const PatternCorner &a : reading.corners) {
         for (const PatternCorner &b : reading.corners) {

@@ -1,5 +1,5 @@
-// Links saddles that look like neighbouring corners of a checkerboard, which see the same two borders with light and
-// dark exchanged.
+// Links saddles that look like neighbouring corners of a checkerboard: their two borders have the same directions, but
+// light and dark are exchanged.
 #pragma once
 
 #include <array>
@@ -18,8 +18,8 @@ struct LinkedSaddle {
     std::array<int, 4> links{-1, -1, -1, -1};
 };
 
-// The saddles of a level of the given size, in the same order, with their links. Links are mutual, although the link
-// back does not always have the opposite direction.
+// The saddles of a level of the given size, in the same order, with their links. If p is linked to q, then q is linked
+// to p, but not always in the opposite direction.
 std::vector<LinkedSaddle> linkSaddles(const std::vector<SaddlePoint> &saddles, const cv::Size &level);
 
 }  // namespace pattern_reader

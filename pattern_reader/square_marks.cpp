@@ -59,7 +59,7 @@ cv::Point cornerOf(cv::Point cell, size_t corner) {
 // A square in the picture.
 struct Quad {
     std::array<cv::Point2f, 4> corners;
-    std::array<bool, 4> known{};  // measured, and not from the neighbours
+    std::array<bool, 4> known{};  // measured, not predicted from the neighbours
     int measured = 0;
     float middle = 0;  // grey level between light and dark
     float amplitude = 0;
@@ -205,9 +205,9 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
 
 using Look = MarkReader::Look;
 
-// A cover that is as light as the paper looks like the outer half of a light square, and one as dark as the ink like
-// that of a dark square, but none looks like two neighbouring squares. So squares at the edge of the measured area are
-// doubtful if they lack neighbours there.
+// At the edge of the measured area, a cover can look like the outer half of a square: of a light one if the cover is as
+// light as the paper, of a dark one if it is as dark as the ink. It cannot look like two neighbouring squares. Squares
+// at this edge are therefore doubtful if they lack neighbours there.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.

@@ -1,7 +1,8 @@
-// Reads which squares of a lattice carry a mark: a centred square of the opposite colour and a third of the side.
+// Reads which squares of a lattice carry a mark: a smaller square of the opposite colour in the centre, with sides a
+// third as long.
 //
-// What the centre of a square with and without a mark looks like follows from the grey levels and the blur measured at
-// its corners, so small and blurred squares are judged by what the camera can show of them.
+// The grey levels and the blur measured at a square's corners predict how its centre looks with and without a mark.
+// Small or blurred squares are therefore compared with what the camera can show of a mark.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -15,7 +16,7 @@ namespace pattern_reader {
 struct SquareReading {
     cv::Point cell;  // of the square's top-left corner
     bool marked = false;
-    float certainty = 0;  // 0: no better than a guess, 1: exactly as expected with a mark, or without one
+    float certainty = 0;  // 0: no better than a guess, 1: looks exactly as predicted for `marked`
     int measuredCorners = 0;
     // The square is at the edge of the measured area, where a cover with the square's grey would look the same.
     bool maybeCover = false;

@@ -68,7 +68,7 @@ CodeGrid tileGrid(int tile) {
 
 using Limits = std::array<int, WindowTable::scanSide * WindowTable::scanSide + 1>;
 
-// The most bits in which a window that is visited may disagree, by the number of bits compared; -1: visit none.
+// For each number of compared bits, how many may disagree for a window to be visited; -1: no window is visited.
 const Limits &disagreementLimits() {
     static const Limits limits = [] {
         Limits made{};

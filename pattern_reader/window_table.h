@@ -41,8 +41,8 @@ public:
     // Visits every 5 x 5 window whose position bits are those given.
     void visitEqual(std::uint64_t bits, const Visit &visit) const;
 
-    // Visits the 8 x 8 windows with so few disagreeing bits that only about 100 windows would be visited for random
-    // bits. All known squares of the window must lie inside the plane; they may reach 4 squares beyond a tile.
+    // Visits the 8 x 8 windows in which few bits disagree. The limit is chosen so that random bits cause at most about
+    // 100 visits. All known squares of the window must lie inside the plane; they may reach 4 squares beyond a tile.
     void visitAlike(const SeenWindow &seen, const Visit &visit) const;
 
 private:
@@ -65,7 +65,8 @@ private:
 // log10 of the chance that at most `disagreeing` of `count` random bits disagree.
 double chanceLog10(int count, int disagreeing);
 
-// The number of places in all four orientations, including those where a patch reaches over the edge of a tile.
+// The number of places at which a patch can lie, in all four orientations, including those where it reaches over the
+// edge of a tile.
 constexpr double placeCount =
     4.0 * (pattern_code::planeSide * pattern_code::planeSide + pattern_code::tileCount * 31 * 31);
 
