@@ -1,4 +1,4 @@
-// Holds the parts of the library. The C interface works on the process's only one.
+// Holds the parts of the library. A process has one such object, which the C interface uses.
 #pragma once
 
 #include "camera_library/commands/command_executor.h"

@@ -14,9 +14,9 @@
 //                      plate
 //   "GridSize"         two integers, 2 to 200; required
 //   "AssemblyPattern"  integer, 0 to 17, default 0
-//   "GridSpacing"      0, or 0.001 to 1000; required except for a catalogue board, where it must be the board's own
-//   "Thickness"        0 to 100, default 0; for a catalogue board its own
-//   "Offset"           two numbers, -9999 to 9999; absent: the pattern lies as with 0, 0
+//   "GridSpacing"      0, or 0.001 to 1000; required, except for a catalogue board, which allows only its own value
+//   "Thickness"        0 to 100, default 0; a catalogue board allows only its own value, which is then the default
+//   "Offset"           two numbers, -9999 to 9999; if absent, the pattern is placed as with 0, 0
 //   "Polarity"         boolean, default true
 //   "Encoding"         boolean, default true
 //

@@ -7,8 +7,8 @@
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in fractions of a unit, chosen so that twice the area of a pixel is 2^32. In 32 bits that is 0
-// again, which yields the even-odd rule: what is enclosed twice is not enclosed.
+// Heights are counted in fractions of a unit, chosen so that the area of a pixel is 2^31. In 32-bit arithmetic, a pixel
+// that is enclosed twice therefore has the area 0, as the even-odd rule requires.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
 constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
@@ -38,7 +38,7 @@ Edge edgeBetween(const PixelPoint &top, const PixelPoint &bottom) {
     return edge;
 }
 
-// Consecutive edges from top to bottom, which all go down in their outline or all go up.
+// Consecutive edges that all go down or all go up in their outline, in order from top to bottom.
 class Chain {
 public:
     Chain(const Edge *firstEdge, const Edge *endEdge, bool goesDown)
@@ -92,8 +92,8 @@ private:
         addWithinPixel(x + right - 2 * start, height - passed, changes);
     }
 
-    // The sum of both ends' distances from the left side of the pixel, times the height, is the area to the left,
-    // doubled.
+    // `bothEnds` is the sum of the distances of the piece's two ends from the left side of the pixel. Multiplied by the
+    // height, it is twice the area to the left of the piece.
     void addWithinPixel(std::int32_t bothEnds, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t descent = sign * height;
         const std::uint32_t areaToTheLeft = descent * static_cast<std::uint32_t>(bothEnds);
@@ -109,7 +109,7 @@ private:
     std::uint32_t last = 0;
 };
 
-// Splits outlines into chains and owns the edges that these refer to.
+// Splits outlines into chains, and owns the chains' edges.
 class ChainList {
 public:
     ChainList(const std::vector<PixelOutline> &outlines, std::int32_t width, std::int32_t height)

@@ -39,7 +39,8 @@ public:
 
 private:
     std::int32_t units(double start, double mm) const {
-        // This rounds because no value is negative. lround would take a sixth of the time that a large board needs.
+        // Adding 0.5 rounds correctly, because no value is negative. Calling lround would take a sixth of a large
+        // board's time.
         // NOLINTNEXTLINE(bugprone-incorrect-roundings)
         return static_cast<std::int32_t>((start + mm * placement.pixelsPerMm) * pixelUnits + 0.5);
     }
@@ -58,8 +59,8 @@ std::vector<std::uint8_t> rasterOfRectangles(const PatternGeometry &geometry, co
     return rasterRectangles(std::move(rectangles), width, height);
 }
 
-// The corners of the regular polygon, around the origin, that a circle with this radius is drawn as. It has the same
-// area as the circle.
+// The corners of the regular polygon that is drawn instead of a circle with this radius. It is centred on the origin
+// and has the same area as the circle.
 std::vector<Point> cornersOfCircle(double radiusMm, double pixelsPerMm) {
     constexpr double farthestOffPixels = 0.03;
     constexpr double pi = 3.141592653589793;
@@ -123,8 +124,8 @@ std::vector<PixelOutline> outlinesOf(const PatternGeometry &geometry, const Scal
     return outlines;
 }
 
-// A hole must have the opposite direction of the shape around it; otherwise pixels that both pass through are not
-// exact.
+// A hole must run in the opposite direction to the shape around it. Otherwise, pixels that both outlines cross get a
+// wrong grey level.
 std::vector<std::uint8_t> rasterOfOutlines(const PatternGeometry &geometry, const Scale &scale, double pixelsPerMm,
                                            int width, int height) {
     std::vector<PixelOutline> outlines = outlinesOf(geometry, scale, pixelsPerMm);

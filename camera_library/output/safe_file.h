@@ -11,8 +11,8 @@ struct FileWriteError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Writes a new file beside the target, flushes it to the disk and then renames it to the target, so that at every
-// moment, even if the machine stops, the target is either what it was or all of `bytes`. If the target is a link, the
+// Writes a new file beside the target, flushes it to the disk and then renames it to the target. The target therefore
+// holds either its old content or all of `bytes` at any time, even if the machine stops. If the target is a link, the
 // file that it leads to is replaced. Folders, devices and write-protected files are refused. Throws FileWriteError if
 // anything fails; the target is then unchanged and no other file is left. If the process is killed meanwhile, it leaves
 // a file named .lmlib64-PROCESS-RANDOM.tmp (two decimal numbers), which the next write to the folder removes (not on

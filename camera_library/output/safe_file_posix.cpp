@@ -139,8 +139,8 @@ public:
         do {
             path = folder + newTemporaryName(random);
         } while (!create(permissions));
-        // A lock belongs to the open file, not to a descriptor of it. This second one is closed only after the
-        // renaming.
+        // A lock lasts until all descriptors of the open file are closed. This second descriptor is closed only after
+        // the renaming.
         lock = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
     }
     TemporaryFile(const TemporaryFile &) = delete;

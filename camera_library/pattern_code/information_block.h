@@ -83,11 +83,11 @@ struct DecodedBlock {
     int filledBits = 0;       // bits that were unknown
 };
 
-// Reads a block. A 1 in `unknown` marks a bit that could not be seen clearly; its value in `bits` is ignored. Errors
-// are repaired as long as random bits are accepted as a block less than once in 1,000,000 times: with up to 4 unknown
-// bits, one wrong byte or any two wrong bits; with up to 10, one wrong bit; with up to 16 (two lost bytes, or as many
-// bits anywhere), none. The result is empty if no block is that close, if more than one is possible, or if the carrier
-// cannot hold it.
+// Reads a block. A 1 in `unknown` marks a bit that could not be seen clearly; its value in `bits` is ignored. How
+// many errors are repaired depends on the number of unknown bits, so that random bits are accepted as a block less than
+// once in 1,000,000 times: with up to 4 unknown bits, one wrong byte or any two wrong bits are repaired; with up to 10,
+// one wrong bit; with up to 16 (such as two lost bytes), none. The result is empty if no block is that close, if more
+// than one is possible, or if the carrier cannot hold it.
 std::optional<DecodedBlock> decodeBlock(std::uint64_t bits, std::uint64_t unknown, BlockCarrier carrier);
 
 // The column and row, 0 to 7, of a bit in the 8 x 8 grid of a block. A byte is 2 columns wide and 4 rows high.

@@ -168,7 +168,8 @@ struct Decimal {
     int exponent = 0;
 };
 
-// Rounds a number that is not negative to `precision` digits; 0 stands for as few as read back to the same number.
+// Rounds a number that is not negative to `precision` digits. If `precision` is 0, the result has as few digits as are
+// needed to read back the same number.
 Decimal decimalOf(double number, int precision) {
     std::array<char, 40> buffer{};
     char *const end = buffer.data() + buffer.size();
@@ -190,7 +191,7 @@ Decimal decimalOf(double number, int precision) {
     return decimal;
 }
 
-// Adds the digits without an exponent; the first one stands for that power of ten.
+// Adds the digits in positional notation. The place value of the first digit is 10^firstPower.
 void appendDigits(std::string &text, const std::string &digits, int firstPower) {
     if (firstPower < 0) {
         text.append("0.").append(static_cast<std::size_t>(-firstPower - 1), '0').append(digits);

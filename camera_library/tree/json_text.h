@@ -26,8 +26,8 @@ void appendJson(std::string &text, const Node &node, const JsonFormat &format);
 // Adds the number as JSON; null for infinities and not-a-number.
 void appendJsonNumber(std::string &text, double number, const JsonFormat &format);
 
-// Sets the node to what the text says. `maximumDepth` is how deep containers may nest (0: not at all);
-// LmLibResultNestingLimitReached beyond. LmLibResultCouldNotInterpretJsonText for everything else that lmLibSetJson
+// Sets the node to what the text says. Returns LmLibResultNestingLimitReached if containers nest deeper than
+// `maximumDepth` (0: no containers), and LmLibResultCouldNotInterpretJsonText for everything else that lmLibSetJson
 // refuses. After an error the node is unchanged.
 LmLibResult parseJson(std::string_view text, std::size_t maximumDepth, Node &node);
 

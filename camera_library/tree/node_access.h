@@ -13,8 +13,8 @@ namespace lmlib64 {
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
 // Puts the value at the path, makes the objects and arrays on the way, and leaves the previous value in `value` (null
-// if there was none). Errors as findNode, except for the absent node, and LmLibResultItemPathInvalid for an index
-// beyond the end of its array.
+// if there was none). Fails as findNode does, except that the node may be absent, and with
+// LmLibResultItemPathInvalid if an index is beyond the end of its array.
 LmLibResult placeNode(Node &root, const Path &path, Node &value);
 
 // Removes the node and leaves it in `removed`. Errors as findNode. The path must not be the root.
