@@ -74,7 +74,7 @@ private:
     std::string itemPath;
 };
 
-// The string or number in the node, or the default if the node is absent, has another type or cannot be read. If the
-// query for its existence or its type fails, that throws.
+// The string or number in the node, or the default if the node is absent, has another type or cannot be read. Throws if
+// the query for the node's existence or type fails.
 std::string asStringOr(const TreeItem &item, const std::string &defaultValue);
 double asDoubleOr(const TreeItem &item, double defaultValue);

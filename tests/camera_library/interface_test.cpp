@@ -360,7 +360,7 @@ TEST_F(Interface, listsThePlatesOfTheCatalogue) {
         const double spacing = lmLibGetDouble(&result, (plate + "/GridSpacing").c_str());
         EXPECT_GT(spacing, last);
         last = spacing;
-        // Sixteen squares, each half a grid spacing, are the outer size that the name begins with.
+        // The name begins with the outer size, which is sixteen squares with sides of half the grid spacing.
         const std::string size = std::to_string(static_cast<int>(16 * spacing / 2)) + " mm";
         const std::string name = lmLibGetString(&result, (plate + "/Name").c_str());
         EXPECT_EQ(name.rfind(std::string(size).append(" x ").append(size), 0), 0U) << name;

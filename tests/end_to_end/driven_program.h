@@ -46,8 +46,8 @@ public:
 
     // The program's visible windows except the main window.
     QStringList otherWindows() const;
-    // Wait until there is such a window, or none. The first returns the window, or an empty text if none has appeared
-    // in time.
+    // waitForOtherWindow waits until there is such a window and returns it, or an empty text if none appears in time.
+    // waitForNoOtherWindow waits until there is none.
     QString waitForOtherWindow(int milliseconds = 5000) const;
     bool waitForNoOtherWindow(int milliseconds) const;
 

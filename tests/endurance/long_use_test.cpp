@@ -114,7 +114,7 @@ void LongUseTest::updatesLeaveNothingBehind() {
     window.show();
     int pictures = 0;
     connect(window.findChild<QGraphicsView *>("preview")->scene(), &QGraphicsScene::changed, [&] { ++pictures; });
-    // The form allows some values that no pattern can have. The program reports these; that is an update too.
+    // The form allows some values that no pattern can have. The update that reports them counts too.
     int boxes = 0;
     QTimer user;
     connect(&user, &QTimer::timeout, [&boxes] {

@@ -33,7 +33,7 @@ bool waitsForEvents(qint64 process) {
 // A record, made by strace, of everything that a program and its children do to files, anywhere.
 class WriteRecord {
 public:
-    // Starts the program under strace. The option -D lets the program keep the number of the process that is started.
+    // Starts the program under strace. With its option -D, the started process becomes the program, not the tracer.
     bool start(DrivenProgram &program, const QMap<QString, QString> &environment) {
 #ifdef WRITES_ARE_RECORDED
         keeps = QProcess::execute("strace", {"-o", "/dev/null", "true"}) == 0;

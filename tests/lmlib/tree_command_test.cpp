@@ -23,7 +23,7 @@ const std::string typeLine = "lmLibGetType /Execute/1/Command";
 const std::string waitLine = "lmLibWaitForType /Execute/1/Command 1 true";
 const std::string symbolLine = "lmLibGetType /Execute/1/Result/ErrorSymbol";
 
-// Makes the n-th query for a node's type from now on, or every one, give this code.
+// Makes the library return this code for the n-th query of a node's type from now on, or for every such query.
 std::function<void()> typeGives(const char *path, std::int32_t code, int occurrence = 0) {
     return [=] { setResult("lmLibGetType", path, code, occurrence); };
 }

@@ -196,7 +196,7 @@ TEST(BoardReading, readsEveryMark) {
     }
 }
 
-// On a steeply seen board, the lattice's lines are much closer than its steps are long.
+// On a board seen at a steep angle, lattice lines can be much closer together than the corners on them.
 TEST(BoardReading, dropsACornerThatLiesOnAMarkOfASteeplySeenBoard) {
     const cv::Point2f column(20, 0);
     const cv::Point2f row(19, 4);

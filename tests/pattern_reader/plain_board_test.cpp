@@ -55,7 +55,7 @@ struct Case {
     cv::Size corners;
     double clockwise;    // how far the board is turned, degrees
     int orientations;    // the number of orientations that look the same
-    int turnsToReading;  // quarter turns clockwise from the drawing's x axis to the one that is read
+    int turnsToReading;  // quarter turns clockwise from the drawing's x axis to the reading's x axis
 };
 
 TEST(PlainBoard, placesEveryCornerAndSaysWhichOrientationsAreOpen) {

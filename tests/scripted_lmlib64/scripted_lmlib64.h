@@ -35,9 +35,9 @@
 namespace scripted_lmlib64 {
 
 // One call into the library. The value is what was passed after the path: the text, the number in the fewest digits
-// that read back to it, "true" or "false", or several of these separated by spaces. For the two binary calls it also
-// has a word if the caller asks for something that the program does not use. For a message to the debug log it is the
-// message.
+// that read back to it, "true" or "false", or several of these separated by spaces. If a caller asks
+// lmLibGetBinaryInfo or lmLibGetBinary for something that the program does not use, the value also contains the word
+// "more" or "timestamp". For a message to the debug log it is the message.
 struct Call {
     std::string function;
     std::string path;
@@ -59,9 +59,8 @@ LMLIB64_API void reset();
 // each pattern that is generated, and the nodes below /Path.
 LMLIB64_API void loadDefaultScript();
 
-// The calls since the last reset or clearCalls, and the same as lines: function, path and value separated by spaces,
-// and
-// "[no result]" at the end if no result code was asked for.
+// The calls since the last reset or clearCalls. callLines() has each call as a line: function, path and value separated
+// by spaces, with "[no result]" at the end if the caller passed no target for the result code.
 LMLIB64_API std::vector<Call> calls();
 LMLIB64_API std::vector<std::string> callLines();
 LMLIB64_API void clearCalls();
