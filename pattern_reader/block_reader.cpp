@@ -32,8 +32,8 @@ PatternValues valuesOf(const pattern_code::BlockContent &content) {
 
 namespace {
 
-// Blocks of one kind: one of them, and the differences that its free bits make. The code is linear, so every block of
-// the kind is the first one with some of the differences added bit by bit.
+// All blocks of one kind, as one block and the difference (XOR) that each free bit of the content makes. The code is
+// linear, so every block of the kind is the first block combined with some of the differences by XOR.
 struct BlockFamily {
     std::uint64_t first = 0;
     std::vector<std::uint64_t> differences;
@@ -47,7 +47,7 @@ BlockFamily spacingFamily() {
     BlockFamily family;
     pattern_code::BlockContent content;
     content.kind = pattern_code::BlockKind::SpacingAndThickness;
-    // A spacing of 0 cannot be encoded, so its lowest bit is varied from a spacing that has another one set.
+    // A spacing of 0 cannot be encoded, so the spacings start from 2, in which bit 1 is set.
     content.gridSpacing = 2;
     family.first = pattern_code::encodeBlock(content);
     for (int bit = 0; bit < 14; bit++) {
@@ -58,7 +58,7 @@ BlockFamily spacingFamily() {
         other.thickness = 1 << bit;
         family.add(other);
     }
-    // The bit that all of these have in common.
+    // Bit 1 of the spacing, which is set in all blocks above.
     content.gridSpacing = 1;
     family.add(content);
     return family;
@@ -82,7 +82,7 @@ BlockFamily offsetFamily() {
     return family;
 }
 
-// What is left of words after the differences of a family have been taken away as far as possible.
+// Reduces a word to the smallest one that can result from combining it with a family's differences by XOR.
 class Remainder {
 public:
     Remainder(const BlockFamily &family, std::uint64_t known) {

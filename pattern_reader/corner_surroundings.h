@@ -16,9 +16,9 @@ namespace pattern_reader {
 struct LightPlane {
     bool known = false;
     std::array<float, 2> middle{};     // change over a step along each axis, grey levels
-    std::array<float, 2> amplitude{};  // of its magnitude
-    std::array<float, 2> spread{};     // standard deviation of both if that of a level is 1
-    float scatter = 0;                 // of the levels around the plane
+    std::array<float, 2> amplitude{};  // the same change of the amplitude's magnitude
+    std::array<float, 2> spread{};     // standard deviation of both changes if that of a level is 1
+    float scatter = 0;                 // standard deviation of the levels from the plane, grey levels
 };
 
 class CornerSurroundings {
@@ -31,8 +31,8 @@ public:
     std::optional<CornerBorders> bordersOf(const LatticeCorner &corner) const;
     // The same from the corner's neighbours alone. The corner itself need not be part of the lattice.
     std::optional<CornerBorders> bordersByNeighbours(const LatticeCorner &corner) const;
-    // How much the fitted levels typically differ from a plane through those around them, grey levels; from every
-    // stride-th corner. fits belongs to the lattice's corners.
+    // How much the fitted levels around a corner typically differ from a plane, in grey levels. Only every stride-th
+    // corner is examined. fits belongs to the lattice's corners.
     float lightScatter(const std::vector<CornerFit> &fits, size_t stride) const;
     // How the levels change over one step along each axis, by the fits around a corner; scatter is the board's.
     std::array<CornerPrior::Change, 2> lightAround(const LatticeCorner &corner, const std::vector<CornerFit> &fits,

@@ -11,9 +11,9 @@ namespace pattern_reader {
 // cannot be read or is too large.
 cv::Mat loadGreyImage(const std::string &path);
 
-// The same from a picture in memory with 1, 3 (BGR) or 4 (BGRA) channels of any depth; of other counts the first
-// channel. Colours become grey, transparent parts white. Deeper pictures are scaled so that all but their lightest
-// pixels, one in 2,000, fit into 8 bits: a few hot pixels do not darken the rest.
+// The same from a picture in memory with 1, 3 (BGR) or 4 (BGRA) channels of any depth. With another number of channels,
+// only the first is used. Colours become grey, transparent parts white. Deeper pictures are scaled so that all but
+// their lightest pixels, one in 2,000, fit into 8 bits: a few hot pixels do not darken the rest.
 cv::Mat toGrey(const cv::Mat &picture);
 
 }  // namespace pattern_reader

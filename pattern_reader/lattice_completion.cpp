@@ -23,7 +23,7 @@ float cross(cv::Point2f a, cv::Point2f b) {
     return a.x * b.y - a.y * b.x;
 }
 
-// The level in which a lattice step is closest to between 6 and 12 pixels.
+// The finest level in which a lattice step is at most 12 pixels, or the coarsest of all if there is none.
 const ImageLevel &levelFor(const std::vector<ImageLevel> &levels, float spacing) {
     size_t number = 0;
     while (number + 1 < levels.size() && spacing / levels[number].scale() > 12) {

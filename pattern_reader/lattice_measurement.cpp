@@ -149,8 +149,8 @@ const ImageLevel &CornerMeasurement::searchLevel() const {
     return levels[number];
 }
 
-// A corner is more exact if the borders in the window are longer, and less exact if there is more blur, to which the
-// pixels of a coarser level add. Of the levels that are about as exact as the best one, the coarsest is the fastest.
+// Longer borders in the window make a corner more exact, and blur makes it less exact. In a coarser level the larger
+// pixels add to the blur. Of the levels that are about as exact as the best one, the coarsest is the fastest.
 const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
     const float step = typicalStep();
     const auto merit = [&](const ImageLevel &level) {

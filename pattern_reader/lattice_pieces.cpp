@@ -14,7 +14,7 @@ namespace pattern_reader {
 namespace {
 
 constexpr size_t piecesTried = 16;
-constexpr size_t leastBase = 12;  // corners of the piece that is carried on
+constexpr size_t leastBase = 12;  // corners of the piece that is extrapolated
 constexpr size_t cornersCarriedOn = 80;
 constexpr float latticeReach = 0.4F;  // how far from a lattice point a corner may be, lattice steps
 

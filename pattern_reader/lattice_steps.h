@@ -1,7 +1,8 @@
 // The column and the row step of a lattice at one place: how far apart two points are in lattice coordinates.
 //
-// In the picture of a tilted board the lattice is sheared, and its lines are much closer than its steps are long. So
-// only a distance in lattice coordinates tells whether a point can belong to the lattice.
+// In the picture of a tilted board, the lattice is sheared, and neighbouring lines can be much closer together than
+// neighbouring points on a line. So only a distance in lattice coordinates tells whether a point can belong to the
+// lattice.
 #pragma once
 
 #include <algorithm>

@@ -259,7 +259,7 @@ bool solveStep(const PixelSums &sums, Vector &step, MarkFit &fit) {
     return true;
 }
 
-// Takes a step, but none so long that it leaves what the slopes can tell.
+// Takes a step, shortened if it leaves the range in which the derivatives are about right.
 void change(MarkFit &fit, const Vector &step) {
     const double reach = std::max(0.7 * fit.blur, 0.1 * fit.shortRadius());
     const double length = std::hypot(step[centreX], step[centreY]);

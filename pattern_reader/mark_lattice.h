@@ -10,7 +10,8 @@
 
 namespace pattern_reader {
 
-// A piece of a lattice of round marks. Cells and axes are those of CornerLattice; `marks` belongs to its corners.
+// A piece of a lattice of round marks. Cells and axes are as in CornerLattice; marks[i] belongs to
+// lattice.corners[i].
 struct MarkLattice {
     CornerLattice lattice;
     std::vector<RoundMark> marks;

@@ -51,7 +51,7 @@ cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
 // The unit, in cells, of the terms of the bend, so that all terms have about the same size within a neighbourhood.
 constexpr double unit = reach;
 
-// The derivatives of the bend's terms x^i y^j by so many times x and y, in the order of i + j.
+// The derivatives of the bend's terms x^i y^j, taken byX times by x and byY times by y, sorted by i + j.
 MarkMap::Terms derivatives(cv::Point2d p, int byX, int byY) {
     const auto powers = [](double v, int times) {
         std::array<double, MarkMap::bendOrder + 1> all{};
@@ -82,7 +82,7 @@ cv::Vec2d sumOf(const std::array<cv::Vec2d, MarkMap::bendTerms> &factors, const 
     return sum;
 }
 
-// How many terms so many marks can tell.
+// How many terms of the bend can be determined from this number of marks.
 size_t termsFor(size_t marks) {
     return marks >= 23 ? 15 : marks >= 16 ? 10 : 6;
 }
@@ -154,7 +154,7 @@ void MarkMap::fitBend(const std::vector<MappedMark> &marks, const std::vector<do
     Cholesky<bendTerms>::Matrix m{};
     Cholesky<bendTerms>::Vector rightX{};
     Cholesky<bendTerms>::Vector rightY{};
-    // Without a bend unless the marks ask for one.
+    // Small weights pull all terms towards 0, so there is a bend only if the marks show one.
     for (size_t j = 0; j < bendTerms; j++) {
         m[j][j] = 0.01;
     }
@@ -243,7 +243,7 @@ cv::Matx22d MarkMap::stepsAt(cv::Point2d cell) const {
 cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
     const cv::Point2d c = cell - here.middle;
-    // Of the plane's map: the conic that a circle becomes.
+    // The conic that the plane's map makes of a circle.
     const cv::Matx33d circle(1, 0, -c.x, 0, 1, -c.y, -c.x, -c.y, c.x * c.x + c.y * c.y - radius * radius);
     const cv::Matx33d inverse = here.plane.inv();
     const cv::Matx33d q = inverse.t() * circle * inverse;
@@ -255,8 +255,8 @@ cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
 
 cv::Point2d MarkMap::bentOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
-    // The ellipse that fits best to a circle whose points are moved by second derivatives xx, xy, yy,
-    // in units in which the map is the identity, is moved by the first harmonic of their normal component.
+    // The second derivatives xx, xy and yy move the points of the circle. In units in which the map is the identity,
+    // the ellipse that fits these points best is moved by the first harmonic of their displacement along the normal.
     const cv::Matx22d steps = stepsAt(cell);
     const cv::Matx22d toCells = steps.inv();
     const std::array<cv::Vec2d, 3> curvature = here.curvatureAt(cell);

@@ -1,5 +1,5 @@
-// Maps the cells of a lattice of marks to the picture, near the marks and a little beyond them. Every neighbourhood of
-// 5 × 5 marks has the map of a plane, to which the bend is added that a lens or curved paper causes there.
+// Maps the cells of a lattice of marks to the picture, near the marks and a little beyond them. The map of every
+// neighbourhood of 5 × 5 marks is that of a plane, plus the bend that a lens or curved paper causes there.
 #pragma once
 
 #include <array>

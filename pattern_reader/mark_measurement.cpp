@@ -13,7 +13,7 @@ namespace {
 struct FittedMark {
     cv::Point cell;
     MarkFit fit;       // in image coordinates
-    double noise = 0;  // what is left of the grey levels, as a share of the contrast, in a pixel of the image
+    double noise = 0;  // rms error of the fit in a pixel of the image, as a share of the contrast
     bool disturbed = false;
 };
 
@@ -149,10 +149,11 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
     return any;
 }
 
-// By how much the marks in and around a cell, squared and on average, lie beside where the map has them, more than
-// their noise explains. Pixels squared.
+// The mean squared distance of the marks in and around a cell from their places in the map, minus the part that their
+// noise explains. Pixels squared.
 double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv::Point cell) {
-    // The map follows a mark by itself for the most part: of its noise this share is left.
+    // The map is fitted to these marks and follows each of them for the most part, so only this share of a mark's noise
+    // remains in its distance.
     constexpr double left = 0.4;
     double sum = 0;
     int count = 0;

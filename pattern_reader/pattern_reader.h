@@ -62,7 +62,7 @@ struct PatternReading {
     // Direction of the pattern's x axis in the image at its middle, degrees clockwise from the image's x axis.
     double angle = 0;
     // How many orientations a plain board's size and colours leave open: 1, 2 (half a turn) or 4 (a quarter turn).
-    // Taken is the one whose x axis points most to the right in the image. 1 for coded patterns.
+    // The reading has the one whose x axis points most to the right in the image. 1 for coded patterns.
     int orientations = 1;
     // Whether the squares with an even sum of column and row are dark. In a tile this is its polarity: the top-left
     // square is dark. A piece of the plane has its polarity from its own top-left square.

@@ -8,7 +8,8 @@ namespace pattern_reader {
 
 namespace {
 
-// Unsigned numbers of a file, each at an offset from its start; 0, which is no valid size, beyond the file's end.
+// Reads unsigned numbers at offsets from the start of a file. Beyond the file's end it returns 0, which is no valid
+// size.
 class Bytes {
 public:
     explicit Bytes(std::istream &source) : file(source) {}
@@ -55,7 +56,8 @@ bool isTiff(std::uint64_t start) {
     return start == 0x49492A00 || start == 0x4D4D002A;
 }
 
-// The value of a property in the first directory of a TIFF file, which has twelve bytes for each; 0 if it has none.
+// The value of a property in the first directory of a TIFF file, where each property takes twelve bytes; 0 if the
+// property is absent.
 std::uint64_t tiffValue(Bytes &bytes, std::uint64_t tag) {
     constexpr std::uint64_t shortType = 3;
     bytes.littleEndian = false;

@@ -20,9 +20,9 @@ struct BoardPlace {
 };
 
 // Drops stray corners on lines beyond the board, then places the lattice. board counts the inner corners, columns and
-// rows. Of orientations that the colours tell apart the one with a dark top-left square is taken, of the others the one
-// whose x axis points most to the right in the image. Nothing if the lattice has another size or less than half of the
-// board's corners.
+// rows. If the colours tell orientations apart, one with a dark top-left square is chosen; among those that remain, the
+// one whose x axis points most to the right in the image. Empty if the lattice has another size or less than half of
+// the board's corners.
 std::optional<BoardPlace> placeOnBoard(CornerLattice &lattice, cv::Size board);
 
 }  // namespace pattern_reader

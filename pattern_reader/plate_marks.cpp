@@ -63,8 +63,8 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &image
     return added;
 }
 
-// Leaves out what lies outside the 7 × 7 cells with the most marks, because there it only looks like a mark. False if
-// that is more than a few.
+// Drops everything outside the 7 × 7 cells with the most marks, because what is found there only looks like a mark.
+// False if more than a few marks are dropped.
 bool keepOnePlate(MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     if (extent.width <= marksPerSide && extent.height <= marksPerSide) {
@@ -104,7 +104,7 @@ bool keepOnePlate(MarkLattice &found) {
 
 bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell) {
     const auto prepare = [&] { return keepOnePlate(found) && mapCells(found, imageFromCell); };
-    // From the nearer marks to the farther ones: each round carries the lattice on by what the last has found.
+    // From the nearer marks to the farther ones: each round extends the lattice from the marks that the last one found.
     bool usable = prepare();
     for (int round = 0; round < 3 && usable && addMissingMarks(levels, imageFromCell, found); round++) {
         usable = prepare();

@@ -19,8 +19,8 @@ namespace pattern_reader {
 namespace {
 
 constexpr size_t leastMarks = 9;
-constexpr int leastChecks = 10;       // of the dots seen, for them to say which way is up
-constexpr int leastDots = 6;          // seen, to know that a plate has any
+constexpr int leastChecks = 10;       // BlockAgreement::checks needed before a part of a block confirms the orientation
+constexpr int leastDots = 6;          // dots that must be seen before the plate counts as having dots
 constexpr double leastSpacing = 9.5;  // pixels, for the frame's corners to be told apart without a block
 
 struct Assumption {
@@ -46,8 +46,8 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
             }
         }
     }
-    // If one side is covered, the right shift sees less of the frame's ends than a shift away from the cover does, but
-    // that one misses a side. So a smaller margin is enough if the best shift has more good sides.
+    // If one side is covered, a shift away from the cover sees more of the frame's ends than the right shift, but
+    // misses a whole side. So a smaller margin is enough if the best shift has more good sides.
     const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
     if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {
@@ -95,7 +95,7 @@ TopLefts possibleTopLefts(const PlateView &unturned) {
 struct Orientation {
     LatticeMotion motion;
     SeenBlock block;
-    // The dots are those of a block: certainly, or as far as they can be seen.
+    // readable: the dots were decoded as a block. possible: those that can be seen agree with a valid block.
     bool readable = false;
     bool possible = false;
     BlockAgreement agreement;

@@ -90,7 +90,7 @@ public:
     // An index shared by all callers, made at the first call.
     static const PositionIndex &shared();
 
-    // The likeliest place. Empty if nowhere more cells agree than disagree.
+    // The likeliest place. Empty if there is no place where more cells agree than disagree.
     [[nodiscard]] std::optional<Location> locate(const SeenCells &seen, Effort effort = Effort::Full) const;
 
 private:

@@ -31,7 +31,7 @@ cv::Point pointOf(const json &pair) {
     return {pair.at(0).get<int>(), pair.at(1).get<int>()};
 }
 
-// Sets which lattice points the marks of the framed plate are.
+// Sets the lattice coordinates of the framed plate's marks.
 void setPlateLattice(PrintedPattern &printed) {
     if (printed.size != cv::Size(marksPerSide, marksPerSide)) {
         throw std::runtime_error("its round marks are not " + std::to_string(marksPerSide) + " x " +
@@ -42,7 +42,7 @@ void setPlateLattice(PrintedPattern &printed) {
     printed.firstPoint = {2, 2};
 }
 
-// Sets which lattice points a checkerboard's corners are, which depends on the carrier of the code.
+// Sets the lattice coordinates of a checkerboard's corners, which depend on the carrier of the code.
 void setBoardLattice(const json &code, PrintedPattern &printed) {
     printed.kind = PatternKind::Board;
     printed.firstPoint = {1, 1};

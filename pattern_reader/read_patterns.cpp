@@ -50,7 +50,7 @@ private:
     cv::Mat covered;
 };
 
-// Whether most marks of a lattice are those of a plate that has been read, which has at least as many.
+// True if most marks of a lattice belong to a plate that has been read and has at least as many marks.
 bool isRead(const MarkLattice &found, const PatternReading &plate) {
     const auto known = std::count_if(found.marks.begin(), found.marks.end(), [&](const RoundMark &mark) {
         const float reach = 0.5F * std::sqrt(mark.area / float(CV_PI));
