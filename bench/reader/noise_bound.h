@@ -2,10 +2,11 @@
 // with Gaussian blur and white noise.
 //
 // A border of length L between light and dark, seen with contrast c and blur s in noise of standard deviation n, has
-// the Fisher information c² L / (2 sqrt(pi) s n²) about its position across. This is the integral of the squared
-// derivative of its grey levels, a Gaussian of width s, divided by n². A corner consists of two such borders, a mark of
-// a closed one. The other unknowns (levels, blur, directions) change the picture in the same way on both sides of the
-// point, whereas a shift changes it in opposite ways, so estimating them too does not increase the bound.
+// the Fisher information c² L / (2 sqrt(pi) s n²) about its position perpendicular to itself. This is the integral of
+// the squared derivative of its grey levels, a Gaussian of width s, divided by n². A corner consists of two such
+// borders, a mark of a closed one. The other unknowns (levels, blur, directions) change the picture in the same way on
+// both sides of the point, whereas a shift changes it in opposite ways, so estimating them too does not increase the
+// bound.
 #pragma once
 
 #include <opencv2/core.hpp>

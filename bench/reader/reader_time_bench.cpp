@@ -87,7 +87,8 @@ void benchMegapixels(Table &table) {
     }
 }
 
-// Compares what each picture costs per item, beyond the empty picture of its size, with the first one's cost.
+// A picture with a number of items. The time to read it, minus that for an empty picture of the same size, is divided
+// by this number and compared with the result for the first subject.
 struct Subject {
     std::string what;
     cv::Mat picture;

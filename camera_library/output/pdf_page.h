@@ -20,7 +20,7 @@ struct PrintedPage {
 constexpr const char *captionFontName = "/F1";
 
 // The contents of the page in true size. Every edge is within 0.01 um of its place; the outline of a circle may be off
-// by five millionths of its radius more.
+// by another five millionths of its radius.
 std::string pdfPageContents(const PrintedPage &page);
 
 // A length in points, in PDF notation.

@@ -81,7 +81,7 @@ void savePatterns(const std::string &patterns, const std::string &fileName) {
     lmLibErase(&result, slot.c_str());
 }
 
-// From the page's pixels to those of a pinhole camera's picture of the same size, which looks at the page's middle.
+// Maps the page's pixels to a picture of the same size, taken by a pinhole camera that looks at the page's middle.
 cv::Matx33d homographyOf(const View &view, cv::Size page) {
     const cv::Point2d middle((page.width - 1) / 2.0, (page.height - 1) / 2.0);
     const double focalLength = 1.5 * page.height;
