@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
@@ -44,7 +45,7 @@ Time timeOf(Call call) {
 
 // The value that the given share of the values does not exceed: 0.5 for the median.
 inline double quantile(std::vector<double> values, double share) {
-    const auto at = values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1) + 0.5);
+    const auto at = values.begin() + std::lround(share * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), at, values.end());
     return *at;
 }
