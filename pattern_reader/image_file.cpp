@@ -83,7 +83,7 @@ float lightestLevel(const cv::Mat &real) {
 }  // namespace
 
 cv::Mat toGrey(const cv::Mat &picture) {
-    const cv::Mat grey = oneChannel(picture);
+    cv::Mat grey = oneChannel(picture);
     if (grey.depth() == CV_8U || grey.empty()) {
         return grey;
     }
