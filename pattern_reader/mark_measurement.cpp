@@ -84,6 +84,7 @@ std::vector<FittedMark> fitAll(const std::vector<ImageLevel> &levels, const Mark
 // Leaves out the marks that do not look like one, and notes those that look worse than the others do.
 void judgeLooks(std::vector<FittedMark> &marks) {
     std::vector<double> noises;
+    noises.reserve(marks.size());
     for (const FittedMark &mark : marks) {
         noises.push_back(mark.noise);
     }
@@ -202,6 +203,7 @@ std::vector<MeasuredMark> measureMarks(const std::vector<ImageLevel> &levels, co
         return {};
     }
     std::vector<MeasuredMark> measured;
+    measured.reserve(marks.size());
     for (const FittedMark &mark : marks) {
         measured.push_back({mark.cell, mark.fit.centre + map.centreOffset(mark.cell, radius),
                             sigmaOf(mark, marks, map, radius), mark.disturbed});

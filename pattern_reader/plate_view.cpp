@@ -27,6 +27,7 @@ bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
 size_t levelForLooks(const std::vector<ImageLevel> &levels, const std::vector<RoundMark> &marks) {
     constexpr double mostPixels = 26;
     std::vector<float> areas;
+    areas.reserve(marks.size());
     for (const RoundMark &mark : marks) {
         areas.push_back(mark.area);
     }
