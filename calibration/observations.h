@@ -34,8 +34,6 @@ struct Photograph {
 struct Print {
     std::string name;
     std::vector<Eigen::Vector2d> points;  // the drawn corners or marks
-    // The print's scale in x and y, if it was measured: the printed length divided by the drawn length.
-    std::optional<Eigen::Vector2d> measuredScale;
 };
 
 struct SeenCorner {

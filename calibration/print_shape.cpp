@@ -4,26 +4,6 @@
 
 namespace calibration {
 
-double PrintShape::xScale() const {
-    return std::exp(numbers[scale] + numbers[ratio] / 2);
-}
-
-double PrintShape::yScale() const {
-    return std::exp(numbers[scale] - numbers[ratio] / 2);
-}
-
-int bendNumbers(Bend bend) {
-    switch (bend) {
-        case Bend::Flat:
-            return 0;
-        case Bend::Quadratic:
-            return 3;
-        case Bend::Cubic:
-            return 7;
-    }
-    return 0;
-}
-
 PrintedPoint printedPoint(const double *numbers, double reach, const Eigen::Vector2d &drawn) {
     const double scale = std::exp(numbers[PrintShape::scale]);
     const double stretch = std::exp(numbers[PrintShape::ratio] / 2);

@@ -21,14 +21,7 @@ struct PrintShape {
 
     std::array<double, count> numbers{};
     double reach = 1;  // mm: half the diagonal of the drawn points; makes the bends of all prints comparable
-
-    double xScale() const;
-    double yScale() const;
 };
-
-// How many numbers of the bend are free.
-enum class Bend { Flat, Quadratic, Cubic };
-int bendNumbers(Bend bend);
 
 // Where a point of the drawing lies on the print, in the print's own axes: x and y in its plane, z the bend.
 struct PrintedPoint {
