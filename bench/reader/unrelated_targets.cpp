@@ -20,6 +20,7 @@ Target makeBoard(bool marked, Dice &dice) {
     const int columns = dice.whole(6, 40);
     const int rows = dice.whole(6, 40);
     std::vector<int> marks;
+    marks.reserve(size_t(columns) * size_t(rows));
     for (int i = 0; i < columns * rows; i++) {
         marks.push_back(marked ? dice.whole(0, 1) : 0);
     }
