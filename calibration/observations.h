@@ -33,7 +33,10 @@ struct Photograph {
 
 struct Print {
     std::string name;
+    int number = -1;                      // of the pattern of an assembly, from 0; -1 if it has none
     std::vector<Eigen::Vector2d> points;  // the drawn corners or marks
+    // Column and row of each point in the pattern's file; empty if there is no such grid.
+    std::vector<Eigen::Vector2i> cells;
 };
 
 struct SeenCorner {
