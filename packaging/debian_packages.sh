@@ -1,8 +1,8 @@
 # The Debian 12 packages that the project needs, and a function that installs them. Sourced by run, test and .ci/run.
 
-build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev fonts-dejavu-core)
+build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev libcli11-dev fonts-dejavu-core)
 test_packages=(
-  libgtest-dev libgmock-dev libopencv-dev libexif-dev libcli11-dev libceres-dev pkg-config libcairo2-dev
+  libgtest-dev libgmock-dev libopencv-dev libexif-dev libceres-dev pkg-config libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps strace
   poppler-utils qpdf
 )

@@ -1,7 +1,7 @@
 // read_pattern [OPTIONS] IMAGE...
 //
-// Reads the patterns in pictures and prints one JSON document, or one line of JSON per picture. Ends with 1 if a
-// picture cannot be read or something cannot be written, with 2 if it is called wrongly.
+// Reads the patterns in pictures and prints one JSON document, or one line of JSON per picture. The exit codes are
+// those of shell/program_run.h.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <atomic>
@@ -20,14 +20,12 @@
 #include "pattern_reader/printed_pattern.h"
 #include "pattern_reader/reading_json.h"
 #include "pattern_reader/reading_picture.h"
+#include "shell/program_run.h"
 
 namespace {
 
 using nlohmann::ordered_json;
 using pattern_reader::PatternReading;
-
-constexpr int failure = 1;
-constexpr int wrongCall = 2;
 
 struct Arguments {
     std::vector<std::string> images;
@@ -79,7 +77,7 @@ cv::Size parseBoard(const std::string &text) {
     char rest = 0;
     if (std::sscanf(text.c_str(), "%dx%d%c", &board.width, &board.height, &rest) != 2 ||
         std::min(board.width, board.height) < 3 || std::max(board.width, board.height) > 1000) {
-        throw std::invalid_argument("--board: \"" + text + "\" is no size such as 9x6, with 3 to 1000 corners a side");
+        throw shell::WrongCall("--board: \"" + text + "\" is no size such as 9x6, with 3 to 1000 corners a side");
     }
     return board;
 }
@@ -90,19 +88,23 @@ void interpret(Arguments &arguments) {
         arguments.options.board = parseBoard(arguments.board);
     }
     for (const std::string &file : arguments.patternFiles) {
-        for (pattern_reader::PrintedPattern &pattern : pattern_reader::loadPrintedPatterns(file)) {
-            arguments.patterns.push_back(std::move(pattern));
+        try {
+            for (pattern_reader::PrintedPattern &pattern : pattern_reader::loadPrintedPatterns(file)) {
+                arguments.patterns.push_back(std::move(pattern));
+            }
+        } catch (const std::runtime_error &error) {
+            throw shell::WrongCall(error.what());
         }
     }
     if (arguments.drawing.empty()) {
         return;
     }
     if (arguments.images.size() != 1) {
-        throw std::invalid_argument("--draw takes one picture");
+        throw shell::WrongCall("--draw takes one picture");
     }
     std::error_code absent;
     if (std::filesystem::equivalent(arguments.drawing, arguments.images.front(), absent)) {
-        throw std::invalid_argument("--draw would replace the picture \"" + arguments.images.front() + "\"");
+        throw shell::WrongCall("--draw would replace the picture \"" + arguments.images.front() + "\"");
     }
 }
 
@@ -211,31 +213,14 @@ bool readAll(const Arguments &arguments) {
     return allSucceeded;
 }
 
-// True if everything that was printed has reached the standard output.
-bool printedAll() {
-    std::cout.flush();
-    if (!std::cout) {
-        std::cerr << "read_pattern: Standard output cannot be written.\n";
-    }
-    return bool(std::cout);
-}
-
 }  // namespace
 
 int main(int count, char **values) {
     Arguments arguments;
     CLI::App app("Prints the calibration patterns found in pictures as JSON.", "read_pattern");
-    try {
-        addOptions(app, arguments);
-        app.parse(count, values);
+    addOptions(app, arguments);
+    return shell::runProgram(app, count, values, [&] {
         interpret(arguments);
-    } catch (const CLI::ParseError &error) {
-        const int code = app.exit(error);
-        return code != 0 ? wrongCall : printedAll() ? 0 : failure;
-    } catch (const std::exception &error) {
-        std::cerr << "read_pattern: " << error.what() << "\n";
-        return wrongCall;
-    }
-    const bool succeeded = readAll(arguments);
-    return printedAll() && succeeded ? 0 : failure;
+        return readAll(arguments);
+    });
 }

@@ -1,0 +1,43 @@
+// Fills in the parameters of the library's command "GenerateCalibrationPattern" from what the command line says, and
+// runs it once for each output. The library checks every value; its texts reach the user unchanged.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace shell {
+
+// The kinds of pattern, as the program's pages name them.
+enum class PatternKind { Official, Custom, Flexible, Assembly, Halcon };
+
+// What to draw. Lengths in millimetres; an absent value is left to the library's default.
+struct PatternChoice {
+    PatternKind kind = PatternKind::Official;
+    std::string plate;  // "Type" of an official plate
+    std::optional<std::array<int, 2>> gridSize;
+    std::optional<double> gridSpacing;
+    std::optional<double> thickness;
+    std::optional<std::array<double, 2>> offset;
+    int patterns = 1;  // of an assembly
+    bool isInverted = false;
+    bool isPlain = false;
+};
+
+// Each draws the pattern and writes every output, in the order given, a format by its ending. The first output that
+// cannot be written ends it; those before it stay. Throws WrongCall if the library refuses a parameter or a
+// given file is unusable, and std::runtime_error for everything else that fails.
+void drawChoice(const PatternChoice &choice, const std::vector<std::string> &outputs);
+
+// The same from a file with the command's "Parameters" as JSON, "-" for standard input. Without outputs, the file's own
+// "Filename" is written.
+void drawParameters(const std::string &file, const std::vector<std::string> &outputs);
+
+// The same from a pattern file (docs/pattern-file.md), again with the parameters that it lists.
+void drawAgain(const std::string &file, const std::vector<std::string> &outputs);
+
+// The plates of the catalogue as a table, a line for each, with a line of titles.
+std::string plateTable();
+
+}  // namespace shell

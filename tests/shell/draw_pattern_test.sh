@@ -1,0 +1,89 @@
+#!/usr/bin/env bash
+# The command line of draw_pattern: the parameters that reach the library, the files, the messages and the exit codes.
+#   draw_pattern_test.sh DRAW_PATTERN
+set -euo pipefail
+draw_pattern=$1
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+# ends CODE ARGUMENT...: runs draw_pattern, its output in the files out and err, and compares its exit code.
+ends() {
+  local expected=$1 code=0
+  shift
+  "$draw_pattern" "$@" >out 2>err </dev/null || code=$?
+  [ "$code" = "$expected" ] || fail "draw_pattern $* ended with $code instead of $expected: $(cat err)"
+}
+says() { grep -qF -- "$2" "$1" || fail "no '$2' in: $(cat "$1")"; }
+
+# draws PARAMETERS ARGUMENT...: the file lists these parameters of its last pattern, in one line without blanks, and
+# what is drawn again from the file is the same to the byte, as PDF too.
+draws() {
+  local parameters=$1
+  shift
+  ends 0 "$@" -o first.json -o first.pdf
+  says <(tr -d ' \n' <first.json | sed 's/.*"Parameters":{\([^}]*\)}.*/\1/') "$parameters"
+  ends 0 --from first.json -o again.json -o again.pdf
+  cmp first.json again.json || fail "$*: another file when drawn again"
+  cmp first.pdf again.pdf || fail "$*: another PDF when drawn again"
+}
+draws '"Type":"Plate12","GridSpacing":12,"Thickness":2,"Polarity":true' official --plate Plate12
+draws '"Type":"SingleCustom","GridSpacing":12.5,"Thickness":1.5,"Polarity":false' \
+  custom --grid-spacing 12.5 --thickness 1.5 --inverted
+draws '"Type":"Flexible","GridSize":[15,9],"GridSpacing":25,"Thickness":0,"Offset":[-12.5,37.5],"Polarity":true' \
+  flexible --size 15x9 --grid-spacing 25 --offset -12.5,37.5
+draws '"Type":"Assembly","AssemblyPattern":4,"GridSpacing":12,"Thickness":0,"Polarity":true' \
+  assembly --patterns 5 --grid-spacing 12
+[ "$(grep -c AssemblyPattern.:.[0-4], first.json)" = 5 ] || fail "not five patterns of an assembly"
+draws '"GridSpacing":8,"Thickness":0,"Offset":[16,-8],"Polarity":true,"Encoding":true' \
+  halcon --grid-spacing 8 --offset 16,-8
+draws '"GridSpacing":8.123456,"Thickness":2,"Polarity":true' halcon --grid-spacing 8.123456 --thickness 2 --plain
+says first.json '"Encoding": false'
+
+ends 0 --list
+says out 'Plate96   96 mm         5 mm       768 mm x 768 mm, grid spacing 96 mm'
+ends 0 --help-all
+says out '--size CxR'
+ends 0 --version
+
+parameters='{"Filename":"named.json","Patterns":[{"GridSpacing":12}]}'
+echo "$parameters" >parameters.json
+ends 0 --json parameters.json
+ends 0 --json parameters.json -o other.json
+cmp named.json other.json || fail "-o changed the pattern"
+"$draw_pattern" --json - -o piped.json <<<"$parameters"
+cmp named.json piped.json || fail "another pattern from standard input"
+
+# Wrong calls name what is wrong and write nothing.
+while IFS='|' read -r arguments text; do
+  eval "ends 2 $arguments"
+  says err "draw_pattern: $text"
+  [ ! -e no.pdf ] || fail "$arguments wrote a file"
+done <<'ROWS'
+|give one of official, custom,
+--list --from first.json -o no.pdf|give one of
+--from first.json|no file to write
+flexible --grid-spacing 5 -o no.pdf|--size is required
+flexible --size 15 --grid-spacing 5 -o no.pdf|--size: "15" is not of the form CxR
+flexible --size 15x9x2 --grid-spacing 5 -o no.pdf|--size: "15x9x2" is not
+flexible --size 15x900 --grid-spacing 5 -o no.pdf|Parameter "Patterns"[0]/"GridSize" is [15, 900];
+official --plate Plate13 -o no.pdf|Parameter "Patterns"[0]/"Type" is "Plate13";
+custom --grid-spacing 0 -o no.pdf|Parameter "Patterns"[0]/"GridSpacing" is 0,
+custom --grid-spacing 5 -o no.xyz|Parameter "Filename" is "no.xyz";
+--from absent.json -o no.pdf|The file "absent.json" cannot be used: it cannot be opened.
+--from . -o no.pdf|The file "." cannot be used: it cannot be read.
+--from first.pdf -o no.pdf|The file "first.pdf" cannot be used: it is not JSON
+--from parameters.json -o no.pdf|The file "parameters.json" is not a pattern file of version 1.
+--json <(echo 5) -o no.pdf|The file
+ROWS
+
+ends 1 custom --grid-spacing 5 -o absent/no.pdf
+says err 'draw_pattern: The file "absent/no.pdf" could not be written'
+for call in --list --help; do
+  code=0
+  "$draw_pattern" $call >/dev/full 2>err || code=$?
+  [ "$code" = 1 ] || fail "$call to a full output ended with $code"
+  says err 'draw_pattern: Standard output cannot be written.'
+done
