@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 
+#include "camera_library/lmlib64.h"
 #include "camera_library/platform/library_location.h"
 
 namespace lmlib64 {
@@ -35,13 +36,15 @@ std::string_view installationRoot(std::string_view libraryFile) {
 }
 
 NodeObject installationPaths() {
+    NodeObject paths{{"Version", std::string(LMLIB_VERSION)}};
     const std::string file = libraryFile();
-    if (file.empty()) {
-        return {};
+    if (!file.empty()) {
+        const std::string root(installationRoot(file));
+        const std::string viewer = std::string(root).append("/bin/LmView").append(programFileEnding);
+        paths.emplace("Manual", root + "/share/lmcaltab/manual");
+        paths.emplace("Application", NodeObject{{"LmView", viewer}});
     }
-    const std::string root(installationRoot(file));
-    const std::string viewer = std::string(root).append("/bin/LmView").append(programFileEnding);
-    return {{"Manual", root + "/share/lmcaltab/manual"}, {"Application", NodeObject{{"LmView", viewer}}}};
+    return paths;
 }
 
 }  // namespace lmlib64

@@ -19,7 +19,8 @@
 //   LmLibResultItemTypeNotCompatible.
 // Protected nodes. The root, /Path and every node below /Path belong to the library: writing or erasing one is
 //   LmLibResultItemProtected. /Path/Manual is the folder of the manual and /Path/Application/LmView the file of the
-//   viewer. Both are absolute and may not exist.
+//   viewer. Both are absolute and may not exist. /Path/Version is the LMLIB_VERSION that the library was built with,
+//   which may differ from the one that its client was built with.
 // Results. The first parameter of every function points to a result code, which the function always sets; the pointer
 //   may be null. After any code but LmLibResultOperationSucceeded, the tree is as it was before, and what the function
 //   returns, or passes out through pointers, is 0 or null. A null path or text counts as the empty text.
@@ -61,6 +62,9 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+// The version of this header: major, minor and patch, as in "1.20.3". It is the version of the whole project.
+#define LMLIB_VERSION "0.2.0"
 
 // The greatest number of parts in a path, and so the greatest depth of the tree.
 #define LMLIB_MAXIMUM_DEPTH 64

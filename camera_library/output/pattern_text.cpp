@@ -1,5 +1,6 @@
 #include "camera_library/output/pattern_text.h"
 
+#include "camera_library/lmlib64.h"
 #include "camera_library/pattern/number_text.h"
 
 namespace lmlib64 {
@@ -17,7 +18,7 @@ std::string typeText(const PatternDescription &description) {
 }  // namespace
 
 std::string libraryName() {
-    return "LmLib64 " LMLIB64_VERSION;
+    return "LmLib64 " LMLIB_VERSION;
 }
 
 std::string patternTitle(const PatternDescription &description) {

@@ -49,6 +49,7 @@ protected:
             text = getString(nullptr, "/Path/Manual");
             text += '\n';
             text += getString(nullptr, "/Path/Application/LmView");
+            EXPECT_STREQ(getString(nullptr, "/Path/Version"), LMLIB_VERSION);
             for (const char *slot : {"/Execute/a", "/Execute/b", "/Execute/c"}) {
                 setJson(nullptr, (std::string(slot) + "/Parameters").c_str(),
                         R"({"ImageSize":2000,"Patterns":[{"GridSpacing":12},{"GridSpacing":12}]})");
