@@ -1,0 +1,187 @@
+#include "calibration/input/camera_groups.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <tuple>
+
+namespace calibration {
+
+namespace {
+
+constexpr size_t fewPhotographs = 3;
+constexpr size_t manyTimes = 5;
+
+using Size = std::pair<int, int>;
+
+struct Group {
+    std::string name;  // the user's, or empty
+    std::string exifCamera;
+    Size size;
+    std::vector<size_t> photographs;
+};
+
+std::string textOf(const Size &size) {
+    return std::to_string(size.first) + " x " + std::to_string(size.second) + " pixels";
+}
+
+// One group for each combination of name, EXIF name and size, in the order of the first photographs.
+std::vector<Group> groupsOf(const std::vector<PhotographOrigin> &photographs) {
+    std::vector<Group> groups;
+    std::map<std::tuple<std::string, std::string, Size>, size_t> known;
+    for (size_t i = 0; i < photographs.size(); i++) {
+        const PhotographOrigin &photograph = photographs[i];
+        if (photograph.width <= 0) {
+            continue;
+        }
+        const std::string exif = photograph.camera.empty() ? photograph.exifCamera : "";
+        const Size size(photograph.width, photograph.height);
+        const auto [place, isNew] = known.try_emplace({photograph.camera, exif, size}, groups.size());
+        if (isNew) {
+            groups.push_back({photograph.camera, exif, size, {}});
+        }
+        groups[place->second].photographs.push_back(i);
+    }
+    return groups;
+}
+
+// Why a group is no camera: another group has the camera's name and more photographs, or far more of them.
+std::string reasonAgainst(const Group &group, const std::vector<Group> &groups) {
+    for (const Group &other : groups) {
+        const size_t count = group.photographs.size();
+        if (&other == &group || other.name != group.name) {
+            continue;
+        }
+        if (!group.name.empty()) {
+            const bool isLater = &other < &group;
+            if (other.photographs.size() > count || (other.photographs.size() == count && isLater)) {
+                return "has " + textOf(group.size) + ", but the camera " + group.name + " has " + textOf(other.size) +
+                       ": it is scaled, cropped or from another camera";
+            }
+        } else if (count <= fewPhotographs && other.photographs.size() >= manyTimes * count) {
+            return group.size != other.size ? "has " + textOf(group.size) + ", but most have " + textOf(other.size) +
+                                                  ": it is scaled, cropped or from another camera"
+                                            : "is from another camera than most photographs";
+        }
+    }
+    return {};
+}
+
+// A name of the form camera, camera-2 ... that the user has not given.
+std::string nextName(const std::vector<Group> &groups, std::set<std::string> &taken) {
+    for (int number = 1;; number++) {
+        std::string name = number == 1 ? "camera" : "camera-" + std::to_string(number);
+        const bool isGiven =
+            std::any_of(groups.begin(), groups.end(), [&](const Group &group) { return group.name == name; });
+        if (!isGiven && taken.insert(name).second) {
+            return name;
+        }
+    }
+}
+
+std::string stemOf(const std::string &path) {
+    return std::filesystem::path(path).stem().string();
+}
+
+// The last number in the file name, without leading zeros; empty if there is none.
+std::string lastNumber(const std::string &path) {
+    const std::string stem = stemOf(path);
+    const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
+    const auto end = std::find_if(stem.rbegin(), stem.rend(), isDigit).base();
+    const auto begin = std::find_if_not(std::make_reverse_iterator(end), stem.rend(), isDigit).base();
+    std::string number(begin, end);
+    const size_t first = number.find_first_not_of('0');
+    return number.empty() || first == std::string::npos ? number.substr(0, 1) : number.substr(first);
+}
+
+using KeyOf = std::function<std::string(const std::string &)>;
+
+// The moments by a key that photographs of one moment have in common. Nothing if a camera has a key twice or if fewer
+// than half of the photographs of a camera, the first excepted, share a key with another one.
+std::optional<std::vector<int>> momentsByKey(const std::vector<std::string> &paths, const std::vector<int> &cameraOf,
+                                             const KeyOf &keyOf) {
+    std::map<std::string, std::set<int>> camerasOf;
+    std::map<int, std::vector<std::string>> keysOf;
+    for (size_t i = 0; i < paths.size(); i++) {
+        const std::string key = keyOf(paths[i]);
+        if (cameraOf[i] >= 0) {
+            if (key.empty() || !camerasOf[key].insert(cameraOf[i]).second) {
+                return std::nullopt;
+            }
+            keysOf[cameraOf[i]].push_back(key);
+        }
+    }
+    for (const auto &[camera, keys] : keysOf) {
+        const auto shared =
+            std::count_if(keys.begin(), keys.end(), [&](const std::string &key) { return camerasOf[key].size() > 1; });
+        if (camera != keysOf.begin()->first && 2 * size_t(shared) < keys.size()) {
+            return std::nullopt;
+        }
+    }
+    std::map<std::string, int> numbers;
+    std::vector<int> moments;
+    for (size_t i = 0; i < paths.size(); i++) {
+        moments.push_back(numbers.try_emplace(keyOf(paths[i]), int(numbers.size())).first->second);
+    }
+    return moments;
+}
+
+}  // namespace
+
+CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs) {
+    CameraGroups result;
+    result.cameraOf.assign(photographs.size(), -1);
+    result.reasons.resize(photographs.size());
+    const std::vector<Group> groups = groupsOf(photographs);
+    std::set<std::string> taken;
+    for (const Group &group : groups) {
+        const std::string reason = reasonAgainst(group, groups);
+        if (reason.empty()) {
+            Camera camera;
+            camera.name = group.name.empty() ? nextName(groups, taken) : group.name;
+            camera.width = group.size.first;
+            camera.height = group.size.second;
+            result.cameras.push_back(camera);
+        }
+        for (const size_t photograph : group.photographs) {
+            result.reasons[photograph] = reason;
+            result.cameraOf[photograph] = reason.empty() ? int(result.cameras.size()) - 1 : -1;
+        }
+    }
+    for (size_t i = 0; i < photographs.size(); i++) {
+        for (size_t camera = 0; camera < result.cameras.size(); camera++) {
+            if (!photographs[i].camera.empty() && photographs[i].camera == result.cameras[camera].name) {
+                result.cameraOf[i] = int(camera);
+            }
+        }
+    }
+    return result;
+}
+
+std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::vector<int> &cameraOf) {
+    for (const KeyOf &key : {KeyOf(stemOf), KeyOf(lastNumber)}) {
+        if (const auto moments = momentsByKey(paths, cameraOf, key)) {
+            return *moments;
+        }
+    }
+    std::map<int, int> counts;
+    std::vector<int> moments;
+    for (size_t i = 0; i < paths.size(); i++) {
+        moments.push_back(cameraOf[i] < 0 ? 0 : counts[cameraOf[i]]++);
+    }
+    for (const auto &[camera, count] : counts) {
+        if (count != counts.begin()->second) {
+            throw std::runtime_error(
+                "It is not clear which photographs of the rig were taken at the same moment: the cameras have "
+                "different numbers of photographs, and their names do not match.");
+        }
+    }
+    return moments;
+}
+
+}  // namespace calibration

@@ -1,0 +1,268 @@
+#include "calibration/input/photograph_observations.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <map>
+#include <set>
+
+#include "calibration/input/camera_groups.h"
+
+namespace calibration {
+
+namespace {
+
+using pattern_reader::PatternKind;
+using pattern_reader::PatternReading;
+
+// "shows ..." becomes "It shows ....".
+std::string sentence(const std::string &reason) {
+    return "It " + reason + ".";
+}
+
+// Why a photograph's readings cannot be used at all; empty if they can.
+std::string faultOf(const ReadPhotograph &photograph) {
+    if (!photograph.error.empty()) {
+        return photograph.error;
+    }
+    if (photograph.isTruncated) {
+        return "The file ends before its picture does. Copy it again.";
+    }
+    return photograph.readings.empty() ? "No pattern was found in it." : "";
+}
+
+// The photographs whose file was given before.
+std::vector<bool> repeatedFiles(const std::vector<ReadPhotograph> &photographs) {
+    std::set<std::string> known;
+    std::vector<bool> isRepeated;
+    for (const ReadPhotograph &photograph : photographs) {
+        std::error_code error;
+        const auto path = std::filesystem::weakly_canonical(photograph.file.path, error);
+        isRepeated.push_back(!known.insert(error ? photograph.file.path : path.string()).second);
+    }
+    return isRepeated;
+}
+
+CameraGroups groupsOf(const std::vector<ReadPhotograph> &photographs) {
+    std::vector<PhotographOrigin> origins;
+    origins.reserve(photographs.size());
+    for (const ReadPhotograph &photograph : photographs) {
+        origins.push_back(
+            {photograph.file.path, photograph.file.camera, photograph.exifCamera, photograph.width, photograph.height});
+    }
+    return groupByCamera(origins);
+}
+
+std::vector<int> momentsOf(const std::vector<ReadPhotograph> &photographs, const CameraGroups &groups, bool isRig) {
+    std::vector<int> moments(photographs.size());
+    if (!isRig) {
+        for (size_t i = 0; i < moments.size(); i++) {
+            moments[i] = int(i);
+        }
+        return moments;
+    }
+    std::vector<std::string> paths;
+    paths.reserve(photographs.size());
+    for (const ReadPhotograph &photograph : photographs) {
+        paths.push_back(photograph.file.path);
+    }
+    return momentsOfRig(paths, groups.cameraOf);
+}
+
+Sighting sightingOf(const PatternReading &reading, const PrintCatalogue::Match &match, int photograph) {
+    Sighting sighting;
+    sighting.photograph = photograph;
+    sighting.print = match.print;
+    for (size_t i = 0; i < reading.corners.size(); i++) {
+        const pattern_reader::PatternCorner &corner = reading.corners[i];
+        if (corner.sigma > 0) {
+            sighting.corners.push_back(
+                {match.corners[i], {corner.image.x, corner.image.y}, corner.sigma, !corner.disturbed});
+        }
+    }
+    return sighting;
+}
+
+// What one photograph shows, by print. A print that it shows twice is left out.
+struct Shown {
+    std::vector<Sighting> sightings;
+    std::vector<std::string> reasons;  // of the readings that are not used
+};
+
+Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue, int index) {
+    Shown shown;
+    std::map<int, int> counts;
+    for (const PatternReading &reading : photograph.readings) {
+        const PrintCatalogue::Match match = catalogue.match(reading);
+        if (match.print < 0) {
+            shown.reasons.push_back(match.reason);
+            continue;
+        }
+        counts[match.print]++;
+        shown.sightings.push_back(sightingOf(reading, match, index));
+    }
+    for (const auto &[print, count] : counts) {
+        if (count > 1) {
+            shown.reasons.push_back("shows " + catalogue.prints()[size_t(print)].name + " " + std::to_string(count) +
+                                    " times, so it is not known which of them is meant");
+        }
+    }
+    const auto isTwice = [&](const Sighting &sighting) {
+        return counts[sighting.print] > 1 || sighting.corners.empty();
+    };
+    shown.sightings.erase(std::remove_if(shown.sightings.begin(), shown.sightings.end(), isTwice),
+                          shown.sightings.end());
+    return shown;
+}
+
+std::string capitalized(std::string text) {
+    if (!text.empty()) {
+        text[0] = char(std::toupper(static_cast<unsigned char>(text[0])));
+    }
+    return text;
+}
+
+// Prints of the files that no photograph shows.
+void noteUnseenPrints(const Observations &observations, std::vector<std::string> &notices) {
+    std::vector<bool> isSeen(observations.prints.size(), false);
+    for (const Sighting &sighting : observations.sightings) {
+        isSeen[size_t(sighting.print)] = true;
+    }
+    for (size_t i = 0; i < isSeen.size() && !observations.sightings.empty(); i++) {
+        if (!isSeen[i]) {
+            notices.push_back(capitalized(observations.prints[i].name) + " is in no photograph.");
+        }
+    }
+}
+
+void noteUnseenCameras(const Observations &observations, std::vector<std::string> &notices) {
+    for (size_t i = 0; i < observations.cameras.size() && !observations.sightings.empty(); i++) {
+        const auto isOfCamera = [&](const Photograph &photograph) { return photograph.camera == int(i); };
+        if (std::none_of(observations.photographs.begin(), observations.photographs.end(), isOfCamera)) {
+            notices.push_back("No photograph of " + observations.cameras[i].name +
+                              " shows a pattern, so this camera is left out.");
+        }
+    }
+}
+
+// How many ways up a plain board of this size can lie without looking different; not known from the corners alone.
+void noteAmbiguousBoard(const std::vector<ReadPhotograph> &photographs, std::vector<std::string> &notices) {
+    for (const ReadPhotograph &photograph : photographs) {
+        for (const PatternReading &reading : photograph.readings) {
+            if (reading.kind == PatternKind::Board && reading.orientations > 1) {
+                notices.emplace_back(
+                    "The board looks the same after a turn. Each photograph was taken to show it the way up in which "
+                    "its columns run most to the right, which must be the same in all photographs if cameras are fixed "
+                    "to each other or the board is bent.");
+                return;
+            }
+        }
+    }
+}
+
+// Gives each index that is used a new one, in the same order.
+std::vector<int> renumbering(std::vector<bool> isUsed) {
+    std::vector<int> numbers(isUsed.size(), -1);
+    int next = 0;
+    for (size_t i = 0; i < isUsed.size(); i++) {
+        numbers[i] = isUsed[i] ? next++ : -1;
+    }
+    return numbers;
+}
+
+template <typename T>
+void keepNumbered(std::vector<T> &list, const std::vector<int> &numbers) {
+    std::vector<T> kept;
+    for (size_t i = 0; i < list.size(); i++) {
+        if (numbers[i] >= 0) {
+            kept.push_back(std::move(list[i]));
+        }
+    }
+    list = std::move(kept);
+}
+
+}  // namespace
+
+void dropUnseen(Observations &observations) {
+    std::vector<bool> cameras(observations.cameras.size(), false);
+    std::vector<bool> prints(observations.prints.size(), false);
+    std::map<int, int> moments;
+    for (const Sighting &sighting : observations.sightings) {
+        prints[size_t(sighting.print)] = true;
+    }
+    for (const Photograph &photograph : observations.photographs) {
+        cameras[size_t(photograph.camera)] = true;
+        moments.try_emplace(photograph.moment, int(moments.size()));
+    }
+    const std::vector<int> cameraNumbers = renumbering(cameras);
+    const std::vector<int> printNumbers = renumbering(prints);
+    keepNumbered(observations.cameras, cameraNumbers);
+    keepNumbered(observations.prints, printNumbers);
+    for (Sighting &sighting : observations.sightings) {
+        sighting.print = printNumbers[size_t(sighting.print)];
+    }
+    for (Photograph &photograph : observations.photographs) {
+        photograph.camera = cameraNumbers[size_t(photograph.camera)];
+        photograph.moment = moments[photograph.moment];
+    }
+    observations.moments = int(moments.size());
+}
+
+CollectedObservations collectObservations(const std::vector<ReadPhotograph> &photographs, const PrintedTarget &target,
+                                          bool isRig) {
+    CollectedObservations collected;
+    Observations &observations = collected.observations;
+    CameraGroups groups = groupsOf(photographs);
+    const std::vector<bool> isRepeated = repeatedFiles(photographs);
+    for (size_t i = 0; i < photographs.size(); i++) {
+        groups.cameraOf[i] = isRepeated[i] ? -1 : groups.cameraOf[i];
+    }
+    const std::vector<int> moments = momentsOf(photographs, groups, isRig);
+    std::vector<std::string> reasons;
+    std::vector<const PatternReading *> readings;
+    for (size_t i = 0; i < photographs.size(); i++) {
+        reasons.push_back(isRepeated[i] ? "It was given before." : faultOf(photographs[i]));
+        if (reasons.back().empty() && !groups.reasons[i].empty()) {
+            reasons.back() = sentence(groups.reasons[i]);
+        }
+        for (const PatternReading &reading : photographs[i].readings) {
+            if (reasons.back().empty()) {
+                readings.push_back(&reading);
+            }
+        }
+    }
+    const PrintCatalogue catalogue(target, readings);
+    observations.cameras = groups.cameras;
+    observations.prints = catalogue.prints();
+    std::map<std::string, int> ignored;  // what photographs show besides, and how many do
+    for (size_t i = 0; i < photographs.size(); i++) {
+        if (!reasons[i].empty()) {
+            collected.unused.push_back({photographs[i].file.path, reasons[i]});
+            continue;
+        }
+        const Shown shown = shownBy(photographs[i], catalogue, int(observations.photographs.size()));
+        if (shown.sightings.empty()) {
+            const std::string reason = shown.reasons.empty() ? "shows too little of a pattern" : shown.reasons.front();
+            collected.unused.push_back({photographs[i].file.path, sentence(reason)});
+            continue;
+        }
+        for (const std::string &reason : shown.reasons) {
+            ignored[reason]++;
+        }
+        observations.photographs.push_back({photographs[i].file.path, groups.cameraOf[i], moments[i]});
+        observations.sightings.insert(observations.sightings.end(), shown.sightings.begin(), shown.sightings.end());
+    }
+    for (const auto &[reason, count] : ignored) {
+        // The reason begins with "shows".
+        collected.notices.push_back(
+            (count == 1 ? "One photograph also shows" : std::to_string(count) + " photographs also show") +
+            reason.substr(5) + ". This is ignored.");
+    }
+    noteUnseenPrints(observations, collected.notices);
+    noteUnseenCameras(observations, collected.notices);
+    noteAmbiguousBoard(photographs, collected.notices);
+    dropUnseen(observations);
+    return collected;
+}
+
+}  // namespace calibration

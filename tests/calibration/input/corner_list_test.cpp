@@ -1,0 +1,66 @@
+#include "calibration/input/corner_list.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tests/camera_library/temporary_folder.h"
+
+namespace calibration {
+namespace {
+
+class CornerList : public testing::Test {
+protected:
+    std::string write(const std::string &text) {
+        const std::string path = folder.file("corners.vnl");
+        std::ofstream(path) << text;
+        return path;
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(CornerList, readsLevelsAndCornersThatWereNotSeen) {
+    std::string text = "# filename x y level\n## made by hand\nb.jpg - -\nc.jpg 1 2\n";
+    for (int i = 0; i < 12; i++) {
+        const std::string level = i == 5 ? "-" : i == 6 ? "2" : "0";
+        text += "a.jpg " + std::to_string(i) + ".25 1e1 " + level + (i == 7 ? " # a note\r\n" : "\n");
+    }
+    auto photographs = loadCornerList(write(text));
+    ASSERT_EQ(photographs.size(), 3U);
+    for (ListedPhotograph &photograph : photographs) {
+        photograph.width = 100;
+        photograph.height = 80;
+    }
+    photographs.push_back(photographs[2]);
+    photographs.back().corners[0].image.x() = 101;
+    const auto collected = collectObservations(photographs, {4, 3, 25}, false);
+    ASSERT_EQ(collected.unused.size(), 3U);
+    EXPECT_EQ(collected.unused[0].reason, "No board was found in it.");
+    EXPECT_EQ(collected.unused[1].reason, "The list has 1 corners of it, but the board has 12.");
+    EXPECT_EQ(collected.unused[2].reason, "A corner lies outside its 100 x 80 pixels.");
+    const Observations &observations = collected.observations;
+    ASSERT_EQ(observations.sightings.size(), 1U);
+    const std::vector<SeenCorner> &corners = observations.sightings[0].corners;
+    ASSERT_EQ(corners.size(), 11U);
+    EXPECT_EQ(corners[5].point, 6);
+    EXPECT_EQ(corners[5].image, Eigen::Vector2d(6.25, 10));
+    EXPECT_DOUBLE_EQ(corners[5].sigma, 4 * corners[0].sigma);
+    EXPECT_EQ(observations.prints[0].points[6], Eigen::Vector2d(50, 25));
+}
+
+TEST_F(CornerList, namesTheWrongLine) {
+    for (const char *text : {"a 1 1 0\na 1 x 0\n", "a 1 1 0\na 1\n", "a 1 1 0\na nan 1 0\n", "#\na 1 1 0 7\n"}) {
+        try {
+            loadCornerList(write(text));
+            ADD_FAILURE() << text;
+        } catch (const std::runtime_error &error) {
+            EXPECT_NE(std::string(error.what()).find("is wrong in line 2: "), std::string::npos) << error.what();
+        }
+    }
+    EXPECT_THROW(loadCornerList(write("# nothing\n")), std::runtime_error);
+    EXPECT_THROW(loadCornerList(folder.file("absent")), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace calibration

@@ -1,0 +1,177 @@
+#include "calibration/input/photograph_observations.h"
+
+#include <gtest/gtest.h>
+
+#include "calibration/input/camera_groups.h"
+
+namespace calibration {
+namespace {
+
+using pattern_reader::PatternKind;
+using pattern_reader::PatternReading;
+
+// A reading of the corners from `first` to `last` in lattice coordinates.
+PatternReading reading(PatternKind kind, int tile, cv::Point first, cv::Point last, double gridSpacing = 0) {
+    PatternReading result;
+    result.kind = kind;
+    result.tile = tile;
+    for (int y = first.y; y <= last.y; y++) {
+        for (int x = first.x; x <= last.x; x++) {
+            result.corners.push_back({cv::Point2f(float(10 * x), float(10 * y)), {x, y}, 0.02F, x == 3 && y == 3});
+        }
+    }
+    if (gridSpacing > 0) {
+        result.values.emplace();
+        result.values->gridSpacing = gridSpacing;
+    }
+    return result;
+}
+
+PatternReading tile(int number, double gridSpacing = 0) {
+    return reading(PatternKind::Tile, number, {2, 2}, {6, 5}, gridSpacing);
+}
+
+ReadPhotograph photograph(const std::string &path, const std::vector<PatternReading> &readings, int width = 640) {
+    ReadPhotograph result;
+    result.file.path = path;
+    result.width = width;
+    result.height = 480;
+    result.readings = readings;
+    return result;
+}
+
+std::string reasonFor(const CollectedObservations &collected, const std::string &name) {
+    for (const UnusedPhotograph &unused : collected.unused) {
+        if (unused.name == name) {
+            return unused.reason;
+        }
+    }
+    return "used";
+}
+
+TEST(PhotographObservations, placeCornersByKindNumberAndBlock) {
+    // The block of pattern 1 was never read, but all patterns of an assembly have the same grid spacing.
+    const auto collected =
+        collectObservations({photograph("a", {tile(0, 20), tile(3, 10)}), photograph("b", {tile(2)})}, {}, false);
+    const Observations &observations = collected.observations;
+    ASSERT_EQ(observations.prints.size(), 3U);
+    EXPECT_EQ(observations.prints[0].name, "pattern 1");
+    EXPECT_EQ(observations.prints[1].number, 2);
+    EXPECT_EQ(observations.prints[2].number, -1);
+    ASSERT_EQ(observations.sightings.size(), 3U);
+    const Sighting &sighting = observations.sightings[0];
+    EXPECT_EQ(sighting.print, 2);
+    const int point = sighting.corners.front().point;  // lattice (2, 2); the middle is (8, 8)
+    EXPECT_EQ(observations.prints[2].points[size_t(point)], Eigen::Vector2d(-60, -60));
+    EXPECT_EQ(observations.prints[2].cells[size_t(point)], Eigen::Vector2i(1, 1));
+    EXPECT_EQ(observations.prints[0].points.size(), 225U);
+    EXPECT_EQ(observations.prints[0].points.back(), Eigen::Vector2d(35, 35));
+    EXPECT_FLOAT_EQ(float(sighting.corners.front().sigma), 0.02F);
+    EXPECT_FALSE(sighting.corners[6].isUsed) << "disturbed";
+    EXPECT_EQ(observations.moments, 2);
+}
+
+TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
+    ReadPhotograph broken = photograph("broken", {});
+    broken.error = "The picture \"broken\" cannot be opened.";
+    ReadPhotograph truncated = photograph("truncated", {tile(1, 12)});
+    truncated.isTruncated = true;
+    PrintedTarget target;
+    target.square = 25;
+    std::vector<ReadPhotograph> photographs{
+        broken,
+        truncated,
+        photograph("empty", {}),
+        photograph("flexible", {reading(PatternKind::Plane, -1, {100, 100}, {104, 104})}),
+        photograph("twice", {tile(1, 12), tile(1)}),
+        photograph("other", {tile(1, 16)}),
+        photograph("scaled", {tile(1, 12)}, 320),
+        photograph("good1", {tile(1, 12), reading(PatternKind::Board, -1, {1, 1}, {9, 6})}),
+    };
+    for (int i = 2; i < 6; i++) {
+        photographs.push_back(photograph("good" + std::to_string(i), {tile(1, 12)}));
+    }
+    photographs.push_back(photograph("good1", {tile(1, 12)}));
+    const auto collected = collectObservations(photographs, target, false);
+    EXPECT_EQ(reasonFor(collected, "broken"), broken.error);
+    EXPECT_EQ(reasonFor(collected, "truncated"), "The file ends before its picture does. Copy it again.");
+    EXPECT_EQ(reasonFor(collected, "empty"), "No pattern was found in it.");
+    EXPECT_EQ(reasonFor(collected, "flexible"), "It shows the Flexible pattern, but its grid spacing is not known.");
+    EXPECT_EQ(reasonFor(collected, "twice"), "It shows pattern 0 2 times, so it is not known which of them is meant.");
+    EXPECT_EQ(reasonFor(collected, "other"), "It shows pattern 0 with a grid spacing of 16 mm and not of 12 mm.");
+    EXPECT_EQ(reasonFor(collected, "scaled"),
+              "It has 320 x 480 pixels, but most have 640 x 480 pixels: it is scaled, cropped or from another camera.");
+    EXPECT_EQ(reasonFor(collected, "good1"), "It was given before.");
+    const Observations &observations = collected.observations;
+    EXPECT_EQ(observations.photographs.size(), 5U);
+    EXPECT_EQ(observations.cameras.size(), 1U);
+    ASSERT_EQ(observations.prints.size(), 2U);
+    EXPECT_EQ(observations.prints[1].points.size(), 54U);
+    EXPECT_EQ(observations.prints[1].points.back(), Eigen::Vector2d(200, 125)) << "from the first inner corner";
+}
+
+TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
+    // Two pieces of the plane, 4 x 3 corners each.
+    PrintedTarget target;
+    for (const int column : {10, 50}) {
+        pattern_reader::PrintedPattern pattern;
+        pattern.kind = PatternKind::Plane;
+        pattern.firstPoint = {column, 20};
+        pattern.size = {4, 3};
+        pattern.gridSpacing = 8;
+        for (int i = 0; i < 12; i++) {
+            pattern.points.emplace_back(4 * (i % 4) + column, 4 * (i / 4));
+        }
+        target.patterns.push_back(pattern);
+    }
+    const auto collected =
+        collectObservations({photograph("a", {reading(PatternKind::Plane, -1, {51, 20}, {53, 21}), tile(5, 8)}),
+                             photograph("b", {reading(PatternKind::Plane, -1, {49, 20}, {53, 21})})},
+                            target, false);
+    const Observations &observations = collected.observations;
+    ASSERT_EQ(observations.prints.size(), 1U) << "the piece that is seen";
+    const SeenCorner corner = observations.sightings.at(0).corners.back();
+    EXPECT_EQ(observations.prints[0].points[size_t(corner.point)], Eigen::Vector2d(62, 4));
+    EXPECT_EQ(reasonFor(collected, "b"), "It shows the Flexible pattern, which is not among the given patterns.");
+    ASSERT_EQ(collected.notices.size(), 2U);
+    EXPECT_EQ(collected.notices[0],
+              "One photograph also shows pattern 4, which is not among the given patterns. This is ignored.");
+    EXPECT_EQ(collected.notices[1], "The Flexible pattern is in no photograph.");
+}
+
+TEST(CameraGroups, groupBySizeAndNameAndKeepGivenNames) {
+    const auto groups = groupByCamera({{"1", "", "A", 640, 480},
+                                       {"2", "", "B", 640, 480},
+                                       {"3", "camera", "A", 640, 480},
+                                       {"4", "", "A", 640, 480},
+                                       {"5", "", "", 0, 0},
+                                       {"6", "camera", "B", 320, 240},
+                                       {"7", "camera", "B", 640, 480}});
+    EXPECT_EQ(groups.cameraOf, (std::vector<int>{0, 1, 2, 0, -1, 2, 2}));
+    ASSERT_EQ(groups.cameras.size(), 3U);
+    EXPECT_EQ(groups.cameras[0].name, "camera-2") << "the user has given the other name";
+    EXPECT_EQ(groups.cameras[1].name, "camera-3");
+    EXPECT_EQ(groups.reasons[5],
+              "has 320 x 240 pixels, but the camera camera has 640 x 480 pixels: it is scaled, cropped or from another "
+              "camera");
+}
+
+TEST(CameraGroups, findTheMomentsOfARig) {
+    struct Row {
+        std::vector<std::string> paths;
+        std::vector<int> moments;
+    };
+    const std::vector<int> cameras{0, 0, 1, 1};
+    for (const Row &row : {
+             Row{{"l/a1.png", "l/b2.png", "r/b2.jpg", "r/a1.jpg"}, {0, 1, 1, 0}},
+             Row{{"left01.jpg", "left12.jpg", "right012.jpg", "right2.jpg"}, {0, 1, 1, 2}},
+             Row{{"left1.jpg", "left2.jpg", "front8.jpg", "front9.jpg"}, {0, 1, 0, 1}},
+             Row{{"a/x.jpg", "a/y.jpg", "b/z.jpg", "b/w.jpg"}, {0, 1, 0, 1}},
+         }) {
+        EXPECT_EQ(momentsOfRig(row.paths, cameras), row.moments) << row.paths[0];
+    }
+    EXPECT_THROW(momentsOfRig({"x.jpg", "y.jpg", "z.jpg"}, {0, 0, 1}), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace calibration
