@@ -4,7 +4,7 @@ build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev 
 test_packages=(
   libgtest-dev libgmock-dev libopencv-dev libexif-dev libceres-dev pkg-config libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps strace
-  poppler-utils qpdf
+  poppler-utils qpdf librsvg2-bin python3-ezdxf
 )
 lint_packages=(clang clang-format clang-tidy git)
 

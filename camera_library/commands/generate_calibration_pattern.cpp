@@ -1,6 +1,10 @@
 // "GenerateCalibrationPattern": the preview images of patterns, a file of them, or both. pattern_request.h describes
-// the parameters. If images are asked for, the result has one per pattern below "Patterns".
+// the parameters. If images are asked for, the result has one per pattern below "Patterns"; if the files are of a
+// format with one page per file, it has the names of all files below "Files".
+#include <cstddef>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "camera_library/commands/command.h"
 #include "camera_library/commands/pattern_request.h"
@@ -18,6 +22,7 @@ namespace {
 PatternDocument drawn(const PatternRequest &request) {
     PatternDocument document;
     document.encodingParameter = request.encodingParameter;
+    document.options = request.options;
     for (const PatternDescription &pattern : request.patterns) {
         document.patterns.push_back({pattern, geometryOf(pattern)});
     }
@@ -32,9 +37,24 @@ NodeArray previewsOf(const PatternDocument &document, int imageSize) {
     return images;
 }
 
-void save(const PatternDocument &document, const std::string &fileName) {
+// Writes the files. Returns their names if there can be more than one.
+NodeArray save(const PatternDocument &document, const std::string &fileName) {
     try {
-        writeFileSafely(fileName, findFileFormat(fileName)->contents(document));
+        const FileFormat &format = *findFileFormat(fileName);
+        SafeFiles files;
+        NodeArray names;
+        if (format.wholeFile != nullptr) {
+            files.write(fileName, format.wholeFile(document));
+        } else {
+            const std::vector<PrintedPage> pages = printedPages(document);
+            const std::vector<std::string> pageNames = pageFileNames(fileName, pages.size());
+            for (std::size_t page = 0; page < pages.size(); ++page) {
+                files.write(pageNames[page], format.pageFile(pages[page], document));
+                names.emplace_back(pageNames[page]);
+            }
+        }
+        files.commit();
+        return names;
     } catch (const PatternTooLarge &error) {
         throw CommandFailure{"PatternTooLarge", error.what()};
     } catch (const FileWriteError &error) {
@@ -51,9 +71,15 @@ Node generateCalibrationPattern(const Node &parameters) {
     if (request.imageSize) {
         result.emplace("Patterns", previewsOf(document, *request.imageSize));
     }
-    // Last, so that the file is written only if everything else has succeeded.
+    // Last, so that the files are written only if everything else has succeeded; after that, nothing may fail.
     if (request.fileName) {
-        save(document, *request.fileName);
+        Node &names = result["Files"];
+        NodeArray written = save(document, *request.fileName);
+        if (written.empty()) {
+            result.erase("Files");
+        } else {
+            names.value = std::move(written);
+        }
     }
     return result;
 }

@@ -13,6 +13,7 @@ namespace lmlib64 {
 namespace {
 
 constexpr NumberRange imageSizeRange{16, 8000, ""};
+constexpr NumberRange resolutionRange{20, 4800, "dots per inch"};
 constexpr std::int64_t maximumPixels = 256'000'000;
 constexpr std::size_t maximumPatterns = 64;
 
@@ -36,16 +37,11 @@ std::vector<PatternDescription> readPatterns(const ParameterReader &reader, bool
 
 void checkFile(const ParameterReader &reader, const PatternRequest &request) {
     const std::string &name = *request.fileName;
-    const FileFormat *format = findFileFormat(name);
-    if (format == nullptr) {
+    if (findFileFormat(name) == nullptr) {
         reader.failValue("Filename", "a file name that ends in " + fileEndings());
     }
     if (name.find('\0') != std::string::npos) {
         reader.failValue("Filename", "a file name without zero bytes");
-    }
-    if (request.patterns.size() > 1 && !format->holdsSeveralPatterns) {
-        reader.failValue("Filename", "a file name of another ending for more than one pattern, as a " +
-                                         std::string(format->ending) + " file holds only one");
     }
     for (std::size_t index = 0; index < request.patterns.size(); ++index) {
         if (!request.patterns[index].hasExtent()) {
@@ -73,11 +69,13 @@ void checkPixels(const PatternRequest &request) {
 
 PatternRequest readPatternRequest(const Node &parameters) {
     const ParameterReader reader(parameters, "");
-    reader.allowOnly({"Encoding", "ImageSize", "Filename", "Patterns"}, "the command \"GenerateCalibrationPattern\"");
+    reader.allowOnly({"Encoding", "ImageSize", "Filename", "Resolution", "Patterns"},
+                     "the command \"GenerateCalibrationPattern\"");
     PatternRequest request;
     request.encodingParameter = reader.boolean("Encoding").value_or(true);
     request.imageSize = reader.integer("ImageSize", imageSizeRange);
     request.fileName = reader.text("Filename");
+    request.options.resolution = reader.integer("Resolution", resolutionRange);
     request.patterns = readPatterns(reader, request.encodingParameter);
     if (!request.imageSize && !request.fileName) {
         reader.failMissing("ImageSize", integerDescription(imageSizeRange) +

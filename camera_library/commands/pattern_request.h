@@ -5,7 +5,10 @@
 //   "ImageSize"   integer, 16 to 8000: longer side of the preview images in pixels. All previews together have at most
 //                 256 million pixels, each counted as ImageSize x ImageSize
 //   "Filename"    string in the local 8-bit encoding; its ending, in upper or lower case, selects a format of
-//                 output/file_formats.cpp
+//                 output/file_formats.cpp. The formats with one page per file, .svg, .png and .dxf, write a document of
+//                 several pages to numbered files: name-00.svg, name-01.svg, ...
+//   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file; other files are the same with it. The
+//                 picture has at most 65,535 pixels along each side
 //   "Patterns"    array of 1 to 64 objects
 //
 // At least one of "ImageSize" and "Filename" must be given. Per pattern, with lengths in millimetres:
@@ -35,6 +38,7 @@
 #include <string>
 #include <vector>
 
+#include "camera_library/output/pattern_document.h"
 #include "camera_library/pattern/pattern_description.h"
 #include "camera_library/tree/node.h"
 
@@ -45,6 +49,7 @@ struct PatternRequest {
     bool encodingParameter = true;        // the command's own "Encoding"
     std::optional<int> imageSize;         // longer side of the preview images in pixels
     std::optional<std::string> fileName;  // in the local 8-bit encoding; its ending selects a format
+    DrawingOptions options;
     std::vector<PatternDescription> patterns;
 };
 

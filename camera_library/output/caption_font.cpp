@@ -1,6 +1,7 @@
 #include "camera_library/output/caption_font.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 
 namespace lmlib64 {
@@ -41,6 +42,65 @@ std::string_view tableOf(std::string_view file, std::string_view name) {
     throw std::logic_error("The captions' font has no table \"" + std::string(name) + "\".");
 }
 
+// Reads the description of a glyph from front to back.
+class GlyphReader {
+public:
+    explicit GlyphReader(std::string_view glyph) : rest(glyph) {}
+
+    unsigned byte() {
+        const auto value = static_cast<unsigned char>(rest.at(0));
+        rest.remove_prefix(1);
+        return value;
+    }
+    unsigned word() {
+        const unsigned high = byte();
+        return high * 256U + byte();
+    }
+    int signedWord() { return static_cast<std::int16_t>(word()); }
+    void skip(std::size_t bytes) { rest.remove_prefix(bytes); }
+
+private:
+    std::string_view rest;
+};
+
+// The bits of a point's flags.
+constexpr unsigned onCurveFlag = 1;
+constexpr unsigned repeatFlag = 8;
+struct CoordinateFlags {
+    unsigned isByte;
+    unsigned isSameOrPositive;
+};
+constexpr CoordinateFlags xFlags{2, 16};
+constexpr CoordinateFlags yFlags{4, 32};
+
+std::vector<unsigned> readFlags(GlyphReader &reader, std::size_t count) {
+    std::vector<unsigned> flags;
+    flags.reserve(count);
+    while (flags.size() < count) {
+        const unsigned flag = reader.byte();
+        flags.insert(flags.end(), 1 + ((flag & repeatFlag) != 0 ? reader.byte() : 0), flag);
+    }
+    return flags;
+}
+
+// The step from the point before.
+int readStep(GlyphReader &reader, unsigned flags, CoordinateFlags meaning) {
+    const bool isSameOrPositive = (flags & meaning.isSameOrPositive) != 0;
+    if ((flags & meaning.isByte) != 0) {
+        const int step = static_cast<int>(reader.byte());
+        return isSameOrPositive ? step : -step;
+    }
+    return isSameOrPositive ? 0 : reader.signedWord();
+}
+
+std::string_view glyphData(int glyph) {
+    const std::string_view offsets = tableOf(captionFontFile(), "loca");
+    const auto place = static_cast<std::size_t>(glyph) * 2;
+    const std::size_t start = wordAt(offsets, place) * std::size_t{2};
+    const std::size_t end = wordAt(offsets, place + 2) * std::size_t{2};
+    return tableOf(captionFontFile(), "glyf").substr(start, end - start);
+}
+
 // True for every byte of a UTF-8 character but the first.
 bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
@@ -69,9 +129,46 @@ int captionAdvance(unsigned char character) {
     if (glyph == 0) {
         return 0;
     }
-    constexpr unsigned unitsPerSize = 2048;
+    constexpr unsigned unitsPerSize = glyphUnitsPerSize;
     const unsigned advance = wordAt(tableOf(captionFontFile(), "hmtx"), static_cast<std::size_t>(glyph) * 4);
     return static_cast<int>((advance * 1000 + unitsPerSize / 2) / unitsPerSize);
+}
+
+std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character) {
+    const int glyph = glyphOf(character);
+    const std::string_view data = glyph == 0 ? std::string_view() : glyphData(glyph);
+    if (data.empty()) {
+        return {};
+    }
+    GlyphReader reader(data);
+    const int count = reader.signedWord();
+    if (count < 0) {
+        throw std::logic_error("The captions' font has a glyph that is made of others.");
+    }
+    reader.skip(8);  // the extent
+    std::vector<std::vector<GlyphPoint>> curves(static_cast<std::size_t>(count));
+    std::size_t points = 0;
+    for (std::vector<GlyphPoint> &curve : curves) {
+        const std::size_t end = reader.word() + std::size_t{1};
+        curve.resize(end - points);
+        points = end;
+    }
+    reader.skip(reader.word());  // instructions
+    const std::vector<unsigned> flags = readFlags(reader, points);
+    const auto readCoordinates = [&](CoordinateFlags meaning, int GlyphPoint::*coordinate) {
+        int position = 0;
+        auto flag = flags.begin();
+        for (std::vector<GlyphPoint> &curve : curves) {
+            for (GlyphPoint &point : curve) {
+                position += readStep(reader, *flag, meaning);
+                point.*coordinate = position;
+                point.isOnCurve = (*flag++ & onCurveFlag) != 0;
+            }
+        }
+    };
+    readCoordinates(xFlags, &GlyphPoint::x);
+    readCoordinates(yFlags, &GlyphPoint::y);
+    return curves;
 }
 
 double captionWidth(std::string_view text, double size) {

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lmlib64 {
 
@@ -20,6 +21,21 @@ int captionAdvance(unsigned char character);
 
 // The width of a text in this font size, in the unit of the size.
 double captionWidth(std::string_view text, double size);
+
+// A closed curve of a character: points in 1/2048 of the font size, x to the right and y up from the start of the
+// character's baseline. A point off the curve is the control point of a quadratic Bezier curve; between two of them
+// lies one on the curve, in the middle.
+struct GlyphPoint {
+    int x = 0;
+    int y = 0;
+    bool isOnCurve = true;
+};
+
+// The closed curves of the character, to be filled by the non-zero rule; they do not cross. None if it is blank or if
+// the font does not have it.
+std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character);
+
+constexpr int glyphUnitsPerSize = 2048;
 
 // The TrueType file.
 std::string_view captionFontFile();

@@ -2,18 +2,23 @@
 // texts of errors, the choice of the writer and the tests all take it from there.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "camera_library/output/pattern_document.h"
+#include "camera_library/output/printed_page.h"
 
 namespace lmlib64 {
 
+// A format has one of the two functions. The same document gives the same bytes. Both throw PatternTooLarge and
+// std::bad_alloc.
 struct FileFormat {
-    std::string_view ending;    // in lower case, with its dot
-    bool holdsSeveralPatterns;  // false: a document of more than one pattern is refused
-    // The bytes of the file. The same document gives the same bytes. Throws PatternTooLarge and std::bad_alloc.
-    std::string (*contents)(const PatternDocument &document);
+    std::string_view ending;                                    // in lower case, with its dot
+    std::string (*wholeFile)(const PatternDocument &document);  // all patterns in one file
+    // One page in one file. A document of several pages gets numbered files.
+    std::string (*pageFile)(const PrintedPage &page, const PatternDocument &document);
 };
 
 // All formats, to iterate over.
@@ -26,7 +31,11 @@ public:
 // The format that the name's ending selects, upper and lower case alike; null if there is none.
 const FileFormat *findFileFormat(std::string_view fileName);
 
-// All endings, as a text lists them: ".pdf or .json".
+// All endings, as a text lists them: ".pdf, .json or .svg".
 std::string fileEndings();
+
+// The names of the files of `count` pages: the name itself for one page, otherwise name-00.svg, name-01.svg, ... for
+// name.svg.
+std::vector<std::string> pageFileNames(const std::string &fileName, std::size_t count);
 
 }  // namespace lmlib64

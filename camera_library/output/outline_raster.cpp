@@ -112,17 +112,15 @@ private:
 // Splits outlines into chains, and owns the chains' edges.
 class ChainList {
 public:
-    ChainList(const std::vector<PixelOutline> &outlines, std::int32_t width, std::int32_t height)
+    ChainList(const PixelOutlines &outlines, std::int32_t width, std::int32_t height)
         : right(width * pixelUnits), bottom(height * pixelUnits) {
-        std::size_t count = 0;
-        for (const PixelOutline &outline : outlines) {
-            count += outline.size();
-        }
-        edges.reserve(count);  // so that they do not move in memory
-        for (const PixelOutline &outline : outlines) {
-            if (!outline.empty()) {
-                add(outline);
+        edges.reserve(outlines.points.size());  // so that they do not move in memory
+        std::size_t start = 0;
+        for (const std::size_t end : outlines.ends) {
+            if (start < end) {
+                add(outlines.points.data() + start, outlines.points.data() + end);
             }
+            start = end;
         }
         std::sort(chains.begin(), chains.end(), [](const Chain &a, const Chain &b) { return a.top() < b.top(); });
     }
@@ -134,12 +132,12 @@ private:
         return {std::clamp(point.x, 0, right), std::clamp(point.y, 0, bottom)};
     }
 
-    void add(const PixelOutline &outline) {
+    void add(const PixelPoint *begin, const PixelPoint *end) {
         std::size_t first = edges.size();
         int direction = 0;
-        PixelPoint from = inPicture(outline.back());
-        for (const PixelPoint &point : outline) {
-            const PixelPoint to = inPicture(point);
+        PixelPoint from = inPicture(*(end - 1));
+        for (const PixelPoint *point = begin; point != end; ++point) {
+            const PixelPoint to = inPicture(*point);
             const int newDirection = (from.y < to.y ? 1 : 0) - (from.y > to.y ? 1 : 0);
             if (newDirection != direction) {
                 addChain(first, direction);
@@ -216,10 +214,8 @@ private:
 
 }  // namespace
 
-std::vector<std::uint8_t> rasterOutlines(const std::vector<PixelOutline> &outlines, std::int32_t width,
-                                         std::int32_t height) {
-    std::vector<std::uint8_t> picture;
-    picture.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+void rasterOutlineRows(const PixelOutlines &outlines, std::int32_t width, std::int32_t height,
+                       const std::function<void(const std::uint8_t *pixels)> &takeRow) {
     const ChainList chains(outlines, width, height);
     auto next = chains.fromTheTop().begin();
     std::vector<Chain> active;
@@ -237,9 +233,15 @@ std::vector<std::uint8_t> rasterOutlines(const std::vector<PixelOutline> &outlin
         if (!std::is_sorted(active.begin(), active.end(), isLeftOf)) {
             std::sort(active.begin(), active.end(), isLeftOf);
         }
-        const std::vector<std::uint8_t> &greys = drawing.draw(active);
-        picture.insert(picture.end(), greys.begin(), greys.begin() + width);
+        takeRow(drawing.draw(active).data());
     }
+}
+
+std::vector<std::uint8_t> rasterOutlines(const PixelOutlines &outlines, std::int32_t width, std::int32_t height) {
+    std::vector<std::uint8_t> picture;
+    picture.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    rasterOutlineRows(outlines, width, height,
+                      [&](const std::uint8_t *row) { picture.insert(picture.end(), row, row + width); });
     return picture;
 }
 

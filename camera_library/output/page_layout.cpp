@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 
 namespace lmlib64 {
 
@@ -89,6 +90,23 @@ std::optional<PageLayout> layOutOn(PageSize page, const PatternGeometry &geometr
     return layout;
 }
 
+// The bar from the origin to the right, and then its ticks from left to right.
+std::vector<Rectangle> barAndTicks(double length) {
+    constexpr double lineWidth = 0.25;
+    constexpr double tickWidth = 0.2;
+    const int steps = static_cast<int>(std::lround(length / barStep));
+    std::vector<Rectangle> shapes{{0.0, 0.0, length, lineWidth}};
+    for (int step = 0; step <= steps; ++step) {
+        // The first and the last tick lie within the bar, so that its length is right from edge to edge.
+        const double middle = std::clamp(step * barStep, tickWidth / 2.0, length - tickWidth / 2.0);
+        const bool isEnd = step == 0 || step == steps;
+        const double tick = isEnd ? CheckBar::depth : (step % 5 == 0 ? 2.2 : 1.4);
+        const double left = step == steps ? length - tickWidth : middle - tickWidth / 2.0;
+        shapes.push_back({left, 0.0, step == steps ? length : middle + tickWidth / 2.0, tick});
+    }
+    return shapes;
+}
+
 }  // namespace
 
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry) {
@@ -107,18 +125,7 @@ std::optional<PageLayout> layOutPage(const PatternGeometry &geometry) {
 }
 
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar) {
-    constexpr double lineWidth = 0.25;
-    constexpr double tickWidth = 0.2;
-    const int steps = static_cast<int>(std::lround(bar.length / barStep));
-    std::vector<Rectangle> shapes{{0.0, 0.0, bar.length, lineWidth}};
-    for (int step = 0; step <= steps; ++step) {
-        // The first and the last tick lie within the bar, so that its length is right from edge to edge.
-        const double middle = std::clamp(step * barStep, tickWidth / 2.0, bar.length - tickWidth / 2.0);
-        const bool isEnd = step == 0 || step == steps;
-        const double tick = isEnd ? CheckBar::depth : (step % 5 == 0 ? 2.2 : 1.4);
-        const double left = step == steps ? bar.length - tickWidth : middle - tickWidth / 2.0;
-        shapes.push_back({left, 0.0, step == steps ? bar.length : middle + tickWidth / 2.0, tick});
-    }
+    std::vector<Rectangle> shapes = barAndTicks(bar.length);
     for (Rectangle &shape : shapes) {
         if (bar.isAlongY) {
             shape = {shape.top, shape.left, shape.bottom, shape.right};
@@ -127,6 +134,24 @@ std::vector<Rectangle> checkBarShapes(const CheckBar &bar) {
                  shape.bottom + bar.start.y};
     }
     return shapes;
+}
+
+Polygon checkBarOutline(const CheckBar &bar) {
+    const std::vector<Rectangle> shapes = barAndTicks(bar.length);
+    Polygon outline{{0.0, 0.0}, {bar.length, 0.0}};
+    for (std::size_t tick = shapes.size() - 1; tick > 0; --tick) {
+        const Rectangle &shape = shapes[tick];
+        outline.insert(outline.end(), {{shape.right, shape.bottom}, {shape.left, shape.bottom}});
+        if (tick > 1) {
+            const double underside = shapes.front().bottom;
+            outline.insert(outline.end(), {{shape.left, underside}, {shapes[tick - 1].right, underside}});
+        }
+    }
+    for (Point &corner : outline) {
+        corner = bar.isAlongY ? Point{corner.y, corner.x} : corner;
+        corner = {corner.x + bar.start.x, corner.y + bar.start.y};
+    }
+    return outline;
 }
 
 }  // namespace lmlib64

@@ -42,4 +42,7 @@ constexpr double largestPageSide = 5080.0;
 // Bar and ticks: overlapping rectangles of one orientation, to be filled together by the non-zero rule.
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar);
 
+// The same as one outline, for formats that draw outlines or fill by the even-odd rule.
+Polygon checkBarOutline(const CheckBar &bar);
+
 }  // namespace lmlib64

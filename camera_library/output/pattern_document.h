@@ -1,6 +1,7 @@
 // What a file is made of: the patterns of one run of the command, drawn once. Every format takes the same document.
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -14,8 +15,16 @@ struct DrawnPattern {
     PatternGeometry geometry;
 };
 
+// The parameters of the command that say how a file is drawn; empty if they are not given.
+struct DrawingOptions {
+    std::optional<int> resolution;  // of pictures, in dots per inch
+};
+
+constexpr int defaultResolution = 600;
+
 struct PatternDocument {
-    bool encodingParameter = true;       // the command's own "Encoding"
+    bool encodingParameter = true;  // the command's own "Encoding"
+    DrawingOptions options;
     std::vector<DrawnPattern> patterns;  // at least one
 };
 

@@ -250,9 +250,13 @@ void writePattern(JsonWriter &json, const PatternDescription &description, const
     json.close('}');
 }
 
-}  // namespace
+void writeOptions(JsonWriter &json, const DrawingOptions &options) {
+    if (options.resolution) {
+        json.name("Resolution").value(*options.resolution);
+    }
+}
 
-std::string patternJson(const PatternDocument &document) {
+std::string documentText(const PatternDocument &document, const DrawnPattern *begin, const DrawnPattern *end) {
     JsonWriter json;
     json.open('{');
     json.name("Format").value("LmLib64Pattern");
@@ -264,13 +268,24 @@ std::string patternJson(const PatternDocument &document) {
         "pattern has none");
     json.name("PointColumns").row({"Column", "Row", "X", "Y"});
     json.name("Encoding").value(document.encodingParameter);
+    writeOptions(json, document.options);
     json.name("Patterns").open('[');
-    for (const DrawnPattern &pattern : document.patterns) {
-        writePattern(json, pattern.description, pattern.geometry);
+    for (const DrawnPattern *pattern = begin; pattern != end; ++pattern) {
+        writePattern(json, pattern->description, pattern->geometry);
     }
     json.close(']');
     json.close('}');
     return json.finish();
+}
+
+}  // namespace
+
+std::string patternJson(const PatternDocument &document) {
+    return documentText(document, document.patterns.data(), document.patterns.data() + document.patterns.size());
+}
+
+std::string patternJson(const PatternDocument &document, const DrawnPattern &pattern) {
+    return documentText(document, &pattern, &pattern + 1);
 }
 
 }  // namespace lmlib64

@@ -10,4 +10,7 @@ namespace lmlib64 {
 // The whole file in UTF-8, with a line break at its end.
 std::string patternJson(const PatternDocument &document);
 
+// The same with only this one of the document's patterns, for a file of one page.
+std::string patternJson(const PatternDocument &document, const DrawnPattern &pattern);
+
 }  // namespace lmlib64

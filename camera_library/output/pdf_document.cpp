@@ -5,7 +5,6 @@
 #include "camera_library/output/pattern_text.h"
 #include "camera_library/output/pdf_file.h"
 #include "camera_library/output/pdf_page.h"
-#include "camera_library/pattern/number_text.h"
 
 namespace lmlib64 {
 
@@ -31,38 +30,15 @@ int addFont(PdfFile &pdf) {
                    " /Widths [" + widths + " ] /FontDescriptor " + pdfReference(descriptor) + " >>");
 }
 
-PrintedPage printedPage(const DrawnPattern &pattern, std::size_t index) {
-    const PatternGeometry &geometry = pattern.geometry;
-    const std::optional<PageLayout> layout = layOutPage(geometry);
-    if (!layout) {
-        throw PatternTooLarge("The pattern \"Patterns\"[" + std::to_string(index) + "] is " +
-                              numberText(geometry.width) + " mm x " + numberText(geometry.height) +
-                              " mm and needs a page larger than a PDF can have; with its quiet zone, check bars and "
-                              "margins it must fit on a page of " +
-                              numberText(largestPageSide) + " mm x " + numberText(largestPageSide) + " mm.");
-    }
-    return {geometry, *layout, patternCaption(pattern.description, geometry)};
-}
-
-// All pages are laid out before anything is written, so that no work is lost if a pattern is too large.
-std::vector<PrintedPage> printedPages(const PatternDocument &document) {
-    std::vector<PrintedPage> pages;
-    for (std::size_t index = 0; index < document.patterns.size(); ++index) {
-        pages.push_back(printedPage(document.patterns[index], index));
-    }
-    return pages;
-}
-
 int addPages(PdfFile &pdf, const std::vector<PrintedPage> &pages) {
     const std::string font = pdfReference(addFont(pdf));
     const int tree = pdf.reserve();
     std::string kids;
     for (const PrintedPage &page : pages) {
         const int contents = pdf.addStream("", pdfPageContents(page));
-        const int number =
-            pdf.add("<< /Type /Page /Parent " + pdfReference(tree) + " /MediaBox [0 0 " + pdfPoints(page.layout.width) +
-                    " " + pdfPoints(page.layout.height) + "] /Resources << /Font << " + captionFontName + " " + font +
-                    " >> >> /Contents " + pdfReference(contents) + " >>");
+        const int number = pdf.add("<< /Type /Page /Parent " + pdfReference(tree) + " /MediaBox [0 0 " +
+                                   pdfPoints(page.width) + " " + pdfPoints(page.height) + "] /Resources << /Font << " +
+                                   captionFontName + " " + font + " >> >> /Contents " + pdfReference(contents) + " >>");
         kids += "\n" + pdfReference(number);
     }
     pdf.write(tree, "<< /Type /Pages /Count " + std::to_string(pages.size()) + " /Kids [" + kids + " ] >>");
@@ -89,8 +65,10 @@ std::string titleOf(const PatternDocument &document) {
 }  // namespace
 
 std::string patternPdf(const PatternDocument &document) {
+    // All pages are laid out before anything is written, so that no work is lost if a pattern is too large.
+    const std::vector<PrintedPage> pages = printedPages(document);
     PdfFile pdf;
-    const int tree = addPages(pdf, printedPages(document));
+    const int tree = addPages(pdf, pages);
     const std::string attachment = pdfReference(addAttachment(pdf, patternJson(document)));
     const int catalogue =
         pdf.add("<< /Type /Catalog /Pages " + pdfReference(tree) +

@@ -1,58 +1,15 @@
 #include "camera_library/output/pdf_file.h"
 
-#include <zlib.h>
-
 #include <cstdint>
 #include <cstdio>
-#include <new>
 #include <stdexcept>
 #include <utility>
+
+#include "camera_library/output/deflater.h"
 
 namespace lmlib64 {
 
 namespace {
-
-// zlib allocates with operator new like all other code, so that running out of memory is handled in one way.
-void *takeMemory(void * /*unused*/, unsigned count, unsigned size) noexcept {
-    return ::operator new (std::size_t{count} * size, std::nothrow);
-}
-void giveBack(void * /*unused*/, void *memory) noexcept {
-    ::operator delete(memory);
-}
-
-class Deflater {
-public:
-    Deflater() {
-        stream.zalloc = takeMemory;
-        stream.zfree = giveBack;
-        const int result = deflateInit(&stream, Z_DEFAULT_COMPRESSION);
-        if (result == Z_MEM_ERROR) {
-            throw std::bad_alloc();
-        }
-        if (result != Z_OK) {
-            throw std::runtime_error("zlib cannot be used.");
-        }
-    }
-    ~Deflater() { deflateEnd(&stream); }
-    Deflater(const Deflater &) = delete;
-    Deflater &operator=(const Deflater &) = delete;
-
-    std::string deflated(std::string_view data) {
-        std::string result(deflateBound(&stream, static_cast<uLong>(data.size())), '\0');
-        stream.next_in = reinterpret_cast<z_const Bytef *>(const_cast<char *>(data.data()));
-        stream.avail_in = static_cast<uInt>(data.size());
-        stream.next_out = reinterpret_cast<Bytef *>(result.data());
-        stream.avail_out = static_cast<uInt>(result.size());
-        if (deflate(&stream, Z_FINISH) != Z_STREAM_END) {
-            throw std::runtime_error("zlib has not compressed all data.");
-        }
-        result.resize(result.size() - stream.avail_out);
-        return result;
-    }
-
-private:
-    z_stream stream{};
-};
 
 // The FNV-1a hash as 16 hexadecimal digits.
 std::string hashText(std::string_view data, std::uint64_t hash) {
@@ -86,7 +43,7 @@ int PdfFile::add(std::string_view body) {
 }
 
 int PdfFile::addStream(std::string_view entries, std::string_view data) {
-    const std::string compressed = Deflater().deflated(data);
+    const std::string compressed = Deflater(Repetitions::Anywhere).deflated(data);
     std::string body = "<< ";
     body.append(entries).append(" /Filter /FlateDecode /Length ").append(std::to_string(compressed.size()));
     body.append(" >>\nstream\n").append(compressed).append("\nendstream");

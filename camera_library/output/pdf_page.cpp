@@ -1,15 +1,12 @@
 #include "camera_library/output/pdf_page.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <initializer_list>
 #include <utility>
 
 #include "camera_library/output/caption_font.h"
+#include "camera_library/output/length_text.h"
 #include "camera_library/output/pdf_file.h"
 #include "camera_library/pattern/number_text.h"
 
@@ -17,36 +14,7 @@ namespace lmlib64 {
 
 namespace {
 
-constexpr double captionSize = 2.5;
-constexpr double labelSize = 2.3;
 constexpr double pointsPerMm = 72.0 / 25.4;
-
-// Lengths are written with this many decimals. Each coordinate is rounded once, to a whole number of grains, so that
-// shapes that touch still touch on the page.
-constexpr int decimals = 5;
-constexpr std::int64_t grainsPerUnit = 100000;
-
-std::int64_t grains(double length) {
-    return std::llround(length * grainsPerUnit);
-}
-
-void appendLength(std::string &text, std::int64_t lengthInGrains) {
-    if (lengthInGrains < 0) {
-        text += '-';
-    }
-    const std::int64_t length = std::abs(lengthInGrains);
-    std::array<char, 24> digits{};
-    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), length / grainsPerUnit);
-    text.append(digits.data(), end);
-    if (std::int64_t rest = length % grainsPerUnit; rest != 0) {
-        std::array<char, decimals + 1> fraction{'.'};
-        for (std::size_t place = decimals; place > 0; --place, rest /= 10) {
-            fraction.at(place) = static_cast<char>('0' + rest % 10);
-        }
-        text.append(fraction.data(), fraction.size());
-        text.resize(text.find_last_not_of('0') + 1);
-    }
-}
 
 // The drawing operators of a page, in millimetres, x to the right and y down.
 class Contents {
@@ -57,16 +25,16 @@ public:
     }
 
     void addRectangle(const Rectangle &rectangle) {
-        const std::int64_t left = grains(rectangle.left);
-        const std::int64_t top = grains(rectangle.top);
-        addNumbers({left, top, grains(rectangle.right) - left, grains(rectangle.bottom) - top});
+        const std::int64_t left = lengthGrains(rectangle.left);
+        const std::int64_t top = lengthGrains(rectangle.top);
+        addNumbers({left, top, lengthGrains(rectangle.right) - left, lengthGrains(rectangle.bottom) - top});
         text += "re\n";
     }
 
     void addPolygon(const Polygon &polygon) {
         const char *operation = "m\n";
         for (const Point &corner : polygon) {
-            addNumbers({grains(corner.x), grains(corner.y)});
+            addNumbers({lengthGrains(corner.x), lengthGrains(corner.y)});
             text += operation;
             operation = "l\n";
         }
@@ -78,16 +46,16 @@ public:
     // The baseline starts at `start` and runs to the right or up.
     void addText(const std::string &captionBytes, double size, Point start, bool isUpwards) {
         text.append("BT ").append(captionFontName).append(" ");
-        addNumbers({grains(size)});
+        addNumbers({lengthGrains(size)});
         text += isUpwards ? "Tf 0 -1 -1 0 " : "Tf 1 0 0 -1 ";
-        addNumbers({grains(start.x), grains(start.y)});
+        addNumbers({lengthGrains(start.x), lengthGrains(start.y)});
         text.append("Tm ").append(pdfText(captionBytes)).append(" Tj ET\n");
     }
 
     void addOperators(const char *operators) { text.append(operators).append("\n"); }
     void moveOrigin(Point to) {
         text += "1 0 0 1 ";
-        addNumbers({grains(to.x), grains(to.y)});
+        addNumbers({lengthGrains(to.x), lengthGrains(to.y)});
         text += "cm\n";
     }
 
@@ -110,8 +78,8 @@ void Contents::addCircle(const Circle &circle) {
     const auto add = [&](int corner, double along) {
         const double x = std::cos(corner * angle);
         const double y = std::sin(corner * angle);
-        addNumbers({grains(circle.centre.x + circle.radius * (x - along * y)),
-                    grains(circle.centre.y + circle.radius * (y + along * x))});
+        addNumbers({lengthGrains(circle.centre.x + circle.radius * (x - along * y)),
+                    lengthGrains(circle.centre.y + circle.radius * (y + along * x))});
     };
     add(0, 0.0);
     text += "m\n";
@@ -139,37 +107,36 @@ void addPattern(Contents &contents, const PatternGeometry &geometry, Point place
     contents.addOperators("f* Q");  // by the even-odd rule
 }
 
+void addText(Contents &contents, const PageText &text) {
+    contents.addText(captionText(text.text), text.size, text.start, text.isUpwards);
+}
+
 void addCheckBar(Contents &contents, const CheckBar &bar) {
     for (const Rectangle &shape : checkBarShapes(bar)) {
         contents.addRectangle(shape);
     }
     contents.addOperators("f");
-    contents.addText(captionText(numberText(bar.length) + " mm"), labelSize, bar.label, bar.isAlongY);
-}
-
-void addCaption(Contents &contents, const PrintedPage &page) {
-    const std::string caption = captionText(page.caption);
-    const double fullWidth = captionWidth(caption, captionSize);
-    const double size = captionSize * std::min(1.0, page.layout.captionWidth / fullWidth);
-    const Point &middle = page.layout.caption;
-    contents.addText(caption, size, {middle.x - captionWidth(caption, size) / 2.0, middle.y}, false);
+    addText(contents, labelOf(bar));
 }
 
 }  // namespace
 
 std::string pdfPageContents(const PrintedPage &page) {
-    Contents contents(page.layout.height);
+    Contents contents(page.height);
     contents.addOperators("0 g");
-    addPattern(contents, page.geometry, page.layout.pattern);
-    addCheckBar(contents, page.layout.barAlongX);
-    addCheckBar(contents, page.layout.barAlongY);
-    addCaption(contents, page);
+    addPattern(contents, page.pattern->geometry, page.ofPattern.origin);
+    for (const CheckBar &bar : page.bars) {
+        addCheckBar(contents, bar);
+    }
+    for (const PageText &text : page.texts) {
+        addText(contents, text);
+    }
     return std::move(contents.text);
 }
 
 std::string pdfPoints(double mm) {
     std::string text;
-    appendLength(text, grains(mm * pointsPerMm));
+    appendLength(text, lengthGrains(mm * pointsPerMm));
     return text;
 }
 

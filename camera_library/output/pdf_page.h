@@ -4,17 +4,9 @@
 
 #include <string>
 
-#include "camera_library/output/page_layout.h"
-#include "camera_library/pattern/pattern_geometry.h"
+#include "camera_library/output/printed_page.h"
 
 namespace lmlib64 {
-
-// A page and everything on it. Refers to a geometry that must outlive it.
-struct PrintedPage {
-    const PatternGeometry &geometry;
-    PageLayout layout;
-    std::string caption;  // UTF-8
-};
 
 // The resource name of the font of the captions.
 constexpr const char *captionFontName = "/F1";

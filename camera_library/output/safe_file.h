@@ -1,8 +1,9 @@
-// Writes a file completely or not at all. One source file per system.
+// Writes files completely or not at all. One source file per system.
 #pragma once
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace lmlib64 {
 
@@ -11,12 +12,34 @@ struct FileWriteError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Writes a new file beside the target, flushes it to the disk and then renames it to the target. The target therefore
-// holds either its old content or all of `bytes` at any time, even if the machine stops. If the target is a link, the
-// file that it leads to is replaced. Folders, devices and write-protected files are refused. Throws FileWriteError if
-// anything fails; the target is then unchanged and no other file is left. If the process is killed meanwhile, it leaves
-// a file named .lmlib64-PROCESS-RANDOM.tmp (two decimal numbers), which the next write to the folder removes (not on
-// Windows). `fileName` is in the local 8-bit encoding.
-void writeFileSafely(const std::string &fileName, const std::string &bytes);
+// Some files that belong together. Each is written beside its target and flushed to the disk; after the last one, all
+// are renamed to their targets, one after the other. So a target holds either its old content or all of its new one at
+// any time, even if the machine stops, and no target changes before all files are written.
+//
+// If a target is a link, the file that it leads to is replaced. Folders, devices and write-protected files are refused.
+// If anything fails, no other file is left, and every target is as it was. There is one exception: if a renaming fails
+// after another one of the same files has succeeded, a target that was already replaced gets its old file back only if
+// the file system has hard links. If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp (two
+// decimal numbers), which the next write to the folder removes (not on Windows), and if that happens during the
+// renaming, some of the targets are new and the others old.
+//
+// File names are in the local 8-bit encoding. Use each object once, from one thread.
+class SafeFiles {
+public:
+    SafeFiles();
+    ~SafeFiles();  // removes what has not been renamed
+    SafeFiles(const SafeFiles &) = delete;
+    SafeFiles &operator=(const SafeFiles &) = delete;
+
+    // Writes a file beside its target. Throws FileWriteError and std::bad_alloc.
+    void write(const std::string &fileName, const std::string &bytes);
+
+    // Renames all files to their targets. Throws FileWriteError and std::bad_alloc.
+    void commit();
+
+private:
+    struct Replacement;
+    std::vector<Replacement> replacements;
+};
 
 }  // namespace lmlib64

@@ -15,6 +15,7 @@
 #include <random>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "camera_library/output/safe_file.h"
 
@@ -187,12 +188,16 @@ public:
         }
     }
 
-    void renameTo(const std::string &target) {
+    // Returns 0 or the system's error. Allocates nothing.
+    int renameTo(const std::string &target) noexcept {
         if (rename(path.c_str(), target.c_str()) != 0) {
-            fail(fileName, errno);
+            return errno;
         }
         isRenamed = true;
+        return 0;
     }
+
+    [[noreturn]] void failBecauseOf(int error) const { fail(fileName, error); }
 
 private:
     // False if the name is taken, or if another process took the file for abandoned before it was locked.
@@ -227,6 +232,36 @@ private:
     bool isRenamed = false;
 };
 
+// A second name of a file that is to be replaced, which keeps it until the name is removed.
+class OldFile {
+public:
+    // Null if the file system has no hard links.
+    static std::unique_ptr<OldFile> keep(const std::string &target, const std::string &folder) {
+        std::random_device random;
+        auto kept = std::make_unique<OldFile>();
+        do {
+            kept->path = folder + newTemporaryName(random);
+        } while (link(target.c_str(), kept->path.c_str()) != 0 && errno == EEXIST);
+        struct stat status {};
+        kept->isThere = lstat(kept->path.c_str(), &status) == 0;
+        return kept->isThere ? std::move(kept) : nullptr;
+    }
+    OldFile() = default;
+    OldFile(const OldFile &) = delete;
+    OldFile &operator=(const OldFile &) = delete;
+    ~OldFile() {
+        if (isThere) {
+            unlink(path.c_str());
+        }
+    }
+
+    void restore(const std::string &target) noexcept { isThere = rename(path.c_str(), target.c_str()) != 0; }
+
+private:
+    std::string path;
+    bool isThere = false;
+};
+
 // Makes the renaming itself permanent. The file is already complete and in place, so a failure here does not make the
 // write fail.
 void flushFolder(const std::string &folder) noexcept {
@@ -239,19 +274,65 @@ void flushFolder(const std::string &folder) noexcept {
 
 }  // namespace
 
-void writeFileSafely(const std::string &fileName, const std::string &bytes) {
-    const std::string target = followLinks(fileName);
-    const std::string folder = folderOf(target);  // made before the rename, after which nothing may fail
-    const mode_t permissions = permissionsOf(target, fileName);
-    removeAbandonedFiles(folder);
-    TemporaryFile file(folder, fileName, permissions);
-    if (permissions != 0) {
-        file.setPermissions(permissions);  // before the first byte, which others may not be allowed to read
+// One file, and what is needed to undo its renaming.
+struct SafeFiles::Replacement {
+    std::string target;
+    std::string folder;
+    std::unique_ptr<TemporaryFile> file;
+    bool replacesFile = false;
+    std::unique_ptr<OldFile> oldFile;  // null if there is none, or if it cannot be kept
+
+    // Brings back what was there before the renaming. There is nothing to be done if that fails.
+    void undo() const noexcept {
+        if (oldFile) {
+            oldFile->restore(target);
+        } else if (!replacesFile) {
+            unlink(target.c_str());
+        }
     }
-    file.write(bytes);
-    file.flushAndClose();
-    file.renameTo(target);
-    flushFolder(folder);
+};
+
+SafeFiles::SafeFiles() = default;
+SafeFiles::~SafeFiles() = default;
+
+void SafeFiles::write(const std::string &fileName, const std::string &bytes) {
+    Replacement &replacement = replacements.emplace_back();
+    replacement.target = followLinks(fileName);
+    replacement.folder = folderOf(replacement.target);
+    const mode_t permissions = permissionsOf(replacement.target, fileName);
+    replacement.replacesFile = permissions != 0;
+    if (replacements.size() == 1) {
+        removeAbandonedFiles(replacement.folder);
+    }
+    replacement.file = std::make_unique<TemporaryFile>(replacement.folder, fileName, permissions);
+    if (permissions != 0) {
+        replacement.file->setPermissions(
+            permissions);  // before the first byte, which others may not be allowed to read
+    }
+    replacement.file->write(bytes);
+    replacement.file->flushAndClose();
+}
+
+void SafeFiles::commit() {
+    // The only file is either renamed or not, so its old one need not be kept.
+    for (Replacement &replacement : replacements) {
+        if (replacements.size() > 1 && replacement.replacesFile) {
+            replacement.oldFile = OldFile::keep(replacement.target, replacement.folder);
+        }
+    }
+    for (std::size_t done = 0; done < replacements.size(); ++done) {
+        if (const int error = replacements[done].file->renameTo(replacements[done].target); error != 0) {
+            for (std::size_t i = 0; i < done; ++i) {
+                replacements[i].undo();
+            }
+            replacements[done].file->failBecauseOf(error);
+        }
+    }
+    for (const Replacement &replacement : replacements) {
+        if (&replacement == &replacements.front() || replacement.folder != replacements.front().folder) {
+            flushFolder(replacement.folder);
+        }
+    }
 }
 
 }  // namespace lmlib64

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <random>
 
 #include "camera_library/output/safe_file.h"
@@ -39,29 +40,35 @@ std::wstring wideName(const std::string &fileName) {
     return wide;
 }
 
-void refuseUnsuitableTarget(const std::wstring &target, const std::string &fileName) {
+// True if there is a file to be replaced. Refuses what must not be replaced.
+bool isSuitableTarget(const std::wstring &target, const std::string &fileName) {
     const DWORD attributes = GetFileAttributesW(target.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         const DWORD error = GetLastError();
         if (error == ERROR_FILE_NOT_FOUND) {
-            return;
+            return false;
         }
         fail(fileName, error);
     }
     if ((attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DEVICE)) != 0) {
         fail(fileName, ERROR_ACCESS_DENIED);
     }
+    return true;
+}
+
+std::wstring temporaryNameBeside(const std::wstring &target, std::random_device &random) {
+    const std::size_t slash = target.find_last_of(L"/\\:");
+    const std::wstring folder = slash == std::wstring::npos ? L"" : target.substr(0, slash + 1);
+    return folder + L".lmlib64-" + std::to_wstring(random()) + L".tmp";
 }
 
 // A new file beside the target that is removed unless it is renamed.
 class TemporaryFile {
 public:
     TemporaryFile(const std::wstring &target, const std::string &reportedName) : fileName(reportedName) {
-        const std::size_t slash = target.find_last_of(L"/\\:");
-        const std::wstring folder = slash == std::wstring::npos ? L"" : target.substr(0, slash + 1);
         std::random_device random;
         do {
-            path = folder + L".lmlib64-" + std::to_wstring(random()) + L".tmp";
+            path = temporaryNameBeside(target, random);
             handle = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
         } while (handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS);
         if (handle == INVALID_HANDLE_VALUE) {
@@ -103,12 +110,16 @@ public:
         }
     }
 
-    void renameTo(const std::wstring &target) {
+    // Returns 0 or the system's error.
+    DWORD renameTo(const std::wstring &target) noexcept {
         if (MoveFileExW(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-            fail(fileName, GetLastError());
+            return GetLastError();
         }
         isRenamed = true;
+        return 0;
     }
+
+    [[noreturn]] void failBecauseOf(DWORD error) const { fail(fileName, error); }
 
 private:
     std::string fileName;
@@ -119,13 +130,61 @@ private:
 
 }  // namespace
 
-void writeFileSafely(const std::string &fileName, const std::string &bytes) {
-    const std::wstring target = wideName(fileName);
-    refuseUnsuitableTarget(target, fileName);
-    TemporaryFile file(target, fileName);
-    file.write(bytes);
-    file.flushAndClose();
-    file.renameTo(target);
+// One file, and what is needed to undo its renaming.
+struct SafeFiles::Replacement {
+    std::wstring target;
+    std::unique_ptr<TemporaryFile> file;
+    bool replacesFile = false;
+    std::wstring
+        oldFile;  // a second name of the file that is replaced; empty if there is none, or if it cannot be kept
+
+    // Brings back what was there before the renaming. There is nothing to be done if that fails.
+    void undo() noexcept {
+        if (!oldFile.empty()) {
+            MoveFileExW(oldFile.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+        } else if (!replacesFile) {
+            DeleteFileW(target.c_str());
+        }
+    }
+};
+
+SafeFiles::SafeFiles() = default;
+SafeFiles::~SafeFiles() {
+    for (const Replacement &replacement : replacements) {
+        if (!replacement.oldFile.empty()) {
+            DeleteFileW(replacement.oldFile.c_str());
+        }
+    }
+}
+
+void SafeFiles::write(const std::string &fileName, const std::string &bytes) {
+    Replacement &replacement = replacements.emplace_back();
+    replacement.target = wideName(fileName);
+    replacement.replacesFile = isSuitableTarget(replacement.target, fileName);
+    replacement.file = std::make_unique<TemporaryFile>(replacement.target, fileName);
+    replacement.file->write(bytes);
+    replacement.file->flushAndClose();
+}
+
+void SafeFiles::commit() {
+    // The only file is either renamed or not, so its old one need not be kept.
+    for (Replacement &replacement : replacements) {
+        if (replacements.size() > 1 && replacement.replacesFile) {
+            std::random_device random;
+            std::wstring name = temporaryNameBeside(replacement.target, random);
+            if (CreateHardLinkW(name.c_str(), replacement.target.c_str(), nullptr) != 0) {
+                replacement.oldFile.swap(name);
+            }
+        }
+    }
+    for (std::size_t done = 0; done < replacements.size(); ++done) {
+        if (const DWORD error = replacements[done].file->renameTo(replacements[done].target); error != 0) {
+            for (std::size_t i = 0; i < done; ++i) {
+                replacements[i].undo();
+            }
+            replacements[done].file->failBecauseOf(error);
+        }
+    }
 }
 
 }  // namespace lmlib64

@@ -40,6 +40,8 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
         {R"({"ImageSize": 100.5, "Patterns": [)" + single + "]}", {"\"ImageSize\"", "100.5", "integer"}},
         {R"({"ImageSize": 8000, "Patterns": [)" + repeated(single, 5) + "]}",
          {"\"ImageSize\"", "8000", "5 patterns", "256000000"}},
+        {R"({"ImageSize": 100, "Resolution": 19, "Patterns": [)" + single + "]}",
+         {"\"Resolution\"", "19", "20 to 4800 dots per inch"}},
         {R"({"ImageSize": 100, "Colour": "red", "Patterns": [)" + single + "]}", {"\"Colour\"", "red", "\"Encoding\""}},
         {R"({"Filename": 3, "Patterns": [)" + single + "]}", {"\"Filename\"", "3", "string"}},
         {onePattern(R"({"Type": "singlecustom", "GridSpacing": 12})"),
@@ -117,6 +119,11 @@ TEST(PatternParameters, writesNothingWhenAnyParameterIsRefused) {
     for (const std::string &pattern : patterns) {
         EXPECT_NE(save(pattern, folder.file("pattern.pdf")), "") << pattern;
     }
+    Node tooManyPixels = nodeFromJson(R"({"Resolution": 4800, "Patterns": [{"GridSpacing": 40}]})");
+    std::get<NodeObject>(tooManyPixels.value)["Filename"] = folder.file("pattern.png");
+    const std::string complaint = outcomeOf(tooManyPixels);
+    EXPECT_EQ(complaint.rfind("PatternTooLarge: ", 0), 0U) << complaint;
+    EXPECT_NE(complaint.find("79370"), std::string::npos) << complaint;  // of A3 at this resolution
     for (const char *name : {"pattern", "pattern.xyz", "pattern.pdf.bak", "pdf", ""}) {
         const std::string outcome = save(single, *name == '\0' ? "" : folder.file(name));
         EXPECT_NE(outcome.find(fileEndings()), std::string::npos) << outcome;

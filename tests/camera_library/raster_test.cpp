@@ -19,6 +19,17 @@ namespace {
 
 using Pixels = std::vector<std::uint8_t>;
 
+using PixelOutline = std::vector<PixelPoint>;
+
+PixelOutlines listed(const std::vector<PixelOutline> &outlines) {
+    PixelOutlines list;
+    for (const PixelOutline &outline : outlines) {
+        list.points.insert(list.points.end(), outline.begin(), outline.end());
+        list.close();
+    }
+    return list;
+}
+
 std::vector<PixelOutline> outlinesOf(const std::vector<PixelRectangle> &rectangles) {
     std::vector<PixelOutline> outlines;
     for (const PixelRectangle &r : rectangles) {
@@ -77,7 +88,7 @@ TEST(Raster, givesEachPixelTheShareOfItsAreaThatIsCovered) {
     };
     for (const auto &[what, rectangles, expected] : cases) {
         EXPECT_EQ(rasterRectangles(rectangles, 2, 2), expected) << what;
-        EXPECT_EQ(rasterOutlines(outlinesOf(rectangles), 2, 2), expected) << what;
+        EXPECT_EQ(rasterOutlines(listed(outlinesOf(rectangles)), 2, 2), expected) << what;
     }
 }
 
@@ -98,7 +109,7 @@ TEST(Raster, takesOutlinesOfEveryShapeAndDirection) {
          {255, 255, 255, 255}},
     };
     for (const auto &[what, outlines, expected] : cases) {
-        EXPECT_EQ(rasterOutlines(outlines, 2, 2), expected) << what;
+        EXPECT_EQ(rasterOutlines(listed(outlines), 2, 2), expected) << what;
     }
 }
 
@@ -164,8 +175,9 @@ TEST(Raster, drawsRoundShapesAsCairoDoes) {
             outlines.push_back(circle(x + 16.9, y, 3.1));
         }
     }
-    EXPECT_LE(greatestDifference(rasterOutlines(outlines, width, height), drawnByCairo(outlines, width, height, 32)),
-              1.0);
+    EXPECT_LE(
+        greatestDifference(rasterOutlines(listed(outlines), width, height), drawnByCairo(outlines, width, height, 32)),
+        1.0);
 }
 
 // A plate without a frame and with light marks on a dark ground. One of the marks contains a ring.

@@ -159,9 +159,9 @@ TEST_P(AllocationFault, saveKeepsTheOldFile) {
     for (const lmlib64::FileFormat &format : lmlib64::FileFormats()) {
         const TemporaryFolder folder;
         const std::string file = folder.file("pattern" + std::string(format.ending));
-        const Command command{
-            "GenerateCalibrationPattern",
-            R"({"Filename":")" + file + R"(","Patterns":[{"Type":"Flexible","GridSize":[5,4],"GridSpacing":10.0}]})"};
+        const Command command{"GenerateCalibrationPattern",
+                              R"({"Resolution":25,"Filename":")" + file +
+                                  R"(","Patterns":[{"Type":"Flexible","GridSize":[5,4],"GridSpacing":10.0}]})"};
         std::string failure;
         ASSERT_TRUE(playCommand(command, failure)) << failure;
         const std::string whole = readBytes(file);

@@ -63,7 +63,7 @@ TEST(MemoryLimit, savesWholeOrSaysWhy) {
         ASSERT_EQ(play(plentyOfMemory, fileName), Saved) << name;
         const std::string whole = readBytes(fileName);
         int outcomes[4] = {};
-        for (rlim_t kibibytes = 0; kibibytes < 24000; kibibytes += 256) {
+        for (rlim_t kibibytes = 0; kibibytes < 24000; kibibytes += 512) {
             writeBytes(fileName, "old");
             const int outcome = play(kibibytes << 10U, fileName);
             ASSERT_GE(outcome, 0) << name << " with " << kibibytes << " KiB";

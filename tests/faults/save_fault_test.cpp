@@ -19,8 +19,9 @@
 namespace {
 
 // What happens when the new file is complete and is about to replace the old one.
-enum class AtRename { Goes, Fails, KillsTheProcess };
+enum class AtRename { Goes, Fails, FailsOnce, KillsTheProcess };
 AtRename atRename = AtRename::Goes;
+int renamesBefore = 0;  // that go
 
 }  // namespace
 
@@ -28,10 +29,14 @@ AtRename atRename = AtRename::Goes;
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" int __real_rename(const char *from, const char *to);
 extern "C" int __wrap_rename(const char *from, const char *to) {
+    if (atRename != AtRename::Goes && renamesBefore-- > 0) {
+        return __real_rename(from, to);
+    }
     if (atRename == AtRename::KillsTheProcess) {
         raise(SIGKILL);
     }
-    if (atRename == AtRename::Fails) {
+    if (atRename == AtRename::Fails || atRename == AtRename::FailsOnce) {
+        atRename = atRename == AtRename::FailsOnce ? AtRename::Goes : atRename;
         errno = EIO;
         return -1;
     }
@@ -43,11 +48,13 @@ namespace {
 
 const char *const oldContents = "the file of an earlier save";
 
-// Saves a pattern. Returns the command's error symbol and text; empty if it succeeded.
-std::string save(const std::string &fileName) {
+constexpr const char *onePattern = R"([{"Type":"Flexible","GridSize":[7,5],"GridSpacing":9}])";
+
+// Saves patterns. Returns the command's error symbol and text; empty if it succeeded.
+std::string save(const std::string &fileName, const char *patterns = onePattern) {
     lmLibSetString(nullptr, "/Execute/S/Parameters/Filename", fileName.c_str());
-    lmLibSetJson(nullptr, "/Execute/S/Parameters/Patterns",
-                 R"([{"Type":"Flexible","GridSize":[7,5],"GridSpacing":9}])");
+    lmLibSetInt(nullptr, "/Execute/S/Parameters/Resolution", 50);
+    lmLibSetJson(nullptr, "/Execute/S/Parameters/Patterns", patterns);
     std::int32_t result = 0;
     lmLibSetString(&result, "/Execute/S/Command", "GenerateCalibrationPattern");
     lmLibWaitForType(&result, "/Execute/S/Command", LmLibTypeNull, 1);
@@ -240,6 +247,39 @@ TEST_P(SaveFault, bytesOfAPrivateFileAreNeverInAReadableOne) {
     EXPECT_EQ(folder.entryCount(), 2U);
     for (const auto &file : std::filesystem::directory_iterator(folder.path())) {
         EXPECT_EQ(file.status().permissions(), std::filesystem::perms{0600}) << file.path();
+    }
+}
+
+// Three pages in files of their own, of which the first and the last are old ones to be replaced.
+TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
+    const TemporaryFolder folder;
+    const std::vector<std::string> files{folder.file("page-00.svg"), folder.file("page-01.svg"),
+                                         folder.file("page-02.svg")};
+    const auto savePages = [&] {
+        return save(folder.file("page.svg"), R"([{"GridSpacing":9},{"GridSpacing":8},{"GridSpacing":7}])");
+    };
+    const auto expectOldFiles = [&](const std::string &complaint, const std::string &named) {
+        EXPECT_EQ(complaint.rfind("FileNotWritten: The file \"" + named + "\"", 0), 0U) << complaint;
+        EXPECT_EQ(readBytes(files[0]), oldContents);
+        EXPECT_EQ(readBytes(files[2]), oldContents);
+        EXPECT_FALSE(std::filesystem::is_regular_file(files[1]));
+    };
+    writeBytes(files[0], oldContents);
+    writeBytes(files[2], oldContents);
+    for (int failing = 0; failing < 3; ++failing) {
+        atRename = AtRename::FailsOnce;  // those that bring back the old files go
+        renamesBefore = failing;
+        expectOldFiles(savePages(), files[static_cast<std::size_t>(failing)]);
+        EXPECT_EQ(folder.entryCount(), 2U);
+    }
+    std::filesystem::create_directory(files[1]);
+    expectOldFiles(savePages(), files[1]);
+    EXPECT_EQ(folder.entryCount(), 3U);
+    std::filesystem::remove(files[1]);
+    EXPECT_EQ(savePages(), "");
+    EXPECT_EQ(folder.entryCount(), 3U);
+    for (const std::string &file : files) {
+        EXPECT_EQ(readBytes(file).compare(0, 5, "<?xml"), 0) << file;
     }
 }
 

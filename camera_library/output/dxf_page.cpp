@@ -1,0 +1,169 @@
+#include "camera_library/output/dxf_page.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "camera_library/output/caption_font.h"
+#include "camera_library/output/length_text.h"
+#include "camera_library/output/pattern_text.h"
+
+namespace lmlib64 {
+
+namespace {
+
+constexpr const char *darkLayer = "DARK";
+constexpr const char *outlineLayer = "OUTLINE";
+constexpr const char *barLayer = "BARS";
+constexpr const char *captionLayer = "CAPTIONS";
+
+struct Layer {
+    const char *name;
+    int colour;  // of AutoCAD's table
+};
+
+constexpr std::array layers{Layer{darkLayer, 7}, Layer{outlineLayer, 1}, Layer{barLayer, 3}, Layer{captionLayer, 5}};
+
+// The font's characters that are not ASCII, as ASCII.
+std::string asciiText(std::string_view utf8) {
+    std::string text = captionText(utf8);
+    for (char &character : text) {
+        const auto code = static_cast<unsigned char>(character);
+        character = code < 0x80 ? character : code == lastCaptionCharacter ? 'x' : '-';
+    }
+    return text;
+}
+
+// The groups of a drawing: a code, and a value on the next line.
+class Drawing {
+public:
+    explicit Drawing(double pageHeightMm) : pageHeight(pageHeightMm) {}
+
+    void add(int code, std::string_view value) { dxf.append(std::to_string(code)).append("\n").append(value) += '\n'; }
+    void add(int code, int value) { add(code, std::to_string(value)); }
+    void addLength(int code, double mm) {
+        dxf.append(std::to_string(code)) += '\n';
+        appendLength(dxf, lengthGrains(mm));
+        dxf += '\n';
+    }
+    void addEntity(const char *name, const char *layer) {
+        add(0, name);
+        add(8, layer);
+    }
+    // A point of the page, whose y runs down.
+    void addPoint(const Point &point) {
+        addLength(10, point.x);
+        addLength(20, pageHeight - point.y);
+        add(30, "0");
+    }
+
+    void addOutline(const char *layer, const Polygon &corners, const Placement &placement) {
+        addEntity("POLYLINE", layer);
+        add(66, 1);  // vertices follow
+        addZero();
+        add(70, 1);  // closed
+        for (const Point &corner : corners) {
+            addEntity("VERTEX", layer);
+            addPoint(placement.at(corner));
+        }
+        addEntity("SEQEND", layer);
+    }
+
+    void addText(const PageText &text) {
+        addEntity("TEXT", captionLayer);
+        addPoint(text.start);
+        constexpr double capitalsPerSize = 0.729;  // the height of a text is that of its capitals
+        addLength(40, text.size * capitalsPerSize);
+        add(1, asciiText(text.text));
+        add(50, text.isUpwards ? 90 : 0);
+    }
+
+    std::string take() { return std::move(dxf); }
+
+private:
+    void addZero() {
+        add(10, "0");
+        add(20, "0");
+        add(30, "0");
+    }
+
+    double pageHeight;
+    std::string dxf;
+};
+
+void addHeader(Drawing &drawing, const PrintedPage &page) {
+    drawing.add(999, asciiText(patternTitle(page.pattern->description)));
+    drawing.add(999, libraryName() + "; unit: mm");
+    drawing.add(0, "SECTION");
+    drawing.add(2, "HEADER");
+    drawing.add(9, "$ACADVER");
+    drawing.add(1, "AC1009");
+    for (const auto &[name, corner] : {std::pair{"$EXTMIN", Point{0.0, page.height}}, {"$EXTMAX", {page.width, 0.0}}}) {
+        drawing.add(9, name);
+        drawing.addPoint(corner);
+    }
+    drawing.add(0, "ENDSEC");
+}
+
+void addTables(Drawing &drawing) {
+    drawing.add(0, "SECTION");
+    drawing.add(2, "TABLES");
+    drawing.add(0, "TABLE");
+    drawing.add(2, "LAYER");
+    drawing.add(70, static_cast<int>(layers.size()));
+    for (const Layer &layer : layers) {
+        drawing.add(0, "LAYER");
+        drawing.add(2, layer.name);
+        drawing.add(70, 0);
+        drawing.add(62, layer.colour);
+        drawing.add(6, "CONTINUOUS");
+    }
+    drawing.add(0, "ENDTAB");
+    drawing.add(0, "ENDSEC");
+}
+
+Polygon cornersOf(const Rectangle &r) {
+    return {{r.left, r.top}, {r.right, r.top}, {r.right, r.bottom}, {r.left, r.bottom}};
+}
+
+void addPattern(Drawing &drawing, const PrintedPage &page) {
+    const PatternGeometry &geometry = page.pattern->geometry;
+    for (const Rectangle &rectangle : geometry.rectangles) {
+        drawing.addOutline(darkLayer, cornersOf(rectangle), page.ofPattern);
+    }
+    for (const Polygon &polygon : geometry.polygons) {
+        drawing.addOutline(darkLayer, polygon, page.ofPattern);
+    }
+    for (const Circle &circle : geometry.circles) {
+        drawing.addEntity("CIRCLE", darkLayer);
+        drawing.addPoint(page.ofPattern.at(circle.centre));
+        drawing.addLength(40, circle.radius);
+    }
+    const double zone = geometry.quietZone;
+    drawing.addOutline(outlineLayer, cornersOf({-zone, -zone, geometry.width + zone, geometry.height + zone}),
+                       page.ofPattern);
+}
+
+}  // namespace
+
+std::string dxfPage(const PrintedPage &page, const PatternDocument & /*document*/) {
+    Drawing drawing(page.height);
+    addHeader(drawing, page);
+    addTables(drawing);
+    drawing.add(0, "SECTION");
+    drawing.add(2, "ENTITIES");
+    addPattern(drawing, page);
+    for (const CheckBar &bar : page.bars) {
+        drawing.addOutline(barLayer, checkBarOutline(bar), {});
+        drawing.addText(labelOf(bar));
+    }
+    for (const PageText &text : page.texts) {
+        drawing.addText(text);
+    }
+    drawing.add(0, "ENDSEC");
+    drawing.add(0, "EOF");
+    return drawing.take();
+}
+
+}  // namespace lmlib64

@@ -1,0 +1,16 @@
+// Lengths as the files of drawings have them: decimal numbers without exponents, the same in every locale.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace lmlib64 {
+
+// A length in whole grains of 0.00001 of its unit. Each coordinate is rounded to grains once, so that shapes that touch
+// still touch in the file.
+std::int64_t lengthGrains(double length);
+
+// Appends the shortest text of the length, with at most five decimals.
+void appendLength(std::string &text, std::int64_t grains);
+
+}  // namespace lmlib64
