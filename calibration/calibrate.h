@@ -109,7 +109,9 @@ struct NextPhotograph {
 };
 
 struct Calibration {
-    Observations observations;  // with isUsed as decided, and each camera's lens as chosen
+    // With isUsed as decided, each camera's lens as chosen, and the corners' standard deviations as the residuals show
+    // them: those given, times one factor per camera.
+    Observations observations;
     Estimate estimate;
     Freedom freedom;
     Covariance covariance;

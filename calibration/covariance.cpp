@@ -1,10 +1,10 @@
 #include "calibration/covariance.h"
 
-#include <Eigen/Cholesky>
 #include <Eigen/Eigenvalues>
+#include <Eigen/QR>
+#include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
 #include <numeric>
 
 #include "calibration/sighting_residuals.h"
@@ -15,144 +15,193 @@ namespace {
 
 using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
-// Indices of free parameters: among the shared ones, or among the columns of a block's derivatives.
-using Places = std::vector<int>;
+// The derivatives of one sighting's residuals by all blocks.
+struct Derivatives {
+    std::array<RowMajor, blockCount> byBlock;
+    Eigen::VectorXd residuals;
 
-// A moment's own part of the normal equations, and the part that couples it with the shared parameters, which are those
-// of cameras and prints.
-struct MomentEquations {
-    Eigen::Matrix<double, 6, 6> own = Eigen::Matrix<double, 6, 6>::Zero();
-    Eigen::Matrix<double, Eigen::Dynamic, 6> link;  // one row for each shared parameter
+    // False if a corner cannot be projected.
+    bool compute(const SightingResiduals &what, const BlockPointers &blocks) {
+        std::array<double *, blockCount> pointers{};
+        for (int block = 0; block < blockCount; block++) {
+            byBlock[size_t(block)].resize(what.rows(), what.blockSize(Block(block)));
+            pointers[size_t(block)] = byBlock[size_t(block)].data();
+        }
+        residuals.resize(what.rows());
+        return what.evaluate(blocks, residuals.data(), pointers.data());
+    }
 };
 
-class NormalEquations {
+// The rows of all sightings of one moment, by the shared parameters that these sightings depend on, and by the pose of
+// the moment. Shared parameters are those of cameras and prints.
+class MomentRows {
 public:
-    explicit NormalEquations(int size) : shared(Eigen::MatrixXd::Zero(size, size)) {}
-
-    // Adds one sighting: its derivatives by the shared parameters at the given indices, and by its moment's pose.
-    void add(int moment, const Eigen::MatrixXd &byShared, const Places &places, const RowMajor &byMoment) {
-        MomentEquations &equations = moments[moment];
-        if (equations.link.size() == 0) {
-            equations.link.setZero(shared.rows(), 6);
-        }
-        equations.own.noalias() += byMoment.transpose() * byMoment;
-        const Eigen::MatrixXd products = byShared.transpose() * byShared;
-        const Eigen::MatrixXd links = byShared.transpose() * byMoment;
-        for (size_t i = 0; i < places.size(); i++) {
-            equations.link.row(places[i]) += links.row(Eigen::Index(i));
-            for (size_t j = 0; j < places.size(); j++) {
-                shared(places[i], places[j]) += products(Eigen::Index(i), Eigen::Index(j));
+    void add(const Derivatives &derivatives, const std::vector<int> &places, const RowMajor &byShared) {
+        const Eigen::Index first = byPose.rows();
+        const Eigen::Index count = byShared.rows();
+        std::vector<Eigen::Index> columns;
+        for (const int place : places) {
+            const auto known = std::find(taken.begin(), taken.end(), place);
+            columns.push_back(known - taken.begin());
+            if (known == taken.end()) {
+                taken.push_back(place);
             }
+        }
+        shared.conservativeResizeLike(Eigen::MatrixXd::Zero(first + count, Eigen::Index(taken.size())));
+        byPose.conservativeResize(first + count, 6);
+        byPose.bottomRows(count) = derivatives.byBlock[size_t(Block::RigFromWorld)];
+        for (size_t i = 0; i < columns.size(); i++) {
+            shared.col(columns[i]).tail(count) = byShared.col(Eigen::Index(i));
         }
     }
 
-    void addPrior(int place, double sigma) { shared(place, place) += 1 / (sigma * sigma); }
-    int momentCount() const { return int(moments.size()); }
+    bool isEmpty() const { return taken.empty() || byPose.rows() <= 6; }
 
-    // The inverse of the shared part once the moments are eliminated; nothing if it is singular.
-    std::optional<Eigen::MatrixXd> sharedCovariance() const {
-        Eigen::MatrixXd reduced = shared;
-        for (const auto &[moment, equations] : moments) {
-            const Eigen::LDLT<Eigen::Matrix<double, 6, 6>> own(equations.own);
-            if (own.info() != Eigen::Success || !own.isPositive()) {
-                return std::nullopt;
+    // Adds what the rows say of the shared parameters whatever the moment's pose is. Projecting the rows is more exact
+    // than subtracting normal equations, which nearly cancel for focal lengths.
+    void addTo(Eigen::MatrixXd &information) {
+        const Eigen::HouseholderQR<Eigen::MatrixXd> pose(byPose);
+        shared.applyOnTheLeft(pose.householderQ().adjoint());
+        const auto rest = shared.bottomRows(shared.rows() - 6);
+        const Eigen::MatrixXd products = rest.transpose() * rest;
+        for (size_t i = 0; i < taken.size(); i++) {
+            for (size_t j = 0; j < taken.size(); j++) {
+                information(taken[i], taken[j]) += products(Eigen::Index(i), Eigen::Index(j));
             }
-            reduced.noalias() -= equations.link * own.solve(equations.link.transpose());
         }
-        // The scaling makes the test for a singular matrix independent of the parameters' units.
-        Eigen::VectorXd scale = shared.diagonal();
-        for (double &value : scale) {
-            value = value > 0 ? 1 / std::sqrt(value) : 0;
-        }
-        const Eigen::MatrixXd scaled = scale.asDiagonal() * reduced * scale.asDiagonal();
-        const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver((scaled + scaled.transpose()) / 2);
-        constexpr double singular = 1e-13;
-        if (scaled.rows() > 0 && (solver.info() != Eigen::Success || !(solver.eigenvalues()(0) > singular))) {
-            return std::nullopt;
-        }
-        const Eigen::MatrixXd root =
-            scale.asDiagonal() * solver.eigenvectors() * solver.eigenvalues().cwiseSqrt().cwiseInverse().asDiagonal();
-        return Eigen::MatrixXd(root * root.transpose());
     }
 
 private:
+    std::vector<int> taken;  // the index of each column of `shared` among all shared parameters
     Eigen::MatrixXd shared;
-    std::map<int, MomentEquations> moments;
+    Eigen::MatrixXd byPose;
 };
 
-Places consecutive(int first, int size) {
-    Places places{};
-    places.resize(size_t(size));
+// Inverts a matrix of information. Parameters of a lens can be correlated so strongly that the matrix is nearly
+// singular although every projection is well determined, so eigenvalues below the rounding error count as that error:
+// a direction about which nothing is known gets a huge variance. Nothing if there is no information at all about one of
+// the parameters.
+std::optional<Eigen::MatrixXd> inverseOf(const Eigen::MatrixXd &information) {
+    const Eigen::VectorXd diagonal = information.diagonal();
+    if (!information.allFinite() || (diagonal.size() > 0 && !(diagonal.minCoeff() > 0))) {
+        return std::nullopt;
+    }
+    // With a unit diagonal, the eigenvalues do not depend on the parameters' units.
+    const Eigen::VectorXd scale = diagonal.cwiseSqrt().cwiseInverse();
+    const Eigen::MatrixXd scaled = scale.asDiagonal() * information * scale.asDiagonal();
+    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver((scaled + scaled.transpose()) / 2);
+    if (scaled.rows() > 0 && solver.info() != Eigen::Success) {
+        return std::nullopt;
+    }
+    constexpr double roundingError = 1e-15;
+    const Eigen::VectorXd eigenvalues = solver.eigenvalues().cwiseMax(roundingError * double(diagonal.size()));
+    const Eigen::MatrixXd root =
+        scale.asDiagonal() * solver.eigenvectors() * eigenvalues.cwiseSqrt().cwiseInverse().asDiagonal();
+    return Eigen::MatrixXd(root * root.transpose());
+}
+
+std::vector<int> consecutive(int first, int size) {
+    std::vector<int> places(static_cast<size_t>(size));
     std::iota(places.begin(), places.end(), first);
     return places;
 }
 
 }  // namespace
 
-Eigen::MatrixXd Covariance::print(int number) const {
-    const PrintRanges &ranges = prints[size_t(number)];
-    // The two ranges follow each other.
-    return blockAt({ranges.pose.first, ranges.pose.size + ranges.shape.size});
-}
-
-std::optional<Covariance> covarianceOf(const Observations &observations, const Freedom &freedom,
-                                       const Estimate &estimate) {
-    std::vector<bool> cameraIsSeen(observations.cameras.size(), false);
-    std::vector<bool> printIsSeen(observations.prints.size(), false);
-    for (const Sighting &sighting : observations.sightings) {
-        if (takesPart(observations, sighting, estimate)) {
-            cameraIsSeen[size_t(observations.photographs[size_t(sighting.photograph)].camera)] = true;
-            printIsSeen[size_t(sighting.print)] = true;
-        }
+// Adds up the information of all moments.
+class CovarianceSum {
+public:
+    CovarianceSum(const Observations &seen, const Freedom &free, const Estimate &solved, Covariance &covariance)
+        : observations(seen), freedom(free), estimate(solved), result(covariance) {
+        layOut();
+        information.setZero(size, size);
     }
-    Covariance result;
-    int size = 0;
-    const auto take = [&](int count) {
+
+    bool run() {
+        std::vector<std::vector<const Sighting *>> sightings(static_cast<size_t>(observations.moments));
+        for (const Sighting &sighting : observations.sightings) {
+            if (takesPart(observations, sighting, estimate)) {
+                sightings[size_t(observations.photographs[size_t(sighting.photograph)].moment)].push_back(&sighting);
+            }
+        }
+        for (const std::vector<const Sighting *> &some : sightings) {
+            if (!addMoment(some)) {
+                return false;
+            }
+        }
+        addPriors();
+        const std::optional<Eigen::MatrixXd> inverse = inverseOf(information);
+        const double freeRows = rows - size - 6 * moments;
+        if (!inverse || !(freeRows > 0)) {
+            return false;
+        }
+        result.factor = squares / freeRows;
+        result.matrix = result.factor * *inverse;
+        return true;
+    }
+
+private:
+    Covariance::Range take(int count) {
         size += count;
-        return Covariance::Range{size - count, count};
-    };
-    for (size_t i = 0; i < observations.cameras.size(); i++) {
-        const bool varies = cameraIsSeen[i] && freedom.intrinsics;
-        const bool moves = cameraIsSeen[i] && freedom.rig && rigOrigin(observations, int(i)) != int(i);
-        const Covariance::Range intrinsics = take(varies ? int(estimate.intrinsics[i].size()) : 0);
-        result.cameras.push_back({intrinsics, take(moves ? 6 : 0)});
-    }
-    for (size_t i = 0; i < observations.prints.size(); i++) {
-        const bool moves = printIsSeen[i] && freedom.prints && !estimate.isOrigin(int(i));
-        const Covariance::Range pose = take(moves ? 6 : 0);
-        const bool bends = printIsSeen[i] && !freedom.shapes.empty();
-        result.prints.push_back({pose, take(bends ? int(freedom.shapes[i].size()) : 0)});
+        return {size - count, count};
     }
 
-    NormalEquations equations(size);
-    double squares = 0;
-    double rows = 0;
-    for (const Sighting &sighting : observations.sightings) {
-        const SightingResiduals residuals(observations, sighting, 0);
-        if (!takesPart(observations, sighting, estimate) || residuals.corners() == 0) {
-            continue;
+    void layOut() {
+        std::vector<bool> cameraIsSeen(observations.cameras.size(), false);
+        std::vector<bool> printIsSeen(observations.prints.size(), false);
+        for (const Sighting &sighting : observations.sightings) {
+            if (takesPart(observations, sighting, estimate)) {
+                cameraIsSeen[size_t(observations.photographs[size_t(sighting.photograph)].camera)] = true;
+                printIsSeen[size_t(sighting.print)] = true;
+            }
         }
-        std::array<RowMajor, blockCount> jacobians;
-        std::array<double *, blockCount> pointers{};
-        for (int block = 0; block < blockCount; block++) {
-            jacobians[size_t(block)].resize(residuals.rows(), residuals.blockSize(Block(block)));
-            pointers[size_t(block)] = jacobians[size_t(block)].data();
+        for (size_t i = 0; i < observations.cameras.size(); i++) {
+            const bool varies = cameraIsSeen[i] && freedom.intrinsics;
+            const bool moves = cameraIsSeen[i] && freedom.rig && rigOrigin(observations, int(i)) != int(i);
+            const Covariance::Range intrinsics = take(varies ? int(estimate.intrinsics[i].size()) : 0);
+            result.cameras.push_back({intrinsics, take(moves ? 6 : 0)});
         }
-        Eigen::VectorXd values(residuals.rows());
-        if (!residuals.evaluate(blocksOf(observations, sighting, estimate), values.data(), pointers.data())) {
-            return std::nullopt;
+        for (size_t i = 0; i < observations.prints.size(); i++) {
+            const bool moves = printIsSeen[i] && freedom.prints && !estimate.isOrigin(int(i));
+            const Covariance::Range pose = take(moves ? 6 : 0);
+            const bool bends = printIsSeen[i] && !freedom.shapes.empty();
+            result.prints.push_back({pose, take(bends ? int(freedom.shapes[i].size()) : 0)});
         }
-        squares += values.squaredNorm();
-        rows += residuals.rows();
+    }
+
+    bool addMoment(const std::vector<const Sighting *> &sightings) {
+        MomentRows stacked;
+        Derivatives derivatives;
+        for (const Sighting *sighting : sightings) {
+            const SightingResiduals residuals(observations, *sighting, 0);
+            if (residuals.corners() == 0) {
+                continue;
+            }
+            if (!derivatives.compute(residuals, blocksOf(observations, *sighting, estimate))) {
+                return false;
+            }
+            squares += derivatives.residuals.squaredNorm();
+            rows += residuals.rows();
+            result.corners += residuals.corners();
+            addSighting(*sighting, derivatives, stacked);
+        }
+        if (!stacked.isEmpty()) {
+            moments++;
+            stacked.addTo(information);
+        }
+        return true;
+    }
+
+    void addSighting(const Sighting &sighting, const Derivatives &derivatives, MomentRows &stacked) const {
         const Photograph &photograph = observations.photographs[size_t(sighting.photograph)];
         const Covariance::CameraRanges &camera = result.cameras[size_t(photograph.camera)];
         const Covariance::PrintRanges &print = result.prints[size_t(sighting.print)];
-        Places places;
-        Eigen::MatrixXd byShared(residuals.rows(),
-                                 camera.intrinsics.size + camera.pose.size + print.pose.size + print.shape.size);
-        const auto addColumns = [&](Covariance::Range range, Block block, const Places &columns) {
+        std::vector<int> places;
+        RowMajor byShared(derivatives.residuals.size(),
+                          camera.intrinsics.size + camera.pose.size + print.pose.size + print.shape.size);
+        const auto addColumns = [&](Covariance::Range range, Block block, const std::vector<int> &columns) {
             for (int i = 0; i < range.size; i++) {
-                byShared.col(Eigen::Index(places.size())) = jacobians[size_t(block)].col(columns[size_t(i)]);
+                byShared.col(Eigen::Index(places.size())) = derivatives.byBlock[size_t(block)].col(columns[size_t(i)]);
                 places.push_back(range.first + i);
             }
         };
@@ -162,24 +211,47 @@ std::optional<Covariance> covarianceOf(const Observations &observations, const F
         if (print.shape.size > 0) {
             addColumns(print.shape, Block::Shape, freedom.shapes[size_t(sighting.print)]);
         }
-        equations.add(photograph.moment, byShared, places, jacobians[size_t(Block::RigFromWorld)]);
-        result.corners += residuals.corners();
+        stacked.add(derivatives, places, byShared);
     }
-    for (size_t i = 0; i < observations.prints.size(); i++) {
-        for (int number = 0; number < result.prints[i].shape.size; number++) {
-            if (freedom.shapes[i][size_t(number)] < PrintShape::bend) {
-                equations.addPrior(result.prints[i].shape.first + number, printPrior);
+
+    void addPriors() {
+        for (size_t i = 0; i < observations.prints.size(); i++) {
+            const Covariance::Range range = result.prints[i].shape;
+            for (int number = 0; number < range.size; number++) {
+                const auto which = size_t(freedom.shapes[i][size_t(number)]);
+                if (which < size_t(PrintShape::bend)) {
+                    const double sigma = freedom.priorOf(int(i)).sigma[which];
+                    information(range.first + number, range.first + number) += 1 / (sigma * sigma);
+                }
             }
         }
     }
-    const std::optional<Eigen::MatrixXd> shared = equations.sharedCovariance();
-    const double freeRows = rows - size - 6 * equations.momentCount();
-    if (!shared || !(freeRows > 0)) {
-        return std::nullopt;
+
+    const Observations &observations;
+    const Freedom &freedom;
+    const Estimate &estimate;
+    Covariance &result;
+    int size = 0;  // the number of shared parameters
+    Eigen::MatrixXd information;
+    double squares = 0;
+    double rows = 0;
+    int moments = 0;
+};
+
+Eigen::MatrixXd Covariance::blockAt(const std::vector<Range> &ranges) const {
+    std::vector<int> places;
+    for (const Range &range : ranges) {
+        for (int i = 0; i < range.size; i++) {
+            places.push_back(range.first + i);
+        }
     }
-    result.factor = squares / freeRows;
-    result.matrix = result.factor * *shared;
-    return result;
+    return matrix(places, places);
+}
+
+std::optional<Covariance> covarianceOf(const Observations &observations, const Freedom &freedom,
+                                       const Estimate &estimate) {
+    Covariance result;
+    return CovarianceSum(observations, freedom, estimate, result).run() ? std::optional(result) : std::nullopt;
 }
 
 }  // namespace calibration

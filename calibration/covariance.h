@@ -27,10 +27,16 @@ public:
     Eigen::MatrixXd worldFromPrint(int print) const { return blockAt(prints[size_t(print)].pose); }
     Eigen::MatrixXd shape(int print) const { return blockAt(prints[size_t(print)].shape); }
     // The covariance of a print's pose and shape together, pose first.
-    Eigen::MatrixXd print(int print) const;
+    Eigen::MatrixXd print(int print) const {
+        return blockAt({prints[size_t(print)].pose, prints[size_t(print)].shape});
+    }
+    // The covariance of a camera's intrinsics and a print's shape together, intrinsics first.
+    Eigen::MatrixXd lensAndShape(int camera, int print) const {
+        return blockAt({cameras[size_t(camera)].intrinsics, prints[size_t(print)].shape});
+    }
 
 private:
-    friend std::optional<Covariance> covarianceOf(const Observations &, const Freedom &, const Estimate &);
+    friend class CovarianceSum;
 
     struct Range {
         int first = 0, size = 0;
@@ -45,6 +51,7 @@ private:
     Eigen::MatrixXd blockAt(Range range) const {
         return matrix.block(range.first, range.first, range.size, range.size);
     }
+    Eigen::MatrixXd blockAt(const std::vector<Range> &ranges) const;
 
     std::vector<CameraRanges> cameras;
     std::vector<PrintRanges> prints;

@@ -31,20 +31,20 @@ private:
     SightingResiduals residualsOf;
 };
 
-// Pulls a print's scale, ratio and shear towards zero, if they may vary.
+// Pulls a print's scale, ratio and shear towards what was known before, if they may vary.
 class PrintPriorCost : public ceres::SizedCostFunction<3, PrintShape::count> {
 public:
-    explicit PrintPriorCost(const std::vector<int> &free) {
+    PrintPriorCost(const std::vector<int> &free, const ShapePrior &prior) : mean(prior.mean) {
         for (const int number : free) {
             if (number < PrintShape::bend) {
-                weights[size_t(number)] = 1 / printPrior;
+                weights[size_t(number)] = 1 / prior.sigma[size_t(number)];
             }
         }
     }
 
     bool Evaluate(double const *const *parameters, double *residuals, double **jacobians) const override {
         for (size_t i = 0; i < weights.size(); i++) {
-            residuals[i] = weights[i] * parameters[0][i];
+            residuals[i] = weights[i] * (parameters[0][i] - mean[i]);
         }
         if (jacobians != nullptr && jacobians[0] != nullptr) {
             std::fill_n(jacobians[0], weights.size() * PrintShape::count, 0.0);
@@ -56,6 +56,7 @@ public:
     }
 
 private:
+    std::array<double, PrintShape::bend> mean;
     std::array<double, PrintShape::bend> weights{};
 };
 
@@ -84,8 +85,8 @@ public:
         how.linear_solver_type = ceres::DENSE_SCHUR;
         how.linear_solver_ordering = std::make_shared<ceres::ParameterBlockOrdering>(ordering());
         how.max_num_iterations = options.iterations;
-        how.function_tolerance = 1e-12;
-        how.parameter_tolerance = 1e-12;
+        how.function_tolerance = options.tolerance;
+        how.parameter_tolerance = options.tolerance;
         how.gradient_tolerance = 1e-14;
         how.num_threads = 1;  // several threads would sum in an order that differs from run to run
         how.logging_type = ceres::SILENT;
@@ -122,7 +123,7 @@ private:
             problem.SetParameterBlockConstant(numbers);
             return;
         }
-        problem.AddResidualBlock(new PrintPriorCost(free), nullptr, numbers);
+        problem.AddResidualBlock(new PrintPriorCost(free, options.freedom.priorOf(print)), nullptr, numbers);
         holdAllBut(numbers, PrintShape::count, free);
     }
 

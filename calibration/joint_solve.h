@@ -3,11 +3,23 @@
 // number of processors.
 #pragma once
 
+#include <array>
+#include <optional>
 #include <vector>
 
 #include "calibration/observations.h"
 
 namespace calibration {
+
+// Standard deviation of what is known of a print's scale, ratio and shear before any photograph: printers are this
+// exact.
+constexpr double printPrior = 0.005;
+
+// What is known of a print's scale, ratio and shear before any photograph: means and standard deviations.
+struct ShapePrior {
+    std::array<double, PrintShape::bend> mean{};
+    std::array<double, PrintShape::bend> sigma{printPrior, printPrior, printPrior};
+};
 
 // What the solve may vary; it leaves everything else unchanged.
 struct Freedom {
@@ -17,16 +29,18 @@ struct Freedom {
     bool prints = true;
     // For each print, the indices of the PrintShape numbers that may vary. Empty if no print's shape may vary.
     std::vector<std::vector<int>> shapes;
+    // Of each print, for the numbers that may vary. Empty if all are the default.
+    std::vector<ShapePrior> priors;
+
+    ShapePrior priorOf(int print) const { return priors.empty() ? ShapePrior() : priors[size_t(print)]; }
 };
 
 struct SolveOptions {
     Freedom freedom;
     double robustScale = 0;  // as in SightingResiduals
     int iterations = 100;
+    double tolerance = 1e-12;  // stops if the sum of squares decreases by a smaller share
 };
-
-// Standard deviation of the prior on a print's scale, ratio and shear: printers are this exact.
-constexpr double printPrior = 0.005;
 
 // Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of squared residuals,
 // priors included. If the solve fails, it returns nothing and leaves the estimate unchanged.

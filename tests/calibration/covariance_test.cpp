@@ -65,6 +65,8 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
 
 TEST(Covariance, isAbsentIfAFocalLengthCannotBeKnown) {
     Scene scene = makeScene(0.1);
+    std::mt19937 random(1);
+    std::normal_distribution<double> noise(0, 0.1);
     // One camera that always looks straight at one print from the same distance.
     scene.observations.cameras.resize(1);
     scene.observations.photographs.clear();
@@ -74,7 +76,8 @@ TEST(Covariance, isAbsentIfAFocalLengthCannotBeKnown) {
         Sighting sighting{moment, 0, true, {}};
         for (int point = 0; point < columns * rows; point++) {
             const Eigen::Vector2d drawn = scene.observations.prints[0].points[size_t(point)];
-            sighting.corners.push_back({point, Eigen::Vector2d(610, 440) + 2.1 * drawn, 0.1, true});
+            sighting.corners.push_back(
+                {point, Eigen::Vector2d(610 + noise(random), 440 + noise(random)) + 2.1 * drawn, 0.1, true});
         }
         scene.observations.sightings.push_back(sighting);
         scene.truth.rigFromWorld[size_t(moment)] = {Eigen::Vector3d::Zero(), Eigen::Vector3d(0, 0, 500)};

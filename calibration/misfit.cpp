@@ -1,0 +1,148 @@
+#include "calibration/misfit.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "calibration/outliers.h"
+#include "calibration/planar_pose.h"
+#include "calibration/sighting_residuals.h"
+#include "calibration/verdict.h"
+
+namespace calibration {
+
+namespace {
+
+// In standard deviations of good corners. A sighting of a worse scale by itself is not explained by any pose.
+constexpr double greatestScaleAlone = 3;
+constexpr size_t leastCorners = 6;
+
+// How well a sighting fits in the pose that suits it best.
+struct Alone {
+    RigidMotion cameraFromPrint;
+    double scale = 0;  // of most of its residuals, in standard deviations
+};
+
+std::optional<Alone> fitAlone(const Observations &observations, Sighting sighting, const Eigen::VectorXd &lens,
+                              const PrintShape &shape) {
+    const RigidMotion none;
+    std::optional<Alone> best;
+    // Each fit leaves out the corners that the one before fitted badly.
+    constexpr int fits = 3;
+    for (int fit = 0; fit < fits; fit++) {
+        const std::optional<PlanarPose> pose = planarPose(observations, sighting, lens, shape);
+        if (!pose) {
+            break;
+        }
+        const std::vector<double> lengths = residualLengths(
+            observations, sighting,
+            {lens.data(), none.data(), pose->cameraFromPrint.data(), none.data(), shape.numbers.data()});
+        if (lengths.empty()) {
+            break;
+        }
+        best = Alone{pose->cameraFromPrint, scaleOfLengths(lengths)};
+        for (size_t i = 0; i < lengths.size(); i++) {
+            sighting.corners[i].isUsed = lengths[i] < greatestLength * best->scale;
+        }
+    }
+    return best;
+}
+
+class MisfitSearch {
+public:
+    MisfitSearch(const Calibration &what, int number)
+        : calibration(what),
+          observations(what.observations),
+          sighting(observations.sightings[size_t(number)]),
+          photograph(observations.photographs[size_t(sighting.photograph)]),
+          lens(what.estimate.intrinsics[size_t(photograph.camera)]),
+          shape(what.estimate.shapes[size_t(sighting.print)]),
+          result{number, Misfit::Unclear, ""} {}
+
+    LeftOut run() {
+        const std::string print = namesOf(observations, {sighting.print});
+        const std::optional<Alone> alone =
+            lens.size() > 0 ? fitAlone(observations, sighting, lens, shape) : std::optional<Alone>();
+        if (!alone) {
+            result.misfit = Misfit::NoPose;
+            result.reason =
+                sighting.corners.size() < leastCorners
+                    ? "Only " + std::to_string(sighting.corners.size()) + " corners of " + print + " were found."
+                    : "The corners of " + print + " lie nearly on one line or do not fit a flat print.";
+        } else if (alone->scale < greatestScaleAlone) {
+            result.misfit = Misfit::Moved;
+            result.reason = movedReason(*alone, print);
+        } else if (const std::optional<double> factor = otherFocalLength(alone->scale)) {
+            result.misfit = Misfit::AnotherLens;
+            result.reason = "The photograph fits only a focal length that is " + rounded(std::abs(*factor - 1) * 100) +
+                            " % " + (*factor > 1 ? "longer" : "shorter") +
+                            ": it was taken with another zoom or focus, or it was scaled or cropped.";
+        } else {
+            result.reason = "The corners of " + print + " are " + rounded(lengthInPixels(alone->scale)) +
+                            " px away from where any pose puts them: the photograph is blurred or disturbed, or the "
+                            "print bends.";
+        }
+        return result;
+    }
+
+private:
+    double lengthInPixels(double scale) const {
+        return sighting.corners.empty() ? 0 : scale * std::sqrt(2.0) * sighting.corners.front().sigma;
+    }
+
+    std::string movedReason(const Alone &alone, const std::string &print) const {
+        const auto isTwin = [&](const Sighting &other) {
+            return &other != &sighting && other.photograph == sighting.photograph && other.print == sighting.print;
+        };
+        if (std::any_of(observations.sightings.begin(), observations.sightings.end(), isTwin)) {
+            return "The photograph shows two boards that both are " + print + ": print a number only once.";
+        }
+        if (!hasPose(observations, sighting, calibration.estimate)) {
+            return "No other photograph says where " + print + " was.";
+        }
+        const RigidMotion expected = calibration.estimate.cameraFromRig[size_t(photograph.camera)] *
+                                     calibration.estimate.rigFromWorld[size_t(photograph.moment)] *
+                                     calibration.estimate.worldFromPrint[size_t(sighting.print)];
+        const double distance = (expected.translation - alone.cameraFromPrint.translation).norm();
+        return "Here " + print + " is " + rounded(distance) +
+               " mm away from where the other photographs have it: it moved, or two boards have the same number.";
+    }
+
+    // The factor by which the focal length must change so that the sighting fits.
+    std::optional<double> otherFocalLength(double scale) const {
+        std::optional<double> best;
+        for (double factor = 0.4; factor < 2.5; factor *= 1.04) {
+            Eigen::VectorXd other = lens;
+            other.head<2>() *= factor;
+            const std::optional<Alone> alone = fitAlone(observations, sighting, other, shape);
+            // Half the scale of this lens: a slightly different one suits a disturbed photograph a little better too.
+            if (alone && alone->scale < greatestScaleAlone && alone->scale < scale / 2) {
+                scale = alone->scale * 2;
+                best = factor;
+            }
+        }
+        return best;
+    }
+
+    const Calibration &calibration;
+    const Observations &observations;
+    const Sighting &sighting;
+    const Photograph &photograph;
+    const Eigen::VectorXd &lens;
+    const PrintShape &shape;
+    LeftOut result;
+};
+
+}  // namespace
+
+std::vector<LeftOut> findLeftOut(const Observations &given, const Calibration &calibration) {
+    std::vector<LeftOut> result;
+    for (size_t i = 0; i < given.sightings.size(); i++) {
+        const Sighting &sighting = calibration.observations.sightings[i];
+        if (given.sightings[i].isUsed && !takesPart(calibration.observations, sighting, calibration.estimate)) {
+            result.push_back(MisfitSearch(calibration, int(i)).run());
+        }
+    }
+    return result;
+}
+
+}  // namespace calibration

@@ -1,0 +1,227 @@
+#include "calibration/next_photograph.h"
+
+#include <Eigen/LU>
+#include <Eigen/QR>
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include <Eigen/Geometry>
+
+#include "calibration/verdict.h"
+
+namespace calibration {
+
+namespace {
+
+constexpr int mapColumns = 12;
+constexpr int mapRows = 9;
+constexpr double tilt = 35;  // degrees
+// The advice must be worth the effort: the greatest uncertainty falls to this share or less.
+constexpr double usefulShare = 0.95;
+// A reader finds the corners of a print only if at least this share of them is in the picture.
+constexpr double leastVisible = 0.3;
+
+// Where the target is held, as a user would say it.
+struct Hold {
+    double x, y;  // of the target's middle in the picture, as shares of its width and height
+    double distance;
+    double aboutX, aboutY;  // degrees
+};
+
+std::vector<Hold> candidates(double usualDistance) {
+    std::vector<Hold> holds;
+    for (const double factor : {1.0, 0.6}) {
+        for (const double y : {0.5, 0.15, 0.85}) {
+            for (const double x : {0.5, 0.15, 0.85}) {
+                for (const auto &[aboutX, aboutY] : std::initializer_list<std::pair<double, double>>{
+                         {0, 0}, {tilt, 0}, {-tilt, 0}, {0, tilt}, {0, -tilt}}) {
+                    holds.push_back({x, y, factor * usualDistance, aboutX, aboutY});
+                }
+            }
+        }
+    }
+    return holds;
+}
+
+// Predicts the uncertainty of one camera after one more photograph of one print.
+class Prediction {
+public:
+    Prediction(const Calibration &what, int whichCamera, int whichPrint)
+        : calibration(what),
+          cameraNumber(whichCamera),
+          printNumber(whichPrint),
+          camera(what.observations.cameras[size_t(whichCamera)]),
+          lens(what.estimate.intrinsics[size_t(whichCamera)]),
+          covariance(what.covariance.lensAndShape(whichCamera, whichPrint)),
+          sigma(usualSigma()) {
+        const std::vector<Eigen::Vector2d> &points = what.observations.prints[size_t(whichPrint)].points;
+        for (const Eigen::Vector2d &point : points) {
+            middle.head<2>() += point / double(points.size());
+        }
+    }
+
+    double before() const { return greatest(covariance); }
+
+    // Empty if the camera would see too little of the print.
+    std::optional<double> after(const RigidMotion &cameraFromPrint) const {
+        const std::optional<Eigen::MatrixXd> rows = rowsOf(cameraFromPrint);
+        if (!rows) {
+            return std::nullopt;
+        }
+        const Eigen::MatrixXd information = rows->transpose() * *rows / (sigma * sigma);
+        // (covariance^-1 + information)^-1 without inverting the covariance, which is nearly singular for some lenses.
+        const Eigen::MatrixXd one = Eigen::MatrixXd::Identity(covariance.rows(), covariance.cols());
+        const Eigen::MatrixXd lower = (one + covariance * information).partialPivLu().solve(covariance);
+        return greatest((lower + lower.transpose()) / 2);
+    }
+
+    std::optional<RigidMotion> pose(const Hold &hold) const {
+        Eigen::Vector3d direction;
+        if (!unproject(camera.lens, lens.data(), {hold.x * camera.width, hold.y * camera.height}, direction)) {
+            return std::nullopt;
+        }
+        constexpr double degree = 3.14159265358979323846 / 180;
+        const Eigen::Matrix3d turn =
+            Eigen::Quaterniond::FromTwoVectors(Eigen::Vector3d::UnitZ(), direction).toRotationMatrix() *
+            rotationMatrix({hold.aboutX * degree, 0, 0}) * rotationMatrix({0, hold.aboutY * degree, 0});
+        return RigidMotion{rotationVector(turn), hold.distance * direction - turn * middle};
+    }
+
+private:
+    double usualSigma() const {
+        for (const Sighting &sighting : calibration.observations.sightings) {
+            const Photograph &photograph = calibration.observations.photographs[size_t(sighting.photograph)];
+            if (sighting.isUsed && photograph.camera == cameraNumber && !sighting.corners.empty()) {
+                return sighting.corners.front().sigma;
+            }
+        }
+        return 1;
+    }
+
+    double greatest(const Eigen::MatrixXd &lensAndShape) const {
+        const Eigen::Index size = lens.size();
+        const double distance = calibration.cameras[size_t(cameraNumber)].distance;
+        return projectionUncertainty(camera, lens, lensAndShape.topLeftCorner(size, size), distance, mapColumns,
+                                     mapRows)
+            .greatest()
+            .value_or(0);
+    }
+
+    // The derivatives of the corners that the camera would see by its lens and the print's shape, whatever the pose of
+    // the print is.
+    std::optional<Eigen::MatrixXd> rowsOf(const RigidMotion &cameraFromPrint) const {
+        const std::vector<Eigen::Vector2d> &points = calibration.observations.prints[size_t(printNumber)].points;
+        const PrintShape &shape = calibration.estimate.shapes[size_t(printNumber)];
+        const std::vector<int> &free = calibration.freedom.shapes[size_t(printNumber)];
+        const Eigen::Matrix3d rotation = rotationMatrix(cameraFromPrint.rotation);
+        Eigen::MatrixXd byShared(2 * Eigen::Index(points.size()), covariance.rows());
+        Eigen::MatrixXd byPose(byShared.rows(), 6);
+        Eigen::Index row = 0;
+        for (const Eigen::Vector2d &drawn : points) {
+            const PrintedPoint printed = printedPoint(shape.numbers.data(), shape.reach, drawn);
+            const Eigen::Vector3d turned = rotation * printed.place;
+            Projection projection;
+            if (!project(camera.lens, lens.data(), turned + cameraFromPrint.translation, projection) ||
+                !isInside(projection.image)) {
+                continue;
+            }
+            byShared.block(row, 0, 2, lens.size()) = projection.byParameters;
+            for (size_t i = 0; i < free.size(); i++) {
+                byShared.block<2, 1>(row, lens.size() + Eigen::Index(i)) =
+                    projection.byPoint * rotation * printed.byNumbers.col(free[i]);
+            }
+            byPose.block<2, 3>(row, 0) = -projection.byPoint * crossMatrix(turned);
+            byPose.block<2, 3>(row, 3) = projection.byPoint;
+            row += 2;
+        }
+        if (double(row) < std::max(12.0, leastVisible * double(byShared.rows()))) {
+            return std::nullopt;
+        }
+        byShared.conservativeResize(row, Eigen::NoChange);
+        byPose.conservativeResize(row, Eigen::NoChange);
+        byShared.applyOnTheLeft(Eigen::HouseholderQR<Eigen::MatrixXd>(byPose).householderQ().adjoint());
+        return Eigen::MatrixXd(byShared.bottomRows(row - 6));
+    }
+
+    bool isInside(const Eigen::Vector2d &pixel) const {
+        return pixel.x() >= 0 && pixel.y() >= 0 && pixel.x() < camera.width && pixel.y() < camera.height;
+    }
+
+    const Calibration &calibration;
+    int cameraNumber;
+    int printNumber;
+    const Camera &camera;
+    const Eigen::VectorXd &lens;
+    Eigen::MatrixXd covariance;
+    double sigma;
+    Eigen::Vector3d middle = Eigen::Vector3d::Zero();
+};
+
+// The camera with the greatest uncertainty; -1 if none was seen.
+int worstCamera(const Calibration &calibration) {
+    int worst = -1;
+    double greatest = 0;
+    for (size_t camera = 0; camera < calibration.cameras.size(); camera++) {
+        const double value = calibration.cameras[camera].uncertainty.greatest().value_or(0);
+        if (value > greatest) {
+            greatest = value;
+            worst = int(camera);
+        }
+    }
+    return worst;
+}
+
+// The print of which a camera saw the most corners.
+int usualPrint(const Calibration &calibration, int camera) {
+    std::vector<size_t> corners(calibration.observations.prints.size(), 0);
+    for (const Sighting &sighting : calibration.observations.sightings) {
+        const Photograph &photograph = calibration.observations.photographs[size_t(sighting.photograph)];
+        if (takesPart(calibration.observations, sighting, calibration.estimate) && photograph.camera == camera) {
+            corners[size_t(sighting.print)] += sighting.corners.size();
+        }
+    }
+    return int(std::max_element(corners.begin(), corners.end()) - corners.begin());
+}
+
+std::string describe(const Calibration &calibration, int camera, int print, const Hold &hold) {
+    const Observations &observations = calibration.observations;
+    std::string text = "Take a photograph ";
+    if (observations.cameras.size() > 1) {
+        text += "with camera \"" + observations.cameras[size_t(camera)].name + "\" ";
+    }
+    text += "that shows " +
+            (observations.prints.size() > 1 ? namesOf(observations, {print}) : std::string("the target")) + " " +
+            placeInPicture(hold.x, hold.y) + ", " + rounded(hold.distance) + " mm away";
+    if (hold.aboutX != 0 || hold.aboutY != 0) {
+        const char *side = hold.aboutX > 0 ? "upper" : hold.aboutX < 0 ? "lower" : hold.aboutY > 0 ? "right" : "left";
+        text += " and tilted by " + rounded(tilt) + " degrees, its side that is " + side +
+                " in the picture nearer to the camera";
+    }
+    return text + ".";
+}
+
+}  // namespace
+
+std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration) {
+    const int camera = worstCamera(calibration);
+    if (camera < 0) {
+        return std::nullopt;
+    }
+    const int print = usualPrint(calibration, camera);
+    const Prediction prediction(calibration, camera, print);
+    const double before = prediction.before();
+    std::optional<NextPhotograph> best;
+    double least = usefulShare * before;
+    for (const Hold &hold : candidates(calibration.cameras[size_t(camera)].distance)) {
+        const std::optional<RigidMotion> pose = prediction.pose(hold);
+        const std::optional<double> after = pose ? prediction.after(*pose) : std::optional<double>();
+        if (after && *after < least) {
+            least = *after;
+            best = NextPhotograph{camera, print, *pose, before, *after, describe(calibration, camera, print, hold)};
+        }
+    }
+    return best;
+}
+
+}  // namespace calibration

@@ -1,0 +1,159 @@
+#include "calibration/outliers.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace calibration {
+
+namespace {
+
+constexpr int rounds = 6;
+// The median length of a vector of two normal numbers of variance 1.
+constexpr double medianLength = 1.17741;
+constexpr double leastScale = 1e-6;
+// While an estimate is still to be judged, it need not be exact.
+constexpr double roughTolerance = 1e-5;
+// A sighting with fewer good corners, or a smaller share of them, is left out.
+constexpr int leastCorners = 6;
+constexpr double leastShare = 0.5;
+
+int cameraOf(const Observations &observations, const Sighting &sighting) {
+    return observations.photographs[size_t(sighting.photograph)].camera;
+}
+
+class OutlierSearch {
+public:
+    OutlierSearch(const Observations &all, Observations &some, const Freedom &free, Estimate &unknown)
+        : given(all), observations(some), freedom(free), estimate(unknown) {}
+
+    bool run() {
+        // The scale is wide at first, while bad sightings still distort the whole estimate.
+        if (!solveRobustly(20) || !solveRobustly(6)) {
+            return false;
+        }
+        for (int round = 0; round < rounds && decide(); round++) {
+            if (!solveRobustly(6)) {
+                return false;
+            }
+        }
+        SolveOptions exact;
+        exact.freedom = freedom;
+        if (!solveJointly(observations, exact, estimate)) {
+            return false;
+        }
+        // The last solve moves the estimate a little, so a few corners can have changed sides.
+        return !decide() || solveJointly(observations, exact, estimate).has_value();
+    }
+
+private:
+    bool solveRobustly(double robustScale) {
+        agreeWithResiduals();
+        SolveOptions options;
+        options.freedom = freedom;
+        options.robustScale = robustScale;
+        options.tolerance = roughTolerance;
+        return solveJointly(observations, options, estimate).has_value();
+    }
+
+    void agreeWithResiduals() {
+        const std::vector<double> scales = residualScales(observations, estimate);
+        for (Sighting &sighting : observations.sightings) {
+            const double scale = scales[size_t(cameraOf(observations, sighting))];
+            for (SeenCorner &corner : sighting.corners) {
+                corner.sigma *= scale;
+            }
+        }
+    }
+
+    // Decides again for every sighting and every corner whether it is used. True if a decision changed.
+    bool decide() {
+        agreeWithResiduals();
+        bool changed = false;
+        for (size_t i = 0; i < observations.sightings.size(); i++) {
+            if (given.sightings[i].isUsed && hasPose(observations, observations.sightings[i], estimate)) {
+                changed = decide(given.sightings[i], observations.sightings[i]) || changed;
+            }
+        }
+        return changed;
+    }
+
+    bool decide(const Sighting &all, Sighting &sighting) const {
+        const std::vector<double> lengths =
+            residualLengths(observations, sighting, blocksOf(observations, sighting, estimate));
+        std::vector<bool> isGood;
+        int good = 0;
+        for (size_t k = 0; k < lengths.size(); k++) {
+            isGood.push_back(lengths[k] < greatestLength && all.corners[k].isUsed);
+            good += isGood.back() ? 1 : 0;
+        }
+        const bool fits = good >= leastCorners && good >= leastShare * double(lengths.size());
+        bool changed = fits != sighting.isUsed;
+        sighting.isUsed = fits;
+        for (size_t k = 0; k < sighting.corners.size(); k++) {
+            // The corners of a sighting that is left out stay as they were given.
+            const bool isUsed = fits ? isGood[k] : all.corners[k].isUsed;
+            changed = changed || (fits && isUsed != sighting.corners[k].isUsed);
+            sighting.corners[k].isUsed = isUsed;
+        }
+        return changed;
+    }
+
+    const Observations &given;
+    Observations &observations;
+    const Freedom &freedom;
+    Estimate &estimate;
+};
+
+}  // namespace
+
+std::vector<double> residualLengths(const Observations &observations, const Sighting &sighting,
+                                    const BlockPointers &blocks) {
+    Sighting all = sighting;
+    for (SeenCorner &corner : all.corners) {
+        corner.isUsed = true;
+    }
+    const SightingResiduals residuals(observations, all, 0);
+    Eigen::VectorXd values(residuals.rows());
+    if (!residuals.evaluate(blocks, values.data(), nullptr)) {
+        return {};
+    }
+    std::vector<double> lengths;
+    for (int i = 0; i < residuals.corners(); i++) {
+        lengths.push_back(values.segment<2>(2 * Eigen::Index(i)).norm());
+    }
+    return lengths;
+}
+
+double scaleOfLengths(std::vector<double> lengths) {
+    if (lengths.empty()) {
+        return 1;
+    }
+    const auto middle = lengths.begin() + std::ptrdiff_t(lengths.size() / 2);
+    std::nth_element(lengths.begin(), middle, lengths.end());
+    return std::max(*middle / medianLength, leastScale);
+}
+
+std::vector<double> residualScales(const Observations &observations, const Estimate &estimate) {
+    std::vector<std::vector<double>> lengths(observations.cameras.size());
+    for (const Sighting &sighting : observations.sightings) {
+        if (takesPart(observations, sighting, estimate)) {
+            const std::vector<double> some =
+                residualLengths(observations, sighting, blocksOf(observations, sighting, estimate));
+            std::vector<double> &all = lengths[size_t(cameraOf(observations, sighting))];
+            all.insert(all.end(), some.begin(), some.end());
+        }
+    }
+    std::vector<double> scales;
+    scales.reserve(lengths.size());
+    for (std::vector<double> &some : lengths) {
+        scales.push_back(scaleOfLengths(std::move(some)));
+    }
+    return scales;
+}
+
+bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
+                          Estimate &estimate) {
+    return OutlierSearch(given, observations, freedom, estimate).run();
+}
+
+}  // namespace calibration

@@ -1,0 +1,303 @@
+#include "calibration/verdict.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+namespace calibration {
+
+namespace {
+
+// Uncertainties in pixels. Good corners are found to about 0.1 px, so a lens that is known this well adds little error.
+constexpr double goodUncertainty = 0.2;
+constexpr double usableUncertainty = 1;
+constexpr double greatestRms = 1;  // pixels
+constexpr int fewPhotographs = 8;
+constexpr double greatestShareLeftOut = 0.2;
+// By random errors alone, lenses from halves differ by about twice the uncertainty.
+constexpr double greatestHalvesRatio = 5;
+
+constexpr int parts = 3;  // of the picture, each way
+
+struct PartOfPicture {
+    double greatest = 0;
+    double x = 0, y = 0;  // its middle, as shares of the picture
+    bool isCorner = false;
+};
+
+// The nine parts of the picture, row by row.
+std::array<PartOfPicture, parts * parts> partsOf(const PictureMap &map) {
+    std::array<PartOfPicture, parts * parts> result;
+    for (int row = 0; row < map.rows; row++) {
+        for (int column = 0; column < map.columns; column++) {
+            const int y = row * parts / map.rows;
+            const int x = column * parts / map.columns;
+            PartOfPicture &part = result[size_t(y * parts + x)];
+            part.x = (x + 0.5) / parts;
+            part.y = (y + 0.5) / parts;
+            part.isCorner = x != 1 && y != 1;
+            part.greatest = std::max(part.greatest, map.at(column, row).value_or(0));
+        }
+    }
+    return result;
+}
+
+Grade worse(Grade a, Grade b) {
+    return std::max(a, b);
+}
+
+double medianOf(const PictureMap &map) {
+    std::vector<double> values;
+    for (const std::optional<double> &value : map.values) {
+        if (value) {
+            values.push_back(*value);
+        }
+    }
+    if (values.empty()) {
+        return 0;
+    }
+    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+class VerdictWriter {
+public:
+    VerdictWriter(Calibration &what, bool isGiven)
+        : calibration(what), observations(what.observations), isLensGiven(isGiven) {}
+
+    void run() {
+        calibration.verdict = {Grade::Good, "", {}};
+        for (size_t camera = 0; camera < calibration.cameras.size(); camera++) {
+            if (calibration.cameras[camera].corners > 0) {
+                judgeCamera(camera);
+            }
+        }
+        judgeLeftOut();
+        nameGroups();
+        nameUndetermined();
+        nameScale();
+    }
+
+private:
+    // Begins a sentence about one of several cameras.
+    std::string prefix(size_t camera) const {
+        return observations.cameras.size() > 1 ? "Camera \"" + observations.cameras[camera].name + "\": " : "";
+    }
+
+    void say(const std::string &text, Grade grade) {
+        std::string &all = calibration.verdict.text;
+        all += (all.empty() ? "" : " ") + text;
+        calibration.verdict.grade = worse(calibration.verdict.grade, grade);
+    }
+
+    void advise(const std::string &text) {
+        std::vector<std::string> &advice = calibration.verdict.advice;
+        if (std::find(advice.begin(), advice.end(), text) == advice.end()) {
+            advice.push_back(text);
+        }
+    }
+
+    void judgeCamera(size_t camera) {
+        const CameraTrust &trust = calibration.cameras[camera];
+        judgePicture(camera);
+        if (trust.rms > greatestRms) {
+            say(prefix(camera) + "The corners fit only to " + rounded(trust.rms) + " px.", Grade::Usable);
+            advise("Take sharp photographs without motion blur, and fix the prints to a flat, stiff plate" +
+                   std::string(isLensGiven ? ", or let the lens model be chosen." : "."));
+        }
+        if (trust.halves && medianOf(*trust.halves) > greatestHalvesRatio * medianOf(trust.uncertainty)) {
+            say(prefix(camera) + "Two halves of the photographs give lenses that differ by " +
+                    rounded(medianOf(*trust.halves)) + " px, more than their uncertainty explains.",
+                Grade::Usable);
+            advise("Make sure that neither zoom nor focus changed and that no print moved or bent between photographs" +
+                   std::string(isLensGiven ? ", or let the lens model be chosen." : "."));
+        }
+        if (trust.photographs < fewPhotographs) {
+            say(prefix(camera) + "Only " + std::to_string(trust.photographs) + " photographs count.", Grade::Usable);
+            advise(
+                "Take at least ten photographs, with the target tilted to all sides and in all parts of the picture.");
+        }
+    }
+
+    void judgePicture(size_t camera) {
+        const std::array<PartOfPicture, parts *parts> all = partsOf(calibration.cameras[camera].uncertainty);
+        const double middle = all[parts * parts / 2].greatest;
+        std::vector<PartOfPicture> bad;
+        for (const PartOfPicture &part : all) {
+            if (part.greatest > goodUncertainty) {
+                bad.push_back(part);
+            }
+        }
+        const auto worst = std::max_element(all.begin(), all.end(), [](const PartOfPicture &a, const PartOfPicture &b) {
+            return a.greatest < b.greatest;
+        });
+        if (bad.empty()) {
+            say(prefix(camera) + "Good in the whole picture (uncertain by at most " + rounded(worst->greatest) +
+                    " px).",
+                Grade::Good);
+            return;
+        }
+        const Grade grade =
+            middle <= goodUncertainty || worst->greatest <= usableUncertainty ? Grade::Usable : Grade::Poor;
+        if (middle <= goodUncertainty) {
+            say(prefix(camera) + "Good in the middle (" + rounded(middle) + " px), not " + placesOf(bad) + " (up to " +
+                    rounded(worst->greatest) + " px).",
+                grade);
+        } else {
+            say(prefix(camera) + "Uncertain in the whole picture (" + rounded(middle) + " px in the middle, up to " +
+                    rounded(worst->greatest) + " px " + placeInPicture(worst->x, worst->y) + ").",
+                grade);
+        }
+        const std::string with = observations.cameras.size() > 1
+                                     ? " with camera \"" + observations.cameras[camera].name + "\""
+                                     : std::string();
+        advise("Take three photographs" + with + " with the target " + placeInPicture(worst->x, worst->y) +
+               ", tilted differently.");
+    }
+
+    static std::string placesOf(const std::vector<PartOfPicture> &bad) {
+        if (bad.size() == 1) {
+            return placeInPicture(bad[0].x, bad[0].y);
+        }
+        const bool onlyCorners =
+            std::all_of(bad.begin(), bad.end(), [](const PartOfPicture &part) { return part.isCorner; });
+        return onlyCorners ? "in the corners" : "towards the edges";
+    }
+
+    void judgeLeftOut() {
+        std::vector<bool> isCounted(observations.photographs.size(), false);
+        std::vector<bool> isLeftOut(observations.photographs.size(), false);
+        for (const Sighting &sighting : observations.sightings) {
+            isCounted[size_t(sighting.photograph)] = true;
+        }
+        for (const LeftOut &one : calibration.leftOut) {
+            isLeftOut[size_t(observations.sightings[size_t(one.sighting)].photograph)] = true;
+        }
+        const auto total = std::count(isCounted.begin(), isCounted.end(), true);
+        const auto bad = std::count(isLeftOut.begin(), isLeftOut.end(), true);
+        if (double(bad) > greatestShareLeftOut * double(total)) {
+            say(std::to_string(bad) + " of " + std::to_string(total) + " photographs did not fit.", Grade::Usable);
+            advise("Find out why so many photographs did not fit; the reason is given with each.");
+        }
+    }
+
+    void nameGroups() {
+        const std::vector<int> &groups = calibration.estimate.groups;
+        const int first = calibration.firstGroup();
+        std::vector<int> unseen;
+        std::vector<std::vector<int>> others;
+        for (size_t print = 0; print < groups.size(); print++) {
+            if (groups[print] < 0) {
+                unseen.push_back(int(print));
+            } else if (groups[print] != first) {
+                others.resize(std::max(others.size(), size_t(groups[print]) + 1));
+                others[size_t(groups[print])].push_back(int(print));
+            }
+        }
+        for (const std::vector<int> &group : others) {
+            if (!group.empty()) {
+                const std::string names = capital(namesOf(observations, group));
+                calibration.notices.push_back(names + (group.size() > 1 ? " are" : " is") +
+                                              " in no photograph with the others, so where " +
+                                              (group.size() > 1 ? "they are" : "it is") +
+                                              " among them is not known. Take photographs that show both.");
+            }
+        }
+        if (!unseen.empty()) {
+            calibration.notices.push_back(capital(namesOf(observations, unseen)) +
+                                          (unseen.size() > 1 ? " are" : " is") + " in no photograph that counts.");
+        }
+    }
+
+    void nameUndetermined() {
+        std::vector<int> undetermined;
+        for (size_t print = 0; print < calibration.prints.size(); print++) {
+            if (calibration.estimate.groups[print] >= 0 && !calibration.prints[print].isDetermined) {
+                undetermined.push_back(int(print));
+            }
+        }
+        if (!undetermined.empty()) {
+            calibration.notices.push_back(
+                "The photographs tell little about the true size or the ratio of width to "
+                "height of " +
+                namesOf(observations, undetermined) + "; printers are assumed to be exact to 0.5 %.");
+            advise("Take some photographs with the target or the camera turned by a quarter turn.");
+        }
+    }
+
+    void nameScale() {
+        std::vector<int> measured;
+        for (size_t print = 0; print < calibration.prints.size(); print++) {
+            if (calibration.prints[print].isMeasured) {
+                measured.push_back(int(print));
+            }
+        }
+        for (size_t print = 0; measured.empty() && print < calibration.prints.size(); print++) {
+            if (calibration.estimate.groups[print] == calibration.firstGroup() && calibration.firstGroup() >= 0) {
+                calibration.notices.push_back(
+                    "No print was measured, so all lengths assume that " + namesOf(observations, {int(print)}) +
+                    " was printed in its exact size (the geometric mean of width and height).");
+                return;
+            }
+        }
+        if (!measured.empty()) {
+            calibration.notices.push_back("All lengths rest on the measured size of " +
+                                          namesOf(observations, measured) + ".");
+        }
+    }
+
+    static std::string capital(std::string text) {
+        if (!text.empty() && text[0] == 'p') {
+            text[0] = 'P';
+        }
+        return text;
+    }
+
+    Calibration &calibration;
+    const Observations &observations;
+    bool isLensGiven;
+};
+
+}  // namespace
+
+std::string namesOf(const Observations &observations, const std::vector<int> &prints) {
+    std::string list;
+    bool haveNumbers = true;
+    for (size_t i = 0; i < prints.size(); i++) {
+        const Print &print = observations.prints[size_t(prints[i])];
+        haveNumbers = haveNumbers && print.number >= 0;
+        list += i == 0 ? "" : i + 1 == prints.size() ? " and " : ", ";
+        list += print.number >= 0     ? std::to_string(print.number)
+                : !print.name.empty() ? "\"" + print.name + "\""
+                                      : "the target";
+    }
+    return haveNumbers ? (prints.size() > 1 ? "patterns " : "pattern ") + list : list;
+}
+
+std::string rounded(double value) {
+    std::array<char, 32> text{};
+    const double size = std::abs(value);
+    const int digits = size >= 9.95 ? 0 : size >= 0.995 ? 1 : size >= 0.00995 ? 2 : 3;
+    std::snprintf(text.data(), text.size(), "%.*f", digits, value);
+    return text.data();
+}
+
+std::string placeInPicture(double x, double y) {
+    const std::string vertical = y < 0.34 ? "upper" : y > 0.66 ? "lower" : "";
+    const std::string horizontal = x < 0.34 ? "left" : x > 0.66 ? "right" : "";
+    if (vertical.empty() && horizontal.empty()) {
+        return "in the middle";
+    }
+    if (vertical.empty() || horizontal.empty()) {
+        return "at the " + vertical + horizontal + " edge";
+    }
+    return "in the " + vertical + " " + horizontal + " corner";
+}
+
+void giveVerdict(Calibration &calibration, bool isLensGiven) {
+    VerdictWriter(calibration, isLensGiven).run();
+}
+
+}  // namespace calibration
