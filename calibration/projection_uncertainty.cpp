@@ -97,6 +97,14 @@ std::optional<double> PictureMap::greatest() const {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows) {
     Grid grid(camera, intrinsics, distance, columns, rows);
+    // The first weights are those without a motion. With equal weights, the parts that are far less certain than others
+    // would decide the motion, and later rounds would keep it.
+    for (std::optional<Cell> &cell : grid.cells) {
+        if (cell) {
+            const double sigma = worseSigma(cell->byLens * covariance * cell->byLens.transpose());
+            cell->weight = 1 / std::max(sigma * sigma, 1e-18);
+        }
+    }
     // Each round weights the cells by the inverse variance that the previous round found.
     constexpr int rounds = 4;
     for (int round = 0; round < rounds; round++) {
