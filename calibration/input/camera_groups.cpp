@@ -125,8 +125,9 @@ std::optional<std::vector<int>> momentsByKey(const std::vector<std::string> &pat
     }
     std::map<std::string, int> numbers;
     std::vector<int> moments;
-    for (size_t i = 0; i < paths.size(); i++) {
-        moments.push_back(numbers.try_emplace(keyOf(paths[i]), int(numbers.size())).first->second);
+    moments.reserve(paths.size());
+    for (const std::string &path : paths) {
+        moments.push_back(numbers.try_emplace(keyOf(path), int(numbers.size())).first->second);
     }
     return moments;
 }

@@ -8,14 +8,9 @@
 #include "calibration/input/photograph_reading.h"
 #include "calibration/input/print_catalogue.h"
 #include "calibration/observations.h"
+#include "calibration/unused_photograph.h"
 
 namespace calibration {
-
-// A photograph that gives nothing.
-struct UnusedPhotograph {
-    std::string name;
-    std::string reason;  // a whole sentence that does not name it
-};
 
 struct CollectedObservations {
     // Photographs without a usable corner and cameras without such a photograph are not in it. Photographs are named as

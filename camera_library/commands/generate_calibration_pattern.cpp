@@ -10,7 +10,7 @@
 #include "camera_library/commands/pattern_request.h"
 #include "camera_library/output/file_formats.h"
 #include "camera_library/output/preview.h"
-#include "camera_library/output/safe_file.h"
+#include "file_writing/safe_file.h"
 
 namespace lmlib64 {
 
@@ -41,7 +41,7 @@ NodeArray previewsOf(const PatternDocument &document, int imageSize) {
 NodeArray save(const PatternDocument &document, const std::string &fileName) {
     try {
         const FileFormat &format = *findFileFormat(fileName);
-        SafeFiles files;
+        file_writing::SafeFiles files;
         NodeArray names;
         if (format.wholeFile != nullptr) {
             files.write(fileName, format.wholeFile(document));
@@ -57,7 +57,7 @@ NodeArray save(const PatternDocument &document, const std::string &fileName) {
         return names;
     } catch (const PatternTooLarge &error) {
         throw CommandFailure{"PatternTooLarge", error.what()};
-    } catch (const FileWriteError &error) {
+    } catch (const file_writing::FileWriteError &error) {
         throw CommandFailure{"FileNotWritten", error.what()};
     }
 }

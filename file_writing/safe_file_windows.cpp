@@ -5,9 +5,9 @@
 #include <memory>
 #include <random>
 
-#include "camera_library/output/safe_file.h"
+#include "file_writing/safe_file.h"
 
-namespace lmlib64 {
+namespace file_writing {
 
 namespace {
 
@@ -187,4 +187,4 @@ void SafeFiles::commit() {
     }
 }
 
-}  // namespace lmlib64
+}  // namespace file_writing

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace lmlib64 {
+namespace file_writing {
 
 // The text is one sentence with the file's name and the system's reason, in the local 8-bit encoding.
 struct FileWriteError : std::runtime_error {
@@ -42,4 +42,4 @@ private:
     std::vector<Replacement> replacements;
 };
 
-}  // namespace lmlib64
+}  // namespace file_writing

@@ -17,9 +17,9 @@
 #include <system_error>
 #include <utility>
 
-#include "camera_library/output/safe_file.h"
+#include "file_writing/safe_file.h"
 
-namespace lmlib64 {
+namespace file_writing {
 
 namespace {
 
@@ -335,4 +335,4 @@ void SafeFiles::commit() {
     }
 }
 
-}  // namespace lmlib64
+}  // namespace file_writing
