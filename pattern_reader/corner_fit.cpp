@@ -95,16 +95,20 @@ private:
     std::array<double, size> right{};
 };
 
-// Takes a step. The changes of blur and position are limited, because the derivatives hold only near their current
-// values.
-void change(CornerFit &fit, const Step &step) {
-    const auto limited = [&](Window::Parameter p, double limit) { return float(std::clamp(step[p], -limit, limit)); };
+// Takes a step and returns it as it was taken. The changes of blur and position are limited, because the derivatives
+// hold only near their current values.
+Step change(CornerFit &fit, Step step) {
+    const auto limit = [&](Window::Parameter p, double most) { step[p] = std::clamp(step[p], -most, most); };
+    limit(Window::Blur, 0.3);
+    limit(Window::PositionX, 0.7);
+    limit(Window::PositionY, 0.7);
     fit.middle += float(step[Window::Middle]);
     fit.amplitude += float(step[Window::Amplitude]);
-    fit.blur = std::clamp(fit.blur + limited(Window::Blur, 0.3), 0.35F, 6.0F);
+    fit.blur = std::clamp(fit.blur + float(step[Window::Blur]), 0.35F, 6.0F);
     fit.middleSlope += cv::Point2f(float(step[Window::MiddleSlopeX]), float(step[Window::MiddleSlopeY]));
     fit.amplitudeSlope += cv::Point2f(float(step[Window::AmplitudeSlopeX]), float(step[Window::AmplitudeSlopeY]));
-    fit.position += cv::Point2f(limited(Window::PositionX, 0.7), limited(Window::PositionY, 0.7));
+    fit.position += cv::Point2f(float(step[Window::PositionX]), float(step[Window::PositionY]));
+    return step;
 }
 
 bool isSmall(const Step &step, double limit) {
@@ -167,28 +171,31 @@ bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radiu
     if (levels) {
         fit.middle = 0;
     }
+    const double enough = free == CornerParameters::Position ? 0.15 : 0.004;
     Window window;
+    Step last{};
     for (int i = 0; i < steps; i++) {
         if (!window.take(picture, borders, fit, radius, 1000)) {
             return false;
         }
         window.compare(borders, fit);
-        fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
         const std::optional<Step> step = levels                               ? stepOf(window, levelsOnly)
                                          : free == CornerParameters::Position ? stepOf(window, positionOnly)
                                                                               : stepOf(window, positionAndBlur);
         if (!step) {
             return false;
         }
-        change(fit, *step);
+        last = change(fit, *step);
         if (hasLeft(start, radius, fit)) {
             return false;
         }
-        if (!levels && isSmall(*step, 0.004)) {
+        if (!levels && isSmall(*step, enough)) {
             break;
         }
         levels = false;
     }
+    window.predictErrors(last);
+    fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
     return true;
 }
 
@@ -196,6 +203,7 @@ bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float ra
                   int steps, CornerFit &fit) {
     const cv::Point2f start = fit.position;
     Window window;
+    Step last{};
     double variance = 0;
     for (int i = 0; i < steps; i++) {
         if (!window.take(picture, borders, fit, radius, 3 * fit.blur + 1)) {
@@ -208,7 +216,7 @@ bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float ra
         if (!step) {
             return false;
         }
-        change(fit, *step);
+        last = change(fit, *step);
         variance = equations.positionVariance();
         if (hasLeft(start, radius, fit)) {
             return false;
@@ -218,7 +226,7 @@ bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float ra
             break;
         }
     }
-    window.updateErrors(borders, fit);
+    window.predictErrors(last);
     assess(window, prior, variance, fit);
     return true;
 }

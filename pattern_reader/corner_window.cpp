@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace pattern_reader {
 
@@ -68,6 +69,45 @@ cv::Point pixelAt(cv::Point2f p) {
     return {int(std::lround(p.x)), int(std::lround(p.y))};
 }
 
+// Decides which pixels of a disc are taken: those at most `reach` from one of the borders that see no mark.
+class PixelChoice {
+public:
+    PixelChoice(const CornerBorders &borders, float blur, float greatestDistance)
+        : axis0(unit(borders.steps[0])),
+          axis1(unit(borders.steps[1])),
+          mark0(borders.marks[0]),
+          mark1(borders.marks[1]),
+          reach(greatestDistance) {
+        // A mark's corner affects pixels up to a distance of about twice the blur. If too few pixels remained without
+        // them, some of its effect is tolerated.
+        const float glow = std::min(2 * blur, 0.6F * std::min(mark0, mark1));
+        squaredGlow = 4 * glow * glow;
+    }
+
+    // For `count` pixels from (dx, dy) on: 1 for those that are taken, 0 for the others. Written without branches so
+    // that it is vectorised.
+    void inRow(int dx, int dy, int count, int *taken) const {
+        const float from0 = axis0.x * float(dy);
+        const float from1 = axis1.x * float(dy);
+        for (int i = 0; i < count; i++) {
+            const auto along = float(dx + i);
+            const float across0 = std::abs(from0 - axis0.y * along);
+            const float across1 = std::abs(from1 - axis1.y * along);
+            // Twice the distance to the strip beside a border in which there are no marks, or 0.
+            const float free0 = mark0 - across0 + std::abs(mark0 - across0);
+            const float free1 = mark1 - across1 + std::abs(mark1 - across1);
+            taken[i] =
+                int(free0 * free0 + free1 * free1 >= squaredGlow) & (int(across0 <= reach) | int(across1 <= reach));
+        }
+    }
+
+private:
+    cv::Point2f axis0, axis1;
+    float mark0, mark1;
+    float reach;
+    float squaredGlow = 0;  // of twice the glow
+};
+
 }  // namespace
 
 bool CornerWindow::take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius,
@@ -93,30 +133,26 @@ bool CornerWindow::take(const cv::Mat &picture, const CornerBorders &borders, co
 
 bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius,
                           float reach) {
-    const cv::Point2f axis0 = unit(borders.steps[0]);
-    const cv::Point2f axis1 = unit(borders.steps[1]);
+    const PixelChoice choice(borders, fit.blur, reach);
     const cv::Point middle = pixelAt(fit.position);
     const int side = int(radius);
-    // A mark's corner affects pixels up to a distance of about twice the blur. If too few pixels remained without them,
-    // some of its effect is tolerated.
-    const float glow = std::min(2 * fit.blur, 0.6F * std::min(borders.marks[0], borders.marks[1]));
+    constexpr size_t together = 4;  // pixels of a row for which `choice` decides at the same time
+    constexpr size_t longestRow = 2 * size_t(largestRadius) + 1;
+    std::array<int, (longestRow + together - 1) / together * together> taken{};
     pixelCount = 0;
     for (int dy = -side; dy <= side; dy++) {
-        const uchar *pixels = picture.ptr(middle.y + dy) + middle.x;
         const auto width = int(std::sqrt(std::max(0.0F, radius * radius - float(dy * dy))));
         if (pixelCount + size_t(2 * width + 1) > capacity) {
             return false;
         }
-        for (int dx = -width; dx <= width; dx++) {
-            const float across0 = std::abs(axis0.x * float(dy) - axis0.y * float(dx));
-            const float across1 = std::abs(axis1.y * float(dx) - axis1.x * float(dy));
-            const float free0 = std::max(0.0F, borders.marks[0] - across0);
-            const float free1 = std::max(0.0F, borders.marks[1] - across1);
-            // Written for every pixel, without a branch. The next pixel overwrites one that is not wanted.
-            x[pixelCount] = float(middle.x + dx);
+        choice.inRow(-width, dy, (2 * width / int(together) + 1) * int(together), taken.data());
+        const uchar *pixels = picture.ptr(middle.y + dy) + middle.x - width;
+        for (int i = 0; i <= 2 * width; i++) {
+            // Written for every pixel, without a branch. The next pixel overwrites one that is not taken.
+            x[pixelCount] = float(middle.x - width + i);
             y[pixelCount] = float(middle.y + dy);
-            grey[pixelCount] = float(pixels[dx]);
-            pixelCount += size_t(free0 * free0 + free1 * free1 >= glow * glow && std::min(across0, across1) <= reach);
+            grey[pixelCount] = float(pixels[i]);
+            pixelCount += size_t(taken[size_t(i)]);
         }
     }
     return true;
@@ -154,15 +190,13 @@ void CornerWindow::compare(const CornerBorders &borders, const CornerFit &fit) {
     std::fill(errors.begin() + std::ptrdiff_t(pixelCount), errors.begin() + std::ptrdiff_t(filled), 0.0F);
 }
 
-void CornerWindow::updateErrors(const CornerBorders &borders, const CornerFit &fit) {
-    const Model model(borders, fit);
-    for (std::size_t i = 0; i < filled; i++) {
-        const float dx = x[i] - model.fit.position.x;
-        const float dy = y[i] - model.fit.position.y;
-        const float shape = edgeAt(model.across0(dx, dy)).level * edgeAt(model.across1(dx, dy)).level;
-        errors[i] = grey[i] - (model.middle(dx, dy) + model.amplitude(dx, dy) * shape);
+void CornerWindow::predictErrors(const std::array<double, ParameterCount> &step) {
+    for (std::size_t p = 0; p < ParameterCount; p++) {
+        const auto change = float(step[p]);
+        for (std::size_t i = 0; i < filled; i++) {
+            errors[i] -= change * slopes[p][i];
+        }
     }
-    std::fill(errors.begin() + std::ptrdiff_t(pixelCount), errors.begin() + std::ptrdiff_t(filled), 0.0F);
 }
 
 // Single precision is enough, because at most a thousand pixels are added, in separate sums for each lane.

@@ -35,9 +35,10 @@ public:
     // Takes the pixels of a disc around the fit's position that are at most `reach` from one of the borders; false if
     // the disc leaves the picture. A disc with more pixels than there is room for is made smaller.
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
-    // Compares the pixels with the model. compare sets errors and slopes, updateErrors only the errors.
+    // Compares the pixels with the model: sets errors and slopes.
     void compare(const CornerBorders &borders, const CornerFit &fit);
-    void updateErrors(const CornerBorders &borders, const CornerFit &fit);
+    // The errors that are left when the parameters change by `step`, as far as the slopes tell.
+    void predictErrors(const std::array<double, ParameterCount> &step);
 
     std::size_t count() const { return pixelCount; }
     // Picture minus model.

@@ -6,23 +6,41 @@
 
 #include "pattern_reader/cholesky.h"
 #include "pattern_reader/edge_profile.h"
+#include "pattern_reader/mark_band.h"
 
 namespace pattern_reader {
 
 namespace {
 
-enum Unknown : size_t { light, dark, slopeX, slopeY, centreX, centreY, shapeXX, shapeXY, shapeYY, blurWidth, unknowns };
-
-using Equations = Cholesky<unknowns>;
-using Vector = Equations::Vector;
-
-// The derivatives by the unknowns and, in the last column, the error of one pixel.
-constexpr size_t columns = unknowns + 1;
+// The unknowns of every fit, and those that a reflection adds.
+enum Unknown : size_t {
+    light,
+    dark,
+    slopeX,
+    slopeY,
+    centreX,
+    centreY,
+    shapeXX,
+    shapeXY,
+    shapeYY,
+    blurWidth,
+    plainUnknowns,
+    reflectedX = plainUnknowns,
+    reflectedY,
+    reflectedXX,
+    reflectedXY,
+    reflectedYY,
+    allUnknowns
+};
 
 // Sums of products of the columns over pixels, for the picture that a fit describes. Pixels are taken a block at a time
 // in loops without branches, so that the compiler can vectorise them.
+template <size_t unknowns>
 class PixelSums {
 public:
+    // The derivatives by the unknowns and, in the last column, the error of one pixel.
+    static constexpr size_t columns = unknowns + 1;
+
     explicit PixelSums(const MarkFit &fit)
         : cx(fit.centre.x),
           cy(fit.centre.y),
@@ -33,7 +51,11 @@ public:
           contrast(float(fit.light - fit.dark)),
           gx(float(fit.slope[0])),
           gy(float(fit.slope[1])),
-          inverseBlur(float(1 / fit.blur)) {}
+          inverseBlur(float(1 / fit.blur)) {
+        for (size_t i = 0; i < reflection.size(); i++) {
+            reflection[i] = float(fit.reflection[i]);
+        }
+    }
 
     // Pixels x0 to x1 of a row.
     void addRun(const uchar *row, int y, int x0, int x1) {
@@ -49,6 +71,7 @@ public:
 
     // To be called after the last run.
     void flush() {
+        pixels += filled;
         evaluate();
         const size_t used = (filled + lanes - 1) / lanes * lanes;
         for (Column &column : block) {
@@ -59,16 +82,16 @@ public:
                 products[i][j] += double(product(block[i], block[j], used));
             }
         }
-        pixels += filled;
         filled = 0;
     }
 
     double of(size_t i, size_t j) const { return i < j ? products[i][j] : products[j][i]; }
-    double count() const { return double(pixels); }
+    size_t count() const { return pixels; }
 
 private:
     static constexpr size_t blockSize = 256;
     static constexpr size_t lanes = 8;
+    static constexpr float lightest = 254;
     using Column = std::array<float, blockSize>;
 
     static float product(const Column &a, const Column &b, size_t used) {
@@ -127,6 +150,33 @@ private:
             block[blurWidth][k] = -rise * t[k];
             block[unknowns][k] = grey[k] - lit * base;
         }
+        if constexpr (unknowns > plainUnknowns) {
+            addReflection();
+        }
+    }
+
+    // Adds the reflection, and clears the pixels that are too light to say anything.
+    void addReflection() {
+        for (size_t k = 0; k < filled; k++) {
+            const float x = dx[k];
+            const float y = dy[k];
+            const float added =
+                x * (reflection[0] + reflection[2] * x + reflection[3] * y) + y * (reflection[1] + reflection[4] * y);
+            block[reflectedX][k] = x;
+            block[reflectedY][k] = y;
+            block[reflectedXX][k] = x * x;
+            block[reflectedXY][k] = x * y;
+            block[reflectedYY][k] = y * y;
+            block[unknowns][k] -= added;
+        }
+        for (size_t k = 0; k < filled; k++) {
+            if (grey[k] >= lightest && grey[k] - block[unknowns][k] >= lightest) {
+                for (Column &column : block) {
+                    column[k] = 0;
+                }
+                pixels--;
+            }
+        }
     }
 
     const EdgeProfile &profile = EdgeProfile::shared();
@@ -135,6 +185,7 @@ private:
     float darkLevel, contrast;
     float gx, gy;
     float inverseBlur;
+    std::array<float, allUnknowns - plainUnknowns> reflection{};
 
     // The pixels of the block, from the centre, and their columns.
     Column dx{}, dy{}, grey{};
@@ -145,82 +196,15 @@ private:
     size_t pixels = 0;
 };
 
-// The pixels between two ellipses with a mark's shape: those that its border affects, and some of the plain areas on
-// both sides, which show the slope of the light. The latter are taken from every third row only, if the mark has enough
-// rows.
-class Band {
-public:
-    explicit Band(const MarkFit &fit) : centre(fit.centre), shape(fit.toUnit.t() * fit.toUnit) {
-        const double radius = fit.shortRadius();
-        border = std::max(1.7, 2.5 * fit.blur) / radius;
-        plain = std::max(4.0, 6 * fit.blur) / radius;
-        rowsPerPlain = radius < 5 ? 1 : 3;
-        needed = std::min(widest, 1 + 1.5 * fit.blur / radius);
-    }
-
-    // True if all that the border affects lies in a picture of this size.
-    bool isIn(const cv::Size &size) const {
-        const double determinant = shape(0, 0) * shape(1, 1) - shape(0, 1) * shape(0, 1);
-        const double halfWidth = needed * std::sqrt(shape(1, 1) / determinant);
-        const double halfHeight = needed * std::sqrt(shape(0, 0) / determinant);
-        return centre.x - halfWidth >= 0 && centre.y - halfHeight >= 0 && centre.x + halfWidth <= size.width - 1 &&
-               centre.y + halfHeight <= size.height - 1;
-    }
-
-    // Calls visit(y, x0, x1) for every run of pixels.
-    template <class Visit>
-    void visitRuns(const cv::Size &size, const Visit &visit) const {
-        const double determinant = shape(0, 0) * shape(1, 1) - shape(0, 1) * shape(0, 1);
-        const double halfHeight = std::min(widest, 1 + plain) * std::sqrt(shape(0, 0) / determinant);
-        const int last = std::min(size.height - 1, int(std::floor(centre.y + halfHeight)));
-        for (int y = std::max(0, int(std::ceil(centre.y - halfHeight))); y <= last; y++) {
-            const double width = y % rowsPerPlain == 0 ? plain : border;
-            const cv::Point2d outer = crossings(y, std::min(widest, 1 + width));
-            const cv::Point2d inner = crossings(y, std::max(0.0, 1 - width));
-            const int x0 = std::max(0, int(std::ceil(outer.x)));
-            const int x1 = std::min(size.width - 1, int(std::floor(outer.y)));
-            if (inner.x < inner.y) {
-                visit(y, x0, std::min(x1, int(std::floor(inner.x))));
-                visit(y, std::max(x0, int(std::ceil(inner.y))), x1);
-            } else {
-                visit(y, x0, x1);
-            }
-        }
-    }
-
-private:
-    // The dots of a code begin 2.2 radii from a mark's centre.
-    static constexpr double widest = 1.75;
-
-    // Where a row enters and leaves the ellipse that is `radii` times as large as the mark. If it does not meet the
-    // ellipse, the first value is the greater one.
-    cv::Point2d crossings(int y, double radii) const {
-        const double dy = y - centre.y;
-        const double half = shape(0, 1) * dy;
-        const double rest = shape(1, 1) * dy * dy - radii * radii;
-        const double root2 = half * half - shape(0, 0) * rest;
-        if (root2 <= 0) {
-            return {1, 0};
-        }
-        const double root = std::sqrt(root2);
-        return {centre.x + (-half - root) / shape(0, 0), centre.x + (-half + root) / shape(0, 0)};
-    }
-
-    cv::Point2d centre;
-    cv::Matx22d shape;
-    // Widths on either side of the border, and how far out the picture must reach, in radii.
-    double border = 0;
-    double plain = 0;
-    double needed = 0;
-    int rowsPerPlain = 1;
-};
-
 // One step of Gauss and Newton, and what it leaves: the errors' root mean square and the centre's deviation. False when
 // the pixels do not determine the unknowns.
-bool solveStep(const PixelSums &sums, Vector &step, MarkFit &fit) {
+template <size_t unknowns>
+bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vector &step, MarkFit &fit) {
+    using Equations = Cholesky<unknowns>;
+    using Vector = typename Equations::Vector;
     // The unknowns' own scales differ by orders of magnitude.
     Vector scale{};
-    Equations::Matrix matrix{};
+    typename Equations::Matrix matrix{};
     Vector right{};
     for (size_t i = 0; i < unknowns; i++) {
         if (!(sums.of(i, i) > 0)) {
@@ -247,7 +231,7 @@ bool solveStep(const PixelSums &sums, Vector &step, MarkFit &fit) {
         step[i] *= scale[i];
     }
     squares = std::max(0.0, squares);
-    const double noise2 = squares / std::max(1.0, sums.count() - double(unknowns));
+    const double noise2 = squares / std::max(1.0, double(sums.count()) - double(unknowns));
     double variance = 0;
     for (const size_t axis : {centreX, centreY}) {
         Vector unit{};
@@ -260,6 +244,7 @@ bool solveStep(const PixelSums &sums, Vector &step, MarkFit &fit) {
 }
 
 // Takes a step, shortened if it leaves the range in which the derivatives are about right.
+template <class Vector>
 void change(MarkFit &fit, const Vector &step) {
     const double reach = std::max(0.7 * fit.blur, 0.1 * fit.shortRadius());
     const double length = std::hypot(step[centreX], step[centreY]);
@@ -278,12 +263,46 @@ void change(MarkFit &fit, const Vector &step) {
     if (steepness > steepest) {
         fit.slope *= steepest / steepness;
     }
+    for (size_t i = plainUnknowns; i < step.size(); i++) {
+        fit.reflection[i - plainUnknowns] += step[i];
+    }
     fit.blur = std::max(0.3, fit.blur + std::clamp(step[blurWidth], -0.4 * fit.blur, 0.4 * fit.blur));
 }
 
 bool isEllipse(const MarkFit &fit) {
     const double determinant = cv::determinant(fit.toUnit);
     return determinant > 0 && fit.toUnit(0, 0) > 0 && fit.shortRadius() > 0.7;
+}
+
+// False when the fit does not settle.
+template <size_t unknowns>
+bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
+    const cv::Point2d start = fit.centre;
+    const double reach = fit.longRadius();
+    for (int i = 0; i < steps; i++) {
+        const MarkBand band(fit);
+        if (!band.isIn(picture.size())) {
+            return false;
+        }
+        PixelSums<unknowns> sums(fit);
+        band.visitRuns(picture.size(), [&](int y, int x0, int x1) { sums.addRun(picture.ptr(y), y, x0, x1); });
+        sums.flush();
+        typename Cholesky<unknowns>::Vector step{};
+        if (sums.count() < 2 * unknowns || !solveStep(sums, step, fit)) {
+            return false;
+        }
+        fit.pixels = sums.count();
+        change(fit, step);
+        const cv::Point2d moved = fit.centre - start;
+        if (!isEllipse(fit) || !(std::hypot(moved.x, moved.y) < reach) || fit.blur > 2 * fit.longRadius()) {
+            return false;
+        }
+        // Convergence is quadratic: the next step would be shorter than this one by the factor step / blur.
+        if (std::hypot(step[centreX], step[centreY]) < 0.03 * fit.blur && std::abs(step[blurWidth]) < 0.1 * fit.blur) {
+            break;
+        }
+    }
+    return fit.light - fit.dark > 4;
 }
 
 // Start values for the grey levels: those of the middle and of places well outside the mark.
@@ -315,31 +334,20 @@ bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit) {
     if (fit.light == fit.dark) {
         guessLevels(picture, fit);
     }
-    const cv::Point2d start = fit.centre;
-    const double reach = fit.longRadius();
-    for (int i = 0; i < steps; i++) {
-        const Band band(fit);
-        if (!band.isIn(picture.size())) {
-            return false;
-        }
-        PixelSums sums(fit);
-        band.visitRuns(picture.size(), [&](int y, int x0, int x1) { sums.addRun(picture.ptr(y), y, x0, x1); });
-        sums.flush();
-        Vector step{};
-        if (sums.count() < 2 * unknowns || !solveStep(sums, step, fit)) {
-            return false;
-        }
-        change(fit, step);
-        const cv::Point2d moved = fit.centre - start;
-        if (!isEllipse(fit) || !(std::hypot(moved.x, moved.y) < reach) || fit.blur > 2 * fit.longRadius()) {
-            return false;
-        }
-        // Convergence is quadratic: the next step would be shorter than this one by the factor step / blur.
-        if (std::hypot(step[centreX], step[centreY]) < 0.03 * fit.blur && std::abs(step[blurWidth]) < 0.1 * fit.blur) {
-            break;
-        }
+    return fitUnknowns<plainUnknowns>(picture, steps, fit);
+}
+
+void fitReflection(const cv::Mat &picture, int steps, MarkFit &fit) {
+    MarkFit lit = fit;
+    if (!fitUnknowns<allUnknowns>(picture, steps, lit)) {
+        return;
     }
-    return fit.light - fit.dark > 4;
+    // Schwarz's criterion for the unknowns that are added.
+    const auto pixels = double(lit.pixels);
+    constexpr auto added = double(allUnknowns - plainUnknowns);
+    if (2 * pixels * std::log(fit.residual / std::max(1e-3, lit.residual)) > added * std::log(pixels)) {
+        fit = lit;
+    }
 }
 
 }  // namespace pattern_reader

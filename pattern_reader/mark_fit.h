@@ -1,11 +1,14 @@
 // Measures a round dark mark by fitting a blurred ellipse to the grey levels in and around it:
 //
-//   grey = (1 + slope · d) * (dark + (light - dark) * P(s / blur))
+//   grey = (1 + slope · d) * (dark + (light - dark) * P(s / blur)) + reflection
 //
 // where d is the vector from the centre, s the distance outside the border and P the standard normal distribution. The
-// slope is that of the light. All parameters are fitted at once, by Gauss-Newton with analytic derivatives.
+// slope is that of the light. A reflection adds light to mark and paper alike, in a quadratic function of d; the level
+// that it adds in the centre is a part of dark and light. All parameters are fitted at once, by Gauss-Newton with
+// analytic derivatives.
 #pragma once
 
+#include <array>
 #include <opencv2/core.hpp>
 
 namespace pattern_reader {
@@ -15,10 +18,12 @@ struct MarkFit {
     cv::Matx22d toUnit;  // symmetric; maps the border, seen from the centre, onto the unit circle
     double light = 0;
     double dark = 0;
-    cv::Vec2d slope{0, 0};  // relative change of light per pixel
-    double blur = 0.7;      // standard deviation in pixels, the pixel's own area included
-    double residual = 0;    // root mean square, grey levels
-    double sigma = 0;       // standard deviation of the centre along one axis, pixels
+    cv::Vec2d slope{0, 0};               // relative change of light per pixel
+    std::array<double, 5> reflection{};  // factors of x, y, x², xy and y²
+    double blur = 0.7;                   // standard deviation in pixels, the pixel's own area included
+    double residual = 0;                 // root mean square, grey levels
+    double sigma = 0;                    // standard deviation of the centre along one axis, pixels
+    size_t pixels = 0;                   // that were compared with the model
 
     // Half the ellipse's shorter and longer axis, pixels.
     double shortRadius() const;
@@ -28,6 +33,12 @@ struct MarkFit {
 // Improves fit, whose centre, shape and blur are the start, on a picture of 8 bits; all in that picture's pixels. Its
 // grey levels are a start too unless light and dark are equal. False when the fit does not settle, or when the mark's
 // border is not wholly in the picture.
+// Fits no reflection.
 bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit);
+
+// Adds a reflection to a fit of fitMark if that explains the picture much better; otherwise the fit stays as it is.
+// Pixels that are as light as a picture can show may have been lighter, so they say nothing if the model expects as
+// much.
+void fitReflection(const cv::Mat &picture, int steps, MarkFit &fit);
 
 }  // namespace pattern_reader

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "pattern_reader/mark_fit.h"
 #include "pattern_reader/mark_map.h"
@@ -13,14 +14,19 @@ namespace {
 struct FittedMark {
     cv::Point cell;
     MarkFit fit;       // in image coordinates
+    size_t level = 0;  // in which it was fitted
     double noise = 0;  // rms error of the fit in a pixel of the image, as a share of the contrast
     bool disturbed = false;
 };
 
+double quantileOf(std::vector<double> values, double share) {
+    const auto place = values.begin() + std::ptrdiff_t(share * double(values.size()));
+    std::nth_element(values.begin(), place, values.end());
+    return *place;
+}
+
 double medianOf(std::vector<double> values) {
-    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+    return quantileOf(std::move(values), 0.5);
 }
 
 // Converts a fit to the pixels of another level. The grey levels are unchanged.
@@ -30,6 +36,9 @@ MarkFit rescale(const MarkFit &fit, const ImageLevel &from, const ImageLevel &to
     scaled.centre = (fit.centre + cv::Point2d(0.5, 0.5)) * factor - cv::Point2d(0.5, 0.5);
     scaled.toUnit = fit.toUnit * (1 / factor);
     scaled.slope = fit.slope * (1 / factor);
+    for (size_t i = 0; i < scaled.reflection.size(); i++) {
+        scaled.reflection[i] /= i < 2 ? factor : factor * factor;
+    }
     scaled.blur = fit.blur * factor;
     scaled.sigma = fit.sigma * factor;
     return scaled;
@@ -58,9 +67,52 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
         // The blur does not double with the scale, because the pixel's own area, which is a part of it, does not grow.
         fit.blur = std::max(0.5, 0.8 * fit.blur);
     }
-    mark.noise = fit.residual / (fit.light - fit.dark) * levels[number].scale();
+    mark.level = number;
     mark.fit = rescale(fit, levels[number], levels.front());
     return true;
+}
+
+// The marks that may be in a reflection. It adds light to marks and paper alike, so it raises the share of the light
+// that a mark reflects. If there are many such marks, the reflection is weaker at the others but not absent.
+std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
+    std::vector<double> shares;
+    std::vector<double> scatters;
+    for (const FittedMark &mark : marks) {
+        shares.push_back(mark.fit.dark / mark.fit.light);
+        scatters.push_back(mark.fit.residual / mark.fit.light);
+    }
+    const double most = quantileOf(shares, 0.1) + 0.01 + 0.2 * medianOf(scatters);
+    std::vector<bool> raised;
+    raised.reserve(shares.size());
+    for (const double share : shares) {
+        raised.push_back(share > most);
+    }
+    if (size_t(std::count(raised.begin(), raised.end(), true)) * 4 > marks.size()) {
+        raised.assign(marks.size(), true);
+    }
+    return raised;
+}
+
+// Fits a reflection where there may be one. Where the picture then still differs from the model more than elsewhere,
+// the cause is something else, such as a shadow or a cover, and the fit without a reflection is kept.
+void fitReflections(const std::vector<ImageLevel> &levels, std::vector<FittedMark> &marks) {
+    const std::vector<bool> raised = inReflection(marks);
+    std::vector<MarkFit> lit;
+    std::vector<double> residuals;
+    for (size_t i = 0; i < marks.size(); i++) {
+        lit.push_back(marks[i].fit);
+        if (raised[i]) {
+            const ImageLevel &level = levels[marks[i].level];
+            MarkFit fit = rescale(marks[i].fit, levels.front(), level);
+            fitReflection(level.picture, 6, fit);
+            lit.back() = rescale(fit, level, levels.front());
+        }
+        residuals.push_back(lit.back().residual);
+    }
+    const double most = 1.3 * quantileOf(residuals, 0.25);
+    for (size_t i = 0; i < marks.size(); i++) {
+        marks[i].fit = lit[i].residual < most ? lit[i] : marks[i].fit;
+    }
 }
 
 std::vector<FittedMark> fitAll(const std::vector<ImageLevel> &levels, const MarkLattice &found) {
@@ -77,6 +129,12 @@ std::vector<FittedMark> fitAll(const std::vector<ImageLevel> &levels, const Mark
             fitted.push_back(mark);
             usualBlur = mark.fit.blur;
         }
+    }
+    if (!fitted.empty()) {
+        fitReflections(levels, fitted);
+    }
+    for (FittedMark &mark : fitted) {
+        mark.noise = mark.fit.residual / (mark.fit.light - mark.fit.dark) * double(levels[mark.level].scale());
     }
     return fitted;
 }
@@ -112,11 +170,20 @@ MarkMap mapOf(const std::vector<FittedMark> &marks) {
     return map.isKnown() || clear.size() == all.size() ? map : MarkMap(all);
 }
 
-// How much a mark's shape differs from a circle mapped to the picture: the greatest stretch or shrinkage, as a factor,
-// apart from the usual size of the marks.
-double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit, double usualArea) {
+// The marks' radius as it is seen, cells. Ink spreads, so it differs from the radius that was drawn, but not by much.
+double seenRadius(const std::vector<FittedMark> &marks, const MarkMap &map, double drawn) {
+    std::vector<double> radii;
+    radii.reserve(marks.size());
+    for (const FittedMark &mark : marks) {
+        radii.push_back(1 / std::sqrt(std::abs(cv::determinant(mark.fit.toUnit * map.stepsAt(mark.cell)))));
+    }
+    return std::clamp(medianOf(radii), 0.85 * drawn, 1.2 * drawn);
+}
+
+// How much a mark's shape differs from a circle mapped to the picture: the greatest stretch or shrinkage, as a factor.
+double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit) {
     const cv::Matx22d m = mark.fit.toUnit * fromUnit;
-    const cv::Matx22d square = m.t() * m * usualArea;
+    const cv::Matx22d square = m.t() * m;
     const double half = (square(0, 0) + square(1, 1)) / 2;
     const double root = std::hypot((square(0, 0) - square(1, 1)) / 2, square(0, 1));
     return std::sqrt(std::max(half + root, 1 / std::max(1e-6, half - root)));
@@ -125,23 +192,19 @@ double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit, double us
 // Leaves out the marks whose place or shape is not what their neighbours predict. True if there are any.
 bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMark> &marks) {
     std::vector<double> offs;
-    std::vector<double> areas;
     for (const FittedMark &mark : marks) {
         const cv::Matx22d steps = map.stepsAt(mark.cell);
         const cv::Point2d off = mark.fit.centre - map.at(mark.cell);
         offs.push_back(cv::norm(steps.inv() * cv::Vec2d(off.x, off.y)));
-        areas.push_back(1 / std::abs(cv::determinant(mark.fit.toUnit * steps * radius)));
     }
     const double usualOff = medianOf(offs);
-    const double usualArea = medianOf(areas);
     std::vector<FittedMark> kept;
     for (size_t i = 0; i < marks.size(); i++) {
         const cv::Matx22d fromUnit = map.stepsAt(marks[i].cell) * radius;
         const double looseness = 1 + 1 / marks[i].fit.shortRadius();
         const double most =
             marks[i].disturbed ? std::min(0.02, 4 * usualOff + 0.004) : std::min(0.05, 8 * usualOff + 0.01);
-        if (offs[i] < most &&
-            shapeError(marks[i], fromUnit, usualArea) < (marks[i].disturbed ? 1.1 : 1.2) * looseness) {
+        if (offs[i] < most && shapeError(marks[i], fromUnit) < (marks[i].disturbed ? 1.1 : 1.2) * looseness) {
             kept.push_back(marks[i]);
         }
     }
@@ -186,7 +249,8 @@ double sigmaOf(const FittedMark &mark, const std::vector<FittedMark> &marks, con
 
 }  // namespace
 
-std::vector<MeasuredMark> measureMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found, double radius) {
+std::vector<MeasuredMark> measureMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found,
+                                       double drawnRadius) {
     std::vector<FittedMark> marks = fitAll(levels, found);
     if (marks.empty()) {
         return {};
@@ -196,6 +260,7 @@ std::vector<MeasuredMark> measureMarks(const std::vector<ImageLevel> &levels, co
     if (!map.isKnown()) {
         return {};
     }
+    const double radius = seenRadius(marks, map, drawnRadius);
     if (judgeNeighbourhood(map, radius, marks)) {
         map = mapOf(marks);
     }

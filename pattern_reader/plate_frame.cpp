@@ -20,7 +20,27 @@ cv::Point2d onSide(int side, double along, double inward) {
     }
 }
 
+// True if a side's outer edge shows another row of marks, in paper: the grid goes on where a plate has its frame.
+bool showsMarks(const PlateView &view, int side) {
+    int marks = 0;
+    for (int i = 1; i <= marksPerSide; i++) {
+        double mark = 1;
+        double before = 0;
+        double behind = 0;
+        marks += view.lightAt(onSide(side, i, 0), mark) && view.lightAt(onSide(side, i - 0.5, 0), before) &&
+                         view.lightAt(onSide(side, i + 0.5, 0), behind) && mark < 0.35 &&
+                         std::min(before, behind) > 0.65
+                     ? 1
+                     : 0;
+    }
+    return marks >= 2;
+}
+
 }  // namespace
+
+bool isPartOfLargerGrid(const PlateView &view) {
+    return showsMarks(view, 0) || showsMarks(view, 1) || showsMarks(view, 2) || showsMarks(view, 3);
+}
 
 FrameEvidence lookForFrame(const PlateView &view) {
     FrameEvidence evidence;
@@ -60,8 +80,10 @@ CornerLook lookAtCorner(const PlateView &view, int corner) {
     if (!light || !dark) {
         return CornerLook::Hidden;
     }
+    // The second place is the one that tells a triangle best from the corner of a blurred or wider frame.
     const double inside = at(0.37, 0.37);
-    return inside < 0.35 ? CornerLook::Triangle : inside > 0.65 ? CornerLook::Plain : CornerLook::Hidden;
+    const double deep = at(0.5, 0.5);
+    return inside < 0.35 && deep < 0.4 ? CornerLook::Triangle : inside > 0.65 ? CornerLook::Plain : CornerLook::Hidden;
 }
 
 }  // namespace pattern_reader

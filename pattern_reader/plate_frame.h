@@ -14,6 +14,9 @@ struct FrameEvidence {
 
 FrameEvidence lookForFrame(const PlateView &view);
 
+// True if there are more marks where the frame should be.
+bool isPartOfLargerGrid(const PlateView &view);
+
 enum class CornerLook { Hidden, Plain, Triangle };
 
 // Corner 0 is the top-left one, then clockwise.

@@ -186,7 +186,7 @@ std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, c
     }
     const PlatePicture picture(levels, found, imageFromCell);
     const std::optional<Assumption> placed = findShift(picture);
-    if (!placed) {
+    if (!placed || isPartOfLargerGrid(PlateView(picture, placed->motion))) {
         return std::nullopt;
     }
     const auto oriented = findOrientation(picture, placed->motion);

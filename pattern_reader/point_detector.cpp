@@ -11,12 +11,13 @@ namespace {
 
 constexpr float greyScale = 64;  // of ImageLevel::smoothed
 
-constexpr float saddleThreshold = leastSaddleStrength * greyScale * leastSaddleStrength * greyScale;
-constexpr float blobThreshold = -leastBlobStrength * greyScale * leastBlobStrength * greyScale;
+constexpr auto saddleThreshold = int32_t(leastSaddleStrength * greyScale * leastSaddleStrength * greyScale);
+constexpr auto blobThreshold = int32_t(-leastBlobStrength * greyScale * leastBlobStrength * greyScale);
 
 // Computes the negative Hessian determinant along one row, in smoothed units: positive at saddles, negative at blobs.
-// `worth` is 1 where its magnitude is large enough for one of them.
-void respond(const ImageLevel &level, int y, float *out, uchar *worth) {
+// `worth` is 1 where its magnitude is large enough for one of them. Smoothed values are at most 255 * 64, so the second
+// derivatives fit into 16 bits, of which twice as many are computed at once as of 32.
+void respond(const ImageLevel &level, int y, int32_t *out, uchar *worth) {
     const int width = level.smoothed.cols;
     const auto *up = level.smoothed.ptr<int16_t>(y - 1);
     const auto *mid = level.smoothed.ptr<int16_t>(y);
@@ -24,10 +25,10 @@ void respond(const ImageLevel &level, int y, float *out, uchar *worth) {
     out[0] = 0;
     out[width - 1] = 0;
     for (int x = 1; x < width - 1; x++) {
-        const auto xx = float(mid[x - 1] + mid[x + 1] - 2 * mid[x]);
-        const auto yy = float(up[x] + down[x] - 2 * mid[x]);
-        const float xy = 0.25F * float(up[x - 1] + down[x + 1] - up[x + 1] - down[x - 1]);
-        out[x] = xy * xy - xx * yy;
+        const auto xx = int16_t(mid[x - 1] + mid[x + 1] - 2 * mid[x]);
+        const auto yy = int16_t(up[x] + down[x] - 2 * mid[x]);
+        const auto xy = int16_t(up[x - 1] + down[x + 1] - up[x + 1] - down[x - 1]);  // four times
+        out[x] = (int32_t(xy) * xy >> 4) - int32_t(xx) * yy;
     }
     for (int x = 0; x < width; x++) {
         worth[x] = uchar(int(out[x] > saddleThreshold) | int(out[x] < blobThreshold));
@@ -177,15 +178,15 @@ namespace {
 
 // Three rows of responses around the middle one.
 struct ResponseRows {
-    const float *up, *mid, *down;
+    const int32_t *up, *mid, *down;
 
     bool isPeak(int x) const {
-        const float v = mid[x];
+        const int32_t v = mid[x];
         return v >= mid[x - 1] && v > mid[x + 1] && v >= up[x - 1] && v >= up[x] && v >= up[x + 1] && v > down[x - 1] &&
                v > down[x] && v > down[x + 1];
     }
     bool isPit(int x) const {
-        const float v = mid[x];
+        const int32_t v = mid[x];
         return v <= mid[x - 1] && v < mid[x + 1] && v <= up[x - 1] && v <= up[x] && v <= up[x + 1] && v < down[x - 1] &&
                v < down[x] && v < down[x + 1];
     }
@@ -244,7 +245,7 @@ bool describeBlob(const ImageLevel &level, int x, int y, DarkBlob &blob) {
 }
 
 void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, LevelPoints &points) {
-    const float value = rows.mid[x];
+    const int32_t value = rows.mid[x];
     if (value > saddleThreshold) {
         SaddlePoint saddle;
         if (rows.isPeak(x) && locateSaddle(level, cv::Point2f(float(x), float(y)), 1.6F, saddle)) {
@@ -253,7 +254,7 @@ void collectAt(const ImageLevel &level, const ResponseRows &rows, int x, int y, 
     } else if (value < blobThreshold && rows.isPit(x)) {
         DarkBlob blob;
         if (describeBlob(level, x, y, blob)) {
-            blob.strength = std::sqrt(-value) / greyScale;
+            blob.strength = std::sqrt(float(-value)) / greyScale;
             points.blobs.push_back(blob);
         }
     }
@@ -277,7 +278,7 @@ LevelPoints findPoints(ImageLevel &level) {
     smooth(level);
     const int width = level.smoothed.cols;
     const int height = level.smoothed.rows;
-    std::array<std::vector<float>, 3> rows;
+    std::array<std::vector<int32_t>, 3> rows;
     for (auto &row : rows) {
         row.assign(size_t(width), 0);
     }
@@ -287,11 +288,11 @@ LevelPoints findPoints(ImageLevel &level) {
     }
     LevelPoints points;
     for (int y = 1; y < height; y++) {
-        std::vector<float> &newest = rows[size_t(y % 3)];
+        std::vector<int32_t> &newest = rows[size_t(y % 3)];
         if (y < height - 1) {
             respond(level, y, newest.data(), worth[size_t(y % 2)].data());
         } else {
-            std::fill(newest.begin(), newest.end(), 0.0F);
+            std::fill(newest.begin(), newest.end(), 0);
         }
         if (y > 1) {
             collect(level, {rows[size_t((y + 1) % 3)].data(), rows[size_t((y + 2) % 3)].data(), newest.data()},

@@ -1,5 +1,5 @@
 // Plates as the synthetic camera shows them: how exactly their marks are measured, what is in front of them or bends
-// them, and that they are never read in a mirror.
+// them, and that neither mirrored plates nor similar grids are read.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,6 +7,7 @@
 #include <random>
 
 #include "bench/reader/coded_targets.h"
+#include "bench/reader/empty_pictures.h"
 #include "bench/reader/synthetic_camera.h"
 #include "pattern_reader/pattern_reader.h"
 
@@ -22,7 +23,8 @@ struct View {
     double pixels;  // per square
     double tilt;    // degrees
     Lens lens;
-    double shadow;  // share of the light that it takes
+    double shadow;      // share of the light that it takes
+    double reflection;  // grey levels that it adds
     Cover cover;
     size_t leastMarks;
     double greatestRms;  // pixels, of the marks that are not disturbed
@@ -60,6 +62,9 @@ Photograph takePlate(const View &view) {
     if (view.shadow > 0) {
         exposure.shadows.push_back({taken.camera.centre, {0.8, 0.6}, view.shadow, 1});
     }
+    if (view.reflection > 0) {
+        exposure.glares.push_back({taken.camera.centre, 2.5 * view.pixels, view.reflection});
+    }
     taken.image =
         photograph(cv::Mat(cv::Size(side, side), CV_32F, cv::Scalar(120)), taken.camera, {placed}, exposure, random);
     return taken;
@@ -75,15 +80,16 @@ bool cable(double x, double y) {
     return std::abs(0.94 * x - 0.34 * y - 5) < 0.25;
 }
 
-const View views[] = {{"small", 8, 20, Lens::Straight, 0, nullptr, 49, 0.02},
-                      {"large", 60, 20, Lens::Straight, 0, nullptr, 49, 0.01},
-                      {"beyond a hundred pixels per square", 120, 0, Lens::Straight, 0, nullptr, 49, 0.01},
-                      {"steep", 20, 70, Lens::Straight, 0, nullptr, 40, 0.025},
-                      {"bent by the lens", 20, 10, Lens::Radial, 0, nullptr, 45, 0.02},
-                      {"through a fisheye", 20, 10, Lens::Fisheye, 0, nullptr, 45, 0.02},
-                      {"in half a shadow", 20, 10, Lens::Straight, 0.4, nullptr, 40, 0.02},
-                      {"half hidden", 20, 10, Lens::Straight, 0, halfHidden, 33, 0.02},
-                      {"behind a cable", 20, 10, Lens::Straight, 0, cable, 38, 0.02}};
+const View views[] = {{"small", 8, 20, Lens::Straight, 0, 0, nullptr, 49, 0.02},
+                      {"large", 60, 20, Lens::Straight, 0, 0, nullptr, 49, 0.01},
+                      {"beyond a hundred pixels per square", 120, 0, Lens::Straight, 0, 0, nullptr, 49, 0.01},
+                      {"steep", 20, 70, Lens::Straight, 0, 0, nullptr, 40, 0.025},
+                      {"bent by the lens", 20, 10, Lens::Radial, 0, 0, nullptr, 45, 0.02},
+                      {"through a fisheye", 20, 10, Lens::Fisheye, 0, 0, nullptr, 45, 0.02},
+                      {"in half a shadow", 20, 10, Lens::Straight, 0.4, 0, nullptr, 40, 0.02},
+                      {"in a reflection", 20, 10, Lens::Straight, 0, 80, nullptr, 49, 0.02},
+                      {"half hidden", 20, 10, Lens::Straight, 0, 0, halfHidden, 33, 0.02},
+                      {"behind a cable", 20, 10, Lens::Straight, 0, 0, cable, 38, 0.02}};
 
 TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
     double squares = 0;
@@ -113,9 +119,17 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
     EXPECT_LT(squares / count, 1.6);
 }
 
+// Grids of round marks in a frame: some have a wide frame, one of whose corners looks like a triangle in a soft
+// picture, and some have more rows than a plate.
+TEST(PlateReading, refusesGridsWithoutATriangle) {
+    for (const unsigned number : {318U, 7868U, 11898U, 12498U, 17378U}) {
+        EXPECT_TRUE(readPatterns(makeEmptyPicture(EmptyKind::MarkGrid, number)).empty()) << number;
+    }
+}
+
 TEST(PlateReading, refusesAMirroredPlate) {
     for (const Cover &cover : {Cover(), Cover(halfHidden)}) {
-        Photograph taken = takePlate({"", 12, 20, Lens::Straight, 0, cover, 0, 0});
+        Photograph taken = takePlate({"", 12, 20, Lens::Straight, 0, 0, cover, 0, 0});
         EXPECT_EQ(readPatterns(taken.image).size(), 1U);
         cv::Mat mirrored(taken.image.size(), CV_8U);
         for (int x = 0; x < mirrored.cols; x++) {

@@ -1,0 +1,32 @@
+// The report's figures that have the shape of a camera's picture.
+#pragma once
+
+#include <string>
+
+#include "calibration/calibrate.h"
+
+namespace calibration {
+
+struct Figure {
+    std::string title;
+    std::string svg;      // empty if there is nothing to show
+    std::string caption;  // plain text
+
+    std::string html() const;
+};
+
+// A sample of the residuals, enlarged.
+Figure residualFigure(const Calibration &calibration, int camera);
+// The mean residual of each part of the picture, enlarged. Arrows that point the same way show that the lens model does
+// not fit.
+Figure meanResidualFigure(const Calibration &calibration, int camera);
+// How many used corners each part of the picture has.
+Figure coverageFigure(const Calibration &calibration, int camera);
+// Values in pixels, in colours that mean the same in every report.
+Figure mapFigure(const Camera &camera, const PictureMap &map, const std::string &title, const std::string &caption);
+// Straight vertical and horizontal lines as the lens shows them.
+Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics);
+// Where to hold the target for the next photograph. Empty if there is no advice.
+Figure nextPhotographFigure(const Calibration &calibration);
+
+}  // namespace calibration

@@ -1,0 +1,60 @@
+// The pixels around the border of a round mark that a fit looks at.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/core.hpp>
+
+#include "pattern_reader/mark_fit.h"
+
+namespace pattern_reader {
+
+// The pixels between two ellipses with a mark's shape: those that its border affects, and some of the plain areas on
+// both sides, which show the slope of the light. The latter are taken from every third row only, if the mark has enough
+// rows.
+class MarkBand {
+public:
+    explicit MarkBand(const MarkFit &fit);
+
+    // True if all that the border affects lies in a picture of this size.
+    bool isIn(const cv::Size &size) const;
+
+    // Calls visit(y, x0, x1) for every run of pixels.
+    template <class Visit>
+    void visitRuns(const cv::Size &size, const Visit &visit) const {
+        const double determinant = shape(0, 0) * shape(1, 1) - shape(0, 1) * shape(0, 1);
+        const double halfHeight = std::min(widest, 1 + plain) * std::sqrt(shape(0, 0) / determinant);
+        const int last = std::min(size.height - 1, int(std::floor(centre.y + halfHeight)));
+        for (int y = std::max(0, int(std::ceil(centre.y - halfHeight))); y <= last; y++) {
+            const double width = y % rowsPerPlain == 0 ? plain : border;
+            const cv::Point2d outer = crossings(y, std::min(widest, 1 + width));
+            const cv::Point2d inner = crossings(y, std::max(0.0, 1 - width));
+            const int x0 = std::max(0, int(std::ceil(outer.x)));
+            const int x1 = std::min(size.width - 1, int(std::floor(outer.y)));
+            if (inner.x < inner.y) {
+                visit(y, x0, std::min(x1, int(std::floor(inner.x))));
+                visit(y, std::max(x0, int(std::ceil(inner.y))), x1);
+            } else {
+                visit(y, x0, x1);
+            }
+        }
+    }
+
+private:
+    // The dots of a code begin 2.2 radii from a mark's centre.
+    static constexpr double widest = 1.75;
+
+    // Where a row enters and leaves the ellipse that is `radii` times as large as the mark. If it does not meet the
+    // ellipse, the first value is the greater one.
+    cv::Point2d crossings(int y, double radii) const;
+
+    cv::Point2d centre;
+    cv::Matx22d shape;
+    // Widths on either side of the border, and how far out the picture must reach, in radii.
+    double border = 0;
+    double plain = 0;
+    double needed = 0;
+    int rowsPerPlain = 1;
+};
+
+}  // namespace pattern_reader
