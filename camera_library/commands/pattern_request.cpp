@@ -13,6 +13,7 @@ namespace lmlib64 {
 namespace {
 
 constexpr NumberRange imageSizeRange{16, 8000, ""};
+constexpr NumberRange printScaleRange{0.9, 1.1, ""};
 constexpr NumberRange resolutionRange{20, 4800, "dots per inch"};
 constexpr std::int64_t maximumPixels = 256'000'000;
 constexpr std::size_t maximumPatterns = 64;
@@ -69,13 +70,14 @@ void checkPixels(const PatternRequest &request) {
 
 PatternRequest readPatternRequest(const Node &parameters) {
     const ParameterReader reader(parameters, "");
-    reader.allowOnly({"Encoding", "ImageSize", "Filename", "Resolution", "Patterns"},
+    reader.allowOnly({"Encoding", "ImageSize", "Filename", "Resolution", "PrintScale", "Patterns"},
                      "the command \"GenerateCalibrationPattern\"");
     PatternRequest request;
     request.encodingParameter = reader.boolean("Encoding").value_or(true);
     request.imageSize = reader.integer("ImageSize", imageSizeRange);
     request.fileName = reader.text("Filename");
     request.options.resolution = reader.integer("Resolution", resolutionRange);
+    request.options.printScale = reader.numberPair("PrintScale", printScaleRange);
     request.patterns = readPatterns(reader, request.encodingParameter);
     if (!request.imageSize && !request.fileName) {
         reader.failMissing("ImageSize", integerDescription(imageSizeRange) +

@@ -9,6 +9,9 @@
 //                 several pages to numbered files: name-00.svg, name-01.svg, ...
 //   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file; other files are the same with it. The
 //                 picture has at most 65,535 pixels along each side
+//   "PrintScale"  two numbers, 0.9 to 1.1: how long a millimetre became in x and y when a file was printed at 100 %.
+//                 Files are drawn divided by it, so that the next print has the true size; all sizes and positions in
+//                 them are those of the finished print. The images of a preview are the same with it
 //   "Patterns"    array of 1 to 64 objects
 //
 // At least one of "ImageSize" and "Filename" must be given. Per pattern, with lengths in millimetres:

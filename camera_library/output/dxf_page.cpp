@@ -8,6 +8,7 @@
 #include "camera_library/output/caption_font.h"
 #include "camera_library/output/length_text.h"
 #include "camera_library/output/pattern_text.h"
+#include "camera_library/output/pixel_outlines.h"
 
 namespace lmlib64 {
 
@@ -70,9 +71,25 @@ public:
         addEntity("SEQEND", layer);
     }
 
-    void addText(const PageText &text) {
+    // The release has no ellipses.
+    void addCircle(const Circle &circle, const Placement &placement) {
+        if (placement.scale.x == placement.scale.y) {
+            addEntity("CIRCLE", darkLayer);
+            addPoint(placement.at(circle.centre));
+            addLength(40, circle.radius * placement.scale.x);
+            return;
+        }
+        constexpr double tolerance = 0.0002;
+        Polygon corners = polygonOfCircle(circle.radius, tolerance);
+        for (Point &corner : corners) {
+            corner = {circle.centre.x + corner.x, circle.centre.y + corner.y};
+        }
+        addOutline(darkLayer, corners, placement);
+    }
+
+    void addText(const PageText &text, const Placement &placement) {
         addEntity("TEXT", captionLayer);
-        addPoint(text.start);
+        addPoint(placement.at(text.start));
         constexpr double capitalsPerSize = 0.729;  // the height of a text is that of its capitals
         addLength(40, text.size * capitalsPerSize);
         add(1, asciiText(text.text));
@@ -99,7 +116,8 @@ void addHeader(Drawing &drawing, const PrintedPage &page) {
     drawing.add(2, "HEADER");
     drawing.add(9, "$ACADVER");
     drawing.add(1, "AC1009");
-    for (const auto &[name, corner] : {std::pair{"$EXTMIN", Point{0.0, page.height}}, {"$EXTMAX", {page.width, 0.0}}}) {
+    for (const auto &[name, corner] :
+         {std::pair{"$EXTMIN", Point{0.0, page.paper.height}}, {"$EXTMAX", {page.paper.width, 0.0}}}) {
         drawing.add(9, name);
         drawing.addPoint(corner);
     }
@@ -130,36 +148,34 @@ Polygon cornersOf(const Rectangle &r) {
 void addPattern(Drawing &drawing, const PrintedPage &page) {
     const PatternGeometry &geometry = page.pattern->geometry;
     for (const Rectangle &rectangle : geometry.rectangles) {
-        drawing.addOutline(darkLayer, cornersOf(rectangle), page.ofPattern);
+        drawing.addOutline(darkLayer, cornersOf(rectangle), page.patternPlacement());
     }
     for (const Polygon &polygon : geometry.polygons) {
-        drawing.addOutline(darkLayer, polygon, page.ofPattern);
+        drawing.addOutline(darkLayer, polygon, page.patternPlacement());
     }
     for (const Circle &circle : geometry.circles) {
-        drawing.addEntity("CIRCLE", darkLayer);
-        drawing.addPoint(page.ofPattern.at(circle.centre));
-        drawing.addLength(40, circle.radius);
+        drawing.addCircle(circle, page.patternPlacement());
     }
     const double zone = geometry.quietZone;
     drawing.addOutline(outlineLayer, cornersOf({-zone, -zone, geometry.width + zone, geometry.height + zone}),
-                       page.ofPattern);
+                       page.patternPlacement());
 }
 
 }  // namespace
 
 std::string dxfPage(const PrintedPage &page, const PatternDocument & /*document*/) {
-    Drawing drawing(page.height);
+    Drawing drawing(page.paper.height);
     addHeader(drawing, page);
     addTables(drawing);
     drawing.add(0, "SECTION");
     drawing.add(2, "ENTITIES");
     addPattern(drawing, page);
     for (const CheckBar &bar : page.bars) {
-        drawing.addOutline(barLayer, checkBarOutline(bar), {});
-        drawing.addText(labelOf(bar));
+        drawing.addOutline(barLayer, checkBarOutline(bar), page.placement);
+        drawing.addText(labelOf(bar), page.placement);
     }
     for (const PageText &text : page.texts) {
-        drawing.addText(text);
+        drawing.addText(text, page.placement);
     }
     drawing.add(0, "ENDSEC");
     drawing.add(0, "EOF");

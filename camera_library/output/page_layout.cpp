@@ -21,11 +21,6 @@ constexpr double barStep = 10.0;
 constexpr double smallestMeasuredSide = 210.0;  // of a custom page, because bars and caption need some room
 constexpr double tolerance = 1e-9;              // so that a pattern that fits exactly is accepted
 
-struct PageSize {
-    double width;
-    double height;
-};
-
 constexpr std::array standardPages{
     PageSize{210, 297}, PageSize{297, 210}, PageSize{297, 420}, PageSize{420, 297},  PageSize{420, 594},
     PageSize{594, 420}, PageSize{594, 841}, PageSize{841, 594}, PageSize{841, 1189}, PageSize{1189, 841},
@@ -43,7 +38,7 @@ double wholeSteps(double length) {
 // Two bars to the left of the pattern and below it. Around a small pattern they keep a distance at which they do not
 // overlap.
 void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
-    const Point centre{layout.width / 2.0, layout.height / 2.0};
+    const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double reach = longestBar / 2.0;
     const double left = centre.x - std::min(std::max(block.width / 2.0, reach), block.width / 2.0 + freeX - sideStrip);
     const double below =
@@ -57,7 +52,7 @@ void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double
 
 // Both bars below the pattern, for a pattern that leaves no room at its sides.
 void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
-    const Point centre{layout.width / 2.0, layout.height / 2.0};
+    const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double bottom = centre.y + block.height / 2.0 + gap + lengthAlongY;
     const Point x{centre.x - longestBar / 2.0, bottom - CheckBar::depth};
     const Point y{x.x - gap - 2.0 * CheckBar::depth, bottom - lengthAlongY};
@@ -66,18 +61,19 @@ void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
     layout.caption = {centre.x, bottom + captionDepth};
 }
 
-std::optional<PageLayout> layOutOn(PageSize page, const PatternGeometry &geometry) {
+std::optional<PageLayout> layOutOn(PageSize paper, PageSize usedShare, const PatternGeometry &geometry) {
+    const PageSize area{paper.width * usedShare.width, paper.height * usedShare.height};
     const PageSize block = blockOf(geometry);
-    const double freeX = (page.width - block.width) / 2.0 - margin + tolerance;
-    const double freeY = (page.height - block.height) / 2.0 - margin + tolerance;
+    const double freeX = (area.width - block.width) / 2.0 - margin + tolerance;
+    const double freeY = (area.height - block.height) / 2.0 - margin + tolerance;
     if (freeX < 0.0 || freeY < bottomStrip) {
         return std::nullopt;
     }
     PageLayout layout;
-    layout.width = page.width;
-    layout.height = page.height;
-    layout.pattern = {(page.width - geometry.width) / 2.0, (page.height - geometry.height) / 2.0};
-    layout.captionWidth = page.width - 2.0 * margin;
+    layout.paper = paper;
+    layout.area = area;
+    layout.pattern = {(area.width - geometry.width) / 2.0, (area.height - geometry.height) / 2.0};
+    layout.captionWidth = area.width - 2.0 * margin;
     if (freeX >= sideStrip) {
         placeBarsAlongside(layout, block, freeX, freeY);
         return layout;
@@ -109,19 +105,21 @@ std::vector<Rectangle> barAndTicks(double length) {
 
 }  // namespace
 
-std::optional<PageLayout> layOutPage(const PatternGeometry &geometry) {
-    for (const PageSize &page : standardPages) {
-        if (const std::optional<PageLayout> layout = layOutOn(page, geometry)) {
+std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale) {
+    const PageSize usedShare{std::min(1.0, printScale[0]), std::min(1.0, printScale[1])};
+    for (const PageSize &paper : standardPages) {
+        if (const std::optional<PageLayout> layout = layOutOn(paper, usedShare, geometry)) {
             return layout;
         }
     }
     const PageSize block = blockOf(geometry);
-    const PageSize measured{std::max(block.width + 2.0 * (margin + sideStrip), smallestMeasuredSide),
-                            std::max(block.height + 2.0 * (margin + bottomStrip), smallestMeasuredSide)};
+    const PageSize measured{
+        std::max(block.width + 2.0 * (margin + sideStrip), smallestMeasuredSide) / usedShare.width,
+        std::max(block.height + 2.0 * (margin + bottomStrip), smallestMeasuredSide) / usedShare.height};
     if (std::max(measured.width, measured.height) > largestPageSide) {
         return std::nullopt;
     }
-    return layOutOn(measured, geometry);
+    return layOutOn(measured, usedShare, geometry);
 }
 
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar) {

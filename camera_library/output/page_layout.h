@@ -1,8 +1,9 @@
-// Lays out a printed page: chooses the page size and places the pattern, its two check bars and its caption. Pure
-// values in millimetres; the origin is the top-left corner of the page, x runs to the right and y down. Nothing is
+// Lays out a printed page: chooses the paper and places the pattern, its two check bars and its caption. Pure
+// values in millimetres; the origin is the top-left corner of the area, x runs to the right and y down. Nothing is
 // drawn here.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -21,9 +22,15 @@ struct CheckBar {
     static constexpr double depth = 3.0;
 };
 
-struct PageLayout {
+// A width and a height.
+struct PageSize {
     double width = 0.0;
     double height = 0.0;
+};
+
+struct PageLayout {
+    PageSize paper;
+    PageSize area;  // what is laid out, as the finished print measures; within it are the places below
     Point pattern;  // top-left corner of the outer size; the pattern is centred on the page
     CheckBar barAlongX;
     CheckBar barAlongY;
@@ -34,7 +41,10 @@ struct PageLayout {
 // The smallest page of A4 to A0, portrait before landscape, that holds the pattern with its quiet zone, the check bars
 // and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. Empty if that would
 // exceed the largest page of a PDF, 5080 mm.
-std::optional<PageLayout> layOutPage(const PatternGeometry &geometry);
+//
+// A printer makes everything longer by `printScale`. If that is less than 1, the area is that much smaller than the
+// paper, so that what is drawn divided by it stays on the paper; otherwise it is the paper.
+std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale = {1.0, 1.0});
 
 // The longest side that a page may have, 14400 pt.
 constexpr double largestPageSide = 5080.0;

@@ -1,6 +1,7 @@
 // What a file is made of: the patterns of one run of the command, drawn once. Every format takes the same document.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -18,6 +19,8 @@ struct DrawnPattern {
 // The parameters of the command that say how a file is drawn; empty if they are not given.
 struct DrawingOptions {
     std::optional<int> resolution;  // of pictures, in dots per inch
+    // How long a millimetre of a print becomes, along x and y. Everything is drawn divided by it.
+    std::optional<std::array<double, 2>> printScale;
 };
 
 constexpr int defaultResolution = 600;

@@ -254,6 +254,9 @@ void writeOptions(JsonWriter &json, const DrawingOptions &options) {
     if (options.resolution) {
         json.name("Resolution").value(*options.resolution);
     }
+    if (options.printScale) {
+        json.name("PrintScale").row({(*options.printScale)[0], (*options.printScale)[1]});
+    }
 }
 
 std::string documentText(const PatternDocument &document, const DrawnPattern *begin, const DrawnPattern *end) {

@@ -30,7 +30,8 @@ std::string patternTitle(const PatternDescription &description) {
            ", grid spacing " + numberText(description.gridSpacing) + " mm";
 }
 
-std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry) {
+std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry,
+                           std::optional<std::array<double, 2>> printScale) {
     std::string text = typeText(description) + " " + std::to_string(description.gridSize[0]) + times +
                        std::to_string(description.gridSize[1]);
     text += separator + numberText(wholeNanometres(geometry.width)) + times +
@@ -42,6 +43,9 @@ std::string patternCaption(const PatternDescription &description, const PatternG
     text += separator + std::string(description.polarity ? "polarity true" : "polarity false");
     if (description.assemblyNumber) {
         text += separator + ("pattern " + std::to_string(*description.assemblyNumber));
+    }
+    if (printScale) {
+        text += separator + ("print scale " + numberText((*printScale)[0])) + times + numberText((*printScale)[1]);
     }
     return text + separator + libraryName();
 }

@@ -1,6 +1,8 @@
 // Texts about a pattern for people, in UTF-8.
 #pragma once
 
+#include <array>
+#include <optional>
 #include <string>
 
 #include "camera_library/pattern/pattern_description.h"
@@ -15,7 +17,8 @@ std::string libraryName();
 std::string patternTitle(const PatternDescription &description);
 
 // The line below a printed pattern: type, size, grid spacing, thickness, offset, polarity, the number of an assembly's
-// pattern and the library's version. Numbers have all their digits.
-std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry);
+// pattern, the print scale if there is one, and the library's version. Numbers have all their digits.
+std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry,
+                           std::optional<std::array<double, 2>> printScale);
 
 }  // namespace lmlib64

@@ -36,9 +36,10 @@ int addPages(PdfFile &pdf, const std::vector<PrintedPage> &pages) {
     std::string kids;
     for (const PrintedPage &page : pages) {
         const int contents = pdf.addStream("", pdfPageContents(page));
-        const int number = pdf.add("<< /Type /Page /Parent " + pdfReference(tree) + " /MediaBox [0 0 " +
-                                   pdfPoints(page.width) + " " + pdfPoints(page.height) + "] /Resources << /Font << " +
-                                   captionFontName + " " + font + " >> >> /Contents " + pdfReference(contents) + " >>");
+        const int number =
+            pdf.add("<< /Type /Page /Parent " + pdfReference(tree) + " /MediaBox [0 0 " + pdfPoints(page.paper.width) +
+                    " " + pdfPoints(page.paper.height) + "] /Resources << /Font << " + captionFontName + " " + font +
+                    " >> >> /Contents " + pdfReference(contents) + " >>");
         kids += "\n" + pdfReference(number);
     }
     pdf.write(tree, "<< /Type /Pages /Count " + std::to_string(pages.size()) + " /Kids [" + kids + " ] >>");

@@ -53,6 +53,12 @@ public:
     }
 
     void addOperators(const char *operators) { text.append(operators).append("\n"); }
+    // What follows is in the coordinates that have this placement.
+    void place(const Placement &placement) {
+        text += numberText(placement.scale.x) + " 0 0 " + numberText(placement.scale.y) + " ";
+        addNumbers({lengthGrains(placement.origin.x), lengthGrains(placement.origin.y)});
+        text += "cm\n";
+    }
     void moveOrigin(Point to) {
         text += "1 0 0 1 ";
         addNumbers({lengthGrains(to.x), lengthGrains(to.y)});
@@ -122,9 +128,12 @@ void addCheckBar(Contents &contents, const CheckBar &bar) {
 }  // namespace
 
 std::string pdfPageContents(const PrintedPage &page) {
-    Contents contents(page.height);
+    Contents contents(page.paper.height);
+    if (page.placement.scale.x != 1.0 || page.placement.scale.y != 1.0) {
+        contents.place(page.placement);
+    }
     contents.addOperators("0 g");
-    addPattern(contents, page.pattern->geometry, page.ofPattern.origin);
+    addPattern(contents, page.pattern->geometry, page.patternPlace);
     for (const CheckBar &bar : page.bars) {
         addCheckBar(contents, bar);
     }

@@ -15,8 +15,10 @@ public:
     // `startPixels` is where the drawing's origin is, in pixels. No point may be left of the picture or above it.
     PixelScale(Point startPixels, Point pixelsPerMm) : start(startPixels), perMm(pixelsPerMm) {}
 
-    std::int32_t x(double mm) const { return units(start.x + mm * perMm.x); }
-    std::int32_t y(double mm) const { return units(start.y + mm * perMm.y); }
+    double pixelsX(double mm) const { return start.x + mm * perMm.x; }
+    double pixelsY(double mm) const { return start.y + mm * perMm.y; }
+    std::int32_t x(double mm) const { return units(pixelsX(mm)); }
+    std::int32_t y(double mm) const { return units(pixelsY(mm)); }
     PixelPoint point(double xMm, double yMm) const { return {x(xMm), y(yMm)}; }
     const Point &pixelsPerMm() const { return perMm; }
 

@@ -25,8 +25,8 @@ struct PixelSize {
 };
 
 PixelSize pixelSizeOf(const PrintedPage &page, int resolution) {
-    const double width = std::round(page.width * resolution / mmPerInch);
-    const double height = std::round(page.height * resolution / mmPerInch);
+    const double width = std::round(page.paper.width * resolution / mmPerInch);
+    const double height = std::round(page.paper.height * resolution / mmPerInch);
     if (std::max(width, height) > largestPngSide) {
         throw PatternTooLarge("The page needs a picture of " + std::to_string(std::llround(width)) + " x " +
                               std::to_string(std::llround(height)) + " pixels at a \"Resolution\" of " +
@@ -36,11 +36,13 @@ PixelSize pixelSizeOf(const PrintedPage &page, int resolution) {
     return {static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};
 }
 
-// The scale of the whole page, shifted by less than a pixel so that the pattern's corner is on a pixel's corner.
+// The scale of the page's layout, shifted by less than a pixel so that the pattern's corner is on a pixel's corner.
 PixelScale scaleOf(const PrintedPage &page, double pixelsPerMm) {
-    const auto shift = [pixelsPerMm](double mm) { return std::round(mm * pixelsPerMm) - mm * pixelsPerMm; };
-    const Point corner = page.ofPattern.at({});
-    return {{shift(corner.x), shift(corner.y)}, {pixelsPerMm, pixelsPerMm}};
+    const Point corner = page.patternPlacement().origin;
+    const auto onPixel = [pixelsPerMm](double mm) { return std::round(mm * pixelsPerMm); };
+    const Point perMm{pixelsPerMm * page.placement.scale.x, pixelsPerMm * page.placement.scale.y};
+    return {{onPixel(corner.x) - page.patternPlace.x * perMm.x, onPixel(corner.y) - page.patternPlace.y * perMm.y},
+            perMm};
 }
 
 // A text's curves as polygons.
@@ -101,10 +103,8 @@ private:
 };
 
 PixelOutlines outlinesOf(const PrintedPage &page, const PixelScale &scale) {
-    const Point &perMm = scale.pixelsPerMm();
-    const Point corner = page.ofPattern.at({});
-    const PixelScale patternScale({std::round(corner.x * perMm.x), std::round(corner.y * perMm.y)}, perMm);
-    PixelOutlines outlines = pixelOutlines(page.pattern->geometry, patternScale);
+    const Point corner{std::round(scale.pixelsX(page.patternPlace.x)), std::round(scale.pixelsY(page.patternPlace.y))};
+    PixelOutlines outlines = pixelOutlines(page.pattern->geometry, PixelScale(corner, scale.pixelsPerMm()));
     for (const CheckBar &bar : page.bars) {
         for (const Point &point : checkBarOutline(bar)) {
             outlines.points.push_back(scale.point(point.x, point.y));

@@ -1,6 +1,7 @@
 #include "camera_library/output/printed_page.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <optional>
 
@@ -16,16 +17,26 @@ constexpr double captionSize = 2.5;
 constexpr double labelSize = 2.3;
 
 // Centred, and smaller than usual if it would be too wide.
-PageText captionOf(const DrawnPattern &pattern, const PageLayout &layout) {
-    PageText caption{patternCaption(pattern.description, pattern.geometry), captionSize, layout.caption, false};
+PageText captionOf(const DrawnPattern &pattern, const PageLayout &layout, const DrawingOptions &options) {
+    PageText caption{patternCaption(pattern.description, pattern.geometry, options.printScale), captionSize,
+                     layout.caption, false};
     caption.size *= std::min(1.0, layout.captionWidth / widthOf(caption));
     caption.start.x -= widthOf(caption) / 2.0;
     return caption;
 }
 
-PrintedPage printedPage(const DrawnPattern &pattern, std::size_t index) {
+// Divides lengths by the print scale, around the middle of the paper.
+Placement placementOf(const PageLayout &layout, std::array<double, 2> printScale) {
+    const Point scale{1.0 / printScale[0], 1.0 / printScale[1]};
+    return {{(layout.paper.width - layout.area.width * scale.x) / 2.0,
+             (layout.paper.height - layout.area.height * scale.y) / 2.0},
+            scale};
+}
+
+PrintedPage printedPage(const DrawnPattern &pattern, std::size_t index, const DrawingOptions &options) {
     const PatternGeometry &geometry = pattern.geometry;
-    const std::optional<PageLayout> layout = layOutPage(geometry);
+    const std::array<double, 2> printScale = options.printScale.value_or(std::array{1.0, 1.0});
+    const std::optional<PageLayout> layout = layOutPage(geometry, printScale);
     if (!layout) {
         throw PatternTooLarge("The pattern \"Patterns\"[" + std::to_string(index) + "] is " +
                               numberText(geometry.width) + " mm x " + numberText(geometry.height) +
@@ -34,11 +45,11 @@ PrintedPage printedPage(const DrawnPattern &pattern, std::size_t index) {
                               numberText(largestPageSide) + " mm x " + numberText(largestPageSide) + " mm.");
     }
     return {&pattern,
-            layout->width,
-            layout->height,
-            {layout->pattern},
+            layout->paper,
+            placementOf(*layout, printScale),
+            layout->pattern,
             {layout->barAlongX, layout->barAlongY},
-            {captionOf(pattern, *layout)}};
+            {captionOf(pattern, *layout, options)}};
 }
 
 }  // namespace
@@ -47,7 +58,7 @@ std::vector<PrintedPage> printedPages(const PatternDocument &document) {
     std::vector<PrintedPage> pages;
     pages.reserve(document.patterns.size());
     for (std::size_t index = 0; index < document.patterns.size(); ++index) {
-        pages.push_back(printedPage(document.patterns[index], index));
+        pages.push_back(printedPage(document.patterns[index], index, document.options));
     }
     return pages;
 }

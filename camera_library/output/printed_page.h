@@ -1,6 +1,8 @@
 // The pages of a document, as every format with pages draws them: the pattern, the check bars with their labels, and
-// the texts. Pure values in millimetres; the origin is the top-left corner of the paper, x runs to the right and y
-// down.
+// the texts. Pure values in millimetres; x runs to the right and y down from the top-left corner of the paper.
+//
+// A page is laid out as the finished print is to measure. A printer that makes everything longer by the document's
+// print scale gets it drawn shorter by as much, around the middle of the paper; that is the page's placement.
 #pragma once
 
 #include <string>
@@ -19,23 +21,27 @@ struct PageText {
     bool isUpwards = false;
 };
 
-// Where lengths of a drawing are on the paper.
+// Where the points of a drawing are on the paper.
 struct Placement {
-    double x(double mm) const { return origin.x + mm; }
-    double y(double mm) const { return origin.y + mm; }
+    double x(double mm) const { return origin.x + mm * scale.x; }
+    double y(double mm) const { return origin.y + mm * scale.y; }
     Point at(const Point &point) const { return {x(point.x), y(point.y)}; }
 
     Point origin;
+    Point scale{1.0, 1.0};
 };
 
 // Refers to the pattern, which must outlive it.
 struct PrintedPage {
     const DrawnPattern *pattern = nullptr;
-    double width = 0.0;  // of the paper
-    double height = 0.0;
-    Placement ofPattern;  // of the coordinates of its geometry
+    PageSize paper;
+    Placement placement;  // of the layout, whose coordinates everything below has
+    Point patternPlace;   // of the origin of the pattern's geometry
     std::vector<CheckBar> bars;
     std::vector<PageText> texts;  // all but the labels of the bars
+
+    // Of the coordinates of the pattern's geometry.
+    Placement patternPlacement() const { return {placement.at(patternPlace), placement.scale}; }
 };
 
 // All pages, one per pattern. Throws PatternTooLarge, which names the first pattern that fits on no page.

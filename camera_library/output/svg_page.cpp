@@ -83,9 +83,9 @@ private:
 
     void addHalfCircle(double radius, const Point &to) {
         svg += 'A';
-        appendMm(svg, radius);
+        appendMm(svg, radius * placement.scale.x);
         svg += ' ';
-        appendMm(svg, radius);
+        appendMm(svg, radius * placement.scale.y);
         svg += " 0 0 1";
         command(' ', to);
     }
@@ -96,7 +96,7 @@ private:
 
 void addPattern(std::string &svg, const PrintedPage &page) {
     svg += "<path id=\"pattern\" fill-rule=\"evenodd\" d=\"\n";
-    PathData path(svg, page.ofPattern);
+    PathData path(svg, page.patternPlacement());
     const PatternGeometry &geometry = page.pattern->geometry;
     for (const Rectangle &rectangle : geometry.rectangles) {
         path.add(rectangle);
@@ -112,7 +112,7 @@ void addPattern(std::string &svg, const PrintedPage &page) {
 
 void addBars(std::string &svg, const PrintedPage &page) {
     svg += "<path id=\"check-bars\" d=\"\n";
-    PathData path(svg, {});
+    PathData path(svg, page.placement);
     for (const CheckBar &bar : page.bars) {
         path.add(checkBarOutline(bar));
     }
@@ -120,15 +120,16 @@ void addBars(std::string &svg, const PrintedPage &page) {
 }
 
 // The stated width keeps a text in its place whatever font it is drawn in.
-void addText(std::string &svg, const PageText &text) {
+void addText(std::string &svg, const PageText &text, const Placement &placement) {
+    const Point &scale = placement.scale;
     svg += text.isUpwards ? "<text transform=\"translate(" : "<text x=\"";
-    appendMm(svg, text.start.x);
+    appendMm(svg, placement.x(text.start.x));
     svg += text.isUpwards ? " " : "\" y=\"";
-    appendMm(svg, text.start.y);
+    appendMm(svg, placement.y(text.start.y));
     svg += text.isUpwards ? ") rotate(-90)\" font-size=\"" : "\" font-size=\"";
-    appendMm(svg, text.size);
+    appendMm(svg, text.size * (text.isUpwards ? scale.x : scale.y));
     svg += "\" textLength=\"";
-    appendMm(svg, widthOf(text));
+    appendMm(svg, widthOf(text) * (text.isUpwards ? scale.y : scale.x));
     svg += "\" lengthAdjust=\"spacingAndGlyphs\">";
     appendEscaped(svg, text.text);
     svg += "</text>\n";
@@ -137,19 +138,19 @@ void addText(std::string &svg, const PageText &text) {
 void addTexts(std::string &svg, const PrintedPage &page) {
     svg += "<g id=\"captions\" font-family=\"DejaVu Sans, Verdana, sans-serif\">\n";
     for (const CheckBar &bar : page.bars) {
-        addText(svg, labelOf(bar));
+        addText(svg, labelOf(bar), page.placement);
     }
     for (const PageText &text : page.texts) {
-        addText(svg, text);
+        addText(svg, text, page.placement);
     }
     svg += "</g>\n";
 }
 
 std::string sizeText(const PrintedPage &page, const char *before, const char *between, const char *after) {
     std::string text = before;
-    appendMm(text, page.width);
+    appendMm(text, page.paper.width);
     text += between;
-    appendMm(text, page.height);
+    appendMm(text, page.paper.height);
     return text + after;
 }
 

@@ -42,6 +42,8 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
          {"\"ImageSize\"", "8000", "5 patterns", "256000000"}},
         {R"({"ImageSize": 100, "Resolution": 19, "Patterns": [)" + single + "]}",
          {"\"Resolution\"", "19", "20 to 4800 dots per inch"}},
+        {R"({"ImageSize": 100, "PrintScale": [1, 1.11], "Patterns": [)" + single + "]}",
+         {"\"PrintScale\"", "1.11", "0.9 to 1.1"}},
         {R"({"ImageSize": 100, "Colour": "red", "Patterns": [)" + single + "]}", {"\"Colour\"", "red", "\"Encoding\""}},
         {R"({"Filename": 3, "Patterns": [)" + single + "]}", {"\"Filename\"", "3", "string"}},
         {onePattern(R"({"Type": "singlecustom", "GridSpacing": 12})"),

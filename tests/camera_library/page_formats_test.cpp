@@ -16,7 +16,7 @@ namespace lmlib64 {
 namespace {
 
 constexpr double mmPerInch = 25.4;
-constexpr double resolution = 304.8;  // 12 pixels per mm
+constexpr int resolution = 300;
 constexpr double pixelsPerMm = resolution / mmPerInch;
 
 class PageFormats : public SavedPattern {
@@ -32,6 +32,16 @@ protected:
             throw std::runtime_error(pattern + ": " + failure);
         }
         return file;
+    }
+
+    // The page of an SVG or PDF file in this test's resolution.
+    cv::Mat rendered(const std::string &file) const {
+        if (file.substr(file.size() - 4) == ".pdf") {
+            return renderPage(file, 1, resolution);
+        }
+        outputOf("rsvg-convert -b white -z " + std::to_string(resolution / 96.0) + " -o '" + folder.file("svg.png") +
+                 "' '" + file + "'");
+        return cv::imread(folder.file("svg.png"), cv::IMREAD_GRAYSCALE);
     }
 
     // The pattern's part of an A4 page with its quiet zone, in whole pixels.
@@ -59,16 +69,14 @@ double difference(const cv::Mat &picture, const cv::Mat &expected) {
 }
 
 // Squares and rings, dark and light, on places that are whole pixels at 254 dots per inch.
-const std::vector<std::string> samples{single, assemblyInverted, plate, plateWithOffset};
+const std::vector<std::string> samples{single, plate, plateWithOffset};
 
 TEST_F(PageFormats, svgDrawsThePageOfThePdf) {
     for (const std::string &pattern : samples) {
         const std::string svg = saveBoth(pattern, ".svg");
         const std::string text = readBytes(svg);
         EXPECT_NE(text.find(R"(width="210mm" height="297mm" viewBox="0 0 210 297")"), std::string::npos);
-        const std::string zoom = std::to_string(pixelsPerMm * mmPerInch / 96.0);
-        outputOf("rsvg-convert -b white -z " + zoom + " -o '" + folder.file("svg.png") + "' '" + svg + "'");
-        const cv::Mat page = cv::imread(folder.file("svg.png"), cv::IMREAD_GRAYSCALE);
+        const cv::Mat page = rendered(svg);
         const cv::Mat printed = renderPage(pdf, 1, resolution);
         EXPECT_LT(difference(page(patternOnA4()), printed(patternOnA4())), 25.0) << pattern;
         EXPECT_LT(difference(page, printed), 60.0) << pattern;  // letters are spaced differently
@@ -204,6 +212,39 @@ TEST_F(PageFormats, dxfHasTheShapesOfThePdfOnLayers) {
         EXPECT_EQ(layers["CAPTIONS"].texts[1][2], 90.0);
         EXPECT_EQ(layers.size(), 4U);
     }
+}
+
+// The picture as a printer prints it that makes everything longer by this scale.
+cv::Mat printed(const cv::Mat &picture, double scaleX, double scaleY) {
+    const cv::Point2d middle(picture.cols / 2.0 - 0.5, picture.rows / 2.0 - 0.5);
+    const cv::Matx23d stretch(scaleX, 0, middle.x * (1 - scaleX), 0, scaleY, middle.y * (1 - scaleY));
+    cv::Mat result;
+    cv::warpAffine(picture, result, stretch, picture.size(), cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar(255));
+    return result;
+}
+
+TEST_F(PageFormats, printScaleMakesTheNextPrintTrue) {
+    const NodeObject options{{"PrintScale", NodeArray{0.98, 1.02}}, {"Resolution", resolution}};
+    const std::string &pattern = plateWithOffset;
+    const std::string svg = saveBoth(pattern, ".svg", options);
+    const cv::Mat expected = rendered(pdf)(patternOnA4());
+    const auto differenceOfPrint = [&](const cv::Mat &page) {
+        return difference(printed(page, 0.98, 1.02)(patternOnA4()), expected);
+    };
+    EXPECT_LT(differenceOfPrint(rendered(svg)), 40.0) << pattern;
+    EXPECT_LT(differenceOfPrint(cv::imread(saveBoth(pattern, ".png", options), cv::IMREAD_GRAYSCALE)), 60.0);
+    std::map<std::string, DxfShapes> layers = readDxf(saveBoth(pattern, ".dxf", options));
+    EXPECT_LT(differenceOfPrint(drawn(layers["DARK"])), 90.0) << pattern;
+    EXPECT_NEAR(extent(layers["BARS"].polylines[0], &cv::Point2d::x), 100 / 0.98, 2e-5);
+    EXPECT_NEAR(extent(layers["BARS"].polylines[1], &cv::Point2d::y), 100 / 1.02, 2e-5);
+
+    const Json without = description;
+    const std::string corrected = saveBoth(pattern, "-corrected.pdf", options);
+    EXPECT_LT(differenceOfPrint(rendered(corrected)), 40.0) << pattern;
+    EXPECT_NE(outputOf("pdftotext '" + corrected + "' -").find("print scale 0.98 × 1.02"), std::string::npos);
+    const Json with = Json::parse(outputOf("qpdf --show-attachment=pattern.json '" + corrected + "'"));
+    EXPECT_EQ(with["PrintScale"], Json::parse("[0.98, 1.02]"));
+    EXPECT_EQ(with["Patterns"], without["Patterns"]);
 }
 
 TEST_F(PageFormats, numbersTheFilesOfSeveralPages) {

@@ -51,7 +51,7 @@ TEST(PageLayout, keepsEverythingApartAndWithinTheMarginsForEverySize) {
                 const Rectangle block{layout->pattern.x - board.quietZone, layout->pattern.y - board.quietZone,
                                       layout->pattern.x + board.width + board.quietZone,
                                       layout->pattern.y + board.height + board.quietZone};
-                const Rectangle printable{5.0, 5.0, layout->width - 5.0, layout->height - 5.0};
+                const Rectangle printable{5.0, 5.0, layout->area.width - 5.0, layout->area.height - 5.0};
                 const Rectangle barX = extentOf(layout->barAlongX);
                 const Rectangle barY = extentOf(layout->barAlongY);
                 const Rectangle caption{5.0, layout->caption.y - 2.5, 5.0 + layout->captionWidth,
@@ -68,8 +68,8 @@ TEST(PageLayout, keepsEverythingApartAndWithinTheMarginsForEverySize) {
                 const double lengthY = barY.bottom - barY.top;
                 EXPECT_NEAR(lengthY, std::round(lengthY / 10.0) * 10.0, 1e-9);
                 EXPECT_GE(lengthY, 9.9);
-                EXPECT_NEAR(layout->pattern.x + board.width / 2.0, layout->width / 2.0, 1e-9);
-                EXPECT_NEAR(layout->pattern.y + board.height / 2.0, layout->height / 2.0, 1e-9);
+                EXPECT_NEAR(layout->pattern.x + board.width / 2.0, layout->area.width / 2.0, 1e-9);
+                EXPECT_NEAR(layout->pattern.y + board.height / 2.0, layout->area.height / 2.0, 1e-9);
             }
         }
     }
@@ -93,10 +93,15 @@ TEST(PageLayout, takesTheSmallestPageThatHoldsThePattern) {
         const std::optional<PageLayout> layout =
             layOutPage(checkerboard({test.columns, test.rows}, test.spacing, true));
         ASSERT_TRUE(layout);
-        EXPECT_EQ(layout->width, test.width) << test.columns << " x " << test.rows << " at " << test.spacing;
-        EXPECT_EQ(layout->height, test.height) << test.columns << " x " << test.rows << " at " << test.spacing;
+        EXPECT_EQ(layout->area.width, test.width) << test.columns << " x " << test.rows << " at " << test.spacing;
+        EXPECT_EQ(layout->area.height, test.height) << test.columns << " x " << test.rows << " at " << test.spacing;
     }
     EXPECT_FALSE(layOutPage(checkerboard({15, 15}, 700, true)));
+    // A printer that shrinks pages needs a larger drawing, and one that enlarges them does not get a smaller paper.
+    const PatternGeometry fitting = checkerboard({15, 15}, 22.2, true);
+    EXPECT_EQ(layOutPage(fitting, {0.99, 1.0})->paper.width, 297);
+    EXPECT_EQ(layOutPage(fitting, {1.02, 1.02})->paper.width, 210);
+    EXPECT_EQ(layOutPage(fitting, {1.02, 1.02})->area.width, 210);
 }
 
 using PrintedLayout = SavedPattern;
