@@ -1,12 +1,10 @@
 #include "calibration/planar_pose.h"
 
-#include <Eigen/Cholesky>
-#include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
-#include <Eigen/SVD>
 #include <cmath>
 #include <limits>
 
+#include "calibration/dense_solve.h"
 #include "calibration/sighting_residuals.h"
 
 namespace calibration {
@@ -45,32 +43,39 @@ std::optional<Eigen::Matrix3d> homography(const std::vector<Eigen::Vector2d> &fr
         rows << a.transpose(), 0, 0, 0, -b.x() * a.transpose(), 0, 0, 0, a.transpose(), -b.y() * a.transpose();
         normal += rows.transpose() * rows;
     }
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix<double, 9, 9>> solver(normal);
-    const auto &values = solver.eigenvalues();
-    if (!(values(1) > 1e-9 * values(8))) {
+    const std::optional<Eigensystem> system = eigensystemOf(normal);
+    if (!system || !(system->values(1) > 1e-9 * system->values(8))) {
         return std::nullopt;
     }
-    const Eigen::Matrix<double, 9, 1> h = solver.eigenvectors().col(0);
+    const Eigen::VectorXd h = system->vectors.col(0);
     Eigen::Matrix3d matrix;
     matrix << h(0), h(1), h(2), h(3), h(4), h(5), h(6), h(7), h(8);
     return toScale.inverse() * matrix * fromScale;
 }
 
-Eigen::Matrix3d nearestRotation(const Eigen::Matrix3d &matrix) {
-    const Eigen::JacobiSVD<Eigen::Matrix3d> svd(matrix, Eigen::ComputeFullU | Eigen::ComputeFullV);
-    Eigen::Matrix3d sign = Eigen::Matrix3d::Identity();
-    sign(2, 2) = (svd.matrixU() * svd.matrixV().transpose()).determinant() < 0 ? -1 : 1;
-    return svd.matrixU() * sign * svd.matrixV().transpose();
+// The rotation of the polar decomposition of a matrix with a positive determinant: the nearest rotation. Nothing if the
+// matrix is nearly singular.
+std::optional<Eigen::Matrix3d> nearestRotation(const Eigen::Matrix3d &matrix) {
+    const std::optional<Eigensystem> system = eigensystemOf(matrix.transpose() * matrix);
+    if (!system || !(system->values(0) > 1e-12 * system->values(2))) {
+        return std::nullopt;
+    }
+    const Eigen::VectorXd stretch = system->values.cwiseSqrt().cwiseInverse();
+    return matrix * system->vectors * stretch.asDiagonal() * system->vectors.transpose();
 }
 
-RigidMotion poseOfHomography(Eigen::Matrix3d h) {
+std::optional<RigidMotion> poseOfHomography(Eigen::Matrix3d h) {
     h *= 2 / (h.col(0).norm() + h.col(1).norm());
     if (h(2, 2) < 0) {
         h = -h;
     }
     Eigen::Matrix3d axes;
     axes << h.col(0), h.col(1), h.col(0).cross(h.col(1));
-    return {rotationVector(nearestRotation(axes)), h.col(2)};
+    const std::optional<Eigen::Matrix3d> rotation = nearestRotation(axes);
+    if (!rotation) {
+        return std::nullopt;
+    }
+    return RigidMotion{rotationVector(*rotation), h.col(2)};
 }
 
 // The pose with the same middle of the print, but with its normal tilted to the other side of the line of sight.
@@ -80,7 +85,7 @@ RigidMotion leaningTheOtherWay(const RigidMotion &pose, const Eigen::Vector3d &m
     const Eigen::Vector3d sight = seen.normalized();
     const Eigen::Vector3d normal = matrix.col(2);
     const Eigen::Vector3d other = 2 * sight.dot(normal) * sight - normal;
-    const Eigen::Matrix3d turned = Eigen::Quaterniond::FromTwoVectors(normal, other).toRotationMatrix() * matrix;
+    const Eigen::Matrix3d turned = rotationBetween(normal, other) * matrix;
     return {rotationVector(turned), seen - turned * middle};
 }
 
@@ -98,7 +103,7 @@ public:
             Eigen::Matrix<double, 6, 6> normal = byPose.transpose() * byPose;
             const Eigen::Matrix<double, 6, 1> gradient = byPose.transpose() * residuals;
             normal.diagonal() *= 1 + damping;
-            const Eigen::Matrix<double, 6, 1> step = -normal.ldlt().solve(gradient);
+            const Eigen::Matrix<double, 6, 1> step = -solveSymmetric(normal, gradient);
             RigidMotion moved = pose;
             Eigen::Map<Eigen::Matrix<double, 6, 1>>(moved.data()) += step;
             const double movedCost = costAt(moved, false);
@@ -162,7 +167,7 @@ std::optional<PlanarPose> planarPose(const Observations &observations, const Sig
         return std::nullopt;
     }
     // The directions are turned so that the print is straight ahead, because a fisheye may see it far from its axis.
-    const Eigen::Matrix3d ahead = Eigen::Quaterniond::FromTwoVectors(sum, Eigen::Vector3d::UnitZ()).toRotationMatrix();
+    const Eigen::Matrix3d ahead = rotationBetween(sum, Eigen::Vector3d::UnitZ());
     std::vector<Eigen::Vector2d> places;
     for (const Eigen::Vector3d &direction : directions) {
         const Eigen::Vector3d turned = ahead * direction;
@@ -172,11 +177,12 @@ std::optional<PlanarPose> planarPose(const Observations &observations, const Sig
         places.push_back(turned.hnormalized());
     }
     const std::optional<Eigen::Matrix3d> map = homography(drawn, places);
-    if (!map) {
+    const std::optional<RigidMotion> turnedPose = map ? poseOfHomography(*map) : std::nullopt;
+    if (!turnedPose) {
         return std::nullopt;
     }
     const RigidMotion back{rotationVector(ahead.transpose()), Eigen::Vector3d::Zero()};
-    const RigidMotion first = back * poseOfHomography(*map);
+    const RigidMotion first = back * *turnedPose;
     Eigen::Vector2d middle = Eigen::Vector2d::Zero();
     for (const Eigen::Vector2d &p : drawn) {
         middle += p / double(drawn.size());

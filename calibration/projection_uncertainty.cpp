@@ -1,8 +1,9 @@
 #include "calibration/projection_uncertainty.h"
 
-#include <Eigen/Cholesky>
 #include <algorithm>
 #include <cmath>
+
+#include "calibration/dense_solve.h"
 
 namespace calibration {
 
@@ -69,7 +70,7 @@ Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
     }
     // In a narrow field of view, rotation and translation look nearly alike, and the matrix is nearly singular.
     normal.diagonal() *= 1 + 1e-12;
-    return normal.ldlt().solve(right);
+    return solveSymmetric(normal, right);
 }
 
 double worseSigma(const Eigen::Matrix2d &covariance) {
@@ -150,7 +151,7 @@ PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, 
         }
         normal.diagonal() *= 1 + 1e-12;
         Eigen::Matrix<double, 6, 1> step = Eigen::Matrix<double, 6, 1>::Zero();
-        step.head(size) = -normal.ldlt().solve(right);
+        step.head(size) = -solveSymmetric(normal, right);
         motion = RigidMotion{step.head<3>(), step.tail<3>()} * motion;
     }
     return grid.map;

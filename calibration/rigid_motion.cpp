@@ -37,6 +37,15 @@ Eigen::Matrix3d leftJacobian(const Eigen::Vector3d &rotation) {
     return Eigen::Matrix3d::Identity() + b * cross + c * cross * cross;
 }
 
+Eigen::Matrix3d rotationBetween(const Eigen::Vector3d &from, const Eigen::Vector3d &to) {
+    Eigen::Vector3d axis = from.cross(to);
+    const double angle = std::atan2(axis.norm(), from.dot(to));
+    if (!(axis.norm() > 1e-12 * from.norm() * to.norm())) {
+        axis = from.unitOrthogonal();
+    }
+    return rotationMatrix(angle * axis.normalized());
+}
+
 RigidMotion RigidMotion::operator*(const RigidMotion &first) const {
     const Eigen::Matrix3d matrix = rotationMatrix(rotation);
     return {rotationVector(matrix * rotationMatrix(first.rotation)), matrix * first.translation + translation};

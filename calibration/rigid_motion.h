@@ -16,6 +16,9 @@ Eigen::Matrix3d leftJacobian(const Eigen::Vector3d &rotation);
 
 Eigen::Matrix3d crossMatrix(const Eigen::Vector3d &v);
 
+// The shortest rotation that turns one direction to another; half a turn about any axis across if they are opposite.
+Eigen::Matrix3d rotationBetween(const Eigen::Vector3d &from, const Eigen::Vector3d &to);
+
 // p becomes rotationMatrix(rotation) * p + translation. "aFromB" names a motion from coordinates b to coordinates a.
 struct RigidMotion {
     Eigen::Vector3d rotation = Eigen::Vector3d::Zero();

@@ -1,0 +1,24 @@
+// Equations and eigenvectors of small symmetric matrices. They stand here because every file that instantiates Eigen's
+// decompositions takes long to compile, with sanitizers most of a minute.
+#pragma once
+
+#include <Eigen/Core>
+#include <optional>
+
+namespace calibration {
+
+// Solves matrix * x = right for a symmetric matrix.
+Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
+
+// The same for a matrix that must be positive definite; nothing if it is not.
+std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
+
+struct Eigensystem {
+    Eigen::VectorXd values;   // ascending
+    Eigen::MatrixXd vectors;  // one in each column, of unit length
+};
+
+// The eigenvalues and eigenvectors of a symmetric matrix; nothing if they cannot be computed.
+std::optional<Eigensystem> eigensystemOf(const Eigen::MatrixXd &symmetric);
+
+}  // namespace calibration
