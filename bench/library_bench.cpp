@@ -24,7 +24,7 @@ void describeFlexible(const TreeItem &pattern, int size) {
 // The time of the fastest of several previews. A single preview is so short that its time depends on what other
 // processes have left in the caches.
 Time previewTime(int size) {
-    constexpr int previews = 20;
+    constexpr int previews = 80;
     Time fastest;
     for (int i = 0; i < previews; ++i) {
         const Time time = timeOf([size] {
@@ -46,7 +46,7 @@ Time charucoTime(cv::aruco::CharucoBoard &board) {
 }
 
 void benchPreview(Table &table) {
-    constexpr int rounds = 101;
+    constexpr int rounds = 41;
     const auto dictionary = cv::aruco::getPredefinedDictionary(cv::aruco::DICT_4X4_250);
     const auto board = cv::aruco::CharucoBoard::create(16, 16, 1.0F, 0.7F, dictionary);
     const auto usual =
