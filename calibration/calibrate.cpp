@@ -92,29 +92,81 @@ private:
     }
 
     void findStart() {
-        std::vector<Eigen::VectorXd> lenses(given.cameras.size());
-        for (size_t camera = 0; camera < lenses.size(); camera++) {
-            if (options.previous) {
-                lenses[camera] = options.previous->estimate.intrinsics[camera];
-                result.observations.cameras[camera].lens = options.previous->observations.cameras[camera].lens;
-            } else {
-                result.observations.cameras[camera].lens =
-                    startCamera(result.observations, int(camera), options.lens, lenses[camera]);
+        trials.resize(given.cameras.size());
+        chosen.resize(given.cameras.size());
+        starts.resize(given.cameras.size());
+        if (options.previous) {
+            startFromPrevious();
+            return;
+        }
+        for (size_t camera = 0; camera < given.cameras.size(); camera++) {
+            starts[camera] = startLenses(given, int(camera), options.lens);
+            if (!starts[camera].empty()) {
+                chosen[camera] = starts[camera].front();
             }
-            enter(Stage::StartValues, double(camera + 1) / double(lenses.size()));
+            enter(Stage::StartValues, double(camera + 1) / double(given.cameras.size()));
+        }
+        place();
+    }
+
+    void startFromPrevious() {
+        const Calibration &previous = *options.previous;
+        for (size_t camera = 0; camera < given.cameras.size(); camera++) {
+            chosen[camera] = {previous.observations.cameras[camera].lens, previous.estimate.intrinsics[camera], 0};
+        }
+        const std::vector<Bend> before = bendsOf(previous.freedom);
+        std::copy_n(before.begin(), std::min(bends.size(), before.size()), bends.begin());
+        place();
+    }
+
+    // Finds all poses for the chosen lenses.
+    void place() {
+        result.observations = given;
+        std::vector<Eigen::VectorXd> lenses;
+        for (size_t camera = 0; camera < given.cameras.size(); camera++) {
+            result.observations.cameras[camera].lens = chosen[camera].lens;
+            lenses.push_back(chosen[camera].intrinsics);
         }
         result.estimate = startPoses(result.observations, std::move(lenses));
-        if (options.previous) {
-            const Calibration &previous = *options.previous;
-            const size_t known = std::min(bends.size(), previous.estimate.shapes.size());
-            std::copy_n(previous.estimate.shapes.begin(), known, result.estimate.shapes.begin());
-            const std::vector<Bend> before = bendsOf(previous.freedom);
-            std::copy_n(before.begin(), known, bends.begin());
-        }
         setShapes(result.observations, bends, options.measured, result.estimate, result.freedom);
     }
 
-    void chooseModels() { trials.resize(given.cameras.size()); }
+    // A lens chosen while prints count as flat, or a bend chosen with the wrong lens, can be wrong. So both are chosen
+    // again until neither changes.
+    void chooseModels() {
+        constexpr int rounds = 3;
+        for (int round = 0; round < rounds; round++) {
+            const bool changed = !options.lens && chooseLenses(double(round) / rounds);
+            if (round > 0 && !changed) {
+                break;
+            }
+            if (!options.mayBend) {
+                break;
+            }
+            const std::vector<Bend> before = bends;
+            bends = chooseBends(result.observations, result.estimate, options.measured);
+            place();
+            if (bends == before) {
+                break;
+            }
+        }
+    }
+
+    // True if a camera got another model.
+    bool chooseLenses(double share) {
+        bool changed = false;
+        for (size_t camera = 0; camera < given.cameras.size(); camera++) {
+            enter(Stage::ChoosingModels, share);
+            if (!starts[camera].empty()) {
+                LensChoice choice = chooseLens(given, int(camera), starts[camera], bends, options.measured);
+                changed = changed || choice.chosen.lens != chosen[camera].lens;
+                chosen[camera] = std::move(choice.chosen);
+                trials[camera] = std::move(choice.trials);
+            }
+        }
+        place();
+        return changed;
+    }
 
     void solve() {
         if (!solveWithoutOutliers(given, result.observations, result.freedom, result.estimate)) {
@@ -157,8 +209,11 @@ private:
     const Observations &given;
     const CalibrateOptions &options;
     Calibration result;
-    std::vector<Bend> bends;
+    // Of each camera:
+    std::vector<std::vector<LensStart>> starts;
+    std::vector<LensStart> chosen;
     std::vector<std::vector<ModelTrial>> trials;
+    std::vector<Bend> bends;  // of each print
 };
 
 }  // namespace

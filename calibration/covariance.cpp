@@ -130,6 +130,7 @@ public:
             }
         }
         addPriors();
+        limitCoefficients();
         const std::optional<Eigen::MatrixXd> inverse = inverseOf(information);
         const double freeRows = rows - size - 6 * moments;
         if (!inverse || !(freeRows > 0)) {
@@ -212,6 +213,18 @@ private:
             addColumns(print.shape, Block::Shape, freedom.shapes[size_t(sighting.print)]);
         }
         stacked.add(derivatives, places, byShared);
+    }
+
+    // Distortion coefficients can stand in for each other almost exactly, those of a rational function in particular.
+    // Rounding errors in such a direction would reach every other parameter, so nothing along it counts as more than
+    // 100,000 times less certain than each coefficient alone. Where points project to does not depend on it.
+    void limitCoefficients() {
+        constexpr double leastShare = 1e-10;
+        for (const Covariance::CameraRanges &camera : result.cameras) {
+            for (int i = pinholeParameters; i < camera.intrinsics.size; i++) {
+                information(camera.intrinsics.first + i, camera.intrinsics.first + i) *= 1 + leastShare;
+            }
+        }
     }
 
     void addPriors() {

@@ -14,6 +14,8 @@ namespace {
 
 // In standard deviations of good corners. A sighting of a worse scale by itself is not explained by any pose.
 constexpr double greatestScaleAlone = 3;
+// The same while focal lengths are tried in steps of 4 %.
+constexpr double coarseScale = 12;
 constexpr size_t leastCorners = 6;
 
 // How well a sighting fits in the pose that suits it best.
@@ -107,17 +109,21 @@ private:
                " mm away from where the other photographs have it: it moved, or two boards have the same number.";
     }
 
-    // The factor by which the focal length must change so that the sighting fits.
+    // The factor by which the focal length must change so that the sighting fits: with the principal point where it is,
+    // as by another zoom, or scaled too, as if the picture was scaled.
     std::optional<double> otherFocalLength(double scale) const {
         std::optional<double> best;
-        for (double factor = 0.4; factor < 2.5; factor *= 1.04) {
-            Eigen::VectorXd other = lens;
-            other.head<2>() *= factor;
-            const std::optional<Alone> alone = fitAlone(observations, sighting, other, shape);
-            // Half the scale of this lens: a slightly different one suits a disturbed photograph a little better too.
-            if (alone && alone->scale < greatestScaleAlone && alone->scale < scale / 2) {
-                scale = alone->scale * 2;
-                best = factor;
+        for (const Eigen::Index scaled : {2, 4}) {
+            for (double factor = 0.4; factor < 2.5; factor *= 1.04) {
+                Eigen::VectorXd other = lens;
+                other.head(scaled) *= factor;
+                const std::optional<Alone> alone = fitAlone(observations, sighting, other, shape);
+                // At most half the scale of this lens: a slightly different one suits a disturbed photograph a little
+                // better too.
+                if (alone && alone->scale < coarseScale && alone->scale < scale / 2) {
+                    scale = alone->scale * 2;
+                    best = factor;
+                }
             }
         }
         return best;

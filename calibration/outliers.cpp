@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace calibration {
 
@@ -11,6 +12,9 @@ constexpr int rounds = 6;
 // The median length of a vector of two normal numbers of variance 1.
 constexpr double medianLength = 1.17741;
 constexpr double leastScale = 1e-6;
+// In standard deviations. The first one is wide, while bad sightings still distort the whole estimate.
+constexpr double firstRobustScale = 20;
+constexpr double robustScale = 6;
 // While an estimate is still to be judged, it need not be exact.
 constexpr double roughTolerance = 1e-5;
 // A sighting with fewer good corners, or a smaller share of them, is left out.
@@ -21,18 +25,32 @@ int cameraOf(const Observations &observations, const Sighting &sighting) {
     return observations.photographs[size_t(sighting.photograph)].camera;
 }
 
+// Makes the corners' standard deviations agree with the residuals. Returns the factor of each camera.
+std::vector<double> agreeWithResiduals(Observations &observations, const Estimate &estimate) {
+    std::vector<double> scales = residualScales(observations, estimate);
+    scaleDeviations(observations, scales);
+    return scales;
+}
+
+bool solveRoughly(const Observations &observations, const Freedom &freedom, double scale, Estimate &estimate) {
+    SolveOptions options;
+    options.freedom = freedom;
+    options.robustScale = scale;
+    options.tolerance = roughTolerance;
+    return solveJointly(observations, options, estimate).has_value();
+}
+
 class OutlierSearch {
 public:
     OutlierSearch(const Observations &all, Observations &some, const Freedom &free, Estimate &unknown)
         : given(all), observations(some), freedom(free), estimate(unknown) {}
 
     bool run() {
-        // The scale is wide at first, while bad sightings still distort the whole estimate.
-        if (!solveRobustly(20) || !solveRobustly(6)) {
+        if (!solveRobustly(observations, freedom, estimate)) {
             return false;
         }
         for (int round = 0; round < rounds && decide(); round++) {
-            if (!solveRobustly(6)) {
+            if (!solveRoughly(observations, freedom, robustScale, estimate)) {
                 return false;
             }
         }
@@ -46,28 +64,9 @@ public:
     }
 
 private:
-    bool solveRobustly(double robustScale) {
-        agreeWithResiduals();
-        SolveOptions options;
-        options.freedom = freedom;
-        options.robustScale = robustScale;
-        options.tolerance = roughTolerance;
-        return solveJointly(observations, options, estimate).has_value();
-    }
-
-    void agreeWithResiduals() {
-        const std::vector<double> scales = residualScales(observations, estimate);
-        for (Sighting &sighting : observations.sightings) {
-            const double scale = scales[size_t(cameraOf(observations, sighting))];
-            for (SeenCorner &corner : sighting.corners) {
-                corner.sigma *= scale;
-            }
-        }
-    }
-
     // Decides again for every sighting and every corner whether it is used. True if a decision changed.
     bool decide() {
-        agreeWithResiduals();
+        agreeWithResiduals(observations, estimate);
         bool changed = false;
         for (size_t i = 0; i < observations.sightings.size(); i++) {
             if (given.sightings[i].isUsed && hasPose(observations, observations.sightings[i], estimate)) {
@@ -149,6 +148,28 @@ std::vector<double> residualScales(const Observations &observations, const Estim
         scales.push_back(scaleOfLengths(std::move(some)));
     }
     return scales;
+}
+
+void scaleDeviations(Observations &observations, const std::vector<double> &factors) {
+    for (Sighting &sighting : observations.sightings) {
+        const double factor = factors[size_t(cameraOf(observations, sighting))];
+        for (SeenCorner &corner : sighting.corners) {
+            corner.sigma *= factor;
+        }
+    }
+}
+
+std::optional<std::vector<double>> solveRobustly(Observations &observations, const Freedom &freedom,
+                                                 Estimate &estimate) {
+    std::vector<double> factors(observations.cameras.size(), 1.0);
+    for (const double scale : {firstRobustScale, robustScale, 0.0}) {
+        const std::vector<double> more = agreeWithResiduals(observations, estimate);
+        std::transform(factors.begin(), factors.end(), more.begin(), factors.begin(), std::multiplies<>());
+        if (scale > 0 && !solveRoughly(observations, freedom, scale, estimate)) {
+            return std::nullopt;
+        }
+    }
+    return factors;
 }
 
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,

@@ -14,6 +14,14 @@ namespace calibration {
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate);
 
+// Solves so that bad corners have little effect, without deciding which ones are bad. Scales the corners' standard
+// deviations as above, and returns the factor of each camera. Empty if a solve fails.
+std::optional<std::vector<double>> solveRobustly(Observations &observations, const Freedom &freedom,
+                                                 Estimate &estimate);
+
+// Multiplies the corners' standard deviations by a factor for each camera.
+void scaleDeviations(Observations &observations, const std::vector<double> &factors);
+
 // The lengths of the residuals of all corners of a sighting, used or not, in standard deviations along one axis. Empty
 // if a corner cannot be projected.
 std::vector<double> residualLengths(const Observations &observations, const Sighting &sighting,

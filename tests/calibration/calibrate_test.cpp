@@ -1,0 +1,189 @@
+// Whole calibrations of computed corners, good and bad.
+#include "calibration/calibrate.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include "calibration/sighting_residuals.h"
+#include "tests/calibration/computed_scene.h"
+
+namespace {
+
+using namespace calibration;
+
+// Models can be equivalent, so where they put points is compared, not their coefficients: points on the first print as
+// the estimate has it, against the truth.
+double rmsDifference(const Calibration &result, const Scene &scene) {
+    double squares = 0;
+    int count = 0;
+    for (const Sighting &sighting : scene.observations.sightings) {
+        Observations all = scene.observations;
+        all.cameras = result.observations.cameras;
+        const SightingResiduals residuals(all, sighting, 0);
+        const SightingResiduals exact(scene.observations, sighting, 0);
+        Eigen::VectorXd found(residuals.rows());
+        Eigen::VectorXd expected(residuals.rows());
+        if (takesPart(result.observations, sighting, result.estimate) &&
+            residuals.evaluate(blocksOf(all, sighting, result.estimate), found.data(), nullptr) &&
+            exact.evaluate(blocksOf(all, sighting, scene.truth), expected.data(), nullptr)) {
+            // Both have the same noise, which cancels.
+            squares += (found - expected).squaredNorm() * std::pow(sighting.corners.front().sigma, 2);
+            count += residuals.corners();
+        }
+    }
+    return std::sqrt(squares / count);
+}
+
+void expectTruth(const Calibration &result, const Scene &scene) {
+    EXPECT_LT(rmsDifference(result, scene), 0.03);
+    EXPECT_LT((result.estimate.worldFromPrint[1].translation - scene.truth.worldFromPrint[1].translation).norm(), 0.1);
+    EXPECT_NEAR(result.estimate.shapes[1].numbers[PrintShape::ratio], -0.004, 3e-4);
+    EXPECT_NEAR(result.estimate.shapes[1].numbers[PrintShape::bend], 0.6, 0.03);
+}
+
+int bendsOfPrint(const Calibration &result, size_t print) {
+    const std::vector<int> &free = result.freedom.shapes[print];
+    return int(std::count_if(free.begin(), free.end(), [](int number) { return number >= PrintShape::bend; }));
+}
+
+TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
+    const Scene scene = makeScene(0.05, 21);
+    const Calibration result = calibrate(scene.observations);
+    expectTruth(result, scene);
+    EXPECT_TRUE(result.leftOut.empty());
+    EXPECT_EQ(bendsOfPrint(result, 0), 0);
+    EXPECT_EQ(bendsOfPrint(result, 1), 3);
+    EXPECT_NE(result.observations.cameras[0].lens, LensModel::Fisheye);
+    EXPECT_EQ(result.observations.cameras[1].lens, LensModel::Fisheye);
+    EXPECT_NEAR(result.cameras[0].rms, 0.05 * std::sqrt(2), 0.005);
+    EXPECT_EQ(result.cameras[0].photographs, 14);
+    ASSERT_TRUE(result.cameras[0].halves);
+    EXPECT_TRUE(result.prints[0].isDetermined && result.prints[1].isDetermined);
+    EXPECT_EQ(result.prints[0].translationSigma.norm(), 0);
+    EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
+    EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
+    // The fisheye's corners have not been seen by any photograph.
+    EXPECT_NE(result.verdict.grade, Grade::Good);
+    ASSERT_TRUE(result.next);
+    EXPECT_EQ(result.next->camera, 1);
+    EXPECT_LT(result.next->uncertaintyAfter, result.next->uncertaintyBefore);
+}
+
+TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {
+    Scene scene = makeScene(0.05);
+    std::vector<Sighting> &sightings = scene.observations.sightings;
+    std::mt19937 random(1);
+    const auto secondPrintFrom = [&](size_t first) {
+        while (sightings[first].print != 1) {
+            first++;
+        }
+        return first;
+    };
+    const size_t moved = secondPrintFrom(0);
+    RigidMotion elsewhere = scene.truth.worldFromPrint[1];
+    elsewhere.translation.x() += 5;
+    sightings[moved] = see(scene, sightings[moved].photograph, 1, elsewhere, 0.05, random);
+    const size_t misread = secondPrintFrom(moved + 3);
+    for (size_t i = 0; i < sightings[misread].corners.size(); i++) {
+        sightings[misread].corners[i].image += Eigen::Vector2d(double(i * 37 % 11), double(i * 53 % 13));
+    }
+    const size_t zoomed = secondPrintFrom(misread + 3);
+    for (SeenCorner &corner : sightings[zoomed].corners) {
+        corner.image *= 0.7;
+    }
+    const size_t fewCorners = secondPrintFrom(zoomed + 3);
+    sightings[fewCorners].corners.resize(3);
+    // One corner of each sighting is displaced, about one in fifty.
+    for (Sighting &sighting : sightings) {
+        sighting.corners[size_t(sighting.photograph) % sighting.corners.size()].image += Eigen::Vector2d(3, -4);
+    }
+    const Calibration result = calibrate(scene.observations);
+    expectTruth(result, scene);
+    const std::vector<std::pair<size_t, Misfit>> expected = {{moved, Misfit::Moved},
+                                                             {misread, Misfit::Unclear},
+                                                             {zoomed, Misfit::AnotherLens},
+                                                             {fewCorners, Misfit::NoPose}};
+    ASSERT_EQ(result.leftOut.size(), expected.size());
+    for (size_t i = 0; i < expected.size(); i++) {
+        EXPECT_EQ(size_t(result.leftOut[i].sighting), expected[i].first);
+        EXPECT_EQ(result.leftOut[i].misfit, expected[i].second) << result.leftOut[i].reason;
+    }
+}
+
+TEST(Calibrate, namesPrintsThatNoPhotographLinks) {
+    Scene scene = makeScene(0.05);
+    Observations &observations = scene.observations;
+    observations.prints.push_back(makePrint());
+    for (size_t i = 0; i < observations.prints.size(); i++) {
+        observations.prints[i].number = int(i);
+    }
+    for (Sighting &sighting : observations.sightings) {
+        const bool isFirstHalf = observations.photographs[size_t(sighting.photograph)].moment < 7;
+        sighting.isUsed = isFirstHalf || sighting.print == 0;
+        sighting.print = isFirstHalf ? sighting.print : 2;
+    }
+    CalibrateOptions options;
+    options.lens = LensModel::Pinhole5;
+    options.mayBend = false;
+    options.measured = {{2, {1.01, 1.01}}};
+    const Calibration result = calibrate(observations, options);
+    EXPECT_EQ(result.firstGroup(), result.estimate.groups[1]);
+    EXPECT_NE(result.firstGroup(), result.estimate.groups[2]);
+    EXPECT_NEAR(result.estimate.shapes[2].numbers[PrintShape::scale], std::log(1.01), 1e-12);
+    ASSERT_FALSE(result.notices.empty());
+    EXPECT_EQ(result.notices.front().find("Pattern 2 is in no photograph with the others"), 0U)
+        << result.notices.front();
+}
+
+TEST(Calibrate, startsFromAPreviousResultAndCanBeCancelled) {
+    const Scene scene = makeScene(0.05);
+    CalibrateOptions options;
+    options.lens = LensModel::Pinhole5;
+    options.mayBend = false;
+    const auto first = std::make_shared<Calibration>(calibrate(scene.observations, options));
+    CalibrateOptions again;
+    again.previous = first;
+    const Calibration second = calibrate(scene.observations, again);
+    EXPECT_EQ(second.observations.cameras[1].lens, LensModel::Pinhole5);
+    EXPECT_LT((second.estimate.worldFromPrint[1].translation - first->estimate.worldFromPrint[1].translation).norm(),
+              5e-3);  // half the standard deviation
+    int asked = 0;
+    again.isCancelled = [&]() { return ++asked == 3; };
+    EXPECT_THROW(calibrate(scene.observations, again), Cancelled);
+}
+
+TEST(Calibrate, refusesWhatDeterminesNothing) {
+    const Scene scene = makeScene(0.05);
+    Observations none = scene.observations;
+    none.sightings.clear();
+    Observations one = scene.observations;
+    one.sightings.resize(1);
+    // Every photograph shows the print from the same direction.
+    Observations frontal = scene.observations;
+    frontal.sightings.clear();
+    std::mt19937 random(1);
+    std::normal_distribution<double> noise(0, 0.1);
+    for (int moment = 0; moment < 8; moment++) {
+        Sighting sighting{2 * moment, 0, true, {}};
+        for (int point = 0; point < columns * rows; point++) {
+            const Eigen::Vector2d place = (1.5 + 0.1 * moment) * frontal.prints[0].points[size_t(point)];
+            sighting.corners.push_back(
+                {point, Eigen::Vector2d(600 + noise(random), 450 + noise(random)) + place, 0.1, true});
+        }
+        frontal.sightings.push_back(sighting);
+    }
+    for (const auto &[observations, text] : std::vector<std::pair<Observations, std::string>>{
+             {none, "No photograph"}, {one, "Only one photograph"}, {frontal, "too few directions"}}) {
+        try {
+            calibrate(observations);
+            ADD_FAILURE() << "not refused: " << text;
+        } catch (const CalibrationImpossible &impossible) {
+            EXPECT_NE(std::string(impossible.what()).find(text), std::string::npos) << impossible.what();
+        }
+    }
+}
+
+}  // namespace
