@@ -171,7 +171,8 @@ bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radiu
     if (levels) {
         fit.middle = 0;
     }
-    const double enough = free == CornerParameters::Position ? 0.15 : 0.004;
+    // In a small window, even a small error of the start leads to a wrong position more often.
+    const double enough = free == CornerParameters::Position && radius > 2.5F ? 0.15 : 0.004;
     Window window;
     Step last{};
     for (int i = 0; i < steps; i++) {
@@ -203,8 +204,8 @@ bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float ra
                   int steps, CornerFit &fit) {
     const cv::Point2f start = fit.position;
     Window window;
-    Step last{};
     double variance = 0;
+    std::optional<Step> small;
     for (int i = 0; i < steps; i++) {
         if (!window.take(picture, borders, fit, radius, 3 * fit.blur + 1)) {
             return false;
@@ -216,17 +217,22 @@ bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float ra
         if (!step) {
             return false;
         }
-        last = change(fit, *step);
+        const Step taken = change(fit, *step);
         variance = equations.positionVariance();
         if (hasLeft(start, radius, fit)) {
             return false;
         }
         // Convergence is quadratic: after a step as small as this, the remaining error is negligible.
         if (isSmall(*step, 0.03)) {
+            small = taken;
             break;
         }
     }
-    window.predictErrors(last);
+    if (small) {
+        window.predictErrors(*small);
+    } else {
+        window.compare(borders, fit);
+    }
     assess(window, prior, variance, fit);
     return true;
 }

@@ -205,7 +205,9 @@ bool CornerMeasurement::refineOne(const ImageLevel &level, const LatticeCorner &
     prior.noise = boardNoise;
     prior.noiseWeight = 30;
     const float radius = std::min(refinedRadius(here, inLevel.blur), roomAround(level, inLevel.position));
-    if (!refineCorner(level.picture, here, radius, prior, 3, inLevel)) {
+    // Noise can pull a corner of small squares towards a mark, and then its position is hardly determined.
+    const float mostSigma = 0.1F * std::min(length(here.steps[0]), length(here.steps[1]));
+    if (!refineCorner(level.picture, here, radius, prior, 3, inLevel) || !(inLevel.sigma < mostSigma)) {
         return false;
     }
     fit = toImage(level, inLevel);
