@@ -1,0 +1,31 @@
+// calibration_bench [sigmas] [time] [partial] [bad] [truth] [public FOLDER]: prints the tables of docs/calibration.md,
+// or those that are named. Exits with 1 if a goal is missed.
+#include <cstring>
+
+#include "bench/calibration/goals.h"
+
+int main(int count, char **arguments) {
+    using namespace calibration_bench;
+    const auto isWanted = [&](const char *name) {
+        for (int i = 1; i < count; i++) {
+            if (std::strcmp(arguments[i], name) == 0) {
+                return true;
+            }
+        }
+        return count == 1;
+    };
+    bool isMet = true;
+    if (isWanted("sigmas")) {
+        isMet = measureTrueSigmas(300) && isMet;
+    }
+    if (isWanted("time")) {
+        isMet = measureTime() && isMet;
+    }
+    if (isWanted("partial")) {
+        isMet = measurePartialViews() && isMet;
+    }
+    if (isWanted("bad")) {
+        isMet = measureBadInput() && isMet;
+    }
+    return isMet ? 0 : 1;
+}

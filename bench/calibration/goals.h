@@ -1,0 +1,15 @@
+// The rows of the benchmark. Each prints its table and returns whether all its goals are met.
+#pragma once
+
+namespace calibration_bench {
+
+// Simulated calibrations: are errors as large as the standard deviations say?
+bool measureTrueSigmas(int runs);
+// From corners to the result, and how the time grows with the number of photographs.
+bool measureTime();
+// All that is seen of a target against whole targets only.
+bool measurePartialViews();
+// Input that does not determine a calibration, or that contradicts itself.
+bool measureBadInput();
+
+}  // namespace calibration_bench
