@@ -8,6 +8,7 @@
 
 #include "camera_library/commands/command.h"
 #include "camera_library/commands/pattern_request.h"
+#include "camera_library/output/document_pages.h"
 #include "camera_library/output/file_formats.h"
 #include "camera_library/output/preview.h"
 #include "file_writing/safe_file.h"
@@ -46,7 +47,7 @@ NodeArray save(const PatternDocument &document, const std::string &fileName) {
         if (format.wholeFile != nullptr) {
             files.write(fileName, format.wholeFile(document));
         } else {
-            const std::vector<PrintedPage> pages = printedPages(document);
+            const std::vector<PrintedPage> pages = pagesOf(document);
             const std::vector<std::string> pageNames = pageFileNames(fileName, pages.size());
             for (std::size_t page = 0; page < pages.size(); ++page) {
                 files.write(pageNames[page], format.pageFile(pages[page], document));

@@ -1,7 +1,10 @@
 #include "camera_library/commands/pattern_request.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <utility>
 
 #include "camera_library/commands/command.h"
 #include "camera_library/commands/parameter_reader.h"
@@ -14,6 +17,7 @@ namespace {
 
 constexpr NumberRange imageSizeRange{16, 8000, ""};
 constexpr NumberRange printScaleRange{0.9, 1.1, ""};
+constexpr NumberRange paperSideRange{150, largestPageSide, "mm"};
 constexpr NumberRange resolutionRange{20, 4800, "dots per inch"};
 constexpr std::int64_t maximumPixels = 256'000'000;
 constexpr std::size_t maximumPatterns = 64;
@@ -34,6 +38,43 @@ std::vector<PatternDescription> readPatterns(const ParameterReader &reader, bool
         patterns.push_back(readPatternDescription(pattern, encodingParameter));
     }
     return patterns;
+}
+
+constexpr std::array papers{
+    std::pair{"A4", PageSize{210, 297}},        std::pair{"A3", PageSize{297, 420}},
+    std::pair{"A2", PageSize{420, 594}},        std::pair{"A1", PageSize{594, 841}},
+    std::pair{"A0", PageSize{841, 1189}},       std::pair{"Letter", PageSize{215.9, 279.4}},
+    std::pair{"Legal", PageSize{215.9, 355.6}}, std::pair{"Tabloid", PageSize{279.4, 431.8}},
+};
+
+Paper readPaper(const ParameterReader &reader) {
+    const Node &node = *reader.find("Paper");
+    if (node.type() == LmLibTypeArray) {
+        const std::array<double, 2> size = *reader.numberPair("Paper", paperSideRange);
+        return {"", {size[0], size[1]}};
+    }
+    std::string names;
+    for (const auto &[name, size] : papers) {
+        if (const auto *text = std::get_if<std::string>(&node.value); text != nullptr && *text == name) {
+            return {name, size};
+        }
+        names += std::string("\"") + name + "\", ";
+    }
+    reader.failValue("Paper", names + "or an array of width and height, each " + numberDescription(paperSideRange));
+}
+
+DrawingOptions readDrawingOptions(const ParameterReader &reader) {
+    DrawingOptions options;
+    options.resolution = reader.integer("Resolution", resolutionRange);
+    options.printScale = reader.numberPair("PrintScale", printScaleRange);
+    if (reader.has("Paper")) {
+        options.paper = readPaper(reader);
+    }
+    options.sheets = reader.boolean("Sheets");
+    if (options.sheets.value_or(false) && !options.paper) {
+        reader.failValue("Sheets", "false unless \"Paper\" is given");
+    }
+    return options;
 }
 
 void checkFile(const ParameterReader &reader, const PatternRequest &request) {
@@ -70,14 +111,13 @@ void checkPixels(const PatternRequest &request) {
 
 PatternRequest readPatternRequest(const Node &parameters) {
     const ParameterReader reader(parameters, "");
-    reader.allowOnly({"Encoding", "ImageSize", "Filename", "Resolution", "PrintScale", "Patterns"},
+    reader.allowOnly({"Encoding", "ImageSize", "Filename", "Resolution", "PrintScale", "Paper", "Sheets", "Patterns"},
                      "the command \"GenerateCalibrationPattern\"");
     PatternRequest request;
     request.encodingParameter = reader.boolean("Encoding").value_or(true);
     request.imageSize = reader.integer("ImageSize", imageSizeRange);
     request.fileName = reader.text("Filename");
-    request.options.resolution = reader.integer("Resolution", resolutionRange);
-    request.options.printScale = reader.numberPair("PrintScale", printScaleRange);
+    request.options = readDrawingOptions(reader);
     request.patterns = readPatterns(reader, request.encodingParameter);
     if (!request.imageSize && !request.fileName) {
         reader.failMissing("ImageSize", integerDescription(imageSizeRange) +

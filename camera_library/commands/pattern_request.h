@@ -12,6 +12,12 @@
 //   "PrintScale"  two numbers, 0.9 to 1.1: how long a millimetre became in x and y when a file was printed at 100 %.
 //                 Files are drawn divided by it, so that the next print has the true size; all sizes and positions in
 //                 them are those of the finished print. The images of a preview are the same with it
+//   "Paper"       "A4", "A3", "A2", "A1", "A0", "Letter", "Legal" or "Tabloid", which may be turned, or two numbers,
+//   150
+//                 to 5080: width and height in mm. If absent, every page is the smallest of A4 to A0 that holds it, or
+//                 of its own size. A pattern that does not fit on the paper is refused
+//   "Sheets"      boolean, default false; true splits a pattern that does not fit on "Paper" over up to 200 numbered
+//                 sheets. Before them comes a page with a plan of how they go together
 //   "Patterns"    array of 1 to 64 objects
 //
 // At least one of "ImageSize" and "Filename" must be given. Per pattern, with lengths in millimetres:

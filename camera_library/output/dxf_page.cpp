@@ -17,6 +17,7 @@ namespace {
 constexpr const char *darkLayer = "DARK";
 constexpr const char *outlineLayer = "OUTLINE";
 constexpr const char *barLayer = "BARS";
+constexpr const char *cutLayer = "CUTS";
 constexpr const char *captionLayer = "CAPTIONS";
 
 struct Layer {
@@ -24,7 +25,8 @@ struct Layer {
     int colour;  // of AutoCAD's table
 };
 
-constexpr std::array layers{Layer{darkLayer, 7}, Layer{outlineLayer, 1}, Layer{barLayer, 3}, Layer{captionLayer, 5}};
+constexpr std::array layers{Layer{darkLayer, 7}, Layer{outlineLayer, 1}, Layer{barLayer, 3}, Layer{cutLayer, 6},
+                            Layer{captionLayer, 5}};
 
 // The font's characters that are not ASCII, as ASCII.
 std::string asciiText(std::string_view utf8) {
@@ -146,7 +148,8 @@ Polygon cornersOf(const Rectangle &r) {
 }
 
 void addPattern(Drawing &drawing, const PrintedPage &page) {
-    const PatternGeometry &geometry = page.pattern->geometry;
+    PatternGeometry part;
+    const PatternGeometry &geometry = visibleGeometry(page, part);
     for (const Rectangle &rectangle : geometry.rectangles) {
         drawing.addOutline(darkLayer, cornersOf(rectangle), page.patternPlacement());
     }
@@ -157,8 +160,11 @@ void addPattern(Drawing &drawing, const PrintedPage &page) {
         drawing.addCircle(circle, page.patternPlacement());
     }
     const double zone = geometry.quietZone;
-    drawing.addOutline(outlineLayer, cornersOf({-zone, -zone, geometry.width + zone, geometry.height + zone}),
-                       page.patternPlacement());
+    const Rectangle whole{-zone, -zone, geometry.width + zone, geometry.height + zone};
+    const Rectangle outline = page.window.value_or(whole);
+    if (outline.left < outline.right) {
+        drawing.addOutline(outlineLayer, cornersOf(outline), page.patternPlacement());
+    }
 }
 
 }  // namespace
@@ -173,6 +179,9 @@ std::string dxfPage(const PrintedPage &page, const PatternDocument & /*document*
     for (const CheckBar &bar : page.bars) {
         drawing.addOutline(barLayer, checkBarOutline(bar), page.placement);
         drawing.addText(labelOf(bar), page.placement);
+    }
+    for (const Rectangle &line : page.lines) {
+        drawing.addOutline(cutLayer, cornersOf(line), page.placement);
     }
     for (const PageText &text : page.texts) {
         drawing.addText(text, page.placement);

@@ -61,29 +61,9 @@ void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
     layout.caption = {centre.x, bottom + captionDepth};
 }
 
-std::optional<PageLayout> layOutOn(PageSize paper, PageSize usedShare, const PatternGeometry &geometry) {
-    const PageSize area{paper.width * usedShare.width, paper.height * usedShare.height};
-    const PageSize block = blockOf(geometry);
-    const double freeX = (area.width - block.width) / 2.0 - margin + tolerance;
-    const double freeY = (area.height - block.height) / 2.0 - margin + tolerance;
-    if (freeX < 0.0 || freeY < bottomStrip) {
-        return std::nullopt;
-    }
-    PageLayout layout;
-    layout.paper = paper;
-    layout.area = area;
-    layout.pattern = {(area.width - geometry.width) / 2.0, (area.height - geometry.height) / 2.0};
-    layout.captionWidth = area.width - 2.0 * margin;
-    if (freeX >= sideStrip) {
-        placeBarsAlongside(layout, block, freeX, freeY);
-        return layout;
-    }
-    const double lengthBelow = wholeSteps(freeY - gap - captionDepth - captionDescent);
-    if (lengthBelow < barStep) {
-        return std::nullopt;
-    }
-    placeBarsBelow(layout, block, lengthBelow);
-    return layout;
+// The part of the paper that is laid out.
+PageSize areaOf(PageSize paper, std::array<double, 2> printScale) {
+    return {paper.width * std::min(1.0, printScale[0]), paper.height * std::min(1.0, printScale[1])};
 }
 
 // The bar from the origin to the right, and then its ticks from left to right.
@@ -106,20 +86,57 @@ std::vector<Rectangle> barAndTicks(double length) {
 }  // namespace
 
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale) {
-    const PageSize usedShare{std::min(1.0, printScale[0]), std::min(1.0, printScale[1])};
     for (const PageSize &paper : standardPages) {
-        if (const std::optional<PageLayout> layout = layOutOn(paper, usedShare, geometry)) {
+        if (const std::optional<PageLayout> layout = layOutOnPaper(paper, geometry, printScale)) {
             return layout;
         }
     }
     const PageSize block = blockOf(geometry);
-    const PageSize measured{
-        std::max(block.width + 2.0 * (margin + sideStrip), smallestMeasuredSide) / usedShare.width,
-        std::max(block.height + 2.0 * (margin + bottomStrip), smallestMeasuredSide) / usedShare.height};
-    if (std::max(measured.width, measured.height) > largestPageSide) {
+    const PageSize measured{std::max(block.width + 2.0 * (margin + sideStrip), smallestMeasuredSide),
+                            std::max(block.height + 2.0 * (margin + bottomStrip), smallestMeasuredSide)};
+    const PageSize paper{measured.width / std::min(1.0, printScale[0]), measured.height / std::min(1.0, printScale[1])};
+    if (std::max(paper.width, paper.height) > largestPageSide) {
         return std::nullopt;
     }
-    return layOutOn(measured, usedShare, geometry);
+    return layOutOnPaper(paper, geometry, printScale);
+}
+
+std::optional<PageLayout> layOutOnPaper(PageSize paper, const PatternGeometry &geometry,
+                                        std::array<double, 2> printScale) {
+    std::optional<PageLayout> layout = layOutOnPaper(paper, blockOf(geometry), printScale);
+    if (layout) {
+        layout->pattern = {(layout->area.width - geometry.width) / 2.0, (layout->area.height - geometry.height) / 2.0};
+    }
+    return layout;
+}
+
+std::optional<PageLayout> layOutOnPaper(PageSize paper, PageSize block, std::array<double, 2> printScale) {
+    const PageSize area = areaOf(paper, printScale);
+    const double freeX = (area.width - block.width) / 2.0 - margin + tolerance;
+    const double freeY = (area.height - block.height) / 2.0 - margin + tolerance;
+    if (freeX < 0.0 || freeY < bottomStrip) {
+        return std::nullopt;
+    }
+    PageLayout layout;
+    layout.paper = paper;
+    layout.area = area;
+    layout.block = {(area.width - block.width) / 2.0, (area.height - block.height) / 2.0};
+    layout.captionWidth = area.width - 2.0 * margin;
+    if (freeX >= sideStrip) {
+        placeBarsAlongside(layout, block, freeX, freeY);
+        return layout;
+    }
+    const double lengthBelow = wholeSteps(freeY - gap - captionDepth - captionDescent);
+    if (lengthBelow < barStep) {
+        return std::nullopt;
+    }
+    placeBarsBelow(layout, block, lengthBelow);
+    return layout;
+}
+
+PageSize largestBlock(PageSize paper, std::array<double, 2> printScale) {
+    const PageSize area = areaOf(paper, printScale);
+    return {area.width - 2.0 * (margin + sideStrip), area.height - 2.0 * (margin + bottomStrip)};
 }
 
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar) {

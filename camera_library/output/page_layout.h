@@ -31,6 +31,7 @@ struct PageSize {
 struct PageLayout {
     PageSize paper;
     PageSize area;  // what is laid out, as the finished print measures; within it are the places below
+    Point block;    // top-left corner of the pattern with its quiet zone, or of the part of it that is on the page
     Point pattern;  // top-left corner of the outer size; the pattern is centred on the page
     CheckBar barAlongX;
     CheckBar barAlongY;
@@ -45,6 +46,17 @@ struct PageLayout {
 // A printer makes everything longer by `printScale`. If that is less than 1, the area is that much smaller than the
 // paper, so that what is drawn divided by it stays on the paper; otherwise it is the paper.
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale = {1.0, 1.0});
+
+// The same on this paper; empty if the pattern does not fit on it.
+std::optional<PageLayout> layOutOnPaper(PageSize paper, const PatternGeometry &geometry,
+                                        std::array<double, 2> printScale);
+
+// The same for a part of a pattern of this size, whose place in the pattern only the caller knows: the place of the
+// pattern is left at 0.
+std::optional<PageLayout> layOutOnPaper(PageSize paper, PageSize block, std::array<double, 2> printScale);
+
+// The largest block for which this paper has room, with check bars beside it.
+PageSize largestBlock(PageSize paper, std::array<double, 2> printScale);
 
 // The longest side that a page may have, 14400 pt.
 constexpr double largestPageSide = 5080.0;

@@ -4,8 +4,10 @@
 #include <array>
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
+#include "camera_library/output/page_layout.h"
 #include "camera_library/pattern/pattern_description.h"
 #include "camera_library/pattern/pattern_geometry.h"
 
@@ -16,11 +18,21 @@ struct DrawnPattern {
     PatternGeometry geometry;
 };
 
+// The paper of all pages.
+struct Paper {
+    std::string name;  // as the parameter names it; empty if its size is given
+    PageSize size;     // of a named one, in portrait; it may be turned
+};
+
 // The parameters of the command that say how a file is drawn; empty if they are not given.
 struct DrawingOptions {
     std::optional<int> resolution;  // of pictures, in dots per inch
     // How long a millimetre of a print becomes, along x and y. Everything is drawn divided by it.
     std::optional<std::array<double, 2>> printScale;
+    std::optional<Paper> paper;  // if empty, every page has the smallest paper on which its pattern fits
+    std::optional<bool> sheets;  // true: a pattern that is larger than the paper is split over several sheets
+
+    std::array<double, 2> printScaleOrNone() const { return printScale.value_or(std::array{1.0, 1.0}); }
 };
 
 constexpr int defaultResolution = 600;

@@ -257,6 +257,14 @@ void writeOptions(JsonWriter &json, const DrawingOptions &options) {
     if (options.printScale) {
         json.name("PrintScale").row({(*options.printScale)[0], (*options.printScale)[1]});
     }
+    if (options.paper && options.paper->name.empty()) {
+        json.name("Paper").row({options.paper->size.width, options.paper->size.height});
+    } else if (options.paper) {
+        json.name("Paper").value(options.paper->name);
+    }
+    if (options.sheets) {
+        json.name("Sheets").value(*options.sheets);
+    }
 }
 
 std::string documentText(const PatternDocument &document, const DrawnPattern *begin, const DrawnPattern *end) {

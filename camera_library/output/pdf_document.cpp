@@ -1,6 +1,7 @@
 #include "camera_library/output/pdf_document.h"
 
 #include "camera_library/output/caption_font.h"
+#include "camera_library/output/document_pages.h"
 #include "camera_library/output/pattern_json.h"
 #include "camera_library/output/pattern_text.h"
 #include "camera_library/output/pdf_file.h"
@@ -67,7 +68,7 @@ std::string titleOf(const PatternDocument &document) {
 
 std::string patternPdf(const PatternDocument &document) {
     // All pages are laid out before anything is written, so that no work is lost if a pattern is too large.
-    const std::vector<PrintedPage> pages = printedPages(document);
+    const std::vector<PrintedPage> pages = pagesOf(document);
     PdfFile pdf;
     const int tree = addPages(pdf, pages);
     const std::string attachment = pdfReference(addAttachment(pdf, patternJson(document)));

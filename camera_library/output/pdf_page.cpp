@@ -133,9 +133,16 @@ std::string pdfPageContents(const PrintedPage &page) {
         contents.place(page.placement);
     }
     contents.addOperators("0 g");
-    addPattern(contents, page.pattern->geometry, page.patternPlace);
+    PatternGeometry part;
+    addPattern(contents, visibleGeometry(page, part), page.patternPlace);
     for (const CheckBar &bar : page.bars) {
         addCheckBar(contents, bar);
+    }
+    if (!page.lines.empty()) {
+        for (const Rectangle &line : page.lines) {
+            contents.addRectangle(line);
+        }
+        contents.addOperators("f");
     }
     for (const PageText &text : page.texts) {
         addText(contents, text);

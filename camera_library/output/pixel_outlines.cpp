@@ -81,19 +81,4 @@ PixelOutlines pixelOutlines(const PatternGeometry &geometry, const PixelScale &s
     return outlines;
 }
 
-Polygon polygonOfCircle(double radius, double tolerance) {
-    constexpr double pi = 3.141592653589793;
-    constexpr double leastRadius = 10.0 / 3.0;  // in tolerances; smaller circles get as many corners as this one
-    const double share = 1.0 / std::max(radius / tolerance, leastRadius);
-    const auto count = static_cast<int>(std::ceil(pi / std::acos(1.0 - share)));
-    const double step = 2.0 * pi / count;
-    const double distance = radius * std::sqrt(step / std::sin(step));
-    Polygon corners;
-    corners.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        corners.push_back({distance * std::cos(i * step), distance * std::sin(i * step)});
-    }
-    return corners;
-}
-
 }  // namespace lmlib64

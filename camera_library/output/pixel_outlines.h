@@ -39,8 +39,4 @@ private:
 // std::bad_alloc.
 PixelOutlines pixelOutlines(const PatternGeometry &geometry, const PixelScale &scale);
 
-// The corners of the regular polygon that is drawn instead of a circle of this radius and of its area, and that is at
-// most `tolerance` off. It is centred on the origin.
-Polygon polygonOfCircle(double radius, double tolerance);
-
 }  // namespace lmlib64

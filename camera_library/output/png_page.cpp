@@ -102,15 +102,25 @@ private:
     double advance = 0.0;
 };
 
+void addOutline(PixelOutlines &outlines, const PixelScale &scale, const Polygon &polygon) {
+    for (const Point &point : polygon) {
+        outlines.points.push_back(scale.point(point.x, point.y));
+    }
+    outlines.close();
+}
+
 PixelOutlines outlinesOf(const PrintedPage &page, const PixelScale &scale) {
     const Point corner{std::round(scale.pixelsX(page.patternPlace.x)), std::round(scale.pixelsY(page.patternPlace.y))};
-    PixelOutlines outlines = pixelOutlines(page.pattern->geometry, PixelScale(corner, scale.pixelsPerMm()));
+    PatternGeometry part;
+    PixelOutlines outlines = pixelOutlines(visibleGeometry(page, part), PixelScale(corner, scale.pixelsPerMm()));
     for (const CheckBar &bar : page.bars) {
-        for (const Point &point : checkBarOutline(bar)) {
-            outlines.points.push_back(scale.point(point.x, point.y));
-        }
-        outlines.close();
+        addOutline(outlines, scale, checkBarOutline(bar));
         TextOutlines(labelOf(bar), scale).addTo(outlines);
+    }
+    for (const Rectangle &line : page.lines) {
+        addOutline(
+            outlines, scale,
+            {{line.left, line.top}, {line.right, line.top}, {line.right, line.bottom}, {line.left, line.bottom}});
     }
     for (const PageText &text : page.texts) {
         TextOutlines(text, scale).addTo(outlines);

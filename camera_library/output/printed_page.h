@@ -1,10 +1,11 @@
-// The pages of a document, as every format with pages draws them: the pattern, the check bars with their labels, and
+// A page of a document, as every format with pages draws it: the pattern, the check bars with their labels, and
 // the texts. Pure values in millimetres; x runs to the right and y down from the top-left corner of the paper.
 //
 // A page is laid out as the finished print is to measure. A printer that makes everything longer by the document's
 // print scale gets it drawn shorter by as much, around the middle of the paper; that is the page's placement.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,9 @@ struct PrintedPage {
     PageSize paper;
     Placement placement;  // of the layout, whose coordinates everything below has
     Point patternPlace;   // of the origin of the pattern's geometry
+    // The part of the pattern that is on the page, in coordinates of its geometry; if empty, all of it.
+    std::optional<Rectangle> window;
+    std::vector<Rectangle> lines;  // that show where to cut; they do not overlap
     std::vector<CheckBar> bars;
     std::vector<PageText> texts;  // all but the labels of the bars
 
@@ -44,8 +48,13 @@ struct PrintedPage {
     Placement patternPlacement() const { return {placement.at(patternPlace), placement.scale}; }
 };
 
-// All pages, one per pattern. Throws PatternTooLarge, which names the first pattern that fits on no page.
-std::vector<PrintedPage> printedPages(const PatternDocument &document);
+// The shapes of the pattern that are on the page. If they are only a part, they are put into `part`.
+const PatternGeometry &visibleGeometry(const PrintedPage &page, PatternGeometry &part);
+
+// A page with the pattern, the bars and a caption, in these places. The caption is that of the pattern, after
+// `captionStart`.
+PrintedPage makePage(const DrawnPattern &pattern, const PageLayout &layout, const DrawingOptions &options,
+                     const std::string &captionStart);
 
 // "100 mm"
 PageText labelOf(const CheckBar &bar);

@@ -97,7 +97,8 @@ private:
 void addPattern(std::string &svg, const PrintedPage &page) {
     svg += "<path id=\"pattern\" fill-rule=\"evenodd\" d=\"\n";
     PathData path(svg, page.patternPlacement());
-    const PatternGeometry &geometry = page.pattern->geometry;
+    PatternGeometry part;
+    const PatternGeometry &geometry = visibleGeometry(page, part);
     for (const Rectangle &rectangle : geometry.rectangles) {
         path.add(rectangle);
     }
@@ -115,6 +116,15 @@ void addBars(std::string &svg, const PrintedPage &page) {
     PathData path(svg, page.placement);
     for (const CheckBar &bar : page.bars) {
         path.add(checkBarOutline(bar));
+    }
+    svg += "\"/>\n";
+}
+
+void addLines(std::string &svg, const PrintedPage &page) {
+    svg += "<path id=\"cut-lines\" d=\"\n";
+    PathData path(svg, page.placement);
+    for (const Rectangle &line : page.lines) {
+        path.add(line);
     }
     svg += "\"/>\n";
 }
@@ -169,6 +179,9 @@ std::string svgPage(const PrintedPage &page, const PatternDocument &document) {
     svg += "</metadata>\n";
     addPattern(svg, page);
     addBars(svg, page);
+    if (!page.lines.empty()) {
+        addLines(svg, page);
+    }
     addTexts(svg, page);
     svg += "</svg>\n";
     return svg;

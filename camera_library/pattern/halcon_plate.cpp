@@ -36,6 +36,8 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     geometry.squareSide = gridSpacing / 2.0;
     geometry.quietZone = geometry.squareSide;
     geometry.lattice = {halconMarksPerSide, halconMarksPerSide, gridSpacing, {gridSpacing, gridSpacing}};
+    constexpr double cutDistance = 0.3;  // between the marks, which end at 0.25, and the dots, which begin at 0.35
+    geometry.cutDistance = cutDistance * gridSpacing;
     if (gridSpacing <= 0.0) {
         return geometry;
     }

@@ -56,10 +56,21 @@ struct PatternGeometry {
     double quietZone = 0.0;   // width of the light border around the outer size
     double squareSide = 0.0;  // half the grid spacing
     Lattice lattice;
+    // A board may be cut along every line of the lattice that is moved right and down by this length. The line is
+    // between squares, or between marks.
+    double cutDistance = 0.0;
     std::vector<Rectangle> rectangles;
     std::vector<Circle> circles;
     std::vector<Polygon> polygons;
 };
+
+// The part of the shapes within the window, which is in their coordinates. Circles that it cuts become polygons that
+// are at most 0.2 um off. All else is as in the geometry.
+PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geometry);
+
+// The corners of the regular polygon that is drawn instead of a circle of this radius and of its area, and that is at
+// most `tolerance` off. It is centred on the origin.
+Polygon polygonOfCircle(double radius, double tolerance);
 
 // The shapes of a checked description. A grid spacing of 0 gives a geometry of size 0.
 PatternGeometry geometryOf(const PatternDescription &description);

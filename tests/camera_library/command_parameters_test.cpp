@@ -44,6 +44,11 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
          {"\"Resolution\"", "19", "20 to 4800 dots per inch"}},
         {R"({"ImageSize": 100, "PrintScale": [1, 1.11], "Patterns": [)" + single + "]}",
          {"\"PrintScale\"", "1.11", "0.9 to 1.1"}},
+        {R"({"ImageSize": 100, "Paper": "A9", "Patterns": [)" + single + "]}",
+         {"\"Paper\"", "A9", "\"Tabloid\"", "5080"}},
+        {R"({"ImageSize": 100, "Paper": [210, 149], "Patterns": [)" + single + "]}",
+         {"\"Paper\"", "149", "150 to 5080 mm"}},
+        {R"({"ImageSize": 100, "Sheets": true, "Patterns": [)" + single + "]}", {"\"Sheets\"", "true", "\"Paper\""}},
         {R"({"ImageSize": 100, "Colour": "red", "Patterns": [)" + single + "]}", {"\"Colour\"", "red", "\"Encoding\""}},
         {R"({"Filename": 3, "Patterns": [)" + single + "]}", {"\"Filename\"", "3", "string"}},
         {onePattern(R"({"Type": "singlecustom", "GridSpacing": 12})"),
@@ -120,6 +125,11 @@ TEST(PatternParameters, writesNothingWhenAnyParameterIsRefused) {
     };
     for (const std::string &pattern : patterns) {
         EXPECT_NE(save(pattern, folder.file("pattern.pdf")), "") << pattern;
+    }
+    for (const char *paper : {R"("Paper": "A4")", R"("Paper": "A4", "Sheets": false)"}) {
+        Node tooLarge = nodeFromJson(std::string("{") + paper + R"(, "Patterns": [{"GridSpacing": 40}]})");
+        std::get<NodeObject>(tooLarge.value)["Filename"] = folder.file("pattern.pdf");
+        EXPECT_NE(outcomeOf(tooLarge).find("\"Sheets\" true"), std::string::npos);
     }
     Node tooManyPixels = nodeFromJson(R"({"Resolution": 4800, "Patterns": [{"GridSpacing": 40}]})");
     std::get<NodeObject>(tooManyPixels.value)["Filename"] = folder.file("pattern.png");

@@ -1,0 +1,16 @@
+// The pages of a pattern that is split over sheets.
+#pragma once
+
+#include <vector>
+
+#include "camera_library/output/printed_page.h"
+#include "camera_library/output/sheets.h"
+
+namespace lmlib64 {
+
+// Adds a page with a plan of the sheets and what to do with them, and then the sheets, row by row. Each sheet has its
+// part of the pattern, two marks for every cut, check bars, and a caption that begins with its number.
+void addSheetPages(const DrawnPattern &pattern, const SheetPlan &plan, const DrawingOptions &options,
+                   std::vector<PrintedPage> &pages);
+
+}  // namespace lmlib64

@@ -1,0 +1,95 @@
+#include "camera_library/output/sheets.h"
+
+#include <algorithm>
+
+namespace lmlib64 {
+
+namespace {
+
+// One direction of a pattern.
+struct Extent {
+    double begin = 0.0;  // of the quiet zone
+    double end = 0.0;
+    std::vector<double> lines;  // where it may be cut, in order
+};
+
+Extent extentOf(double length, double quietZone, double firstLine, double pitch) {
+    Extent extent{-quietZone, length + quietZone, {}};
+    for (int line = -1; firstLine + line * pitch < length; ++line) {
+        if (firstLine + line * pitch > 0.0) {
+            extent.lines.push_back(firstLine + line * pitch);
+        }
+    }
+    return extent;
+}
+
+// The cuts that make every sheet as long as possible, but with its overlaps at most `longest`. Empty if two cuts are
+// farther apart than that.
+std::vector<double> cutsFor(const Extent &extent, double longest) {
+    std::vector<double> cuts{extent.begin};
+    while (true) {
+        const double begin = cuts.size() == 1 ? extent.begin : cuts.back() - sheetOverlap;
+        if (extent.end - begin <= longest) {
+            cuts.push_back(extent.end);
+            return cuts;
+        }
+        const auto next = std::upper_bound(extent.lines.begin(), extent.lines.end(), begin + longest - sheetOverlap);
+        if (next == extent.lines.begin() || *(next - 1) <= cuts.back()) {
+            return {};
+        }
+        cuts.push_back(*(next - 1));
+    }
+}
+
+// As few sheets as possible, and among these the ones of which the longest is shortest.
+std::vector<double> evenCuts(const Extent &extent, double longest) {
+    std::vector<double> cuts = cutsFor(extent, longest);
+    double tooShort = 0.0;
+    constexpr double tolerance = 0.01;
+    while (!cuts.empty() && longest - tooShort > tolerance) {
+        const double middle = (tooShort + longest) / 2.0;
+        const std::vector<double> shorter = cutsFor(extent, middle);
+        if (shorter.size() == cuts.size()) {
+            cuts = shorter;
+            longest = middle;
+        } else {
+            tooShort = middle;
+        }
+    }
+    return cuts;
+}
+
+}  // namespace
+
+Rectangle SheetPlan::window(std::size_t column, std::size_t row) const {
+    return {column == 0 ? cutsX[0] : cutsX[column] - sheetOverlap, row == 0 ? cutsY[0] : cutsY[row] - sheetOverlap,
+            column + 1 == columns() ? cutsX.back() : cutsX[column + 1] + sheetOverlap,
+            row + 1 == rows() ? cutsY.back() : cutsY[row + 1] + sheetOverlap};
+}
+
+std::optional<SheetPlan> planSheets(const PatternGeometry &geometry, const Paper &paper,
+                                    std::array<double, 2> printScale) {
+    const Lattice &lattice = geometry.lattice;
+    const Extent x =
+        extentOf(geometry.width, geometry.quietZone, lattice.first.x + geometry.cutDistance, lattice.pitch);
+    const Extent y =
+        extentOf(geometry.height, geometry.quietZone, lattice.first.y + geometry.cutDistance, lattice.pitch);
+    std::optional<SheetPlan> best;
+    for (const PageSize &size : orientations(paper)) {
+        const PageSize block = largestBlock(size, printScale);
+        const SheetPlan plan{size, evenCuts(x, block.width), evenCuts(y, block.height)};
+        if (!plan.cutsX.empty() && !plan.cutsY.empty() && (!best || plan.count() < best->count())) {
+            best = plan;
+        }
+    }
+    return best;
+}
+
+std::vector<PageSize> orientations(const Paper &paper) {
+    if (paper.name.empty()) {
+        return {paper.size};
+    }
+    return {paper.size, {paper.size.height, paper.size.width}};
+}
+
+}  // namespace lmlib64
