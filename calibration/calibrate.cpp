@@ -145,10 +145,10 @@ private:
             }
             const std::vector<Bend> before = bends;
             bends = chooseBends(result.observations, result.estimate, options.measured);
-            place();
             if (bends == before) {
                 break;
             }
+            place();
         }
     }
 

@@ -147,7 +147,7 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
     // Chi-squared with `count` degrees of freedom has this mean and this variance.
     const double square = numbers.dot(spread.ldlt().solve(numbers));
-    return square > double(count) + 3 * std::sqrt(2 * double(count));
+    return square > double(count) + 5 * std::sqrt(2 * double(count));
 }
 
 // Takes back the bends of prints that are flat as far as one can tell. While one print that bends counts as flat, the

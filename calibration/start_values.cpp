@@ -33,10 +33,8 @@ public:
 
     bool isEmpty() const { return alone.sightings.empty(); }
 
-    // A few sightings with few corners are enough to tell focal lengths apart.
-    void keepFew() {
-        constexpr size_t fewSightings = 10;
-        constexpr size_t fewCorners = 50;
+    // Keeps some of the sightings, with some of their corners each.
+    void keepFew(size_t fewSightings, size_t fewCorners) {
         if (alone.sightings.size() > fewSightings) {
             // Taken at regular intervals from the half with the most corners, whose poses usually differ.
             const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
@@ -62,12 +60,14 @@ public:
     // Improves the lens. Returns the rms of the residuals in standard deviations. The share of each sighting is
     // limited, so that a bad one does not dominate.
     double improve(Eigen::VectorXd &intrinsics, double robustScale, int iterations) const {
+        constexpr double roughly = 1e-4;
         Estimate estimate = poses(intrinsics);
         SolveOptions options;
         options.freedom.rig = false;
         options.freedom.prints = false;
         options.robustScale = robustScale;
         options.iterations = iterations;
+        options.tolerance = roughly;
         if (!solveJointly(alone, options, estimate)) {
             return std::numeric_limits<double>::infinity();
         }
@@ -287,12 +287,14 @@ int rigOrigin(const Observations &observations, int camera) {
 }
 
 std::optional<double> startLens(const Observations &observations, int camera, Eigen::VectorXd &intrinsics) {
-    const LensAlone all(observations, camera);
+    LensAlone all(observations, camera);
     if (all.isEmpty()) {
         return std::nullopt;
     }
+    // A few sightings with few corners are enough to tell focal lengths apart, and some more for a start value.
     LensAlone few = all;
-    few.keepFew();
+    few.keepFew(10, 50);
+    all.keepFew(40, 100);
     // Large residuals are weighted down from the start. The first scale is wide, because all residuals are large while
     // the focal length is wrong.
     constexpr double firstScale = 300;

@@ -8,7 +8,7 @@
 namespace calibration {
 
 // The lens of one camera, by itself: several focal lengths are tried on a few of its photographs, and the one that fits
-// best is improved over all of them. Sets nothing if the camera has no usable sighting. Returns the rms of the
+// best is improved over more of them. Sets nothing if the camera has no usable sighting. Returns the rms of the
 // residuals in standard deviations.
 std::optional<double> startLens(const Observations &observations, int camera, Eigen::VectorXd &intrinsics);
 
