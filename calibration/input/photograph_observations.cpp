@@ -83,6 +83,28 @@ Sighting sightingOf(const PatternReading &reading, const PrintCatalogue::Match &
     return sighting;
 }
 
+// The area of the rectangle around a reading, in square pixels.
+double areaOf(const PatternReading &reading) {
+    Eigen::Vector2d least(1e9, 1e9);
+    Eigen::Vector2d most(-1e9, -1e9);
+    for (const pattern_reader::PatternCorner &corner : reading.corners) {
+        const Eigen::Vector2d image(corner.image.x, corner.image.y);
+        least = least.cwiseMin(image);
+        most = most.cwiseMax(image);
+    }
+    return reading.corners.empty() ? 0 : (most - least).prod();
+}
+
+// Plain boards have no marks, so texture in the background can look like a small one. One that is much smaller than
+// another in the same photograph does not count.
+bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photograph) {
+    constexpr double timesLarger = 8;
+    return reading.kind == PatternKind::Board &&
+           std::any_of(photograph.readings.begin(), photograph.readings.end(), [&](const PatternReading &other) {
+               return other.kind == PatternKind::Board && areaOf(other) > timesLarger * areaOf(reading);
+           });
+}
+
 // What one photograph shows, by print. A print that it shows twice is left out.
 struct Shown {
     std::vector<Sighting> sightings;
@@ -93,6 +115,9 @@ Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue,
     Shown shown;
     std::map<int, int> counts;
     for (const PatternReading &reading : photograph.readings) {
+        if (isTextureBeside(reading, photograph)) {
+            continue;
+        }
         const PrintCatalogue::Match match = catalogue.match(reading);
         if (match.print < 0) {
             shown.reasons.push_back(match.reason);

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 #include <thread>
 
 #include "calibration/input/exif_camera.h"
@@ -25,13 +27,27 @@ private:
     int before;
 };
 
+constexpr int thumbnailSide = 240;  // pixels, the longer one
+constexpr int thumbnailQuality = 70;
+
+std::string thumbnailOf(const cv::Mat &grey) {
+    const double scale = std::min(1.0, double(thumbnailSide) / std::max(grey.cols, grey.rows));
+    const cv::Size size(std::max(1, int(grey.cols * scale)), std::max(1, int(grey.rows * scale)));
+    cv::Mat small;
+    cv::resize(grey, small, size, 0, 0, cv::INTER_AREA);
+    std::vector<unsigned char> bytes;
+    cv::imencode(".jpg", small, bytes, {cv::IMWRITE_JPEG_QUALITY, thumbnailQuality});
+    return {bytes.begin(), bytes.end()};
+}
+
 bool isCancelled(const PhotographsOptions &options) {
     return options.reading.isCancelled && options.reading.isCancelled();
 }
 
 }  // namespace
 
-ReadPhotograph readPhotographFile(const PhotographFile &file, const pattern_reader::ReadingOptions &options) {
+ReadPhotograph readPhotographFile(const PhotographFile &file, const pattern_reader::ReadingOptions &options,
+                                  bool makeThumbnail) {
     ReadPhotograph read;
     read.file = file;
     try {
@@ -40,6 +56,7 @@ ReadPhotograph readPhotographFile(const PhotographFile &file, const pattern_read
         read.height = photograph.grey.rows;
         read.isTruncated = photograph.truncated;
         read.exifCamera = exifCamera(file.path);
+        read.thumbnail = makeThumbnail ? thumbnailOf(photograph.grey) : "";
         read.readings = pattern_reader::readPhotograph(photograph, options);
     } catch (const std::exception &error) {
         read.error = error.what();
@@ -60,7 +77,7 @@ std::vector<ReadPhotograph> readPhotographs(const std::vector<PhotographFile> &f
     const auto work = [&] {
         try {
             for (size_t i = next++; i < files.size() && !isCancelled(options); i = next++) {
-                photographs[i] = readPhotographFile(files[i], options.reading);
+                photographs[i] = readPhotographFile(files[i], options.reading, options.makeThumbnails);
                 const std::lock_guard lock(reporting);
                 done++;
                 if (options.onPhotograph) {

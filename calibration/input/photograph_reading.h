@@ -26,14 +26,17 @@ struct ReadPhotograph {
     int height = 0;
     bool isTruncated = false;  // the file ends before its picture does
     std::vector<pattern_reader::PatternReading> readings;
-    std::string error;  // a sentence; empty if the picture was loaded
+    std::string error;      // a sentence; empty if the picture was loaded
+    std::string thumbnail;  // a small JPEG file, as bytes; empty if not asked for
 };
 
-ReadPhotograph readPhotographFile(const PhotographFile &file, const pattern_reader::ReadingOptions &options);
+ReadPhotograph readPhotographFile(const PhotographFile &file, const pattern_reader::ReadingOptions &options,
+                                  bool makeThumbnail = false);
 
 struct PhotographsOptions {
     pattern_reader::ReadingOptions reading;
     unsigned jobs = 0;  // photographs read at the same time; 0: one for each processor
+    bool makeThumbnails = false;
     // Called after each photograph, by any of the reading threads but by only one at a time, with the photograph's
     // index in the list and the number of photographs done so far.
     std::function<void(std::size_t index, const ReadPhotograph &photograph, std::size_t done)> onPhotograph;

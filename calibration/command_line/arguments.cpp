@@ -1,0 +1,296 @@
+#include "calibration/command_line/arguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+
+#include "calibration/input/photograph_list.h"
+#include "calibration/output/result_files.h"
+
+namespace calibration {
+
+namespace {
+
+constexpr int mostCorners = 1000;      // of a plain board, on a side
+constexpr double barStep = 10;         // mm: check bars are a multiple of this long
+constexpr double mostWrongBar = 0.02;  // the greatest deviation of a check bar that is credible
+
+[[noreturn]] void fail(const std::string &text) {
+    throw std::runtime_error(text);
+}
+
+// All of the text as a number.
+template <typename T>
+bool parse(const std::string &text, T &value) {
+    const char *end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, value);
+    return error == std::errc() && last == end;
+}
+
+std::vector<std::string> split(const std::string &text, char separator) {
+    std::vector<std::string> parts{""};
+    for (const char c : text) {
+        if (c == separator) {
+            parts.emplace_back();
+        } else {
+            parts.back() += c;
+        }
+    }
+    return parts;
+}
+
+// Two numbers with an x between them.
+template <typename T>
+bool parsePair(const std::string &text, T &x, T &y) {
+    const std::vector<std::string> parts = split(text, 'x');
+    return parts.size() == 2 && parse(parts[0], x) && parse(parts[1], y);
+}
+
+cv::Size parseBoard(const std::string &text) {
+    cv::Size board;
+    if (!parsePair(text, board.width, board.height) || std::min(board.width, board.height) < 3 ||
+        std::max(board.width, board.height) > mostCorners) {
+        fail("--board: \"" + text + "\" is no size such as 9x6, with 3 to 1000 inner corners a side.");
+    }
+    return board;
+}
+
+std::optional<LensModel> parseModel(const std::string &text) {
+    for (const LensModel lens :
+         {LensModel::Pinhole4, LensModel::Pinhole5, LensModel::Pinhole8, LensModel::Pinhole12, LensModel::Fisheye}) {
+        if (text == nameOf(lens)) {
+            return lens;
+        }
+    }
+    return std::nullopt;
+}
+
+// Check bars have a length of whole centimetres, so their length in the drawing is known.
+double ratioOfBar(double measured) {
+    const double drawn = barStep * std::round(measured / barStep);
+    return drawn > 0 ? measured / drawn : 0;
+}
+
+MeasuredSheet parseMeasured(const std::string &text) {
+    MeasuredSheet sheet;
+    const size_t equals = text.find('=');
+    Eigen::Vector2d bars(0, 0);
+    int number = 0;
+    const bool hasNumber = equals != std::string::npos;
+    if ((hasNumber && !parse(text.substr(0, equals), number)) || number < 0 ||
+        !parsePair(hasNumber ? text.substr(equals + 1) : text, bars.x(), bars.y())) {
+        fail("--measured: \"" + text + "\" is not of the form 99.7x100.1 or 3=99.7x100.1.");
+    }
+    sheet.ratio = {ratioOfBar(bars.x()), ratioOfBar(bars.y())};
+    if (!((sheet.ratio.array() - 1).abs().maxCoeff() <= mostWrongBar)) {
+        fail("--measured: \"" + text +
+             "\" cannot be the lengths of the two check bars in millimetres: they are 100 mm long in the drawing, or "
+             "another multiple of 10 mm.");
+    }
+    if (hasNumber) {
+        sheet.number = number;
+    }
+    return sheet;
+}
+
+AssemblyAxes parseAxes(const std::vector<std::string> &texts) {
+    AssemblyAxes axes;
+    for (size_t i = 0; i < axes.corners.size(); i++) {
+        const std::vector<std::string> parts = split(texts.at(i), ':');
+        AssemblyAxes::Corner &corner = axes.corners[i];
+        if (parts.size() != 3 || !parse(parts[0], corner.pattern) || !parse(parts[1], corner.column) ||
+            !parse(parts[2], corner.row)) {
+            fail("--axes: \"" + texts[i] + "\" is not of the form PATTERN:COLUMN:ROW.");
+        }
+    }
+    return axes;
+}
+
+// NAME=REST.
+std::pair<std::string, std::string> parseCamera(const std::string &text) {
+    const size_t equals = text.find('=');
+    std::pair<std::string, std::string> camera{text.substr(0, equals),
+                                               equals == std::string::npos ? "" : text.substr(equals + 1)};
+    if (camera.second.empty()) {
+        fail("--camera: \"" + text + "\" is not of the form NAME=FOLDER or NAME=\"left*.jpg\".");
+    }
+    if (!isCameraName(camera.first)) {
+        fail("--camera: \"" + camera.first +
+             "\" cannot be a name, because files are named after it: use letters, digits, - and _.");
+    }
+    return camera;
+}
+
+void findPhotographsOf(Arguments &arguments) {
+    std::vector<std::pair<std::string, std::string>> sources;
+    for (const std::string &text : arguments.texts.cameras) {
+        sources.push_back(parseCamera(text));
+    }
+    for (const std::string &text : arguments.texts.photographs) {
+        sources.emplace_back("", text);
+    }
+    for (const auto &[camera, source] : sources) {
+        const std::vector<std::string> found = findPhotographs(source);
+        if (found.empty()) {
+            fail("There are no photographs in \"" + source + "\".");
+        }
+        for (const std::string &path : found) {
+            arguments.photographs.push_back({path, camera});
+        }
+    }
+    if (arguments.photographs.empty()) {
+        fail("No photographs were given. Run with --help for more information.");
+    }
+}
+
+// Gives a listed photograph its camera, by the patterns of --camera, and its size.
+void complete(ListedPhotograph &photograph, const std::string &list, const Arguments &arguments) {
+    for (const std::string &text : arguments.texts.cameras) {
+        const auto [name, glob] = parseCamera(text);
+        const std::string file = std::filesystem::path(photograph.name).filename().string();
+        if (photograph.camera.empty() && (matchesGlob(glob, photograph.name) || matchesGlob(glob, file))) {
+            photograph.camera = name;
+        }
+    }
+    if (arguments.texts.imageSize.empty()) {
+        findPictureSize(photograph, list);
+    } else if (!parsePair(arguments.texts.imageSize, photograph.width, photograph.height) || photograph.width <= 0 ||
+               photograph.height <= 0) {
+        fail("--image-size: \"" + arguments.texts.imageSize + "\" is no size such as 640x480.");
+    }
+    if (photograph.width <= 0) {
+        fail("The size of the picture \"" + photograph.name +
+             "\" is not known, because the file is not there: give "
+             "--image-size.");
+    }
+}
+
+void loadCornerLists(Arguments &arguments) {
+    if (!arguments.board || arguments.target.square <= 0) {
+        fail("--corners needs --board and --square.");
+    }
+    if (!arguments.texts.photographs.empty() || !arguments.texts.patternFiles.empty()) {
+        fail("--corners cannot be combined with photographs or --pattern.");
+    }
+    for (const std::string &text : arguments.texts.cornerLists) {
+        const size_t equals = text.find('=');
+        const bool hasName = equals != std::string::npos && !std::filesystem::exists(text);
+        const std::string path = hasName ? text.substr(equals + 1) : text;
+        for (ListedPhotograph &photograph : loadCornerList(path)) {
+            photograph.camera = hasName ? parseCamera(text).first : "";
+            complete(photograph, path, arguments);
+            arguments.listed.push_back(std::move(photograph));
+        }
+    }
+}
+
+void addInputOptions(CLI::App &app, Arguments &arguments) {
+    ArgumentTexts &texts = arguments.texts;
+    app.add_option("PHOTO", texts.photographs, "Photographs: PNG, JPEG, TIFF or PGM; also folders and name patterns");
+    app.add_option("--camera", texts.cameras,
+                   "The photographs of one camera, as a folder or a name pattern such as \"left*.jpg\"; may be "
+                   "repeated. Other photographs are grouped by size and by the camera's name in EXIF")
+        ->type_name("NAME=FOLDER|GLOB")
+        ->allow_extra_args(false);
+    app.add_flag("--rig", arguments.isRig,
+                 "The cameras are fixed to each other: photographs with the same name or number were taken at the same "
+                 "moment");
+    app.add_option("--pattern", texts.patternFiles,
+                   "What was printed, as JSON or PDF of the camera library; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    app.add_option("--grid-spacing", arguments.target.gridSpacing,
+                   "Grid spacing of patterns that do not say it themselves")
+        ->type_name("MM")
+        ->check(CLI::PositiveNumber);
+    CLI::Option *board = app.add_option("--board", texts.board, "Reads plain checkerboards of this many inner corners")
+                             ->type_name("CxR");
+    CLI::Option *square = app.add_option("--square", arguments.target.square, "Side of a plain checkerboard's square")
+                              ->type_name("MM")
+                              ->check(CLI::PositiveNumber);
+    board->needs(square);
+    square->needs(board);
+    app.add_option("--corners", texts.cornerLists,
+                   "Corners from another detector in place of photographs: a text file with the columns filename, x, y "
+                   "and level; may be repeated")
+        ->type_name("[NAME=]FILE")
+        ->allow_extra_args(false);
+    app.add_option("--image-size", texts.imageSize, "Size of the pictures of --corners, if they are not there")
+        ->type_name("WxH")
+        ->needs("--corners");
+    app.add_option("--jobs", arguments.jobs, "Photographs to read at the same time; one for each processor if 0")
+        ->type_name("N");
+}
+
+}  // namespace
+
+void addOptions(CLI::App &app, Arguments &arguments) {
+    ArgumentTexts &texts = arguments.texts;
+    addInputOptions(app, arguments);
+    app.add_option("--model", texts.model,
+                   "Lens model: auto, pinhole4, pinhole5, pinhole8, pinhole12 or fisheye; auto takes the one that "
+                   "predicts held-out photographs best")
+        ->type_name("MODEL")
+        ->check(CLI::IsMember({"auto", "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye"}));
+    app.add_option("--measured", texts.measured,
+                   "Lengths of a sheet's two check bars, measured across and along the sheet; N is the pattern's "
+                   "number. May be repeated")
+        ->type_name("[N=]99.7x100.1")
+        ->allow_extra_args(false);
+    app.add_option("--axes", texts.axes,
+                   "Three corners that define the coordinate system of assembly.json: the origin, one on the x axis, "
+                   "and one on the side of positive y")
+        ->type_name("N:COLUMN:ROW")
+        ->expected(3);
+    app.add_option("--report", arguments.report, "Writes a report as one HTML page")->type_name("FILE");
+    app.add_option("--out", arguments.outputFolder, "Folder for the results; it is made if it is absent")
+        ->type_name("FOLDER")
+        ->required();
+    app.add_flag("--quiet", arguments.isQuiet, "Prints nothing but errors");
+    app.set_version_flag("--version", "calibrate_cameras " LMCALTAB_VERSION);
+    app.footer(
+        "Examples:\n"
+        "  calibrate_cameras --out result --report report.html photos/*.jpg\n"
+        "  calibrate_cameras --rig --camera left=left/ --camera right=right/ --out result\n"
+        "  calibrate_cameras --board 9x6 --square 25 --out result photos/");
+}
+
+void interpret(Arguments &arguments) {
+    const ArgumentTexts &texts = arguments.texts;
+    if (std::filesystem::exists(arguments.outputFolder) && !std::filesystem::is_directory(arguments.outputFolder)) {
+        fail("--out: \"" + arguments.outputFolder + "\" is no folder.");
+    }
+    if (!texts.board.empty()) {
+        arguments.board = parseBoard(texts.board);
+    }
+    arguments.lens = parseModel(texts.model);
+    for (const std::string &text : texts.measured) {
+        arguments.measured.push_back(parseMeasured(text));
+    }
+    if (!texts.axes.empty()) {
+        arguments.axes = parseAxes(texts.axes);
+    }
+    for (const std::string &file : texts.patternFiles) {
+        for (pattern_reader::PrintedPattern &pattern : pattern_reader::loadPrintedPatterns(file)) {
+            arguments.target.patterns.push_back(std::move(pattern));
+        }
+    }
+    if (arguments.board && !arguments.target.patterns.empty()) {
+        fail("--board and --pattern cannot be combined.");
+    }
+    for (const pattern_reader::PrintedPattern &pattern : arguments.target.patterns) {
+        if (pattern.kind == pattern_reader::PatternKind::Board) {
+            arguments.board = pattern.size;  // the reader only finds plain boards of a size that it is told
+        }
+    }
+    if (texts.cornerLists.empty()) {
+        findPhotographsOf(arguments);
+    } else {
+        loadCornerLists(arguments);
+    }
+}
+
+}  // namespace calibration
