@@ -151,16 +151,22 @@ private:
         }
     }
 
-    // There are many moments, and each sighting belongs to only one, so they are eliminated first.
+    // There are many moments, and each sighting belongs to only one, so they are eliminated first. All other blocks
+    // have a group of their own, because Ceres takes the blocks of a group in the order of their addresses, which
+    // differs from run to run. The moments stand in one array.
     ceres::ParameterBlockOrdering ordering() const {
         ceres::ParameterBlockOrdering order;
-        std::vector<double *> blocks;
-        problem.GetParameterBlocks(&blocks);
-        for (double *block : blocks) {
-            order.AddElementToGroup(block, 1);
-        }
+        int group = 0;
         for (const int moment : moments) {
-            order.AddElementToGroup(estimate.rigFromWorld[size_t(moment)].data(), 0);
+            order.AddElementToGroup(estimate.rigFromWorld[size_t(moment)].data(), group);
+        }
+        for (const int camera : cameras) {
+            order.AddElementToGroup(estimate.intrinsics[size_t(camera)].data(), ++group);
+            order.AddElementToGroup(estimate.cameraFromRig[size_t(camera)].data(), ++group);
+        }
+        for (const int print : prints) {
+            order.AddElementToGroup(estimate.worldFromPrint[size_t(print)].data(), ++group);
+            order.AddElementToGroup(estimate.shapes[size_t(print)].numbers.data(), ++group);
         }
         return order;
     }
