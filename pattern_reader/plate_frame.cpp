@@ -70,19 +70,22 @@ FrameEvidence lookForFrame(const PlateView &view) {
 }
 
 CornerLook lookAtCorner(const PlateView &view, int corner) {
-    const auto at = [&](double x, double y) {
-        double light = 0.5;
-        // Along the side that starts in this corner and inward from it.
-        return view.lightAt(onSide(corner, x, y), light) ? light : 0.5;
+    // Light along the side that starts in this corner and inward from it; `otherwise` outside the picture.
+    const auto at = [&](double x, double y, double otherwise) {
+        double light = 0;
+        return view.lightAt(onSide(corner, x, y), light) ? light : otherwise;
     };
-    const bool light = at(1.1, 0.42) > 0.6 && at(0.42, 1.1) > 0.6 && at(-0.25, 0.5) > 0.6 && at(0.5, -0.25) > 0.6;
-    const bool dark = at(frameMiddle, 0.6) < 0.5 && at(0.6, frameMiddle) < 0.5 && at(frameMiddle, frameMiddle) < 0.5;
+    const auto isLight = [&](double x, double y) { return at(x, y, 1) > 0.6; };
+    const auto isDark = [&](double x, double y) { return at(x, y, 0) < 0.5; };
+    // The frame's outer edge may be outside the picture.
+    const bool light = isLight(1.1, 0.42) && isLight(0.42, 1.1) && isLight(-0.25, 0.5) && isLight(0.5, -0.25);
+    const bool dark = isDark(frameMiddle, 0.6) && isDark(0.6, frameMiddle) && isDark(frameMiddle, frameMiddle);
     if (!light || !dark) {
         return CornerLook::Hidden;
     }
     // The second place is the one that tells a triangle best from the corner of a blurred or wider frame.
-    const double inside = at(0.37, 0.37);
-    const double deep = at(0.5, 0.5);
+    const double inside = at(0.37, 0.37, 0.5);
+    const double deep = at(0.5, 0.5, 0.5);
     return inside < 0.35 && deep < 0.4 ? CornerLook::Triangle : inside > 0.65 ? CornerLook::Plain : CornerLook::Hidden;
 }
 
