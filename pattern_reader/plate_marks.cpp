@@ -19,13 +19,49 @@ const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float ra
     return levels[number];
 }
 
+// Whether each mark has the size that the map and the other marks suggest. If something covers a part of a mark, it has
+// not, and its centre is not where it seems to be.
+std::vector<bool> haveUsualSize(const MarkLattice &found, const MarkMap &imageFromCell) {
+    std::vector<double> sizes;
+    sizes.reserve(found.marks.size());
+    for (size_t i = 0; i < found.marks.size(); i++) {
+        const cv::Matx22d steps = imageFromCell.stepsAt(found.lattice.corners[i].cell);
+        sizes.push_back(double(found.marks[i].area) / std::abs(cv::determinant(steps)));
+    }
+    std::vector<double> sorted = sizes;
+    const auto middle = sorted.begin() + std::ptrdiff_t(sorted.size() / 2);
+    std::nth_element(sorted.begin(), middle, sorted.end());
+    std::vector<bool> usual;
+    usual.reserve(sizes.size());
+    for (const double size : sizes) {
+        usual.push_back(size > 0.8 * *middle && size < 1.25 * *middle);
+    }
+    return usual;
+}
+
 bool mapCells(const MarkLattice &found, MarkMap &imageFromCell) {
     std::vector<MappedMark> marks;
     for (const LatticeCorner &corner : found.lattice.corners) {
         marks.push_back({corner.cell, corner.position});
     }
     imageFromCell = MarkMap(marks);
-    return imageFromCell.isKnown();
+    if (!imageFromCell.isKnown()) {
+        return false;
+    }
+    const std::vector<bool> usual = haveUsualSize(found, imageFromCell);
+    std::vector<MappedMark> clear;
+    for (size_t i = 0; i < marks.size(); i++) {
+        if (usual[i]) {
+            clear.push_back(marks[i]);
+        }
+    }
+    if (clear.size() < marks.size()) {
+        MarkMap map(clear);
+        if (map.isKnown()) {
+            imageFromCell = std::move(map);
+        }
+    }
+    return true;
 }
 
 // The distance of two points of the picture in cells.
