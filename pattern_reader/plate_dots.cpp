@@ -9,20 +9,35 @@ namespace pattern_reader {
 
 namespace {
 
-// True if at least half of the marks next to a dot were found. Otherwise something blank may cover the place, which
-// would look like a missing dot.
-bool isInSight(const PlateView &view, cv::Point2d dot) {
-    int next = 0;
-    int seen = 0;
+// True if a mark's border is wholly in the picture.
+bool isInPicture(const PlateView &view, cv::Point2d mark) {
+    constexpr double reach = markRadius + 0.05;
+    double light = 0;
+    return view.lightAt(mark - cv::Point2d(reach, 0), light) && view.lightAt(mark + cv::Point2d(reach, 0), light) &&
+           view.lightAt(mark - cv::Point2d(0, reach), light) && view.lightAt(mark + cv::Point2d(0, reach), light);
+}
+
+// The marks next to a dot. Where one in the picture was not found, something blank may cover the place, which would
+// look like a missing dot.
+struct NextMarks {
+    int all = 0;
+    int found = 0;
+    int hidden = 0;
+};
+
+NextMarks marksNextTo(const PlateView &view, cv::Point2d dot) {
+    NextMarks marks;
     for (int y = 1; y <= marksPerSide; y++) {
         for (int x = 1; x <= marksPerSide; x++) {
             if (std::abs(x - dot.x) < 1 && std::abs(y - dot.y) < 1) {
-                next++;
-                seen += view.hasMark({x, y}) ? 1 : 0;
+                const bool found = view.hasMark({x, y});
+                marks.all++;
+                marks.found += found ? 1 : 0;
+                marks.hidden += !found && isInPicture(view, cv::Point(x, y)) ? 1 : 0;
             }
         }
     }
-    return 2 * seen >= next;
+    return marks;
 }
 
 // Whether a place is far enough from the frame and the marks to show nothing of them in a blurred picture.
@@ -82,35 +97,67 @@ std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
     return (around->mean - line->mean) / std::erf(width / std::sqrt(8 * blur2));
 }
 
-}  // namespace
+// A place of a dot, and what it looks like.
+struct DotPlace {
+    double share = 0;  // of what a dot can look like there
+    bool known = false;
+    bool canBeEmpty = false;  // whether a dot would be seen if there were one
+};
 
-SeenBlock readDots(const PlateView &view) {
-    std::array<double, pattern_code::blockBitCount> shares{};
+DotPlace lookAtDot(const PlateView &view, int bit) {
+    const pattern_code::DotPosition position = pattern_code::dotPosition(bit);
+    const cv::Point2d dot(position.x, position.y);
+    const NextMarks next = marksNextTo(view, dot);
+    DotPlace place;
+    if (2 * next.found >= next.all) {
+        const std::optional<double> share = dotShare(view, dot);
+        place.share = share.value_or(0);
+        place.known = share.has_value();
+        place.canBeEmpty = next.hidden == 0 && !view.isBleached(dot);
+    }
+    return place;
+}
+
+// How a dot looks in this picture; empty if that is not clear. About half of all bits are set, so the upper quartile is
+// that of a dot.
+std::optional<double> lookOfDots(const std::array<DotPlace, pattern_code::blockBitCount> &places) {
     std::vector<double> known;
-    for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
-        const pattern_code::DotPosition position = pattern_code::dotPosition(bit);
-        const cv::Point2d dot(position.x, position.y);
-        const std::optional<double> share = isInSight(view, dot) ? dotShare(view, dot) : std::nullopt;
-        shares[size_t(bit)] = share.value_or(-10);
-        if (share) {
-            known.push_back(*share);
+    for (const DotPlace &place : places) {
+        if (place.known) {
+            known.push_back(place.share);
         }
     }
-    SeenBlock seen;
     if (known.size() < 16) {
-        return seen;
+        return std::nullopt;
     }
-    // How a dot looks here: about half of all bits are set, so the upper quartile is that of a dot.
     const auto high = known.begin() + std::ptrdiff_t(known.size() * 3 / 4);
     std::nth_element(known.begin(), high, known.end());
     const double full = *high;
-    if (full < 0.3) {
-        return seen;
-    }
+    // In a soft picture dots are pale, but still differ from paper.
+    constexpr double usual = 0.3;
+    constexpr double palest = 0.06;
+    const auto unclear = std::count_if(known.begin(), known.end(), [&](double share) {
+        return share < -0.2 * full || std::abs(share - 0.5 * full) < 0.25 * full;
+    });
+    const bool isClear = full >= usual || (full >= palest && size_t(unclear) * 12 < known.size());
+    return isClear ? std::optional<double>(full) : std::nullopt;
+}
+
+}  // namespace
+
+SeenBlock readDots(const PlateView &view) {
+    std::array<DotPlace, pattern_code::blockBitCount> places;
     for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
-        const double share = shares[size_t(bit)] / full;
-        if (share > -0.6 && std::abs(share - 0.5) > 0.15) {
-            seen.see(bit, share > 0.5);
+        places[size_t(bit)] = lookAtDot(view, bit);
+    }
+    SeenBlock seen;
+    const std::optional<double> full = lookOfDots(places);
+    for (int bit = 0; full && bit < pattern_code::blockBitCount; bit++) {
+        const DotPlace &place = places[size_t(bit)];
+        const double share = place.share / *full;
+        const bool set = share > 0.5;
+        if (place.known && (set || place.canBeEmpty) && share > -0.6 && std::abs(share - 0.5) > 0.15) {
+            seen.see(bit, set);
         }
     }
     return seen;

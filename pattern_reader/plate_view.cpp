@@ -64,6 +64,14 @@ PlatePicture::PlatePicture(const std::vector<ImageLevel> &levels, const MarkLatt
         }
         contrasts.push_back({sum.dark / weights, sum.paper / weights});
     }
+    std::vector<double> differences;
+    differences.reserve(contrasts.size());
+    for (const Contrast &one : contrasts) {
+        differences.push_back(one.paper - one.dark);
+    }
+    const auto high = differences.begin() + std::ptrdiff_t(differences.size() * 3 / 4);
+    std::nth_element(differences.begin(), high, differences.end());
+    usual = *high;
 }
 
 PlatePicture::Contrast PlatePicture::contrastAt(cv::Point2d cell) const {
@@ -94,6 +102,11 @@ cv::Point2d PlateView::toCell(cv::Point2d plate) const {
 bool PlateView::hasMark(cv::Point plate) const {
     const cv::Point2d cell = toCell(plate);
     return picture.marks.lattice.indexAt({int(std::lround(cell.x)), int(std::lround(cell.y))}) >= 0;
+}
+
+bool PlateView::isBleached(cv::Point2d plate) const {
+    const PlatePicture::Contrast here = picture.contrastAt(toCell(plate));
+    return here.paper > 245 && here.paper - here.dark < 0.85 * picture.fullContrast();
 }
 
 double PlateView::sharpSpacingAt(cv::Point2d plate) const {

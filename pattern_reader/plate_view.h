@@ -29,6 +29,9 @@ struct PlatePicture {
     // The contrast of the marks around a place; outside the lattice, of the marks nearest to it.
     Contrast contrastAt(cv::Point2d cell) const;
 
+    // The contrast without a reflection: that of most marks, or more.
+    double fullContrast() const { return usual; }
+
     const MarkLattice &marks;
     const MarkMap &map;
     const ImageLevel *level = nullptr;       // in which a grid spacing has some 20 pixels
@@ -37,6 +40,7 @@ struct PlatePicture {
 private:
     cv::Rect extent;  // of the lattice
     std::vector<Contrast> contrasts;
+    double usual = 0;
 };
 
 // A plate's picture under one assumption of where in the plate the lattice lies.
@@ -53,6 +57,8 @@ public:
     bool lightAt(cv::Point2d plate, double &light) const;
     // The same from a sharper picture, for the fine lines of the dots.
     bool sharpLightAt(cv::Point2d plate, double &light) const;
+    // True if a reflection makes the paper as light as a picture can show, so that fine lines on it may be lost.
+    bool isBleached(cv::Point2d plate) const;
     // Pixels of the sharper picture per grid spacing at a point, the geometric mean of both directions.
     double sharpSpacingAt(cv::Point2d plate) const;
     double sharpScale() const { return picture.sharpLevel->scale(); }

@@ -7,7 +7,9 @@
 #include <random>
 
 #include "bench/reader/coded_targets.h"
+#include "bench/reader/conditions.h"
 #include "bench/reader/empty_pictures.h"
+#include "bench/reader/scoring.h"
 #include "bench/reader/synthetic_camera.h"
 #include "pattern_reader/pattern_reader.h"
 
@@ -124,6 +126,20 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
 TEST(PlateReading, refusesGridsWithoutATriangle) {
     for (const unsigned number : {318U, 7868U, 11898U, 12498U, 17378U}) {
         EXPECT_TRUE(readPatterns(makeEmptyPicture(EmptyKind::MarkGrid, number)).empty()) << number;
+    }
+}
+
+// Dots that cannot be seen must not count as absent, because the block would then refute the plate.
+TEST(PlateReading, readsPlatesOfWhichAPartCannotBeSeen) {
+    constexpr unsigned bleached = 14036;
+    constexpr unsigned bandInFront = 5404;
+    constexpr unsigned marksHalfCovered = 15100;
+    constexpr unsigned outOfFocusAndCut = 17319;
+    for (const unsigned number : {bleached, bandInFront, marksHalfCovered, outOfFocusAndCut}) {
+        const Scene scene = makeConditionScene(number);
+        const PictureScore score = scorePicture(scene, readPatterns(scene.image));
+        EXPECT_TRUE(score.patterns.front().placed) << number;
+        EXPECT_EQ(score.patterns.front().strayCorners, 0) << number;
     }
 }
 
