@@ -55,7 +55,7 @@ std::vector<std::string> instructions(const PatternGeometry &geometry, const She
         "1. Print all sheets at 100 % and measure the check bars.",
         "2. Where a sheet has a neighbour on its left or above it, cut that edge off along the cut marks.",
         "3. Lay the sheets down in the order of their numbers, each onto the uncut edge of the one before it",
-        "    and of the one above it, so that the cut edge lies between the cut marks and all squares go on.",
+        "and of the one above it, so that the cut edge lies between the cut marks and all squares go on.",
         "4. Glue them to a flat board and measure the whole: " + numberText(wholeNanometres(geometry.width)) + " x " +
             numberText(wholeNanometres(geometry.height)) + " mm without the quiet zone.",
     };
