@@ -25,8 +25,7 @@ constexpr double leastNoise = 0.01;
 
 class Calibrator {
 public:
-    Calibrator(const Observations &seen, const CalibrateOptions &how) : given(seen), options(how) {
-        result.observations = seen;
+    Calibrator(const Observations &seen, const CalibrateOptions &how) : given(seen), good(seen), options(how) {
         bends.assign(seen.prints.size(), Bend::Flat);
     }
 
@@ -35,11 +34,16 @@ public:
         enter(Stage::StartValues, 0);
         findStart();
         enter(Stage::ChoosingModels, 0);
-        if (!options.previous) {
-            chooseModels();
-        }
+        chooseModels();
         enter(Stage::Solving, 0);
         solve();
+        if (leaveOut()) {
+            // What is left out may have spoilt the choice.
+            enter(Stage::ChoosingModels, 0);
+            chooseModels();
+            enter(Stage::Solving, 0.5);
+            solve();
+        }
         const std::optional<Covariance> covariance = covarianceOf(result.observations, result.freedom, result.estimate);
         if (!covariance) {
             throw CalibrationImpossible(
@@ -121,7 +125,7 @@ private:
 
     // Finds all poses for the chosen lenses.
     void place() {
-        result.observations = given;
+        result.observations = good;
         std::vector<Eigen::VectorXd> lenses;
         for (size_t camera = 0; camera < given.cameras.size(); camera++) {
             result.observations.cameras[camera].lens = chosen[camera].lens;
@@ -134,6 +138,9 @@ private:
     // A lens chosen while prints count as flat, or a bend chosen with the wrong lens, can be wrong. So both are chosen
     // again until neither changes.
     void chooseModels() {
+        if (options.previous || (options.lens && !options.mayBend)) {
+            return;
+        }
         constexpr int rounds = 3;
         for (int round = 0; round < rounds; round++) {
             const bool changed = !options.lens && chooseLenses(double(round) / rounds);
@@ -158,7 +165,7 @@ private:
         for (size_t camera = 0; camera < given.cameras.size(); camera++) {
             enter(Stage::ChoosingModels, share);
             if (!starts[camera].empty()) {
-                LensChoice choice = chooseLens(given, int(camera), starts[camera], bends, options.measured);
+                LensChoice choice = chooseLens(good, int(camera), starts[camera], bends, options.measured);
                 changed = changed || choice.chosen.lens != chosen[camera].lens;
                 chosen[camera] = std::move(choice.chosen);
                 trials[camera] = std::move(choice.trials);
@@ -174,6 +181,17 @@ private:
                 "The corners in the photographs do not fit together: check that the sizes of "
                 "the prints and the numbers of corners are right.");
         }
+    }
+
+    // Takes the sightings that the solve left out from those that models are chosen by. True if there are any.
+    bool leaveOut() {
+        bool isAny = false;
+        for (size_t i = 0; i < good.sightings.size(); i++) {
+            const bool isLeftOut = good.sightings[i].isUsed && !result.observations.sightings[i].isUsed;
+            good.sightings[i].isUsed = good.sightings[i].isUsed && !isLeftOut;
+            isAny = isAny || isLeftOut;
+        }
+        return isAny && !options.previous && (!options.lens || options.mayBend);
     }
 
     void checkFocalLengths() const {
@@ -207,6 +225,7 @@ private:
     }
 
     const Observations &given;
+    Observations good;  // without the sightings that were left out
     const CalibrateOptions &options;
     Calibration result;
     // Of each camera:

@@ -6,7 +6,7 @@
 #include "calibration/outliers.h"
 #include "calibration/planar_pose.h"
 #include "calibration/sighting_residuals.h"
-#include "calibration/verdict.h"
+#include "calibration/wording.h"
 
 namespace calibration {
 
@@ -99,7 +99,7 @@ private:
             return "The photograph shows two boards that both are " + print + ": print a number only once.";
         }
         if (!hasPose(observations, sighting, calibration.estimate)) {
-            return "No other photograph says where " + print + " was.";
+            return "Nothing that was seen at this moment is where the other photographs have it.";
         }
         const RigidMotion expected = calibration.estimate.cameraFromRig[size_t(photograph.camera)] *
                                      calibration.estimate.rigFromWorld[size_t(photograph.moment)] *
@@ -114,7 +114,8 @@ private:
     std::optional<double> otherFocalLength(double scale) const {
         std::optional<double> best;
         for (const Eigen::Index scaled : {2, 4}) {
-            for (double factor = 0.4; factor < 2.5; factor *= 1.04) {
+            for (int step = -23; step <= 23; step++) {
+                const double factor = std::pow(1.04, step);  // 0.4 to 2.5
                 Eigen::VectorXd other = lens;
                 other.head(scaled) *= factor;
                 const std::optional<Alone> alone = fitAlone(observations, sighting, other, shape);

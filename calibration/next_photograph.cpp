@@ -8,7 +8,7 @@
 
 #include <Eigen/Geometry>
 
-#include "calibration/verdict.h"
+#include "calibration/wording.h"
 
 namespace calibration {
 

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
+
+#include "calibration/wording.h"
 
 namespace calibration {
 
@@ -15,6 +16,7 @@ constexpr double usableUncertainty = 1;
 constexpr double greatestRms = 1;  // pixels
 constexpr int fewPhotographs = 8;
 constexpr double greatestShareLeftOut = 0.2;
+constexpr int fewMoved = 3;
 // By random errors alone, lenses from halves differ by about twice the uncertainty.
 constexpr double greatestHalvesRatio = 5;
 
@@ -75,6 +77,7 @@ public:
             }
         }
         judgeLeftOut();
+        nameMoved();
         nameGroups();
         nameUndetermined();
         nameScale();
@@ -183,6 +186,26 @@ private:
         }
     }
 
+    void nameMoved() {
+        std::vector<int> moved(observations.prints.size(), 0);
+        std::vector<int> all(observations.prints.size(), 0);
+        for (const Sighting &sighting : observations.sightings) {
+            all[size_t(sighting.print)]++;
+        }
+        for (const LeftOut &one : calibration.leftOut) {
+            moved[size_t(observations.sightings[size_t(one.sighting)].print)] += one.misfit == Misfit::Moved ? 1 : 0;
+        }
+        for (size_t print = 0; print < moved.size(); print++) {
+            if (moved[print] >= fewMoved && moved[print] > greatestShareLeftOut * all[print]) {
+                calibration.notices.push_back(
+                    capitalised(namesOf(observations, {int(print)})) + " is elsewhere in " +
+                    std::to_string(moved[print]) + " of the " + std::to_string(all[print]) +
+                    " photographs that show it: it moved meanwhile, or two boards have the same number. Calibrate the "
+                    "photographs before and after the move separately.");
+            }
+        }
+    }
+
     void nameGroups() {
         const std::vector<int> &groups = calibration.estimate.groups;
         const int first = calibration.firstGroup();
@@ -198,7 +221,7 @@ private:
         }
         for (const std::vector<int> &group : others) {
             if (!group.empty()) {
-                const std::string names = capital(namesOf(observations, group));
+                const std::string names = capitalised(namesOf(observations, group));
                 calibration.notices.push_back(names + (group.size() > 1 ? " are" : " is") +
                                               " in no photograph with the others, so where " +
                                               (group.size() > 1 ? "they are" : "it is") +
@@ -206,7 +229,7 @@ private:
             }
         }
         if (!unseen.empty()) {
-            calibration.notices.push_back(capital(namesOf(observations, unseen)) +
+            calibration.notices.push_back(capitalised(namesOf(observations, unseen)) +
                                           (unseen.size() > 1 ? " are" : " is") + " in no photograph that counts.");
         }
     }
@@ -248,53 +271,12 @@ private:
         }
     }
 
-    static std::string capital(std::string text) {
-        if (!text.empty() && text[0] == 'p') {
-            text[0] = 'P';
-        }
-        return text;
-    }
-
     Calibration &calibration;
     const Observations &observations;
     bool isLensGiven;
 };
 
 }  // namespace
-
-std::string namesOf(const Observations &observations, const std::vector<int> &prints) {
-    std::string list;
-    bool haveNumbers = true;
-    for (size_t i = 0; i < prints.size(); i++) {
-        const Print &print = observations.prints[size_t(prints[i])];
-        haveNumbers = haveNumbers && print.number >= 0;
-        list += i == 0 ? "" : i + 1 == prints.size() ? " and " : ", ";
-        list += print.number >= 0     ? std::to_string(print.number)
-                : !print.name.empty() ? "\"" + print.name + "\""
-                                      : "the target";
-    }
-    return haveNumbers ? (prints.size() > 1 ? "patterns " : "pattern ") + list : list;
-}
-
-std::string rounded(double value) {
-    std::array<char, 32> text{};
-    const double size = std::abs(value);
-    const int digits = size >= 9.95 ? 0 : size >= 0.995 ? 1 : size >= 0.00995 ? 2 : 3;
-    std::snprintf(text.data(), text.size(), "%.*f", digits, value);
-    return text.data();
-}
-
-std::string placeInPicture(double x, double y) {
-    const std::string vertical = y < 0.34 ? "upper" : y > 0.66 ? "lower" : "";
-    const std::string horizontal = x < 0.34 ? "left" : x > 0.66 ? "right" : "";
-    if (vertical.empty() && horizontal.empty()) {
-        return "in the middle";
-    }
-    if (vertical.empty() || horizontal.empty()) {
-        return "at the " + vertical + horizontal + " edge";
-    }
-    return "in the " + vertical + " " + horizontal + " corner";
-}
 
 void giveVerdict(Calibration &calibration, bool isLensGiven) {
     VerdictWriter(calibration, isLensGiven).run();

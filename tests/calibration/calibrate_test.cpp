@@ -44,6 +44,27 @@ void expectTruth(const Calibration &result, const Scene &scene) {
     EXPECT_NEAR(result.estimate.shapes[1].numbers[PrintShape::bend], 0.6, 0.03);
 }
 
+// A quicker scene, of the first camera alone.
+Scene makeSmallScene() {
+    Scene scene = makeScene(0.05);
+    std::vector<Sighting> &sightings = scene.observations.sightings;
+    sightings.erase(std::remove_if(sightings.begin(), sightings.end(),
+                                   [&](const Sighting &one) {
+                                       return scene.observations.photographs[size_t(one.photograph)].camera != 0;
+                                   }),
+                    sightings.end());
+    return scene;
+}
+
+// The truth as a previous result, so that no models are chosen.
+Calibration calibrationOf(const Scene &scene) {
+    Calibration result;
+    result.observations = scene.observations;
+    result.estimate = scene.truth;
+    result.freedom.shapes = {{PrintShape::ratio}, {PrintShape::ratio, 3, 4, 5}};
+    return result;
+}
+
 int bendsOfPrint(const Calibration &result, size_t print) {
     const std::vector<int> &free = result.freedom.shapes[print];
     return int(std::count_if(free.begin(), free.end(), [](int number) { return number >= PrintShape::bend; }));
@@ -100,7 +121,9 @@ TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {
     for (Sighting &sighting : sightings) {
         sighting.corners[size_t(sighting.photograph) % sighting.corners.size()].image += Eigen::Vector2d(3, -4);
     }
-    const Calibration result = calibrate(scene.observations);
+    CalibrateOptions options;
+    options.previous = std::make_shared<Calibration>(calibrationOf(scene));
+    const Calibration result = calibrate(scene.observations, options);
     expectTruth(result, scene);
     const std::vector<std::pair<size_t, Misfit>> expected = {{moved, Misfit::Moved},
                                                              {misread, Misfit::Unclear},
@@ -111,6 +134,25 @@ TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {
         EXPECT_EQ(size_t(result.leftOut[i].sighting), expected[i].first);
         EXPECT_EQ(result.leftOut[i].misfit, expected[i].second) << result.leftOut[i].reason;
     }
+}
+
+TEST(Calibrate, keepsToThePlaceOfAPrintBeforeItMoved) {
+    Scene scene = makeSmallScene();
+    RigidMotion elsewhere = scene.truth.worldFromPrint[1];
+    elsewhere.translation += Eigen::Vector3d(7, -3, 2);
+    std::mt19937 random(1);
+    for (Sighting &sighting : scene.observations.sightings) {
+        if (sighting.print == 1 && scene.observations.photographs[size_t(sighting.photograph)].moment >= 8) {
+            sighting = see(scene, sighting.photograph, 1, elsewhere, 0.05, random);
+        }
+    }
+    CalibrateOptions options;
+    options.lens = LensModel::Pinhole5;
+    const Calibration result = calibrate(scene.observations, options);
+    const Eigen::Vector3d found = result.estimate.worldFromPrint[1].translation;
+    EXPECT_LT((found - scene.truth.worldFromPrint[1].translation).norm(), 0.2);
+    ASSERT_FALSE(result.notices.empty());
+    EXPECT_NE(result.notices.front().find("it moved meanwhile"), std::string::npos) << result.notices.front();
 }
 
 TEST(Calibrate, namesPrintsThatNoPhotographLinks) {
