@@ -113,9 +113,9 @@ std::string kalibrPose(const RigidMotion &motion) {
     for (int row = 0; row < 3; row++) {
         const Eigen::Vector4d numbers(rotation(row, 0), rotation(row, 1), rotation(row, 2),
                                       motion.translation[row] * metresPerMillimetre);
-        text += "  - [" + listText(numbers.data(), 4) + "]\n";
+        text += "    - [" + listText(numbers.data(), 4) + "]\n";
     }
-    return text + "  - [0.0, 0.0, 0.0, 1.0]\n";
+    return text + "    - [0.0, 0.0, 0.0, 1.0]\n";
 }
 
 }  // namespace
