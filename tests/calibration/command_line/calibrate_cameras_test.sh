@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# The command line of calibrate_cameras: from photographs and corner lists to files, and what it says about bad input.
+#   calibrate_cameras_test.sh CALIBRATE_CAMERAS PICTURE
+# The picture is the manual's, in which the pattern's middle is at (652, 336). ImageMagick takes photographs of it.
+set -euo pipefail
+calibrate_cameras=$1
+folder=$(mktemp -d)
+trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
+cp "$2" "$folder/whole.png"
+cd "$folder"
+
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+# ends CODE ARGUMENT...: runs the program, its output in the files out and err, and compares its exit code.
+ends() {
+  local expected=$1 code=0
+  shift
+  "$calibrate_cameras" "$@" >out 2>err || code=$?
+  [ "$code" = "$expected" ] || fail "calibrate_cameras $* ended with $code instead of $expected: $(cat err)"
+}
+says() { grep -q -- "$2" "$1" || fail "no \"$2\" in: $(cat "$1")"; }
+# No result may be left by a run that fails.
+nothing_in() { [ ! -e "$1" ] || [ -z "$(ls -A "$1")" ] || fail "$1 has: $(ls -A "$1")"; }
+# is_near FILE NUMBER SHARE: the focal length in the results.
+is_near() {
+  awk -v true="$2" -v share="$3" -F '[][,]' '/"FocalLength"/ { if (($2/true - 1)^2 > share^2) bad = 1; n++ }
+    END { exit bad || !n }' "$1" || fail "another focal length than $2: $(grep FocalLength "$1")"
+}
+
+# Views of a square of this side by a camera with a focal length of 700 pixels: four points of the square and where the
+# camera sees them, for COUNT views that tilt by TILT.
+views() {
+  awk -v count="$1" -v tilt="$2" 'BEGIN { side = 380; f = 700; h = side / 2
+    for (k = 0; k < count; k++) {
+      a = tilt * cos(k * 2.4); b = tilt * sin(k * 2.4); c = 0.3 * sin(k * 1.3)
+      z = f * (1 + 0.2 * cos(k)); right = 110 * cos(k * 1.7); down = 70 * sin(k * 1.7)
+      for (i = 0; i < 4; i++) {
+        s = (i % 2) * side - h; t = (i > 1) * side - h
+        x = cos(c) * s - sin(c) * t; y = sin(c) * s + cos(c) * t
+        w = sin(a) * y; y = cos(a) * y; v = cos(b) * x + sin(b) * w; w = cos(b) * w - sin(b) * x
+        printf "%d,%d %.4f,%.4f ", s + h, t + h, f * (v + right) / (w + z) + 400.5, f * (y + down) / (w + z) + 300.5
+      }
+      print ""
+    } }'
+}
+# photographs NAME COUNT TILT
+photographs() {
+  local n=0 view
+  views "$2" "$3" | while read -r view; do
+    convert target.png -virtual-pixel edge -define distort:viewport=800x600 -distort Perspective "$view" "$1$n.png"
+    n=$((n + 1))
+  done
+}
+convert whole.png -crop 380x380+462+146 +repage -colorspace Gray target.png
+photographs photo 8 0.6
+
+# From photographs to files. The same files with another number of threads.
+convert photo0.png -resize 50% scaled.png
+convert -size 800x600 xc:gray50 empty.png
+convert photo1.png photo1.jpg
+head -c 9000 photo1.jpg >truncated.jpg
+ends 0 --jobs 2 --out result --report report.html photo?.png scaled.png empty.png truncated.jpg absent.png
+says err 'scaled.png: It has 400 x 300 pixels'
+says err 'empty.png: No pattern was found in it.'
+says err 'truncated.jpg: The file ends before its picture does.'
+says err 'absent.png: The file "absent.png" cannot be opened.'
+is_near result/calibration.json 700 0.002
+says result/assembly.json '"Points": \['
+says report.html '<svg'
+ends 0 --quiet --jobs 1 --out again photo?.png scaled.png empty.png truncated.jpg absent.png
+{ [ ! -s out ] && ! grep calibrate_cameras err; } || fail "--quiet prints: $(cat out err)"
+diff -r result again
+ends 1 --out result-2 --quiet photo?.png --report /dev/null/report.html
+nothing_in result-2
+
+# From a corner list, with one corner that was not seen.
+awk 'BEGIN { print "# filename x y level"
+  for (k = 0; k < 12; k++) for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
+    a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
+    w = sin(a) * t; y = cos(a) * t; x = cos(b) * s + sin(b) * w; w = cos(b) * w - sin(b) * s + 450
+    seed = (seed * 7 + 31 * k + row + 11 * column) % 101; noise = (seed - 50) / 1000
+    u = 900 * (x + 40 * cos(k)) / w + 500 + noise; v = 900 * (y + 30 * sin(k)) / w + 400 - noise
+    print "view" k ".png", u, v, (k == 3 && row == 2 && column == 2 ? "-" : 0)
+  } }' >corners.txt
+ends 0 --corners corners.txt --board 9x6 --square 25 --image-size 1000x800 --model pinhole4 --measured 99.8x100 --out listed
+is_near listed/calibration.json 900 0.001
+says out '12 photographs'
+says listed/camchain.yaml 'distortion_model: radtan'
+ends 2 --corners corners.txt --board 9x6 --square 25 --out none
+says err 'give --image-size'
+
+# Photographs that determine nothing.
+photographs same 3 0
+ends 1 --out none empty.png
+says err 'No photograph shows a pattern.'
+ends 1 --out none photo0.png
+says err 'Only one photograph shows a pattern'
+ends 1 --out none same?.png
+says err 'too few directions'
+says err 'No calibration was written.'
+nothing_in none
+
+# Wrong calls.
+ends 0 --help
+says out 'calibrate_cameras --rig'
+ends 2 photo0.png
+ends 2 --out none
+says err 'No photographs were given'
+ends 2 --out photo0.png photo1.png
+says err 'is no folder'
+ends 2 --out none 'nothing*.png'
+ends 2 --out none --camera 'a/b=photo?.png'
+ends 2 --out none --measured 3=100 photo0.png
+ends 2 --out none --measured 90x94 photo0.png
+ends 2 --out none --model pinhole6 photo0.png
+ends 2 --out none --board 9x6 photo0.png
+ends 2 --out none --pattern photo0.png photo1.png
+nothing_in none
