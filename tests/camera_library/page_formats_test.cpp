@@ -237,6 +237,8 @@ TEST_F(PageFormats, printScaleMakesTheNextPrintTrue) {
     EXPECT_LT(differenceOfPrint(drawn(layers["DARK"])), 90.0) << pattern;
     EXPECT_NEAR(extent(layers["BARS"].polylines[0], &cv::Point2d::x), 100 / 0.98, 2e-5);
     EXPECT_NEAR(extent(layers["BARS"].polylines[1], &cv::Point2d::y), 100 / 1.02, 2e-5);
+    layers = readDxf(saveBoth(pattern, ".dxf", {{"PrintScale", NodeArray{0.9, 0.9}}}));
+    EXPECT_NEAR(layers["DARK"].circles.at(0)[2], 2.5 / 0.9, 2e-5);
 
     const Json without = description;
     const std::string corrected = saveBoth(pattern, "-corrected.pdf", options);
