@@ -225,7 +225,7 @@ cv::Mat printed(const cv::Mat &picture, double scaleX, double scaleY) {
 
 TEST_F(PageFormats, printScaleMakesTheNextPrintTrue) {
     const NodeObject options{{"PrintScale", NodeArray{0.98, 1.02}}, {"Resolution", resolution}};
-    const std::string &pattern = plateWithOffset;
+    const std::string &pattern = plate;
     const std::string svg = saveBoth(pattern, ".svg", options);
     const cv::Mat expected = rendered(pdf)(patternOnA4());
     const auto differenceOfPrint = [&](const cv::Mat &page) {
@@ -238,7 +238,7 @@ TEST_F(PageFormats, printScaleMakesTheNextPrintTrue) {
     EXPECT_NEAR(extent(layers["BARS"].polylines[0], &cv::Point2d::x), 100 / 0.98, 2e-5);
     EXPECT_NEAR(extent(layers["BARS"].polylines[1], &cv::Point2d::y), 100 / 1.02, 2e-5);
     layers = readDxf(saveBoth(pattern, ".dxf", {{"PrintScale", NodeArray{0.9, 0.9}}}));
-    EXPECT_NEAR(layers["DARK"].circles.at(0)[2], 2.5 / 0.9, 2e-5);
+    EXPECT_NEAR(layers["DARK"].circles.at(0)[2], 3.125 / 0.9, 2e-5);
 
     const Json without = description;
     const std::string corrected = saveBoth(pattern, "-corrected.pdf", options);
