@@ -27,5 +27,10 @@ int main(int count, char **arguments) {
     if (isWanted("bad")) {
         isMet = measureBadInput() && isMet;
     }
+#ifdef LMCALTAB_HAS_READER
+    if (isWanted("truth")) {
+        isMet = measureSyntheticTruth() && isMet;
+    }
+#endif
     return isMet ? 0 : 1;
 }

@@ -11,5 +11,7 @@ bool measureTime();
 bool measurePartialViews();
 // Input that does not determine a calibration, or that contradicts itself.
 bool measureBadInput();
+// Rendered pictures, read and calibrated: how far from the truth the result is.
+bool measureSyntheticTruth();
 
 }  // namespace calibration_bench

@@ -36,6 +36,17 @@ Vector3d middleOf(const std::vector<PrintDraft> &prints) {
     return sum / double(prints.size());
 }
 
+// Looks from near the middle of the prints in any direction.
+RigidMotion viewFromInside(const SceneDraft &draft, std::mt19937 &random) {
+    std::normal_distribution<double> normal;
+    std::uniform_real_distribution<double> even(-1, 1);
+    const Vector3d axis = Vector3d(normal(random), normal(random), normal(random)).normalized();
+    RigidMotion view{axis * (even(random) + 1) * 1.5, Vector3d::Zero()};
+    const Vector3d place = middleOf(draft.prints) + 120 * Vector3d(even(random), even(random), even(random));
+    view.translation = -(rotationMatrix(view.rotation) * place);
+    return view;
+}
+
 // Puts the middle of the prints at a random place of the first camera's picture.
 RigidMotion randomView(const SceneDraft &draft, std::mt19937 &random) {
     std::normal_distribution<double> normal;
@@ -118,7 +129,7 @@ SimulatedScene simulate(const SceneDraft &draft, unsigned seed) {
     }
     scene.observations.moments = draft.moments;
     for (int moment = 0; moment < draft.moments; moment++) {
-        truth.rigFromWorld.push_back(randomView(draft, random));
+        truth.rigFromWorld.push_back(draft.isInside ? viewFromInside(draft, random) : randomView(draft, random));
         truth.hasMoment.push_back(true);
         for (size_t camera = 0; camera < draft.cameras.size(); camera++) {
             const auto photograph = int(scene.observations.photographs.size());

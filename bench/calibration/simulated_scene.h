@@ -37,8 +37,11 @@ struct SceneDraft {
     double saidNoise = 0.1;  // what the corners say that it is
     double least = 500;      // mm, distance from the first camera to the middle of the prints
     double most = 800;
-    double reach = 0.7;      // share of the picture, from its middle, that may show the middle of the prints
-    double tilt = 0.6;       // radians, standard deviation about each axis
+    double reach = 0.7;  // share of the picture, from its middle, that may show the middle of the prints
+    double tilt = 0.6;   // radians, standard deviation about each axis
+    // The camera is among the prints, near the middle, and looks to all sides; least, most, reach and tilt are not used
+    // then.
+    bool isInside = false;
     bool wholeOnly = false;  // drops sightings that do not show the whole print
     int fewestCorners = 12;  // of a sighting
 };
