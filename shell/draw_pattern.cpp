@@ -16,7 +16,7 @@ using shell::PatternKind;
 
 struct Arguments {
     PatternChoice choice;
-    std::vector<std::string> outputs;
+    shell::Outputs outputs;
     std::string parameterFile;
     std::string patternFile;
     bool listsPlates = false;
@@ -53,10 +53,26 @@ CLI::Option *addPair(CLI::App &app, const std::string &name, std::optional<std::
 }
 
 void addOutput(CLI::App &app, Arguments &arguments) {
-    app.add_option("-o,--output", arguments.outputs,
+    shell::Outputs &outputs = arguments.outputs;
+    app.add_option("-o,--output", outputs.files,
                    "File to write; its ending selects the format. May be repeated for several formats")
         ->type_name("FILE")
         ->allow_extra_args(false);
+    app.add_option("--resolution", outputs.resolution, "Pixels per inch of a .png file")->type_name("DPI");
+    addPair(app, "--print-scale", outputs.printScale, ',', "X,Y",
+            "What a millimetre became when it was printed at 100 %, such as 0.995,1: makes the next print true");
+    app.add_option_function<std::string>(
+           "--paper",
+           [&outputs](const std::string &text) {
+               if (const auto size = pairOf<double>(text, 'x')) {
+                   outputs.paper = *size;
+               } else {
+                   outputs.paper = text;
+               }
+           },
+           "Paper to print on: A4 to A0, Letter, Legal, Tabloid or a size in mm; by default the smallest of A4 to A0")
+        ->type_name("NAME|WxH");
+    app.add_flag("--sheets", outputs.splitsOverSheets, "Splits a pattern that the paper does not hold over sheets");
 }
 
 CLI::App &addKind(CLI::App &app, Arguments &arguments, PatternKind kind, const std::string &name,

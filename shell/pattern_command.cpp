@@ -95,15 +95,38 @@ void copyJson(const TreeItem &from, const TreeItem &to) {
     }
 }
 
-void runFor(const TreeCommand &command, const std::vector<std::string> &outputs) {
-    for (const std::string &output : outputs) {
-        command.parameters()["Filename"] = output;
+// Replaces the node, which may hold a value of another type from a file.
+template <typename Number>
+void writePair(const TreeItem &node, const std::array<Number, 2> &pair) {
+    node.setNull();
+    node.erase();
+    node[0] = pair[0];
+    node[1] = pair[1];
+}
+
+void runFor(const TreeCommand &command, const Outputs &outputs) {
+    if (outputs.resolution) {
+        command.parameters()["Resolution"] = *outputs.resolution;
+    }
+    if (outputs.printScale) {
+        writePair(command.parameters()["PrintScale"], *outputs.printScale);
+    }
+    if (const auto *name = std::get_if<std::string>(&outputs.paper)) {
+        command.parameters()["Paper"] = *name;
+    } else if (const auto *size = std::get_if<std::array<double, 2>>(&outputs.paper)) {
+        writePair(command.parameters()["Paper"], *size);
+    }
+    if (outputs.splitsOverSheets) {
+        command.parameters()["Sheets"] = true;
+    }
+    for (const std::string &file : outputs.files) {
+        command.parameters()["Filename"] = file;
         command.execute(true);
     }
 }
 
-void requireOutputs(const std::vector<std::string> &outputs) {
-    if (outputs.empty()) {
+void requireOutputs(const Outputs &outputs) {
+    if (outputs.files.empty()) {
         throw WrongCall("no file to write: name one with -o, such as -o target.pdf");
     }
 }
@@ -128,8 +151,7 @@ void writePattern(const PatternChoice &choice, int index, const TreeItem &patter
             break;
     }
     if (choice.gridSize) {
-        pattern["GridSize"][0] = (*choice.gridSize)[0];
-        pattern["GridSize"][1] = (*choice.gridSize)[1];
+        writePair(pattern["GridSize"], *choice.gridSize);
     }
     if (choice.gridSpacing) {
         pattern["GridSpacing"] = *choice.gridSpacing;
@@ -138,15 +160,14 @@ void writePattern(const PatternChoice &choice, int index, const TreeItem &patter
         pattern["Thickness"] = *choice.thickness;
     }
     if (choice.offset) {
-        pattern["Offset"][0] = (*choice.offset)[0];
-        pattern["Offset"][1] = (*choice.offset)[1];
+        writePair(pattern["Offset"], *choice.offset);
     }
     pattern["Polarity"] = !choice.isInverted;
 }
 
 }  // namespace
 
-void drawChoice(const PatternChoice &choice, const std::vector<std::string> &outputs) {
+void drawChoice(const PatternChoice &choice, const Outputs &outputs) {
     requireOutputs(outputs);
     translated([&] {
         const TreeCommand command("GenerateCalibrationPattern");
@@ -158,25 +179,23 @@ void drawChoice(const PatternChoice &choice, const std::vector<std::string> &out
     });
 }
 
-void drawParameters(const std::string &file, const std::vector<std::string> &outputs) {
+void drawParameters(const std::string &file, const Outputs &outputs) {
     translated([&] {
         const TreeCommand command("GenerateCalibrationPattern");
         loadJson(file, command.parameters());
         if (!command.parameters().isObject()) {
             throw WrongCall("The file " + quoted(file) + " does not hold a JSON object with parameters.");
         }
-        if (!outputs.empty()) {
-            runFor(command, outputs);
-            return;
+        Outputs chosen = outputs;
+        if (chosen.files.empty() && command.parameters()["Filename"].exists()) {
+            chosen.files.push_back(command.parameters()["Filename"].asString());
         }
-        if (!command.parameters()["Filename"].exists()) {
-            requireOutputs(outputs);
-        }
-        command.execute(true);
+        requireOutputs(chosen);
+        runFor(command, chosen);
     });
 }
 
-void drawAgain(const std::string &file, const std::vector<std::string> &outputs) {
+void drawAgain(const std::string &file, const Outputs &outputs) {
     requireOutputs(outputs);
     translated([&] {
         const TreeItem description("/PatternFile");
@@ -186,7 +205,11 @@ void drawAgain(const std::string &file, const std::vector<std::string> &outputs)
             throw WrongCall("The file " + quoted(file) + " is not a pattern file of version 1.");
         }
         const TreeCommand command("GenerateCalibrationPattern");
-        copyJson(description["Encoding"], command.parameters()["Encoding"]);
+        for (const char *name : {"Encoding", "Resolution", "PrintScale", "Paper", "Sheets"}) {
+            if (description[name].exists()) {
+                copyJson(description[name], command.parameters()[name]);
+            }
+        }
         for (int index = 0; index < description["Patterns"].count(); ++index) {
             copyJson(description["Patterns"][index]["Parameters"], command.parameters()["Patterns"][index]);
         }

@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace shell {
@@ -25,17 +26,27 @@ struct PatternChoice {
     bool isPlain = false;
 };
 
+// What is written. A value given here takes the place of one in a file with parameters.
+struct Outputs {
+    std::vector<std::string> files;
+    std::optional<int> resolution;                    // dots per inch, of formats with pixels
+    std::optional<std::array<double, 2>> printScale;  // what a print of 100 % was measured to be, in x and y
+    // A name such as "A4", or a size in mm; absent: the smallest of A4 to A0 that holds the pattern.
+    std::variant<std::monostate, std::string, std::array<double, 2>> paper;
+    bool splitsOverSheets = false;
+};
+
 // Each draws the pattern and writes every output, in the order given, a format by its ending. The first output that
 // cannot be written ends it; those before it stay. Throws WrongCall if the library refuses a parameter or a
 // given file is unusable, and std::runtime_error for everything else that fails.
-void drawChoice(const PatternChoice &choice, const std::vector<std::string> &outputs);
+void drawChoice(const PatternChoice &choice, const Outputs &outputs);
 
 // The same from a file with the command's "Parameters" as JSON, "-" for standard input. Without outputs, the file's own
 // "Filename" is written.
-void drawParameters(const std::string &file, const std::vector<std::string> &outputs);
+void drawParameters(const std::string &file, const Outputs &outputs);
 
 // The same from a pattern file (docs/pattern-file.md), again with the parameters that it lists.
-void drawAgain(const std::string &file, const std::vector<std::string> &outputs);
+void drawAgain(const std::string &file, const Outputs &outputs);
 
 // The plates of the catalogue as a table, a line for each, with a line of titles.
 std::string plateTable();

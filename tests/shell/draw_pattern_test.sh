@@ -39,6 +39,13 @@ draws '"Type":"Assembly","AssemblyPattern":4,"GridSpacing":12,"Thickness":0,"Pol
 [ "$(grep -c AssemblyPattern.:.[0-4], first.json)" = 5 ] || fail "not five patterns of an assembly"
 draws '"GridSpacing":8,"Thickness":0,"Offset":[16,-8],"Polarity":true,"Encoding":true' \
   halcon --grid-spacing 8 --offset 16,-8
+draws '"GridSpacing":8,"Thickness":0,"Polarity":true,"Encoding":true' \
+  halcon --grid-spacing 8 --resolution 300 --print-scale 0.995,1.002
+says <(tr -d ' \n' <first.json) '"Resolution":300,"PrintScale":[0.995,1.002]'
+draws '"Type":"Flexible","GridSize":[15,9],"GridSpacing":60,' \
+  flexible --size 15x9 --grid-spacing 60 --paper 200x287 --sheets
+says <(tr -d ' \n' <first.json) '"Paper":[200,287],"Sheets":true'
+draws '"GridSpacing":8,' halcon --grid-spacing 8 --paper Letter
 draws '"GridSpacing":8.123456,"Thickness":2,"Polarity":true' halcon --grid-spacing 8.123456 --thickness 2 --plain
 says first.json '"Encoding": false'
 
@@ -56,6 +63,13 @@ cmp named.json other.json || fail "-o changed the pattern"
 "$draw_pattern" --json - -o piped.json <<<"$parameters"
 cmp named.json piped.json || fail "another pattern from standard input"
 
+# Twice the resolution is twice as many pixels, but for one that is rounded.
+for dpi in 100 200; do
+  ends 0 halcon --grid-spacing 25.4 --resolution $dpi -o $dpi.png
+done
+width() { od -An -tu4 --endian=big -j16 -N4 "$1" | tr -d ' '; }
+[ $(((2 * $(width 100.png) - $(width 200.png)) / 2)) -eq 0 ] || fail "--resolution: $(width 100.png) and $(width 200.png) pixels"
+
 # Wrong calls name what is wrong and write nothing.
 while IFS='|' read -r arguments text; do
   eval "ends 2 $arguments"
@@ -71,6 +85,7 @@ flexible --size 15x9x2 --grid-spacing 5 -o no.pdf|--size: "15x9x2" is not
 flexible --size 15x900 --grid-spacing 5 -o no.pdf|Parameter "Patterns"[0]/"GridSize" is [15, 900];
 official --plate Plate13 -o no.pdf|Parameter "Patterns"[0]/"Type" is "Plate13";
 custom --grid-spacing 0 -o no.pdf|Parameter "Patterns"[0]/"GridSpacing" is 0,
+custom --grid-spacing 5 --resolution 5 -o no.pdf|Parameter "Resolution" is 5;
 custom --grid-spacing 5 -o no.xyz|Parameter "Filename" is "no.xyz";
 --from absent.json -o no.pdf|The file "absent.json" cannot be used: it cannot be opened.
 --from . -o no.pdf|The file "." cannot be used: it cannot be read.
