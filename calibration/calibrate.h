@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "calibration/calibration_export.h"
 #include "calibration/covariance.h"
 #include "calibration/projection_uncertainty.h"
 
@@ -125,22 +126,22 @@ struct Calibration {
     std::vector<std::string> notices;
 
     // The group that the first print with a pose belongs to: the common coordinate system of the results.
-    int firstGroup() const;
+    CALIBRATION_API int firstGroup() const;
 };
 
 // The reason why no calibration can be made, as a sentence for the user.
-class CalibrationImpossible : public std::runtime_error {
+class CALIBRATION_API CalibrationImpossible : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-class Cancelled : public std::runtime_error {
+class CALIBRATION_API Cancelled : public std::runtime_error {
 public:
     Cancelled() : std::runtime_error("The calibration was cancelled.") {}
 };
 
 // Throws CalibrationImpossible if the observations do not determine a calibration: too few photographs, all from one
 // direction, no corner at all.
-Calibration calibrate(const Observations &observations, const CalibrateOptions &options = {});
+CALIBRATION_API Calibration calibrate(const Observations &observations, const CalibrateOptions &options = {});
 
 }  // namespace calibration

@@ -10,11 +10,12 @@
 #include <optional>
 #include <vector>
 
+#include "calibration/calibration_export.h"
 #include "calibration/joint_solve.h"
 
 namespace calibration {
 
-class Covariance {
+class CALIBRATION_API Covariance {
 public:
     // The variance of the residuals after division by the corners' standard deviations: 1 if these are right.
     double varianceFactor() const { return factor; }

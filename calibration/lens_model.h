@@ -13,6 +13,8 @@
 #include <Eigen/Core>
 #include <string>
 
+#include "calibration/calibration_export.h"
+
 namespace calibration {
 
 enum class LensModel { Pinhole4, Pinhole5, Pinhole8, Pinhole12, Fisheye };
@@ -21,11 +23,11 @@ constexpr int pinholeParameters = 4;    // fx, fy, cx, cy
 constexpr int greatestParameters = 16;  // the number that the largest model has
 
 // Number of distortion coefficients, and of all parameters.
-int coefficientCount(LensModel lens);
-int parameterCount(LensModel lens);
+CALIBRATION_API int coefficientCount(LensModel lens);
+CALIBRATION_API int parameterCount(LensModel lens);
 
 // "pinhole4" ... "fisheye".
-const char *nameOf(LensModel lens);
+CALIBRATION_API const char *nameOf(LensModel lens);
 
 struct Projection {
     Eigen::Vector2d image;                // pixels
@@ -35,11 +37,14 @@ struct Projection {
 
 // Projects a point in camera axes. False if the camera cannot see it: a pinhole camera sees only what is in front of
 // it.
-bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Projection &projection);
-bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Eigen::Vector2d &image);
+CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point,
+                             Projection &projection);
+CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point,
+                             Eigen::Vector2d &image);
 
 // The direction, of unit length, that projects to a pixel. False if none is found: in parts of the picture where the
 // distortion folds over, a pixel has no direction, or several.
-bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image, Eigen::Vector3d &direction);
+CALIBRATION_API bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image,
+                               Eigen::Vector3d &direction);
 
 }  // namespace calibration

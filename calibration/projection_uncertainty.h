@@ -12,6 +12,7 @@
 #include <optional>
 #include <vector>
 
+#include "calibration/calibration_export.h"
 #include "calibration/observations.h"
 
 namespace calibration {
@@ -20,7 +21,7 @@ constexpr double infinitelyFar = std::numeric_limits<double>::infinity();
 
 // Values at the centres of the cells of a grid over the picture, row after row. A value is empty if the lens has no
 // direction for that pixel.
-struct PictureMap {
+struct CALIBRATION_API PictureMap {
     int columns = 0;
     int rows = 0;
     std::vector<std::optional<double>> values;

@@ -3,13 +3,15 @@
 
 #include <Eigen/Core>
 
+#include "calibration/calibration_export.h"
+
 namespace calibration {
 
 // The rotation matrix of a rotation vector: its direction is the axis, its length the angle in radians.
-Eigen::Matrix3d rotationMatrix(const Eigen::Vector3d &rotation);
+CALIBRATION_API Eigen::Matrix3d rotationMatrix(const Eigen::Vector3d &rotation);
 
 // The rotation vector of a rotation matrix; its length is at most pi.
-Eigen::Vector3d rotationVector(const Eigen::Matrix3d &matrix);
+CALIBRATION_API Eigen::Vector3d rotationVector(const Eigen::Matrix3d &matrix);
 
 // The matrix J for which rotationMatrix(rotation + d) = rotationMatrix(J d) * rotationMatrix(rotation) for a small d.
 Eigen::Matrix3d leftJacobian(const Eigen::Vector3d &rotation);
@@ -20,7 +22,7 @@ Eigen::Matrix3d crossMatrix(const Eigen::Vector3d &v);
 Eigen::Matrix3d rotationBetween(const Eigen::Vector3d &from, const Eigen::Vector3d &to);
 
 // p becomes rotationMatrix(rotation) * p + translation. "aFromB" names a motion from coordinates b to coordinates a.
-struct RigidMotion {
+struct CALIBRATION_API RigidMotion {
     Eigen::Vector3d rotation = Eigen::Vector3d::Zero();
     Eigen::Vector3d translation = Eigen::Vector3d::Zero();
 

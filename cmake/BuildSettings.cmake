@@ -1,5 +1,6 @@
 # How everything is compiled and where the results are put. The build tree has the layout of an installation, so that
-# paths relative to the program are valid in both.
+# paths relative to the program are valid in both. Inside another project, all this holds for this project's own
+# folders only.
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -14,10 +15,10 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-set(LMCALTAB_SHARE_DIRECTORY ${CMAKE_BINARY_DIR}/share/lmcaltab)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(LMCALTAB_SHARE_DIRECTORY ${PROJECT_BINARY_DIR}/share/lmcaltab)
 
 # The program finds the library beside it by a relative RUNPATH; folders in LD_LIBRARY_PATH take precedence.
 if(NOT WIN32)
@@ -26,10 +27,10 @@ if(NOT WIN32)
   add_link_options(LINKER:--enable-new-dtags)
 endif()
 
-find_program(CCACHE ccache)
-if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
-  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+find_program(LMCALTAB_CCACHE ccache)
+if(LMCALTAB_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${LMCALTAB_CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${LMCALTAB_CCACHE})
 endif()
 
 if(LMCALTAB_SANITIZE)
@@ -38,4 +39,4 @@ if(LMCALTAB_SANITIZE)
 endif()
 
 # Includes are written relative to the root of the source tree: "lmlib/tree_item.h".
-include_directories(${CMAKE_SOURCE_DIR})
+include_directories(${PROJECT_SOURCE_DIR})

@@ -5,6 +5,7 @@ test_packages=(
   libgtest-dev libgmock-dev libopencv-dev libexif-dev libceres-dev pkg-config libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps strace
   poppler-utils qpdf librsvg2-bin python3-ezdxf
+  python3-dev python3-pybind11 python3-numpy python3-opencv desktop-file-utils appstream man-db
 )
 lint_packages=(clang clang-format clang-tidy git)
 

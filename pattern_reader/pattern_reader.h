@@ -1,5 +1,5 @@
 // Reads calibration patterns in a photograph: which pattern it is, where in it every corner lies, what its information
-// block says. It does not calibrate, and it knows no millimetres except those in the block; object_points.h does.
+// block says. It does not calibrate, and it knows no millimetres except those in the block; printed_pattern.h does.
 //
 // Images: 1, 3 (BGR) or 4 (BGRA) channels of any depth, converted as image_file.h says, at most maximumPixels. Coded
 //   patterns of any size are found; plain checkerboards only of the size that the options name.
@@ -20,6 +20,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "pattern_reader/pattern_reader_export.h"
 
 namespace pattern_reader {
 
@@ -93,6 +95,6 @@ struct ReadingOptions {
 };
 
 // All patterns in the image, the largest first; none if cancelled.
-std::vector<PatternReading> readPatterns(const cv::Mat &image, const ReadingOptions &options = {});
+PATTERN_READER_API std::vector<PatternReading> readPatterns(const cv::Mat &image, const ReadingOptions &options = {});
 
 }  // namespace pattern_reader

@@ -23,10 +23,11 @@ struct Photograph {
 
 // Loads PNG, JPEG, TIFF, PGM and whatever else OpenCV reads. Throws std::runtime_error with a sentence that names the
 // file if it cannot be read or its picture is too large.
-Photograph loadPhotograph(const std::string &path);
+PATTERN_READER_API Photograph loadPhotograph(const std::string &path);
 
 // Reads the patterns as readPatterns does. A picture that is stored mirrored is mirrored back for reading, but corners,
 // angle and options.region always refer to the stored picture.
-std::vector<PatternReading> readPhotograph(const Photograph &photograph, const ReadingOptions &options = {});
+PATTERN_READER_API std::vector<PatternReading> readPhotograph(const Photograph &photograph,
+                                                              const ReadingOptions &options = {});
 
 }  // namespace pattern_reader

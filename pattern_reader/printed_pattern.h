@@ -29,15 +29,15 @@ struct PrintedPattern {
 
 // The patterns of a file. Throws std::runtime_error with a sentence that names the file if it cannot be read, is
 // neither a pattern's JSON nor a PDF with one, or has a pattern of a kind that the reader does not know.
-std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
+PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
 // Where the reading's corners lie, one point for each. Empty if none of the patterns fits the reading, or if several
 // patterns with different points do.
-std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
-                                                     const std::vector<PrintedPattern> &patterns);
+PATTERN_READER_API std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
+                                                                        const std::vector<PrintedPattern> &patterns);
 
 // The same, but computed from the grid spacing (twice the square's side) in millimetres instead of a file. If a plate's
 // block contains an offset, it is added.
-std::vector<cv::Point3d> objectPoints(const PatternReading &reading, double gridSpacing);
+PATTERN_READER_API std::vector<cv::Point3d> objectPoints(const PatternReading &reading, double gridSpacing);
 
 }  // namespace pattern_reader

@@ -9,6 +9,6 @@
 namespace pattern_reader {
 
 // A colour copy of the image with the readings in it.
-cv::Mat drawReadings(const cv::Mat &image, const std::vector<PatternReading> &readings);
+PATTERN_READER_API cv::Mat drawReadings(const cv::Mat &image, const std::vector<PatternReading> &readings);
 
 }  // namespace pattern_reader

@@ -1,0 +1,68 @@
+# What `cmake --install` makes of a target. Nothing is installed without LMCALTAB_INSTALL.
+include(CMakePackageConfigHelpers)
+
+function(lmcaltab_install_program target)
+  if(LMCALTAB_INSTALL)
+    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+  endif()
+endfunction()
+
+# Installs a shared library for other projects, with its headers, a CMake package that is named like the target and
+# defines PACKAGE::PACKAGE, and a file for pkg-config. Inside the same build the target has the same namespaced name.
+#   DESCRIPTION        one line
+#   HEADERS            the public headers
+#   HEADER_DIRECTORY   where they are installed, below include/
+#   DEPENDENCIES       lines of the CMake package that find what the headers include
+#   REQUIRES           the pkg-config modules of the same
+function(lmcaltab_install_library target)
+  cmake_parse_arguments(PARSE_ARGV 1 library "" "DESCRIPTION;HEADER_DIRECTORY;REQUIRES" "HEADERS;DEPENDENCIES")
+  add_library(${target}::${target} ALIAS ${target})
+  if(NOT LMCALTAB_INSTALL)
+    return()
+  endif()
+  set(component development)
+  install(TARGETS ${target} EXPORT ${target}Targets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${target} NAMELINK_COMPONENT ${component}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(FILES ${library_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${library_HEADER_DIRECTORY}
+    COMPONENT ${component})
+
+  set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/${target})
+  install(EXPORT ${target}Targets NAMESPACE ${target}:: DESTINATION ${package_directory} COMPONENT ${component})
+  set(package ${target})
+  list(JOIN library_DEPENDENCIES "\n" dependencies)
+  configure_package_config_file(${PROJECT_SOURCE_DIR}/packaging/package_config.cmake.in
+    ${CMAKE_CURRENT_BINARY_DIR}/${target}Config.cmake INSTALL_DESTINATION ${package_directory})
+  write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/${target}ConfigVersion.cmake
+    COMPATIBILITY SameMinorVersion)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${target}Config.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/${target}ConfigVersion.cmake
+    DESTINATION ${package_directory} COMPONENT ${component})
+
+  # Paths relative to the file keep it valid if the tree is moved.
+  file(RELATIVE_PATH prefix_from_file /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(TOLOWER ${target} module)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/module.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    COMPONENT ${component})
+endfunction()
+
+# A shared library for other projects, made of the objects of a static one that tests can look into. It exports what
+# its headers mark and exported_symbols.map in its folder names. Its first version numbers promise no fixed ABI, so the
+# minor one is part of the library's name.
+function(lmcaltab_add_shared_library target objects)
+  add_library(${target} SHARED $<TARGET_OBJECTS:${objects}>)
+  get_target_property(libraries ${objects} LINK_LIBRARIES)
+  target_link_libraries(${target} PRIVATE ${libraries})
+  set_target_properties(${target} PROPERTIES
+    LINKER_LANGUAGE CXX
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+  if(UNIX AND NOT APPLE)
+    set(symbols ${CMAKE_CURRENT_SOURCE_DIR}/exported_symbols.map)
+    target_link_options(${target} PRIVATE LINKER:--version-script=${symbols})
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${symbols})
+  endif()
+endfunction()

@@ -1,0 +1,207 @@
+"""Draws calibration targets, finds them in pictures and calibrates cameras.
+
+    import lmlib64
+    lmlib64.draw("flexible", size=(15, 9), grid_spacing=25, file="target.pdf")
+    picture = lmlib64.draw("flexible", size=(15, 9), grid_spacing=25, image_size=1000)
+    for reading in lmlib64.read_patterns(picture, grid_spacing=25):
+        print(reading.image_points, reading.object_points)
+
+Lengths are in millimetres, image coordinates in pixels with the centre of the top-left pixel at (0, 0). Every function
+may be called from any thread; long work runs without the interpreter's lock. A child process, forked or spawned, has a
+library of its own.
+"""
+import dataclasses
+import json
+import os
+import typing
+
+import numpy
+
+from . import _lmlib64
+from ._lmlib64 import CalibrationImpossible
+
+__all__ = ["Calibration", "CalibrationImpossible", "CommandFailed", "ParameterRefused", "Reading", "calibrate", "draw", "erase", "get",
+           "plates", "read_patterns", "run", "set", "version"]
+
+_File = typing.Union[str, "os.PathLike[str]"]
+_STRING, _OBJECT, _ARRAY, _BINARY = 3, 5, 6, 7
+_TYPES = {"custom": "SingleCustom", "flexible": "Flexible", "assembly": "Assembly", "halcon": None}
+
+
+class CommandFailed(Exception):
+    """A command of the library failed. The text is the library's; ``symbol`` is its short name for the reason."""
+
+    def __init__(self, symbol, text):
+        super().__init__(text)
+        self.symbol = symbol
+
+    def __reduce__(self):
+        return CommandFailed, (self.symbol, str(self))
+
+
+class ParameterRefused(CommandFailed, ValueError):
+    """The library refuses a parameter."""
+
+    def __reduce__(self):
+        return ParameterRefused, (self.symbol, str(self))
+
+
+def get(path: str = "") -> typing.Any:
+    """The node of the library's tree as a Python value; an image is a numpy array."""
+    kind = _lmlib64.get_type(path)
+    if kind == _BINARY:
+        return _lmlib64.get_binary(path)
+    if kind == _STRING:
+        return os.fsdecode(_lmlib64.get_string(path))
+    if kind == _ARRAY:
+        return [get(f"{path}/\\{index}") for index in range(_lmlib64.get_count(path))]
+    value = json.loads(_lmlib64.get_json(path))
+    if kind == _OBJECT:
+        return {name: get(f"{path}/{name}") for name in value}
+    return value
+
+
+def set(path: str, value: typing.Any) -> None:
+    """Makes the node what ``value`` says, which is anything that JSON can hold. Texts become UTF-8, except that a
+    single string keeps the system's encoding, as file names need."""
+    if isinstance(value, (str, os.PathLike)):
+        _lmlib64.set_string(path, os.fsencode(value))
+    else:
+        _lmlib64.set_json(path, json.dumps(value))
+
+
+def erase(path: str) -> None:
+    """Removes the node and everything below it."""
+    _lmlib64.erase(path)
+
+
+def run(command: str, **parameters: typing.Any) -> typing.Dict[str, typing.Any]:
+    """Runs a command of the library and returns its result. docs/commands.md lists the commands.
+
+    Raises CommandFailed with the library's text; it is a ValueError too if a parameter is refused."""
+    slot = _lmlib64.make_slot()
+    try:
+        for name, value in parameters.items():
+            set(f"{slot}/Parameters/{name}", value)
+        _lmlib64.set_string(f"{slot}/Command", command)
+        _lmlib64.wait_for_command(slot)
+        result = get(f"{slot}/Result")
+    finally:
+        _lmlib64.erase(slot)
+    symbol = result.get("ErrorSymbol")
+    if symbol is not None:
+        kind = ParameterRefused if symbol in ("InvalidParameter", "PatternHasNoExtent") else CommandFailed
+        raise kind(symbol, result["ErrorText"])
+    return result
+
+
+def version() -> str:
+    """The library's version, such as "0.2.0"."""
+    return get("/Path/Version")
+
+
+def plates() -> typing.List[typing.Dict[str, typing.Any]]:
+    """The official plates: dictionaries with "Name", "Type", "GridSpacing" and "Thickness"."""
+    return run("GetModelInfo", ListCalTabs=True)["CalTabs"]
+
+
+def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.Optional[int] = None,
+         plate: typing.Optional[str] = None, size: typing.Optional[typing.Tuple[int, int]] = None,
+         grid_spacing: typing.Optional[float] = None, thickness: typing.Optional[float] = None,
+         offset: typing.Optional[typing.Tuple[float, float]] = None, patterns: typing.Optional[int] = None,
+         inverted: bool = False, plain: bool = False,
+         **more: typing.Any) -> typing.Union[None, _File, numpy.ndarray, typing.List[numpy.ndarray]]:
+    """Draws a pattern of a kind: "official", "custom", "flexible", "assembly" or "halcon".
+
+    file           is written, in the format of its ending
+    image_size     longer side, in pixels, of the picture that is returned
+    plate          type of an official plate, see plates()
+    size           (columns, rows) of inner corners, of a flexible pattern
+    grid_spacing   two squares' sides, or from mark to mark
+    offset         (x, y), of a flexible pattern or a plate with round marks
+    patterns       how many, of an assembly
+    more           further parameters of the library's command, by their own names
+
+    Returns ``file``, or the picture as an array (height, width) of uint8 if image_size is given: for an assembly a list
+    of them."""
+    if kind not in _TYPES and kind != "official":
+        raise ValueError(f"The kind {kind!r} is not one of official, custom, flexible, assembly and halcon.")
+    pattern = {"Type": plate if kind == "official" else _TYPES[kind], "GridSize": size, "GridSpacing": grid_spacing,
+               "Thickness": thickness, "Offset": offset}
+    pattern = {name: list(value) if isinstance(value, tuple) else value
+               for name, value in pattern.items() if value is not None}
+    pattern["Polarity"] = not inverted
+    count = 1 if patterns is None else patterns
+    all_patterns = [dict(pattern, AssemblyPattern=index) if kind == "assembly" else pattern for index in range(count)]
+    parameters = dict(more, Encoding=not plain, Patterns=all_patterns)
+    if file is not None:
+        parameters["Filename"] = file
+    if image_size is not None:
+        parameters["ImageSize"] = image_size
+    result = run("GenerateCalibrationPattern", **parameters)
+    if image_size is None:
+        return file
+    return result["Patterns"] if kind == "assembly" else result["Patterns"][0]
+
+
+@dataclasses.dataclass(frozen=True)
+class Reading:
+    """A pattern found in a picture. The arrays have a row for each corner or mark that was seen."""
+    kind: str  # "plane" (flexible), "tile" (official, custom, assembly), "plate" (round marks) or "board" (plain)
+    tile: typing.Optional[int]  # 0: official or custom; n + 1: pattern n of an assembly
+    image_points: numpy.ndarray  # (N, 2), pixels
+    object_points: typing.Optional[numpy.ndarray]  # (N, 3), mm; None if the grid spacing is not known
+    lattice: numpy.ndarray  # (N, 2), half grid spacings in the pattern's own frame
+    sigmas: numpy.ndarray  # (N,), standard deviation of the image points, pixels
+    disturbed: numpy.ndarray  # (N,), True if the picture does not look like a corner there
+    angle: float  # of the pattern's x axis, degrees clockwise from the picture's
+    orientations: int  # how many orientations are possible, more than 1 only for plain boards
+    values: typing.Optional[dict]  # what the pattern encodes: grid_spacing, thickness, offset, assembly_pattern
+    confidence: float
+
+
+def read_patterns(image: numpy.ndarray, *, patterns: typing.Union[_File, typing.Sequence[_File]] = (),
+                  grid_spacing: typing.Optional[float] = None, board: typing.Optional[typing.Tuple[int, int]] = None,
+                  square: typing.Optional[float] = None) -> typing.List[Reading]:
+    """The patterns in a picture, the largest first.
+
+    image          array (height, width) or (height, width, 3 or 4), BGR or BGRA as OpenCV orders them, of uint8 or
+                   uint16. It is not copied if the values of each row are contiguous
+    patterns       files, JSON or PDF of the library, of what was printed: object points are those of the file
+    grid_spacing   for object points of patterns that do not encode it
+    board, square  (columns, rows) of inner corners of plain checkerboards to be read as well, and their squares' side
+
+    Raises TypeError or ValueError for another kind of picture, RuntimeError for a file that cannot be used."""
+    files = [patterns] if isinstance(patterns, (str, os.PathLike)) else patterns
+    return [Reading(**reading) for reading in
+            _lmlib64.read_patterns(image, [os.fsencode(file) for file in files], grid_spacing, board, square)]
+
+
+@dataclasses.dataclass(frozen=True)
+class Calibration:
+    """The lens of a camera, and how far it can be trusted."""
+    camera_matrix: numpy.ndarray  # (3, 3)
+    distortion: numpy.ndarray  # in OpenCV's order
+    lens: str
+    intrinsics_sigmas: numpy.ndarray  # standard deviations of fx, fy, cx, cy and the distortion
+    rms: float  # pixels per point
+    poses: list  # of the print in each photograph: rotation vector and translation in mm, or None
+    grade: str  # "good", "usable" or "poor"
+    verdict: str
+    advice: typing.List[str]
+    notices: typing.List[str]
+    left_out: typing.List[typing.Tuple[int, str]]  # photographs that do not count, with the reason
+
+
+def calibrate(object_points: typing.Sequence[numpy.ndarray], image_points: typing.Sequence[numpy.ndarray],
+              image_size: typing.Tuple[int, int], *, lens: str = "auto",
+              sigmas: typing.Optional[typing.Sequence[numpy.ndarray]] = None) -> Calibration:
+    """Calibrates a camera from photographs of one flat print.
+
+    object_points, image_points   for each photograph an array (N, 3) in mm, with z = 0, and an array (N, 2) in pixels
+    image_size                    (width, height)
+    lens                          "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye" or "auto", which chooses
+    sigmas                        for each photograph an array (N,): standard deviations of the image points
+
+    Raises CalibrationImpossible with the reason if the photographs do not determine a calibration."""
+    return Calibration(**_lmlib64.calibrate(object_points, image_points, image_size, lens, sigmas))
