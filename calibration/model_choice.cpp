@@ -263,6 +263,7 @@ std::vector<Bend> chooseBends(const Observations &observations, const Estimate &
     first.estimate = estimate;
     std::vector<Candidate> candidates(levels.size(), first);
     std::vector<std::vector<Bend>> tried;
+    tried.reserve(levels.size());
     for (const Bend level : levels) {
         tried.emplace_back(observations.prints.size(), level);
     }
@@ -271,6 +272,7 @@ std::vector<Bend> chooseBends(const Observations &observations, const Estimate &
     std::vector<Bend> bends;
     for (size_t print = 0; print < observations.prints.size(); print++) {
         std::vector<bool> counts;
+        counts.reserve(first.observations.sightings.size());
         for (const Sighting &sighting : first.observations.sightings) {
             counts.push_back(size_t(sighting.print) == print);
         }

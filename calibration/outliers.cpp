@@ -116,9 +116,9 @@ std::vector<double> residualLengths(const Observations &observations, const Sigh
     if (!residuals.evaluate(blocks, values.data(), nullptr)) {
         return {};
     }
-    std::vector<double> lengths;
-    for (int i = 0; i < residuals.corners(); i++) {
-        lengths.push_back(values.segment<2>(2 * Eigen::Index(i)).norm());
+    std::vector<double> lengths(static_cast<size_t>(residuals.corners()));
+    for (size_t i = 0; i < lengths.size(); i++) {
+        lengths[i] = values.segment<2>(2 * Eigen::Index(i)).norm();
     }
     return lengths;
 }
