@@ -102,14 +102,16 @@ public:
 
 private:
     static constexpr size_t sampleCount = 24;
-    static constexpr float searchRadius = 7;  // pixels
+    static constexpr float searchRadius = 7;   // pixels
+    static constexpr float leastBlur = 0.36F;  // that a level can show, in its pixels
 
     size_t sampleStride() const { return std::max<size_t>(1, fits.size() / sampleCount); }
     // The typical length of the lattice's steps, pixels.
     float typicalStep() const;
     const ImageLevel &searchLevel() const;
     const ImageLevel &bestLevel(const ImageLevel &search, float blur) const;
-    // The blur of the board, from a few corners spread over the lattice. Empty if none of them can be fitted.
+    // The blur of the board, from a few corners spread over the lattice. Where the level's pixels are too large to show
+    // it, finer levels are used. Empty if no corner can be fitted.
     std::optional<float> blurIn(const ImageLevel &level);
     bool startFromNeighbour(size_t corner);
     bool fitOne(const ImageLevel &level, const LatticeCorner &corner, CornerParameters free, int steps,
@@ -160,14 +162,13 @@ const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float b
     };
     constexpr float leastStep = 9;
     size_t best = 0;
-    float highest = 0;
-    for (const ImageLevel &level : levels) {
-        highest = std::max(highest, merit(level));
-    }
-    for (size_t i = 0; i < levels.size() && int(i) <= search.number + 1; i++) {
-        const bool wide = i == 0 || (step > leastStep * levels[i].scale() && blur > 0.36F * levels[i].scale());
-        if (wide && merit(levels[i]) > 0.97F * highest) {
+    float highest = merit(levels.front());
+    for (size_t i = 1; i < levels.size() && int(i) <= search.number + 1; i++) {
+        const ImageLevel &level = levels[i];
+        const bool resolved = step > leastStep * level.scale() && blur > leastBlur * level.scale();
+        if (resolved && merit(level) > 0.97F * highest) {
             best = i;
+            highest = std::max(highest, merit(level));
         }
     }
     return levels[best];
@@ -220,9 +221,18 @@ std::optional<float> CornerMeasurement::blurIn(const ImageLevel &level) {
         CornerFit sample;
         sample.position = lattice.corners[i].position;
         sample.blur = level.scale();
-        if (fitOne(level, lattice.corners[i], CornerParameters::PositionAndBlur, 6, sample)) {
-            blurs.push_back(sample.blur);
+        if (!fitOne(level, lattice.corners[i], CornerParameters::PositionAndBlur, 6, sample)) {
+            continue;
         }
+        for (int finer = level.number - 1; finer >= 0 && sample.blur < leastBlur * levels[size_t(finer) + 1].scale();
+             finer--) {
+            CornerFit again = sample;
+            if (!fitOne(levels[size_t(finer)], lattice.corners[i], CornerParameters::PositionAndBlur, 6, again)) {
+                break;
+            }
+            sample = again;
+        }
+        blurs.push_back(sample.blur);
     }
     return blurs.empty() ? std::nullopt : std::optional<float>(medianOf(blurs));
 }

@@ -44,16 +44,16 @@ void small(SceneDraft &draft, Dice &dice) {
     draft.exposure.noiseSigma = dice.real(0.5, 3);
 }
 
-// A tenth have 12 megapixels, a fiftieth 64.
+// Of each hundred pictures, seven have 12 megapixels, two 64 and one 150. Of a board at least 7 x 7 squares are seen.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
-    draft.megapixels = draw < 0.02 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);
-    const double shorterSide = std::sqrt(0.75 * draft.megapixels * 1e6);
+    draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);
+    const double side = std::sqrt(draft.megapixels * 1e6);
     draft.flexibleCorners = {};
     draft.tiltDegrees = dice.real(0, 30);
-    // A plate must be seen whole; eight squares of a board are enough.
-    const double squares = draft.plate ? 19 : 9;
-    draft.pixelsPerSquare = dice.logarithmic(0.5, 1) * shorterSide / squares;
+    // A plate must be seen whole.
+    const double squares = draft.plate ? 22 : 7;
+    draft.pixelsPerSquare = std::min(1500.0, dice.logarithmic(0.5, 1) * side / squares);
     draft.exposure.blurSigma = dice.real(0.5, 3);
 }
 
@@ -291,7 +291,7 @@ const std::vector<Condition> &conditions() {
         {"noise", "white noise of 0.5 to 8 grey levels", false, noisy, nullptr},
         {"dim", "contrast of 40 to 120, noise of 4 to 12 grey levels", false, dim, nullptr},
         {"small", "3 to 6 px per square", false, small, nullptr},
-        {"large", "it fills 1 to 64 megapixels: to 770 px per square, plates to 365", false, large, nullptr},
+        {"large", "it fills 1 to 150 megapixels: to 1,500 px per square, plates to 550", false, large, nullptr},
         {"steep", "tilt of 45 to 60°", false, steep, nullptr},
         {"very-steep", "tilt of 60 to 80°", false, verySteep, nullptr},
         {"soft", "out of focus by 0.1 to 0.3 squares", false, soft, softFinish},
