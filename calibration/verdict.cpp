@@ -21,6 +21,7 @@ constexpr int fewMoved = 3;
 constexpr double greatestHalvesRatio = 5;
 
 constexpr int parts = 3;  // of the picture, each way
+constexpr size_t partCount = 9;
 
 struct PartOfPicture {
     double greatest = 0;
@@ -29,13 +30,13 @@ struct PartOfPicture {
 };
 
 // The nine parts of the picture, row by row.
-std::array<PartOfPicture, parts * parts> partsOf(const PictureMap &map) {
-    std::array<PartOfPicture, parts * parts> result;
+std::array<PartOfPicture, partCount> partsOf(const PictureMap &map) {
+    std::array<PartOfPicture, partCount> result;
     for (int row = 0; row < map.rows; row++) {
         for (int column = 0; column < map.columns; column++) {
             const int y = row * parts / map.rows;
             const int x = column * parts / map.columns;
-            PartOfPicture &part = result[size_t(y * parts + x)];
+            PartOfPicture &part = result[size_t(y) * parts + size_t(x)];
             part.x = (x + 0.5) / parts;
             part.y = (y + 0.5) / parts;
             part.isCorner = x != 1 && y != 1;
@@ -126,7 +127,7 @@ private:
 
     void judgePicture(size_t camera) {
         const std::array<PartOfPicture, parts *parts> all = partsOf(calibration.cameras[camera].uncertainty);
-        const double middle = all[parts * parts / 2].greatest;
+        const double middle = all[partCount / 2].greatest;
         std::vector<PartOfPicture> bad;
         for (const PartOfPicture &part : all) {
             if (part.greatest > goodUncertainty) {
