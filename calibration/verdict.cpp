@@ -126,7 +126,7 @@ private:
     }
 
     void judgePicture(size_t camera) {
-        const std::array<PartOfPicture, parts *parts> all = partsOf(calibration.cameras[camera].uncertainty);
+        const std::array<PartOfPicture, partCount> all = partsOf(calibration.cameras[camera].uncertainty);
         const double middle = all[partCount / 2].greatest;
         std::vector<PartOfPicture> bad;
         for (const PartOfPicture &part : all) {
