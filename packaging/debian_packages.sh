@@ -1,8 +1,9 @@
 # The Debian 12 packages that the project needs, and a function that installs them. Sourced by run, test and .ci/run.
 
 build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev libcli11-dev fonts-dejavu-core)
+viewer_packages=(libopencv-dev libexif-dev libceres-dev libqwt-qt5-dev pkg-config)
 test_packages=(
-  libgtest-dev libgmock-dev libopencv-dev libexif-dev libceres-dev pkg-config libcairo2-dev
+  "${viewer_packages[@]}" libgtest-dev libgmock-dev libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps strace
   poppler-utils qpdf librsvg2-bin python3-ezdxf
   python3-dev python3-pybind11 python3-numpy python3-opencv desktop-file-utils appstream man-db

@@ -1,0 +1,46 @@
+// The list of photographs: what each shows, how it fits, and whether it takes part.
+#pragma once
+
+#include <QAbstractListModel>
+#include <QStyledItemDelegate>
+
+#include "viewer/session/session.h"
+
+class PhotographListModel : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    // More than the toolkit's own roles. FitRole is the line with the patterns and the residual, ProblemRole why the
+    // photograph does not help (empty if it does).
+    enum Role { IdRole = Qt::UserRole, FitRole, ProblemRole };
+
+    // The session must outlive the model.
+    explicit PhotographListModel(Session *ownSession);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role) override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+    // The place of a photograph in the list; invalid if it is not in it.
+    QModelIndex indexOf(int photographId) const;
+
+private:
+    void photographsChanged();
+    void photographChanged(int id);
+    QString fitOf(const SessionPhotograph &photograph) const;
+    QString problemOf(const SessionPhotograph &photograph) const;
+
+    Session *session;
+    QVector<int> ids;
+};
+
+// Draws a photograph as its small picture with three lines of text beside it.
+class PhotographDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+};

@@ -1,0 +1,15 @@
+// Writes what a user keeps of a calibration. Every function returns an empty text, or why nothing was written. The
+// result must have a calibration.
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+#include "viewer/session/session_photograph.h"
+#include "viewer/session/session_result.h"
+
+// All result files, to a folder.
+QString writeResults(const SessionResult &result, const SessionSettings &settings, const QString &folder);
+
+// The report as a web page, with the photographs' small pictures.
+QString writeReport(const SessionResult &result, const QVector<SessionPhotograph> &photographs, const QString &file);

@@ -1,0 +1,60 @@
+// Runs work on background threads and hands each result back to the thread that owns this object.
+//
+// Create, use and destroy it on one thread that has an event loop. The destructor cancels everything and waits until
+// the work that runs has noticed. Threads are started when they are first needed.
+#pragma once
+
+#include <QObject>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+class BackgroundWork : public QObject {
+public:
+    using IsCancelled = std::function<bool()>;
+    // Runs on the owner's thread, unless the work was cancelled before.
+    using Delivery = std::function<void()>;
+    // Runs on a background thread. It must catch its exceptions, and should ask now and then whether it is cancelled.
+    using Work = std::function<Delivery(const IsCancelled &)>;
+
+    explicit BackgroundWork(int threadCount);
+    ~BackgroundWork() override;
+
+    // Work starts in the order in which it is added.
+    void add(Work work);
+
+    // Removes all work that waits, and discards the results of the work that runs.
+    void cancel();
+
+    // How many pieces of work are not delivered yet.
+    int open() const { return openCount; }
+
+protected:
+    void customEvent(QEvent *event) override;
+
+private:
+    using Flag = std::shared_ptr<std::atomic<bool>>;
+    template <typename Function>
+    struct Entry {
+        Flag cancelled;
+        Function function;
+    };
+
+    void run();
+
+    const size_t greatestThreadCount;
+    Flag cancelled = std::make_shared<std::atomic<bool>>(false);
+    int openCount = 0;
+    std::vector<std::thread> threads;
+    // Of what follows.
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::deque<Entry<Work>> waiting;
+    std::vector<Entry<Delivery>> done;
+    bool ends = false;
+};

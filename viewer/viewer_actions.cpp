@@ -1,0 +1,232 @@
+// What the window's menus do.
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFrame>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QUrl>
+
+#include "tooltips/manual_placeholder.h"
+#include "viewer/result_files.h"
+#include "viewer/settings_panel.h"
+#include "viewer/viewer_window.h"
+#include "viewer/views/photograph_view.h"
+
+namespace {
+
+const char *const sessionEnding = "lmview";
+
+QString exampleFolder() {
+    return QDir(QCoreApplication::applicationDirPath()).filePath("../share/lmcaltab/example");
+}
+
+}  // namespace
+
+void ViewerWindow::makeMenus() {
+    const auto add = [this](QMenu *menu, const QString &text, const QKeySequence &keys, auto action) {
+        QAction *made = menu->addAction(text);
+        made->setShortcut(keys);
+        connect(made, &QAction::triggered, this, action);
+        return made;
+    };
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    add(file, tr("&Add Photographs..."), QKeySequence("Ctrl+I"), &ViewerWindow::addPhotographs);
+    add(file, tr("Add &Folder..."), QKeySequence("Ctrl+Shift+I"), &ViewerWindow::addFolder);
+    add(file, tr("&Paste Files"), QKeySequence::Paste, &ViewerWindow::paste);
+    file->addSeparator();
+    add(file, tr("Open &Example"), QKeySequence("Ctrl+E"), &ViewerWindow::openExample);
+    add(file, tr("&Open Session..."), QKeySequence::Open, &ViewerWindow::openSessionFile);
+    add(file, tr("&Save Session..."), QKeySequence::Save, &ViewerWindow::saveSessionFile);
+    file->addSeparator();
+    saveResultsAction = add(file, tr("Save &Results..."), QKeySequence("Ctrl+R"), &ViewerWindow::saveResults);
+    reportAction = add(file, tr("Repor&t..."), QKeySequence("Ctrl+P"), &ViewerWindow::saveReport);
+    saveResultsAction->setEnabled(false);
+    reportAction->setEnabled(false);
+    file->addSeparator();
+    add(file, tr("&Quit"), QKeySequence("Ctrl+Q"), &QWidget::close);
+
+    QMenu *edit = menuBar()->addMenu(tr("&Edit"));
+    add(edit, tr("&Take Out or Put Back"), QKeySequence("Ctrl+T"), &ViewerWindow::toggleSelected);
+    add(edit, tr("&Remove from the List"), QKeySequence("Ctrl+Del"), &ViewerWindow::removeSelected);
+    add(edit, tr("&Calibrate Anew"), QKeySequence("F5"), [this] { session.calibrateAnew(); });
+
+    QMenu *view = menuBar()->addMenu(tr("V&iew"));
+    add(view, tr("Zoom &In"), QKeySequence::ZoomIn, [this] { picture->zoomIn(); });
+    add(view, tr("Zoom &Out"), QKeySequence::ZoomOut, [this] { picture->zoomOut(); });
+    add(view, tr("&Fit"), QKeySequence("Ctrl+0"), [this] { picture->fit(); });
+
+    QMenu *help = menuBar()->addMenu(tr("&Help"));
+    add(help, tr("&Manual"), QKeySequence::HelpContents, &ViewerWindow::showManual);
+    add(help, tr("&About LmView"), {}, &ViewerWindow::showAbout);
+}
+
+void ViewerWindow::open(const QStringList &files) {
+    QStringList pictures;
+    SessionSettings settings = session.settings();
+    for (const QString &file : files) {
+        const QString ending = QFileInfo(file).suffix().toLower();
+        if (ending == sessionEnding) {
+            openSessionDocument(file);
+            return;
+        }
+        if (ending == "json" || ending == "pdf") {
+            settings.patternFiles << QFileInfo(file).absoluteFilePath();
+        } else {
+            pictures << file;
+        }
+    }
+    session.setSettings(settings);
+    if (!pictures.isEmpty()) {
+        session.add(pictures);
+    }
+}
+
+void ViewerWindow::setArrangement(Arrangement arrangement) {
+    SessionSettings settings = session.settings();
+    settings.arrangement = arrangement;
+    session.setSettings(settings);
+}
+
+void ViewerWindow::addPhotographs() {
+    session.add(QFileDialog::getOpenFileNames(
+        this, tr("Add Photographs"), {},
+        tr("Photographs (*.jpg *.jpeg *.png *.tif *.tiff *.pgm *.ppm *.bmp *.webp);;All files (*)")));
+}
+
+void ViewerWindow::addFolder() {
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Add Folder"));
+    if (!folder.isEmpty()) {
+        session.add({folder});
+    }
+}
+
+void ViewerWindow::paste() {
+    QStringList files;
+    for (const QUrl &url : QApplication::clipboard()->mimeData()->urls()) {
+        if (url.isLocalFile()) {
+            files << url.toLocalFile();
+        }
+    }
+    open(files);
+}
+
+void ViewerWindow::openSessionFile() {
+    const QString file = QFileDialog::getOpenFileName(this, tr("Open Session"), {}, tr("Sessions (*.lmview)"));
+    if (!file.isEmpty()) {
+        openSessionDocument(file);
+    }
+}
+
+void ViewerWindow::openSessionDocument(const QString &file) {
+    QString problem;
+    const std::optional<SessionDocument> document = openSession(file, problem);
+    if (document) {
+        session.open(*document);
+    } else {
+        tell(problem);
+    }
+}
+
+void ViewerWindow::saveSessionFile() {
+    QFileDialog dialog(this, tr("Save Session"), {}, tr("Sessions (*.lmview)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(sessionEnding);
+    if (dialog.exec() == QDialog::Accepted) {
+        tell(saveSession(dialog.selectedFiles().first(), session.document()));
+    }
+}
+
+void ViewerWindow::openExample() {
+    if (!QFileInfo::exists(exampleFolder())) {
+        tell(tr("The example is not installed: %1 does not exist.").arg(QDir::cleanPath(exampleFolder())));
+        return;
+    }
+    SessionDocument document;
+    document.settings.arrangement = Arrangement::Assembly;
+    for (const QString &path : photographFilesIn({QDir::cleanPath(exampleFolder())})) {
+        document.photographs.append({path, true});
+    }
+    session.open(document);
+}
+
+void ViewerWindow::saveResults() {
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Save Results to a Folder"));
+    if (folder.isEmpty()) {
+        return;
+    }
+    const QString problem = writeResultsTo(folder);
+    if (problem.isEmpty()) {
+        QMessageBox::information(this, tr("Save Results"),
+                                 tr("The results are in %1.").arg(QDir::toNativeSeparators(folder)));
+    } else {
+        tell(problem);
+    }
+}
+
+QString ViewerWindow::writeResultsTo(const QString &folder) const {
+    return writeResults(*session.result(), session.settings(), folder);
+}
+
+void ViewerWindow::saveReport() {
+    QFileDialog dialog(this, tr("Save Report"), {}, tr("Web page (*.html)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix("html");
+    if (dialog.exec() != QDialog::Accepted) {
+        return;
+    }
+    const QString file = dialog.selectedFiles().first();
+    const QString problem = writeReport(*session.result(), session.photographs(), file);
+    if (problem.isEmpty()) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(file));
+    } else {
+        tell(problem);
+    }
+}
+
+void ViewerWindow::showManual() {
+    QDesktopServices::openUrl(QUrl(replacePlaceholders("%MANUAL%/guides/calibration/calibrating.html")));
+}
+
+void ViewerWindow::showAbout() {
+    QMessageBox::about(
+        this, tr("About LmView"),
+        tr("<b>LmView %1</b><p>Calibrates cameras, rigs and assemblies from photographs of patterns that "
+           "LmCalTab made.</p>")
+            .arg(QCoreApplication::applicationVersion()));
+}
+
+QVector<int> ViewerWindow::selectedIds() const {
+    QVector<int> ids;
+    for (const QModelIndex &index : list->selectionModel()->selectedIndexes()) {
+        ids << index.data(PhotographListModel::IdRole).toInt();
+    }
+    return ids;
+}
+
+void ViewerWindow::toggleSelected() {
+    const QVector<int> ids = selectedIds();
+    if (!ids.isEmpty()) {
+        session.setIncluded(ids, !session.photograph(ids.first())->isIncluded);
+    }
+}
+
+void ViewerWindow::removeSelected() {
+    session.remove(selectedIds());
+}
+
+void ViewerWindow::offerRecovery() {
+    leftOver = recovery->takeLeftOver();
+    recoveryBar->setVisible(leftOver.has_value());
+}
+
+void ViewerWindow::tell(const QString &problem) {
+    if (!problem.isEmpty()) {
+        QMessageBox::warning(this, tr("LmView"), problem);
+    }
+}

@@ -1,0 +1,97 @@
+#include "viewer/viewer_program.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QStandardPaths>
+#include <cstdint>
+#include <cstdio>
+#include <opencv2/core/utility.hpp>
+
+#include "camera_library/lmlib64.h"
+#include "tooltips/tool_tip_helper.h"
+#include "viewer/viewer_window.h"
+
+namespace {
+
+const char *const help =
+    "Usage: LmView [OPTIONS] [FILE|FOLDER]...\n"
+    "Calibrates cameras, rigs and assemblies from photographs of calibration patterns.\n"
+    "Photographs, folders, pattern files (JSON, PDF) and a session (.lmview) are opened.\n"
+    "\n"
+    "  --caltab-calibration  calibrate an assembly: patterns that are fixed to each other\n"
+    "  --help                print this help\n"
+    "  --version             print the version\n";
+
+struct Arguments {
+    bool isAssembly = false;
+    QStringList files;
+    int exitCode = -1;  // not negative: end with it
+};
+
+Arguments parse(const QStringList &given) {
+    Arguments arguments;
+    bool isOptionsEnd = false;
+    for (const QString &argument : given) {
+        if (isOptionsEnd || !argument.startsWith("-")) {
+            arguments.files << argument;
+        } else if (argument == "--") {
+            isOptionsEnd = true;
+        } else if (argument == "--caltab-calibration") {
+            arguments.isAssembly = true;
+        } else if (argument == "--help") {
+            std::fputs(help, stdout);
+            arguments.exitCode = 0;
+        } else if (argument == "--version") {
+            std::puts("LmView " LMCALTAB_VERSION);
+            arguments.exitCode = 0;
+        } else {
+            std::fprintf(stderr, "LmView: unknown option %s\n%s", qPrintable(argument), help);
+            arguments.exitCode = 2;
+        }
+        if (arguments.exitCode >= 0) {
+            break;
+        }
+    }
+    return arguments;
+}
+
+}  // namespace
+
+int runViewer(int argc, char **argv) {
+    // Before the application, because these need no display.
+    QStringList given;
+    for (int i = 1; i < argc; ++i) {
+        given << QString::fromLocal8Bit(argv[i]);
+    }
+    const bool isForToolkit = given.contains("-platform") || given.contains("-style") || given.contains("-display");
+    Arguments arguments = isForToolkit ? Arguments() : parse(given);
+    if (arguments.exitCode >= 0) {
+        return arguments.exitCode;
+    }
+    QApplication application(argc, argv);
+    QCoreApplication::setApplicationName("LmView");
+    QCoreApplication::setApplicationVersion(LMCALTAB_VERSION);
+    if (isForToolkit) {
+        arguments = parse(QCoreApplication::arguments().mid(1));
+        if (arguments.exitCode >= 0) {
+            return arguments.exitCode;
+        }
+    }
+    cv::setNumThreads(1);  // the session reads several photographs at the same time
+    int exitCode = 0;
+    {
+        ViewerWindow window(
+            QDir(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)).filePath("running-sessions"));
+        VistrelToolTipHelper toolTipHelper;
+        application.installEventFilter(&toolTipHelper);
+        if (arguments.isAssembly) {
+            window.setArrangement(Arrangement::Assembly);
+        }
+        window.open(arguments.files);
+        window.show();
+        exitCode = QApplication::exec();
+    }
+    std::int32_t ignored = 0;
+    lmLibFinalize(&ignored);
+    return exitCode;
+}

@@ -1,0 +1,77 @@
+#include "viewer/views/next_photograph_view.h"
+
+#include <QPainter>
+#include <QPolygonF>
+
+#include "viewer/views/drawing.h"
+#include "viewer/views/print_squares.h"
+
+namespace {
+
+constexpr int margin = 8;
+
+// The square as the camera sees it; empty if not all of it is in front of the camera.
+QPolygonF seen(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
+               const calibration::RigidMotion &cameraFromPrint, const PrintSquare &square) {
+    QPolygonF polygon;
+    for (const Eigen::Vector3d &corner : square.corners) {
+        Eigen::Vector2d image;
+        if (!calibration::project(camera.lens, intrinsics.data(), cameraFromPrint * corner, image)) {
+            return {};
+        }
+        polygon << QPointF(image.x(), image.y());
+    }
+    return polygon;
+}
+
+}  // namespace
+
+NextPhotographView::NextPhotographView(QWidget *parent) : QWidget(parent) {
+    setAccessibleName(tr("Next photograph"));
+}
+
+void NextPhotographView::setCalibration(std::shared_ptr<const calibration::Calibration> newCalibration) {
+    calibration = std::move(newCalibration);
+    setAccessibleDescription(calibration && calibration->next ? QString::fromStdString(calibration->next->text)
+                                                              : QString());
+    update();
+}
+
+void NextPhotographView::paintEvent(QPaintEvent *) {
+    if (!calibration || !calibration->next) {
+        return;
+    }
+    const calibration::NextPhotograph &next = *calibration->next;
+    const calibration::Camera &camera = calibration->observations.cameras[size_t(next.camera)];
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QString text =
+        tr("Next photograph: %1 It lowers the greatest uncertainty from %2 to %3.")
+            .arg(QString::fromStdString(next.text), pixels(next.uncertaintyBefore), pixels(next.uncertaintyAfter));
+    const QRect column = rect().adjusted(margin, margin, -margin, -margin);
+    const QRect textPlace = painter.boundingRect(column, Qt::AlignLeft | Qt::TextWordWrap, text);
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.drawText(column, Qt::AlignLeft | Qt::TextWordWrap, text);
+
+    QRectF room = column;
+    room.setTop(textPlace.bottom() + margin);
+    QSizeF size = QSizeF(camera.width, camera.height).scaled(room.size(), Qt::KeepAspectRatio);
+    const QRectF picture(room.topLeft() + QPointF((room.width() - size.width()) / 2, 0), size);
+    painter.fillRect(picture, QColor(120, 128, 138));
+    painter.setClipRect(picture);
+    painter.translate(picture.topLeft());
+    painter.scale(size.width() / camera.width, size.width() / camera.width);
+    painter.setPen(Qt::NoPen);
+    const size_t print = size_t(next.print);
+    for (const PrintSquare &square :
+         squaresOf(calibration->observations.prints[print], calibration->estimate.shapes[print])) {
+        painter.setBrush(square.isDark ? QColor(20, 20, 24) : QColor(245, 245, 245));
+        painter.drawPolygon(
+            seen(camera, calibration->estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint, square));
+    }
+    painter.resetTransform();
+    painter.setClipping(false);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(palette().color(QPalette::WindowText), 1));
+    painter.drawRect(picture);
+}

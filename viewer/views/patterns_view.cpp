@@ -1,0 +1,197 @@
+#include "viewer/views/patterns_view.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QTableWidget>
+#include <cmath>
+
+#include "viewer/views/drawing.h"
+
+using calibration::PrintShape;
+
+namespace {
+
+enum Column { Name, Photographs, X, Y, Z, Turn, ScaleX, ScaleY, Bend, Measured, ColumnCount };
+
+constexpr double barLength = 100;  // mm: the check bars on a printed page
+
+// Corner to corner, how far the print is from flat.
+double bendOf(const calibration::Print &print, const PrintShape &shape) {
+    double low = 0;
+    double high = 0;
+    for (const Eigen::Vector2d &point : print.points) {
+        const double z = calibration::printedPoint(shape.numbers.data(), shape.reach, point).place.z();
+        low = std::min(low, z);
+        high = std::max(high, z);
+    }
+    return high - low;
+}
+
+QString percent(double logarithm) {
+    return QString::number(100 * std::exp(logarithm), 'f', 3) + " %";
+}
+
+}  // namespace
+
+PatternsView::PatternsView(QWidget *parent)
+    : ResultView(parent),
+      table(new QTableWidget(0, ColumnCount, this)),
+      reference(new QComboBox(this)),
+      pick(new QPushButton(tr("Pic&k Three Corners"), this)),
+      clear(new QPushButton(tr("Clear"), this)),
+      frame(new QLabel(this)) {
+    table->setAccessibleName(tr("Patterns"));
+    table->setHorizontalHeaderLabels({tr("Pattern"), tr("Photos"), tr("X [mm]"), tr("Y [mm]"), tr("Z [mm]"),
+                                      tr("Turn [°]"), tr("Scale x"), tr("Scale y"), tr("Bend [mm]"),
+                                      tr("Bars of 100 mm")});
+    table->horizontalHeaderItem(Measured)->setToolTip(
+        tr("Double-click and enter what a caliper shows for the two check bars of this print: 99.7 x 100.1"));
+    table->verticalHeader()->hide();
+    table->setAlternatingRowColors(true);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    pick->setCheckable(true);
+    pick->setToolTip(
+        tr("Click three corners in photographs: the origin, one on the x axis, one in the plane of x and y."));
+    frame->setWordWrap(true);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(pick);
+    buttons->addWidget(clear);
+    buttons->addStretch();
+    auto *form = new QFormLayout;
+    form->addRow(tr("Common a&xes of:"), reference);
+    form->addRow(tr("Or by corners:"), buttons);
+    form->addRow(frame);
+    auto *column = new QVBoxLayout(this);
+    column->addWidget(table, 1);
+    column->addLayout(form);
+    connect(table, &QTableWidget::cellChanged, this, &PatternsView::measureEdited);
+    connect(pick, &QPushButton::toggled, this, &PatternsView::pickingToggled);
+    connect(clear, &QPushButton::clicked, this, [this] {
+        settings.frame.reset();
+        emit settingsEdited(settings);
+    });
+    connect(reference, qOverload<int>(&QComboBox::activated), this, [this](int index) {
+        settings.reference.reset();
+        if (index > 0) {
+            settings.reference = reference->itemData(index).toInt();
+        }
+        settings.frame.reset();
+        emit settingsEdited(settings);
+    });
+    showFrame();
+}
+
+void PatternsView::setSettings(const SessionSettings &newSettings) {
+    settings = newSettings;
+    refresh();
+}
+
+void PatternsView::setPickedCorners(int count) {
+    picked = count;
+    if (count == 3) {
+        pick->setChecked(false);
+    }
+    showFrame();
+}
+
+void PatternsView::showFrame() {
+    clear->setEnabled(settings.frame.has_value());
+    if (pick->isChecked()) {
+        const QString wanted[] = {tr("the origin"), tr("a point on the x axis"), tr("a point in the plane of x and y")};
+        frame->setText(tr("Click %1 in a photograph.").arg(wanted[qBound(0, picked, 2)]));
+    } else if (settings.frame) {
+        QStringList corners;
+        for (const NamedCorner &corner : *settings.frame) {
+            corners << tr("pattern %1, column %2, row %3").arg(corner.pattern).arg(corner.column).arg(corner.row);
+        }
+        frame->setText(tr("Origin: %1. On the x axis: %2. In the plane: %3.").arg(corners[0], corners[1], corners[2]));
+    } else {
+        frame->setText(
+            tr("The results have the axes of the reference pattern: x to the right, y down, z into the "
+               "print."));
+    }
+}
+
+void PatternsView::fillRow(int row, int print) {
+    const auto &known = calibrated()->observations.prints[size_t(print)];
+    const auto &trust = calibrated()->prints[size_t(print)];
+    const PrintShape &shape = calibrated()->estimate.shapes[size_t(print)];
+    const auto set = [this, row](Column column, const QString &text) {
+        auto *item = new QTableWidgetItem(text);
+        item->setTextAlignment(int(Qt::AlignVCenter) | int(column == Name ? Qt::AlignLeft : Qt::AlignRight));
+        if (column != Measured) {
+            item->setFlags(item->flags() & ~Qt::ItemIsEditable);
+        }
+        table->setItem(row, column, item);
+    };
+    int photographs = 0;
+    for (const calibration::Sighting &sighting : calibrated()->observations.sightings) {
+        photographs += sighting.print == print && sighting.isUsed ? 1 : 0;
+    }
+    set(Name, QString::fromStdString(known.name));
+    table->item(row, Name)->setData(Qt::UserRole, known.number);
+    set(Photographs, QString::number(photographs));
+    if (calibrated()->estimate.groups[size_t(print)] < 0) {
+        set(X, tr("not known"));
+        return;
+    }
+    const auto &pose = calibrated()->estimate.worldFromPrint[size_t(print)];
+    set(X, withSigma(pose.translation.x(), trust.translationSigma.x()));
+    set(Y, withSigma(pose.translation.y(), trust.translationSigma.y()));
+    set(Z, withSigma(pose.translation.z(), trust.translationSigma.z()));
+    set(Turn, withSigma(pose.rotation.norm() * 180 / M_PI, trust.rotationSigma.norm()));
+    set(ScaleX, percent(shape.numbers[PrintShape::scale] + shape.numbers[PrintShape::ratio] / 2));
+    set(ScaleY, percent(shape.numbers[PrintShape::scale] - shape.numbers[PrintShape::ratio] / 2));
+    set(Bend, QString::number(bendOf(known, shape), 'f', 2));
+    const auto measured = settings.measured.find(known.number);
+    set(Measured, measured == settings.measured.end()
+                      ? QString("–")
+                      : QString("%1 x %2").arg(barLength * measured->x()).arg(barLength * measured->y()));
+    if (!trust.isDetermined) {
+        table->item(row, ScaleX)->setToolTip(tr("The photographs tell little about the scale of this print."));
+        table->item(row, ScaleX)->setText("≈ " + table->item(row, ScaleX)->text());
+    }
+}
+
+void PatternsView::refresh() {
+    const QSignalBlocker tableBlocker(table);
+    const QSignalBlocker referenceBlocker(reference);
+    table->setRowCount(0);
+    reference->clear();
+    reference->addItem(tr("the first one"));
+    if (calibrated() != nullptr) {
+        const auto &prints = calibrated()->observations.prints;
+        table->setRowCount(int(prints.size()));
+        for (size_t print = 0; print < prints.size(); ++print) {
+            fillRow(int(print), int(print));
+            if (prints[print].number >= 0) {
+                reference->addItem(tr("Pattern %1").arg(prints[print].number), prints[print].number);
+            }
+        }
+        table->resizeColumnsToContents();
+    }
+    if (settings.reference) {
+        reference->setCurrentIndex(qMax(0, reference->findData(*settings.reference)));
+    }
+    showFrame();
+}
+
+void PatternsView::measureEdited(int row, int column) {
+    if (column != Measured) {
+        return;
+    }
+    const QStringList lengths = table->item(row, Measured)->text().toLower().remove("mm").split('x');
+    const int number = table->item(row, Name)->data(Qt::UserRole).toInt();
+    const double x = lengths.value(0).trimmed().toDouble();
+    const double y = lengths.size() > 1 ? lengths[1].trimmed().toDouble() : x;
+    settings.measured.remove(number);
+    if (x > 0.9 * barLength && x < 1.1 * barLength && y > 0.9 * barLength && y < 1.1 * barLength) {
+        settings.measured[number] = {x / barLength, y / barLength};
+    }
+    emit settingsEdited(settings);
+    refresh();
+}

@@ -1,0 +1,41 @@
+// The tab "Patterns": pose, print scale and bend of every print, and the choice of the common coordinate system.
+#pragma once
+
+#include "viewer/session/session_settings.h"
+#include "viewer/views/result_view.h"
+
+class QComboBox;
+class QLabel;
+class QPushButton;
+class QTableWidget;
+
+class PatternsView : public ResultView {
+    Q_OBJECT
+
+public:
+    explicit PatternsView(QWidget *parent = nullptr);
+    void setSettings(const SessionSettings &newSettings);
+    // Shows how many of the three corners are picked while that goes on.
+    void setPickedCorners(int count);
+
+signals:
+    void settingsEdited(const SessionSettings &settings);
+    // The user wants to pick three corners, or no longer wants to.
+    void pickingToggled(bool isOn);
+
+protected:
+    void refresh() override;
+
+private:
+    void fillRow(int row, int print);
+    void showFrame();
+    void measureEdited(int row, int column);
+
+    SessionSettings settings;
+    QTableWidget *table;
+    QComboBox *reference;
+    QPushButton *pick;
+    QPushButton *clear;
+    QLabel *frame;
+    int picked = 0;
+};

@@ -1,0 +1,84 @@
+// Shows one photograph with what was read in it: zoom with the wheel or + and -, move by dragging or with the arrow
+// keys, 0 to fit. Can show residuals as arrows and the picture without distortion.
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <memory>
+
+#include "viewer/session/background_work.h"
+#include "viewer/session/session_photograph.h"
+#include "viewer/session/session_result.h"
+#include "viewer/views/photograph_picture.h"
+
+class PhotographView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit PhotographView(QWidget *parent = nullptr);
+
+    // Shows the photograph; the empty view if it is null. The picture is loaded in the background.
+    void showPhotograph(const SessionPhotograph *photograph);
+    void setResult(std::shared_ptr<const SessionResult> result);
+    int photographId() const { return photograph.id; }
+
+    QSize sizeHint() const override { return {560, 420}; }
+    QSize minimumSizeHint() const override { return {200, 150}; }
+
+public slots:
+    void setUndistorted(bool isWanted);
+    void setShowsResiduals(bool isWanted);
+    void setResidualFactor(int factor);
+    void setShowsCorners(bool isWanted);
+    void setPicksCorners(bool isWanted);
+    void zoomIn() { zoom(1.25, rect().center()); }
+    void zoomOut() { zoom(0.8, rect().center()); }
+    void fit();
+    // The point in the middle of the view, at twice the size of the screen's pixels or more.
+    void centreOn(QPointF pixel);
+
+signals:
+    // A corner was clicked while corners are picked.
+    void cornerPicked(QPointF pixel);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void loadPicture();
+    void makeUndistorted();
+    void zoom(double factor, QPointF about);
+    void pick(QPointF place);
+    bool showsUndistorted() const { return wantsUndistorted && !straight.levels.empty(); }
+    // From a pixel of the photograph to the view; empty if the undistorted picture does not show it.
+    std::optional<QPointF> place(QPointF pixel) const;
+    void drawPicture(QPainter &painter) const;
+    void drawReading(QPainter &painter, int index) const;
+    void drawAxes(QPainter &painter, const pattern_reader::PatternReading &reading) const;
+    void drawResiduals(QPainter &painter) const;
+    QString hint() const;
+
+    SessionPhotograph photograph;
+    std::shared_ptr<const SessionResult> result;
+    PhotographPicture picture;
+    PhotographPicture straight;
+    bool isLoading = false;
+    bool wantsUndistorted = false;
+    bool wantsResiduals = true;
+    bool wantsCorners = true;
+    bool picksCorners = false;
+    int residualFactor = 100;
+    bool isFitted = true;
+    double scale = 1;  // pixels of the view per pixel of the photograph
+    QPointF origin;    // of the photograph's top-left corner in the view
+    QPointF pressedAt;
+    QPointF lastMouse;
+    BackgroundWork work{1};
+};

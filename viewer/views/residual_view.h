@@ -1,0 +1,49 @@
+// The tab "Residuals": where corners were seen, relative to where the calibration puts them, and the residual of every
+// photograph. A click on a point or a bar opens the photograph.
+#pragma once
+
+#include <QPointF>
+#include <vector>
+
+#include "viewer/views/result_view.h"
+
+class QLabel;
+class QwtPlot;
+class QwtPlotBarChart;
+class QwtPlotCurve;
+class QwtPlotPicker;
+
+class ResidualView : public CameraView {
+    Q_OBJECT
+
+public:
+    explicit ResidualView(QWidget *parent = nullptr);
+
+signals:
+    // The photograph's number in the session, and the pixel of the corner.
+    void cornerChosen(int photographId, QPointF pixel);
+    void photographChosen(int photographId);
+
+protected:
+    void showCamera(int camera) override;
+
+private:
+    struct Dot {
+        QPointF residual;
+        QPointF pixel;
+        int photographId;
+    };
+
+    void collect(int camera);
+    void chooseDot(QPointF place);
+    void chooseBar(QPointF place);
+
+    QLabel *summary;
+    QwtPlot *scatter;
+    QwtPlot *bars;
+    QwtPlotCurve *used;
+    QwtPlotCurve *unused;
+    QwtPlotBarChart *chart;
+    std::vector<Dot> dots;    // those that are drawn
+    std::vector<int> barIds;  // photographs, from left to right
+};

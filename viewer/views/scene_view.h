@@ -1,0 +1,59 @@
+// The tab "Scene": the prints with their squares and the cameras, in three dimensions. Drag to turn, Shift and drag to
+// move, wheel to zoom; the arrow keys, + and - do the same.
+#pragma once
+
+#include <Eigen/Core>
+#include <QPolygonF>
+
+#include "viewer/views/result_view.h"
+
+class SceneView : public ResultView {
+    Q_OBJECT
+
+public:
+    explicit SceneView(QWidget *parent = nullptr);
+    QSize minimumSizeHint() const override { return {200, 200}; }
+
+protected:
+    void refresh() override;
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    struct Facet {
+        std::vector<Eigen::Vector3d> corners;  // in the world, mm
+        QColor fill;                           // invalid: only the outline
+        QColor outline;                        // invalid: none
+    };
+    struct Label {
+        Eigen::Vector3d place;
+        QString text;
+    };
+
+    void addPrints();
+    void addCameras();
+    void addCamera(const calibration::RigidMotion &worldFromCamera, const calibration::Camera &camera,
+                   const Eigen::VectorXd &intrinsics, const QColor &colour);
+    void lookAtAll();
+    void turn(double x, double y);
+    // In the eye's axes: x to the right, y down, z away.
+    Eigen::Vector3d fromEye(const Eigen::Vector3d &place) const;
+    QPointF onScreen(const Eigen::Vector3d &inEye) const;
+    void drawAxes(QPainter &painter) const;
+
+    std::vector<Facet> facets;
+    std::vector<Label> labels;
+    Eigen::Vector3d middle = Eigen::Vector3d::Zero();
+    double reach = 1000;  // mm: from the middle to the farthest thing
+    double cameraSize = 100;
+    double printReach = 100;
+    double azimuth = -0.5, elevation = 0.5;  // radians
+    double zoom = 1;
+    QPointF shift;
+    QPointF lastMouse;
+    bool wasTurned = false;
+};

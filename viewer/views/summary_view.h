@@ -1,0 +1,27 @@
+// The tab "Result": the verdict, what to do next, and the numbers of every camera.
+#pragma once
+
+#include "viewer/views/result_view.h"
+
+class NextPhotographView;
+class QTextBrowser;
+
+class SummaryView : public ResultView {
+    Q_OBJECT
+
+public:
+    explicit SummaryView(QWidget *parent = nullptr);
+
+protected:
+    void refresh() override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    QString html() const;
+    QString verdictHtml() const;
+    QString camerasHtml() const;
+    QString leftOutHtml() const;
+
+    QTextBrowser *text;
+    NextPhotographView *next;
+};
