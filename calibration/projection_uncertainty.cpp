@@ -123,8 +123,14 @@ PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &in
 }
 
 PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, const Eigen::VectorXd &b,
-                                double distance, int columns, int rows) {
+                                double distance, int columns, int rows, const PictureMap *uncertainty) {
     Grid grid(camera, a, distance, columns, rows);
+    for (size_t i = 0; uncertainty != nullptr && i < grid.cells.size(); i++) {
+        if (std::optional<Cell> &cell = grid.cells[i]) {
+            const double sigma = uncertainty->values[i].value_or(std::numeric_limits<double>::infinity());
+            cell->weight = 1 / std::max(sigma * sigma, 1e-18);
+        }
+    }
     RigidMotion motion;  // of the camera from a to b
     constexpr int rounds = 8;
     const int size = grid.motionSize();
@@ -143,8 +149,8 @@ PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, 
             const Eigen::Vector2d seen = grid.map.pixel(camera, int(i) % columns, int(i) / columns);
             const Eigen::Vector2d error = projection.image - seen;
             grid.map.values[i] = error.norm();
-            normal += byMotion.leftCols(size).transpose() * byMotion.leftCols(size);
-            right += byMotion.leftCols(size).transpose() * error;
+            normal += cell->weight * byMotion.leftCols(size).transpose() * byMotion.leftCols(size);
+            right += cell->weight * byMotion.leftCols(size).transpose() * error;
         }
         if (round + 1 == rounds) {
             break;

@@ -4,7 +4,7 @@
 // A lens and the camera's pose are estimated together, and part of a lens's error has the same effect as a small motion
 // of the camera. What matters to a user is the rest. So the motion that explains most of the error is fitted over the
 // whole picture and subtracted: for the uncertainty weighted by how certain each part of the picture is, for the
-// difference with equal weights. For points at infinity the motion is only a rotation.
+// difference with equal weights or those of an uncertainty. For points at infinity the motion is only a rotation.
 #pragma once
 
 #include <Eigen/Core>
@@ -37,8 +37,10 @@ struct CALIBRATION_API PictureMap {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows);
 
-// Distance in pixels between the two images of the same point through two lenses of one camera.
+// Distance in pixels between the two images of the same point through two lenses of one camera. The uncertainty, of
+// the same columns and rows, weights the parts of the picture; without it, all weigh the same, and parts where neither
+// lens is known can decide the motion.
 PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, const Eigen::VectorXd &b,
-                                double distance, int columns, int rows);
+                                double distance, int columns, int rows, const PictureMap *uncertainty = nullptr);
 
 }  // namespace calibration

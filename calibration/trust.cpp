@@ -154,7 +154,7 @@ void compareHalves(Calibration &calibration) {
         CameraTrust &trust = calibration.cameras[camera];
         if (a[camera] && b[camera]) {
             trust.halves = projectionDifference(calibration.observations.cameras[camera], *a[camera], *b[camera],
-                                                trust.distance, mapColumns, mapRows);
+                                                trust.distance, mapColumns, mapRows, &trust.uncertainty);
         }
     }
 }
