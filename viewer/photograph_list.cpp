@@ -69,12 +69,12 @@ QString PhotographListModel::fitOf(const SessionPhotograph &photograph) const {
         names << nameOf(reading);
     }
     names.sort();
-    QString text = names.isEmpty() ? tr("no pattern") : tr("%n pattern(s): ", "", names.size()) + names.join(", ");
+    const QString patterns = names.isEmpty()     ? tr("no pattern")
+                             : names.size() == 1 ? tr("pattern %1").arg(names.first())
+                                                 : tr("patterns %1").arg(names.join(", "));
     const auto result = session->result();
-    if (photograph.isIncluded && result && result->fits.value(photograph.id).rms) {
-        text += " · " + pixels(*result->fits.value(photograph.id).rms);
-    }
-    return text;
+    const auto rms = photograph.isIncluded && result ? result->fits.value(photograph.id).rms : std::nullopt;
+    return rms ? pixels(*rms) + " · " + patterns : patterns;
 }
 
 QString PhotographListModel::problemOf(const SessionPhotograph &photograph) const {

@@ -15,6 +15,8 @@ using calibration::LensModel;
 
 namespace {
 
+constexpr int leastInputWidth = 44;  // pixels; the toolkit's own minimum is too wide for small screens
+
 QString link(const char *anchor) {
     return QString(" <a href=\"%MANUAL%/guides/calibration/calibrating.html#%1\">").arg(anchor) +
            SettingsPanel::tr("More") + "</a>";
@@ -24,6 +26,7 @@ QSpinBox *makeCount(QWidget *parent, int value) {
     auto *box = new QSpinBox(parent);
     box->setRange(3, 200);
     box->setValue(value);
+    box->setMinimumWidth(leastInputWidth);
     box->setKeyboardTracking(false);
     return box;
 }
@@ -33,6 +36,7 @@ QDoubleSpinBox *makeLength(QWidget *parent) {
     box->setRange(0, 10000);
     box->setDecimals(3);
     box->setSuffix(" mm");
+    box->setMinimumWidth(leastInputWidth);
     box->setKeyboardTracking(false);
     return box;
 }
@@ -57,7 +61,7 @@ SettingsPanel::SettingsPanel(QWidget *parent)
          {LensModel::Pinhole4, LensModel::Pinhole5, LensModel::Pinhole8, LensModel::Pinhole12, LensModel::Fisheye}) {
         lens->addItem(calibration::nameOf(model), int(model));
     }
-    gridSpacing->setSpecialValueText(tr("as printed in the pattern"));
+    gridSpacing->setSpecialValueText(tr("as printed"));
     boardSquare->setSpecialValueText(tr("Square?"));
     arrangement->setToolTip(tr("How the photographs belong together.") + link("arrangement"));
     lens->setToolTip(tr("The lens model. By default the one that predicts photographs best that it was not computed "
@@ -92,7 +96,7 @@ void SettingsPanel::lay() {
     form->setVerticalSpacing(4);
     for (QComboBox *box : {arrangement, lens}) {
         box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(12);
+        box->setMinimumContentsLength(8);
     }
     form->addRow(tr("Cali&brate:"), arrangement);
     form->addRow(tr("&Lens:"), lens);
@@ -131,7 +135,7 @@ void SettingsPanel::showPatternFiles() {
     const QStringList &files = current.patternFiles;
     patternFiles->setText(files.isEmpty()     ? tr("None")
                           : files.size() == 1 ? QFileInfo(files.first()).fileName()
-                                              : tr("%n file(s)", "", files.size()));
+                                              : tr("%1 files").arg(files.size()));
     for (QWidget *widget : {static_cast<QWidget *>(boardColumns), static_cast<QWidget *>(boardRows),
                             static_cast<QWidget *>(boardSquare)}) {
         widget->setEnabled(hasBoard->isChecked());

@@ -145,14 +145,17 @@ QWidget *ViewerWindow::makePictureColumn() {
     factor->setAccessibleName(tr("Factor of the residual arrows"));
     factor->setMinimumWidth(50);
     factorText = new QLabel(column);
-    auto *choices = new QHBoxLayout;
-    for (QWidget *widget :
-         {static_cast<QWidget *>(corners), static_cast<QWidget *>(straight), static_cast<QWidget *>(residuals),
-          static_cast<QWidget *>(factor), static_cast<QWidget *>(factorText)}) {
-        choices->addWidget(widget, widget == factor ? 1 : 0);
-    }
+    auto *pictureChoices = new QHBoxLayout;
+    pictureChoices->addWidget(corners);
+    pictureChoices->addWidget(straight);
+    pictureChoices->addStretch();
+    auto *arrowChoices = new QHBoxLayout;
+    arrowChoices->addWidget(residuals);
+    arrowChoices->addWidget(factor, 1);
+    arrowChoices->addWidget(factorText);
     rows->addWidget(picture, 1);
-    rows->addLayout(choices);
+    rows->addLayout(pictureChoices);
+    rows->addLayout(arrowChoices);
     connect(corners, &QCheckBox::toggled, picture, &PhotographView::setShowsCorners);
     connect(straight, &QCheckBox::toggled, picture, &PhotographView::setUndistorted);
     connect(residuals, &QCheckBox::toggled, picture, &PhotographView::setShowsResiduals);
@@ -284,7 +287,9 @@ void ViewerWindow::showProgress() {
         progressText->setText(tr("Calibrating..."));
     } else {
         const int count = session.photographs().size();
-        progressText->setText(count == 0 ? tr("No photographs yet") : tr("%n photograph(s)", "", count));
+        progressText->setText(count == 0   ? tr("No photographs yet")
+                              : count == 1 ? tr("1 photograph")
+                                           : tr("%1 photographs").arg(count));
     }
 }
 

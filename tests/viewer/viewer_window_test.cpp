@@ -1,0 +1,258 @@
+// The whole window with the example's photographs: from a drop to the files, with all views.
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLabel>
+#include <QListView>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTextBrowser>
+#include <QtTest>
+#include <set>
+
+#include "tests/viewer/example_truth.h"
+#include "viewer/photograph_list.h"
+#include "viewer/settings_panel.h"
+#include "viewer/viewer_window.h"
+#include "viewer/views/patterns_view.h"
+#include "viewer/views/photograph_view.h"
+#include "viewer/views/residual_view.h"
+
+namespace {
+
+const QString exampleFolder = QStringLiteral(VIEWER_EXAMPLE);
+
+QString examplePhotograph(int number) {
+    return QString("%1/photograph-%2.jpg").arg(exampleFolder).arg(number, 2, 10, QChar('0'));
+}
+
+void drop(QWidget &window, const QStringList &files) {
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const QString &file : files) {
+        urls << QUrl::fromLocalFile(file);
+    }
+    data.setUrls(urls);
+    QDragEnterEvent enter(QPoint(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &enter);
+    QDropEvent event(QPointF(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &event);
+}
+
+QString problemOf(const QListView &list, const QString &fileName) {
+    for (int row = 0; row < list.model()->rowCount(); ++row) {
+        const QModelIndex index = list.model()->index(row, 0);
+        if (index.data().toString() == fileName) {
+            return index.data(PhotographListModel::ProblemRole).toString();
+        }
+    }
+    return "not in the list";
+}
+
+// A picture of the widget has more than a few colours where something is drawn.
+int coloursIn(QWidget &widget) {
+    const QImage picture = widget.grab().toImage();
+    std::set<QRgb> colours;
+    for (int y = 0; y < picture.height(); y += 3) {
+        for (int x = 0; x < picture.width(); x += 3) {
+            colours.insert(picture.pixel(x, y));
+        }
+    }
+    return int(colours.size());
+}
+
+}  // namespace
+
+class ViewerWindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void leadsFromADropToTheAssembly();
+    void namesBadPhotographsAndIsNotSpoiledByThem();
+    void opensPhotographsFromResiduals();
+    void hasAKeyForEverything();
+    void staysReadableWithLargeFontsAndDarkPalettes();
+
+private:
+    // Choosing lenses and bends takes most of the time, and is tested with the calibration.
+    static void useFixedModels(ViewerWindow &window) {
+        SessionSettings settings;
+        settings.arrangement = Arrangement::Assembly;
+        settings.lens = calibration::LensModel::Pinhole5;
+        settings.mayBend = false;
+        emit window.findChild<SettingsPanel *>()->edited(settings);
+    }
+    // Waits until there is a result with a calibration.
+    static bool isCalibrated(ViewerWindow &window) {
+        const auto *text = window.findChild<QTextBrowser *>();
+        return QTest::qWaitFor([text] { return text->toPlainText().contains("fx"); }, 200000);
+    }
+};
+
+void ViewerWindowTest::leadsFromADropToTheAssembly() {
+    ViewerWindow window{QString()};
+    useFixedModels(window);
+    window.show();
+    drop(window, {exampleFolder});
+    QVERIFY(isCalibrated(window));
+    auto *list = window.findChild<QListView *>("photographs");
+    QCOMPARE(list->model()->rowCount(), 12);
+    for (int row = 0; row < 12; ++row) {
+        const QModelIndex index = list->model()->index(row, 0);
+        QCOMPARE(index.data(PhotographListModel::ProblemRole).toString(), QString());
+        QVERIFY2(index.data(PhotographListModel::FitRole).toString().contains("px"),
+                 qPrintable(index.data(PhotographListModel::FitRole).toString()));
+    }
+    auto *tabs = window.findChild<QTabWidget *>("views");
+    for (int tab = 0; tab < tabs->count(); ++tab) {
+        tabs->setCurrentIndex(tab);
+        QCoreApplication::processEvents();
+        QVERIFY2(coloursIn(*tabs->currentWidget()) > 10, qPrintable(tabs->tabText(tab)));
+    }
+    QCOMPARE(window.findChild<PatternsView *>()->findChild<QTableWidget *>()->rowCount(), 5);
+
+    const QTemporaryDir results;
+    QCOMPARE(window.writeResultsTo(results.path()), QString());
+    const auto error = greatestCornerError(results.filePath("assembly.json"));
+    QVERIFY(error.has_value());
+    QVERIFY2(*error < 0.05, qPrintable(QString("%1 mm").arg(*error)));
+    QVERIFY(QFile::exists(results.filePath("calibration.json")));
+}
+
+void ViewerWindowTest::namesBadPhotographsAndIsNotSpoiledByThem() {
+    const QTemporaryDir folder;
+    const QImage good(examplePhotograph(1));
+    const QSize size = good.size();
+    // Blurred beyond reading, of another size, and taken with another zoom.
+    QVERIFY(good.scaled(size / 60, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                .save(folder.filePath("blurred.jpg"), "JPEG", 95));
+    QVERIFY(good.scaled(size * 0.8, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                .save(folder.filePath("smaller.jpg"), "JPEG", 95));
+    QVERIFY(good.copy(QRect(QPoint(200, 150), size - QSize(400, 300)))
+                .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                .save(folder.filePath("zoomed.jpg"), "JPEG", 95));
+
+    ViewerWindow window{QString()};
+    useFixedModels(window);
+    window.show();
+    drop(window, {exampleFolder, folder.path()});
+    QVERIFY(isCalibrated(window));
+    const auto *list = window.findChild<QListView *>("photographs");
+    for (const char *name : {"blurred.jpg", "smaller.jpg", "zoomed.jpg"}) {
+        const QString problem = problemOf(*list, name);
+        QVERIFY2(problem.contains(' ') && problem != "not in the list", qPrintable(name + (": " + problem)));
+    }
+    const QTemporaryDir results;
+    QCOMPARE(window.writeResultsTo(results.path()), QString());
+    const auto error = greatestCornerError(results.filePath("assembly.json"));
+    QVERIFY(error.has_value());
+    QVERIFY2(*error < 0.05, qPrintable(QString("%1 mm").arg(*error)));
+}
+
+void ViewerWindowTest::opensPhotographsFromResiduals() {
+    ViewerWindow window{QString()};
+    useFixedModels(window);
+    window.show();
+    window.open({exampleFolder});
+    QVERIFY(isCalibrated(window));
+    auto *tabs = window.findChild<QTabWidget *>("views");
+    tabs->setCurrentIndex(2);
+    auto *residuals = window.findChild<ResidualView *>();
+    const auto *list = window.findChild<QListView *>("photographs");
+    const auto *picture = window.findChild<PhotographView *>();
+    const int last = list->model()->index(11, 0).data(PhotographListModel::IdRole).toInt();
+    emit residuals->photographChosen(last);
+    QCOMPARE(picture->photographId(), last);
+    QCOMPARE(list->currentIndex().row(), 11);
+
+    // A click on the middle of the scatter plot, where the points are dense.
+    list->selectionModel()->clear();
+    QSignalSpy chosen(residuals, &ResidualView::cornerChosen);
+    QWidget *canvas = residuals->findChildren<QWidget *>("QwtPlotCanvas").first();
+    QTest::mouseClick(canvas, Qt::LeftButton, {}, canvas->rect().center());
+    QCOMPARE(chosen.count(), 1);
+    QCOMPARE(picture->photographId(), chosen[0][0].toInt());
+}
+
+void ViewerWindowTest::hasAKeyForEverything() {
+    ViewerWindow window{QString()};
+    window.show();
+    QSet<QString> shortcuts;
+    for (const QAction *action : window.findChildren<QAction *>()) {
+        if (action->menu() == nullptr && !action->isSeparator() && !action->text().isEmpty() &&
+            action->text().contains('&') && !action->shortcut().isEmpty()) {
+            QVERIFY2(!shortcuts.contains(action->shortcut().toString()), qPrintable(action->text()));
+            shortcuts.insert(action->shortcut().toString());
+        }
+    }
+    QVERIFY(shortcuts.size() >= 14);
+    QStringList texts;
+    for (const QAction *action : window.menuBar()->actions()) {
+        texts << action->text();
+    }
+    const auto *tabs = window.findChild<QTabWidget *>("views");
+    for (int tab = 0; tab < tabs->count(); ++tab) {
+        texts << tabs->tabText(tab);
+    }
+    for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
+        texts << button->text();
+    }
+    for (const QLabel *label : window.findChildren<QLabel *>()) {
+        texts << (label->buddy() == nullptr ? QString() : label->text());
+    }
+    QMap<QString, QString> mnemonics;
+    for (const QString &text : texts) {
+        const QString key = QKeySequence::mnemonic(text).toString();
+        QVERIFY2(key.isEmpty() || !mnemonics.contains(key), qPrintable(mnemonics[key] + " and " + text));
+        mnemonics[key] = text;
+    }
+    // Every widget that takes input can be reached with the tab key.
+    QSet<const QWidget *> reached;
+    const QWidget *widget = &window;
+    do {
+        reached.insert(widget);
+        widget = widget->nextInFocusChain();
+    } while (widget != &window);
+    for (const QWidget *input : window.findChildren<QWidget *>()) {
+        if (input->inherits("QAbstractButton") && input->isVisible() && input->focusPolicy() != Qt::NoFocus) {
+            QVERIFY2(reached.contains(input), qPrintable(input->objectName()));
+        }
+    }
+}
+
+void ViewerWindowTest::staysReadableWithLargeFontsAndDarkPalettes() {
+    const QFont font = QApplication::font();
+    const QPalette palette = QApplication::palette();
+    QPalette dark(QColor(40, 44, 52));
+    QApplication::setPalette(dark);
+    QFont large = font;
+    large.setPointSizeF(2 * font.pointSizeF());
+    QApplication::setFont(large);
+    {
+        ViewerWindow window{QString()};
+        window.show();
+        QCoreApplication::processEvents();
+        for (const QWidget *widget : window.findChildren<QWidget *>()) {
+            if (widget->inherits("QPushButton") && widget->isVisible()) {
+                QVERIFY2(widget->height() >= widget->fontMetrics().height(), qPrintable(widget->objectName()));
+            }
+        }
+    }
+    QApplication::setFont(font);
+    QApplication::setPalette(palette);
+}
+
+QTEST_MAIN(ViewerWindowTest)
+#include "viewer_window_test.moc"
