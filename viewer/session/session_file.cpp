@@ -54,7 +54,8 @@ std::optional<SessionDocument> openSession(const QString &file, QString &problem
     const QDir folder = QFileInfo(file).absoluteDir();
     SessionDocument document;
     document.settings = settingsFromJson(json["Settings"].toObject());
-    for (const QJsonValue &value : json["Photographs"].toArray()) {
+    const QJsonArray photographs = json["Photographs"].toArray();
+    for (const QJsonValue &value : photographs) {
         const QJsonObject entry = value.toObject();
         const QString path = entry["Path"].toString();
         if (!path.isEmpty()) {
@@ -103,7 +104,7 @@ std::optional<SessionDocument> RecoveryCopy::takeLeftOver() {
             continue;
         }
         QString problem;
-        const std::optional<SessionDocument> document = openSession(path, problem);
+        std::optional<SessionDocument> document = openSession(path, problem);
         QFile::remove(path);
         if (document && !document->photographs.isEmpty()) {
             keep(*document);

@@ -100,7 +100,8 @@ SessionSettings settingsFromJson(const QJsonObject &json) {
     settings.mayBend = json["MayBend"].toBool(true);
     settings.gridSpacing = lengthFromJson(json["GridSpacing"]);
     settings.boardSquare = lengthFromJson(json["BoardSquare"]);
-    for (const QJsonValue &file : json["PatternFiles"].toArray()) {
+    const QJsonArray files = json["PatternFiles"].toArray();
+    for (const QJsonValue &file : files) {
         settings.patternFiles.append(file.toString());
     }
     const QSize board(json["Board"].toArray().at(0).toInt(), json["Board"].toArray().at(1).toInt());

@@ -37,11 +37,11 @@ QVector<QPointF> thinned(QVector<QPointF> points) {
 }
 
 int coveredCells(const QVector<QPointF> &points, const calibration::Camera &camera) {
-    std::vector<bool> isCovered(size_t(cellColumns * cellRows));
+    std::vector<bool> isCovered(size_t(cellColumns) * cellRows);
     for (const QPointF &point : points) {
         const int column = qBound(0, int(point.x() * cellColumns / camera.width), cellColumns - 1);
         const int row = qBound(0, int(point.y() * cellRows / camera.height), cellRows - 1);
-        isCovered[size_t(row * cellColumns + column)] = true;
+        isCovered[size_t(row) * cellColumns + size_t(column)] = true;
     }
     return int(std::count(isCovered.begin(), isCovered.end(), true));
 }
