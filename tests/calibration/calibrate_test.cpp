@@ -142,7 +142,7 @@ TEST(Calibrate, keepsToThePlaceOfAPrintBeforeItMoved) {
     elsewhere.translation += Eigen::Vector3d(7, -3, 2);
     std::mt19937 random(1);
     for (Sighting &sighting : scene.observations.sightings) {
-        if (sighting.print == 1 && scene.observations.photographs[size_t(sighting.photograph)].moment >= 8) {
+        if (sighting.print == 1 && scene.observations.photographs[size_t(sighting.photograph)].moment >= 9) {
             sighting = see(scene, sighting.photograph, 1, elsewhere, 0.05, random);
         }
     }

@@ -30,6 +30,7 @@ inline Print makePrint() {
 // What a photograph shows of a print in this pose. `noise` is its standard deviation in pixels.
 inline Sighting see(const Scene &scene, int photograph, int print, const RigidMotion &worldFromPrint, double noise,
                     std::mt19937 &random) {
+    // Braces: they fix the order of the calls, so that all compilers make the same scene.
     std::normal_distribution<double> normal;
     const Photograph &shot = scene.observations.photographs[size_t(photograph)];
     const Camera &camera = scene.observations.cameras[size_t(shot.camera)];
@@ -43,7 +44,7 @@ inline Sighting see(const Scene &scene, int photograph, int print, const RigidMo
         Eigen::Vector2d image;
         if (project(camera.lens, scene.truth.intrinsics[size_t(shot.camera)].data(), seen, image) && image.x() > 0 &&
             image.y() > 0 && image.x() < camera.width && image.y() < camera.height) {
-            image += noise * Eigen::Vector2d(normal(random), normal(random));
+            image += noise * Eigen::Vector2d{normal(random), normal(random)};
             sighting.corners.push_back({point, image, noise, true});
         }
     }
@@ -74,8 +75,8 @@ inline Scene makeScene(double noise, unsigned seed = 3) {
     std::mt19937 noiseRandom(seed);
     std::normal_distribution<double> normal;
     for (int moment = 0; moment < 14; moment++) {
-        const Eigen::Vector3d turn(0.35 * normal(random), 0.35 * normal(random), 0.5 * normal(random));
-        const Eigen::Vector3d middle(-70 + 30 * normal(random), 20 * normal(random), 520 + 60 * normal(random));
+        const Eigen::Vector3d turn{0.35 * normal(random), 0.35 * normal(random), 0.5 * normal(random)};
+        const Eigen::Vector3d middle{-70 + 30 * normal(random), 20 * normal(random), 520 + 60 * normal(random)};
         truth.rigFromWorld.push_back({turn, middle});
         truth.hasMoment.push_back(true);
         for (int camera = 0; camera < 2; camera++) {
