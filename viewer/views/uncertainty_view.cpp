@@ -83,8 +83,10 @@ void UncertaintyView::showMap(const calibration::PictureMap &map) {
     grid->setResampleMode(QwtMatrixRasterData::BilinearInterpolation);
     picture->setData(grid);
     QList<double> levels;
-    for (double level = 0.01; level < top; level *= 2) {
+    double level = 0.01;
+    while (level < top) {
         levels.append(level);
+        level *= 2;
     }
     picture->setContourLevels(levels);
     QwtScaleWidget *scale = plot->axisWidget(QwtPlot::yRight);
