@@ -1,8 +1,11 @@
-// Renders the viewer's example: twelve photographs of an assembly of five patterns.
+// Renders the viewer's example: twelve photographs of an assembly of five patterns. With a count, it renders that many
+// in colour with 12 megapixels, which the viewer's benchmark needs.
 //
 //   BUILD/tools/render_example viewer/example
+//   BUILD/tools/render_example FOLDER COUNT
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <opencv2/core/affine.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -23,11 +26,12 @@ constexpr double pitch = gridSpacing / 2;  // mm: the targets' unit of length
 constexpr int photographCount = 12;
 constexpr int quality = 80;
 const cv::Size pictureSize(1440, 1080);
+constexpr double enlargement = 4000.0 / 1440;  // to 12 megapixels
 
-reader_bench::CameraModel lens() {
+reader_bench::CameraModel lens(double scale) {
     reader_bench::CameraModel camera;
-    camera.focalLength = 1310;
-    camera.centre = {727.5, 533.0};
+    camera.focalLength = 1310 * scale;
+    camera.centre = {727.5 * scale, 533.0 * scale};
     camera.k1 = -0.16;
     camera.k2 = 0.035;
     return camera;
@@ -60,7 +64,7 @@ cv::Affine3d cameraFromWorld(int photograph) {
     return rotation * cv::Affine3d(cv::Matx33d::eye(), -eye);
 }
 
-cv::Mat render(int photograph) {
+cv::Mat render(int photograph, double scale) {
     std::vector<reader_bench::PlacedTarget> targets;
     for (int number = 0; number < patternCount; number++) {
         const example_assembly::Pose &pose = example_assembly::worldFromPattern[size_t(number)];
@@ -74,25 +78,36 @@ cv::Mat render(int photograph) {
         targets.push_back(target);
     }
     reader_bench::Dice dice{unsigned(1000 + photograph)};
-    cv::Mat background = 0.4 * reader_bench::blobs(pictureSize, 160, dice) + 60;
+    const cv::Size size(int(pictureSize.width * scale), int(pictureSize.height * scale));
+    cv::Mat background = 0.4 * reader_bench::blobs(size, int(160 * scale), dice) + 60;
     reader_bench::Exposure exposure;
     exposure.noiseSigma = 2.5;
     exposure.vignette = 0.15;
     exposure.lightSlope = {dice.real(-0.15, 0.15), dice.real(-0.15, 0.15)};
-    return reader_bench::photograph(background, lens(), targets, exposure, dice.random);
+    return reader_bench::photograph(background, lens(scale), targets, exposure, dice.random);
+}
+
+// As a camera without white balance would see it.
+cv::Mat inColour(const cv::Mat &grey) {
+    cv::Mat colour;
+    cv::merge(std::vector<cv::Mat>{0.85 * grey, grey, 0.95 * grey}, colour);
+    return colour;
 }
 
 }  // namespace
 
 int main(int argumentCount, char **arguments) {
-    if (argumentCount != 2) {
-        std::fputs("Usage: render_example FOLDER\n", stderr);
+    if (argumentCount != 2 && argumentCount != 3) {
+        std::fputs("Usage: render_example FOLDER [COUNT]\n", stderr);
         return 2;
     }
-    for (int photograph = 0; photograph < photographCount; photograph++) {
+    const bool isLarge = argumentCount == 3;
+    const int count = isLarge ? std::atoi(arguments[2]) : photographCount;
+    for (int photograph = 0; photograph < count; photograph++) {
         char name[32];
         std::snprintf(name, sizeof name, "/photograph-%02d.jpg", photograph + 1);
-        if (!cv::imwrite(arguments[1] + std::string(name), render(photograph), {cv::IMWRITE_JPEG_QUALITY, quality})) {
+        const cv::Mat picture = isLarge ? inColour(render(photograph, enlargement)) : render(photograph, 1);
+        if (!cv::imwrite(arguments[1] + std::string(name), picture, {cv::IMWRITE_JPEG_QUALITY, quality})) {
             std::fprintf(stderr, "%s%s cannot be written\n", arguments[1], name);
             return 1;
         }

@@ -25,7 +25,7 @@ grep -rIl -e "$build" -e "$source" -e "$folder/first" "$tree" && fail "these fil
 
 # Programs run where the tree is now, and find their libraries in it.
 PATH="$tree/bin:$PATH"
-for program in calibrate_cameras draw_pattern read_pattern; do
+for program in LmView calibrate_cameras draw_pattern read_pattern; do
   ldd "$tree/bin/$program" | grep "$build" && fail "$program uses the build tree"
   "$program" --version >/dev/null || fail "$program does not start"
 done
@@ -76,11 +76,17 @@ LD_LIBRARY_PATH=$libraries ./with_pkg_config >/dev/null || fail "the program bui
 examples/draw_target >/dev/null && pdftoppm -r 60 -gray -png target.pdf page
 [ "$(examples/read_target page-1.png 25 | wc -l)" = 135 ] || fail "read_target did not find all corners"
 
+# The library names the viewer and the manual of the tree where it is now.
+export PYTHONPATH=$tree/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
+for path in /Path/Application/LmView /Path/Manual; do
+  named=$(/usr/bin/python3 -c "import lmlib64; print(lmlib64.get('$path'))")
+  [[ -e $named && $named == "$tree"/* ]] || fail "$path is $named"
+done
+
 # The examples that calibrate find the focal length of the camera that made the pictures.
 draw_pattern flexible --size 9x7 --grid-spacing 25 --resolution 120 -o board.png -o board.json
 /usr/bin/python3 "$source/tests/packaging/photograph_board.py" board.png 120
 examples/calibrate_target board.json view-*.png >calibrated || fail "calibrate_target"
-export PYTHONPATH=$tree/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
 /usr/bin/python3 "$source/examples/python/calibrate.py" 25 view-*.png >>calibrated || fail "calibrate.py"
 sed -n 's/^camera_matrix.*data: .\([0-9.]*\),.*/focal lengths \1 \1/p' camera.yaml >>calibrated
 [ "$(awk '/focal lengths/ && $3 > 1190 && $3 < 1210 && $4 > 1190 && $4 < 1210' calibrated | wc -l)" = 2 ] ||
