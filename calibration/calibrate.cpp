@@ -5,6 +5,7 @@
 
 #include "calibration/misfit.h"
 #include "calibration/model_choice.h"
+#include "calibration/moved_prints.h"
 #include "calibration/next_photograph.h"
 #include "calibration/outliers.h"
 #include "calibration/print_freedom.h"
@@ -37,6 +38,12 @@ public:
         chooseModels();
         enter(Stage::Solving, 0);
         solve();
+        if (leaveOutMoved()) {
+            enter(Stage::ChoosingModels, 0);
+            chooseModels();
+            enter(Stage::Solving, 0.3);
+            solve();
+        }
         if (leaveOut()) {
             // What is left out may have spoilt the choice.
             enter(Stage::ChoosingModels, 0);
@@ -181,6 +188,32 @@ private:
                 "The corners in the photographs do not fit together: check that the sizes of "
                 "the prints and the numbers of corners are right.");
         }
+    }
+
+    // If prints moved, the solve can have settled between their places, and can have left out what is good. Then this
+    // starts again without the sightings of prints that are elsewhere, and returns true.
+    bool leaveOutMoved() {
+        Observations all = given;
+        all.cameras = result.observations.cameras;
+        const std::vector<size_t> moved = findMoved(all, result.freedom, result.estimate);
+        std::vector<bool> isMoved(given.sightings.size(), false);
+        bool isNew = false;
+        for (const size_t i : moved) {
+            isMoved[i] = true;
+            isNew = isNew || result.observations.sightings[i].isUsed;
+        }
+        for (size_t i = 0; i < isMoved.size(); i++) {
+            const bool isLeftOut = given.sightings[i].isUsed && !result.observations.sightings[i].isUsed;
+            isNew = isNew || (!moved.empty() && isLeftOut && !isMoved[i]);
+        }
+        if (!isNew) {
+            return false;
+        }
+        for (const size_t i : moved) {
+            good.sightings[i].isUsed = false;
+        }
+        place();
+        return true;
     }
 
     // Takes the sightings that the solve left out from those that models are chosen by. True if there are any.

@@ -118,7 +118,7 @@ void measureMoved(GoalTable &table) {
             sightings.push_back(sighting);
         }
     }
-    leftOut(table, "one of three patterns moved before the last three photographs", scene.observations, Misfit::Moved,
+    leftOut(table, "one of three patterns moved before the last three of 20 photographs", scene.observations, Misfit::Moved,
             first, int(sightings.size()));
 }
 

@@ -1,0 +1,261 @@
+#include "calibration/moved_prints.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <tuple>
+#include <utility>
+
+#include "calibration/dense_solve.h"
+#include "calibration/lone_poses.h"
+#include "calibration/relative_places.h"
+
+namespace calibration {
+
+namespace {
+
+// What lens and shape leave unexplained makes variances larger than noise does, at most by this factor.
+constexpr double greatestExcess = 25;
+
+// Where a photograph has print b, seen from print a, relative to `reference`, and how certain that is.
+std::optional<RelativePose> relativePose(const LonePose &a, const LonePose &b, const RigidMotion &reference) {
+    const Eigen::Matrix3d back = rotationMatrix(a.cameraFromPrint.rotation).transpose();
+    const Eigen::Vector3d apart = b.cameraFromPrint.translation - a.cameraFromPrint.translation;
+    RelativePose pose;
+    pose.offset << rotationVector(back * rotationMatrix(b.cameraFromPrint.rotation) *
+                                  rotationMatrix(reference.rotation).transpose()),
+        back * apart - reference.translation;
+    pose.byScale << Eigen::Vector3d::Zero(), back * b.cameraFromPrint.translation;
+    Matrix6 byA = Matrix6::Zero();
+    byA.topLeftCorner<3, 3>() = -back;
+    byA.bottomRightCorner<3, 3>() = -back;
+    byA.bottomLeftCorner<3, 3>() = back * crossMatrix(apart);
+    Matrix6 byB = Matrix6::Zero();
+    byB.topLeftCorner<3, 3>() = back;
+    byB.bottomRightCorner<3, 3>() = back;
+    const Matrix6 covariance = byA * a.covariance * byA.transpose() + byB * b.covariance * byB.transpose();
+    const auto information = solvePositive(covariance, Matrix6::Identity());
+    if (!information) {
+        return std::nullopt;
+    }
+    pose.information = (*information + information->transpose()) / 2;
+    return pose;
+}
+
+// Two prints, and the photographs that show both.
+struct Pair {
+    size_t a = 0, b = 0;  // prints
+    std::vector<std::pair<size_t, size_t>> sightings;
+    std::vector<RelativePose> poses;
+    std::vector<int> places;
+};
+
+std::vector<Pair> pairsOf(const Observations &observations, const Estimate &estimate,
+                          const std::vector<std::optional<LonePose>> &poses) {
+    std::map<std::tuple<int, int>, std::vector<size_t>> byTime;  // moment and photograph
+    for (size_t i = 0; i < poses.size(); i++) {
+        if (poses[i]) {
+            const int photograph = observations.sightings[i].photograph;
+            byTime[{observations.photographs[size_t(photograph)].moment, photograph}].push_back(i);
+        }
+    }
+    std::map<std::pair<size_t, size_t>, Pair> pairs;
+    for (const auto &[time, some] : byTime) {
+        for (const size_t i : some) {
+            for (const size_t j : some) {
+                const auto a = size_t(observations.sightings[i].print);
+                const auto b = size_t(observations.sightings[j].print);
+                if (a >= b) {
+                    continue;
+                }
+                const RigidMotion reference = estimate.worldFromPrint[a].inverse() * estimate.worldFromPrint[b];
+                if (const auto pose = relativePose(*poses[i], *poses[j], reference)) {
+                    Pair &pair = pairs[{a, b}];
+                    pair.a = a;
+                    pair.b = b;
+                    pair.sightings.emplace_back(i, j);
+                    pair.poses.push_back(*pose);
+                }
+            }
+        }
+    }
+    std::vector<Pair> result;
+    result.reserve(pairs.size());
+    for (auto &[prints, pair] : pairs) {
+        result.push_back(std::move(pair));
+    }
+    return result;
+}
+
+// By how much variances are larger than the poses claim. Judged by poses that follow each other, of which most have the
+// same place, even if a print moved now and then.
+double excessOf(const std::vector<Pair> &pairs) {
+    constexpr double quarter = 3.4546;  // of squared distances with 6 degrees of freedom, one quarter is smaller
+    std::vector<double> changes;
+    for (const Pair &pair : pairs) {
+        for (size_t i = 1; i < pair.poses.size(); i++) {
+            changes.push_back(squaredDistance(pair.poses[i - 1], pair.poses[i]));
+        }
+    }
+    if (changes.empty()) {
+        return 1;
+    }
+    const auto one = changes.begin() + std::ptrdiff_t(changes.size() / 4);
+    std::nth_element(changes.begin(), one, changes.end());
+    return std::clamp(*one / quarter, 1.0, greatestExcess);
+}
+
+// Decides which prints moved.
+class Settlement {
+public:
+    Settlement(const Observations &seen, std::vector<Pair> all)
+        : pairs(std::move(all)), isMoved(seen.sightings.size()), isSettled(seen.prints.size()) {
+        for (Pair &pair : pairs) {
+            agreeOnScale(pair.poses);
+        }
+        const double excess = excessOf(pairs);
+        for (Pair &pair : pairs) {
+            pair.places = placesOf(pair.poses, excess);
+        }
+    }
+
+    std::vector<size_t> run() {
+        while (const std::optional<size_t> print = mostContradicted()) {
+            settle(*print);
+        }
+        std::vector<size_t> result;
+        for (size_t i = 0; i < isMoved.size(); i++) {
+            if (isMoved[i]) {
+                result.push_back(i);
+            }
+        }
+        return result;
+    }
+
+private:
+    // The number of photographs that contradict most others about a pair.
+    size_t contradictions(const Pair &pair) const {
+        std::map<int, size_t> counts;
+        size_t all = 0;
+        size_t most = 0;
+        for (size_t i = 0; i < pair.places.size(); i++) {
+            if (!isMoved[pair.sightings[i].first] && !isMoved[pair.sightings[i].second]) {
+                all++;
+                most = std::max(most, ++counts[pair.places[i]]);
+            }
+        }
+        return all - most;
+    }
+
+    std::optional<size_t> mostContradicted() const {
+        struct Count {
+            size_t prints = 0, photographs = 0;
+        };
+        std::vector<Count> counts(isSettled.size());
+        for (const Pair &pair : pairs) {
+            if (const size_t photographs = contradictions(pair)) {
+                for (const size_t print : {pair.a, pair.b}) {
+                    counts[print].prints++;
+                    counts[print].photographs += photographs;
+                }
+            }
+        }
+        std::optional<size_t> result;
+        for (size_t i = 0; i < counts.size(); i++) {
+            // Of equal ones the last, because the first print is the origin of the world.
+            if (counts[i].prints > 0 && !isSettled[i] &&
+                (!result || std::tie(counts[i].prints, counts[i].photographs) >=
+                                std::tie(counts[*result].prints, counts[*result].photographs))) {
+                result = i;
+            }
+        }
+        return result;
+    }
+
+    // Keeps the place of a print that most of its sightings agree on.
+    void settle(size_t print) {
+        isSettled[print] = true;
+        const std::map<std::pair<size_t, size_t>, int> votes = votesAbout(print);
+        std::map<size_t, size_t> parents;  // towards the first sighting of the same place, which stands for it
+        for (const auto &[two, vote] : votes) {
+            parents.emplace(two.first, two.first);
+            parents.emplace(two.second, two.second);
+        }
+        const auto placeOf = [&](size_t sighting) {
+            while (parents[sighting] != sighting) {
+                sighting = parents[sighting] = parents[parents[sighting]];
+            }
+            return sighting;
+        };
+        for (const auto &[two, vote] : votes) {
+            if (vote > 0) {
+                const auto [first, second] = std::minmax({placeOf(two.first), placeOf(two.second)});
+                parents[second] = first;
+            }
+        }
+        std::map<size_t, int> sizes;
+        for (const auto &[sighting, parent] : parents) {
+            sizes[placeOf(sighting)]++;
+        }
+        // The first one of the largest.
+        const auto kept = std::max_element(sizes.begin(), sizes.end(),
+                                           [](const auto &one, const auto &two) { return one.second < two.second; });
+        std::map<size_t, int> agreement;
+        for (const auto &[two, vote] : votes) {
+            agreement[two.first] += placeOf(two.second) == kept->first ? vote : 0;
+            agreement[two.second] += placeOf(two.first) == kept->first ? vote : 0;
+        }
+        for (const auto &[sighting, parent] : parents) {
+            if (placeOf(sighting) != kept->first && agreement[sighting] < 0) {
+                isMoved[sighting] = true;
+            }
+        }
+    }
+
+    // For each two sightings of a print: how many of the prints seen in both agree that it kept its place, less those
+    // that do not. The sightings are in the order of time if the photographs are.
+    std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
+        std::map<std::pair<size_t, size_t>, int> votes;
+        for (const Pair &pair : pairs) {
+            if (pair.a != print && pair.b != print) {
+                continue;
+            }
+            std::vector<std::pair<size_t, int>> seen;  // sighting and place
+            for (size_t i = 0; i < pair.places.size(); i++) {
+                const auto &[first, second] = pair.sightings[i];
+                if (!isMoved[first] && !isMoved[second]) {
+                    seen.emplace_back(pair.a == print ? first : second, pair.places[i]);
+                }
+            }
+            for (size_t i = 0; i < seen.size(); i++) {
+                for (size_t j = i + 1; j < seen.size(); j++) {
+                    votes[std::minmax(seen[i].first, seen[j].first)] += seen[i].second == seen[j].second ? 1 : -1;
+                }
+            }
+        }
+        return votes;
+    }
+
+    std::vector<Pair> pairs;
+    std::vector<bool> isMoved;    // of each sighting
+    std::vector<bool> isSettled;  // of each print
+};
+
+bool hasPairs(const Observations &observations) {
+    std::map<int, int> prints;  // the first print seen in each photograph
+    return std::any_of(observations.sightings.begin(), observations.sightings.end(), [&](const Sighting &sighting) {
+        return sighting.isUsed && prints.emplace(sighting.photograph, sighting.print).first->second != sighting.print;
+    });
+}
+
+}  // namespace
+
+std::vector<size_t> findMoved(const Observations &observations, const Freedom &freedom, const Estimate &estimate) {
+    if (!hasPairs(observations)) {
+        return {};
+    }
+    const std::vector<std::optional<LonePose>> poses = findLonePoses(observations, freedom, estimate);
+    return Settlement(observations, pairsOf(observations, estimate, poses)).run();
+}
+
+}  // namespace calibration

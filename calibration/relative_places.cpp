@@ -1,0 +1,145 @@
+#include "calibration/relative_places.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "calibration/dense_solve.h"
+#include "calibration/joint_solve.h"
+
+namespace calibration {
+
+namespace {
+
+// A change whose squared distance is larger is no chance. It has 6 degrees of freedom, and the time of the change is
+// free too.
+constexpr double clearDistance = 60;
+
+// Several poses of the same place, fused.
+struct Fused {
+    Matrix6 information = Matrix6::Zero();
+    Vector6 weighted = Vector6::Zero();  // sum of information * offset
+
+    void add(const Fused &other) {
+        information += other.information;
+        weighted += other.weighted;
+    }
+    Fused without(const Fused &other) const { return {information - other.information, weighted - other.weighted}; }
+    // The part of the squared offsets that the fused offset explains.
+    double explained() const { return weighted.dot(Vector6(solveSymmetric(information, weighted))); }
+};
+
+Fused fusedOf(const RelativePose &pose) {
+    return {pose.information, pose.information * pose.offset};
+}
+
+double distanceOf(const Fused &a, const Fused &b) {
+    Fused both = a;
+    both.add(b);
+    return a.explained() + b.explained() - both.explained();
+}
+
+// Of the difference of two poses: the inverse of the sum of their covariances.
+Matrix6 informationOfChange(const RelativePose &a, const RelativePose &b) {
+    const Matrix6 sum = a.information + b.information;
+    return a.information - a.information * Matrix6(solveSymmetric(sum, a.information));
+}
+
+class Timeline {
+public:
+    Timeline(const std::vector<RelativePose> &poses, double clear) : clearSquare(clear), sums(1), places(poses.size()) {
+        for (const RelativePose &pose : poses) {
+            sums.push_back(sums.back());
+            sums.back().add(fusedOf(pose));
+        }
+        cut(0, poses.size());
+        // The stretches with the most poses first.
+        std::stable_sort(stretches.begin(), stretches.end(),
+                         [](const Stretch &a, const Stretch &b) { return a.second - a.first > b.second - b.first; });
+    }
+
+    std::vector<int> run() {
+        std::vector<Fused> known;
+        for (const Stretch &stretch : stretches) {
+            const Fused fused = between(stretch.first, stretch.second);
+            const auto place = std::find_if(known.begin(), known.end(),
+                                            [&](const Fused &one) { return distanceOf(one, fused) < clearSquare; });
+            std::fill(places.begin() + std::ptrdiff_t(stretch.first), places.begin() + std::ptrdiff_t(stretch.second),
+                      int(place - known.begin()));
+            if (place == known.end()) {
+                known.push_back(fused);
+            } else {
+                place->add(fused);
+            }
+        }
+        return places;
+    }
+
+private:
+    using Stretch = std::pair<size_t, size_t>;  // from the first pose to the one after the last
+
+    Fused between(size_t first, size_t last) const { return sums[last].without(sums[first]); }
+
+    // Cuts where the change is greatest, as long as it is clear.
+    void cut(size_t first, size_t last) {
+        double greatest = clearSquare;
+        size_t middle = first;
+        for (size_t i = first + 1; i < last; i++) {
+            const double change = distanceOf(between(first, i), between(i, last));
+            if (change > greatest) {
+                greatest = change;
+                middle = i;
+            }
+        }
+        if (middle == first) {
+            stretches.emplace_back(first, last);
+            return;
+        }
+        cut(first, middle);
+        cut(middle, last);
+    }
+
+    double clearSquare;
+    std::vector<Fused> sums;  // of all poses before each one
+    std::vector<Stretch> stretches;
+    std::vector<int> places;
+};
+
+}  // namespace
+
+void agreeOnScale(std::vector<RelativePose> &poses) {
+    // What each change from one pose to the next says about the scale, and its weight. The weighted median ignores the
+    // changes at which the print moved.
+    std::vector<std::pair<double, double>> opinions{{0, 1 / printPrior}};
+    double sum = opinions.front().second;
+    for (size_t i = 1; i < poses.size(); i++) {
+        const Vector6 change = poses[i].offset - poses[i - 1].offset;
+        const Vector6 byScale = poses[i].byScale - poses[i - 1].byScale;
+        const Vector6 weighted = informationOfChange(poses[i - 1], poses[i]) * byScale;
+        const double square = weighted.dot(byScale);
+        if (square > 0) {
+            opinions.emplace_back(-weighted.dot(change) / square, std::sqrt(square));
+            sum += std::sqrt(square);
+        }
+    }
+    std::sort(opinions.begin(), opinions.end());
+    size_t middle = 0;
+    double half = opinions[0].second;
+    while (half < sum / 2) {
+        middle++;
+        half += opinions[middle].second;
+    }
+    for (RelativePose &pose : poses) {
+        pose.offset += opinions[middle].first * pose.byScale;
+    }
+}
+
+double squaredDistance(const RelativePose &a, const RelativePose &b) {
+    return distanceOf(fusedOf(a), fusedOf(b));
+}
+
+std::vector<int> placesOf(const std::vector<RelativePose> &poses, double excess) {
+    return Timeline(poses, clearDistance * excess).run();
+}
+
+}  // namespace calibration
