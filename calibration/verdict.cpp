@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 
 #include "calibration/wording.h"
 
@@ -13,6 +14,8 @@ namespace {
 // Uncertainties in pixels. Good corners are found to about 0.1 px, so a lens that is known this well adds little error.
 constexpr double goodUncertainty = 0.2;
 constexpr double usableUncertainty = 1;
+// A part of the picture that is less certain can be anywhere, because no photograph shows it.
+constexpr double uselessUncertainty = 5;
 constexpr double greatestRms = 1;  // pixels
 constexpr int fewPhotographs = 8;
 constexpr double greatestShareLeftOut = 0.2;
@@ -85,11 +88,6 @@ public:
     }
 
 private:
-    // Begins a sentence about one of several cameras.
-    std::string prefix(size_t camera) const {
-        return observations.cameras.size() > 1 ? "Camera \"" + observations.cameras[camera].name + "\": " : "";
-    }
-
     void say(const std::string &text, Grade grade) {
         std::string &all = calibration.verdict.text;
         all += (all.empty() ? "" : " ") + text;
@@ -105,21 +103,24 @@ private:
 
     void judgeCamera(size_t camera) {
         const CameraTrust &trust = calibration.cameras[camera];
+        if (observations.cameras.size() > 1) {
+            say("Camera \"" + observations.cameras[camera].name + "\":", Grade::Good);
+        }
         judgePicture(camera);
         if (trust.rms > greatestRms) {
-            say(prefix(camera) + "The corners fit only to " + rounded(trust.rms) + " px.", Grade::Usable);
+            say("The corners fit only to " + rounded(trust.rms) + " px.", Grade::Usable);
             advise("Take sharp photographs without motion blur, and fix the prints to a flat, stiff plate" +
                    std::string(isLensGiven ? ", or let the lens model be chosen." : "."));
         }
         if (trust.halves && medianOf(*trust.halves) > greatestHalvesRatio * medianOf(trust.uncertainty)) {
-            say(prefix(camera) + "Two halves of the photographs give lenses that differ by " +
-                    rounded(medianOf(*trust.halves)) + " px, more than their uncertainty explains.",
+            say("Two halves of the photographs give lenses that differ by " + rounded(medianOf(*trust.halves)) +
+                    " px, more than their uncertainty explains.",
                 Grade::Usable);
             advise("Make sure that neither zoom nor focus changed and that no print moved or bent between photographs" +
                    std::string(isLensGiven ? ", or let the lens model be chosen." : "."));
         }
         if (trust.photographs < fewPhotographs) {
-            say(prefix(camera) + "Only " + std::to_string(trust.photographs) + " photographs count.", Grade::Usable);
+            say("Only " + std::to_string(trust.photographs) + " photographs count.", Grade::Usable);
             advise(
                 "Take at least ten photographs, with the target tilted to all sides and in all parts of the picture.");
         }
@@ -138,21 +139,24 @@ private:
             return a.greatest < b.greatest;
         });
         if (bad.empty()) {
-            say(prefix(camera) + "Good in the whole picture (uncertain by at most " + rounded(worst->greatest) +
-                    " px).",
-                Grade::Good);
+            say("Good in the whole picture (uncertain by at most " + rounded(worst->greatest) + " px).", Grade::Good);
             return;
         }
-        const Grade grade =
-            middle <= goodUncertainty || worst->greatest <= usableUncertainty ? Grade::Usable : Grade::Poor;
-        if (middle <= goodUncertainty) {
-            say(prefix(camera) + "Good in the middle (" + rounded(middle) + " px), not " + placesOf(bad) + " (up to " +
-                    rounded(worst->greatest) + " px).",
-                grade);
-        } else {
-            say(prefix(camera) + "Uncertain in the whole picture (" + rounded(middle) + " px in the middle, up to " +
+        std::vector<PartOfPicture> useless;
+        std::copy_if(bad.begin(), bad.end(), std::back_inserter(useless),
+                     [](const PartOfPicture &part) { return part.greatest > uselessUncertainty; });
+        if (middle > goodUncertainty) {
+            say("Uncertain in the whole picture (" + rounded(middle) + " px in the middle, up to " +
                     rounded(worst->greatest) + " px " + placeInPicture(worst->x, worst->y) + ").",
-                grade);
+                worst->greatest <= usableUncertainty ? Grade::Usable : Grade::Poor);
+        } else if (useless.empty()) {
+            say("Good in the middle (" + rounded(middle) + " px), not " + placesOf(bad) + " (up to " +
+                    rounded(worst->greatest) + " px).",
+                Grade::Usable);
+        } else {
+            say("Good in the middle (" + rounded(middle) + " px), but useless " + placesOf(useless) +
+                    " (uncertain by up to " + rounded(worst->greatest) + " px): measure nothing there.",
+                isOnlyCorners(useless) ? Grade::Usable : Grade::Poor);
         }
         const std::string with = observations.cameras.size() > 1
                                      ? " with camera \"" + observations.cameras[camera].name + "\""
@@ -161,13 +165,15 @@ private:
                ", tilted differently.");
     }
 
+    static bool isOnlyCorners(const std::vector<PartOfPicture> &some) {
+        return std::all_of(some.begin(), some.end(), [](const PartOfPicture &part) { return part.isCorner; });
+    }
+
     static std::string placesOf(const std::vector<PartOfPicture> &bad) {
         if (bad.size() == 1) {
             return placeInPicture(bad[0].x, bad[0].y);
         }
-        const bool onlyCorners =
-            std::all_of(bad.begin(), bad.end(), [](const PartOfPicture &part) { return part.isCorner; });
-        return onlyCorners ? "in the corners" : "towards the edges";
+        return isOnlyCorners(bad) ? "in the corners" : "towards the edges";
     }
 
     void judgeLeftOut() {
@@ -182,7 +188,10 @@ private:
         const auto total = std::count(isCounted.begin(), isCounted.end(), true);
         const auto bad = std::count(isLeftOut.begin(), isLeftOut.end(), true);
         if (double(bad) > greatestShareLeftOut * double(total)) {
-            say(std::to_string(bad) + " of " + std::to_string(total) + " photographs did not fit.", Grade::Usable);
+            // Said of all cameras, so it must not read as if it was about the last one.
+            const std::string cameras = observations.cameras.size() > 1 ? " of all cameras" : "";
+            say(std::to_string(bad) + " of the " + std::to_string(total) + " photographs" + cameras + " did not fit.",
+                Grade::Usable);
             advise("Find out why so many photographs did not fit; the reason is given with each.");
         }
     }
