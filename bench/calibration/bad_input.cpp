@@ -118,8 +118,8 @@ void measureMoved(GoalTable &table) {
             sightings.push_back(sighting);
         }
     }
-    leftOut(table, "one of three patterns moved before the last three of 20 photographs", scene.observations, Misfit::Moved,
-            first, int(sightings.size()));
+    leftOut(table, "one of three patterns moved before the last three of 20 photographs", scene.observations,
+            Misfit::Moved, first, int(sightings.size()));
 }
 
 void measureZoomed(GoalTable &table) {

@@ -13,5 +13,7 @@ bool measurePartialViews();
 bool measureBadInput();
 // Rendered pictures, read and calibrated: how far from the truth the result is.
 bool measureSyntheticTruth();
+// The stereo photographs of OpenCV's documents in this folder: the same corners through OpenCV and through ours.
+bool measurePublicPhotographs(const char *folder);
 
 }  // namespace calibration_bench
