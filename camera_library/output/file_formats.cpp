@@ -40,9 +40,12 @@ const FileFormat *FileFormats::end() const {
 }
 
 const FileFormat *findFileFormat(std::string_view fileName) {
-    const auto *format = std::find_if(formats.begin(), formats.end(),
-                                      [&](const FileFormat &each) { return endsIn(fileName, each.ending); });
-    return format == formats.end() ? nullptr : format;
+    for (const FileFormat &format : formats) {
+        if (endsIn(fileName, format.ending)) {
+            return &format;
+        }
+    }
+    return nullptr;
 }
 
 std::string fileEndings() {
