@@ -6,18 +6,16 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <random>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "file_writing/safe_file.h"
+#include "file_writing/temporary_name.h"
 
 namespace file_writing {
 
@@ -69,38 +67,15 @@ std::string folderOf(const std::string &target) {
     return slash == std::string::npos ? "" : target.substr(0, slash + 1);
 }
 
-// The name of a temporary file is this prefix, the number of the process that writes it, a hyphen, a random number and
-// this suffix. It is short and independent of the target's name, which may already have the maximum length.
-constexpr std::string_view temporaryPrefix = ".lmlib64-";
-constexpr std::string_view temporarySuffix = ".tmp";
-
-std::string newTemporaryName(std::random_device &random) {
-    std::string name(temporaryPrefix);
-    return name.append(std::to_string(getpid()) + "-" + std::to_string(random())).append(temporarySuffix);
-}
-
-// The number of the process in the name of a temporary file; empty for any other file's name.
-std::optional<pid_t> writerOf(std::string_view name) {
-    if (name.size() <= temporaryPrefix.size() + temporarySuffix.size() ||
-        name.substr(0, temporaryPrefix.size()) != temporaryPrefix ||
-        name.substr(name.size() - temporarySuffix.size()) != temporarySuffix) {
-        return {};
-    }
-    const char *const end = name.data() + name.size() - temporarySuffix.size();
-    pid_t process = 0;
-    std::uint32_t random = 0;
-    const auto [hyphen, processError] = std::from_chars(name.data() + temporaryPrefix.size(), end, process);
-    if (processError != std::errc() || process <= 0 || hyphen == end || *hyphen != '-') {
-        return {};
-    }
-    const auto [last, randomError] = std::from_chars(hyphen + 1, end, random);
-    return randomError == std::errc() && last == end ? std::optional(process) : std::nullopt;
+ProcessNumber thisProcess() {
+    return static_cast<ProcessNumber>(getpid());
 }
 
 // True if no process has this number. This process's own number counts as gone too, because a file with it may be from
 // an earlier process that had the same number; the files of this process itself are locked.
-bool isGone(pid_t process) {
-    return process == getpid() || (kill(process, 0) != 0 && errno == ESRCH);
+bool isGone(ProcessNumber number) {
+    const auto process = static_cast<pid_t>(number);
+    return process == getpid() || (process > 0 && kill(process, 0) != 0 && errno == ESRCH);
 }
 
 // Every temporary file is locked by the process that writes it until it is renamed. If nobody has it locked and its
@@ -122,7 +97,7 @@ struct CloseFolder {
 void removeAbandonedFiles(const std::string &folder) {
     const std::unique_ptr<DIR, CloseFolder> entries(opendir(folder.empty() ? "." : folder.c_str()));
     while (const dirent *entry = entries ? readdir(entries.get()) : nullptr) {
-        const std::optional<pid_t> writer = writerOf(entry->d_name);
+        const std::optional<ProcessNumber> writer = writerOf(entry->d_name);
         if (writer && isGone(*writer)) {
             removeIfAbandoned(folder + entry->d_name);
         }
@@ -138,7 +113,7 @@ public:
         : fileName(reportedName) {
         std::random_device random;
         do {
-            path = folder + newTemporaryName(random);
+            path = folder + newTemporaryName(thisProcess(), random);
         } while (!create(permissions));
         // A lock lasts until all descriptors of the open file are closed. This second descriptor is closed only after
         // the renaming.
@@ -240,7 +215,7 @@ public:
         std::random_device random;
         auto kept = std::make_unique<OldFile>();
         do {
-            kept->path = folder + newTemporaryName(random);
+            kept->path = folder + newTemporaryName(thisProcess(), random);
         } while (link(target.c_str(), kept->path.c_str()) != 0 && errno == EEXIST);
         struct stat status {};
         kept->isThere = lstat(kept->path.c_str(), &status) == 0;

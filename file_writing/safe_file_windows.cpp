@@ -6,6 +6,7 @@
 #include <random>
 
 #include "file_writing/safe_file.h"
+#include "file_writing/temporary_name.h"
 
 namespace file_writing {
 
@@ -27,8 +28,26 @@ std::string systemReason(DWORD error) {
     throw FileWriteError("The file \"" + fileName + "\" could not be written: " + systemReason(error) + ".");
 }
 
-// Names arrive in the local 8-bit encoding. They are converted, because the wide-character functions allow longer
-// names.
+// Closes a handle of the system.
+class Handle {
+public:
+    explicit Handle(HANDLE opened) : handle(opened) {}
+    Handle(const Handle &) = delete;
+    Handle &operator=(const Handle &) = delete;
+    ~Handle() { close(); }
+
+    bool isOpen() const { return handle != nullptr && handle != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return handle; }
+    bool close() {
+        const HANDLE closing = isOpen() ? handle : nullptr;
+        handle = nullptr;
+        return closing != nullptr && CloseHandle(closing) != 0;
+    }
+
+private:
+    HANDLE handle;
+};
+
 std::wstring wideName(const std::string &fileName) {
     const int length = MultiByteToWideChar(CP_ACP, 0, fileName.c_str(), -1, nullptr, 0);
     if (length <= 0) {
@@ -40,8 +59,68 @@ std::wstring wideName(const std::string &fileName) {
     return wide;
 }
 
+// Names of devices, such as \\.\NUL, for which the system also takes NUL.pdf in any folder.
+constexpr wchar_t devicePrefix[] = L"\\\\.\\";
+constexpr wchar_t verbatimPrefix[] = L"\\\\?\\";
+
+bool startsWith(const std::wstring &text, const wchar_t *prefix) {
+    return text.rfind(prefix, 0) == 0;
+}
+
+// The full name in the form that may have more than 260 characters, whatever the system's settings are.
+std::wstring longName(const std::string &fileName) {
+    const std::wstring given = wideName(fileName);
+    if (startsWith(given, verbatimPrefix)) {
+        return given;
+    }
+    std::wstring full(MAX_PATH, L'\0');
+    DWORD length = 0;
+    while ((length = GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr)) >
+           full.size()) {
+        full.resize(length);
+    }
+    if (length == 0) {
+        fail(fileName, GetLastError());
+    }
+    full.resize(length);
+    if (startsWith(full, devicePrefix)) {
+        return full;
+    }
+    if (startsWith(full, L"\\\\")) {  // of another computer
+        return L"\\\\?\\UNC" + full.substr(1);
+    }
+    return verbatimPrefix + full;
+}
+
+// The file that a link leads to; the name itself if it is no link or if there is no file yet.
+std::wstring followLinks(const std::wstring &name, const std::string &fileName) {
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        return name;
+    }
+    const Handle file(CreateFileW(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (!file.isOpen()) {
+        fail(fileName, GetLastError());
+    }
+    std::wstring resolved(MAX_PATH, L'\0');
+    DWORD length = 0;
+    while ((length = GetFinalPathNameByHandleW(file.get(), resolved.data(), static_cast<DWORD>(resolved.size()), 0)) >
+           resolved.size()) {
+        resolved.resize(length);
+    }
+    if (length == 0) {
+        fail(fileName, GetLastError());
+    }
+    resolved.resize(length);
+    return resolved;
+}
+
 // True if there is a file to be replaced. Refuses what must not be replaced.
 bool isSuitableTarget(const std::wstring &target, const std::string &fileName) {
+    if (startsWith(target, devicePrefix)) {
+        fail(fileName, ERROR_ACCESS_DENIED);
+    }
     const DWORD attributes = GetFileAttributesW(target.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         const DWORD error = GetLastError();
@@ -53,35 +132,87 @@ bool isSuitableTarget(const std::wstring &target, const std::string &fileName) {
     if ((attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DEVICE)) != 0) {
         fail(fileName, ERROR_ACCESS_DENIED);
     }
+    // The folder's permissions would allow the replacement of a file that this user may not write.
+    const Handle file(CreateFileW(target.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.isOpen()) {
+        fail(fileName, GetLastError());
+    }
     return true;
 }
 
-std::wstring temporaryNameBeside(const std::wstring &target, std::random_device &random) {
-    const std::size_t slash = target.find_last_of(L"/\\:");
-    const std::wstring folder = slash == std::wstring::npos ? L"" : target.substr(0, slash + 1);
-    return folder + L".lmlib64-" + std::to_wstring(random()) + L".tmp";
+// The folder that the file is in, with its separator.
+std::wstring folderOf(const std::wstring &target) {
+    return target.substr(0, target.find_last_of(L'\\') + 1);
+}
+
+std::wstring newTemporaryFile(const std::wstring &folder, std::random_device &random) {
+    const std::string name = newTemporaryName(GetCurrentProcessId(), random);
+    return folder + std::wstring(name.begin(), name.end());
+}
+
+// True if no process of this computer has this number.
+bool isGone(ProcessNumber number) {
+    const Handle process(OpenProcess(SYNCHRONIZE, FALSE, number));
+    if (!process.isOpen()) {
+        return GetLastError() == ERROR_INVALID_PARAMETER;
+    }
+    return WaitForSingleObject(process.get(), 0) == WAIT_OBJECT_0;
+}
+
+// True if the file was written so long ago that no process can still be about to rename it. In a shared folder, its
+// process may run on another computer, where its number cannot be checked.
+bool isOld(const FILETIME &written) {
+    constexpr ULONGLONG tenMinutes = 10ULL * 60 * 10'000'000;  // in units of 100 ns
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    const auto number = [](const FILETIME &time) {
+        return (static_cast<ULONGLONG>(time.dwHighDateTime) << 32U) | time.dwLowDateTime;
+    };
+    return number(written) + tenMinutes < number(now);
+}
+
+// A file that is still being written is open and cannot be removed.
+void removeAbandonedFiles(const std::wstring &folder) {
+    WIN32_FIND_DATAW entry{};
+    const HANDLE search = FindFirstFileW((folder + L".lmlib64-*.tmp").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    do {
+        const std::wstring wide(entry.cFileName);
+        std::string name;
+        for (const wchar_t character : wide) {
+            name += character < 128 ? static_cast<char>(character) : '?';
+        }
+        const std::optional<ProcessNumber> writer = writerOf(name);
+        if (writer && isGone(*writer) && isOld(entry.ftLastWriteTime)) {
+            DeleteFileW((folder + wide).c_str());
+        }
+    } while (FindNextFileW(search, &entry) != 0);
+    FindClose(search);
 }
 
 // A new file beside the target that is removed unless it is renamed.
 class TemporaryFile {
 public:
-    TemporaryFile(const std::wstring &target, const std::string &reportedName) : fileName(reportedName) {
+    TemporaryFile(const std::wstring &folder, const std::string &reportedName) : fileName(reportedName) {
         std::random_device random;
+        HANDLE created = INVALID_HANDLE_VALUE;
         do {
-            path = temporaryNameBeside(target, random);
-            handle = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-        } while (handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS);
-        if (handle == INVALID_HANDLE_VALUE) {
+            path = newTemporaryFile(folder, random);
+            created = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        } while (created == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS);
+        if (created == INVALID_HANDLE_VALUE) {
             fail(fileName, GetLastError());
         }
+        file = std::make_unique<Handle>(created);
     }
     TemporaryFile(const TemporaryFile &) = delete;
     TemporaryFile &operator=(const TemporaryFile &) = delete;
 
     ~TemporaryFile() {
-        if (handle != INVALID_HANDLE_VALUE) {
-            CloseHandle(handle);
-        }
+        file.reset();
         if (!isRenamed) {
             DeleteFileW(path.c_str());
         }
@@ -92,7 +223,7 @@ public:
         for (std::size_t written = 0; written < bytes.size();) {
             const auto block = static_cast<DWORD>(std::min(bytes.size() - written, largestBlock));
             DWORD count = 0;
-            if (WriteFile(handle, bytes.data() + written, block, &count, nullptr) == 0) {
+            if (WriteFile(file->get(), bytes.data() + written, block, &count, nullptr) == 0) {
                 fail(fileName, GetLastError());
             }
             written += count;
@@ -100,23 +231,21 @@ public:
     }
 
     void flushAndClose() {
-        if (FlushFileBuffers(handle) == 0) {
-            fail(fileName, GetLastError());
-        }
-        const HANDLE closing = handle;
-        handle = INVALID_HANDLE_VALUE;
-        if (CloseHandle(closing) == 0) {
+        if (FlushFileBuffers(file->get()) == 0 || !file->close()) {
             fail(fileName, GetLastError());
         }
     }
 
-    // Returns 0 or the system's error.
-    DWORD renameTo(const std::wstring &target) noexcept {
-        if (MoveFileExW(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-            return GetLastError();
+    // Returns 0 or the system's error. Allocates nothing.
+    DWORD renameTo(const std::wstring &target, bool replacesFile) noexcept {
+        // This keeps the old file's access list, attributes and streams. Not every file system can do it.
+        isRenamed = replacesFile && ReplaceFileW(target.c_str(), path.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS,
+                                                 nullptr, nullptr) != 0;
+        if (!isRenamed) {
+            isRenamed =
+                MoveFileExW(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
         }
-        isRenamed = true;
-        return 0;
+        return isRenamed ? 0 : GetLastError();
     }
 
     [[noreturn]] void failBecauseOf(DWORD error) const { fail(fileName, error); }
@@ -124,9 +253,19 @@ public:
 private:
     std::string fileName;
     std::wstring path;
-    HANDLE handle = INVALID_HANDLE_VALUE;
+    std::unique_ptr<Handle> file;
     bool isRenamed = false;
 };
+
+// Makes the renaming itself permanent. The file is already complete and in place, so a failure here does not make the
+// write fail.
+void flushFile(const std::wstring &target) noexcept {
+    const Handle file(CreateFileW(target.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file.isOpen()) {
+        FlushFileBuffers(file.get());
+    }
+}
 
 }  // namespace
 
@@ -135,8 +274,8 @@ struct SafeFiles::Replacement {
     std::wstring target;
     std::unique_ptr<TemporaryFile> file;
     bool replacesFile = false;
-    std::wstring
-        oldFile;  // a second name of the file that is replaced; empty if there is none, or if it cannot be kept
+    // A second name of the file that is replaced; empty if there is none, or if it cannot be kept.
+    std::wstring oldFile;
 
     // Brings back what was there before the renaming. There is nothing to be done if that fails.
     void undo() noexcept {
@@ -159,9 +298,13 @@ SafeFiles::~SafeFiles() {
 
 void SafeFiles::write(const std::string &fileName, const std::string &bytes) {
     Replacement &replacement = replacements.emplace_back();
-    replacement.target = wideName(fileName);
+    replacement.target = followLinks(longName(fileName), fileName);
     replacement.replacesFile = isSuitableTarget(replacement.target, fileName);
-    replacement.file = std::make_unique<TemporaryFile>(replacement.target, fileName);
+    const std::wstring folder = folderOf(replacement.target);
+    if (replacements.size() == 1) {
+        removeAbandonedFiles(folder);
+    }
+    replacement.file = std::make_unique<TemporaryFile>(folder, fileName);
     replacement.file->write(bytes);
     replacement.file->flushAndClose();
 }
@@ -171,19 +314,23 @@ void SafeFiles::commit() {
     for (Replacement &replacement : replacements) {
         if (replacements.size() > 1 && replacement.replacesFile) {
             std::random_device random;
-            std::wstring name = temporaryNameBeside(replacement.target, random);
+            std::wstring name = newTemporaryFile(folderOf(replacement.target), random);
             if (CreateHardLinkW(name.c_str(), replacement.target.c_str(), nullptr) != 0) {
                 replacement.oldFile.swap(name);
             }
         }
     }
     for (std::size_t done = 0; done < replacements.size(); ++done) {
-        if (const DWORD error = replacements[done].file->renameTo(replacements[done].target); error != 0) {
+        Replacement &replacement = replacements[done];
+        if (const DWORD error = replacement.file->renameTo(replacement.target, replacement.replacesFile); error != 0) {
             for (std::size_t i = 0; i < done; ++i) {
                 replacements[i].undo();
             }
-            replacements[done].file->failBecauseOf(error);
+            replacement.file->failBecauseOf(error);
         }
+    }
+    for (const Replacement &replacement : replacements) {
+        flushFile(replacement.target);
     }
 }
 
