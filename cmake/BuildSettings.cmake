@@ -27,6 +27,24 @@ if(NOT WIN32)
   add_link_options(LINKER:--enable-new-dtags)
 endif()
 
+if(WIN32)
+  # windows.h without its macros for min and max and without what is rarely used; and M_PI.
+  add_compile_definitions(NOMINMAX WIN32_LEAN_AND_MEAN _USE_MATH_DEFINES)
+endif()
+if(MSVC)
+  add_compile_options(/utf-8 /permissive- /Zc:__cplusplus)
+  add_link_options(/MANIFEST:NO) # the programs' resources contain it
+endif()
+
+# GNU ld for Windows searches an archive only for what the files before it need, import libraries included; and CMake puts
+# the archives that an archive needs behind the last library that is named.
+if(MINGW)
+  foreach(language IN ITEMS C CXX)
+    string(REPLACE "<LINK_LIBRARIES>" "-Wl,--start-group <LINK_LIBRARIES> -Wl,--end-group"
+      CMAKE_${language}_LINK_EXECUTABLE "${CMAKE_${language}_LINK_EXECUTABLE}")
+  endforeach()
+endif()
+
 find_program(LMCALTAB_CCACHE ccache)
 if(LMCALTAB_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${LMCALTAB_CCACHE})

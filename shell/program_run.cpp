@@ -3,6 +3,8 @@
 #include <exception>
 #include <iostream>
 
+#include "shell/standard_streams.h"
+
 namespace shell {
 
 namespace {
@@ -26,6 +28,7 @@ void report(const CLI::App &program, const std::string &text) {
 }
 
 int runProgram(CLI::App &program, int argumentCount, char **arguments, const std::function<bool()> &work) {
+    prepareStandardStreams();
     int code = 0;
     try {
         program.parse(argumentCount, arguments);

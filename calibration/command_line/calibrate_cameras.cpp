@@ -19,6 +19,7 @@
 #include "calibration/input/photograph_reading.h"
 #include "calibration/output/result_files.h"
 #include "calibration/report/report_page.h"
+#include "shell/standard_streams.h"
 
 namespace {
 
@@ -235,6 +236,7 @@ bool printedAll() {
 }  // namespace
 
 int main(int count, char **values) {
+    shell::prepareStandardStreams();
     Arguments arguments;
     CLI::App app("Calibrates cameras and assemblies of patterns from photographs.", "calibrate_cameras");
     try {

@@ -1,0 +1,28 @@
+# lmcaltab_describe_program(TARGET DESCRIPTION) gives a program or a DLL what Windows shows of it and reads from it: its
+# version, and for a program its icon and its manifest. Does nothing for other systems.
+if(WIN32)
+  enable_language(RC)
+endif()
+
+function(lmcaltab_describe_program target description)
+  if(NOT WIN32)
+    return()
+  endif()
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL EXECUTABLE)
+    set(RESOURCE_IS_PROGRAM 1)
+    set(RESOURCE_FILE ${target}.exe)
+    set(RESOURCE_TYPE VFT_APP)
+  else()
+    set(RESOURCE_IS_PROGRAM 0)
+    set(RESOURCE_FILE ${target}.dll)
+    set(RESOURCE_TYPE VFT_DLL)
+  endif()
+  set(RESOURCE_DESCRIPTION "${description}")
+  string(REPLACE "." "," RESOURCE_VERSION "${PROJECT_VERSION}.0")
+  set(RESOURCE_FOLDER ${PROJECT_SOURCE_DIR}/packaging/windows)
+  configure_file(${RESOURCE_FOLDER}/program.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
+  set_property(SOURCE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc APPEND PROPERTY
+    OBJECT_DEPENDS ${RESOURCE_FOLDER}/program.manifest ${RESOURCE_FOLDER}/lmcaltab.ico)
+  target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+endfunction()

@@ -1,0 +1,7 @@
+#include "shell/standard_streams.h"
+
+namespace shell {
+
+void prepareStandardStreams() {}
+
+}  // namespace shell

@@ -1,0 +1,32 @@
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <initializer_list>
+
+#include "shell/standard_streams.h"
+
+namespace shell {
+
+namespace {
+
+UINT terminalEncoding = 0;
+
+}  // namespace
+
+void prepareStandardStreams() {
+    // Otherwise a line feed becomes two characters, and an input ends at the first byte 26.
+    for (std::FILE *stream : {stdin, stdout, stderr}) {
+        _setmode(_fileno(stream), _O_BINARY);
+    }
+    terminalEncoding = GetConsoleOutputCP();
+    if (terminalEncoding != 0) {
+        SetConsoleOutputCP(GetACP());
+        // The terminal belongs to the shell that started the program, which expects its own encoding afterwards.
+        std::atexit([] { SetConsoleOutputCP(terminalEncoding); });
+    }
+}
+
+}  // namespace shell
