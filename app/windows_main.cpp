@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/program.h"
+#include "app/windows_start.h"
 
 namespace {
 
@@ -38,5 +39,6 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     }
     vector.push_back(nullptr);
     LocalFree(wideArguments);
+    prepareProgram();
     return runProgram(count, vector.data());
 }

@@ -1,10 +1,10 @@
 // Starts the viewer, which calibrates a printed assembly.
 #include <QFileInfo>
 #include <QMessageBox>
-#include <QProcess>
 
 #include "generator/main_window.h"
 #include "lmlib/tree_item.h"
+#include "ui/viewer_start.h"
 
 void MainWindow::openCalTabCalibration() {
     // Intentionally unchecked: if the library knows no viewer, the path is empty, and the message below reports that it
@@ -16,6 +16,6 @@ void MainWindow::openCalTabCalibration() {
     } else if (!QFileInfo(program).isExecutable()) {
         QMessageBox::warning(nullptr, tr("Error"), tr("%1 is not executable").arg(program), QMessageBox::Ok);
     } else {
-        QProcess::startDetached(program, {QStringLiteral("--caltab-calibration")});
+        startViewer(program);
     }
 }

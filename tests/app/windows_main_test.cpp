@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/program.h"
+#include "app/windows_start.h"
 
 namespace {
 
@@ -56,6 +57,10 @@ void *LocalFree(void *memory) {
     return nullptr;
 }
 
+void prepareProgram() {
+    actions.emplace_back("prepare");
+}
+
 int runProgram(int argc, char **argv) {
     actions.insert(actions.end(), argv, argv + argc);
     EXPECT_EQ(argv[argc], nullptr);
@@ -64,7 +69,7 @@ int runProgram(int argc, char **argv) {
 
 TEST(WindowsMain, runsTheProgramWithArgumentsInTheSystemsCodePage) {
     EXPECT_EQ(WinMain(nullptr, nullptr, nullptr, 0), 7);
-    EXPECT_EQ(actions, (std::vector<std::string>{"free", "LmCalTab", "1 E", "--style"}));
+    EXPECT_EQ(actions, (std::vector<std::string>{"free", "prepare", "LmCalTab", "1 E", "--style"}));
 
     actions.clear();
     splitFails = true;

@@ -1,0 +1,38 @@
+#include "app/windows_start.h"
+
+#include <windows.h>
+
+#include <QGuiApplication>
+#include <cstdlib>
+#include <exception>
+
+#include "lmlib/error_report.h"
+#include "lmlib/lm_lib_exception.h"
+
+namespace {
+
+// The failure ends the process just as it does without this function.
+[[noreturn]] void showFailure() {
+    std::set_terminate(std::abort);
+    if (const std::exception_ptr failure = std::current_exception()) {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const LmLibException &exception) {
+            showErrorReport(exception);
+        } catch (const std::exception &exception) {
+            MessageBoxA(nullptr, exception.what(), "Error", MB_OK | MB_ICONERROR);
+        }
+    }
+    std::abort();
+}
+
+}  // namespace
+
+void prepareProgram() {
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    // 150 % is 1.5, not 2.
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    std::set_terminate(showFailure);
+}

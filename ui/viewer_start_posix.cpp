@@ -1,0 +1,7 @@
+#include <QProcess>
+
+#include "ui/viewer_start.h"
+
+void startViewer(const QString &program) {
+    QProcess::startDetached(program, {QStringLiteral("--caltab-calibration")});
+}
