@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# draw_pattern for Windows under wine, compared with the one of this system: the same files, byte for byte, and the
+# promises of file_writing/safe_file.h that wine can show.
+#   draw_pattern_test.sh WINE_RUN WINDOWS_PROGRAM PROGRAM
+set -u
+run=$1 windows=$2 linux=$3
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cases=0 failures=0
+
+# expect NAME COMMAND...: counts a case and reports it if the command fails.
+expect() {
+  cases=$((cases + 1))
+  "${@:2}" || { failures=$((failures + 1)); echo "FAILED: $1" >&2; }
+}
+not() { ! "$@"; }
+
+draw() { "$run" "$windows" "$@"; }
+
+# Every kind of pattern in every format, and what is printed.
+kinds=(
+  "official --plate Plate12"
+  "custom --grid-spacing 12 --thickness 2 --inverted"
+  "flexible --size 15x9 --grid-spacing 25 --offset 25,-37.5"
+  "assembly --patterns 3 --grid-spacing 12"
+  "halcon --grid-spacing 7.5 --plain"
+)
+for kind in "${kinds[@]}"; do
+  name=${kind%% *}
+  mkdir -p "$folder/windows" "$folder/linux"
+  read -ra arguments <<<"$kind"
+  for ending in pdf json svg png dxf; do arguments+=(-o "$name.$ending"); done
+  (cd "$folder/windows" && draw "${arguments[@]}") || failures=$((failures + 1))
+  (cd "$folder/linux" && "$linux" "${arguments[@]}") || failures=$((failures + 1))
+done
+expect "the same files" diff -r "$folder/windows" "$folder/linux"
+expect "the number of files" test "$(find "$folder/windows" -type f | wc -l)" -ge 25
+expect "the same list" cmp <(draw --list) <("$linux" --list)
+expect "the same version" cmp <(draw --version) <("$linux" --version)
+
+# A name outside every 8-bit code page but UTF-8, in a folder with a blank and a path of more than 260 characters.
+long="$folder/$(printf 'x%.0s' {1..120})/$(printf 'y%.0s' {1..120})/日本語 Größe"
+mkdir -p "$long"
+save() { draw custom --grid-spacing 12 --thickness 2 -o "$1" 2>"$folder/said"; }
+expect "a long name in several scripts" save "$long/図 Ω.pdf"
+expect "its file" test -s "$long/図 Ω.pdf"
+expect "nothing else beside it" test "$(find "$long" -type f | wc -l)" -eq 1
+
+# Replacing, refusing and cleaning up.
+target=$folder/target.pdf
+echo old >"$target"
+echo left >"$folder/.lmlib64-999999-7.tmp"
+echo left >"$folder/.lmlib64-999999-8.tmp"
+echo mine >"$folder/.lmlib64-notes.tmp"
+touch -d '1 hour ago' "$folder/.lmlib64-999999-7.tmp" "$folder/.lmlib64-notes.tmp"
+expect "replaces a file" save "$target"
+expect "with the new one" cmp "$target" "$long/図 Ω.pdf"
+expect "removes what a killed process left" test ! -e "$folder/.lmlib64-999999-7.tmp"
+expect "but nothing new" test -e "$folder/.lmlib64-999999-8.tmp"
+expect "and no other file" test -e "$folder/.lmlib64-notes.tmp"
+mkdir "$folder/folder.pdf"
+echo old >"$folder/protected.pdf"
+chmod a-w "$folder/protected.pdf"
+for name in "$folder/folder.pdf" "$folder/protected.pdf" "$folder/missing/図.pdf" "$folder/NUL.pdf"; do
+  expect "refuses $name" not save "$name"
+  expect "names $name" grep -qF "$name" "$folder/said"
+done
+expect "keeps the protected file" grep -qx old "$folder/protected.pdf"
+expect "leaves nothing" test "$(find "$folder" -maxdepth 1 -name '.lmlib64-*' | wc -l)" -eq 2
+
+echo "$cases cases, $failures failed"
+[ "$failures" -eq 0 ]
