@@ -19,7 +19,7 @@
 #include "calibration/input/photograph_reading.h"
 #include "calibration/output/result_files.h"
 #include "calibration/report/report_page.h"
-#include "shell/standard_streams.h"
+#include "shell/program_run.h"
 
 namespace {
 
@@ -27,8 +27,6 @@ using calibration::Arguments;
 using calibration::Calibration;
 using calibration::CollectedObservations;
 
-constexpr int failure = 1;
-constexpr int wrongCall = 2;
 constexpr const char *program = "calibrate_cameras " LMCALTAB_VERSION;
 
 // A line on standard error that is replaced again and again, if somebody watches.
@@ -224,38 +222,30 @@ void run(const Arguments &arguments) {
     writeFiles(arguments, *result, input);
 }
 
-// True if everything that was printed has reached the standard output.
-bool printedAll() {
-    std::cout.flush();
-    if (!std::cout) {
-        message("Standard output cannot be written.");
+// Returns false if there is no calibration, and says why.
+bool calibrateOrReport(const Arguments &arguments) {
+    try {
+        run(arguments);
+        return true;
+    } catch (const std::exception &error) {
+        message(error.what());
+        message("No calibration was written.");
+        return false;
     }
-    return bool(std::cout);
 }
 
 }  // namespace
 
 int main(int count, char **values) {
-    shell::prepareStandardStreams();
     Arguments arguments;
     CLI::App app("Calibrates cameras and assemblies of patterns from photographs.", "calibrate_cameras");
-    try {
-        calibration::addOptions(app, arguments);
-        app.parse(count, values);
-        calibration::interpret(arguments);
-    } catch (const CLI::ParseError &error) {
-        const int code = app.exit(error);
-        return code != 0 ? wrongCall : printedAll() ? 0 : failure;
-    } catch (const std::exception &error) {
-        message(error.what());
-        return wrongCall;
-    }
-    try {
-        run(arguments);
-    } catch (const std::exception &error) {
-        message(error.what());
-        message("No calibration was written.");
-        return failure;
-    }
-    return printedAll() ? 0 : failure;
+    calibration::addOptions(app, arguments);
+    return shell::runProgram(app, count, values, [&arguments] {
+        try {
+            calibration::interpret(arguments);
+        } catch (const std::exception &error) {
+            throw shell::WrongCall(error.what());
+        }
+        return calibrateOrReport(arguments);
+    });
 }

@@ -104,6 +104,7 @@ nothing_in none
 ends 0 --help
 says out 'calibrate_cameras --rig'
 ends 2 photo0.png
+says err '^calibrate_cameras: --out is required (see calibrate_cameras --help)$'
 ends 2 --out none
 says err 'No photographs were given'
 ends 2 --out photo0.png photo1.png
