@@ -87,20 +87,23 @@ void writePatterns(const Save &save, const std::string &fileName) {
 }
 
 void benchSaving(Table &table) {
-    constexpr std::array<Save, 4> saves{{
-        {"PDF of 91 x 91", ".pdf", 91, 60.0, 150e3},
-        {"PDF of an assembly of 18", ".pdf", 0, 150.0, 500e3},
-        {"JSON of 91 x 91", ".json", 91, 60.0, 0.0},
-        {"JSON of an assembly of 18", ".json", 0, 150.0, 0.0},
+    constexpr std::array<Save, 7> saves{{
+        {"a PDF of 91 x 91", ".pdf", 91, 60.0, 150e3},
+        {"a PDF of an assembly of 18", ".pdf", 0, 150.0, 500e3},
+        {"an SVG of 91 x 91", ".svg", 91, 60.0, 1e6},
+        {"a DXF of 91 x 91", ".dxf", 91, 60.0, 4e6},
+        {"a PNG of 15 x 15 at 600 dpi", ".png", 15, 1000.0, 1e6},
+        {"a JSON of 91 x 91", ".json", 91, 60.0, 0.0},
+        {"a JSON of an assembly of 18", ".json", 0, 150.0, 0.0},
     }};
     for (const Save &save : saves) {
         const auto file = std::filesystem::temp_directory_path() / (std::string("lmcaltab_bench") + save.ending);
         const auto times =
             measureAlternately(21, {[&] { return timeOf([&] { writePatterns(save, file.string()); }); }});
-        table.row(std::string("saving a ") + save.what, times[0], "ms", save.limitMs);
+        table.row(std::string("saving ") + save.what, times[0], "ms", save.limitMs);
         if (save.limitBytes > 0.0) {
             const double size = static_cast<double>(std::filesystem::file_size(file)) / 1e3;
-            table.figure(std::string("size of a ") + save.what, size, "kB", "limit", save.limitBytes / 1e3, 1.0);
+            table.figure(std::string("size of ") + save.what, size, "kB", "limit", save.limitBytes / 1e3, 1.0);
         }
         std::filesystem::remove(file);
     }

@@ -1,8 +1,14 @@
 // Marks the functions and classes that the shared library offers to other projects.
 #pragma once
 
-#if defined(_WIN32)
+// On Windows, they are imported from the DLL unless CALIBRATION_STATIC is defined, as it is for whatever links the
+// static library of the build tree.
+#if !defined(_WIN32)
+#define CALIBRATION_API __attribute__((visibility("default")))
+#elif defined(CALIBRATION_BUILDING)
+#define CALIBRATION_API __declspec(dllexport)
+#elif defined(CALIBRATION_STATIC)
 #define CALIBRATION_API
 #else
-#define CALIBRATION_API __attribute__((visibility("default")))
+#define CALIBRATION_API __declspec(dllimport)
 #endif

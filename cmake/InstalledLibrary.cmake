@@ -17,10 +17,11 @@ endfunction()
 function(lmcaltab_install_library target)
   cmake_parse_arguments(PARSE_ARGV 1 library "" "DESCRIPTION;HEADER_DIRECTORY;REQUIRES" "HEADERS;DEPENDENCIES")
   add_library(${target}::${target} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES SPDX_LICENSE MIT EXPORT_PROPERTIES SPDX_LICENSE)
   if(NOT LMCALTAB_INSTALL)
     return()
   endif()
-  set(component development)
+  set(component ${target}Development)
   install(TARGETS ${target} EXPORT ${target}Targets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${target} NAMELINK_COMPONENT ${component}
@@ -50,9 +51,13 @@ function(lmcaltab_install_library target)
 endfunction()
 
 # A shared library for other projects, made of the objects of a static one that tests can look into. It exports what
-# its headers mark and exported_symbols.map in its folder names. Its first version numbers promise no fixed ABI, so the
-# minor one is part of the library's name.
-function(lmcaltab_add_shared_library target objects)
+# its headers mark and exported_symbols.map in its folder names. On Windows, PREFIX_BUILDING and PREFIX_STATIC tell the
+# headers whose objects include them. The first version numbers promise no fixed ABI, so the minor one is part of the
+# library's name.
+function(lmcaltab_add_shared_library target objects prefix)
+  if(WIN32)
+    target_compile_definitions(${objects} PRIVATE ${prefix}_BUILDING PUBLIC ${prefix}_STATIC)
+  endif()
   add_library(${target} SHARED $<TARGET_OBJECTS:${objects}>)
   get_target_property(libraries ${objects} LINK_LIBRARIES)
   target_link_libraries(${target} PRIVATE ${libraries})

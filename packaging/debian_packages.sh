@@ -1,14 +1,16 @@
-# The Debian 12 packages that the project needs, and a function that installs them. Sourced by run, test and .ci/run.
+# The Debian 12 packages that the project needs, and a function that installs them. Sourced by run, test, package and
+# .ci/run.
 
 build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev libcli11-dev fonts-dejavu-core)
 viewer_packages=(libopencv-dev libexif-dev libceres-dev libqwt-qt5-dev pkg-config)
+python_packages=(python3-dev python3-pybind11 python3-numpy)
 test_packages=(
-  "${viewer_packages[@]}" libgtest-dev libgmock-dev libcairo2-dev
+  "${viewer_packages[@]}" "${python_packages[@]}" libgtest-dev libgmock-dev libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps strace
   poppler-utils qpdf librsvg2-bin python3-ezdxf
-  python3-dev python3-pybind11 python3-numpy python3-opencv desktop-file-utils appstream man-db
+  python3-opencv python3-yaml desktop-file-utils appstream man-db
 )
-lint_packages=(clang clang-format clang-tidy git)
+lint_packages=(clang clang-format clang-tidy git dpkg-dev lintian)
 
 # install_packages NAME...: installs the missing ones. Prints nothing if none is missing.
 install_packages() {

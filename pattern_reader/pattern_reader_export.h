@@ -1,8 +1,14 @@
 // Marks the functions that the shared library offers to other projects.
 #pragma once
 
-#if defined(_WIN32)
+// On Windows, they are imported from the DLL unless PATTERN_READER_STATIC is defined, as it is for whatever links the
+// static library of the build tree.
+#if !defined(_WIN32)
+#define PATTERN_READER_API __attribute__((visibility("default")))
+#elif defined(PATTERN_READER_BUILDING)
+#define PATTERN_READER_API __declspec(dllexport)
+#elif defined(PATTERN_READER_STATIC)
 #define PATTERN_READER_API
 #else
-#define PATTERN_READER_API __attribute__((visibility("default")))
+#define PATTERN_READER_API __declspec(dllimport)
 #endif

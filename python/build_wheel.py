@@ -1,10 +1,15 @@
 """Builds the wheel for pip with CMake. It uses the standard library alone, so pip needs no network; compiler, CMake,
-pybind11, OpenCV and Ceres Solver come from the system, see packaging/debian_packages.sh."""
+pybind11, OpenCV and Ceres Solver come from the system, see packaging/debian_packages.sh.
+
+The environment variable CMAKE_ARGS has further options for CMake. `pip install --config-settings build-dir=FOLDER .`
+keeps the objects in FOLDER for the next time.
+"""
 import base64
 import hashlib
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import sysconfig
@@ -30,25 +35,38 @@ def _tag():
     return f"{python}-{python}-" + re.sub("[-.]", "_", sysconfig.get_platform())
 
 
-def _build_package(folder):
-    build, tree = folder / "build", folder / "tree"
+def _build_package(build, tree):
     options = {"CMAKE_BUILD_TYPE": "Release", "CMAKE_INSTALL_LIBDIR": "lmlib64", "LMCALTAB_PYTHON_DIRECTORY": ".",
                "LMCALTAB_PROGRAM": "OFF", "LMCALTAB_SHELL": "OFF", "LMCALTAB_READER": "ON",
                "LMCALTAB_CALIBRATION": "ON", "LMCALTAB_PYTHON": "ON", "LMCALTAB_TESTS": "OFF",
                "Python_EXECUTABLE": sys.executable}
     subprocess.check_call(["cmake", "-S", _SOURCE, "-B", build, "-G", "Ninja"] +
-                          [f"-D{name}={value}" for name, value in options.items()])
+                          [f"-D{name}={value}" for name, value in options.items()] +
+                          shlex.split(os.environ.get("CMAKE_ARGS", "")))
     subprocess.check_call(["cmake", "--build", build, "--target", "_lmlib64"])
     for component in ("python", "LmLib64"):
         subprocess.check_call(["cmake", "--install", build, "--prefix", tree, "--component", component, "--strip"])
     return sorted((tree / "lmlib64").iterdir())
 
 
+def _info_directory():
+    return f"lmlib64-{_version()}.dist-info"
+
+
+def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
+    """The hook of PEP 517 that saves pip a build. Returns the folder's name."""
+    folder = pathlib.Path(metadata_directory) / _info_directory()
+    folder.mkdir()
+    (folder / "METADATA").write_text(_metadata(), encoding="utf-8")
+    return folder.name
+
+
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     """The hook of PEP 517. Returns the wheel's name."""
-    info = f"lmlib64-{_version()}.dist-info"
+    info = _info_directory()
     name = f"lmlib64-{_version()}-{_tag()}.whl"
     record = []
+    build_directory = (config_settings or {}).get("build-dir")
     with tempfile.TemporaryDirectory() as folder, \
             zipfile.ZipFile(os.path.join(wheel_directory, name), "w", zipfile.ZIP_DEFLATED) as wheel:
         def add(path, contents):
@@ -56,7 +74,9 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
             digest = base64.urlsafe_b64encode(hashlib.sha256(contents).digest()).rstrip(b"=").decode()
             record.append(f"{path},sha256={digest},{len(contents)}\n")
 
-        for file in _build_package(pathlib.Path(folder)):
+        folder = pathlib.Path(folder)
+        build = pathlib.Path(build_directory).absolute() if build_directory else folder / "build"
+        for file in _build_package(build, folder / "tree"):
             add(f"lmlib64/{file.name}", file.read_bytes())
         for notice in ("LICENSE", "THIRD_PARTY_NOTICES.md"):
             add(f"{info}/{notice}", (_SOURCE / notice).read_bytes())

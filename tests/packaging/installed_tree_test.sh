@@ -60,6 +60,7 @@ done
 desktop-file-validate "$tree"/share/applications/*.desktop || fail "desktop entry"
 appstreamcli validate --no-net "$tree"/share/metainfo/*.xml >log || { cat log; fail "metainfo"; }
 
+[ "$(cat "$libraries"/cmake/*/*Targets.cmake | grep -c 'SPDX_LICENSE "MIT"')" = 3 ] || fail "no licence in the targets"
 # Other projects find and use it: with CMake, with pkg-config and from the shell.
 cmake -G Ninja -S "$source/examples" -B examples -DCMAKE_PREFIX_PATH="$tree" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_BUILD_TYPE=Debug >log 2>&1 || { cat log; exit 1; }
@@ -91,4 +92,10 @@ examples/calibrate_target board.json view-*.png >calibrated || fail "calibrate_t
 sed -n 's/^camera_matrix.*data: .\([0-9.]*\),.*/focal lengths \1 \1/p' camera.yaml >>calibrated
 [ "$(awk '/focal lengths/ && $3 > 1190 && $3 < 1210 && $4 > 1190 && $4 < 1210' calibrated | wc -l)" = 2 ] ||
   fail "calibrated: $(cat calibrated)"
+# A point at (0.1, 0.05, 1) is 120 and 60 pixels from the centre (639.5, 479.5) of that camera, which has no distortion.
+calibrate_cameras --quiet --pattern board.json --out result view-*.png >log || { cat log; fail "calibrate_cameras"; }
+/usr/bin/python3 "$source/examples/python/use_camera_info.py" result/*.camera_info.yaml view-0.png 0.1 0.05 1 >projected
+[ "$(awk '$(NF-1) > 754.5 && $(NF-1) < 764.5 && $NF > 534.5 && $NF < 544.5' projected | wc -l)" = 2 ] ||
+  fail "use_camera_info.py: $(cat projected)"
+identify undistorted.png | grep -q 1280x960 || fail "undistorted.png"
 exit $failures
