@@ -1,5 +1,5 @@
-# Debian packages of what is installed, made by ./package: the programs, each shared library, what other projects need to
-# build with each library, and the Python package.
+# Debian packages of what is installed, made by ./package: the programs, each shared library, what other projects need
+# to build with each library, and the Python package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME lmcaltab)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
