@@ -1,22 +1,19 @@
 // A folder for the files of one test, which is removed with all its contents afterwards.
 #pragma once
 
-#include <stdlib.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <random>
 #include <string>
 
 class TemporaryFolder {
 public:
     TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "lmcaltab-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("no temporary folder");
-        }
-        folder = name;
+        std::random_device random;
+        do {
+            folder = std::filesystem::temp_directory_path() / ("lmcaltab-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(folder));
     }
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
@@ -25,7 +22,7 @@ public:
         std::filesystem::remove_all(folder, ignored);
     }
 
-    std::string file(const std::string &name) const { return (folder / name).string(); }
+    std::string file(const std::string &name) const { return (folder / name).generic_string(); }
     const std::filesystem::path &path() const { return folder; }
     std::size_t entryCount() const {
         return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
