@@ -107,6 +107,15 @@ void refuseTooLarge(const std::string &path, const PictureSize &size) {
     }
 }
 
+// JPEG pictures store their luminance by itself. Decoding only that takes a third of the time and of the memory, and
+// avoids the rounding of two conversions of colours.
+int decoderFlags(std::istream &file) {
+    file.clear();
+    file.seekg(0);
+    const bool isJpeg = file.get() == 0xFF && file.get() == 0xD8;
+    return isJpeg ? cv::IMREAD_GRAYSCALE | cv::IMREAD_IGNORE_ORIENTATION : cv::IMREAD_UNCHANGED;
+}
+
 // The end of the sentence that refuses a file.
 std::string endOfRefusal(std::istream &file) {
     std::array<char, 4> start{};
@@ -129,7 +138,7 @@ cv::Mat loadGreyImage(const std::string &path) {
     }
     cv::Mat picture;
     try {
-        picture = cv::imread(path, cv::IMREAD_UNCHANGED);
+        picture = cv::imread(path, decoderFlags(file));
     } catch (const cv::Exception &) {
         // The picture is damaged or too large, which is reported below.
         picture.release();

@@ -36,6 +36,7 @@ private slots:
     void readsPhotographsAndNamesThoseThatDoNotHelp();
     void listsFoldersInNaturalOrderAndNoFileTwice();
     void calibratesOnceAfterReadingAndAgainAfterChanges();
+    void showsAFirstResultWhileManyAreRead();
     void dropsResultsThatAreOutOfDate();
     void cancelsReading();
     void readsAgainForAnotherBoard();
@@ -174,6 +175,22 @@ void SessionTest::calibratesOnceAfterReadingAndAgainAfterChanges() {
     QTRY_COMPARE(session.result()->problem, QString("5"));
     QCOMPARE(includedIn(4), QVector<int>{first});
     QVERIFY(session.photograph(second) == nullptr);
+}
+
+// The models that were chosen from some of the photographs must not be kept for all.
+void SessionTest::showsAFirstResultWhileManyAreRead() {
+    const QTemporaryDir folder;
+    for (int i = 0; i < 30; ++i) {
+        QVERIFY(QFile::link(examplePhotograph(1), folder.filePath(QString("%1.jpg").arg(i))));
+    }
+    Session session(scripted());
+    QVector<bool> wasReading;
+    connect(&session, &Session::resultChanged, this, [&] { wasReading << session.isReading(); });
+    session.add({folder.path()});
+    QTRY_COMPARE_WITH_TIMEOUT(wasReading, (QVector<bool>{true, false}), 60000);
+    QVERIFY(includedIn(0).size() >= 12 && includedIn(0).size() < 30);
+    QCOMPARE(includedIn(1).size(), 30);
+    QVERIFY(!record[1].hasPrevious);
 }
 
 void SessionTest::dropsResultsThatAreOutOfDate() {

@@ -10,6 +10,8 @@ namespace {
 constexpr int mostReaders = 8;
 // Several changes in a row start one calibration.
 constexpr int calibrationDelayMs = 20;
+// A first result is made from this many photographs with patterns, if at least as many are still to be read.
+constexpr int fewestForFirstResult = 12;
 
 }  // namespace
 
@@ -17,7 +19,11 @@ Session::Session(Calibrate calibrateFunction)
     : calibrate(std::move(calibrateFunction)), reading(qBound(1, QThread::idealThreadCount(), mostReaders)) {
     calibrationTimer.setSingleShot(true);
     calibrationTimer.setInterval(calibrationDelayMs);
-    connect(&calibrationTimer, &QTimer::timeout, this, &Session::startCalibration);
+    connect(&calibrationTimer, &QTimer::timeout, this, [this] {
+        if (!isReading()) {  // otherwise it starts when everything is read
+            startCalibration();
+        }
+    });
 }
 
 Session::~Session() = default;
@@ -68,6 +74,8 @@ void Session::read(const SessionPhotograph &photograph) {
     if (!isReading()) {
         batchTotal = 0;
         batchDone = 0;
+        helpfulInBatch = 0;
+        firstResultFrom = fewestForFirstResult;
     }
     ++batchTotal;
     reading.add([this, photograph, settings = currentSettings](const BackgroundWork::IsCancelled &isCancelled) {
@@ -92,6 +100,7 @@ void Session::readAllAgain() {
 void Session::photographRead(const SessionPhotograph &read) {
     ++batchDone;
     if (SessionPhotograph *photograph = find(read.id)) {
+        helpfulInBatch += read.readings && !read.readings->empty() ? 1 : 0;
         const bool isIncluded = photograph->isIncluded;  // may have changed meanwhile
         *photograph = read;
         photograph->isIncluded = isIncluded;
@@ -100,7 +109,15 @@ void Session::photographRead(const SessionPhotograph &read) {
     emit progressChanged();
     if (!isReading()) {
         scheduleCalibration();
+    } else if (canShowFirstResult()) {
+        firstResultFrom = 2 * helpfulInBatch;  // if it is impossible, the next attempt is with twice as many
+        startCalibration();
     }
+}
+
+bool Session::canShowFirstResult() const {
+    return (!latest || !latest->calibration) && !isCalibrating() && helpfulInBatch >= firstResultFrom &&
+           reading.open() >= fewestForFirstResult;
 }
 
 void Session::setIncluded(const QVector<int> &ids, bool isIncluded) {
@@ -162,19 +179,16 @@ void Session::scheduleCalibration() {
 }
 
 void Session::startCalibration() {
-    if (isReading()) {
-        return;  // it starts when everything is read
-    }
     calibration::CalibrateOptions options;
     if (startsFromLatest && latest) {
         options.previous = latest->calibration;
     }
-    calibrating.add([this, options, photographs = list, settings = currentSettings](
+    calibrating.add([this, options, photographs = list, settings = currentSettings, isOfAll = !isReading()](
                         const BackgroundWork::IsCancelled &isCancelled) mutable -> BackgroundWork::Delivery {
         options.isCancelled = isCancelled;
         try {
             const auto result = std::make_shared<SessionResult>(calibrate(photographs, settings, options));
-            return [this, result] { takeResult(std::move(*result)); };
+            return [this, result, isOfAll] { takeResult(std::move(*result), isOfAll); };
         } catch (const calibration::Cancelled &) {
             return [] {};
         }
@@ -182,8 +196,11 @@ void Session::startCalibration() {
     emit progressChanged();
 }
 
-void Session::takeResult(SessionResult result) {
-    startsFromLatest = true;
+void Session::takeResult(SessionResult result, bool isOfAll) {
+    if (!isOfAll && !result.calibration) {
+        return;  // what the rest is needed for
+    }
+    startsFromLatest = isOfAll;  // models that were chosen from a few photographs are chosen again
     latest = std::make_shared<const SessionResult>(std::move(result));
     emit resultChanged();
     emit progressChanged();

@@ -1,8 +1,9 @@
 // A session: photographs, what was read in them, the settings, and the calibration that follows. It has no widgets.
 //
 // Data goes one way: photographs -> readings -> calibration. Reading and calibrating run in the background; every
-// change of the photographs or settings starts what depends on it again and cancels what is out of date. All functions
-// return at once. Use it on one thread that has an event loop; its signals are emitted there.
+// change of the photographs or settings starts what depends on it again and cancels what is out of date. While many
+// photographs are read, a first result is made from those that are read already. All functions return at once. Use it
+// on one thread that has an event loop; its signals are emitted there.
 #pragma once
 
 #include <QMap>
@@ -71,7 +72,9 @@ private:
     void photographRead(const SessionPhotograph &photograph);
     void scheduleCalibration();
     void startCalibration();
-    void takeResult(SessionResult result);
+    // True if a first result is worth its time although reading goes on.
+    bool canShowFirstResult() const;
+    void takeResult(SessionResult result, bool isOfAll);
 
     const Calibrate calibrate;
     QVector<SessionPhotograph> list;
@@ -82,6 +85,8 @@ private:
     SessionSettings currentSettings;
     std::shared_ptr<const SessionResult> latest;
     bool startsFromLatest = true;
+    int helpfulInBatch = 0;   // photographs with patterns, read since reading began
+    int firstResultFrom = 0;  // of those
     QTimer calibrationTimer;
     BackgroundWork listing{1};
     BackgroundWork reading;
