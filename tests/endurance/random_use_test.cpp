@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <algorithm>
@@ -13,6 +12,7 @@
 
 #include "tests/end_to_end/desktop.h"
 #include "tests/end_to_end/driven_program.h"
+#include "tests/endurance/write_record.h"
 
 namespace {
 
@@ -29,62 +29,6 @@ bool waitsForEvents(qint64 process) {
     const QByteArray call = contentsOf(QString("/proc/%1/syscall").arg(process)).split(' ').value(0);
     return call == QByteArray::number(7) || call == QByteArray::number(271);
 }
-
-// A record, made by strace, of everything that a program and its children do to files, anywhere.
-class WriteRecord {
-public:
-    // Starts the program under strace. With its option -D, the started process becomes the program, not the tracer.
-    bool start(DrivenProgram &program, const QMap<QString, QString> &environment) {
-#ifdef WRITES_ARE_RECORDED
-        keeps = QProcess::execute("strace", {"-o", "/dev/null", "true"}) == 0;
-#endif
-        if (!keeps) {
-            qWarning("Only some folders are watched: files cannot be traced here.");
-            return program.start(LMCALTAB_PROGRAM, environment);
-        }
-        const QString calls =
-            "open,openat,creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"
-            "mkdir,mkdirat,rmdir,mknod,mknodat";
-        return program.start("strace", environment,
-                             {"-D", "-f", "-q", "-y", "-z", "--seccomp-bpf", "-s", "4096", "-o", fileName(), "-e",
-                              "trace=" + calls, LMCALTAB_PROGRAM});
-    }
-
-    bool isKept() const {
-        return keeps;
-    }
-
-    bool isComplete(qint64 process) const {
-        const QRegularExpression end(QString("^%1 +\\+\\+\\+ ").arg(process), QRegularExpression::MultilineOption);
-        return !keeps || QString::fromLocal8Bit(contentsOf(fileName())).contains(end);
-    }
-
-    // The files that were opened for writing, and all names in the other recorded calls, such as rename.
-    QStringList paths() const {
-        static const QRegularExpression opened(R"(^\d+ +(?:open|openat|creat)\(.* = \d+<(.*)>)");
-        static const QRegularExpression named("\"([^\"]*)\"");
-        QStringList paths;
-        for (const QString &line : QString::fromLocal8Bit(contentsOf(fileName())).split('\n')) {
-            const QRegularExpressionMatch open = opened.match(line);
-            if (!open.hasMatch()) {
-                for (auto names = named.globalMatch(line); names.hasNext();) {
-                    paths << QDir::current().absoluteFilePath(names.next().captured(1));
-                }
-            } else if (line.contains("O_WRONLY") || line.contains("O_RDWR") || line.contains("O_CREAT")) {
-                paths << open.captured(1);
-            }
-        }
-        return paths;
-    }
-
-private:
-    QString fileName() const {
-        return folder.filePath("record");
-    }
-
-    QTemporaryDir folder;
-    bool keeps = false;
-};
 
 }  // namespace
 
@@ -202,12 +146,15 @@ void RandomUseTest::endsAsItBegan() {
     program = std::make_unique<DrivenProgram>(desktop);
     QDir::setCurrent(chosen.path());
     WriteRecord record;
-    QVERIFY(record.start(*program, {{"HOME", home.path()},
-                                    {"XDG_CONFIG_HOME", home.path()},
-                                    {"XDG_CACHE_HOME", home.path()},
-                                    {"XDG_DATA_HOME", home.path()},
-                                    {"XDG_RUNTIME_DIR", home.path()},
-                                    {"TMPDIR", home.path()}}));
+    const QStringList command = record.commandFor(LMCALTAB_PROGRAM);
+    QVERIFY(program->start(command.first(),
+                           {{"HOME", home.path()},
+                            {"XDG_CONFIG_HOME", home.path()},
+                            {"XDG_CACHE_HOME", home.path()},
+                            {"XDG_DATA_HOME", home.path()},
+                            {"XDG_RUNTIME_DIR", home.path()},
+                            {"TMPDIR", home.path()}},
+                           command.mid(1)));
     window = program->window();
     desktop.xdotool({"windowmove", "--sync", window, "20", "40"});
 

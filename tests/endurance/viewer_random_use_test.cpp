@@ -1,19 +1,61 @@
-// Random keys, clicks and window sizes in the viewer with the example open, from a fixed seed. It must always respond
-// in time, write only to its own folder, and end well.
+// Random keys, clicks, window sizes, and pasted files, good and bad, in the viewer with the example open, from a fixed
+// seed. It must always respond in time, write only to its own folder, and end well.
 #include <QApplication>
+#include <QClipboard>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QImage>
+#include <QMimeData>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QUrl>
 #include <QtTest>
+#include <algorithm>
 #include <random>
 
 #include "tests/end_to_end/desktop.h"
+#include "tests/endurance/write_record.h"
 
 namespace {
 
+// Of processor time, because other programs may keep the machine busy; and of elapsed time, for a program that waits.
 constexpr int patienceMs = 5000;
+constexpr int longPatienceMs = 60000;
+
+void write(const QString &path, const QByteArray &content) {
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write(content);
+}
+
+// Files as users drop them: good photographs, a folder of them, and everything that is none.
+QStringList filesToPaste(const QDir &folder) {
+    const QString good = QStringLiteral(VIEWER_EXAMPLE "/photograph-01.jpg");
+    QFile photograph(good);
+    photograph.open(QIODevice::ReadOnly);
+    const QByteArray content = photograph.readAll();
+    write(folder.filePath("cut.jpg"), content.left(content.size() / 2));
+    QByteArray damaged = content;
+    std::fill(damaged.begin() + 1000, damaged.begin() + 1400, '\xA5');
+    write(folder.filePath("damaged.jpg"), damaged);
+    write(folder.filePath("empty.jpg"), {});
+    write(folder.filePath("words.png"), "not a picture");
+    write(folder.filePath("pattern.json"), "{\"Patterns\": [{}]}");
+    write(folder.filePath("pattern.pdf"), "%PDF-1.4");
+    write(folder.filePath("session.lmview"), "{\"Format\": 1}");
+    QImage dot(1, 1, QImage::Format_RGB32);
+    dot.fill(Qt::white);
+    dot.save(folder.filePath("dot.png"));
+    QImage(good).mirrored(true, false).save(folder.filePath("mirrored.jpg"));
+    QImage(good).scaled(700, 300).save(folder.filePath("squeezed.png"));
+    folder.mkpath("nothing here");
+    QStringList files{good, QStringLiteral(VIEWER_EXAMPLE), folder.filePath("gone.jpg"), "/dev/null"};
+    for (const QString &name : folder.entryList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+        files << folder.filePath(name);
+    }
+    return files;
+}
 
 }  // namespace
 
@@ -35,29 +77,45 @@ private:
             .split('\n', Qt::SkipEmptyParts);
     }
     void act(const QProcess &program, const QString &window);
-    // A program that is busy does not answer the window manager's ping, nor take a key; it is asked by its own clock.
+    void paste();
+    // Waits until the program is ready for the next input. False if that takes too long or if the program has ended.
     bool answers(const QProcess &program);
 
     const Desktop &desktop;
     std::mt19937 random{20261121};
-    qint64 longestWaitMs = 0;
+    QStringList files;
+    int longestBusyMs = 0;
 };
 
 bool ViewerRandomUseTest::answers(const QProcess &program) {
-    QElapsedTimer timer;
-    timer.start();
-    QThread::msleep(20);
+    const QString process = QString("/proc/%1/").arg(program.processId());
+    const auto contentOf = [&process](const QString &name) {
+        QFile file(process + name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    // Of the main thread: user and system time, in hundredths of a second, behind the name in brackets.
+    const auto processorMs = [&] {
+        const QByteArray stat = contentOf("task/" + QString::number(program.processId()) + "/stat");
+        const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
+        return 10 * (fields.value(11).toInt() + fields.value(12).toInt());
+    };
     // The main thread waits for events in poll.
-    const auto waits = [&program] {
-        QFile file(QString("/proc/%1/syscall").arg(program.processId()));
-        const QByteArray call = file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(0) : QByteArray();
+    const auto waits = [&contentOf] {
+        const QByteArray call = contentOf("syscall").split(' ').value(0);
         return call == "7" || call == "271";
     };
-    while (!waits() && timer.elapsed() < patienceMs && program.state() == QProcess::Running) {
+    QThread::msleep(20);
+    const int begin = processorMs();
+    int busyMs = 0;
+    QElapsedTimer timer;
+    timer.start();
+    while (program.state() == QProcess::Running && !waits() && busyMs < patienceMs &&
+           timer.elapsed() < longPatienceMs) {
         QThread::msleep(1);
+        busyMs = processorMs() - begin;
     }
-    longestWaitMs = qMax(longestWaitMs, timer.elapsed());
-    return program.state() == QProcess::Running && timer.elapsed() < patienceMs;
+    longestBusyMs = qMax(longestBusyMs, busyMs);
+    return program.state() == QProcess::Running && busyMs < patienceMs && timer.elapsed() < longPatienceMs;
 }
 
 void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
@@ -68,8 +126,10 @@ void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
     const QStringList keys{"Tab",   "shift+Tab", "Up",     "Down",   "Left", "Right",  "space",      "plus",
                            "minus", "ctrl+Tab",  "alt+v",  "Escape", "F5",   "ctrl+t", "ctrl+0",     "Prior",
                            "Next",  "ctrl+e",    "ctrl+v", "End",    "Home", "ctrl+a", "ctrl+Delete"};
-    const int choice = below(20);
-    if (choice == 0) {
+    const int choice = below(21);
+    if (choice == 20) {
+        paste();
+    } else if (choice == 0) {
         desktop.xdotool({"windowsize", window, QString::number(700 + below(500)), QString::number(500 + below(500))});
     } else if (choice < 9) {
         desktop.press({keys[below(keys.size())], keys[below(keys.size())]});
@@ -80,24 +140,45 @@ void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
     }
 }
 
+// Pasting and dropping lead to the same function of the window.
+void ViewerRandomUseTest::paste() {
+    QList<QUrl> urls;
+    for (int count = 1 + below(3); count > 0; --count) {
+        urls << QUrl::fromLocalFile(files[below(files.size())]);
+    }
+    auto *data = new QMimeData;
+    data->setUrls(urls);
+    QApplication::clipboard()->setMimeData(data);
+    desktop.press({"ctrl+v"});
+    QTest::qWait(100);  // the viewer asks this process for the content
+}
+
 void ViewerRandomUseTest::survives() {
     const int seconds = qEnvironmentVariableIsSet("LMCALTAB_RANDOM_SECONDS")
                             ? qEnvironmentVariableIntValue("LMCALTAB_RANDOM_SECONDS")
                             : 8;
     const QTemporaryDir home;
     const QTemporaryDir work;
+    const QTemporaryDir pasted;
+    files = filesToPaste(pasted.path());
+    QDir::setCurrent(work.path());
+    const WriteRecord record;
+    const QStringList command = record.commandFor(LMCALTAB_VIEWER_PROGRAM);
     QProcess program;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("HOME", home.path());
     environment.insert("XDG_DATA_HOME", home.filePath("data"));
     environment.insert("XDG_CONFIG_HOME", home.filePath("config"));
     environment.insert("XDG_CACHE_HOME", home.filePath("cache"));
+    environment.insert("XDG_RUNTIME_DIR", home.path());
+    environment.insert("TMPDIR", home.path());
     environment.insert("BROWSER", "true");
     program.setProcessEnvironment(environment);
     program.setWorkingDirectory(work.path());
     program.setProcessChannelMode(QProcess::ForwardedChannels);
-    program.start(LMCALTAB_VIEWER_PROGRAM, {"--caltab-calibration"});
+    program.start(command.first(), command.mid(1) + QStringList{"--caltab-calibration"});
     QVERIFY(program.waitForStarted());
+    const qint64 process = program.processId();
     const QString window = desktop.waitForWindow("LmView");
     desktop.press({"ctrl+e"});
     QElapsedTimer timer;
@@ -120,7 +201,15 @@ void ViewerRandomUseTest::survives() {
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
     QCOMPARE(QDir(work.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
-    qInfo("%d actions in the viewer, longest wait %lld ms", actions, longestWaitMs);
+    QTRY_VERIFY(record.isComplete(process));
+    // A file that was created without a name is given one through its descriptor in /proc/self/fd/.
+    const QStringList expected{home.path() + "/", "/dev/", "/proc/self/fd/"};
+    for (const QString &path : record.paths()) {
+        const auto isWithin = [&path](const QString &folder) { return path.startsWith(folder); };
+        QVERIFY2(std::any_of(expected.begin(), expected.end(), isWithin), qPrintable(path));
+    }
+    qInfo("%d actions in the viewer in %d s; busy for at most %d ms of processor time; %d changes of files", actions,
+          seconds, longestBusyMs, record.paths().size());
 }
 
 int main(int argumentCount, char **arguments) {

@@ -88,12 +88,15 @@ void PhotographView::makeUndistorted() {
     if (!known.estimate.hasCamera[size_t(camera)]) {
         return;
     }
-    work.add([this, source = picture, lens = known.observations.cameras[size_t(camera)],
+    work.add([this, id = photograph.id, from = result, source = picture,
+              lens = known.observations.cameras[size_t(camera)],
               intrinsics = known.estimate.intrinsics[size_t(camera)]](const BackgroundWork::IsCancelled &) {
         const PhotographPicture made = source.undistort(lens, intrinsics);
-        return [this, made] {
-            straight = made;
-            update();
+        return [this, made, id, from] {
+            if (id == photograph.id && from == result) {  // neither has changed meanwhile
+                straight = made;
+                update();
+            }
         };
     });
 }

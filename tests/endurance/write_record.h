@@ -1,0 +1,75 @@
+// A record, made by strace, of everything that a program and its children do to files, anywhere. Kept only in builds
+// that define WRITES_ARE_RECORDED, and where strace may trace.
+#pragma once
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStringList>
+#include <QTemporaryDir>
+
+class WriteRecord {
+public:
+    WriteRecord() {
+#ifdef WRITES_ARE_RECORDED
+        keeps = QProcess::execute("strace", {"-o", "/dev/null", "true"}) == 0;
+#endif
+        if (!keeps) {
+            qWarning("Only some folders are watched: files cannot be traced here.");
+        }
+    }
+
+    // The command that starts the program with a record. With strace's option -D, the started process becomes the
+    // program, not the tracer.
+    QStringList commandFor(const QString &program) const {
+        const QString calls =
+            "open,openat,creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"
+            "mkdir,mkdirat,rmdir,mknod,mknodat";
+        return keeps ? QStringList{"strace",         "-D",   "-f",   "-q", "-y",       "-z",
+                                   "--seccomp-bpf",  "-s",   "4096", "-o", fileName(), "-e",
+                                   "trace=" + calls, program}
+                     : QStringList{program};
+    }
+
+    bool isKept() const {
+        return keeps;
+    }
+
+    bool isComplete(qint64 process) const {
+        const QRegularExpression end(QString("^%1 +\\+\\+\\+ ").arg(process), QRegularExpression::MultilineOption);
+        return !keeps || contents().contains(end);
+    }
+
+    // The files that were opened for writing, and all names in the other recorded calls, such as rename. Relative names
+    // count from the test's current folder.
+    QStringList paths() const {
+        static const QRegularExpression opened(R"(^\d+ +(?:open|openat|creat)\(.* = \d+<(.*)>)");
+        static const QRegularExpression named("\"([^\"]*)\"");
+        QStringList paths;
+        for (const QString &line : contents().split('\n')) {
+            const QRegularExpressionMatch open = opened.match(line);
+            if (!open.hasMatch()) {
+                for (auto names = named.globalMatch(line); names.hasNext();) {
+                    paths << QDir::current().absoluteFilePath(names.next().captured(1));
+                }
+            } else if (line.contains("O_WRONLY") || line.contains("O_RDWR") || line.contains("O_CREAT")) {
+                paths << open.captured(1);
+            }
+        }
+        return paths;
+    }
+
+private:
+    QString fileName() const {
+        return folder.filePath("record");
+    }
+
+    QString contents() const {
+        QFile file(fileName());
+        return file.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(file.readAll()) : QString();
+    }
+
+    QTemporaryDir folder;
+    bool keeps = false;
+};
