@@ -126,10 +126,23 @@ void ViewerWindow::openSessionFile() {
 void ViewerWindow::openSessionDocument(const QString &file) {
     QString problem;
     const std::optional<SessionDocument> document = openSession(file, problem);
-    if (document) {
-        session.open(*document);
-    } else {
+    if (!document) {
         tell(problem);
+        return;
+    }
+    session.open(*document);
+    QStringList gone;
+    for (const SessionEntry &entry : document->photographs) {
+        if (!QFileInfo::exists(entry.path)) {
+            gone << entry.path;
+        }
+    }
+    if (!gone.isEmpty()) {
+        tell(tr("%1 of the session's %2 photographs are gone, such as %3. They stay in the list. Put them back where "
+                "they were, and open the session again.")
+                 .arg(gone.size())
+                 .arg(document->photographs.size())
+                 .arg(QDir::toNativeSeparators(gone.first())));
     }
 }
 

@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <cmath>
@@ -74,7 +75,14 @@ ViewerWindow::ViewerWindow(const QString &recoveryFolder) : session(calibratePho
         recovery = std::make_unique<RecoveryCopy>(recoveryFolder);
         recoveryTimer.setSingleShot(true);
         recoveryTimer.setInterval(recoveryDelayMs);
-        connect(&recoveryTimer, &QTimer::timeout, this, [this] { recovery->keep(session.document()); });
+        connect(&recoveryTimer, &QTimer::timeout, this, [this] {
+            const QString problem = recovery->keep(session.document());
+            if (!problem.isEmpty()) {
+                statusBar()->showMessage(tr("A crash would lose this session. %1").arg(problem));
+            } else if (findChild<QStatusBar *>() != nullptr) {
+                statusBar()->clearMessage();
+            }
+        });
         QTimer::singleShot(0, this, &ViewerWindow::offerRecovery);
     }
     showProgress();

@@ -5,6 +5,11 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QTemporaryDir>
+#ifdef Q_OS_UNIX
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
 
 #include "viewer/session/session_file.h"
 
@@ -85,6 +90,29 @@ TEST(SessionFile, saysWhatIsWrong) {
     const QString problem = saveSession(folder.filePath("no/such/folder.lmview"), {});
     EXPECT_TRUE(problem.contains("folder.lmview")) << problem.toStdString();
 }
+
+#ifdef Q_OS_UNIX
+TEST(SessionFile, keepsTheOldFileOnAFullDisk) {
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("a.lmview");
+    RecoveryCopy copy(folder.filePath("copies"));
+    ASSERT_EQ(saveSession(file, {}), QString());
+    ASSERT_EQ(copy.keep({}), QString());
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full{100, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    const QString problem = saveSession(file, someDocument(folder.path()));
+    const QString copyProblem = copy.keep(someDocument(folder.path()));
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_TRUE(problem.contains("a.lmview")) << problem.toStdString();
+    EXPECT_TRUE(copyProblem.contains(".json")) << copyProblem.toStdString();
+    QString openProblem;
+    EXPECT_TRUE(openSession(file, openProblem)) << openProblem.toStdString();
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"a.lmview"});
+}
+#endif
 
 TEST(SessionFile, ignoresValuesThatMakeNoSense) {
     const QByteArray text = R"({"Lens": "pinhole7", "GridSpacing": -3, "BoardSquare": "x", "Board": [2, 100000],

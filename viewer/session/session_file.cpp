@@ -6,8 +6,9 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 #include <QUuid>
+
+#include "file_writing/safe_file.h"
 
 namespace {
 
@@ -32,10 +33,13 @@ QString saveSession(const QString &file, const SessionDocument &document) {
     }
     const QJsonObject json{
         {"Format", format}, {"Version", 1}, {"Photographs", photographs}, {"Settings", toJson(document.settings)}};
-    QSaveFile output(file);
-    const QByteArray text = QJsonDocument(json).toJson();
-    if (!output.open(QIODevice::WriteOnly) || output.write(text) != text.size() || !output.commit()) {
-        return tr("The session cannot be saved as %1: %2").arg(QDir::toNativeSeparators(file), output.errorString());
+    // The toolkit's QSaveFile replaces a file by the beginning of the new one if the disk is full.
+    try {
+        file_writing::SafeFiles files;
+        files.write(QFile::encodeName(file).toStdString(), QJsonDocument(json).toJson().toStdString());
+        files.commit();
+    } catch (const std::exception &error) {
+        return QString::fromLocal8Bit(error.what());
     }
     return {};
 }
@@ -86,13 +90,12 @@ void RecoveryCopy::create() {
     }
 }
 
-void RecoveryCopy::keep(const SessionDocument &document) {
+QString RecoveryCopy::keep(const SessionDocument &document) {
     if (file.isEmpty()) {
         create();
     }
-    if (!file.isEmpty()) {
-        saveSession(file, document);  // without it, only the protection against a crash is missing
-    }
+    return file.isEmpty() ? tr("The folder %1 cannot be written to.").arg(QDir::toNativeSeparators(folder))
+                          : saveSession(file, document);
 }
 
 std::optional<SessionDocument> RecoveryCopy::takeLeftOver() {

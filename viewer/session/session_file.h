@@ -35,7 +35,8 @@ public:
     RecoveryCopy(const RecoveryCopy &) = delete;
     RecoveryCopy &operator=(const RecoveryCopy &) = delete;
 
-    void keep(const SessionDocument &document);
+    // Returns an empty text, or why there is no new copy; the one before stays.
+    QString keep(const SessionDocument &document);
 
     // The newest session that a crashed process left, if there is one. It becomes this object's copy.
     std::optional<SessionDocument> takeLeftOver();
