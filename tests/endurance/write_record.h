@@ -42,19 +42,25 @@ public:
     }
 
     // The files that were opened for writing, and all names in the other recorded calls, such as rename. Relative names
-    // count from the test's current folder.
+    // count from the test's current folder. A call that another thread interrupts has two lines; the first has the
+    // name.
     QStringList paths() const {
-        static const QRegularExpression opened(R"(^\d+ +(?:open|openat|creat)\(.* = \d+<(.*)>)");
+        static const QRegularExpression opening(R"(^\d+ +(?:open|openat)\()");
+        static const QRegularExpression opened(R"( = \d+<(.*)>)");
         static const QRegularExpression named("\"([^\"]*)\"");
         QStringList paths;
         for (const QString &line : contents().split('\n')) {
+            const bool isOpening = line.contains(opening);
+            if (isOpening && !line.contains("O_WRONLY") && !line.contains("O_RDWR") && !line.contains("O_CREAT")) {
+                continue;
+            }
             const QRegularExpressionMatch open = opened.match(line);
-            if (!open.hasMatch()) {
-                for (auto names = named.globalMatch(line); names.hasNext();) {
-                    paths << QDir::current().absoluteFilePath(names.next().captured(1));
-                }
-            } else if (line.contains("O_WRONLY") || line.contains("O_RDWR") || line.contains("O_CREAT")) {
+            if (isOpening && open.hasMatch()) {
                 paths << open.captured(1);
+                continue;
+            }
+            for (auto names = named.globalMatch(line); names.hasNext();) {
+                paths << QDir::current().absoluteFilePath(names.next().captured(1));
             }
         }
         return paths;
