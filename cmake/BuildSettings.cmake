@@ -54,6 +54,9 @@ endif()
 if(LMCALTAB_SANITIZE)
   add_compile_options(-fsanitize=${LMCALTAB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${LMCALTAB_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND LMCALTAB_SANITIZE MATCHES undefined)
+    add_compile_options(-fsanitize-ignorelist=${CMAKE_CURRENT_SOURCE_DIR}/tests/ubsan_ignored_headers.txt)
+  endif()
 endif()
 
 # The thread sanitizer's build leaves out the longest tests of what one thread computes by itself, of failing
