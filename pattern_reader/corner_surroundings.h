@@ -32,7 +32,7 @@ public:
     // The same from the corner's neighbours alone. The corner itself need not be part of the lattice.
     std::optional<CornerBorders> bordersByNeighbours(const LatticeCorner &corner) const;
     // How much the fitted levels around a corner typically differ from a plane, in grey levels. Only every stride-th
-    // corner is examined. fits belongs to the lattice's corners.
+    // corner is examined. fits[i] is the fit of the lattice's corner i.
     float lightScatter(const std::vector<CornerFit> &fits, size_t stride) const;
     // How the levels change over one step along each axis, by the fits around a corner; scatter is the board's.
     std::array<CornerPrior::Change, 2> lightAround(const LatticeCorner &corner, const std::vector<CornerFit> &fits,

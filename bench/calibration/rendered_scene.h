@@ -16,9 +16,9 @@ struct RenderedScene {
     calibration::Observations read;
 };
 
-// The prints must be the patterns of an assembly, 15 x 15 corners; print n is pattern n. bend: mm, by which the middle
-// of the first print stands out above its left and right edges. The lenses must have equal focal lengths and at most
-// two coefficients.
+// The prints must be the patterns of an assembly, 15 x 15 corners; print n is pattern n. The middle of the first print
+// stands out above its left and right edges by `bend` mm. The lenses must have equal focal lengths and at most two
+// coefficients.
 RenderedScene renderAndRead(const SceneDraft &draft, double bend, unsigned seed);
 
 }  // namespace calibration_bench

@@ -15,8 +15,8 @@ struct Condition {
     const char *id = "";
     const char *text = "";
     bool boardsOnly = false;
-    // prepare changes a mild draft. finish changes the exposure after it is known where the pattern is. Both may be
-    // null.
+    // The first changes the draft of a picture under mild conditions, the second the exposure, once the place of the
+    // pattern is known. Both may be null.
     void (*prepare)(SceneDraft &draft, Dice &dice) = nullptr;
     void (*finish)(ComposedScene &composed, Dice &dice) = nullptr;
 };
