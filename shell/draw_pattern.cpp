@@ -12,7 +12,7 @@
 namespace {
 
 using shell::PatternChoice;
-using shell::PatternKind;
+using shell::TargetKind;
 
 struct Arguments {
     PatternChoice choice;
@@ -75,7 +75,7 @@ void addOutput(CLI::App &app, Arguments &arguments) {
     app.add_flag("--sheets", outputs.splitsOverSheets, "Splits a pattern that the paper does not hold over sheets");
 }
 
-CLI::App &addKind(CLI::App &app, Arguments &arguments, PatternKind kind, const std::string &name,
+CLI::App &addKind(CLI::App &app, Arguments &arguments, TargetKind kind, const std::string &name,
                   const std::string &description) {
     CLI::App &command = *app.add_subcommand(name, description);
     command.group("Kinds of pattern");
@@ -96,31 +96,30 @@ void addGridSpacing(CLI::App &command, Arguments &arguments) {
 void addKinds(CLI::App &app, Arguments &arguments) {
     PatternChoice &choice = arguments.choice;
     CLI::App &official =
-        addKind(app, arguments, PatternKind::Official, "official", "A plate in a common size, see --list");
+        addKind(app, arguments, TargetKind::Official, "official", "A plate in a common size, see --list");
     official.add_option("--plate", choice.plate, "Type of the plate, as --list shows it")
         ->type_name("TYPE")
         ->required();
 
-    CLI::App &custom = addKind(app, arguments, PatternKind::Custom, "custom",
+    CLI::App &custom = addKind(app, arguments, TargetKind::Custom, "custom",
                                "15 x 15 corners that encode their grid spacing and thickness");
     addGridSpacing(custom, arguments);
 
-    CLI::App &flexible = addKind(app, arguments, PatternKind::Flexible, "flexible",
+    CLI::App &flexible = addKind(app, arguments, TargetKind::Flexible, "flexible",
                                  "A board of any size, from anywhere in one large plane");
     addPair(flexible, "--size", choice.gridSize, 'x', "CxR", "Columns and rows of inner corners")->required();
     addGridSpacing(flexible, arguments);
     addPair(flexible, "--offset", choice.offset, ',', "X,Y", "Place in the plane in mm, in half grid spacings");
 
     CLI::App &assembly =
-        addKind(app, arguments, PatternKind::Assembly, "assembly", "Patterns for one common coordinate system");
+        addKind(app, arguments, TargetKind::Assembly, "assembly", "Patterns for one common coordinate system");
     assembly.add_option("--patterns", choice.patterns, "How many patterns")
         ->type_name("N")
         ->required()
         ->check(CLI::Range(1, 18));
     addGridSpacing(assembly, arguments);
 
-    CLI::App &halcon =
-        addKind(app, arguments, PatternKind::Halcon, "halcon", "A plate of 7 x 7 round marks in a frame");
+    CLI::App &halcon = addKind(app, arguments, TargetKind::Halcon, "halcon", "A plate of 7 x 7 round marks in a frame");
     addGridSpacing(halcon, arguments);
     addPair(halcon, "--offset", choice.offset, ',', "X,Y",
             "Place in mm, in whole grid spacings; encoded in place of grid spacing and thickness");

@@ -133,20 +133,20 @@ void requireOutputs(const Outputs &outputs) {
 
 void writePattern(const PatternChoice &choice, int index, const TreeItem &pattern) {
     switch (choice.kind) {
-        case PatternKind::Official:
+        case TargetKind::Official:
             pattern["Type"] = choice.plate;
             break;
-        case PatternKind::Custom:
+        case TargetKind::Custom:
             pattern["Type"] = "SingleCustom";
             break;
-        case PatternKind::Flexible:
+        case TargetKind::Flexible:
             pattern["Type"] = "Flexible";
             break;
-        case PatternKind::Assembly:
+        case TargetKind::Assembly:
             pattern["Type"] = "Assembly";
             pattern["AssemblyPattern"] = index;
             break;
-        case PatternKind::Halcon:
+        case TargetKind::Halcon:
             // Without a "Type", the library draws this plate.
             break;
     }

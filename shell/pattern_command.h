@@ -10,12 +10,12 @@
 
 namespace shell {
 
-// The kinds of pattern, as the program's pages name them.
-enum class PatternKind { Official, Custom, Flexible, Assembly, Halcon };
+// The kinds of target, named like the pages of the program.
+enum class TargetKind { Official, Custom, Flexible, Assembly, Halcon };
 
 // What to draw. Lengths in millimetres; an absent value is left to the library's default.
 struct PatternChoice {
-    PatternKind kind = PatternKind::Official;
+    TargetKind kind = TargetKind::Official;
     std::string plate;  // "Type" of an official plate
     std::optional<std::array<int, 2>> gridSize;
     std::optional<double> gridSpacing;
