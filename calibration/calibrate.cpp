@@ -157,6 +157,7 @@ private:
             if (!options.mayBend) {
                 break;
             }
+            enter(Stage::ChoosingModels, (round + 0.5) / rounds);
             const std::vector<Bend> before = bends;
             bends = chooseBends(result.observations, result.estimate, options.measured);
             if (bends == before) {

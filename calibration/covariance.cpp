@@ -7,6 +7,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "calibration/lens_prior.h"
 #include "calibration/sighting_residuals.h"
 
 namespace calibration {
@@ -228,6 +229,13 @@ private:
     }
 
     void addPriors() {
+        for (size_t i = 0; i < observations.cameras.size(); i++) {
+            const Covariance::Range range = result.cameras[i].intrinsics;
+            if (range.size > 0) {
+                const Eigen::VectorXd prior = lensPrior(observations.cameras[i], estimate.intrinsics[i]);
+                information.diagonal().segment(range.first, range.size) += prior.cwiseAbs2();
+            }
+        }
         for (size_t i = 0; i < observations.prints.size(); i++) {
             const Covariance::Range range = result.prints[i].shape;
             for (int number = 0; number < range.size; number++) {

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <utility>
 
+#include "calibration/lens_prior.h"
 #include "calibration/sighting_residuals.h"
 
 namespace calibration {
@@ -58,6 +60,27 @@ public:
 private:
     std::array<double, PrintShape::bend> mean;
     std::array<double, PrintShape::bend> weights{};
+};
+
+// Pulls the coefficients of a lens towards what lens_prior.h says.
+class LensPriorCost : public ceres::CostFunction {
+public:
+    explicit LensPriorCost(Eigen::VectorXd prior) : weights(std::move(prior)) {
+        set_num_residuals(int(weights.size()));
+        mutable_parameter_block_sizes()->push_back(int(weights.size()));
+    }
+
+    bool Evaluate(double const *const *parameters, double *residuals, double **jacobians) const override {
+        Eigen::Map<Eigen::VectorXd>(residuals, weights.size()) =
+            weights.cwiseProduct(Eigen::Map<const Eigen::VectorXd>(parameters[0], weights.size()));
+        if (jacobians != nullptr && jacobians[0] != nullptr) {
+            Eigen::Map<Eigen::MatrixXd>(jacobians[0], weights.size(), weights.size()) = weights.asDiagonal();
+        }
+        return true;
+    }
+
+private:
+    Eigen::VectorXd weights;
 };
 
 // The problem in the form that Ceres needs. Solving it changes the numbers of the estimate in place.
@@ -131,6 +154,10 @@ private:
         const auto i = size_t(camera);
         if (rigOrigin(observations, camera) == camera || !options.freedom.rig) {
             problem.SetParameterBlockConstant(estimate.cameraFromRig[i].data());
+        }
+        const Eigen::VectorXd prior = lensPrior(observations.cameras[i], estimate.intrinsics[i]);
+        if (!prior.isZero(0)) {
+            problem.AddResidualBlock(new LensPriorCost(prior), nullptr, estimate.intrinsics[i].data());
         }
         if (!options.freedom.intrinsics) {
             problem.SetParameterBlockConstant(estimate.intrinsics[i].data());
