@@ -21,7 +21,7 @@ if [ -z "${LMCALTAB_BARE_DEBIAN:-}" ]; then
   fi
   # Mounts and processes end with this one.
   work=$(mktemp -d)
-  trap 'rm -rf "$work"' EXIT
+  trap 'rm -rf "$work"; rmdir "$source/build-bare" 2>/dev/null || true' EXIT
   LMCALTAB_BARE_DEBIAN=$work unshare --mount --pid --fork --kill-child --mount-proc "$0" "$@"
   exit
 fi
@@ -149,7 +149,7 @@ try_tree() {
       -DLMCALTAB_WARNINGS_AS_ERRORS=ON
     nice -n 5 cmake --build build-bare
     cmake --install build-bare --prefix /opt/lmcaltab
-    cmake -S /source/examples -B /tmp/examples -DCMAKE_PREFIX_PATH=/opt/lmcaltab
+    cmake -G Ninja -S /source/examples -B /tmp/examples -DCMAKE_PREFIX_PATH=/opt/lmcaltab
     cmake --build /tmp/examples
     cd /tmp
     PATH=/opt/lmcaltab/bin:\$PATH PYTHONPATH=/opt/lmcaltab/lib/python3/dist-packages
@@ -185,6 +185,5 @@ for way in "${@:-packages embedded run tree pip}"; do
     "try_$name"
   done
 done
-rmdir "$source/build-bare" 2>/dev/null || true
 [ "$failures" != 0 ] || echo "All of it works."
 exit $failures
