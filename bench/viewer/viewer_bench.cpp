@@ -222,7 +222,8 @@ double longestScrollStep(QListView &list) {
 }
 
 void readMany(WatchedApplication &application, const QStringList &files) {
-    // Different names for few pictures, because a file is never in the list twice.
+    // Different names for few pictures, because a file is never in the list twice. All are read and shown; the
+    // calibration uses each picture once, so its memory is not part of this.
     const QTemporaryDir folder;
     QStringList names;
     for (int i = 0; i < manyPhotographs; ++i) {
