@@ -2,7 +2,9 @@
 # .ci/run.
 
 build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev libcli11-dev fonts-dejavu-core)
-viewer_packages=(libopencv-dev libexif-dev libceres-dev libqwt-qt5-dev pkg-config)
+viewer_packages=(
+  libopencv-dev libopencv-videoio-dev libexif-dev libceres-dev libqwt-qt5-dev libqt5svg5-dev pkg-config
+)
 python_packages=(python3-dev python3-pybind11 python3-numpy)
 test_packages=(
   "${viewer_packages[@]}" "${python_packages[@]}" libgtest-dev libgmock-dev libcairo2-dev

@@ -10,9 +10,11 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QTabWidget>
 #include <QUrl>
 
 #include "tooltips/manual_placeholder.h"
+#include "viewer/live_panel.h"
 #include "viewer/result_files.h"
 #include "viewer/settings_panel.h"
 #include "viewer/viewer_window.h"
@@ -38,6 +40,7 @@ void ViewerWindow::makeMenus() {
     QMenu *file = menuBar()->addMenu(tr("&File"));
     add(file, tr("&Add Photographs..."), QKeySequence("Ctrl+I"), &ViewerWindow::addPhotographs);
     add(file, tr("Add &Folder..."), QKeySequence("Ctrl+Shift+I"), &ViewerWindow::addFolder);
+    add(file, tr("&Camera or Video"), QKeySequence("Ctrl+L"), &ViewerWindow::showLive);
     add(file, tr("&Paste Files"), QKeySequence::Paste, &ViewerWindow::paste);
     file->addSeparator();
     add(file, tr("Open &Example"), QKeySequence("Ctrl+E"), &ViewerWindow::openExample);
@@ -77,6 +80,9 @@ void ViewerWindow::open(const QStringList &files) {
         }
         if (ending == "json" || ending == "pdf") {
             settings.patternFiles << QFileInfo(file).absoluteFilePath();
+        } else if (isVideoName(file)) {
+            tabs->setCurrentWidget(live);
+            live->startFile(file);
         } else {
             pictures << file;
         }
@@ -106,6 +112,11 @@ void ViewerWindow::addFolder() {
     }
 }
 
+void ViewerWindow::showLive() {
+    tabs->setCurrentWidget(live);
+    live->setFocus();
+}
+
 void ViewerWindow::paste() {
     QStringList files;
     for (const QUrl &url : QApplication::clipboard()->mimeData()->urls()) {
@@ -131,6 +142,7 @@ void ViewerWindow::openSessionDocument(const QString &file) {
         return;
     }
     session.open(*document);
+    live->suggestFolder(QFileInfo(file).absolutePath());
     QStringList gone;
     for (const SessionEntry &entry : document->photographs) {
         if (!QFileInfo::exists(entry.path)) {
@@ -151,7 +163,9 @@ void ViewerWindow::saveSessionFile() {
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(sessionEnding);
     if (dialog.exec() == QDialog::Accepted) {
-        tell(saveSession(dialog.selectedFiles().first(), session.document()));
+        const QString file = dialog.selectedFiles().first();
+        tell(saveSession(file, session.document()));
+        live->suggestFolder(QFileInfo(file).absolutePath());
     }
 }
 

@@ -16,7 +16,7 @@ namespace {
 const char *const help =
     "Usage: LmView [OPTIONS] [FILE|FOLDER]...\n"
     "Calibrates cameras, rigs and assemblies from photographs of calibration patterns.\n"
-    "Photographs, folders, pattern files (JSON, PDF) and a session (.lmview) are opened.\n"
+    "Photographs, folders, pattern files (JSON, PDF), a session (.lmview) and a video are opened.\n"
     "\n"
     "  --caltab-calibration  calibrate an assembly: patterns that are fixed to each other\n"
     "  --help                print this help\n"

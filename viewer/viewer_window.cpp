@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 #include <cmath>
 
+#include "viewer/live_panel.h"
 #include "viewer/session/photograph_calibration.h"
 #include "viewer/settings_panel.h"
 #include "viewer/views/coverage_view.h"
@@ -193,6 +194,8 @@ QWidget *ViewerWindow::makeTabs() {
     addTab(new UncertaintyView(tabs), tr("Uncertaint&y"));
     addTab(new SceneView(tabs), tr("S&cene"));
     addTab(patternsView, tr("&Patterns"));
+    live = new LivePanel(&session, tabs);
+    tabs->addTab(live, tr("Ca&mera"));
     connect(residualView, &ResidualView::photographChosen, this, &ViewerWindow::showPhotograph);
     connect(residualView, &ResidualView::cornerChosen, this, [this](int id, QPointF pixel) {
         showPhotograph(id);

@@ -12,6 +12,7 @@
 #include "viewer/photograph_list.h"
 #include "viewer/session/session.h"
 
+class LivePanel;
 class PatternsView;
 class PhotographView;
 class QFrame;
@@ -53,6 +54,7 @@ private:
 
     void addPhotographs();
     void addFolder();
+    void showLive();
     void paste();
     void openSessionFile();
     void saveSessionFile();
@@ -87,6 +89,7 @@ private:
     QTabWidget *tabs = nullptr;
     std::vector<ResultView *> views;
     PatternsView *patternsView = nullptr;
+    LivePanel *live = nullptr;
     QFrame *recoveryBar = nullptr;
     QLabel *progressText = nullptr;
     QProgressBar *progress = nullptr;

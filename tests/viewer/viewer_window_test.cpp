@@ -19,9 +19,11 @@
 #include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QtTest>
+#include <opencv2/videoio.hpp>
 #include <set>
 
 #include "tests/viewer/example_truth.h"
+#include "viewer/live_panel.h"
 #include "viewer/photograph_list.h"
 #include "viewer/settings_panel.h"
 #include "viewer/viewer_window.h"
@@ -81,6 +83,7 @@ private slots:
     void leadsFromADropToTheAssembly();
     void namesBadPhotographsAndIsNotSpoiledByThem();
     void opensPhotographsFromResiduals();
+    void takesPicturesOfAVideo();
     void hasAKeyForEverything();
     void staysReadableWithLargeFontsAndDarkPalettes();
 
@@ -184,6 +187,34 @@ void ViewerWindowTest::opensPhotographsFromResiduals() {
     QTest::mouseClick(canvas, Qt::LeftButton, {}, canvas->rect().center());
     QCOMPARE(chosen.count(), 1);
     QCOMPARE(picture->photographId(), chosen[0][0].toInt());
+}
+
+void ViewerWindowTest::takesPicturesOfAVideo() {
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("target.avi");
+    {
+        cv::VideoWriter video(file.toStdString(), cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'), 25,
+                              {1440, 1080});
+        QVERIFY(video.isOpened());
+        for (const int number : {1, 5}) {
+            QImage picture = QImage(examplePhotograph(number)).convertToFormat(QImage::Format_BGR888);
+            const cv::Mat frame(picture.height(), picture.width(), CV_8UC3, picture.bits(),
+                                size_t(picture.bytesPerLine()));
+            for (int i = 0; i < 8; ++i) {
+                video.write(frame);
+            }
+        }
+    }
+    ViewerWindow window{QString()};
+    window.show();
+    auto *live = window.findChild<LivePanel *>();
+    live->suggestFolder(folder.filePath("kept"));
+    window.open({file});
+    QVERIFY(live->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!live->isRunning(), 60000);
+    QVERIFY2(live->statusText().contains("ended") && live->statusText().contains("2"), qPrintable(live->statusText()));
+    QTRY_COMPARE(window.findChild<QListView *>("photographs")->model()->rowCount(), 2);
+    QVERIFY(QFile::exists(folder.filePath("kept/picture-0002.png")));
 }
 
 void ViewerWindowTest::hasAKeyForEverything() {

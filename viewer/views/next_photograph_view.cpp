@@ -1,7 +1,6 @@
 #include "viewer/views/next_photograph_view.h"
 
 #include <QPainter>
-#include <QPolygonF>
 
 #include "viewer/views/drawing.h"
 #include "viewer/views/print_squares.h"
@@ -9,20 +8,6 @@
 namespace {
 
 constexpr int margin = 8;
-
-// The square as the camera sees it; empty if not all of it is in front of the camera.
-QPolygonF seen(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
-               const calibration::RigidMotion &cameraFromPrint, const PrintSquare &square) {
-    QPolygonF polygon;
-    for (const Eigen::Vector3d &corner : square.corners) {
-        Eigen::Vector2d image;
-        if (!calibration::project(camera.lens, intrinsics.data(), cameraFromPrint * corner, image)) {
-            return {};
-        }
-        polygon << QPointF(image.x(), image.y());
-    }
-    return polygon;
-}
 
 }  // namespace
 
@@ -67,7 +52,7 @@ void NextPhotographView::paintEvent(QPaintEvent *) {
          squaresOf(calibration->observations.prints[print], calibration->estimate.shapes[print])) {
         painter.setBrush(square.isDark ? QColor(20, 20, 24) : QColor(245, 245, 245));
         painter.drawPolygon(
-            seen(camera, calibration->estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint, square));
+            seenBy(camera, calibration->estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint, square));
     }
     painter.resetTransform();
     painter.setClipping(false);

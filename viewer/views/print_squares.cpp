@@ -34,3 +34,16 @@ std::vector<PrintSquare> squaresOf(const calibration::Print &print, const calibr
     }
     return squares;
 }
+
+QPolygonF seenBy(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
+                 const calibration::RigidMotion &cameraFromPrint, const PrintSquare &square) {
+    QPolygonF polygon;
+    for (const Eigen::Vector3d &corner : square.corners) {
+        Eigen::Vector2d image;
+        if (!calibration::project(camera.lens, intrinsics.data(), cameraFromPrint * corner, image)) {
+            return {};
+        }
+        polygon << QPointF(image.x(), image.y());
+    }
+    return polygon;
+}

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Eigen/Core>
+#include <QPolygonF>
 #include <array>
 #include <vector>
 
@@ -14,3 +15,7 @@ struct PrintSquare {
 
 // One square between every four neighbouring points; none if the print has no grid. The shape may bend them.
 std::vector<PrintSquare> squaresOf(const calibration::Print &print, const calibration::PrintShape &shape);
+
+// The square as a camera sees it, in pixels; empty if not all of it is in front of the camera.
+QPolygonF seenBy(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
+                 const calibration::RigidMotion &cameraFromPrint, const PrintSquare &square);

@@ -1,0 +1,236 @@
+// The live source without a camera: frames made from the example's photographs, as numbered pictures.
+#include <QDir>
+#include <QImage>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <cmath>
+#include <complex>
+#include <opencv2/imgproc.hpp>
+
+#include "viewer/session/edge_blur.h"
+#include "viewer/session/live_capture.h"
+
+namespace {
+
+constexpr int width = 1440;
+constexpr int height = 1080;
+
+// A photograph, moved to the right by some pixels and blurred.
+cv::Mat frameOf(int photograph, double shift = 0, double blur = 0) {
+    QImage picture =
+        loadPicture(QString("%1/photograph-%2.jpg").arg(VIEWER_EXAMPLE).arg(photograph, 2, 10, QChar('0')));
+    const cv::Mat whole(picture.height(), picture.width(), CV_8U, picture.bits(), size_t(picture.bytesPerLine()));
+    cv::Mat frame;
+    const cv::Mat motion = (cv::Mat_<double>(2, 3) << 1, 0, shift, 0, 1, 0);
+    cv::warpAffine(whole, frame, motion, whole.size(), cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+    if (blur > 0) {
+        cv::Mat blurred;
+        cv::GaussianBlur(frame, blurred, {}, blur);
+        return blurred;
+    }
+    return frame;
+}
+
+TargetView viewOf(const cv::Mat &frame) {
+    return {{frame.cols, frame.rows}, std::make_shared<const PatternReadings>(pattern_reader::readPatterns(frame))};
+}
+
+// Writes frames as numbered pictures.
+class Film {
+public:
+    void add(int count, const cv::Mat &frame) {
+        const QImage picture(frame.data, frame.cols, frame.rows, int(frame.step), QImage::Format_Grayscale8);
+        const QString whole = name(frames++);
+        QVERIFY(picture.save(whole, nullptr, 100));
+        for (int i = 1; i < count; ++i) {
+            QVERIFY(QFile::link(whole, name(frames++)));
+        }
+    }
+    QString first() const { return name(0); }
+
+private:
+    QString name(int number) const { return folder.filePath(QString("frame-%1.png").arg(number, 3, 10, QChar('0'))); }
+
+    QTemporaryDir folder;
+    int frames = 0;
+};
+
+}  // namespace
+
+class LiveCaptureTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { qRegisterMetaType<LiveFrame>(); }
+    void measuresTheBlurOfEdges();
+    void tellsNewViewsFromKnownOnes_data();
+    void tellsNewViewsFromKnownOnes();
+    void keepsStillSharpAndNewFramesOnly();
+    void keepsWhatTheUserAsksForUnderAFreeName();
+    void saysWhyASourceEnds();
+    void stopsAtOnce();
+};
+
+void LiveCaptureTest::measuresTheBlurOfEdges() {
+    const PatternReadings readings = pattern_reader::readPatterns(frameOf(1));
+    const double own = edgeBlur(frameOf(1), readings).value_or(0);
+    QVERIFY2(own > 0.3 && own < 1, qPrintable(QString::number(own)));
+    for (const double added : {1.0, 2.0}) {
+        const double measured = edgeBlur(frameOf(1, 0, added), readings).value_or(0);
+        const double expected = std::hypot(own, added);
+        QVERIFY2(std::abs(measured - expected) < 0.25 * expected,
+                 qPrintable(QString("%1 instead of %2 px").arg(measured).arg(expected)));
+    }
+    QVERIFY(!edgeBlur(frameOf(1), {}));
+}
+
+void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
+    // Of the target in the frame, in relation to the other view: turned and scaled by the factor, then squeezed in x,
+    // then moved by a share of the diagonal. Share of the corners that the other view has.
+    QTest::addColumn<double>("scale");
+    QTest::addColumn<double>("turn");
+    QTest::addColumn<double>("squeeze");
+    QTest::addColumn<double>("shift");
+    QTest::addColumn<double>("share");
+    QTest::addColumn<bool>("isSimilar");
+    QTest::newRow("same") << 1.0 << 0.0 << 1.0 << 0.0 << 1.0 << true;
+    QTest::newRow("little of everything") << 1.1 << 0.2 << 0.97 << 0.05 << 0.8 << true;
+    QTest::newRow("nearer") << 1.4 << 0.0 << 1.0 << 0.0 << 1.0 << false;
+    QTest::newRow("farther") << 0.7 << 0.0 << 1.0 << 0.0 << 1.0 << false;
+    QTest::newRow("turned") << 1.0 << 1.57 << 1.0 << 0.0 << 1.0 << false;
+    QTest::newRow("tilted by 35 degrees") << 1.0 << 0.0 << 0.82 << 0.0 << 1.0 << false;
+    QTest::newRow("elsewhere") << 1.0 << 0.0 << 1.0 << 0.2 << 1.0 << false;
+    QTest::newRow("more corners") << 1.0 << 0.0 << 1.0 << 0.0 << 0.5 << false;
+}
+
+void LiveCaptureTest::tellsNewViewsFromKnownOnes() {
+    QFETCH(const double, scale);
+    QFETCH(const double, turn);
+    QFETCH(const double, squeeze);
+    QFETCH(const double, shift);
+    QFETCH(const double, share);
+    const TargetView other = viewOf(frameOf(1));
+    PatternReadings moved = *other.readings;
+    const double diagonal = std::hypot(width, height);
+    for (auto &reading : moved) {
+        for (auto &corner : reading.corners) {
+            const std::complex<double> place(corner.image.x - width / 2.0, corner.image.y - height / 2.0);
+            const std::complex<double> turned = std::polar(scale, turn) * place;
+            corner.image = cv::Point2f(float(width / 2.0 + squeeze * turned.real() + shift * diagonal),
+                                       float(height / 2.0 + turned.imag()));
+        }
+    }
+    PatternReadings seen = *other.readings;
+    for (auto &reading : seen) {
+        reading.corners.resize(size_t(share * double(reading.corners.size())));
+    }
+    const TargetView before{other.size, std::make_shared<const PatternReadings>(seen)};
+    QTEST(isSimilar({other.size, std::make_shared<const PatternReadings>(moved)}, before), "isSimilar");
+    const TargetView ofAnotherCamera{other.size * 2, before.readings};
+    QVERIFY(!isSimilar(other, ofAnotherCamera));
+}
+
+void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
+    Film film;
+    film.add(5, frameOf(1));
+    for (int i = 1; i <= 3; ++i) {
+        film.add(1, frameOf(1, 60 * i));  // on its way; its last places would be new ones
+    }
+    film.add(4, frameOf(5, 0, 2));
+    film.add(5, frameOf(5));
+    film.add(5, frameOf(1, 4));  // known from this run
+    film.add(5, frameOf(9));     // known from the session
+    const QTemporaryDir folder;
+    LiveCapture capture;
+    capture.setPhotographs({viewOf(frameOf(9))});
+    const QSignalSpy taken(&capture, &LiveCapture::pictureTaken);
+    const QSignalSpy ends(&capture, &LiveCapture::ended);
+    QVector<LiveState> states;
+    connect(&capture, &LiveCapture::frameShown, this, [&](const LiveFrame &frame) { states << frame.state; });
+    capture.start({0, film.first(), {}}, folder.filePath("made/here"), {});
+    QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 60000);
+    QVERIFY(!capture.isRunning());
+    QCOMPARE(taken.count(), 2);
+    // What was kept is the frame itself, in full size.
+    for (int i = 0; i < 2; ++i) {
+        const QImage kept = QImage(taken[i][0].toString()).convertToFormat(QImage::Format_Grayscale8);
+        QCOMPARE(kept.size(), QSize(width, height));
+        const cv::Mat expected = frameOf(i == 0 ? 1 : 5);
+        const cv::Mat found(kept.height(), kept.width(), CV_8U, const_cast<uchar *>(kept.bits()),
+                            size_t(kept.bytesPerLine()));
+        QVERIFY(cv::norm(found, expected, cv::NORM_INF) <= 1);
+    }
+    for (const LiveState state : {LiveState::Moving, LiveState::Blurred, LiveState::Worth, LiveState::Known}) {
+        QVERIFY2(states.contains(state), qPrintable(QString::number(int(state))));
+    }
+}
+
+void LiveCaptureTest::keepsWhatTheUserAsksForUnderAFreeName() {
+    Film film;
+    film.add(15, frameOf(1));
+    const QTemporaryDir folder;
+    QFile occupied(folder.filePath("picture-0001.png"));
+    QVERIFY(occupied.open(QIODevice::WriteOnly) && occupied.write("mine") == 4);
+    occupied.close();
+    LiveCapture capture;
+    capture.setTakesByItself(false);
+    capture.setEnough(true);
+    const QSignalSpy taken(&capture, &LiveCapture::pictureTaken);
+    const QSignalSpy frames(&capture, &LiveCapture::frameShown);
+    capture.start({0, film.first(), {}}, folder.path(), {});
+    QTRY_VERIFY_WITH_TIMEOUT(frames.count() >= 4, 60000);
+    QCOMPARE(taken.count(), 0);
+    capture.takePicture();
+    QTRY_COMPARE_WITH_TIMEOUT(taken.count(), 1, 60000);
+    QCOMPARE(taken[0][0].toString(), folder.filePath("picture-0002.png"));
+    QVERIFY(occupied.open(QIODevice::ReadOnly) && occupied.readAll() == "mine");
+}
+
+void LiveCaptureTest::saysWhyASourceEnds() {
+    Film film;
+    film.add(6, frameOf(1));
+    const QTemporaryDir folder;
+    QFile occupied(folder.filePath("a-file"));
+    QVERIFY(occupied.open(QIODevice::WriteOnly));
+    const struct {
+        FrameSourceChoice choice;
+        QString folder;
+        QString said;
+    } cases[] = {
+        {{0, folder.filePath("gone.avi"), {}}, folder.path(), "gone.avi"},
+        {{999, {}, {}}, folder.path(), "cannot be opened"},
+        {{0, film.first(), {}}, folder.path(), "has ended"},
+        {{0, film.first(), {}}, folder.filePath("a-file/below"), "cannot be saved"},
+    };
+    for (const auto &one : cases) {
+        LiveCapture capture;
+        const QSignalSpy ends(&capture, &LiveCapture::ended);
+        capture.start(one.choice, one.folder, {});
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 60000);
+        QVERIFY2(ends[0][0].toString().contains(one.said), qPrintable(ends[0][0].toString()));
+    }
+}
+
+// Stopping and starting anew returns at once, and nothing of the first run is shown after that.
+void LiveCaptureTest::stopsAtOnce() {
+    Film film;
+    film.add(15, frameOf(1));
+    const QTemporaryDir folder;
+    LiveCapture capture;
+    const QSignalSpy frames(&capture, &LiveCapture::frameShown);
+    const QSignalSpy ends(&capture, &LiveCapture::ended);
+    capture.start({0, film.first(), {}}, folder.path(), {});
+    QTRY_VERIFY_WITH_TIMEOUT(frames.count() > 0, 60000);
+    capture.stop();
+    QVERIFY(!capture.isRunning());
+    const int shown = frames.count();
+    QTest::qWait(300);
+    QCOMPARE(frames.count(), shown);
+    capture.start({0, film.first(), {}}, folder.path(), {});
+    QTRY_VERIFY_WITH_TIMEOUT(frames.count() > shown, 60000);
+    QCOMPARE(ends.count(), 0);
+}
+
+QTEST_GUILESS_MAIN(LiveCaptureTest)
+#include "live_capture_test.moc"

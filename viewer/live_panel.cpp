@@ -1,0 +1,269 @@
+#include "viewer/live_panel.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+
+#include "viewer/session/session.h"
+#include "viewer/views/drawing.h"
+#include "viewer/views/live_view.h"
+
+namespace {
+
+constexpr int takenMs = 1000;
+constexpr int camerasWithoutList = 4;
+constexpr int fileEntry = -1;
+const QColor goodColour(40, 170, 100);
+
+QString link() {
+    return QString(" <a href=\"%MANUAL%/guides/calibration/calibrating.html#live\">") + LivePanel::tr("More") + "</a>";
+}
+
+QString wordsFor(LiveState state) {
+    switch (state) {
+        case LiveState::NoPattern:
+            return LivePanel::tr("No pattern is in sight.");
+        case LiveState::Moving:
+            return LivePanel::tr("Hold still.");
+        case LiveState::Blurred:
+            return LivePanel::tr("Too blurred: wait for the focus, or use more light.");
+        case LiveState::Known:
+            return LivePanel::tr("There is already such a view: move, tilt or turn the target.");
+        case LiveState::Enough:
+            return LivePanel::tr("Enough: another picture would hardly improve the calibration.");
+        case LiveState::Worth:
+            break;
+    }
+    return LivePanel::tr("Still, sharp and new.");
+}
+
+}  // namespace
+
+LivePanel::LivePanel(Session *ownSession, QWidget *parent)
+    : QWidget(parent),
+      session(ownSession),
+      source(new QComboBox(this)),
+      size(new QComboBox(this)),
+      startButton(new QPushButton(this)),
+      takeButton(new QPushButton(tr("Take Picture (Ctrl+Space)"), this)),
+      byItself(new QCheckBox(tr("By itself"), this)),
+      folderButton(new QPushButton(this)),
+      status(new QLabel(this)),
+      view(new LiveView(this)) {
+    const QStringList names = cameraNames();
+    for (int i = 0; i < (names.isEmpty() ? camerasWithoutList : names.size()); ++i) {
+        source->addItem(names.isEmpty() ? tr("Camera %1").arg(i + 1) : names[i], i);
+    }
+    source->addItem(tr("Video file..."), fileEntry);
+    size->addItem(tr("usual"), QSize());
+    for (const QSize &one : {QSize(640, 480), QSize(1280, 720), QSize(1920, 1080), QSize(3840, 2160)}) {
+        size->addItem(QString("%1 × %2").arg(one.width()).arg(one.height()), one);
+    }
+    takenTimer.setSingleShot(true);
+    takenTimer.setInterval(takenMs);
+    lay();
+    connect(&takenTimer, &QTimer::timeout, this, [this] { view->setBorder({}); });
+    connect(source, qOverload<int>(&QComboBox::activated), this, &LivePanel::chooseSource);
+    connect(startButton, &QPushButton::clicked, this, &LivePanel::startOrStop);
+    connect(takeButton, &QPushButton::clicked, &capture, &LiveCapture::takePicture);
+    connect(byItself, &QCheckBox::toggled, &capture, &LiveCapture::setTakesByItself);
+    connect(folderButton, &QPushButton::clicked, this, &LivePanel::chooseFolder);
+    connect(&capture, &LiveCapture::frameShown, this, &LivePanel::showFrame);
+    connect(&capture, &LiveCapture::pictureTaken, this, &LivePanel::showTaken);
+    connect(&capture, &LiveCapture::ended, this, &LivePanel::showEnd);
+    connect(session, &Session::photographsChanged, this, &LivePanel::tellWhatExists);
+    connect(session, &Session::photographChanged, this, &LivePanel::tellWhatExists);
+    connect(session, &Session::resultChanged, this, &LivePanel::useResult);
+    folder = QDir(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)).filePath("LmView");
+    showFolder();
+    showRunning();
+    view->clear(tr("Choose a camera or a video file and press \"Start\"."));
+}
+
+void LivePanel::lay() {
+    source->setToolTip(tr("The camera, or a video file, or the first of numbered pictures.") + link());
+    size->setToolTip(tr("The size of picture that the camera is asked for. A calibration holds for one size.") +
+                     link());
+    takeButton->setToolTip(tr("Keeps the next picture, whatever it shows.") + link());
+    takeButton->setShortcut(QKeySequence("Ctrl+Space"));
+    byItself->setToolTip(tr("Takes a picture when the target is still, sharp, and seen in a new way.") + link());
+    byItself->setChecked(true);
+    folderButton->setToolTip(tr("The folder in which pictures are kept.") + link());
+    status->setObjectName("liveStatus");
+    status->setWordWrap(true);
+    status->setTextFormat(Qt::PlainText);
+    QFont large = status->font();
+    large.setPointSizeF(1.3 * large.pointSizeF());
+    large.setBold(true);
+    status->setFont(large);
+    for (QComboBox *box : {source, size}) {
+        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        box->setMinimumContentsLength(8);
+    }
+    auto *sources = new QHBoxLayout;
+    sources->addWidget(source, 2);
+    sources->addWidget(size, 1);
+    sources->addWidget(startButton);
+    auto *pictures = new QHBoxLayout;
+    pictures->addWidget(byItself);
+    pictures->addWidget(takeButton, 1);
+    auto *form = new QFormLayout;
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->addRow(tr("Source:"), sources);
+    form->addRow(tr("Take pictures:"), pictures);
+    form->addRow(tr("Keep them in:"), folderButton);
+    source->setAccessibleName(tr("Source"));
+    size->setAccessibleName(tr("Size of the picture"));
+    auto *rows = new QVBoxLayout(this);
+    rows->addLayout(form);
+    rows->addWidget(status);
+    rows->addWidget(view, 1);
+}
+
+QString LivePanel::statusText() const {
+    return status->text();
+}
+
+void LivePanel::suggestFolder(const QString &path) {
+    if (!hasChosenFolder) {
+        folder = path;
+        showFolder();
+    }
+}
+
+void LivePanel::showFolder() {
+    const QString name = QDir::toNativeSeparators(folder);
+    constexpr int longest = 40;
+    folderButton->setText(name.size() > longest ? "…" + name.right(longest) : name);
+}
+
+void LivePanel::chooseFolder() {
+    const QString chosen = QFileDialog::getExistingDirectory(this, tr("Keep Pictures in"), folder);
+    if (!chosen.isEmpty()) {
+        folder = chosen;
+        hasChosenFolder = true;
+        showFolder();
+    }
+}
+
+void LivePanel::chooseSource() {
+    if (source->currentData().toInt() != fileEntry) {
+        return;
+    }
+    const QString file = QFileDialog::getOpenFileName(
+        this, tr("Open Video"), videoFile,
+        tr("Videos (*.avi *.mp4 *.mkv *.mov *.webm *.m4v *.mpg *.ogv);;First of numbered pictures (*.png *.jpg *.tif "
+           "*.bmp);;All files (*)"));
+    if (!file.isEmpty()) {
+        startFile(file);
+    }
+}
+
+void LivePanel::startFile(const QString &file) {
+    videoFile = file;
+    const int entry = source->findData(fileEntry);
+    source->setItemText(entry, tr("Video file: %1").arg(QFileInfo(file).fileName()));
+    source->setCurrentIndex(entry);
+    start();
+}
+
+void LivePanel::startOrStop() {
+    if (!capture.isRunning()) {
+        if (source->currentData().toInt() == fileEntry && videoFile.isEmpty()) {
+            chooseSource();
+        } else {
+            start();
+        }
+        return;
+    }
+    capture.stop();
+    view->clear(tr("Choose a camera or a video file and press \"Start\"."));
+    say(tr("Stopped. %1 pictures were taken.").arg(takenCount), false);
+    showRunning();
+}
+
+void LivePanel::start() {
+    FrameSourceChoice choice;
+    choice.camera = source->currentData().toInt();
+    choice.file = choice.camera == fileEntry ? videoFile : QString();
+    choice.size = size->currentData().toSize();
+    takenCount = 0;
+    tellWhatExists();
+    useResult();
+    capture.start(choice, folder, session->settings());
+    view->clear(tr("Opening..."));
+    say(tr("Opening..."), false);
+    showRunning();
+}
+
+void LivePanel::showRunning() {
+    const bool isRunning = capture.isRunning();
+    startButton->setText(isRunning ? tr("Stop") : tr("Start"));
+    takeButton->setText(tr("Take Picture (Ctrl+Space)"));
+    takeButton->setShortcut(QKeySequence("Ctrl+Space"));
+    takeButton->setEnabled(isRunning);
+    folderButton->setEnabled(!isRunning);
+    size->setEnabled(!isRunning);
+    source->setEnabled(!isRunning);
+}
+
+void LivePanel::say(const QString &text, bool isBad) {
+    QPalette colours = palette();
+    if (isBad) {
+        colours.setColor(QPalette::WindowText, isDark(palette()) ? QColor(255, 150, 130) : QColor(176, 40, 30));
+    }
+    status->setPalette(colours);
+    status->setText(text);
+}
+
+void LivePanel::showFrame(const LiveFrame &frame) {
+    if (!capture.isRunning()) {
+        return;
+    }
+    view->showFrame(frame);
+    if (!takenTimer.isActive()) {
+        say(wordsFor(frame.state), false);
+    }
+}
+
+void LivePanel::showTaken(const QString &file) {
+    ++takenCount;
+    session->add({file});
+    say(tr("Picture %1 taken.").arg(takenCount), false);
+    view->setBorder(goodColour);
+    takenTimer.start();
+}
+
+void LivePanel::showEnd(const QString &reason) {
+    takenTimer.stop();
+    view->setBorder({});
+    say(tr("%1 Pictures taken: %2.").arg(reason).arg(takenCount), true);
+    showRunning();
+}
+
+void LivePanel::tellWhatExists() {
+    std::vector<TargetView> views;
+    for (const SessionPhotograph &photograph : session->photographs()) {
+        if (photograph.isIncluded && photograph.readings) {
+            views.push_back({{photograph.width, photograph.height}, photograph.readings});
+        }
+    }
+    capture.setPhotographs(std::move(views));
+}
+
+void LivePanel::useResult() {
+    const auto result = session->result();
+    const auto calibration = result ? result->calibration : nullptr;
+    view->setCalibration(calibration);
+    // The advice is about cameras. What patterns of an assembly still need is not known, so it never has enough.
+    capture.setEnough(calibration && !calibration->next && session->settings().arrangement != Arrangement::Assembly);
+}

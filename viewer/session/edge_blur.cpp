@@ -1,0 +1,114 @@
+#include "viewer/session/edge_blur.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <utility>
+
+using pattern_reader::PatternKind;
+using pattern_reader::PatternReading;
+
+namespace {
+
+constexpr double reach = 0.25;             // of a square: so far from the edge, nothing but the edge is in the picture
+constexpr double samplesPerPixel = 4;      // of a profile
+constexpr double slopeLength = 0.5;        // pixels, over which a slope is taken
+constexpr double leastContrast = 20;       // grey levels
+constexpr double greatestBlurPerHalf = 2;  // of a profile; more cannot be told apart
+constexpr size_t leastEdges = 8;
+constexpr double gaussianPeak = 0.3989;  // height of the normal distribution with deviation 1
+
+// Empty outside the picture.
+std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
+    const int x = int(std::floor(at.x));
+    const int y = int(std::floor(at.y));
+    if (x < 0 || y < 0 || x + 1 >= grey.cols || y + 1 >= grey.rows) {
+        return std::nullopt;
+    }
+    const double right = at.x - x;
+    const double down = at.y - y;
+    const uchar *upper = grey.ptr(y) + x;
+    const uchar *lower = grey.ptr(y + 1) + x;
+    return (1 - down) * ((1 - right) * upper[0] + right * upper[1]) +
+           down * ((1 - right) * lower[0] + right * lower[1]);
+}
+
+// A blurred step from 0 to 1 rises by erf(half / (sqrt 2 * blur)) over the way from -half to half, and is steepest in
+// the middle, with a slope of gaussianPeak / blur. This is the blur at which the quotient of both is `length`. It grows
+// without bounds as length approaches 2 * half.
+double blurOf(double length, double half) {
+    double low = 0;
+    double high = greatestBlurPerHalf * half;
+    while (high - low > 0.01) {
+        const double blur = (low + high) / 2;
+        const double quotient = std::erf(half / (M_SQRT2 * blur)) * blur / gaussianPeak;
+        (quotient < length ? low : high) = blur;
+    }
+    return (low + high) / 2;
+}
+
+// Empty if the profile shows no clear step.
+std::optional<double> blurAlong(const cv::Mat &grey, const cv::Point2d &from, const cv::Point2d &to) {
+    const double length = cv::norm(to - from);
+    const int steps = int(length * samplesPerPixel);
+    const int apart = int(slopeLength * samplesPerPixel);
+    std::vector<double> profile;
+    for (int i = 0; i <= steps; ++i) {
+        const auto value = greyAt(grey, from + (to - from) * (double(i) / std::max(1, steps)));
+        if (!value) {
+            return std::nullopt;
+        }
+        profile.push_back(*value);
+    }
+    double slope = 0;
+    for (size_t i = size_t(apart); i < profile.size(); ++i) {
+        slope = std::max(slope, std::abs(profile[i] - profile[i - size_t(apart)]) / slopeLength);
+    }
+    const double contrast = profile.empty() ? 0 : std::abs(profile.back() - profile.front());
+    if (contrast < leastContrast || slope <= 0) {
+        return std::nullopt;
+    }
+    return blurOf(contrast / slope, length / 2);
+}
+
+void addBlurs(const cv::Mat &grey, const PatternReading &reading, std::vector<double> &blurs) {
+    std::map<std::pair<int, int>, cv::Point2d> places;
+    for (const auto &corner : reading.corners) {
+        places[{corner.lattice.x, corner.lattice.y}] = corner.image;
+    }
+    const bool hasMarks = reading.kind == PatternKind::Plate;
+    const int step = hasMarks ? 2 : 1;
+    for (const auto &[cell, place] : places) {
+        for (const auto &next :
+             {std::pair(cell.first + step, cell.second), std::pair(cell.first, cell.second + step)}) {
+            const auto neighbour = places.find(next);
+            if (neighbour == places.end()) {
+                continue;
+            }
+            const cv::Point2d way = neighbour->second - place;
+            const cv::Point2d middle = place + 0.5 * way;
+            // Between corners lies an edge. Between marks, the way from one to the other leads over an edge.
+            const cv::Point2d across = reach * cv::Point2d(-way.y, way.x);
+            const auto blur =
+                hasMarks ? blurAlong(grey, place, middle) : blurAlong(grey, middle - across, middle + across);
+            if (blur) {
+                blurs.push_back(*blur);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+std::optional<double> edgeBlur(const cv::Mat &grey, const PatternReadings &readings) {
+    std::vector<double> blurs;
+    for (const PatternReading &reading : readings) {
+        addBlurs(grey, reading, blurs);
+    }
+    if (blurs.size() < leastEdges) {
+        return std::nullopt;
+    }
+    const auto median = blurs.begin() + long(blurs.size() / 2);
+    std::nth_element(blurs.begin(), median, blurs.end());
+    return *median;
+}

@@ -1,0 +1,106 @@
+#include "viewer/views/live_view.h"
+
+#include <QPainter>
+
+#include "viewer/views/drawing.h"
+#include "viewer/views/print_squares.h"
+
+namespace {
+
+constexpr double cornerRadius = 3;
+constexpr int borderWidth = 4;
+
+}  // namespace
+
+bool hasAdviceFor(const calibration::Calibration *calibration, const QSize &size) {
+    if (calibration == nullptr || !calibration->next) {
+        return false;
+    }
+    const calibration::Camera &camera = calibration->observations.cameras[size_t(calibration->next->camera)];
+    return QSize(camera.width, camera.height) == size;
+}
+
+LiveView::LiveView(QWidget *parent) : QWidget(parent) {
+    setAccessibleName(tr("Live picture"));
+}
+
+void LiveView::showFrame(const LiveFrame &newFrame) {
+    frame = newFrame;
+    update();
+}
+
+void LiveView::clear(const QString &newHint) {
+    frame = {};
+    hint = newHint;
+    update();
+}
+
+void LiveView::setCalibration(std::shared_ptr<const calibration::Calibration> newCalibration) {
+    calibration = std::move(newCalibration);
+    update();
+}
+
+void LiveView::setBorder(const QColor &colour) {
+    border = colour;
+    update();
+}
+
+void LiveView::drawCorners(QPainter &painter, double scale) const {
+    painter.setBrush(Qt::NoBrush);
+    for (const auto &reading : *frame.readings) {
+        painter.setPen(QPen(patternColour(qMax(0, reading.tile)), 1.6));
+        QPointF middle;
+        for (const auto &corner : reading.corners) {
+            const QPointF at = scale * QPointF(double(corner.image.x) + 0.5, double(corner.image.y) + 0.5);
+            painter.drawEllipse(at, cornerRadius, cornerRadius);
+            middle += at / double(reading.corners.size());
+        }
+        drawLabel(painter, middle, nameOf(reading));
+    }
+}
+
+void LiveView::drawAdvice(QPainter &painter) const {
+    const calibration::NextPhotograph &next = *calibration->next;
+    const calibration::Camera &camera = calibration->observations.cameras[size_t(next.camera)];
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(255, 210, 0, 90));
+    for (const PrintSquare &square : squaresOf(calibration->observations.prints[size_t(next.print)],
+                                               calibration->estimate.shapes[size_t(next.print)])) {
+        if (square.isDark) {
+            painter.drawPolygon(
+                seenBy(camera, calibration->estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint, square));
+        }
+    }
+}
+
+void LiveView::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    painter.fillRect(rect(), isDark(palette()) ? palette().color(QPalette::Base) : QColor(226, 230, 236));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    if (frame.picture.isNull()) {
+        painter.setPen(isDark(palette()) ? palette().color(QPalette::Text) : QColor(70, 80, 92));
+        painter.drawText(rect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap, hint);
+        return;
+    }
+    const QSizeF size = QSizeF(frame.size).scaled(QWidget::size(), Qt::KeepAspectRatio);
+    const QRectF place(QPointF(width() - size.width(), height() - size.height()) / 2, size);
+    painter.drawImage(place, frame.picture);
+    painter.save();
+    painter.setClipRect(place);
+    painter.translate(place.topLeft());
+    const double scale = size.width() / frame.size.width();
+    if (hasAdviceFor(calibration.get(), frame.size)) {
+        painter.save();
+        painter.scale(scale, scale);
+        drawAdvice(painter);
+        painter.restore();
+    }
+    drawCorners(painter, scale);
+    painter.restore();
+    if (border.isValid()) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(border, borderWidth));
+        painter.drawRect(place.adjusted(borderWidth / 2.0, borderWidth / 2.0, -borderWidth / 2.0, -borderWidth / 2.0));
+    }
+}
