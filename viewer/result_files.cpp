@@ -8,6 +8,7 @@
 
 #include "calibration/output/result_files.h"
 #include "calibration/report/report_page.h"
+#include "viewer/report_pdf.h"
 
 namespace {
 
@@ -102,9 +103,10 @@ QString writeReport(const SessionResult &result, const QVector<SessionPhotograph
         input.unread.push_back({unused.name, unused.reason});
     }
     const std::string page = calibration::reportPage(*result.calibration, input);
+    const bool isPdf = file.endsWith(".pdf", Qt::CaseInsensitive);
+    const QByteArray bytes = isPdf ? reportPdf(page) : QByteArray::fromStdString(page);
     QSaveFile output(file);
-    if (!output.open(QIODevice::WriteOnly) || output.write(page.data(), qint64(page.size())) != qint64(page.size()) ||
-        !output.commit()) {
+    if (!output.open(QIODevice::WriteOnly) || output.write(bytes) != bytes.size() || !output.commit()) {
         return QCoreApplication::translate("ResultFiles", "The report cannot be saved as %1: %2")
             .arg(QDir::toNativeSeparators(file), output.errorString());
     }

@@ -11,5 +11,6 @@
 // All result files, to a folder.
 QString writeResults(const SessionResult &result, const SessionSettings &settings, const QString &folder);
 
-// The report as a web page, with the photographs' small pictures.
+// The report with the photographs' small pictures: a PDF if the file's name ends with .pdf, otherwise a web page. May
+// be called on a background thread.
 QString writeReport(const SessionResult &result, const QVector<SessionPhotograph> &photographs, const QString &file);

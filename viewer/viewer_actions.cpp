@@ -200,20 +200,31 @@ QString ViewerWindow::writeResultsTo(const QString &folder) const {
     return writeResults(*session.result(), session.settings(), folder);
 }
 
+QString ViewerWindow::writeReportTo(const QString &file) const {
+    return writeReport(*session.result(), session.photographs(), file);
+}
+
 void ViewerWindow::saveReport() {
-    QFileDialog dialog(this, tr("Save Report"), {}, tr("Web page (*.html)"));
+    QFileDialog dialog(this, tr("Save Report"), {}, tr("Web page (*.html);;PDF (*.pdf)"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix("html");
+    connect(&dialog, &QFileDialog::filterSelected, &dialog,
+            [&dialog](const QString &filter) { dialog.setDefaultSuffix(filter.contains("*.pdf") ? "pdf" : "html"); });
     if (dialog.exec() != QDialog::Accepted) {
         return;
     }
     const QString file = dialog.selectedFiles().first();
-    const QString problem = writeReport(*session.result(), session.photographs(), file);
-    if (problem.isEmpty()) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(file));
-    } else {
-        tell(problem);
-    }
+    saving.add([this, file, result = session.result(),
+                list = session.photographs()](const BackgroundWork::IsCancelled &) -> BackgroundWork::Delivery {
+        const QString problem = writeReport(*result, list, file);
+        return [this, file, problem] {
+            if (problem.isEmpty()) {
+                QDesktopServices::openUrl(QUrl::fromLocalFile(file));
+            } else {
+                tell(problem);
+            }
+        };
+    });
 }
 
 void ViewerWindow::showManual() {

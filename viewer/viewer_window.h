@@ -37,6 +37,7 @@ public:
     void setArrangement(Arrangement arrangement);
     // Writes the result's files. Returns an empty text, or why they were not written. There must be a result.
     QString writeResultsTo(const QString &folder) const;
+    QString writeReportTo(const QString &file) const;
 
 protected:
     void dragEnterEvent(QDragEnterEvent *event) override;
@@ -97,4 +98,5 @@ private:
     QAction *saveResultsAction = nullptr;
     QAction *reportAction = nullptr;
     std::vector<NamedCorner> pickedCorners;
+    BackgroundWork saving{1};
 };

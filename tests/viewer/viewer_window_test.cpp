@@ -14,6 +14,7 @@
 #include <QListView>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QProcess>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -131,6 +132,19 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
     QVERIFY(error.has_value());
     QVERIFY2(*error < 0.05, qPrintable(QString("%1 mm").arg(*error)));
     QVERIFY(QFile::exists(results.filePath("calibration.json")));
+
+    // The PDF has the texts of every part of the report, and the figures' own texts.
+    const QString pdf = results.filePath("report.pdf");
+    QCOMPARE(window.writeReportTo(pdf), QString());
+    QProcess reader;
+    reader.start("pdftotext", {"-layout", pdf, "-"});
+    QVERIFY(reader.waitForFinished());
+    const QString text = QString::fromUtf8(reader.readAllStandardOutput()).simplified();
+    for (const char *part : {"Camera calibration", "Residual of each photograph", "photograph-12.jpg", "of 12",
+                             "Field of view", "How to read this", "if lengths matter", "The next photograph", "px"}) {
+        QVERIFY2(text.contains(part), part);
+    }
+    QVERIFY(!window.writeReportTo(results.filePath("no/such/folder.pdf")).isEmpty());
 }
 
 void ViewerWindowTest::namesBadPhotographsAndIsNotSpoiledByThem() {
