@@ -178,10 +178,13 @@ void drawScale(Drawing &drawing, const Frame &frame, size_t first, size_t last) 
         Path path;
         path.rectangle(left + double(band - first) * width, top, width, 14);
         drawing.fill(bandColour(band), path);
+        if (band == last) {
+            break;
+        }
         // If there are many borders, those between 1, 2 and 5 have no label, nor has the least one, which is next to
         // another that has.
         const bool isLabelled = band > 0 && niceBelow(borders[band] * 1.001) > borders[band] * 0.99;
-        if (band < last && (last - first < 8 || isLabelled)) {
+        if (last - first < 8 || isLabelled) {
             drawing.text("note", {left + double(band - first + 1) * width, top + 30}, Drawing::Anchor::Middle,
                          shortest(borders[band], 3) + (band + 1 == last ? " px" : ""));
         }
