@@ -115,7 +115,7 @@ void LiveCapture::setEnough(bool isEnough) {
 QString LiveCapture::run(int number, const FrameSourceChoice &choice, const QString &folder,
                          const SessionSettings &settings, const BackgroundWork::IsCancelled &isCancelled) {
     FrameSource source(choice);
-    const QString problem = source.open();
+    QString problem = source.open();
     if (!problem.isEmpty()) {
         return problem;
     }
@@ -151,7 +151,7 @@ QString LiveCapture::run(int number, const FrameSourceChoice &choice, const QStr
         QString file;
         if (takesNext || (takesByItself && state == LiveState::Worth)) {
             file = freeName(QDir(folder), lastName);
-            const QString failure = keep(bgr, file);
+            QString failure = keep(bgr, file);
             if (!failure.isEmpty()) {
                 return failure;
             }
