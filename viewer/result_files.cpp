@@ -4,10 +4,10 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 
 #include "calibration/output/result_files.h"
 #include "calibration/report/report_page.h"
+#include "file_writing/safe_file.h"
 #include "viewer/report_pdf.h"
 
 namespace {
@@ -105,10 +105,12 @@ QString writeReport(const SessionResult &result, const QVector<SessionPhotograph
     const std::string page = calibration::reportPage(*result.calibration, input);
     const bool isPdf = file.endsWith(".pdf", Qt::CaseInsensitive);
     const QByteArray bytes = isPdf ? reportPdf(page) : QByteArray::fromStdString(page);
-    QSaveFile output(file);
-    if (!output.open(QIODevice::WriteOnly) || output.write(bytes) != bytes.size() || !output.commit()) {
-        return QCoreApplication::translate("ResultFiles", "The report cannot be saved as %1: %2")
-            .arg(QDir::toNativeSeparators(file), output.errorString());
+    try {
+        file_writing::SafeFiles files;
+        files.write(QFile::encodeName(file).toStdString(), bytes.toStdString());
+        files.commit();
+    } catch (const std::exception &error) {
+        return QString::fromLocal8Bit(error.what());
     }
     return {};
 }
