@@ -9,24 +9,22 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QListView>
-#include <QMimeData>
 #include <QProcess>
 #include <QProgressBar>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QTimer>
-#include <QUrl>
 #include <atomic>
 #include <map>
 #include <opencv2/imgcodecs.hpp>
 #include <thread>
 
 #include "bench/measurement.h"
+#include "bench/viewer/file_drop.h"
 #include "viewer/settings_panel.h"
 #include "viewer/viewer_window.h"
 
@@ -125,19 +123,6 @@ void decode(const QStringList &files, int flags) {
     }
     const Time time = now() - begin;
     print({{"processor", time.processor}, {"elapsed", time.elapsed}});
-}
-
-void drop(QWidget &window, const QStringList &files) {
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString &file : files) {
-        urls << QUrl::fromLocalFile(file);
-    }
-    data.setUrls(urls);
-    QDragEnterEvent enter(QPoint(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&window, &enter);
-    QDropEvent event(QPointF(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&window, &event);
 }
 
 // A window as the button of LmCalTab opens it.

@@ -13,7 +13,6 @@
 #include <QLabel>
 #include <QListView>
 #include <QMenuBar>
-#include <QMimeData>
 #include <QProcess>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -23,6 +22,7 @@
 #include <opencv2/videoio.hpp>
 #include <set>
 
+#include "bench/viewer/file_drop.h"
 #include "tests/viewer/example_truth.h"
 #include "viewer/live_panel.h"
 #include "viewer/photograph_list.h"
@@ -38,19 +38,6 @@ const QString exampleFolder = QStringLiteral(VIEWER_EXAMPLE);
 
 QString examplePhotograph(int number) {
     return QString("%1/photograph-%2.jpg").arg(exampleFolder).arg(number, 2, 10, QChar('0'));
-}
-
-void drop(QWidget &window, const QStringList &files) {
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString &file : files) {
-        urls << QUrl::fromLocalFile(file);
-    }
-    data.setUrls(urls);
-    QDragEnterEvent enter(QPoint(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&window, &enter);
-    QDropEvent event(QPointF(100, 100), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&window, &event);
 }
 
 QString problemOf(const QListView &list, const QString &fileName) {
