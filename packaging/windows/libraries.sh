@@ -164,6 +164,10 @@ build_library() {
   prefix=$(prefix_of "$name")
   build=$cache/building/$name-$(key_of "$name")
   mkdir -p "$cache/log" "$build" "$prefix"
+  # Copies, because a build that continues may be started from another checkout.
+  mkdir -p "$build/recipe"
+  cp -r --update "$toolchain" "$own_projects/libexif" "$own_projects/qwt" "$build/recipe"
+  local toolchain=$build/recipe/toolchain.cmake own_projects=$build/recipe
   exec 8>"$cache/log/$name.lock"
   flock -n 8 || { echo "$name is being built by another process." >&2; return 1; }
   if [ -n "${source_package[$name]:-}" ]; then
