@@ -1,7 +1,7 @@
 // Runs work on background threads and hands each result back to the thread that owns this object.
 //
-// Create, use and destroy it on one thread that has an event loop. The destructor cancels everything and waits until
-// the work that runs has noticed. Threads are started when they are first needed.
+// Create, use and destroy this object on one thread that has an event loop. The destructor cancels all work and waits
+// until running work has ended. Threads are started when they are first needed.
 #pragma once
 
 #include <QObject>
@@ -17,9 +17,9 @@
 class BackgroundWork : public QObject {
 public:
     using IsCancelled = std::function<bool()>;
-    // Runs on the owner's thread, unless the work was cancelled before.
+    // Delivers a result. It runs on the owner's thread, unless the work was cancelled before.
     using Delivery = std::function<void()>;
-    // Runs on a background thread. It must catch its exceptions, and should ask now and then whether it is cancelled.
+    // Runs on a background thread. It must catch its exceptions and should check now and then whether it is cancelled.
     using Work = std::function<Delivery(const IsCancelled &)>;
 
     explicit BackgroundWork(int threadCount);
@@ -28,10 +28,10 @@ public:
     // Work starts in the order in which it is added.
     void add(Work work);
 
-    // Removes all work that waits, and discards the results of the work that runs.
+    // Removes all waiting work and discards the results of running work.
     void cancel();
 
-    // How many pieces of work are not delivered yet.
+    // The number of results that have not been delivered yet.
     int open() const { return openCount; }
 
 protected:
@@ -51,7 +51,7 @@ private:
     Flag cancelled = std::make_shared<std::atomic<bool>>(false);
     int openCount = 0;
     std::vector<std::thread> threads;
-    // Of what follows.
+    // Protects the members below.
     std::mutex mutex;
     std::condition_variable wake;
     std::deque<Entry<Work>> waiting;

@@ -10,15 +10,15 @@ using pattern_reader::PatternReading;
 
 namespace {
 
-constexpr double reach = 0.25;             // of a square: so far from the edge, nothing but the edge is in the picture
+constexpr double reach = 0.25;             // sides of a square; this close to an edge, the picture has no other edge
 constexpr double samplesPerPixel = 4;      // of a profile
-constexpr double slopeLength = 0.5;        // pixels, over which a slope is taken
+constexpr double slopeLength = 0.5;        // pixels over which a slope is measured
 constexpr double leastContrast = 20;       // grey levels
-constexpr double greatestBlurPerHalf = 2;  // of a profile; more cannot be told apart
+constexpr double greatestBlurPerHalf = 2;  // blur in half lengths of a profile; stronger blur cannot be told apart
 constexpr size_t leastEdges = 8;
 constexpr double gaussianPeak = 0.3989;  // height of the normal distribution with deviation 1
 
-// Empty outside the picture.
+// The interpolated grey level; empty outside the picture.
 std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
     const int x = int(std::floor(at.x));
     const int y = int(std::floor(at.y));
@@ -33,9 +33,9 @@ std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
            down * ((1 - right) * lower[0] + right * lower[1]);
 }
 
-// A blurred step from 0 to 1 rises by erf(half / (sqrt 2 * blur)) over the way from -half to half, and is steepest in
-// the middle, with a slope of gaussianPeak / blur. This is the blur at which the quotient of both is `length`. It grows
-// without bounds as length approaches 2 * half.
+// Returns the blur of a step from the quotient `length` of its rise between -half and half and its greatest slope. A
+// step from 0 to 1 rises by erf(half / (sqrt 2 * blur)), and its greatest slope is gaussianPeak / blur. The blur would
+// grow without bounds as the quotient approaches 2 * half, so it is limited.
 double blurOf(double length, double half) {
     double low = 0;
     double high = greatestBlurPerHalf * half;
@@ -47,7 +47,8 @@ double blurOf(double length, double half) {
     return (low + high) / 2;
 }
 
-// Empty if the profile shows no clear step.
+// The blur of the edge that the line between two places crosses, in pixels. Empty if the line leaves the picture or
+// crosses no clear edge.
 std::optional<double> blurAlong(const cv::Mat &grey, const cv::Point2d &from, const cv::Point2d &to) {
     const double length = cv::norm(to - from);
     const int steps = int(length * samplesPerPixel);
@@ -87,7 +88,8 @@ void addBlurs(const cv::Mat &grey, const PatternReading &reading, std::vector<do
             }
             const cv::Point2d way = neighbour->second - place;
             const cv::Point2d middle = place + 0.5 * way;
-            // Between corners lies an edge. Between marks, the way from one to the other leads over an edge.
+            // The line between two corners is an edge, so the profile crosses it. The line between two marks crosses
+            // the edge of the first mark, so the profile follows it.
             const cv::Point2d across = reach * cv::Point2d(-way.y, way.x);
             const auto blur =
                 hasMarks ? blurAlong(grey, place, middle) : blurAlong(grey, middle - across, middle + across);

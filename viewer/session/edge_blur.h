@@ -1,4 +1,4 @@
-// How blurred the edges of the patterns in a picture are.
+// Measures how blurred the edges of the patterns in a picture are.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -6,7 +6,7 @@
 
 #include "viewer/session/session_photograph.h"
 
-// The standard deviation of the blur in pixels, the pixel's own area included: the median over edges between
-// neighbouring corners or marks. Sharp pictures have 0.4 to 1. Strong blur
-// is underestimated, 3 pixels by a quarter. Empty if there are too few edges. grey has 8 bits.
+// Returns the standard deviation of the blur in pixels, as the median over the edges between neighbouring corners or
+// marks. It includes the blur that comes from the area of a pixel. Sharp pictures have 0.4 to 1. Strong blur is
+// underestimated: 3 pixels by a quarter. Empty if there are too few edges. grey must have 8 bits.
 std::optional<double> edgeBlur(const cv::Mat &grey, const PatternReadings &readings);

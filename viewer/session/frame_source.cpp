@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr double usualRate = 25;      // frames per second, of a file that does not say
+constexpr double usualRate = 25;      // frames per second, for a file that does not state its own
 constexpr double greatestWait = 0.2;  // seconds
 constexpr int cameraTries = 5;        // a camera may lose single frames
 constexpr auto timeBetweenTries = std::chrono::milliseconds(100);
@@ -23,7 +23,7 @@ QString tr(const char *text) {
     return QCoreApplication::translate("FrameSource", text);
 }
 
-// Numbered pictures arrive as they are stored.
+// Converts a frame to 8-bit colour, because numbered pictures have the depth and channels of their files.
 cv::Mat inColour(const cv::Mat &frame) {
     cv::Mat bytes = frame;
     if (!frame.empty() && frame.depth() != CV_8U) {
@@ -69,7 +69,7 @@ QString FrameSource::open() {
         capture->set(cv::CAP_PROP_FRAME_WIDTH, choice.size.width());
         capture->set(cv::CAP_PROP_FRAME_HEIGHT, choice.size.height());
     }
-    capture->set(cv::CAP_PROP_BUFFERSIZE, 1);  // a frame that waited shows where the target was before
+    capture->set(cv::CAP_PROP_BUFFERSIZE, 1);  // a frame that waited in the buffer shows the target at an old place
     return {};
 }
 

@@ -1,5 +1,5 @@
-// The frames of a camera, of a video file, or of numbered pictures. Opening a camera and waiting for a frame take long;
-// use it on one background thread.
+// Provides the frames of a camera, of a video file, or of numbered pictures. Opening a camera and waiting for a frame
+// take long, so use it on one background thread.
 #pragma once
 
 #include <QSize>
@@ -12,9 +12,9 @@ class VideoCapture;
 }
 
 struct FrameSourceChoice {
-    int camera = 0;  // as the system counts them; of no effect if there is a file
+    int camera = 0;  // the system's number of the camera; ignored if `file` is set
     QString file;    // a video, or the first of numbered pictures; empty for a camera
-    QSize size;      // that the camera is asked for; its own choice if empty
+    QSize size;      // the frame size, in pixels, that the camera is asked for; if empty, the camera chooses
 };
 
 class FrameSource {
@@ -22,9 +22,10 @@ public:
     explicit FrameSource(FrameSourceChoice sourceChoice);
     ~FrameSource();
 
-    // Returns an empty text, or why there are no frames.
+    // Returns an empty text, or the reason why there are no frames.
     QString open();
-    // The next frame, in colour, at the speed of the source. Empty at the end; endText() then says why.
+    // Returns the next frame in colour. A file's frames come at the speed at which it was recorded. Empty at the end;
+    // endText() then says why.
     cv::Mat next();
     QString endText() const;
     bool isFile() const { return !choice.file.isEmpty(); }
@@ -35,11 +36,11 @@ private:
     const FrameSourceChoice choice;
     std::unique_ptr<cv::VideoCapture> capture;
     double secondsPerFrame = 0;
-    double dueSeconds = 0;  // of the next frame, on the steady clock
+    double dueSeconds = 0;  // when the next frame is due, on the steady clock
 };
 
-// True if the file's name ends like that of a video.
+// True if the file's name has the ending of a video format.
 bool isVideoName(const QString &path);
 
-// The cameras that the system lists by name; empty where it has no list.
+// The names of the cameras in the order of the system's numbers; empty if the system has no such list.
 QStringList cameraNames();

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr int greatestShownWidth = 1000;  // pixels
-constexpr int mostNumbers = 100000;       // of file names
+constexpr int mostNumbers = 100000;       // numbers in file names that are tried
 
 QString tr(const char *text) {
     return QCoreApplication::translate("LiveCapture", text);
@@ -38,7 +38,8 @@ cv::Mat greyOf(const cv::Mat &bgr) {
     return grey;
 }
 
-// A name that no file in the folder has; `number` is that of the last one.
+// Returns a name that no file in the folder has. `number` is the number in the last name, and becomes that in the new
+// one.
 QString freeName(const QDir &folder, int &number) {
     QString file;
     do {
@@ -47,7 +48,7 @@ QString freeName(const QDir &folder, int &number) {
     return file;
 }
 
-// Returns an empty text, or why the picture was not kept.
+// Saves the picture. Returns an empty text, or the reason why it was not saved.
 QString keep(const cv::Mat &bgr, const QString &file) {
     QSaveFile output(file);
     if (!QDir().mkpath(QFileInfo(file).path()) || !output.open(QIODevice::WriteOnly) ||

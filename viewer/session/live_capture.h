@@ -1,8 +1,8 @@
-// A live source: reads the patterns in every frame and keeps frames that are worth it as PNG files. All of that happens
-// on one background thread.
+// A live source: reads the patterns in every frame, and saves the frames that are worth keeping as PNG files. Both
+// happen on one background thread.
 //
-// Use it on one thread that has an event loop; all functions return at once, and signals are emitted there. The
-// destructor waits for the frame that is being read.
+// Use it on one thread that has an event loop; its signals are emitted there. All functions return at once, except that
+// the destructor waits for the frame that is being read.
 #pragma once
 
 #include <QImage>
@@ -18,7 +18,7 @@
 #include "viewer/session/session_settings.h"
 
 struct LiveFrame {
-    QImage picture;                                   // for showing; smaller than the frame if that is large
+    QImage picture;                                   // for display; a large frame is made smaller
     QSize size;                                       // pixels, of the frame
     std::shared_ptr<const PatternReadings> readings;  // in pixels of the frame
     LiveState state = LiveState::NoPattern;
@@ -34,21 +34,22 @@ public:
     LiveCapture();
     ~LiveCapture() override;
 
-    // Pictures are kept in the folder, which is made if needed, under names that no file has. Ends what runs.
+    // Ends the present run and starts a new one. Pictures are saved in the folder, which is created if needed, under
+    // names that no file has.
     void start(const FrameSourceChoice &choice, const QString &folder, const SessionSettings &settings);
     void stop();
     bool isRunning() const { return work.open() > 0; }
 
-    // Keeps the next frame, whatever it shows.
+    // Saves the next frame, whatever it shows.
     void takePicture();
     void setTakesByItself(bool takes);
-    // What the session has, so that the same view is not kept again.
+    // The photographs that the session has. A frame that is similar to one of them is not saved by itself.
     void setPhotographs(std::vector<TargetView> views);
-    // The calibration would hardly gain from another photograph.
+    // isEnough: true if another photograph would hardly improve the calibration. No frame is then saved by itself.
     void setEnough(bool isEnough);
 
 signals:
-    // Frames that arrive faster than they are shown are left out.
+    // Frames that arrive faster than they are shown are skipped.
     void frameShown(const LiveFrame &frame);
     void pictureTaken(const QString &file);
     // The source ended by itself; the text says why in a sentence.
@@ -58,25 +59,25 @@ protected:
     void customEvent(QEvent *event) override;
 
 private:
-    // What both threads use.
+    // The data that both threads use.
     struct Exchange {
         std::mutex mutex;
-        int run = 0;  // frames of an earlier one are not shown
-        // To the thread.
+        int run = 0;  // number of the present run; frames of earlier runs are not shown
+        // Set by the owner's thread.
         bool takesByItself = true;
         bool takesNext = false;
         bool hasEnough = false;
         std::shared_ptr<const std::vector<TargetView>> photographs = std::make_shared<std::vector<TargetView>>();
-        // From the thread.
+        // Set by the background thread.
         std::optional<LiveFrame> frame;
         QStringList files;
     };
 
-    // All of one run; returns why it ended.
+    // Reads frames until the run ends. Returns why it ended; empty if it was cancelled.
     QString run(int number, const FrameSourceChoice &choice, const QString &folder, const SessionSettings &settings,
                 const BackgroundWork::IsCancelled &isCancelled);
     void deliver(int run, const LiveFrame &frame, const QString &file);
 
     Exchange exchange;
-    BackgroundWork work{1};  // the last member, because its thread uses the other one
+    BackgroundWork work{1};  // the last member, so that its thread has ended before `exchange` is destroyed
 };

@@ -16,11 +16,12 @@ constexpr int leastStillFrames = 3;   // in a row
 constexpr double alwaysSharp = 1.5;   // pixels of blur
 constexpr double neverSharp = 2.5;    // pixels of blur
 constexpr double sharpRatio = 1.4;    // between the two: as a multiple of the least blur seen
-constexpr double newShare = 0.4;      // of the frame's corners that the other view does not have
-constexpr double newDistance = 0.12;  // of the picture's diagonal, between the middles
+// A view is new if it differs from the other view by more than one of these.
+constexpr double newShare = 0.4;      // share of the frame's corners that the other view does not have
+constexpr double newDistance = 0.12;  // between the middles of the corners, as a share of the picture's diagonal
 constexpr double newScale = 1.25;     // times nearer or farther
-constexpr double newTurn = 0.7;       // radians, around the line of sight
-constexpr double newShape = 0.05;     // of the target's extent: a tilt of about 25 degrees
+constexpr double newTurn = 0.7;       // radians around the line of sight
+constexpr double newShape = 0.05;     // change of shape, as a share of the target's extent: a tilt of about 25 degrees
 
 struct Pair {
     Place now, before;
@@ -71,7 +72,7 @@ bool isSimilar(const TargetView &frame, const TargetView &other) {
         middleNow += pair.now / double(pairs.size());
         middleBefore += pair.before / double(pairs.size());
     }
-    // The least-squares turn and scale from `before` to `now`; what it leaves over is a change of shape.
+    // The rotation and scale that best map `before` to `now`. The distances that remain show a change of shape.
     Place product;
     double extentNow = 0;
     double extentBefore = 0;
@@ -119,7 +120,8 @@ bool LiveDecision::isStill(const TargetView &frame) const {
     return pairs.size() >= leastCorners && squares < greatestMotion * greatestMotion * double(pairs.size());
 }
 
-// Cameras differ in how sharp their pictures can be, so between the bounds the best frame is the measure.
+// Cameras differ in how sharp their pictures can be. Between the two bounds, a frame is therefore compared with the
+// sharpest one so far.
 bool LiveDecision::isSharp(double blur) {
     sharpest = std::min(sharpest.value_or(blur), blur);
     return blur <= std::max(alwaysSharp, std::min(sharpRatio * *sharpest, neverSharp));

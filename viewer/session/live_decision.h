@@ -1,5 +1,6 @@
-// Decides when a frame of a camera is worth keeping as a photograph: when the target is still and sharp, and is seen in
-// another way than in every photograph that exists. Has no threads, no clock and no widgets.
+// Decides when a frame of a camera is worth keeping as a photograph: when the target is still and sharp, the view
+// differs from that of every existing photograph, and another photograph would still help the calibration. Has no
+// threads, no clock and no widgets.
 #pragma once
 
 #include <QSize>
@@ -13,25 +14,25 @@ enum class LiveState {
     NoPattern,
     Moving,
     Blurred,
-    Known,   // a photograph with much the same view exists
-    Enough,  // the calibration would hardly gain from another photograph
-    Worth,   // it should be kept
+    Known,   // a photograph with a similar view exists
+    Enough,  // another photograph would hardly improve the calibration
+    Worth,   // the frame should be kept
 };
 
 // How a target is seen in one picture.
 struct TargetView {
-    QSize size;                                       // pixels, of the picture
+    QSize size;                                       // of the picture, in pixels
     std::shared_ptr<const PatternReadings> readings;  // not null
 };
 
 class LiveDecision {
 public:
-    // Each frame in turn. blur: see edge_blur.h; empty if it is not known.
+    // Call this for each frame in turn. blur is in pixels, as edge_blur.h measures it; empty if it is not known.
     LiveState judge(const TargetView &frame, std::optional<double> blur);
 
-    // The photographs that exist; only those of the frame's size count.
+    // Sets the existing photographs. Only those of the frame's size are compared with it.
     void setPhotographs(std::shared_ptr<const std::vector<TargetView>> views) { photographs = std::move(views); }
-    // The last frame was kept. It counts as a photograph for as long as this object lives.
+    // Tells this object that the last frame was kept. The frame counts as a photograph as long as this object lives.
     void keptLast() { kept.push_back(last); }
     void setEnough(bool isEnough) { hasEnough = isEnough; }
 
@@ -44,10 +45,10 @@ private:
     std::vector<TargetView> kept;
     TargetView last;
     int stillFrames = 0;
-    std::optional<double> sharpest;  // pixels
+    std::optional<double> sharpest;  // least blur so far, in pixels
     bool hasEnough = false;
 };
 
-// True if the frame shows nothing that the other view does not: the same corners, at much the same place, and from much
-// the same direction and distance.
+// True if the frame shows little that the other view does not: at least 60 % of its corners are in the other view, at
+// nearly the same place and seen from nearly the same direction and distance.
 bool isSimilar(const TargetView &frame, const TargetView &other);

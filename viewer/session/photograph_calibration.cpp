@@ -50,7 +50,8 @@ calibration::PrintedTarget targetFrom(const SessionSettings &settings) {
     return target;
 }
 
-// The photographs keep their order, so each of a list of names belongs to the first of that name after the last one.
+// Finds the ids of photographs by their names. The names must come in the order of the photographs, because each search
+// begins after the previous match.
 class Names {
 public:
     explicit Names(const Input &allInput) : input(allInput) {}
@@ -66,7 +67,8 @@ private:
     size_t next = 0;
 };
 
-// Without printed sizes that contradict each other, a pattern that was measured has its number, others are not known.
+// The settings have measured sizes by pattern number; the calibration needs them by the index of the print. Sizes of
+// patterns that no photograph shows are dropped.
 std::vector<calibration::MeasuredPrint> measuredPrints(const SessionSettings &settings,
                                                        const Observations &observations) {
     std::vector<calibration::MeasuredPrint> measured;
@@ -79,7 +81,7 @@ std::vector<calibration::MeasuredPrint> measuredPrints(const SessionSettings &se
     return measured;
 }
 
-// True if cameras and prints are the same, so that the previous result is a start for the next.
+// True if cameras and prints are the same, so that a calibration can start from the previous result.
 bool areAlike(const Observations &a, const Observations &b) {
     const auto sameCamera = [](const calibration::Camera &one, const calibration::Camera &other) {
         return one.name == other.name && one.width == other.width && one.height == other.height;

@@ -1,4 +1,4 @@
-// From photographs that have been read to a result: the place where a session meets the calibration.
+// Makes a result from photographs that have been read. This is where a session calls the calibration.
 #pragma once
 
 #include <QVector>
@@ -6,7 +6,7 @@
 #include "viewer/session/session_photograph.h"
 #include "viewer/session/session_result.h"
 
-// Calibrates with the photographs that take part. A reason why that is impossible is in the result. Throws
-// calibration::Cancelled. Takes long; for a background thread.
+// Calibrates with the photographs that take part. If that is impossible, the result says why; it is empty if no
+// photograph takes part. Throws calibration::Cancelled. This takes long, so call it on a background thread.
 SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
                                    const calibration::CalibrateOptions &options);

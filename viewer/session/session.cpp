@@ -6,9 +6,9 @@
 
 namespace {
 
-// Each needs about 90 MB for 12 megapixels in colour, so memory sets a limit too.
+// Reading a colour photograph of 12 megapixels needs about 90 MB, so memory limits the number of readers, too.
 constexpr int mostReaders = 8;
-// Several changes in a row start one calibration.
+// Changes that follow each other faster than this start only one calibration.
 constexpr int calibrationDelayMs = 20;
 // A first result is made from this many photographs with patterns, if at least as many are still to be read.
 constexpr int fewestForFirstResult = 12;
@@ -20,7 +20,7 @@ Session::Session(Calibrate calibrateFunction)
     calibrationTimer.setSingleShot(true);
     calibrationTimer.setInterval(calibrationDelayMs);
     connect(&calibrationTimer, &QTimer::timeout, this, [this] {
-        if (!isReading()) {  // otherwise it starts when everything is read
+        if (!isReading()) {  // otherwise the calibration starts when all photographs have been read
             startCalibration();
         }
     });
@@ -110,7 +110,7 @@ void Session::photographRead(const SessionPhotograph &read) {
     if (!isReading()) {
         scheduleCalibration();
     } else if (canShowFirstResult()) {
-        firstResultFrom = 2 * helpfulInBatch;  // if it is impossible, the next attempt is with twice as many
+        firstResultFrom = 2 * helpfulInBatch;  // if these are too few, the next attempt waits for twice as many
         startCalibration();
     }
 }
@@ -198,7 +198,7 @@ void Session::startCalibration() {
 
 void Session::takeResult(SessionResult result, bool isOfAll) {
     if (!isOfAll && !result.calibration) {
-        return;  // what the rest is needed for
+        return;  // the photographs that are still being read may make a calibration possible
     }
     startsFromLatest = isOfAll;  // models that were chosen from a few photographs are chosen again
     latest = std::make_shared<const SessionResult>(std::move(result));

@@ -1,9 +1,10 @@
-// A session: photographs, what was read in them, the settings, and the calibration that follows. It has no widgets.
+// A session: the photographs, the patterns read in them, the settings, and the resulting calibration. It has no
+// widgets.
 //
-// Data goes one way: photographs -> readings -> calibration. Reading and calibrating run in the background; every
-// change of the photographs or settings starts what depends on it again and cancels what is out of date. While many
-// photographs are read, a first result is made from those that are read already. All functions return at once. Use it
-// on one thread that has an event loop; its signals are emitted there.
+// Data goes one way: photographs -> readings -> calibration. Reading and calibrating run in the background. Every
+// change of the photographs or settings cancels the work that is out of date and starts it again. While many
+// photographs are read, a first result is made from those that have been read. All functions return at once. Use a
+// session on one thread that has an event loop; its signals are emitted there.
 #pragma once
 
 #include <QMap>
@@ -22,8 +23,8 @@ class Session : public QObject {
     Q_OBJECT
 
 public:
-    // What makes a result from photographs that have been read; runs on a background thread. May throw
-    // calibration::Cancelled; other errors belong in the result.
+    // Makes a result from photographs that have been read. It runs on a background thread. It may throw
+    // calibration::Cancelled and reports every other error in the result.
     using Calibrate = std::function<SessionResult(const QVector<SessionPhotograph> &, const SessionSettings &,
                                                   const calibration::CalibrateOptions &)>;
 
@@ -31,35 +32,35 @@ public:
     ~Session() override;
 
     const QVector<SessionPhotograph> &photographs() const { return list; }
-    // Null if there is none with this number.
+    // Null if the session has no photograph with this id.
     const SessionPhotograph *photograph(int id) const;
     const SessionSettings &settings() const { return currentSettings; }
-    // The latest result; it stays until the next one is there. Null before the first.
+    // The latest result; null before the first one. It stays until the next one is complete.
     std::shared_ptr<const SessionResult> result() const { return latest; }
 
-    // Adds files, and the pictures in folders. Files that the session already has are not added again.
+    // Adds these files and the pictures in these folders, except files that the session already has.
     void add(const QStringList &filesAndFolders);
     void setIncluded(const QVector<int> &ids, bool isIncluded);
     void remove(const QVector<int> &ids);
     void setSettings(const SessionSettings &settings);
-    // Reads no further; photographs that wait are taken from the session.
+    // Stops reading, and removes the photographs that have not been read yet from the session.
     void cancelReading();
-    // Calibrates without the previous result to start from, so that models are chosen again.
+    // Calibrates again without starting from the previous result, so that the models are chosen again.
     void calibrateAnew();
 
     bool isReading() const { return reading.open() > 0; }
     bool isCalibrating() const { return calibrating.open() > 0; }
-    // Photographs added since reading began, and how many of them are done.
+    // How many photographs were added since reading began, and how many of those have been read.
     int readingTotal() const { return batchTotal; }
     int readingDone() const { return batchDone; }
 
     SessionDocument document() const;
-    // Replaces everything.
+    // Replaces all photographs and settings.
     void open(const SessionDocument &document);
 
 signals:
-    void photographsChanged();       // added, removed or all replaced
-    void photographChanged(int id);  // read, taken out or put back
+    void photographsChanged();       // photographs were added, removed or all replaced
+    void photographChanged(int id);  // one was read, taken out or put back
     void settingsChanged();
     void progressChanged();  // of reading or calibrating
     void resultChanged();
@@ -72,21 +73,21 @@ private:
     void photographRead(const SessionPhotograph &photograph);
     void scheduleCalibration();
     void startCalibration();
-    // True if a first result is worth its time although reading goes on.
+    // True if a first result should be made although photographs are still being read.
     bool canShowFirstResult() const;
     void takeResult(SessionResult result, bool isOfAll);
 
     const Calibrate calibrate;
     QVector<SessionPhotograph> list;
-    QMap<int, int> rows;  // in `list`, by id
+    QMap<int, int> rows;  // the index in `list` of each id
     int nextId = 1;
     int batchTotal = 0;
     int batchDone = 0;
     SessionSettings currentSettings;
     std::shared_ptr<const SessionResult> latest;
     bool startsFromLatest = true;
-    int helpfulInBatch = 0;   // photographs with patterns, read since reading began
-    int firstResultFrom = 0;  // of those
+    int helpfulInBatch = 0;   // photographs read since reading began in which patterns were found
+    int firstResultFrom = 0;  // a first result is tried when helpfulInBatch reaches this
     QTimer calibrationTimer;
     BackgroundWork listing{1};
     BackgroundWork reading;

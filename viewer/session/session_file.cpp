@@ -33,7 +33,7 @@ QString saveSession(const QString &file, const SessionDocument &document) {
     }
     const QJsonObject json{
         {"Format", format}, {"Version", 1}, {"Photographs", photographs}, {"Settings", toJson(document.settings)}};
-    // The toolkit's QSaveFile replaces a file by the beginning of the new one if the disk is full.
+    // QSaveFile is not used because it replaces the old file with an incomplete one if the disk is full.
     try {
         file_writing::SafeFiles files;
         files.write(QFile::encodeName(file).toStdString(), QJsonDocument(json).toJson().toStdString());

@@ -1,4 +1,5 @@
-// Session files: the photographs' paths and the settings as JSON, and the copy that survives a crash.
+// Reads and writes session files, which have the photographs' paths and the settings as JSON. Also keeps a copy of the
+// running session that survives a crash.
 #pragma once
 
 #include <QLockFile>
@@ -19,15 +20,15 @@ struct SessionDocument {
     SessionSettings settings;
 };
 
-// Writes the file whole or not at all. Photographs below the file's folder are stored with relative paths, so that the
-// folder can be moved. Returns an empty text, or why the file was not written.
+// Writes the file completely or not at all. Photographs below the file's folder are stored with relative paths, so that
+// the folder can be moved. Returns an empty text, or the reason why the file was not written.
 QString saveSession(const QString &file, const SessionDocument &document);
 
-// Nothing if the file cannot be read or is no session; `problem` then says why.
+// Empty if the file cannot be read or is not a session; `problem` then says why.
 std::optional<SessionDocument> openSession(const QString &file, QString &problem);
 
-// A copy of the running session in a folder of its own, one per process. Copies whose process has ended without
-// removing them are left from a crash.
+// Keeps a copy of the running session in a folder that all processes share. Each process has one copy and removes it
+// when it ends. A copy whose process no longer runs was therefore left by a crash.
 class RecoveryCopy {
 public:
     explicit RecoveryCopy(const QString &folder);
@@ -35,10 +36,11 @@ public:
     RecoveryCopy(const RecoveryCopy &) = delete;
     RecoveryCopy &operator=(const RecoveryCopy &) = delete;
 
-    // Returns an empty text, or why there is no new copy; the one before stays.
+    // Replaces the copy. Returns an empty text, or the reason why the copy was not written; the old one then stays.
     QString keep(const SessionDocument &document);
 
-    // The newest session that a crashed process left, if there is one. It becomes this object's copy.
+    // Returns the newest session that a crashed process left, ignoring those without photographs; empty if there is
+    // none. The session becomes this object's copy, so that another crash does not lose it.
     std::optional<SessionDocument> takeLeftOver();
 
 private:

@@ -16,7 +16,7 @@ QString tr(const char *text) {
     return QCoreApplication::translate("SessionPhotograph", text);
 }
 
-// Numbers within names count as numbers: photo2 before photo10.
+// Compares numbers within names by their value: photo2 comes before photo10.
 bool isBefore(const QString &a, const QString &b) {
     int i = 0;
     int j = 0;

@@ -1,5 +1,5 @@
-// A photograph of the session: where it is, what was read in it, and whether it takes part. The picture itself is not
-// kept, only a small one for the list.
+// A photograph of the session: its file, the patterns read in it, and whether it takes part in the calibration. Only a
+// thumbnail of its picture is kept.
 #pragma once
 
 #include <QImage>
@@ -17,31 +17,32 @@ using PatternReadings = std::vector<pattern_reader::PatternReading>;
 enum class PhotographState { Waiting, Read, Unreadable };
 
 struct SessionPhotograph {
-    int id = 0;  // unique within a session, never used again
+    int id = 0;  // unique within a session; not reused after the photograph is removed
     QString path;
     bool isIncluded = true;  // false if the user took it out
 
     PhotographState state = PhotographState::Waiting;
-    QString problem;  // why it cannot help, as a sentence; empty if patterns were found
-    int width = 0;    // pixels, as it is stored
+    QString problem;  // a sentence that says why it cannot help; empty if patterns were found
+    int width = 0;    // pixels of the stored picture, whatever its orientation tag says
     int height = 0;
-    std::shared_ptr<const PatternReadings> readings;  // null until it was read
+    std::shared_ptr<const PatternReadings> readings;  // null if the photograph is waiting or unreadable
     std::string exifCamera;                           // maker and model; empty if the file does not say
     QImage thumbnail;                                 // at most thumbnailSize
 };
 
 constexpr QSize thumbnailSize(160, 120);
 
-// Sets everything below isIncluded from the file. If cancelled, it may return without a result. Never throws. May be
-// called from several threads at the same time.
+// Reads the file and sets the members that follow isIncluded. If isCancelled returns true, it may return without a
+// result. Never throws. May be called from several threads at the same time.
 void readFromFile(SessionPhotograph &photograph, const SessionSettings &settings,
                   const std::function<bool()> &isCancelled);
 
-// The grey picture of a file, for showing it; null if it cannot be read.
+// Loads the picture of a file in grey, for display; null if it cannot be read.
 QImage loadPicture(const QString &path);
 
-// The files themselves, and the pictures in folders and all folders below them, sorted by name within a folder.
+// Returns absolute paths: the given files, and for each given folder the pictures in it and in all folders below it,
+// sorted by path so that photo2 comes before photo10.
 QStringList photographFilesIn(const QStringList &filesAndFolders);
 
-// True if the file's name ends like that of a picture.
+// True if the file's name has the ending of a picture format.
 bool isPictureName(const QString &path);

@@ -1,4 +1,4 @@
-// What the views show: a calibration, and how each photograph of the session fits it.
+// The result that the views show: a calibration, and how well each photograph of the session fits it.
 #pragma once
 
 #include <QMap>
@@ -11,35 +11,38 @@
 #include "calibration/unused_photograph.h"
 #include "viewer/session/session_settings.h"
 
-// How one photograph fits.
+// How well one photograph fits the calibration.
 struct PhotographFit {
-    int corners = 0;            // used ones
-    std::optional<double> rms;  // pixels per point, of the used corners
-    double worst = 0;           // pixels, of the used corners
-    QString reason;             // why all or some of it does not count; empty if everything does
+    int corners = 0;            // number of used corners
+    std::optional<double> rms;  // root mean square residual of the used corners, in pixels
+    double worst = 0;           // greatest residual of a used corner, in pixels
+    QString reason;             // why some or all of its patterns are left out; empty if none is
 };
 
 struct SessionResult {
-    // Null if no calibration is possible; `problem` says why.
+    // Null if no calibration is possible. `problem` then says why; it is empty if no photograph takes part.
     std::shared_ptr<const calibration::Calibration> calibration;
     QString problem;
 
-    std::vector<int> photographIds;  // the session's numbers of calibration->observations.photographs
-    QMap<int, PhotographFit> fits;   // by those numbers; photographs that the calibration never saw have a reason too
-    std::vector<calibration::UnusedPhotograph> unused;  // photographs that gave the calibration nothing
-    // Where the estimate puts the corners: for each sighting, for each of its corners; empty if it has no such place.
+    std::vector<int> photographIds;  // the session's id of each photograph in calibration->observations
+    QMap<int, PhotographFit> fits;   // by the session's ids; an unused photograph has only a reason
+    std::vector<calibration::UnusedPhotograph> unused;  // photographs that the calibration got no corners from
+    // By sighting and corner: the pixel at which the estimate projects the corner. Empty if a pose is not known or the
+    // corner cannot be projected.
     std::vector<std::vector<std::optional<Eigen::Vector2d>>> estimated;
 
-    // The index in the calibration of a photograph of the session; -1 if it is not in it.
+    // The index in calibration->observations of the photograph with this id of the session; -1 if it is not there.
     int indexOf(int photographId) const;
 };
 
-// The transform from a print's own axes to those of the camera that took a photograph; empty if a pose is not known.
+// The transformation from the axes of a print to those of the camera that took a photograph. Empty if the pose of the
+// print or of the camera is not known.
 std::optional<calibration::RigidMotion> cameraFromPrint(const calibration::Calibration &calibration, int photograph,
                                                         int print);
 
-// The corner that was seen nearest to a pixel of a photograph; empty if none was within a pixel.
+// The corner that was seen within one pixel of this place in a photograph; empty if there is none. The result must have
+// a calibration.
 std::optional<NamedCorner> cornerAt(const SessionResult &result, int photographId, const Eigen::Vector2d &pixel);
 
-// Fills in everything that follows from the calibration.
+// Sets `fits` and `estimated` from the calibration. Reasons that `fits` already has are kept.
 void describeFits(SessionResult &result);

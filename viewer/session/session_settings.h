@@ -1,4 +1,4 @@
-// What the user sets for a session, and its JSON form within a session file.
+// The settings that the user makes for a session, and their JSON form in a session file.
 #pragma once
 
 #include <QJsonObject>
@@ -13,12 +13,12 @@
 
 // How the photographs belong together.
 enum class Arrangement {
-    Cameras,   // every camera by itself
-    Rig,       // photographs with the same index or name were taken at one moment by cameras fixed to each other
-    Assembly,  // as Cameras; several patterns that are fixed to each other get a common coordinate system
+    Cameras,   // each camera is calibrated by itself
+    Rig,       // cameras fixed to each other; photographs with the same index or name were taken at the same moment
+    Assembly,  // like Cameras, but several patterns that are fixed to each other get a common coordinate system
 };
 
-// A corner of a print: the number of the pattern, and column and row in its file.
+// A corner of a print, named by the number of its pattern and by its column and row in the pattern's file.
 struct NamedCorner {
     int pattern = 0;
     int column = 0;
@@ -32,18 +32,20 @@ struct SessionSettings {
     Arrangement arrangement = Arrangement::Cameras;
     std::optional<calibration::LensModel> lens;  // chosen automatically if absent
     bool mayBend = true;
-    double gridSpacing = 0;        // mm; of patterns that do not carry theirs; 0 if unknown
-    std::optional<QSize> board;    // columns and rows of inner corners of a plain checkerboard, 3 x 3 at least
+    double gridSpacing = 0;        // mm, of patterns that do not encode it; 0 if unknown
+    std::optional<QSize> board;    // columns and rows of inner corners of a plain checkerboard, at least 3 x 3
     double boardSquare = 0;        // mm; 0 if unknown
-    QStringList patternFiles;      // what was printed: JSON or PDF
-    QMap<int, QPointF> measured;   // by pattern number: measured size divided by the size in the drawing, x and y
-    std::optional<int> reference;  // the pattern whose axes the results have; the first one if absent
-    // Origin, a point on the x axis, and a point in the plane of x and y; used instead of the reference pattern.
+    QStringList patternFiles;      // JSON or PDF files of the printed patterns
+    QMap<int, QPointF> measured;   // by pattern number: measured size divided by drawn size, in x and y
+    std::optional<int> reference;  // number of the pattern whose axes the results have; the first print's if absent
+    // The corners at the origin, on the x axis, and in the plane of x and y. If they are set, they define the axes
+    // instead of the reference pattern.
     std::optional<std::array<NamedCorner, 3>> frame;
 };
 bool operator==(const SessionSettings &a, const SessionSettings &b);
 
 QJsonObject toJson(const SessionSettings &settings);
 
-// Unknown keys, and values out of range, are ignored: a session from a newer version opens with what is understood.
+// Ignores unknown keys, and lengths, ratios, board sizes and reference patterns that are out of range. A session from a
+// newer version can therefore be opened.
 SessionSettings settingsFromJson(const QJsonObject &json);
