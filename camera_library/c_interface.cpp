@@ -1,5 +1,5 @@
-// The functions of lmlib64.h. Arguments and results are converted between C and C++ only here, and no exception gets
-// past the guard.
+// The functions of lmlib64.h. Arguments and results are converted between C and C++ only here. guard() lets no
+// exception through.
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -16,7 +16,7 @@ using lmlib64::Binary;
 using lmlib64::Library;
 using lmlib64::Node;
 
-// Runs the operation and sets the result to the code it returns. True on success.
+// Runs the operation and sets the result to the code that the operation returns. Returns true on success.
 template <typename Operation>
 bool guard(std::int32_t *result, Operation operation) noexcept {
     LmLibResult code = LmLibResultInternalError;
@@ -35,8 +35,8 @@ std::string_view textOf(const char *text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// The text that was last returned to the calling thread. It is freed when the thread ends; a call after that, from the
-// destructor of a static object, makes a new one.
+// The text that was last returned to the calling thread. It is freed when the thread ends. If the destructor of a
+// static object calls this function after that, a new text is made.
 std::string &returnedText() {
     struct Release {
         std::string **text = nullptr;
@@ -57,7 +57,7 @@ std::string &returnedText() {
     return *text;
 }
 
-// The value of a leaf of that type.
+// Sets `value` to the node's value if the node is a leaf of this type.
 template <typename Value>
 LmLibResult valueOf(const Node &node, Value &value) {
     const Value *held = std::get_if<Value>(&node.value);

@@ -1,5 +1,5 @@
-// The library's debug log: lines in memory, of which the oldest are dropped when new ones need room. May be used from
-// any thread.
+// The library's debug log keeps lines in memory and drops the oldest when new ones need room. It may be used from any
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +16,11 @@ public:
     // The greatest number of bytes that are kept, including line feeds.
     static constexpr std::size_t capacity = 65536;
 
-    // Adds the message and a line feed. LmLibResultDebugMessageOverflow if they are longer than the capacity.
+    // Adds the message and a line feed. Returns LmLibResultDebugMessageOverflow if both together are longer than the
+    // capacity.
     LmLibResult write(std::string_view message);
 
-    // Sets text to all lines, oldest first. LmLibResultNoDebugData if there are none.
+    // Sets the text to all lines, oldest first. Returns LmLibResultNoDebugData if there are none.
     LmLibResult read(std::string &text) const;
 
     void clear();
@@ -27,7 +28,7 @@ public:
 private:
     mutable std::mutex mutex;
     std::string lines;
-    std::size_t start = 0;  // everything before it is dropped; it is removed from time to time
+    std::size_t start = 0;  // index of the oldest kept line; write() erases the text before it from time to time
 };
 
 }  // namespace lmlib64

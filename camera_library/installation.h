@@ -14,8 +14,8 @@ namespace lmlib64 {
 // The installation's root, without a slash at its end. `libraryFile` is an absolute path with forward slashes.
 std::string_view installationRoot(std::string_view libraryFile);
 
-// The tree's "Path" for the installation that this library was loaded from. It has only the library's version if the
-// system does not tell where that is.
+// The tree's "Path" for the installation that this library was loaded from. If the system does not tell where the
+// library is, "Path" has only the library's version.
 NodeObject installationPaths();
 
 }  // namespace lmlib64

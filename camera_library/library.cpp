@@ -14,7 +14,7 @@ namespace {
 std::atomic<Library *> current{nullptr};
 
 // A child process has none of its parent's threads, so its copy of the parent's library may stay locked or half changed
-// forever. It is neither used nor freed; the child's first call makes a new library.
+// forever. The child therefore neither uses nor frees this copy; its first call makes a new library.
 void leaveParentsLibrary() {
     current.store(nullptr);
 }
@@ -29,8 +29,9 @@ void stopThread() {
 
 Library::Library() : tree(installationPaths()), executor(tree, findCommand) {}
 
-// Uses no lock, because a fork at the wrong moment would leave it locked in the child. If two threads get here at the
-// same time, one of the two libraries is dropped, and the actions may be registered more than once, which does no harm.
+// This function uses no lock, because a fork at the wrong moment would leave the lock locked in the child. If two
+// threads get here at the same time, one of the two libraries is dropped, and the actions may be registered more than
+// once, which does no harm.
 Library &Library::make() {
     std::unique_ptr<Library> made(new Library());
     callInForkedChild(leaveParentsLibrary);

@@ -13,7 +13,7 @@ struct Library {
     // library of its own.
     static Library &instance();
 
-    // As lmLibFinalize.
+    // Does the work of lmLibFinalize.
     void finalize();
 
     Tree tree;

@@ -9,41 +9,41 @@
 //
 // Paths. The root is the empty text. A child by name is "/" and the name. An element of an array is "/", a backslash
 //   and the index in decimal without padding: /Execute/1/Parameters/Patterns/\0. Names are not escaped; a name is not
-//   empty and contains neither "/" nor a backslash. Anything else is LmLibResultItemPathInvalid. A path has at most
-//   LMLIB_MAXIMUM_DEPTH parts; a longer one is LmLibResultNestingLimitReached.
+//   empty and contains neither "/" nor a backslash. Any other path gives LmLibResultItemPathInvalid. A path has at most
+//   LMLIB_MAXIMUM_DEPTH parts; a longer one gives LmLibResultNestingLimitReached.
 // Writing. A write replaces whatever the node held. Writing below an absent node creates the objects and arrays on the
-//   way. An array index may be at most one past the end; beyond that, it is LmLibResultItemPathInvalid. A leaf has no
-//   children, an object has none by index and an array has none by name: reading or writing there is
+//   way. The index of an array element may be at most one past the end; a greater one gives LmLibResultItemPathInvalid.
+//   A leaf has no children, the children of an object have names, and those of an array have indices. Reading or
+//   writing any other child gives LmLibResultItemTypeNotCompatible.
+// Reading. Reading an absent node gives LmLibResultItemInexistent; reading a node of another type gives
 //   LmLibResultItemTypeNotCompatible.
-// Reading. Reading an absent node is LmLibResultItemInexistent; reading a node of another type is
-//   LmLibResultItemTypeNotCompatible.
-// Protected nodes. The root, /Path and every node below /Path belong to the library: writing or erasing one is
-//   LmLibResultItemProtected. /Path/Manual is the folder of the manual and /Path/Application/LmView the file of the
-//   viewer. Both are absolute and may not exist. /Path/Version is the LMLIB_VERSION that the library was built with,
-//   which may differ from the one that its client was built with.
+// Protected nodes. The root, /Path and every node below /Path belong to the library: writing or erasing one gives
+//   LmLibResultItemProtected. /Path/Manual is the folder of the manual and /Path/Application/LmView is the file of the
+//   viewer. Both are absolute paths, and neither needs to exist. /Path/Version is the LMLIB_VERSION of the library,
+//   which may differ from that of the header that a client was built with.
 // Results. The first parameter of every function points to a result code, which the function always sets; the pointer
-//   may be null. After any code but LmLibResultOperationSucceeded, the tree is as it was before, and what the function
-//   returns, or passes out through pointers, is 0 or null. A null path or text counts as the empty text.
-// Texts. Texts are narrow and NUL-terminated and are kept as the bytes they are. File names are in the system's local
-//   8-bit encoding, names in the catalogue in UTF-8. Returned texts belong to the library and stay valid until the
-//   calling thread's next call into the library.
+//   may be null. After any code but LmLibResultOperationSucceeded, the tree is unchanged, and every value that the
+//   function returns or passes out through pointers is 0 or null. A null path or text counts as the empty text.
+// Texts. Texts are NUL-terminated strings of char, and the library does not change their bytes. File names are in the
+//   system's local 8-bit encoding, and names in the catalogue are in UTF-8. Returned texts belong to the library and
+//   stay valid until the calling thread's next call into the library.
 // Flags. Flags and booleans are int32_t; any non-zero value is true, and the library returns 1.
 // Threads. Every function may be called from any thread at any time. Commands run one after the other on a thread of
 //   the library.
-// Child processes. A child made by fork() starts with a new library, whatever other threads were doing: its tree has
-//   only /Path, and no command runs in it. The parent is not affected. Texts returned to the thread that forked stay
-//   valid in the child until its next call.
+// Child processes. A child made by fork() starts with a new library, even if other threads of the parent were using the
+//   old one: the child's tree has only /Path, and no command runs in it. The parent is not affected. Texts returned to
+//   the thread that forked stay valid in the child until its next call.
 // Life. The library is ready on the first call and needs no initialisation; see lmLibFinalize.
 //
 // Commands
 //
 // A slot is a child of /Execute, usually made with lmLibMakeUniqueItem. Write the parameters below the slot's
-// "Parameters", then write the command's name as a string to its "Command". The command starts with the parameters as
-// they are then, and an earlier "Result" is removed. When it has finished, "Result" holds what it returned and
-// "Command" becomes null; wait for that with lmLibWaitForType. If a command fails or does not exist, "Result" has
-// "ErrorSymbol", "ErrorText" and the command's name in "Execute"/"Command". Until the command has finished, writing or
-// erasing "Command" is LmLibResultCommandRunning; the slot may be erased or replaced, which drops what the command
-// returns. Elements of an array are not slots.
+// "Parameters", then write the command's name as a string to its "Command". The command runs with a copy of the
+// parameters at that moment, and an earlier "Result" is removed. When the command has finished, "Result" holds what it
+// returned and "Command" becomes null; wait for that with lmLibWaitForType. If a command fails or does not exist,
+// "Result" has "ErrorSymbol", "ErrorText" and the command's name in "Execute"/"Command". Until the command has
+// finished, writing or erasing "Command" gives LmLibResultCommandRunning. The slot may be erased or replaced meanwhile;
+// the library then discards what the command returns. Elements of an array are not slots.
 #ifndef CAMERA_LIBRARY_LMLIB64_H
 #define CAMERA_LIBRARY_LMLIB64_H
 
@@ -120,10 +120,11 @@ enum LmLibType {
 // The text of a string node.
 LMLIB64_API const char *lmLibGetString(int32_t *result, const char *path);
 
-// Makes the node a string. Written to the "Command" of a slot, it starts the command of that name.
+// Makes the node a string. Writing the "Command" of a slot starts the command of that name.
 LMLIB64_API void lmLibSetString(int32_t *result, const char *path, const char *text);
 
-// The value of a number node. LmLibResultItemTypeNotCompatible if it is not a whole number in the range of int32_t.
+// The value of a number node. A value that is not a whole number in the range of int32_t gives
+// LmLibResultItemTypeNotCompatible.
 LMLIB64_API int32_t lmLibGetInt(int32_t *result, const char *path);
 
 // Makes the node a number.
@@ -145,19 +146,20 @@ LMLIB64_API void lmLibSetBool(int32_t *result, const char *path, int32_t value);
 LMLIB64_API void lmLibSetNull(int32_t *result, const char *path);
 
 // The node and everything below it as JSON text in UTF-8; bytes that are not UTF-8 are replaced by U+FFFD.
-// `numberPrecision` is the number of significant digits of a number that is not whole, 1 to 18; 0 stands for the fewest
-// that read back to the same value, and anything else is LmLibResultInvalidParameters. With `allowScientificFormat`,
-// numbers below 1e-5 and from 1e17 on have an exponent; without it, no number has one. A binary node becomes an object
-// with its format and its "ByteCount".
+// `numberPrecision` is the number of significant digits of a number that is not whole, 1 to 18; 0 stands for as few as
+// are needed to read back the same value. Any other number gives LmLibResultInvalidParameters. With
+// `allowScientificFormat`, numbers below 1e-5 and from 1e17 on have an exponent; without it, no number has one. A
+// binary node becomes an object with its format and its "ByteCount".
 LMLIB64_API const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint, int32_t numberPrecision,
                                      int32_t allowScientificFormat);
 
-// Replaces the node by what the JSON text in UTF-8 says; starts no command. LmLibResultCouldNotInterpretJsonText if it
-// is not JSON, if it is longer than LMLIB_MAXIMUM_JSON_SIZE, if a number is beyond the range of double, if a text
-// contains U+0000, or if a path cannot contain one of the names.
+// Replaces the node by the content of the JSON text, which is in UTF-8. It starts no command. The result is
+// LmLibResultCouldNotInterpretJsonText if the text is not JSON, if it is longer than LMLIB_MAXIMUM_JSON_SIZE, if a
+// number is beyond the range of double, if a string contains U+0000, or if a name is not allowed in a path.
 LMLIB64_API void lmLibSetJson(int32_t *result, const char *path, const char *json);
 
-// The type of the node, an LmLibType. For an absent node, LmLibTypeAbsent and LmLibResultItemInexistent.
+// The type of the node, an LmLibType. For an absent node, it returns LmLibTypeAbsent and the result is
+// LmLibResultItemInexistent.
 LMLIB64_API int32_t lmLibGetType(int32_t *result, const char *path);
 
 // The number of children of an object or array, or the number of bytes of a binary node.
@@ -169,15 +171,16 @@ LMLIB64_API const char *lmLibGetName(int32_t *result, const char *path);
 // Removes the node and everything below it. The elements after an erased element of an array move up.
 LMLIB64_API void lmLibErase(int32_t *result, const char *path);
 
-// Makes a new empty object below the parent and returns its path. Its name is `baseName`, an underscore if that ends in
-// a digit, and a number. No child of the parent has this name, and no item made here has had it since the library was
-// last finalised. LmLibResultItemMaximumUniqueCountReached if the numbers are used up.
+// Makes a new empty object below the parent and returns its path. The object's name is `baseName`, an underscore if
+// `baseName` ends in a digit, and a number. No child of the parent has this name, and no item made by this function has
+// had this number since the library was last finalised. The result is LmLibResultItemMaximumUniqueCountReached if no
+// number is left.
 LMLIB64_API const char *lmLibMakeUniqueItem(int32_t *result, const char *parentPath, const char *baseName);
 
 // Waits until the node has the type, without a time limit. Without `waitForChange` the node is checked only once, and
-// another type is LmLibResultTimeout. LmLibResultItemInexistent if the node is absent, or is removed during the wait,
-// unless the type is LmLibTypeAbsent. LmLibResultInvalidParameters if `type` is not an LmLibType. lmLibFinalize ends
-// every wait with LmLibResultOperationCanceled.
+// another type gives LmLibResultTimeout. A node that is absent, or is removed during the wait, gives
+// LmLibResultItemInexistent unless the type is LmLibTypeAbsent. A `type` that is not an LmLibType gives
+// LmLibResultInvalidParameters. lmLibFinalize ends every wait with LmLibResultOperationCanceled.
 LMLIB64_API void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t waitForChange);
 
 // The format of a binary node: width and height in elements, channels per element (interleaved; rows from the top,
@@ -187,24 +190,24 @@ LMLIB64_API void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *
                                     int32_t *channelCount, int32_t *bytesPerElement, int32_t *isFloat,
                                     double *timestamp);
 
-// Copies the bytes of a binary node to the destination, which has room for `destinationSize` bytes.
-// LmLibResultInvalidBufferSize if that is negative; LmLibResultBufferTooSmall if it is less than lmLibGetCount, and
-// then nothing is copied. A null destination is allowed only if there is nothing to copy
-// (LmLibResultInvalidParameters); `bytesCopied` and `timestamp` may always be null.
+// Copies the bytes of a binary node to the destination, which has room for `destinationSize` bytes. A negative size
+// gives LmLibResultInvalidBufferSize. A size below lmLibGetCount gives LmLibResultBufferTooSmall, and nothing is
+// copied. A null destination gives LmLibResultInvalidParameters unless there is nothing to copy. `bytesCopied` and
+// `timestamp` may always be null.
 LMLIB64_API void lmLibGetBinary(int32_t *result, const char *path, void *destination, int32_t destinationSize,
                                 int32_t *bytesCopied, double *timestamp);
 
-// Adds a line to the debug log, which keeps the newest 64 KiB in memory, in whole lines.
-// LmLibResultDebugMessageOverflow if the message does not fit.
+// Adds a line to the debug log, which keeps the newest lines, up to 64 KiB, in memory. A message that does not fit
+// gives LmLibResultDebugMessageOverflow.
 LMLIB64_API void lmLibWriteDebugMessage(int32_t *result, const char *message);
 
-// The debug log, oldest line first, each ended by a line feed. LmLibResultNoDebugData if it is empty.
+// Returns the debug log, oldest line first. Each line ends in a line feed. An empty log gives LmLibResultNoDebugData.
 LMLIB64_API const char *lmLibGetDebugBuffer(int32_t *result);
 
-// Waits for the running command, drops those that have not started, ends the library's thread and frees the tree and
-// the debug log. It may be called twice, and the library may be used again afterwards; it is then as new. If it is
-// never called, the exit of the process waits for the running command and drops the others. Texts that were returned to
-// the calling thread become invalid.
+// Waits for the running command, drops the commands that have not started, ends the library's thread and frees the tree
+// and the debug log. It may be called more than once, and the library may be used again afterwards, as if it had just
+// been loaded. If it is never called, the exit of the process waits for the running command and drops the others. Texts
+// that were returned to the calling thread become invalid.
 LMLIB64_API void lmLibFinalize(int32_t *result);
 
 #ifdef __cplusplus

@@ -1,6 +1,6 @@
-// A command of the library: a function from the slot's "Parameters" to its "Result". It sees neither the tree, nor the
-// tree's lock, nor the thread that it runs on. To add one, write its function in a file of its own here and add a line
-// to command_table.cpp.
+// A command of the library is a function that takes the slot's "Parameters" and returns the slot's "Result". It has no
+// access to the tree or its lock, and does not depend on the thread that it runs on. To add one, write its function in
+// a file of its own here and add a line to command_table.cpp.
 #pragma once
 
 #include <string>
@@ -16,10 +16,10 @@ struct CommandFailure {
     std::string text;    // one sentence for the user: which parameter, its value, what is allowed
 };
 
-// Takes a copy of "Parameters" (null if the slot has none) and returns what becomes "Result".
+// Takes a copy of "Parameters" (null if the slot has none) and returns the node that becomes "Result".
 using CommandFunction = Node (*)(const Node &parameters);
 
-// The command of that name, or null.
+// Returns the command of this name; null if there is none.
 CommandFunction findCommand(std::string_view name);
 
 }  // namespace lmlib64

@@ -84,7 +84,7 @@ void CommandExecutor::execute(Run &run) const {
             fail("InternalError", "The command \"" + run.command + "\" failed for an unknown reason.");
         }
     } catch (const std::exception &) {
-        // There is no memory for a description of the failure. The result that was made in advance reports that.
+        // There is not enough memory to describe the failure, so the result that was made in advance stays.
     }
 }
 

@@ -1,5 +1,5 @@
 // Runs the commands in the slots of a tree, one after the other in the order in which they were started, on one thread
-// that the first command starts. It knows no command itself; a lookup finds them.
+// that the first command starts. It gets the commands from a lookup function.
 //
 // Every function may be called from any thread except the one that runs the commands.
 #pragma once
@@ -28,11 +28,11 @@ public:
     // when its turn comes. Returns the codes of Tree::write.
     LmLibResult start(std::string_view slot, std::string_view command);
 
-    // Ends every wait, waits for the running command, drops those that have not started, ends the thread and resets the
-    // tree. A command that another thread starts meanwhile is dropped too.
+    // Ends every wait, waits for the running command, drops the commands that have not started, ends the thread and
+    // resets the tree. A command that another thread starts in the meantime is dropped too.
     void finalize();
 
-    // As finalize, but neither resets the tree nor ends the waits.
+    // Does the same as finalize, but neither resets the tree nor ends the waits.
     void stop();
 
 private:

@@ -1,6 +1,6 @@
-// "GenerateCalibrationPattern": the preview images of patterns, a file of them, or both. pattern_request.h describes
-// the parameters. If images are asked for, the result has one per pattern below "Patterns"; if the files are of a
-// format with one page per file, it has the names of all files below "Files".
+// The command "GenerateCalibrationPattern" draws patterns as preview images, as files, or as both. pattern_request.h
+// describes the parameters. If previews are asked for, the result has one image per pattern below "Patterns". If the
+// format has one page per file, the result has the names of all written files below "Files".
 #include <cstddef>
 #include <memory>
 #include <utility>
@@ -38,7 +38,7 @@ NodeArray previewsOf(const PatternDocument &document, int imageSize) {
     return images;
 }
 
-// Writes the files. Returns their names if there can be more than one.
+// Writes the files. Returns their names if the format has one page per file; otherwise the result is empty.
 NodeArray save(const PatternDocument &document, const std::string &fileName) {
     try {
         const FileFormat &format = *findFileFormat(fileName);
@@ -72,7 +72,8 @@ Node generateCalibrationPattern(const Node &parameters) {
     if (request.imageSize) {
         result.emplace("Patterns", previewsOf(document, *request.imageSize));
     }
-    // Last, so that the files are written only if everything else has succeeded; after that, nothing may fail.
+    // The files are written last, so that they are written only if everything else has succeeded. After that, nothing
+    // may fail.
     if (request.fileName) {
         Node &names = result["Files"];
         NodeArray written = save(document, *request.fileName);

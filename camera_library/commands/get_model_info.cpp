@@ -5,7 +5,7 @@ namespace lmlib64 {
 
 namespace {
 
-// True if the list is asked for. "ListCalTabs" may be absent, but it must be a boolean.
+// True if the parameter of this name asks for its list. The parameter may be absent; otherwise it must be a boolean.
 bool isAskedFor(const Node &parameters, std::string_view list) {
     const Node *asked = parameters.find(list);
     if (asked == nullptr) {
@@ -31,8 +31,8 @@ NodeArray listCalTabs() {
 
 }  // namespace
 
-// What the library knows about the things it works with. The boolean "ListCalTabs" asks for the array "CalTabs", which
-// has the "Name", "Type", "GridSpacing" and "Thickness" of every ready-made board.
+// Returns what the library knows about calibration boards. If the boolean "ListCalTabs" is true, the result has the
+// array "CalTabs" with the "Name", "Type", "GridSpacing" and "Thickness" of every ready-made board.
 Node getModelInfo(const Node &parameters) {
     NodeObject result;
     if (isAskedFor(parameters, "ListCalTabs")) {

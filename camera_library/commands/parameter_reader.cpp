@@ -12,7 +12,8 @@ namespace lmlib64 {
 
 namespace {
 
-// A text from a client can have any length and content; an error shows its beginning, on one line.
+// Returns the text in quotes, for an error message of one line. A client's text can have any length and content, so
+// only its beginning is shown, and control characters become question marks.
 std::string quoted(const std::string &text) {
     constexpr std::size_t longestShown = 100;
     std::string shown = text.substr(0, longestShown);
@@ -53,7 +54,7 @@ std::string rangeText(NumberRange range) {
 
 std::optional<double> numberWithin(const Node &node, NumberRange range) {
     const auto *number = std::get_if<double>(&node.value);
-    // Written so that NaN is outside every range.
+    // The comparisons are written so that NaN is outside every range.
     const bool isInside = number != nullptr && *number >= range.minimum && *number <= range.maximum;
     return isInside ? std::optional(*number) : std::nullopt;
 }
@@ -63,7 +64,7 @@ std::optional<int> integerWithin(const Node &node, NumberRange range) {
     return number && *number == std::floor(*number) ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
-// Both elements of an array of two; empty if it is anything else.
+// Returns both elements of an array of two; empty if the node is anything else or an element is not allowed.
 template <typename Element, typename Convert>
 std::optional<std::array<Element, 2>> pairWithin(const Node &node, NumberRange range, Convert convert) {
     const auto *elements = std::get_if<NodeArray>(&node.value);

@@ -1,5 +1,6 @@
-// Reads checked values out of a command's parameter object. Every operation throws CommandFailure with the
-// symbol "InvalidParameter" and one sentence that names the parameter, its value and what is allowed.
+// Reads values from a command's parameter object and checks them. A parameter that is absent gives an empty optional. A
+// parameter that is not allowed throws CommandFailure with the symbol "InvalidParameter" and one sentence that names
+// the parameter, its value and what is allowed.
 #pragma once
 
 #include <array>
@@ -13,14 +14,15 @@
 
 namespace lmlib64 {
 
-// One object of parameters. It refers to the node that it was made with.
+// Reads one object of parameters. It keeps a reference to the node, which must outlive it.
 class ParameterReader {
 public:
     // `place` names the object within the parameters, such as "Patterns[0]"; empty for the parameters themselves.
     // A null node counts as an object without children.
     ParameterReader(const Node &object, std::string place);
 
-    // Fails if the object has a child with any other name. `what` tells the user what has these parameters.
+    // Fails if the object has a child with any other name. `what` tells the user which pattern or command has these
+    // parameters.
     void allowOnly(const std::vector<std::string_view> &names, std::string_view what) const;
 
     bool has(std::string_view name) const { return node.find(name) != nullptr; }
@@ -44,7 +46,7 @@ private:
     std::string place;
 };
 
-// "a number from 0 to 1000 mm", "an integer from 2 to 200"
+// The allowed values in words, such as "a number from 0 to 1000 mm" or "an integer from 2 to 200".
 std::string numberDescription(NumberRange range);
 std::string integerDescription(NumberRange range);
 

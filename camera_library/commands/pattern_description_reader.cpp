@@ -52,13 +52,14 @@ double readGridSpacing(const ParameterReader &reader) {
     return *gridSpacing;
 }
 
-// A client passes on the catalogue's value, but it may have converted it to a text with fewer digits in between.
+// True if the value is the board's. A small difference is allowed, because a client may have converted the catalogue's
+// value to a text with fewer digits.
 bool equalsCatalogue(double value, double ofBoard) {
     constexpr double tolerance = 1e-6;
     return value - ofBoard < tolerance && ofBoard - value < tolerance;
 }
 
-// The board's own value, which may also be given.
+// Returns the board's own value. The parameter may be given, but must then have this value.
 double readBoardValue(const ParameterReader &reader, PatternParameter parameter, NumberRange range, double ofBoard,
                       const CatalogueBoard &board) {
     const std::string_view name = nameOf(parameter);
@@ -70,7 +71,7 @@ double readBoardValue(const ParameterReader &reader, PatternParameter parameter,
     return ofBoard;
 }
 
-// Reads the parameter into the description. `board` is null unless the pattern is one of the catalogue.
+// Reads the parameter into the description. `board` is null unless the pattern is a board of the catalogue.
 void readParameter(const ParameterReader &reader, PatternParameter parameter, const CatalogueBoard *board,
                    PatternDescription &description) {
     switch (parameter) {
@@ -118,7 +119,7 @@ PatternDescription readPatternDescription(const ParameterReader &reader, bool en
     for (const PatternParameter parameter : type.parameters) {
         readParameter(reader, parameter, board, description);
     }
-    // The code of a plane always holds the offset, that of a plate only if it is given.
+    // The code of a plane always holds the offset. The code of a plate holds it only if it is given.
     if (type.codeCarrier == CodeCarrier::Plane && !description.offset) {
         description.offset = {0.0, 0.0};
     }

@@ -5,39 +5,43 @@
 //   "ImageSize"   integer, 16 to 8000: longer side of the preview images in pixels. All previews together have at most
 //                 256 million pixels, each counted as ImageSize x ImageSize
 //   "Filename"    string in the local 8-bit encoding; its ending, in upper or lower case, selects a format of
-//                 output/file_formats.cpp. The formats with one page per file, .svg, .png and .dxf, write a document of
-//                 several pages to numbered files: name-00.svg, name-01.svg, ...
-//   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file; other files are the same with it. The
+//                 output/file_formats.cpp. The formats .svg, .png and .dxf have one page per file and write a document
+//                 of several pages to numbered files: name-00.svg, name-01.svg, ...
+//   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file; it does not change other files. The
 //                 picture has at most 65,535 pixels along each side
-//   "PrintScale"  two numbers, 0.9 to 1.1: how long a millimetre became in x and y when a file was printed at 100 %.
-//                 Files are drawn divided by it, so that the next print has the true size; all sizes and positions in
-//                 them are those of the finished print. The images of a preview are the same with it
-//   "Paper"       "A4", "A3", "A2", "A1", "A0", "Letter", "Legal" or "Tabloid", which may be turned, or two numbers,
-//   150
-//                 to 5080: width and height in mm. If absent, every page is the smallest of A4 to A0 that holds it, or
-//                 of its own size. A pattern that does not fit on the paper is refused
+//   "PrintScale"  two numbers, 0.9 to 1.1: the length in mm, along x and y, that the printer gives to 1 mm of a file
+//                 printed at 100 %. All lengths in a file are divided by it, so that the next print has the true size.
+//                 Captions and the pattern file state the sizes of the finished print. It does not change previews
+//   "Paper"       "A4", "A3", "A2", "A1", "A0", "Letter", "Legal" or "Tabloid", used in portrait or landscape; or two
+//                 numbers, 150 to 5080: width and height in mm. If absent, every page has the smallest of the sizes A4
+//                 to A0 that holds the pattern, or a custom size if none does. A pattern that does not fit on the paper
+//                 is refused
 //   "Sheets"      boolean, default false; true splits a pattern that does not fit on "Paper" over up to 200 numbered
-//                 sheets. Before them comes a page with a plan of how they go together
+//                 sheets. The page before them shows how they are put together
 //   "Patterns"    array of 1 to 64 objects
 //
-// At least one of "ImageSize" and "Filename" must be given. Per pattern, with lengths in millimetres:
+// At least one of "ImageSize" and "Filename" must be given. Every pattern has these parameters; lengths are in
+// millimetres:
 //
-//   "Type"             type of a catalogue board, "SingleCustom", "Flexible" or "Assembly"; absent: the Halcon-style
-//                      plate
-//   "GridSize"         two integers, 2 to 200; required
+//   "Type"             type of a catalogue board, "SingleCustom", "Flexible" or "Assembly"; if absent, the pattern is
+//                      the Halcon-style plate
+//   "GridSize"         two integers, 2 to 200: lattice points along x and y; required
 //   "AssemblyPattern"  integer, 0 to 17, default 0
 //   "GridSpacing"      0, or 0.001 to 1000; required, except for a catalogue board, which allows only its own value
 //   "Thickness"        0 to 100, default 0; a catalogue board allows only its own value, which is then the default
-//   "Offset"           two numbers, -9999 to 9999; if absent, the pattern is placed as with 0, 0
-//   "Polarity"         boolean, default true
-//   "Encoding"         boolean, default true
+//   "Offset"           two numbers, -9999 to 9999; if absent, the pattern is placed as if they were 0, 0
+//   "Polarity"         boolean, default true; false exchanges dark and light
+//   "Encoding"         boolean, default true; false draws this pattern plain
 //
-// pattern/pattern_types.cpp says which type has which of these. If both "Encoding" are true, the pattern carries its
-// code, which must be able to hold the values: the grid spacing of all patterns except Flexible ones and plates with an
-// "Offset" is a multiple of 0.01 mm and at most 130 mm; the thickness of catalogue, Single and Halcon patterns is a
-// multiple of 0.01 mm; the offset of a Flexible pattern is a multiple of half the grid spacing, within 0.005 mm, and
-// keeps the pattern inside the code's plane; the offset of a plate is -128 to 127 grid spacings. A plate's code holds
-// the offset if "Offset" is given, otherwise the grid spacing and the thickness.
+// pattern/pattern_types.cpp lists the parameters of each type. A pattern carries its code if its own "Encoding" and the
+// command's are both true. The code of a plate holds the offset if "Offset" is given, otherwise the grid spacing and
+// the thickness. The code must be able to hold the values:
+// - The grid spacing is a multiple of 0.01 mm and at most 130 mm, except in Flexible patterns and in plates with an
+//   "Offset".
+// - The thickness is a multiple of 0.01 mm, except in Flexible patterns and in plates with an "Offset".
+// - The offset of a Flexible pattern is a multiple of half the grid spacing, within 0.005 mm, and keeps the pattern
+//   inside the code's plane.
+// - The offset of a plate is -128 to 127 grid spacings.
 //
 // Any other parameter is refused, because a misspelled name would otherwise print a wrong target. A pattern with a grid
 // spacing of 0 has no extent; it is allowed only if no file is written.
@@ -53,7 +57,7 @@
 
 namespace lmlib64 {
 
-// All that one run of the command is to do. At least one of the two outputs is asked for.
+// Everything that one run of the command is to do. At least one of imageSize and fileName is set.
 struct PatternRequest {
     bool encodingParameter = true;        // the command's own "Encoding"
     std::optional<int> imageSize;         // longer side of the preview images in pixels
@@ -62,7 +66,7 @@ struct PatternRequest {
     std::vector<PatternDescription> patterns;
 };
 
-// Throws CommandFailure for the first parameter that is not as described above.
+// Throws CommandFailure for the first parameter that does not follow the description above.
 PatternRequest readPatternRequest(const Node &parameters);
 
 }  // namespace lmlib64

@@ -1,5 +1,5 @@
-// The boards that are made and sold ready for use, as the library lists and draws them. All are checkerboards with
-// 15 x 15 inner corners; they differ only in grid spacing and thickness. How a board is drawn is not known here.
+// The catalogue of the boards that are made and sold ready for use. All are checkerboards with 15 x 15 inner corners;
+// they differ only in grid spacing and thickness. It does not draw them; see pattern_types.h.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@ namespace lmlib64 {
 
 // One board. Lengths are in millimetres; texts are UTF-8 and live as long as the program.
 struct CatalogueBoard {
-    std::string_view name;  // as a user looks for it: outer size, grid spacing
+    std::string_view name;  // for users to choose by: outer size, grid spacing
     std::string_view type;  // short identifier, never empty
-    double gridSpacing;     // two squares of the board; the outer size is 8 times it
+    double gridSpacing;     // the length of two squares; the outer size is 8 times as long
     double thickness;       // 0 to 5
 };
 
@@ -23,7 +23,7 @@ public:
     std::size_t size() const { return static_cast<std::size_t>(end() - begin()); }
 };
 
-// The board of that type, or null.
+// The board of this type; null if there is none.
 const CatalogueBoard *findBoard(std::string_view type);
 
 }  // namespace lmlib64

@@ -29,7 +29,7 @@ PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing
                 geometry.rectangles.push_back({column * side, row * side, (column + 1) * side, (row + 1) * side});
             }
         }
-        // After the squares of the row, so that the rectangles stay sorted by their tops.
+        // The marks follow the squares of the row, so that the rectangles stay sorted by their tops.
         for (int column = 0; code != nullptr && column < columns; ++column) {
             if (code->at(column, row)) {
                 geometry.rectangles.push_back({(3 * column + 1) * side / 3.0, (3 * row + 1) * side / 3.0,

@@ -1,4 +1,4 @@
-// The shapes of a checkerboard, plain or coded.
+// Makes the shapes of a checkerboard, plain or coded.
 #pragma once
 
 #include <array>

@@ -14,7 +14,7 @@ using pattern_code::BlockKind;
 // Clients send offsets that they rounded to hundredths of a millimetre.
 constexpr double offsetTolerance = 0.005 + 1e-6;
 
-// An offset as a number of units of length; empty if it is not a whole number of them.
+// The offset in multiples of the unit; empty if it is not a whole multiple.
 std::optional<int> wholeUnits(double offset, double unit) {
     const double count = std::round(offset / unit);
     const bool isWhole = std::abs(count) < 1e6 && std::abs(offset - count * unit) <= offsetTolerance;
@@ -31,7 +31,8 @@ bool blockHoldsOffset(const PatternDescription &description) {
     return description.type->codeCarrier == CodeCarrier::Plate && description.offset;
 }
 
-// What the pattern's information block holds; empty if a length or an offset is not a whole number of units.
+// The content of the pattern's information block; empty if a length or an offset is not a whole multiple of the unit in
+// which the block holds it.
 std::optional<BlockContent> contentOf(const PatternDescription &description) {
     BlockContent content;
     if (blockHoldsOffset(description)) {
@@ -89,7 +90,7 @@ CodeCells planeCells(const PatternDescription &description) {
     return code;
 }
 
-// Encodes the content and puts its bits into the cells; its columns and rows are `step` cells apart.
+// Encodes the content and puts its bits into the cells. The columns and rows of the block are `step` cells apart.
 void addBlock(CodeCells &code, const BlockContent &content, int step) {
     code.content = content;
     code.block = pattern_code::encodeBlock(content);

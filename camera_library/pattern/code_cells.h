@@ -1,5 +1,5 @@
-// The code of one pattern: which squares of a checkerboard carry a mark, or which dots a plate has, and what they
-// encode. It takes a checked description and does not know where and how marks and dots are drawn.
+// Makes the code of one pattern. The code states which squares of a checkerboard carry a mark, or which dots a plate
+// has, and what the marks or dots encode. The description must have been checked. Marks and dots are not drawn here.
 #pragma once
 
 #include <array>
@@ -28,14 +28,14 @@ struct CodeCells {
     int rows = 0;
     std::vector<std::uint8_t> cells;  // 1: a mark or dot
 
-    int tile = 0;                                       // of a Tile
-    pattern_code::Square planeSquare;                   // of a Plane: the plane's square at the pattern's top left
-    std::array<int, 2> offset{};                        // of a Plane: in half grid spacings from the plane's origin
-    std::optional<pattern_code::BlockContent> content;  // of all but a Plane
+    int tile = 0;                                       // Tile: its number
+    pattern_code::Square planeSquare;                   // Plane: the plane's square at the pattern's top left
+    std::array<int, 2> offset{};                        // Plane: half grid spacings from the plane's origin
+    std::optional<pattern_code::BlockContent> content;  // Tile and Plate; empty for a Plane
     std::uint64_t block = 0;                            // the content's bits
 };
 
-// The code of the pattern; empty if it is plain or has no extent. The description must have no encodingFault.
+// The code of the pattern; empty if the pattern is plain or has no extent. The description must have no encodingFault.
 std::optional<CodeCells> codeCellsOf(const PatternDescription &description);
 
 // A parameter whose value the code cannot hold.
@@ -44,7 +44,7 @@ struct EncodingFault {
     std::string required;  // completes the sentence "it must be ..."
 };
 
-// Empty if the code can hold the description, or if the pattern carries no code.
+// Returns the first value that the code cannot hold; empty if there is none or if the pattern carries no code.
 std::optional<EncodingFault> encodingFault(const PatternDescription &description);
 
 }  // namespace lmlib64

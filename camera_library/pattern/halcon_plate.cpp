@@ -4,15 +4,15 @@ namespace lmlib64 {
 
 namespace {
 
-// The light area inside the frame, whose top-left corner the triangle cuts off: triangle and frame are one dark shape,
-// without an edge between them.
+// The light area inside the frame. The triangle cuts off its top-left corner, so that triangle and frame are one dark
+// shape without an edge between them.
 Polygon insideOfFrame(double outerSize, double frameWidth, double triangleLeg) {
     const double near = frameWidth;
     const double far = outerSize - frameWidth;
     return {{near + triangleLeg, near}, {far, near}, {far, far}, {near, far}, {near, near + triangleLeg}};
 }
 
-// The dots are rings: the inner circle cuts a hole.
+// Adds the dots, which are rings: the inner circle cuts a hole.
 void addDots(PatternGeometry &geometry, double gridSpacing, const CodeCells &code) {
     for (int bit = 0; bit < pattern_code::blockBitCount; ++bit) {
         const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
@@ -36,7 +36,7 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     geometry.squareSide = gridSpacing / 2.0;
     geometry.quietZone = geometry.squareSide;
     geometry.lattice = {halconMarksPerSide, halconMarksPerSide, gridSpacing, {gridSpacing, gridSpacing}};
-    constexpr double cutDistance = 0.3;  // between the marks, which end at 0.25, and the dots, which begin at 0.35
+    constexpr double cutDistance = 0.3;  // in grid spacings; between the marks (up to 0.25) and the dots (from 0.35)
     geometry.cutDistance = cutDistance * gridSpacing;
     if (gridSpacing <= 0.0) {
         return geometry;

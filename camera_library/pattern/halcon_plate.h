@@ -1,10 +1,10 @@
-// The plate in the style of Halcon: round marks within a frame, one corner of which is filled.
+// Makes the shapes of the plate in the style of Halcon: round marks in a frame with one filled corner.
 //
-// With the grid spacing s, the outer size is 8 s. The outer edge of the frame is the outer size, and the frame is s/4
-// wide. Centred in it are 7 x 7 round marks with a radius of s/4 and a pitch of s. A right-angled triangle with legs of
-// 3 s/4 in the inner top-left corner of the frame marks the orientation; it leaves more than s/4 to the nearest mark.
-// Between neighbouring marks, s/2 is free except for the dots of the code, which pattern_code/information_block.h
-// places.
+// With the grid spacing s, the outer size is 8 s. The frame is as large as the outer size and s/4 wide. In its centre
+// are 7 x 7 round marks with a radius of s/4 and a pitch of s. A right-angled triangle with legs of 3 s/4 in the inner
+// top-left corner of the frame marks the orientation; its distance to the nearest mark is more than s/4. The gap
+// between neighbouring marks is s/2. The code's dots lie between the marks, at the places that
+// pattern_code/information_block.h states.
 #pragma once
 
 #include "camera_library/pattern/code_cells.h"

@@ -1,4 +1,4 @@
-// Numbers as a person reads them, the same in every locale.
+// Writes numbers for people to read, in the same way in every locale.
 #pragma once
 
 #include <string>
@@ -8,8 +8,9 @@ namespace lmlib64 {
 // The shortest text that reads back as the same number: 12.5, 0.1, 100.
 std::string numberText(double number);
 
-// A length rounded to whole nanometres, which is finer than any printer. It removes the last digits that rounding
-// errors leave in a product, so that texts and files show 4.3 and not 4.300000000000001. Never a negative zero.
+// A length rounded to whole nanometres, which is finer than any printer. This removes the last digits that rounding
+// errors leave in a product, so that texts and files show 4.3 and not 4.300000000000001. The result is never a negative
+// zero.
 double wholeNanometres(double mm);
 
 }  // namespace lmlib64

@@ -1,4 +1,5 @@
-// What a client asked for, after every value has been checked: plain values, no tree nodes, no geometry.
+// The description of a pattern that a client asked for, after every value has been checked. It consists of plain values
+// and has neither tree nodes nor geometry.
 #pragma once
 
 #include <array>
@@ -17,12 +18,12 @@ struct PatternDescription {
     double thickness = 0.0;                       // of the plate
     bool polarity = true;                         // false: dark and light exchanged
     std::array<int, 2> gridSize{};                // lattice points: inner corners, or marks
-    std::optional<std::array<double, 2>> offset;  // "Offset"; empty if there is none, or if a plate's is not given
+    std::optional<std::array<double, 2>> offset;  // "Offset"; empty if the type has none, or if a plate's is not given
     std::optional<int> assemblyNumber;            // position within an assembly, from 0
     bool encodingParameter = true;                // the pattern's own "Encoding"
     bool isCoded = true;                          // false: plain, because this or the command's "Encoding" is false
 
-    // Where the reference point lies in the coordinate system that patterns with different offsets share.
+    // The position of the reference point in the coordinate system that patterns with different offsets share.
     std::array<double, 2> referencePosition() const { return offset.value_or(std::array<double, 2>{}); }
     bool hasExtent() const { return gridSpacing > 0.0; }
 };

@@ -11,7 +11,7 @@ namespace lmlib64 {
 
 namespace {
 
-// The sides of a window. A polygon is clipped at one after the other.
+// One side of a window. A polygon is clipped at all four sides, one after the other.
 struct Side {
     double Point::*coordinate;
     double limit;
@@ -46,7 +46,8 @@ bool isWithin(const Point &point, const Rectangle &window) {
     return point.x > window.left && point.x < window.right && point.y > window.top && point.y < window.bottom;
 }
 
-// Starts at a corner within the window if there is one, so that the first corner tells what the polygon is within.
+// The result starts at a corner that was within the window, if there is one. Such a corner is not on the window's edge,
+// so it shows which other shapes the polygon lies in.
 Polygon clippedTo(const Rectangle &window, Polygon polygon) {
     const auto inside =
         std::find_if(polygon.begin(), polygon.end(), [&](const Point &corner) { return isWithin(corner, window); });

@@ -1,13 +1,13 @@
-// The geometry of a pattern: pure values in millimetres, made once and passed to every output. It knows nothing of
-// pages, pixels and files.
+// The geometry of a pattern: plain values in millimetres that are made once and passed to every output. It does not
+// depend on pages, pixels or files.
 //
 // Coordinates: the origin is the top-left corner of the outer size, x runs to the right and y down, as seen on the
 // printed side. Everything is within the outer size; the quiet zone around it is light.
 //
 // A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole, and a mark is
-// one more shape whatever the colour of its square. An output makes one path of all shapes and fills it by the even-odd
-// rule; then no two shapes need a common edge, and the picture has no seams. Shapes may touch but do not cross, and
-// shape_nesting.h tells which ones are holes.
+// simply one more shape, on dark and on light squares. An output makes one path of all shapes and fills it by the
+// even-odd rule. Then no two shapes need a common edge, and the picture has no seams. Shapes may touch but do not
+// cross. shape_nesting.h finds the shapes that are holes.
 #pragma once
 
 #include <vector>
@@ -56,20 +56,20 @@ struct PatternGeometry {
     double quietZone = 0.0;   // width of the light border around the outer size
     double squareSide = 0.0;  // half the grid spacing
     Lattice lattice;
-    // A board may be cut along every line of the lattice that is moved right and down by this length. The line is
-    // between squares, or between marks.
+    // A board may be cut along every line of the lattice after the lattice has been moved right and down by this
+    // length. These lines run between squares, or between marks.
     double cutDistance = 0.0;
     std::vector<Rectangle> rectangles;
     std::vector<Circle> circles;
     std::vector<Polygon> polygons;
 };
 
-// The part of the shapes within the window, which is in their coordinates. Circles that it cuts become polygons that
-// are at most 0.2 um off. All else is as in the geometry.
+// Returns the geometry with only the part of its shapes that is within the window. The window has the coordinates of
+// the shapes. Circles that the window cuts become polygons with errors of at most 0.2 um. All other values are copied.
 PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geometry);
 
-// The corners of the regular polygon that is drawn instead of a circle of this radius and of its area, and that is at
-// most `tolerance` off. It is centred on the origin.
+// The corners of the regular polygon that is drawn instead of a circle of this radius around the origin. It has the
+// area of the circle, and its outline is at most `tolerance` away from the circle.
 Polygon polygonOfCircle(double radius, double tolerance);
 
 // The shapes of a checked description. A grid spacing of 0 gives a geometry of size 0.

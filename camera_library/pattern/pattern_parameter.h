@@ -1,5 +1,5 @@
 // The parameters that describe one pattern: their names, their order and the ranges of their values. pattern_types.cpp
-// lists which type of pattern has which of them.
+// lists the parameters of each type of pattern.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@ namespace lmlib64 {
 // In the order in which texts and files list them.
 enum class PatternParameter { Type, GridSize, AssemblyPattern, GridSpacing, Thickness, Offset, Polarity, Encoding };
 
-// As it is spelled in a command's parameters and in the pattern file.
+// The name of the parameter in a command's parameters and in the pattern file.
 std::string_view nameOf(PatternParameter parameter);
 
 // Some of the parameters, to iterate over.
@@ -27,7 +27,7 @@ public:
     constexpr const PatternParameter *end() const { return parameters.data() + count; }
 
 private:
-    std::array<PatternParameter, 8> parameters{};  // too many are refused by the compiler, as all lists are constants
+    std::array<PatternParameter, 8> parameters{};  // a longer list does not compile, because all lists are constants
     std::size_t count = 0;
 };
 

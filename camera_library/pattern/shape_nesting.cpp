@@ -40,7 +40,8 @@ bool isWithin(Point point, const Polygon &polygon) {
     return isInside;
 }
 
-// As outlines do not cross, a shape whose extent lies within the other's is within it if one of its points is.
+// Outlines do not cross. So if the inner extent lies within the outer one, the whole inner shape lies within the outer
+// shape as soon as one of its points does.
 bool isWithin(const Shape &inner, const Shape &outer) {
     return isWithin(inner.extent, outer.extent) &&
            (outer.circle == nullptr || isWithin(inner.ownPoint, *outer.circle)) &&
@@ -91,7 +92,7 @@ std::vector<bool> holesOf(const PatternGeometry &geometry) {
     std::vector<Shape> shapes = shapesOf(geometry);
     std::sort(shapes.begin(), shapes.end(), comesBefore);
     std::vector<bool> isHole(shapes.size());
-    std::vector<const Shape *> candidates;  // those before the shape that reach down to it
+    std::vector<const Shape *> candidates;  // the earlier shapes that reach down to this one
     for (const Shape &shape : shapes) {
         const auto endsAbove = [&](const Shape *other) { return other->extent.bottom < shape.extent.top; };
         candidates.erase(std::remove_if(candidates.begin(), candidates.end(), endsAbove), candidates.end());

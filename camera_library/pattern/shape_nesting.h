@@ -1,5 +1,5 @@
-// How the shapes of a geometry lie within one another, for outputs that need the direction of an outline: a raster, or
-// a format that fills by the non-zero rule, draws a hole only if it has the opposite direction of the shape around it.
+// Finds the shapes of a geometry that are holes, for outputs in which the direction of an outline matters: they draw a
+// hole correctly only if its direction is opposite to that of the shape around it.
 #pragma once
 
 #include <vector>
@@ -8,9 +8,9 @@
 
 namespace lmlib64 {
 
-// For every shape, the rectangles first, then the polygons, then the circles: true if it lies within an odd number of
-// others, so that it is a hole. The shapes may touch but do not cross. Throws std::bad_alloc. The work grows with the
-// number of shapes times the number of those at the same height.
+// Returns a value for every shape: first the rectangles, then the polygons, then the circles. The value is true if the
+// shape is a hole, because it lies within an odd number of others. The shapes may touch but must not cross. Throws
+// std::bad_alloc. The time grows with the number of shapes times the number of shapes at the same height.
 std::vector<bool> holesOf(const PatternGeometry &geometry);
 
 }  // namespace lmlib64

@@ -16,8 +16,8 @@ constexpr std::uint32_t offsetConstant = 0xA5C;
 constexpr std::uint32_t assemblyConstant = 0x0B5;
 
 // The greatest number of unknown bits with which each step of repair is tried. A step that accepts n patterns of wrong
-// bits mistakes random bits for a block with a probability of at most n / 2^(32 - unknown); version, kind and ranges
-// reduce that to less than 1/32 of it.
+// bits mistakes random bits for a block with a probability of at most n / 2^(32 - unknown). The checks of version, kind
+// and ranges divide this probability by more than 32.
 constexpr int unknownBitsWithWrongByte = 4;
 constexpr int unknownBitsWithWrongBit = 10;
 constexpr int unknownBitsAlone = 16;
@@ -42,8 +42,8 @@ constexpr std::uint64_t bitMask(int bit) {
     return std::uint64_t{1} << (blockBitCount - 1 - bit);
 }
 
-// The values of the word at the four roots. All are zero for a word of the code; they are linear in the bits of the
-// word.
+// The values of the word's polynomial at the four roots. They are all zero for a word of the code, and they are linear
+// in the bits of the word.
 constexpr std::uint32_t syndromeOf(std::uint64_t word) {
     std::uint32_t syndrome = 0;
     std::uint8_t root = 1;
@@ -88,8 +88,8 @@ constexpr Polynomial makeGenerator() {
 
 constexpr Polynomial generator = makeGenerator();
 
-// The check bytes that complete the data to a word of the code: the remainder of its division by the generator. The
-// compiler makes all tables, so a forked process can never find one half made.
+// The check bytes that complete the data to a word of the code: the remainder when the data is divided by the
+// generator. All tables are made by the compiler, so a forked process can never find a half-made table.
 std::uint32_t checkBytesOf(std::uint32_t data) {
     std::uint32_t remainder = 0;
     for (int byte = 3; byte >= 0; --byte) {
@@ -107,11 +107,12 @@ std::uint32_t lowestBit(std::uint32_t value) {
     return value & (~value + 1U);
 }
 
-// Solves the equations of the code for the unknown bits: what remains of a syndrome if these bits may have any value,
-// and the values that they must have.
+// Solves the equations of the code for the unknown bits. It gives the values that these bits must have, and the part of
+// a syndrome that no values of these bits can explain.
 class UnknownBits {
 public:
-    // If the rows depend on one another, hasUniqueSolution() is false and the other results mean nothing.
+    // If the syndromes of the unknown bits are linearly dependent, hasUniqueSolution() is false and the other results
+    // have no meaning.
     explicit UnknownBits(std::uint64_t unknown) {
         for (int bit = 0; bit < blockBitCount; ++bit) {
             if ((unknown & bitMask(bit)) == 0) {
@@ -209,7 +210,7 @@ std::uint32_t dataOf(const BlockContent &content) {
     return head | bits(content.gridSpacing) << 14U | bits(content.assemblyPattern) << 9U | assemblyConstant;
 }
 
-// Tries patterns of wrong bits and keeps the block that they lead to, as long as there is only one.
+// Tries patterns of wrong bits and keeps the block that results, unless more than one block is possible.
 class BlockSearch {
 public:
     BlockSearch(std::uint64_t seenWord, std::uint64_t unknownBits, BlockCarrier blockCarrier)

@@ -1,9 +1,9 @@
 // The information block has 64 bits, which encode the properties of a pattern: its grid spacing and thickness, the grid
-// spacing and number of an assembly pattern, or the offset of a plate. This file encodes, protects and decodes them and
-// determines where the bits are in a pattern; it neither draws them nor reads them from pictures.
+// spacing and number of an assembly pattern, or the offset of a plate. This file encodes, protects and decodes the
+// block and determines the places of its bits in a pattern; it neither draws the bits nor reads them from pictures.
 //
 // Bits. A block is a 64-bit number; bit 0 is its highest bit, bit 63 its lowest. Byte k, 0 to 7 from the top, has the
-//   bits 8 k to 8 k + 7. A bit of 1 is a mark or dot, 0 is none.
+//   bits 8 k to 8 k + 7. A bit is 1 if there is a mark or dot, and 0 if there is none.
 // Data. 32 bits, highest first: 2 bits version (1), 2 bits kind, 28 bits that depend on the kind. Spacing and thickness
 //   (kind 1): 14 bits grid spacing and 14 bits thickness, both in hundredths of a millimetre. Offset (kind 2): 8 bits x
 //   + 128, 8 bits y + 128, in whole grid spacings, and the 12 bits 0xA5C. Assembly (kind 3): 14 bits grid spacing, 5
@@ -32,7 +32,7 @@ constexpr int greatestBlockThickness = 10000;
 constexpr int leastBlockOffset = -128;
 constexpr int greatestBlockOffset = 127;
 
-// What a block holds; the numbers are those in the block.
+// The kinds of content. The numbers are those that the block contains.
 enum class BlockKind { SpacingAndThickness = 1, Offset = 2, Assembly = 3 };
 
 // The content of a block. Fields that its kind does not use are 0.
@@ -60,10 +60,11 @@ bool isEncodable(const BlockContent &content);
 // The block for a content, which must be encodable.
 std::uint64_t encodeBlock(const BlockContent &content);
 
-// What carries a block, which determines the kinds of content that it can have.
+// The carrier of a block determines the kinds of content that the block can have.
 class BlockCarrier {
 public:
-    // A tile of the position code, 0 to 18: tile 0 holds SpacingAndThickness, any other tile its Assembly pattern.
+    // A tile of the position code, 0 to 18. Tile 0 holds SpacingAndThickness; any other tile holds Assembly with its
+    // own pattern number.
     static constexpr BlockCarrier tile(int number) { return BlockCarrier(number); }
     // A plate with round marks: SpacingAndThickness or Offset.
     static constexpr BlockCarrier plate() { return BlockCarrier(plateNumber); }
@@ -83,11 +84,11 @@ struct DecodedBlock {
     int filledBits = 0;       // bits that were unknown
 };
 
-// Reads a block. A 1 in `unknown` marks a bit that could not be seen clearly; its value in `bits` is ignored. How
-// many errors are repaired depends on the number of unknown bits, so that random bits are accepted as a block less than
-// once in 1,000,000 times: with up to 4 unknown bits, one wrong byte or any two wrong bits are repaired; with up to 10,
-// one wrong bit; with up to 16 (such as two lost bytes), none. The result is empty if no block is that close, if more
-// than one is possible, or if the carrier cannot hold it.
+// Reads a block. A 1 in `unknown` marks a bit that could not be seen clearly; its value in `bits` is ignored. With up
+// to 4 unknown bits, one wrong byte or any two wrong bits are repaired; with up to 10, one wrong bit; with up to 16
+// (such as two lost bytes), none. Within these limits, random bits are accepted as a block less than once in 1,000,000
+// times. The result is empty if no block is that close, if more than one block is possible, or if the carrier cannot
+// hold the content.
 std::optional<DecodedBlock> decodeBlock(std::uint64_t bits, std::uint64_t unknown, BlockCarrier carrier);
 
 // The column and row, 0 to 7, of a bit in the 8 x 8 grid of a block. A byte is 2 columns wide and 4 rows high.
@@ -111,16 +112,16 @@ struct DotPosition {
     double y = 0;
 };
 
-// A dot is in the middle of four marks, or of marks and frame. The first dot would lie in the triangle, so it is
-// between two marks instead.
+// A dot lies in the middle between four marks, or between marks and the frame. The first dot would lie in the triangle,
+// so it lies between two marks instead.
 constexpr DotPosition dotPosition(int bit) {
     const BlockCell cell = blockCell(bit);
     return cell.column == 0 && cell.row == 0 ? DotPosition{1.5, 1.0} : DotPosition{cell.column + 0.5, cell.row + 0.5};
 }
 
-// The radius of a dot of a plate, and of the light hole in its centre, in grid spacings. The hole keeps detectors that
-// look for a dark centre from mistaking dots for marks; a dot that is too small for its hole to be seen is also too
-// small to be mistaken.
+// The radius of a dot of a plate, and of the light hole in its centre, in grid spacings. Because of the hole, detectors
+// that look for a dark centre do not mistake dots for marks. If a dot is so small in a picture that its hole cannot be
+// seen, it is also too small to be mistaken for a mark.
 constexpr double dotRadius = 0.15;
 constexpr double dotHoleRadius = 0.11;
 

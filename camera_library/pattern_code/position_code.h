@@ -1,19 +1,20 @@
-// The position code: which squares of a coded checkerboard carry a mark, so that a small part of the board tells its
-// position. These are only the bits; nothing is drawn or read from pictures here, and there are no millimetres.
+// The position code determines which squares of a coded checkerboard carry a mark, so that a small part of the board is
+// enough to find its position on the board. This file has only the bits: it draws nothing, reads no pictures and does
+// not use millimetres.
 //
 // Squares. Columns are counted from 0 to the right and rows from 0 downwards, as seen on the printed pattern with its
 //   caption upright. The lattice point (x, y) is the top-left corner of the square in column x, row y.
-// Bits. 1 is a mark in the centre of the square, 0 is none. A bit does not depend on the colour of its square: a
-//   pattern with the other polarity has the same bits, and everything below holds for the bits alone.
+// Bits. A bit is 1 if the square has a mark in its centre, and 0 if it has none. A bit does not depend on the colour of
+//   its square, so a pattern with the other polarity has the same bits.
 // Grids. Two kinds of grid carry bits. The plane has planeSide x planeSide squares; Flexible patterns are cut out of
 //   it. A tile has tileSide x tileSide squares and is one whole pattern: tile 0 is the Official and Single pattern,
 //   tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and row are both even carry the
 //   information block (information_block.h); the other 192 carry position.
 // Distances. The distance of two windows is the number of bits in which they differ. Every n by n window of the plane,
-//   in any of its four orientations, has at least the distance planeWindowDistance(n) to every other window, to its own
-//   rotations, and to a window with no marks or with a mark in every square. The same holds between windows of tiles,
-//   and between these and the plane's, with tileWindowDistance(n). Only squares that carry position in both windows are
-//   compared there, so no content of an information block can make one place look like another.
+//   in any of its four orientations, has at least the distance planeWindowDistance(n) to every other window of the
+//   plane, to its own rotations, and to a window with no marks or with a mark in every square. If one or both windows
+//   belong to tiles, the least distance is tileWindowDistance(n). That comparison counts only squares that carry
+//   position in both windows, so no content of an information block can make one place look like another.
 // Threads. Everything is constant and may be used from any thread.
 #pragma once
 
@@ -30,20 +31,20 @@ constexpr int tileCount = 19;
 constexpr int singleTile = 0;
 constexpr int assemblyPatternCount = tileCount - 1;
 
-// The least distance of two windows of the plane with n squares a side, 5 to 8.
+// The least distance of two windows of the plane with n squares along each side, 5 to 8.
 constexpr int planeWindowDistance(int n) {
     return n == 5 ? 2 : n == 6 ? 4 : n == 7 ? 8 : 12;
 }
 
-// The least distance of a window of a tile to any other one, with n squares a side, 7 or 8.
+// The least distance of a window of a tile to any other window, with n squares along each side, 7 or 8.
 constexpr int tileWindowDistance(int n) {
     return n == 7 ? 3 : 6;
 }
 
-// The x and y of the lattice point of the plane on which the centre of a pattern without offset lies.
+// The x and y of the plane's lattice point at which a pattern without offset has its centre.
 constexpr int planeOrigin = planeSide / 2;
 
-// The tile of a pattern of an assembly, 0 to 17.
+// The tile that carries a pattern of an assembly. The patterns are counted from 0 to 17.
 constexpr int tileOfAssemblyPattern(int pattern) {
     return pattern + 1;
 }
@@ -73,10 +74,10 @@ inline bool operator!=(Square a, Square b) {
 }
 
 // The square of the plane that becomes the top-left square of a Flexible pattern with width x height corners, that is
-// (width + 1) x (height + 1) squares. The central corner of the pattern (the one before the middle if the count is
-// even) lies on the lattice point (planeOrigin + offsetX, planeOrigin + offsetY). Offsets are in squares, which are
-// half grid spacings. Empty if the pattern would reach beyond the edge of the plane, which cannot happen with offsets
-// from -90 to 90 and up to 91 corners.
+// (width + 1) x (height + 1) squares. The central corner of the pattern (the corner before the middle if the count is
+// even) lies on the lattice point (planeOrigin + offsetX, planeOrigin + offsetY). Offsets are in squares, that is, in
+// half grid spacings. The result is empty if the pattern would reach beyond the edge of the plane. That cannot happen
+// with offsets from -90 to 90 and up to 91 corners.
 std::optional<Square> planeWindowForPattern(int width, int height, int offsetX, int offsetY);
 
 // The range of offsets that planeWindowForPattern accepts for a count of corners.

@@ -1,4 +1,4 @@
-// Where the code of this library was loaded from; one source file per system.
+// Finds the file that this library was loaded from. Each system has its own source file.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// What the library does when the process ends without lmLibFinalize; one source file per system.
+// Lets the library end its thread when the process ends without lmLibFinalize. Each system has its own source file.
 #pragma once
 
 namespace lmlib64 {

@@ -1,4 +1,4 @@
-// What the library does in a child process made by fork(); one source file per system.
+// Lets the library start anew in a child process made by fork(). Each system has its own source file.
 #pragma once
 
 namespace lmlib64 {

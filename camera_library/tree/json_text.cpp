@@ -206,8 +206,8 @@ void appendDigits(std::string &text, const std::string &digits, int firstPower) 
     }
 }
 
-// Builds nodes from what the parser reads. The parser reports it piece by piece and does not recurse, so deeply nested
-// text needs no deep stack.
+// Builds nodes from the events of the parser. The parser calls these functions for one value after the other and does
+// not recurse, so deeply nested text does not need a deep stack.
 class NodeBuilder : public nlohmann::json_sax<nlohmann::json> {
 public:
     explicit NodeBuilder(std::size_t depthBound) : maximumDepth(depthBound) {}
@@ -236,10 +236,11 @@ public:
     }
 
 private:
-    // True if the interface can pass the text on completely.
+    // True if the text has no null character, at which the interface's C strings would end.
     static bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
-    // The node to set next: a new one, or the earlier child of the same name, because the last one counts.
+    // The node to set next. It is a new one, unless the object already has a child of this name: then it is that child,
+    // so that the last value of a repeated name counts.
     Node &next() {
         if (containers.empty()) {
             return root;
@@ -284,7 +285,7 @@ void appendJsonNumber(std::string &text, double number, const JsonFormat &format
         return;
     }
     if (number == 0.0 && std::signbit(number)) {
-        text += "-0.0";  // "-0" is read as a whole number, which has no sign then
+        text += "-0.0";  // "-0" would be read back as an integer and lose its sign
         return;
     }
     const bool whole = number == std::trunc(number);

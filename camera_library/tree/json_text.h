@@ -1,4 +1,4 @@
-// Converts a node and everything below it to JSON text, and back. It knows neither paths nor locks and does not depend
+// Converts a node and everything below it to JSON text, and back. It uses neither paths nor locks and does not depend
 // on the locale.
 #pragma once
 
@@ -11,7 +11,7 @@
 
 namespace lmlib64 {
 
-// How numbers and lines are written; see lmLibGetJson.
+// The format of numbers and lines; see lmLibGetJson.
 struct JsonFormat {
     bool pretty = false;           // one line per child, indented by four spaces
     int precision = 0;             // significant digits of a number that is not whole; 0: as few as needed
@@ -26,7 +26,7 @@ void appendJson(std::string &text, const Node &node, const JsonFormat &format);
 // Adds the number as JSON; null for infinities and not-a-number.
 void appendJsonNumber(std::string &text, double number, const JsonFormat &format);
 
-// Sets the node to what the text says. Returns LmLibResultNestingLimitReached if containers nest deeper than
+// Sets the node to the content of the text. Returns LmLibResultNestingLimitReached if containers nest deeper than
 // `maximumDepth` (0: no containers), and LmLibResultCouldNotInterpretJsonText for everything else that lmLibSetJson
 // refuses. After an error the node is unchanged.
 LmLibResult parseJson(std::string_view text, std::size_t maximumDepth, Node &node);

@@ -1,5 +1,4 @@
-// A node of the library's tree as a plain value: what it holds, without its place and without locks. Paths and the tree
-// itself are in tree.h.
+// A node of the library's tree as a plain value. It does not know its own path and has no lock; tree.h adds both.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +12,7 @@
 
 namespace lmlib64 {
 
-// A block of bytes and its format, as lmLibGetBinaryInfo describes it. Shared between copies of a node.
+// A block of bytes and its format, which lmLibGetBinaryInfo describes. Copies of a node share it.
 struct Binary {
     std::int32_t width = 0;
     std::int32_t height = 0;
@@ -47,7 +46,7 @@ public:
 
     LmLibType type() const { return static_cast<LmLibType>(value.index() + 1); }
 
-    // The child of that name; null if there is none or this is no object.
+    // The child of this name; null if there is none or if the node is not an object.
     const Node *find(std::string_view name) const;
 
     Value value;

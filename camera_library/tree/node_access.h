@@ -1,6 +1,6 @@
 // Finds, places and removes nodes below a root by path, by the rules of lmlib64.h for absent nodes, leaves and the ends
-// of arrays. It knows neither protected nodes nor locks. Whatever a function here returns or throws, the tree is
-// unchanged unless it returned LmLibResultOperationSucceeded.
+// of arrays. It does not check for protected nodes and does not lock. If a function throws or returns any code but
+// LmLibResultOperationSucceeded, the tree is unchanged.
 #pragma once
 
 #include "camera_library/tree/node.h"
@@ -8,8 +8,8 @@
 
 namespace lmlib64 {
 
-// Finds the node. LmLibResultItemInexistent if it is absent. LmLibResultItemTypeNotCompatible below a leaf, and for a
-// name in an array or an index in an object.
+// Finds the node. Returns LmLibResultItemInexistent if it is absent, and LmLibResultItemTypeNotCompatible for a path
+// that goes below a leaf or has a name in an array or an index in an object.
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
 // Puts the value at the path, makes the objects and arrays on the way, and leaves the previous value in `value` (null
@@ -17,7 +17,7 @@ LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 // LmLibResultItemPathInvalid if an index is beyond the end of its array.
 LmLibResult placeNode(Node &root, const Path &path, Node &value);
 
-// Removes the node and leaves it in `removed`. Errors as findNode. The path must not be the root.
+// Removes the node and leaves it in `removed`. Returns the same errors as findNode. The path must not be the root.
 LmLibResult removeNode(Node &root, const Path &path, Node &removed);
 
 }  // namespace lmlib64

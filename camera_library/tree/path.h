@@ -1,5 +1,5 @@
-// A path of the library's tree, parsed without allocating. It knows the syntax of paths (lmlib64.h), not the nodes that
-// they lead to. A Path refers to the text that it was made from and must not outlive it.
+// A path of the library's tree, parsed without allocating. It checks only the syntax of a path (lmlib64.h) and does not
+// look for nodes. A Path refers to the text that it was made from and must not outlive that text.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ class Path {
 public:
     Path() = default;
 
-    // Sets the path from the text. If the text is wrong, leaves the path unchanged and returns what is wrong.
+    // Sets the path from the text. If the text is not a path, returns an error and leaves the path unchanged.
     static LmLibResult parse(std::string_view text, Path &path);
 
     // True if the text can be a child's name: not empty, and with neither "/" nor a backslash.

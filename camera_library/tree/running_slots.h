@@ -1,6 +1,6 @@
-// Records which command slots have a command that has not finished. A slot is identified by its name below "Execute", a
-// run by its number, so that a new slot with the same name is not mistaken for the old one. It has no lock of its own:
-// the tree's lock guards it.
+// Records which command slots have a command that has not finished. A slot is identified by its name below "Execute". A
+// run is identified by its number, so that a new slot with the same name is not mistaken for the old one. It has no
+// lock of its own: the tree's lock guards it.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ public:
     // A run outside the map. Moving one in or out neither allocates nor fails.
     using Entry = Runs::node_type;
 
-    // An entry for a new run in that slot.
+    // Makes an entry for a new run in this slot.
     Entry prepare(std::string_view slot) {
         Runs runs;
         runs.emplace(slot, ++lastRun);
@@ -31,7 +31,7 @@ public:
         return found != running.end() && found->second == run;
     }
 
-    // The slot has finished, was erased or was replaced.
+    // Call this when the slot's run has finished, or when the slot is erased or replaced.
     void remove(std::string_view slot) noexcept {
         const auto found = running.find(slot);
         if (found != running.end()) {

@@ -23,7 +23,8 @@ Node newRoot(const NodeObject &pathNode) {
     return root;
 }
 
-// The base name and the number. The underscore distinguishes "A1" with 2 from "A" with 12.
+// Returns the base name and the number. The underscore distinguishes the base name "A1" with the number 2 from "A" with
+// 12.
 std::string uniqueName(std::string_view baseName, std::uint64_t number) {
     std::string name(baseName);
     if (!name.empty() && name.back() >= '0' && name.back() <= '9') {
@@ -140,7 +141,7 @@ LmLibResult Tree::makeUniqueItem(std::string_view parentPath, std::string_view b
     return LmLibResultItemMaximumUniqueCountReached;
 }
 
-// If the wait ends with the current tree, sets its code and returns true.
+// If the current tree ends the wait, sets the wait's code and returns true.
 bool Tree::settle(Wait &wait) const {
     const Node *node = nullptr;
     const LmLibResult code = findNode(root, wait.path, node);
@@ -185,8 +186,8 @@ std::size_t Tree::waitCount() const {
     return waits.size();
 }
 
-// Every wait is checked after every change of the tree, under the lock, so that none misses a type that the node had
-// only for a moment, or a node that was erased and made again.
+// Every wait is checked after every change of the tree, under the lock. So no wait misses a type that the node had only
+// for a moment, or a node that was erased and made again.
 void Tree::wakeWaits() noexcept {
     const auto over = std::remove_if(waits.begin(), waits.end(), [this](Wait *wait) {
         const bool settled = settle(*wait);
@@ -281,7 +282,7 @@ void Tree::finishRun(Run &run) noexcept {
         return;
     }
     runningSlots.remove(run.slot);
-    // A slot that is still running is an object with a "Command", because nobody can remove that.
+    // A slot that is still running is an object with a "Command", because "Command" cannot be removed while it runs.
     auto &children = std::get<NodeObject>(findSlot(run.slot)->value);
     const auto result = children.find(resultName);
     if (result != children.end()) {

@@ -1,9 +1,9 @@
 // The library's tree: one document behind one lock, with protected nodes, waits and command slots. It runs no commands;
-// it only knows which slots have a running one.
+// it only records which slots have a running command.
 //
 // Every function may be called from any thread. After any code but LmLibResultOperationSucceeded, and after an
-// exception (only std::bad_alloc), the tree is as it was before. What a write replaces is freed after the lock is
-// released. Errors are looked for in this order: those of Path::parse, then LmLibResultItemProtected and
+// exception (only std::bad_alloc), the tree is unchanged. A node that a write replaces is freed after the lock is
+// released. Errors are checked in this order: those of Path::parse, then LmLibResultItemProtected and
 // LmLibResultCommandRunning, then those of node_access.h.
 #pragma once
 
@@ -28,7 +28,7 @@ struct Run {
     std::uint64_t number = 0;  // different for every run
     std::string command;
     Node parameters;  // as they were when the run began
-    // What becomes the slot's "Result", made in advance so that storing it cannot fail.
+    // The node that becomes the slot's "Result". It is made in advance, so that storing it cannot fail.
     NodeObject::node_type result;
 };
 
@@ -37,7 +37,7 @@ public:
     // A tree with the given "Path". The numbers of unique items go up to greatestNumber.
     explicit Tree(NodeObject path, std::uint64_t greatestNumber = std::numeric_limits<std::uint64_t>::max());
 
-    // Calls the reader with the node, under the lock, and returns what the reader returns.
+    // Calls the reader with the node, under the lock, and returns the reader's result.
     template <typename Reader>
     LmLibResult read(std::string_view path, Reader reader) const {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -52,12 +52,13 @@ public:
     // Removes the node and everything below it.
     LmLibResult erase(std::string_view path);
 
-    // Makes an empty object below the parent and sets path to its path. Its name is the base name, an underscore if
-    // that ends in a digit, and a number that no other unique item has. LmLibResultItemPathInvalid if no path can hold
-    // the base name; LmLibResultItemMaximumUniqueCountReached.
+    // Makes an empty object below the parent and sets path to its path. The object's name is the base name, an
+    // underscore if the base name ends in a digit, and a number that no other unique item has. Returns
+    // LmLibResultItemPathInvalid if the base name is not allowed in a path, and
+    // LmLibResultItemMaximumUniqueCountReached if no number is left.
     LmLibResult makeUniqueItem(std::string_view parentPath, std::string_view baseName, std::string &path);
 
-    // As lmLibWaitForType.
+    // Does the work of lmLibWaitForType.
     LmLibResult waitForType(std::string_view path, LmLibType type, bool waitForChange);
 
     // The number of threads that are waiting for a type.
@@ -70,8 +71,8 @@ public:
     // and parameters. Until finishRun the slot refuses another "Command".
     LmLibResult beginRun(Run &run);
 
-    // Stores the run's result in its slot and sets "Command" to null, in one step. Does nothing if the slot was erased
-    // or replaced meanwhile.
+    // Stores the run's result in its slot and sets "Command" to null, in one step. Does nothing if the slot has been
+    // erased or replaced since beginRun.
     void finishRun(Run &run) noexcept;
 
     // Ends every wait with LmLibResultOperationCanceled.
