@@ -12,7 +12,8 @@ constexpr unsigned char middleDot = 0xb7;
 constexpr unsigned char multiplicationSign = 0xd7;
 constexpr unsigned char lastOfAscii = 0x7e;
 
-// The file's glyphs are in the order of the characters, after one for missing characters.
+// The index of the character's glyph in the font file; 0 if the font does not have the character. The glyphs have the
+// order of the characters, after a first one for missing characters.
 constexpr int glyphOf(unsigned char character) {
     if (character >= firstCaptionCharacter && character <= lastOfAscii) {
         return character - firstCaptionCharacter + 1;
@@ -28,7 +29,7 @@ unsigned wordAt(std::string_view file, std::size_t position) {
     return static_cast<unsigned char>(file.at(position)) * 256U + static_cast<unsigned char>(file.at(position + 1));
 }
 
-// The table of a TrueType file with this name.
+// Finds the table with this name in a TrueType file.
 std::string_view tableOf(std::string_view file, std::string_view name) {
     constexpr std::size_t headerSize = 12;
     constexpr std::size_t entrySize = 16;
@@ -83,7 +84,7 @@ std::vector<unsigned> readFlags(GlyphReader &reader, std::size_t count) {
     return flags;
 }
 
-// The step from the point before.
+// Reads the step from the previous point.
 int readStep(GlyphReader &reader, unsigned flags, CoordinateFlags meaning) {
     const bool isSameOrPositive = (flags & meaning.isSameOrPositive) != 0;
     if ((flags & meaning.isByte) != 0) {

@@ -1,7 +1,7 @@
-// The font for the texts of a page: DejaVu Sans, reduced to the characters below. It is part of the library, so that a
-// page looks the same on every machine and no fonts have to be found.
+// The font for the texts of a page: DejaVu Sans, reduced to the characters that captionText keeps. It is part of the
+// library, so that a page looks the same on every machine and no fonts have to be found.
 //
-// Its texts have one byte per character, in the encoding that PDF calls WinAnsiEncoding.
+// Texts in this font have one byte per character, in the encoding that PDF calls WinAnsiEncoding.
 #pragma once
 
 #include <string>
@@ -23,16 +23,16 @@ int captionAdvance(unsigned char character);
 double captionWidth(std::string_view text, double size);
 
 // A closed curve of a character: points in 1/2048 of the font size, x to the right and y up from the start of the
-// character's baseline. A point off the curve is the control point of a quadratic Bezier curve; between two of them
-// lies one on the curve, in the middle.
+// character's baseline. A point off the curve is the control point of a quadratic Bezier curve. If two control points
+// follow each other, the point in the middle between them is on the curve.
 struct GlyphPoint {
     int x = 0;
     int y = 0;
     bool isOnCurve = true;
 };
 
-// The closed curves of the character, to be filled by the non-zero rule; they do not cross. None if it is blank or if
-// the font does not have it.
+// The closed curves of the character, which do not cross. Fill them by the non-zero rule. Empty if the character is
+// blank or the font does not have it.
 std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character);
 
 constexpr int glyphUnitsPerSize = 2048;

@@ -1,5 +1,5 @@
-// Compresses data in zlib's format. It allocates with operator new like all other code, so that running out of memory
-// is handled in one way.
+// Compresses data in zlib's format. It makes zlib allocate with operator new, so that running out of memory throws
+// std::bad_alloc as it does everywhere else.
 #pragma once
 
 #include <zlib.h>
@@ -9,12 +9,12 @@
 
 namespace lmlib64 {
 
-// How the data is searched for repetitions: anywhere, or only for the same byte many times in a row, which is much
-// faster and as good for data that mostly repeats one byte.
+// The repetitions that the compression searches for: any, or only the same byte many times in a row. The latter is much
+// faster, and as good for data that mostly repeats one byte.
 enum class Repetitions { Anywhere, OfOneByte };
 
-// One stream of compressed data. The same data in the same portions gives the same bytes. Every function throws
-// std::bad_alloc.
+// One stream of compressed data. The same data, added in the same portions, gives the same bytes. Every function may
+// throw std::bad_alloc.
 class Deflater {
 public:
     explicit Deflater(Repetitions repetitions);
@@ -28,7 +28,7 @@ public:
     // Appends the rest of the stream. Nothing may be added after that.
     void finish(std::string &to);
 
-    // All of a stream at once; nothing else may have been added to it.
+    // Compresses a whole stream at once. Nothing may have been added to the stream before.
     std::string deflated(std::string_view data);
 
 private:

@@ -1,4 +1,4 @@
-// The pages of a document.
+// Makes the pages of a document.
 #pragma once
 
 #include <vector>
@@ -8,8 +8,9 @@
 
 namespace lmlib64 {
 
-// One page per pattern, or a plan and the sheets of a pattern that is split. Refers to the document, which must outlive
-// the pages. Throws PatternTooLarge, which names the first pattern that cannot be printed.
+// Makes one page per pattern. A pattern that is split gives a page with a plan and one page per sheet. The pages refer
+// to the document, which must outlive them. Throws PatternTooLarge with a text that names the first pattern that cannot
+// be printed.
 std::vector<PrintedPage> pagesOf(const PatternDocument &document);
 
 }  // namespace lmlib64

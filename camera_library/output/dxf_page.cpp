@@ -28,7 +28,8 @@ struct Layer {
 constexpr std::array layers{Layer{darkLayer, 7}, Layer{outlineLayer, 1}, Layer{barLayer, 3}, Layer{cutLayer, 6},
                             Layer{captionLayer, 5}};
 
-// The font's characters that are not ASCII, as ASCII.
+// Returns the text in ASCII: the multiplication sign becomes an "x", and other characters of the font that are not
+// ASCII become a "-".
 std::string asciiText(std::string_view utf8) {
     std::string text = captionText(utf8);
     for (char &character : text) {
@@ -38,7 +39,7 @@ std::string asciiText(std::string_view utf8) {
     return text;
 }
 
-// The groups of a drawing: a code, and a value on the next line.
+// Writes the groups of a drawing. A group is a code, with a value on the next line.
 class Drawing {
 public:
     explicit Drawing(double pageHeightMm) : pageHeight(pageHeightMm) {}
@@ -54,7 +55,7 @@ public:
         add(0, name);
         add(8, layer);
     }
-    // A point of the page, whose y runs down.
+    // Adds a point of the page. In `point`, y runs down; in the drawing, it runs up.
     void addPoint(const Point &point) {
         addLength(10, point.x);
         addLength(20, pageHeight - point.y);
@@ -73,7 +74,8 @@ public:
         addEntity("SEQEND", layer);
     }
 
-    // The release has no ellipses.
+    // A scale that differs in x and y makes the circle an ellipse, which DXF release 12 does not have. A polygon is
+    // drawn instead.
     void addCircle(const Circle &circle, const Placement &placement) {
         if (placement.scale.x == placement.scale.y) {
             addEntity("CIRCLE", darkLayer);
@@ -92,7 +94,7 @@ public:
     void addText(const PageText &text, const Placement &placement) {
         addEntity("TEXT", captionLayer);
         addPoint(placement.at(text.start));
-        constexpr double capitalsPerSize = 0.729;  // the height of a text is that of its capitals
+        constexpr double capitalsPerSize = 0.729;  // a text's height is the height of its capitals
         addLength(40, text.size * capitalsPerSize);
         add(1, asciiText(text.text));
         add(50, text.isUpwards ? 90 : 0);

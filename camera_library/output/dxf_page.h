@@ -1,4 +1,4 @@
-// A page as a DXF drawing of release 12, for lasers, engravers and CAD.
+// Writes a page as a DXF drawing of release 12, for lasers, engravers and CAD.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace lmlib64 {
 
-// The drawing unit is a millimetre; the origin is the bottom-left corner of the page, x runs to the right and y up.
-// Layers: DARK has the outlines of all shapes of the pattern, of which those within another are holes, as closed
-// polylines and circles (polylines that are at most 0.2 um off if the print scale differs in x and y); OUTLINE has the
-// outer edge of the quiet zone; BARS has the check bars as closed polylines; CUTS has the marks of cuts; CAPTIONS has
-// the texts, in ASCII. All coordinates are within 0.01 um of their places. Throws std::bad_alloc.
+// The drawing unit is a millimetre; the origin is the bottom-left corner of the page, x runs to the right and y up. The
+// layer DARK has the outlines of the pattern's shapes as closed polylines and circles; an outline inside another one is
+// a hole. If the print scale differs in x and y, circles become polylines with errors of at most 0.2 um. OUTLINE has
+// the outer edge of the quiet zone, BARS the check bars as closed polylines, CUTS the cut marks, and CAPTIONS the texts
+// in ASCII. The error of all other coordinates is at most 0.01 um. Throws std::bad_alloc.
 std::string dxfPage(const PrintedPage &page, const PatternDocument &document);
 
 }  // namespace lmlib64

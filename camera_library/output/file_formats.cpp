@@ -22,7 +22,7 @@ constexpr std::array formats{
 };
 
 bool endsIn(std::string_view fileName, std::string_view ending) {
-    // Not std::tolower, whose result depends on the locale.
+    // std::tolower is not used, because its result depends on the locale.
     const auto sameLetter = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
     return fileName.size() >= ending.size() &&
            std::equal(ending.rbegin(), ending.rend(), fileName.rbegin(),

@@ -1,5 +1,5 @@
-// The formats in which patterns are saved. file_formats.cpp has the table of them; the check of a file's name, the
-// texts of errors, the choice of the writer and the tests all take it from there.
+// The formats in which patterns are saved. file_formats.cpp has the only list of them; file names are checked, errors
+// are worded and writers are chosen by this list.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@
 
 namespace lmlib64 {
 
-// A format has one of the two functions. The same document gives the same bytes. Both throw PatternTooLarge and
-// std::bad_alloc.
+// A format has one of the two functions; the other is null. The same document gives the same bytes. Both functions
+// throw PatternTooLarge and std::bad_alloc.
 struct FileFormat {
     std::string_view ending;                                    // in lower case, with its dot
     std::string (*wholeFile)(const PatternDocument &document);  // all patterns in one file
@@ -28,14 +28,14 @@ public:
     const FileFormat *end() const;
 };
 
-// The format that the name's ending selects, upper and lower case alike; null if there is none.
+// The format that the name's ending selects, in upper or lower case; null if there is none.
 const FileFormat *findFileFormat(std::string_view fileName);
 
-// All endings, as a text lists them: ".pdf, .json or .svg".
+// All endings, for an error text, in the form ".pdf, .json or .svg".
 std::string fileEndings();
 
-// The names of the files of `count` pages: the name itself for one page, otherwise name-00.svg, name-01.svg, ... for
-// name.svg.
+// The names of the files of `count` pages. For name.svg, one page gets the name itself; several pages get name-00.svg,
+// name-01.svg, ...
 std::vector<std::string> pageFileNames(const std::string &fileName, std::size_t count);
 
 }  // namespace lmlib64

@@ -1,4 +1,4 @@
-// Lengths as the files of drawings have them: decimal numbers without exponents, the same in every locale.
+// Writes lengths for drawing files: as decimal numbers without exponents, in the same way in every locale.
 #pragma once
 
 #include <cstdint>

@@ -7,24 +7,24 @@
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in fractions of a unit, chosen so that the area of a pixel is 2^31. In 32-bit arithmetic, a pixel
-// that is enclosed twice therefore has the area 0, as the even-odd rule requires.
+// Heights are counted in parts of a unit, so many that the area of a pixel is 2^31. A pixel that is enclosed twice
+// therefore has the area 0 in 32-bit arithmetic, as the even-odd rule requires.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
 constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
 
-// The grey of a pixel of which this area is enclosed.
+// The grey value of a pixel with this enclosed area.
 std::uint8_t greyOf(std::uint32_t area) {
     const std::uint64_t enclosed = std::min(area, 0U - area);
     return static_cast<std::uint8_t>(255U - (enclosed * 255U + pixelArea / 2U) / pixelArea);
 }
 
-// The slopes are stored, because a division takes longer than everything else that an edge needs in a row.
+// An edge stores its slopes, because a division takes longer than all other work on an edge in a row.
 struct Edge {
     PixelPoint top;
     PixelPoint bottom;
-    std::int64_t asidePerUnitDown = 0;   // in 1/slopeGrain units, to the right
-    std::int64_t partsPerUnitAside = 0;  // in 1/slopeGrain, down; unused for an upright edge
+    std::int64_t asidePerUnitDown = 0;   // in units / slopeGrain; positive to the right
+    std::int64_t partsPerUnitAside = 0;  // in parts / slopeGrain, never negative; unused for an upright edge
 };
 constexpr std::int64_t slopeGrain = std::int64_t{1} << 24U;
 
@@ -47,7 +47,7 @@ public:
     std::int32_t top() const { return position.y; }
     bool isDone() const { return edge == end; }
 
-    // Adds the part above the end of the row to the changes of area, and continues there in the next row.
+    // Adds the changes of area that the chain causes in this row. The next call continues at the end of the row.
     void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
         std::int32_t left = position.x;
         std::int32_t right = position.x;
@@ -75,7 +75,7 @@ private:
         return static_cast<std::int32_t>(static_cast<std::uint64_t>(x) / slopeGrain);
     }
 
-    // Adds a piece of the edge within the row. The areas do not depend on which way it leans.
+    // Adds a piece of the edge within the row. Its areas do not depend on the direction in which the edge leans.
     void addPiece(std::int32_t left, std::int32_t right, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t column = static_cast<std::uint32_t>(left) / pixelUnits;
         auto start = static_cast<std::int32_t>(column * pixelUnits);
@@ -114,7 +114,7 @@ class ChainList {
 public:
     ChainList(const PixelOutlines &outlines, std::int32_t width, std::int32_t height)
         : right(width * pixelUnits), bottom(height * pixelUnits) {
-        edges.reserve(outlines.points.size());  // so that they do not move in memory
+        edges.reserve(outlines.points.size());  // chains point to the edges, which therefore must not move in memory
         std::size_t start = 0;
         for (const std::size_t end : outlines.ends) {
             if (start < end) {
@@ -167,7 +167,7 @@ private:
     std::vector<Chain> chains;
 };
 
-// Draws one row after the other and keeps none.
+// Draws one row after the other and keeps only the current row.
 class RowDrawing {
 public:
     explicit RowDrawing(std::int32_t rowWidth)
@@ -175,7 +175,7 @@ public:
 
     std::uint32_t *areaChanges() { return changes.data(); }
 
-    // The row with the changes made by these chains, which are sorted from left to right.
+    // Draws the row from the changes that these chains have added. The chains are sorted from left to right.
     const std::vector<std::uint8_t> &draw(const std::vector<Chain> &chains) {
         std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
         std::uint32_t area = 0;

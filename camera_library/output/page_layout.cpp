@@ -18,15 +18,16 @@ constexpr double sideStrip = gap + CheckBar::depth;
 constexpr double labelGap = 1.5;  // between a bar and its label
 constexpr double longestBar = 100.0;
 constexpr double barStep = 10.0;
-constexpr double smallestMeasuredSide = 210.0;  // of a custom page, because bars and caption need some room
-constexpr double tolerance = 1e-9;              // so that a pattern that fits exactly is accepted
+constexpr double smallestMeasuredSide =
+    210.0;                          // least side of a custom page's area, because bars and caption need some room
+constexpr double tolerance = 1e-9;  // a pattern that fits exactly is accepted
 
 constexpr std::array standardPages{
     PageSize{210, 297}, PageSize{297, 210}, PageSize{297, 420}, PageSize{420, 297},  PageSize{420, 594},
     PageSize{594, 420}, PageSize{594, 841}, PageSize{841, 594}, PageSize{841, 1189}, PageSize{1189, 841},
 };
 
-// The pattern with its quiet zone.
+// The size of the pattern with its quiet zone.
 PageSize blockOf(const PatternGeometry &geometry) {
     return {geometry.width + 2.0 * geometry.quietZone, geometry.height + 2.0 * geometry.quietZone};
 }
@@ -35,8 +36,8 @@ double wholeSteps(double length) {
     return std::min(longestBar, std::floor((length + tolerance) / barStep) * barStep);
 }
 
-// Two bars to the left of the pattern and below it. Around a small pattern they keep a distance at which they do not
-// overlap.
+// Places one bar to the left of the pattern and the other below it. If the pattern is small, they are placed farther
+// from it, so that they do not overlap.
 void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
     const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double reach = longestBar / 2.0;
@@ -50,7 +51,7 @@ void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double
     layout.caption = {centre.x, below + gap + CheckBar::depth + captionDepth};
 }
 
-// Both bars below the pattern, for a pattern that leaves no room at its sides.
+// Places both bars below a pattern that leaves no room at its sides.
 void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
     const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double bottom = centre.y + block.height / 2.0 + gap + lengthAlongY;
@@ -61,12 +62,12 @@ void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
     layout.caption = {centre.x, bottom + captionDepth};
 }
 
-// The part of the paper that is laid out.
+// The size of the part of the paper that is laid out.
 PageSize areaOf(PageSize paper, std::array<double, 2> printScale) {
     return {paper.width * std::min(1.0, printScale[0]), paper.height * std::min(1.0, printScale[1])};
 }
 
-// The bar from the origin to the right, and then its ticks from left to right.
+// Returns the bar, which runs from the origin to the right, and then its ticks from left to right.
 std::vector<Rectangle> barAndTicks(double length) {
     constexpr double lineWidth = 0.25;
     constexpr double tickWidth = 0.2;

@@ -1,6 +1,6 @@
-// Lays out a printed page: chooses the paper and places the pattern, its two check bars and its caption. Pure
-// values in millimetres; the origin is the top-left corner of the area, x runs to the right and y down. Nothing is
-// drawn here.
+// Lays out a printed page: chooses the paper and places the pattern, its two check bars and its caption. All lengths
+// are in millimetres; the origin is the top-left corner of the area, x runs to the right and y down. Nothing is drawn
+// here.
 #pragma once
 
 #include <array>
@@ -11,8 +11,8 @@
 
 namespace lmlib64 {
 
-// A ruler of exactly `length`, from `start` to the right (along x) or down (along y). Its ticks reach
-// `depth` down or to the right of `start`.
+// A ruler of exactly `length`. It runs from `start` to the right (along x) with ticks that point down, or from `start`
+// down (along y) with ticks that point to the right. The longest ticks have the length `depth`.
 struct CheckBar {
     Point start;
     double length = 0.0;
@@ -30,8 +30,8 @@ struct PageSize {
 
 struct PageLayout {
     PageSize paper;
-    PageSize area;  // what is laid out, as the finished print measures; within it are the places below
-    Point block;    // top-left corner of the pattern with its quiet zone, or of the part of it that is on the page
+    PageSize area;  // the part that is laid out, in its size on the finished print; the places below are within it
+    Point block;    // top-left corner of the pattern with its quiet zone, or of the part of both that is on the page
     Point pattern;  // top-left corner of the outer size; the pattern is centred on the page
     CheckBar barAlongX;
     CheckBar barAlongY;
@@ -40,31 +40,32 @@ struct PageLayout {
 };
 
 // The smallest page of A4 to A0, portrait before landscape, that holds the pattern with its quiet zone, the check bars
-// and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. Empty if that would
-// exceed the largest page of a PDF, 5080 mm.
+// and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. The result is empty
+// if a side of that page would exceed largestPageSide.
 //
-// A printer makes everything longer by `printScale`. If that is less than 1, the area is that much smaller than the
-// paper, so that what is drawn divided by it stays on the paper; otherwise it is the paper.
+// The printer multiplies all lengths by `printScale`, and the page is drawn divided by it. If the scale is less than 1,
+// the page grows when it is drawn, so the area is smaller than the paper by this factor. Otherwise the area is the
+// paper.
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale = {1.0, 1.0});
 
-// The same on this paper; empty if the pattern does not fit on it.
+// Lays out a page on this paper; empty if the pattern does not fit on it.
 std::optional<PageLayout> layOutOnPaper(PageSize paper, const PatternGeometry &geometry,
                                         std::array<double, 2> printScale);
 
-// The same for a part of a pattern of this size, whose place in the pattern only the caller knows: the place of the
-// pattern is left at 0.
+// Lays out a page for a part of a pattern; `block` is the size of the part. PageLayout::pattern stays 0, because the
+// place of the part within the pattern is not known here.
 std::optional<PageLayout> layOutOnPaper(PageSize paper, PageSize block, std::array<double, 2> printScale);
 
-// The largest block for which this paper has room, with check bars beside it.
+// The largest block that fits on this paper with check bars beside it.
 PageSize largestBlock(PageSize paper, std::array<double, 2> printScale);
 
-// The longest side that a page may have, 14400 pt.
+// The longest side that a page of a PDF may have: 14400 pt.
 constexpr double largestPageSide = 5080.0;
 
-// Bar and ticks: overlapping rectangles of one orientation, to be filled together by the non-zero rule.
+// The bar and its ticks as overlapping rectangles of the same direction. Fill them together by the non-zero rule.
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar);
 
-// The same as one outline, for formats that draw outlines or fill by the even-odd rule.
+// The bar and its ticks as one outline, for formats that draw outlines or fill by the even-odd rule.
 Polygon checkBarOutline(const CheckBar &bar);
 
 }  // namespace lmlib64

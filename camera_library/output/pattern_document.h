@@ -1,4 +1,5 @@
-// What a file is made of: the patterns of one run of the command, drawn once. Every format takes the same document.
+// The document that a file is made from: the patterns of one run of the command, drawn once. Every format takes the
+// same document.
 #pragma once
 
 #include <array>
@@ -20,14 +21,14 @@ struct DrawnPattern {
 
 // The paper of all pages.
 struct Paper {
-    std::string name;  // as the parameter names it; empty if its size is given
-    PageSize size;     // of a named one, in portrait; it may be turned
+    std::string name;  // the parameter's value; empty if that is a size
+    PageSize size;     // a named paper is in portrait here and may be turned
 };
 
-// The parameters of the command that say how a file is drawn; empty if they are not given.
+// The parameters of the command that determine how a file is drawn. Those that are not given are empty.
 struct DrawingOptions {
     std::optional<int> resolution;  // of pictures, in dots per inch
-    // How long a millimetre of a print becomes, along x and y. Everything is drawn divided by it.
+    // The length in mm, along x and y, that the printer gives to 1 mm of the file. All lengths are drawn divided by it.
     std::optional<std::array<double, 2>> printScale;
     std::optional<Paper> paper;  // if empty, every page has the smallest paper on which its pattern fits
     std::optional<bool> sheets;  // true: a pattern that is larger than the paper is split over several sheets

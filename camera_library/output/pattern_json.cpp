@@ -16,9 +16,9 @@ namespace {
 
 constexpr int formatVersion = 1;
 
-// Writes the text of the document from front to back, with one line for every member of an object and every element of
-// an array, except that rows of plain values share one line: a point takes one line, not four. It does not use the JSON
-// library's tree, because destroying that allocates and so ends the process if memory has run out.
+// Writes the text of the document from front to back. Every member of an object and every element of an array has its
+// own line, but a row of plain values is one line: a point takes one line, not four. The JSON library's tree is not
+// used, because its destructor allocates memory, which ends the process if memory has run out.
 class JsonWriter {
 public:
     JsonWriter &name(std::string_view name) {
@@ -121,7 +121,7 @@ void writeParameter(JsonWriter &json, PatternParameter parameter, const PatternD
     }
 }
 
-// The command makes the same pattern again from these parameters.
+// Writes the parameters from which the command makes the same pattern again.
 void writeParameters(JsonWriter &json, const PatternDescription &description) {
     json.open('{');
     for (const PatternParameter parameter : description.type->parameters) {
@@ -192,7 +192,7 @@ void writeCells(JsonWriter &json, const CodeCells &code) {
     json.close(']');
 }
 
-// What the marks or dots of the pattern encode.
+// Writes the content that the marks or dots of the pattern encode.
 void writeCode(JsonWriter &json, const CodeCells &code, const PatternGeometry &geometry) {
     json.open('{');
     json.name("Version").value(pattern_code::patternVersion);

@@ -1,4 +1,4 @@
-// The description of patterns that programs read; docs/pattern-file.md documents it.
+// Writes the description of patterns for other programs; docs/pattern-file.md documents the format.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace lmlib64 {
 
-// The whole file in UTF-8, with a line break at its end.
+// The whole file in UTF-8. It ends in a line break.
 std::string patternJson(const PatternDocument &document);
 
-// The same with only this one of the document's patterns, for a file of one page.
+// The same with only this pattern of the document, for a file with one page.
 std::string patternJson(const PatternDocument &document, const DrawnPattern &pattern);
 
 }  // namespace lmlib64

@@ -1,4 +1,4 @@
-// Texts about a pattern for people, in UTF-8.
+// Makes the texts about a pattern that people read, in UTF-8.
 #pragma once
 
 #include <array>
@@ -13,11 +13,11 @@ namespace lmlib64 {
 // "LmLib64" and the version of the library.
 std::string libraryName();
 
-// "Flexible 15 × 15, grid spacing 12.5 mm"
+// The title of a pattern, such as "Flexible 15 × 15, grid spacing 12.5 mm".
 std::string patternTitle(const PatternDescription &description);
 
 // The line below a printed pattern: type, size, grid spacing, thickness, offset, polarity, the number of an assembly's
-// pattern, the print scale if there is one, and the library's version. Numbers have all their digits.
+// pattern, the print scale if there is one, and the library's version. Numbers are not rounded.
 std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry,
                            std::optional<std::array<double, 2>> printScale);
 

@@ -11,11 +11,11 @@ namespace lmlib64 {
 
 namespace {
 
-// The font of the captions. Its metrics are for viewers that cannot use the embedded font.
+// Adds the font of the captions and returns its number. The metrics serve viewers that cannot use the embedded font.
 int addFont(PdfFile &pdf) {
     const std::string_view font = captionFontFile();
     const int file = pdf.addStream("/Length1 " + std::to_string(font.size()), font);
-    const std::string name = "/LMCALT+DejaVuSans";  // the prefix marks a font with some of its characters only
+    const std::string name = "/LMCALT+DejaVuSans";  // the prefix marks a font with only some of its characters
     const int descriptor =
         pdf.add("<< /Type /FontDescriptor /FontName " + name +
                 " /Flags 32 /FontBBox [-1021 -463 1793 1232] /ItalicAngle 0 /Ascent 928 /Descent -236"
@@ -77,7 +77,7 @@ std::string patternPdf(const PatternDocument &document) {
                 " /ViewerPreferences << /PrintScaling /None /PickTrayByPDFSize true /DisplayDocTitle true >>"
                 " /Names << /EmbeddedFiles << /Names [(pattern.json) " +
                 attachment + "] >> >> >>");
-    // For the characters that captions can have, their encoding is the same as that of document texts.
+    // Document texts have a different encoding, but it is the same for the characters that captions can have.
     const int information = pdf.add("<< /Title " + pdfText(captionText(titleOf(document))) + " /Creator " +
                                     pdfText(captionText(libraryName())) + " >>");
     return pdf.finish(catalogue, information);

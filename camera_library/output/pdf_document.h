@@ -1,5 +1,4 @@
-// Makes a PDF document: a page in true size for each pattern, the information about the document, and the attached
-// description.
+// Makes a PDF document: pages in true size, the information about the document, and the pattern file as an attachment.
 #pragma once
 
 #include <string>
@@ -8,8 +7,9 @@
 
 namespace lmlib64 {
 
-// One page per pattern. Asks viewers to print it unscaled, and attaches the pattern file as "pattern.json". It holds no
-// date and nothing random: the same document gives the same bytes. Throws PatternTooLarge and std::bad_alloc.
+// Returns the file. It has the pages of document_pages.h, asks viewers to print them unscaled, and has the pattern file
+// attached as "pattern.json". It holds no date and nothing random: the same document gives the same bytes. Throws
+// PatternTooLarge and std::bad_alloc.
 std::string patternPdf(const PatternDocument &document);
 
 }  // namespace lmlib64

@@ -51,7 +51,7 @@ int PdfFile::addStream(std::string_view entries, std::string_view data) {
 }
 
 std::string PdfFile::finish(int catalogue, int information) {
-    // Two hashes with different start values, because an identifier should have 16 bytes.
+    // The identifier consists of two hashes with different start values, because it should have 16 bytes.
     const std::string identifier =
         "<" + hashText(bytes, 0xcbf29ce484222325U) + hashText(bytes, 0x9e3779b97f4a7c15U) + ">";
     const std::size_t tableOffset = bytes.size();
@@ -61,7 +61,7 @@ std::string PdfFile::finish(int catalogue, int information) {
         if (offset == 0) {
             throw std::logic_error("An object of the PDF has not been written.");
         }
-        constexpr std::size_t digits = 10;  // a fixed number, which limits the size of the file
+        constexpr std::size_t digits = 10;  // the format prescribes this number, which limits the size of the file
         const std::string place = std::to_string(offset);
         bytes.append(digits - place.size(), '0').append(place).append(" 00000 n \n");
     }

@@ -1,7 +1,7 @@
-// Writes a PDF file: one object after the other, and at the end the table of their offsets. It does not know what the
-// objects mean.
+// Writes a PDF file: one object after the other, and at the end the table of their offsets. The content of the objects
+// is the caller's task.
 //
-// An object is referred to by its number. Its body is in PDF notation.
+// Objects refer to each other by their numbers. The body of an object is in PDF notation.
 #pragma once
 
 #include <cstddef>
@@ -15,19 +15,19 @@ class PdfFile {
 public:
     PdfFile();
 
-    // Reserves a number for an object that is written later, by `write`.
+    // Reserves a number for an object that `write` writes later.
     int reserve();
     void write(int number, std::string_view body);
 
     // Writes an object and returns its number.
     int add(std::string_view body);
 
-    // The same for a stream. The data is compressed here, so `entries` are those of the dictionary except its length
-    // and its filter. Throws std::bad_alloc.
+    // Compresses the data, writes it as a stream and returns the stream's number. `entries` are the entries of the
+    // stream's dictionary without length and filter. Throws std::bad_alloc.
     int addStream(std::string_view entries, std::string_view data);
 
-    // The whole file; `catalogue` and `information` are the numbers of these objects. The same objects give the same
-    // bytes. After this call the PdfFile must not be used any more.
+    // Returns the whole file; `catalogue` and `information` are the numbers of these objects. The same objects give the
+    // same bytes. The PdfFile must not be used after this call.
     std::string finish(int catalogue, int information);
 
 private:
@@ -35,10 +35,10 @@ private:
     std::vector<std::size_t> offsets;  // of the objects 1, 2, …; 0 if one is not written yet
 };
 
-// The reference to an object, for the body of another one.
+// A reference to the object with this number, for the body of another object.
 std::string pdfReference(int number);
 
-// A text in PDF notation. The encoding of its bytes depends on where it is used.
+// A text in PDF notation. The place where it is used determines the encoding of its bytes.
 std::string pdfText(std::string_view bytes);
 
 }  // namespace lmlib64

@@ -1,5 +1,5 @@
-// The contents of a PDF page as drawing operators: the shapes of a pattern, the two check bars with their labels, and
-// the caption.
+// Makes the contents of a PDF page: the drawing operators for the pattern, the check bars with their labels, the cut
+// marks and the texts.
 #pragma once
 
 #include <string>
@@ -11,8 +11,8 @@ namespace lmlib64 {
 // The resource name of the font of the captions.
 constexpr const char *captionFontName = "/F1";
 
-// The contents of the page in true size. Every edge is within 0.01 um of its place; the outline of a circle may be off
-// by another five millionths of its radius.
+// The contents of the page in true size. The error of every edge is at most 0.01 um; the outline of a circle may have a
+// further error of five millionths of its radius.
 std::string pdfPageContents(const PrintedPage &page);
 
 // A length in points, in PDF notation.

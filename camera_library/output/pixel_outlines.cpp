@@ -12,7 +12,7 @@ namespace lmlib64 {
 
 namespace {
 
-// As seen in the picture, where y runs down.
+// True if the polygon runs clockwise as seen in the picture, where y runs down.
 bool isClockwise(const Polygon &polygon) {
     double twiceArea = 0.0;
     Point from = polygon.back();
@@ -45,7 +45,8 @@ void reverseOutline(PixelOutlines &outlines, std::size_t index) {
     std::reverse(first + static_cast<std::ptrdiff_t>(start), first + static_cast<std::ptrdiff_t>(outlines.ends[index]));
 }
 
-// All shapes, clockwise, in the order of holesOf. The polygons of a geometry may have either direction.
+// Returns the outlines of all shapes, in the order of holesOf. All run clockwise; the polygons of a geometry may have
+// either direction.
 PixelOutlines clockwiseOutlines(const PatternGeometry &geometry, const PixelScale &scale) {
     PixelOutlines outlines;
     outlines.ends.reserve(geometry.rectangles.size() + geometry.polygons.size() + geometry.circles.size());

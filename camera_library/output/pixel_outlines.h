@@ -1,4 +1,4 @@
-// The shapes of a pattern as outlines for a raster.
+// Converts the shapes of a pattern to outlines for a raster.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace lmlib64 {
 // Converts millimetres of a drawing to the rasters' fractions of a pixel.
 class PixelScale {
 public:
-    // `startPixels` is where the drawing's origin is, in pixels. No point may be left of the picture or above it.
+    // `startPixels` is the place of the drawing's origin in pixels. No point may be left of the picture or above it.
     PixelScale(Point startPixels, Point pixelsPerMm) : start(startPixels), perMm(pixelsPerMm) {}
 
     double pixelsX(double mm) const { return start.x + mm * perMm.x; }
@@ -24,9 +24,8 @@ public:
 
 private:
     static std::int32_t units(double pixels) {
-        // Adding 0.5 rounds correctly, because no value is negative. Calling lround would take a sixth of a large
-        // board's time.
-        // NOLINTNEXTLINE(bugprone-incorrect-roundings)
+        // Adding 0.5 rounds correctly, because no value is negative. Calling lround instead would take a sixth of the
+        // time in which a large board is drawn. NOLINTNEXTLINE(bugprone-incorrect-roundings)
         return static_cast<std::int32_t>(pixels * pixelUnits + 0.5);
     }
 
@@ -34,8 +33,8 @@ private:
     Point perMm;
 };
 
-// All shapes of the geometry. The outline of a hole has the opposite direction of the one around it, as the raster
-// needs it. A circle becomes a polygon of the same area that is nowhere farther than 0.03 pixels off. Throws
+// Returns the outlines of all shapes. The outline of a hole has the opposite direction of the outline around it, as the
+// raster requires. A circle becomes a polygon of the same area, with errors of at most 0.03 pixels. Throws
 // std::bad_alloc.
 PixelOutlines pixelOutlines(const PatternGeometry &geometry, const PixelScale &scale);
 

@@ -36,7 +36,8 @@ PixelSize pixelSizeOf(const PrintedPage &page, int resolution) {
     return {static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};
 }
 
-// The scale of the page's layout, shifted by less than a pixel so that the pattern's corner is on a pixel's corner.
+// The scale of the page's layout. It is shifted by less than a pixel, so that the pattern's corner is on a pixel's
+// corner.
 PixelScale scaleOf(const PrintedPage &page, double pixelsPerMm) {
     const Point corner = page.patternPlacement().origin;
     const auto onPixel = [pixelsPerMm](double mm) { return std::round(mm * pixelsPerMm); };
@@ -45,7 +46,7 @@ PixelScale scaleOf(const PrintedPage &page, double pixelsPerMm) {
             perMm};
 }
 
-// A text's curves as polygons.
+// Converts a text's curves to polygons.
 class TextOutlines {
 public:
     TextOutlines(const PageText &pageText, const PixelScale &pixelScale) : text(pageText), scale(pixelScale) {}
@@ -73,8 +74,8 @@ private:
                               : scale.point(text.start.x + along, text.start.y - above);
     }
 
-    // Every point off the curve stands for a piece of the curve from the middle before it, or the point before it, to
-    // the middle or the point after it.
+    // Every control point stands for a piece of the curve. The piece begins at the previous point if that is on the
+    // curve, otherwise in the middle between both points. It ends in the same way at the next point.
     void addCurve(const std::vector<GlyphPoint> &curve, PixelOutlines &outlines) const {
         constexpr int steps = 8;
         for (std::size_t i = 0; i < curve.size(); ++i) {
@@ -134,7 +135,7 @@ void appendNumber(std::string &bytes, std::uint32_t number) {
     }
 }
 
-// The chunk starts with its four letters. They and the data are appended between the two calls.
+// Starts a chunk with these four letters. The data is appended between the calls of beginChunk and endChunk.
 std::size_t beginChunk(std::string &png, const char *letters) {
     const std::size_t start = png.size();
     appendNumber(png, 0);
@@ -171,7 +172,8 @@ void addText(std::string &png, const char *keyword, const std::string &utf8) {
     endChunk(png, start);
 }
 
-// Compresses one row after the other, each as the difference from the one above it. Most rows are like the one above.
+// Compresses one row after the other. Each is stored as its difference from the row above, because most rows equal the
+// row above.
 class PixelWriter {
 public:
     PixelWriter(std::string &bytes, std::int32_t width)
@@ -198,7 +200,7 @@ public:
 private:
     std::string &png;
     Deflater deflater{Repetitions::OfOneByte};
-    std::vector<std::uint8_t> above;  // black above the first row, as the format has it
+    std::vector<std::uint8_t> above;  // above the first row all is black, by the rules of the format
     std::string same;
     std::string difference;
 };

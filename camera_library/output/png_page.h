@@ -1,4 +1,4 @@
-// A page as a PNG picture in true size, for printing services and for screens.
+// Writes a page as a PNG picture in true size, for printing services and for screens.
 #pragma once
 
 #include <string>
@@ -7,11 +7,12 @@
 
 namespace lmlib64 {
 
-// One 8-bit channel; the grey of each pixel is the share of its area that is light. The pattern's top-left corner is on
-// a pixel's corner, so every edge is exactly between black and white pixels if the sides of its squares, and a third of
-// them for the marks, are whole numbers of pixels. The size of a pixel is written into the file, in whole pixels per
-// metre, and the document's JSON text, title and library as texts. Needs memory for one row of pixels and the file.
-// Throws PatternTooLarge if the picture would have more than largestPngSide pixels along a side, and std::bad_alloc.
+// Returns the file. It has one 8-bit channel; the grey value of a pixel is the light share of its area. The pattern's
+// top-left corner is on a pixel's corner. If the side of a square is a whole number of pixels, every edge of a square
+// is exactly between black and white pixels; if a third of that side is one too, so is every edge of a mark. The file
+// states the resolution in whole pixels per metre, and holds the title, the library's name and the pattern's JSON text
+// as texts. Only one row of pixels is in memory at a time. Throws PatternTooLarge if the picture would have more than
+// largestPngSide pixels along a side, and std::bad_alloc.
 std::string pngPage(const PrintedPage &page, const PatternDocument &document);
 
 constexpr int largestPngSide = 65535;

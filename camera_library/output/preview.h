@@ -1,4 +1,4 @@
-// The picture of a pattern for the screen.
+// Draws the picture of a pattern for the screen.
 #pragma once
 
 #include "camera_library/pattern/pattern_geometry.h"
@@ -6,10 +6,10 @@
 
 namespace lmlib64 {
 
-// One 8-bit channel without padding; the grey of each pixel is the share of its area that is light: 0 dark, 255 light.
-// The picture shows the outer size and its quiet zone. Its longer side is exactly `imageSize` pixels. Its shorter side
-// is to scale, rounded, but at least 1 pixel. The pattern is in the middle. A geometry of size 0 gives an empty
-// picture. Throws std::bad_alloc.
+// Returns a picture with one 8-bit channel and no padding. The grey value of a pixel is the light share of its area: 0
+// is dark, 255 is light. The picture shows the pattern, in the middle, with its quiet zone. Its longer side has exactly
+// `imageSize` pixels. Its shorter side is to scale and rounded, but has at least 1 pixel. A geometry of size 0 gives an
+// empty picture. Throws std::bad_alloc.
 Binary renderPreview(const PatternGeometry &geometry, int imageSize);
 
 }  // namespace lmlib64

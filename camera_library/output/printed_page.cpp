@@ -14,7 +14,7 @@ namespace {
 constexpr double captionSize = 2.5;
 constexpr double labelSize = 2.3;
 
-// Centred, and smaller than usual if it would be too wide.
+// The caption is centred. It is smaller than usual if it would be too wide.
 PageText captionOf(const std::string &text, const PageLayout &layout) {
     PageText caption{text, captionSize, layout.caption, false};
     caption.size *= std::min(1.0, layout.captionWidth / widthOf(caption));
@@ -22,7 +22,7 @@ PageText captionOf(const std::string &text, const PageLayout &layout) {
     return caption;
 }
 
-// Divides lengths by the print scale, around the middle of the paper.
+// The placement that divides lengths by the print scale and leaves the middle of the paper where it is.
 Placement placementOf(const PageLayout &layout, std::array<double, 2> printScale) {
     const Point scale{1.0 / printScale[0], 1.0 / printScale[1]};
     return {{(layout.paper.width - layout.area.width * scale.x) / 2.0,

@@ -1,8 +1,10 @@
-// A page of a document, as every format with pages draws it: the pattern, the check bars with their labels, and
-// the texts. Pure values in millimetres; x runs to the right and y down from the top-left corner of the paper.
+// A page of a document, which every format with pages draws in the same way: the pattern, the check bars with their
+// labels, the cut marks and the texts. All lengths are in millimetres; x runs to the right and y down from the top-left
+// corner of the paper.
 //
-// A page is laid out as the finished print is to measure. A printer that makes everything longer by the document's
-// print scale gets it drawn shorter by as much, around the middle of the paper; that is the page's placement.
+// A page is laid out in the size of the finished print. It is then drawn divided by the document's print scale, because
+// the printer multiplies all lengths by that scale. The page's placement does this division; it leaves the middle of
+// the paper where it is.
 #pragma once
 
 #include <optional>
@@ -22,7 +24,7 @@ struct PageText {
     bool isUpwards = false;
 };
 
-// Where the points of a drawing are on the paper.
+// Maps the points of a drawing to the paper.
 struct Placement {
     double x(double mm) const { return origin.x + mm * scale.x; }
     double y(double mm) const { return origin.y + mm * scale.y; }
@@ -36,27 +38,28 @@ struct Placement {
 struct PrintedPage {
     const DrawnPattern *pattern = nullptr;
     PageSize paper;
-    Placement placement;  // of the layout, whose coordinates everything below has
-    Point patternPlace;   // of the origin of the pattern's geometry
-    // The part of the pattern that is on the page, in coordinates of its geometry; if empty, all of it.
+    Placement placement;  // of the layout; all members below have the layout's coordinates
+    Point patternPlace;   // the place of the origin of the pattern's geometry
+    // The part of the pattern that is on the page, in coordinates of its geometry. If empty, the whole pattern is on
+    // the page.
     std::optional<Rectangle> window;
-    std::vector<Rectangle> lines;  // that show where to cut; they do not overlap
+    std::vector<Rectangle> lines;  // they show where to cut, and do not overlap
     std::vector<CheckBar> bars;
     std::vector<PageText> texts;  // all but the labels of the bars
 
-    // Of the coordinates of the pattern's geometry.
+    // The placement of the pattern's geometry.
     Placement patternPlacement() const { return {placement.at(patternPlace), placement.scale}; }
 };
 
 // The shapes of the pattern that are on the page. If they are only a part, they are put into `part`.
 const PatternGeometry &visibleGeometry(const PrintedPage &page, PatternGeometry &part);
 
-// A page with the pattern, the bars and a caption, in these places. The caption is that of the pattern, after
-// `captionStart`.
+// Makes a page with the pattern, the bars and a caption in the places of the layout. The caption is `captionStart`
+// followed by the caption of the pattern.
 PrintedPage makePage(const DrawnPattern &pattern, const PageLayout &layout, const DrawingOptions &options,
                      const std::string &captionStart);
 
-// "100 mm"
+// The label of a bar, such as "100 mm".
 PageText labelOf(const CheckBar &bar);
 
 // The width of the text on the page.

@@ -5,7 +5,8 @@
 namespace lmlib64 {
 namespace {
 
-// The heights at which rows change, from top to bottom, limited to the picture and including its top and bottom.
+// The heights of all edges within the picture, from top to bottom, with the top and the bottom of the picture as the
+// first and the last. Two neighbouring rows differ only if one of these heights is between them.
 std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rectangles, std::int32_t height) {
     std::vector<std::int32_t> edges{0, height};
     const auto add = [&edges, height](std::int32_t y, std::int32_t &last) {
@@ -26,7 +27,7 @@ std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rec
     return edges;
 }
 
-// Sorts values that usually are two sorted runs: the squares of a row and the marks in them.
+// Sorts values that usually consist of two sorted runs: those of the squares of a row and those of the marks in them.
 void sortRuns(std::vector<std::int32_t> &values) {
     const auto secondRun = std::is_sorted_until(values.begin(), values.end());
     if (!std::is_sorted(secondRun, values.end())) {
@@ -86,7 +87,7 @@ public:
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // Gives these greys to all rows from the end of the last call down to y, in 1/256 pixel.
+    // Gives these greys to all rows from where the last call ended down to y (in 1/256 pixel).
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;

@@ -1,5 +1,5 @@
-// Draws axis-aligned rectangles into 8-bit grey pixels; the grey of each pixel is the exact share of its area that is
-// covered. It knows nothing of patterns and draws no other shape.
+// Draws axis-aligned rectangles as 8-bit grey pixels. The grey value of each pixel is computed exactly from the covered
+// share of its area. It draws no other shape and does not depend on patterns.
 //
 // It is fast because all rows between two consecutive edges are the same: such a row is computed once and copied.
 #pragma once
@@ -11,7 +11,7 @@
 
 namespace lmlib64 {
 
-// In fractions of a pixel (pixel_units.h). left <= right and top <= bottom.
+// A rectangle in fractions of a pixel (pixel_units.h), with left <= right and top <= bottom.
 struct PixelRectangle {
     std::int32_t left = 0;
     std::int32_t top = 0;
@@ -19,9 +19,10 @@ struct PixelRectangle {
     std::int32_t bottom = 0;
 };
 
-// The picture of width × height pixels, row after row without padding: 0 if the rectangles cover all of a pixel, 255 if
-// they cover none of it. They are filled together by the even-odd rule, so a rectangle inside another is a hole. Parts
-// outside the picture are cut off. Takes the rectangles in any order; from top to bottom is fastest.
+// Returns the picture of width × height pixels, row after row without padding. A pixel is 0 if the rectangles cover all
+// of it, and 255 if they cover none of it. All rectangles are filled together by the even-odd rule, so a rectangle
+// inside another one is a hole. Parts outside the picture are cut off. The rectangles may have any order; the order
+// from top to bottom is fastest.
 std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangles, std::int32_t width,
                                            std::int32_t height);
 

@@ -13,8 +13,8 @@ namespace {
 constexpr double lineWidth = 0.2;
 constexpr double half = lineWidth / 2.0;
 
-// Marks are in the gap between the block and the check bars.
-constexpr double markStart = 0.3;  // from the block
+// Distances of a cut mark's two ends from the block. The marks lie in the gap between the block and the check bars.
+constexpr double markStart = 0.3;
 constexpr double markEnd = 1.8;
 
 void addMarks(PrintedPage &page, const SheetPlan &plan, std::size_t column, std::size_t row) {
@@ -63,7 +63,7 @@ std::vector<std::string> instructions(const PatternGeometry &geometry, const She
 
 constexpr double textStep = 5.0;
 
-// The number of a sheet in the middle of its place in the plan.
+// The number of a sheet, in the middle of the sheet's place in the plan.
 PageText numberIn(const Rectangle &place, std::size_t number) {
     constexpr double largest = 12.0;
     constexpr double halfDigit = 0.36;  // of the size
@@ -74,7 +74,7 @@ PageText numberIn(const Rectangle &place, std::size_t number) {
     return text;
 }
 
-// The cuts and the edges, and the numbers between them.
+// Draws the cuts, the edges of the quiet zone, and the numbers of the sheets.
 void addPlanDrawing(PrintedPage &page, const SheetPlan &plan, const Placement &place) {
     const double top = place.y(plan.cutsY.front()) - half;
     const double bottom = place.y(plan.cutsY.back()) + half;
@@ -99,7 +99,7 @@ PrintedPage planPage(const DrawnPattern &pattern, const SheetPlan &plan, const D
     const PageLayout layout = layOutOnPaper(plan.paper, block, options.printScaleOrNone()).value();
     PrintedPage page = makePage(pattern, layout, options, "");
     page.bars.clear();
-    page.window = Rectangle{};  // nothing of the pattern
+    page.window = Rectangle{};  // the pattern itself is not drawn
 
     const std::vector<std::string> steps = instructions(pattern.geometry, plan);
     const double textHeight = textStep * static_cast<double>(steps.size() + 1);

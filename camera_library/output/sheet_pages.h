@@ -1,4 +1,4 @@
-// The pages of a pattern that is split over sheets.
+// Makes the pages of a pattern that is split over sheets.
 #pragma once
 
 #include <vector>
@@ -8,8 +8,8 @@
 
 namespace lmlib64 {
 
-// Adds a page with a plan of the sheets and what to do with them, and then the sheets, row by row. Each sheet has its
-// part of the pattern, two marks for every cut, check bars, and a caption that begins with its number.
+// Adds a page with a plan of the sheets and instructions, and then the sheets, row by row. Each sheet has its part of
+// the pattern, two marks for every cut, the check bars, and a caption that begins with the number of the sheet.
 void addSheetPages(const DrawnPattern &pattern, const SheetPlan &plan, const DrawingOptions &options,
                    std::vector<PrintedPage> &pages);
 

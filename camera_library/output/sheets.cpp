@@ -6,11 +6,11 @@ namespace lmlib64 {
 
 namespace {
 
-// One direction of a pattern.
+// The range of a pattern along x or along y.
 struct Extent {
     double begin = 0.0;  // of the quiet zone
     double end = 0.0;
-    std::vector<double> lines;  // where it may be cut, in order
+    std::vector<double> lines;  // where the pattern may be cut, in ascending order
 };
 
 Extent extentOf(double length, double quietZone, double firstLine, double pitch) {
@@ -23,8 +23,8 @@ Extent extentOf(double length, double quietZone, double firstLine, double pitch)
     return extent;
 }
 
-// The cuts that make every sheet as long as possible, but with its overlaps at most `longest`. Empty if two cuts are
-// farther apart than that.
+// The cuts that make every sheet as long as possible, but at most `longest` with its overlaps. Empty if that is
+// impossible because two neighbouring lines are too far apart.
 std::vector<double> cutsFor(const Extent &extent, double longest) {
     std::vector<double> cuts{extent.begin};
     while (true) {
@@ -41,7 +41,7 @@ std::vector<double> cutsFor(const Extent &extent, double longest) {
     }
 }
 
-// As few sheets as possible, and among these the ones of which the longest is shortest.
+// The cuts that give the fewest sheets. Among these, the longest sheet is as short as possible.
 std::vector<double> evenCuts(const Extent &extent, double longest) {
     std::vector<double> cuts = cutsFor(extent, longest);
     double tooShort = 0.0;

@@ -39,7 +39,7 @@ void appendElement(std::string &svg, const char *name, std::string_view text) {
     svg.append("</").append(name).append(">\n");
 }
 
-// The commands of a path.
+// Writes the commands of a path.
 class PathData {
 public:
     PathData(std::string &svgText, const Placement &shapePlacement) : svg(svgText), placement(shapePlacement) {}
@@ -129,7 +129,7 @@ void addLines(std::string &svg, const PrintedPage &page) {
     svg += "\"/>\n";
 }
 
-// The stated width keeps a text in its place whatever font it is drawn in.
+// The element states the width of the text, so that the text keeps its place in every font.
 void addText(std::string &svg, const PageText &text, const Placement &placement) {
     const Point &scale = placement.scale;
     svg += text.isUpwards ? "<text transform=\"translate(" : "<text x=\"";

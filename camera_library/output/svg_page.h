@@ -1,4 +1,4 @@
-// A page as an SVG drawing in true millimetres, for cutters, engravers and drawing programs.
+// Writes a page as an SVG drawing in true size, for cutters, engravers and drawing programs.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace lmlib64 {
 
-// The page, whose user unit is a millimetre. The pattern is one path that is filled by the even-odd rule; all its
-// coordinates are within 0.01 um of their places, and its circles are arcs. The check bars are a second path, and the
-// texts are texts. The JSON text of the pattern is the document's metadata. Throws std::bad_alloc.
+// Returns the drawing; its unit is a millimetre. The pattern is one path, filled by the even-odd rule. The error of its
+// coordinates is at most 0.01 um, and its circles are arcs. The check bars are a second path, cut marks are a third,
+// and texts remain texts. The JSON text of the pattern is the drawing's metadata. Throws std::bad_alloc.
 std::string svgPage(const PrintedPage &page, const PatternDocument &document);
 
 }  // namespace lmlib64
