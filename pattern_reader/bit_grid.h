@@ -1,5 +1,5 @@
-// A rectangle of bits from which many can be read at once: 64 bits of a row, or a window of up to 8 x 8 bits as one
-// word. Every bit beyond its edges is 0.
+// A rectangle of bits from which many bits can be read at once: 64 bits of a row, or a window of up to 8 x 8 bits as
+// one word. Every bit beyond its edges is 0.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@ public:
         words[std::size_t(row) * wordsPerRow + 1 + std::size_t(column / wordBits)] |= bit;
     }
 
-    // 64 bits of a row; the lowest is the one in the given column.
+    // Returns 64 bits of a row. The lowest is the one in the given column.
     [[nodiscard]] std::uint64_t rowBits(int column, int row) const {
         if (row < 0 || row >= rowCount || column <= -wordBits || column >= columnCount) {
             return 0;
@@ -36,8 +36,8 @@ public:
         return shift == 0 ? word[0] : word[0] >> shift | word[1] << (wordBits - shift);
     }
 
-    // The square window with this top left square and this side, 8 at most. Bit 8 r + c of the result is the one in
-    // its column c and row r.
+    // Returns the bits of a square window. Its top-left bit is in this column and row, and its side is at most 8. Bit 8
+    // r + c of the result is the window's bit in column c, row r.
     [[nodiscard]] std::uint64_t window(int column, int row, int side) const {
         std::uint64_t bits = 0;
         for (int i = 0; i < side; ++i) {

@@ -7,7 +7,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr float clearEnough = 0.35F;  // certainty of a square whose bit is not treated as lost
+constexpr float clearEnough = 0.35F;  // least certainty of a square whose bit is used
 
 PatternValues valuesOf(const pattern_code::BlockContent &content) {
     PatternValues values;
@@ -32,8 +32,8 @@ PatternValues valuesOf(const pattern_code::BlockContent &content) {
 
 namespace {
 
-// All blocks of one kind, as one block and the difference (XOR) that each free bit of the content makes. The code is
-// linear, so every block of the kind is the first block combined with some of the differences by XOR.
+// All blocks of one kind, stored as one block and the differences (XOR) that the free bits of the content make. The
+// code is linear, so every block of the kind is the first block combined with some of the differences by XOR.
 struct BlockFamily {
     std::uint64_t first = 0;
     std::vector<std::uint64_t> differences;
@@ -90,7 +90,7 @@ public:
             const std::uint64_t word = of(difference & known);
             if (word != 0) {
                 basis.push_back(word);
-                // Largest first, so that going once through the list is enough.
+                // The largest comes first, so that it is enough to go through the list once.
                 std::sort(basis.rbegin(), basis.rend());
             }
         }
@@ -115,8 +115,9 @@ BlockAgreement compare(const SeenBlock &seen, const BlockFamily &family) {
     BlockAgreement agreement;
     agreement.checks = int(std::bitset<64>(known).count()) - remainder.freeBits();
     const std::uint64_t rest = remainder.of((seen.bits ^ family.first) & known);
-    // Remainders are linear: the rest is the sum (XOR) of the remainders of the wrong bits. The sums of none, one and
-    // two such remainders are listed; the rest must be one of these, or a sum of two of them.
+    // Remainders are linear: the rest is the sum (XOR) of the remainders of the wrong bits. The lists contain the
+    // remainders of single bits and the sums of two. The rest must be 0, be in one of the lists, or be the sum of two
+    // entries.
     std::vector<std::uint64_t> ones;
     for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
         const std::uint64_t mask = std::uint64_t(1) << bit;

@@ -20,15 +20,15 @@ struct SeenBlock {
     void see(int bit, bool set);
 };
 
-// The block in the squares of a tile.
+// Returns the block that the squares of a tile carry.
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion);
 
 // Decodes the block and writes it to reading.values, blockBytes and correctedBits. Leaves these unchanged if the block
 // cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// Compares the visible bits of a plate's block with the most similar valid block. Random bits agree with some valid
-// block completely with a probability of 2^-checks.
+// How well the visible bits of a plate's block agree with the most similar valid block. Random bits agree completely
+// with some valid block with a probability of 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 
@@ -38,7 +38,8 @@ struct BlockAgreement {
 
 BlockAgreement comparePlateBlock(const SeenBlock &seen);
 
-// What would have been seen if the plate were mirrored across the diagonal through the corner with the triangle.
+// Returns the block that would have been seen if the plate were mirrored across the diagonal through the corner with
+// the triangle.
 SeenBlock mirrorPlateBlock(const SeenBlock &seen);
 
 }  // namespace pattern_reader

@@ -10,9 +10,9 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr float largestDoubtful = 7;  // side of the squares whose blur may be misjudged, pixels
-constexpr size_t leastCorners = 25;   // fewer have too few squares for anything to be read
-constexpr int windowSide = 14;        // cells, of the part of a lattice on which blurs are tried
+constexpr float largestDoubtful = 7;  // pixels; the blur may be misjudged if squares are smaller
+constexpr size_t leastCorners = 25;   // with fewer corners, there are too few squares to be read
+constexpr int windowSide = 14;        // cells; side of the part of a lattice on which blurs are tried
 constexpr float leastCertainty = 0.3F;
 
 MeasuredBoard measureWith(const std::vector<ImageLevel> &levels, CornerLattice &lattice, std::optional<float> blur) {
@@ -34,7 +34,8 @@ float medianSpacing(const CornerLattice &lattice) {
     return *middle;
 }
 
-// The number of squares that are certainly marked or of those that are certainly not, whichever is smaller.
+// Returns the number of squares that are certainly marked or the number that are certainly unmarked, whichever is
+// smaller.
 int rarerKind(const std::vector<SquareReading> &marks) {
     int marked = 0;
     int unmarked = 0;
@@ -52,7 +53,7 @@ bool isDivided(const std::vector<SquareReading> &marks) {
     return rarerKind(marks) * 10 >= int(marks.size()) * 3;
 }
 
-// The corners of a lattice around the one in its middle.
+// Returns the corners in the middle part of a lattice.
 CornerLattice middlePart(const CornerLattice &lattice) {
     const cv::Rect extent = lattice.extent();
     const cv::Point middle = (extent.tl() + extent.br()) / 2;
@@ -67,7 +68,7 @@ CornerLattice middlePart(const CornerLattice &lattice) {
     return part;
 }
 
-// The blur with which the squares divide best into marked ones and others. Empty if none shows both kinds.
+// Returns the blur with which the squares divide best into marked ones and others. Empty if no blur shows both kinds.
 std::optional<float> dividingBlur(const std::vector<ImageLevel> &levels, const CornerLattice &lattice) {
     constexpr std::array<float, 6> blurs{0.45F, 0.55F, 0.7F, 0.85F, 1.05F, 1.3F};  // pixels
     constexpr int leastRarer = 4;

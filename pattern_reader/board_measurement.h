@@ -1,7 +1,7 @@
 // Measures a lattice's corners and reads the marks of its squares.
 //
 // If squares are only a few pixels large, the pixels around a corner hardly distinguish strong blur with strong
-// contrast from weak blur with weak contrast, and with the wrong blur all squares look marked, or none does. In that
+// contrast from weak blur with weak contrast, and if the blur is wrong, all squares look marked, or none does. In that
 // case the blur is chosen so that the squares divide into marked ones and others.
 #pragma once
 
@@ -19,7 +19,7 @@ struct MeasuredBoard {
     std::vector<SquareReading> marks;
 };
 
-// Moves the lattice's corners to where they are measured, and drops and adds some, as measureCorners does.
+// Moves the lattice's corners to their measured positions, and removes and adds corners as measureCorners does.
 MeasuredBoard measureBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice);
 
 }  // namespace pattern_reader

@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-// The corners with the code's lattice coordinates as their cells.
+// Returns the reading's corners as a lattice. The cells are the lattice coordinates of the code.
 CornerLattice latticeOf(const PatternReading &reading) {
     CornerLattice lattice;
     lattice.originLight = !reading.evenSquaresDark;
@@ -47,7 +47,7 @@ void addMissing(PatternReading &board, const PatternReading &part) {
     });
 }
 
-// Two parts as one reading.
+// Returns one reading for two parts.
 PatternReading join(const PatternReading &board, const PatternReading &part, const ReadLattice &read) {
     CornerLattice both = latticeOf(board);
     for (const PatternCorner &corner : part.corners) {

@@ -1,6 +1,6 @@
-// Boards that were read in parts, because something in front of them divides them or because two levels of the pyramid
-// showed different corners of them. Two boards with the same number remain two, because they show the same lattice
-// points at different places.
+// Joins boards that were read in parts, because something in front of them divides them or because two levels of the
+// pyramid showed different corners of them. Two boards with the same number stay separate, because they show the same
+// lattice points at different places.
 #pragma once
 
 #include <functional>
@@ -12,7 +12,7 @@
 
 namespace pattern_reader {
 
-// Reads a lattice: drops and adds corners, and determines what it is. Empty if it is not a coded board.
+// Reads a lattice: removes and adds corners, and determines which board it is. Empty if it is not a coded board.
 using ReadLattice = std::function<std::optional<PatternReading>(CornerLattice &lattice)>;
 
 // Joins the readings that are parts of the same board into one, by reading their corners together. The result contains

@@ -16,8 +16,8 @@ namespace pattern_reader {
 
 namespace {
 
-// The reading of a lattice whose place is known. `squares` has the numbers of the pattern's columns and rows of
-// squares. The outermost lattice lines are the pattern's edge and have no corners.
+// Returns the reading of a lattice whose place is known. `squares` is the size of the pattern in squares. The outermost
+// lattice lines are the pattern's edge and have no corners.
 PatternReading describe(const CornerLattice &lattice, const LatticeMotion &motion, cv::Size squares) {
     PatternReading reading;
     const cv::Rect inside(1, 1, squares.width - 1, squares.height - 1);
@@ -30,7 +30,7 @@ PatternReading describe(const CornerLattice &lattice, const LatticeMotion &motio
     std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {
         return a.lattice.y != b.lattice.y ? a.lattice.y < b.lattice.y : a.lattice.x < b.lattice.x;
     });
-    // The x axis as a mean of all steps along it.
+    // The direction of the x axis is the mean of all steps along it.
     cv::Point2f along;
     cv::Point low(1 << 20, 1 << 20);
     for (size_t i = 0; i < reading.corners.size(); i++) {

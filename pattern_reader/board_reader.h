@@ -11,8 +11,8 @@
 
 namespace pattern_reader {
 
-// Measures a lattice, which drops and adds corners, and reads it. Empty if it is neither a coded board nor a plain
-// board of the given size, if there is one (in inner corners).
+// Measures a lattice, which removes and adds corners, and reads it. `plainBoard` is the number of inner corners of the
+// plain board that is searched for, if any. Empty if the lattice is neither a coded board nor this plain board.
 std::optional<PatternReading> readBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                         const std::optional<cv::Size> &plainBoard);
 

@@ -37,7 +37,7 @@ public:
         }
     }
 
-    // Adds prior knowledge: the sum of factor * parameter is `error` below its expected value.
+    // Adds prior knowledge: the sum of factor * parameter over both parameters is `error` below its expected value.
     void add(Window::Parameter first, double firstFactor, Window::Parameter second, double secondFactor, double error,
              double weight) {
         const size_t i = indexOf(first);
@@ -77,7 +77,8 @@ public:
         return step;
     }
 
-    // After solve: the mean variance of the position along one axis, for pixels with a variance of 1.
+    // Returns the variance of the position along one axis, averaged over both axes, for pixels with a variance of 1. To
+    // be called after solve.
     double positionVariance() const {
         const double xx = matrix[size - 2][size - 2];
         const double xy = matrix[size - 2][size - 1];
@@ -95,8 +96,8 @@ private:
     std::array<double, size> right{};
 };
 
-// Takes a step and returns it as it was taken. The changes of blur and position are limited, because the derivatives
-// hold only near their current values.
+// Adds a step to the fit and returns the step with its limits applied. The changes of blur and position are limited,
+// because the derivatives hold only near their current values.
 Step change(CornerFit &fit, Step step) {
     const auto limit = [&](Window::Parameter p, double most) { step[p] = std::clamp(step[p], -most, most); };
     limit(Window::Blur, 0.3);
@@ -126,8 +127,8 @@ std::optional<Step> stepOf(const Window &window, const std::array<Window::Parame
     return NormalEquations<size>(window, free).solve();
 }
 
-// The slopes of middle and amplitude should agree with the expected changes over the lattice's steps, and the blur with
-// that of the board.
+// The slopes of middle and amplitude should agree with the expected changes over the lattice's steps, and the blur
+// should agree with that of the board.
 void addPrior(NormalEquations<everything.size()> &equations, const CornerBorders &borders, const CornerPrior &prior,
               const CornerFit &fit) {
     const auto weight = [&](float deviation) { return double(prior.noise * prior.noise / (deviation * deviation)); };
@@ -171,7 +172,8 @@ bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radiu
     if (levels) {
         fit.middle = 0;
     }
-    // In a small window, even a small error of the start leads to a wrong position more often.
+    // In a small window, the fit continues until its steps are very short, because a small remaining error leads to a
+    // wrong position more often there.
     const double enough = free == CornerParameters::Position && radius > 2.5F ? 0.15 : 0.004;
     Window window;
     Step last{};

@@ -2,13 +2,13 @@
 //
 //   grey = M(d) + A(d) * erf(a / (sqrt 2 * blur)) * erf(b / (sqrt 2 * blur))
 //
-// a and b are the distances from the two borders; M and A, the middle grey and the amplitude, change linearly with the
-// distance d from the corner, because light does. The caller passes the directions and bends of the borders, because
-// the lattice determines them far better than a few pixels can.
+// a and b are the distances from the two borders; M and A, the middle grey and the amplitude, change linearly with d,
+// the vector from the corner, because the light does. The caller passes the directions and bends of the borders,
+// because the lattice determines them far better than a few pixels can.
 //
 // An error of the model that stays the same after half a turn about the corner does not move the fitted position. The
-// position is therefore right for any blur with this symmetry, such as the disc of a defocused lens, and noise is
-// estimated only from the part of the errors that changes sign after half a turn.
+// position is therefore right for any blur with this symmetry, such as the disc of a defocused lens. For the same
+// reason, noise is estimated only from the part of the errors that changes sign after half a turn.
 #pragma once
 
 #include <array>
@@ -22,7 +22,7 @@ struct CornerBorders {
     // Half the curvature of each border, per pixel; positive if it bends to the clockwise side of axis 0, or to the
     // counterclockwise side of axis 1.
     std::array<float, 2> bends{0, 0};
-    // The distances from each border at which a square's mark may begin. Pixels that see it are left out.
+    // The distance from each border at which the marks of the squares may begin. Pixels that see a mark are left out.
     std::array<float, 2> marks{1000, 1000};
 };
 
@@ -34,7 +34,7 @@ struct CornerFit {
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels
-    float noise = 0;             // the same, but only of the errors that change sign after half a turn
+    float noise = 0;             // the same for the part of the errors that changes sign after half a turn
     float sigma = 0;             // standard deviation of the position along one axis, pixels
     int pixels = 0;              // number of pixels in the window
 };
@@ -46,23 +46,23 @@ struct CornerPrior {
         float amplitude = 0;
         float deviation = 0;  // standard deviation of both
     };
-    std::array<Change, 2> changes;  // of the levels over one step along each axis, grey levels
+    std::array<Change, 2> changes;  // change of the levels over one step along each axis, grey levels
     float blur = 1;                 // pixels
     float blurDeviation = 0;
     float noise = 1;        // standard deviation of a pixel, grey levels
-    float noiseWeight = 0;  // degrees of freedom that this noise counts as
+    float noiseWeight = 0;  // how many degrees of freedom `noise` counts as
 };
 
 enum class CornerParameters { Position, PositionAndBlur };
 
-// Improves fit (position and blur are the start) over a disc of the given radius in pixels, with even light. False if
-// the position moves away from the start by more than half the radius (0.8 pixels for small discs), if the parameters
-// are not determined, or if the disc leaves the picture.
+// Fits a corner with uniform light to a disc of the given radius in pixels, in at most `steps` steps. The position and
+// the blur in `fit` are the start. False if the position moves away from the start by more than half the radius (0.8
+// pixels for small discs), if the parameters are not determined, or if the disc leaves the picture.
 bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit);
 
-// Improves a fit that is nearly right: position, blur and the levels' slopes, within what the prior allows. Gives the
-// fit its residual, noise and sigma. Fails as fitCorner does.
+// Improves a fit that is nearly right. Fits position, blur, levels and the levels' slopes, as far as the prior allows,
+// and sets residual, noise and sigma. False in the same cases as fitCorner.
 bool refineCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, const CornerPrior &prior,
                   int steps, CornerFit &fit);
 

@@ -149,7 +149,7 @@ float CornerLattice::spacingAt(cv::Point cell) const {
     return shortest;
 }
 
-// The step along one axis, from the closest pair of corners: on both sides of the cell, on one side of it, or in a
+// Finds the step along one axis from the closest pair of corners: on both sides of the cell, on one side of it, or in a
 // neighbouring line.
 bool CornerLattice::stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const {
     const auto between = [&](cv::Point from, cv::Point to, float share) {

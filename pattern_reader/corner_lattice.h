@@ -1,8 +1,8 @@
-// A connected piece of a checkerboard: corners with their place in a lattice of their own.
+// The corners of a checkerboard or of a part of one, each with its column and row in a lattice.
 //
-// Axes: column steps go along axis 0, row steps along axis 1, and turning from axis 0 to axis 1 is clockwise as seen
-// in the image (x right, y down), so a lattice is never mirrored. The place of its origin and the directions of its
-// axes are arbitrary. Positions are image coordinates.
+// Axes: column steps go along axis 0, row steps along axis 1, and turning from axis 0 to axis 1 is clockwise as seen in
+// the image (x right, y down), so a lattice is never mirrored. The origin and the directions of the axes are arbitrary.
+// Positions are image coordinates.
 #pragma once
 
 #include <array>
@@ -24,20 +24,20 @@ struct LatticeCorner {
 
 class CornerLattice {
 public:
-    // Cells run from -reach to reach in both directions: room for the largest pattern, of 271 corners a side, whichever
-    // of its corners is the first.
+    // Cells run from -reach to reach in both directions. That is enough for the largest pattern, of 271 x 271 corners,
+    // whichever of its corners is found first.
     static constexpr int reach = 300;
 
-    // The square between the corner (0, 0) and (1, 1) is light; colours alternate from there.
+    // True if the square between the corners (0, 0) and (1, 1) is light. Colours alternate from there.
     bool originLight = true;
     std::vector<LatticeCorner> corners;
 
     // Adds a corner. False if its cell is occupied or out of range.
     bool add(const LatticeCorner &corner);
-    // The corner's number in `corners`, or -1.
+    // The index in `corners` of the corner at a cell, or -1.
     int indexAt(cv::Point cell) const;
     const LatticeCorner *at(cv::Point cell) const;
-    // Removes the corners for which keep is false; one entry for each corner.
+    // Removes the corners for which `keep` is false. `keep` has one entry for each corner.
     void retain(const std::vector<bool> &keep);
     // The smallest rectangle of cells around all corners.
     cv::Rect extent() const;
@@ -47,18 +47,19 @@ public:
     bool predict(cv::Point cell, cv::Point2f &position) const;
     // Predicts the position of a present corner from its neighbours on both sides. False if it has no such pair.
     bool interpolate(cv::Point cell, cv::Point2f &position) const;
-    // Length of the shorter of the two lattice steps at a corner.
+    // Length of the shortest lattice step at a cell, in pixels; 0 if no corners next to it show one.
     float spacingAt(cv::Point cell) const;
-    // The steps at a cell, occupied or not, from the corners next to it. Empty if these do not determine both.
+    // The column step and the row step at a cell, with or without a corner, from the corners around it. Empty if these
+    // corners do not determine both steps.
     std::optional<LatticeSteps> stepsAt(cv::Point cell) const;
 
 private:
     size_t slotOf(cv::Point cell) const;
     bool stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const;
-    // Enlarges the area so that it contains the cell, and some more so that this is needed less often.
+    // Enlarges `covered` so that it contains the cell. It grows by more than needed, so that this happens less often.
     void cover(cv::Point cell);
 
-    // The corners' numbers by cell, over the cells of covered.
+    // The index of the corner at each cell of `covered`, row by row; -1 if there is none.
     cv::Rect covered;
     std::vector<int> indices;
 };

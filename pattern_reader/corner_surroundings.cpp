@@ -15,11 +15,11 @@ struct Parabola {
     cv::Point2f step, curve;
 };
 
-// The bend of a border is measured with corners up to this many steps away, because the errors of closer ones look like
-// a bend.
+// The bend of a border is measured over up to this many steps to both sides, or twice as many to one side. Over fewer
+// steps, errors of the corners would look like a bend.
 constexpr int farthest = 3;
 
-// Through a corner with neighbours on both sides.
+// The border through a corner that has neighbours on both sides.
 Parabola symmetricParabola(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step) {
     const cv::Point2f before = lattice.at(corner.cell - step)->position;
     const cv::Point2f after = lattice.at(corner.cell + step)->position;
@@ -35,7 +35,7 @@ Parabola symmetricParabola(const CornerLattice &lattice, const LatticeCorner &co
     return border;
 }
 
-// Through a corner with neighbours on one side only, in direction of the step.
+// The border through a corner that has neighbours on one side only, in the direction of the step.
 Parabola oneSidedParabola(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step) {
     const cv::Point2f next = lattice.at(corner.cell + step)->position;
     Parabola border{next - corner.position, {}};
@@ -51,7 +51,8 @@ Parabola oneSidedParabola(const CornerLattice &lattice, const LatticeCorner &cor
     return border;
 }
 
-// The lattice step through a corner along one axis and half the border's curvature to the clockwise side of the step.
+// Sets the lattice step through a corner along one axis, and half the curvature of the border, which is positive if it
+// bends to the clockwise side of the step. False if the corner has no neighbour along the axis.
 bool stepThrough(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step, cv::Point2f &direction,
                  float &bend) {
     const bool before = lattice.at(corner.cell - step) != nullptr;
@@ -110,7 +111,7 @@ std::optional<CornerBorders> CornerSurroundings::bordersByNeighbours(const Latti
             return std::nullopt;
         }
     }
-    // The distances from the second border have the opposite sign.
+    // CornerBorders counts the bend of the second border with the opposite sign.
     borders.bends[1] = -borders.bends[1];
     return borders;
 }
@@ -127,7 +128,7 @@ std::optional<CornerBorders> CornerSurroundings::bordersOf(const LatticeCorner &
     return borders;
 }
 
-// A plane through the levels of up to nine corners around one.
+// Fits a plane to the levels of up to nine corners around a cell.
 LightPlane CornerSurroundings::planeAround(cv::Point cell, const std::vector<CornerFit> &fits) const {
     // At the edge of the lattice, the nine corners are shifted towards its inside.
     const auto shift = [&](cv::Point axis) {

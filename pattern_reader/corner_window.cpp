@@ -69,7 +69,7 @@ cv::Point pixelAt(cv::Point2f p) {
     return {int(std::lround(p.x)), int(std::lround(p.y))};
 }
 
-// Decides which pixels of a disc are taken: those at most `reach` from one of the borders that see no mark.
+// Decides which pixels of a disc are taken: those that are at most `reach` from one of the borders and see no mark.
 class PixelChoice {
 public:
     PixelChoice(const CornerBorders &borders, float blur, float greatestDistance)
@@ -78,8 +78,8 @@ public:
           mark0(borders.marks[0]),
           mark1(borders.marks[1]),
           reach(greatestDistance) {
-        // A mark's corner affects pixels up to a distance of about twice the blur. If too few pixels remained without
-        // them, some of its effect is tolerated.
+        // A mark's corner affects pixels up to a distance of about twice the blur. In small squares too few pixels
+        // would remain without these, so some of this effect is tolerated there.
         const float glow = std::min(2 * blur, 0.6F * std::min(mark0, mark1));
         squaredGlow = 4 * glow * glow;
     }
@@ -93,7 +93,8 @@ public:
             const auto along = float(dx + i);
             const float across0 = std::abs(from0 - axis0.y * along);
             const float across1 = std::abs(from1 - axis1.y * along);
-            // Twice the distance to the strip beside a border in which there are no marks, or 0.
+            // Marks begin at these distances from the borders. This is twice the distance that remains until there, or
+            // 0.
             const float free0 = mark0 - across0 + std::abs(mark0 - across0);
             const float free1 = mark1 - across1 + std::abs(mark1 - across1);
             taken[i] =

@@ -1,4 +1,4 @@
-// The pixels of a disc around a corner, and how the picture of four blurred areas compares with them.
+// Takes the pixels of a disc around a corner and compares them with the picture of four blurred areas (corner_fit.h).
 //
 // Pixels are kept as lists, one value for each pixel, so that the loops over them can be vectorised. The disc is
 // symmetric: pixel i and pixel count() - 1 - i are opposite each other. The lists are padded to a multiple of `lanes`,
@@ -18,7 +18,7 @@ public:
     static constexpr float largestRadius = 16;  // pixels
     static constexpr std::size_t lanes = 8;
 
-    // The model's parameters. Position comes last in each set that is fitted, see NormalEquations.
+    // The model's parameters. Position comes last in each set that is fitted, because NormalEquations needs it there.
     enum Parameter : std::size_t {
         Middle,
         Amplitude,
@@ -32,12 +32,12 @@ public:
         ParameterCount
     };
 
-    // Takes the pixels of a disc around the fit's position that are at most `reach` from one of the borders; false if
-    // the disc leaves the picture. A disc with more pixels than there is room for is made smaller.
+    // Takes the pixels of a disc around the fit's position that are at most `reach` from one of the borders and see no
+    // mark. False if the disc leaves the picture. If there is no room for all pixels, the disc is made smaller.
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
     // Compares the pixels with the model: sets errors and slopes.
     void compare(const CornerBorders &borders, const CornerFit &fit);
-    // The errors that are left when the parameters change by `step`, as far as the slopes tell.
+    // Sets the errors to what would remain after the parameters change by `step`, according to the slopes.
     void predictErrors(const std::array<double, ParameterCount> &step);
 
     std::size_t count() const { return pixelCount; }
@@ -56,7 +56,7 @@ private:
     float sum(const List &a, const List &b) const;
 
     std::size_t pixelCount = 0;
-    std::size_t filled = 0;  // pixelCount up to a multiple of lanes
+    std::size_t filled = 0;  // pixelCount rounded up to a multiple of lanes
     List x, y;               // pixel coordinates
     List grey;
     List errors;

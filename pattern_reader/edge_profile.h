@@ -1,4 +1,5 @@
-// How grey levels rise over a blurred straight border, by the distance from it in standard deviations of the blur.
+// The grey levels across a blurred straight border, as a function of the distance from it. Distances are in standard
+// deviations of the blur.
 #pragma once
 
 #include <algorithm>

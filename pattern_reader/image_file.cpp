@@ -68,7 +68,7 @@ cv::Mat oneChannel(const cv::Mat &picture) {
     return grey;
 }
 
-// The level that all but one pixel in 2,000 do not exceed; the greatest if that level is 0.
+// The level that only one pixel in 2,000 exceeds; the greatest level if that one is 0.
 float lightestLevel(const cv::Mat &real) {
     std::vector<float> levels;
     levels.reserve(real.total());
@@ -107,8 +107,8 @@ void refuseTooLarge(const std::string &path, const PictureSize &size) {
     }
 }
 
-// JPEG pictures store their luminance by itself. Decoding only that takes a third of the time and of the memory, and
-// avoids the rounding of two conversions of colours.
+// JPEG pictures store their luminance separately. Decoding only that takes a third of the time and of the memory, and
+// avoids the rounding errors of two colour conversions.
 int decoderFlags(std::istream &file) {
     file.clear();
     file.seekg(0);
@@ -116,7 +116,7 @@ int decoderFlags(std::istream &file) {
     return isJpeg ? cv::IMREAD_GRAYSCALE | cv::IMREAD_IGNORE_ORIENTATION : cv::IMREAD_UNCHANGED;
 }
 
-// The end of the sentence that refuses a file.
+// The end of the message about a file that is not a picture.
 std::string endOfRefusal(std::istream &file) {
     std::array<char, 4> start{};
     file.clear();

@@ -1,6 +1,7 @@
-// One level of the image pyramid: the image halved some number of times, lightly smoothed.
+// One level of the image pyramid: the image halved `number` times, and a lightly smoothed copy of that.
 //
-// Level coordinates count the level's own pixels, centre of the top-left pixel (0, 0); a point p of level n is at
+// Level coordinates count the level's own pixels, and the centre of the top-left pixel is (0, 0). A point p of level n
+// is at
 // (p + 0.5) * 2^n - 0.5 in the image.
 #pragma once
 
@@ -25,8 +26,8 @@ struct ImageLevel {
     }
 };
 
-// Levels from the full image down to the last one whose shorter side has at least 24 pixels, so that squares of any
-// size are small in one of them. The `smoothed` pictures are left empty.
+// Returns the levels from the full image down to the last one whose shorter side has at least 24 pixels, so that
+// squares of any size are small in one of them. The `smoothed` pictures are left empty.
 std::vector<ImageLevel> makePyramid(const cv::Mat &image);
 
 // Makes level.smoothed from level.picture.

@@ -23,7 +23,7 @@ float cross(cv::Point2f a, cv::Point2f b) {
     return a.x * b.y - a.y * b.x;
 }
 
-// The finest level in which a lattice step is at most 12 pixels, or the coarsest of all if there is none.
+// The finest level in which a lattice step is at most 12 pixels, or the coarsest of all if there is no such level.
 const ImageLevel &levelFor(const std::vector<ImageLevel> &levels, float spacing) {
     size_t number = 0;
     while (number + 1 < levels.size() && spacing / levels[number].scale() > 12) {
@@ -38,15 +38,15 @@ float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
     return float(smoothed.at<int16_t>(std::clamp(y, 0, smoothed.rows - 1), std::clamp(x, 0, smoothed.cols - 1))) / 64;
 }
 
-// The contrast, light minus dark, across the border between two neighbouring corners, of which at least the first is in
-// the lattice. Negative if the colours are exchanged.
+// The contrast (light minus dark) across the border between two neighbouring corners. Negative if light and dark are
+// exchanged. Only the first corner must be in the lattice.
 float borderContrast(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &from,
                      const LatticeCorner &to) {
     const cv::Point step = to.cell - from.cell;
     const cv::Point2f a = level.fromImage(from.position);
     const cv::Point2f b = level.fromImage(to.position);
-    // The direction across is that of the other axis. A right angle would, in a sheared lattice, lead into the mark of
-    // the next square.
+    // The direction across the border is that of the other axis. In a sheared lattice, the direction at a right angle
+    // to the border could lead into the mark of the next square.
     cv::Point2f across(a.y - b.y, b.x - a.x);
     if (const std::optional<LatticeSteps> steps = lattice.stepsAt(from.cell)) {
         across = (step.x != 0 ? steps->row : -steps->column) * (float(step.x + step.y) / level.scale());
@@ -94,7 +94,7 @@ bool hasPolarity(const CornerLattice &lattice, cv::Point cell, cv::Point2f axis0
     return between == lattice.isLight(cell);
 }
 
-// What the corners next to an absent one tell about it.
+// What the neighbours of an absent corner tell about it.
 struct Surroundings {
     cv::Point2f expected;
     float spacing = 0;                // the shortest lattice step here
@@ -137,7 +137,8 @@ bool findSaddle(const ImageLevel &level, const Surroundings &around, const std::
     return length(off) <= 0.3F * spacing && (!steps || steps->count(off * level.scale()) <= 0.4F);
 }
 
-// True if the borders between a corner and its neighbours have about as much contrast as the borders beyond these.
+// True if every border between a corner and a neighbour has enough contrast: at least 3 grey levels, and at least 30 %
+// of the contrast of the border beyond the neighbour.
 bool bordersContinue(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &corner) {
     for (const cv::Point step : steps()) {
         const LatticeCorner *one = lattice.at(corner.cell + step);
@@ -166,7 +167,8 @@ bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<
     if (!findSaddle(level, around, steps, saddle)) {
         return false;
     }
-    // With one axis known the other follows from the colours; with both they must agree.
+    // If only one axis is known, the other follows from the colours. If both are known, the colours must agree with
+    // them.
     const auto &[axis0, axis1] = around.axes;
     if (length(axis0) > 0 && length(axis1) > 0 && !hasPolarity(lattice, cell, axis0, axis1, saddle)) {
         return false;

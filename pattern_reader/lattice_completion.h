@@ -1,4 +1,4 @@
-// Finds corners that a lattice lacks, at the places that its own corners predict.
+// Finds the missing corners of a lattice at the places that its other corners predict.
 #pragma once
 
 #include <vector>
@@ -8,8 +8,8 @@
 
 namespace pattern_reader {
 
-// Drops corners out of line with their neighbours, then looks for the missing ones around and inside the lattice in
-// the level that suits the local spacing, until there are no more.
+// Removes corners that are out of line with their neighbours. Then looks for missing corners inside and around the
+// lattice, in the pyramid level that suits the local spacing, until no more are found.
 void completeLattice(CornerLattice &lattice, const std::vector<ImageLevel> &levels);
 
 }  // namespace pattern_reader

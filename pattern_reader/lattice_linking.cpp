@@ -18,16 +18,16 @@ float length(cv::Point2f v) {
 struct Placed {
     size_t saddle = 0;
     cv::Point cell;
-    std::array<cv::Point2f, 2> axes;  // where column and row steps point at this saddle
-    bool swapped = false;             // axis 0 lies along border 1
+    std::array<cv::Point2f, 2> axes;  // directions of the column and row steps at this saddle
+    bool swapped = false;             // true if axis 0 lies along border 1
 };
 
-// Follows the links from saddle to saddle and gives every one its cell.
+// Follows the links from saddle to saddle and assigns a cell to each.
 class LatticeGrowth {
 public:
-    // Saddles in `used` were placed before and are ignored; the saddles placed here are added to it. `cornerOf` is
-    // shared and must have -1 for every saddle between growths, because a vector for each of many small lattices would
-    // take time that grows with the whole picture.
+    // Saddles in `used` were placed before and are ignored; the saddles placed here are added to it. All growths share
+    // `cornerOf`, because a new vector for each of many small lattices would take time in proportion to all saddles.
+    // Between growths it has -1 for every saddle.
     LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
         : linkedSaddles(saddles), usedSaddles(used), cornerNumbers(cornerOf) {}
 
@@ -111,7 +111,7 @@ bool LatticeGrowth::start(size_t seed) {
 }
 
 void LatticeGrowth::grow() {
-    // The list grows as it is gone through.
+    // `place` adds to `members` during the loop.
     size_t done = 0;
     while (done < members.size()) {
         const Placed from = members[done++];

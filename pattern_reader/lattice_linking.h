@@ -1,5 +1,5 @@
-// From saddles to lattices: links saddles that look like neighbouring corners of a checkerboard, and follows the links,
-// starting with four saddles whose links form a square.
+// Makes lattices of saddles. It links saddles that look like neighbouring corners of a checkerboard. Then it follows
+// the links, starting with four saddles whose links form a square.
 #pragma once
 
 #include <vector>

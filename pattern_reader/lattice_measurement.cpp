@@ -16,15 +16,15 @@ float length(cv::Point2f v) {
     return std::hypot(v.x, v.y);
 }
 
-// The radius of a disc that contains four areas and nothing else. The marks of the squares begin at a third of the step
-// along both axes.
+// The radius of a disc that contains the four areas at a corner and none of their marks. The marks of the squares begin
+// at a third of the step along both axes.
 float cleanRadius(const CornerBorders &borders) {
     const auto &[step0, step1] = borders.steps;
     const float diagonal = std::min(length(step0 + step1), length(step0 - step1));
     return std::max(std::min(0.42F * std::min(length(step0), length(step1)), 0.9F * diagonal / 3), 1.8F);
 }
 
-// Distances of the two parallel borders next to each border.
+// For each border, its distance from the next parallel border.
 std::array<float, 2> widthsOf(const CornerBorders &borders) {
     const auto &[step0, step1] = borders.steps;
     const float area = std::abs(float(step0.cross(step1)));
@@ -32,7 +32,7 @@ std::array<float, 2> widthsOf(const CornerBorders &borders) {
 }
 
 // The radius of the disc for refineCorner, at most half way to the next corner along the borders, and less if the blur
-// of the parallel borders reaches farther in.
+// of the next parallel borders reaches into the disc.
 float refinedRadius(const CornerBorders &borders, float blur) {
     const auto &[step0, step1] = borders.steps;
     const std::array<float, 2> widths = widthsOf(borders);
@@ -88,7 +88,7 @@ float roomAround(const ImageLevel &level, cv::Point2f p) {
     return std::max(3.0F, std::min({p.x, p.y, right, bottom}) - 1);
 }
 
-// Fits the corners that a lattice has.
+// Measures the corners of a lattice. The result is that of measureCorners.
 class CornerMeasurement {
 public:
     CornerMeasurement(const std::vector<ImageLevel> &pyramid, CornerLattice &board)
@@ -103,15 +103,15 @@ public:
 private:
     static constexpr size_t sampleCount = 24;
     static constexpr float searchRadius = 7;   // pixels
-    static constexpr float leastBlur = 0.36F;  // that a level can show, in its pixels
+    static constexpr float leastBlur = 0.36F;  // least blur that a level can show, in the level's pixels
 
     size_t sampleStride() const { return std::max<size_t>(1, fits.size() / sampleCount); }
     // The typical length of the lattice's steps, pixels.
     float typicalStep() const;
     const ImageLevel &searchLevel() const;
     const ImageLevel &bestLevel(const ImageLevel &search, float blur) const;
-    // The blur of the board, from a few corners spread over the lattice. Where the level's pixels are too large to show
-    // it, finer levels are used. Empty if no corner can be fitted.
+    // The blur of the board, measured at a few corners spread over the lattice. If the level's pixels are too large to
+    // show the blur, finer levels are used. Empty if no corner can be fitted.
     std::optional<float> blurIn(const ImageLevel &level);
     bool startFromNeighbour(size_t corner);
     bool fitOne(const ImageLevel &level, const LatticeCorner &corner, CornerParameters free, int steps,
@@ -275,7 +275,7 @@ void CornerMeasurement::fitAll(const ImageLevel &level, float blur) {
 
 void CornerMeasurement::refineAll(const ImageLevel &level) {
     lightScatter = surroundings.lightScatter(fits, sampleStride());
-    // The noise of the board comes first, because it determines how much a corner's own light counts.
+    // The noise of the board is measured first, because it determines how much weight the light of each corner has.
     std::vector<float> noises;
     for (size_t i = 0; i < fits.size(); i += sampleStride()) {
         CornerFit sample = fits[i];

@@ -14,9 +14,9 @@ namespace pattern_reader {
 namespace {
 
 constexpr size_t piecesTried = 16;
-constexpr size_t leastBase = 12;  // corners of the piece that is extrapolated
-constexpr size_t cornersCarriedOn = 80;
-constexpr float latticeReach = 0.4F;  // how far from a lattice point a corner may be, lattice steps
+constexpr size_t leastBase = 12;         // fewest corners of a lattice that is extrapolated
+constexpr size_t cornersCarriedOn = 80;  // corners from which a lattice is extrapolated
+constexpr float latticeReach = 0.4F;     // greatest distance of a corner from its lattice point, lattice steps
 
 cv::Point2d transform(const cv::Matx33d &h, cv::Point2f p) {
     const cv::Vec3d v = h * cv::Vec3d(p.x, p.y, 1);
@@ -46,7 +46,7 @@ std::vector<LatticeCorner> closestTo(cv::Point2f where, const CornerLattice &lat
     return closest;
 }
 
-// From the image to the cells of these corners.
+// The homography from the image to the cells of these corners.
 std::optional<cv::Matx33d> cellsFromImage(const std::vector<LatticeCorner> &corners) {
     std::vector<cv::Point2f> images;
     std::vector<cv::Point2f> cells;
@@ -58,7 +58,7 @@ std::optional<cv::Matx33d> cellsFromImage(const std::vector<LatticeCorner> &corn
     return h.empty() ? std::nullopt : std::optional<cv::Matx33d>(h);
 }
 
-// How the piece's cells become the base's, if the piece continues the base.
+// Returns the motion that maps the piece's cells to the base's. Empty if the piece does not continue the base.
 std::optional<LatticeMotion> continuation(const CornerLattice &base, const CornerLattice &piece) {
     const std::optional<cv::Matx33d> map = cellsFromImage(closestTo(middleOf(piece.corners), base, cornersCarriedOn));
     if (!map) {
@@ -87,7 +87,7 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        // A corner that the base has too does not contradict, because both were found at the same place.
+        // A corner that both lattices have is no contradiction, because both found it at the same place.
         const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
         off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;
     }
@@ -146,7 +146,7 @@ bool continues(const CornerLattice &base, const CornerLattice &piece) {
     constexpr size_t compared = 20;
     const std::vector<LatticeCorner> others = closestTo(middleOf(near), piece, compared);
     const auto fits = std::count_if(others.begin(), others.end(), [&](const LatticeCorner &corner) {
-        // How far the cell is outside the base.
+        // How many cells the corner is outside the part of the base that is extrapolated.
         const int across = std::max(extent.x - corner.cell.x, corner.cell.x - extent.br().x + 1);
         const int down = std::max(extent.y - corner.cell.y, corner.cell.y - extent.br().y + 1);
         const double allowed = 0.4 + 0.06 * std::max({across, down, 0});

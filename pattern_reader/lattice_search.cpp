@@ -10,13 +10,14 @@ namespace pattern_reader {
 
 namespace {
 
-// Where corners have been taken, so that a coarser or finer level does not give the same lattice twice.
+// Remembers where corners have been found, so that a lattice that a coarser or finer level also shows is not taken
+// twice.
 class TakenCorners {
 public:
     explicit TakenCorners(const cv::Size &size)
         : columns(size.width / cell + 1), taken(size_t(columns) * size_t(size.height / cell + 1), 0) {}
 
-    // A corner claims its surroundings, up to a third of the way to the next one.
+    // Marks the surroundings of each corner as taken, up to a third of the way to the next corner.
     void take(const CornerLattice &lattice) {
         const int rows = int(taken.size()) / columns;
         for (const LatticeCorner &corner : lattice.corners) {
@@ -69,7 +70,7 @@ std::vector<CornerLattice> findLattices(const std::vector<ImageLevel> &levels, c
             continue;
         }
         completeLattice(piece, levels);
-        // A piece that was left over may have grown into places already taken.
+        // The piece may have grown into places that are already taken.
         if (piece.corners.size() < leastLatticeCorners || taken.overlaps(piece)) {
             continue;
         }

@@ -12,7 +12,7 @@ namespace pattern_reader {
 
 constexpr size_t leastLatticeCorners = 9;
 
-// From large to small; points has those of each level.
+// Returns the lattices from large to small. points[i] has the points of levels[i].
 std::vector<CornerLattice> findLattices(const std::vector<ImageLevel> &levels, const std::vector<LevelPoints> &points);
 
 }  // namespace pattern_reader

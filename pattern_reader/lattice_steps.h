@@ -1,4 +1,5 @@
-// The column and the row step of a lattice at one place: how far apart two points are in lattice coordinates.
+// The column step and the row step of a lattice at one place. They give the distance between two points in lattice
+// coordinates.
 //
 // In the picture of a tilted board, the lattice is sheared, and neighbouring lines can be much closer together than
 // neighbouring points on a line. So only a distance in lattice coordinates tells whether a point can belong to the
@@ -22,7 +23,7 @@ struct LatticeSteps {
         const float alongRow = column.x * difference.y - column.y * difference.x;
         return std::sqrt(alongColumn * alongColumn + alongRow * alongRow) / area();
     }
-    // The distance between neighbouring lines, of columns or of rows, whichever is smaller.
+    // The distance between neighbouring columns or between neighbouring rows, whichever is smaller.
     float lineDistance() const { return area() / std::sqrt(std::max(column.dot(column), row.dot(row))); }
 };
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr float leastCertainty = 0.3F;
 
-// True if a square was read as the code has it. Empty if the square has no code or its reading is not certain.
+// True if a square's mark agrees with the code. Empty if the square carries no code or its reading is not certain.
 std::optional<bool> agreement(const SquareReading &reading, const Place &place) {
     bool expected = false;
     if (reading.certainty < leastCertainty || reading.maybeCover ||
@@ -26,7 +26,7 @@ std::array<cv::Point, 4> cornersOf(cv::Point square) {
     return {square, square + cv::Point(1, 0), square + cv::Point(0, 1), square + cv::Point(1, 1)};
 }
 
-// The corners of squares whose marks were read as the code has them.
+// For each corner, true if its squares agree with the code. A square that disagrees cancels two that agree.
 std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vector<SquareReading> &marks,
                                   const Place &place) {
     std::vector<int> votes(lattice.corners.size(), 0);
@@ -44,7 +44,7 @@ std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vecto
     return agreeing;
 }
 
-// The terms of a map from cells to the image around a corner.
+// The terms of a polynomial map from cells to the image around a corner.
 cv::Vec3d termsAt(double x, double y, std::integral_constant<int, 3>) {
     return {1, x, y};
 }
@@ -53,9 +53,9 @@ cv::Vec6d termsAt(double x, double y, std::integral_constant<int, 6>) {
     return {1, x, y, x * x, x * y, y * y};
 }
 
-// How far a corner is from the position that the trusted corners in reach predict, in lattice steps. The prediction is
-// a map from cells to the image, fitted to these corners: affine, or with second powers. Empty if the trusted corners
-// are too few.
+// How far a corner is from the position that the trusted corners within `reach` predict, in lattice steps. The
+// prediction is a map from cells to the image that is fitted to these corners. It is affine, or quadratic if `count` is
+// 6. Empty if the trusted corners are too few.
 template <int count>
 std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
                                          const std::vector<bool> &trusted, int reach) {
@@ -85,8 +85,8 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     return LatticeSteps{row(1), row(2)}.count(row(0));
 }
 
-// True if a corner is where the trusted ones predict. The corner of a mark is a third of a step away from that along
-// both axes.
+// True if a corner is where the trusted corners predict. The corner of a mark, which can be mistaken for one, is a
+// third of a step away from there along both axes.
 bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const std::vector<bool> &trusted) {
     constexpr float farthest = 0.2F;
     std::optional<float> distance;
@@ -109,7 +109,8 @@ void trimToTrusted(CornerLattice &lattice, const std::vector<bool> &trusted) {
     lattice.retain(keep);
 }
 
-// Numbers the connected pieces of a lattice, and returns the number of the piece for each corner.
+// Numbers the connected pieces of a lattice. Returns, for each corner, the number of its piece, and sets `pieces` to
+// the number of pieces.
 std::vector<int> numberPieces(const CornerLattice &lattice, int &pieces) {
     std::vector<int> piece(lattice.corners.size(), -1);
     std::vector<size_t> open;

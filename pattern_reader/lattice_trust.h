@@ -10,8 +10,8 @@
 
 namespace pattern_reader {
 
-// Corners are trusted if their squares were read as the code has them. Drops the corners that are not in line with the
-// trusted ones, and then every connected piece that has too few squares read as the code has them.
+// Corners are trusted if the marks of their squares agree with the code. Removes the corners that are not in line with
+// the trusted ones, and then every connected piece with too few agreeing squares.
 void keepTrustedCorners(CornerLattice &lattice, const std::vector<SquareReading> &marks, const Place &place);
 
 }  // namespace pattern_reader

@@ -1,4 +1,4 @@
-// The pixels around the border of a round mark that a fit looks at.
+// Selects the pixels around the border of a round mark to which the mark is fitted.
 #pragma once
 
 #include <algorithm>
@@ -10,13 +10,13 @@
 namespace pattern_reader {
 
 // The pixels between two ellipses with a mark's shape: those that its border affects, and some of the plain areas on
-// both sides, which show the slope of the light. The latter are taken from every third row only, if the mark has enough
-// rows.
+// both sides, which show the slope of the light. If the mark has enough rows, the plain areas are taken only from every
+// third row.
 class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);
 
-    // True if all that the border affects lies in a picture of this size.
+    // True if the pixels that the border affects are all inside a picture of this size.
     bool isIn(const cv::Size &size) const;
 
     // Calls visit(y, x0, x1) for every run of pixels.
@@ -50,7 +50,8 @@ private:
 
     cv::Point2d centre;
     cv::Matx22d shape;
-    // Widths on either side of the border, and how far out the picture must reach, in radii.
+    // In radii of the mark: the width of the affected pixels and of the plain areas, on each side of the border, and
+    // how far from the centre the picture must reach.
     double border = 0;
     double plain = 0;
     double needed = 0;

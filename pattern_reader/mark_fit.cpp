@@ -33,12 +33,12 @@ enum Unknown : size_t {
     allUnknowns
 };
 
-// Sums of products of the columns over pixels, for the picture that a fit describes. Pixels are taken a block at a time
-// in loops without branches, so that the compiler can vectorise them.
+// Computes the derivatives and errors of a fit, and sums their products over all pixels. Pixels are processed in
+// blocks, in loops without branches, so that the compiler can vectorise them.
 template <size_t unknowns>
 class PixelSums {
 public:
-    // The derivatives by the unknowns and, in the last column, the error of one pixel.
+    // One column for the derivative by each unknown, and a last one for the error.
     static constexpr size_t columns = unknowns + 1;
 
     explicit PixelSums(const MarkFit &fit)
@@ -57,7 +57,7 @@ public:
         }
     }
 
-    // Pixels x0 to x1 of a row.
+    // Adds the pixels x0 to x1 of a row.
     void addRun(const uchar *row, int y, int x0, int x1) {
         for (int x = x0; x <= x1; x++) {
             dx[filled] = float(x - cx);
@@ -117,7 +117,7 @@ private:
             v[k] = xy * dx[k] + yy * dy[k];
             const float r = std::sqrt(u[k] * u[k] + v[k] * v[k] + 1e-6F);
             inverse[k] = 1 / r;
-            // The gradient of r; across the border it points outwards.
+            // The gradient of r. It is at a right angle to the border and points outwards.
             const float nx = (xx * u[k] + xy * v[k]) * inverse[k];
             const float ny = (xy * u[k] + yy * v[k]) * inverse[k];
             pixelsPerUnit[k] = 1 / std::sqrt(nx * nx + ny * ny);
@@ -155,7 +155,7 @@ private:
         }
     }
 
-    // Adds the reflection, and clears the pixels that are too light to say anything.
+    // Adds the reflection, and clears the pixels that are as light as a picture can show if the model expects that.
     void addReflection() {
         for (size_t k = 0; k < filled; k++) {
             const float x = dx[k];
@@ -187,7 +187,7 @@ private:
     float inverseBlur;
     std::array<float, allUnknowns - plainUnknowns> reflection{};
 
-    // The pixels of the block, from the centre, and their columns.
+    // The pixels of the block, relative to the centre, and their columns.
     Column dx{}, dy{}, grey{};
     std::array<Column, columns> block{};
     size_t filled = 0;
@@ -196,8 +196,8 @@ private:
     size_t pixels = 0;
 };
 
-// One step of Gauss and Newton, and what it leaves: the errors' root mean square and the centre's deviation. False when
-// the pixels do not determine the unknowns.
+// Computes one Gauss-Newton step. Sets fit.residual to the root mean square of the errors that it leaves, and fit.sigma
+// to the standard deviation of the centre. False if the pixels do not determine the unknowns.
 template <size_t unknowns>
 bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vector &step, MarkFit &fit) {
     using Equations = Cholesky<unknowns>;
@@ -212,7 +212,7 @@ bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vec
         }
         scale[i] = 1 / std::sqrt(sums.of(i, i));
     }
-    // A little damping, because size, contrast and blur of a small mark can hardly be told apart.
+    // A little damping is needed, because the size, contrast and blur of a small mark can hardly be told apart.
     constexpr double damping = 1e-4;
     for (size_t i = 0; i < unknowns; i++) {
         for (size_t j = 0; j <= i; j++) {
@@ -243,7 +243,7 @@ bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vec
     return true;
 }
 
-// Takes a step, shortened if it leaves the range in which the derivatives are about right.
+// Adds a step to the fit, shortened if it leaves the range in which the derivatives are about right.
 template <class Vector>
 void change(MarkFit &fit, const Vector &step) {
     const double reach = std::max(0.7 * fit.blur, 0.1 * fit.shortRadius());
@@ -274,7 +274,7 @@ bool isEllipse(const MarkFit &fit) {
     return determinant > 0 && fit.toUnit(0, 0) > 0 && fit.shortRadius() > 0.7;
 }
 
-// False when the fit does not settle.
+// False if the fit does not converge.
 template <size_t unknowns>
 bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
     const cv::Point2d start = fit.centre;
@@ -305,7 +305,7 @@ bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
     return fit.light - fit.dark > 4;
 }
 
-// Start values for the grey levels: those of the middle and of places well outside the mark.
+// Sets start values for the grey levels, taken from the middle of the mark and from places well outside it.
 void guessLevels(const cv::Mat &picture, MarkFit &fit) {
     const cv::Matx22d fromUnit = fit.toUnit.inv();
     const auto at = [&](double x, double y) {

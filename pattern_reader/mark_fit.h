@@ -2,10 +2,10 @@
 //
 //   grey = (1 + slope · d) * (dark + (light - dark) * P(s / blur)) + reflection
 //
-// where d is the vector from the centre, s the distance outside the border and P the standard normal distribution. The
-// slope is that of the light. A reflection adds light to mark and paper alike, in a quadratic function of d; the level
-// that it adds in the centre is a part of dark and light. All parameters are fitted at once, by Gauss-Newton with
-// analytic derivatives.
+// where d is the vector from the centre, s the distance from the border (positive outside it) and P the standard normal
+// distribution. The slope is that of the light. A reflection adds the same light to mark and paper. It is a quadratic
+// function of d that is 0 in the centre; what it adds there is part of dark and light. All parameters are fitted at
+// once, by Gauss-Newton with analytic derivatives.
 #pragma once
 
 #include <array>
@@ -23,22 +23,21 @@ struct MarkFit {
     double blur = 0.7;                   // standard deviation in pixels, the pixel's own area included
     double residual = 0;                 // root mean square, grey levels
     double sigma = 0;                    // standard deviation of the centre along one axis, pixels
-    size_t pixels = 0;                   // that were compared with the model
+    size_t pixels = 0;                   // number of pixels compared with the model
 
     // Half the ellipse's shorter and longer axis, pixels.
     double shortRadius() const;
     double longRadius() const;
 };
 
-// Improves fit, whose centre, shape and blur are the start, on a picture of 8 bits; all in that picture's pixels. Its
-// grey levels are a start too unless light and dark are equal. False when the fit does not settle, or when the mark's
-// border is not wholly in the picture.
-// Fits no reflection.
+// Fits a mark, without a reflection, to a picture of 8 bits. All lengths are in that picture's pixels. The centre,
+// shape and blur in `fit` are the start, and so are the grey levels unless light and dark are equal. False if the fit
+// does not converge, if the contrast is too low, or if the mark's border is not wholly in the picture.
 bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit);
 
-// Adds a reflection to a fit of fitMark if that explains the picture much better; otherwise the fit stays as it is.
-// Pixels that are as light as a picture can show may have been lighter, so they say nothing if the model expects as
-// much.
+// Adds a reflection to a fit of fitMark if that explains the picture much better. Otherwise the fit stays as it is. A
+// pixel at the greatest grey level that a picture can show may have been lighter, so it is ignored if the model expects
+// that level or more.
 void fitReflection(const cv::Mat &picture, int steps, MarkFit &fit);
 
 }  // namespace pattern_reader

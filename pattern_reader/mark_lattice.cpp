@@ -16,7 +16,7 @@ cv::Point2f apply(const cv::Matx22f &m, cv::Point2f v) {
     return {r[0], r[1]};
 }
 
-// The distance of two points as seen through a mark's ellipse.
+// The distance between two points on the plate in radii of the mark, from how perspective stretches the mark.
 float radiiBetween(const RoundMark &mark, cv::Point2f p, cv::Point2f q) {
     const cv::Point2f unit = apply(mark.toUnit, p - q);
     return std::hypot(unit.x, unit.y);
@@ -27,7 +27,7 @@ float longestRadius(const RoundMark &mark) {
     return float(cv::norm(mark.toUnit.inv()));
 }
 
-// The marks that are in no lattice yet, by their place.
+// Finds marks that are not yet part of a lattice by their position.
 class FreeMarks {
 public:
     FreeMarks(const std::vector<RoundMark> &all, const cv::Size &image)
@@ -37,8 +37,8 @@ public:
         }
     }
 
-    // The one closest to a point as seen through a mark's ellipse, within reach (in its radii) and of about its area;
-    // -1 when there is none.
+    // The index of the free mark that is closest to a point and has about the area of `like`. It is at most `reach`
+    // away, in radii of `like`. -1 if there is none.
     int closest(cv::Point2f p, float reach, const RoundMark &like) const {
         int best = -1;
         float distance = reach;
@@ -53,7 +53,8 @@ public:
         return best;
     }
 
-    // Calls visit with the number of every mark, in a lattice or not, within reach of a point and some beyond it.
+    // Calls visit with the index of every mark within `reach` pixels of a point, and of some marks farther away. Marks
+    // that are part of a lattice are included.
     template <class Visit>
     void visitAround(cv::Point2f p, float reach, const Visit &visit) const {
         grid.visitAround(p, reach, visit);
@@ -70,7 +71,8 @@ private:
     std::vector<bool> taken;
 };
 
-// The first neighbour of a seed: a mark whose distance, seen through the seed's ellipse, is the pitch.
+// Finds the steps along both axes at a seed, from a neighbour: a mark whose distance from the seed is about the pitch,
+// in the seed's radii. False if there is none.
 bool findAxes(const std::vector<RoundMark> &marks, const FreeMarks &freeMarks, size_t seed, cv::Point2f &a,
               cv::Point2f &b) {
     const RoundMark &here = marks[seed];
@@ -134,7 +136,7 @@ std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels,
         return lattices;
     }
     const ImageLevel &level = levels[number];
-    // Marks are measured in the next finer level, in which their border is twice as many pixels away.
+    // Marks are measured in the next finer level, in which their radius has twice as many pixels.
     const ImageLevel &finer = levels[number == 0 ? 0 : number - 1];
     std::vector<RoundMark> marks;
     for (const DarkBlob &blob : blobs) {

@@ -17,7 +17,7 @@ struct MarkLattice {
     std::vector<RoundMark> marks;
 };
 
-// Lattices of at least leastMarks marks among the blobs of one level, from large to small.
+// Returns the lattices of at least leastMarks marks among the blobs of level `number`, from large to small.
 std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels, size_t number,
                                           const std::vector<DarkBlob> &blobs, size_t leastMarks);
 

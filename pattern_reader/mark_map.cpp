@@ -31,7 +31,7 @@ std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Po
     return near;
 }
 
-// Weights that suppress outliers: a quarter for three times the usual error, almost 0 far beyond.
+// Sets weights that suppress outliers: a quarter for three times the usual error, almost 0 far beyond.
 void reweigh(const std::vector<double> &errors, std::vector<double> &weights) {
     std::vector<double> sorted = errors;
     const auto middle = sorted.begin() + std::ptrdiff_t(sorted.size() / 2);
@@ -48,7 +48,7 @@ cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
     return {v[0] / v[2], v[1] / v[2]};
 }
 
-// The unit, in cells, of the terms of the bend, so that all terms have about the same size within a neighbourhood.
+// The bend's terms are powers of lengths in this unit (cells), so that all have about the same size in a neighbourhood.
 constexpr double unit = reach;
 
 // The derivatives of the bend's terms x^i y^j, taken byX times by x and byY times by y, sorted by i + j.
@@ -103,8 +103,8 @@ std::array<cv::Vec2d, 3> MarkMap::Neighbourhood::curvatureAt(cv::Point2d cell) c
             sumOf(bend, derivatives(p, 0, 2)) * scale};
 }
 
-// Fits the map of a plane by weighted least squares, in a few rounds. Each round weights the marks by their errors in
-// the last one, and by their distance from the camera, so that the sum of squares is in pixels.
+// Fits the homography of a plane by weighted least squares, in a few rounds. Each round weights the marks by their
+// errors in the previous one, and by their distance from the camera, so that the sum of squares is in pixels.
 bool MarkMap::fitPlane(const std::vector<MappedMark> &marks, std::vector<double> &weights, Neighbourhood &here) {
     const cv::Point2d origin = marks.front().image;
     cv::Matx33d map;
@@ -207,7 +207,7 @@ MarkMap::MarkMap(const std::vector<MappedMark> &marks) {
     for (const MappedMark &mark : marks) {
         extent |= cv::Rect(mark.cell, cv::Size(1, 1));
     }
-    // Neighbourhoods are inside the lattice, as far as it is wide enough.
+    // Neighbourhoods lie wholly inside the lattice if it is wide enough.
     const cv::Point first(extent.x + std::min(reach, extent.width / 2), extent.y + std::min(reach, extent.height / 2));
     middles = cv::Rect(first, cv::Size(std::max(1, extent.width - 2 * reach), std::max(1, extent.height - 2 * reach)));
     const int longest = std::max(extent.width, extent.height);
@@ -243,7 +243,7 @@ cv::Matx22d MarkMap::stepsAt(cv::Point2d cell) const {
 cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
     const cv::Point2d c = cell - here.middle;
-    // The conic that the plane's map makes of a circle.
+    // The conic to which the plane's homography maps the circle.
     const cv::Matx33d circle(1, 0, -c.x, 0, 1, -c.y, -c.x, -c.y, c.x * c.x + c.y * c.y - radius * radius);
     const cv::Matx33d inverse = here.plane.inv();
     const cv::Matx33d q = inverse.t() * circle * inverse;

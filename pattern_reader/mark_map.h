@@ -1,5 +1,5 @@
-// Maps the cells of a lattice of marks to the picture, near the marks and a little beyond them. The map of every
-// neighbourhood of 5 × 5 marks is that of a plane, plus the bend that a lens or curved paper causes there.
+// Maps the cells of a lattice of marks to the picture, near the marks and a little beyond them. Every neighbourhood of
+// 5 × 5 marks has its own map: the homography of a plane, plus the bend that a lens or curved paper causes there.
 #pragma once
 
 #include <array>
@@ -29,17 +29,17 @@ public:
     cv::Matx22d stepsAt(cv::Point2d cell) const;
     // The vector from the centre of a circle's picture, which is an ellipse, to the picture of the circle's centre.
     cv::Point2d centreOffset(cv::Point2d cell, double radius) const;
-    // The part of it that comes from the bend, and is known less well than that of the plane.
+    // The part of centreOffset that the bend causes. It is known less well than the part that the plane causes.
     cv::Point2d bentOffset(cv::Point2d cell, double radius) const;
 
 private:
     struct Neighbourhood {
         cv::Point2d middle;                       // cell
-        cv::Matx33d plane;                        // of cells seen from the middle
+        cv::Matx33d plane;                        // homography from cells, relative to the middle, to pixels
         std::array<cv::Vec2d, bendTerms> bend{};  // factors of a polynomial's terms, in pixels
 
         cv::Point2d at(cv::Point2d cell) const;
-        // The bend's second derivatives over x x, x y and y y, cells.
+        // The bend's second derivatives by x and x, x and y, and y and y, in pixels per cell².
         std::array<cv::Vec2d, 3> curvatureAt(cv::Point2d cell) const;
     };
 

@@ -14,7 +14,7 @@ namespace {
 struct FittedMark {
     cv::Point cell;
     MarkFit fit;       // in image coordinates
-    size_t level = 0;  // in which it was fitted
+    size_t level = 0;  // level in which it was fitted
     double noise = 0;  // rms error of the fit in a pixel of the image, as a share of the contrast
     bool disturbed = false;
 };
@@ -64,7 +64,7 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
             break;
         }
         fit = rescale(fit, levels[number], levels[number - 1]);
-        // The blur does not double with the scale, because the pixel's own area, which is a part of it, does not grow.
+        // The blur does not double with the scale, because the pixel's own area is part of it and does not grow.
         fit.blur = std::max(0.5, 0.8 * fit.blur);
     }
     mark.level = number;
@@ -72,8 +72,9 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
     return true;
 }
 
-// The marks that may be in a reflection. It adds light to marks and paper alike, so it raises the share of the light
-// that a mark reflects. If there are many such marks, the reflection is weaker at the others but not absent.
+// For each mark, true if it may be in a reflection. A reflection adds the same light to mark and paper, so it raises
+// the dark level as a share of the light level. If this is true for many marks, the reflection is weaker at the other
+// marks, but not absent.
 std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     std::vector<double> shares;
     std::vector<double> scatters;
@@ -93,8 +94,9 @@ std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     return raised;
 }
 
-// Fits a reflection where there may be one. Where the picture then still differs from the model more than elsewhere,
-// the cause is something else, such as a shadow or a cover, and the fit without a reflection is kept.
+// Fits a reflection to the marks that may be in one. If the picture of a mark then still differs from the model more
+// than at other marks, the cause is something else, such as a shadow or a cover, and the fit without a reflection is
+// kept.
 void fitReflections(const std::vector<ImageLevel> &levels, std::vector<FittedMark> &marks) {
     const std::vector<bool> raised = inReflection(marks);
     std::vector<MarkFit> lit;
@@ -139,7 +141,7 @@ std::vector<FittedMark> fitAll(const std::vector<ImageLevel> &levels, const Mark
     return fitted;
 }
 
-// Leaves out the marks that do not look like one, and notes those that look worse than the others do.
+// Removes the marks that do not look like marks, and sets `disturbed` for those that look worse than the others.
 void judgeLooks(std::vector<FittedMark> &marks) {
     std::vector<double> noises;
     noises.reserve(marks.size());
@@ -155,8 +157,8 @@ void judgeLooks(std::vector<FittedMark> &marks) {
                 marks.end());
 }
 
-// A map of the marks that are not disturbed, or of all marks if those are too few. Disturbed marks are left out because
-// a cover that hides a part of each mark in a row moves all of them in the same direction.
+// Fits a map to the marks that are not disturbed, or to all marks if those are too few. Disturbed marks are left out
+// because a cover that hides a part of each mark in a row moves all of them in the same direction.
 MarkMap mapOf(const std::vector<FittedMark> &marks) {
     std::vector<MappedMark> clear;
     std::vector<MappedMark> all;
@@ -170,7 +172,7 @@ MarkMap mapOf(const std::vector<FittedMark> &marks) {
     return map.isKnown() || clear.size() == all.size() ? map : MarkMap(all);
 }
 
-// The marks' radius as it is seen, cells. Ink spreads, so it differs from the radius that was drawn, but not by much.
+// The radius of the marks as they are seen, in cells. It differs a little from the drawn radius, because ink spreads.
 double seenRadius(const std::vector<FittedMark> &marks, const MarkMap &map, double drawn) {
     std::vector<double> radii;
     radii.reserve(marks.size());
@@ -189,7 +191,7 @@ double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit) {
     return std::sqrt(std::max(half + root, 1 / std::max(1e-6, half - root)));
 }
 
-// Leaves out the marks whose place or shape is not what their neighbours predict. True if there are any.
+// Removes the marks whose place or shape is not what their neighbours predict. True if any were removed.
 bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMark> &marks) {
     std::vector<double> offs;
     for (const FittedMark &mark : marks) {
@@ -216,8 +218,8 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
 // The mean squared distance of the marks in and around a cell from their places in the map, minus the part that their
 // noise explains. Pixels squared.
 double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv::Point cell) {
-    // The map is fitted to these marks and follows each of them for the most part, so only this share of a mark's noise
-    // remains in its distance.
+    // The map is fitted to these marks and mostly follows each of them, so only this share of a mark's noise remains in
+    // its distance from the map.
     constexpr double left = 0.4;
     double sum = 0;
     int count = 0;
@@ -232,11 +234,14 @@ double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv:
     return count > 0 ? std::max(0.0, sum / count) : 0;
 }
 
-// The standard deviation of the fit, plus what noise does not explain: the model is not exactly what a camera sees, and
-// the offset of the mark's centre from the ellipse's that comes from a bend in the picture of the plate is known to
-// about seven per cent. Where waves or creases bend the paper more than the map can follow, that offset is wrong by
-// about a quarter of what the map misses. For a disturbed mark, its distance from the position that its neighbours
-// predict is added.
+// The standard deviation of a mark's position. It consists of the standard deviation of the fit and of errors that
+// noise does not explain:
+// - The model is not exactly what a camera sees.
+// - A bend in the picture of the plate moves the mark's centre away from the ellipse's centre. This offset is known to
+//   about seven per cent.
+// - Where waves or creases bend the paper more than the map can follow, that offset is wrong by about a quarter of what
+//   the map misses.
+// - A disturbed mark may be wrong by its distance from the position that its neighbours predict.
 double sigmaOf(const FittedMark &mark, const std::vector<FittedMark> &marks, const MarkMap &map, double radius) {
     constexpr double model = 0.001;  // pixels
     constexpr double share = 0.07;

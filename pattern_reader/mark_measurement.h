@@ -1,5 +1,6 @@
 // Measures the marks of a plate. Each mark is fitted to the grey levels of the full picture, or of the pyramid level in
-// which its blur is one or two pixels, and compared with its neighbours. Marks that disagree with them are left out.
+// which its blur is one or two pixels, and compared with its neighbours. Marks that disagree with their neighbours are
+// left out.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -17,7 +18,7 @@ struct MeasuredMark {
     bool disturbed = false;
 };
 
-// radius: of the marks, in cells.
+// `radius` is the drawn radius of the marks, in cells.
 std::vector<MeasuredMark> measureMarks(const std::vector<ImageLevel> &levels, const MarkLattice &found, double radius);
 
 }  // namespace pattern_reader

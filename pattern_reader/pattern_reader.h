@@ -1,17 +1,19 @@
-// Reads calibration patterns in a photograph: which pattern it is, where in it every corner lies, what its information
-// block says. It does not calibrate, and it knows no millimetres except those in the block; printed_pattern.h does.
+// Finds calibration patterns in a photograph and returns, for each of them, which pattern it is, where its corners lie
+// in the photograph, and what its information block says. It does not calibrate. The only millimetres that it knows are
+// those in the block; printed_pattern.h converts lattice coordinates to millimetres.
 //
-// Images: 1, 3 (BGR) or 4 (BGRA) channels of any depth, converted as image_file.h says, at most maximumPixels. Coded
-//   patterns of any size are found; plain checkerboards only of the size that the options name.
-// Coordinates: image coordinates have the centre of the top-left pixel at (0, 0), x to the right, y down. Lattice
-//   coordinates count lattice steps (half a grid spacing) in the pattern's own frame, x to the right, y down: in a
-//   tile and in the plane (x, y) is the top-left corner of the square in column x, row y; in a plate (0, 0) is the
-//   outer corner of the frame, the marks lie on the even numbers from 2 to 14. In a plain board the inner corners run
-//   from (1, 1) to (columns, rows).
-// What is not sure is not reported: a checkerboard with too little of it in sight gives no reading; a block that cannot
-//   be read beyond doubt is absent.
-// Threads: every function may be called from any thread at the same time. Errors: readPatterns throws
-//   std::invalid_argument for an image of another kind and for a board of less than 3 x 3 corners.
+// Images have 1, 3 (BGR) or 4 (BGRA) channels of any depth and at most maximumPixels pixels. They are converted to grey
+//   as image_file.h says. Coded patterns of any size are found, plain checkerboards only of the size that the options
+//   name.
+// In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down. Lattice
+//   coordinates count lattice steps (half a grid spacing) in the pattern's own frame, also with x to the right and y
+//   down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a plate, (0,
+//   0) is the outer corner of the frame, and the marks lie on the even numbers from 2 to 14. In a plain board, the
+//   inner corners run from (1, 1) to (columns, rows).
+// Uncertain results are left out: a checkerboard of which too little is visible gives no reading, and a block that
+//   cannot be read beyond doubt is absent.
+// Every function may be called from any thread at the same time. readPatterns throws std::invalid_argument if the image
+//   is empty, too large or of another kind, or if the board has fewer than 3 x 3 corners.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +33,7 @@ enum class PatternKind {
     Plane,  // a piece of the plane, from a Flexible pattern
     Tile,   // the Official and Single pattern, or one of an assembly
     Plate,  // a plate with 7 × 7 round marks
-    Board,  // a plain checkerboard of the size asked for
+    Board,  // a plain checkerboard of the size given in the options
 };
 
 struct PatternCorner {
@@ -44,7 +46,7 @@ struct PatternCorner {
     bool disturbed = false;
 };
 
-// What an information block says. Lengths in millimetres.
+// What an information block says. Lengths are in millimetres.
 struct PatternValues {
     std::optional<double> gridSpacing;
     std::optional<double> thickness;
@@ -57,28 +59,28 @@ struct PatternReading {
     PatternKind kind = PatternKind::Plane;
     // The tile's number: 0 for the Official and Single pattern, n + 1 for pattern n of an assembly; -1 otherwise.
     int tile = -1;
-    // The corners or mark centres seen, by lattice row and column.
+    // The corners or mark centres that were seen, sorted by lattice row, then by column.
     std::vector<PatternCorner> corners;
-    // How many quarter turns clockwise, to the nearest, the pattern's x axis is turned from the image's.
+    // The number of quarter turns clockwise, from 0 to 3, that is closest to `angle`.
     int quarterTurns = 0;
-    // Direction of the pattern's x axis in the image at its middle, degrees clockwise from the image's x axis.
+    // Direction of the pattern's x axis in the image, in degrees clockwise from the image's x axis.
     double angle = 0;
     // How many orientations a plain board's size and colours leave open: 1, 2 (half a turn) or 4 (a quarter turn).
     // The reading has the one whose x axis points most to the right in the image. 1 for coded patterns.
     int orientations = 1;
-    // Whether the squares with an even sum of column and row are dark. In a tile this is its polarity: the top-left
-    // square is dark. A piece of the plane has its polarity from its own top-left square.
+    // True if the squares whose column and row have an even sum are dark. For a tile this is its polarity: true if the
+    // top-left square is dark. The polarity of a piece of the plane is that of its own top-left square.
     bool evenSquaresDark = true;
     bool topLeftSquareDark = true;
-    // The information block's eight bytes and what they say, when it was read beyond doubt.
+    // The information block's eight bytes and what they say, if the block was read beyond doubt.
     std::optional<PatternValues> values;
     std::vector<std::uint8_t> blockBytes;
-    int correctedBits = 0;    // bits of the block that were seen wrongly
-    int filledBits = 0;       // bits of the block that could not be seen
-    int squaresCompared = 0;  // position squares read, and how many of them differ from the code
-    int squaresDiffering = 0;
-    // 1 minus the probability that chance made the reading agree with the code as well as it does; of a plain board the
-    // share of its corners that were seen.
+    int correctedBits = 0;     // bits of the block that were seen wrongly
+    int filledBits = 0;        // bits of the block that could not be seen
+    int squaresCompared = 0;   // squares compared with the position code; for a plate, samples of its frame
+    int squaresDiffering = 0;  // how many of them differ
+    // 1 minus the probability that the reading is due to chance. For a plain board, the share of its corners that were
+    // seen.
     double confidence = 0;
     double log10Chance = 0;
 };
@@ -90,11 +92,11 @@ struct ReadingOptions {
     cv::Rect region;
     // Leaves out readings with less confidence.
     double leastConfidence = 0;
-    // Asked now and then by the thread that reads; once it returns true, reading ends early and without a result.
+    // Called now and then by the thread that reads. Once it returns true, reading ends early and without a result.
     std::function<bool()> isCancelled;
 };
 
-// All patterns in the image, the largest first; none if cancelled.
+// Returns all patterns in the image, the one with the most corners first. The result is empty if reading was cancelled.
 PATTERN_READER_API std::vector<PatternReading> readPatterns(const cv::Mat &image, const ReadingOptions &options = {});
 
 }  // namespace pattern_reader

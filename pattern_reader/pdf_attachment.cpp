@@ -10,10 +10,10 @@ namespace pattern_reader {
 
 namespace {
 
-// A document with thousands of points has less than a megabyte.
+// In bytes. The JSON text of a pattern with thousands of points has less than a megabyte.
 constexpr std::size_t greatestSize = 100'000'000;
 
-// The whole number that follows a key, with only blanks between them.
+// The whole number that follows a key after any number of blanks; 0 if there is none.
 std::size_t numberAfter(std::string_view dictionary, std::string_view key) {
     const std::size_t place = dictionary.find(key);
     std::size_t number = 0;

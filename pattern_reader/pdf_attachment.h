@@ -1,5 +1,5 @@
-// Takes the pattern's description out of a PDF that the camera library wrote. It may not be found in other PDFs, or if
-// another program has saved the PDF again.
+// Extracts the pattern's description from a PDF that the camera library wrote. The description may not be found in
+// other PDFs, or if another program has saved the PDF again.
 #pragma once
 
 #include <string>
@@ -7,7 +7,8 @@
 
 namespace pattern_reader {
 
-// The attached JSON text. Throws std::runtime_error with the reason, a clause without a full stop, if there is none.
+// Returns the attached JSON text. If there is none, throws std::runtime_error with the reason, a clause without a full
+// stop.
 std::string attachedPattern(std::string_view pdf);
 
 }  // namespace pattern_reader

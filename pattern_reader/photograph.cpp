@@ -39,7 +39,7 @@ int exifOrientation(const Bytes &bytes) {
     if (!loader) {
         return 1;
     }
-    // The loader does not change what it reads, and ends by itself after the header.
+    // The loader does not change what it reads, and it stops by itself after the header.
     exif_loader_write(loader.get(), const_cast<unsigned char *>(bytes.data()), unsigned(bytes.size()));
     const std::unique_ptr<ExifData, void (*)(ExifData *)> data(exif_loader_get_data(loader.get()), exif_data_unref);
     if (!data) {
@@ -115,7 +115,8 @@ cv::Mat asStored(const cv::Mat &upright, int orientation) {
     }
 }
 
-// A horizontal direction's angle seen in a mirror, in degrees from -180 to 180.
+// The angle that a direction with this angle has after the picture is mirrored left to right, in degrees from -180 to
+// 180.
 double mirroredAngle(double angle) {
     return std::remainder(180 - angle, 360);
 }

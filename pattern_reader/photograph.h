@@ -1,4 +1,5 @@
-// A photograph from a file: its grey levels and what the file says about them. It never writes files.
+// Loads a photograph from a file: its grey levels, its orientation, and whether the file is complete. It never writes
+// files.
 //
 // Coordinates are those of the picture as it is stored: column 0 of row 0 of the file's data is the top-left pixel,
 // whatever the orientation tag says. Every function may be called from any thread at the same time. Paths are in the
@@ -15,10 +16,10 @@ namespace pattern_reader {
 
 struct Photograph {
     cv::Mat grey;  // 8 bits, one channel
-    // The tag of EXIF and TIFF, 1 to 8: how the stored picture is to be turned or mirrored to stand upright; 1 if the
-    // file does not say. 2, 4, 5 and 7 mean that it is stored mirrored. Read from JPEG and TIFF.
+    // The orientation tag of a JPEG (EXIF) or TIFF file, 1 to 8; 1 if there is none. It says how the stored picture is
+    // to be turned or mirrored to stand upright. 2, 4, 5 and 7 mean that it is stored mirrored.
     int orientation = 1;
-    bool truncated = false;  // a JPEG file that ends before its picture does; what is missing is grey
+    bool truncated = false;  // true if a JPEG file ends before its picture does; the missing part is grey
 };
 
 // Loads PNG, JPEG, TIFF, PGM and whatever else OpenCV reads. Throws std::runtime_error with a sentence that names the

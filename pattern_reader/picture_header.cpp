@@ -8,7 +8,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Reads unsigned numbers at offsets from the start of a file. Beyond the file's end it returns 0, which is no valid
+// Reads unsigned numbers at offsets from the start of a file. Beyond the file's end it returns 0, which is not a valid
 // size.
 class Bytes {
 public:
@@ -36,7 +36,7 @@ private:
     std::istream &file;
 };
 
-// The segments of a JPEG file follow each other up to the one that describes the frame.
+// Goes through the segments of a JPEG file up to the one that describes the frame.
 PictureSize jpegSize(Bytes &bytes) {
     constexpr int segmentLimit = 1000;
     std::uint64_t at = 2;

@@ -12,11 +12,11 @@ namespace {
 using pattern_code::planeSide;
 using pattern_code::tileSide;
 
-constexpr float leastCertainty = 0.3F;  // of a reading that takes part
+constexpr float leastCertainty = 0.3F;  // of a reading that is used
 // A place is accepted if a lattice of random marks would match as well with at most this probability, as a power of
 // ten.
 constexpr double log10Doubt = -5;
-constexpr int leastReadings = 36;  // fewer can never be that certain
+constexpr int leastReadings = 36;  // fewer readings can never be that certain
 constexpr double greatestMismatchShare = 0.16;
 
 cv::Point turned(cv::Point p, int quarterTurns) {

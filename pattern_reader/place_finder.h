@@ -1,5 +1,5 @@
 // Finds where a lattice of mark readings lies in the position code: in the plane or in one of the tiles, and in which
-// orientation. Returns a place only if it cannot be due to chance.
+// orientation. Returns a place only if chance is very unlikely to explain it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -26,13 +26,13 @@ struct Place {
     LatticeMotion motion;
     int squaresCompared = 0;
     int mismatches = 0;
-    double log10Chance = 0;  // of the expected number of places in the whole code that agree as well by chance
+    double log10Chance = 0;  // log10 of the number of places in the whole code expected to agree equally well by chance
 };
 
-// What the code has in a square of the plane or of a tile; false where it has no position bit.
+// Sets `bit` to the code's bit in a square of the plane or of a tile. False if the square has no position bit.
 bool codeBit(int tile, cv::Point square, bool &bit);
 
-// The place at which the readings agree with the code, if it is certain.
+// Returns the place at which the readings agree with the code. Empty if the place is not certain.
 std::optional<Place> findPlace(const std::vector<SquareReading> &readings);
 
 }  // namespace pattern_reader

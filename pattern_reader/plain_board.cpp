@@ -8,7 +8,7 @@ namespace pattern_reader {
 
 namespace {
 
-// How many corners lie on each line of a lattice: columns by their x, or rows by their y, from the first line on.
+// The number of corners on each column or on each row of a lattice, from the first line to the last.
 std::vector<int> cornersByLine(const CornerLattice &lattice, bool columns) {
     const cv::Rect extent = lattice.extent();
     std::vector<int> counts(size_t(columns ? extent.width : extent.height), 0);
@@ -46,7 +46,8 @@ bool dropStrayLine(CornerLattice &lattice) {
     return false;
 }
 
-// The motion with this number of quarter turns that moves the first corner to (1, 1), and the lattice's size after it.
+// Returns the motion with this number of quarter turns that moves the lattice's top-left corner to (1, 1), and sets
+// `size` to the lattice's size after the motion.
 LatticeMotion turnedToOrigin(const CornerLattice &lattice, int quarterTurns, cv::Size &size) {
     const cv::Rect extent = lattice.extent();
     LatticeMotion motion{quarterTurns, {}};

@@ -19,10 +19,10 @@ struct BoardPlace {
     int orientations = 1;
 };
 
-// Drops stray corners on lines beyond the board, then places the lattice. board counts the inner corners, columns and
-// rows. If the colours tell orientations apart, one with a dark top-left square is chosen; among those that remain, the
-// one whose x axis points most to the right in the image. Empty if the lattice has another size or less than half of
-// the board's corners.
+// Removes stray corners on lines beyond the board, then places the lattice. `board` is the number of columns and rows
+// of inner corners. If the colours tell orientations apart, one with a dark top-left square is chosen; among those that
+// remain, the one whose x axis points most to the right in the image. Empty if the lattice has another size or less
+// than half of the board's corners.
 std::optional<BoardPlace> placeOnBoard(CornerLattice &lattice, cv::Size board);
 
 }  // namespace pattern_reader

@@ -17,8 +17,8 @@ bool isInPicture(const PlateView &view, cv::Point2d mark) {
            view.lightAt(mark - cv::Point2d(0, reach), light) && view.lightAt(mark + cv::Point2d(0, reach), light);
 }
 
-// The marks next to a dot. Where one in the picture was not found, something blank may cover the place, which would
-// look like a missing dot.
+// The numbers of marks next to a dot. If a mark is hidden, that is, inside the picture but not found, something blank
+// may cover the place, and that would look like an absent dot.
 struct NextMarks {
     int all = 0;
     int found = 0;
@@ -40,7 +40,7 @@ NextMarks marksNextTo(const PlateView &view, cv::Point2d dot) {
     return marks;
 }
 
-// Whether a place is far enough from the frame and the marks to show nothing of them in a blurred picture.
+// True if a place is so far from the frame and the marks that it shows nothing of them in a blurred picture.
 bool isClearOfPrint(cv::Point2d at) {
     constexpr double gap = 0.12;
     const double side = marksPerSide + 1;
@@ -50,7 +50,7 @@ bool isClearOfPrint(cv::Point2d at) {
     return fromFrame > gap && std::hypot(at.x - mark.x, at.y - mark.y) - markRadius > gap;
 }
 
-// The mean and the darkest light on a circle.
+// The mean and the lowest light on a circle.
 struct CircleLight {
     double mean = 0;
     double darkest = 2;
@@ -97,11 +97,11 @@ std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
     return (around->mean - line->mean) / std::erf(width / std::sqrt(8 * blur2));
 }
 
-// A place of a dot, and what it looks like.
+// What the place of a dot looks like.
 struct DotPlace {
-    double share = 0;  // of what a dot can look like there
+    double share = 0;  // 0 for paper, 1 if it is as dark as a dot can look there
     bool known = false;
-    bool canBeEmpty = false;  // whether a dot would be seen if there were one
+    bool canBeEmpty = false;  // true if a dot would be seen if there were one
 };
 
 DotPlace lookAtDot(const PlateView &view, int bit) {
@@ -118,8 +118,8 @@ DotPlace lookAtDot(const PlateView &view, int bit) {
     return place;
 }
 
-// How a dot looks in this picture; empty if that is not clear. About half of all bits are set, so the upper quartile is
-// that of a dot.
+// The usual DotPlace::share of a dot in this picture; empty if that is not clear. About half of all bits are set, so
+// the upper quartile of all shares is that of a dot.
 std::optional<double> lookOfDots(const std::array<DotPlace, pattern_code::blockBitCount> &places) {
     std::vector<double> known;
     for (const DotPlace &place : places) {

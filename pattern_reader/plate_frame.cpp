@@ -6,7 +6,8 @@ namespace pattern_reader {
 
 namespace {
 
-// Side 0 is the top, then clockwise; along runs from 0 to 8, inward from the outer edge.
+// The plate coordinates of a point near a side. Side 0 is the top; the others follow clockwise. `along` runs clockwise
+// from 0 to 8, and `inward` is the distance from the outer edge.
 cv::Point2d onSide(int side, double along, double inward) {
     switch (side) {
         case 0:
@@ -20,7 +21,8 @@ cv::Point2d onSide(int side, double along, double inward) {
     }
 }
 
-// True if a side's outer edge shows another row of marks, in paper: the grid goes on where a plate has its frame.
+// True if a side's outer edge shows another row of marks with paper between them, so the grid continues where a plate
+// has its frame.
 bool showsMarks(const PlateView &view, int side) {
     int marks = 0;
     for (int i = 1; i <= marksPerSide; i++) {
@@ -48,7 +50,8 @@ FrameEvidence lookForFrame(const PlateView &view) {
         int passed = 0;
         int looked = 0;
         for (int i = 0; i < 12; i++) {
-            // Not at the marks, whose rows could be taken for a frame, and not at the dots, which are at the halves.
+            // The samples avoid the marks, whose rows could be taken for a frame, and the dots, which are half way
+            // between the marks.
             const int gap = i / 2;
             const double along = 1.35 + gap + (i % 2) * 0.3;
             double outside = 1;
@@ -70,7 +73,8 @@ FrameEvidence lookForFrame(const PlateView &view) {
 }
 
 CornerLook lookAtCorner(const PlateView &view, int corner) {
-    // Light along the side that starts in this corner and inward from it; `otherwise` outside the picture.
+    // The light at x along the side that starts in this corner and at y inward from it; `otherwise` outside the
+    // picture.
     const auto at = [&](double x, double y, double otherwise) {
         double light = 0;
         return view.lightAt(onSide(corner, x, y), light) ? light : otherwise;
@@ -83,7 +87,7 @@ CornerLook lookAtCorner(const PlateView &view, int corner) {
     if (!light || !dark) {
         return CornerLook::Hidden;
     }
-    // The second place is the one that tells a triangle best from the corner of a blurred or wider frame.
+    // The place at 0.5 distinguishes a triangle best from the corner of a blurred or wider frame.
     const double inside = at(0.37, 0.37, 0.5);
     const double deep = at(0.5, 0.5, 0.5);
     return inside < 0.35 && deep < 0.4 ? CornerLook::Triangle : inside > 0.65 ? CornerLook::Plain : CornerLook::Hidden;

@@ -5,21 +5,21 @@
 
 namespace pattern_reader {
 
-// Samples along the frame's four sides: how many were inside the picture, and how many showed the frame.
+// Samples along the frame's four sides.
 struct FrameEvidence {
-    int passed = 0;
-    int looked = 0;
-    int goodSides = 0;
+    int passed = 0;     // samples that show the frame
+    int looked = 0;     // samples inside the picture
+    int goodSides = 0;  // sides on which most samples show the frame
 };
 
 FrameEvidence lookForFrame(const PlateView &view);
 
-// True if there are more marks where the frame should be.
+// True if the grid of marks continues where the frame should be.
 bool isPartOfLargerGrid(const PlateView &view);
 
 enum class CornerLook { Hidden, Plain, Triangle };
 
-// Corner 0 is the top-left one, then clockwise.
+// Corner 0 is the top-left one; the others follow clockwise.
 CornerLook lookAtCorner(const PlateView &view, int corner);
 
 }  // namespace pattern_reader

@@ -19,8 +19,8 @@ const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float ra
     return levels[number];
 }
 
-// Whether each mark has the size that the map and the other marks suggest. If something covers a part of a mark, it has
-// not, and its centre is not where it seems to be.
+// For each mark, true if it has the size that the map and the other marks suggest. A mark that is partly covered has
+// another size, and its centre is not where it seems to be.
 std::vector<bool> haveUsualSize(const MarkLattice &found, const MarkMap &imageFromCell) {
     std::vector<double> sizes;
     sizes.reserve(found.marks.size());
@@ -64,7 +64,7 @@ bool mapCells(const MarkLattice &found, MarkMap &imageFromCell) {
     return true;
 }
 
-// The distance of two points of the picture in cells.
+// The distance between two points of the picture in cells.
 double cellsBetween(const cv::Matx22d &steps, cv::Point2d a, cv::Point2d b) {
     return cv::norm(steps.inv() * cv::Vec2d(a.x - b.x, a.y - b.y));
 }
@@ -99,8 +99,8 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &image
     return added;
 }
 
-// Drops everything outside the 7 × 7 cells with the most marks, because what is found there only looks like a mark.
-// False if more than a few marks are dropped.
+// Keeps the 7 × 7 cells with the most marks. What is found outside them only looks like a mark and is removed. False if
+// more than a few marks are removed.
 bool keepOnePlate(MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     if (extent.width <= marksPerSide && extent.height <= marksPerSide) {
@@ -140,7 +140,7 @@ bool keepOnePlate(MarkLattice &found) {
 
 bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell) {
     const auto prepare = [&] { return keepOnePlate(found) && mapCells(found, imageFromCell); };
-    // From the nearer marks to the farther ones: each round extends the lattice from the marks that the last one found.
+    // Each round extends the lattice outwards from the marks that the previous round found.
     bool usable = prepare();
     for (int round = 0; round < 3 && usable && addMissingMarks(levels, imageFromCell, found); round++) {
         usable = prepare();

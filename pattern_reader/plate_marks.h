@@ -1,4 +1,4 @@
-// The marks of one plate: completes what the search for lattices has found.
+// Completes the marks of one plate, of which the search for lattices has found some.
 #pragma once
 
 #include <vector>
@@ -9,8 +9,8 @@
 
 namespace pattern_reader {
 
-// Looks for the missing marks, leaves out what is not a mark, and maps cells to the image. False if the rest cannot be
-// the marks of one plate.
+// Adds the missing marks, removes what is not a mark, and maps cells to the image. False if the result cannot be the
+// marks of one plate.
 bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell);
 
 }  // namespace pattern_reader

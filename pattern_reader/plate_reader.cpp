@@ -21,14 +21,14 @@ namespace {
 constexpr size_t leastMarks = 9;
 constexpr int leastChecks = 10;       // BlockAgreement::checks needed before a part of a block confirms the orientation
 constexpr int leastDots = 6;          // dots that must be seen before the plate counts as having dots
-constexpr double leastSpacing = 9.5;  // pixels, for the frame's corners to be told apart without a block
+constexpr double leastSpacing = 9.5;  // pixels; without a block, the frame's corners can be told apart from here on
 
 struct Assumption {
     LatticeMotion motion;
     FrameEvidence frame;
 };
 
-// The shift with which the frame is where it must be. The orientation is not determined here.
+// Finds the shift with which the picture shows a frame where the plate has one. The orientation is not determined here.
 std::optional<Assumption> findShift(const PlatePicture &picture) {
     const cv::Rect extent = picture.marks.lattice.extent();
     std::optional<Assumption> best;
@@ -56,7 +56,7 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
     return best;
 }
 
-// Turns the whole plate: corner 0 moves to the place of the corner that follows after `turns` quarter turns clockwise.
+// Turns the whole plate clockwise, so that corner 0 moves to the place of corner number `turns`.
 LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     LatticeMotion turned;
     turned.quarterTurns = turns;
@@ -68,13 +68,13 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     return turned;
 }
 
-// The corners of the unturned plate that can be its top-left one.
+// The corners of the unturned plate that can be its top-left corner.
 struct TopLefts {
     std::vector<int> corners;
-    bool showsTriangle = false;  // true: the only corner does; false: all of them are hidden
+    bool showsTriangle = false;  // true: the only one of them does; false: all of them are hidden
 };
 
-// The corner that shows the triangle, or otherwise those that are hidden; none if several corners show one.
+// The corner that shows the triangle. If no corner shows one, all hidden corners. If several corners do, none.
 TopLefts possibleTopLefts(const PlateView &unturned) {
     std::vector<int> triangles;
     std::vector<int> hidden;
@@ -95,25 +95,24 @@ TopLefts possibleTopLefts(const PlateView &unturned) {
 struct Orientation {
     LatticeMotion motion;
     SeenBlock block;
-    // readable: the dots were decoded as a block. possible: those that can be seen agree with a valid block.
-    bool readable = false;
-    bool possible = false;
+    bool readable = false;  // the dots were decoded as a block
+    bool possible = false;  // the dots that can be seen agree with a valid block
     BlockAgreement agreement;
 
     [[nodiscard]] bool showsDots() const { return pattern_code::onesIn(block.bits & ~block.unknown) >= leastDots; }
 
-    // True if the dots rule this orientation out: they belong to no block, or agree better with that of a mirrored
-    // plate.
+    // True if the dots rule this orientation out: they agree with no block, or they agree better with a block if the
+    // plate is taken for mirrored.
     [[nodiscard]] bool isRefuted() const {
         return !readable && (agreement.wrongBits == BlockAgreement::tooMany ||
                              comparePlateBlock(mirrorPlateBlock(block)).wrongBits < agreement.wrongBits);
     }
 };
 
-// The plate turned so that one of its corners is the top-left one.
+// Turns the plate so that the given corner is the top-left one, and reads its dots.
 Orientation turnToTopLeft(const PlatePicture &picture, const LatticeMotion &placed, int corner) {
     Orientation turned;
-    // Corner k comes to the top left by 4 - k quarter turns.
+    // After 4 - k quarter turns, corner k is at the top left.
     turned.motion = turnPlate(placed, (4 - corner) % 4);
     turned.block = readDots(PlateView(picture, turned.motion));
     PatternReading trial;
@@ -141,18 +140,18 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
     }
     // The orientation comes from the block, from the part of it that is seen, or from the triangle alone. In the last
     // two cases the picture must be large enough to tell the frame's corners apart. If one corner is hidden and the
-    // others are plain, the hidden one has the triangle, but only if dots show that this is one of our plates: other
-    // framed grids have neither.
+    // others are plain, the hidden one has the triangle, but only if dots show that this is one of our plates. Other
+    // framed grids have no triangle and no dots.
     const bool large = unturned.sharpSpacingAt({4, 4}) >= leastSpacing;
     const bool showsTriangle = topLefts.corners.size() == 1 && (topLefts.showsTriangle || best->showsDots());
     if (readable > 1 || (readable == 0 && !(large && (showsTriangle || possible == 1)))) {
         return std::nullopt;
     }
-    // Frame and triangle look the same in a mirror.
+    // Frame and triangle look the same in a mirror, so only the dots show that a plate is mirrored.
     return best->isRefuted() ? std::nullopt : best;
 }
 
-// The power of ten of the probability that the reading of a plate is wrong.
+// log10 of the probability that the reading of a plate is wrong.
 double chanceOf(const Orientation &oriented, int framePassed, size_t marks) {
     // Each sample of the frame, and each mark in its place, is right by chance with a probability of at most 1/2.
     const double place = -0.301 * double(framePassed + int(marks));

@@ -10,7 +10,7 @@
 
 namespace pattern_reader {
 
-// The plate that a lattice of marks belongs to. Empty if the frame and the triangle do not confirm it.
+// Reads the plate that a lattice of marks belongs to. Empty if the frame and the triangle do not confirm it.
 std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &start);
 
 }  // namespace pattern_reader

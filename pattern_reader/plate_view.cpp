@@ -23,7 +23,7 @@ bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
     return true;
 }
 
-// The finest level in which the marks' grid spacing, estimated from their median size, is small enough.
+// The number of the finest level in which the grid spacing, estimated from the marks' median size, is small enough.
 size_t levelForLooks(const std::vector<ImageLevel> &levels, const std::vector<RoundMark> &marks) {
     constexpr double mostPixels = 26;
     std::vector<float> areas;

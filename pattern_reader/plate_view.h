@@ -1,6 +1,6 @@
-// A plate as its picture shows it: the grey levels at places on the plate, relative to the marks and the paper there.
+// Looks up the grey levels of a picture at places on a plate, relative to those of the marks and the paper there.
 //
-// Plate coordinates: grid spacings from the top-left corner of the frame's outer edge; marks at 1 to 7.
+// Plate coordinates are in grid spacings from the top-left corner of the frame's outer edge. The marks are at 1 to 7.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -14,10 +14,10 @@
 namespace pattern_reader {
 
 constexpr int marksPerSide = 7;
-constexpr double frameMiddle = 0.125;
+constexpr double frameMiddle = 0.125;  // of the frame's dark band, from its outer edge
 constexpr double markRadius = 0.25;
 
-// The marks that were found on what may be a plate, before it is known which of the plate's they are.
+// The marks that were found on what may be a plate. It is not yet known which of the plate's marks they are.
 struct PlatePicture {
     PlatePicture(const std::vector<ImageLevel> &levels, const MarkLattice &found, const MarkMap &imageFromCell);
 
@@ -26,15 +26,15 @@ struct PlatePicture {
         double dark = 0;
         double paper = 0;
     };
-    // The contrast of the marks around a place; outside the lattice, of the marks nearest to it.
+    // The contrast of the marks around a place; outside the lattice, that of the nearest marks.
     Contrast contrastAt(cv::Point2d cell) const;
 
-    // The contrast without a reflection: that of most marks, or more.
+    // The contrast without a reflection: the upper quartile over all cells.
     double fullContrast() const { return usual; }
 
     const MarkLattice &marks;
     const MarkMap &map;
-    const ImageLevel *level = nullptr;       // in which a grid spacing has some 20 pixels
+    const ImageLevel *level = nullptr;       // in which a grid spacing has about 20 pixels
     const ImageLevel *sharpLevel = nullptr;  // the next finer one
 
 private:
@@ -43,7 +43,7 @@ private:
     double usual = 0;
 };
 
-// A plate's picture under one assumption of where in the plate the lattice lies.
+// A plate's picture under one assumption about where on the plate the lattice lies.
 class PlateView {
 public:
     PlateView(const PlatePicture &seen, const LatticeMotion &assumed) : picture(seen), motion(assumed) {}

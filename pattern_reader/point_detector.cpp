@@ -15,8 +15,8 @@ constexpr auto saddleThreshold = int32_t(leastSaddleStrength * greyScale * least
 constexpr auto blobThreshold = int32_t(-leastBlobStrength * greyScale * leastBlobStrength * greyScale);
 
 // Computes the negative Hessian determinant along one row, in smoothed units: positive at saddles, negative at blobs.
-// `worth` is 1 where its magnitude is large enough for one of them. Smoothed values are at most 255 * 64, so the second
-// derivatives fit into 16 bits, of which twice as many are computed at once as of 32.
+// `worth` is 1 where the determinant is large enough for a saddle or a blob. Smoothed values are at most 255 * 64, so
+// the second derivatives fit into 16 bits, and twice as many are computed at once as with 32 bits.
 void respond(const ImageLevel &level, int y, int32_t *out, uchar *worth) {
     const int width = level.smoothed.cols;
     const auto *up = level.smoothed.ptr<int16_t>(y - 1);
@@ -27,7 +27,7 @@ void respond(const ImageLevel &level, int y, int32_t *out, uchar *worth) {
     for (int x = 1; x < width - 1; x++) {
         const auto xx = int16_t(mid[x - 1] + mid[x + 1] - 2 * mid[x]);
         const auto yy = int16_t(up[x] + down[x] - 2 * mid[x]);
-        const auto xy = int16_t(up[x - 1] + down[x + 1] - up[x + 1] - down[x - 1]);  // four times
+        const auto xy = int16_t(up[x - 1] + down[x + 1] - up[x + 1] - down[x - 1]);  // four times the derivative
         out[x] = (int32_t(xy) * xy >> 4) - int32_t(xx) * yy;
     }
     for (int x = 0; x < width; x++) {
@@ -93,8 +93,8 @@ float sample(const cv::Mat &smoothed, float x, float y) {
 }
 
 // True if a ring around the point looks the same after half a turn and inverted after a quarter turn. Also determines
-// the opening of the light areas. The derivatives at the point cannot tell that, because blur makes every angle look
-// like a right angle.
+// the opening of the light areas. The derivatives at the point do not show it, because blur makes every angle look like
+// a right angle.
 bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     constexpr float radius = 2;
     const cv::Point2f p = saddle.position;
@@ -117,7 +117,8 @@ bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
         second += even * cv::Point2f(circle.x[2 * i], circle.y[2 * i]);
         fourth += even * cv::Point2f(circle.x[4 * i % Circle::count], circle.y[4 * i % Circle::count]);
     }
-    // A pure second harmonic of amplitude A makes the length of `second` 8 A. `odd` sums what half a turn changes.
+    // A pure second harmonic of amplitude A makes the length of `second` 8 A. `odd` is the sum of the differences after
+    // half a turn.
     const float length2 = second.dot(second);
     if (!(length2 > 1.44F * odd * odd)) {
         return false;
@@ -193,8 +194,8 @@ struct ResponseRows {
 };
 
 // True if the picture gets lighter in all eight directions, within the distance at which a blob of this level can end,
-// and in none of them by much less than on average. A stretched blob may end farther away along its long axis, a unit
-// vector.
+// and in each of them by at least 40 % of the average. A stretched blob may end farther away along its long axis, which
+// is given as a unit vector.
 bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool stretched) {
     constexpr int reach = 4;
     if (x < reach || y < reach || x >= smoothed.cols - reach || y >= smoothed.rows - reach) {
@@ -229,7 +230,7 @@ bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool s
 }
 
 // Describes a blob by its second derivatives. False if the picture does not get lighter on all sides, or if the blob is
-// almost a line.
+// almost as narrow as a line.
 bool describeBlob(const ImageLevel &level, int x, int y, DarkBlob &blob) {
     const Quadratic q = quadraticAt(level.smoothed, x, y);
     const float mean = (q.xx + q.yy) / 2;
@@ -239,7 +240,7 @@ bool describeBlob(const ImageLevel &level, int x, int y, DarkBlob &blob) {
     }
     blob.position = cv::Point2f(float(x), float(y));
     blob.stretch = std::sqrt((mean + half) / (mean - half));
-    // The long axis is where the second derivative is least.
+    // The long axis is the direction with the smallest second derivative.
     const float direction = 0.5F * std::atan2(2 * q.xy, q.xx - q.yy) + float(CV_PI / 2);
     return isAlone(level.smoothed, x, y, {std::cos(direction), std::sin(direction)}, blob.stretch > 1.4F);
 }

@@ -1,13 +1,15 @@
-// Finds the points that patterns consist of, by the second derivatives of the picture: saddles and dark blobs.
+// Finds the points that patterns consist of, saddles and dark blobs, by the second derivatives of the picture. It knows
+// nothing about lattices.
 //
-// Saddle points: places where four areas meet, dark opposite dark and light opposite light, as at the inner
+// Saddle points are places where four areas meet, dark opposite dark and light opposite light, as at the inner
 // corners of a checkerboard.
 //
-// The measure is the negative determinant of the Hessian of the smoothed image; a candidate must also have its
-// stationary point inside the pixel's neighbourhood and look the same after half a turn, which ordinary corners do not.
-// It knows nothing about lattices.
+// The measure is the negative determinant of the Hessian of the smoothed image. A saddle point must also have its
+// stationary point close to the pixel, and its surroundings must look the same after half a turn, which is not true for
+// ordinary corners.
 //
-// Dark blobs: spots that are darker than everything around them, with a radius of one to three pixels of their level.
+// Dark blobs are spots that are darker than everything around them, with a radius of one to three pixels of their
+// level.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -20,14 +22,14 @@ namespace pattern_reader {
 struct SaddlePoint {
     cv::Point2f position;   // level coordinates
     float brightAxis = 0;   // direction of the light areas, radians, modulo half a turn
-    float halfOpening = 0;  // half the angle a light area spans, 0 to pi/2; its borders are brightAxis ± halfOpening
+    float halfOpening = 0;  // half the angle of a light area, 0 to pi/2; its borders are brightAxis ± halfOpening
     float strength = 0;     // square root of the negative determinant, grey levels per pixel²
 };
 
 struct DarkBlob {
     cv::Point2f position;  // level coordinates
     float strength = 0;    // square root of the Hessian's determinant, grey levels per pixel²
-    float stretch = 1;     // of its second derivatives: about how many times longer than wide it is
+    float stretch = 1;     // about how many times longer than wide the blob is
 };
 
 struct LevelPoints {
@@ -35,16 +37,16 @@ struct LevelPoints {
     std::vector<DarkBlob> blobs;
 };
 
-// The least strength of points that are searched, in grey levels per pixel².
+// The least strength of the points that are found, in grey levels per pixel².
 constexpr float leastSaddleStrength = 1.5F;
 constexpr float leastBlobStrength = 5;
 
-// Smooths the level's picture into level.smoothed and finds all of its points, which are at most one for every four
+// Smooths the level's picture into level.smoothed and finds all points in it. There is at most one for every four
 // pixels.
 LevelPoints findPoints(ImageLevel &level);
 
-// Walks from near to the closest stationary point of the smoothed level and describes it. False when there is no
-// saddle within reach (pixels).
+// Walks from near to the closest stationary point of the smoothed level and describes it. False if there is no saddle
+// within `reach` pixels.
 bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, SaddlePoint &saddle);
 
 }  // namespace pattern_reader

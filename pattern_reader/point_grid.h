@@ -1,5 +1,5 @@
-// Points sorted into the cells of a square grid over the picture, so that those around a place are found without going
-// through all of them. It is all in a header so that visitAround can be inlined, because this is the inner loop of the
+// Sorts points into the cells of a square grid over the picture, so that the points around a place are found without
+// going through all points. Everything is in the header so that visitAround can be inlined: it is the inner loop of the
 // search for neighbours.
 #pragma once
 

@@ -15,7 +15,7 @@ using pattern_code::Square;
 
 constexpr int quickWindowLimit = 64;
 
-// One disagreeing cell cancels this many that agree, which is roughly right if 5 % of the bits are seen wrongly.
+// One disagreeing cell cancels this many agreeing cells, which is roughly right if 5 % of the bits are seen wrongly.
 constexpr int disagreementWeight = 4;
 
 struct Candidate {
@@ -87,7 +87,7 @@ struct AlignedPatch {
     Square zero;
 
 private:
-    // The cell that the extent's first one becomes.
+    // The place of the extent's top-left cell after turning.
     [[nodiscard]] Square originOf(const Extent &extent) const {
         return {turns == 1 || turns == 2 ? widthOf(extent, turns) - 1 : 0,
                 turns == 2 || turns == 3 ? heightOf(extent, turns) - 1 : 0};
@@ -118,7 +118,7 @@ int commonFactor(int a, int b) {
     return b == 0 ? a : commonFactor(b, a % b);
 }
 
-// Compares every cell of the patch with the code. Empty if a large patch plainly does not belong there.
+// Compares every cell of the patch with the code. Empty if many cells have been compared and too few agree.
 std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
     Candidate candidate;
     int known = 0;
@@ -141,7 +141,7 @@ std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &gri
     return candidate;
 }
 
-// The search for one patch. It keeps the best two of the places that it compared.
+// Searches for the place of one patch, and keeps the best two places of those that it compared.
 class PlaceSearch {
 public:
     PlaceSearch(const WindowTable &windowTable, const SeenCells &seen) : table(windowTable) {
@@ -179,7 +179,7 @@ public:
         }
     }
 
-    // Compares the 8 x 8 window with the most known cells with the code at every place.
+    // Takes the 8 x 8 window that has the most known cells and compares it with the code at every place.
     void runFull() {
         for (const AlignedPatch &patch : patches) {
             const Square square = bestKnownWindow(patch);
@@ -208,7 +208,7 @@ public:
     }
 
 private:
-    // Compares the whole patch at the place where its corner lies on this square of the grid.
+    // Compares the whole patch with the code, with the patch's top-left corner on this square of the grid.
     void consider(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
         const CodePlace place{grid.tile, {corner.column + patch.zero.column, corner.row + patch.zero.row}, patch.turns};
         if (std::any_of(best.begin(), best.end(), [&](const Candidate &other) { return other.place == place; })) {

@@ -1,13 +1,13 @@
 // Finds which part of the position code (camera_library/pattern_code/position_code.h) a patch of squares shows: the
-// tile or the place in the plane, and the orientation. It works on bits alone: it does not look at pictures and ignores
-// the information block.
+// tile or the place in the plane, and the orientation. It works only on bits: it does not look at pictures, and it
+// ignores the information block.
 //
 // The local lattice. The patch is a rectangle of cells in any orientation, but not mirrored: its columns and rows run
 //   like a picture's x and y, to the right and downwards. A cell is 0, 1 or unknown; cells outside the pattern, or not
 //   seen clearly, should be unknown.
-// Certainty. The place returned is the likeliest one, even if it is an unlikely one. Check the chance that random bits
-//   match some place equally well (Location::chanceLog10), and how well the next best place matches.
-// Threads. An index is constant once it is made and may then be used from any thread. It takes about 4 MB.
+// Certainty. The place that is returned is the likeliest one, but it can still be wrong. Check the chance that random
+//   bits match some place equally well (Location::chanceLog10), and how well the next best place matches.
+// Threads. An index does not change after its construction and may be used from any thread. It takes about 4 MB.
 #pragma once
 
 #include <cstddef>
@@ -57,7 +57,7 @@ struct CodePlace {
 
 bool operator==(const CodePlace &a, const CodePlace &b);
 
-// A place and how well it matches. Only known cells on squares that carry position are counted.
+// A place, and how well the patch matches the code there. Only known cells on squares that carry position are counted.
 struct Location {
     CodePlace place;
     int agreeing = 0;
@@ -77,7 +77,7 @@ class PositionIndex {
 public:
     // How thoroughly to search.
     enum class Effort {
-        Quick,  // finds patches with 5 x 5 known cells without an error; takes about 10 us
+        Quick,  // finds patches that contain 5 x 5 known cells without an error; takes about 10 us
         Full    // if Quick is not certain, compares every place; takes up to about 1 ms
     };
 

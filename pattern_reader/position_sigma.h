@@ -1,4 +1,5 @@
-// The standard deviations of a lattice's corners, from those of the fits and from how smooth the rows of corners are.
+// Estimates the standard deviations of a lattice's corners, from those of the fits and from how smooth the rows of
+// corners are.
 #pragma once
 
 #include <vector>

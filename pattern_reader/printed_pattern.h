@@ -1,11 +1,12 @@
-// What was printed: patterns as their file describes them, and the corners of a reading in the pattern's millimetres.
+// Loads the descriptions of printed patterns, and gives the corners of a reading in the pattern's millimetres.
 //
-// Files are the JSON that the camera library writes and the PDF that has it as an attachment. Nothing is drawn or
-// measured here, and the real size of a print is not known.
+// A file is either the JSON that the camera library writes or a PDF that has this JSON as an attachment. Nothing is
+// drawn or measured here, and the real size of a print is not known.
 //
-// Coordinates: millimetres in the pattern's own frame as its file says, x to the right, y down, z = 0. Without a file
-// the origin is that of a pattern without an offset: a tile's and a plate's middle corner or mark, the plane's
-// (136, 136), a plain board's first inner corner. Every function may be called from any thread at the same time.
+// Coordinates are millimetres in the pattern's own frame, as its file says, with x to the right, y down and z = 0.
+// Without a file, the origin is that of a pattern without an offset: the middle corner of a tile, the middle mark of a
+// plate, (136, 136) of the plane, the first inner corner of a plain board. Every function may be called from any thread
+// at the same time.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -27,12 +28,12 @@ struct PrintedPattern {
     std::vector<cv::Point2d> points;  // row after row
 };
 
-// The patterns of a file. Throws std::runtime_error with a sentence that names the file if it cannot be read, is
-// neither a pattern's JSON nor a PDF with one, or has a pattern of a kind that the reader does not know.
+// Loads the patterns of a file. Throws std::runtime_error with a sentence that names the file if it cannot be read, if
+// it is neither a pattern's JSON nor a PDF with one, or if the reader does not know the kind of a pattern.
 PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
-// Where the reading's corners lie, one point for each. Empty if none of the patterns fits the reading, or if several
-// patterns with different points do.
+// Returns one point for each corner of the reading. Empty if none of the patterns fits the reading, or if several
+// patterns fit it and their points differ.
 PATTERN_READER_API std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                                         const std::vector<PrintedPattern> &patterns);
 

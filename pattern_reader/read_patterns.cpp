@@ -19,11 +19,11 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr size_t leastMarks = 12;  // of a plate's 49, to look for the others
+constexpr size_t leastMarks = 12;  // of a plate's 49; with fewer, the others are not searched for
 
-// The approximate areas in which checkerboards were read. No plates are searched there, because dark squares and marks
-// of a checkerboard look like round marks. A lattice that was not read does not count, because there are saddles
-// between a plate's marks too.
+// The approximate areas in which checkerboards were read. Plates are not searched for there, because the dark squares
+// and marks of a checkerboard look like round marks. Lattices that could not be read are not included, because there
+// are saddles between a plate's marks too.
 class BoardArea {
 public:
     explicit BoardArea(const cv::Size &size)
@@ -61,7 +61,7 @@ bool isRead(const MarkLattice &found, const PatternReading &plate) {
     return size_t(known) * 2 > found.marks.size() && plate.corners.size() >= found.marks.size();
 }
 
-// Plates among the blobs that are no part of a checkerboard, each once.
+// Reads the plates among the blobs that are not part of a checkerboard. Each plate is returned once.
 std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, std::vector<LevelPoints> &points,
                                        const BoardArea &boards) {
     std::vector<PatternReading> plates;

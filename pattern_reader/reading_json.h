@@ -1,4 +1,4 @@
-// Readings as a JSON document, described in docs/reading.md.
+// Writes readings as JSON, in the form that docs/reading.md describes.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -8,7 +8,7 @@
 
 namespace pattern_reader {
 
-// objectPoints: of the corners, in millimetres, one for each; or null if they are not known.
+// `objectPoints` has one point in millimetres for each corner; null if these are not known.
 nlohmann::ordered_json toJson(const PatternReading &reading, const std::vector<cv::Point3d> *objectPoints = nullptr);
 
 }  // namespace pattern_reader

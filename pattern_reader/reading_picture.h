@@ -8,7 +8,7 @@
 
 namespace pattern_reader {
 
-// A colour copy of the image with the readings in it.
+// Returns a colour copy of the image with the readings drawn into it.
 PATTERN_READER_API cv::Mat drawReadings(const cv::Mat &image, const std::vector<PatternReading> &readings);
 
 }  // namespace pattern_reader

@@ -38,7 +38,8 @@ const std::array<cv::Point2f, rayCount> &rays() {
     return directions;
 }
 
-// The first strong rise along a ray: its place, between samples, and the level behind it.
+// Finds the first strong rise along a ray: its distance, interpolated between samples, and the grey level behind it.
+// False if there is none.
 bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction, float longest, float &distance,
                 float &behind) {
     std::array<float, raySteps + 2> grey{};
@@ -80,13 +81,13 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     return true;
 }
 
-// What is seen of a border from a point inside it.
+// A border as it is seen from a point inside it.
 struct Border {
-    std::vector<cv::Point2f> points;  // from that point
-    float lightLevel = 0;             // behind the border, the mean
+    std::vector<cv::Point2f> points;  // relative to that point
+    float lightLevel = 0;             // mean grey level behind the border
 };
 
-// False when too many directions show no border.
+// False if too many directions show no border.
 bool lookAround(const cv::Mat &smoothed, cv::Point2f from, float longest, Border &border) {
     border.points.clear();
     float light = 0;
@@ -153,7 +154,7 @@ bool fitConic(const std::vector<cv::Point2f> &points, Conic &conic) {
     return true;
 }
 
-// Writes the shape of an ellipse, in pixels of a level of the given scale, into the mark. False when it is too flat.
+// Sets the mark's shape from an ellipse in pixels of a level with the given scale. False if the ellipse is too flat.
 bool takeShape(const Conic &ellipse, cv::Point2f middle, float scale, RoundMark &mark) {
     // Around its own middle the border is vᵀ Q v = 1.
     const double level =
@@ -174,7 +175,7 @@ bool takeShape(const Conic &ellipse, cv::Point2f middle, float scale, RoundMark 
     return true;
 }
 
-// Whether nearly all of the border lies on the mark's ellipse.
+// True if nearly all points of the border lie on the mark's ellipse.
 bool liesOnEllipse(const Border &border, cv::Point2f middle, float scale, const RoundMark &mark) {
     int off = 0;
     for (const cv::Point2f &p : border.points) {
@@ -193,7 +194,7 @@ bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, Round
     Border border;
     Conic ellipse;
     cv::Point2f middle;
-    // The second round starts from the middle that the first has found.
+    // The second round starts from the middle that the first round has found.
     for (int round = 0; round < 2; round++) {
         if (centre.x < 1 || centre.y < 1 || centre.x >= float(smoothed.cols - 2) ||
             centre.y >= float(smoothed.rows - 2)) {

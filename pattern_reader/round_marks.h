@@ -1,5 +1,5 @@
-// Measures a round dark mark by its border: an ellipse through the steepest points around it. Its shape tells how the
-// plate is tilted there, and so where the mark's neighbours must be.
+// Measures a round dark mark by fitting an ellipse to the steepest points of its border. The ellipse's shape shows how
+// the plate is tilted there, and so where the mark's neighbours must be.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,8 +16,8 @@ struct RoundMark {
     float lightLevel = 0;  // grey level around
 };
 
-// Measures the mark around a point of the image; radius is a first guess to a factor of two. False when there is no
-// closed round border.
+// Measures the mark around a point of the image. `radius` is a first guess in image pixels and may be wrong by a factor
+// of two. False if there is no closed round border.
 bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, RoundMark &mark);
 
 }  // namespace pattern_reader

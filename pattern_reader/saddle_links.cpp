@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr float farthestLink = 22;  // level pixels; the next coarser level sees longer steps
+constexpr float farthestLink = 22;  // level pixels; longer steps are found in the next coarser level
 constexpr float shortestLink = 2.2F;
 constexpr int gridCell = 8;
 
@@ -33,7 +33,7 @@ std::vector<LinkedSaddle> withBorders(const std::vector<SaddlePoint> &saddles) {
     return all;
 }
 
-// True if the two have the same borders with light and dark exchanged.
+// True if two saddles have the same borders with light and dark exchanged.
 bool alternate(const LinkedSaddle &p, const LinkedSaddle &q) {
     constexpr float tolerance = 0.36F;  // sine
     return std::abs(cross(p.border[0], q.border[1])) < tolerance &&
@@ -41,7 +41,7 @@ bool alternate(const LinkedSaddle &p, const LinkedSaddle &q) {
            p.strength < 4 * q.strength;
 }
 
-// Links one saddle to the closest that alternates with it in every direction.
+// Links a saddle, in each direction, to the closest saddle that alternates with it.
 void linkToClosest(std::vector<LinkedSaddle> &saddles, const PointGrid &grid, size_t number) {
     LinkedSaddle &p = saddles[number];
     std::array<float, 4> closest{};

@@ -14,7 +14,7 @@ struct LinkedSaddle {
     cv::Point2f position;               // level coordinates
     std::array<cv::Point2f, 2> border;  // directions of the light areas' borders
     float strength = 0;
-    // The neighbours' numbers along +border 0, +border 1, -border 0, -border 1; -1 for none.
+    // The neighbours' indices along +border 0, +border 1, -border 0, -border 1; -1 if there is none.
     std::array<int, 4> links{-1, -1, -1, -1};
 };
 

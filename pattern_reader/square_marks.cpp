@@ -51,7 +51,7 @@ float length(cv::Point2f v) {
     return std::hypot(v.x, v.y);
 }
 
-// A square's corners are counted (0, 0), (1, 0), (0, 1), (1, 1); corner 3 - i is opposite.
+// A square's corners are numbered in the order (0, 0), (1, 0), (0, 1), (1, 1). Corner 3 - i is opposite to corner i.
 cv::Point cornerOf(cv::Point cell, size_t corner) {
     return cell + cv::Point(int(corner % 2), int(corner / 2));
 }
@@ -120,7 +120,7 @@ bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
     return true;
 }
 
-// Predicts a corner that was not measured from the lattice.
+// Predicts a corner that was not measured, from the rest of the lattice.
 bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const {
     const cv::Point here = cornerOf(cell, corner);
     if (lattice.predict(here, quad.corners[corner])) {
@@ -155,8 +155,9 @@ float MarkReader::centreGrey(const Quad &quad) const {
     return sum / 9;
 }
 
-// True if the square's outer parts have the square's colour on every side. toLevel is the factor that converts a
-// difference from the middle grey to a level in which 1 is that colour; expected is the level that remains after blur.
+// True if the square's outer parts have the square's colour on every side. `toLevel` is a factor: it converts a
+// difference from the middle grey to a level in which 1 is that colour. `expected` is the level that remains after
+// blur.
 bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
     const std::array<cv::Point2f, 4> sides{
         {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};

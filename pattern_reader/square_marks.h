@@ -1,5 +1,5 @@
-// Reads which squares of a lattice carry a mark: a smaller square of the opposite colour in the centre, with sides a
-// third as long.
+// Reads which squares of a lattice carry a mark. A mark is a smaller square of the opposite colour in the centre, with
+// sides a third as long.
 //
 // The grey levels and the blur measured at a square's corners predict how its centre looks with and without a mark.
 // Small or blurred squares are therefore compared with what the camera can show of a mark.
@@ -22,7 +22,8 @@ struct SquareReading {
     bool maybeCover = false;
 };
 
-// Every square that has at least one measured corner and looks like a square. fits belongs to lattice.corners.
+// Returns every square that has at least one measured corner and looks like a square. fits[i] is the fit of
+// lattice.corners[i].
 std::vector<SquareReading> readMarks(const cv::Mat &picture, const CornerLattice &lattice,
                                      const std::vector<CornerFit> &fits);
 

@@ -1,5 +1,5 @@
-// All windows of the position code, to be searched by their bits: 5 x 5 windows that equal a given one, through a hash
-// table, and 8 x 8 windows that resemble a given one, by comparing them all.
+// Holds all windows of the position code and searches them by their bits. It finds 5 x 5 windows that equal a given one
+// through a hash table, and 8 x 8 windows that resemble a given one by comparing them all.
 #pragma once
 
 #include <array>
@@ -42,7 +42,8 @@ public:
     void visitEqual(std::uint64_t bits, const Visit &visit) const;
 
     // Visits the 8 x 8 windows in which few bits disagree. The limit is chosen so that random bits cause at most about
-    // 100 visits. All known squares of the window must lie inside the plane; they may reach 4 squares beyond a tile.
+    // 100 visits. In the plane, all known squares of the window must lie inside. On a tile, the window may start up to
+    // 4 squares before its left and top edge, and anywhere inside it.
     void visitAlike(const SeenWindow &seen, const Visit &visit) const;
 
 private:
