@@ -27,7 +27,7 @@ const char *labelOf(QtMsgType type) {
 }
 
 bool isWritten(QtMsgType type, const QByteArray &text) {
-    // The toolkit gives this warning if it was built without the collation library. It is harmless.
+    // The toolkit prints this harmless warning if it was built without the collation library.
     static const QByteArray collationWarning("Numeric mode unsupported in the posix collation implementation");
     if (type == QtWarningMsg) {
         return text != collationWarning;

@@ -1,7 +1,7 @@
 // Writes the diagnostics of the toolkit and the program to the standard error stream: one line for each warning,
-// critical or fatal message. Debug and info messages are dropped. Nothing is stored or written to a file. After a fatal
-// message is written, the toolkit ends the process.
+// critical or fatal message. Debug and info messages are dropped. No message is stored or written to a file. After a
+// fatal message has been written, the toolkit ends the process.
 #pragma once
 
-// Installs the message handler of the process. Messages may come from any thread; lines do not mix.
+// Installs the message handler of the process. Messages may come from any thread; their lines do not mix.
 void installMessageHandler();

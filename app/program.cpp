@@ -12,7 +12,7 @@
 
 namespace {
 
-// 5.15.10, whichever 5.15 version of the toolkit is installed.
+// The version 5.15.10. It stays the same with every installed 5.15 version of the toolkit.
 constexpr int toolkitVersion = 0x050F0A;
 
 void finalizeLibrary() {
@@ -24,7 +24,7 @@ void finalizeLibrary() {
 }  // namespace
 
 int runProgram(int argc, char **argv) {
-    // First, so that the handler also gets the toolkit's messages during start-up.
+    // The handler is installed first, so that it also gets the toolkit's messages during start-up.
     installMessageHandler();
 
     QApplication application(argc, argv, toolkitVersion);
@@ -40,7 +40,7 @@ int runProgram(int argc, char **argv) {
     }
     const int exitCode = QApplication::exec();
 
-    // While the window, the helper and the application still exist.
+    // The library is finalised while the window, the helper and the application still exist.
     finalizeLibrary();
     return exitCode;
 }

@@ -30,7 +30,7 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     if (wideArguments == nullptr) {
         return -1;
     }
-    // Owns the texts. The toolkit removes the arguments that it knows from the other vector.
+    // `arguments` owns the texts. The toolkit removes the arguments that it uses from `vector`.
     std::vector<Argument> arguments;
     std::vector<char *> vector;
     for (int i = 0; i < count; ++i) {

@@ -11,7 +11,7 @@
 
 namespace {
 
-// The failure ends the process just as it does without this function.
+// Shows the failure. The process then ends just as it does without this function.
 [[noreturn]] void showFailure() {
     std::set_terminate(std::abort);
     if (const std::exception_ptr failure = std::current_exception()) {
@@ -31,7 +31,7 @@ namespace {
 void prepareProgram() {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    // 150 % is 1.5, not 2.
+    // A scale of 150 % is used as 1.5 and is not rounded to 2.
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     std::set_terminate(showFailure);

@@ -1,8 +1,9 @@
-// While an object of this class exists, windows open without the desktop's OpenGL. The program does not draw with it,
-// and on X11 setting it up takes as long as everything else that an empty window needs.
+// While an object of this class exists, windows open without the desktop's OpenGL. The program does not draw with
+// OpenGL, and on X11 its set-up takes as long as everything else that an empty window needs.
 //
-// The X11 plugin reads the environment variable once, for the first window. The variable is removed again afterwards,
-// so processes started later do not inherit it. If the user has set it, it stays as it is. Other platforms ignore it.
+// The X11 plugin reads the environment variable once, for the first window. The destructor removes the variable, so
+// that processes started later do not inherit it. A variable that the user has set stays unchanged. Other platforms
+// ignore the variable.
 #pragma once
 
 #include <QtGlobal>

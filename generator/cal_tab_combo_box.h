@@ -1,7 +1,8 @@
 // The list of official calibration plates from the camera library's catalogue: one item per plate with the plate's
-// name, and an entry with the parameters of the plate's pattern. It writes no pattern.
+// name, and an entry with the parameters of the plate's pattern. It does not write the parameters of patterns.
 //
-// Item i and entry i describe the same plate. GUI thread only. Failures of the library are thrown as LmLibException.
+// Item i and entry i describe the same plate. Use it only on the GUI thread. Failures of the library are thrown as
+// LmLibException.
 #pragma once
 
 #include <QComboBox>

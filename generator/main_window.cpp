@@ -83,7 +83,7 @@ void MainWindow::resizeEvent(QResizeEvent *event) {
 }
 
 void MainWindow::showEvent(QShowEvent * /*event*/) {
-    // Only fits the picture again. The base class's show handler is intentionally not called, and its resize handler
-    // does not use the event.
+    // This only fits the picture into the view again. The base class's show handler is intentionally not called. Its
+    // resize handler can be called with null, because it does not use the event.
     resizeEvent(nullptr);
 }

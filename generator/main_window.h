@@ -1,9 +1,10 @@
-// The program's only window and its controller. After every change of an input it has the camera library draw the
-// current pattern again; its two buttons save the pattern and start the viewer. It draws no pattern and writes no file
-// itself.
+// The program's only window and its controller. After every change of an input, it makes the camera library draw the
+// current pattern again. Its two buttons save the pattern and start the viewer. The window itself neither draws
+// patterns nor writes files.
 //
-// GUI thread only: a running library command blocks the window. Failures of the library are thrown as LmLibException;
-// the slots catch it and show it to the user, all other operations do not catch it. Lengths are in millimetres.
+// Use it only on the GUI thread; a running library command blocks the window. Failures of the library are thrown as
+// LmLibException. The slots catch them and show them to the user; all other functions let them pass. Lengths are in
+// millimetres.
 #pragma once
 
 #include <QGraphicsScene>
@@ -29,10 +30,11 @@ public slots:
     // same name as the widget's repaint operation and hides it.
     void update();
 
-    // Asks for a file name and has the library write all current patterns to that file, as PDF or JSON.
+    // Asks for a file name and makes the library write all current patterns to that file. The name's ending selects the
+    // format.
     void savePatterns();
 
-    // Starts the viewer to calibrate an assembly. The library knows where the viewer is.
+    // Starts the viewer to calibrate an assembly. The library's tree states the path of the viewer.
     void openCalTabCalibration();
 
 protected:
@@ -43,7 +45,7 @@ private:
     void connectInputs();
     void enableHalconInputs();
 
-    // The choice lists, the displays and the parameters of a pattern.
+    // These functions fill the choice lists and the displays, and write the parameters of a pattern.
     void fillChoiceLists();
     void recomputeDerivedValues();
     // The type of the current page; Official if there is no current page or its type is unknown.

@@ -1,4 +1,4 @@
-// The picture of the current pattern, drawn by the camera library.
+// Shows the picture of the current pattern, which the camera library draws.
 #include <QGraphicsPixmapItem>
 #include <QGraphicsView>
 #include <QPixmap>
@@ -17,14 +17,14 @@ constexpr std::int32_t previewImageSize = 2000;
 
 void MainWindow::generatePreview() {
     const TreeCommand command("GenerateCalibrationPattern");
-    // The command's own "Encoding"; a Halcon pattern has another one in its element of "Patterns".
+    // This is the command's own "Encoding". A Halcon pattern has a second one in its element of "Patterns".
     command.parameters()["Encoding"] = true;
     command.parameters()["ImageSize"] = previewImageSize;
     writePatternParameters(command.parameters()["Patterns"][0], 0);
     command.execute(true);
     previewImage = imageFromBinaryItem(command.result()["Patterns"][0].path(), false, false, false, 1.0, 0);
 
-    // The old picture is removed only now that there is a new one.
+    // The old picture is removed only after the new one has been made, so that it stays if the command fails.
     scene.clear();
     auto *picture = scene.addPixmap(QPixmap::fromImage(previewImage));
     picture->setTransformationMode(Qt::SmoothTransformation);

@@ -45,7 +45,7 @@ constexpr std::array<const char *, codeCount> errorNames = {
 }  // namespace
 
 const char *errorName(std::int32_t code) {
-    // Compared as unsigned, so that a negative code is out of range as well.
+    // The code is compared as unsigned, so that a negative code is out of range as well.
     const auto index = static_cast<std::uint32_t>(code);
     return index < codeCount ? errorNames[index] : "";
 }

@@ -34,7 +34,7 @@ void writeCommandFailure(std::ostream &text, const LmLibException &exception) {
         text << ": ";
         text << exception.errorText();
     } catch (...) {
-        // The message ends with what could be read.
+        // The message contains only what could be read before the failure.
     }
 }
 

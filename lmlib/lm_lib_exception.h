@@ -1,5 +1,5 @@
 // The only exception type for failures of the camera library. It holds the item, the result code and the slot of the
-// failed command. How a failure is shown is decided elsewhere.
+// failed command. It does not show the failure; error_report.h does.
 //
 // It is thrown by value and caught by constant reference. It has no base class, so only a handler that names it (or
 // catches everything) catches it. Texts are in the library's narrow encoding.
@@ -11,14 +11,14 @@
 
 class TemporarySlot;
 
-// Intentionally not a std::exception.
+// This is intentionally not a std::exception.
 class LmLibException {
 public:
     // Also writes "LmLibException <name> at <path>" to the library's debug log.
     LmLibException(std::string path, std::int32_t code, std::shared_ptr<TemporarySlot> slot);
 
-    // "ErrorSymbol" and "ErrorText" that a failed command left in the result below itemPath. They throw LmLibException
-    // if there are none.
+    // The "ErrorSymbol" and the "ErrorText" of a failed command, read from "Result" below itemPath. Both functions
+    // throw LmLibException if these nodes do not exist.
     std::string errorSymbol() const;
     std::string errorText() const;
 

@@ -1,13 +1,13 @@
 // The message box for failures: a text, details that the user can unfold, and a button that copies both to the
-// clipboard. For the GUI thread only.
+// clipboard. Use it only on the GUI thread.
 #pragma once
 
 #include <QList>
 #include <QMessageBox>
 #include <string>
 
-// Shows the modal box, without a parent, until it is closed, and returns the value of the standard button that closed
-// it. The texts are in the local 8-bit encoding. Without standardButtons the box has an Ok button, which Escape also
-// presses. " Copy to Clipboard " copies the text, a line feed and the details, and shows the box again.
+// Shows a modal box without a parent until it is closed. Returns the value of the standard button that closed it. The
+// texts are in the local 8-bit encoding. Without standardButtons the box has an Ok button, which Escape also presses. "
+// Copy to Clipboard " copies the text, a line feed and the details, and shows the box again.
 int showMessageBox(const std::string &text, QMessageBox::Icon icon, const std::string &detailText,
                    const QList<QMessageBox::StandardButton> &standardButtons = {});

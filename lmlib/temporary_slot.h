@@ -1,6 +1,6 @@
-// Owns a command's temporary slot in the library's tree and erases it at the end. The command and every exception
-// thrown for it share one TemporarySlot through std::shared_ptr, so that the result of a failed command can be read
-// until its report has been shown. Named slots have no such owner.
+// Owns a command's temporary slot in the library's tree, and erases the slot when it is destroyed. The command and
+// every exception thrown for it share one TemporarySlot through std::shared_ptr, so that the result of a failed command
+// can be read until its report has been shown. Named slots have no such owner.
 //
 // The last owner may be destroyed on any thread.
 #pragma once
@@ -11,8 +11,8 @@ class TemporarySlot {
 public:
     // Becomes the owner of the slot at this path; an empty path means no slot.
     explicit TemporarySlot(std::string slotPath);
-    // Erases the slot. Never throws: a slot that is already gone is fine, and any other failure is only written to the
-    // library's debug log.
+    // Erases the slot. Never throws. A slot that has already been erased is not a failure; any other failure is only
+    // written to the library's debug log.
     ~TemporarySlot();
 
     TemporarySlot(const TemporarySlot &) = delete;

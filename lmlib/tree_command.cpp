@@ -90,7 +90,7 @@ bool TreeCommand::finished(std::int32_t *resultOut) const {
         report(resultOut, toleratingAbsence(code));
         return true;
     }
-    // The type is intentionally queried twice: the first query only tells whether there is a command at all.
+    // The type is intentionally queried twice: the first query only finds out if there is a command at all.
     type = lmLibGetType(&code, command.path().c_str());
     report(resultOut, toleratingAbsence(code));
     return type == LmLibTypeNull;

@@ -1,8 +1,8 @@
 // One command of the camera library and its slot in the tree:
 //
-//   /Execute/<slot>/Command      the name; writing it starts the command, and it turns to null at the end
-//   /Execute/<slot>/Parameters   written before the start
-//   /Execute/<slot>/Result       written by the library; has an "ErrorSymbol" if and only if the command failed
+//   /Execute/<slot>/Command      the name; writing it starts the command, and it becomes null at the end
+//   /Execute/<slot>/Parameters   written before the start /Execute/<slot>/Result       written by the library; has an
+//   "ErrorSymbol" if and only if the command failed
 //
 // The caller knows what the parameters and results mean. Waiting for a command blocks the calling thread without a time
 // limit. A command may be executed again.
@@ -18,21 +18,21 @@ class TemporarySlot;
 
 class TreeCommand {
 public:
-    // With a nodeName, the slot is the child of /Execute with that name and stays in the tree. Without one, a new slot
-    // is made and is erased when this command and every exception thrown for it are gone; if it cannot be made, an
-    // LmLibException with the path /Execute is thrown.
+    // If nodeName is not empty, the slot is the child of /Execute with that name and stays in the tree. Otherwise a new
+    // slot is made, and it is erased when this command and every exception thrown for it have been destroyed. If the
+    // slot cannot be made, an LmLibException with the path /Execute is thrown.
     explicit TreeCommand(std::string name, const std::string &nodeName = "");
 
-    // The slot and its children "Parameters" and "Result". No library call.
+    // The slot and its children "Parameters" and "Result". These functions do not call the library.
     const TreeItem &slot() const { return slotItem; }
     TreeItem parameters() const;
     TreeItem result() const;
 
-    // Starts the command (or the one named by the override, if that is not empty) and, if asked to, waits until it has
-    // ended. Does not throw: the result code goes to resultOut, which may be null. It is 17 (ExecutionFailed) if the
-    // command ended with an error.
+    // Starts the command, or the command that the override names if that is not empty. If `wait` is true, waits until
+    // the command has ended. Does not throw: the result code goes to resultOut, which may be null. The code is 17
+    // (ExecutionFailed) if the command ended with an error.
     void execute(std::int32_t *resultOut, const std::string &commandNameOverride, bool wait) const;
-    // The same with the command's own name, followed by checkResult.
+    // Does the same with the command's own name, and then calls checkResult.
     void execute(bool wait) const;
     // Unless the code is 0, throws LmLibException with the slot's path and shared ownership of the temporary slot.
     void checkResult(std::int32_t code) const;
@@ -42,8 +42,8 @@ public:
     bool finished(std::int32_t *resultOut = nullptr) const;
     // True if the result has no error symbol, or if the query fails; resultOut as above.
     bool successful(std::int32_t *resultOut = nullptr) const;
-    // Throws LmLibException: with code 17 unless the command is finished and successful, or with the code of a query
-    // that fails.
+    // Throws LmLibException with code 17 unless the command has finished successfully. If a query fails, the exception
+    // has the code of the query.
     void assertSuccessful() const;
 
 private:

@@ -1,15 +1,15 @@
 // Typed access to the nodes of the camera library's tree. A TreeItem names one node by its path and is a plain
 // value: creating or copying one, or forming a child's path, never calls the library, and the node need not exist.
 //
-// Every other operation makes exactly one call into the library and checks its result, unless stated otherwise below:
-// any code except 0 is thrown as LmLibException with the item's path. Texts are passed unchanged, in the library's
+// Every other operation makes exactly one call into the library and checks its result, unless stated otherwise below.
+// Any code except 0 makes it throw LmLibException with the item's path. Texts are passed unchanged, in the library's
 // narrow encoding; texts that the library returns are copied at once.
 //
 //   TreeItem parameters = command.parameters();
 //   parameters["ImageSize"] = 2000;                  // writes the node
 //   double x = parameters["Offset"][0].asDouble();   // reads /…/Offset/\0
 //
-// Assigning one TreeItem to another copies the name, not the node.
+// Assigning one TreeItem to another copies the path, not the node.
 #pragma once
 
 #include <cstdint>
@@ -22,13 +22,14 @@ public:
     TreeItem() = default;
     explicit TreeItem(std::string path);
 
-    // The child with this name, which is not escaped, and the element with this index. No library call.
+    // The child with this name, and the element with this index. The name is not escaped. These functions do not call
+    // the library.
     TreeItem operator[](const std::string &name) const;
     TreeItem operator[](std::int32_t index) const;
     const std::string &path() const { return itemPath; }
 
-    // Each writes the node and returns the value. A number must be an int32_t or a double. A boolean must be a bool: no
-    // pointer or integer is converted to one.
+    // Writes the node and returns the value. A number must be an int32_t or a double. A boolean must be a bool;
+    // pointers and integers are not converted to booleans.
     const std::string &operator=(const std::string &value) const;
     const char *operator=(const char *value) const;
     std::int32_t operator=(std::int32_t value) const;
@@ -41,12 +42,12 @@ public:
 
     // A null text from the library reads as the empty string.
     std::string asString() const;
-    // As asString(), but returns the empty string on any failure instead of throwing.
+    // Does the same as asString(), but returns the empty string after a failure instead of throwing.
     std::string asStringUnchecked() const;
     std::int32_t asInt() const;
     double asDouble() const;
     bool asBool() const;
-    // The node and everything below it; numberPrecision is in significant digits.
+    // The node and everything below it as JSON text; numberPrecision is the number of significant digits.
     std::string asJson(bool prettyPrint, std::int32_t numberPrecision, bool allowScientificFormat) const;
 
     // The number of children.
@@ -74,7 +75,7 @@ private:
     std::string itemPath;
 };
 
-// The string or number in the node, or the default if the node is absent, has another type or cannot be read. Throws if
-// the query for the node's existence or type fails.
+// Returns the string or number in the node; returns the default if the node is absent, has another type or cannot be
+// read. Throws if the query for the node's existence or type fails.
 std::string asStringOr(const TreeItem &item, const std::string &defaultValue);
 double asDoubleOr(const TreeItem &item, double defaultValue);

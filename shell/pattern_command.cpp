@@ -18,7 +18,7 @@ std::string quoted(const std::string &fileName) {
     return '"' + fileName + '"';
 }
 
-// The program's own exception for one of the library, with the library's text if it left one.
+// Throws the program's own exception for an exception of the library, with the library's text if there is one.
 [[noreturn]] void rethrow(const LmLibException &error) {
     std::string symbol;
     std::string text;
@@ -58,7 +58,7 @@ std::string readAll(std::istream &stream) {
     return text;
 }
 
-// The file's JSON, as the node.
+// Sets the node to the file's JSON.
 void loadJson(const std::string &file, const TreeItem &node) {
     const std::string failed = "The file " + quoted(file) + " cannot be used: ";
     std::string text;
@@ -75,7 +75,7 @@ void loadJson(const std::string &file, const TreeItem &node) {
         throw WrongCall(failed + error.what() + ".");
     }
     std::int32_t result = 0;
-    // A zero byte would end the text for the library, whatever follows it.
+    // For the library, the text would end at a zero byte, and everything after it would be ignored.
     if (text.find('\0') == std::string::npos) {
         lmLibSetJson(&result, node.path().c_str(), text.c_str());
     } else {
@@ -95,7 +95,7 @@ void copyJson(const TreeItem &from, const TreeItem &to) {
     }
 }
 
-// Replaces the node, which may hold a value of another type from a file.
+// Writes both numbers. The node is replaced, because a file may have given it a value of another type.
 template <typename Number>
 void writePair(const TreeItem &node, const std::array<Number, 2> &pair) {
     node.setNull();

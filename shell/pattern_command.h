@@ -1,5 +1,5 @@
-// Fills in the parameters of the library's command "GenerateCalibrationPattern" from what the command line says, and
-// runs it once for each output. The library checks every value; its texts reach the user unchanged.
+// Fills in the parameters of the library's command "GenerateCalibrationPattern" from the command line, and runs the
+// command once for each output. The library checks every value; its error texts reach the user unchanged.
 #pragma once
 
 #include <array>
@@ -10,10 +10,10 @@
 
 namespace shell {
 
-// The kinds of target, named like the pages of the program.
+// The kinds of target. Their names are those of the pages in the program's window.
 enum class TargetKind { Official, Custom, Flexible, Assembly, Halcon };
 
-// What to draw. Lengths in millimetres; an absent value is left to the library's default.
+// The pattern to draw. Lengths are in millimetres. For an absent value, the library uses its default.
 struct PatternChoice {
     TargetKind kind = TargetKind::Official;
     std::string plate;  // "Type" of an official plate
@@ -21,34 +21,34 @@ struct PatternChoice {
     std::optional<double> gridSpacing;
     std::optional<double> thickness;
     std::optional<std::array<double, 2>> offset;
-    int patterns = 1;  // of an assembly
+    int patterns = 1;  // number of an assembly's patterns
     bool isInverted = false;
     bool isPlain = false;
 };
 
-// What is written. A value given here takes the place of one in a file with parameters.
+// The files to write, and how they are drawn. A value given here replaces the value in a file with parameters.
 struct Outputs {
     std::vector<std::string> files;
-    std::optional<int> resolution;                    // dots per inch, of formats with pixels
-    std::optional<std::array<double, 2>> printScale;  // what a print of 100 % was measured to be, in x and y
-    // A name such as "A4", or a size in mm; absent: the smallest of A4 to A0 that holds the pattern.
+    std::optional<int> resolution;                    // dots per inch, for formats with pixels
+    std::optional<std::array<double, 2>> printScale;  // measured by true length of a print at 100 %, in x and y
+    // A name such as "A4", or a size in mm. If absent, the smallest of A4 to A0 that holds the pattern is used.
     std::variant<std::monostate, std::string, std::array<double, 2>> paper;
     bool splitsOverSheets = false;
 };
 
-// Each draws the pattern and writes every output, in the order given, a format by its ending. The first output that
-// cannot be written ends it; those before it stay. Throws WrongCall if the library refuses a parameter or a
-// given file is unusable, and std::runtime_error for everything else that fails.
+// Draws the patterns and writes every output in the given order. The ending of an output's name selects its format. If
+// an output cannot be written, the ones after it are not tried, and the ones before it stay. Throws WrongCall if the
+// library refuses a parameter or if an input file cannot be used, and std::runtime_error for all other failures.
 void drawChoice(const PatternChoice &choice, const Outputs &outputs);
 
-// The same from a file with the command's "Parameters" as JSON, "-" for standard input. Without outputs, the file's own
-// "Filename" is written.
+// Does the same with the command's "Parameters" from a JSON file; "-" is standard input. If there are no outputs, the
+// file's own "Filename" is written.
 void drawParameters(const std::string &file, const Outputs &outputs);
 
-// The same from a pattern file (docs/pattern-file.md), again with the parameters that it lists.
+// Does the same with the parameters that a pattern file (docs/pattern-file.md) lists.
 void drawAgain(const std::string &file, const Outputs &outputs);
 
-// The plates of the catalogue as a table, a line for each, with a line of titles.
+// Returns the plates of the catalogue as a table with a line of titles and one line for each plate.
 std::string plateTable();
 
 }  // namespace shell

@@ -34,7 +34,7 @@ int runProgram(CLI::App &program, int argumentCount, char **arguments, const std
         program.parse(argumentCount, arguments);
         code = codeOf(program, work);
     } catch (const CLI::ParseError &error) {
-        // --help and --version are "errors" with the code 0.
+        // For CLI11, --help and --version are errors with the code 0.
         if (error.get_exit_code() == 0) {
             program.exit(error);
         } else {

@@ -1,9 +1,9 @@
-// How every command-line program of this project parses its options, reports errors and ends.
+// Parses the options, reports the errors and determines the exit code of every command-line program of this project.
 //
 // Exit codes: 0 if everything was done, `failure` if something could not be read, computed or written, `wrongCall` if
-// the options are wrong or name a file that is not what the option asks for. A message is one line on standard error,
-// with the program's name before it. A program whose standard output cannot be written ends with `failure`, so that a
-// full disk is noticed.
+// the options are wrong or the file that an option names cannot be used. A message is one line on standard error and
+// begins with the program's name. If the work succeeded but standard output could not be written, the program ends with
+// `failure`, so that a full disk is noticed.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -16,7 +16,8 @@ namespace shell {
 constexpr int failure = 1;
 constexpr int wrongCall = 2;
 
-// Options that contradict each other or a value that is out of its range; the text says which.
+// Thrown if the options are wrong, for example if they contradict each other or a value is out of its range. The text
+// names the fault.
 class WrongCall : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -25,8 +26,8 @@ public:
 // Prints "NAME: text" on standard error. The line stays whole if several threads report at the same time.
 void report(const CLI::App &program, const std::string &text);
 
-// Parses the arguments, runs the work and returns the exit code. `work` returns false if it failed and has reported
-// why; what it throws is reported here.
+// Parses the arguments, runs the work and returns the exit code. `work` returns false if it has failed and has reported
+// the reason. An exception that it throws is reported here.
 int runProgram(CLI::App &program, int argumentCount, char **arguments, const std::function<bool()> &work);
 
 }  // namespace shell

@@ -1,10 +1,11 @@
-// What a command-line program writes is the same on every system, byte for byte.
+// Makes the output of a command-line program the same on every system, byte for byte.
 #pragma once
 
 namespace shell {
 
-// From now on, lines end with a line feed alone, and until the program ends, a terminal shows text in the local 8-bit
-// encoding. Call it once, before anything is read or written. Does nothing on POSIX systems, where both always hold.
+// From now on, lines end with a line feed alone, and a terminal shows text in the local 8-bit encoding until the
+// program ends. Call it once, before anything is read or written. On POSIX systems it does nothing, because both always
+// hold there.
 void prepareStandardStreams();
 
 }  // namespace shell

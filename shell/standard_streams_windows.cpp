@@ -17,7 +17,8 @@ UINT terminalEncoding = 0;
 }  // namespace
 
 void prepareStandardStreams() {
-    // Otherwise a line feed becomes two characters, and an input ends at the first byte 26.
+    // In text mode, a line feed would become two characters, and an input would end at the first byte with the value
+    // 26.
     for (std::FILE *stream : {stdin, stdout, stderr}) {
         _setmode(_fileno(stream), _O_BINARY);
     }

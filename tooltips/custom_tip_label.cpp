@@ -52,7 +52,7 @@ QCustomTipLabel::QCustomTipLabel(const QString &text, QWidget *owner) : QLabel(o
     setForegroundRole(QPalette::ToolTipText);
     setBackgroundRole(QPalette::ToolTipBase);
     setPalette(tipPalette());
-    // The style must be final before its metrics are used.
+    // The style must have been set before its metrics are used.
     ensurePolished();
     setMargin(1 + style()->pixelMetric(QStyle::PM_ToolTipLabelFrameWidth, nullptr, this));
     setFrameStyle(QFrame::NoFrame);
@@ -106,7 +106,7 @@ void QCustomTipLabel::placeTip(const QPoint &position, QWidget *placeWidget) {
     if (p.y() + height() > bottom) {
         p.ry() -= 24 + height();
     }
-    // The order matters if the tip is larger than the screen: its left and bottom edges are then visible.
+    // If the tip is larger than the screen, this order of the limits makes its left and bottom edges visible.
     p.setY(std::max(p.y(), screen.y()));
     p.setX(std::min(p.x(), right - width()));
     p.setX(std::max(p.x(), screen.x()));
@@ -162,7 +162,7 @@ void QCustomTipLabel::timerEvent(QTimerEvent *event) {
 }
 
 void QCustomTipLabel::mouseMoveEvent(QMouseEvent *event) {
-    // If there is no rectangle, the event is intentionally not even passed to the base class.
+    // If there is no rectangle, the event is intentionally not passed on to the base class either.
     if (rect.isNull()) {
         return;
     }

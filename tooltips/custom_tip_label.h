@@ -1,10 +1,11 @@
 // The window of a tool tip: shows one text with links that can be clicked, and closes itself after some time.
 //
-// QCustomToolTip decides which text is shown and when; the rest of the program uses that class.
+// QCustomToolTip decides when which text is shown. The rest of the program uses only that class.
 //
-// GUI thread only. At most one label exists: a new one deletes the previous one, and a label deletes itself when it
-// closes. Its parent is the widget that it was made for, so it is deleted with that widget at the latest. All intervals
-// are in milliseconds. Placeholders in a text are replaced before the text is shown, measured or compared.
+// Use it only on the GUI thread. At most one label exists: a new label deletes the previous one, and a label deletes
+// itself when it closes. A label's parent is the widget that the label was made for, so the label is deleted with that
+// widget at the latest. All intervals are in milliseconds. Placeholders in a text are replaced before the text is
+// shown, measured or compared.
 #pragma once
 
 #include <QBasicTimer>
@@ -37,12 +38,12 @@ public:
     // Moves the window next to the global position so that all of it is on the screen.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
-    // Closes the label after the interval. Without force, keeps a pending close; with force, keeps it only if it comes
-    // no later than the new one would.
+    // Closes the label after the interval. If the label is already going to close, that stays so, unless `force` is
+    // true and the new interval ends earlier.
     void restartHideTimer(int interval, bool force);
 
-    // True if the label shows this text for this widget, and either has no rectangle or the position, in the widget's
-    // coordinates, is in it.
+    // True if the label shows this text for this widget, and if it either has no rectangle or its rectangle contains
+    // the position. The position is in the widget's coordinates.
     bool isTipFor(const QString &text, const QWidget *tipWidget, const QPoint &position) const;
 
     bool eventFilter(QObject *object, QEvent *event) override;
@@ -65,8 +66,8 @@ private:
     int hideInterval = 0;
     QBasicTimer hideTimer;
     QBasicTimer expireTimer;
-    // A guarded pointer: a label that was made for another widget may outlive this one.
+    // This is a guarded pointer, because a label that was made for another widget may outlive this widget.
     QPointer<QWidget> widget;
-    // In the coordinates of widget. Intentionally hides QWidget::rect().
+    // The rectangle has the coordinates of `widget`. Its name intentionally hides QWidget::rect().
     QRect rect;
 };

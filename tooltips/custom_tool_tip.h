@@ -1,10 +1,10 @@
-// The program's tool tip: one window with links that can be clicked; it stays open long enough for the mouse to move
-// into it.
+// The program's tool tip. It is one window with links that can be clicked, and it stays open long enough for the mouse
+// to reach it.
 //
 // It replaces the toolkit's own tool tip. VistrelToolTipHelper handles the events and calls it.
 //
-// All operations are static. GUI thread only. Positions are global, in pixels. Texts may contain placeholders
-// (tooltips/manual_placeholder.h).
+// All functions are static. Use them only on the GUI thread. Positions are global, in pixels. Texts may contain
+// placeholders (tooltips/manual_placeholder.h).
 #pragma once
 
 #include <QFont>
@@ -22,12 +22,12 @@ class QCustomToolTip : public QObject {
 public:
     QCustomToolTip() = delete;
 
-    // As below, without a rectangle.
+    // Does the same as the function below, without a rectangle.
     static void showText(const QPoint &position, const QString &text, QWidget *widget = nullptr);
 
-    // Shows the text next to the position. If a tip already shows it for the widget, and the position is in the tip's
-    // rectangle or there is no rectangle, nothing changes, not even the display time. An empty text closes a visible
-    // tip after 200 ms. The rectangle is in the widget's coordinates.
+    // Shows the text next to the position. Nothing changes, not even the display time, if a tip already shows the text
+    // for this widget and the position is in the tip's rectangle or the tip has no rectangle. An empty text closes a
+    // visible tip after 200 ms. The rectangle is in the widget's coordinates.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
     // Closes a visible tip after 200 ms.

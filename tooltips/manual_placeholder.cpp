@@ -15,8 +15,8 @@ PlaceholderTable &placeholderTable() {
     return table;
 }
 
-// The library's texts are in the local encoding, the table's are UTF-8. Bytes that are valid UTF-8 are taken unchanged,
-// whatever the locale is (converting them in the C locale would lose them); others are converted.
+// The library's texts are in the local encoding, and the table's texts are UTF-8. A text that is valid UTF-8 stays
+// unchanged in every locale, because a conversion in the C locale would lose characters. Any other text is converted.
 std::string utf8FromLocal8Bit(const std::string &text) {
     QTextCodec::ConverterState state;
     const int size = static_cast<int>(text.size());
@@ -32,7 +32,7 @@ std::string localManual() {
     if (folder.empty() || !std::ifstream(folder + "/index.html")) {
         return {};
     }
-    // The folder is appended unchanged: if it begins with "/", the address has four slashes. This is intentional and
+    // The folder is intentionally appended unchanged. If it begins with "/", the address has four slashes, but it still
     // names the same file.
     return "file:///" + utf8FromLocal8Bit(folder);
 }

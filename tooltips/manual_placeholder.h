@@ -1,8 +1,9 @@
 // The placeholders of tool-tip texts: "%MANUAL%" stands for the address of the manual.
 //
-// Placeholders are replaced only in tool-tip texts. Nothing checks that the page behind a link exists.
+// Placeholders are replaced only in tool-tip texts. The page behind a link may not exist; that is not checked.
 //
-// GUI thread only. The table is written once at start-up and only read afterwards. Both strings of a pair are UTF-8.
+// Use these functions only on the GUI thread. The table is written once at start-up and only read afterwards. Both
+// strings of a pair are UTF-8.
 #pragma once
 
 #include <QString>
@@ -13,16 +14,16 @@
 // A placeholder and its replacement.
 using Placeholder = std::pair<std::string, std::string>;
 
-// Pairs in the order in which they are applied.
+// The pairs, in the order in which they are applied.
 using PlaceholderTable = std::vector<Placeholder>;
 
-// "%MANUAL%" and the root of the manual, without a "/" at its end. If an index.html can be opened in the folder that
-// the camera library publishes as /Path/Manual, the root is "file:///" and that folder; otherwise it is the address of
-// the online manual. Never fails, and the root is never empty.
+// Returns "%MANUAL%" and the root of the manual, without a "/" at its end. If an index.html can be opened in the folder
+// that the camera library publishes as /Path/Manual, the root is "file:///" followed by that folder. Otherwise the root
+// is the address of the online manual. This never fails, and the root is never empty.
 Placeholder makeManualPlaceholder();
 
 // Replaces the table of the process.
 void setPlaceholderTable(PlaceholderTable table);
 
-// The text with every occurrence of every placeholder replaced, in table order. Case matters.
+// Replaces every occurrence of every placeholder, in the order of the table. Upper and lower case are distinguished.
 QString replacePlaceholders(QString text);

@@ -75,7 +75,7 @@ ToolTipEntry *VistrelToolTipHelper::findEntry(const QObject *object) {
 }
 
 void VistrelToolTipHelper::showToolTip(QObject *object, const QPoint &globalPosition) {
-    // Objects that are not widgets can also be sent tool-tip events; they have no text.
+    // Objects that are not widgets can also receive tool-tip events. They have no text.
     auto *widget = qobject_cast<QWidget *>(object);
     QString text = widget != nullptr ? widget->toolTip() : QString();
     if (const ToolTipEntry *entry = findEntry(object)) {
@@ -85,7 +85,7 @@ void VistrelToolTipHelper::showToolTip(QObject *object, const QPoint &globalPosi
     if (text.isEmpty() && (object->parent() == nullptr || QCustomToolTip::isTipLabel(object))) {
         return;
     }
-    // If the text is empty, as for a child without a tip, a visible tip is closed.
+    // An empty text, such as that of a child without a tip, closes a visible tip.
     if (enabled) {
         QCustomToolTip::showText(globalPosition, text, widget, QRect());
     }

@@ -1,12 +1,12 @@
 // Shows every tool tip of the application with QCustomToolTip, and closes the tip when a key or a mouse button is
 // pressed.
 //
-// It is installed as an event filter on the application object, consumes the toolkit's tool-tip events and lets all
-// other events pass. Objects to which the toolkit sends no tool-tip events can be registered; the helper then shows
-// their tips after its own hover delay.
+// Install it as an event filter on the application object. It consumes the toolkit's tool-tip events and lets all other
+// events pass. Objects to which the toolkit sends no tool-tip events can be registered; the helper then shows their
+// tips after its own hover delay.
 //
-// GUI thread only. The constructor reads the camera library's tree to make the placeholder table, so the library must
-// be usable by then.
+// Use it only on the GUI thread. The constructor reads the camera library's tree to make the placeholder table, so the
+// library must be ready before.
 #pragma once
 
 #include <QEvent>
@@ -17,7 +17,7 @@
 
 // An object whose tip the helper shows itself.
 struct ToolTipEntry {
-    // Not owned.
+    // The entry does not own the object.
     QObject *object = nullptr;
     QString text;
     // True if the mouse is in the object and its tip has not been shown yet.
@@ -49,7 +49,7 @@ private:
     void trackHover(ToolTipEntry &entry, QEvent::Type type);
 
     QTimer showTimer;
-    // In order of registration.
+    // The entries are in the order of registration.
     std::vector<ToolTipEntry> entries;
     bool enabled = false;
 };

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Not cleared when it is allocated, because the library fills it.
+// A buffer that is not cleared when it is allocated, because the library fills it.
 struct Bytes {
     explicit Bytes(std::size_t byteCount) : data(new unsigned char[byteCount]), size(byteCount) {}
 
@@ -102,7 +102,8 @@ QImage turned(const QImage &image, std::int32_t quarterTurns) {
     QTransform transform;
     const QPoint center = image.rect().center();
     transform.translate(center.x(), center.y());
-    // Up to one full turn the toolkit's rotation is exact and keeps the palette; beyond that it would resample.
+    // For angles up to one full turn, the toolkit's rotation is exact and keeps the palette. For greater angles, it
+    // would resample the picture.
     transform.rotate((quarterTurns % 4) * 90.0);
     return image.transformed(transform, Qt::FastTransformation);
 }
@@ -152,7 +153,7 @@ QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, boo
 
 QPixmap pixmapFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                              double valueScale, std::int32_t quarterTurns) {
-    // A temporary picture is converted in place.
+    // A temporary picture is converted without a copy.
     return QPixmap::fromImage(
         imageFromBinaryItem(path, mirrorHorizontally, mirrorVertically, rotate180, valueScale, quarterTurns),
         Qt::AutoColor);

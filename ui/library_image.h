@@ -1,8 +1,9 @@
 // Turns a binary item of the camera library's tree into a picture, and fits a view to its scene.
 //
-// Items are read as 8 bits per channel, with interleaved channels and packed rows from the top. One channel makes an
-// indexed picture with a grey palette, any other number an RGB picture. Pictures own their pixels. GUI thread only.
-// Paths are in the library's narrow encoding. A failed library call throws LmLibException with the item's path.
+// Items are read as 8 bits per channel, with interleaved channels and rows without padding from the top. One channel
+// gives an indexed picture with a grey palette; any other number gives an RGB picture. Pictures own their pixels. Use
+// these functions only on the GUI thread. Paths are in the library's narrow encoding. A failed library call throws
+// LmLibException with the item's path.
 #pragma once
 
 #include <QImage>
@@ -14,21 +15,21 @@
 
 class QGraphicsView;
 
-// The picture of the item at path; null if the item has no bytes. First, every byte is multiplied by valueScale,
-// rounded (half away from zero) and clamped. Next, the picture is turned clockwise by 90 degrees quarterTurns times
-// (not at all if that is not positive). Last, it is mirrored; rotate180 mirrors both axes, so it cancels a mirroring of
-// one axis and leaves the other. Throws LmLibException with code 7 (InternalError) if the library copies more or fewer
-// bytes than the item has, and with code 16 (BufferNotDivisibleByElementSize) if their number is not width x height x
-// channels.
+// The picture of the item at `path`; null if the item has no bytes. First, every byte is multiplied by valueScale,
+// rounded (half away from zero) and clamped to 0 to 255. Next, the picture is turned clockwise by 90 degrees
+// quarterTurns times, or not at all if quarterTurns is not positive. Last, the picture is mirrored. rotate180 mirrors
+// both axes, so together with a mirroring of one axis it mirrors only the other axis. Throws LmLibException with code 7
+// (InternalError) if the library copies more or fewer bytes than the item has, and with code 16
+// (BufferNotDivisibleByElementSize) if the number of bytes is not width x height x channels.
 QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                            double valueScale, std::int32_t quarterTurns);
 
-// The same as a pixmap.
+// Returns the same picture as a pixmap.
 QPixmap pixmapFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                              double valueScale, std::int32_t quarterTurns);
 
-// Sets the scene's rectangle to the bounding rectangle of all its items, and shows it centred, as large as fits, with
-// its aspect ratio kept. Does nothing if the view has no scene.
+// Sets the scene's rectangle to the bounding rectangle of all its items, and shows it in the centre, as large as the
+// view allows, without changing its aspect ratio. Does nothing if the view has no scene.
 void fitViewToScene(QGraphicsView *view);
 
 // The opaque colours of the table "gray" (black to white, repeated every 256 colours) or "jet" (blue through green to

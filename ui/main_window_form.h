@@ -1,11 +1,11 @@
 // The main window's form: every widget, layout and spacer, with their ranges, defaults and texts.
 //
-// It has no behaviour of its own: it connects only slots that are named after an object and a signal, fills no choice
-// list (the catalogue's list fills itself) and does not know what the values mean.
+// It has no behaviour of its own. It connects only slots that are named after an object and a signal, and fills no
+// choice list (the list of official plates fills itself).
 //
 // The window owns everything through the usual parents, so the pointers are valid as long as the window's widgets
-// exist. GUI thread only. Lengths are in millimetres. Each object's name is the name of its member. Every text is
-// translated with the context "MainWindow".
+// exist. Use it only on the GUI thread. Lengths are in millimetres. The object name of a widget or layout is the name
+// of its member. Every text is translated with the context "MainWindow".
 #pragma once
 
 class CalTabComboBox;
@@ -29,10 +29,10 @@ class QWidget;
 class MainWindowForm {
 public:
     // Builds the whole form in the window, sets its texts and makes the Halcon page the current one. The list of
-    // official plates asks the library for its catalogue; an LmLibException from that is not caught.
+    // official plates gets the catalogue from the library; an LmLibException from this call is not caught.
     void setUp(QMainWindow *window);
 
-    // Sets every text again, as needed after a change of language; values, ranges and enabled states stay.
+    // Sets every text again, for use after a change of language. Values, ranges and enabled states stay.
     void retranslate(QMainWindow *window);
 
     QWidget *centralwidget = nullptr;

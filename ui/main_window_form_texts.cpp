@@ -37,7 +37,7 @@ void setMillimetreSuffix(QDoubleSpinBox *const (&boxes)[Count]) {
     }
 }
 
-// A spin box contains its text field as a separate widget, and the mouse is nearly always over that one.
+// A spin box contains its text field as a separate widget, and the mouse is nearly always over the text field.
 template <std::size_t Count>
 void showToolTipOverText(QDoubleSpinBox *const (&boxes)[Count]) {
     for (const QDoubleSpinBox *box : boxes) {

@@ -1,9 +1,10 @@
-// Starts the viewer as a process of its own, which outlives this one. One source file per system.
+// Starts the viewer as a process of its own, which continues when this process ends. Each system has its own source
+// file.
 #pragma once
 
 class QString;
 
-// The file must exist and be executable as far as QFileInfo can tell. On POSIX systems that is the file's permission,
-// so a start that fails nevertheless is intentionally not reported. On Windows it is only the ending of its name, so a
-// file that is no program is noticed here, and a message box says so.
+// The file must exist, and QFileInfo must have found it executable. On POSIX systems, QFileInfo has checked the file's
+// permission, so a start that still fails is intentionally not reported. On Windows, it has checked only the ending of
+// the name, so the start of a file that is not a program can fail; a message box reports that.
 void startViewer(const QString &program);
