@@ -1,6 +1,6 @@
-# How everything is compiled and where the results are put. The build tree has the layout of an installation, so that
-# paths relative to the program are valid in both. Inside another project, all this holds for this project's own
-# folders only.
+# Settings for the compilers and the folders of the results. The build tree has the layout of an installation, so that
+# paths relative to the program are valid in both. If this project is part of another project, the settings apply only
+# to this project's own folders.
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -20,7 +20,8 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 set(LMCALTAB_SHARE_DIRECTORY ${PROJECT_BINARY_DIR}/share/lmcaltab)
 
-# The program finds the library beside it by a relative RUNPATH; folders in LD_LIBRARY_PATH take precedence.
+# The program finds the library of its own installation by a relative RUNPATH. Folders in LD_LIBRARY_PATH are searched
+# first.
 if(NOT WIN32)
   set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
   set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
@@ -28,7 +29,7 @@ if(NOT WIN32)
 endif()
 
 if(WIN32)
-  # windows.h without its macros for min and max and without what is rarely used; and M_PI.
+  # These keep the macros min and max and rarely used declarations out of windows.h, and define M_PI.
   add_compile_definitions(NOMINMAX WIN32_LEAN_AND_MEAN _USE_MATH_DEFINES)
 endif()
 if(MSVC)
@@ -36,8 +37,8 @@ if(MSVC)
   add_link_options(/MANIFEST:NO) # the programs' resources contain it
 endif()
 
-# GNU ld for Windows searches an archive only for what the files before it need, import libraries included; and CMake puts
-# the archives that an archive needs behind the last library that is named.
+# GNU ld for Windows searches an archive, or an import library, only for symbols that earlier files need. CMake puts the
+# archives that another archive needs at the end, so the libraries must be searched as a group.
 if(MINGW)
   foreach(language IN ITEMS C CXX)
     string(REPLACE "<LINK_LIBRARIES>" "-Wl,--start-group <LINK_LIBRARIES> -Wl,--end-group"
@@ -59,9 +60,9 @@ if(LMCALTAB_SANITIZE)
   endif()
 endif()
 
-# The thread sanitizer's build leaves out the longest tests of what one thread computes by itself, of failing
-# allocations, and of the viewer's window, whose threads session_test checks. Of the folders that are added with
-# ${LMCALTAB_ONLY_IF_USED}, it builds only what the remaining tests use.
+# The thread sanitizer's build leaves out the longest tests of single-threaded code, the tests of failing allocations,
+# and the tests of the viewer's window, whose threads session_test checks. In the folders that are added with
+# ${LMCALTAB_ONLY_IF_USED}, it builds only the targets that the remaining tests use.
 if(LMCALTAB_SANITIZE MATCHES thread)
   set(LMCALTAB_THREAD_TESTS_ONLY ON)
   set(LMCALTAB_ONLY_IF_USED EXCLUDE_FROM_ALL)

@@ -1,4 +1,4 @@
-# What `cmake --install` makes of a target. Nothing is installed without LMCALTAB_INSTALL.
+# Functions that install a target. They install nothing unless LMCALTAB_INSTALL is on.
 include(CMakePackageConfigHelpers)
 
 function(lmcaltab_install_program target)
@@ -7,13 +7,13 @@ function(lmcaltab_install_program target)
   endif()
 endfunction()
 
-# Installs a shared library for other projects, with its headers, a CMake package that is named like the target and
-# defines PACKAGE::PACKAGE, and a file for pkg-config. Inside the same build the target has the same namespaced name.
+# Installs a shared library for other projects, with its headers, a CMake package and a file for pkg-config. The package
+# has the name of the target and defines TARGET::TARGET. In this build, TARGET::TARGET is an alias of the target.
 #   DESCRIPTION        one line
 #   HEADERS            the public headers
-#   HEADER_DIRECTORY   where they are installed, below include/
-#   DEPENDENCIES       lines of the CMake package that find what the headers include
-#   REQUIRES           the pkg-config modules of the same
+#   HEADER_DIRECTORY   the folder below include/ in which they are installed
+#   DEPENDENCIES       lines for the CMake package that find the libraries whose headers the public headers include
+#   REQUIRES           the pkg-config modules of these libraries
 function(lmcaltab_install_library target)
   cmake_parse_arguments(PARSE_ARGV 1 library "" "DESCRIPTION;HEADER_DIRECTORY;REQUIRES" "HEADERS;DEPENDENCIES")
   add_library(${target}::${target} ALIAS ${target})
@@ -42,7 +42,7 @@ function(lmcaltab_install_library target)
     ${CMAKE_CURRENT_BINARY_DIR}/${target}ConfigVersion.cmake
     DESTINATION ${package_directory} COMPONENT ${component})
 
-  # Paths relative to the file keep it valid if the tree is moved.
+  # The paths in the file are relative to it, so that the file stays valid if the installation is moved.
   file(RELATIVE_PATH prefix_from_file /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(TOLOWER ${target} module)
   configure_file(${PROJECT_SOURCE_DIR}/packaging/module.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc @ONLY)
@@ -50,10 +50,11 @@ function(lmcaltab_install_library target)
     COMPONENT ${component})
 endfunction()
 
-# A shared library for other projects, made of the objects of a static one that tests can look into. It exports what
-# its headers mark and exported_symbols.map in its folder names. On Windows, PREFIX_BUILDING and PREFIX_STATIC tell the
-# headers whose objects include them. The first version numbers promise no fixed ABI, so the minor one is part of the
-# library's name.
+# Adds a shared library for other projects. It consists of the objects of a static library, so that tests can link the
+# static library and call its internal functions. The shared library exports the symbols that its headers mark and that
+# exported_symbols.map in its folder lists. On Windows, the headers recognise the objects that include them by the
+# definitions PREFIX_BUILDING and PREFIX_STATIC. Versions 0.x promise no fixed ABI, so the minor number is part of the
+# library's file name.
 function(lmcaltab_add_shared_library target objects prefix)
   if(WIN32)
     target_compile_definitions(${objects} PRIVATE ${prefix}_BUILDING PUBLIC ${prefix}_STATIC)

@@ -1,5 +1,5 @@
-# lmcaltab_describe_program(TARGET DESCRIPTION) gives a program or a DLL what Windows shows of it and reads from it: its
-# version, and for a program its icon and its manifest. Does nothing for other systems.
+# lmcaltab_describe_program(TARGET DESCRIPTION) adds a version and a description, which Windows shows, to a program or a
+# DLL. A program also gets its icon and its manifest. The function does nothing for other systems.
 if(WIN32)
   enable_language(RC)
 endif()

@@ -1,5 +1,5 @@
-# Debian packages of what is installed, made by ./package: the programs, each shared library, what other projects need
-# to build with each library, and the Python package.
+# Defines the Debian packages that ./package makes: one with the programs, one for each shared library, one with the
+# development files of each library, and one with the Python package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME lmcaltab)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -10,21 +10,21 @@ set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# Dependencies on packages of Debian are those of the binaries. Those on each other are named below, because they are
-# of the same version.
+# The dependencies on Debian's packages are found from the binaries. The dependencies of our packages on each other are
+# named below, because their versions must be equal.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 
-# Whoever builds packages is their maintainer and says so as for Debian's own tools.
+# The person who builds the packages is their maintainer. The environment variables are those of Debian's own tools.
 set(maintainer "the LmCalTab authors <authors@example.org>")
 if(DEFINED ENV{DEBEMAIL})
   set(maintainer "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
 endif()
 set(CPACK_PACKAGE_CONTACT ${maintainer})
 
-# The documents that every package has, and compressed manual pages.
+# Every package gets its documents and compressed manual pages.
 string(TIMESTAMP LMCALTAB_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(LMCALTAB_MAINTAINER ${maintainer})
 configure_file(packaging/debian/changelog.in ${PROJECT_BINARY_DIR}/packaging/changelog @ONLY)
@@ -99,7 +99,8 @@ if(LMCALTAB_PYTHON)
 numpy arrays, finds them in numpy arrays and calibrates cameras."
     "liblmlib64 ${same}" "python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR})"
     "python3 (<< ${Python_VERSION_MAJOR}.${next_minor})" python3-numpy)
-  # They compile the modules after the installation and remove what was compiled.
+  # These scripts compile the modules after the installation, and remove the compiled files before the package is
+  # removed.
   set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
     ${PROJECT_SOURCE_DIR}/packaging/debian/python/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/python/prerm)
 endif()

@@ -1,5 +1,5 @@
-# The Debian 12 packages that the project needs, and a function that installs them. Sourced by run, test, package and
-# .ci/run.
+# The Debian 12 packages that the project needs, and a function that installs them. run, test, package and .ci/run
+# source this file.
 
 build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev libcli11-dev fonts-dejavu-core)
 viewer_packages=(
@@ -14,7 +14,7 @@ test_packages=(
 )
 lint_packages=(clang clang-format clang-tidy git dpkg-dev lintian)
 
-# install_packages NAME...: installs the missing ones. Prints nothing if none is missing.
+# install_packages NAME...: installs the packages that are missing. Prints nothing if all are installed.
 install_packages() {
   local missing=() name
   if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then

@@ -1,8 +1,8 @@
-"""Builds the wheel for pip with CMake. It uses the standard library alone, so pip needs no network; compiler, CMake,
-pybind11, OpenCV and Ceres Solver come from the system, see packaging/debian_packages.sh.
+"""Builds the wheel for pip with CMake. It uses only Python's standard library, so pip needs no network. Compiler,
+CMake, pybind11, OpenCV and Ceres Solver come from the system; see packaging/debian_packages.sh.
 
-The environment variable CMAKE_ARGS has further options for CMake. `pip install --config-settings build-dir=FOLDER .`
-keeps the objects in FOLDER for the next time.
+The environment variable CMAKE_ARGS may contain further options for CMake. `pip install --config-settings
+build-dir=FOLDER .` keeps the object files in FOLDER for the next build.
 """
 import base64
 import hashlib
@@ -54,7 +54,7 @@ def _info_directory():
 
 
 def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
-    """The hook of PEP 517 that saves pip a build. Returns the folder's name."""
+    """This hook of PEP 517 gives pip the metadata without a build. Returns the folder's name."""
     folder = pathlib.Path(metadata_directory) / _info_directory()
     folder.mkdir()
     (folder / "METADATA").write_text(_metadata(), encoding="utf-8")
@@ -62,7 +62,7 @@ def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
 
 
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
-    """The hook of PEP 517. Returns the wheel's name."""
+    """This hook of PEP 517 makes the wheel. Returns the wheel's name."""
     info = _info_directory()
     name = f"lmlib64-{_version()}-{_tag()}.whl"
     record = []

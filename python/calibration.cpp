@@ -1,4 +1,4 @@
-// Calibrates one camera from the points of one print, the form in which Python programs have them.
+// Calibrates one camera from the points of one print. The points come as numpy arrays, which are converted here.
 #include "calibration/calibrate.h"
 
 #include <pybind11/numpy.h>
@@ -16,7 +16,7 @@ using Rows = py::array_t<double, py::array::c_style | py::array::forcecast>;
 
 namespace {
 
-// The points of the print, each once, and the index of each place.
+// Collects the points of the print. Every place gets one point, and indexOf finds the point's index.
 class PrintedPoints {
 public:
     int indexOf(double x, double y) {
@@ -95,7 +95,7 @@ const char *nameOf(calibration::Grade grade) {
     return "";
 }
 
-// The rotation vector and translation of each photograph; null for one without a pose.
+// The rotation vector and translation of the print in each photograph; None for a photograph without a pose.
 py::list posesOf(const calibration::Calibration &result) {
     py::list poses;
     for (std::size_t moment = 0; moment < result.estimate.rigFromWorld.size(); ++moment) {

@@ -1,5 +1,5 @@
-// The compiled part of the Python package: the library's tree and commands, and the reader. lmlib64/__init__.py gives
-// them their Python form and has the documentation for users.
+// The compiled part of the Python package: the library's tree and commands, the reader and the calibration.
+// lmlib64/__init__.py wraps them in Python functions and documents these for users.
 #include <pybind11/pybind11.h>
 
 namespace lmlib64_python {

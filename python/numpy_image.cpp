@@ -18,7 +18,8 @@ int depthOf(const py::array &picture) {
     throw py::type_error("The picture's elements must be of type uint8 or uint16.");
 }
 
-// True if OpenCV can look at the array as it is: the values of a row follow each other, and rows go down.
+// True if OpenCV can use the array without a copy. That is so if the values of each row are contiguous and every row
+// lies behind the previous one in memory.
 bool hasWholeRows(const py::array &picture, py::ssize_t channels) {
     const py::ssize_t pixel = channels * picture.itemsize();
     return (picture.ndim() == 2 || picture.strides(2) == picture.itemsize()) && picture.strides(1) == pixel &&
@@ -38,7 +39,7 @@ NumpyImage::NumpyImage(const py::array &picture) : array(picture) {
     if (!hasWholeRows(picture, channels)) {
         array = py::array(py::module_::import("numpy").attr("ascontiguousarray")(picture));
     }
-    // The reader only reads, although a matrix has no constant form.
+    // The cast is safe, because the reader does not change the pixels. cv::Mat has no constructor for constant data.
     matrix = cv::Mat(int(array.shape(0)), int(array.shape(1)), CV_MAKETYPE(depth, int(channels)),
                      const_cast<void *>(array.data()), size_t(array.strides(0)));
 }

@@ -1,4 +1,4 @@
-// Pictures that cross between numpy arrays and OpenCV matrices.
+// Lets OpenCV use the pictures in numpy arrays.
 #pragma once
 
 #include <pybind11/numpy.h>
@@ -8,8 +8,8 @@
 namespace lmlib64_python {
 
 // A picture for the reader: height x width, or height x width x channels (1, 3 as BGR, 4 as BGRA), of uint8 or uint16.
-// `matrix` looks into the memory of `array`, so it is valid while `array` lives and the caller does not change it. Rows
-// may lie anywhere, for example in a part of a larger picture; other strides are copied. Throws pybind11::value_error
+// `matrix` uses the memory of `array`, so it is valid as long as `array` exists and the caller does not change it. Gaps
+// between rows are allowed, as in a part of a larger picture; any other layout is copied. Throws pybind11::value_error
 // for another shape and pybind11::type_error for another type of element.
 struct NumpyImage {
     explicit NumpyImage(const pybind11::array &picture);

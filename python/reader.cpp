@@ -1,4 +1,4 @@
-// The reader's results as dictionaries of numpy arrays.
+// Converts the reader's results to dictionaries of numpy arrays.
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
@@ -97,8 +97,8 @@ py::dict dictionaryOf(const PatternReading &reading, const std::optional<std::ve
     return result;
 }
 
-// As the program read_pattern: from a file if one fits, otherwise from the pattern's own block, otherwise from the
-// caller's grid spacing.
+// The object points come from a pattern file if one matches, otherwise from the grid spacing in the pattern's own
+// block, otherwise from the caller's grid spacing. The program read_pattern does the same.
 std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                      const std::vector<pattern_reader::PrintedPattern> &patterns,
                                                      std::optional<double> gridSpacing, std::optional<double> square) {

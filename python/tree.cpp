@@ -1,4 +1,5 @@
-// The nodes of the library's tree. Texts are bytes or UTF-8 texts, as the system's file names are.
+// Reads and writes the nodes of the library's tree. Texts from the library are bytes; texts for the library are bytes
+// or UTF-8.
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
@@ -45,7 +46,8 @@ void setString(const std::string &path, const std::string &text) {
     check(result, path);
 }
 
-// Rows, columns and, if there are several, channels. Formats are whole or floating-point numbers of 1, 2, 4 or 8 bytes.
+// Returns an array of rows, columns and, if there are several, channels. Its elements are unsigned integers or
+// floating-point numbers, with as many bytes as in the node.
 py::array binary(const std::string &path) {
     std::int32_t result = 0;
     std::int32_t width = 0;
@@ -72,7 +74,7 @@ std::string makeSlot() {
     return path;
 }
 
-// Without the interpreter's lock, so that other threads of Python run meanwhile.
+// Waits without the interpreter's lock, so that other Python threads can run.
 void waitForCommand(const std::string &slot) {
     std::int32_t result = 0;
     const std::string path = slot + "/Command";

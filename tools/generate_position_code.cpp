@@ -1,11 +1,11 @@
-// Makes the bits of the position code. Writes the two files that position_code.cpp includes, and reports the time and
-// the number of retries on the standard error. The bits are frozen as pattern version 1, so the program is kept to show
-// where they come from, not to make others. It gives the same bits on every machine.
+// Makes the bits of the position code, writes the two files that position_code.cpp includes, and reports the time and
+// the number of retries on standard error. The bits are frozen as pattern version 1. The program is kept only to show
+// how they were made; it makes the same bits on every machine.
 //
-// The squares are filled one after the other, row by row, each with a random bit. A bit that completes a window too
-// similar to an earlier one is inverted. If neither value works, the last few squares are emptied and filled again.
-// Every completed window is kept in an index, which finds similar windows by the pigeonhole principle and removes
-// windows in the reverse order.
+// The squares are filled with random bits one after the other, row by row. If a bit completes a window that is too
+// similar to an earlier window, the bit is inverted. If neither value works, the last few squares are emptied and
+// filled again. Every completed window is added to an index, which finds similar windows by the pigeonhole principle.
+// Windows are removed from the index in the reverse order.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -27,7 +27,8 @@ using pattern_code::tileSide;
 using pattern_code::tileWindowDistance;
 using Word = std::uint64_t;
 
-// A window of side n in one word: the bit of column c, row r has the number r * n + c.
+// Turns a window of side n by 90 degrees. A window is stored in one word: the bit in column c and row r has the number
+// r * n + c.
 Word turned(Word word, int n) {
     Word result = 0;
     for (int row = 0; row < n; ++row) {
@@ -42,7 +43,8 @@ Word allOnes(int n) {
     return n == 8 ? ~Word{0} : (Word{1} << (n * n)) - 1;
 }
 
-// True if a window differs from itself in another orientation in fewer bits than the distance.
+// True if a window and one of its other orientations differ in fewer bits than the distance. Only bits of the mask
+// count.
 bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     Word turnedWord = word;
     Word turnedMask = mask;
@@ -56,9 +58,9 @@ bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     return false;
 }
 
-// Whole windows of side n, each in four orientations. Words are cut into parts, which are the keys of the index. Two
-// words that differ in fewer bits than the distance differ in at most `flips` bits in at least one part, so it is
-// enough to look up each part with up to that many bits inverted.
+// An index of whole windows of side n, each in four orientations. The windows' words are cut into parts, which are the
+// keys of the index. Two words that differ in fewer bits than the distance differ in at most `flips` bits in at least
+// one part, so it is enough to look up each part with up to that many bits inverted.
 class WindowIndex {
 public:
     WindowIndex(int windowSide, int leastDistance, int partCount)
@@ -190,7 +192,7 @@ class PlaneMaker {
 public:
     explicit PlaneMaker(std::mt19937_64 &generator) : random(generator), plane(planeSide) {
         for (WindowIndex &index : indexes) {
-            // Windows must also differ from a board with no marks and from one with a mark in every square.
+            // Windows must also differ from a board with no marks and from a board with a mark in every square.
             index.add(0);
             index.add(~Word{0} & allOnes(sideOf(index)));
         }
@@ -351,7 +353,7 @@ private:
     std::array<std::vector<Window>, 2> windows;
 };
 
-// One line for each row of the grid; the leftmost square is the highest bit of a word.
+// Writes the words of each row of the grid. The leftmost square is the highest bit of a word.
 void write(std::FILE *file, const Grid &grid) {
     for (int row = 0; row < grid.side; ++row) {
         std::fputs(grid.side > tileSide ? "{" : "", file);

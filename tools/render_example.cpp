@@ -1,5 +1,5 @@
-// Renders the viewer's example: twelve photographs of an assembly of five patterns. With a count, it renders that many
-// in colour with 12 megapixels, which the viewer's benchmark needs.
+// Renders the viewer's example: twelve photographs of an assembly of five patterns. With COUNT, it renders that many
+// photographs in colour with 12 megapixels for the viewer's benchmark.
 //
 //   BUILD/tools/render_example viewer/example
 //   BUILD/tools/render_example FOLDER COUNT
@@ -47,7 +47,8 @@ std::shared_ptr<const reader_bench::SyntheticTarget> makePattern(int number) {
     return std::make_shared<reader_bench::SyntheticTarget>(lmlib64::geometryOf(description));
 }
 
-// A camera at this direction from the assembly's middle, in radians, that looks at a place beside the middle.
+// The pose of a camera that looks at a place beside the assembly's middle. The camera is `distance` mm from that place,
+// in the direction of the azimuth and the elevation, in radians.
 cv::Affine3d cameraFromWorld(int photograph) {
     const double azimuth = 0.62 * std::sin(1.9 * photograph);
     const double elevation = 0.50 * std::cos(2.7 * photograph + 0.4);
@@ -87,7 +88,7 @@ cv::Mat render(int photograph, double scale) {
     return reader_bench::photograph(background, lens(scale), targets, exposure, dice.random);
 }
 
-// As a camera without white balance would see it.
+// Returns the picture in the colours of a camera without white balance.
 cv::Mat inColour(const cv::Mat &grey) {
     cv::Mat colour;
     cv::merge(std::vector<cv::Mat>{0.85 * grey, grey, 0.95 * grey}, colour);

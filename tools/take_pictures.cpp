@@ -1,4 +1,4 @@
-// Takes the manual's pictures of the program and of a printed page. To be run when either has changed:
+// Takes the manual's pictures of the program and of a printed page. Run it when the program or the page has changed:
 //
 //   tests/with_desktop.sh BUILD/tools/take_pictures manual/pages/images
 #include <QApplication>
@@ -50,8 +50,8 @@ void takeWindow(const Desktop &desktop, const QDir &folder) {
         qFatal("The tool tip does not show.");
     }
     QTest::qWait(500);
-    // With the window's frame. The mouse pointer is drawn onto the link, because a picture of the screen does not
-    // contain it.
+    // The picture includes the window's frame. The mouse pointer is drawn onto the link, because a picture of the
+    // screen does not contain the pointer.
     const QRect place = program.placeOf("MainWindow").adjusted(-1, -20, 1, 5);
     QImage picture = screenAt(place);
     drawMouse(picture, program.geometryOf(tip).topLeft() - place.topLeft() + QPoint(50, 28));

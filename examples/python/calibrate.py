@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""calibrate.py GRID_SPACING PICTURE...: calibrates a camera with OpenCV from pictures of one pattern, and saves
-camera.yaml as ROS reads it."""
+"""calibrate.py GRID_SPACING PICTURE...: calibrates a camera with OpenCV from pictures of one pattern, and writes
+camera.yaml in the format of ROS."""
 import sys
 
 import cv2

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""use_camera_info.py NAME.camera_info.yaml PICTURE X Y Z: does with a file of calibrate_cameras what ROS's image_proc and
-image_geometry do, without ROS. Writes the picture without distortion to undistorted.png, and prints where a point, in
-metres before the camera, is in the picture and in undistorted.png."""
+"""use_camera_info.py NAME.camera_info.yaml PICTURE X Y Z: uses a file of calibrate_cameras as ROS's image_proc and
+image_geometry do, but without ROS. Writes the picture without distortion to undistorted.png. Prints the pixel
+coordinates that the point X Y Z, in metres in front of the camera, has in the picture and in undistorted.png."""
 import sys
 
 import cv2

@@ -1,4 +1,5 @@
-# Completes the trees that CPack makes packages of: licence and changelog, and compressed texts, as Debian wants them.
+# Completes the file trees from which CPack makes packages: adds licence and changelog, and compresses texts, as Debian
+# requires.
 file(READ ${CPACK_LMCALTAB_SOURCE}/LICENSE licence)
 file(READ ${CPACK_LMCALTAB_SOURCE}/THIRD_PARTY_NOTICES.md notices)
 file(READ ${CPACK_LMCALTAB_SOURCE}/camera_library/output/caption_font_license.txt font_licence)

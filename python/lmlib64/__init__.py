@@ -6,9 +6,9 @@
     for reading in lmlib64.read_patterns(picture, grid_spacing=25):
         print(reading.image_points, reading.object_points)
 
-Lengths are in millimetres, image coordinates in pixels with the centre of the top-left pixel at (0, 0). Every function
-may be called from any thread; long work runs without the interpreter's lock. A child process, forked or spawned, has a
-library of its own.
+Lengths are in millimetres. Image coordinates are in pixels, with the centre of the top-left pixel at (0, 0). Every
+function may be called from any thread; long work runs without the interpreter's lock. A forked or spawned child process
+has a library of its own.
 """
 import dataclasses
 import json
@@ -29,7 +29,7 @@ _TYPES = {"custom": "SingleCustom", "flexible": "Flexible", "assembly": "Assembl
 
 
 class CommandFailed(Exception):
-    """A command of the library failed. The text is the library's; ``symbol`` is its short name for the reason."""
+    """A command of the library failed. The text comes from the library; ``symbol`` is a short name of the reason."""
 
     def __init__(self, symbol, text):
         super().__init__(text)
@@ -47,7 +47,7 @@ class ParameterRefused(CommandFailed, ValueError):
 
 
 def get(path: str = "") -> typing.Any:
-    """The node of the library's tree as a Python value; an image is a numpy array."""
+    """Returns the node of the library's tree as a Python value; an image becomes a numpy array."""
     kind = _lmlib64.get_type(path)
     if kind == _BINARY:
         return _lmlib64.get_binary(path)
@@ -62,8 +62,8 @@ def get(path: str = "") -> typing.Any:
 
 
 def set(path: str, value: typing.Any) -> None:
-    """Makes the node what ``value`` says, which is anything that JSON can hold. Texts become UTF-8, except that a
-    single string keeps the system's encoding, as file names need."""
+    """Sets the node to ``value``, which may be anything that JSON can hold. Texts are written in UTF-8, but a ``value``
+    that is itself a string or a path is written in the encoding of file names."""
     if isinstance(value, (str, os.PathLike)):
         _lmlib64.set_string(path, os.fsencode(value))
     else:
@@ -78,7 +78,8 @@ def erase(path: str) -> None:
 def run(command: str, **parameters: typing.Any) -> typing.Dict[str, typing.Any]:
     """Runs a command of the library and returns its result. docs/commands.md lists the commands.
 
-    Raises CommandFailed with the library's text; it is a ValueError too if a parameter is refused."""
+    Raises CommandFailed with the library's text if the command fails. If the library refuses a parameter, the exception
+    is a ParameterRefused, which is also a ValueError."""
     slot = _lmlib64.make_slot()
     try:
         for name, value in parameters.items():
@@ -96,12 +97,12 @@ def run(command: str, **parameters: typing.Any) -> typing.Dict[str, typing.Any]:
 
 
 def version() -> str:
-    """The library's version, such as "0.2.0"."""
+    """Returns the library's version, such as "0.2.0"."""
     return get("/Path/Version")
 
 
 def plates() -> typing.List[typing.Dict[str, typing.Any]]:
-    """The official plates: dictionaries with "Name", "Type", "GridSpacing" and "Thickness"."""
+    """Returns the official plates as dictionaries with "Name", "Type", "GridSpacing" and "Thickness"."""
     return run("GetModelInfo", ListCalTabs=True)["CalTabs"]
 
 
@@ -111,19 +112,22 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
          offset: typing.Optional[typing.Tuple[float, float]] = None, patterns: typing.Optional[int] = None,
          inverted: bool = False, plain: bool = False,
          **more: typing.Any) -> typing.Union[None, _File, numpy.ndarray, typing.List[numpy.ndarray]]:
-    """Draws a pattern of a kind: "official", "custom", "flexible", "assembly" or "halcon".
+    """Draws a pattern of the kind "official", "custom", "flexible", "assembly" or "halcon".
 
-    file           is written, in the format of its ending
-    image_size     longer side, in pixels, of the picture that is returned
+    file           the file to write; its ending selects the format
+    image_size     length in pixels of the longer side of the picture that is returned
     plate          type of an official plate, see plates()
-    size           (columns, rows) of inner corners, of a flexible pattern
-    grid_spacing   two squares' sides, or from mark to mark
-    offset         (x, y), of a flexible pattern or a plate with round marks
-    patterns       how many, of an assembly
-    more           further parameters of the library's command, by their own names
+    size           columns and rows of inner corners of a flexible pattern
+    grid_spacing   length of two squares, or distance between the centres of neighbouring round marks
+    thickness      thickness of the plate
+    offset         x and y of the place of a flexible pattern or of a plate with round marks
+    patterns       number of patterns of an assembly
+    inverted       exchanges dark and light
+    plain          draws no code
+    more           further parameters of the library's command, with the command's own names
 
-    Returns ``file``, or the picture as an array (height, width) of uint8 if image_size is given: for an assembly a list
-    of them."""
+    If image_size is given, returns the picture as an array (height, width) of uint8; for an assembly, returns a list of
+    such arrays. Otherwise returns ``file``."""
     if kind not in _TYPES and kind != "official":
         raise ValueError(f"The kind {kind!r} is not one of official, custom, flexible, assembly and halcon.")
     pattern = {"Type": plate if kind == "official" else _TYPES[kind], "GridSize": size, "GridSpacing": grid_spacing,
@@ -146,7 +150,7 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
 
 @dataclasses.dataclass(frozen=True)
 class Reading:
-    """A pattern found in a picture. The arrays have a row for each corner or mark that was seen."""
+    """A pattern that was found in a picture. The arrays have a row for each corner or mark that was seen."""
     kind: str  # "plane" (flexible), "tile" (official, custom, assembly), "plate" (round marks) or "board" (plain)
     tile: typing.Optional[int]  # 0: official or custom; n + 1: pattern n of an assembly
     image_points: numpy.ndarray  # (N, 2), pixels
@@ -154,24 +158,26 @@ class Reading:
     lattice: numpy.ndarray  # (N, 2), half grid spacings in the pattern's own frame
     sigmas: numpy.ndarray  # (N,), standard deviation of the image points, pixels
     disturbed: numpy.ndarray  # (N,), True if the picture does not look like a corner there
-    angle: float  # of the pattern's x axis, degrees clockwise from the picture's
-    orientations: int  # how many orientations are possible, more than 1 only for plain boards
-    values: typing.Optional[dict]  # what the pattern encodes: grid_spacing, thickness, offset, assembly_pattern
+    angle: float  # of the pattern's x axis, in degrees clockwise from the picture's x axis
+    orientations: int  # number of possible orientations; more than 1 only for plain boards
+    values: typing.Optional[dict]  # that the pattern encodes: grid_spacing, thickness, offset, assembly_pattern
     confidence: float
 
 
 def read_patterns(image: numpy.ndarray, *, patterns: typing.Union[_File, typing.Sequence[_File]] = (),
                   grid_spacing: typing.Optional[float] = None, board: typing.Optional[typing.Tuple[int, int]] = None,
                   square: typing.Optional[float] = None) -> typing.List[Reading]:
-    """The patterns in a picture, the largest first.
+    """Finds the patterns in a picture and returns them, the largest first.
 
-    image          array (height, width) or (height, width, 3 or 4), BGR or BGRA as OpenCV orders them, of uint8 or
-                   uint16. It is not copied if the values of each row are contiguous
-    patterns       files, JSON or PDF of the library, of what was printed: object points are those of the file
-    grid_spacing   for object points of patterns that do not encode it
-    board, square  (columns, rows) of inner corners of plain checkerboards to be read as well, and their squares' side
+    image          array of uint8 or uint16 with the shape (height, width) or (height, width, 1, 3 or 4). The channels
+                   are BGR or BGRA, as in OpenCV. The array is not copied if the values of each row are contiguous
+    patterns       JSON or PDF files of the printed patterns, written by the library. The object points are then those
+                   of the file
+    grid_spacing   grid spacing for the object points of patterns that do not encode it
+    board, square  columns and rows of inner corners of plain checkerboards that are to be read as well, and the side of
+                   their squares
 
-    Raises TypeError or ValueError for another kind of picture, RuntimeError for a file that cannot be used."""
+    Raises TypeError or ValueError for any other array, and RuntimeError if a file cannot be used."""
     files = [patterns] if isinstance(patterns, (str, os.PathLike)) else patterns
     return [Reading(**reading) for reading in
             _lmlib64.read_patterns(image, [os.fsencode(file) for file in files], grid_spacing, board, square)]
@@ -179,18 +185,18 @@ def read_patterns(image: numpy.ndarray, *, patterns: typing.Union[_File, typing.
 
 @dataclasses.dataclass(frozen=True)
 class Calibration:
-    """The lens of a camera, and how far it can be trusted."""
+    """The lens of a camera, and a verdict on how far it can be trusted."""
     camera_matrix: numpy.ndarray  # (3, 3)
     distortion: numpy.ndarray  # in OpenCV's order
     lens: str
     intrinsics_sigmas: numpy.ndarray  # standard deviations of fx, fy, cx, cy and the distortion
     rms: float  # pixels per point
-    poses: list  # of the print in each photograph: rotation vector and translation in mm, or None
+    poses: list  # pose of the print in each photograph: rotation vector and translation in mm, or None
     grade: str  # "good", "usable" or "poor"
     verdict: str
     advice: typing.List[str]
     notices: typing.List[str]
-    left_out: typing.List[typing.Tuple[int, str]]  # photographs that do not count, with the reason
+    left_out: typing.List[typing.Tuple[int, str]]  # index of each photograph that was not used, and the reason
 
 
 def calibrate(object_points: typing.Sequence[numpy.ndarray], image_points: typing.Sequence[numpy.ndarray],
@@ -198,10 +204,12 @@ def calibrate(object_points: typing.Sequence[numpy.ndarray], image_points: typin
               sigmas: typing.Optional[typing.Sequence[numpy.ndarray]] = None) -> Calibration:
     """Calibrates a camera from photographs of one flat print.
 
-    object_points, image_points   for each photograph an array (N, 3) in mm, with z = 0, and an array (N, 2) in pixels
+    object_points                 an array (N, 3) in mm, with z = 0, for each photograph
+    image_points                  an array (N, 2) in pixels for each photograph
     image_size                    (width, height)
-    lens                          "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye" or "auto", which chooses
-    sigmas                        for each photograph an array (N,): standard deviations of the image points
+    lens                          "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye", or "auto" to choose one of
+                                  them automatically
+    sigmas                        an array (N,) for each photograph: standard deviations of the image points in pixels
 
     Raises CalibrationImpossible with the reason if the photographs do not determine a calibration."""
     return Calibration(**_lmlib64.calibrate(object_points, image_points, image_size, lens, sigmas))
