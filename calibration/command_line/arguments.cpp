@@ -14,15 +14,15 @@ namespace calibration {
 
 namespace {
 
-constexpr int mostCorners = 1000;      // of a plain board, on a side
-constexpr double barStep = 10;         // mm: check bars are a multiple of this long
-constexpr double mostWrongBar = 0.02;  // the greatest deviation of a check bar that is credible
+constexpr int mostCorners = 1000;      // inner corners along one side of a plain board
+constexpr double barStep = 10;         // mm; the length of a check bar is a multiple of this
+constexpr double mostWrongBar = 0.02;  // the greatest credible relative error of a check bar
 
 [[noreturn]] void fail(const std::string &text) {
     throw std::runtime_error(text);
 }
 
-// All of the text as a number.
+// Converts the text to a number. Returns false unless the whole text is one.
 template <typename T>
 bool parse(const std::string &text, T &value) {
     const char *end = text.data() + text.size();
@@ -42,7 +42,7 @@ std::vector<std::string> split(const std::string &text, char separator) {
     return parts;
 }
 
-// Two numbers with an x between them.
+// Parses two numbers with an x between them, such as 9x6. Returns false for any other text.
 template <typename T>
 bool parsePair(const std::string &text, T &x, T &y) {
     const std::vector<std::string> parts = split(text, 'x');
@@ -53,7 +53,7 @@ cv::Size parseBoard(const std::string &text) {
     cv::Size board;
     if (!parsePair(text, board.width, board.height) || std::min(board.width, board.height) < 3 ||
         std::max(board.width, board.height) > mostCorners) {
-        fail("--board: \"" + text + "\" is no size such as 9x6, with 3 to 1000 inner corners a side.");
+        fail("--board: \"" + text + "\" is not a size such as 9x6, with 3 to 1000 inner corners along each side.");
     }
     return board;
 }
@@ -68,7 +68,8 @@ std::optional<LensModel> parseModel(const std::string &text) {
     return std::nullopt;
 }
 
-// Check bars have a length of whole centimetres, so their length in the drawing is known.
+// The ratio of a check bar's measured length to its length in the drawing. Drawn bars are whole centimetres long, so
+// the measured length tells which of them it is.
 double ratioOfBar(double measured) {
     const double drawn = barStep * std::round(measured / barStep);
     return drawn > 0 ? measured / drawn : 0;
@@ -87,8 +88,8 @@ MeasuredSheet parseMeasured(const std::string &text) {
     sheet.ratio = {ratioOfBar(bars.x()), ratioOfBar(bars.y())};
     if (!((sheet.ratio.array() - 1).abs().maxCoeff() <= mostWrongBar)) {
         fail("--measured: \"" + text +
-             "\" cannot be the lengths of the two check bars in millimetres: they are 100 mm long in the drawing, or "
-             "another multiple of 10 mm.");
+             "\" cannot be the lengths of the two check bars in millimetres: in the drawing, each bar is 100 mm or "
+             "another multiple of 10 mm long.");
     }
     if (hasNumber) {
         sheet.number = number;
@@ -109,7 +110,7 @@ AssemblyAxes parseAxes(const std::vector<std::string> &texts) {
     return axes;
 }
 
-// NAME=REST.
+// Splits NAME=REST into its two parts.
 std::pair<std::string, std::string> parseCamera(const std::string &text) {
     const size_t equals = text.find('=');
     std::pair<std::string, std::string> camera{text.substr(0, equals),
@@ -146,7 +147,7 @@ void findPhotographsOf(Arguments &arguments) {
     }
 }
 
-// Gives a listed photograph its camera, by the patterns of --camera, and its size.
+// Sets the camera of a listed photograph by the name patterns of --camera, and its size.
 void complete(ListedPhotograph &photograph, const std::string &list, const Arguments &arguments) {
     for (const std::string &text : arguments.texts.cameras) {
         const auto [name, glob] = parseCamera(text);
@@ -159,12 +160,11 @@ void complete(ListedPhotograph &photograph, const std::string &list, const Argum
         findPictureSize(photograph, list);
     } else if (!parsePair(arguments.texts.imageSize, photograph.width, photograph.height) || photograph.width <= 0 ||
                photograph.height <= 0) {
-        fail("--image-size: \"" + arguments.texts.imageSize + "\" is no size such as 640x480.");
+        fail("--image-size: \"" + arguments.texts.imageSize + "\" is not a size such as 640x480.");
     }
     if (photograph.width <= 0) {
         fail("The size of the picture \"" + photograph.name +
-             "\" is not known, because the file is not there: give "
-             "--image-size.");
+             "\" is not known, because its file cannot be found or read: give --image-size.");
     }
 }
 
@@ -199,11 +199,10 @@ void addInputOptions(CLI::App &app, Arguments &arguments) {
                  "The cameras are fixed to each other: photographs with the same name or number were taken at the same "
                  "moment");
     app.add_option("--pattern", texts.patternFiles,
-                   "What was printed, as JSON or PDF of the camera library; may be repeated")
+                   "The printed patterns, as a JSON or PDF file of the camera library; may be repeated")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    app.add_option("--grid-spacing", arguments.target.gridSpacing,
-                   "Grid spacing of patterns that do not say it themselves")
+    app.add_option("--grid-spacing", arguments.target.gridSpacing, "Grid spacing of patterns that do not encode theirs")
         ->type_name("MM")
         ->check(CLI::PositiveNumber);
     CLI::Option *board = app.add_option("--board", texts.board, "Reads plain checkerboards of this many inner corners")
@@ -218,10 +217,10 @@ void addInputOptions(CLI::App &app, Arguments &arguments) {
                    "and level; may be repeated")
         ->type_name("[NAME=]FILE")
         ->allow_extra_args(false);
-    app.add_option("--image-size", texts.imageSize, "Size of the pictures of --corners, if they are not there")
+    app.add_option("--image-size", texts.imageSize, "Size of the pictures of --corners, if their files are absent")
         ->type_name("WxH")
         ->needs("--corners");
-    app.add_option("--jobs", arguments.jobs, "Photographs to read at the same time; one for each processor if 0")
+    app.add_option("--jobs", arguments.jobs, "Photographs to read at the same time; if 0, one for each processor")
         ->type_name("N");
 }
 
@@ -261,7 +260,7 @@ void addOptions(CLI::App &app, Arguments &arguments) {
 void interpret(Arguments &arguments) {
     const ArgumentTexts &texts = arguments.texts;
     if (std::filesystem::exists(arguments.outputFolder) && !std::filesystem::is_directory(arguments.outputFolder)) {
-        fail("--out: \"" + arguments.outputFolder + "\" is no folder.");
+        fail("--out: \"" + arguments.outputFolder + "\" is not a folder.");
     }
     if (!texts.board.empty()) {
         arguments.board = parseBoard(texts.board);
@@ -283,7 +282,7 @@ void interpret(Arguments &arguments) {
     }
     for (const pattern_reader::PrintedPattern &pattern : arguments.target.patterns) {
         if (pattern.kind == pattern_reader::PatternKind::Board) {
-            arguments.board = pattern.size;  // the reader only finds plain boards of a size that it is told
+            arguments.board = pattern.size;  // the reader finds plain boards only if it is told their size
         }
     }
     if (texts.cornerLists.empty()) {

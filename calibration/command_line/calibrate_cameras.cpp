@@ -1,7 +1,8 @@
 // calibrate_cameras [OPTIONS] --out FOLDER PHOTO...
 //
-// Calibrates cameras, and assemblies of patterns, from photographs. Ends with 0 only if a calibration was written, with
-// 1 if there is none, with 2 if it is called wrongly.
+// Calibrates cameras and assemblies of patterns from photographs. The exit code is 0 if a calibration was written or
+// only --help or --version was asked for, and 2 if the arguments are wrong. It is 1 if no calibration was written, or
+// if standard output could not be written, even though the files of the calibration may be complete then.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -29,7 +30,8 @@ using calibration::CollectedObservations;
 
 constexpr const char *program = "calibrate_cameras " LMCALTAB_VERSION;
 
-// A line on standard error that is replaced again and again, if somebody watches.
+// A line on standard error that each new text replaces. It is shown only if standard error is a terminal and the
+// program is not told to be quiet.
 class Progress {
 public:
     explicit Progress(bool isQuiet) : isShown(!isQuiet && isErrorTerminal()) {}
@@ -54,7 +56,7 @@ void message(const std::string &text) {
     std::cerr << "calibrate_cameras: " + text + "\n";
 }
 
-// With a fixed number of decimal places.
+// Formats a number with a fixed number of decimal places.
 std::string fixed(double number, int digits) {
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%.*f", digits, number);
@@ -127,7 +129,7 @@ Calibration solve(const Arguments &arguments, const calibration::Observations &o
     return calibration::calibrate(observations, options);
 }
 
-// What was left out, and why.
+// Prints what the calibration does not use, and why. `result` is null if there is no calibration.
 void printLosses(const CollectedObservations &collected, const Calibration *result) {
     for (const calibration::UnusedPhotograph &unused : collected.unused) {
         message(unused.name + ": " + unused.reason);
@@ -166,7 +168,8 @@ void printResult(const Calibration &result) {
     }
 }
 
-// Relative to the current folder, not to the folder of the results.
+// Makes a file name without a folder mean the current folder. Otherwise, writeResultFiles would put the file into the
+// folder of the results.
 std::string reportPath(const std::string &path) {
     return std::filesystem::path(path).has_parent_path() ? path : "./" + path;
 }
@@ -185,8 +188,13 @@ calibration::ResultFile reportFile(const Arguments &arguments, const Calibration
 void writeFiles(const Arguments &arguments, const Calibration &result, Input &input) {
     const calibration::ResultNotes notes{input.collected.unused, input.collected.notices, arguments.axes, program};
     calibration::ResultFiles files = calibration::resultFiles(result, notes);
+    std::string written = "Written to \"" + arguments.outputFolder + "\":";
+    for (const calibration::ResultFile &file : files.files) {
+        written += " " + file.name;
+    }
     if (!arguments.report.empty()) {
         files.files.push_back(reportFile(arguments, result, input));
+        written += "\nWritten to \"" + arguments.report + "\".";
     }
     calibration::writeResultFiles(arguments.outputFolder, files.files);
     if (arguments.isQuiet) {
@@ -195,14 +203,10 @@ void writeFiles(const Arguments &arguments, const Calibration &result, Input &in
     for (const std::string &omission : files.omissions) {
         std::cout << omission << "\n";
     }
-    std::cout << "Written to \"" << arguments.outputFolder << "\":";
-    for (const calibration::ResultFile &file : files.files) {
-        std::cout << " " << std::filesystem::path(file.name).lexically_normal().string();
-    }
-    std::cout << "\n";
+    std::cout << written << "\n";
 }
 
-// Reads, calibrates and writes. Throws an exception with a sentence if there is no calibration.
+// Reads the input, calibrates and writes the files. Throws an exception whose text is a sentence if that fails.
 void run(const Arguments &arguments) {
     Progress progress(arguments.isQuiet);
     Input input = readInput(arguments, progress);
@@ -222,7 +226,7 @@ void run(const Arguments &arguments) {
     writeFiles(arguments, *result, input);
 }
 
-// Returns false if there is no calibration, and says why.
+// Returns false if no calibration was written, and says why on standard error.
 bool calibrateOrReport(const Arguments &arguments) {
     try {
         run(arguments);

@@ -20,7 +20,7 @@ constexpr size_t manyTimes = 5;
 using Size = std::pair<int, int>;
 
 struct Group {
-    std::string name;  // the user's, or empty
+    std::string name;  // the user's name for the camera, or empty
     std::string exifCamera;
     Size size;
     std::vector<size_t> photographs;
@@ -30,7 +30,8 @@ std::string textOf(const Size &size) {
     return std::to_string(size.first) + " x " + std::to_string(size.second) + " pixels";
 }
 
-// One group for each combination of name, EXIF name and size, in the order of the first photographs.
+// Makes one group for each combination of the user's name, EXIF name and size, in the order of the first photographs.
+// The EXIF name of a photograph does not count if the user has named its camera.
 std::vector<Group> groupsOf(const std::vector<PhotographOrigin> &photographs) {
     std::vector<Group> groups;
     std::map<std::tuple<std::string, std::string, Size>, size_t> known;
@@ -50,7 +51,9 @@ std::vector<Group> groupsOf(const std::vector<PhotographOrigin> &photographs) {
     return groups;
 }
 
-// Why a group is no camera: another group has the camera's name and more photographs, or far more of them.
+// Returns the reason why a group is not a camera; empty if it is one. A named group is not a camera if another group of
+// the same name has more photographs, or as many and comes first. A group without a name is not a camera if it has at
+// most three photographs and another group without a name has at least five times as many.
 std::string reasonAgainst(const Group &group, const std::vector<Group> &groups) {
     for (const Group &other : groups) {
         const size_t count = group.photographs.size();
@@ -64,15 +67,16 @@ std::string reasonAgainst(const Group &group, const std::vector<Group> &groups) 
                        ": it is scaled, cropped or from another camera";
             }
         } else if (count <= fewPhotographs && other.photographs.size() >= manyTimes * count) {
-            return group.size != other.size ? "has " + textOf(group.size) + ", but most have " + textOf(other.size) +
-                                                  ": it is scaled, cropped or from another camera"
-                                            : "is from another camera than most photographs";
+            const std::string others = std::to_string(other.photographs.size()) + " others";
+            return group.size != other.size ? "has " + textOf(group.size) + ", but " + others + " have " +
+                                                  textOf(other.size) + ": it is scaled, cropped or from another camera"
+                                            : "is not from the camera that took " + others;
         }
     }
     return {};
 }
 
-// A name of the form camera, camera-2 ... that the user has not given.
+// Returns the next name of the series camera, camera-2 and so on that neither the user nor an earlier call has used.
 std::string nextName(const std::vector<Group> &groups, std::set<std::string> &taken) {
     for (int number = 1;; number++) {
         std::string name = number == 1 ? "camera" : "camera-" + std::to_string(number);
@@ -88,7 +92,7 @@ std::string stemOf(const std::string &path) {
     return std::filesystem::path(path).stem().string();
 }
 
-// The last number in the file name, without leading zeros; empty if there is none.
+// Returns the last number in the file name, without leading zeros; empty if the name has no number.
 std::string lastNumber(const std::string &path) {
     const std::string stem = stemOf(path);
     const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
@@ -101,8 +105,9 @@ std::string lastNumber(const std::string &path) {
 
 using KeyOf = std::function<std::string(const std::string &)>;
 
-// The moments by a key that photographs of one moment have in common. Nothing if a camera has a key twice or if fewer
-// than half of the photographs of a camera, the first excepted, share a key with another one.
+// Returns the moment of each photograph. Photographs with the same key belong to the same moment. Returns no moments if
+// a photograph has no key, if two photographs of one camera have the same key, or if for any camera but the first fewer
+// than half of the photographs share their key with a photograph of another camera.
 std::optional<std::vector<int>> momentsByKey(const std::vector<std::string> &paths, const std::vector<int> &cameraOf,
                                              const KeyOf &keyOf) {
     std::map<std::string, std::set<int>> camerasOf;
@@ -179,7 +184,7 @@ std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::
         if (count != counts.begin()->second) {
             throw std::runtime_error(
                 "It is not clear which photographs of the rig were taken at the same moment: the cameras have "
-                "different numbers of photographs, and their names do not match.");
+                "different numbers of photographs, and the file names of the photographs do not match.");
         }
     }
     return moments;

@@ -22,14 +22,14 @@ constexpr int greatestLevel = 20;
                              problem + ".");
 }
 
-// Independent of the locale; false unless all of the text is a finite number.
+// Converts the text to a number, independently of the locale. Returns false unless the whole text is one finite number.
 bool parse(const std::string &text, double &value) {
     const char *end = text.data() + text.size();
     const auto [last, error] = std::from_chars(text.data(), end, value);
     return error == std::errc() && last == end && std::isfinite(value);
 }
 
-// Both columns "-", or a corner with an optional level.
+// Reads the columns x, y and level, of which the last may be absent. The corner is not seen if any of them is "-".
 ListedCorner cornerOf(const std::vector<std::string> &columns, const std::string &path, int line) {
     ListedCorner corner;
     if (columns[1] == "-" || columns[2] == "-" || (columns.size() > 3 && columns[3] == "-")) {
@@ -40,13 +40,13 @@ ListedCorner cornerOf(const std::vector<std::string> &columns, const std::string
         (columns.size() > 3 && !parse(columns[3], level))) {
         fail(path, line, "x, y and level must be numbers or \"-\"");
     }
-    // A negative level is another way to say that the corner does not count.
+    // Some detectors write a negative level for a corner that does not count.
     corner.isSeen = level >= 0 && level <= greatestLevel;
     corner.level = corner.isSeen ? int(level) : 0;
     return corner;
 }
 
-// The words of a line up to a comment.
+// The words of a line, without its comment.
 std::vector<std::string> columnsOf(const std::string &line) {
     std::istringstream words(line.substr(0, line.find('#')));
     std::vector<std::string> columns;
@@ -79,7 +79,7 @@ std::vector<SeenCorner> seenCorners(const ListedPhotograph &photograph) {
     return corners;
 }
 
-// Why a photograph gives nothing; empty if it gives something.
+// Returns the reason why a photograph cannot be used; empty if it can.
 std::string faultOf(const ListedPhotograph &photograph, const Print &board) {
     const std::vector<SeenCorner> corners = seenCorners(photograph);
     if (corners.empty()) {
@@ -115,7 +115,7 @@ std::vector<ListedPhotograph> loadCornerList(const std::string &path) {
             continue;
         }
         if (columns.size() < 3 || columns.size() > 4) {
-            fail(path, line, "it has not the columns filename, x, y and level");
+            fail(path, line, "it does not have the columns filename, x, y and level");
         }
         const auto [place, isNew] = known.try_emplace(columns[0], photographs.size());
         if (isNew) {

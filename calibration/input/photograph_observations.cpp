@@ -15,12 +15,12 @@ namespace {
 using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
 
-// "shows ..." becomes "It shows ....".
+// Makes a sentence of a reason: "shows pattern 3" becomes "It shows pattern 3."
 std::string sentence(const std::string &reason) {
     return "It " + reason + ".";
 }
 
-// Why a photograph's readings cannot be used at all; empty if they can.
+// Returns the reason why none of a photograph's readings can be used; empty if they can.
 std::string faultOf(const ReadPhotograph &photograph) {
     if (!photograph.error.empty()) {
         return photograph.error;
@@ -31,7 +31,7 @@ std::string faultOf(const ReadPhotograph &photograph) {
     return photograph.readings.empty() ? "No pattern was found in it." : "";
 }
 
-// The photographs whose file was given before.
+// Returns for each photograph whether the same file was given before.
 std::vector<bool> repeatedFiles(const std::vector<ReadPhotograph> &photographs) {
     std::set<std::string> known;
     std::vector<bool> isRepeated;
@@ -95,8 +95,8 @@ double areaOf(const PatternReading &reading) {
     return reading.corners.empty() ? 0 : (most - least).prod();
 }
 
-// Plain boards have no marks, so texture in the background can look like a small one. One that is much smaller than
-// another in the same photograph does not count.
+// True if a plain board is much smaller than another one in the same photograph. Plain boards have no marks, so texture
+// in the background can look like a small board.
 bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photograph) {
     constexpr double timesLarger = 8;
     return reading.kind == PatternKind::Board &&
@@ -105,10 +105,10 @@ bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photog
            });
 }
 
-// What one photograph shows, by print. A print that it shows twice is left out.
+// The prints in one photograph. A print that the photograph shows twice is left out.
 struct Shown {
     std::vector<Sighting> sightings;
-    std::vector<std::string> reasons;  // of the readings that are not used
+    std::vector<std::string> reasons;  // why the other readings are not used
 };
 
 Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue, int index) {
@@ -147,7 +147,7 @@ std::string capitalized(std::string text) {
     return text;
 }
 
-// Prints of the files that no photograph shows.
+// Adds a notice for each print that no photograph shows.
 void noteUnseenPrints(const Observations &observations, std::vector<std::string> &notices) {
     std::vector<bool> isSeen(observations.prints.size(), false);
     for (const Sighting &sighting : observations.sightings) {
@@ -170,22 +170,23 @@ void noteUnseenCameras(const Observations &observations, std::vector<std::string
     }
 }
 
-// How many ways up a plain board of this size can lie without looking different; not known from the corners alone.
+// Adds a notice if the photographs show a plain board that looks the same after a turn.
 void noteAmbiguousBoard(const std::vector<ReadPhotograph> &photographs, std::vector<std::string> &notices) {
     for (const ReadPhotograph &photograph : photographs) {
         for (const PatternReading &reading : photograph.readings) {
             if (reading.kind == PatternKind::Board && reading.orientations > 1) {
                 notices.emplace_back(
-                    "The board looks the same after a turn. Each photograph was taken to show it the way up in which "
-                    "its columns run most to the right, which must be the same in all photographs if cameras are fixed "
-                    "to each other or the board is bent.");
+                    "The board looks the same after a turn, so the photographs do not show which way up it is. It is "
+                    "assumed that its rows of corners run from left to right in every photograph. If cameras are fixed "
+                    "to each other or the board is bent, this must be true: hold the board the same way up in all "
+                    "photographs.");
                 return;
             }
         }
     }
 }
 
-// Gives each index that is used a new one, in the same order.
+// Returns the new number of each old index: the used ones are counted from 0 in the same order, the others get -1.
 std::vector<int> renumbering(std::vector<bool> isUsed) {
     std::vector<int> numbers(isUsed.size(), -1);
     int next = 0;
@@ -259,7 +260,7 @@ CollectedObservations collectObservations(const std::vector<ReadPhotograph> &pho
     const PrintCatalogue catalogue(target, readings);
     observations.cameras = groups.cameras;
     observations.prints = catalogue.prints();
-    std::map<std::string, int> ignored;  // what photographs show besides, and how many do
+    std::map<std::string, int> ignored;  // the reasons why readings are ignored, with the number of photographs
     for (size_t i = 0; i < photographs.size(); i++) {
         if (!reasons[i].empty()) {
             collected.unused.push_back({photographs[i].file.path, reasons[i]});

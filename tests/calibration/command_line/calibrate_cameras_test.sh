@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# The command line of calibrate_cameras: from photographs and corner lists to files, and what it says about bad input.
+# Tests the command line of calibrate_cameras: the files that it makes from photographs and from corner lists, and its
+# messages about bad input.
 #   calibrate_cameras_test.sh CALIBRATE_CAMERAS PICTURE
-# The picture is the manual's, in which the pattern's middle is at (652, 336). ImageMagick takes photographs of it.
+# PICTURE is a picture of the manual, in which the middle of the pattern is at (652, 336). ImageMagick makes photographs
+# of it.
 set -euo pipefail
 calibrate_cameras=$1
 folder=$(mktemp -d)
@@ -11,7 +13,7 @@ cd "$folder"
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# ends CODE ARGUMENT...: runs the program, its output in the files out and err, and compares its exit code.
+# ends CODE ARGUMENT...: runs the program with its output in the files out and err, and compares its exit code.
 ends() {
   local expected=$1 code=0
   shift
@@ -19,16 +21,16 @@ ends() {
   [ "$code" = "$expected" ] || fail "calibrate_cameras $* ended with $code instead of $expected: $(cat err)"
 }
 says() { grep -q -- "$2" "$1" || fail "no \"$2\" in: $(cat "$1")"; }
-# No result may be left by a run that fails.
+# nothing_in FOLDER: a failed run must not leave any result there.
 nothing_in() { [ ! -e "$1" ] || [ -z "$(ls -A "$1")" ] || fail "$1 has: $(ls -A "$1")"; }
-# is_near FILE NUMBER SHARE: the focal length in the results.
+# is_near FILE NUMBER SHARE: every focal length in the file differs from the number by at most this share.
 is_near() {
   awk -v true="$2" -v share="$3" -F '[][,]' '/"FocalLength"/ { if (($2/true - 1)^2 > share^2) bad = 1; n++ }
     END { exit bad || !n }' "$1" || fail "another focal length than $2: $(grep FocalLength "$1")"
 }
 
-# Views of a square of this side by a camera with a focal length of 700 pixels: four points of the square and where the
-# camera sees them, for COUNT views that tilt by TILT.
+# views COUNT TILT: prints one line for each view of a square of 380 pixels, which is tilted by TILT radians. The camera
+# has a focal length of 700 pixels. A line has each corner of the square and the pixel at which the camera sees it.
 views() {
   awk -v count="$1" -v tilt="$2" 'BEGIN { side = 380; f = 700; h = side / 2
     for (k = 0; k < count; k++) {
@@ -43,7 +45,7 @@ views() {
       print ""
     } }'
 }
-# photographs NAME COUNT TILT
+# photographs NAME COUNT TILT: makes the photographs NAME0.png, NAME1.png and so on.
 photographs() {
   local n=0 view
   views "$2" "$3" | while read -r view; do
@@ -54,7 +56,7 @@ photographs() {
 convert whole.png -crop 380x380+462+146 +repage -colorspace Gray target.png
 photographs photo 8 0.6
 
-# From photographs to files. The same files with another number of threads.
+# Photographs give files, and the files are the same with another number of threads.
 convert photo0.png -resize 50% scaled.png
 convert -size 800x600 xc:gray50 empty.png
 convert photo1.png photo1.jpg
@@ -67,13 +69,15 @@ says err 'absent.png: The file "absent.png" cannot be opened.'
 is_near result/calibration.json 700 0.002
 says result/assembly.json '"Points": \['
 says report.html '<svg'
+says out '^Written to "result": calibration.json .*cameras.txt$'
+says out '^Written to "report.html".$'
 ends 0 --quiet --jobs 1 --out again photo?.png scaled.png empty.png truncated.jpg absent.png
 { [ ! -s out ] && ! grep calibrate_cameras err; } || fail "--quiet prints: $(cat out err)"
 diff -r result again
 ends 1 --out result-2 --quiet photo?.png --report /dev/null/report.html
 nothing_in result-2
 
-# From a corner list, with one corner that was not seen.
+# A corner list gives files, too. One of its corners was not seen.
 awk 'BEGIN { print "# filename x y level"
   for (k = 0; k < 12; k++) for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
     a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
@@ -89,7 +93,7 @@ says listed/camchain.yaml 'distortion_model: radtan'
 ends 2 --corners corners.txt --board 9x6 --square 25 --out none
 says err 'give --image-size'
 
-# Photographs that determine nothing.
+# Photographs that determine no calibration are refused.
 photographs same 3 0
 ends 1 --out none empty.png
 says err 'No photograph shows a pattern.'
@@ -100,7 +104,7 @@ says err 'too few directions'
 says err 'No calibration was written.'
 nothing_in none
 
-# Wrong calls.
+# Help is shown, and wrong arguments are refused.
 ends 0 --help
 says out 'calibrate_cameras --rig'
 ends 2 photo0.png
@@ -108,7 +112,7 @@ says err '^calibrate_cameras: --out is required (see calibrate_cameras --help)$'
 ends 2 --out none
 says err 'No photographs were given'
 ends 2 --out photo0.png photo1.png
-says err 'is no folder'
+says err 'is not a folder'
 ends 2 --out none 'nothing*.png'
 ends 2 --out none --camera 'a/b=photo?.png'
 ends 2 --out none --measured 3=100 photo0.png

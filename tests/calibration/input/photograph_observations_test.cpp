@@ -50,7 +50,7 @@ std::string reasonFor(const CollectedObservations &collected, const std::string 
 }
 
 TEST(PhotographObservations, placeCornersByKindNumberAndBlock) {
-    // The block of pattern 1 was never read, but all patterns of an assembly have the same grid spacing.
+    // The block of pattern 1 was never read. Its grid spacing is that of pattern 2, as both belong to one assembly.
     const auto collected =
         collectObservations({photograph("a", {tile(0, 20), tile(3, 10)}), photograph("b", {tile(2)})}, {}, false);
     const Observations &observations = collected.observations;
@@ -61,7 +61,7 @@ TEST(PhotographObservations, placeCornersByKindNumberAndBlock) {
     ASSERT_EQ(observations.sightings.size(), 3U);
     const Sighting &sighting = observations.sightings[0];
     EXPECT_EQ(sighting.print, 2);
-    const int point = sighting.corners.front().point;  // lattice (2, 2); the middle is (8, 8)
+    const int point = sighting.corners.front().point;  // at (2, 2) of the lattice, whose middle is (8, 8)
     EXPECT_EQ(observations.prints[2].points[size_t(point)], Eigen::Vector2d(-60, -60));
     EXPECT_EQ(observations.prints[2].cells[size_t(point)], Eigen::Vector2i(1, 1));
     EXPECT_EQ(observations.prints[0].points.size(), 225U);
@@ -100,7 +100,8 @@ TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
     EXPECT_EQ(reasonFor(collected, "twice"), "It shows pattern 0 2 times, so it is not known which of them is meant.");
     EXPECT_EQ(reasonFor(collected, "other"), "It shows pattern 0 with a grid spacing of 16 mm and not of 12 mm.");
     EXPECT_EQ(reasonFor(collected, "scaled"),
-              "It has 320 x 480 pixels, but most have 640 x 480 pixels: it is scaled, cropped or from another camera.");
+              "It has 320 x 480 pixels, but 12 others have 640 x 480 pixels: it is scaled, cropped or from another "
+              "camera.");
     EXPECT_EQ(reasonFor(collected, "good1"), "It was given before.");
     const Observations &observations = collected.observations;
     EXPECT_EQ(observations.photographs.size(), 5U);
@@ -111,7 +112,7 @@ TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
 }
 
 TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
-    // Two pieces of the plane, 4 x 3 corners each.
+    // Two pieces of the plane with 4 x 3 corners each.
     PrintedTarget target;
     for (const int column : {10, 50}) {
         pattern_reader::PrintedPattern pattern;
@@ -154,6 +155,10 @@ TEST(CameraGroups, groupBySizeAndNameAndKeepGivenNames) {
     EXPECT_EQ(groups.reasons[5],
               "has 320 x 240 pixels, but the camera camera has 640 x 480 pixels: it is scaled, cropped or from another "
               "camera");
+    std::vector<PhotographOrigin> many(5, {"8", "", "A", 640, 480});
+    many.resize(11, {"9", "", "B", 640, 480});
+    many.push_back({"10", "", "C", 640, 480});
+    EXPECT_EQ(groupByCamera(many).reasons[11], "is not from the camera that took 5 others");
 }
 
 TEST(CameraGroups, findTheMomentsOfARig) {
