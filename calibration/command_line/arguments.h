@@ -1,4 +1,4 @@
-// What the user asks calibrate_cameras for.
+// The command-line arguments of calibrate_cameras, as texts and as values.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -13,7 +13,7 @@
 
 namespace calibration {
 
-// As they were given.
+// The arguments as the user typed them.
 struct ArgumentTexts {
     std::vector<std::string> photographs;
     std::vector<std::string> cameras;
@@ -26,10 +26,10 @@ struct ArgumentTexts {
     std::vector<std::string> axes;
 };
 
-// A check bar's measured length and its length in the drawing, in x and y.
+// The measured lengths of a sheet's two check bars, divided by their lengths in the drawing.
 struct MeasuredSheet {
-    std::optional<int> number;  // of the pattern; the first print if there is none
-    Eigen::Vector2d ratio{1, 1};
+    std::optional<int> number;    // of the pattern; without a number, the first print is meant
+    Eigen::Vector2d ratio{1, 1};  // of the bar along x, and of the bar along y
 };
 
 struct Arguments {
@@ -51,8 +51,8 @@ struct Arguments {
 
 void addOptions(CLI::App &app, Arguments &arguments);
 
-// Fills in what follows from the texts, and reads pattern files and corner lists. Throws std::runtime_error with a
-// sentence that says what is wrong.
+// Computes the values from the texts, finds the photographs, and reads pattern files and corner lists. Throws
+// std::runtime_error with a sentence that says what is wrong.
 void interpret(Arguments &arguments);
 
 }  // namespace calibration

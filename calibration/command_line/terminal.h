@@ -1,5 +1,4 @@
-// Whether somebody watches.
+// Tells whether standard error is a terminal.
 #pragma once
 
-// True if standard error is a terminal.
 bool isErrorTerminal();

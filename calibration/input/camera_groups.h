@@ -1,4 +1,4 @@
-// Which camera took which photograph, and which photographs were taken at the same moment.
+// Finds out which camera took each photograph, and which photographs were taken at the same moment.
 #pragma once
 
 #include <string>
@@ -19,20 +19,24 @@ struct PhotographOrigin {
 
 struct CameraGroups {
     std::vector<Camera> cameras;
-    // Of each photograph; -1 if it is not known. Photographs that are left out may have one.
+    // The camera of each photograph, as an index of `cameras`; -1 if it is not known. A photograph that is left out may
+    // have a camera, too.
     std::vector<int> cameraOf;
-    std::vector<std::string> reasons;  // of each photograph: why it is left out, to follow its name; else empty
+    // The reason why each photograph is left out, such as "has 320 x 240 pixels, ..."; empty if it is not.
+    std::vector<std::string> reasons;
 };
 
-// Photographs with a name of the user's belong to that camera. All others are grouped by size and EXIF name; the groups
-// are called camera, camera-2 and so on in the order of their first photographs. A few photographs that differ from
-// many others in this are left out, as are those of a named camera whose size is not that of most.
+// Photographs for which the user names a camera belong to that camera. All others are grouped by size and by the
+// camera's name in EXIF; the groups are named camera, camera-2 and so on in the order of their first photographs. Such
+// a group is left out if it is small and another one is much larger. Of the photographs of a named camera, only those
+// of the most frequent size are kept.
 CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs);
 
-// The moment of each photograph, from 0: photographs of different cameras with the same file name were taken at the
-// same moment. If the names have nothing in common, the last number in the name decides (left01.jpg and right01.jpg),
-// and if that does not fit either, the position among the camera's photographs. Throws std::runtime_error if the
-// cameras have different numbers of photographs then. `cameraOf` is -1 for photographs that do not count.
+// Returns the moment of each photograph, counted from 0. Photographs of different cameras with the same file name
+// (without its ending) were taken at the same moment. If too few names match, the last number in each name is compared
+// instead (left01.jpg and right01.jpg). If too few of these match either, the position among the camera's photographs
+// decides; then std::runtime_error is thrown if the cameras have different numbers of photographs. `cameraOf` is -1 for
+// photographs that do not count.
 std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::vector<int> &cameraOf);
 
 }  // namespace calibration

@@ -1,14 +1,15 @@
-// Corners that another detector found, from a text file with one corner per line:
+// Reads corners that another detector found from a text file with one corner per line:
 //
 //   # filename x y level
 //   left01.jpg 244.45 94.13 0
 //   left01.jpg 274.62 92.16 -
 //   left02.jpg - -
 //
-// Each photograph has all inner corners of its board, row by row; "-" in any of the columns x, y and level means that a
-// corner was not seen, and a single such line that the whole board was not. The level is the number of times the
-// picture was halved before the corner was measured, which doubles its standard deviation each time; it may be absent.
-// What follows # is a comment. Pixels: the centre of the top-left pixel is (0, 0).
+// Each photograph has all inner corners of its board, row by row. "-" in any of the columns x, y and level means that
+// the corner was not seen. If a photograph has a single line with "-", the whole board was not seen. The level says how
+// many times the picture was halved before the corner was measured; each time doubles the corner's standard deviation.
+// The level may be absent. The rest of a line after # is a comment. x and y are in pixels; the centre of the top-left
+// pixel is (0, 0).
 #pragma once
 
 #include <string>
@@ -25,20 +26,22 @@ struct ListedCorner {
 };
 
 struct ListedPhotograph {
-    std::string name;  // as in the list
+    std::string name;  // of the file, as the list has it
     std::vector<ListedCorner> corners;
     std::string camera;  // the user's name for the camera, or empty
     int width = 0;       // pixels; must be set before collectObservations
     int height = 0;
 };
 
-// Throws std::runtime_error with a sentence that names the file, and the line if it is wrong.
+// Throws std::runtime_error if the file cannot be opened, has no corners or has a wrong line. The text is a sentence
+// that names the file and the wrong line.
 std::vector<ListedPhotograph> loadCornerList(const std::string &path);
 
-// The size of the picture that a list names, looked for in the list's folder too. 0 x 0 if there is none.
+// Sets the photograph's size to that of its picture file. The file is searched for in the current folder and in the
+// list's folder. The size stays as it is if the file is absent or is not a picture.
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath);
 
-// Standard deviation of a corner of level 0, in pixels along one axis. Only its ratio to that of other corners matters.
+// The standard deviation of a corner of level 0, in pixels along one axis. The solve corrects its scale.
 constexpr double listedSigma = 0.1;
 
 struct ListedBoard {
@@ -47,7 +50,8 @@ struct ListedBoard {
     double square = 0;  // mm
 };
 
-// As from photographs. Photographs whose number of corners is not that of the board are left out.
+// Makes the same observations from corner lists as photograph_observations.h makes from photographs. Photographs whose
+// number of corners is not that of the board are left out.
 CollectedObservations collectObservations(const std::vector<ListedPhotograph> &photographs, const ListedBoard &board,
                                           bool isRig);
 

@@ -11,14 +11,14 @@ namespace calibration {
 
 namespace {
 
-constexpr ExifTag serialNumber = ExifTag(0xA431);  // BodySerialNumber, which old versions of libexif do not name
+constexpr ExifTag serialNumber = ExifTag(0xA431);  // BodySerialNumber; old versions of libexif have no name for it
 
 using Data = std::unique_ptr<ExifData, void (*)(ExifData *)>;
 
 Data load(std::istream &file) {
     const std::unique_ptr<ExifLoader, void (*)(ExifLoader *)> loader(exif_loader_new(), exif_loader_unref);
     std::array<char, 4096> bytes{};
-    // EXIF data has at most 64 KiB and stands near the start of the file.
+    // EXIF data has at most 64 KiB and is near the start of the file, so the first 256 KiB are enough.
     for (int block = 0; loader && block < 64 && file; block++) {
         file.read(bytes.data(), std::streamsize(bytes.size()));
         auto *start = reinterpret_cast<unsigned char *>(bytes.data());
@@ -29,7 +29,8 @@ Data load(std::istream &file) {
     return {loader ? exif_loader_get_data(loader.get()) : nullptr, exif_data_unref};
 }
 
-// The printable characters of a text, without spaces at its ends.
+// Returns the text of a tag, with a space for each character that is not printable ASCII, and without spaces at its
+// ends.
 std::string textOf(ExifData &data, ExifTag tag) {
     const ExifEntry *entry = exif_data_get_entry((&data), tag);
     if (entry == nullptr || entry->format != EXIF_FORMAT_ASCII) {

@@ -25,8 +25,8 @@ bool isPicture(const fs::path &path) {
 bool matchesGlob(const std::string &pattern, const std::string &text) {
     size_t p = 0;
     size_t t = 0;
-    size_t star = std::string::npos;  // the last one, and where its text ends so far
-    size_t starEnd = 0;
+    size_t star = std::string::npos;  // position of the last * in the pattern
+    size_t starEnd = 0;               // the end of the text that this * stands for so far
     while (t < text.size()) {
         if (p < pattern.size() && pattern[p] == '*') {
             star = p++;

@@ -1,4 +1,4 @@
-// Finds photographs by folder or by pattern of file names.
+// Finds photographs in a folder or by a pattern for their file names.
 #pragma once
 
 #include <string>
@@ -6,12 +6,14 @@
 
 namespace calibration {
 
-// True if the text matches a pattern in which * stands for any characters and ? for one.
+// True if the text matches the pattern. In the pattern, * stands for any number of characters and ? for exactly one.
 bool matchesGlob(const std::string &pattern, const std::string &text);
 
-// The pictures in a folder (by their endings, without subfolders), the files whose name matches a pattern such as
-// photos/left*.jpg, or the file itself if the text is neither, whether or not there is one. Sorted by name; empty if
-// nothing is found. Paths are in the system's narrow encoding.
+// Returns the paths of photographs, sorted by name, in the system's narrow encoding:
+// - for a folder, the files in it that have the ending of a picture, without subfolders;
+// - for a pattern such as photos/left*.jpg, the files whose names match it;
+// - for any other text, the text itself, even if there is no such file.
+// The list is empty if the folder has no pictures or no file matches.
 std::vector<std::string> findPhotographs(const std::string &folderOrGlob);
 
 }  // namespace calibration

@@ -1,5 +1,5 @@
-// From the readings of photographs to the observations that calibrate() takes: cameras, moments, prints and corners.
-// Everything that could not be used is named with its reason. Every function may be called from any thread.
+// Makes the observations that calibrate() takes (cameras, moments, prints and corners) from the readings of
+// photographs. Everything that could not be used is named with the reason. All functions may be called from any thread.
 #pragma once
 
 #include <string>
@@ -13,20 +13,20 @@
 namespace calibration {
 
 struct CollectedObservations {
-    // Photographs without a usable corner and cameras without such a photograph are not in it. Photographs are named as
-    // their files. Disturbed corners are in it, but not used.
+    // Contains only photographs with a usable corner, and only cameras that took such a photograph. The name of a
+    // photograph is the path of its file. Disturbed corners are included, but marked as not used.
     Observations observations;
     std::vector<UnusedPhotograph> unused;  // in the order of the photographs
-    std::vector<std::string> notices;      // whole sentences: what else the user should know
+    std::vector<std::string> notices;      // whole sentences with what else the user should know
 };
 
-// isRig: cameras are fixed to each other, and photographs with the same file name, number or position were taken at the
-// same moment; see camera_groups.h, also for the exception if that is not clear. Otherwise every photograph has a
-// moment of its own.
+// If `isRig`, the cameras are fixed to each other, and momentsOfRig (camera_groups.h) finds the photographs that were
+// taken at the same moment; its exception is passed on. Otherwise, every photograph has a moment of its own.
 CollectedObservations collectObservations(const std::vector<ReadPhotograph> &photographs, const PrintedTarget &target,
                                           bool isRig);
 
-// Numbers cameras, prints and moments anew, without those that no sighting needs; prints keep their order.
+// Removes the cameras and moments without a photograph and the prints without a sighting, and renumbers the others.
+// Cameras and prints keep their order.
 void dropUnseen(Observations &observations);
 
 }  // namespace calibration

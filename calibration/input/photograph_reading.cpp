@@ -15,7 +15,7 @@ namespace calibration {
 
 namespace {
 
-// Sets OpenCV's number of threads, and resets it at the end.
+// Sets OpenCV's number of threads. The destructor restores the earlier number.
 class OpenCvThreads {
 public:
     explicit OpenCvThreads(int count) : before(cv::getNumThreads()) { cv::setNumThreads(count); }
@@ -27,7 +27,7 @@ private:
     int before;
 };
 
-constexpr int thumbnailSide = 240;  // pixels, the longer one
+constexpr int thumbnailSide = 240;  // pixels; the longer side of a thumbnail
 constexpr int thumbnailQuality = 70;
 
 std::string thumbnailOf(const cv::Mat &grey) {

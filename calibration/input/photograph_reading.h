@@ -1,7 +1,8 @@
-// Reads the patterns in photographs, several photographs at a time. It knows no millimetres and no cameras yet;
-// photograph_observations.h does.
+// Reads the patterns in photographs, several photographs at a time. It does not yet convert to millimetres or group the
+// photographs by camera; photograph_observations.h does that.
 //
-// Paths are in the system's narrow encoding. A photograph that cannot be read is no exception: its `error` says why.
+// Paths are in the system's narrow encoding. No exception is thrown for a photograph that cannot be read; its `error`
+// says why.
 #pragma once
 
 #include <functional>
@@ -14,20 +15,21 @@ namespace calibration {
 
 struct PhotographFile {
     std::string path;
-    // The name of the camera that took it; if empty, photographs are grouped by size and by the name in their EXIF.
+    // The name of the camera that took it. Photographs without such a name are grouped by size and by the camera's name
+    // in their EXIF data.
     std::string camera;
 };
 
-// What was read in one photograph.
+// What the file of one photograph says, and the patterns that were read in it.
 struct ReadPhotograph {
     PhotographFile file;
-    std::string exifCamera;  // maker and model as EXIF has them; empty if it has none
+    std::string exifCamera;  // maker, model and serial number from the EXIF data; empty if there are none
     int width = 0;           // pixels, as the picture is stored
     int height = 0;
     bool isTruncated = false;  // the file ends before its picture does
     std::vector<pattern_reader::PatternReading> readings;
-    std::string error;      // a sentence; empty if the picture was loaded
-    std::string thumbnail;  // a small JPEG file, as bytes; empty if not asked for
+    std::string error;  // a sentence; empty if the photograph was loaded and searched for patterns without a failure
+    std::string thumbnail;  // the bytes of a small JPEG file; empty if not asked for
 };
 
 ReadPhotograph readPhotographFile(const PhotographFile &file, const pattern_reader::ReadingOptions &options,
@@ -35,16 +37,17 @@ ReadPhotograph readPhotographFile(const PhotographFile &file, const pattern_read
 
 struct PhotographsOptions {
     pattern_reader::ReadingOptions reading;
-    unsigned jobs = 0;  // photographs read at the same time; 0: one for each processor
+    unsigned jobs = 0;  // how many photographs are read at the same time; if 0, one for each processor
     bool makeThumbnails = false;
-    // Called after each photograph, by any of the reading threads but by only one at a time, with the photograph's
-    // index in the list and the number of photographs done so far.
+    // Called after each photograph. `index` is its index in the list, `done` the number of photographs read so far. The
+    // call comes from one of the reading threads; two calls never run at the same time.
     std::function<void(std::size_t index, const ReadPhotograph &photograph, std::size_t done)> onPhotograph;
 };
 
-// All photographs, in the order of the list. Ends early and with empty entries once options.reading.isCancelled, which
-// several threads may ask at the same time, returns true. An exception of onPhotograph is passed on.
-// While it runs, OpenCV uses one thread for each photograph.
+// Reads all photographs and returns them in the order of the list. Once options.reading.isCancelled returns true, the
+// function ends early, and the photographs that were not read have empty entries. Several threads may call isCancelled
+// at the same time. An exception of onPhotograph is passed on. While the function runs, OpenCV uses one thread for each
+// photograph.
 std::vector<ReadPhotograph> readPhotographs(const std::vector<PhotographFile> &files,
                                             const PhotographsOptions &options);
 

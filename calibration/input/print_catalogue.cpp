@@ -17,7 +17,7 @@ constexpr int cornersOfTile = 15;
 constexpr int marksOfPlate = 7;
 constexpr int noOffset = -10000;  // no plate has this offset
 
-// What tells prints apart without a file. Tiles of an assembly come first, by number.
+// Identifies a print when there is no file. Tiles of an assembly come first, by number.
 struct Key {
     bool isAlone = false;
     PatternKind kind = PatternKind::Tile;
@@ -40,10 +40,10 @@ Key keyOf(const PatternReading &reading) {
     return key;
 }
 
-// What the readings of one print say together.
+// The combined information of all readings of one print.
 struct Sighted {
-    std::map<double, int> spacings;  // how many blocks say so
-    cv::Point least{1 << 20, 1 << 20};
+    std::map<double, int> spacings;     // each grid spacing with the number of information blocks that state it
+    cv::Point least{1 << 20, 1 << 20};  // the smallest and the largest lattice coordinates that were seen
     cv::Point most{-(1 << 20), -(1 << 20)};
 
     void add(const PatternReading &reading) {
@@ -57,7 +57,7 @@ struct Sighted {
     }
 };
 
-// The value that most blocks have; 0 if there is none.
+// Returns the value with the highest count; 0 if there is no value.
 double majority(const std::map<double, int> &counts) {
     const auto most = std::max_element(counts.begin(), counts.end(),
                                        [](const auto &a, const auto &b) { return a.second < b.second; });
@@ -81,7 +81,7 @@ PrintedPattern makePattern(const Key &key, const Sighted &sighted, double gridSp
             break;
         case PatternKind::Plane:
         case PatternKind::Board:
-            // Only what was seen of it is known.
+            // The size of the print is not known, so it consists of the corners that were seen.
             pattern.firstPoint = sighted.least;
             pattern.size = sighted.most - sighted.least + cv::Point(1, 1);
             break;
@@ -160,7 +160,7 @@ PrintCatalogue::PrintCatalogue(const PrintedTarget &target, const std::vector<co
 void PrintCatalogue::add(const PrintedPattern &pattern) {
     patterns.push_back(pattern);
     printList.push_back(printOf(pattern));
-    // Several plates or pieces of the plane have the same name so far.
+    // Several plates or several pieces of the plane would otherwise have the same name.
     const std::string name = printList.back().name;
     const auto sameKind = std::count_if(patterns.begin(), patterns.end(), [&](const PrintedPattern &known) {
         return nameOf(known.kind, known.tile) == name;
@@ -188,7 +188,7 @@ void PrintCatalogue::addFromReadings(const PrintedTarget &target, const std::vec
         if (spacing == 0 && !key.isAlone) {
             spacing = majority(ofAssembly);  // the patterns of an assembly have the same grid spacing
         }
-        // A plate whose block could not be read is one of those whose block was read, if there are any.
+        // If the block of a plate could not be read, the plate is assumed to be one whose block was read elsewhere.
         const bool isUnreadPlate = key.kind == PatternKind::Plate && key.offsetX == noOffset;
         const bool hasOtherPlate = std::any_of(sighted.begin(), sighted.end(), [](const auto &other) {
             return other.first.kind == PatternKind::Plate && other.first.offsetX != noOffset;
