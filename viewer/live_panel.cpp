@@ -264,6 +264,7 @@ void LivePanel::useResult() {
     const auto result = session->result();
     const auto calibration = result ? result->calibration : nullptr;
     view->setCalibration(calibration);
-    // The advice is about cameras. What patterns of an assembly still need is not known, so it never has enough.
+    // The advice covers cameras only. Nobody knows whether the patterns of an assembly still need photographs, so an
+    // assembly never has enough.
     capture.setEnough(calibration && !calibration->next && session->settings().arrangement != Arrangement::Assembly);
 }

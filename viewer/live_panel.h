@@ -1,5 +1,5 @@
-// The tab "Live": the picture of a camera or a video, what is found in it, and what it waits for until it takes a
-// picture by itself.
+// The tab "Camera". It shows the picture of a camera or a video with the patterns found in it. It takes pictures by
+// itself, and says what is missing before it takes the next one.
 #pragma once
 
 #include <QTimer>
@@ -21,13 +21,13 @@ public:
     // The session must outlive the panel. Pictures that are taken are added to it.
     explicit LivePanel(Session *ownSession, QWidget *parent = nullptr);
 
-    // A folder beside a session's file for pictures that are taken from now on, unless the user has chosen one.
+    // Pictures are kept in this folder from the next start on, unless the user has chosen another one.
     void suggestFolder(const QString &path);
-    // Opens a video file and starts.
+    // Starts to read a video file.
     void startFile(const QString &file);
 
     bool isRunning() const { return capture.isRunning(); }
-    // What it waits for, or why it ended.
+    // What the panel waits for, or why the source ended.
     QString statusText() const;
 
 public slots:

@@ -30,7 +30,7 @@ void PhotographListModel::photographsChanged() {
     for (const SessionPhotograph &photograph : session->photographs()) {
         now.append(photograph.id);
     }
-    // Added photographs keep the selection and the scroll position.
+    // Inserting rows instead of resetting the model keeps the selection and the scroll position.
     if (now.size() > ids.size() && now.mid(0, ids.size()) == ids) {
         beginInsertRows({}, ids.size(), now.size() - 1);
         ids = now;
@@ -133,7 +133,7 @@ void PhotographDelegate::paint(QPainter *painter, const QStyleOptionViewItem &gi
     option.icon = QIcon();
     option.features &= ~QStyleOptionViewItem::HasDecoration;
     const QStyle *style = option.widget == nullptr ? QApplication::style() : option.widget->style();
-    // Draws the ground, the check box and the focus.
+    // This draws the background, the check box and the focus.
     style->drawControl(QStyle::CE_ItemViewItem, &option, painter, option.widget);
     const QRect box = style->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, option.widget);
 

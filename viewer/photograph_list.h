@@ -1,4 +1,4 @@
-// The list of photographs: what each shows, how it fits, and whether it takes part.
+// The list of photographs. It says what each photograph shows, how well it fits, and whether it takes part.
 #pragma once
 
 #include <QAbstractListModel>
@@ -10,8 +10,8 @@ class PhotographListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    // More than the toolkit's own roles. FitRole is the line with the patterns and the residual, ProblemRole why the
-    // photograph does not help (empty if it does).
+    // Roles in addition to those of the toolkit. FitRole is the line with the patterns and the residual. ProblemRole is
+    // the reason why some or all of the photograph does not help; it is empty if no reason is known.
     enum Role { IdRole = Qt::UserRole, FitRole, ProblemRole };
 
     // The session must outlive the model.
@@ -22,7 +22,7 @@ public:
     bool setData(const QModelIndex &index, const QVariant &value, int role) override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
-    // The place of a photograph in the list; invalid if it is not in it.
+    // The index of a photograph; invalid if the list does not contain the photograph.
     QModelIndex indexOf(int photographId) const;
 
 private:
@@ -35,7 +35,7 @@ private:
     QVector<int> ids;
 };
 
-// Draws a photograph as its small picture with three lines of text beside it.
+// Draws a photograph as its thumbnail with three lines of text beside it.
 class PhotographDelegate : public QStyledItemDelegate {
     Q_OBJECT
 

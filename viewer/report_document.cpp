@@ -12,7 +12,7 @@ const char *const line = "#bbbbbb";
 constexpr int tilesPerRow = 3;
 constexpr int factsPerRow = 2;
 
-// The page's style for paper.
+// These colours are those of the web page when it is printed.
 const char *toneOf(const QString &grade) {
     return grade == "good" ? "#17733c" : grade == "usable" ? "#96620a" : "#b3261e";
 }
@@ -72,7 +72,7 @@ public:
 private:
     QString styleClass() const { return xml.attributes().value("class").toString(); }
 
-    // Everything up to the end of the present element.
+    // Converts all children of the present element, and leaves the reader at its end.
     void children(QString &html) {
         while (!xml.atEnd()) {
             xml.readNext();
@@ -145,7 +145,7 @@ private:
         html += text.replace("<h2>", QString("<h2 style=\"color:%1; margin-top:0\">").arg(tone)) + "</td></tr></table>";
     }
 
-    // The children as cells of a table.
+    // Makes each child a cell of a table.
     void cells(QString &html, int perRow, const QString &style) {
         html += "<table width=\"100%\" cellpadding=\"5\" cellspacing=\"0\" style=\"margin-top:8px\"><tr>";
         for (int i = 0; xml.readNextStartElement(); ++i) {
@@ -157,7 +157,7 @@ private:
         html += "</tr></table>";
     }
 
-    // A value with its name: first the value of a tile, first the name of a fact.
+    // Converts a value and its name. In a tile the value comes first, in a fact the name.
     void cell(QString &html) {
         while (!xml.atEnd()) {
             xml.readNext();
@@ -180,7 +180,7 @@ private:
 
     void figures(QString &html) {
         html += "<table width=\"100%\" cellpadding=\"4\" cellspacing=\"0\"><tr>";
-        QString rest;  // what is no figure stands below
+        QString rest;  // everything else is placed below the figures
         for (int i = 0; xml.readNextStartElement();) {
             if (xml.name() == QLatin1String("figure")) {
                 html += i > 0 && i % 2 == 0 ? "</tr><tr>" : "";
@@ -230,7 +230,6 @@ private:
     QByteArray svg() {
         QByteArray bytes;
         QXmlStreamWriter writer(&bytes);
-        QByteArray values;  // texts on coloured ground get a light border, which must be below their ink
         writer.writeStartElement("svg");
         writer.writeAttribute("xmlns", "http://www.w3.org/2000/svg");
         writer.writeAttribute("viewBox", xml.attributes().value("viewBox").toString());
@@ -277,7 +276,7 @@ private:
             writer.writeCharacters(text);
             writer.writeEndElement();
         };
-        if (isValue) {
+        if (isValue) {  // values on coloured ground get a light border, drawn first so that it is below the text
             write("halo");
         }
         write(isValue ? "value" : "text");

@@ -1,4 +1,4 @@
-// The report's page in the words of Qt's rich text, which knows no style sheets with variables, no grids and no SVG.
+// Converts the report's web page to Qt's rich text, which has no variables in style sheets, no grids and no SVG.
 #pragma once
 
 #include <QByteArray>
@@ -8,18 +8,18 @@
 
 struct ReportFigure {
     QString title;    // empty if it has none
-    QByteArray svg;   // with its colours as attributes
+    QByteArray svg;   // its colours are attributes instead of classes
     QString caption;  // empty if it has none
     bool isWide = false;
 };
 
 struct ReportDocument {
     QString title;
-    // Refers to figures as images "figure:INDEX", and to pictures as "picture:INDEX".
+    // An image with the source "figure:INDEX" stands for a figure, one with "picture:INDEX" for a picture.
     QString html;
     std::vector<ReportFigure> figures;
     std::vector<QImage> pictures;
 };
 
-// Empty html if the page is not well-formed XML.
+// Returns a document with an empty html if the page is not well-formed XML.
 ReportDocument reportDocument(const std::string &page);

@@ -22,9 +22,9 @@ constexpr double marginMm = 16;
 constexpr double footerPoints = 22;
 constexpr double textPoints = 9.5;
 constexpr double captionPoints = 8;
-constexpr double greatestHeight = 0.6;  // of a figure, in relation to the page
-constexpr double latestStart = 0.65;    // of a part, in relation to the page
-constexpr double columnShare = 0.485;   // of the page's width
+constexpr double greatestHeight = 0.6;  // of a figure, as a share of the page's height
+constexpr double latestStart = 0.65;    // share of the page's height below which no part begins
+constexpr double columnShare = 0.485;   // width of a figure in a column, as a share of the page's width
 constexpr double pictureWidthPoints = 54;
 
 double points(double count) {
@@ -38,7 +38,7 @@ QFont fontOf(double size, bool isBold = false) {
     return font;
 }
 
-// Draws the figures, with title and caption in one piece so that no page ends between them.
+// Draws the figures. A figure, its title and its caption are one object, so that no page ends between them.
 class FigurePainter : public QObject, public QTextObjectInterface {
     Q_OBJECT
     Q_INTERFACES(QTextObjectInterface)
@@ -119,7 +119,7 @@ const char *const styleSheet =
     "h1 { font-size: 20pt; } h2 { font-size: 14pt; margin-top: 14px; } h3 { font-size: 10pt; } "
     "th { color: #444444; } small { color: #444444; }";
 
-// A part does not begin near the end of a page.
+// Moves every part that would begin near the end of a page to the next page.
 void beginPartsAtTheTop(QTextDocument &document, double pageHeight) {
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         const double top = std::fmod(document.documentLayout()->blockBoundingRect(block).top(), pageHeight);
@@ -127,7 +127,7 @@ void beginPartsAtTheTop(QTextDocument &document, double pageHeight) {
             QTextBlockFormat format = block.blockFormat();
             format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
             QTextCursor(block).setBlockFormat(format);
-            document.setPageSize(document.pageSize());  // lays out everything; the layout of changes alone loses lines
+            document.setPageSize(document.pageSize());  // lays out everything, because a partial layout loses lines
         }
     }
 }

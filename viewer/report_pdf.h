@@ -1,9 +1,9 @@
-// The report as a PDF: the same texts, tables and figures as the web page, set for A4. Figures stay vectors.
+// Makes a PDF of the report, for A4 paper, with the texts, tables and figures of the web page. Figures stay vectors.
 #pragma once
 
 #include <QByteArray>
 #include <string>
 
-// page: as calibration::reportPage returns it. Returns an empty array if it is not such a page. Takes up to a second;
-// for a background thread.
+// page is a page from calibration::reportPage. Returns an empty array if it is not well-formed XML. This takes up to a
+// second, so call it on a background thread.
 QByteArray reportPdf(const std::string &page);

@@ -22,7 +22,8 @@ AssemblyAxes::Corner cornerOf(const Print &print, size_t point) {
     return {print.number, print.cells[point].x(), print.cells[point].y()};
 }
 
-// Corners that give the axes of a print's own file, except that the origin is its corner nearest to the file's origin.
+// Chooses three corners that give the axes of the print's own file. Only the origin differs: it is the corner nearest
+// to the file's origin.
 std::optional<AssemblyAxes> axesOf(const Print &print) {
     if (print.cells.empty()) {
         return std::nullopt;

@@ -1,5 +1,5 @@
-// Writes what a user keeps of a calibration. Every function returns an empty text, or why nothing was written. The
-// result must have a calibration.
+// Writes the files that a user keeps of a calibration. Every function returns an empty text, or the reason why nothing
+// was written. The result must have a calibration.
 #pragma once
 
 #include <QString>
@@ -8,9 +8,9 @@
 #include "viewer/session/session_photograph.h"
 #include "viewer/session/session_result.h"
 
-// All result files, to a folder.
+// Writes all result files to a folder.
 QString writeResults(const SessionResult &result, const SessionSettings &settings, const QString &folder);
 
-// The report with the photographs' small pictures: a PDF if the file's name ends with .pdf, otherwise a web page. May
-// be called on a background thread.
+// Writes the report with thumbnails of the photographs: a PDF if the file's name ends with .pdf, otherwise a web page.
+// May be called on a background thread.
 QString writeReport(const SessionResult &result, const QVector<SessionPhotograph> &photographs, const QString &file);

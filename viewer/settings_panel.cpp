@@ -64,14 +64,15 @@ SettingsPanel::SettingsPanel(QWidget *parent)
     gridSpacing->setSpecialValueText(tr("as printed"));
     boardSquare->setSpecialValueText(tr("Square?"));
     arrangement->setToolTip(tr("How the photographs belong together.") + link("arrangement"));
-    lens->setToolTip(tr("The lens model. By default the one that predicts photographs best that it was not computed "
-                        "from.") +
+    lens->setToolTip(tr("The lens model. The best one is the one that best predicts photographs from which it was not "
+                        "computed.") +
                      link("lens"));
-    gridSpacing->setToolTip(tr("Two squares' sides. Only Flexible patterns do not carry it.") + link("prints"));
+    gridSpacing->setToolTip(tr("Twice the side of a square. Only Flexible patterns do not encode it.") +
+                            link("prints"));
     patternFiles->setToolTip(tr("The JSON or PDF files that LmCalTab saved.") + link("prints"));
     hasBoard->setToolTip(tr("A checkerboard without marks: inner corners in x and y, and the side of a square.") +
                          link("prints"));
-    mayBend->setToolTip(tr("Lets prints have a bend if that predicts photographs better.") + link("prints"));
+    mayBend->setToolTip(tr("Treats a print as bent if that predicts photographs better.") + link("prints"));
     lay();
     for (QComboBox *box : {arrangement, lens}) {
         connect(box, qOverload<int>(&QComboBox::activated), this, &SettingsPanel::collect);
@@ -145,7 +146,7 @@ void SettingsPanel::showPatternFiles() {
 void SettingsPanel::choosePatternFiles() {
     QFileDialog dialog(this, tr("Pattern Files"), {}, tr("Patterns of LmCalTab (*.json *.pdf)"));
     dialog.setFileMode(QFileDialog::ExistingFiles);
-    // Cancelling goes back to what the patterns themselves say.
+    // Cancelling intentionally removes the files: the calibration then uses only what the patterns encode.
     current.patternFiles = dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
     showPatternFiles();
     emit edited(current);

@@ -1,4 +1,4 @@
-// The settings of a session as a form. Settings that it does not show pass through it unchanged.
+// A form for the settings of a session. Settings that the form does not show stay as they are.
 #pragma once
 
 #include <QWidget>

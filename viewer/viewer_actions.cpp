@@ -1,4 +1,4 @@
-// What the window's menus do.
+// The actions of the window's menus.
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>

@@ -16,7 +16,7 @@ namespace {
 const char *const help =
     "Usage: LmView [OPTIONS] [FILE|FOLDER]...\n"
     "Calibrates cameras, rigs and assemblies from photographs of calibration patterns.\n"
-    "Photographs, folders, pattern files (JSON, PDF), a session (.lmview) and a video are opened.\n"
+    "Opens photographs, folders, pattern files (JSON, PDF), a session (.lmview) or a video.\n"
     "\n"
     "  --caltab-calibration  calibrate an assembly: patterns that are fixed to each other\n"
     "  --help                print this help\n"
@@ -25,7 +25,7 @@ const char *const help =
 struct Arguments {
     bool isAssembly = false;
     QStringList files;
-    int exitCode = -1;  // not negative: end with it
+    int exitCode = -1;  // if it is not negative, the program ends with it
 };
 
 Arguments parse(const QStringList &given) {
@@ -58,7 +58,7 @@ Arguments parse(const QStringList &given) {
 }  // namespace
 
 int runViewer(int argc, char **argv) {
-    // Before the application, because these need no display.
+    // The arguments are parsed before the application is made, because --help and --version need no display.
     QStringList given;
     for (int i = 1; i < argc; ++i) {
         given << QString::fromLocal8Bit(argv[i]);

@@ -1,5 +1,5 @@
-// The whole program LmView except its entry point.
+// Runs the whole program LmView; only its entry point is elsewhere.
 #pragma once
 
-// Returns the exit code: 0, or 2 for arguments that it does not know.
+// Returns the exit code: 0, or 2 for unknown options.
 int runViewer(int argc, char **argv);

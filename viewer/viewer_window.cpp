@@ -31,7 +31,7 @@
 namespace {
 
 constexpr int recoveryDelayMs = 500;
-constexpr int factorSteps = 12;  // of the slider: 1, 2, 5, 10 ... 10,000
+constexpr int factorSteps = 12;  // of the slider, for the factors 1, 2, 5, 10 ... 10,000
 
 int factorAt(int step) {
     const int digits[] = {1, 2, 5};

@@ -1,7 +1,5 @@
-// The window of LmView: photographs and settings on the left, the chosen photograph in the middle, what follows from
-// them on the right. It holds no data; everything is in the session.
-//
-// Its actions stand in viewer_actions.cpp.
+// The window of LmView: photographs and settings on the left, the chosen photograph in the middle, the results on the
+// right. It holds no data; everything is in the session. The actions of its menus are in viewer_actions.cpp.
 #pragma once
 
 #include <QListView>
@@ -28,14 +26,16 @@ class ViewerWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    // The recovery copy is kept in this folder; none if it is empty.
+    // Keeps a copy of the session for recovery in this folder; keeps none if recoveryFolder is empty.
     explicit ViewerWindow(const QString &recoveryFolder);
     ~ViewerWindow() override;
 
-    // Photographs and folders are added, pattern files become settings, a session is opened.
+    // Adds photographs and folders to the session, adds pattern files to its settings, and starts to read a video. If
+    // there is a session file, it replaces the session, and the other files are ignored.
     void open(const QStringList &files);
     void setArrangement(Arrangement arrangement);
-    // Writes the result's files. Returns an empty text, or why they were not written. There must be a result.
+    // Writes the result's files. Returns an empty text, or the reason why they were not written. There must be a result
+    // with a calibration.
     QString writeResultsTo(const QString &folder) const;
     QString writeReportTo(const QString &file) const;
 

@@ -1,5 +1,6 @@
-// The assembly that the example's photographs show: five patterns around a corner of a room. Lengths are millimetres;
-// the world is the frame of pattern 0: x to the right, y down, z into the print, the origin at its middle corner.
+// The assembly that the example's photographs show: five patterns around a corner of a room. Lengths are in
+// millimetres. The world's axes are those of pattern 0: x to the right, y down, z into the print, the origin at its
+// middle corner.
 #pragma once
 
 #include <array>

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int cellColumns = 12;
 constexpr int cellRows = 9;
-constexpr int mostDots = 20000;  // more would make the window slow, and show nothing more
+constexpr int mostDots = 20000;  // more dots would make the window slow without showing more
 
 QwtPlotCurve *makeDots(QwtPlot *plot, const QColor &colour, int size) {
     auto *dots = new QwtPlotCurve;  // the plot owns it

@@ -1,4 +1,4 @@
-// The tab "Coverage": where in the picture of each camera corners were seen.
+// The tab "Coverage". It shows where corners were seen in the picture of each camera.
 #pragma once
 
 #include "viewer/views/result_view.h"

@@ -1,4 +1,4 @@
-// Colours, texts of numbers, and small shapes that the views share.
+// The colours, texts of numbers and small shapes that several views use.
 #pragma once
 
 #include <QColor>
@@ -10,16 +10,17 @@
 #include "calibration/calibrate.h"
 #include "pattern_reader/pattern_reader.h"
 
-// Distinct for everybody, on light and dark ground; repeats after seven.
+// Seven colours that colour-blind people can tell apart, too, on light and dark backgrounds. They repeat after seven.
 QColor patternColour(int index);
 QColor gradeColour(calibration::Grade grade);
 QColor residualColour();
 
 bool isDark(const QPalette &palette);
 
-// "2241.37 ± 0.12 px": the value to the second digit of its standard deviation.
+// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both are rounded to the second digit of the
+// standard deviation.
 QString withSigma(double value, double sigma, const QString &unit = {});
-// Three significant digits, without an exponent.
+// Returns the value with three significant digits, but with all digits before the decimal point, without an exponent.
 QString rounded(double value);
 
 // "0.027 px"
@@ -27,8 +28,8 @@ QString pixels(double value);
 
 void drawArrow(QPainter &painter, QPointF from, QPointF to);
 
-// White text on a dark ground, centred at a place, readable on every picture.
+// Draws white text on a dark background, so that it can be read on every picture. Its centre is at `middle`.
 void drawLabel(QPainter &painter, QPointF middle, const QString &text);
 
-// "4" for pattern 4 of an assembly, otherwise the kind of the pattern in a word.
+// Returns "4" for pattern 4 of an assembly, and for other patterns their kind in one word.
 QString nameOf(const pattern_reader::PatternReading &reading);

@@ -14,11 +14,12 @@ public:
     explicit LiveView(QWidget *parent = nullptr);
 
     void showFrame(const LiveFrame &newFrame);
-    // Without a frame, this text is shown.
+    // Shows this text instead of a frame.
     void clear(const QString &newHint);
-    // Null if there is none. Its advice is drawn over frames of the size that its camera has.
+    // newCalibration is null if there is none. Its advice for the next photograph is drawn over the frames if they have
+    // the size of the pictures of the camera that it is for.
     void setCalibration(std::shared_ptr<const calibration::Calibration> newCalibration);
-    // A frame in this colour is drawn around the picture.
+    // Draws a border in this colour around the picture; none if the colour is invalid.
     void setBorder(const QColor &colour);
 
     QSize sizeHint() const override { return {480, 360}; }
@@ -37,5 +38,5 @@ private:
     std::shared_ptr<const calibration::Calibration> calibration;
 };
 
-// Whether the calibration's advice for the next photograph is for a camera with pictures of this size.
+// True if the calibration has advice for the next photograph, for a camera with pictures of this size.
 bool hasAdviceFor(const calibration::Calibration *calibration, const QSize &size);

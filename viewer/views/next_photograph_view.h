@@ -1,4 +1,4 @@
-// Where to hold the target for the photograph that would help most, as the camera would see it.
+// Shows the photograph that would help most: where to hold the target, as the camera would see it.
 #pragma once
 
 #include <QWidget>

@@ -17,9 +17,9 @@ namespace {
 
 enum Column { Name, Photographs, X, Y, Z, Turn, ScaleX, ScaleY, Bend, Measured, ColumnCount };
 
-constexpr double barLength = 100;  // mm: the check bars on a printed page
+constexpr double barLength = 100;  // mm, of the check bars on a printed page
 
-// Corner to corner, how far the print is from flat.
+// How far the print is from flat: the range of its corners' heights, in mm.
 double bendOf(const calibration::Print &print, const PrintShape &shape) {
     double low = 0;
     double high = 0;

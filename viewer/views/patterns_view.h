@@ -1,4 +1,5 @@
-// The tab "Patterns": pose, print scale and bend of every print, and the choice of the common coordinate system.
+// The tab "Patterns". It shows the pose, print scale and bend of every print, and lets the user choose the common
+// coordinate system.
 #pragma once
 
 #include "viewer/session/session_settings.h"
@@ -15,12 +16,12 @@ class PatternsView : public ResultView {
 public:
     explicit PatternsView(QWidget *parent = nullptr);
     void setSettings(const SessionSettings &newSettings);
-    // Shows how many of the three corners are picked while that goes on.
+    // Tells the view how many of the three corners have been picked, so that it can ask for the next one.
     void setPickedCorners(int count);
 
 signals:
     void settingsEdited(const SessionSettings &settings);
-    // The user wants to pick three corners, or no longer wants to.
+    // The user began or stopped picking three corners.
     void pickingToggled(bool isOn);
 
 protected:

@@ -9,8 +9,8 @@ namespace {
 
 constexpr int smallestLevel = 256;   // pixels along the longer side
 constexpr double mostPixels = 4e6;   // of an undistorted picture
-constexpr double fisheyeZoom = 0.6;  // shows more of a fisheye's picture than its own focal length would
-constexpr int bandRows = 64;         // limits the memory of the maps
+constexpr double fisheyeZoom = 0.6;  // factor of a fisheye's focal length, to show more of its picture
+constexpr int bandRows = 64;         // rows undistorted at a time; limits the memory of the maps
 
 cv::Mat matrixOf(QImage &image) {
     return {image.height(), image.width(), CV_8UC1, image.bits(), size_t(image.bytesPerLine())};

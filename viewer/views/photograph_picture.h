@@ -1,5 +1,5 @@
-// The picture of one photograph for showing it at any size, as it is or as a lens without distortion would have taken
-// it. Loading and undistorting take long and belong on a background thread.
+// The picture of one photograph, for display at any size. It is shown as it is, or as a lens without distortion would
+// have taken it. Loading and undistorting take long, so do both on a background thread.
 #pragma once
 
 #include <Eigen/Core>
@@ -10,7 +10,7 @@
 
 #include "calibration/observations.h"
 
-// A pinhole camera without distortion that looks the same way as a real one.
+// A pinhole camera without distortion that looks in the same direction as a real one.
 struct StraightLens {
     double focalLength = 0;  // pixels of the photograph
     Eigen::Vector2d centre;
@@ -18,17 +18,19 @@ struct StraightLens {
     static StraightLens of(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics);
 };
 
-// Where a pixel of the photograph is in the undistorted picture; empty if it has no place there.
+// The place of a pixel of the photograph in the undistorted picture; empty if it has no place there.
 std::optional<QPointF> undistorted(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
                                    const QPointF &pixel);
 
 struct PhotographPicture {
     int width = 0;  // pixels of the photograph
     int height = 0;
-    // The picture itself, and each half as large as the one before. Empty if the file cannot be read.
+    // The picture itself, followed by smaller copies, each half as large as the one before. Empty if the file cannot be
+    // read.
     std::vector<QImage> levels;
 
     static PhotographPicture load(const QString &path);
-    // The same size as the photograph, but with at most 4 megapixels.
+    // Returns the undistorted picture. Its width and height are those of the photograph, but its first level has at
+    // most 4 megapixels.
     PhotographPicture undistort(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics) const;
 };

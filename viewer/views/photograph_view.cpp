@@ -18,8 +18,8 @@ constexpr double greatestScale = 40;
 constexpr double smallestScale = 0.01;
 constexpr int panStep = 60;             // pixels of the view
 constexpr double pickReach = 12;        // pixels of the view
-constexpr double namesFromLength = 60;  // pixels of the view: axes get their names from this length on
-constexpr int numbersFromScale = 3;     // corners get their column and row from this scale on
+constexpr double namesFromLength = 60;  // pixels of the view; axes at least this long have their names
+constexpr int numbersFromScale = 3;     // corners have their column and row at this scale or a larger one
 
 const PatternCorner *cornerAt(const PatternReading &reading, cv::Point lattice) {
     const auto found = std::find_if(reading.corners.begin(), reading.corners.end(),
@@ -93,7 +93,7 @@ void PhotographView::makeUndistorted() {
               intrinsics = known.estimate.intrinsics[size_t(camera)]](const BackgroundWork::IsCancelled &) {
         const PhotographPicture made = source.undistort(lens, intrinsics);
         return [this, made, id, from] {
-            if (id == photograph.id && from == result) {  // neither has changed meanwhile
+            if (id == photograph.id && from == result) {  // otherwise this picture is out of date
                 straight = made;
                 update();
             }
@@ -162,7 +162,7 @@ std::optional<QPointF> PhotographView::place(QPointF pixel) const {
         }
         pixel = *moved;
     }
-    // The picture's corner is half a pixel before the centre of its first pixel.
+    // Coordinates count from the centre of the first pixel, so the picture's corner is at -0.5, -0.5.
     return origin + scale * (pixel + QPointF(0.5, 0.5));
 }
 
@@ -183,7 +183,7 @@ void PhotographView::drawPicture(QPainter &painter) const {
 }
 
 void PhotographView::drawAxes(QPainter &painter, const PatternReading &reading) const {
-    // From the corner nearest to the middle that has both neighbours.
+    // The axes begin at the corner with both neighbours that is nearest to the middle.
     const PatternCorner *best = nullptr;
     const int step = reading.kind == pattern_reader::PatternKind::Plate ? 2 : 1;
     cv::Point2f middle(0, 0);

@@ -1,5 +1,5 @@
-// Shows one photograph with what was read in it: zoom with the wheel or + and -, move by dragging or with the arrow
-// keys, 0 to fit. Can show residuals as arrows and the picture without distortion.
+// Shows one photograph with the patterns read in it. The wheel or + and - zoom, dragging or the arrow keys move the
+// picture, and 0 fits it into the view. It can also show residuals as arrows, and the picture without distortion.
 #pragma once
 
 #include <QPointer>
@@ -17,7 +17,7 @@ class PhotographView : public QWidget {
 public:
     explicit PhotographView(QWidget *parent = nullptr);
 
-    // Shows the photograph; the empty view if it is null. The picture is loaded in the background.
+    // Shows the photograph, or an empty view if it is null. The picture is loaded in the background.
     void showPhotograph(const SessionPhotograph *photograph);
     void setResult(std::shared_ptr<const SessionResult> result);
     int photographId() const { return photograph.id; }
@@ -34,7 +34,7 @@ public slots:
     void zoomIn() { zoom(1.25, rect().center()); }
     void zoomOut() { zoom(0.8, rect().center()); }
     void fit();
-    // The point in the middle of the view, at twice the size of the screen's pixels or more.
+    // Moves this pixel of the photograph to the middle of the view, and enlarges the photograph at least twice.
     void centreOn(QPointF pixel);
 
 signals:
@@ -57,7 +57,7 @@ private:
     void zoom(double factor, QPointF about);
     void pick(QPointF place);
     bool showsUndistorted() const { return wantsUndistorted && !straight.levels.empty(); }
-    // From a pixel of the photograph to the view; empty if the undistorted picture does not show it.
+    // The place in the view of a pixel of the photograph; empty if the undistorted picture does not show it.
     std::optional<QPointF> place(QPointF pixel) const;
     void drawPicture(QPainter &painter) const;
     void drawReading(QPainter &painter, int index) const;

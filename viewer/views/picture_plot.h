@@ -1,4 +1,4 @@
-// A plot over the area of a camera's picture: pixels on both axes, y down, both on the same scale.
+// A plot over the area of a camera's picture. Both axes have pixels and the same scale; y points down.
 #pragma once
 
 #include <qwt_plot.h>
@@ -16,12 +16,12 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    // To what the picture needs at the present width.
+    // Limits the plot's height to what the picture needs at the present width.
     void limitHeight();
 
     double heightPerWidth = 0.75;
     QwtPlotRescaler *rescaler;
 };
 
-// A grid, and axis titles in a size that fits small plots. For every plot of the viewer.
+// Gives a plot a grid, and axis titles in a size that fits small plots. Every plot of the viewer uses it.
 void setUpPlot(QwtPlot &plot, const QString &xTitle, const QString &yTitle);

@@ -11,7 +11,7 @@ using Grid = std::map<std::pair<int, int>, size_t>;
 
 std::vector<PrintSquare> squaresOf(const calibration::Print &print, const calibration::PrintShape &shape) {
     Grid grid;
-    int step = 0;  // of a plate, only every second cell has a mark
+    int step = 0;  // cells from one point to the next: 2 in plates, where only every second cell has a mark
     for (size_t i = 0; i < print.cells.size(); ++i) {
         grid[{print.cells[i].x(), print.cells[i].y()}] = i;
         const int distance = print.cells[i].x() - print.cells[0].x();

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr size_t mostDots = 20000;  // more would make the window slow, and show nothing more
+constexpr size_t mostDots = 20000;  // more dots would make the window slow without showing more
 constexpr double rangeInRms = 5;    // the scatter plot shows this many times the rms in each direction
 constexpr double clickReach = 10;   // pixels of the screen
 

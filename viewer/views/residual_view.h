@@ -1,5 +1,5 @@
-// The tab "Residuals": where corners were seen, relative to where the calibration puts them, and the residual of every
-// photograph. A click on a point or a bar opens the photograph.
+// The tab "Residuals". Points show where corners were seen, relative to the places that the calibration gives them.
+// Bars show the residual of every photograph. A click on a point or a bar opens the photograph.
 #pragma once
 
 #include <QPointF>
@@ -44,6 +44,6 @@ private:
     QwtPlotCurve *used;
     QwtPlotCurve *unused;
     QwtPlotBarChart *chart;
-    std::vector<Dot> dots;    // those that are drawn
-    std::vector<int> barIds;  // photographs, from left to right
+    std::vector<Dot> dots;    // the dots that are drawn
+    std::vector<int> barIds;  // the photographs' ids, from left to right
 };

@@ -1,4 +1,4 @@
-// The base of the tabs: each shows the session's result, and is drawn anew only while it is visible.
+// The base class of the tabs. Each tab shows the session's result, and updates itself only while it is visible.
 #pragma once
 
 #include <QWidget>
@@ -15,13 +15,13 @@ class ResultView : public QWidget {
 public:
     explicit ResultView(QWidget *parent = nullptr) : QWidget(parent) {}
 
-    // Null, or a result without a calibration, empties the view.
+    // Shows this result. The view is empty if it is null or has no calibration.
     void setResult(std::shared_ptr<const SessionResult> newResult);
 
 protected:
     void showEvent(QShowEvent *event) override;
 
-    // Shows `result` anew.
+    // Updates the view from `result`.
     virtual void refresh() = 0;
     // The calibration of the result; null if there is none.
     const calibration::Calibration *calibrated() const { return result ? result->calibration.get() : nullptr; }
@@ -43,7 +43,7 @@ protected:
     void refresh() final;
     // camera is -1 if there is no calibrated camera.
     virtual void showCamera(int camera) = 0;
-    // Further choices stand beside that of the camera.
+    // The layout below the choice of the camera, for the view's own widgets.
     QVBoxLayout *content() const { return column; }
 
 private:

@@ -17,7 +17,7 @@ namespace {
 constexpr double eyeDistance = 4;  // in units of `reach`
 constexpr double turnPerPixel = 0.008;
 constexpr double turnPerKey = 0.1;
-constexpr size_t mostCameras = 300;  // drawn, evenly chosen
+constexpr size_t mostCameras = 300;  // of more photographs, only every second, third ... has its camera drawn
 
 Eigen::Vector3d midpointOf(const std::vector<Eigen::Vector3d> &points) {
     Eigen::Vector3d sum = Eigen::Vector3d::Zero();
@@ -186,7 +186,7 @@ void SceneView::paintEvent(QPaintEvent *) {
     painter.setRenderHint(QPainter::Antialiasing);
     for (const Drawn &one : drawn) {
         painter.setBrush(one.facet->fill.isValid() ? QBrush(one.facet->fill) : QBrush(Qt::NoBrush));
-        // Without a line of its own colour, the ground would shine through between neighbours.
+        // An outline in the colour of the fill covers the gaps between neighbouring facets.
         painter.setPen(one.facet->outline.isValid() ? QPen(one.facet->outline, 1) : QPen(one.facet->fill, 0.7));
         painter.drawPolygon(one.polygon);
     }

@@ -1,5 +1,5 @@
-// The tab "Scene": the prints with their squares and the cameras, in three dimensions. Drag to turn, Shift and drag to
-// move, wheel to zoom; the arrow keys, + and - do the same.
+// The tab "Scene". It shows the prints with their squares and the cameras in three dimensions. Dragging or the arrow
+// keys turn the scene, dragging with Shift moves it, and the wheel or + and - zoom.
 #pragma once
 
 #include <Eigen/Core>
@@ -40,7 +40,7 @@ private:
                    const Eigen::VectorXd &intrinsics, const QColor &colour);
     void lookAtAll();
     void turn(double x, double y);
-    // In the eye's axes: x to the right, y down, z away.
+    // Converts a place in the world to the viewer's eye: x to the right, y down, z away from it, in units of `reach`.
     Eigen::Vector3d fromEye(const Eigen::Vector3d &place) const;
     QPointF onScreen(const Eigen::Vector3d &inEye) const;
     void drawAxes(QPainter &painter) const;
@@ -48,9 +48,9 @@ private:
     std::vector<Facet> facets;
     std::vector<Label> labels;
     Eigen::Vector3d middle = Eigen::Vector3d::Zero();
-    double reach = 1000;  // mm: from the middle to the farthest thing
-    double cameraSize = 100;
-    double printReach = 100;
+    double reach = 1000;                     // mm, from the middle to a corner of the box around everything
+    double cameraSize = 100;                 // mm
+    double printReach = 100;                 // mm, of the largest print
     double azimuth = -0.5, elevation = 0.5;  // radians
     double zoom = 1;
     QPointF shift;

@@ -1,4 +1,4 @@
-// The tab "Result": the verdict, what to do next, and the numbers of every camera.
+// The tab "Result". It shows the verdict, what to do next, and the numbers of every camera.
 #pragma once
 
 #include "viewer/views/result_view.h"

@@ -16,9 +16,9 @@
 
 namespace {
 
-constexpr double leastScale = 0.01;  // pixels: the top of the colour scale is not below this
+constexpr double leastScale = 0.01;  // pixels; the top of the colour scale is at least this
 
-// From good to bad, with rising darkness, so that it also works in grey.
+// Larger uncertainty is darker, so that the colours can also be told apart in grey.
 class UncertaintyColours : public QwtLinearColorMap {
 public:
     UncertaintyColours() : QwtLinearColorMap(QColor(250, 250, 220), QColor(90, 10, 60)) {
@@ -110,18 +110,18 @@ void UncertaintyView::showCamera(int camera) {
         return;
     }
     if (!isThere) {
-        summary->setText(tr("There are too few photographs to calibrate with each half of them."));
+        summary->setText(tr("There are too few photographs for two calibrations, each with one half of them."));
         return;
     }
     const double distance = calibrated()->cameras[size_t(camera)].distance;
     const QString where =
-        quantity->currentIndex() == AtDistance ? tr("at %1 mm").arg(qRound(distance)) : tr("for points far away");
+        quantity->currentIndex() == AtDistance ? tr("at %1 mm").arg(qRound(distance)) : tr("far away");
     summary->setText(quantity->currentIndex() == BetweenHalves
-                         ? tr("How much the projection differs between calibrations with one half of the photographs "
-                              "and with the other; at most %1.")
+                         ? tr("How much the projection differs between two calibrations, each with one half of the "
+                              "photographs; at most %1.")
                                .arg(pixels(map->greatest().value_or(0)))
-                         : tr("Standard deviation of where a point %1 projects; at most %2. Each line has twice the "
-                              "value of the one before, from 0.01 px.")
+                         : tr("Standard deviation of the projection of a point %1; at most %2. The first line is at "
+                              "0.01 px; each further line has twice the value of the line before.")
                                .arg(where, pixels(map->greatest().value_or(0))));
     showMap(*map);
 }

@@ -1,4 +1,4 @@
-// The tab "Uncertainty": how far the projection of each camera can be trusted, over its picture.
+// The tab "Uncertainty". It shows how uncertain the projection is in each part of a camera's picture.
 #pragma once
 
 #include "viewer/views/result_view.h"
