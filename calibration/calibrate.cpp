@@ -17,11 +17,11 @@ namespace calibration {
 
 namespace {
 
-// With a larger standard deviation, as a share of it, a focal length counts as unknown.
+// A focal length counts as unknown if its standard deviation is more than this share of it.
 constexpr double greatestFocalSigma = 0.02;
 
-// Computed corners can be exact, and then even what is undetermined seems certain. Corners of photographs are never
-// found better than this; pixels.
+// The least standard deviation of corners found in photographs, in pixels. It is needed for computed corners: they can
+// be exact, and then the covariance would make even an undetermined focal length seem certain.
 constexpr double leastNoise = 0.01;
 
 class Calibrator {
@@ -45,7 +45,7 @@ public:
             solve();
         }
         if (leaveOut()) {
-            // What is left out may have spoilt the choice.
+            // The sightings that are left out now may have spoilt the choice of models.
             enter(Stage::ChoosingModels, 0);
             chooseModels();
             enter(Stage::Solving, 0.5);
@@ -142,8 +142,8 @@ private:
         setShapes(result.observations, bends, options.measured, result.estimate, result.freedom);
     }
 
-    // A lens chosen while prints count as flat, or a bend chosen with the wrong lens, can be wrong. So both are chosen
-    // again until neither changes.
+    // A lens that was chosen with flat prints can be wrong, and so can a bend that was chosen with the wrong lens. So
+    // both are chosen again until neither changes.
     void chooseModels() {
         if (options.previous || (options.lens && !options.mayBend)) {
             return;
@@ -167,7 +167,7 @@ private:
         }
     }
 
-    // True if a camera got another model.
+    // Chooses the lens of each camera. Returns true if a camera got another model.
     bool chooseLenses(double share) {
         bool changed = false;
         for (size_t camera = 0; camera < given.cameras.size(); camera++) {
@@ -191,8 +191,9 @@ private:
         }
     }
 
-    // If prints moved, the solve can have settled between their places, and can have left out what is good. Then this
-    // starts again without the sightings of prints that are elsewhere, and returns true.
+    // Finds prints that moved. The solve may have settled between two places of such a print. This shows in a sighting
+    // of a moved print that the solve still uses, or in any other sighting that it left out. If so, this function
+    // leaves out the sightings of moved prints, computes new start values and returns true.
     bool leaveOutMoved() {
         Observations all = given;
         all.cameras = result.observations.cameras;
@@ -217,7 +218,8 @@ private:
         return true;
     }
 
-    // Takes the sightings that the solve left out from those that models are chosen by. True if there are any.
+    // Excludes the sightings that the solve left out from the choice of models. Returns true if there are any and
+    // models are to be chosen.
     bool leaveOut() {
         bool isAny = false;
         for (size_t i = 0; i < good.sightings.size(); i++) {
@@ -244,7 +246,7 @@ private:
         }
     }
 
-    // Standard deviation of a camera's corners along one axis, in pixels.
+    // The standard deviation of a camera's least certain corner along one axis, in pixels.
     double noiseOf(int camera) const {
         double greatest = 0;
         for (const Sighting &sighting : result.observations.sightings) {
@@ -259,7 +261,7 @@ private:
     }
 
     const Observations &given;
-    Observations good;  // without the sightings that were left out
+    Observations good;  // the given observations, in which the sightings that were left out are marked as not used
     const CalibrateOptions &options;
     Calibration result;
     // Of each camera:

@@ -33,8 +33,9 @@ struct Derivatives {
     }
 };
 
-// The rows of all sightings of one moment, by the shared parameters that these sightings depend on, and by the pose of
-// the moment. Shared parameters are those of cameras and prints.
+// The derivatives of the residuals of one moment: one row for each residual of its sightings. `shared` has the
+// derivatives by the parameters of cameras and prints on which these sightings depend, `byPose` those by the moment's
+// pose.
 class MomentRows {
 public:
     void add(const Derivatives &derivatives, const std::vector<int> &places, const RowMajor &byShared) {
@@ -58,8 +59,9 @@ public:
 
     bool isEmpty() const { return taken.empty() || byPose.rows() <= 6; }
 
-    // Adds what the rows say of the shared parameters whatever the moment's pose is. Projecting the rows is more exact
-    // than subtracting normal equations, which nearly cancel for focal lengths.
+    // Adds the information about the shared parameters that does not depend on the moment's pose. To this end, the rows
+    // are projected. Subtracting normal equations (the Schur complement) would be less exact, because they nearly
+    // cancel for focal lengths.
     void addTo(Eigen::MatrixXd &information) {
         const Eigen::HouseholderQR<Eigen::MatrixXd> pose(byPose);
         shared.applyOnTheLeft(pose.householderQ().adjoint());
@@ -78,10 +80,10 @@ private:
     Eigen::MatrixXd byPose;
 };
 
-// Inverts a matrix of information. Parameters of a lens can be correlated so strongly that the matrix is nearly
-// singular although every projection is well determined, so eigenvalues below the rounding error count as that error:
-// a direction about which nothing is known gets a huge variance. Nothing if there is no information at all about one of
-// the parameters.
+// Inverts an information matrix. Parameters of a lens can be correlated so strongly that the matrix is nearly singular
+// although every projection is well determined. So eigenvalues below the rounding error are replaced by it, and a
+// direction about which nothing is known gets a huge variance. Returns nothing if there is no information at all about
+// a parameter, or if a number is not finite.
 std::optional<Eigen::MatrixXd> inverseOf(const Eigen::MatrixXd &information) {
     const Eigen::VectorXd diagonal = information.diagonal();
     if (!information.allFinite() || (diagonal.size() > 0 && !(diagonal.minCoeff() > 0))) {
@@ -216,9 +218,9 @@ private:
         stacked.add(derivatives, places, byShared);
     }
 
-    // Distortion coefficients can stand in for each other almost exactly, those of a rational function in particular.
-    // Rounding errors in such a direction would reach every other parameter, so nothing along it counts as more than
-    // 100,000 times less certain than each coefficient alone. Where points project to does not depend on it.
+    // Distortion coefficients can replace each other almost exactly, in particular those of a rational function.
+    // Rounding errors along such a direction would reach every other parameter. So no direction is taken to be more
+    // than 100,000 times less certain than each coefficient alone. The projection of points does not depend on it.
     void limitCoefficients() {
         constexpr double leastShare = 1e-10;
         for (const Covariance::CameraRanges &camera : result.cameras) {

@@ -1,9 +1,10 @@
-// How certain a solved estimate is: the covariance of all parameters that the solve varied, from the normal equations
-// at the solution.
+// Computes how certain a solved estimate is: the covariance of those intrinsics, poses of cameras and prints, and
+// shapes of prints that the solve varied. It follows from the derivatives of the residuals at the solution and from the
+// priors.
 //
-// Moments are eliminated one by one (the Schur complement), so time and memory grow only linearly with their number.
-// The covariance is scaled by the residuals' own variance, so only the ratios of the corners' standard deviations need
-// to be right.
+// The poses of the moments are eliminated one by one, so their covariance is not available, but time and memory grow
+// only linearly with their number. The covariance is scaled by the residuals' own variance. So a common factor of the
+// corners' standard deviations cancels, except for its weight against the priors, which are absolute.
 #pragma once
 
 #include <Eigen/Core>
@@ -17,12 +18,12 @@ namespace calibration {
 
 class CALIBRATION_API Covariance {
 public:
-    // The variance of the residuals after division by the corners' standard deviations: 1 if these are right.
+    // The variance of the residuals divided by the corners' standard deviations: 1 if these are right.
     double varianceFactor() const { return factor; }
     int usedCorners() const { return corners; }
 
-    // The covariance of one block; empty if the solve did not vary it. The rows of a shape are its free numbers, in the
-    // order of Freedom::shapes.
+    // The covariance of one block of parameters; empty if the solve did not vary it. The rows of a shape are its free
+    // numbers, in the order of Freedom::shapes.
     Eigen::MatrixXd intrinsics(int camera) const { return blockAt(cameras[size_t(camera)].intrinsics); }
     Eigen::MatrixXd cameraFromRig(int camera) const { return blockAt(cameras[size_t(camera)].pose); }
     Eigen::MatrixXd worldFromPrint(int print) const { return blockAt(prints[size_t(print)].pose); }
@@ -61,7 +62,9 @@ private:
     int corners = 0;
 };
 
-// Nothing if the sightings do not determine everything that varies.
+// Computes the covariance. A direction that the sightings do not determine gets a huge variance. Returns nothing if a
+// parameter has no information at all, if there are not more residuals than unknowns, if a corner cannot be projected,
+// or if a number is not finite.
 std::optional<Covariance> covarianceOf(const Observations &observations, const Freedom &freedom,
                                        const Estimate &estimate);
 

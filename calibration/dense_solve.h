@@ -1,5 +1,6 @@
-// Equations and eigenvectors of small symmetric matrices. They stand here because every file that instantiates Eigen's
-// decompositions takes long to compile, with sanitizers most of a minute.
+// Solves equations with small symmetric matrices and computes their eigenvectors. These functions have a file of their
+// own because each file that instantiates Eigen's decompositions takes long to compile, with sanitizers most of a
+// minute.
 #pragma once
 
 #include <Eigen/Core>
@@ -10,7 +11,7 @@ namespace calibration {
 // Solves matrix * x = right for a symmetric matrix.
 Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
-// The same for a matrix that must be positive definite; nothing if it is not.
+// Solves the same for a matrix that must be positive definite. Returns nothing if it is not.
 std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
 struct Eigensystem {
@@ -18,7 +19,7 @@ struct Eigensystem {
     Eigen::MatrixXd vectors;  // one in each column, of unit length
 };
 
-// The eigenvalues and eigenvectors of a symmetric matrix; nothing if they cannot be computed.
+// Returns the eigenvalues and eigenvectors of a symmetric matrix; nothing if they cannot be computed.
 std::optional<Eigensystem> eigensystemOf(const Eigen::MatrixXd &symmetric);
 
 }  // namespace calibration

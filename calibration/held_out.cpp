@@ -12,16 +12,18 @@ namespace {
 
 constexpr int parts = 3;
 constexpr size_t leastMoments = 6;
-// A larger square means that the corner is wrong, not the model. In units of the corners' variance.
+// The limit of a squared residual, in units of the corners' variance. A larger square means that the corner is wrong,
+// not the model.
 constexpr double greatestSquare = 25;
-// A sighting with a larger mean square in every model is bad, and tells nothing about the models.
+// A sighting is bad if its mean square is larger than this in every model. It says nothing about the models.
 constexpr double badSighting = 6;
 constexpr double robustScale = 6;
-// A difference of means below this many standard errors can be chance.
+// A difference between means counts as clear if it is larger than this many standard errors.
 constexpr double clearDifference = 1.5;
 constexpr size_t leastPairs = 4;
 
-// The part that each moment belongs to, from 0; -1 if it has no sighting that takes part.
+// Returns the part that each moment belongs to, from 0; -1 if none of its sightings takes part, or for all moments if
+// there are too few.
 std::vector<int> partsOfMoments(const Observations &observations, const Estimate &estimate) {
     std::set<int> moments;
     for (const Sighting &sighting : observations.sightings) {
@@ -46,7 +48,8 @@ Observations onlyPart(const Observations &observations, const std::vector<int> &
     return some;
 }
 
-// The estimate from all parts but one, with the poses of that part's moments; empty if a solve fails.
+// Returns the estimate from all parts but one, and in it the poses of that part's moments from their own sightings.
+// Empty if a solve fails.
 std::optional<Estimate> trainedWithout(const Observations &observations, const std::vector<int> &partOf, int part,
                                        const Freedom &freedom, const Estimate &estimate) {
     SolveOptions training;

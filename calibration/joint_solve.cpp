@@ -33,7 +33,7 @@ private:
     SightingResiduals residualsOf;
 };
 
-// Pulls a print's scale, ratio and shear towards what was known before, if they may vary.
+// Pulls those of a print's scale, ratio and shear that may vary towards the means of their prior.
 class PrintPriorCost : public ceres::SizedCostFunction<3, PrintShape::count> {
 public:
     PrintPriorCost(const std::vector<int> &free, const ShapePrior &prior) : mean(prior.mean) {
@@ -62,7 +62,7 @@ private:
     std::array<double, PrintShape::bend> weights{};
 };
 
-// Pulls the coefficients of a lens towards what lens_prior.h says.
+// Pulls the coefficients of a lens towards zero, with the weights of lensPrior().
 class LensPriorCost : public ceres::CostFunction {
 public:
     explicit LensPriorCost(Eigen::VectorXd prior) : weights(std::move(prior)) {
@@ -178,9 +178,9 @@ private:
         }
     }
 
-    // There are many moments, and each sighting belongs to only one, so they are eliminated first. All other blocks
-    // have a group of their own, because Ceres takes the blocks of a group in the order of their addresses, which
-    // differs from run to run. The moments stand in one array.
+    // Moments are eliminated first, because there are many of them and each sighting belongs to only one. Each other
+    // block has a group of its own: Ceres takes the blocks of a group in the order of their addresses, which differs
+    // from run to run. The moments can share a group, because they are in one array and so keep their order.
     ceres::ParameterBlockOrdering ordering() const {
         ceres::ParameterBlockOrdering order;
         int group = 0;

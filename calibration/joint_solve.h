@@ -1,6 +1,6 @@
-// A single least-squares solve for everything that is unknown: lenses, rig, moments, prints and their shapes.
-// It needs start values and does not judge its input; Ceres Solver does the work. The result does not depend on the
-// number of processors.
+// Solves for all unknowns in a single least-squares problem: lenses, rig, moments, prints and their shapes. It needs
+// start values and does not judge its input; Ceres Solver does the work. The result does not depend on the number of
+// processors.
 #pragma once
 
 #include <array>
@@ -11,17 +11,17 @@
 
 namespace calibration {
 
-// Standard deviation of what is known of a print's scale, ratio and shear before any photograph: printers are this
-// exact.
+// How exact printers are: the default standard deviation of the prior for a print's scale, ratio and shear.
 constexpr double printPrior = 0.005;
 
-// What is known of a print's scale, ratio and shear before any photograph: means and standard deviations.
+// The prior for a print's scale, ratio and shear: means and standard deviations.
 struct ShapePrior {
     std::array<double, PrintShape::bend> mean{};
     std::array<double, PrintShape::bend> sigma{printPrior, printPrior, printPrior};
 };
 
-// What the solve may vary; it leaves everything else unchanged.
+// Says what the solve may vary besides the poses of the moments, which always vary. It leaves everything else
+// unchanged.
 struct Freedom {
     bool intrinsics = true;
     bool coefficients = true;  // of the distortion; ignored if intrinsics is false
@@ -29,7 +29,7 @@ struct Freedom {
     bool prints = true;
     // For each print, the indices of the PrintShape numbers that may vary. Empty if no print's shape may vary.
     std::vector<std::vector<int>> shapes;
-    // Of each print, for the numbers that may vary. Empty if all are the default.
+    // The prior of each print, for the numbers that may vary. Empty if all prints have the default.
     std::vector<ShapePrior> priors;
 
     ShapePrior priorOf(int print) const { return priors.empty() ? ShapePrior() : priors[size_t(print)]; }
@@ -39,7 +39,7 @@ struct SolveOptions {
     Freedom freedom;
     double robustScale = 0;  // as in SightingResiduals
     int iterations = 100;
-    double tolerance = 1e-12;  // stops if the sum of squares decreases by a smaller share
+    double tolerance = 1e-12;  // the solve ends if a step decreases the sum of squares by a smaller share
 };
 
 // Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of squared residuals,

@@ -8,7 +8,7 @@ namespace calibration {
 
 namespace {
 
-// The place on the image plane at distance 1 after distortion, and its derivatives.
+// A point on the image plane at distance 1 after distortion, and its derivatives.
 struct Distorted {
     Eigen::Vector2d place;
     Eigen::Matrix<double, 2, 3> byPoint;
@@ -68,14 +68,14 @@ void differentiatePinhole(const std::array<double, 12> &k, int count, double x, 
     result.byCoefficients = all.leftCols(count);
 }
 
-// The distorted angle from the line of sight, and its derivative.
+// Computes the distorted angle from the line of sight, and its derivative.
 void distortAngle(const double *k, double angle, double &distorted, double &slope) {
     const double a2 = angle * angle;
     distorted = angle * (1 + a2 * (k[0] + a2 * (k[1] + a2 * (k[2] + a2 * k[3]))));
     slope = 1 + a2 * (3 * k[0] + a2 * (5 * k[1] + a2 * (7 * k[2] + 9 * a2 * k[3])));
 }
 
-constexpr double nearAxis = 1e-9;  // below this ratio of radius to distance a fisheye is treated as a pinhole
+constexpr double nearAxis = 1e-9;  // a fisheye is treated as a pinhole if radius / distance is below this
 
 bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &result) {
     const double radius = std::hypot(point.x(), point.y());
@@ -153,7 +153,8 @@ bool directionOfFisheye(const double *k, const Eigen::Vector2d &place, Eigen::Ve
     return std::abs(distorted - wanted) < 1e-9;
 }
 
-// Newton's method in the plane at distance 1, in steps that stay where the distortion is well behaved.
+// Uses Newton's method in the plane at distance 1, with a limited step. Returns false if a step leads to a place where
+// the distortion folds over.
 bool directionOfPinhole(LensModel lens, const double *coefficients, const Eigen::Vector2d &place,
                         Eigen::Vector3d &direction) {
     Eigen::Vector2d guess = place;

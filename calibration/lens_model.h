@@ -1,4 +1,5 @@
-// Lens models: from a point in front of a camera to a pixel, with all derivatives, and back to a direction.
+// Lens models: projects a point in front of a camera to a pixel, with all derivatives, and finds the direction of a
+// pixel.
 //
 // Parameters, in this order: fx, fy, cx, cy in pixels, then the distortion coefficients in OpenCV's order and meaning.
 //   Pinhole4:  k1 k2 p1 p2                             (Brown, "Decentering Distortion of Lenses", 1966)
@@ -6,8 +7,8 @@
 //   Pinhole8:  ... k4 k5 k6, a rational function of the squared radius
 //   Pinhole12: ... s1 s2 s3 s4, the thin prism
 //   Fisheye:   k1 k2 k3 k4, equidistant                (Kannala and Brandt, "A Generic Camera Model ...", 2006)
-// Camera axes: x to the right, y down, z along the line of sight. Pixels: the centre of the top-left pixel is (0, 0).
-// Nothing here throws, allocates or keeps state.
+// The axes of a camera are x to the right, y down, and z along the line of sight. The centre of the top-left pixel is
+// (0, 0). No function throws, allocates memory or keeps state.
 #pragma once
 
 #include <Eigen/Core>
@@ -22,11 +23,11 @@ enum class LensModel { Pinhole4, Pinhole5, Pinhole8, Pinhole12, Fisheye };
 constexpr int pinholeParameters = 4;    // fx, fy, cx, cy
 constexpr int greatestParameters = 16;  // the number that the largest model has
 
-// Number of distortion coefficients, and of all parameters.
+// The number of distortion coefficients, and the number of all parameters.
 CALIBRATION_API int coefficientCount(LensModel lens);
 CALIBRATION_API int parameterCount(LensModel lens);
 
-// "pinhole4" ... "fisheye".
+// The name of the model in small letters, such as "pinhole4".
 CALIBRATION_API const char *nameOf(LensModel lens);
 
 struct Projection {
@@ -35,15 +36,15 @@ struct Projection {
     Eigen::Matrix<double, 2, Eigen::Dynamic, Eigen::RowMajor, 2, greatestParameters> byParameters;
 };
 
-// Projects a point in camera axes. False if the camera cannot see it: a pinhole camera sees only what is in front of
-// it.
+// Projects a point given in the camera's axes. Returns false if the camera cannot see the point; a pinhole camera sees
+// only points in front of it.
 CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point,
                              Projection &projection);
 CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point,
                              Eigen::Vector2d &image);
 
-// The direction, of unit length, that projects to a pixel. False if none is found: in parts of the picture where the
-// distortion folds over, a pixel has no direction, or several.
+// Finds the direction that projects to a pixel, as a vector of unit length. Returns false if none is found: where the
+// distortion folds the picture over, a pixel has no direction or several.
 CALIBRATION_API bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image,
                                Eigen::Vector3d &direction);
 

@@ -12,12 +12,13 @@ namespace calibration {
 
 namespace {
 
-// So many corners of a sighting are enough for its pose.
+// This number of a sighting's corners is enough for its pose.
 constexpr size_t enoughCorners = 60;
-// A sighting whose residuals are this many times those of good ones is blurred or misread, so its pose tells nothing.
+// A sighting is blurred or misread, so that its pose is useless, if its residuals are more than this many times those
+// of good sightings.
 constexpr double greatestScaleAlone = 3;
 
-// All sightings with poses of their own, so that nothing rests on where prints are relative to each other.
+// Gives each sighting a pose of its own, so that no pose depends on where prints are relative to each other.
 class LoneSightings {
 public:
     LoneSightings(const Observations &all, const Freedom &free, const Estimate &joint) : freedom(free) {
@@ -32,8 +33,8 @@ public:
         freedom.rig = false;
         freedom.prints = false;
         for (std::vector<int> &shape : freedom.shapes) {
-            // No scale, because one sighting cannot tell a larger print from a nearer one. A bend, because it was
-            // chosen when prints that moved may have spoilt the choice.
+            // The scale may not vary, because one sighting cannot tell a larger print from a nearer one. The bend may
+            // vary even if flat prints were chosen, because prints that moved may have spoilt that choice.
             shape = {PrintShape::ratio, PrintShape::shear, PrintShape::bend, PrintShape::bend + 1,
                      PrintShape::bend + 2};
         }
@@ -70,7 +71,8 @@ private:
         estimate.hasMoment.push_back(start.has_value());
     }
 
-    // From afar, two poses look alike. The joint estimate's pose shows which of them is meant, unless it is far off.
+    // Returns the start value of a sighting's pose. From far away, two poses look alike. The pose of the joint estimate
+    // shows which of them is the right one, unless it fits much worse.
     std::optional<RigidMotion> startOf(const Observations &all, const Sighting &sighting, const Sighting &alone,
                                        const Estimate &joint) const {
         const int camera = all.photographs[size_t(sighting.photograph)].camera;

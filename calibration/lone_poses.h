@@ -1,4 +1,4 @@
-// The pose of each print in each photograph, judged by nothing but what this photograph shows of it.
+// Finds the pose of each print in each photograph from this photograph alone.
 #pragma once
 
 #include <optional>
@@ -11,12 +11,12 @@ namespace calibration {
 
 struct LonePose {
     RigidMotion cameraFromPrint;
-    Matrix6 covariance;  // of a small rotation about the camera's axes, then of the translation
+    Matrix6 covariance;  // of a small rotation about the camera's axes and of the translation, in this order
 };
 
-// Of each sighting; empty if it is not in use, fits in no pose, or is blurred or misread. Lenses and shapes are
-// improved too, with every sighting in a pose of its own, so nothing rests on where prints are relative to each other.
-// Only the scale of each print stays as the joint estimate has it.
+// Returns the pose of each sighting; empty if the sighting is not in use, fits no pose, or is blurred or misread.
+// Lenses and shapes are improved, too. As every sighting has a pose of its own, the result does not depend on where
+// prints are relative to each other. The scale of each print stays as in the joint estimate.
 std::vector<std::optional<LonePose>> findLonePoses(const Observations &observations, const Freedom &freedom,
                                                    const Estimate &joint);
 

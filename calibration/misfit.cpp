@@ -12,23 +12,24 @@ namespace calibration {
 
 namespace {
 
-// In standard deviations of good corners. A sighting of a worse scale by itself is not explained by any pose.
+// No pose explains a sighting if its residuals in the best pose are larger than this many standard deviations of good
+// corners.
 constexpr double greatestScaleAlone = 3;
-// The same while focal lengths are tried in steps of 4 %.
+// The limit for the same while focal lengths are tried in steps of 4 %.
 constexpr double coarseScale = 12;
 constexpr size_t leastCorners = 6;
 
-// How well a sighting fits in the pose that suits it best.
+// The pose that fits a sighting best, and how well it fits.
 struct Alone {
     RigidMotion cameraFromPrint;
-    double scale = 0;  // of most of its residuals, in standard deviations
+    double scale = 0;  // the size of most of its residuals, in standard deviations
 };
 
 std::optional<Alone> fitAlone(const Observations &observations, Sighting sighting, const Eigen::VectorXd &lens,
                               const PrintShape &shape) {
     const RigidMotion none;
     std::optional<Alone> best;
-    // Each fit leaves out the corners that the one before fitted badly.
+    // Each fit leaves out the corners that did not fit well in the fit before.
     constexpr int fits = 3;
     for (int fit = 0; fit < fits; fit++) {
         const std::optional<PlanarPose> pose = planarPose(observations, sighting, lens, shape);
@@ -109,8 +110,8 @@ private:
                " mm away from where the other photographs have it: it moved, or two boards have the same number.";
     }
 
-    // The factor by which the focal length must change so that the sighting fits: with the principal point where it is,
-    // as by another zoom, or scaled too, as if the picture was scaled.
+    // Returns the factor by which the focal length must change so that the sighting fits; empty if there is none. The
+    // principal point is either kept, as with another zoom, or scaled too, as in a scaled picture.
     std::optional<double> otherFocalLength(double scale) const {
         std::optional<double> best;
         for (const Eigen::Index scaled : {2, 4}) {
@@ -119,8 +120,8 @@ private:
                 Eigen::VectorXd other = lens;
                 other.head(scaled) *= factor;
                 const std::optional<Alone> alone = fitAlone(observations, sighting, other, shape);
-                // At most half the scale of this lens: a slightly different one suits a disturbed photograph a little
-                // better too.
+                // The residuals must be less than half as large as with this lens: a slightly different focal length
+                // makes even a disturbed photograph fit a little better.
                 if (alone && alone->scale < coarseScale && alone->scale < scale / 2) {
                     scale = alone->scale * 2;
                     best = factor;

@@ -5,8 +5,7 @@
 
 namespace calibration {
 
-// The sightings of `given` in use there that the calibration does not use, each with the reason. Prints without a pose
-// are not among them: no photograph links them.
+// Returns the sightings that are in use in `given` but not in the calibration, each with the reason.
 std::vector<LeftOut> findLeftOut(const Observations &given, const Calibration &calibration);
 
 }  // namespace calibration

@@ -1,9 +1,10 @@
-// The input of a calibration, as plain values: cameras, photographs, prints and the corners seen; and its output, the
-// estimate of everything that was unknown.
+// The input of a calibration as plain values (cameras, photographs, prints and observed corners) and its result, the
+// estimate of all unknowns.
 //
-// Axes. World: those of the first print's drawing, x to the right, y down as seen on the printed side, z into the
-// plate. Rig: those of the first camera. Camera: x to the right, y down, z along the line of sight. Lengths are
-// millimetres, angles radians, image coordinates pixels with the centre of the top-left pixel at (0, 0).
+// The axes of the world are those of the first print's drawing: x to the right and y down as seen from the printed
+// side, z into the plate. The axes of a rig are those of its first camera. The axes of a camera are x to the right, y
+// down, and z along the line of sight. Lengths are in millimetres, angles in radians, and image coordinates in pixels
+// with the centre of the top-left pixel at (0, 0).
 #pragma once
 
 #include <Eigen/Core>
@@ -27,26 +28,26 @@ struct Camera {
 struct Photograph {
     std::string name;
     int camera = 0;
-    // Photographs of one moment were taken at the same time, each by another camera of the rig.
+    // Photographs with the same moment were taken at the same time by different cameras of a rig.
     int moment = 0;
 };
 
 struct Print {
     std::string name;
-    int number = -1;                      // of the pattern of an assembly, from 0; -1 if it has none
+    int number = -1;                      // of the pattern in its assembly, from 0; -1 if it has none
     std::vector<Eigen::Vector2d> points;  // the drawn corners or marks
     // Column and row of each point in the pattern's file; empty if there is no such grid.
     std::vector<Eigen::Vector2i> cells;
 };
 
 struct SeenCorner {
-    int point = 0;  // in Print::points
+    int point = 0;  // index in Print::points
     Eigen::Vector2d image = Eigen::Vector2d::Zero();
     double sigma = 1;  // pixels, along one axis
     bool isUsed = true;
 };
 
-// What one photograph shows of one print.
+// The corners of one print that one photograph shows.
 struct Sighting {
     int photograph = 0;
     int print = 0;
@@ -62,13 +63,14 @@ struct Observations {
     int moments = 0;
 };
 
-// The first camera of the rig that a camera belongs to: cameras that took photographs at one moment form a rig.
+// Returns the first camera of the rig that a camera belongs to. Cameras that took photographs at the same moment form a
+// rig.
 int rigOrigin(const Observations &observations, int camera);
 
-// Prints that photographs link with each other form a group, and each group has a world of its own: that of its first
-// print, whose pose is the identity.
+// Prints that photographs link with each other form a group. Each group has a world of its own, in which the pose of
+// its first print is the identity.
 struct Estimate {
-    std::vector<Eigen::VectorXd> intrinsics;  // of each camera, as lens_model.h orders them
+    std::vector<Eigen::VectorXd> intrinsics;  // of each camera, in the order of lens_model.h
     std::vector<RigidMotion> cameraFromRig;   // the identity for the first camera of a rig
     std::vector<bool> hasCamera;
     std::vector<RigidMotion> rigFromWorld;  // of each moment

@@ -1,4 +1,4 @@
-// How a print differs from its drawing: in scale, in the ratio of x to y, in shear and in bend.
+// Describes how a print differs from its drawing: in scale, in the ratio of x to y, in shear and in bend.
 #pragma once
 
 #include <Eigen/Core>
@@ -20,10 +20,11 @@ struct PrintShape {
     static constexpr int count = 10;
 
     std::array<double, count> numbers{};
-    double reach = 1;  // mm: half the diagonal of the drawn points; makes the bends of all prints comparable
+    double reach = 1;  // mm: half the diagonal of the drawn points, so that the bends of all prints are comparable
 };
 
-// Where a point of the drawing lies on the print, in the print's own axes: x and y in its plane, z the bend.
+// A point of the drawing on the real print, in the print's own axes: x and y are in its plane, z is the bend. All in
+// mm, with the derivatives by the shape's numbers.
 struct PrintedPoint {
     Eigen::Vector3d place;
     Eigen::Matrix<double, 3, PrintShape::count, Eigen::RowMajor> byNumbers;

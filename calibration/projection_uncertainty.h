@@ -1,10 +1,11 @@
-// How far a lens can be trusted over its picture: the uncertainty of where points project, and the difference between
-// two lenses.
+// Computes how far a lens can be trusted in each part of its picture: the uncertainty of projected points, and the
+// difference between two lenses.
 //
 // A lens and the camera's pose are estimated together, and part of a lens's error has the same effect as a small motion
-// of the camera. What matters to a user is the rest. So the motion that explains most of the error is fitted over the
-// whole picture and subtracted: for the uncertainty weighted by how certain each part of the picture is, for the
-// difference with equal weights or those of an uncertainty. For points at infinity the motion is only a rotation.
+// of the camera. Only the rest matters to a user. So the motion that explains most of the error is fitted over the
+// whole picture and subtracted. For the uncertainty, each part of the picture has a weight in this fit that follows
+// from its own uncertainty. For the difference, all weights are equal, or they follow from a given uncertainty. For
+// points at infinity, the motion is only a rotation.
 #pragma once
 
 #include <Eigen/Core>
@@ -19,7 +20,7 @@ namespace calibration {
 
 constexpr double infinitelyFar = std::numeric_limits<double>::infinity();
 
-// Values at the centres of the cells of a grid over the picture, row after row. A value is empty if the lens has no
+// Values at the centres of the cells of a grid over the picture, row by row. A value is empty if the lens has no
 // direction for that pixel.
 struct CALIBRATION_API PictureMap {
     int columns = 0;
@@ -33,13 +34,14 @@ struct CALIBRATION_API PictureMap {
     std::optional<double> greatest() const;
 };
 
-// Standard deviation in pixels along the worse direction, for points at a distance in mm.
+// Returns the standard deviation of projected points in pixels, along the direction in which it is greatest.
+// `covariance` is that of the intrinsics, and `distance` is the points' distance in mm.
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows);
 
-// Distance in pixels between the two images of the same point through two lenses of one camera. The uncertainty, of
-// the same columns and rows, weights the parts of the picture; without it, all weigh the same, and parts where neither
-// lens is known can decide the motion.
+// Returns the distance in pixels between the two images of the same point through two lenses of one camera. The
+// uncertainty, with the same columns and rows, determines the weight of each part of the picture. Without it, all parts
+// have the same weight, and parts in which neither lens is known can decide the motion.
 PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, const Eigen::VectorXd &b,
                                 double distance, int columns, int rows, const PictureMap *uncertainty = nullptr);
 

@@ -7,10 +7,10 @@
 
 namespace calibration {
 
-// The rotation matrix of a rotation vector: its direction is the axis, its length the angle in radians.
+// The rotation matrix of a rotation vector. The vector's direction is the axis, and its length is the angle in radians.
 CALIBRATION_API Eigen::Matrix3d rotationMatrix(const Eigen::Vector3d &rotation);
 
-// The rotation vector of a rotation matrix; its length is at most pi.
+// The rotation vector of a rotation matrix. The vector's length is at most pi.
 CALIBRATION_API Eigen::Vector3d rotationVector(const Eigen::Matrix3d &matrix);
 
 // The matrix J for which rotationMatrix(rotation + d) = rotationMatrix(J d) * rotationMatrix(rotation) for a small d.
@@ -18,10 +18,11 @@ Eigen::Matrix3d leftJacobian(const Eigen::Vector3d &rotation);
 
 Eigen::Matrix3d crossMatrix(const Eigen::Vector3d &v);
 
-// The shortest rotation that turns one direction to another; half a turn about any axis across if they are opposite.
+// The rotation by the smallest angle that turns one direction to another. If they are opposite, it is half a turn about
+// some perpendicular axis.
 Eigen::Matrix3d rotationBetween(const Eigen::Vector3d &from, const Eigen::Vector3d &to);
 
-// p becomes rotationMatrix(rotation) * p + translation. "aFromB" names a motion from coordinates b to coordinates a.
+// Maps p to rotationMatrix(rotation) * p + translation. A motion from coordinates b to coordinates a is named "aFromB".
 struct CALIBRATION_API RigidMotion {
     Eigen::Vector3d rotation = Eigen::Vector3d::Zero();
     Eigen::Vector3d translation = Eigen::Vector3d::Zero();
@@ -31,7 +32,7 @@ struct CALIBRATION_API RigidMotion {
     RigidMotion operator*(const RigidMotion &first) const;
     RigidMotion inverse() const;
 
-    // The six numbers, rotation first, one after the other.
+    // The six numbers one after the other, rotation first.
     double *data() { return rotation.data(); }
     const double *data() const { return rotation.data(); }
 };

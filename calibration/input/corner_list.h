@@ -41,7 +41,8 @@ std::vector<ListedPhotograph> loadCornerList(const std::string &path);
 // list's folder. The size stays as it is if the file is absent or is not a picture.
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath);
 
-// The standard deviation of a corner of level 0, in pixels along one axis. The solve corrects its scale.
+// The standard deviation of a corner of level 0, in pixels along one axis. calibrate() multiplies the standard
+// deviations of each camera by a common factor, so only their ratios matter.
 constexpr double listedSigma = 0.1;
 
 struct ListedBoard {
