@@ -11,10 +11,10 @@
 //   and the index in decimal without padding: /Execute/1/Parameters/Patterns/\0. Names are not escaped; a name is not
 //   empty and contains neither "/" nor a backslash. Any other path gives LmLibResultItemPathInvalid. A path has at most
 //   LMLIB_MAXIMUM_DEPTH parts; a longer one gives LmLibResultNestingLimitReached.
-// Writing. A write replaces whatever the node held. Writing below an absent node creates the objects and arrays on the
-//   way. The index of an array element may be at most one past the end; a greater one gives LmLibResultItemPathInvalid.
-//   A leaf has no children, the children of an object have names, and those of an array have indices. Reading or
-//   writing any other child gives LmLibResultItemTypeNotCompatible.
+// Writing. A write replaces the previous content of the node. Writing below an absent node creates the objects and
+//   arrays on the way. The index of an array element may be at most one past the end; a greater one gives
+//   LmLibResultItemPathInvalid. A leaf has no children, the children of an object have names, and those of an array
+//   have indices. Reading or writing any other child gives LmLibResultItemTypeNotCompatible.
 // Reading. Reading an absent node gives LmLibResultItemInexistent; reading a node of another type gives
 //   LmLibResultItemTypeNotCompatible.
 // Protected nodes. The root, /Path and every node below /Path belong to the library: writing or erasing one gives
@@ -39,11 +39,11 @@
 //
 // A slot is a child of /Execute, usually made with lmLibMakeUniqueItem. Write the parameters below the slot's
 // "Parameters", then write the command's name as a string to its "Command". The command runs with a copy of the
-// parameters at that moment, and an earlier "Result" is removed. When the command has finished, "Result" holds what it
-// returned and "Command" becomes null; wait for that with lmLibWaitForType. If a command fails or does not exist,
-// "Result" has "ErrorSymbol", "ErrorText" and the command's name in "Execute"/"Command". Until the command has
+// parameters at that moment, and an earlier "Result" is removed. When the command has finished, "Result" holds the
+// command's result and "Command" becomes null; wait for that with lmLibWaitForType. If a command fails or does not
+// exist, "Result" has "ErrorSymbol", "ErrorText" and the command's name in "Execute"/"Command". Until the command has
 // finished, writing or erasing "Command" gives LmLibResultCommandRunning. The slot may be erased or replaced meanwhile;
-// the library then discards what the command returns. Elements of an array are not slots.
+// the library then discards the command's result. Elements of an array are not slots.
 #ifndef CAMERA_LIBRARY_LMLIB64_H
 #define CAMERA_LIBRARY_LMLIB64_H
 

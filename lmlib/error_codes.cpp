@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t codeCount = LmLibResultInvalidParameters + 1;
 
-// Indexed by code.
+// The index of a name is its code.
 constexpr std::array<const char *, codeCount> errorNames = {
     "OperationSucceeded",
     "ItemProtected",

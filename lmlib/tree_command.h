@@ -4,8 +4,8 @@
 //   /Execute/<slot>/Parameters   written before the start /Execute/<slot>/Result       written by the library; has an
 //   "ErrorSymbol" if and only if the command failed
 //
-// The caller knows what the parameters and results mean. Waiting for a command blocks the calling thread without a time
-// limit. A command may be executed again.
+// The meaning of the parameters and results is the caller's concern. Waiting for a command blocks the calling thread
+// without a time limit. A command may be executed again.
 #pragma once
 
 #include <cstdint>

@@ -85,7 +85,7 @@ void QCustomTipLabel::reuseTip(const QString &text) {
 }
 
 void QCustomTipLabel::setTipRect(QWidget *newWidget, const QRect &newRect) {
-    // Intentionally tests the stored rectangle, not the new one.
+    // This intentionally tests the stored rectangle, not the new one.
     if (!rect.isNull() && newWidget == nullptr) {
         qWarning("QCustomToolTip::setTipRect: Cannot pass null widget if rect is set");
         return;

@@ -43,7 +43,7 @@ public:
 
     static QPalette palette();
 
-    // Applies to the existing tip and to all later ones.
+    // Sets the palette of the existing tip and of all later tips.
     static void setPalette(const QPalette &palette);
 
     static QFont font();

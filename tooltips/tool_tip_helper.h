@@ -33,7 +33,7 @@ public:
     // Gives the object a tip with this text until the object is destroyed. Registering an object again has no effect.
     void registerObject(QObject *object, const QString &text);
 
-    // While disabled, tool-tip events are still consumed but no tip is shown. Initially enabled.
+    // While disabled, tool-tip events are still consumed but no tip is shown. The helper is enabled at first.
     void setEnabled(bool enable);
 
     bool eventFilter(QObject *object, QEvent *event) override;

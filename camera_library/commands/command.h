@@ -10,10 +10,11 @@
 
 namespace lmlib64 {
 
-// Thrown by a command that cannot do what it is asked to do; becomes "ErrorSymbol" and "ErrorText".
+// A command throws this if it cannot do its work. The members become "ErrorSymbol" and "ErrorText" in the slot's
+// "Result".
 struct CommandFailure {
     std::string symbol;  // short identifier, such as "InvalidParameter"
-    std::string text;    // one sentence for the user: which parameter, its value, what is allowed
+    std::string text;    // one sentence for the user, with the parameter, its value and the allowed values
 };
 
 // Takes a copy of "Parameters" (null if the slot has none) and returns the node that becomes "Result".

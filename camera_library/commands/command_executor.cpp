@@ -61,7 +61,7 @@ void CommandExecutor::work() {
     }
 }
 
-// Sets the run's result to what the command returns, or to a description of its failure.
+// Sets the run's result to the command's result, or to a description of the command's failure.
 void CommandExecutor::execute(Run &run) const {
     const auto fail = [&run](std::string symbol, std::string text) {
         run.result.mapped() = failureResult(run.command, std::move(symbol), std::move(text));

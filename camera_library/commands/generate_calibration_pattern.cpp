@@ -15,7 +15,7 @@
 
 namespace lmlib64 {
 
-// Called through the command table, which declares it.
+// The command table declares and calls this function.
 Node generateCalibrationPattern(const Node &parameters);
 
 namespace {

@@ -31,7 +31,7 @@ NodeArray listCalTabs() {
 
 }  // namespace
 
-// Returns what the library knows about calibration boards. If the boolean "ListCalTabs" is true, the result has the
+// Returns the library's information about calibration boards. If the boolean "ListCalTabs" is true, the result has the
 // array "CalTabs" with the "Name", "Type", "GridSpacing" and "Thickness" of every ready-made board.
 Node getModelInfo(const Node &parameters) {
     NodeObject result;

@@ -1,6 +1,6 @@
 // Reads values from a command's parameter object and checks them. A parameter that is absent gives an empty optional. A
 // parameter that is not allowed throws CommandFailure with the symbol "InvalidParameter" and one sentence that names
-// the parameter, its value and what is allowed.
+// the parameter, its value and the allowed values.
 #pragma once
 
 #include <array>

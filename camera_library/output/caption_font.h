@@ -37,7 +37,7 @@ std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character);
 
 constexpr int glyphUnitsPerSize = 2048;
 
-// The TrueType file.
+// The content of the TrueType file.
 std::string_view captionFontFile();
 
 }  // namespace lmlib64

@@ -17,7 +17,7 @@ namespace lmlib64 {
 struct FileFormat {
     std::string_view ending;                                    // in lower case, with its dot
     std::string (*wholeFile)(const PatternDocument &document);  // all patterns in one file
-    // One page in one file. A document of several pages gets numbered files.
+    // Writes one page in one file; a document of several pages gets numbered files.
     std::string (*pageFile)(const PrintedPage &page, const PatternDocument &document);
 };
 

@@ -7,8 +7,8 @@
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in parts of a unit, so many that the area of a pixel is 2^31. A pixel that is enclosed twice
-// therefore has the area 0 in 32-bit arithmetic, as the even-odd rule requires.
+// Heights are counted in parts of a unit. The number of parts is chosen so that the area of a pixel is 2^31. In 32-bit
+// arithmetic, a pixel that is enclosed twice therefore has the area 0, as the even-odd rule requires.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
 constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
@@ -38,7 +38,8 @@ Edge edgeBetween(const PixelPoint &top, const PixelPoint &bottom) {
     return edge;
 }
 
-// Consecutive edges that all go down or all go up in their outline, in order from top to bottom.
+// A chain consists of consecutive edges of an outline that all go down or all go up. It has them in order from top to
+// bottom.
 class Chain {
 public:
     Chain(const Edge *firstEdge, const Edge *endEdge, bool goesDown)

@@ -25,7 +25,7 @@ struct Paper {
     PageSize size;     // a named paper is in portrait here and may be turned
 };
 
-// The parameters of the command that determine how a file is drawn. Those that are not given are empty.
+// The parameters of the command that determine how a file is drawn. A parameter that is not given is empty.
 struct DrawingOptions {
     std::optional<int> resolution;  // of pictures, in dots per inch
     // The length in mm, along x and y, that the printer gives to 1 mm of the file. All lengths are drawn divided by it.

@@ -16,7 +16,7 @@ namespace {
 
 constexpr double pointsPerMm = 72.0 / 25.4;
 
-// The drawing operators of a page, in millimetres, x to the right and y down.
+// Collects the drawing operators of a page. Lengths are in millimetres; x runs to the right and y down.
 class Contents {
 public:
     explicit Contents(double pageHeightMm) {

@@ -27,7 +27,8 @@ std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rec
     return edges;
 }
 
-// Sorts values that usually consist of two sorted runs: those of the squares of a row and those of the marks in them.
+// Sorts values that usually consist of two sorted runs: first the edges of a row's squares, then the edges of their
+// marks.
 void sortRuns(std::vector<std::int32_t> &values) {
     const auto secondRun = std::is_sorted_until(values.begin(), values.end());
     if (!std::is_sorted(secondRun, values.end())) {
@@ -87,7 +88,7 @@ public:
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // Gives these greys to all rows from where the last call ended down to y (in 1/256 pixel).
+    // Gives these greys to all rows between the end of the last call and y, in 1/256 pixel.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;

@@ -12,7 +12,7 @@
 
 namespace lmlib64 {
 
-// Every sheet extends beyond its cuts by this length, so that two neighbours overlap by twice as much.
+// Every sheet extends beyond its cuts by this length, so that two neighbours overlap by twice this length.
 constexpr double sheetOverlap = 6.0;
 
 struct SheetPlan {

@@ -9,7 +9,7 @@
 
 namespace lmlib64 {
 
-// In the order in which texts and files list them.
+// The parameters, in the order in which texts and files list them.
 enum class PatternParameter { Type, GridSize, AssemblyPattern, GridSpacing, Thickness, Offset, Polarity, Encoding };
 
 // The name of the parameter in a command's parameters and in the pattern file.

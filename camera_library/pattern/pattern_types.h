@@ -15,11 +15,11 @@ struct CodeCells;
 struct PatternDescription;
 struct PatternGeometry;
 
-// What carries a pattern's code: a part of the position code's plane, one of its tiles, or a plate's dots.
+// The carrier of a pattern's code: a part of the position code's plane, one of its tiles, or a plate's dots.
 enum class CodeCarrier { Plane, Tile, Plate };
 
-// How the parameter "Type" selects the type: it is the type's own name, it names a board of the catalogue, or it is
-// absent.
+// The way in which the parameter "Type" selects a type of pattern: "Type" is the type's own name, it names a board of
+// the catalogue, or it is absent.
 enum class SelectedBy { Name, CatalogueBoard, NoType };
 
 struct PatternType {

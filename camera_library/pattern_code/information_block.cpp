@@ -73,7 +73,7 @@ constexpr Syndromes bitSyndromes = makeBitSyndromes();
 
 using Polynomial = std::array<std::uint8_t, 5>;
 
-// The product of x - root over the roots of syndromeOf, highest power first.
+// The product of (x - root) for all roots of syndromeOf. Its coefficients begin with that of the highest power.
 constexpr Polynomial makeGenerator() {
     Polynomial product{1};
     std::uint8_t root = 1;
@@ -134,7 +134,7 @@ public:
         return row.syndrome;
     }
 
-    // The unknown bits to flip for a syndrome without a remainder.
+    // The unknown bits that must be flipped to explain a syndrome that leaves no remainder.
     [[nodiscard]] std::uint64_t solution(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);

@@ -10,7 +10,7 @@ namespace lmlib64 {
 // local 8-bit encoding. Empty if the system does not tell.
 std::string libraryFile();
 
-// The ending of a program's file name.
+// The ending of a program's file name: ".exe" on Windows, otherwise empty.
 extern const std::string_view programFileEnding;
 
 }  // namespace lmlib64

@@ -1,4 +1,4 @@
-// Lets the library start anew in a child process made by fork(). Each system has its own source file.
+// Lets the library start with a new tree in a child process made by fork(). Each system has its own source file.
 #pragma once
 
 namespace lmlib64 {

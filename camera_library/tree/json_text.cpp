@@ -162,7 +162,7 @@ void appendNode(std::string &text, const Node &node, const JsonFormat &format, s
     }
 }
 
-// A number as its significant digits, without trailing zeros, and the power of ten of the first digit.
+// A decimal number: its significant digits without trailing zeros, and the power of ten of its first digit.
 struct Decimal {
     std::string digits;
     int exponent = 0;
