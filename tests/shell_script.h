@@ -1,4 +1,4 @@
-// Shell scripts that replace other programs, and the files that they write.
+// Writes shell scripts that replace other programs, and reads the files that the scripts write.
 #pragma once
 
 #include <QFile>

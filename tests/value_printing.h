@@ -1,4 +1,4 @@
-// How a failed comparison prints the toolkit's values: GoogleTest finds these by the values' types.
+// Prints the toolkit's values when a comparison fails. GoogleTest finds these functions by the types of the values.
 #pragma once
 
 #include <QPoint>

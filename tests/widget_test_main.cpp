@@ -1,4 +1,4 @@
-// Runs the tests of one executable within an application, as widgets need it.
+// Runs the tests of one executable with an application object, because widgets need one.
 #include <gtest/gtest.h>
 
 #include <QApplication>

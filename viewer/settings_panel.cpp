@@ -64,8 +64,8 @@ SettingsPanel::SettingsPanel(QWidget *parent)
     gridSpacing->setSpecialValueText(tr("as printed"));
     boardSquare->setSpecialValueText(tr("Square?"));
     arrangement->setToolTip(tr("How the photographs belong together.") + link("arrangement"));
-    lens->setToolTip(tr("The lens model. The best one is the one that best predicts photographs from which it was not "
-                        "computed.") +
+    lens->setToolTip(tr("The lens model. LmView can choose the one that best predicts photographs left out of its "
+                        "computation.") +
                      link("lens"));
     gridSpacing->setToolTip(tr("Twice the side of a square. Only Flexible patterns do not encode it.") +
                             link("prints"));

@@ -56,7 +56,7 @@ TEST_F(LogMessageHandlerTest, writesEachRecordAtOnce) {
     const struct {
         QtMsgType type;
         std::string text;     // in UTF-8
-        std::string written;  // before the context; empty for no record
+        std::string written;  // the text before the context; empty if nothing is written
     } rows[] = {{QtDebugMsg, "a", ""},
                 {QtInfoMsg, "a", ""},
                 {QtCriticalMsg, "a", "Critical: a"},
@@ -72,7 +72,8 @@ TEST_F(LogMessageHandlerTest, writesEachRecordAtOnce) {
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
     for (const auto &row : rows) {
         const auto writes = writesToStandardError([&] {
-            // Called as the toolkit does, which also allows types that no logging function sends.
+            // The handler is called directly, as the toolkit calls it, so that types can be tested that no logging
+            // function sends.
             handler(row.type, QMessageLogContext("f.cpp", 7, "g", "default"), QString::fromStdString(row.text));
         });
         EXPECT_EQ(writes, row.written.empty() ? Writes() : Writes{row.written + " (f.cpp:7, g)\n\n"});

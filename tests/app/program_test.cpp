@@ -29,7 +29,7 @@ void runStartupHook() {
 }
 Q_COREAPP_STARTUP_FUNCTION(runStartupHook)
 
-// A widget without a tip refuses the event if no event filter of the application consumes it.
+// True if an event filter of the application consumes tool tip events. A widget without a tip would refuse them.
 bool toolTipsAreTakenAway() {
     QWidget widget;
     QHelpEvent event(QEvent::ToolTip, QPoint(), QPoint());
@@ -81,7 +81,7 @@ TEST(Program, goesFromItsFirstMessageToTheLoopsResultInOrder) {
     EXPECT_NE(written.find("Warning: early (:0, )\n\n"), std::string::npos) << written;
     EXPECT_EQ(written.find("left out"), std::string::npos);
 
-    // The picture is drawn before the tool tips ask for the manual, which they do once.
+    // The picture is drawn first. Then the tool tips ask for the manual, once.
     const std::string askForManual = "lmLibGetString /Path/Manual [no result]";
     const std::vector<std::string> calls = scripted_lmlib64::callLines();
     ASSERT_GE(calls.size(), 3U);

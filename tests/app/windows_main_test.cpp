@@ -1,4 +1,4 @@
-// The Windows entry point on any platform, with replacements for the functions of Windows.
+// Tests the Windows entry point on any platform. The functions of Windows are replaced.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -20,7 +20,7 @@ std::wstring price = L"1 \u20AC";
 std::wstring option = L"--style";
 std::array<wchar_t *, 3> splitArguments{programName.data(), price.data(), option.data()};
 bool splitFails = false;
-// What the entry point did, in order.
+// The entry point's actions, in order.
 std::vector<std::string> actions;
 
 }  // namespace

@@ -1,5 +1,5 @@
-// A client in plain C99, which includes the header first and so shows that the header needs no other. It exits without
-// lmLibFinalize.
+// A client in plain C99. It includes the library's header first, which shows that the header needs no other. It exits
+// without lmLibFinalize.
 #include "camera_library/lmlib64.h"
 
 int main(void) {

@@ -1,4 +1,4 @@
-// The captions' font: how it encodes texts, and which widths it gives its characters.
+// Tests the font of the captions: how it encodes texts and how wide its characters are.
 #include "camera_library/output/caption_font.h"
 
 #include <gtest/gtest.h>

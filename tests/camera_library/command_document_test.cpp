@@ -1,4 +1,5 @@
-// docs/commands.md against the parser: it documents exactly the parameters that the parser allows, with its ranges.
+// Compares docs/commands.md with the parser: the document must have exactly the parameters that the parser allows, with
+// the parser's ranges.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -32,7 +33,7 @@ Names namesIn(const std::string &text, const char *pattern) {
     return names;
 }
 
-// The part of the document from a heading to the next, whose tables have a parameter's name first in each row.
+// The part of the document from a heading to the next one. Each row of its tables begins with a parameter's name.
 std::string section(const std::string &heading) {
     const std::string text = document();
     const std::size_t begin = text.find("\n" + heading + "\n");
@@ -40,7 +41,7 @@ std::string section(const std::string &heading) {
     return text.substr(begin, text.find("\n#", begin + heading.size()) - begin);
 }
 
-// What the parser says it allows when it is given a parameter that nothing has.
+// The names that the parser lists as allowed when it refuses a parameter that does not exist.
 Names allowed(const std::string &parameters) {
     const std::string text = outcomeOf(lmlib64::nodeFromJson(parameters));
     return namesIn(text.substr(std::min(text.size(), text.find("allowed are"))), "\"([A-Za-z]+)\"");

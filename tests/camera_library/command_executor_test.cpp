@@ -24,7 +24,7 @@ using lmlib64::Node;
 using lmlib64::NodeObject;
 using lmlib64::Tree;
 
-// How the commands of this test report that they run, and what they wait for.
+// The command "Wait" of this test counts `begun` up when it begins, and then waits until the gate is open.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
 std::string order;  // written by commands, one at a time; read when they have finished
@@ -184,7 +184,7 @@ TEST_F(Executor, dropsTheResultOfASlotThatWentAway) {
         }
         remove();
         EXPECT_EQ(waiting.get(), LmLibResultItemInexistent);
-        // A new slot with the same name, while the old command still runs.
+        // A new slot gets the same name while the old command still runs.
         tree.write("/Execute/s/Parameters/Name", "new");
         EXPECT_EQ(executor.start("s", "Echo"), LmLibResultOperationSucceeded);
         EXPECT_EQ(json("/Execute/s/Command"), "\"Echo\"");

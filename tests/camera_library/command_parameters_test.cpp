@@ -1,4 +1,4 @@
-// What the pattern command accepts, and how it refuses the rest.
+// Tests which parameters the pattern command accepts, and how it refuses others.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -20,7 +20,7 @@ std::string repeated(const std::string &element, int count) {
 
 struct Refusal {
     std::string parameters;
-    std::vector<std::string> named;  // what the text has to name: parameter, value, what is allowed
+    std::vector<std::string> named;  // what the error text must contain: the parameter, the value, what is allowed
 };
 
 std::string onePattern(const std::string &pattern) {
@@ -135,7 +135,7 @@ TEST(PatternParameters, writesNothingWhenAnyParameterIsRefused) {
     std::get<NodeObject>(tooManyPixels.value)["Filename"] = folder.file("pattern.png");
     const std::string complaint = outcomeOf(tooManyPixels);
     EXPECT_EQ(complaint.rfind("PatternTooLarge: ", 0), 0U) << complaint;
-    EXPECT_NE(complaint.find("79370"), std::string::npos) << complaint;  // of A3 at this resolution
+    EXPECT_NE(complaint.find("79370"), std::string::npos) << complaint;  // the height of A3 in pixels
     for (const char *name : {"pattern", "pattern.xyz", "pattern.pdf.bak", "pdf", ""}) {
         const std::string outcome = save(single, *name == '\0' ? "" : folder.file(name));
         EXPECT_NE(outcome.find(fileEndings()), std::string::npos) << outcome;

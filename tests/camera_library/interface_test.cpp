@@ -1,4 +1,4 @@
-// The rules of lmlib64.h, seen through the interface of the library itself.
+// Tests the rules that lmlib64.h states, by calling the library's C functions.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ public:
     ~Interface() override { lmLibFinalize(nullptr); }
 
 protected:
-    // The node as JSON, or the code if it cannot be read.
+    // The node as JSON, or the result code if the node cannot be read.
     std::string json(const std::string &path) {
         const char *text = lmLibGetJson(&result, path.c_str(), 0, 0, 0);
         return text == nullptr ? "code " + std::to_string(result) : text;
@@ -317,7 +317,7 @@ TEST_F(Interface, keepsTheNewestLinesOfTheDebugLog) {
     EXPECT_EQ(result, LmLibResultNoDebugData);
     lmLibWriteDebugMessage(&result, std::string(65536, 'x').c_str());
     EXPECT_EQ(result, LmLibResultDebugMessageOverflow);
-    // More than three times what is kept.
+    // Writes more than three times as much as the buffer keeps.
     std::string written;
     for (int i = 0; i < 20000; ++i) {
         const std::string line = "line " + std::to_string(i);
@@ -360,7 +360,8 @@ TEST_F(Interface, listsThePlatesOfTheCatalogue) {
         const double spacing = lmLibGetDouble(&result, (plate + "/GridSpacing").c_str());
         EXPECT_GT(spacing, last);
         last = spacing;
-        // The name begins with the outer size, which is sixteen squares with sides of half the grid spacing.
+        // The name begins with the outer size. Each side is as long as sixteen squares, and a square's side is half the
+        // grid spacing.
         const std::string size = std::to_string(static_cast<int>(16 * spacing / 2)) + " mm";
         const std::string name = lmLibGetString(&result, (plate + "/Name").c_str());
         EXPECT_EQ(name.rfind(std::string(size).append(" x ").append(size), 0), 0U) << name;

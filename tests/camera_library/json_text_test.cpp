@@ -32,7 +32,7 @@ TEST(JsonText, writesNumbersInTheAskedForm) {
         double number;
         int precision;
         const char *plain;
-        const char *scientific;  // null: as plain
+        const char *scientific;  // null if it is the same as plain
     };
     const std::vector<Row> rows{
         {0.0, 0, "0", nullptr},

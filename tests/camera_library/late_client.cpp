@@ -1,5 +1,6 @@
-// A client that uses the library from the destructor of a static object that was made before the first call into the
-// library. By then the main thread's thread-local storage is gone. The exit code is 0 if the library still works.
+// A client that uses the library while its static objects are destroyed. The object whose destructor does that was made
+// before the first call into the library, so the main thread's thread-local storage is gone by then. The exit code is 0
+// if the library still works.
 #include <cstdlib>
 #include <cstring>
 

@@ -1,4 +1,4 @@
-// The library in places other than the one it was built in, loaded and unloaded while the process runs.
+// Tests the library in places other than the one where it was built. It is loaded and unloaded while the process runs.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>

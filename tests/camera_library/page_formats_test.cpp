@@ -1,5 +1,6 @@
-// The formats with one page per file, rendered or read by other programs and compared with the page of the PDF, which
-// other tests compare with the preview and with the stated sizes.
+// Tests the formats with one page per file. SVG and DXF files are rendered or read by other programs, PNG files by
+// OpenCV, and the result is compared with the page of the PDF. Other tests compare the PDF with the preview and with
+// the stated sizes.
 #include <zlib.h>
 
 #include <algorithm>
@@ -44,7 +45,7 @@ protected:
         return cv::imread(folder.file("svg.png"), cv::IMREAD_GRAYSCALE);
     }
 
-    // The pattern's part of an A4 page with its quiet zone, in whole pixels.
+    // The part of an A4 page that the pattern and its quiet zone cover, in whole pixels.
     cv::Rect patternOnA4() const {
         const auto half = [this](std::size_t i) {
             return cvFloor((first()["OuterSize"][i].get<double>() / 2 + first()["QuietZone"].get<double>()) *
@@ -54,8 +55,8 @@ protected:
     }
 };
 
-// The greatest difference of two pictures after blocks of 6 x 6 pixels have been averaged, so that the programs' ways
-// of drawing edges do not count. The pictures' sizes may differ by a pixel.
+// The greatest difference of two pictures whose blocks of 6 x 6 pixels have been averaged, because programs draw edges
+// in different ways. The pictures' sizes may differ by a pixel.
 double difference(const cv::Mat &picture, const cv::Mat &expected) {
     EXPECT_NEAR(picture.cols, expected.cols, 1);
     EXPECT_NEAR(picture.rows, expected.rows, 1);
@@ -68,7 +69,7 @@ double difference(const cv::Mat &picture, const cv::Mat &expected) {
     return cv::norm(a, b, cv::NORM_INF);
 }
 
-// Squares and rings, dark and light, on places that are whole pixels at 254 dots per inch.
+// A checkerboard and plates, one of them with dark and light exchanged.
 const std::vector<std::string> samples{single, plate, plateWithOffset};
 
 TEST_F(PageFormats, svgDrawsThePageOfThePdf) {
@@ -80,7 +81,7 @@ TEST_F(PageFormats, svgDrawsThePageOfThePdf) {
         const cv::Mat printed = renderPage(pdf, 1, resolution);
         EXPECT_LT(difference(page(patternOnA4()), printed(patternOnA4())), 25.0) << pattern;
         EXPECT_LT(difference(page, printed), 60.0) << pattern;  // letters are spaced differently
-        // No text of a pattern has characters that XML escapes.
+        // No text of a pattern has characters that must be escaped in XML.
         const std::string json = outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'");
         EXPECT_NE(text.find("<metadata id=\"pattern.json\">\n" + json + "</metadata>"), std::string::npos) << pattern;
         EXPECT_EQ(text.find("<path", text.find("<path id=\"check-bars\"") + 1), std::string::npos);
@@ -134,7 +135,7 @@ struct DxfShapes {
 };
 
 std::map<std::string, DxfShapes> readDxf(const std::string &file) {
-    // The system's own interpreter, which sees the system's packages.
+    // Only the system's own interpreter finds the system's packages.
     std::istringstream lines(outputOf("/usr/bin/python3 '" DXF_SHAPES "' '" + file + "'"));
     std::map<std::string, DxfShapes> layers;
     std::string kind;
@@ -214,7 +215,7 @@ TEST_F(PageFormats, dxfHasTheShapesOfThePdfOnLayers) {
     }
 }
 
-// The picture as a printer prints it that makes everything longer by this scale.
+// The picture as printed by a printer that multiplies all lengths by these scales.
 cv::Mat printed(const cv::Mat &picture, double scaleX, double scaleY) {
     const cv::Point2d middle(picture.cols / 2.0 - 0.5, picture.rows / 2.0 - 0.5);
     const cv::Matx23d stretch(scaleX, 0, middle.x * (1 - scaleX), 0, scaleY, middle.y * (1 - scaleY));

@@ -1,4 +1,4 @@
-// A printed page: its size, and what it contains besides the pattern: check bars, their labels and the caption.
+// Tests the layout of a printed page: its size, and the check bars, their labels and the caption.
 #include "camera_library/output/page_layout.h"
 
 #include <gtest/gtest.h>
@@ -82,8 +82,8 @@ TEST(PageLayout, takesTheSmallestPageThatHoldsThePattern) {
         double spacing;
         double width, height;
     };
-    // A page must be as wide as the pattern with its quiet zone + 10 mm, and as high as that + 10 mm + two strips of
-    // 10.5 mm, because the pattern is centred.
+    // A page needs the width of the pattern with its quiet zone plus 10 mm. It needs the height plus 10 mm and two
+    // strips of 10.5 mm, because the pattern is centred.
     const Case cases[]{
         {15, 15, 22.2, 210, 297}, {15, 15, 22.3, 297, 420}, {29, 15, 16, 297, 210}, {29, 15, 24, 420, 297},
         {15, 15, 45, 420, 594},   {29, 15, 35, 594, 420},   {15, 15, 64, 594, 841}, {29, 15, 50, 841, 594},
@@ -97,7 +97,8 @@ TEST(PageLayout, takesTheSmallestPageThatHoldsThePattern) {
         EXPECT_EQ(layout->area.height, test.height) << test.columns << " x " << test.rows << " at " << test.spacing;
     }
     EXPECT_FALSE(layOutPage(checkerboard({15, 15}, 700, true)));
-    // A printer that shrinks pages needs a larger drawing, and one that enlarges them does not get a smaller paper.
+    // A printer that shrinks pages needs a larger drawing and may need larger paper. A printer that enlarges them still
+    // gets the same paper.
     const PatternGeometry fitting = checkerboard({15, 15}, 22.2, true);
     EXPECT_EQ(layOutPage(fitting, {0.99, 1.0})->paper.width, 297);
     EXPECT_EQ(layOutPage(fitting, {1.02, 1.02})->paper.width, 210);
@@ -173,7 +174,7 @@ std::vector<Word> wordsOf(const std::string &pdf) {
 TEST_F(PrintedLayout, centresItsCaptionWithinTheMarginsAndLabelsBothBars) {
     struct Case {
         const char *pattern;
-        bool isShrunk;  // because it is longer than the page is wide
+        bool isShrunk;  // true if the caption is too long for the width of the page
     };
     for (const Case &test :
          {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", false},

@@ -1,4 +1,4 @@
-// The files that the pattern command writes, as documents: their properties, contents and size.
+// Tests the files that the pattern command writes as documents: their properties, contents and size.
 #include "camera_library/output/caption_font.h"
 #include "tests/camera_library/saved_pattern.h"
 
@@ -78,7 +78,7 @@ TEST_F(PatternFile, attachesWhatTheJsonFileHolds) {
     EXPECT_EQ(readBytes(folder.file("again.pdf")), readBytes(pdf));
 }
 
-// Lengths that a client has rounded to hundredths of a millimetre are taken as the whole steps that the code holds.
+// A client may round lengths to hundredths of a millimetre. They are then taken as the whole steps that the code holds.
 TEST_F(PatternFile, listsWhatTheCodeHolds) {
     const struct {
         const char *pattern;

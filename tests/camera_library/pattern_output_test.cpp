@@ -1,4 +1,4 @@
-// What the pattern command prints and previews, rendered by another program and measured.
+// Measures what the pattern command prints and previews. Another program renders the printed pages.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -64,8 +64,8 @@ double edgePosition(const cv::Mat &image, int across, int reach, bool isAlongX) 
     return grey(middle - reach) > 127 ? middle - reach + light : middle + reach - light;
 }
 
-// A checkerboard's corner near the image's middle, from the four edges that meet there, each measured between the
-// corner and the marks.
+// The place of a checkerboard's corner near the image's middle, computed from the four edges that meet there. Each edge
+// is measured between the corner and the marks.
 cv::Point2d measuredCorner(const cv::Mat &image, double side) {
     const int reach = cvRound(side * 0.4);
     const int step = cvRound(side / 4.0);

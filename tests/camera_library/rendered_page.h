@@ -1,4 +1,4 @@
-// A page of a PDF as another program renders it.
+// Renders a page of a PDF with another program.
 #pragma once
 
 #include <cstdio>
@@ -8,7 +8,7 @@
 
 #include "tests/camera_library/temporary_folder.h"
 
-// What the command writes to its output. Throws if the command fails.
+// Returns what the command writes to its output. Throws if the command fails.
 inline std::string outputOf(const std::string &command) {
     FILE *pipe = popen((command + " 2>&1").c_str(), "r");
     if (pipe == nullptr) {
@@ -24,7 +24,7 @@ inline std::string outputOf(const std::string &command) {
     return output;
 }
 
-// The page, counted from 1, as 8-bit grey. A crop is a rectangle in pixels of the whole page.
+// Returns a page in 8-bit grey. Pages count from 1. The crop is a rectangle in pixels of the whole page.
 inline cv::Mat renderPage(const std::string &pdf, int page, double dotsPerInch, cv::Rect crop = {}) {
     const TemporaryFolder folder;
     std::string command = "pdftoppm -gray -singlefile -r " + std::to_string(dotsPerInch) + " -f " +

@@ -35,7 +35,7 @@ inline const std::string catalogueInverted = R"({"Type": "Plate3", "Polarity": f
 inline const std::vector<std::string> allTypes{catalogue, catalogueInverted, single,         singleInverted,
                                                flexible,  flexibleInverted,  assembly,       assemblyInverted,
                                                plate,     plateInverted,     plateWithOffset};
-inline const std::set<std::string> withoutCode{plateInverted};  // all others carry one
+inline const std::set<std::string> withoutCode{plateInverted};  // all others have a code
 
 class SavedPattern : public testing::Test {
 protected:

@@ -1,4 +1,5 @@
-// Patterns that are split over sheets: the rendered sheets are put together at the cuts and compared with the whole.
+// Tests patterns that are split over sheets. The rendered sheets are put together at the cuts and compared with the
+// picture of the whole pattern.
 #include "camera_library/output/sheets.h"
 
 #include <cmath>
@@ -39,8 +40,8 @@ protected:
     static int lengthY(const SheetPlan &plan) { return pixels(plan.cutsY.back() - plan.cutsY.front()); }
     static int pixels(double mm) { return cvRound(mm * pixelsPerMm); }
 
-    // Lays each sheet onto the earlier ones, cut at the cuts on its left and above it. What it is laid onto must look
-    // the same. `page` returns the picture of a page, where 0 is the plan.
+    // Lays each sheet onto the earlier ones, cut off at the cuts on its left and above it. The parts that it covers
+    // must look the same as the sheet. `page` returns the picture of a page; page 0 is the plan.
     template <typename PageOf>
     static cv::Mat putTogether(const SheetPlan &plan, PageOf pageOf) {
         cv::Mat board(lengthY(plan), lengthX(plan), CV_8U, cv::Scalar(255));
@@ -67,7 +68,7 @@ protected:
         return board;
     }
 
-    // Above and below the printed part, and beside it, there are marks at the cuts and nothing else within 1.9 mm.
+    // Expects marks at the cuts, and nothing else, within 1.9 mm above, below and beside the printed part.
     static void expectMarks(const cv::Mat &page, const SheetPlan &plan, std::size_t column, std::size_t row,
                             cv::Rect onPage) {
         const int gap = 19;
@@ -129,11 +130,11 @@ TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
     const cv::Mat board = putTogether(plan, [&](int number) { return renderPage(file, number + 1, resolution); });
     cv::Mat difference;
     cv::absdiff(board, expected, difference);
-    // The programs colour edges differently, but no two pixels side by side.
+    // The programs draw edges differently, but nowhere do two neighbouring pixels differ.
     cv::erode(difference > 100, difference, cv::Mat::ones(2, 2, CV_8U));
     EXPECT_EQ(cv::countNonZero(difference), 0);
 
-    // The plan and every sheet say what they are.
+    // The plan and a sheet have texts that say what they are.
     const std::string plannedText = outputOf("pdftotext -l 1 '" + file + "' -");
     EXPECT_NE(plannedText.find("Plan of " + std::to_string(plan.count()) + " sheets"), std::string::npos);
     EXPECT_NE(outputOf("pdftotext -f 3 -l 3 '" + file + "' -").find("sheet 2 of " + std::to_string(plan.count())),
@@ -143,7 +144,8 @@ TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
     EXPECT_EQ(json["Sheets"], true);
 }
 
-// Every plan has sheets that fit, cuts that no square or mark lies on, and no sheet without a part of the pattern.
+// In every plan, the sheets fit onto the paper, no cut goes through a square or a mark, and every sheet has a part of
+// the pattern.
 TEST(SheetPlan, fitsEveryPaper) {
     for (const double spacing : {5.0, 23.7, 60.0, 140.0}) {
         for (const PatternGeometry &geometry : {checkerboard({91, 20}, spacing, true),

@@ -1,4 +1,4 @@
-// From hovering a field to the page of the manual, with the real program in a real window.
+// Tests the way from a field's tool tip to a page of the manual, with the real program in a real window.
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -14,7 +14,7 @@ namespace {
 
 const QString buildTree = LMCALTAB_BUILD_TREE;
 
-// The middle of what is painted in the colour of the link.
+// The middle of the area that is painted in the link's colour; -1, -1 if there is none.
 QPoint linkIn(const QImage &tip) {
     QRect link;
     for (int y = 0; y < tip.height(); ++y) {

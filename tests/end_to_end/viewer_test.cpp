@@ -1,4 +1,4 @@
-// From the button in LmCalTab to the file of an assembly, with the real programs in real windows.
+// Tests the way from the button in LmCalTab to the file of an assembly, with the real programs in real windows.
 #include <QApplication>
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
-// Random clicks, keys and window sizes on a real desktop, from a fixed seed. The program must always respond in time,
-// write files only to the expected folders, and still work at the end.
+// Uses the program on a real desktop with random clicks, keys and window sizes, from a fixed seed. The program must
+// always respond in time, write files only to the expected folders, and still work at the end.
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -64,7 +64,7 @@ private:
 bool RandomUseTest::answers() {
     QElapsedTimer timer;
     timer.start();
-    QThread::msleep(30);  // until the input has arrived
+    QThread::msleep(30);  // gives the input time to arrive
     while (!waitsForEvents(program->processId())) {
         if (timer.elapsed() > patienceMs) {
             return false;

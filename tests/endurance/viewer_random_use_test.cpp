@@ -1,5 +1,5 @@
-// Random keys, clicks, window sizes, and pasted files, good and bad, in the viewer with the example open, from a fixed
-// seed. It must always respond in time, write only to its own folder, and end well.
+// Uses the viewer, with the example open, with random keys, clicks, window sizes and pasted files, from a fixed seed.
+// Some of the files are bad. The viewer must always respond in time, write only to its own folder, and end well.
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
@@ -19,7 +19,8 @@
 
 namespace {
 
-// Of processor time, because other programs may keep the machine busy; and of elapsed time, for a program that waits.
+// The first limit is for processor time, because other programs may keep the machine busy. The second is for elapsed
+// time, in case the viewer waits for something.
 constexpr int patienceMs = 5000;
 constexpr int longPatienceMs = 60000;
 
@@ -29,7 +30,7 @@ void write(const QString &path, const QByteArray &content) {
     file.write(content);
 }
 
-// Files as users drop them: good photographs, a folder of them, and everything that is none.
+// Makes the files to paste: good photographs, a folder of them, and many things that are not good photographs.
 QStringList filesToPaste(const QDir &folder) {
     const QString good = QStringLiteral(VIEWER_EXAMPLE "/photograph-01.jpg");
     QFile photograph(good);
@@ -93,7 +94,8 @@ bool ViewerRandomUseTest::answers(const QProcess &program) {
         QFile file(process + name);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
-    // Of the main thread: user and system time, in hundredths of a second, behind the name in brackets.
+    // The processor time of the main thread. The file has the user and system time in hundredths of a second, after the
+    // program's name in brackets.
     const auto processorMs = [&] {
         const QByteArray stat = contentOf("task/" + QString::number(program.processId()) + "/stat");
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
@@ -120,7 +122,7 @@ bool ViewerRandomUseTest::answers(const QProcess &program) {
 
 void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
     if (windows(program).size() > 1 && activeWindow() != window) {
-        desktop.press({"Escape"});  // never a name in a file dialog, which could lead to any folder
+        desktop.press({"Escape"});  // a name in a file dialog could lead to any folder, so none is typed
         return;
     }
     const QStringList keys{"Tab",   "shift+Tab", "Up",     "Down",   "Left", "Right",  "space",      "plus",
@@ -140,7 +142,7 @@ void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
     }
 }
 
-// Pasting and dropping lead to the same function of the window.
+// Files are only pasted, because pasting and dropping lead to the same function of the window.
 void ViewerRandomUseTest::paste() {
     QList<QUrl> urls;
     for (int count = 1 + below(3); count > 0; --count) {

@@ -1,5 +1,5 @@
-// A record, made by strace, of everything that a program and its children do to files, anywhere. Kept only in builds
-// that define WRITES_ARE_RECORDED, and where strace may trace.
+// Records with strace everything that a program and its children do to files, anywhere. There is a record only in
+// builds that define WRITES_ARE_RECORDED, and only where strace is allowed to trace.
 #pragma once
 
 #include <QDir>
@@ -20,8 +20,8 @@ public:
         }
     }
 
-    // The command that starts the program with a record. With strace's option -D, the started process becomes the
-    // program, not the tracer.
+    // The command that starts the program and records its writes. With strace's option -D, the started process becomes
+    // the program, not the tracer.
     QStringList commandFor(const QString &program) const {
         const QString calls =
             "open,openat,creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"

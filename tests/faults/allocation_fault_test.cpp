@@ -18,7 +18,7 @@ using failing_allocation::Failing;
 using failing_allocation::Pause;
 
 // Repeats a session and lets its n-th allocation fail, for n from 1 to the number of its allocations. A session makes
-// library calls, allocates nothing itself except during a Pause, and returns what was wrong; empty if nothing was.
+// library calls, and returns what was wrong; empty if nothing was. Its own code may allocate only during a Pause.
 template <typename Session>
 void sweep(Failing failing, Session session) {
     EXPECT_EQ(session(), "");

@@ -8,8 +8,8 @@ namespace failing_allocation {
 
 enum class Failing { Once, FromThenOn };
 
-// Starts to count the calls of all threads from 1. The call with the given number fails with std::bad_alloc; with
-// FromThenOn all later ones fail too.
+// Starts to count the calls of all threads, from 1. The call with this number fails with std::bad_alloc; with
+// FromThenOn, all later calls fail, too.
 void arm(std::int64_t call, Failing failing);
 
 // Stops failing and counting calls. Returns true if a call has failed.

@@ -1,5 +1,4 @@
-// Inputs that no reasonable client sends: huge texts, very many nodes, invalid UTF-8, and numbers that are infinite or
-// not a number.
+// Tests inputs that no reasonable client sends: huge texts, very many nodes, invalid UTF-8, infinity, and NaN.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,5 +1,5 @@
-// One session with the real window: start, a change on every page, saving, starting the viewer, and a tool tip. The
-// session is repeated once for each of its library calls, and that call fails. Each time the user gets one report, the
+// Plays a session with the real window: start, a change on every page, saving, starting the viewer, and a tool tip. The
+// session is repeated once for each of its library calls, and that call fails. Each time, the user gets one report, the
 // window and the picture stay, and the next action works.
 #include <QApplication>
 #include <QComboBox>
@@ -57,7 +57,7 @@ struct SeenAction {
 };
 
 struct SeenSession {
-    std::vector<SeenAction> actions;  // the last one is a change that follows all others
+    std::vector<SeenAction> actions;  // the last one is a change of a field, made after all others
     // The path and the code of an exception that escaped. The exception itself is not kept, because it would keep its
     // command's slot.
     std::optional<std::pair<std::string, int>> escaped;
@@ -68,7 +68,7 @@ struct SeenSession {
 // Plays one session. If it is cut short, the action in which a call failed is followed only by the last change.
 class Session {
 public:
-    // The given call, counted from 1, fails; 0 for none.
+    // The call with this number fails. Calls count from 1; with 0, none fails.
     Session(std::size_t call, bool cutShort) : failingCall(call), isCutShort(cutShort) {
         QObject::connect(&user, &QTimer::timeout, [this] { closeBox(); });
         user.start(0);
@@ -262,7 +262,7 @@ QString complaintAboutAction(const SeenAction &seen, const SeenAction &clean, co
         return QString("%1 boxes").arg(seen.boxes.size());
     }
     const bool isReported = !seen.boxes.isEmpty() && !isOwnFailure;
-    // The button that is switched off and the one that is switched on each cause a new picture.
+    // This action switches one button off and another one on; each of the two causes a new picture.
     const bool drawsTwice = seen.name == "encode a Halcon offset";
     const bool hasPicture = seen.hasPicture || (isReported && seen.name == "start");
     if (!hasPicture || seen.pictureKept != (clean.pictureKept || (isReported && !drawsTwice))) {

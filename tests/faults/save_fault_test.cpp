@@ -1,5 +1,5 @@
-// Everything that can go wrong with the file when a pattern is saved. Each time the old file stays unchanged to the
-// byte, no other file is left, the command reports the file and the reason, and the next save works.
+// Tests everything that can go wrong with the file when a pattern is saved. Each time, the old file keeps every byte,
+// no other file is left, the command reports the file and the reason, and the next save works.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -21,7 +21,7 @@ namespace {
 // What happens when the new file is complete and is about to replace the old one.
 enum class AtRename { Goes, Fails, FailsOnce, KillsTheProcess };
 AtRename atRename = AtRename::Goes;
-int renamesBefore = 0;  // that go
+int renamesBefore = 0;  // so many renames succeed before that
 
 }  // namespace
 
@@ -163,7 +163,7 @@ TEST_P(SaveFault, keepsPermissionsAndLinks) {
 }
 
 TEST_P(SaveFault, fullDisk) {
-    // A limit of the file's size has the same effect as a full disk; the limit of 0 refuses the first byte.
+    // A limit on the size of files has the same effect as a full disk; the limit of 0 refuses the first byte.
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
     rlimit unlimited{};
     getrlimit(RLIMIT_FSIZE, &unlimited);
@@ -223,7 +223,7 @@ TEST_P(SaveFault, killedBeforeTheRename) {
     EXPECT_EQ(readBytes(target), oldContents);
     EXPECT_EQ(folder.entryCount(), 2U);  // a killed process cannot remove its file
     const std::vector<std::string> others{".lmlib64-notes.tmp", ".lmlib64-7.tmp", ".lmlib64-7-notes.tmp",
-                                          ".lmlib64-1-7.tmp"};  // the last is of a process that still runs
+                                          ".lmlib64-1-7.tmp"};  // the last one belongs to a process that still runs
     for (const std::string &name : others) {
         writeBytes(folder.file(name), name);
     }
@@ -240,7 +240,7 @@ TEST_P(SaveFault, bytesOfAPrivateFileAreNeverInAReadableOne) {
         umask(0);
         const rlimit limit{1, 1};
         setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, [](int) { _exit(3); });  // with one byte written
+        std::signal(SIGXFSZ, [](int) { _exit(3); });  // ends the process after the first byte was written
         save(target);
     });
     ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 3);
@@ -250,7 +250,7 @@ TEST_P(SaveFault, bytesOfAPrivateFileAreNeverInAReadableOne) {
     }
 }
 
-// Three pages in files of their own, of which the first and the last are old ones to be replaced.
+// Saves three pages as three files. The first and the last file exist already and must be replaced.
 TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     const TemporaryFolder folder;
     const std::vector<std::string> files{folder.file("page-00.svg"), folder.file("page-01.svg"),
@@ -267,7 +267,7 @@ TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     writeBytes(files[0], oldContents);
     writeBytes(files[2], oldContents);
     for (int failing = 0; failing < 3; ++failing) {
-        atRename = AtRename::FailsOnce;  // those that bring back the old files go
+        atRename = AtRename::FailsOnce;  // so the renames that bring back the old files succeed
         renamesBefore = failing;
         expectOldFiles(savePages(), files[static_cast<std::size_t>(failing)]);
         EXPECT_EQ(folder.entryCount(), 2U);

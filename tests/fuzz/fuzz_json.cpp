@@ -1,4 +1,5 @@
-// JSON: any text is either refused and changes nothing, or makes a node whose JSON text makes the same node again.
+// Fuzzes JSON texts. Any text is either refused and changes nothing, or makes a node. The node's own JSON text then
+// makes the same node again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

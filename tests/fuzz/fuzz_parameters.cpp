@@ -1,5 +1,5 @@
-// The commands' parameters, as JSON: every command either succeeds or fails with a symbol and a sentence. No file is
-// written, and pictures are small.
+// Fuzzes the parameters of the commands, given as JSON. Every command either succeeds, or fails with a symbol and a
+// sentence. No file is written, and pictures are small.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -16,8 +16,8 @@ namespace {
 using lmlib64::Node;
 using lmlib64::NodeObject;
 
-// Makes pictures small, and puts files below /dev/null, where none can be written; their contents are made all the
-// same.
+// Makes pictures small, and puts files below /dev/null, where no file can be written. The library still makes the
+// contents of the files.
 void tame(Node &parameters) {
     auto *object = std::get_if<NodeObject>(&parameters.value);
     if (object == nullptr) {

@@ -1,5 +1,5 @@
-// Paths: every function that takes a path gets each line of the input as its path. A bad path may only cause a result
-// code, a node that was written can be read back, and the library's own nodes stay.
+// Fuzzes paths. Every function that takes a path gets each line of the input as its path. A bad path may only cause a
+// result code, a node that was written can be read back, and the library's own nodes stay.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

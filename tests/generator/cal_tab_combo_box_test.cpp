@@ -1,4 +1,4 @@
-// The list of official plates, for various catalogues and failures of the library.
+// Tests the list of official plates, with various catalogues and failures of the library.
 #include "generator/cal_tab_combo_box.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ void setCatalogue(const std::string &calTabsJson) {
     scripted_lmlib64::setCommandResult("GetModelInfo", R"({"CalTabs": )" + calTabsJson + "}");
 }
 
-// "text: type gridSpacing thickness" of every item.
+// Returns "text: type gridSpacing thickness" for every item.
 QStringList listed(CalTabComboBox &box) {
     QStringList plates;
     for (int i = 0; i < box.count(); ++i) {

@@ -1,4 +1,4 @@
-// Driving a main window as a user does: reaching its inputs and answering the dialogs it opens.
+// Drives a main window as a user does: sets its inputs and answers the dialogs that it opens.
 #pragma once
 
 #include <QAbstractButton>

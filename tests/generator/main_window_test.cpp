@@ -1,4 +1,4 @@
-// The controller: what starts an update, what an update changes, and what stays unchanged if an update fails.
+// Tests the main window: what starts an update, what an update changes, and what stays unchanged if an update fails.
 #include "generator/main_window.h"
 
 #include <gtest/gtest.h>
@@ -24,8 +24,8 @@ void setPictureOf(int width, int height, unsigned char value) {
     scripted_lmlib64::setImage({width, height, 1, std::vector<std::uint8_t>(size, value)});
 }
 
-// The larger of two ratios: the picture's width to the viewport's, and its height to the viewport's, without the margin
-// of 2 pixels that the view keeps. If it is above 1, the picture does not fit.
+// The picture's width divided by the viewport's, or its height divided by the viewport's, whichever is larger. The
+// margin of 2 pixels that the view keeps does not count. If the result is above 1, the picture does not fit.
 double filling(const MainWindow &window) {
     const auto *view = find<QGraphicsView>(window, "preview");
     const QRectF shown = view->transform().mapRect(view->sceneRect());

@@ -1,4 +1,4 @@
-// How the form's values determine the displays and the library calls of one update.
+// Tests how the form's values determine the displays and the library calls of one update.
 #include <gtest/gtest.h>
 
 #include "generator/main_window.h"
@@ -10,7 +10,7 @@ using driven_window::find;
 
 namespace {
 
-// Inputs by name and what they are set to, in this order.
+// The names of inputs and the values that they are set to, in this order.
 using Inputs = std::vector<std::pair<const char *, double>>;
 
 void set(const MainWindow &window, const Inputs &inputs) {

@@ -1,4 +1,4 @@
-// The calls that the scripted library recorded, and those that an update is expected to make.
+// Reads the calls that the scripted library recorded, and makes the calls that are expected from an update.
 #pragma once
 
 #include <QRegularExpression>

@@ -1,4 +1,4 @@
-// The window with the real library: every page shows a picture, and the saved files can be read back.
+// Tests the window with the real library: every page shows a picture, and the saved files can be read back.
 #include <gtest/gtest.h>
 
 #include <QJsonArray>

@@ -140,8 +140,8 @@ TEST_F(TreeCommandTest, tellsWhetherItHasFinishedAndSucceeded) {
         const char *name;
         std::function<void()> script;
         bool finished, successful;
-        std::int32_t code;          // of a failing query
-        std::int32_t assertedCode;  // what assertSuccessful throws, 0 for nothing
+        std::int32_t code;          // reported by a query that fails; 0 if none does
+        std::int32_t assertedCode;  // thrown by assertSuccessful; 0 if it throws nothing
     } rows[] = {
         {"ended", [] {}, true, true, 0, 0},
         {"running", [] { scripted_lmlib64::setNode("/Execute/1/Command", "\"Measure\""); }, false, true, 0,

@@ -44,7 +44,7 @@ struct Operation {
     std::function<std::string(Item)> run;
 };
 
-// Every operation on a child of /A, the text of the value that it returns, and the only library call that it makes.
+// Returns every operation on a child of /A, with the text of the value that it returns and its only library call.
 std::vector<Operation> operations() {
     const auto none = [](auto operation) {
         return [operation](Item i) {
@@ -192,7 +192,7 @@ TEST(LmLibExceptionTest, writesOneDebugLine) {
                      "lmLibWriteDebugMessage LmLibException  at  [no result]"}));
 }
 
-// The interface's constants are named after their codes.
+// The name of a code is the name of the interface's constant without its prefix.
 TEST(ErrorCodes, haveTheNamesOfTheInterfaceAndNoneBeyond) {
     std::ifstream header(INTERFACE_HEADER);
     const std::string prefix = "LmLibResult";

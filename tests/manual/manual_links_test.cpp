@@ -20,7 +20,7 @@ QString contentsOf(const QString &fileName) {
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-// The values of an attribute, in order.
+// The values of an attribute in a page, in order.
 QStringList valuesOf(const QString &attribute, const QString &html) {
     QStringList values;
     auto match = QRegularExpression("\\s" + attribute + "=\"([^\"]*)\"").globalMatch(html);
@@ -90,7 +90,7 @@ TEST(Manual, isReachedFromItsFirstPageAndStandsAlone) {
             }
         }
     }
-    // The page that the tool tip links to.
+    // The tool tip links to this page.
     EXPECT_TRUE(reached.contains("guides/calibration/patterns.html"));
     QDirIterator files(root.path(), QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {

@@ -31,7 +31,7 @@ root=$work/root
 failures=0
 fail() { echo "FAILED: $*" >&2; failures=1; }
 
-# A new root, with the source tree, read-only, at /source.
+# Makes a new root that has the source tree at /source, read-only.
 new_root() {
   root=$work/$1
   mkdir "$root"
@@ -53,8 +53,8 @@ install() {
   inside apt install -y -q --no-install-recommends "$@" >"$work/log" 2>&1 || { tail -n 30 "$work/log"; return 1; }
 }
 
-# What is on the disk and which packages are known, except what apt and dpkg write about themselves, and the copy of a
-# list of groups that Debian's dbus leaves behind.
+# Lists the files on the disk and the known packages. It leaves out what apt and dpkg write about themselves, and the
+# copy of a list of groups that Debian's dbus leaves behind.
 list_files() {
   (cd "$root" && find . -xdev \( -path ./var/lib/dpkg -o -path ./var/lib/apt -o -path ./var/cache/apt \
     -o -path ./var/log -o -path ./run -o -path ./tmp -o -path ./source -o -path ./etc/gshadow- \) -prune -o -print |
@@ -68,7 +68,7 @@ start_screen() {
   read -r number <&3
   export DISPLAY=:$number
 }
-# shows_window TITLE PROGRAM: the installed program shows a window with this title and ends when it is asked to.
+# shows_window TITLE PROGRAM: checks that the installed program shows a window with this title, and ends on request.
 shows_window() {
   local program window
   "${enter[@]}" "$2" >"$work/window.log" 2>&1 &
@@ -111,15 +111,15 @@ lmlib64.draw("halcon", grid_spacing=12, file="/tmp/plate.svg")' || fail "Python"
   list_files | diff "$work/before" - || fail "these files are new or gone after the purge"
 }
 
-# The library alone, as a part of another project.
+# Builds the library alone, as a part of another project.
 try_embedded() {
   new_root embedded
   install g++ cmake ninja-build zlib1g-dev nlohmann-json3-dev
   inside bash /source/tests/packaging/embedded_library_test.sh - /source c++ || fail "embedded_library_test.sh"
 }
 
-# A root with what ./run installs, in which the source tree has the same place as on this machine and its objects are
-# taken from this machine's ccache. A build with everything takes a quarter of an hour without them.
+# Makes a root with the packages that ./run installs. The source tree has the same place as on this machine, so that
+# objects can be taken from this machine's ccache. Without them, a build of everything takes a quarter of an hour.
 developer_root() {
   [ ! -d "$work/developer" ] || { root=$work/developer; return; }
   new_root developer

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The source tree as a folder of another project: the library alone is built, it needs neither Qt nor OpenCV, and the
-# other project's settings stay as they are.
+# Tests the source tree as a folder of another project: the library alone is built, it needs neither Qt nor OpenCV, and
+# the other project's settings stay as they are.
 #   embedded_library_test.sh BUILD SOURCE COMPILER
 set -euo pipefail
 source=$2

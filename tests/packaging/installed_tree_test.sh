@@ -15,7 +15,7 @@ mv first "a place/moved"
 tree="$folder/a place/moved"
 libraries=$(dirname "$(find "$tree" -name 'libLmLib64.so')")
 
-# The files, without the manual's.
+# Compares the list of installed files, without those of the manual.
 diff "$source/tests/packaging/installed_files.txt" <(cd "$tree" && find . -type f -o -type l |
   sed "s,^\./,,; s,^lib/[a-z0-9_]*-linux-gnu/,lib/,; s/\.so\.[0-9.]*$/.so.VERSION/; s/-[a-z]*\.cmake$/-CONFIG.cmake/
     s/_lmlib64\.cpython.*/_lmlib64.so/" |
@@ -23,7 +23,7 @@ diff "$source/tests/packaging/installed_files.txt" <(cd "$tree" && find . -type 
 [ -f "$tree/share/lmcaltab/manual/index.html" ] || fail "no manual"
 grep -rIl -e "$build" -e "$source" -e "$folder/first" "$tree" && fail "these files name the place they come from"
 
-# Programs run where the tree is now, and find their libraries in it.
+# Programs run from the moved tree and find their libraries in it.
 PATH="$tree/bin:$PATH"
 for program in LmView calibrate_cameras draw_pattern read_pattern; do
   ldd "$tree/bin/$program" | grep "$build" && fail "$program uses the build tree"
@@ -37,7 +37,7 @@ for library in PatternReader Calibration; do
     LC_ALL=C sort -u | sed "s/^/$library /"
 done | diff "$source/tests/packaging/exported_names.txt" - || fail "these names differ from exported_names.txt"
 
-# What the binaries link is in the notices.
+# The notices name every library that the binaries link.
 notices=$tree/$(cd "$tree" && find share/doc -name THIRD_PARTY_NOTICES.md)
 patterns=$(grep -oE '`(lib[a-zA-Z0-9_+]*|ld-linux)`' "$notices" | tr -d '`')
 for file in "$tree"/bin/* "$libraries"/lib*.so "$tree"/lib/python3/*/lmlib64/*.so; do
@@ -77,7 +77,7 @@ LD_LIBRARY_PATH=$libraries ./with_pkg_config >/dev/null || fail "the program bui
 examples/draw_target >/dev/null && pdftoppm -r 60 -gray -png target.pdf page
 [ "$(examples/read_target page-1.png 25 | wc -l)" = 135 ] || fail "read_target did not find all corners"
 
-# The library names the viewer and the manual of the tree where it is now.
+# The library returns the paths of the viewer and the manual in the moved tree.
 export PYTHONPATH=$tree/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1
 for path in /Path/Application/LmView /Path/Manual; do
   named=$(/usr/bin/python3 -c "import lmlib64; print(lmlib64.get('$path'))")

@@ -1,4 +1,4 @@
-"""The Python package as its users see it."""
+"""Tests the Python package as its users use it."""
 import math
 import multiprocessing
 import os
@@ -21,7 +21,7 @@ def draw_in_child(folder):
 
 
 def board_picture():
-    # 4 pixels are a millimetre, and 50 are a square.
+    # The picture has 4 pixels per millimetre and 50 per square.
     return lmlib64.draw("flexible", size=(9, 7), grid_spacing=25, image_size=600)
 
 

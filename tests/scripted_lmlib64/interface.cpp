@@ -1,4 +1,4 @@
-// The library's C interface, which answers from the scripted state.
+// Implements the library's C interface. It answers from the scripted state.
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -46,7 +46,7 @@ const char *kept(std::string text) {
     return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): it outlives the call
 }
 
-// What every function does: it records the call, returns the scripted result or performs the action, and turns every
+// Does what every function does: records the call, returns the scripted result or performs the action, and turns every
 // exception into a result code.
 template <typename Value, typename Action>
 Value answer(std::int32_t *result, const char *function, const char *path, const std::string &value,
@@ -195,7 +195,7 @@ void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t w
 
 void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height, int32_t *channelCount,
                         int32_t *bytesPerElement, int32_t *isFloat, double *timestamp) {
-    // The program asks only for what it uses.
+    // The program does not use these values, so it must not ask for them.
     const bool asksForMore = bytesPerElement != nullptr || timestamp != nullptr;
     perform(result, "lmLibGetBinaryInfo", path, asksForMore ? "more" : "", [&](const std::string &at) {
         const Binary &binary = library().binaryAt(at);

@@ -45,8 +45,7 @@ struct LibraryState {
     std::int32_t lastUniqueNumber = 0;
 };
 
-// The state of the process. At first it has the default script, over which the script that LMLIB64_SCRIPT names is
-// applied.
+// The state of the process. At first it has the default script and the changes of the script that LMLIB64_SCRIPT names.
 LibraryState &library();
 // The library's path as a JSON pointer.
 Json::json_pointer pointerTo(const std::string &path);

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The command line of draw_pattern: the parameters that reach the library, the files, the messages and the exit codes.
+# Tests the command line of draw_pattern: the library's parameters, the files, the messages and the exit codes.
 #   draw_pattern_test.sh DRAW_PATTERN
 set -euo pipefail
 draw_pattern=$1
@@ -9,7 +9,7 @@ cd "$folder"
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# ends CODE ARGUMENT...: runs draw_pattern, its output in the files out and err, and compares its exit code.
+# ends CODE ARGUMENT...: runs draw_pattern, writes its output to the files out and err, and compares its exit code.
 ends() {
   local expected=$1 code=0
   shift
@@ -18,8 +18,8 @@ ends() {
 }
 says() { grep -qF -- "$2" "$1" || fail "no '$2' in: $(cat "$1")"; }
 
-# draws PARAMETERS ARGUMENT...: the file lists these parameters of its last pattern, in one line without blanks, and
-# what is drawn again from the file is the same to the byte, as PDF too.
+# draws PARAMETERS ARGUMENT...: checks that the file lists these parameters of its last pattern (in one line without
+# blanks), and that drawing the pattern again from the file gives the same bytes, also as PDF.
 draws() {
   local parameters=$1
   shift
@@ -63,14 +63,14 @@ cmp named.json other.json || fail "-o changed the pattern"
 "$draw_pattern" --json - -o piped.json <<<"$parameters"
 cmp named.json piped.json || fail "another pattern from standard input"
 
-# Twice the resolution is twice as many pixels, but for one that is rounded.
+# Twice the resolution gives twice as many pixels, give or take one because of rounding.
 for dpi in 100 200; do
   ends 0 halcon --grid-spacing 25.4 --resolution $dpi -o $dpi.png
 done
 width() { od -An -tu4 --endian=big -j16 -N4 "$1" | tr -d ' '; }
 [ $(((2 * $(width 100.png) - $(width 200.png)) / 2)) -eq 0 ] || fail "--resolution: $(width 100.png) and $(width 200.png) pixels"
 
-# Wrong calls name what is wrong and write nothing.
+# A wrong call gets a message that names the mistake, and writes nothing.
 while IFS='|' read -r arguments text; do
   eval "ends 2 $arguments"
   says err "draw_pattern: $text"

@@ -68,7 +68,7 @@ protected:
     }
 
     const QPoint position{100, 100};
-    // In the child's coordinates; on the screen it is 60,70 to 109,109.
+    // In the child's coordinates. On the screen, the rectangle is from 60,70 to 109,109.
     const QRect tipRect{0, 0, 50, 40};
     std::unique_ptr<QWidget> window;
     QWidget *child = nullptr;
@@ -80,7 +80,7 @@ TEST_F(CustomToolTipTest, displayTimeAndSizeFollowTheText) {
         {QString(101, 'x'), 10040},
         {QString(100, 'x'), 10000},
         {markup + QString(350 - markup.size(), 'x'), 20000},
-        // 9 units after substitution, 8 before.
+        // The text has 9 units after substitution and 8 before it.
         {QString(92, 'x') + "%MANUAL%" + 'x', 10080},
     };
     for (const auto &[text, milliseconds] : rows) {
@@ -154,7 +154,7 @@ TEST_F(CustomToolTipTest, pressesAndLeavingStartTheHideTimerWhateverTheirObject)
         EXPECT_FALSE(QCustomTipLabel::instance->eventFilter(&other, &event)) << type;
         EXPECT_EQ(intervalOf(hideTimer()), milliseconds) << type;
     }
-    // As an application's filter, it sees the events of any object.
+    // As the application's event filter, the label sees the events of every object.
     showAnew("text", child);
     QEvent leave(QEvent::Leave);
     QCoreApplication::sendEvent(&other, &leave);

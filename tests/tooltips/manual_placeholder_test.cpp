@@ -14,7 +14,7 @@ namespace {
 
 class ManualPlaceholderTest : public testing::Test {
 public:
-    // Not removed by the toolkit, which cannot handle names that are not valid in the local encoding.
+    // The toolkit cannot remove the folder, because it cannot handle names that are not valid in the local encoding.
     ~ManualPlaceholderTest() override { std::filesystem::remove_all(directory.path().toStdString()); }
 
 protected:

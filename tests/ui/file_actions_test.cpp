@@ -1,5 +1,5 @@
-// What the two buttons do: saving, with the dialog answered as a user would, and starting the viewer, which a script
-// replaces.
+// Tests what the two buttons do: saving, with the dialog answered as by a user, and starting the viewer. A script
+// replaces the viewer.
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -105,7 +105,7 @@ TEST_F(SavePatternsTest, dialogOpensWhereTheLastFileWentAlsoIfItWasNotWritten) {
     save(window, folder.filePath("a/target"));
     EXPECT_EQ(offeredFolder(window), folder.filePath("a"));
     scripted_lmlib64::failCommand("GenerateCalibrationPattern", "NotWritten", "There is no room.");
-    // The report opens while the click is still being handled, after the file dialog has closed.
+    // After the file dialog has closed, the report opens while the click is still being handled.
     const auto message = driven_window::closeNextMessageBox();
     save(window, folder.filePath("b/target"));
     EXPECT_TRUE(message->endsWith("NotWritten: There is no room.")) << message->toStdString();

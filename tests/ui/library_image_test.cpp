@@ -1,4 +1,4 @@
-// The conversion of binary items to pictures, for every layout that the library can return.
+// Tests the conversion of binary items to pictures, for every layout that the library can return.
 #include "ui/library_image.h"
 
 #include <gtest/gtest.h>
@@ -86,7 +86,7 @@ TEST(LibraryImage, failuresCarryPathAndCode) {
     } rows[] = {{"lmLibGetBinaryInfo", 13, 13},
                 {"lmLibGetCount", 9, 9},
                 {"lmLibGetBinary", 15, 15},
-                {"lmLibGetBinary", 0, 7}};  // succeeds and says that nothing was copied
+                {"lmLibGetBinary", 0, 7}};  // the call succeeds, but reports that nothing was copied
     for (const auto &row : rows) {
         scripted_lmlib64::reset();
         scripted_lmlib64::setBinary("/Image", Binary{2, 1, 1, {1, 2}});

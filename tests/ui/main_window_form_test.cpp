@@ -1,5 +1,5 @@
-// The form as the user sees it. main_window_form.txt describes where the widgets are, their ranges, defaults, texts and
-// tips, and the order in which the tab key visits them.
+// Tests the form as the user sees it. main_window_form.txt describes where the widgets are, their ranges, defaults,
+// texts and tips, and the order in which the tab key visits them.
 #include "ui/main_window_form.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +48,7 @@ QString described(const QWidget *widget) {
     return widget->isEnabled() ? text : text + " off";
 }
 
-// One line for each row of widgets, from top to bottom; within a line, the widgets from left to right.
+// Returns one line for each row of widgets, from top to bottom. A line has its widgets from left to right.
 QStringList readInOrder(const QWidget *page) {
     auto widgets = page->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
     constexpr int lineHeight = 12;

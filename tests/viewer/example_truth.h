@@ -1,4 +1,4 @@
-// Compares an assembly file with where the example's patterns really are.
+// Compares an assembly file with the true places of the example's patterns.
 #pragma once
 
 #include <QFile>
@@ -12,8 +12,8 @@
 #include "calibration/rigid_motion.h"
 #include "viewer/example/example_assembly.h"
 
-// mm: the greatest distance of a corner in the file from its true place in the axes of pattern 0. Empty if the file
-// does not have all corners of all patterns.
+// Returns the greatest distance, in mm, of a corner in the file from its true place in the axes of pattern 0. Empty if
+// the file does not have all corners of all patterns.
 inline std::optional<double> greatestCornerError(const QString &fileName) {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {

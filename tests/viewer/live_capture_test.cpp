@@ -1,4 +1,4 @@
-// The live source without a camera: frames made from the example's photographs, as numbered pictures.
+// Tests the live source without a camera. Its frames are numbered pictures made from the example's photographs.
 #include <QDir>
 #include <QImage>
 #include <QSignalSpy>
@@ -16,7 +16,7 @@ namespace {
 constexpr int width = 1440;
 constexpr int height = 1080;
 
-// A photograph, moved to the right by some pixels and blurred.
+// Returns a photograph of the example, moved to the right by `shift` pixels and blurred by `blur` pixels.
 cv::Mat frameOf(int photograph, double shift = 0, double blur = 0) {
     QImage picture =
         loadPicture(QString("%1/photograph-%2.jpg").arg(VIEWER_EXAMPLE).arg(photograph, 2, 10, QChar('0')));
@@ -86,8 +86,8 @@ void LiveCaptureTest::measuresTheBlurOfEdges() {
 }
 
 void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
-    // Of the target in the frame, in relation to the other view: turned and scaled by the factor, then squeezed in x,
-    // then moved by a share of the diagonal. Share of the corners that the other view has.
+    // The frame is made from the other view: its corners are scaled and turned, then squeezed in x by a factor, then
+    // moved to the right by a share of the diagonal. `share` is the part of these corners that the other view has.
     QTest::addColumn<double>("scale");
     QTest::addColumn<double>("turn");
     QTest::addColumn<double>("squeeze");
@@ -135,7 +135,7 @@ void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
     Film film;
     film.add(5, frameOf(1));
     for (int i = 1; i <= 3; ++i) {
-        film.add(1, frameOf(1, 60 * i));  // on its way; its last places would be new ones
+        film.add(1, frameOf(1, 60 * i));  // the target moves; without that, its last places would be new views
     }
     film.add(4, frameOf(5, 0, 2));
     film.add(5, frameOf(5));
@@ -152,7 +152,7 @@ void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
     QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 280000);
     QVERIFY(!capture.isRunning());
     QCOMPARE(taken.count(), 2);
-    // What was kept is the frame itself, in full size.
+    // The saved pictures are the frames themselves, in full size.
     for (int i = 0; i < 2; ++i) {
         const QImage kept = QImage(taken[i][0].toString()).convertToFormat(QImage::Format_Grayscale8);
         QCOMPARE(kept.size(), QSize(width, height));
@@ -212,7 +212,7 @@ void LiveCaptureTest::saysWhyASourceEnds() {
     }
 }
 
-// Stopping and starting anew returns at once, and nothing of the first run is shown after that.
+// Stopping and starting again return at once. After that, nothing of the first run is shown.
 void LiveCaptureTest::stopsAtOnce() {
     Film film;
     film.add(15, frameOf(1));

@@ -1,4 +1,4 @@
-// Session files and the copy that survives a crash.
+// Tests session files and the copy that survives a crash.
 #include <gtest/gtest.h>
 
 #include <QDir>

@@ -1,4 +1,4 @@
-// The session without a window: from files to a result, with a calibration that is scripted.
+// Tests the session without a window, from files to a result. A function of the test stands in for the calibration.
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -43,7 +43,7 @@ private slots:
     void answersWhileItWorks();
 
 private:
-    // Records what it is called with; waits for `gate` first if that is set.
+    // Stands in for the calibration. It waits for `gate` if that is set, and records its arguments.
     SessionResult calibrate(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
                             const calibration::CalibrateOptions &options);
     QVector<int> includedIn(int call) const;
@@ -162,7 +162,7 @@ void SessionTest::calibratesOnceAfterReadingAndAgainAfterChanges() {
     SessionSettings settings = session.settings();
     settings.lens = calibration::LensModel::Fisheye;
     session.setSettings(settings);
-    session.setIncluded({first}, true);  // together one calibration
+    session.setIncluded({first}, true);  // the two changes start one calibration
     QTRY_COMPARE(session.result()->problem, QString("3"));
     QCOMPARE(includedIn(2), (QVector<int>{first, second}));
     QVERIFY(record[2].settings.lens == calibration::LensModel::Fisheye);
@@ -177,7 +177,7 @@ void SessionTest::calibratesOnceAfterReadingAndAgainAfterChanges() {
     QVERIFY(session.photograph(second) == nullptr);
 }
 
-// The models that were chosen from some of the photographs must not be kept for all.
+// Models that were chosen from some of the photographs must be chosen again from all of them.
 void SessionTest::showsAFirstResultWhileManyAreRead() {
     const QTemporaryDir folder;
     for (int i = 0; i < 30; ++i) {
@@ -237,7 +237,7 @@ void SessionTest::readsAgainForAnotherBoard() {
     QCOMPARE(session.photographs()[0].readings->size(), size_t(5));
 }
 
-// The longest time without an event must stay short however much work is going on.
+// The longest time without an event must stay short, however much work is going on.
 void SessionTest::answersWhileItWorks() {
     QElapsedTimer sinceTick;
     qint64 longest = 0;
@@ -249,7 +249,7 @@ void SessionTest::answersWhileItWorks() {
     session.add({exampleFolder});
     QTRY_COMPARE_WITH_TIMEOUT(calls(), 1, 60000);
     QCOMPARE(session.photographs().size(), 12);
-    // Many times what it needs, because other processes may use the processors too.
+    // The limit is many times the time needed, because other processes may use the processors too.
     QVERIFY2(longest < 1000, qPrintable(QString("%1 ms without an event").arg(longest)));
 }
 

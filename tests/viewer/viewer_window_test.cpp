@@ -1,4 +1,4 @@
-// The whole window with the example's photographs: from a drop to the files, with all views.
+// Tests the whole window and all its views with the example's photographs, from dropping them to the written files.
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
@@ -50,7 +50,7 @@ QString problemOf(const QListView &list, const QString &fileName) {
     return "not in the list";
 }
 
-// A picture of the widget has more than a few colours where something is drawn.
+// Counts the colours in a picture of the widget. There are only a few if nothing is drawn.
 int coloursIn(QWidget &widget) {
     const QImage picture = widget.grab().toImage();
     std::set<QRgb> colours;
@@ -76,7 +76,8 @@ private slots:
     void staysReadableWithLargeFontsAndDarkPalettes();
 
 private:
-    // Choosing lenses and bends takes most of the time, and is tested with the calibration.
+    // Sets the lens model and lets no print be bent. Choosing both would take most of the time, and is tested with the
+    // calibration.
     static void useFixedModels(ViewerWindow &window) {
         SessionSettings settings;
         settings.arrangement = Arrangement::Assembly;
@@ -138,7 +139,7 @@ void ViewerWindowTest::namesBadPhotographsAndIsNotSpoiledByThem() {
     const QTemporaryDir folder;
     const QImage good(examplePhotograph(1));
     const QSize size = good.size();
-    // Blurred beyond reading, of another size, and taken with another zoom.
+    // One photograph is too blurred to be read, one has another size, and one has another zoom.
     QVERIFY(good.scaled(size / 60, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
                 .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
                 .save(folder.filePath("blurred.jpg"), "JPEG", 95));
@@ -181,7 +182,7 @@ void ViewerWindowTest::opensPhotographsFromResiduals() {
     QCOMPARE(picture->photographId(), last);
     QCOMPARE(list->currentIndex().row(), 11);
 
-    // A click on the middle of the scatter plot, where the points are dense.
+    // The points are dense in the middle of the scatter plot, so a click there hits one.
     list->selectionModel()->clear();
     QSignalSpy chosen(residuals, &ResidualView::cornerChosen);
     QWidget *canvas = residuals->findChildren<QWidget *>("QwtPlotCanvas").first();

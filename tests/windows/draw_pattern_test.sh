@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# draw_pattern for Windows under wine, compared with the one of this system: the same files, byte for byte, and the
-# promises of file_writing/safe_file.h that wine can show.
+# Compares draw_pattern for Windows, under wine, with the one of this system: both must write the same bytes. Also tests
+# those promises of file_writing/safe_file.h that wine can show.
 #   draw_pattern_test.sh WINE_RUN WINDOWS_PROGRAM PROGRAM
 set -u
 run=$1 windows=$2 linux=$3
@@ -17,7 +17,7 @@ not() { ! "$@"; }
 
 draw() { "$run" "$windows" "$@"; }
 
-# Every kind of pattern in every format, and what is printed.
+# Compares every kind of pattern in every format, and the printed texts.
 kinds=(
   "official --plate Plate12"
   "custom --grid-spacing 12 --thickness 2 --inverted"
@@ -38,7 +38,8 @@ expect "the number of files" test "$(find "$folder/windows" -type f | wc -l)" -g
 expect "the same list" cmp <(draw --list) <("$linux" --list)
 expect "the same version" cmp <(draw --version) <("$linux" --version)
 
-# A name outside every 8-bit code page but UTF-8, in a folder with a blank and a path of more than 260 characters.
+# The folder's name has a blank and characters that no 8-bit code page has together. Its path has more than 260
+# characters.
 long="$folder/$(printf 'x%.0s' {1..120})/$(printf 'y%.0s' {1..120})/日本語 Größe"
 mkdir -p "$long"
 save() { draw custom --grid-spacing 12 --thickness 2 -o "$1" 2>"$folder/said"; }
@@ -46,7 +47,7 @@ expect "a long name in several scripts" save "$long/図 Ω.pdf"
 expect "its file" test -s "$long/図 Ω.pdf"
 expect "nothing else beside it" test "$(find "$long" -type f | wc -l)" -eq 1
 
-# Replacing, refusing and cleaning up.
+# Tests replacing a file, refusing names that cannot be written, and cleaning up.
 target=$folder/target.pdf
 echo old >"$target"
 echo left >"$folder/.lmlib64-999999-7.tmp"

@@ -1,4 +1,4 @@
-// The part of the Windows interface that the program's entry point uses, so that it compiles elsewhere.
+// Declares the part of the Windows interface that the program's entry point uses, so that it compiles elsewhere.
 #pragma once
 
 #define WINAPI

@@ -1,4 +1,4 @@
-// The position code's bits, which are frozen, and where a pattern lies in the plane.
+// Tests that the bits of the position code have not changed, and which part of the plane a pattern covers.
 #include "camera_library/pattern_code/position_code.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@ namespace {
 
 using namespace pattern_code;
 
-// FNV-1a over the bits of one row of squares, 8 squares per byte, the leftmost one in the highest bit.
+// Adds the bits of one row of squares to an FNV-1a hash: 8 squares per byte, the leftmost one in the highest bit.
 template <typename Bit>
 void addRow(std::uint64_t &hash, int squares, const Bit &bit) {
     for (int first = 0; first < squares; first += 8) {
