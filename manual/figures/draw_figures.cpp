@@ -20,7 +20,7 @@ QString millimetres(double value) {
     return QString::number(value, 'g', 6) + " mm";
 }
 
-// A pattern's picture at a place in a figure, and the conversion from the pattern's millimetres to the figure's units.
+// Places a pattern's picture in a figure, and converts the pattern's millimetres to the figure's units.
 struct PlacedPattern {
     PlacedPattern(const LibraryPattern &libraryPattern, QPointF topLeft, double width)
         : pattern(libraryPattern),
@@ -80,7 +80,7 @@ void dimensionSquareSide(Figure &figure, const PlacedPattern &placed) {
                            millimetres((placed.pattern.point(column, 1) - placed.pattern.point(column, 0)).y()));
 }
 
-// Marks the first and the last corner, the two ends of the counts in a size.
+// Marks the first and the last corner. The numbers in a size count from one to the other.
 void ringOuterCorners(Figure &figure, const PlacedPattern &placed) {
     const int columns = placed.pattern.columns;
     const int rows = placed.pattern.rows;

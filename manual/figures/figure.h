@@ -20,15 +20,16 @@ public:
     void picture(const QImage &image, const QRectF &place);
     void dashedFrame(const QRectF &place);
     void text(QPointF baseLine, const QString &text, Anchor anchor = Anchor::Middle);
-    // The same in the figure's accent colour.
+    // Adds a text in the figure's accent colour.
     void label(QPointF baseLine, const QString &text, Anchor anchor = Anchor::Middle);
     void ring(QPointF centre, double radius);
     void line(QPointF from, QPointF to);
     void arrow(QPointF from, QPointF to);
 
-    // A dimension line at height y from x1 to x2, with extension lines from height `from` and the label above it.
+    // Adds a dimension line at height y from x1 to x2. Its extension lines begin at height `from`; the label is above
+    // it.
     void dimensionAlongX(double x1, double x2, double y, double from, const QString &text);
-    // The same at x from y1 to y2, with the label on the side away from `from`.
+    // Adds a dimension line at x from y1 to y2. Its extension lines begin at `from`; the label is on the other side.
     void dimensionAlongY(double y1, double y2, double x, double from, const QString &text);
 
     // Everything drawn until end() is turned clockwise around the centre.

@@ -1,5 +1,5 @@
-// A pattern made by the camera library: its picture, and its dimensions from its pattern file. The manual's figures use
-// no other source.
+// A pattern made by the camera library: its picture, and its dimensions from its pattern file. The manual's figures
+// take dimensions from nowhere else.
 //
 // Lengths are in millimetres. The points' origin is the top-left corner of the outer size, with x to the right and y
 // down. Failures of the library throw LmLibException; a pattern file without the expected values throws
@@ -35,6 +35,6 @@ struct LibraryPattern {
     QPointF referencePoint() const { return point(referenceColumn, referenceRow); }
 };
 
-// Has the library make a pattern and a picture of it with this number of pixels along its longer side. `write` writes
-// the pattern's parameters below the item that it is given.
+// Lets the library make a pattern and a picture of it with this number of pixels along its longer side. `write` must
+// write the pattern's parameters below the item that it is given.
 LibraryPattern makeLibraryPattern(const std::function<void(const TreeItem &pattern)> &write, int longerSidePixels);
