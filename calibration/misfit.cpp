@@ -100,14 +100,14 @@ private:
             return "The photograph shows two boards that both are " + print + ": print a number only once.";
         }
         if (!hasPose(observations, sighting, calibration.estimate)) {
-            return "Nothing that was seen at this moment is where the other photographs have it.";
+            return "No print that was seen at this moment is where the other photographs show it.";
         }
         const RigidMotion expected = calibration.estimate.cameraFromRig[size_t(photograph.camera)] *
                                      calibration.estimate.rigFromWorld[size_t(photograph.moment)] *
                                      calibration.estimate.worldFromPrint[size_t(sighting.print)];
         const double distance = (expected.translation - alone.cameraFromPrint.translation).norm();
         return "Here " + print + " is " + rounded(distance) +
-               " mm away from where the other photographs have it: it moved, or two boards have the same number.";
+               " mm away from where the other photographs show it: it moved, or two boards have the same number.";
     }
 
     // Returns the factor by which the focal length must change so that the sighting fits; empty if there is none. The

@@ -17,15 +17,15 @@ namespace {
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 constexpr double tilt = 35;  // degrees
-// The advice must be worth the effort: the greatest uncertainty falls to this share or less.
+// Advice is worth the effort only if the greatest uncertainty falls below this share of its value.
 constexpr double usefulShare = 0.95;
 // A reader finds the corners of a print only if at least this share of them is in the picture.
 constexpr double leastVisible = 0.3;
 
-// Where the target is held, as a user would say it.
+// The place and the tilt of the target, in terms that a user understands.
 struct Hold {
-    double x, y;  // of the target's middle in the picture, as shares of its width and height
-    double distance;
+    double x, y;            // of the target's middle, as shares of the picture's width and height
+    double distance;        // mm
     double aboutX, aboutY;  // degrees
 };
 
@@ -63,14 +63,16 @@ public:
 
     double before() const { return greatest(covariance); }
 
-    // Empty if the camera would see too little of the print.
+    // The greatest uncertainty after a photograph of the print in this pose. Empty if the camera would see too little
+    // of the print.
     std::optional<double> after(const RigidMotion &cameraFromPrint) const {
         const std::optional<Eigen::MatrixXd> rows = rowsOf(cameraFromPrint);
         if (!rows) {
             return std::nullopt;
         }
         const Eigen::MatrixXd information = rows->transpose() * *rows / (sigma * sigma);
-        // (covariance^-1 + information)^-1 without inverting the covariance, which is nearly singular for some lenses.
+        // This is (covariance^-1 + information)^-1, computed without inverting the covariance, because that is nearly
+        // singular for some lenses.
         const Eigen::MatrixXd one = Eigen::MatrixXd::Identity(covariance.rows(), covariance.cols());
         const Eigen::MatrixXd lower = (one + covariance * information).partialPivLu().solve(covariance);
         return greatest((lower + lower.transpose()) / 2);
@@ -108,8 +110,8 @@ private:
             .value_or(0);
     }
 
-    // The derivatives of the corners that the camera would see by its lens and the print's shape, whatever the pose of
-    // the print is.
+    // Returns the derivatives of the visible corners by the lens and by the print's shape, projected so that the
+    // unknown pose of the print has no effect. Empty if too few corners are visible.
     std::optional<Eigen::MatrixXd> rowsOf(const RigidMotion &cameraFromPrint) const {
         const std::vector<Eigen::Vector2d> &points = calibration.observations.prints[size_t(printNumber)].points;
         const PrintShape &shape = calibration.estimate.shapes[size_t(printNumber)];
@@ -195,8 +197,8 @@ std::string describe(const Calibration &calibration, int camera, int print, cons
             placeInPicture(hold.x, hold.y) + ", " + rounded(hold.distance) + " mm away";
     if (hold.aboutX != 0 || hold.aboutY != 0) {
         const char *side = hold.aboutX > 0 ? "upper" : hold.aboutX < 0 ? "lower" : hold.aboutY > 0 ? "right" : "left";
-        text += " and tilted by " + rounded(tilt) + " degrees, its side that is " + side +
-                " in the picture nearer to the camera";
+        text += " and tilted by " + rounded(tilt) + " degrees, so that its " + side +
+                " side in the picture is nearer to the camera";
     }
     return text + ".";
 }

@@ -11,19 +11,19 @@ namespace calibration {
 
 namespace {
 
-// Uncertainties in pixels. Good corners are found to about 0.1 px, so a lens that is known this well adds little error.
+// Uncertainties in pixels. Good corners are exact to about 0.1 px, so a lens with this uncertainty adds little error.
 constexpr double goodUncertainty = 0.2;
 constexpr double usableUncertainty = 1;
-// A part of the picture that is less certain can be anywhere, because no photograph shows it.
+// A part of the picture with a greater uncertainty is useless: no photograph shows the target there.
 constexpr double uselessUncertainty = 5;
 constexpr double greatestRms = 1;  // pixels
 constexpr int fewPhotographs = 8;
 constexpr double greatestShareLeftOut = 0.2;
 constexpr int fewMoved = 3;
-// By random errors alone, lenses from halves differ by about twice the uncertainty.
+// Random errors alone make the lenses from the two halves differ by about twice the uncertainty.
 constexpr double greatestHalvesRatio = 5;
 
-constexpr int parts = 3;  // of the picture, each way
+constexpr int parts = 3;  // of the picture's width, and of its height
 constexpr size_t partCount = 9;
 
 struct PartOfPicture {
@@ -188,7 +188,7 @@ private:
         const auto total = std::count(isCounted.begin(), isCounted.end(), true);
         const auto bad = std::count(isLeftOut.begin(), isLeftOut.end(), true);
         if (double(bad) > greatestShareLeftOut * double(total)) {
-            // Said of all cameras, so it must not read as if it was about the last one.
+            // This text is about all cameras. It follows the texts about single cameras, so it must say so.
             const std::string cameras = observations.cameras.size() > 1 ? " of all cameras" : "";
             say(std::to_string(bad) + " of the " + std::to_string(total) + " photographs" + cameras + " did not fit.",
                 Grade::Usable);
@@ -233,9 +233,10 @@ private:
             if (!group.empty()) {
                 const std::string names = capitalised(namesOf(observations, group));
                 calibration.notices.push_back(names + (group.size() > 1 ? " are" : " is") +
-                                              " in no photograph with the others, so where " +
-                                              (group.size() > 1 ? "they are" : "it is") +
-                                              " among them is not known. Take photographs that show both.");
+                                              " in no photograph with the others, so " +
+                                              (group.size() > 1 ? "their places" : "its place") +
+                                              " among them cannot be known. Take photographs that show " +
+                                              (group.size() > 1 ? "them" : "it") + " together with the others.");
             }
         }
         if (!unseen.empty()) {
