@@ -17,7 +17,7 @@ namespace calibration {
 
 namespace {
 
-// So many moments and corners per sighting are enough to tell models apart.
+// These numbers of moments, and of corners per sighting, are enough to tell models apart.
 constexpr size_t enoughMoments = 60;
 constexpr size_t enoughCorners = 80;
 
@@ -32,7 +32,7 @@ bool isFisheye(LensModel lens) {
 void thinOut(Sighting &sighting) {
     const size_t stride = (sighting.corners.size() + enoughCorners - 1) / enoughCorners;
     std::vector<SeenCorner> kept;
-    // The first one differs, so that not always the same corners are taken.
+    // Each photograph starts at another corner, so that they do not all keep the same corners.
     for (size_t i = size_t(sighting.photograph) % std::max<size_t>(stride, 1); i < sighting.corners.size();
          i += stride) {
         kept.push_back(sighting.corners[i]);
@@ -40,7 +40,8 @@ void thinOut(Sighting &sighting) {
     sighting.corners = std::move(kept);
 }
 
-// The sightings of one camera, or of all cameras if it is -1, at a limited number of moments, with some corners each.
+// Returns the sightings of one camera, or of all cameras if it is -1, at a limited number of moments. Each sighting
+// keeps only some of its corners.
 Observations enough(const Observations &all, int camera) {
     const auto isMeant = [&](const Sighting &sighting) {
         return sighting.isUsed && (camera < 0 || all.photographs[size_t(sighting.photograph)].camera == camera);
@@ -54,7 +55,7 @@ Observations enough(const Observations &all, int camera) {
     std::set<int> taken;
     size_t number = 0;
     for (const int moment : moments) {
-        // Evenly spread over the moments.
+        // The moments that are taken are evenly spread.
         if (number * enoughMoments / moments.size() != (number + 1) * enoughMoments / moments.size() ||
             moments.size() <= enoughMoments) {
             taken.insert(moment);
@@ -71,7 +72,7 @@ Observations enough(const Observations &all, int camera) {
     return some;
 }
 
-// One of the models that are compared, solved on the same corners as the others.
+// One of the models that are compared. All are solved on the same corners.
 struct Candidate {
     Observations observations;
     Estimate estimate;
@@ -97,8 +98,8 @@ void forEach(std::vector<Candidate> &candidates, const std::function<void(Candid
     }
 }
 
-// Solves all candidates and computes their errors, all in units of the standard deviations that the best one shows:
-// with deviations of its own, a bad model would look as good as the best.
+// Solves all candidates and computes their errors. All errors are in units of the standard deviations that the best
+// candidate shows. In units of its own standard deviations, a bad model would look as good as the best.
 void compare(std::vector<Candidate> &candidates, const std::vector<std::vector<Bend>> &bends,
              const std::vector<MeasuredPrint> &measured) {
     forEach(candidates, [&](Candidate &candidate) {
@@ -141,8 +142,8 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     for (Eigen::Index i = 0; i < count; i++) {
         numbers(i) = candidate.estimate.shapes[print].numbers[size_t(free[size_t(from + i)])];
     }
-    // Bad sightings are not left out yet, so the variance of all residuals says nothing; the standard deviations of the
-    // corners, which good residuals show, are right.
+    // Bad sightings are not left out yet, so the variance of all residuals is useless. The standard deviations of the
+    // corners are right, because they were computed from the good residuals.
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
     // Chi-squared with `count` degrees of freedom has this mean and this variance.
@@ -150,8 +151,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     return square > double(count) + 5 * std::sqrt(2 * double(count));
 }
 
-// Takes back the bends of prints that are flat as far as one can tell. While one print that bends counts as flat, the
-// poses are wrong, and bending the other prints predicts better too.
+// Takes back bends that cannot be told from 0. Such bends are chosen because in the comparison, all prints are flat or
+// all bend: a flat model of one print that is bent makes the poses wrong, and then bends of the other prints predict
+// better, too.
 void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, std::vector<Bend> &bends) {
     for (bool changed = true; changed;) {
         changed = false;
@@ -169,7 +171,7 @@ void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, 
     }
 }
 
-// The lens of a start, changed to another model of the same kind.
+// Converts intrinsics to another model of the same kind, pinhole or fisheye.
 Eigen::VectorXd withModel(const Eigen::VectorXd &intrinsics, LensModel lens) {
     Eigen::VectorXd result = Eigen::VectorXd::Zero(parameterCount(lens));
     const Eigen::Index kept = std::min(result.size(), intrinsics.size());
@@ -246,7 +248,7 @@ LensChoice chooseLens(const Observations &observations, int camera, const std::v
     for (const Candidate &candidate : candidates) {
         const std::vector<Sighting> &sightings = candidate.observations.sightings;
         if (const std::optional<double> mean = meanError(candidate.errors, all)) {
-            // From the mean square along one axis, in standard deviations, to the rms of distances in pixels.
+            // Converts the mean square along one axis, in units of the variance, to the rms of distances in pixels.
             const double sigma = sightings.front().corners.front().sigma;
             choice.trials.push_back(
                 {candidate.observations.cameras[size_t(camera)].lens, std::sqrt(2 * *mean) * sigma});

@@ -1,6 +1,7 @@
-// Chooses the lens model of each camera and the bend of each print by how well they predict photographs that they were
-// not estimated from. The photographs that they were estimated from cannot tell, because a model with more parameters
-// always fits these at least as well. Among models that predict equally well, the one with fewer parameters is taken.
+// Chooses the lens model of each camera and the bend of each print. A model is judged by how well it predicts
+// photographs that it was not estimated from. The photographs that it was estimated from say nothing, because a model
+// with more parameters always fits these at least as well. Among models that predict equally well, the one with fewer
+// parameters is taken.
 #pragma once
 
 #include "calibration/calibrate.h"
@@ -14,8 +15,8 @@ struct LensStart {
     double rms = 0;  // of the residuals, in standard deviations
 };
 
-// Start values of a camera's lens, the best first: of the model given, otherwise of a pinhole and of a fisheye. Empty
-// if the camera has no usable sighting.
+// Returns start values of a camera's lens, the best first: one for the given model, otherwise one for a pinhole and one
+// for a fisheye. Empty if the camera has no usable sighting.
 std::vector<LensStart> startLenses(const Observations &observations, int camera, std::optional<LensModel> model);
 
 struct LensChoice {
@@ -23,12 +24,12 @@ struct LensChoice {
     std::vector<ModelTrial> trials;
 };
 
-// Compares all models on the sightings of one camera, with the bends given. Keeps the first start if there are too few
-// photographs to compare models.
+// Compares all models on the sightings of one camera, with the given bends. Returns the first start if there are too
+// few photographs to compare models.
 LensChoice chooseLens(const Observations &observations, int camera, const std::vector<LensStart> &starts,
                       const std::vector<Bend> &bends, const std::vector<MeasuredPrint> &measured);
 
-// Compares flat prints with bent ones on all sightings, starting from an estimate with the lenses given.
+// Compares flat prints with bent ones on all sightings. Starts from the estimate and keeps its lens models.
 std::vector<Bend> chooseBends(const Observations &observations, const Estimate &estimate,
                               const std::vector<MeasuredPrint> &measured);
 

@@ -14,10 +14,11 @@ namespace calibration {
 
 namespace {
 
-// What lens and shape leave unexplained makes variances larger than noise does, at most by this factor.
+// Errors of the lens and of the shapes make the variances larger than noise alone does, at most by this factor.
 constexpr double greatestExcess = 25;
 
-// Where a photograph has print b, seen from print a, relative to `reference`, and how certain that is.
+// Returns the pose of print b relative to print a in one photograph, as its difference from `reference`, and the
+// inverse of its covariance. Empty if the covariance cannot be inverted.
 std::optional<RelativePose> relativePose(const LonePose &a, const LonePose &b, const RigidMotion &reference) {
     const Eigen::Matrix3d back = rotationMatrix(a.cameraFromPrint.rotation).transpose();
     const Eigen::Vector3d apart = b.cameraFromPrint.translation - a.cameraFromPrint.translation;
@@ -87,8 +88,8 @@ std::vector<Pair> pairsOf(const Observations &observations, const Estimate &esti
     return result;
 }
 
-// By how much variances are larger than the poses claim. Judged by poses that follow each other, of which most have the
-// same place, even if a print moved now and then.
+// Returns the factor by which variances are larger than the poses claim. It is computed from the changes between
+// successive poses. Most of these have the same place, even if a print moved sometimes.
 double excessOf(const std::vector<Pair> &pairs) {
     constexpr double quarter = 3.4546;  // of squared distances with 6 degrees of freedom, one quarter is smaller
     std::vector<double> changes;
@@ -133,7 +134,7 @@ public:
     }
 
 private:
-    // The number of photographs that contradict most others about a pair.
+    // The number of photographs that do not show a pair at its most frequent place.
     size_t contradictions(const Pair &pair) const {
         std::map<int, size_t> counts;
         size_t all = 0;
@@ -162,7 +163,7 @@ private:
         }
         std::optional<size_t> result;
         for (size_t i = 0; i < counts.size(); i++) {
-            // Of equal ones the last, because the first print is the origin of the world.
+            // Of equally contradicted prints, the last is taken, because the first print is the origin of the world.
             if (counts[i].prints > 0 && !isSettled[i] &&
                 (!result || std::tie(counts[i].prints, counts[i].photographs) >=
                                 std::tie(counts[*result].prints, counts[*result].photographs))) {
@@ -172,11 +173,11 @@ private:
         return result;
     }
 
-    // Keeps the place of a print that most of its sightings agree on.
+    // Keeps the place of a print on which most of its sightings agree. Marks sightings at other places as moved.
     void settle(size_t print) {
         isSettled[print] = true;
         const std::map<std::pair<size_t, size_t>, int> votes = votesAbout(print);
-        std::map<size_t, size_t> parents;  // towards the first sighting of the same place, which stands for it
+        std::map<size_t, size_t> parents;  // a forest; the root of a tree is the first sighting of a place
         for (const auto &[two, vote] : votes) {
             parents.emplace(two.first, two.first);
             parents.emplace(two.second, two.second);
@@ -197,7 +198,7 @@ private:
         for (const auto &[sighting, parent] : parents) {
             sizes[placeOf(sighting)]++;
         }
-        // The first one of the largest.
+        // Of equally large places, the earliest is kept.
         const auto kept = std::max_element(sizes.begin(), sizes.end(),
                                            [](const auto &one, const auto &two) { return one.second < two.second; });
         std::map<size_t, int> agreement;
@@ -212,8 +213,8 @@ private:
         }
     }
 
-    // For each two sightings of a print: how many of the prints seen in both agree that it kept its place, less those
-    // that do not. The sightings are in the order of time if the photographs are.
+    // Returns for each two sightings of a print the number of other prints relative to which it kept its place, minus
+    // the number of those relative to which it did not. The sightings are in the order of time if the photographs are.
     std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
         std::map<std::pair<size_t, size_t>, int> votes;
         for (const Pair &pair : pairs) {

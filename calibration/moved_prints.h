@@ -1,4 +1,5 @@
-// Finds prints that did not keep their place among the others, before a joint solve could settle between the places.
+// Finds prints that moved relative to the others. It compares single photographs, because a joint solve could settle
+// between the places of such a print.
 #pragma once
 
 #include <vector>
@@ -7,11 +8,12 @@
 
 namespace calibration {
 
-// The sightings in use of prints that are elsewhere than in most of their sightings; if no place was seen more often,
-// elsewhere than in the earlier ones. A photograph that shows two prints says where they are relative to each other,
-// whatever all other photographs say. If these relative poses contradict each other, the print that disagrees with the
-// most other prints has moved; if there are only two, the second. The lenses and shapes of the estimate need not be
-// exact. Returns indices of sightings.
+// Returns the indices of the sightings in which a print is not at its usual place. The usual place is the one with the
+// most sightings; of equally frequent places, the earliest.
+//
+// A photograph that shows two prints determines where they are relative to each other, independently of all other
+// photographs. If these relative poses contradict each other, the print that disagrees with the most other prints has
+// moved; of only two prints, the second. The lenses and shapes of the estimate need not be exact.
 std::vector<size_t> findMoved(const Observations &observations, const Freedom &freedom, const Estimate &estimate);
 
 }  // namespace calibration

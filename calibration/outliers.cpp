@@ -9,15 +9,16 @@ namespace calibration {
 namespace {
 
 constexpr int rounds = 6;
-// The median length of a vector of two normal numbers of variance 1.
+// The median length of a vector whose two components are normally distributed with variance 1.
 constexpr double medianLength = 1.17741;
 constexpr double leastScale = 1e-6;
-// In standard deviations. The first one is wide, while bad sightings still distort the whole estimate.
+// Scales of the robust loss, in standard deviations. The first one is wide, because bad sightings still distort the
+// whole estimate then.
 constexpr double firstRobustScale = 20;
 constexpr double robustScale = 6;
-// While an estimate is still to be judged, it need not be exact.
+// The tolerance of the solves before the last one, which need not be exact.
 constexpr double roughTolerance = 1e-5;
-// A sighting with fewer good corners, or a smaller share of them, is left out.
+// A sighting is left out if it has fewer good corners than this, or a smaller share of good corners.
 constexpr int leastCorners = 6;
 constexpr double leastShare = 0.5;
 
@@ -59,12 +60,13 @@ public:
         if (!solveJointly(observations, exact, estimate)) {
             return false;
         }
-        // The last solve moves the estimate a little, so a few corners can have changed sides.
+        // The last solve changes the estimate a little, so a few good corners can have become bad, and the other way
+        // round.
         return !decide() || solveJointly(observations, exact, estimate).has_value();
     }
 
 private:
-    // Decides again for every sighting and every corner whether it is used. True if a decision changed.
+    // Decides again which sightings and which corners are used. Returns true if a decision changed.
     bool decide() {
         agreeWithResiduals(observations, estimate);
         bool changed = false;
@@ -89,7 +91,7 @@ private:
         bool changed = fits != sighting.isUsed;
         sighting.isUsed = fits;
         for (size_t k = 0; k < sighting.corners.size(); k++) {
-            // The corners of a sighting that is left out stay as they were given.
+            // The corners of a sighting that is left out get the isUsed that was given.
             const bool isUsed = fits ? isGood[k] : all.corners[k].isUsed;
             changed = changed || (fits && isUsed != sighting.corners[k].isUsed);
             sighting.corners[k].isUsed = isUsed;

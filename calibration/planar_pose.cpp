@@ -13,8 +13,8 @@ namespace {
 
 constexpr size_t leastCorners = 6;
 
-// Moves the points' mean to the origin and scales them to a size of about 1, so that the homography is well
-// conditioned.
+// Returns the transformation that moves the points' mean to the origin and scales them to a size of about 1. With such
+// points, the homography is well conditioned.
 Eigen::Matrix3d conditioner(const std::vector<Eigen::Vector2d> &points) {
     Eigen::Vector2d mean = Eigen::Vector2d::Zero();
     for (const Eigen::Vector2d &p : points) {
@@ -30,7 +30,8 @@ Eigen::Matrix3d conditioner(const std::vector<Eigen::Vector2d> &points) {
     return matrix;
 }
 
-// The direct linear transformation (Hartley and Zisserman, "Multiple View Geometry", 4.1). Nothing if it is not unique.
+// Computes a homography by the direct linear transformation (Hartley and Zisserman, "Multiple View Geometry", 4.1).
+// Returns nothing if it is not unique.
 std::optional<Eigen::Matrix3d> homography(const std::vector<Eigen::Vector2d> &from,
                                           const std::vector<Eigen::Vector2d> &to) {
     const Eigen::Matrix3d fromScale = conditioner(from);
@@ -53,8 +54,8 @@ std::optional<Eigen::Matrix3d> homography(const std::vector<Eigen::Vector2d> &fr
     return toScale.inverse() * matrix * fromScale;
 }
 
-// The rotation of the polar decomposition of a matrix with a positive determinant: the nearest rotation. Nothing if the
-// matrix is nearly singular.
+// Returns the rotation that is nearest to a matrix with a positive determinant, by polar decomposition. Returns nothing
+// if the matrix is nearly singular.
 std::optional<Eigen::Matrix3d> nearestRotation(const Eigen::Matrix3d &matrix) {
     const std::optional<Eigensystem> system = eigensystemOf(matrix.transpose() * matrix);
     if (!system || !(system->values(0) > 1e-12 * system->values(2))) {
@@ -78,7 +79,8 @@ std::optional<RigidMotion> poseOfHomography(Eigen::Matrix3d h) {
     return RigidMotion{rotationVector(*rotation), h.col(2)};
 }
 
-// The pose with the same middle of the print, but with its normal tilted to the other side of the line of sight.
+// Returns the pose that has the middle of the print at the same place, but its normal tilted to the other side of the
+// line of sight.
 RigidMotion leaningTheOtherWay(const RigidMotion &pose, const Eigen::Vector3d &middle) {
     const Eigen::Matrix3d matrix = rotationMatrix(pose.rotation);
     const Eigen::Vector3d seen = pose * middle;
@@ -89,13 +91,13 @@ RigidMotion leaningTheOtherWay(const RigidMotion &pose, const Eigen::Vector3d &m
     return {rotationVector(turned), seen - turned * middle};
 }
 
-// The Levenberg-Marquardt method, varying only the six numbers of the pose.
+// Improves a pose by the Levenberg-Marquardt method. Only the six numbers of the pose vary.
 class PoseFit {
 public:
     PoseFit(const SightingResiduals &what, const BlockPointers &where)
         : residualsOf(what), blocks(where), residuals(what.rows()), byPose(what.rows(), 6) {}
 
-    // Returns half the final sum of squares; infinite if the camera cannot see the print in the pose given.
+    // Returns half the final sum of squares; infinity if the camera cannot see the print in the given pose.
     double improve(RigidMotion &pose) {
         double cost = costAt(pose, true);
         double damping = 1e-4;

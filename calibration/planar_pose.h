@@ -1,4 +1,4 @@
-// The pose of one flat print in front of one camera whose lens is known.
+// Finds the pose of one flat print in front of one camera whose lens is known.
 #pragma once
 
 #include <optional>
@@ -13,8 +13,9 @@ struct PlanarPose {
 };
 
 // Starts from the homography between the print and the directions to its corners, and improves the pose by least
-// squares. Two poses look alike from far away; both are tried, and the one that fits better is returned. Empty if fewer
-// than six corners are used or if they lie on one line.
+// squares. From far away, two poses look alike; both are tried, and the one that fits better is returned. Empty if
+// fewer than six corners can be used, if they lie on one line, or if they are in too many directions for one flat
+// print.
 std::optional<PlanarPose> planarPose(const Observations &observations, const Sighting &sighting,
                                      const Eigen::VectorXd &intrinsics, const PrintShape &shape);
 

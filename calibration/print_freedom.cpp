@@ -10,7 +10,7 @@ namespace calibration {
 
 namespace {
 
-// Of the ratio of two lengths of about 100 mm, measured with a caliper.
+// The standard deviation of the ratio of two lengths of about 100 mm that were measured with a caliper.
 constexpr double measuredRatioSigma = 0.001;
 
 int bendNumbers(Bend bend) {

@@ -9,7 +9,7 @@ namespace calibration {
 
 namespace {
 
-// One cell of the grid: how its pixel depends on the lens and on the camera's motion.
+// One cell of the grid, with the derivatives of its pixel by the lens and by the camera's motion.
 struct Cell {
     Eigen::Vector3d point;
     Eigen::Matrix<double, 2, Eigen::Dynamic> byLens;
@@ -17,7 +17,7 @@ struct Cell {
     double weight = 1;
 };
 
-// Points at infinity are represented by points at distance 1; for these the motion is only a rotation.
+// Points at infinity are represented by points at distance 1. Their motion is only a rotation.
 class Grid {
 public:
     Grid(const Camera &camera, const Eigen::VectorXd &intrinsics, double distance, int columns, int rows)
@@ -56,7 +56,8 @@ private:
     }
 };
 
-// The motion of the camera, as a linear function of the lens's error, that undoes as much of the error as a motion can.
+// Returns the motion of the camera that cancels as much of the lens's error as possible, as a linear function of that
+// error.
 Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
     const int size = grid.motionSize();
     Eigen::MatrixXd normal = Eigen::MatrixXd::Zero(size, size);
@@ -98,15 +99,15 @@ std::optional<double> PictureMap::greatest() const {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows) {
     Grid grid(camera, intrinsics, distance, columns, rows);
-    // The first weights are those without a motion. With equal weights, the parts that are far less certain than others
-    // would decide the motion, and later rounds would keep it.
+    // The first weights come from the uncertainty before a motion is subtracted. With equal weights, the parts that are
+    // far less certain than others would decide the motion, and later rounds would keep it.
     for (std::optional<Cell> &cell : grid.cells) {
         if (cell) {
             const double sigma = worseSigma(cell->byLens * covariance * cell->byLens.transpose());
             cell->weight = 1 / std::max(sigma * sigma, 1e-18);
         }
     }
-    // Each round weights the cells by the inverse variance that the previous round found.
+    // In each round, the weight of a cell is the inverse of the variance from the previous round.
     constexpr int rounds = 4;
     for (int round = 0; round < rounds; round++) {
         const Eigen::MatrixXd motion = bestMotion(grid, intrinsics.size());
@@ -131,7 +132,7 @@ PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, 
             cell->weight = 1 / std::max(sigma * sigma, 1e-18);
         }
     }
-    RigidMotion motion;  // of the camera from a to b
+    RigidMotion motion;  // from the axes of the camera with lens a to those with lens b
     constexpr int rounds = 8;
     const int size = grid.motionSize();
     for (int round = 0; round < rounds; round++) {

@@ -11,11 +11,11 @@ namespace calibration {
 
 namespace {
 
-// A change whose squared distance is larger is no chance. It has 6 degrees of freedom, and the time of the change is
-// free too.
+// A change is not due to chance if its squared distance is larger than this. The limit is high because the change has 6
+// degrees of freedom, and because the time of the change is chosen from all times.
 constexpr double clearDistance = 60;
 
-// Several poses of the same place, fused.
+// The weighted mean of several poses at the same place.
 struct Fused {
     Matrix6 information = Matrix6::Zero();
     Vector6 weighted = Vector6::Zero();  // sum of information * offset
@@ -39,7 +39,7 @@ double distanceOf(const Fused &a, const Fused &b) {
     return a.explained() + b.explained() - both.explained();
 }
 
-// Of the difference of two poses: the inverse of the sum of their covariances.
+// Returns the inverse covariance of the difference of two poses, which is the inverse of the sum of their covariances.
 Matrix6 informationOfChange(const RelativePose &a, const RelativePose &b) {
     const Matrix6 sum = a.information + b.information;
     return a.information - a.information * Matrix6(solveSymmetric(sum, a.information));
@@ -53,7 +53,7 @@ public:
             sums.back().add(fusedOf(pose));
         }
         cut(0, poses.size());
-        // The stretches with the most poses first.
+        // The stretches with the most poses come first.
         std::stable_sort(stretches.begin(), stretches.end(),
                          [](const Stretch &a, const Stretch &b) { return a.second - a.first > b.second - b.first; });
     }
@@ -76,11 +76,11 @@ public:
     }
 
 private:
-    using Stretch = std::pair<size_t, size_t>;  // from the first pose to the one after the last
+    using Stretch = std::pair<size_t, size_t>;  // the index of the first pose, and that after the last pose
 
     Fused between(size_t first, size_t last) const { return sums[last].without(sums[first]); }
 
-    // Cuts where the change is greatest, as long as it is clear.
+    // Cuts the poses where the change is greatest if it is clear, and then the two parts in the same way.
     void cut(size_t first, size_t last) {
         double greatest = clearSquare;
         size_t middle = first;
@@ -100,7 +100,7 @@ private:
     }
 
     double clearSquare;
-    std::vector<Fused> sums;  // of all poses before each one
+    std::vector<Fused> sums;  // for each index, the sum of all poses before it
     std::vector<Stretch> stretches;
     std::vector<int> places;
 };
@@ -108,8 +108,8 @@ private:
 }  // namespace
 
 void agreeOnScale(std::vector<RelativePose> &poses) {
-    // What each change from one pose to the next says about the scale, and its weight. The weighted median ignores the
-    // changes at which the print moved.
+    // For each change from one pose to the next, the scale that it suggests and the weight of this suggestion. The
+    // first entry is the prior. The weighted median ignores the changes at which the print moved.
     std::vector<std::pair<double, double>> opinions{{0, 1 / printPrior}};
     double sum = opinions.front().second;
     for (size_t i = 1; i < poses.size(); i++) {

@@ -14,7 +14,7 @@ Eigen::Matrix3d crossMatrix(const Eigen::Vector3d &v) {
 Eigen::Matrix3d rotationMatrix(const Eigen::Vector3d &rotation) {
     const double angle2 = rotation.squaredNorm();
     const double angle = std::sqrt(angle2);
-    // Below this angle the series are exact to the last digit.
+    // Below this angle, the first terms of the series are exact to the last digit.
     const bool isSmall = angle < 1e-4;
     const double a = isSmall ? 1 - angle2 / 6 : std::sin(angle) / angle;
     const double b = isSmall ? 0.5 - angle2 / 24 : (1 - std::cos(angle)) / angle2;

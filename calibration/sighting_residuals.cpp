@@ -30,11 +30,11 @@ struct PreparedMotion {
     }
 };
 
-// Cauchy's loss as a factor by which a residual is multiplied. With s the squared residual, the square of the factor is
+// Cauchy's loss as a factor by which a residual is multiplied. For a squared residual s, the square of the factor is
 // loss(s) / s.
 struct RobustFactor {
     double factor = 1;
-    double slope = 0;  // derivative of the factor by s
+    double slope = 0;  // the derivative of the factor by s
 
     RobustFactor(double s, double scale) {
         const double u = s / (scale * scale);

@@ -1,5 +1,5 @@
-// The differences between where corners were seen and where the estimate puts them, in standard deviations, with their
-// derivatives by everything that can vary. This is the only place that has the model of the whole scene:
+// Computes the residuals of a sighting: the differences between the projected and the observed corners, in standard
+// deviations, with their derivatives by everything that can vary. Only this file has the model of the whole scene:
 //
 //   pixel = projection(cameraFromRig * rigFromWorld * worldFromPrint * printedPoint(shape, drawn))
 #pragma once
@@ -19,16 +19,17 @@ using BlockPointers = std::array<const double *, blockCount>;
 
 class SightingResiduals {
 public:
-    // robustScale, in standard deviations: a corner with a larger residual counts less, the larger the residual is
-    // (Cauchy's loss); 0 for plain least squares. Keeps references to the observations, which must outlive this object.
+    // `robustScale` is the scale of Cauchy's loss in standard deviations: the larger a residual is in relation to it,
+    // the less the corner counts. With 0, plain least squares are used. This object keeps references to the
+    // observations and to the sighting, which must outlive it.
     SightingResiduals(const Observations &observations, const Sighting &sighting, double robustScale);
 
-    int corners() const { return int(seen.size()); }  // the used ones
+    int corners() const { return int(seen.size()); }  // the number of used corners
     int rows() const { return 2 * corners(); }
     int blockSize(Block block) const;
 
-    // residuals: rows() values. jacobians: null, or one pointer per block, which is null or has room for
-    // rows() x blockSize values, row by row. False if a corner cannot be projected.
+    // Writes rows() values to `residuals`. `jacobians` is null or has one pointer per block; each pointer is null or
+    // has room for rows() x blockSize() values, row by row. Returns false if a corner cannot be projected.
     bool evaluate(const BlockPointers &blocks, double *residuals, double *const *jacobians) const;
 
 private:

@@ -12,8 +12,8 @@ namespace calibration {
 
 namespace {
 
-// One camera's sightings, each treated as a moment and a print of its own, so that a lens can be estimated before it is
-// known how prints and moments are linked.
+// The sightings of one camera. Each sighting has a pose of its own, so that a lens can be estimated before it is known
+// how prints and moments are linked.
 class LensAlone {
 public:
     LensAlone(const Observations &all, int camera) {
@@ -33,10 +33,11 @@ public:
 
     bool isEmpty() const { return alone.sightings.empty(); }
 
-    // Keeps some of the sightings, with some of their corners each.
+    // Keeps only some of the sightings, and only some corners of each.
     void keepFew(size_t fewSightings, size_t fewCorners) {
         if (alone.sightings.size() > fewSightings) {
-            // Taken at regular intervals from the half with the most corners, whose poses usually differ.
+            // The sightings are taken at regular intervals from the half with the most corners. Their poses usually
+            // differ.
             const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
             std::vector<Sighting> few;
             for (size_t i = 0; few.size() < fewSightings; i += stride) {
@@ -57,8 +58,8 @@ public:
         alone.moments = int(alone.sightings.size());
     }
 
-    // Improves the lens. Returns the rms of the residuals in standard deviations. The share of each sighting is
-    // limited, so that a bad one does not dominate.
+    // Improves the lens. Returns the rms of the residuals in standard deviations. The rms of each sighting is limited
+    // in it, so that a bad sighting does not dominate.
     double improve(Eigen::VectorXd &intrinsics, double robustScale, int iterations) const {
         constexpr double roughly = 1e-4;
         Estimate estimate = poses(intrinsics);
@@ -150,8 +151,8 @@ Eigen::VectorXd plainLens(const Camera &camera, double focalLength) {
     return intrinsics;
 }
 
-// Finds the poses of prints, moments and cameras from each other, by following the photographs that link them. The most
-// reliable sightings are followed first.
+// Finds the poses of prints, moments and cameras by following the photographs that link them. The most reliable
+// sightings are followed first.
 class PoseTree {
 public:
     PoseTree(const Observations &seen, std::vector<Eigen::VectorXd> lenses) : observations(seen) {
@@ -208,7 +209,7 @@ private:
         return std::any_of(links.begin(), links.end(), [&](const Link &link) { return link.sighting->print == print; });
     }
 
-    // Follows the most reliable link that yields a new pose. False if there is none.
+    // Follows the most reliable link that yields a new pose. Returns false if there is none.
     bool extend() {
         for (const Link &link : links) {
             const auto print = size_t(link.sighting->print);
@@ -227,8 +228,8 @@ private:
         return false;
     }
 
-    // Computes the poses of moments and cameras from those of photographs, and the poses of further photographs from
-    // these, until no new one follows.
+    // Computes the poses of moments and cameras from those of photographs, and from these the poses of further
+    // photographs. Repeats this until there are no new poses.
     void spread() {
         for (bool isNew = true; isNew;) {
             isNew = false;
@@ -291,11 +292,11 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
     if (all.isEmpty()) {
         return std::nullopt;
     }
-    // A few sightings with few corners are enough to tell focal lengths apart, and some more for a start value.
+    // A few sightings with few corners are enough to tell focal lengths apart. A start value needs some more.
     LensAlone few = all;
     few.keepFew(10, 50);
     all.keepFew(40, 100);
-    // Large residuals are weighted down from the start. The first scale is wide, because all residuals are large while
+    // Large residuals have little weight from the start. The first scale is wide, because all residuals are large while
     // the focal length is wrong.
     constexpr double firstScale = 300;
     constexpr double secondScale = 30;

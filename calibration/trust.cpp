@@ -15,12 +15,13 @@ namespace {
 
 constexpr int mapColumns = 60;
 constexpr int mapRows = 40;
-// A half with a larger standard deviation of the focal length, as a share of it, says nothing about the other half.
+// The lens from a half of the moments is not used if the standard deviation of its focal length is more than this share
+// of it.
 constexpr double greatestFocalSigma = 0.02;
-// Above this share of the prior's standard deviation, little more is known than the prior.
+// A number is not determined if its standard deviation is more than this share of the prior's.
 constexpr double undeterminedShare = 0.7;
 
-// What the used sightings of one camera add up to.
+// Sums over the used sightings of one camera.
 struct CameraSum {
     double squares = 0;
     int corners = 0;
@@ -114,7 +115,8 @@ void judgePrint(const Calibration &calibration, size_t print, PrintTrust &trust)
     }
 }
 
-// The lenses from every other moment that is used; empty where these moments do not determine a lens.
+// Returns the lens of each camera from every other used moment: from those with even positions for half 0, odd for half
+// 1. A lens is empty if these moments do not determine it.
 std::vector<std::optional<Eigen::VectorXd>> lensesOfHalf(const Calibration &calibration, int half) {
     Observations some = calibration.observations;
     std::set<int> moments;

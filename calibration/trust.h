@@ -1,12 +1,12 @@
-// How far a solved calibration can be trusted: per camera and per print.
+// Computes how far each camera and each print of a solved calibration can be trusted.
 #pragma once
 
 #include "calibration/calibrate.h"
 
 namespace calibration {
 
-// Fills Calibration::cameras except for `trials`, and Calibration::prints except for isMeasured, from its observations,
-// estimate and covariance.
+// Fills Calibration::cameras except for `trials`, and Calibration::prints except for isMeasured. Needs the
+// calibration's observations, estimate, freedom and covariance.
 void judgeTrust(Calibration &calibration);
 
 }  // namespace calibration

@@ -1,4 +1,4 @@
-// A photograph that gives a calibration nothing.
+// A photograph that a calibration cannot use.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@ namespace calibration {
 
 struct UnusedPhotograph {
     std::string name;
-    std::string reason;  // a whole sentence that does not name it
+    std::string reason;  // a whole sentence, without the photograph's name
 };
 
 }  // namespace calibration

@@ -1,11 +1,11 @@
-// Puts into words how good a calibration is and what would make it better.
+// Writes the texts that say how good a calibration is and how to improve it.
 #pragma once
 
 #include "calibration/calibrate.h"
 
 namespace calibration {
 
-// Fills Calibration::verdict and adds to Calibration::notices, from everything else.
+// Fills Calibration::verdict and adds to Calibration::notices. All other members must be complete, except for `next`.
 void giveVerdict(Calibration &calibration, bool isLensGiven);
 
 }  // namespace calibration

@@ -8,17 +8,18 @@
 
 namespace calibration {
 
-// With a capital letter at the start of a sentence, unless it starts with a quotation mark.
+// Returns the text with a capital first letter. A text that starts with a quotation mark stays as it is.
 std::string capitalised(std::string text);
 
-// "pattern 3", "patterns 3 and 7", or the prints' names in quotation marks if they have no numbers.
+// Returns "pattern 3" or "patterns 3 and 7". Prints without a number get their name in quotation marks, prints without
+// a name "the target".
 std::string namesOf(const Observations &observations, const std::vector<int> &prints);
 
-// A number with a few digits: "0.06", "2.1", "350".
+// Returns the number with a few digits: "0.06", "2.1", "350".
 std::string rounded(double value);
 
-// One of nine parts of the picture: "in the middle", "in the lower left corner", "at the upper edge". x and y are
-// shares of the picture, 0 to 1.
+// Returns the name of one of nine parts of the picture: "in the middle", "in the lower left corner", "at the upper
+// edge". x and y are shares of the picture's width and height, from 0 to 1.
 std::string placeInPicture(double x, double y);
 
 }  // namespace calibration
