@@ -23,7 +23,7 @@ function(lmcaltab_install_library target)
   endif()
   set(component ${target}Development)
   install(TARGETS ${target} EXPORT ${target}Targets
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${target}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${target} NAMELINK_COMPONENT ${component}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component}
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

@@ -11,13 +11,13 @@ toolchain=$PWD/packaging/windows/toolchain.cmake
 own_projects=$PWD/packaging/windows # for libraries whose own build does not suit
 
 # In the order in which they are built: short ones first, so that an error in them shows early.
-libraries=(headers googletest libexif png jpeg tiff ceres qt qwt opencv)
-declare -A source_package=([qt]=qtbase-opensource-src [png]=libpng1.6 [jpeg]=libjpeg-turbo [tiff]=tiff
+libraries=(headers googletest libexif png jpeg tiff ceres qt qtsvg qwt opencv)
+declare -A source_package=([qt]=qtbase-opensource-src [qtsvg]=qtsvg-opensource-src [png]=libpng1.6 [jpeg]=libjpeg-turbo [tiff]=tiff
   [opencv]=opencv [ceres]=ceres-solver [qwt]=qwt [libexif]=libexif)
 # The versions in Debian 12; its revisions, with their security fixes, are taken as they come.
-declare -A version=([qt]=5.15.8 [png]=1.6.39 [jpeg]=2.1.5 [tiff]=4.5.0 [opencv]=4.6.0 [ceres]=2.1.0 [qwt]=6.1.4
+declare -A version=([qt]=5.15.8 [qtsvg]=5.15.8 [png]=1.6.39 [jpeg]=2.1.5 [tiff]=4.5.0 [opencv]=4.6.0 [ceres]=2.1.0 [qwt]=6.1.4
   [libexif]=0.6.24)
-declare -A needs=([tiff]=jpeg [opencv]="png jpeg tiff" [ceres]=headers [qwt]=qt)
+declare -A needs=([tiff]=jpeg [opencv]="png jpeg tiff" [ceres]=headers [qtsvg]=qt [qwt]=qt)
 
 key_of() {
   local name=$1 needed
@@ -142,6 +142,13 @@ build_qt() {
   make -j "$jobs" sub-src
   make -C src install
   make sub-qmake-qmake-aux-pro-install_subtargets install_mkspecs install_syncqt
+}
+
+# Into the folder of Qt, where Qt's CMake files expect all of its modules.
+build_qtsvg() {
+  [ -e Makefile ] || "$(prefix_of qt)/bin/qmake" "$sources/qtsvg.pro"
+  make -j "$jobs" sub-src
+  make -C src install
 }
 
 build_qwt() { cross . -S "$own_projects/qwt" -DQWT_SOURCES="$sources" -DCMAKE_FIND_ROOT_PATH="$(prefixes_of qt)"; }

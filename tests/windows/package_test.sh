@@ -1,0 +1,105 @@
+#!/usr/bin/env bash
+# The zip and the installer under wine, as somebody has them who has nothing else of ours: resources, start from a folder
+# of any name, installation without an administrator, removal without a trace, and a client of the library.
+#   package_test.sh FOLDER_OF_PACKAGES
+set -u
+packages=$(realpath "$1")
+source=$(realpath "$(dirname "$0")/../..")
+run=$source/packaging/windows/wine_run
+folder=$(mktemp -d)
+export WINEPREFIX=$folder/wine
+unset LMCALTAB_DLL_FOLDERS DISPLAY
+trap '/usr/lib/wine/wineserver64 -k 2>/dev/null; rm -rf "$folder"' EXIT
+cases=0 failures=0
+
+# expect NAME COMMAND...: counts a case and reports it if the command fails.
+expect() {
+  cases=$((cases + 1))
+  "${@:2}" || { failures=$((failures + 1)); echo "FAILED: $1" >&2; }
+}
+# is_soon COMMAND...: waits up to a minute for it to succeed.
+is_soon() {
+  for _ in $(seq 120); do "$@" && return; sleep 0.5; done
+  return 1
+}
+absent() { [ ! -e "$1" ]; }
+
+"$run" wineboot -i 2>/dev/null
+place="$folder/Prüf 図"
+mkdir "$place"
+unzip -q "$packages"/LmCalTab-*-win64.zip -d "$place"
+tree=$(echo "$place"/LmCalTab-*-win64)
+version=$(basename "$tree" | cut -d- -f2)
+
+# Types of resources: 14 is a group of icons, 16 the version, 24 the manifest.
+text_of() { wrestool -x --raw -t16 "$1" | iconv -f UTF-16LE -t UTF-8 -c | tr -d '\0'; }
+for file in "$tree"/bin/{*.exe,LmLib64.dll}; do
+  name=$(basename "$file")
+  expect "$name has the version" grep -qF "ProductVersion$version" <(text_of "$file" | tr -d '\001\002\003-\037')
+  expect "$name has a description" grep -qF "FileDescription" <(text_of "$file")
+  case $name in
+    *.exe)
+      expect "$name has icons" test "$(wrestool -l -t3 "$file" | wc -l)" -ge 4
+      expect "$name has its group" test "$(wrestool -l -t14 "$file" | wc -l)" -eq 1
+      expect "$name has its manifest" cmp <(wrestool -x --raw -t24 "$file") "$source/packaging/windows/program.manifest"
+      ;;
+  esac
+done
+
+# draws TREE: all that draw_pattern needs is in the tree.
+draws() {
+  (cd "$place" && "$run" "$1/bin/draw_pattern.exe" custom --grid-spacing 12 --thickness 2 -o "日本語 Größe.pdf") &&
+    rm "$place/日本語 Größe.pdf"
+}
+expect "draws from the zip" draws "$tree"
+expect "has the licences of what it contains" test "$(find "$tree/share/doc/LmCalTab/licences" -name '*.txt' | wc -l)" -ge 15
+
+# A client that another compiler made, without a C library.
+cat >"$folder/client.c" <<'CLIENT'
+#include <lmlib64.h>
+int start(void) {
+    int32_t result = -1;
+    lmLibFinalize(&result);
+    return result == LmLibResultOperationSucceeded ? 42 : 1;
+}
+CLIENT
+link_client() {
+  clang --target=x86_64-pc-windows-msvc -ffreestanding -I"$tree/include" -c "$folder/client.c" -o "$folder/client.obj" &&
+    lld-link -entry:start -subsystem:console -nodefaultlib -out:"$tree/bin/client.exe" "$folder/client.obj" \
+      "$tree/lib/LmLib64.lib"
+}
+expect "links a client of another compiler" link_client
+"$run" "$tree/bin/client.exe"
+expect "runs it" test $? -eq 42
+
+# Installs for this user only, starts, and removes everything again.
+list() { (cd "$1" && find . -not -path './users/*/Temp/*' -not -name client.exe -not -name Uninstall.exe | LC_ALL=C sort); }
+list "$WINEPREFIX/drive_c" >"$folder/before"
+installer=$(echo "$packages"/LmCalTab-*-win64.exe)
+expect "installs" "$run" "$installer" /S
+installed=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/LmCalTab)
+expect "what is in the zip" diff <(list "$tree") <(list "$installed")
+menu=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Roaming/Microsoft/Windows/"Start Menu"/Programs/LmCalTab)
+expect "a start menu entry" test -e "$menu/LmCalTab.lnk"
+uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\LmCalTab'
+"$run" reg query "$uninstall_key" >"$folder/key" 2>&1
+expect "an entry in the list of programs" grep -q "DisplayVersion.*$version" "$folder/key"
+expect "draws as installed" draws "$installed"
+
+expect "installs over it" "$run" "$installer" /S
+expect "draws again" draws "$installed"
+echo mine >"$installed/my own file.txt"
+expect "uninstalls" "$run" "$installed/Uninstall.exe" /S
+expect "all files" is_soon absent "$installed/Uninstall.exe"
+expect "but those of others" test -e "$installed/my own file.txt"
+rm -r "$installed"
+
+expect "installs anew" "$run" "$installer" /S
+expect "uninstalls again" "$run" "$installed/Uninstall.exe" /S
+expect "the folder" is_soon absent "$(dirname "$installed")"
+expect "leaves nothing" diff "$folder/before" <(list "$WINEPREFIX/drive_c")
+"$run" reg query "$uninstall_key" >"$folder/key" 2>&1
+expect "not in the list of programs" test $? -ne 0
+
+echo "$cases cases, $failures failed"
+[ "$failures" -eq 0 ]
