@@ -98,7 +98,7 @@ std::string rounded(double value, int digits) {
     return number(value, digits - 1 - int(std::floor(std::log10(std::abs(value)) + 1e-9)));
 }
 
-std::string count(long value) {
+std::string count(std::ptrdiff_t value) {
     std::string text = std::to_string(value);
     for (size_t i = text.size(); i > 3; i -= 3) {
         text.insert(i - 3, ",");

@@ -1,6 +1,7 @@
 // Texts and numbers as the report shows them. Numbers have a decimal point in every locale, and none is ever "nan".
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,7 +18,7 @@ std::string shortest(double value, int decimals);
 // With this many significant digits, but never in exponential form.
 std::string rounded(double value, int digits);
 // "12,345"
-std::string count(long value);
+std::string count(std::ptrdiff_t value);
 
 // The value with as many decimals as two digits of its standard deviation need: "1234.56 ± 0.12". Only the value if
 // the deviation is 0 or not finite.

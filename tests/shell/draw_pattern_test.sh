@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Tests the command line of draw_pattern: the library's parameters, the files, the messages and the exit codes.
-#   draw_pattern_test.sh DRAW_PATTERN
+#   draw_pattern_test.sh DRAW_PATTERN VERB
+# VERB is what cannot be done with a folder that is given as a file: "opened" or "read".
 set -euo pipefail
-draw_pattern=$1
+draw_pattern=$1 verb=$2
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
@@ -73,7 +74,7 @@ width() { od -An -tu4 --endian=big -j16 -N4 "$1" | tr -d ' '; }
 # A wrong call gets a message that names the mistake, and writes nothing.
 while IFS='|' read -r arguments text; do
   eval "ends 2 $arguments"
-  says err "draw_pattern: $text"
+  says err "draw_pattern: ${text/VERB/$verb}"
   [ ! -e no.pdf ] || fail "$arguments wrote a file"
 done <<'ROWS'
 |give one of official, custom,
@@ -88,7 +89,7 @@ custom --grid-spacing 0 -o no.pdf|Parameter "Patterns"[0]/"GridSpacing" is 0,
 custom --grid-spacing 5 --resolution 5 -o no.pdf|Parameter "Resolution" is 5;
 custom --grid-spacing 5 -o no.xyz|Parameter "Filename" is "no.xyz";
 --from absent.json -o no.pdf|The file "absent.json" cannot be used: it cannot be opened.
---from . -o no.pdf|The file "." cannot be used: it cannot be read.
+--from . -o no.pdf|The file "." cannot be used: it cannot be VERB.
 --from first.pdf -o no.pdf|The file "first.pdf" cannot be used: it is not JSON
 --from parameters.json -o no.pdf|The file "parameters.json" is not a pattern file of version 1.
 --json <(echo 5) -o no.pdf|The file
