@@ -24,10 +24,10 @@ SolvedCamera solvedCamera(const Calibration &calibration, size_t camera) {
             calibration.estimate.cameraFromRig[camera]};
 }
 
-// Adds a file, or says that it cannot be made.
+// Adds a file, or an omission if its content is empty.
 void add(ResultFiles &result, const std::string &name, std::string content, const SolvedCamera &camera) {
     if (content.empty()) {
-        result.omissions.push_back("There is no " + name + ", because this form has no lens with the model " +
+        result.omissions.push_back("There is no " + name + ", because this file format has no lens model " +
                                    nameOf(camera.camera.lens) + ".");
     } else {
         result.files.push_back({name, std::move(content)});
@@ -44,13 +44,13 @@ void addCamera(ResultFiles &result, const SolvedCamera &camera) {
     add(result, name + ".cameramodel", mrcalFile(camera), camera);
 }
 
-// Says which cameras a file for several cameras does not have.
+// Adds an omission for each camera whose lens model a file for several cameras cannot have.
 void noteMissing(ResultFiles &result, const std::string &file, const std::vector<SolvedCamera> &cameras,
                  bool (*has)(LensModel)) {
     for (const SolvedCamera &camera : cameras) {
         if (!has(camera.camera.lens)) {
             result.omissions.push_back(camera.camera.name + " is not in " + file +
-                                       ", because this form has no lens with the model " + nameOf(camera.camera.lens) +
+                                       ", because this file format has no lens model " + nameOf(camera.camera.lens) +
                                        ".");
         }
     }

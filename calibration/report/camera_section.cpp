@@ -39,10 +39,10 @@ const char *parameterName(LensModel lens, int index) {
     return lens == LensModel::Fisheye ? fisheye[size_t(index)] : pinhole[size_t(index)];
 }
 
-// The angle between two pixels' directions as text.
+// Returns the angle between the directions of two pixels as text.
 std::string angleBetween(const Camera &camera, const Eigen::VectorXd &intrinsics, const Vector2d &a,
                          const Vector2d &b) {
-    // From the middle outwards, because the whole angle may exceed 180 degrees.
+    // The two halves of the angle are added, because the whole angle may exceed 180 degrees.
     const Vector2d middle = (a + b) / 2;
     std::array<Vector3d, 3> directions;
     if (!unproject(camera.lens, intrinsics.data(), a, directions[0]) ||
@@ -127,8 +127,8 @@ std::string cameraSection(const Calibration &calibration, int camera) {
     html += facts(what, intrinsics, trust);
     html += "<div class=\"figures\">\n";
     html += mapFigure(what, trust.uncertainty, "Uncertainty",
-                      "How uncertain the projection of a point at " + rounded(trust.distance, 3) +
-                          " mm is: one standard deviation in px, in the worse direction.")
+                      "The uncertainty of the projection of a point at " + rounded(trust.distance, 3) +
+                          " mm: one standard deviation in px, in the worse direction.")
                 .html();
     html += mapFigure(what, trust.uncertaintyAtInfinity, "Uncertainty at infinity",
                       "The same for a point that is very far away.")

@@ -13,7 +13,7 @@ namespace {
 using Eigen::Vector2d;
 
 constexpr size_t mostRows = 4000;
-constexpr size_t openRows = 60;  // more are folded away
+constexpr size_t openRows = 60;  // a table with more rows is folded at first
 constexpr size_t mostThumbnails = 300;
 constexpr size_t mostThumbnailBytes = 40000;
 constexpr size_t mostTips = 400;
@@ -41,7 +41,7 @@ void drawAxis(Drawing &drawing, double width, double height, double left, double
     drawing.add("grid", lines);
 }
 
-// One bar per photograph, in the order of the table.
+// Draws one bar for each photograph, in the order of the table.
 std::string bars(const Calibration &calibration, const std::vector<PhotographSummary> &summaries) {
     const double greatest = greatestRms(summaries);
     if (!(greatest > 0)) {
@@ -75,8 +75,8 @@ std::string bars(const Calibration &calibration, const std::vector<PhotographSum
     drawing.add("bar", all);
     drawing.add("cross", crosses);
     return "<figure class=\"wide\"><h4>Residual of each photograph</h4>\n" + drawing.svg() +
-           "<figcaption>Root mean square in px, in the order of the table. A cross marks a photograph of which "
-           "something is left out.</figcaption></figure>\n";
+           "<figcaption>Root mean square in px, in the order of the table. A cross marks a photograph with a pattern "
+           "that is left out.</figcaption></figure>\n";
 }
 
 std::string thumbnail(const ReportInput &input, size_t index, size_t &shown) {

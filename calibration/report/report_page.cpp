@@ -97,16 +97,16 @@ std::string nextSection(const Calibration &calibration) {
 
 const char *explanations() {
     return "<section class=\"about\"><h2>How to read this</h2><dl>"
-           "<dt>Residual</dt><dd>How far corners were seen from where the calibration puts them. A small residual does "
-           "not show that the calibration is right: few photographs, all alike, have small residuals too.</dd>"
-           "<dt>Uncertainty</dt><dd>How far the image of a point could move if all photographs were taken again. This "
-           "is what to judge a calibration by. It holds if the lens model fits, and the mean residuals show whether it "
-           "does.</dd>"
-           "<dt>Difference between halves</dt><dd>A check that assumes less: two calibrations, each from one half of "
-           "the photographs.</dd>"
+           "<dt>Residual</dt><dd>The distance between a corner in a photograph and the same corner as the calibration "
+           "projects it. A small residual does not show that the calibration is right: a few photographs that are all "
+           "alike have small residuals, too.</dd>"
+           "<dt>Uncertainty</dt><dd>How far the image of a point could move if all photographs were taken again. Judge "
+           "a calibration by this value. It is right only if the lens model fits, which the mean residuals show.</dd>"
+           "<dt>Difference between halves</dt><dd>The difference between two calibrations, each from one half of the "
+           "photographs. It also shows errors that are not random.</dd>"
            "<dt>\xC2\xB1</dt><dd>One standard deviation. The true value is within twice this in 95 of 100 cases.</dd>"
-           "<dt>Scale</dt><dd>Photographs do not show how large things are. All lengths rest on the size of a print; "
-           "measure its check bars with a caliper if lengths matter.</dd></dl></section>\n";
+           "<dt>Scale</dt><dd>Photographs do not show how large things are. All lengths are based on the size of a "
+           "print. Measure its check bars with a caliper if lengths matter.</dd></dl></section>\n";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What the photographs show: residuals, and where corners were seen.
+// Draws the figures of residuals and of the places where corners were seen.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -16,7 +16,7 @@ namespace {
 using Eigen::Vector2d;
 using Eigen::Vector3d;
 
-// Of all cameras together.
+// The number of arrows for all cameras together. A camera's share of it is at least `fewestArrows`.
 constexpr size_t arrowsInAll = 6000;
 constexpr size_t fewestArrows = 200;
 
@@ -38,7 +38,8 @@ std::vector<CornerResidual> residualsOf(const Calibration &calibration, int came
     return result;
 }
 
-// The factor 1, 2 or 5 times a power of ten that makes a typical arrow about as long as asked, in pixels.
+// Returns the factor, 1, 2 or 5 times a power of ten, with which nine in ten arrows are at most as long as wanted.
+// Lengths are in pixels.
 double enlargement(std::vector<double> lengths, double wanted) {
     if (lengths.empty()) {
         return 1;
@@ -52,7 +53,7 @@ std::string times(double factor) {
     return factor >= 1 ? count(long(factor)) : number(factor, 3);
 }
 
-// The picture in cells that are about square.
+// Divides the picture into cells that are about square.
 struct CellGrid {
     CellGrid(const Camera &picture, int most) : camera(picture) {
         const int longer = std::max(camera.width, camera.height);
@@ -68,7 +69,7 @@ struct CellGrid {
         return size_t(index(pixel.y(), camera.height, rows)) * size_t(columns) +
                size_t(index(pixel.x(), camera.width, columns));
     }
-    // The picture's coordinates of a corner of a cell, or of its middle.
+    // Returns the pixel of a place in the grid. Whole numbers are corners of cells, and halves are middles.
     Vector2d at(double column, double row) const {
         return {column * camera.width / columns - 0.5, row * camera.height / rows - 0.5};
     }
@@ -102,10 +103,12 @@ Figure residualFigure(const Calibration &calibration, int camera) {
     drawing.add("thin", arrows);
     frame.outline(drawing);
     figure.svg = drawing.svg();
-    figure.caption = "From where a corner was seen to where the calibration puts it, enlarged " + times(factor) +
-                     " times. " +
-                     (step > 1 ? count(long(shown)) + " of " + count(long(residuals.size())) + " corners. " : "") +
-                     "They should point in all directions.";
+    figure.caption =
+        "Each arrow points from a corner in a photograph to the same corner as the calibration projects "
+        "it, enlarged " +
+        times(factor) + " times. " +
+        (step > 1 ? count(long(shown)) + " of " + count(long(residuals.size())) + " corners are shown. " : "") +
+        "The arrows should point in all directions.";
     return figure;
 }
 
@@ -119,7 +122,7 @@ Figure meanResidualFigure(const Calibration &calibration, int camera) {
         sums[cell] += residual.error;
         counts[cell]++;
     }
-    constexpr int fewest = 4;  // corners that make a mean
+    constexpr int fewest = 4;  // a mean of fewer corners is not shown
     std::vector<double> lengths;
     for (size_t cell = 0; cell < grid.size(); cell++) {
         if (counts[cell] >= fewest) {

@@ -19,9 +19,9 @@ using Eigen::Vector3d;
 constexpr size_t mostCameras = 200;
 constexpr size_t mostPrints = 200;
 constexpr size_t mostLabels = 40;
-constexpr int styles = 6;  // of cameras: "camera0" ...
+constexpr int styles = 6;  // the style classes of cameras are "camera0" to "camera5"
 
-// One camera at one moment: its place, and the directions to the corners of its picture.
+// A camera at one moment: its pose, and the directions of the corners of its picture.
 struct Viewpoint {
     int camera = 0;
     RigidMotion worldFromCamera;
@@ -40,7 +40,7 @@ std::array<Vector3d, 4> pictureCorners(const Camera &camera, const Eigen::Vector
     for (size_t i = 0; i < pixels.size(); i++) {
         Vector3d direction;
         const bool isSeen = unproject(camera.lens, intrinsics.data(), pixels[i], direction);
-        // Wide pictures are drawn narrower, so that the pyramid keeps its form.
+        // Very wide fields of view are drawn narrower, because their pyramids would be nearly flat.
         const Vector2d fallback = pixels[i] / camera.width - Vector2d(0.5, 0.5 * camera.height / camera.width);
         const Vector2d across =
             isSeen && direction.z() > 0.4 ? Vector2d(direction.head<2>() / direction.z()) : fallback;
@@ -87,7 +87,7 @@ Outline outlineOf(const Calibration &calibration, int index) {
         least = least.cwiseMin(point);
         most = most.cwiseMax(point);
     }
-    constexpr int steps = 6;  // along a side, because prints may be bent
+    constexpr int steps = 6;  // points along each side, because prints may be bent
     const std::array<Vector2d, 5> shares{Vector2d(0, 0), Vector2d(1, 0), Vector2d(1, 1), Vector2d(0, 1),
                                          Vector2d(0, 0)};
     for (size_t side = 0; side < 4; side++) {
@@ -111,7 +111,7 @@ std::vector<Outline> outlinesOf(const Calibration &calibration, int group) {
     return result;
 }
 
-// Two of the world's axes as the figure's right and down.
+// The direction from which a figure shows the scene, as two axes of the world: right and down in the figure.
 struct Side {
     const char *title;
     Vector3d right, down;
@@ -210,7 +210,7 @@ private:
     Vector2d least = Vector2d::Constant(std::numeric_limits<double>::max());
     Vector2d most = Vector2d::Constant(std::numeric_limits<double>::lowest());
     double pyramid = 1;  // height of a camera's pyramid, mm
-    double scale = 1;    // units per mm
+    double scale = 1;    // units of the figure per mm
 };
 
 std::string legend(const Observations &observations) {
@@ -239,9 +239,9 @@ std::string sceneSection(const Calibration &calibration) {
         Side{"from above", Vector3d::UnitX(), -Vector3d::UnitZ(), "x to the right, z upwards."},
         Side{"from the right", Vector3d::UnitZ(), Vector3d::UnitY(), "z to the right, y downwards."}};
     std::string html =
-        "<section><h2>Scene</h2>\n<p>Patterns (filled) and cameras (pyramids) in the common coordinate "
-        "system. It belongs to the first pattern: the camera seems to move even if it stood still and "
-        "the pattern was moved.</p>\n" +
+        "<section><h2>Scene</h2>\n<p>The patterns (filled) and the cameras (pyramids) in the coordinate "
+        "system of the first pattern. A camera therefore seems to move even if it stood still and the "
+        "pattern was moved.</p>\n" +
         legend(calibration.observations) + "<div class=\"figures two\">\n";
     for (const Side &side : sides) {
         const SceneView view(side, viewpoints, outlines);
