@@ -46,7 +46,7 @@ Eigen::Vector3d placeOf(const AssemblyAxes::Corner &corner, const Calibration &c
                                 std::to_string(corner.row) + ", or is not linked with the others.");
 }
 
-// Turns the common coordinate system into that of the three corners.
+// Converts the patterns from the first print's coordinate system to that of the three corners.
 void changeAxes(const AssemblyAxes &axes, const Calibration &calibration, std::vector<AssemblyPattern> &patterns) {
     std::array<Eigen::Vector3d, 3> corners;
     for (size_t i = 0; i < corners.size(); i++) {

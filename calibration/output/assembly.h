@@ -1,5 +1,5 @@
-// The prints of a calibration in their common coordinate system, with every corner on the bent surface.
-// Lengths are millimetres.
+// Computes the prints of a calibration in their common coordinate system, with every corner on the bent surface.
+// Lengths are in millimetres.
 #pragma once
 
 #include <Eigen/Core>
@@ -11,8 +11,9 @@
 
 namespace calibration {
 
-// Three corners that define the common coordinate system: the first is its origin, the x axis goes through the second,
-// and the third lies on the side of the positive y axis. Without them it is that of the first print's file.
+// Three corners that define the common coordinate system. The first corner is its origin, the x axis goes through the
+// second, and the third is on the side of the positive y axis. Without these corners, the coordinate system is that of
+// the first print's file.
 struct AssemblyAxes {
     struct Corner {
         int pattern = 0;  // Print::number; any value if there is only one print
@@ -25,20 +26,21 @@ struct AssemblyAxes {
 struct AssemblyPoint {
     Eigen::Vector2i cell;  // column and row in the pattern file
     Eigen::Vector3d place;
-    double sigma = 0;  // along the worst direction, in the first print's coordinate system
+    double sigma = 0;  // standard deviation along the worst direction, relative to the first print
 };
 
 struct AssemblyPattern {
     int print = 0;
-    // From the print's own axes to the common ones.
+    // Rotation and translation take points from the print's own axes to the common ones.
     Eigen::Matrix3d rotation;
     Eigen::Vector3d translation;
-    Eigen::Vector2d scale;              // of the print in x and y, relative to its drawing
+    Eigen::Vector2d scale;              // the size of the print along x and y, divided by that of its drawing
     std::vector<AssemblyPoint> points;  // every corner of the print, seen or not
 };
 
-// The prints that photographs link with the first one. Throws std::invalid_argument with a sentence for the user if a
-// corner of `axes` does not exist or if the three lie on one line.
+// Returns the prints that photographs link with the first print that has a pose, itself included. Throws
+// std::invalid_argument with a sentence for the user if a corner of `axes` does not exist or if the three corners lie
+// on one line.
 std::vector<AssemblyPattern> assemblyOf(const Calibration &calibration, const std::optional<AssemblyAxes> &axes);
 
 }  // namespace calibration

@@ -12,7 +12,7 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr int formatVersion = 1;
-constexpr int nanometres = 6;  // decimal places of millimetres
+constexpr int nanometres = 6;  // decimal places of a length in mm that is rounded to nanometres
 
 ordered_json numberOf(const Print &print) {
     return print.number < 0 ? ordered_json() : ordered_json(print.number);

@@ -1,4 +1,4 @@
-// The assembly as a mesh in the PLY format, to be looked at.
+// Writes the assembly as a mesh in the PLY format, for viewers of 3D models.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace calibration {
 
-// Text, in mm. Every corner is a vertex with its standard deviation and its print's number in the calibration, and four
-// neighbouring corners make a face.
+// Returns the text of an ASCII file, with lengths in mm. Each corner is a vertex with its standard deviation and the
+// index of its print in the calibration. Four neighbouring corners make a face.
 std::string assemblyPly(const std::vector<AssemblyPattern> &patterns);
 
 }  // namespace calibration

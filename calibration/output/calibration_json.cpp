@@ -13,7 +13,7 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr int formatVersion = 1;
-constexpr int mapDigits = 5;  // decimal places of pixels in maps
+constexpr int mapDigits = 5;  // decimal places of the pixels in maps and residuals
 
 const char *nameOf(Grade grade) {
     switch (grade) {
@@ -62,7 +62,7 @@ ordered_json rowsOf(const Eigen::MatrixXd &matrix) {
     return rows;
 }
 
-// One array for each row of the picture; null where the lens has no direction.
+// Returns one array for each row of the map. A value is null where the lens has no direction.
 ordered_json mapJson(const PictureMap &map) {
     ordered_json rows = ordered_json::array();
     for (int row = 0; row < map.rows; row++) {
@@ -148,7 +148,8 @@ ordered_json printJson(const Calibration &calibration, size_t index) {
     return json;
 }
 
-// Pixels per point over the used corners; null if there are none or if one cannot be projected.
+// Returns the root mean square of the residuals of the used corners, in pixels; null if there are no used corners or if
+// one cannot be projected.
 ordered_json residualOf(const Calibration &calibration, const Sighting &sighting) {
     const Observations &observations = calibration.observations;
     const Estimate &estimate = calibration.estimate;

@@ -1,4 +1,4 @@
-// The text of a JSON document, laid out for people: one line for every member and for every array of plain values.
+// Makes the text of a JSON document that people can read: each member and each array of plain values has its own line.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>

@@ -18,7 +18,7 @@ std::string listText(const double *numbers, int count, const char *separator = "
     return text;
 }
 
-// The distortion coefficients, with zeros up to `least`.
+// Returns the distortion coefficients, followed by zeros if there are fewer than `least`.
 std::vector<double> coefficientsOf(const SolvedCamera &camera, int least = 0) {
     std::vector<double> coefficients(camera.intrinsics.data() + pinholeParameters,
                                      camera.intrinsics.data() + camera.intrinsics.size());
@@ -31,14 +31,14 @@ std::string coefficientText(const SolvedCamera &camera, int least = 0) {
     return listText(coefficients.data(), int(coefficients.size()));
 }
 
-// The camera matrix, row by row. `hasFourth`: with a fourth column of zeros.
+// Returns the camera matrix, row by row; with a fourth column of zeros if `hasFourth`.
 std::string matrixText(const Eigen::VectorXd &k, bool hasFourth = false) {
     const std::string zero = hasFourth ? ", 0.0" : "";
     return numberText(k[0]) + ", 0.0, " + numberText(k[2]) + zero + ", 0.0, " + numberText(k[1]) + ", " +
            numberText(k[3]) + zero + ", 0.0, 0.0, 1.0" + zero;
 }
 
-// A text in double quotes, for YAML.
+// Puts a text in double quotes for YAML.
 std::string quoted(const std::string &text) {
     std::string result = "\"";
     for (const char c : text) {
@@ -106,7 +106,7 @@ const char *colmapModel(LensModel lens) {
     return nullptr;
 }
 
-// The rows of a 4 x 4 matrix in metres.
+// Returns the rows of a 4 x 4 matrix, with the translation in metres.
 std::string kalibrPose(const RigidMotion &motion) {
     const Eigen::Matrix3d rotation = rotationMatrix(motion.rotation);
     std::string text = "  T_cn_cnm1:\n";

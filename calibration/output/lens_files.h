@@ -1,8 +1,8 @@
-// The files in which other programs expect cameras: OpenCV, ROS, mrcal, Kalibr and COLMAP. Each function gives the text
-// of a file, or an empty text if the file's form has no such lens model.
+// Makes files with cameras in the formats of OpenCV, ROS, mrcal, Kalibr and COLMAP. Each function returns the text of a
+// file, or an empty text if the format has no such lens model.
 //
-// All of these programs but COLMAP have the centre of the top-left pixel at (0, 0), as we do; COLMAP has it at
-// (0.5, 0.5). ROS, mrcal and Kalibr measure in metres.
+// For COLMAP, the centre of the top-left pixel is (0.5, 0.5). For the other programs and for our calibration, it is
+// (0, 0). Poses are in metres in the files for mrcal and Kalibr.
 #pragma once
 
 #include <string>
@@ -19,21 +19,23 @@ struct SolvedCamera {
     const RigidMotion &cameraFromRig;
 };
 
-// NAME.opencv.yaml, for cv::FileStorage. Has every model; "fisheye" stands for the namespace cv::fisheye.
+// NAME.opencv.yaml, for cv::FileStorage. The file can have every lens model; "fisheye" refers to the functions of
+// cv::fisheye.
 std::string opencvFile(const SolvedCamera &camera);
 
-// NAME.camera_info.yaml of camera_calibration_parsers. Not for 12 coefficients.
+// NAME.camera_info.yaml, in the format of ROS's camera_calibration_parsers. Empty for a lens with 12 coefficients.
 std::string rosFile(const SolvedCamera &camera);
 
-// NAME.cameramodel. Its reference coordinate system is the rig. Not for fisheye lenses.
+// NAME.cameramodel, for mrcal. Its reference coordinate system is that of the rig. Empty for a fisheye lens.
 std::string mrcalFile(const SolvedCamera &camera);
 
-// camchain.yaml: all cameras of one rig that the form can express, which are pinhole cameras with 4 coefficients and
-// fisheye lenses; each pose is relative to the camera before.
+// camchain.yaml, for Kalibr: those cameras of one rig that the format can express (pinholes with 4 coefficients, and
+// fisheye lenses). Each pose is relative to the camera before. kalibrHas() says whether the format has a lens model.
 bool kalibrHas(LensModel lens);
 std::string kalibrFile(const std::vector<SolvedCamera> &cameras);
 
-// cameras.txt: all cameras that the form can express. Not for 12 coefficients.
+// cameras.txt, for COLMAP: all cameras except those with 12 coefficients. colmapHas() says whether the format has a
+// lens model.
 bool colmapHas(LensModel lens);
 std::string colmapFile(const std::vector<SolvedCamera> &cameras);
 

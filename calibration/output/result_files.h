@@ -1,8 +1,8 @@
-// All files of a calibration, in memory first and then on the disk, all or none. docs/calibration-file.md and
-// docs/assembly-file.md describe our own forms.
+// Makes all files of a calibration in memory, and writes them to the disk, all or none. docs/calibration-file.md and
+// docs/assembly-file.md describe our own formats.
 //
-// The same calibration gives the same bytes. No file ever has a number that is not finite: std::runtime_error is thrown
-// instead, as it is for a camera name that cannot be a file name.
+// The same calibration gives the same bytes. std::runtime_error is thrown if a number is not finite, so that no file
+// ever has such a number, and if the name of a camera cannot be part of a file name.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,7 @@
 
 namespace calibration {
 
-// What the files say besides the calibration itself.
+// Additional information for the files.
 struct ResultNotes {
     std::vector<UnusedPhotograph> unused;
     std::vector<std::string> notices;  // sentences about the input
@@ -30,23 +30,27 @@ struct ResultFile {
 
 struct ResultFiles {
     std::vector<ResultFile> files;
-    // Sentences that name the files that could not be made, because their form has no such lens.
+    // Sentences that name the cameras that could not be calibrated, the files that cannot be made because their format
+    // has no such lens model, and the cameras that are absent from a file.
     std::vector<std::string> omissions;
 };
 
 ResultFiles resultFiles(const Calibration &calibration, const ResultNotes &notes);
 
-// calibration.json and assembly.json alone.
+// The contents of calibration.json and of assembly.json.
 std::string calibrationJson(const Calibration &calibration, const ResultNotes &notes);
 std::string assemblyJson(const Calibration &calibration, const ResultNotes &notes);
 
-// True if files can be named after the camera: letters, digits, "-", "_" and ".", not first.
+// True if files can be named after the camera: the name has 1 to 100 characters, which are letters, digits, "-", "_"
+// and
+// ".", and does not start with ".".
 bool isCameraName(const std::string &name);
 
-// Writes the files to a folder, which is made if it is absent; names with a path of their own are relative to the
-// current folder if they start with "./" or are absolute. All are complete on the disk before the first replaces an
-// older one. Throws std::runtime_error with a sentence that names what could not be written; nothing is changed then,
-// unless the system fails in the middle of renaming. Paths are in the system's narrow encoding.
+// Writes the files to a folder, which is made if it is absent. A file whose name contains a folder, such as
+// "./report.html" or an absolute path, is written to that place instead; relative names are relative to the current
+// folder. All files are complete on the disk before the first one replaces an older file. Throws std::runtime_error
+// with a sentence that names what could not be written; then no file has changed, unless the system fails while files
+// are being renamed. Paths are in the system's narrow encoding.
 void writeResultFiles(const std::string &folder, const std::vector<ResultFile> &files);
 
 }  // namespace calibration

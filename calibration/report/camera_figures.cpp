@@ -17,10 +17,10 @@ using Eigen::Vector3d;
 
 constexpr double radian = 57.29577951308232;  // degrees
 
-// Distinguishable by lightness too, so that the map survives a black-and-white print: from light to dark.
+// The colours go from light to dark, so that they can be told apart in a black-and-white print, too.
 const std::array<Vector3d, 6> mapRamp{Vector3d(226, 240, 217), Vector3d(168, 216, 185), Vector3d(102, 178, 178),
                                       Vector3d(72, 120, 172),  Vector3d(106, 60, 140),  Vector3d(92, 16, 60)};
-// The bands' borders in pixels. The same value has the same colour in every report.
+// The borders between the colours, in pixels. They are fixed, so that a value has the same colour in every report.
 constexpr std::array<double, 14> borders{0.005, 0.01, 0.015, 0.02, 0.03, 0.05, 0.07, 0.1, 0.15, 0.2, 0.3, 0.5, 1, 2};
 
 size_t bandOf(double value) {
@@ -44,7 +44,7 @@ void drawBands(Drawing &drawing, const PictureFrame &frame, const Camera &camera
                     end++;
                 }
                 if (end > column) {
-                    // A little overlap, so that no gap shows between the cells.
+                    // The cells overlap a little, so that no gaps are visible between them.
                     path.rectangle(column * width, row * height, (end - column) * width + 0.4, height + 0.4);
                 }
                 column = std::max(end, column + 1);
@@ -76,8 +76,8 @@ void drawScale(Drawing &drawing, const PictureFrame &frame, size_t first, size_t
         if (band == last) {
             break;
         }
-        // If there are many borders, those between 1, 2 and 5 have no label, nor has the least one, which is next to
-        // another that has.
+        // If there are many borders, only those at 1, 2 or 5 times a power of ten have a label. The lowest border never
+        // has one then, because the label of the next border is too near.
         const bool isLabelled = band > 0 && niceBelow(borders[band] * 1.001) > borders[band] * 0.99;
         if (last - first < 8 || isLabelled) {
             drawing.text("note", {left + double(band - first + 1) * width, top + 30}, Drawing::Anchor::Middle,
@@ -128,7 +128,7 @@ Figure mapFigure(const Camera &camera, const PictureMap &map, const std::string 
 
 Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
     const PictureFrame frame(camera);
-    // The widest angle from the axis, up to which lines are drawn.
+    // Lines are drawn up to this angle from the axis, in degrees: the greatest that the picture shows.
     double widest = 0;
     for (int i = 0; i <= 8; i++) {
         for (const Vector2d &pixel :
@@ -151,14 +151,15 @@ Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
             std::vector<Vector2d> points;
             const double across = line * spacing / radian;
             for (int i = -24; i <= 24; i++) {
-                // Equal steps along the line would crowd far away, so the steps are angles.
+                // The points have equal angles between them. Points at equal distances on the line would be crowded far
+                // from the axis.
                 const double along = i / 24.0 * limit / radian;
                 Vector3d direction(std::sin(across) * std::cos(along), std::sin(along),
                                    std::cos(across) * std::cos(along));
                 if (axis == 1) {
                     std::swap(direction.x(), direction.y());
                 }
-                // Outside of the picture, the distortion may fold over.
+                // Outside the picture, the distortion may fold over.
                 Vector2d image;
                 const double angle = std::acos(std::clamp(direction.z(), -1.0, 1.0)) * radian;
                 const bool isSeen =

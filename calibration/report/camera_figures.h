@@ -1,4 +1,4 @@
-// The report's figures that have the shape of a camera's picture.
+// Draws those figures of the report that have the shape of a camera's picture.
 #pragma once
 
 #include <string>
@@ -15,18 +15,18 @@ struct Figure {
     std::string html() const;
 };
 
-// A sample of the residuals, enlarged.
+// Draws a sample of the residuals, enlarged.
 Figure residualFigure(const Calibration &calibration, int camera);
-// The mean residual of each part of the picture, enlarged. Arrows that point the same way show that the lens model does
-// not fit.
+// Draws the mean residual of each part of the picture, enlarged. If neighbouring arrows point the same way, the lens
+// model does not fit.
 Figure meanResidualFigure(const Calibration &calibration, int camera);
-// How many used corners each part of the picture has.
+// Draws how many used corners each part of the picture has.
 Figure coverageFigure(const Calibration &calibration, int camera);
-// Values in pixels, in colours that mean the same in every report.
+// Draws values in pixels as colours. A colour means the same value in every report.
 Figure mapFigure(const Camera &camera, const PictureMap &map, const std::string &title, const std::string &caption);
-// Straight vertical and horizontal lines as the lens shows them.
+// Draws straight vertical and horizontal lines as the lens shows them.
 Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics);
-// Where to hold the target for the next photograph. Empty if there is no advice.
+// Draws where to hold the target for the next photograph. Empty if there is no advice.
 Figure nextPhotographFigure(const Calibration &calibration);
 
 }  // namespace calibration

@@ -1,4 +1,4 @@
-// Where corners were seen and how far from there the calibration puts them.
+// Computes the residuals of corners in pixels, and sums of them for each photograph.
 #pragma once
 
 #include <vector>
@@ -8,23 +8,24 @@
 namespace calibration {
 
 struct CornerResidual {
-    Eigen::Vector2d image;  // where it was seen, pixels
-    Eigen::Vector2d error;  // pixels: from there to where the calibration puts it
+    Eigen::Vector2d image;  // the observed corner, pixels
+    Eigen::Vector2d error;  // the corner as the calibration projects it, minus `image`; pixels
 };
 
-// Of the used corners of one sighting; empty if the sighting does not count.
+// Returns the residuals of the used corners of one sighting; empty if the sighting does not take part.
 std::vector<CornerResidual> cornerResiduals(const Calibration &calibration, const Sighting &sighting);
 
-// What the table of photographs says about each one, in their order.
+// A row of the table of photographs.
 struct PhotographSummary {
     int seen = 0;  // corners, used or not
     int used = 0;
-    double sumOfSquares = 0;           // of the used corners' distances, pixels squared
-    std::vector<int> prints;           // that it shows
-    std::vector<std::string> reasons;  // why something of it is left out
+    double sumOfSquares = 0;           // of the used corners' residuals, pixels squared
+    std::vector<int> prints;           // the prints that the photograph shows
+    std::vector<std::string> reasons;  // why some of these prints are left out
 
-    double rms() const;  // pixels per point; 0 without used corners
+    double rms() const;  // pixels; 0 if there are no used corners
 };
+// Returns a summary of each photograph, in the order of the observations.
 std::vector<PhotographSummary> summariseEach(const Calibration &calibration);
 
 }  // namespace calibration

@@ -11,10 +11,10 @@ namespace calibration {
 
 namespace {
 
-// Far outside of every figure; larger values could overflow in a browser.
+// Coordinates are limited to this value, which is far outside every figure. Larger values could overflow in a browser.
 constexpr double farAway = 1e5;
 
-// With one decimal, and without it if it is zero.
+// Appends a value with one decimal place, or without it if the decimal is zero.
 void appendCoordinate(std::string &text, double value) {
     std::array<char, 32> buffer{};
     const double tenths = std::round(10 * std::clamp(value, -farAway, farAway));

@@ -1,7 +1,7 @@
-// One figure of the report as SVG. Colours come from the page's style through class names, so that figures follow the
-// page from light to dark.
+// Draws one figure of the report as SVG. Most colours come from the style sheet of the page through class names, so
+// that figures change with the page between light and dark.
 //
-// Coordinates: x to the right, y down, in units of the figure. Values that are not finite are left out.
+// x is to the right and y down, in units of the figure. Points that are not finite are left out.
 #pragma once
 
 #include <Eigen/Core>
@@ -32,13 +32,13 @@ class Drawing {
 public:
     enum class Anchor { Start, Middle, End };
 
-    // label: what the figure shows, for those who cannot see it. Not yet escaped.
+    // `label` describes the figure for people who cannot see it. This class escapes it, and the other texts, too.
     Drawing(double width, double height, const std::string &label);
 
     void add(const char *styleClass, const Path &path);
-    // Within this element, a browser shows the text when the pointer rests on the path.
+    // Also adds a text that a browser shows while the pointer is on the path.
     void add(const char *styleClass, const Path &path, const std::string &tip);
-    // colour: "#rrggbb"
+    // Fills a path with a colour of the form "#rrggbb".
     void fill(const std::string &colour, const Path &path);
     void text(const char *styleClass, const Eigen::Vector2d &at, Anchor anchor, const std::string &text);
     std::string svg() const { return data + "</svg>\n"; }
@@ -47,7 +47,7 @@ private:
     std::string data;
 };
 
-// The greatest of 1, 2 and 5 times a power of ten that is not above the value.
+// Returns the greatest number of the form 1, 2 or 5 times a power of ten that is not greater than the value.
 double niceBelow(double value);
 
 }  // namespace calibration

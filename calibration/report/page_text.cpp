@@ -13,7 +13,7 @@ namespace {
 constexpr const char *replacement = "\xEF\xBF\xBD";
 constexpr const char *noNumber = "\xE2\x80\x93";
 
-// The length of the UTF-8 character that begins the text, or 0 if none does.
+// Returns the length in bytes of the first UTF-8 character; 0 if the text does not begin with a valid one.
 size_t characterLength(std::string_view text) {
     const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char first = byte(0);
@@ -31,7 +31,7 @@ size_t characterLength(std::string_view text) {
             return 0;
         }
     }
-    // Overlong forms, surrogates, values beyond U+10FFFF, and the two non-characters that XML forbids.
+    // Not valid are overlong forms, surrogates, values beyond U+10FFFF, and the two non-characters that XML forbids.
     const bool isWrong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
                          (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F) ||
                          (first == 0xEF && byte(1) == 0xBF && byte(2) >= 0xBE);
@@ -77,7 +77,7 @@ std::string number(double value, int decimals) {
     if (text.front() != '-') {
         return text;
     }
-    // A typographic minus, except before a value that is rounded to zero.
+    // The sign is a typographic minus. A value that is rounded to zero has none.
     const bool isZero = text.find_first_not_of("-0.") == std::string::npos;
     return (isZero ? "" : "\xE2\x88\x92") + text.substr(1);
 }

@@ -1,4 +1,4 @@
-// What the report's figures of a camera's picture share: the picture's frame, and colours between given ones.
+// What all figures of a camera's picture have in common: the frame of the picture, and colours between given ones.
 #pragma once
 
 #include <Eigen/Core>
@@ -15,7 +15,7 @@ namespace calibration {
 
 constexpr double figureWidth = 600;
 
-// A camera's picture, scaled to the figure's width, or to its height if it is much taller than wide.
+// The frame of a camera's picture. The longer side of the picture is as long as the figure is wide.
 class PictureFrame {
 public:
     explicit PictureFrame(const Camera &camera, double legendHeight = 0)
@@ -48,7 +48,7 @@ private:
     double width, height, scale, legend = 0;
 };
 
-// Colours between the given ones, for shares from 0 to 1.
+// Returns a colour between the given ones as "#rrggbb". The share is from 0, for the first colour, to 1, for the last.
 template <size_t size>
 std::string colourAt(const std::array<Eigen::Vector3d, size> &ramp, double share) {
     const double place = std::clamp(share, 0.0, 1.0) * double(size - 1);

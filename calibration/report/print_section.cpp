@@ -15,7 +15,7 @@ using Eigen::Vector3d;
 constexpr double radian = 57.29577951308232;  // degrees
 constexpr size_t mostRows = 1000;
 
-// The standard deviation of one number of a print's shape; 0 if it did not vary.
+// Returns the standard deviation of one number of a print's shape; 0 if the number did not vary.
 double shapeSigma(const Calibration &calibration, int print, int number) {
     const std::vector<std::vector<int>> &shapes = calibration.freedom.shapes;
     if (size_t(print) >= shapes.size() || calibration.covariance.usedCorners() == 0) {
@@ -28,7 +28,7 @@ double shapeSigma(const Calibration &calibration, int print, int number) {
     return found == free.end() || row >= covariance.rows() ? 0 : std::sqrt(std::max(0.0, covariance(row, row)));
 }
 
-// How far the print's points rise above the plane that fits them best, from the lowest to the highest, mm.
+// Returns the height from the lowest to the highest point of the print above the plane that fits best, in mm.
 double bendHeight(const Print &print, const PrintShape &shape) {
     const auto points = Eigen::Index(print.points.size());
     if (points < 4) {
@@ -51,7 +51,7 @@ bool mayBend(const Calibration &calibration, int print) {
                                                         [](int number) { return number >= PrintShape::bend; });
 }
 
-// A number of the shape in percent, or that it counts as known.
+// Returns a number of the shape in percent, with its standard deviation or the note that it is fixed.
 std::string percent(const Calibration &calibration, int print, int number, double nominal) {
     const double value = calibration.estimate.shapes[size_t(print)].numbers[size_t(number)];
     const double sigma = shapeSigma(calibration, print, number);

@@ -1,10 +1,11 @@
-// Writes a calibration as one HTML page for its user: the verdict first, then what it rests on, in numbers and figures.
-// The page needs no other file, no network and no script. It opens in any browser, in light and dark, and prints well.
+// Writes a calibration as one HTML page for its user. The page begins with the verdict; the numbers and figures that
+// support it follow. It needs no other file, no network and no script. Any browser can show it, in light or dark
+// colours, and print it.
 //
-// The page is UTF-8 and also well-formed XML. The same input gives the same page, byte for byte. Names may hold any
-// bytes; what is not UTF-8 is shown as U+FFFD. The page's size is bounded, however many photographs there are: figures
-// then show a sample, and tables end with a row that says how many are left out.
-// Every function may be called from any thread at the same time.
+// The page is UTF-8 and well-formed XML. The same input gives the same page, byte for byte. Names may contain any
+// bytes; bytes that are not UTF-8 are shown as U+FFFD. The size of the page is limited: if there are very many
+// photographs, figures show a sample of them, and tables end with a row that says how many rows are left out. All
+// functions may be called from several threads at the same time.
 #pragma once
 
 #include <string>
@@ -14,7 +15,7 @@
 
 namespace calibration {
 
-// A file that never became a photograph of the observations, with the reason as a sentence.
+// A file that is not among the photographs of the observations, with the reason as a sentence.
 struct UnreadFile {
     std::string name;
     std::string reason;
@@ -22,8 +23,8 @@ struct UnreadFile {
 
 struct ReportInput {
     std::string title = "Camera calibration";
-    // A small JPEG file of each photograph, as bytes; an entry may be empty, and the list too. At most 300 of at most
-    // 40,000 bytes are shown.
+    // The bytes of a small JPEG file for each photograph. An entry may be empty, and so may the list. At most 300
+    // thumbnails are shown, and none of more than 40,000 bytes.
     std::vector<std::string> thumbnails;
     std::vector<UnreadFile> unread;
 };

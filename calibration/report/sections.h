@@ -1,4 +1,4 @@
-// The parts of the report's page, each as HTML. A part without content is empty.
+// Makes the sections of the report's page as HTML. A section without content is empty.
 #pragma once
 
 #include <string>
@@ -10,9 +10,9 @@ namespace calibration {
 // The style sheet for screens in light and dark, and for paper.
 const char *reportStyle();
 
-// One camera: its numbers and figures.
+// The numbers and figures of one camera.
 std::string cameraSection(const Calibration &calibration, int camera);
-// Where the cameras of each rig are to each other.
+// The poses of the cameras of each rig relative to each other.
 std::string rigSection(const Calibration &calibration);
 // The scene from above and from the right.
 std::string sceneSection(const Calibration &calibration);
