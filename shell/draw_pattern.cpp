@@ -60,7 +60,7 @@ void addOutput(CLI::App &app, Arguments &arguments) {
         ->allow_extra_args(false);
     app.add_option("--resolution", outputs.resolution, "Pixels per inch of a .png file")->type_name("DPI");
     addPair(app, "--print-scale", outputs.printScale, ',', "X,Y",
-            "What a millimetre became when it was printed at 100 %, such as 0.995,1: makes the next print true");
+            "Measured length divided by true length of a print at 100 %, such as 0.995,1; corrects the next print");
     app.add_option_function<std::string>(
            "--paper",
            [&outputs](const std::string &text) {
@@ -70,9 +70,12 @@ void addOutput(CLI::App &app, Arguments &arguments) {
                    outputs.paper = text;
                }
            },
-           "Paper to print on: A4 to A0, Letter, Legal, Tabloid or a size in mm; by default the smallest of A4 to A0")
+           "Paper to print on: A4 to A0, Letter, Legal, Tabloid or a size in mm; by default the smallest of A4 to A0 "
+           "that "
+           "fits")
         ->type_name("NAME|WxH");
-    app.add_flag("--sheets", outputs.splitsOverSheets, "Splits a pattern that the paper does not hold over sheets");
+    app.add_flag("--sheets", outputs.splitsOverSheets,
+                 "Splits a pattern that does not fit on the paper over several sheets");
 }
 
 CLI::App &addKind(CLI::App &app, Arguments &arguments, TargetKind kind, const std::string &name,
@@ -87,7 +90,9 @@ CLI::App &addKind(CLI::App &app, Arguments &arguments, TargetKind kind, const st
 }
 
 void addGridSpacing(CLI::App &command, Arguments &arguments) {
-    command.add_option("--grid-spacing", arguments.choice.gridSpacing, "Two squares' sides, or from mark to mark")
+    command
+        .add_option("--grid-spacing", arguments.choice.gridSpacing,
+                    "Length of two squares, or distance of neighbouring marks")
         ->type_name("MM")
         ->required();
     command.add_option("--thickness", arguments.choice.thickness, "Thickness of the plate")->type_name("MM");
@@ -102,18 +107,19 @@ void addKinds(CLI::App &app, Arguments &arguments) {
         ->required();
 
     CLI::App &custom = addKind(app, arguments, TargetKind::Custom, "custom",
-                               "15 x 15 corners that encode their grid spacing and thickness");
+                               "A board of 15 x 15 corners that encodes its grid spacing and thickness");
     addGridSpacing(custom, arguments);
 
-    CLI::App &flexible = addKind(app, arguments, TargetKind::Flexible, "flexible",
-                                 "A board of any size, from anywhere in one large plane");
+    CLI::App &flexible =
+        addKind(app, arguments, TargetKind::Flexible, "flexible", "A board of any size, cut out of one large plane");
     addPair(flexible, "--size", choice.gridSize, 'x', "CxR", "Columns and rows of inner corners")->required();
     addGridSpacing(flexible, arguments);
-    addPair(flexible, "--offset", choice.offset, ',', "X,Y", "Place in the plane in mm, in half grid spacings");
+    addPair(flexible, "--offset", choice.offset, ',', "X,Y",
+            "Place in the plane in mm, a multiple of half the grid spacing");
 
     CLI::App &assembly =
-        addKind(app, arguments, TargetKind::Assembly, "assembly", "Patterns for one common coordinate system");
-    assembly.add_option("--patterns", choice.patterns, "How many patterns")
+        addKind(app, arguments, TargetKind::Assembly, "assembly", "Several patterns for one common coordinate system");
+    assembly.add_option("--patterns", choice.patterns, "Number of patterns")
         ->type_name("N")
         ->required()
         ->check(CLI::Range(1, 18));
@@ -122,7 +128,7 @@ void addKinds(CLI::App &app, Arguments &arguments) {
     CLI::App &halcon = addKind(app, arguments, TargetKind::Halcon, "halcon", "A plate of 7 x 7 round marks in a frame");
     addGridSpacing(halcon, arguments);
     addPair(halcon, "--offset", choice.offset, ',', "X,Y",
-            "Place in mm, in whole grid spacings; encoded in place of grid spacing and thickness");
+            "Place in mm, a multiple of the grid spacing; encoded instead of grid spacing and thickness");
 }
 
 void addOptions(CLI::App &app, Arguments &arguments) {
@@ -131,10 +137,10 @@ void addOptions(CLI::App &app, Arguments &arguments) {
     app.get_formatter()->label("SUBCOMMAND", "KIND");
     app.add_flag("--list", arguments.listsPlates, "Lists the official plates");
     app.add_option("--json", arguments.parameterFile,
-                   "Draws what this file says: the library's parameters as JSON, - for standard input")
+                   "Draws with the library's parameters in this JSON file; - stands for standard input")
         ->type_name("FILE");
     app.add_option("--from", arguments.patternFile,
-                   "Draws again what this pattern file describes, a .json that was written before")
+                   "Draws the patterns of this pattern file again, a .json that was written before")
         ->type_name("FILE");
     addOutput(app, arguments);
     app.set_version_flag("--version", "draw_pattern " LMCALTAB_VERSION);
@@ -146,7 +152,7 @@ void addOptions(CLI::App &app, Arguments &arguments) {
         "  draw_pattern assembly --patterns 5 --grid-spacing 12 -o cube.pdf\n"
         "  draw_pattern --from target.json -o again.pdf\n"
         "  echo '{\"Patterns\":[{\"GridSpacing\":12}]}' | draw_pattern --json - -o plate.pdf\n"
-        "Exit codes: 0 all written, 1 something could not be read or written, 2 wrong options.");
+        "Exit codes: 0 success, 1 something could not be drawn or written, 2 wrong options or an unusable input file.");
 }
 
 bool draw(const CLI::App &app, const Arguments &arguments) {

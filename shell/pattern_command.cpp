@@ -82,7 +82,7 @@ void loadJson(const std::string &file, const TreeItem &node) {
         result = LmLibResultCouldNotInterpretJsonText;
     }
     if (result != LmLibResultOperationSucceeded) {
-        throw WrongCall(failed + "it is not JSON, or not of a kind that the library reads.");
+        throw WrongCall(failed + "it is not JSON that the library can read.");
     }
 }
 

@@ -35,8 +35,8 @@ std::string limitText(const DrawingOptions &options, const std::optional<SheetPl
         return "cannot be split over sheets of this paper, because a square is larger than a sheet.";
     }
     if (options.paper) {
-        return "does not fit on the paper with its quiet zone, check bars and margins; \"Sheets\" true splits it over "
-               "several sheets.";
+        return "does not fit on the paper with its quiet zone, check bars and margins; set \"Sheets\" to true to split "
+               "it over several sheets.";
     }
     const std::string side = numberText(largestPageSide);
     return "needs a page larger than a file can have; with its quiet zone, check bars and margins it must fit on a "

@@ -53,11 +53,11 @@ std::vector<std::string> instructions(const PatternGeometry &geometry, const She
         "Plan of " + std::to_string(plan.count()) + " sheets, " + std::to_string(plan.columns()) + " columns and " +
             std::to_string(plan.rows()) + " rows",
         "1. Print all sheets at 100 % and measure the check bars.",
-        "2. Where a sheet has a neighbour on its left or above it, cut that edge off along the cut marks.",
-        "3. Lay the sheets down in the order of their numbers, each onto the uncut edge of the one before it",
-        "and of the one above it, so that the cut edge lies between the cut marks and all squares go on.",
-        "4. Glue them to a flat board and measure the whole: " + numberText(wholeNanometres(geometry.width)) + " x " +
-            numberText(wholeNanometres(geometry.height)) + " mm without the quiet zone.",
+        "2. If a sheet has a neighbour to its left or above it, cut off the edge on that side along the cut marks.",
+        "3. Lay the sheets down in the order of their numbers. Put each cut edge onto the uncut edge of the neighbour,",
+        "so that it lies between the neighbour's cut marks and the pattern continues in straight lines.",
+        "4. Glue the sheets to a flat board and measure the pattern. Without the quiet zone, it is " +
+            numberText(wholeNanometres(geometry.width)) + " x " + numberText(wholeNanometres(geometry.height)) + " mm.",
     };
 }
 

@@ -121,7 +121,7 @@ CodeCells plateCells(const PatternDescription &description) {
 }
 
 std::string unlessPlain(const std::string &required) {
-    return required + R"( to be encoded, unless "Encoding" is false)";
+    return required + R"(, unless "Encoding" is false)";
 }
 
 std::string hundredthsUpTo(int least, int greatest) {
@@ -141,9 +141,9 @@ std::optional<EncodingFault> planeFault(const PatternDescription &description) {
                                                       (*offset)[1])) {
         return std::nullopt;
     }
-    return EncodingFault{"Offset", unlessPlain("whole multiples of half the grid spacing, " + numberText(unit) +
-                                               " mm, for this size " + countsText("x", x.least, x.greatest) + " and " +
-                                               countsText("y", y.least, y.greatest) + ",")};
+    return EncodingFault{"Offset", unlessPlain("a whole multiple of half the grid spacing, " + numberText(unit) +
+                                               " mm, at this size from " + countsText("x", x.least, x.greatest) +
+                                               " and from " + countsText("y", y.least, y.greatest))};
 }
 
 std::optional<EncodingFault> blockFault(const PatternDescription &description) {
@@ -152,10 +152,10 @@ std::optional<EncodingFault> blockFault(const PatternDescription &description) {
         return std::nullopt;
     }
     if (blockHoldsOffset(description)) {
-        return EncodingFault{"Offset",
-                             unlessPlain("whole multiples of the grid spacing, " + numberText(description.gridSpacing) +
-                                         " mm, from " + std::to_string(pattern_code::leastBlockOffset) + " to " +
-                                         std::to_string(pattern_code::greatestBlockOffset) + ",")};
+        return EncodingFault{
+            "Offset", unlessPlain("a whole multiple of the grid spacing, " + numberText(description.gridSpacing) +
+                                  " mm, from " + std::to_string(pattern_code::leastBlockOffset) + " to " +
+                                  std::to_string(pattern_code::greatestBlockOffset))};
     }
     PatternDescription withoutThickness = description;
     withoutThickness.thickness = 0.0;

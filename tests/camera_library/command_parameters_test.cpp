@@ -129,7 +129,7 @@ TEST(PatternParameters, writesNothingWhenAnyParameterIsRefused) {
     for (const char *paper : {R"("Paper": "A4")", R"("Paper": "A4", "Sheets": false)"}) {
         Node tooLarge = nodeFromJson(std::string("{") + paper + R"(, "Patterns": [{"GridSpacing": 40}]})");
         std::get<NodeObject>(tooLarge.value)["Filename"] = folder.file("pattern.pdf");
-        EXPECT_NE(outcomeOf(tooLarge).find("\"Sheets\" true"), std::string::npos);
+        EXPECT_NE(outcomeOf(tooLarge).find("\"Sheets\" to true"), std::string::npos);
     }
     Node tooManyPixels = nodeFromJson(R"({"Resolution": 4800, "Patterns": [{"GridSpacing": 40}]})");
     std::get<NodeObject>(tooManyPixels.value)["Filename"] = folder.file("pattern.png");
