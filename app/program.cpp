@@ -12,7 +12,7 @@
 
 namespace {
 
-// The version 5.15.10. It stays the same with every installed 5.15 version of the toolkit.
+// The toolkit's version 5.15.10. It is passed even if another 5.15 version is installed.
 constexpr int toolkitVersion = 0x050F0A;
 
 void finalizeLibrary() {

@@ -1,8 +1,8 @@
 // One command of the camera library and its slot in the tree:
 //
 //   /Execute/<slot>/Command      the name; writing it starts the command, and it becomes null at the end
-//   /Execute/<slot>/Parameters   written before the start /Execute/<slot>/Result       written by the library; has an
-//   "ErrorSymbol" if and only if the command failed
+//   /Execute/<slot>/Parameters   written before the start
+//   /Execute/<slot>/Result       written by the library; has an "ErrorSymbol" if and only if the command failed
 //
 // The meaning of the parameters and results is the caller's concern. Waiting for a command blocks the calling thread
 // without a time limit. A command may be executed again.
@@ -40,7 +40,7 @@ public:
     // True if the command has ended or was never started. The result code of the query goes to resultOut, which may be
     // null; an absent node is not a failure.
     bool finished(std::int32_t *resultOut = nullptr) const;
-    // True if the result has no error symbol, or if the query fails; resultOut as above.
+    // True if the result has no error symbol, or if the query fails. resultOut has the same meaning as above.
     bool successful(std::int32_t *resultOut = nullptr) const;
     // Throws LmLibException with code 17 unless the command has finished successfully. If a query fails, the exception
     // has the code of the query.

@@ -1,6 +1,6 @@
 // Reads values from a command's parameter object and checks them. A parameter that is absent gives an empty optional. A
-// parameter that is not allowed throws CommandFailure with the symbol "InvalidParameter" and one sentence that names
-// the parameter, its value and the allowed values.
+// parameter or value that is not allowed makes a function throw CommandFailure with the symbol "InvalidParameter" and
+// one sentence that names the parameter, its value and the allowed values.
 #pragma once
 
 #include <array>
@@ -35,7 +35,7 @@ public:
     std::optional<std::array<double, 2>> numberPair(std::string_view name, NumberRange range) const;
     std::optional<std::array<int, 2>> integerPair(std::string_view name, NumberRange range) const;
 
-    // `required` says what the missing parameter must be: "a number from 0 to 1000 mm".
+    // `required` describes the allowed values, such as "a number from 0 to 1000 mm".
     [[noreturn]] void failMissing(std::string_view name, const std::string &required) const;
     [[noreturn]] void failValue(std::string_view name, const std::string &required) const;
 

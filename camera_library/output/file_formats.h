@@ -1,5 +1,5 @@
-// The formats in which patterns are saved. file_formats.cpp has the only list of them; file names are checked, errors
-// are worded and writers are chosen by this list.
+// The formats in which patterns are saved. file_formats.cpp has the only list of them. It determines which file names
+// are accepted, which endings error texts name, and which function writes a file.
 #pragma once
 
 #include <cstddef>

@@ -38,7 +38,7 @@ Edge edgeBetween(const PixelPoint &top, const PixelPoint &bottom) {
     return edge;
 }
 
-// A chain consists of consecutive edges of an outline that all go down or all go up. It has them in order from top to
+// A chain consists of consecutive edges of an outline that all go down or all go up. They are sorted from top to
 // bottom.
 class Chain {
 public:
