@@ -230,7 +230,8 @@ const char *lmLibGetName(int32_t *result, const char *path) {
         for (const lmlib64::PathPart &part : parsed) {
             name = part.name;
         }
-        // The returned text is replaced only after the path has been read, because it may be the path.
+        // The returned text is replaced only after the path has been read, because a client may pass this text as the
+        // path.
         std::string &returned = returnedText();
         returned = std::move(name);
         text = returned.c_str();

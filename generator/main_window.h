@@ -26,8 +26,8 @@ public:
     MainWindow();
 
 public slots:
-    // Enables or disables the Halcon inputs, recomputes the displays and draws the pattern again. Intentionally has the
-    // same name as the widget's repaint operation and hides it.
+    // Enables or disables the Halcon inputs, recomputes the displays and draws the pattern again. Its name
+    // intentionally hides the widget's repaint operation.
     void update();
 
     // Asks for a file name and makes the library write all current patterns to that file. The name's ending selects the
@@ -60,12 +60,13 @@ private:
     void writeAssemblyPattern(const TreeItem &patternItem, std::int32_t patternIndex) const;
     void writeHalconPattern(const TreeItem &patternItem) const;
 
-    // Replaces the picture with one of the first pattern; if that fails, the old picture stays.
+    // Draws the first pattern and replaces the picture. If that fails, the old picture stays.
     void generatePreview();
 
     MainWindowForm form;
     QGraphicsScene scene;
     QImage previewImage;
-    // The folder in which the save dialog opens; empty until the user has confirmed a name. Not kept between runs.
+    // The folder in which the save dialog opens; empty until the user has confirmed a name. It is not kept between
+    // runs.
     QString lastSaveDirectory;
 };

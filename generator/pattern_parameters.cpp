@@ -1,5 +1,5 @@
 // Translates the form's values into the parameters of the library's pattern command. The nodes of a pattern are written
-// in a fixed order; everything not written here is intentionally left to the command's defaults.
+// in a fixed order. For parameters that are not written here, the command's defaults are used intentionally.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -40,7 +40,7 @@ void MainWindow::fillChoiceLists() {
 }
 
 void MainWindow::recomputeDerivedValues() {
-    // Each box clamps and rounds the value it is given; values derived from a box use the value that it shows.
+    // Each box limits and rounds its value, so values derived from a box use the value that the box shows.
     form.halconGridSpacing->setValue(form.halconOuterSize->value() * 0.125);
     const double halconGridSpacing = form.halconGridSpacing->value();
     form.halconOffsetXMM->setValue(form.halconOffsetXSpacings->value() * halconGridSpacing);
@@ -49,7 +49,7 @@ void MainWindow::recomputeDerivedValues() {
     const double gridSpacing = form.flexibleGridSpacing->value();
     form.flexibleOuterWidth->setValue((form.flexibleWidth->value() + 1) * 0.5 * gridSpacing);
     form.flexibleOuterHeight->setValue((form.flexibleHeight->value() + 1) * 0.5 * gridSpacing);
-    // A Flexible offset counts half grid spacings, a Halcon offset whole ones.
+    // A Flexible offset is counted in half grid spacings, a Halcon offset in whole grid spacings.
     const double halfGridSpacing = form.flexibleGridSpacing->value() * 0.5;
     form.flexibleOffsetXMM->setValue(form.flexibleOffsetXSpacings->value() * halfGridSpacing);
     form.flexibleOffsetYMM->setValue(form.flexibleOffsetYSpacings->value() * halfGridSpacing);
@@ -128,7 +128,7 @@ void MainWindow::writeAssemblyPattern(const TreeItem &patternItem, std::int32_t 
 }
 
 void MainWindow::writeHalconPattern(const TreeItem &patternItem) const {
-    // Intentionally without a "Type": the command's default type is this plate.
+    // The pattern intentionally has no "Type", because the command's default type is this plate.
     patternItem["GridSpacing"] = form.halconGridSpacing->value();
     if (form.halconEncodeNothing->isChecked()) {
         patternItem["Encoding"] = false;

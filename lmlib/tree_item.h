@@ -1,4 +1,4 @@
-// Typed access to the nodes of the camera library's tree. A TreeItem names one node by its path and is a plain
+// Gives typed access to the nodes of the camera library's tree. A TreeItem names one node by its path and is a plain
 // value: creating or copying one, or forming a child's path, never calls the library, and the node need not exist.
 //
 // Every other operation makes exactly one call into the library and checks its result, unless stated otherwise below.
@@ -40,7 +40,7 @@ public:
     }
     void setNull() const;
 
-    // A null text from the library reads as the empty string.
+    // A null text from the library is returned as the empty string.
     std::string asString() const;
     // Does the same as asString(), but returns the empty string after a failure instead of throwing.
     std::string asStringUnchecked() const;

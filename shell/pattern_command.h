@@ -30,7 +30,7 @@ struct PatternChoice {
 struct Outputs {
     std::vector<std::string> files;
     std::optional<int> resolution;                    // dots per inch, for formats with pixels
-    std::optional<std::array<double, 2>> printScale;  // measured by true length of a print at 100 %, in x and y
+    std::optional<std::array<double, 2>> printScale;  // measured / true length of a print at 100 %, in x and y
     // A name such as "A4", or a size in mm. If absent, the smallest of A4 to A0 that holds the pattern is used.
     std::variant<std::monostate, std::string, std::array<double, 2>> paper;
     bool splitsOverSheets = false;

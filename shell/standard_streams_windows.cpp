@@ -25,7 +25,7 @@ void prepareStandardStreams() {
     terminalEncoding = GetConsoleOutputCP();
     if (terminalEncoding != 0) {
         SetConsoleOutputCP(GetACP());
-        // The terminal belongs to the shell that started the program, which expects its own encoding afterwards.
+        // The terminal belongs to the shell that started the program. The shell expects its own encoding afterwards.
         std::atexit([] { SetConsoleOutputCP(terminalEncoding); });
     }
 }

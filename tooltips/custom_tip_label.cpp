@@ -52,7 +52,7 @@ QCustomTipLabel::QCustomTipLabel(const QString &text, QWidget *owner) : QLabel(o
     setForegroundRole(QPalette::ToolTipText);
     setBackgroundRole(QPalette::ToolTipBase);
     setPalette(tipPalette());
-    // The style must have been set before its metrics are used.
+    // The style must be fully applied before its metrics are used.
     ensurePolished();
     setMargin(1 + style()->pixelMetric(QStyle::PM_ToolTipLabelFrameWidth, nullptr, this));
     setFrameStyle(QFrame::NoFrame);

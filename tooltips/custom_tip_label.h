@@ -1,6 +1,6 @@
 // The window of a tool tip: shows one text with links that can be clicked, and closes itself after some time.
 //
-// QCustomToolTip decides when which text is shown. The rest of the program uses only that class.
+// QCustomToolTip chooses the text and the time at which it is shown. The rest of the program uses only that class.
 //
 // Use it only on the GUI thread. At most one label exists: a new label deletes the previous one, and a label deletes
 // itself when it closes. A label's parent is the widget that the label was made for, so the label is deleted with that

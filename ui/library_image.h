@@ -28,8 +28,8 @@ QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, boo
 QPixmap pixmapFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                              double valueScale, std::int32_t quarterTurns);
 
-// Sets the scene's rectangle to the bounding rectangle of all its items, and shows it in the centre, as large as the
-// view allows, without changing its aspect ratio. Does nothing if the view has no scene.
+// Sets the scene's rectangle to the bounding rectangle of all its items. Shows this rectangle in the centre of the
+// view, as large as the view allows, without changing its aspect ratio. Does nothing if the view has no scene.
 void fitViewToScene(QGraphicsView *view);
 
 // The opaque colours of the table "gray" (black to white, repeated every 256 colours) or "jet" (blue through green to

@@ -22,7 +22,7 @@ public:
     Deflater(const Deflater &) = delete;
     Deflater &operator=(const Deflater &) = delete;
 
-    // Compresses more data. Appends the part of the stream that is ready to the string `to`.
+    // Compresses more data. The part of the stream that is ready is appended to `to`.
     void add(std::string_view data, std::string &to);
 
     // Appends the rest of the stream. Nothing may be added after that.

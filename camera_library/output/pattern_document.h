@@ -44,7 +44,7 @@ struct PatternDocument {
     std::vector<DrawnPattern> patterns;  // at least one
 };
 
-// Thrown by a format that cannot hold a pattern of this size. The text is one sentence for the user.
+// Thrown if a pattern is too large for the paper or for the format. The text is one sentence for the user.
 struct PatternTooLarge : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

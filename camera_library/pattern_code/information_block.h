@@ -4,14 +4,14 @@
 //
 // Bits. A block is a 64-bit number; bit 0 is its highest bit, bit 63 its lowest. Byte k, 0 to 7 from the top, has the
 //   bits 8 k to 8 k + 7. A bit is 1 if there is a mark or dot, and 0 if there is none.
-// Data. 32 bits, highest first: 2 bits version (1), 2 bits kind, 28 bits that depend on the kind. Spacing and thickness
-//   (kind 1): 14 bits grid spacing and 14 bits thickness, both in hundredths of a millimetre. Offset (kind 2): 8 bits x
-//   + 128, 8 bits y + 128, in whole grid spacings, and the 12 bits 0xA5C. Assembly (kind 3): 14 bits grid spacing, 5
-//   bits number of the pattern, and the 9 bits 0x0B5. The constant bits and the ranges of the values help to detect
-//   errors.
+// Data. The data has 32 bits, from the highest to the lowest: 2 bits for the version (1), 2 bits for the kind, and 28
+//   bits that depend on the kind. Kind 1, spacing and thickness, has 14 bits for the grid spacing and 14 bits for the
+//   thickness, both in hundredths of a millimetre. Kind 2, offset, has 8 bits for x + 128 and 8 bits for y + 128, in
+//   whole grid spacings, and the 12 bits 0xA5C. Kind 3, assembly, has 14 bits for the grid spacing, 5 bits for the
+//   number of the pattern, and the 9 bits 0x0B5. The constant bits and the ranges of the values help to detect errors.
 // Protection. The four data bytes and four check bytes are a word of the Reed-Solomon code RS(8,4) over GF(256) (x^8 +
-//   x^4 + x^3 + x^2 + 1, generator roots 2^1 to 2^4, the first data byte is the highest coefficient). The constant
-//   blockWhitening is added to it (XOR), so that patterns with no marks, or with every mark, are far from every block.
+//   x^4 + x^3 + x^2 + 1, generator roots 2^1 to 2^4, the first data byte is the highest coefficient). The word is XORed
+//   with the constant blockWhitening, so that patterns with no marks, or with every mark, are far from every block.
 // Repair. See decodeBlock.
 // Threads. All functions may be called from any thread.
 #pragma once

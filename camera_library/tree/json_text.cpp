@@ -273,7 +273,8 @@ private:
 
     const std::size_t maximumDepth;
     std::string name;
-    // The open containers, from the outermost to the innermost. None of them moves while one inside it is open.
+    // The open containers, from the outermost to the innermost. A container does not move in memory while another one
+    // inside it is open.
     std::vector<Node *> containers;
 };
 

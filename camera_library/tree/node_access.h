@@ -13,7 +13,7 @@ namespace lmlib64 {
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
 // Puts the value at the path, makes the objects and arrays on the way, and leaves the previous value in `value` (null
-// if there was none). Fails as findNode does, except that the node may be absent, and with
+// if there was none). Returns the same errors as findNode, except that the node may be absent. Returns
 // LmLibResultItemPathInvalid if an index is beyond the end of its array.
 LmLibResult placeNode(Node &root, const Path &path, Node &value);
 
