@@ -1,4 +1,4 @@
-// Whole calibrations of computed corners, good and bad.
+// Tests whole calibrations from computed corners, good and bad.
 #include "calibration/calibrate.h"
 
 #include <gtest/gtest.h>
@@ -14,8 +14,8 @@ namespace {
 
 using namespace calibration;
 
-// Models can be equivalent, so where they put points is compared, not their coefficients: points on the first print as
-// the estimate has it, against the truth.
+// Returns the rms distance in pixels between the corners as the result and as the truth project them. Coefficients are
+// not compared, because different ones can give the same projection.
 double rmsDifference(const Calibration &result, const Scene &scene) {
     double squares = 0;
     int count = 0;
@@ -29,7 +29,7 @@ double rmsDifference(const Calibration &result, const Scene &scene) {
         if (takesPart(result.observations, sighting, result.estimate) &&
             residuals.evaluate(blocksOf(all, sighting, result.estimate), found.data(), nullptr) &&
             exact.evaluate(blocksOf(all, sighting, scene.truth), expected.data(), nullptr)) {
-            // Both have the same noise, which cancels.
+            // Both residuals contain the same noise, which cancels.
             squares += (found - expected).squaredNorm() * std::pow(sighting.corners.front().sigma, 2);
             count += residuals.corners();
         }
@@ -44,7 +44,7 @@ void expectTruth(const Calibration &result, const Scene &scene) {
     EXPECT_NEAR(result.estimate.shapes[1].numbers[PrintShape::bend], 0.6, 0.03);
 }
 
-// A quicker scene, of the first camera alone.
+// A scene that is calibrated faster: only the first camera sees the prints.
 Scene makeSmallScene() {
     Scene scene = makeScene(0.05);
     std::vector<Sighting> &sightings = scene.observations.sightings;
@@ -56,7 +56,7 @@ Scene makeSmallScene() {
     return scene;
 }
 
-// The truth as a previous result, so that no models are chosen.
+// The truth as a previous result. A calibration that starts from it does not choose models.
 Calibration calibrationOf(const Scene &scene) {
     Calibration result;
     result.observations = scene.observations;
@@ -86,7 +86,7 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     EXPECT_EQ(result.prints[0].translationSigma.norm(), 0);
     EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
     EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
-    // The fisheye's corners have not been seen by any photograph.
+    // No photograph shows a print in the corners of the fisheye's picture.
     EXPECT_NE(result.verdict.grade, Grade::Good);
     ASSERT_TRUE(result.next);
     EXPECT_EQ(result.next->camera, 1);
@@ -117,7 +117,7 @@ TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {
     }
     const size_t fewCorners = secondPrintFrom(zoomed + 3);
     sightings[fewCorners].corners.resize(3);
-    // One corner of each sighting is displaced, about one in fifty.
+    // In each sighting, one of about fifty corners is displaced.
     for (Sighting &sighting : sightings) {
         sighting.corners[size_t(sighting.photograph) % sighting.corners.size()].image += Eigen::Vector2d(3, -4);
     }
@@ -137,7 +137,7 @@ TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {
 }
 
 TEST(Calibrate, keepsToThePlaceOfAPrintBeforeItMoved) {
-    // At the second of these moments of 14, both places are seen equally often.
+    // There are 14 moments. If the print moves before moment 7, both places are seen equally often.
     for (const int movedAt : {8, 7}) {
         Scene scene = makeSmallScene();
         RigidMotion elsewhere = scene.truth.worldFromPrint[1];
@@ -151,8 +151,7 @@ TEST(Calibrate, keepsToThePlaceOfAPrintBeforeItMoved) {
         CalibrateOptions options;
         options.lens = LensModel::Pinhole5;
         if (movedAt == 7) {
-            options.previous =
-                std::make_shared<Calibration>(calibrationOf(scene));  // chooses no models, so it is quick
+            options.previous = std::make_shared<Calibration>(calibrationOf(scene));  // to be fast: no models are chosen
         }
         const Calibration result = calibrate(scene.observations, options);
         const Eigen::Vector3d found = result.estimate.worldFromPrint[1].translation;
@@ -203,7 +202,7 @@ TEST(Calibrate, startsFromAPreviousResultAndCanBeCancelled) {
     const Calibration second = calibrate(scene.observations, again);
     EXPECT_EQ(second.observations.cameras[1].lens, LensModel::Pinhole5);
     EXPECT_LT((second.estimate.worldFromPrint[1].translation - first->estimate.worldFromPrint[1].translation).norm(),
-              5e-3);  // half the standard deviation
+              5e-3);  // mm; half the standard deviation
     int asked = 0;
     again.isCancelled = [&]() { return ++asked == 3; };
     EXPECT_THROW(calibrate(scene.observations, again), Cancelled);

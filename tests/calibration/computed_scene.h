@@ -1,4 +1,4 @@
-// A scene of two cameras and two prints whose corners are computed, not photographed.
+// Computes the corners that two cameras see of two prints, in place of photographs.
 #pragma once
 
 #include <random>
@@ -27,10 +27,12 @@ inline Print makePrint() {
     return print;
 }
 
-// What a photograph shows of a print in this pose. `noise` is its standard deviation in pixels.
+// Returns the corners of a print in this pose that a photograph shows. `noise` is the standard deviation of each image
+// coordinate in pixels.
 inline Sighting see(const Scene &scene, int photograph, int print, const RigidMotion &worldFromPrint, double noise,
                     std::mt19937 &random) {
-    // Braces: they fix the order of the calls, so that all compilers make the same scene.
+    // Vectors of random numbers are made with braces, which fix the order of the calls. So all compilers make the same
+    // scene.
     std::normal_distribution<double> normal;
     const Photograph &shot = scene.observations.photographs[size_t(photograph)];
     const Camera &camera = scene.observations.cameras[size_t(shot.camera)];
@@ -51,8 +53,8 @@ inline Sighting see(const Scene &scene, int photograph, int print, const RigidMo
     return sighting;
 }
 
-// A pinhole and a fisheye, fixed to each other, look at two prints at an angle to each other. The second print is bent,
-// and its scale in x differs from that in y.
+// A rig of a pinhole and a fisheye camera looks at two prints, which are at an angle to each other. The second print is
+// bent, and its scale in x differs from that in y.
 inline Scene makeScene(double noise, unsigned seed = 3) {
     Scene scene;
     scene.observations.cameras = {{"a", 1200, 900, LensModel::Pinhole5}, {"b", 1000, 800, LensModel::Fisheye}};

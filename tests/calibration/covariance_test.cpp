@@ -1,4 +1,4 @@
-// Checks by many simulated calibrations of one scene that errors are as large as the estimated covariance says.
+// Simulates many calibrations of one scene and tests that errors are as large as the estimated covariance predicts.
 #include "calibration/covariance.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ using namespace calibration;
 
 TEST(Covariance, tellsHowLargeErrorsAre) {
     constexpr int runs = 60;
-    constexpr int cells = 9;  // of a map, each way
+    constexpr int cells = 9;  // of a map, in each row and in each column
     SolveOptions options;
     options.freedom.shapes = {{PrintShape::ratio}, {0, 1, 2, 3, 4, 5}};
     double lens = 0;
@@ -24,7 +24,7 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
     double projected = 0;
     for (int run = 0; run < runs; run++) {
         Scene scene = makeScene(0.1, unsigned(run));
-        // These standard deviations are half of the real ones. The residuals must reveal that.
+        // These standard deviations are half of the real ones. The variance factor must correct that.
         for (Sighting &sighting : scene.observations.sightings) {
             for (SeenCorner &corner : sighting.corners) {
                 corner.sigma = 0.05;
@@ -54,8 +54,8 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
         std::nth_element(ratios.begin(), ratios.begin() + 40, ratios.end());
         projected += ratios[40];
     }
-    // Means of squared normalised errors, which are 1 if the covariance is right. Over 60 runs of at least 6 numbers,
-    // the variance of such a mean is below 0.006.
+    // The mean of the squared normalised errors is 1 if the covariance is right. Over 60 runs of at least 6 numbers,
+    // the variance of this mean is below 0.006.
     EXPECT_NEAR(lens / runs, 1, 0.2);
     EXPECT_NEAR(pose / runs, 1, 0.2);
     // If the standard deviation in the worse direction is 1, the median of the distance lies between 0.67 and 1.18.
@@ -67,7 +67,7 @@ TEST(Covariance, isAbsentIfAFocalLengthCannotBeKnown) {
     Scene scene = makeScene(0.1);
     std::mt19937 random(1);
     std::normal_distribution<double> noise(0, 0.1);
-    // One camera that always looks straight at one print from the same distance.
+    // One camera looks straight at one print, always from the same distance.
     scene.observations.cameras.resize(1);
     scene.observations.photographs.clear();
     scene.observations.sightings.clear();

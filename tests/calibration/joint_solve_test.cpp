@@ -1,4 +1,4 @@
-// The joint solve on corners that are computed, not photographed: it must find the values they were computed from.
+// Tests the joint solve with computed corners: it must find the values from which they were computed.
 #include "calibration/joint_solve.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ TEST(JointSolve, findsLensesRigPosesAndShapesFromCornersAlone) {
     for (const Sighting &sighting : scene.observations.sightings) {
         corners += int(sighting.corners.size());
     }
-    EXPECT_NEAR(*cost / corners, 1, 0.1);  // two residuals of variance 1, halved
+    EXPECT_NEAR(*cost / corners, 1, 0.1);  // a corner has two residuals of variance 1, and the cost is half their sum
     for (size_t camera = 0; camera < 2; camera++) {
         const Eigen::VectorXd error = estimate.intrinsics[camera] - scene.truth.intrinsics[camera];
         EXPECT_LT(error.head<4>().cwiseAbs().maxCoeff(), 0.25) << error.transpose();

@@ -1,4 +1,4 @@
-// The lens models compared with OpenCV's, and their derivatives compared with finite differences.
+// Compares the lens models with those of OpenCV, and their derivatives with finite differences.
 #include "calibration/lens_model.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// The written files are read back by OpenCV or taken apart by hand, and must project and place points as the
-// calibration does.
+// Reads the written files back, with OpenCV or with parsing of our own. They must project and place points in the same
+// way as the calibration.
 #include "calibration/output/result_files.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ namespace {
 
 using nlohmann::json;
 
-// A finished calibration of the computed scene; the first camera gets the given lens.
+// Returns a finished calibration of the computed scene, in which the first camera has the given lens model.
 Calibration makeCalibration(LensModel lens) {
     const Scene scene = makeScene(0.1);
     Calibration calibration;
@@ -52,7 +52,7 @@ Calibration makeCalibration(LensModel lens) {
         calibration.prints.back().pointSigmas.assign(printed.points.size(), 0.01);
     }
     calibration.freedom.shapes = {{0, 1}, {0, 1, 3, 4, 5}};
-    calibration.covariance = covarianceOf(scene.observations, calibration.freedom, scene.truth).value();  // any will do
+    calibration.covariance = covarianceOf(scene.observations, calibration.freedom, scene.truth).value();  // not tested
     calibration.cameras.resize(2);
     for (CameraTrust &trust : calibration.cameras) {
         trust.corners = 100;
@@ -71,7 +71,7 @@ std::string fileOf(const ResultFiles &files, const std::string &name) {
     return {};
 }
 
-// Points in front of the camera, all over its picture.
+// Returns points in front of the camera that are in all parts of its picture.
 std::vector<cv::Point3d> pointsInView() {
     std::vector<cv::Point3d> points;
     for (double x = -0.4; x < 0.5; x += 0.2) {
@@ -82,7 +82,7 @@ std::vector<cv::Point3d> pointsInView() {
     return points;
 }
 
-// The greatest distance between what OpenCV projects with a file's numbers and our projection, in pixels.
+// Returns the greatest distance in pixels between our projection of a point and that of OpenCV with a file's numbers.
 double projectionError(const Calibration &calibration, const cv::Mat &matrix, const cv::Mat &coefficients,
                        bool isFisheye) {
     const std::vector<cv::Point3d> points = pointsInView();
@@ -111,7 +111,7 @@ cv::Mat rowOf(std::vector<double> numbers, size_t first) {
     return cv::Mat(std::vector<double>(numbers.begin() + long(first), numbers.end()), true).t();
 }
 
-// The numbers in the brackets after a key.
+// Returns the numbers in the brackets after a key.
 std::vector<double> listAfter(const std::string &text, const std::string &key) {
     const size_t start = text.find('[', text.find(key)) + 1;
     std::string list = text.substr(start, text.find(']', start) - start);
@@ -122,7 +122,7 @@ std::vector<double> listAfter(const std::string &text, const std::string &key) {
 
 struct Row {
     LensModel lens;
-    const char *ros;  // null if the form has no such lens
+    const char *ros;  // the name of the model in the format; null if the format has no such model
     const char *mrcal;
     bool hasKalibr;
     const char *colmap;
@@ -137,7 +137,7 @@ TEST_P(LensFiles, projectAsTheCalibrationDoes) {
     const ResultFiles files = resultFiles(calibration, {});
     const size_t omitted = size_t(row.ros == nullptr) + size_t(row.mrcal == nullptr) + size_t(!row.hasKalibr) +
                            size_t(row.colmap == nullptr);
-    EXPECT_EQ(files.omissions.size(), omitted + 1) << "and the fisheye lens on the right has no cameramodel";
+    EXPECT_EQ(files.omissions.size(), omitted + 1) << "one more, because the right camera is a fisheye";
 
     cv::FileStorage opencv(fileOf(files, "left.opencv.yaml"), cv::FileStorage::READ | cv::FileStorage::MEMORY);
     cv::Mat matrix;
@@ -149,7 +149,7 @@ TEST_P(LensFiles, projectAsTheCalibrationDoes) {
     EXPECT_EQ(opencv["distortion_model"].string() == "fisheye", isFisheye);
     EXPECT_LT(projectionError(calibration, matrix, coefficients, isFisheye), 1e-9);
 
-    // The other YAML files lack only the first line that OpenCV expects.
+    // OpenCV can read the other YAML files if the first lines that it expects are added.
     const std::string ros = fileOf(files, "left.camera_info.yaml");
     ASSERT_EQ(ros.empty(), row.ros == nullptr);
     if (!ros.empty()) {
@@ -190,7 +190,7 @@ TEST_P(LensFiles, projectAsTheCalibrationDoes) {
         EXPECT_EQ(all.size(), model == "FULL_OPENCV" ? 12U : 8U);
         EXPECT_LT(projectionError(calibration, cameraMatrix(all, 0.5), rowOf(all, 4), isFisheye), 1e-9);
     }
-    // YAML 1.1 takes a number with an exponent, but without a point, for a text.
+    // In YAML 1.1, a number with an exponent but without a decimal point is a text.
     for (const ResultFile &file : files.files) {
         const bool isYaml = file.name.find(".yaml") != std::string::npos;
         EXPECT_FALSE(isYaml && std::regex_search(file.content, std::regex("[\\[ ]-?[0-9]+e[-+]?[0-9]+"))) << file.name;
@@ -231,7 +231,7 @@ TEST(ResultFiles, placeEveryCornerOfTheAssembly) {
     const json &pattern = assembly["Patterns"][1];
     EXPECT_EQ(pattern["Number"], 1);
     ASSERT_EQ(pattern["Points"].size(), size_t(columns * rows));
-    // By hand, from what docs/calibration-file.md says about a print.
+    // The expected places are computed here from the formulas in docs/calibration-file.md.
     const auto &numbers = calibration.estimate.shapes[1].numbers;
     const double reach = calibration.estimate.shapes[1].reach;
     const double scaleX = pattern["PrintScale"][0];

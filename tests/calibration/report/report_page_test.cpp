@@ -1,4 +1,4 @@
-// Reads the report's page back with an XML parser and looks at what a user sees.
+// Reads the page of the report back with an XML parser and checks what a user sees.
 #include "calibration/report/report_page.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ namespace {
 using namespace calibration;
 
 struct Page {
-    QString text;   // what is shown
+    QString text;   // the visible text
     QString drawn;  // coordinates and paths
     QStringList resources;
     QString error;
