@@ -33,9 +33,9 @@ struct Derivatives {
     }
 };
 
-// The derivatives of the residuals of one moment: one row for each residual of its sightings. `shared` has the
-// derivatives by the parameters of cameras and prints on which these sightings depend, `byPose` those by the moment's
-// pose.
+// The derivatives of the residuals of one moment, with one row for each residual of its sightings. `shared` has the
+// derivatives by those parameters of cameras and prints on which these sightings depend. `byPose` has the derivatives
+// by the moment's pose.
 class MomentRows {
 public:
     void add(const Derivatives &derivatives, const std::vector<int> &places, const RowMajor &byShared) {

@@ -18,7 +18,7 @@ namespace calibration {
 
 class CALIBRATION_API Covariance {
 public:
-    // The variance of the residuals divided by the corners' standard deviations: 1 if these are right.
+    // The variance of the residuals, each divided by its corner's standard deviation: 1 if these deviations are right.
     double varianceFactor() const { return factor; }
     int usedCorners() const { return corners; }
 

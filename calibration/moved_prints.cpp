@@ -91,7 +91,7 @@ std::vector<Pair> pairsOf(const Observations &observations, const Estimate &esti
 // Returns the factor by which variances are larger than the poses claim. It is computed from the changes between
 // successive poses. Most of these have the same place, even if a print moved sometimes.
 double excessOf(const std::vector<Pair> &pairs) {
-    constexpr double quarter = 3.4546;  // of squared distances with 6 degrees of freedom, one quarter is smaller
+    constexpr double quarter = 3.4546;  // the first quartile of chi-squared with 6 degrees of freedom
     std::vector<double> changes;
     for (const Pair &pair : pairs) {
         for (size_t i = 1; i < pair.poses.size(); i++) {

@@ -150,7 +150,7 @@ private:
                     rounded(worst->greatest) + " px " + placeInPicture(worst->x, worst->y) + ").",
                 worst->greatest <= usableUncertainty ? Grade::Usable : Grade::Poor);
         } else if (useless.empty()) {
-            say("Good in the middle (" + rounded(middle) + " px), not " + placesOf(bad) + " (up to " +
+            say("Good in the middle (" + rounded(middle) + " px), but not " + placesOf(bad) + " (up to " +
                     rounded(worst->greatest) + " px).",
                 Grade::Usable);
         } else {

@@ -86,7 +86,7 @@ std::string faultOf(const ListedPhotograph &photograph, const Print &board) {
         return "No board was found in it.";
     }
     if (photograph.corners.size() != board.points.size()) {
-        return "The list has " + std::to_string(photograph.corners.size()) + " corners of it, but the board has " +
+        return "It has " + std::to_string(photograph.corners.size()) + " corners in the list, but the board has " +
                std::to_string(board.points.size()) + ".";
     }
     for (const SeenCorner &corner : corners) {

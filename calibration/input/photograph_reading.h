@@ -39,8 +39,8 @@ struct PhotographsOptions {
     pattern_reader::ReadingOptions reading;
     unsigned jobs = 0;  // how many photographs are read at the same time; if 0, one for each processor
     bool makeThumbnails = false;
-    // Called after each photograph. `index` is its index in the list, `done` the number of photographs read so far. The
-    // call comes from one of the reading threads; two calls never run at the same time.
+    // Called after each photograph, with its index in the list and the number of photographs read so far. The call
+    // comes from one of the reading threads; two calls never run at the same time.
     std::function<void(std::size_t index, const ReadPhotograph &photograph, std::size_t done)> onPhotograph;
 };
 

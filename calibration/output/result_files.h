@@ -41,9 +41,8 @@ ResultFiles resultFiles(const Calibration &calibration, const ResultNotes &notes
 std::string calibrationJson(const Calibration &calibration, const ResultNotes &notes);
 std::string assemblyJson(const Calibration &calibration, const ResultNotes &notes);
 
-// True if files can be named after the camera: the name has 1 to 100 characters, which are letters, digits, "-", "_"
-// and
-// ".", and does not start with ".".
+// True if files can be named after the camera. The name must have 1 to 100 characters, which are letters, digits, "-",
+// "_" and ".", and it must not start with ".".
 bool isCameraName(const std::string &name);
 
 // Writes the files to a folder, which is made if it is absent. A file whose name contains a folder, such as

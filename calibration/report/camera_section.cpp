@@ -181,8 +181,9 @@ std::string rigSection(const Calibration &calibration) {
     if (rows.empty()) {
         return {};
     }
-    return "<section><h2>Rig</h2>\n<p>The motion from the first camera's axes to each other camera's: a rotation "
-           "vector, then a translation. The baseline is the distance between the two centres of projection.</p>\n"
+    return "<section><h2>Rig</h2>\n<p>Each row has the motion that takes points from the axes of the rig's first "
+           "camera to those of another camera: a rotation, given as a rotation vector, and then a translation. The "
+           "baseline is the distance between the two centres of projection.</p>\n"
            "<div class=\"scroll\"><table>" +
            headings({"Camera", "Relative to", ">Baseline, mm", ">X, mm", ">Y, mm", ">Z, mm", ">About x, \xC2\xB0",
                      ">About y, \xC2\xB0", ">About z, \xC2\xB0"}) +
