@@ -52,11 +52,11 @@ set(calibration libcalibration${short_version})
 debian_package(programs lmcaltab science
   "design printed calibration targets and calibrate cameras with them"
   "LmCalTab designs printed targets for the calibration of stereo cameras,
-3D cameras, robots and other movement systems, shows them while their size
-is set and saves them as files that print at true size. LmView reads
-photographs of them, calibrates the cameras and says how far the result can
-be trusted. draw_pattern, read_pattern and calibrate_cameras do the same
-from the shell. The manual is included."
+3D cameras, robots and other movement systems. It shows the targets while
+you set their size and saves them as files that print at true size. LmView
+reads photographs of the targets, calibrates the cameras and states how far
+the result can be trusted. draw_pattern, read_pattern and calibrate_cameras
+do the same from the shell. The manual is included."
   "liblmlib64 ${same}")
 debian_package(LmLib64 liblmlib64 libs
   "camera library that draws calibration targets"
@@ -80,7 +80,7 @@ which finds printed calibration targets in images."
 debian_package(Calibration ${calibration} libs
   "computes camera calibrations with their uncertainty"
   "Calibration computes lenses, poses of cameras and the shape of prints from
-corners in images, in one solve, and how far each of them can be trusted.")
+corners in images in one solve, and states how far each can be trusted.")
 debian_package(CalibrationDevelopment libcalibration-dev libdevel
   "computes camera calibrations with their uncertainty, development files"
   "The headers, the CMake package and the pkg-config file of Calibration,

@@ -19,8 +19,8 @@ install_packages() {
   local missing=() name
   if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
     echo "This is not a Debian system, so nothing can be installed here automatically." >&2
-    echo "Needed, by the names of Debian's packages: $*" >&2
-    echo "Set LMCALTAB_SKIP_INSTALL=1 once they are there." >&2
+    echo "Debian's names of the packages that are needed: $*" >&2
+    echo "Install them, and then set LMCALTAB_SKIP_INSTALL=1." >&2
     [ -n "${LMCALTAB_SKIP_INSTALL:-}" ]
     return
   fi
