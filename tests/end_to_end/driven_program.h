@@ -36,7 +36,7 @@ public:
 
     bool showPage(Page page);
 
-    // The rectangle of a widget by its object name, and of the text in a spin box.
+    // The rectangles of the widget with this object name, and of the text in the spin box with this name.
     QRect placeOf(const QString &objectName) const;
     QRect placeOfText(const QString &spinBoxName) const;
 

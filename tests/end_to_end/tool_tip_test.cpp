@@ -73,7 +73,8 @@ void ToolTipEndToEndTest::linkLeadsToTheManual() {
     }
     QVERIFY(startProgram(root));
 
-    // A spin box's buttons belong to another widget than its text, over which the mouse is moved next.
+    // The buttons and the text of a spin box belong to different widgets. The mouse is moved over the buttons here, and
+    // over a text below.
     const QRect field = program.placeOf("halconOuterSize");
     QVERIFY(!hover({field.right() - 6, field.center().y()}).isEmpty());
     desktop.press({"Shift_L"});

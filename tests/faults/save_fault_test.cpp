@@ -21,7 +21,7 @@ namespace {
 // What happens when the new file is complete and is about to replace the old one.
 enum class AtRename { Goes, Fails, FailsOnce, KillsTheProcess };
 AtRename atRename = AtRename::Goes;
-int renamesBefore = 0;  // so many renames succeed before that
+int renamesBefore = 0;  // the number of renames that succeed before atRename applies
 
 }  // namespace
 
@@ -200,8 +200,8 @@ TEST_P(SaveFault, permissionsOfAnotherUser) {
             _exit(said.find("FileNotWritten") == 0 && said.find("Permission denied") != std::string::npos ? 0 : 1);
         });
     };
-    // First a file of another user, then a folder in which this user cannot create files. The superuser, whom
-    // permissions do not stop, becomes another user for this.
+    // The file belongs to another user at first. Later it is in a folder where this user cannot create files. The
+    // superuser becomes another user for this, because permissions do not stop the superuser.
     if (geteuid() == 0) {
         EXPECT_EQ(failsAsOtherUser(), 0);
     }

@@ -104,7 +104,7 @@ TEST(LibraryImage, failuresCarryPathAndCode) {
 TEST(LibraryImage, scalesRoundsAndClampsValues) {
     const std::pair<double, const char *> rows[] = {{1.0, "0 1 3 100 200 255"},
                                                     {2.0, "0 2 6 200 255 255"},
-                                                    {0.5, "0 1 2 50 100 128"},  // halves up
+                                                    {0.5, "0 1 2 50 100 128"},  // halves are rounded up
                                                     {0.0, "0 0 0 0 0 0"},
                                                     {-1.0, "0 0 0 0 0 0"},
                                                     {1e300, "0 255 255 255 255 255"},

@@ -135,7 +135,7 @@ void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
     Film film;
     film.add(5, frameOf(1));
     for (int i = 1; i <= 3; ++i) {
-        film.add(1, frameOf(1, 60 * i));  // the target moves; without that, its last places would be new views
+        film.add(1, frameOf(1, 80 * i));  // the target moves; if it were still, its last place would be a new view
     }
     film.add(4, frameOf(5, 0, 2));
     film.add(5, frameOf(5));

@@ -20,7 +20,7 @@ public:
     explicit ResidualView(QWidget *parent = nullptr);
 
 signals:
-    // The photograph's number in the session, and the pixel of the corner.
+    // Has the photograph's id in the session and the pixel of the corner.
     void cornerChosen(int photographId, QPointF pixel);
     void photographChosen(int photographId);
 

@@ -15,7 +15,7 @@ class ResultView : public QWidget {
 public:
     explicit ResultView(QWidget *parent = nullptr) : QWidget(parent) {}
 
-    // Shows this result. The view is empty if it is null or has no calibration.
+    // Shows this result. The view is empty if the result is null or has no calibration.
     void setResult(std::shared_ptr<const SessionResult> newResult);
 
 protected:
