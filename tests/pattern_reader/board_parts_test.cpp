@@ -1,4 +1,4 @@
-// Which readings of one pattern are parts of one board.
+// Tests which readings of one pattern are joined as parts of one board.
 #include <gtest/gtest.h>
 
 #include <opencv2/core.hpp>
@@ -12,10 +12,10 @@ using namespace pattern_reader;
 struct Part {
     int firstColumn;
     int columns;
-    cv::Point2f aside;  // pixels, displacement from its place on an undisturbed board
+    cv::Point2f aside;  // pixels; how far the part is displaced
 };
 
-// Twelve rows of a sheared board.
+// A reading of twelve rows of a sheared board.
 PatternReading readingOf(const Part &part) {
     PatternReading reading;
     reading.kind = PatternKind::Plane;

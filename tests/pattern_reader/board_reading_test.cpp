@@ -1,4 +1,5 @@
-// Corners, lattices and marks of boards that the synthetic camera shows, and whole pictures that are hard to read.
+// Tests the corners, lattices and marks of boards in pictures of the synthetic camera, and whole pictures that are hard
+// to read.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -191,7 +192,7 @@ TEST(BoardReading, readsEveryMark) {
             EXPECT_EQ(reading.marked, board.marks[size_t(row * columns + column)] != 0)
                 << view.name << ", column " << column << ", row " << row;
         }
-        // All that have their four corners inside.
+        // All squares with four inner corners are seen, except at most one.
         EXPECT_GE(seen.size(), size_t((columns - 2) * (rows - 2)) - 1) << view.name;
     }
 }

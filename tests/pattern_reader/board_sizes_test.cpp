@@ -1,4 +1,4 @@
-// Boards of every size, in squares and in pixels.
+// Tests boards with many squares, with large squares and with small squares.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -14,7 +14,7 @@ namespace {
 using namespace pattern_reader;
 using namespace reader_bench;
 
-// A piece of the plane, slightly blurred, turned by a few degrees.
+// A piece of the plane, turned and slightly blurred.
 struct DrawnBoard {
     int squares;
     double pixels;       // per square
@@ -48,7 +48,7 @@ struct DrawnBoard {
             for (int x = 0; x < side(); x++) {
                 const double dx = x - side() / 2.0;
                 const double dy = y - side() / 2.0;
-                // A point of the paper, as a square far smaller than a pixel.
+                // Samples a square of the paper that is far smaller than a pixel.
                 const cv::Point2d p(u * dx + v * dy + middle(), u * dy - v * dx + middle());
                 const double tiny = 1e-4 / pixels;
                 const double ink = target.inkShare(
@@ -74,7 +74,7 @@ TEST(BoardSizes, readsAllCornersOfManyAndOfLargeSquares) {
     }
 }
 
-// A colour camera sees every pixel in one colour only and interpolates the others.
+// The picture as a colour camera sees it: each pixel measures only one colour, and the others are interpolated.
 cv::Mat throughColourMosaic(const cv::Mat &grey) {
     cv::Mat colours;
     cv::Mat seen;

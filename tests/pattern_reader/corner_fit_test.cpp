@@ -65,8 +65,8 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
     }
 }
 
-// The mean square, over many pictures and both axes, of the error divided by the standard deviation that the fit
-// claims.
+// Returns the mean square of the error divided by the standard deviation that the fit states, over many pictures and
+// both axes.
 double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     const CornerBorders borders{{cv::Point2f(20, 0), cv::Point2f(0, 20)}};
     constexpr int pictures = 300;

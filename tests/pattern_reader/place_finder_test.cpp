@@ -15,7 +15,8 @@ int codeBit(int tile, cv::Point square) {
                                     : pattern_code::tileBit(tile, square.x, square.y));
 }
 
-// What a camera would see of a part of the code, in a lattice that is turned and shifted relative to the code's.
+// Returns what a camera would see of a part of the code. The camera's lattice is turned and shifted relative to the
+// code's.
 std::vector<SquareReading> readingsOf(int tile, cv::Rect part, const LatticeMotion &motion, int wrong, unsigned seed) {
     std::vector<SquareReading> readings;
     for (int y = -140; y < 140; y++) {
@@ -46,12 +47,12 @@ TEST(PlaceFinder, findsPartsOfTheCodeInEveryOrientation) {
         int wrong;
     };
     const Case cases[] = {
-        {"six squares a side of the plane", Place::plane, {100, 57, 6, 6}, 0},
+        {"6 x 6 squares of the plane", Place::plane, {100, 57, 6, 6}, 0},
         {"a corner of the plane", Place::plane, {264, 264, 8, 8}, 2},
         {"a large piece with many wrong readings", Place::plane, {3, 120, 40, 30}, 90},
         {"the Single pattern", 0, {0, 0, 16, 16}, 8},
         {"part of a tile", 7, {4, 0, 12, 12}, 4},
-        {"the last tile, less its outer squares", 18, {1, 1, 14, 14}, 0},
+        {"the last tile without its outermost squares", 18, {1, 1, 14, 14}, 0},
     };
     for (const Case &one : cases) {
         for (int turns = 0; turns < 4; turns++) {
@@ -77,7 +78,7 @@ TEST(PlaceFinder, saysNothingThatChanceCouldSay) {
     for (unsigned seed = 0; seed < 60; seed++) {
         std::mt19937 random(seed);
         auto readings = readingsOf(Place::plane, {80, 80, int(6 + seed % 12), int(6 + seed % 7)}, still, 0, seed);
-        const unsigned share = seed % 3;  // half, a quarter, three quarters marked
+        const unsigned share = seed % 3;  // a half, a quarter or three quarters are marked
         for (SquareReading &reading : readings) {
             const unsigned dice = unsigned(random() >> 7 & 3);
             reading.marked = share == 0 ? dice < 2 : share == 1 ? dice < 1 : dice < 3;

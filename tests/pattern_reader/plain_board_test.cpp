@@ -1,4 +1,4 @@
-// Plain checkerboards of a size that the caller names.
+// Tests plain checkerboards of a size that the caller names.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -75,7 +75,7 @@ TEST(PlainBoard, placesEveryCornerAndSaysWhichOrientationsAreOpen) {
         EXPECT_EQ(reading.confidence, 1);
         ASSERT_EQ(reading.corners.size(), size_t(one.corners.area()));
         for (const PatternCorner &corner : reading.corners) {
-            // Turned about the board's middle to its place in the drawing.
+            // Turns the point about the board's middle to its place in the drawing.
             cv::Point2d p = cv::Point2d(corner.lattice) - cv::Point2d(one.corners + cv::Size(1, 1)) / 2;
             for (int i = 0; i < one.turnsToReading; i++) {
                 p = {-p.y, p.x};

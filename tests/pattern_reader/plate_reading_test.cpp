@@ -1,5 +1,5 @@
-// Plates as the synthetic camera shows them: how exactly their marks are measured, what is in front of them or bends
-// them, and that neither mirrored plates nor similar grids are read.
+// Tests plates in pictures of the synthetic camera. Marks must be measured exactly, also if a lens bends the plate or
+// something covers a part of it. Mirrored plates and similar grids must not be read.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -25,7 +25,7 @@ struct View {
     double pixels;  // per square
     double tilt;    // degrees
     Lens lens;
-    double shadow;      // share of the light that it takes
+    double shadow;      // share of the light that it removes
     double reflection;  // grey levels that it adds
     Cover cover;
     size_t leastMarks;
@@ -72,7 +72,7 @@ Photograph takePlate(const View &view) {
     return taken;
 }
 
-// A hand's edge through the marks, as light as none of them.
+// The edge of a hand that runs through the marks.
 bool halfHidden(double x, double y) {
     return 0.8 * (x - 9.3) + 0.6 * (y - 9) > 2.15;
 }
@@ -106,7 +106,7 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
         int clear = 0;
         for (const PatternCorner &mark : marks) {
             const cv::Point2d d = projectPoint(taken.camera, taken.pose, mark.lattice) - cv::Point2d(mark.image);
-            // A mark that is half covered or in a shadow may be rough, but never somewhere else.
+            // The position of a mark that is half covered or in a shadow may be rough, but must not be wrong.
             EXPECT_LT(std::hypot(d.x, d.y), 0.02 * view.pixels + 0.05) << view.name << ", mark " << mark.lattice;
             if (!mark.disturbed) {
                 sum += d.dot(d);
@@ -121,15 +121,15 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
     EXPECT_LT(squares / count, 1.6);
 }
 
-// Grids of round marks in a frame: some have a wide frame, one of whose corners looks like a triangle in a soft
-// picture, and some have more rows than a plate.
+// The pictures show grids of round marks in a frame. Some have a wide frame, and in a soft picture a corner of it looks
+// like a triangle. Others have more rows than a plate.
 TEST(PlateReading, refusesGridsWithoutATriangle) {
     for (const unsigned number : {318U, 7868U, 11898U, 12498U, 17378U}) {
         EXPECT_TRUE(readPatterns(makeEmptyPicture(EmptyKind::MarkGrid, number)).empty()) << number;
     }
 }
 
-// Dots that cannot be seen must not count as absent, because the block would then refute the plate.
+// Dots that cannot be seen must not count as absent, because then the plate would be refused for its wrong block.
 TEST(PlateReading, readsPlatesOfWhichAPartCannotBeSeen) {
     constexpr unsigned bleached = 14036;
     constexpr unsigned bandInFront = 5404;

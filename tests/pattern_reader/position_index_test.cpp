@@ -23,7 +23,8 @@ struct Damage {
     int unknownPercent = 0;
 };
 
-// Patches of the code as they might be seen: turned, with wrong and unknown bits, blocks of any content.
+// Makes patches of the code as a camera might see them: turned, with wrong and unknown bits. The squares of an
+// information block have random bits.
 class PatchMaker {
 public:
     // A patch of the plane or of a tile at a random place.
@@ -73,7 +74,7 @@ struct LocateCase {
     int width, height;
     Damage damage;
     PositionIndex::Effort effort;
-    int leastCertain;  // of 200
+    int leastCertain;  // least number of certain places out of 200
 };
 
 class Locate : public testing::TestWithParam<LocateCase> {};
@@ -128,7 +129,7 @@ TEST(PositionIndex, countsTheCellsThatCarryPosition) {
     EXPECT_NEAR(location->chanceLog10, 5.567 + std::log10(1 + count) - count * 0.30103, 0.01);
 }
 
-// The patch that docs/pattern-code.md gives as a test vector.
+// This patch is the test vector in docs/pattern-code.md.
 TEST(PositionIndex, findsTheDocumentedPatch) {
     const std::string rows = "1100011101010010001010101111011101000010100010110000000110110011";
     SeenCells seen(8, 8);
@@ -140,7 +141,7 @@ TEST(PositionIndex, findsTheDocumentedPatch) {
 }
 
 TEST(PositionIndex, doesNotMindCellsOutsideATile) {
-    // A lattice grown beyond the pattern by three cells of clutter on every side.
+    // The lattice extends three cells beyond the pattern on every side, and these cells have random bits.
     PatchMaker maker;
     for (int i = 0; i < 50; ++i) {
         const SeenCells tile = maker.make(false, 16, 16, {});

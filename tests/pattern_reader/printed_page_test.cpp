@@ -1,5 +1,5 @@
-// The whole chain: parameters as the program writes them, the PDF that the camera library makes from them, its pages
-// rendered by another program and seen from the side, and the reader's values and corners. The expected values are
+// Tests the whole chain. The camera library makes a PDF from parameters as the program writes them, another program
+// renders its pages, these are seen from the side, and the reader reads them. The expected values and corners are
 // derived only from the parameters, not from the library.
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
 using pattern_reader::PatternValues;
 
-// The view of a page. Angles in degrees.
+// The direction from which a page is seen. Angles are in degrees.
 struct View {
     int dotsPerInch;
     double tilt;
@@ -41,11 +41,11 @@ struct PrintedPattern {
     const char *parameters;  // an element of "Patterns", as the program writes it
     View view;
     PatternKind kind;
-    double gridSpacing;  // in millimetres, as asked for, whether the block holds it or not
+    double gridSpacing;  // in millimetres, from the parameters; the block need not contain it
     bool polarity = true;
     cv::Size corners{15, 15};  // or marks
     int tile = -1;
-    cv::Point cornerOffset{};  // of a Flexible pattern, in half grid spacings
+    cv::Point cornerOffset{};  // offset of a Flexible pattern, in half grid spacings
     std::optional<PatternValues> values{};
 };
 
@@ -66,7 +66,7 @@ PatternValues offsetInSpacings(int x, int y) {
     return values;
 }
 
-// Through the interface that the program uses, `patterns` being the elements of "Patterns".
+// Saves patterns through the interface that the program uses. `patterns` are the elements of "Patterns".
 void savePatterns(const std::string &patterns, const std::string &fileName) {
     std::int32_t result = 0;
     const std::string slot = lmLibMakeUniqueItem(&result, "/Execute", "PrintedPage");
@@ -81,7 +81,8 @@ void savePatterns(const std::string &patterns, const std::string &fileName) {
     lmLibErase(&result, slot.c_str());
 }
 
-// Maps the page's pixels to a picture of the same size, taken by a pinhole camera that looks at the page's middle.
+// Returns the map from the page's pixels to a picture of the same size, taken by a pinhole camera that looks at the
+// page's middle.
 cv::Matx33d homographyOf(const View &view, cv::Size page) {
     const cv::Point2d middle((page.width - 1) / 2.0, (page.height - 1) / 2.0);
     const double focalLength = 1.5 * page.height;
@@ -97,7 +98,7 @@ cv::Matx33d homographyOf(const View &view, cv::Size page) {
     return camera * pose * cv::Matx33d(1, 0, -middle.x, 0, 1, -middle.y, 0, 0, 1);
 }
 
-// The page on a grey table, slightly out of focus.
+// Returns a picture of the page on a grey table, slightly out of focus.
 cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
     cv::Mat picture;
     cv::warpPerspective(page, picture, homography, page.size(), cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar(110));
@@ -105,8 +106,8 @@ cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
     return picture;
 }
 
-// The position of the pattern's middle, which is the page's middle, along one axis in the reader's coordinates. In a
-// Flexible pattern the central corner, or the one before the middle if the count is even, lies at the offset.
+// The lattice coordinate of the pattern's middle, which is the page's middle, along one axis. In a Flexible pattern,
+// the middle corner lies at the offset. If the number of corners is even, it is the corner before the middle.
 double middleInLattice(PatternKind kind, int corners, int offset) {
     if (kind != PatternKind::Plane) {
         return 8;
@@ -153,7 +154,7 @@ void expectValues(const std::optional<PatternValues> &actual, const std::optiona
     }
 }
 
-// The corners in millimetres, as the printed file has them and from the grid spacing alone.
+// Expects the right corners in millimetres, both from the printed file and from the grid spacing alone.
 void expectMillimetres(const PrintedPattern &asked, const PatternReading &reading, const std::string &pdf) {
     const auto fromFile = pattern_reader::objectPoints(reading, pattern_reader::loadPrintedPatterns(pdf));
     ASSERT_TRUE(fromFile);
@@ -166,7 +167,7 @@ void expectMillimetres(const PrintedPattern &asked, const PatternReading &readin
         const cv::Point2d steps = cv::Point2d(reading.corners[i].lattice + offset) - cv::Point2d(origin, origin);
         const cv::Point3d expected(steps.x * asked.gridSpacing / 2, steps.y * asked.gridSpacing / 2, 0);
         EXPECT_LT(cv::norm(fromSpacing[i] - expected), 1e-6);
-        // The form rounds a Flexible pattern's offset to hundredths.
+        // The form rounds a Flexible pattern's offset to hundredths of a millimetre.
         EXPECT_LT(cv::norm((*fromFile)[i] - expected), asked.kind == PatternKind::Plane ? 0.01 : 2e-6);
     }
 }
@@ -195,7 +196,7 @@ std::string pageCount(const std::string &pdf) {
     return outputOf("pdfinfo '" + pdf + "' | sed -n 's/^Pages: *//p'");
 }
 
-// Lengths that the form derives are rounded to hundredths, as the form shows and sends them.
+// Lengths that the form derives are rounded to hundredths of a millimetre, as the form shows and sends them.
 const PrintedPattern printedPatterns[] = {
     {"Official",
      R"({"Type": "Plate24", "GridSpacing": 24.0, "Thickness": 3.0, "Polarity": true})",

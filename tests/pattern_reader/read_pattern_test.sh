@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The command line of read_pattern: what it prints, where it writes and how it ends.
+# Tests the command line of read_pattern: what it prints, which files it writes, and its exit codes.
 #   read_pattern_test.sh READ_PATTERN PICTURE
 set -euo pipefail
 read_pattern=$1
@@ -11,7 +11,7 @@ cd "$folder"
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# ends CODE ARGUMENT...: runs read_pattern, its output in the files out and err, and compares its exit code.
+# ends CODE ARGUMENT...: runs read_pattern with its output in the files out and err, and checks its exit code.
 ends() {
   local expected=$1 code=0
   shift
@@ -30,7 +30,7 @@ ends 2 --square 25 a.png
 ends 2 --pattern a.png a.png
 says err '"a.png" does not describe a pattern'
 
-# refuses KIND SIZE REASON: such a pattern is not taken for one that the reader knows.
+# refuses KIND SIZE REASON: checks that a pattern file with this kind and size is refused with this reason.
 refuses() {
   local pattern='"Kind":"'$1'","LatticeSize":'$2',"LatticePitch":10,"Code":null,"Points":[[0,0,0,0],[1,0,10,0]]'
   echo '{"Format":"LmLib64Pattern","Version":1,"Patterns":[{'"$pattern"'}]}' >pattern.json

@@ -1,4 +1,4 @@
-// What the reader does with pictures that are wrong, extreme or of another kind.
+// Tests what the reader does with damaged files, extreme pictures, all file formats and its options.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -47,7 +47,7 @@ TEST(ReaderInput, survivesExtremePictures) {
     }
 }
 
-// The greatest distance between corners of the same place in two readings of one pattern, in pixels.
+// The greatest distance, in pixels, between corners with the same lattice coordinates in two readings of one pattern.
 float farthest(const PatternReading &a, const PatternReading &b) {
     EXPECT_EQ(a.corners.size(), b.corners.size());
     float distance = 0;
@@ -102,7 +102,7 @@ TEST(ReaderInput, readsTheSameFromEveryFileFormat) {
     // A few hot pixels in a dark picture.
     cv::Mat hot = deep / 40;
     hot(cv::Rect(0, 0, 3, 3)) = 65535;
-    // Black ink whose strength is in the alpha channel alone.
+    // Black ink: only the alpha channel shows where it is.
     cv::Mat ink(image.size(), CV_8UC4, cv::Scalar::all(0));
     cv::insertChannel(255 - image, ink, 3);
     const std::pair<const char *, cv::Mat> files[] = {
@@ -117,7 +117,7 @@ TEST(ReaderInput, readsTheSameFromEveryFileFormat) {
     }
 }
 
-// The message with which a file is refused; empty if it is read.
+// Returns the error message for a file; empty if the file is read.
 std::string refusal(const std::string &path) {
     try {
         readPatterns(loadGreyImage(path));
@@ -148,7 +148,7 @@ std::string contentOf(const std::string &path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A JPEG or TIFF file with this orientation tag.
+// Writes a JPEG or TIFF file with this orientation tag.
 void writeTagged(const std::string &path, const cv::Mat &image, int orientation) {
     ASSERT_TRUE(cv::imwrite(path, image, {cv::IMWRITE_JPEG_QUALITY, 98}));
     std::string content = contentOf(path);
@@ -210,7 +210,7 @@ TEST(ReaderInput, namesJpegFilesThatEndTooSoon) {
     }
 }
 
-// Reads a damaged file: it is refused by name, or what is still in it is read as it was.
+// Reads a damaged file. The reader must either refuse it with a message that names the file, or read the right pattern.
 void readDamaged(const std::string &path, const std::string &content, const PatternReading &whole) {
     write(path, content);
     try {
