@@ -66,7 +66,7 @@ struct Save {
     const char *ending;
     int size;  // of a Flexible pattern; 0 for an assembly of all its patterns
     double limitMs;
-    double limitBytes;  // 0 means none
+    double limitBytes;  // 0 if there is no limit
 };
 
 void writePatterns(const Save &save, const std::string &fileName) {
@@ -147,7 +147,7 @@ void benchAccess(Table &table) {
     const TreeItem large = root["Large"]["Object"]["Number"];
     small = 1.5;
     large = 1.5;
-    // Another node each time, so that hardly any is in the processor's caches.
+    // Each read is of another node, so that hardly any node is in the processor's caches.
     std::vector<TreeItem> scattered;
     for (long i = 0; i < manyNodes; i += 5) {
         scattered.push_back(root["Large"]["Object"][std::to_string(i * 7919L % 1000003L)]);

@@ -1,10 +1,10 @@
-// Measures calls alternately in many short rounds, and prints the table of every benchmark: a time, what it is compared
-// with in the same rounds, their ratio and the bound on it. Times are in milliseconds.
+// Measures calls alternately in many short rounds, and prints the results as a table: a figure, the figure that it is
+// compared with, their ratio, and the bound on the ratio. Times are in milliseconds unless the caller divides them.
 //
 // The speed of a machine changes from one second to the next, most of all if others use it too. Therefore the things to
 // be compared are measured within milliseconds of each other, and a ratio is the median of the rounds' ratios of
-// processor time. Waiting costs no processor time, so elapsed times are measured too; that of the fastest round is the
-// least disturbed.
+// processor time. Waiting costs no processor time, so elapsed times are measured too. Other programs disturb the
+// elapsed time of the fastest round least.
 #pragma once
 
 #include <algorithm>
@@ -43,7 +43,7 @@ Time timeOf(Call call) {
     return now() - start;
 }
 
-// The value that the given share of the values does not exceed: 0.5 for the median.
+// The value that this share of the values does not exceed. A share of 0.5 gives the median.
 inline double quantile(std::vector<double> values, double share) {
     const auto at = values.begin() + std::lround(share * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), at, values.end());
@@ -54,7 +54,7 @@ inline double median(const std::vector<double> &values) {
     return quantile(values, 0.5);
 }
 
-// Takes one time of each kind per round, after some rounds that do not count. Each round begins with another kind.
+// Measures each kind once per round, after some rounds that do not count. Each round begins with another kind.
 inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::function<Time()>> &kinds) {
     constexpr int warmUps = 3;
     std::vector<Times> times(kinds.size());
@@ -70,9 +70,9 @@ inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::
     return times;
 }
 
-// Prints Markdown rows, and remembers whether a ratio was more than twice its bound, which noise does not explain. A
-// bound of 0 means none. The column "Elapsed" compares the elapsed times of the fastest rounds. It has no bound,
-// because these still contain much noise on a busy machine.
+// Prints Markdown rows. exitCode is 1 if a ratio was more than twice its bound, which noise does not explain. A bound
+// of 0 means that there is none. The column "Elapsed" compares the elapsed times of the fastest rounds. It has no
+// bound, because these times still contain much noise on a busy machine.
 class Table {
 public:
     explicit Table(const char *title) {
@@ -82,7 +82,7 @@ public:
             title);
     }
 
-    // Both must come from the same rounds.
+    // Compares times with reference times from the same rounds.
     void row(const std::string &what, const Times &times, const char *unit, const std::string &reference,
              const Times &referenceTimes, double bound) {
         std::vector<double> ratios;
@@ -102,7 +102,7 @@ public:
         figure(what, fastest(times), unit, "limit", limit, 1.0);
     }
 
-    // For figures that are not times.
+    // Compares figures that were not measured in rounds.
     void figure(const std::string &what, double figure, const char *unit, const std::string &reference,
                 double referenceFigure, double bound) {
         beginRow(what, figure, unit, reference, referenceFigure);

@@ -1,6 +1,6 @@
 // Benchmarks of the program's start, exit and memory. They are compared with those of an empty window of the same
-// toolkit, with OpenGL (the toolkit's default) and without it (as in the program). The three are run in turn, each in a
-// process of its own that ends after the first picture. For POSIX systems.
+// toolkit, with OpenGL (the toolkit's default) and without it (as in the program). The three programs run in turn, and
+// each run ends after the first picture. This needs a POSIX system.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -77,7 +77,7 @@ int main(int /*argc*/, char **argv) {
     table.row("its elapsed time", program.exit, "ms", 300.0);
     table.row("start to the first picture", program.firstPicture, "ms", "an empty window without OpenGL",
               emptyWithoutOpenGl.firstPicture, 0);
-    // The pictures of 2000 x 2000 pixels that are in memory at the same time while the first one is made: the
+    // While the first picture is made, there are four pictures of 2000 x 2000 pixels in memory at the same time: the
     // library's, the buffer that it is copied to and the image (4 MB each), and the pixmap with four bytes per pixel
     // (16 MB).
     constexpr double picturesMegabytes = 2000.0 * 2000.0 * (1 + 1 + 1 + 4) / 1048576.0;

@@ -23,8 +23,8 @@ namespace {
 constexpr int pixels = 2000;
 constexpr int rounds = 151;
 
-// Shows a picture with as little work as possible: fills 4 MB, copies them twice, makes a pixmap of an indexed image,
-// repaints the view.
+// Shows a picture with as little work as possible. It fills 4 MB of memory, copies this memory twice, makes a pixmap of
+// an indexed image, and repaints the view.
 class Floor {
 public:
     explicit Floor(QGraphicsView *graphicsView) : view(graphicsView), palette(makeColorTable("gray", 256)) {}
@@ -63,7 +63,7 @@ Widget *field(const MainWindow &window, const char *name) {
     return window.findChild<Widget *>(QString::fromLatin1(name));
 }
 
-// Times updates that switch a field between two values, alternately with the floor.
+// Measures updates that switch a field between two values. The updates take turns with the floor.
 void benchUpdate(Table &table, const MainWindow &window, const std::string &what,
                  const std::function<void(bool)> &change, double bound) {
     auto *view = field<QGraphicsView>(window, "preview");

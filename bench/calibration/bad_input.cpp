@@ -27,7 +27,7 @@ SceneDraft twoBoards() {
     return draft;
 }
 
-// The sentence with which a calibration is refused; empty if it is not.
+// Returns the message of a calibration that fails; empty if a calibration is made.
 std::string refusal(const Observations &observations) {
     CalibrateOptions options;
     options.lens = LensModel::Pinhole5;
@@ -49,7 +49,8 @@ bool mentions(const std::vector<std::string> &texts, const std::string &word) {
                        [&](const std::string &text) { return text.find(word) != std::string::npos; });
 }
 
-// How many of the sightings [first, last) are left out, with the sentence of one of them.
+// Prints how many of the sightings [first, last) are left out for the expected reason, and the sentence about one of
+// them. All of them must be left out, and no others.
 void leftOut(GoalTable &table, const char *what, const Observations &observations, Misfit expected, int first,
              int last) {
     CalibrateOptions options;
@@ -96,7 +97,7 @@ void measureUnlinked(GoalTable &table) {
 }
 
 void measureMoved(GoalTable &table) {
-    // With only two in a photograph, nobody could know which of them moved.
+    // With only two patterns in a photograph, nobody could know which of them moved.
     SceneDraft draft = twoBoards();
     draft.reach = 0.2;
     draft.least = 700;
@@ -105,7 +106,8 @@ void measureMoved(GoalTable &table) {
     std::mt19937 random(1);
     RigidMotion moved = scene.truth.worldFromPrint[1];
     moved.translation.x() += 15;
-    // In the last three of twenty photographs. The moved sightings come last, so that they can be told apart.
+    // The pattern moves before the last three of twenty photographs. Its sightings there come last, so that they can be
+    // told apart.
     std::vector<Sighting> &sightings = scene.observations.sightings;
     sightings.erase(
         std::remove_if(sightings.begin(), sightings.end(),

@@ -1,6 +1,6 @@
-// calibration_bench [sigmas] [time] [partial] [bad] [truth] [public FOLDER]: prints the tables of docs/calibration.md,
-// or those that are named. FOLDER has the photographs left01.jpg, right01.jpg ... that come with OpenCV's documents.
-// Without arguments, all tables but that one. Exits with 1 if a goal is missed.
+// calibration_bench [sigmas] [time] [partial] [bad] [truth] [public FOLDER]: prints the tables of docs/calibration.md
+// that are named. FOLDER has the photographs left01.jpg, right01.jpg ... that come with OpenCV's documentation. Without
+// arguments, prints all tables except the one of these photographs. Exits with 1 if a goal is missed.
 #include <cstring>
 
 #include "bench/calibration/goals.h"

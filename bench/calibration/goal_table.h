@@ -1,4 +1,4 @@
-// Prints what a row of the benchmark measures as a Markdown table, and remembers whether a bound was missed.
+// Prints what a part of the benchmark measures as a Markdown table, and remembers whether a goal was missed.
 #pragma once
 
 #include <cstdio>
@@ -12,7 +12,7 @@ public:
         std::printf("\n### %s\n\n| What | Measured | Goal |\n|---|---|---|\n", title);
     }
 
-    // Without a goal.
+    // Prints a figure that has no goal.
     void figure(const std::string &what, const std::string &measured) { print(what, measured, ""); }
     void figure(const std::string &what, double measured, const char *unit) { print(what, text(measured, unit), ""); }
 

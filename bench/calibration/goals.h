@@ -1,19 +1,20 @@
-// The rows of the benchmark. Each prints its table and returns whether all its goals are met.
+// The parts of the calibration benchmark. Each function prints a table and returns true if all of its goals are met.
 #pragma once
 
 namespace calibration_bench {
 
-// Simulated calibrations: are errors as large as the standard deviations say?
+// Compares the errors of simulated calibrations with the standard deviations that the calibrations state.
 bool measureTrueSigmas(int runs);
-// From corners to the result, and how the time grows with the number of photographs.
+// Measures the time from corners to the result, and how it grows with the number of photographs.
 bool measureTime();
-// All that is seen of a target against whole targets only.
+// Compares calibrations from everything that is seen of a target with calibrations from whole targets only.
 bool measurePartialViews();
-// Input that does not determine a calibration, or that contradicts itself.
+// Checks what happens with input that does not determine a calibration, or that contradicts itself.
 bool measureBadInput();
-// Rendered pictures, read and calibrated: how far from the truth the result is.
+// Renders pictures, reads and calibrates them, and compares the result with the truth.
 bool measureSyntheticTruth();
-// The stereo photographs of OpenCV's documents in this folder: the same corners through OpenCV and through ours.
+// Calibrates with the stereo photographs of OpenCV's documentation in this folder. OpenCV and our calibration use the
+// same corners.
 bool measurePublicPhotographs(const char *folder);
 
 }  // namespace calibration_bench

@@ -31,7 +31,7 @@ struct Pairs {
     std::vector<Corners> left, right;
 };
 
-// The corners as OpenCV's own sample finds them: half window of 5 pixels.
+// Finds the corners as OpenCV's own sample does, with a half window of 5 pixels.
 std::optional<Corners> cornersOf(const std::string &path, cv::Size &size) {
     const cv::Mat picture = cv::imread(path, cv::IMREAD_GRAYSCALE);
     Corners corners;
@@ -89,7 +89,8 @@ Observations observationsOf(const Pairs &pairs) {
     return observations;
 }
 
-// OpenCV's residual: the root mean square of the corners' distances, of both cameras, in pixels.
+// Returns OpenCV's residual, the root mean square of the corners' distances over both cameras in pixels, and sets the
+// baseline in mm.
 double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     std::vector<cv::Point3f> drawn;
     for (const Eigen::Vector2d &point : board().points) {
@@ -109,7 +110,8 @@ double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     return rms;
 }
 
-// The same from a solve with all corners in which only these numbers of the print's shape vary.
+// Returns the same for our own solve with all corners, in which only these numbers of the print's shape vary. -1 if the
+// solve fails.
 double residualOfOurs(const Observations &observations, const std::vector<int> &shape, const Calibration &start,
                       double &baseline) {
     SolveOptions options;

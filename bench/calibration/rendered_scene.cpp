@@ -55,7 +55,7 @@ Target targetOf(const PrintDraft &print, int number, double bend) {
     target.middle = {middle.x * x / print.pitch, middle.y * y / print.pitch};
     target.drawn = std::make_shared<reader_bench::SyntheticTarget>(geometry);
     if (bend != 0) {
-        // A circle's height over its chord.
+        // The curvature follows from the height of an arc over its chord.
         const double edge = corners / 2.0;
         reader_bench::PaperSheet::Form form;
         form.curvature = 2 * bend / print.pitch / (edge * edge);
@@ -87,7 +87,7 @@ reader_bench::CameraModel lensOf(const CameraDraft &camera) {
     return lens;
 }
 
-// The prints of which the camera sees something, as far as they are wholly in front of it.
+// Returns the prints whose corners are all in front of the camera, by more than four pitches.
 std::vector<reader_bench::PlacedTarget> placedTargets(const RenderedScene &rendered, const std::vector<Target> &targets,
                                                       const Photograph &shot) {
     const Estimate &truth = rendered.scene.truth;

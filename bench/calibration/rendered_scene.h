@@ -1,5 +1,5 @@
-// Scenes as in simulated_scene.h, but photographed by the synthetic camera and read by the pattern reader: the whole
-// road from a print to its corners.
+// Makes scenes as simulated_scene.h does, but photographs them with the synthetic camera and reads the pictures with
+// the pattern reader. So the whole chain from a print to its corners is tested.
 #pragma once
 
 #include <vector>
@@ -9,16 +9,16 @@
 namespace calibration_bench {
 
 struct RenderedScene {
-    SimulatedScene scene;  // with the truth
-    // Every corner of every print in the world, mm, as the camera saw it.
+    SimulatedScene scene;  // contains the truth
+    // The true position of every corner of every print in the world, mm, with the bend.
     std::vector<std::vector<Eigen::Vector3d>> corners;
     // What was read in the pictures.
     calibration::Observations read;
 };
 
 // The prints must be the patterns of an assembly, 15 x 15 corners; print n is pattern n. The middle of the first print
-// stands out above its left and right edges by `bend` mm. The lenses must have equal focal lengths and at most two
-// coefficients.
+// stands out above its left and right edges by `bend` mm. Each lens must have the same focal length in x and y, and at
+// most two coefficients that are not 0.
 RenderedScene renderAndRead(const SceneDraft &draft, double bend, unsigned seed);
 
 }  // namespace calibration_bench

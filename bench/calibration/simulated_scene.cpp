@@ -36,7 +36,7 @@ Vector3d middleOf(const std::vector<PrintDraft> &prints) {
     return sum / double(prints.size());
 }
 
-// Looks from near the middle of the prints in any direction.
+// Returns a view from near the middle of the prints in a random direction.
 RigidMotion viewFromInside(const SceneDraft &draft, std::mt19937 &random) {
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> even(-1, 1);
@@ -47,7 +47,7 @@ RigidMotion viewFromInside(const SceneDraft &draft, std::mt19937 &random) {
     return view;
 }
 
-// Puts the middle of the prints at a random place of the first camera's picture.
+// Returns a view with the middle of the prints at a random place of the first camera's picture.
 RigidMotion randomView(const SceneDraft &draft, std::mt19937 &random) {
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> even(-1, 1);
@@ -59,7 +59,7 @@ RigidMotion randomView(const SceneDraft &draft, std::mt19937 &random) {
     unproject(first.camera.lens, first.intrinsics.data(), pixel, direction);
     const double distance = draft.least + (draft.most - draft.least) * (even(random) + 1) / 2;
     const Vector3d turn = Vector3d(draft.tilt * normal(random), draft.tilt * normal(random), 0.3 * normal(random));
-    // Turned so that an untilted print faces the camera wherever it is.
+    // The view is turned so that an untilted print faces the camera wherever the print is.
     const Vector3d facing = Vector3d::UnitZ().cross(direction);
     const RigidMotion face{facing.norm() > 1e-9
                                ? Vector3d(facing.normalized() * std::asin(std::min(1.0, facing.norm())))
@@ -99,7 +99,8 @@ Sighting sightingOf(const SimulatedScene &scene, int photograph, int print, cons
         const Vector3d place = printedPoint(shape.numbers.data(), shape.reach, points[point]).place;
         const Vector3d seen = rotation * place + cameraFromPrint.translation;
         Vector2d image;
-        // Every corner takes its noise, so that what others show does not change it.
+        // Noise is drawn for every corner, seen or not, so that a corner's noise does not depend on which others are
+        // seen.
         const Vector2d error(noise * normal(random), noise * normal(random));
         constexpr double margin = 5;  // pixels that a detector needs around a corner
         if (seen.z() > 1 && project(camera.lens, scene.truth.intrinsics[size_t(shot.camera)].data(), seen, image) &&

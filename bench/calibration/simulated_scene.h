@@ -1,4 +1,4 @@
-// Scenes whose corners are computed from known cameras and prints, without pictures, so that hundreds of calibrations
+// Makes scenes whose corners are computed from known cameras and prints, without pictures. So hundreds of calibrations
 // can be compared with their truth. The seed determines everything.
 #pragma once
 
@@ -34,16 +34,16 @@ struct SceneDraft {
     std::vector<PrintDraft> prints;
     int moments = 40;
     double noise = 0.1;      // pixels, standard deviation along one axis
-    double saidNoise = 0.1;  // what the corners say that it is
+    double saidNoise = 0.1;  // standard deviation that the corners state, in pixels
     double least = 500;      // mm, distance from the first camera to the middle of the prints
     double most = 800;
-    double reach = 0.7;  // share of the picture, from its middle, that may show the middle of the prints
-    double tilt = 0.6;   // radians, standard deviation about each axis
-    // The camera is among the prints, near the middle, and looks to all sides; least, most, reach and tilt are not used
-    // then.
+    double reach = 0.7;  // the middle of the prints is seen within this share of the picture's width and height
+    double tilt = 0.6;   // radians, standard deviation about x and about y; about z it is 0.3
+    // The camera is among the prints, near their middle, and looks in random directions. If so, least, most, reach and
+    // tilt are not used.
     bool isInside = false;
     bool wholeOnly = false;  // drops sightings that do not show the whole print
-    int fewestCorners = 12;  // of a sighting
+    int fewestCorners = 12;  // of a sighting that is kept
 };
 
 // A pinhole with five coefficients: 1600 x 1200 pixels, 60 degrees wide, clear barrel distortion.
@@ -53,7 +53,7 @@ CameraDraft fisheyeCamera();
 
 SimulatedScene simulate(const SceneDraft &draft, unsigned seed);
 
-// What a photograph shows of a print in any pose.
+// Returns what a photograph shows of a print in this pose.
 calibration::Sighting sightingOf(const SimulatedScene &scene, int photograph, int print,
                                  const calibration::RigidMotion &worldFromPrint, double noise, double saidNoise,
                                  std::mt19937 &random);

@@ -17,7 +17,7 @@ namespace {
 using Eigen::Vector3d;
 
 constexpr int corners = 15;
-constexpr double xyError = 0.005;  // of the prints
+constexpr double xyError = 0.005;  // how much longer the prints are in x than in y, as a share
 
 CameraDraft distorted(const char *name) {
     CameraDraft draft{{name, 1640, 1230, LensModel::Pinhole5}, Eigen::VectorXd(9), {}};
@@ -91,7 +91,7 @@ SceneDraft boxOfEighteen() {
             draft.prints.push_back(printAt(pose, i == 0 ? xyError : -0.002 * i));
         }
     }
-    // The world is that of the first print.
+    // The world's coordinates are those of the first print.
     const RigidMotion origin = draft.prints.front().pose.inverse();
     for (PrintDraft &print : draft.prints) {
         print.pose = origin * print.pose;
@@ -100,7 +100,7 @@ SceneDraft boxOfEighteen() {
     return draft;
 }
 
-// What the estimate says about a print's corner.
+// Returns the estimated position of a print's corner in the world.
 Vector3d estimated(const Calibration &result, int print, int column, int row) {
     const Print &what = result.observations.prints[size_t(print)];
     const PrintShape &shape = result.estimate.shapes[size_t(print)];
@@ -118,7 +118,8 @@ struct Deviation {
     size_t prints = 0;
 };
 
-// Of all prints' corners, after the similarity that lays the first print on its truth.
+// Returns how far the corners of all prints are from the truth. Before that, a similarity transformation fits the first
+// print to its truth.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;

@@ -40,7 +40,7 @@ bool measureTime() {
     std::vector<double> perView;
     for (const int count : {100, 200, 500, 2000}) {
         const SimulatedScene scene = views(count);
-        // The faster of two, because other programs disturb; once where it takes long.
+        // Short calibrations are measured twice, and the faster time counts, because other programs disturb them.
         Time best = timeToCalibrate(scene.observations, result);
         if (count <= 200) {
             const Time again = timeToCalibrate(scene.observations, result);

@@ -51,7 +51,7 @@ void addLens(const SimulatedScene &scene, const Calibration &result, int camera,
         errors.focalLengths.add(estimate[i] - truth[i], sigmas[size_t(i)]);
         errors.centres.add(estimate[i + 2] - truth[i + 2], sigmas[size_t(i) + 2]);
     }
-    // Of fixed directions, over the part of the picture where corners were.
+    // Compares the projections of fixed directions, over the part of the picture in which corners were seen.
     const Camera &what = scene.observations.cameras[size_t(camera)];
     const Eigen::MatrixXd covariance = result.covariance.intrinsics(camera);
     for (const double x : {0.15, 0.5, 0.85}) {
@@ -98,7 +98,8 @@ SceneDraft draftOf() {
                     {8, 6, 24, {{0.1, 0.7, -0.05}, {205, 10, -70}}, other},
                     {8, 6, 24, {{-0.6, 0.05, 0.1}, {5, 170, -60}}, {}}};
     draft.moments = 14;
-    // The corners claim to be twice as accurate as they are. The residuals must reveal that.
+    // The standard deviations that the corners state are half of the true ones. The calibration must find that out from
+    // the residuals.
     draft.noise = 0.1;
     draft.saidNoise = 0.05;
     draft.reach = 0.5;

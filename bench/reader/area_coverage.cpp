@@ -7,7 +7,7 @@ namespace reader_bench {
 
 namespace {
 
-// A convex polygon that is cut by half planes. Every cut adds one point at most.
+// A convex polygon that is cut by half planes. Every cut adds at most one point. There is room for `limit` points.
 class Clipped {
 public:
     explicit Clipped(const Quad &quad) {

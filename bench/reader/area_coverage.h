@@ -1,5 +1,5 @@
-// How much of a small quadrilateral lies within a shape. The areas are exact, so a picture made from them has no
-// sampling error. All functions are pure.
+// Computes how much of a small quadrilateral lies within a shape. The areas are exact (for polygons: up to ten
+// corners), so a picture made from them has no sampling error. All functions are pure.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@ using Quad = std::array<cv::Point2d, 4>;
 double areaOf(const Quad &quad);
 double areaInRectangle(const Quad &quad, const cv::Rect2d &rectangle);
 double areaInCircle(const Quad &quad, const cv::Point2d &centre, double radius);
-// polygon: convex, in either order.
+// `polygon` is convex, with its corners in either order.
 double areaInPolygon(const Quad &quad, const std::vector<cv::Point2d> &polygon);
 
 }  // namespace reader_bench

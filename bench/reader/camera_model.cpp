@@ -77,8 +77,7 @@ PaperSheet::PaperSheet(const Form &form, double reach)
     const int half = int(std::ceil(reach / stationStep));
     formReach = half * stationStep;
     stations.resize(2 * size_t(half) + 1);
-    // Integrates from the middle outwards, so that the middle is the origin, with two-point Gauss quadrature in each
-    // step.
+    // Integrates from the middle outwards, so that the middle is the origin. Each step uses two-point Gauss quadrature.
     const auto fill = [&](int sign) {
         Station here{0, 0, std::cos(slopeAt(form, 0)), std::sin(slopeAt(form, 0))};
         stations[size_t(half)] = here;

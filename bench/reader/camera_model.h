@@ -1,4 +1,4 @@
-// The lens and the sheet of paper: where a ray of light falls in the picture, and where it meets the paper. All
+// Models the lens and the sheet of paper: where a ray of light falls in the picture, and where it meets the paper. All
 // functions are exact to far less than a hundredth of a pixel.
 #pragma once
 
@@ -8,9 +8,9 @@
 
 namespace reader_bench {
 
-// Image coordinates: the centre of the top-left pixel is (0, 0), x to the right, y down.
+// In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down.
 struct CameraModel {
-    double focalLength = 1000;  // pixels; of a fisheye: pixels per radian on the axis
+    double focalLength = 1000;  // pixels; for a fisheye lens, pixels per radian on the axis
     cv::Point2d centre;         // principal point, pixels
     double k1 = 0;              // radial distortion of normalised coordinates: r' = r (1 + k1 r² + k2 r⁴)
     double k2 = 0;
@@ -29,25 +29,25 @@ cv::Vec3d rayOf(const CameraModel &camera, const cv::Point2d &pixel);
 class PaperSheet {
 public:
     struct Form {
-        double direction = 0;                            // in the paper, across the bending lines, radians
-        double curvature = 0;                            // of a rolled sheet, 1 / pitch
+        double direction = 0;                            // direction in the paper across the bending lines, radians
+        double curvature = 0;                            // curvature of a rolled sheet, 1 / pitch
         double waveSlope = 0;                            // greatest slope of a waved sheet, radians
         double waveLength = 1;                           // pitches
         double wavePhase = 0;                            // radians
         std::vector<std::pair<double, double>> creases;  // distance from the middle in pitches; angle in radians
     };
 
-    // reach: the distance from the middle, in pitches, up to which the sheet has this form. Beyond it the sheet is
-    // straight.
+    // The sheet has this form up to the distance `reach` from its middle, in pitches. Beyond that it is straight.
     PaperSheet(const Form &form, double reach);
 
     cv::Vec3d at(const cv::Point2d &onPaper) const;
-    // Where the ray from origin meets the sheet. start: the distance across the bending lines at which the search
-    // starts. It is replaced by the distance found, which is a good start for the ray of the next pixel.
+    // Returns where the ray from `origin` meets the sheet. `start` is the distance across the bending lines at which
+    // the search starts. It is replaced by the distance that was found, which is a good start for the ray of the next
+    // pixel.
     cv::Point2d hit(const cv::Vec3d &origin, const cv::Vec3d &direction, double &start) const;
 
 private:
-    // A point of the cross section and its direction.
+    // A point of the cross section, and the direction of the cross section there.
     struct Station {
         double x, z, cosine, sine;
     };

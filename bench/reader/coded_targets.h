@@ -1,5 +1,5 @@
-// The patterns of this system as targets for the synthetic camera, made by LmLib64 from a user's parameters, and what a
-// reader should report about them.
+// Makes the patterns of this system as targets for the synthetic camera, and states what a reader should report about
+// them. LmLib64 makes the patterns from a user's parameters.
 #pragma once
 
 #include <memory>
@@ -23,9 +23,9 @@ struct CodedTarget {
     bool hasBlock = false;
 };
 
-// Tile 0 with spacing and thickness, or the tile of an assembly's pattern.
+// Makes tile 0 with a block of spacing and thickness, or the tile of a pattern in an assembly.
 CodedTarget makeTile(int tile, std::mt19937 &random, const Print &print = {});
-// width × height corners cut from the plane at a random offset.
+// Makes a Flexible pattern with width × height corners, cut from the plane at a random offset.
 CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Print &print = {});
 CodedTarget makePlate(std::mt19937 &random, const Print &print = {});
 

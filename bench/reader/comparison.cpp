@@ -27,7 +27,7 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-// A board, the truth about it, and the reader's result for it.
+// A board, the truth about it, and the reader's results.
 struct Board {
     unsigned number = 0;
     cv::Mat image;
@@ -37,14 +37,15 @@ struct Board {
     double reach = 0;  // a corner farther from the truth counts as not found
     bool read = false;
     bool complete = false;
-    int found = 0;                     // corners
+    int found = 0;                     // corners that the reader found
     double error = 0;                  // root mean square over its corners, pixels
     std::optional<double> plainError;  // on the same board without marks, whose size the reader is given
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };
 
-// Root mean square distance to the true corners in any order; empty if one of them has no corner near it.
+// The root mean square distance from the true corners to the corners found, in any order. Empty if no corner was found
+// near one of the true corners.
 std::optional<double> errorOf(const Corners &found, const Board &board) {
     double sum = 0;
     for (const cv::Point2d &corner : board.truth) {
@@ -61,7 +62,8 @@ std::optional<double> errorOf(const Corners &found, const Board &board) {
     return std::sqrt(sum / double(board.truth.size()));
 }
 
-// cornerSubPix with the window that gives the smallest error for this picture, which no user could know.
+// The error of cornerSubPix with the window that gives the smallest error for this picture. No user could know this
+// window.
 std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coarse, const Board &board) {
     std::optional<double> best;
     for (const int window : {2, 3, 5, 8}) {
@@ -98,7 +100,7 @@ std::optional<double> stockError(const DetectorTotals &detector, const Board &bo
                                                    : errorOf(*corners, board);
 }
 
-// A picture that can be compared: one checkerboard, seen whole and not mirrored.
+// True if a picture can be compared: it shows one whole checkerboard and is not mirrored.
 bool isComparable(const Scene &scene) {
     if (scene.patterns.size() != 1 || scene.mirrored) {
         return false;
@@ -189,7 +191,7 @@ std::vector<DetectorTotals> makeDetectors() {
     return detectors;
 }
 
-// The boards of the pictures that can be compared; pictures with plates or several patterns are skipped.
+// Returns the boards of the pictures that can be compared. Pictures with plates or several patterns are skipped.
 std::vector<Board> takeBoards(unsigned first, unsigned count, unsigned threads) {
     std::vector<Board> boards;
     for (unsigned from = first; boards.size() < count; from += 64) {

@@ -1,4 +1,5 @@
-// Compares the reader with the stock detectors on the same boards: how many each finds, how accurately and how fast.
+// Compares the reader with the stock detectors on the same boards: how many boards each of them finds, how accurately
+// and how fast.
 #pragma once
 
 #include <string>
@@ -8,23 +9,23 @@
 
 namespace reader_bench {
 
-// A stock detector on the boards as they are, or on the same pictures with boards that have no marks.
+// The results of a stock detector, either on the boards as they are or on the same pictures with boards without marks.
 struct DetectorTotals {
     StockMethod method = StockMethod::Classic;
     bool withoutMarks = false;
     std::string name;
     int found = 0;             // boards of which all corners were found in the right places
-    int foundButMissed = 0;    // of these, not read by the reader
-    int foundMoreCorners = 0;  // of these, read by the reader with some corners left out
-    // Root mean square error in pixels, over the boards found by both and the corners that each found.
+    int foundButMissed = 0;    // of these, the boards that the reader does not read
+    int foundMoreCorners = 0;  // of these, the boards that the reader reads without some corners
+    // Root mean square error in pixels, over the boards that both found and the corners that each of them found.
     double ownError = 0;
     double readerError = 0;
     // The median of the boards' root mean square errors, in pixels.
     double ownMedian = 0;
     double readerMedian = 0;
-    int readerBetter = 0;  // boards on which the reader's error is the smaller one
+    int readerBetter = 0;  // boards on which the reader's error is not larger
     int both = 0;
-    size_t corners = 0;  // of these boards
+    size_t corners = 0;  // of the boards that both found
 };
 
 struct Comparison {
@@ -40,9 +41,9 @@ struct Comparison {
     double medianSectorBasedMs = 0;
 };
 
-// Compares on the first `boards` pictures with a checkerboard seen whole, starting at picture number `first`, each with
-// its condition. The reader always gets the boards with marks. timesOnly: runs only the detectors whose times are
-// compared.
+// Uses the first `boards` pictures that show a whole checkerboard, from picture number `first` on, each with its
+// condition. The detectors are always compared with the reader's results on the boards with marks. With timesOnly,
+// `detectors` stays empty.
 Comparison compareWithStock(unsigned first, unsigned boards, unsigned threads, bool timesOnly);
 
 }  // namespace reader_bench

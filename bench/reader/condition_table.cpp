@@ -19,7 +19,7 @@ std::string describe(const ScenePattern &pattern, const PatternScore &score) {
                       score.seenSquares, pattern.coded.kind == PatternKind::Plate ? "marks" : "squares");
 }
 
-// Collects the values from which a row is computed.
+// The values from which a row is computed.
 struct Collected {
     std::vector<float> lengths;
     std::vector<double> ratios;

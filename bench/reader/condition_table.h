@@ -10,15 +10,15 @@
 
 namespace reader_bench {
 
-// What is kept of a pattern after its picture has been scored.
+// The result for a pattern, kept after its picture has been scored.
 struct PatternResult {
     bool plate = false;
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
-    bool asked = false;  // the goal requires it: see isAsked
+    bool asked = false;  // the goal requires it, see isAsked
     bool whole = false;
     bool hasBlock = false;
-    std::string text;  // what it is, for lists of failures
+    std::string text;  // description of the pattern for lists of failures
     PatternScore score;
 };
 
@@ -33,7 +33,7 @@ struct PictureResult {
     double readSeconds = 0;
     double megapixels = 0;
 
-    // What went wrong, one line each; empty if nothing did.
+    // One line for each thing that went wrong.
     std::vector<std::string> failures() const;
 };
 
@@ -49,7 +49,7 @@ struct Row {
     int read = 0;
     int asked = 0;
     int askedAndRead = 0;
-    int blocks = 0;  // of patterns seen whole that the goal requires
+    int blocks = 0;  // of the patterns that are seen whole and that the goal requires
     int blocksRead = 0;
     long seenPoints = 0;
     long foundPoints = 0;
@@ -62,11 +62,12 @@ struct Row {
     double medianRms = 0;      // over the patterns, of their own root mean square, pixels
     double percentile95 = 0;   // of the errors' lengths, pixels
     double bias = 0;           // root mean square over the patterns of the length of a pattern's mean error
-    double ratioToLeast = 0;   // median over the patterns of rms / least rms that noise allows; 0: not known
-    double sigmaVariance = 0;  // of the errors divided by the reading's sigma; 0: not known
+    double ratioToLeast = 0;   // median over the patterns of rms / least rms that noise allows; 0 if not known
+    double sigmaVariance = 0;  // of the errors divided by the reading's sigma; 0 if not known
 };
 
-// The row of the patterns that are picked. Its false places are those in pictures with a picked pattern.
+// Sums up the patterns that `pick` selects. False places and false values are those of all pictures with a selected
+// pattern.
 using Pick = std::function<bool(const PictureResult &picture, const PatternResult &pattern)>;
 Row rowOf(const std::vector<PictureResult> &results, const Pick &pick);
 

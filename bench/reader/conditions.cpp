@@ -44,7 +44,8 @@ void small(SceneDraft &draft, Dice &dice) {
     draft.exposure.noiseSigma = dice.real(0.5, 3);
 }
 
-// Of each hundred pictures, seven have 12 megapixels, two 64 and one 150. Of a board at least 7 x 7 squares are seen.
+// Of each hundred pictures, seven have 12 megapixels, two have 64 and one has 150. A board shows at least 7 x 7
+// squares.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);
@@ -76,7 +77,8 @@ void softFinish(ComposedScene &composed, Dice &dice) {
     composed.scene.exposure.defocusRadius = dice.real(0.1, 0.3) * composed.leastStep;
 }
 
-// Out of focus by an amount that changes over the picture. It is zero along a line, which may lie beside the pattern.
+// The picture is out of focus by an amount that changes over the picture. The amount is zero along a line, which may
+// lie beside the pattern.
 void defocusFinish(ComposedScene &composed, Dice &dice) {
     const double greatest = dice.real(0.15, 0.35) * composed.leastStep;
     const double across = std::hypot(composed.size.width, composed.size.height) / 2;
@@ -158,7 +160,7 @@ void hardShadowFinish(ComposedScene &composed, Dice &dice) {
     shadow.penumbra = dice.logarithmic(0.7, 8);
     composed.scene.exposure.shadows.push_back(shadow);
     if (dice.chance(0.3)) {
-        // The shadow of something narrow: beyond its other border there is full light again.
+        // This is the shadow of something narrow: beyond its other border there is full light again.
         Shadow border = shadow;
         border.edge += shadow.side * (dice.real(1, 4) * composed.leastStep);
         border.depth = 1 - 1 / (1 - shadow.depth);
@@ -251,7 +253,7 @@ void mirrored(SceneDraft &draft, Dice &dice) {
     draft.tiltDegrees = dice.real(0, 60);
 }
 
-// A picture as from a telephone: a little of everything.
+// A picture as a telephone takes it, with a little of everything.
 void phone(SceneDraft &draft, Dice &dice) {
     colourSensor(draft, dice);
     toneCurve(draft, dice);

@@ -1,5 +1,5 @@
-// The conditions under which the reader is measured. A picture's number determines its condition and everything else in
-// the picture.
+// Defines the conditions under which the reader is measured. A picture's number determines its condition and everything
+// else in the picture.
 #pragma once
 
 #include <optional>
@@ -15,15 +15,15 @@ struct Condition {
     const char *id = "";
     const char *text = "";
     bool boardsOnly = false;
-    // The first changes the draft of a picture under mild conditions, the second the exposure, once the place of the
-    // pattern is known. Both may be null.
+    // `prepare` changes the draft of a picture with mild conditions. `finish` changes the exposure, once the place of
+    // the pattern is known. Either may be null.
     void (*prepare)(SceneDraft &draft, Dice &dice) = nullptr;
     void (*finish)(ComposedScene &composed, Dice &dice) = nullptr;
 };
 
 const std::vector<Condition> &conditions();
 
-// The index of a picture's condition, and of the condition with the given id.
+// The index of a picture's condition.
 size_t conditionOf(unsigned number);
 std::optional<size_t> conditionNamed(const std::string &id);
 

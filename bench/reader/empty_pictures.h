@@ -1,4 +1,4 @@
-// Pictures without any pattern of this system. The number of a picture determines everything in it.
+// Makes pictures without any pattern of this system. The number of a picture determines everything in it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,7 +16,7 @@ enum class EmptyKind {
     PerforatedSheet,
     Net,
     MarkGrid,  // round marks in rows, some in a frame
-    Modules,   // squares dark at random
+    Modules,   // squares that are dark at random
 };
 constexpr int emptyKindCount = 10;
 std::string nameOf(EmptyKind kind);

@@ -60,8 +60,8 @@ void addNoise(cv::Mat &image, const Exposure &exposure, std::mt19937 &random) {
     }
 }
 
-// Blue, green; green, red over each square of four pixels. OpenCV names this order RG, after the pixels of the
-// second row and column.
+// Each square of 2 x 2 pixels has blue and green in its first row, and green and red in its second. OpenCV names this
+// order RG, after the pixels of the second row and column.
 int colourAt(int x, int y) {
     return x % 2 + y % 2;
 }
@@ -95,7 +95,7 @@ cv::Mat demosaic(cv::Mat mosaic, const Exposure &exposure) {
     return colours;
 }
 
-// Applies clipping and the camera's tone curve, to one or three channels.
+// Clips the levels and applies the camera's tone curve, to one or three channels.
 void bendTones(cv::Mat &image, const Exposure &exposure) {
     if (exposure.toneGain == 1 && exposure.toneGamma == 1) {
         return;

@@ -1,5 +1,5 @@
-// Turns the light that reaches the lens into a picture: shadows and reflections, objects in front of the scene, blur,
-// the sensor with its colours and noise, and the camera's own processing of the picture.
+// Turns the light that reaches the lens into a picture. It adds shadows and reflections, objects in front of the scene,
+// blur, the sensor's colours and noise, and the camera's own processing of the picture.
 //
 // Positions are image coordinates in pixels. Levels are grey levels from 0 to 255, proportional to the light until the
 // tone curve is applied.
@@ -11,8 +11,8 @@
 
 namespace reader_bench {
 
-// Darkens the half plane that lies towards `side` of `edge` by the share `depth` of its light. Across the edge, the
-// light changes over the width `penumbra`.
+// A shadow takes the share `depth` of the light from the half plane that lies on the `side` of `edge`. Across the edge,
+// the light changes over the width `penumbra`.
 struct Shadow {
     cv::Point2d edge;
     cv::Point2d side;  // a unit vector
@@ -23,7 +23,7 @@ struct Shadow {
 // A reflection that adds light around a point.
 struct Glare {
     cv::Point2d centre;
-    double radius = 1;  // of a Gaussian, as its standard deviation
+    double radius = 1;  // standard deviation of a Gaussian
     double strength = 0;
 };
 
@@ -55,20 +55,21 @@ struct Exposure {
     cv::Vec3d cast{1, 1, 1};  // blue, green and red in the light, as the sensor sees it
     double balanceError = 0;  // relative error of the white balance
     double toneGain = 1;      // before clipping at 255
-    double toneGamma = 1;     // 2.2: a camera's usual curve
+    double toneGamma = 1;     // 2.2 is a camera's usual curve
     double sharpening = 0;    // share of the difference from the smoothed picture that is added
     double sharpeningSigma = 1;
-    int jpegQuality = 0;  // 0: none
+    int jpegQuality = 0;  // 0 if the picture is not compressed
 };
 
-// What reaches a place of the picture: the share of the full light, and what is reflected on top of it.
+// The light at a place of the picture: its share of the full light, and the grey levels that reflections add.
 struct Light {
     double share = 1;
     double reflected = 0;
 };
 Light lightAt(const Exposure &exposure, const cv::Size &picture, const cv::Point2d &at);
 
-// The picture of an irradiance (32-bit float, one channel): 8 bits, one channel, or three with `bayer`.
+// Makes a picture of an irradiance (32-bit float, one channel). The picture has 8 bits and one channel, or three
+// channels with `bayer`.
 cv::Mat expose(const cv::Mat &irradiance, const Exposure &exposure, std::mt19937 &random);
 
 }  // namespace reader_bench

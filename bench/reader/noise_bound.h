@@ -1,12 +1,12 @@
-// The least error that noise allows: the Cramér-Rao bound for the position of a corner or of a round mark in a picture
-// with Gaussian blur and white noise.
+// Computes the least error that noise allows: the Cramér-Rao bound for the position of a corner or of a round mark in a
+// picture with Gaussian blur and white noise.
 //
 // A border of length L between light and dark, seen with contrast c and blur s in noise of standard deviation n, has
 // the Fisher information c² L / (2 sqrt(pi) s n²) about its position perpendicular to itself. This is the integral of
 // the squared derivative of its grey levels, a Gaussian of width s, divided by n². A corner consists of two such
-// borders, a mark of a closed one. The other unknowns (levels, blur, directions) change the picture in the same way on
-// both sides of the point, whereas a shift changes it in opposite ways, so estimating them too does not increase the
-// bound.
+// borders, and a mark of one closed border. The other unknowns (levels, blur, directions) change the picture in the
+// same way on both sides of the point, whereas a shift changes it in opposite ways. So the bound stays the same if they
+// are estimated too.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -24,7 +24,7 @@ struct LocalView {
 // The least root mean square distance, in pixels, that an unbiased measurement of a corner can have; 0 if the window
 // has no information. The window is the disc that reaches to the nearest mark or border of a neighbouring square.
 double leastCornerError(const LocalView &view);
-// The same for a mark with the radius of half a lattice step, measured along its whole outline.
+// The same for a mark with a radius of half a lattice step. It is measured along its whole outline.
 double leastMarkError(const LocalView &view);
 
 }  // namespace reader_bench

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int samples = 9;
 
-// A kernel in which each pixel's weight is proportional to the part of its area for which isInside is true.
+// Returns a kernel in which each pixel's weight is proportional to the part of its area where isInside is true.
 template <typename Inside>
 cv::Mat kernelOf(int reach, const Inside &isInside) {
     cv::Mat kernel(2 * reach + 1, 2 * reach + 1, CV_32F, cv::Scalar(0));

@@ -6,10 +6,10 @@
 //
 // Picture n is the same in every run, whatever the number of threads. --first is the number of the first picture, with
 // and without patterns; pictures below 100,000 are for tuning, the others for measuring. --count is the number of
-// pictures with patterns, --empty of those without. --condition takes only pictures with one condition ("list" lists
-// all conditions). --compare is the number of boards on which the reader is compared with stock detectors; --times
-// compares only the times. --list lists everything that went wrong. --save writes the pictures (with --list only those
-// with failures) and the truth about them. --check exits with 1 if a goal is missed.
+// pictures with patterns, --empty the number of pictures without. --condition takes only pictures with one condition
+// ("--condition list" lists all conditions). --compare is the number of boards on which the reader is compared with
+// stock detectors; --times compares only the times. --list lists everything that went wrong. --save writes the pictures
+// (with --list only those with failures) and the truth about them. --check exits with 1 if a goal is missed.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

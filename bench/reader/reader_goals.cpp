@@ -16,7 +16,7 @@ Goal noneGoal(const std::string &what, long count, long of) {
     return {what, cv::format("%ld of %ld", count, of), count == 0};
 }
 
-// A statistic of too few patterns is not judged.
+// A statistic of too few patterns always counts as met.
 Goal rangeGoal(const std::string &what, double value, int patterns, double least, double greatest) {
     constexpr int enough = 100;
     const bool judged = value > 0 && patterns >= enough;

@@ -1,4 +1,5 @@
-// How the reader's time grows with the picture's size, with the number of corners and with the number of patterns.
+// Measures how the reader's time grows with the picture's size, with the number of corners and with the number of
+// patterns.
 #include <cmath>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -25,7 +26,7 @@ Time readingTime(const cv::Mat &picture) {
     return timeOf([&] { pattern_reader::readPatterns(picture); });
 }
 
-// A target in the middle of a picture, slightly tilted and rolled.
+// Returns a picture of a target in its middle, slightly tilted and rolled.
 cv::Mat photographOf(const CodedTarget &coded, const cv::Size &size) {
     CameraModel camera;
     camera.focalLength = 1.5 * size.width;
@@ -42,7 +43,7 @@ cv::Mat photographOf(const CodedTarget &coded, const cv::Size &size) {
     return photograph(cv::Mat(size, CV_32F, cv::Scalar(120)), camera, {placed}, Exposure(), random);
 }
 
-// A picture tiled with pictures of this kind, so that larger pictures contain more of the same.
+// Returns a picture that repeats one picture of this kind, so that larger pictures contain more of the same.
 cv::Mat repeated(EmptyKind kind, const cv::Size &size) {
     const cv::Mat one = makeEmptyPicture(kind, 6);
     cv::Mat all;
@@ -57,7 +58,7 @@ cv::Mat inLargerPicture(const cv::Mat &picture, int factor, bool textured) {
     return larger;
 }
 
-// Pictures full of what looks like corners or marks.
+// Measures pictures that are full of shapes that look like corners or marks.
 void benchLookalikes(Table &table) {
     for (const EmptyKind kind : {EmptyKind::Text, EmptyKind::Dots, EmptyKind::PerforatedSheet, EmptyKind::Net}) {
         const cv::Mat one = repeated(kind, {1000, 1000});
@@ -87,8 +88,8 @@ void benchMegapixels(Table &table) {
     }
 }
 
-// A picture with a number of items. The time to read it, minus that for an empty picture of the same size, is divided
-// by this number and compared with the result for the first subject.
+// A picture with a number of items. The time for an empty picture of the same size is subtracted from the time to read
+// it. The rest is divided by the number of items and compared with the result for the first subject.
 struct Subject {
     std::string what;
     cv::Mat picture;

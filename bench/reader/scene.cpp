@@ -8,7 +8,7 @@ namespace reader_bench {
 
 namespace {
 
-// Below this share of the contrast there is so much glare or shade that no reader can be expected to see anything.
+// If less than this share of the contrast is left by glare or shade, no reader can be expected to see anything.
 constexpr double leastShareOfContrast = 0.15;
 
 bool isBehind(const std::vector<cv::Point2d> &outline, const cv::Point2d &p) {

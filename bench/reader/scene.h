@@ -1,4 +1,4 @@
-// A picture of the benchmark, and the whole truth about it.
+// Describes a picture of the benchmark and the whole truth about it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -9,7 +9,8 @@
 
 namespace reader_bench {
 
-// Whether a checkerboard's squares have their marks in the picture. Everything else is the same in both cases.
+// Says whether the squares of checkerboards are drawn with their marks. Everything else in the picture is the same in
+// both cases.
 enum class Marks { Drawn, LeftOut };
 
 enum class Visibility { Whole, Covered, CutByBorder };
@@ -17,10 +18,11 @@ enum class Visibility { Whole, Covered, CutByBorder };
 struct ScenePattern {
     CodedTarget coded;
     PlacedTarget placed;
-    // Side of a square in the pattern's middle, the geometric mean of both directions, pixels.
+    // Side of a square in the pattern's middle in pixels, as the geometric mean of both directions.
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
-    // Whether the whole pattern is visible, or a quarter or more of it is covered or outside the picture.
+    // Covered if a cover hides a quarter of the pattern, CutByBorder if a part of it is outside the picture. Shadows
+    // and obstacles of the exposure do not count.
     Visibility visibility = Visibility::Whole;
 };
 
@@ -34,19 +36,21 @@ struct Scene {
     bool mirrored = false;
     Marks marks = Marks::Drawn;
 
-    // Where a point of a pattern, in the reader's lattice coordinates or in the target's own, is in the picture.
+    // The position in the picture of a point of a pattern. The point is given in the reader's lattice coordinates or in
+    // the target's own.
     cv::Point2d imageOf(const ScenePattern &pattern, const cv::Point &lattice) const;
     cv::Point2d imageOf(const ScenePattern &pattern, const cv::Point2d &onTarget) const;
     // The derivatives of the image point: the target's x direction in the first column, y in the second.
     cv::Matx22d stepsAt(const ScenePattern &pattern, const cv::Point2d &onTarget) const;
-    // Grey levels between paper and ink as seen at a point, after clipping; 0 where something is in front.
+    // The grey levels between paper and ink at a point, after clipping; 0 if the point is covered or outside the
+    // picture.
     double contrastAt(const ScenePattern &pattern, const cv::Point2d &onTarget) const;
 };
 
 // What the picture shows of a pattern.
 struct SeenPart {
     std::vector<cv::Point> points;  // corners or marks whose surroundings can be seen; the reader's lattice coordinates
-    int squares = 0;                // squares of which all four corners can be seen; of a plate: marks
+    int squares = 0;                // squares of which all four corners can be seen; for a plate, marks
 };
 SeenPart seenPartOf(const Scene &scene, const ScenePattern &pattern);
 

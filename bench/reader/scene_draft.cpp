@@ -68,7 +68,7 @@ double widestAngle(const ScenePattern &pattern) {
     return widest;
 }
 
-// Moves the pattern away from the axis of a fisheye, as far as it is still seen whole.
+// Places the pattern away from the axis of a fisheye lens, but so that all of it is less than 90° from the axis.
 void placeBeforeFisheye(Scene &scene, ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     TargetPose &pose = pattern.placed.pose;
     pose.anchor = {pattern.coded.target->size().width / 2, pattern.coded.target->size().height / 2};
@@ -122,7 +122,8 @@ ScenePattern placePattern(Scene &scene, const SceneDraft &draft, CodedTarget cod
     return pattern;
 }
 
-// The picture's window: the pattern with something around it, cut if a condition or the number of pixels requires it.
+// Chooses the picture's window: the pattern and some of its surroundings. The window cuts the pattern if a condition or
+// the number of pixels requires it.
 cv::Rect chooseWindow(const Scene &scene, const ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     const cv::Rect2d bounds = boundsOf(scene, pattern);
     const auto border = [&] { return dice.real(4, 20) + dice.real(0, std::min(200.0, 0.3 * bounds.width)); };
@@ -140,7 +141,7 @@ cv::Rect chooseWindow(const Scene &scene, const ScenePattern &pattern, const Sce
     return {window.tl(), size};
 }
 
-// The least distance of neighbouring lattice lines over the pattern.
+// The least distance between neighbouring lattice lines anywhere on the pattern.
 double leastStepOf(const Scene &scene, const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     double least = pattern.pixelsPerSquare;

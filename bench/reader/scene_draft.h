@@ -1,4 +1,4 @@
-// The draft of a picture with one pattern, whose values a condition can change, and how the scene is composed from it.
+// Makes the draft of a picture with one pattern, whose values a condition can change, and composes the scene from it.
 #pragma once
 
 #include <optional>
@@ -18,7 +18,7 @@ struct SceneDraft {
     double quietZone = 1;
 
     bool fisheye = false;
-    double viewShare = 0;   // the pattern's width in the picture divided by the focal length; 0: a usual lens
+    double viewShare = 0;   // the pattern's width in the picture divided by the focal length; 0 for a usual lens
     double distortion = 0;  // greatest radial distortion in the pattern, as a share of the distance from the centre
     std::optional<PaperSheet::Form> sheet;
     cv::Vec3d turnPerRow;   // radians
@@ -32,11 +32,12 @@ struct SceneDraft {
     double megapixels = 2;  // a larger picture is cut around its middle
 };
 
-// Everything mild: 8 to 40 pixels per square, tilt to 45°, some noise and blur, light that falls off slowly.
+// Returns a draft in which everything is mild: 8 to 40 pixels per square, tilt to 45°, some noise and blur, light that
+// falls off slowly.
 SceneDraft makeDraft(bool plate, Dice &dice);
 
-// The scene before the picture is taken: camera, pattern and the size of the picture, with an exposure that conditions
-// may still change.
+// The scene before the picture is taken: the camera, the pattern and the size of the picture. Conditions may still
+// change its exposure.
 struct ComposedScene {
     Scene scene;
     cv::Size size;

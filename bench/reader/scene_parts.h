@@ -1,4 +1,4 @@
-// The parts from which pictures are composed.
+// Makes the parts from which pictures are composed.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -8,11 +8,11 @@
 
 namespace reader_bench {
 
-// Random grey levels that change over a distance of `grain` pixels.
+// Returns random grey levels that change over a distance of `grain` pixels.
 cv::Mat blobs(const cv::Size &size, double grain, Dice &dice);
 cv::Mat makeBackground(const cv::Size &size, Dice &dice);
 
-// Mild blur, noise, light and compression.
+// Returns an exposure with mild blur, noise, light and compression.
 Exposure makeExposure(double pixelsPerSquare, Dice &dice);
 
 cv::Matx33d rotationBy(const cv::Vec3d &axis);
@@ -22,16 +22,16 @@ cv::Matx33d rotationBy(const cv::Vec3d &axis);
 TargetPose makePose(const CameraModel &camera, const SyntheticTarget &target, cv::Point2d at, double pixelsPerSquare,
                     double tilt, Dice &dice);
 
-// A cover over a quarter of the pattern: a corner, a strip along a side, a strip across, or an ellipse.
+// Returns a cover over a quarter of the pattern: a corner, a strip along a side, a strip across, or an ellipse.
 Cover coverQuarter(const cv::Size2d &size, Dice &dice);
 
 // The rectangle of the picture that shows the pattern and its quiet zone.
 cv::Rect2d boundsOf(const Scene &scene, const ScenePattern &pattern);
 
-// How to move the window so that a quarter of the pattern is outside.
+// Returns the shift of the window after which a quarter of the pattern is outside it.
 cv::Point cutQuarter(const Scene &scene, const ScenePattern &pattern, cv::Rect window, Dice &dice);
 
-// Makes a point of the picture its origin.
+// Moves the origin of the picture's coordinates to this point.
 void moveOrigin(Scene &scene, cv::Point origin);
 
 // Photographs the scene's patterns over the background with its camera and exposure.

@@ -20,7 +20,8 @@ bool sameValues(const PatternValues &a, const PatternValues &b) {
            a.assemblyPattern == b.assemblyPattern;
 }
 
-// The formula of the bound holds for white noise, Gaussian blur and borders printed as they are drawn.
+// True if the formula of the bound holds: it needs white noise, Gaussian blur, and borders that are printed as they are
+// drawn.
 bool hasPlainNoise(const Exposure &exposure, const Print &print) {
     return exposure.noiseSigma > 0 && exposure.shotNoise == 0 && exposure.jpegQuality == 0 && !exposure.bayer &&
            exposure.toneGain == 1 && exposure.toneGamma == 1 && exposure.sharpening == 0 &&
@@ -44,7 +45,8 @@ double leastErrorAt(const Scene &scene, const ScenePattern &pattern, const cv::P
     return pattern.coded.kind == PatternKind::Plate ? leastMarkError(view) : leastCornerError(view);
 }
 
-// Compares the reading's corners with a pattern. True if nearly all of them are where the camera saw them.
+// Compares the reading's corners with a pattern. True if nearly all of them are where the camera saw them. Sets the
+// corners and errors in `score`.
 bool agrees(const Scene &scene, const ScenePattern &pattern, const PatternReading &reading, PatternScore &score) {
     constexpr double strayDistance = 0.25;
     score.corners = int(reading.corners.size());

@@ -1,4 +1,4 @@
-// Compares what the reader reports about a picture with what the camera knows about it.
+// Compares what the reader reports about a picture with the truth.
 #pragma once
 
 #include <vector>
@@ -18,12 +18,12 @@ struct PointError {
 struct PatternScore {
     const ScenePattern *pattern = nullptr;
     int seenPoints = 0;       // corners or marks that the picture shows
-    int seenSquares = 0;      // squares, or marks
+    int seenSquares = 0;      // squares whose corners the picture shows; for a plate, marks
     bool placed = false;      // read with the right place and orientation
-    bool valuesRead = false;  // and its values are right
-    int corners = 0;          // reported of it
+    bool valuesRead = false;  // its values were read and are right
+    int corners = 0;          // in the reading
     int strayCorners = 0;     // of these, farther from the truth than a quarter of a square, measured on the pattern
-    std::vector<PointError> errors;  // of the others
+    std::vector<PointError> errors;  // of the other corners
     int moreReadings = 0;            // further readings of the same pattern
     bool polarityRight = true;
     int correctedBits = 0;

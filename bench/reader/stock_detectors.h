@@ -1,8 +1,8 @@
-// The chessboard detectors of OpenCV on the benchmark's pictures.
+// Runs the chessboard detectors of OpenCV.
 //
-// Unlike the reader, they are told the size of the board. Some can run for minutes on a board that they do not find, so
-// each runs in a process of its own, which is ended when it has used a given processor time. There is no limit on
-// systems where this is not possible. The functions may be called from any thread.
+// Unlike the reader, they are told the size of the board. Some of them can run for minutes on a board that they do not
+// find. So each runs in its own process, which ends after `limitSeconds` of processor time. On Windows there is no
+// limit. The functions may be called from any thread.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -22,7 +22,7 @@ enum class StockMethod {
 std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners,
                                     unsigned limitSeconds);
 
-// In this process and without a limit, to be timed.
+// Runs the detector in this process and without a limit, so that it can be timed.
 std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners);
 
 }  // namespace reader_bench

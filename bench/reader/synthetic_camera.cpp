@@ -17,7 +17,7 @@ cv::Matx33d rotationBy(const cv::Vec3d &axis) {
     return cv::Matx33d::eye() + std::sin(angle) * cross + (1 - std::cos(angle)) * (cross * cross);
 }
 
-// The pose as the row at y sees it.
+// The pose at the moment when the row at y is read.
 struct Moment {
     cv::Matx33d rotation;
     cv::Vec3d translation;
@@ -101,8 +101,8 @@ cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, cons
     return cv::Rect(cv::Point(int(bounds.x), int(bounds.y)), end) & cv::Rect({0, 0}, image);
 }
 
-// The covered share of a pixel. Covers are large, so a pixel is covered completely if all its corners are covered, and
-// not at all if none is.
+// The covered share of a pixel. Covers are large. So a pixel is completely covered if all its corners are, and not
+// covered if none of its corners is.
 double coveredShare(const Cover &cover, const Quad &quad) {
     int covered = 0;
     for (const cv::Point2d &p : quad) {

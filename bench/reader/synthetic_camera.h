@@ -1,9 +1,9 @@
-// A camera that photographs printed targets: true perspective through any lens, bent paper, a rolling shutter, and the
-// exact average over each pixel's area. Its known geometry is the truth with which the reader's results are compared.
-// exposure.h makes a photograph from what the camera sees.
+// Photographs printed targets with a synthetic camera: true perspective through any lens, bent paper, a rolling
+// shutter, and the exact average over each pixel's area. Its known geometry is the truth with which the reader's
+// results are compared. exposure.h makes a photograph from what the camera sees.
 //
-// Image coordinates: the centre of the top-left pixel is (0, 0), x to the right, y down. Everything random comes from
-// the caller's generator, so a seed determines an image.
+// In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down.
+// Everything random comes from the caller's generator, so a seed determines an image.
 #pragma once
 
 #include <functional>
@@ -18,21 +18,21 @@
 
 namespace reader_bench {
 
-// The pose of a target in front of the camera: point p of the target's plane is at rotation · (p - anchor, 0) +
-// translation, or if the sheet is bent, at rotation · sheet(p - anchor) + translation.
+// The pose of a target in front of the camera. Point p of the target's plane is at rotation · (p - anchor, 0) +
+// translation. If the sheet is bent, it is at rotation · sheet(p - anchor) + translation.
 struct TargetPose {
     cv::Matx33d rotation = cv::Matx33d::eye();
     cv::Vec3d translation{0, 0, 1};
     cv::Point2d anchor;
-    std::shared_ptr<const PaperSheet> sheet;  // may be empty: flat
-    // The camera's own movement while its rows are read one after the other, per row and counted from middleRow: first
-    // a turn about its centre (axis times radians), then a shift.
+    std::shared_ptr<const PaperSheet> sheet;  // flat if empty
+    // The movement between camera and target while the rows of the picture are read one after the other. It is given
+    // per row, and is zero at middleRow: first a turn about the camera's centre (axis times radians), then a shift.
     cv::Vec3d turnPerRow;
     cv::Vec3d shiftPerRow;
     double middleRow = 0;
 };
 
-// Something in front of a target, in the target's own coordinates: covers every point for which it is true.
+// Something in front of a target. Returns true for every point that it covers, in the target's own coordinates.
 using Cover = std::function<bool(double x, double y)>;
 
 struct PlacedTarget {
@@ -43,7 +43,7 @@ struct PlacedTarget {
     float coverLevel = 90;
 };
 
-// Where the camera sees a point of the target.
+// Returns where the camera sees a point of the target, in image coordinates.
 cv::Point2d projectPoint(const CameraModel &camera, const TargetPose &pose, const cv::Point2d &point);
 
 // Takes the picture over the given background (32-bit float grey levels), which sets the size.

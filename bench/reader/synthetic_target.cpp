@@ -12,7 +12,7 @@ namespace {
 
 // Marks begin and end at thirds of a square, so the ink is uniform in most cells of this size.
 constexpr int cellsPerPitch = 3;
-// How far the cells extend beyond the outer size, in pitches, because ink spreads.
+// In pitches. The cells extend beyond the outer size by this much, because ink spreads.
 constexpr double margin = 1;
 
 cv::Rect2d grown(const cv::Rect2d &rect, double by) {
@@ -34,7 +34,7 @@ cv::Rect2d boundsOf(const Points &points) {
     return {least.x, least.y, greatest.x - least.x, greatest.y - least.y};
 }
 
-// A convex polygon in either order.
+// True if a point is inside a convex polygon, whose corners are in either order.
 bool isInside(const cv::Point2d &p, const std::vector<cv::Point2d> &polygon) {
     size_t left = 0;
     for (size_t i = 0; i < polygon.size(); i++) {
@@ -44,7 +44,7 @@ bool isInside(const cv::Point2d &p, const std::vector<cv::Point2d> &polygon) {
     return left == 0 || left == polygon.size();
 }
 
-// The polygon with each side moved outwards by the spread.
+// Returns the polygon with each side moved outwards by `spread`.
 std::vector<cv::Point2d> spreadPolygon(const std::vector<cv::Point2d> &polygon, double spread) {
     const size_t n = polygon.size();
     double area = 0;
@@ -162,7 +162,7 @@ int SyntheticTarget::cellIndex(double coordinate) {
 // Calls visit with every cell that a rectangle reaches into.
 template <typename Visit>
 void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) const {
-    // Except for rounding errors, shapes end on the borders of cells.
+    // Many shapes end on the borders of cells, up to rounding errors.
     constexpr double slack = 1e-7;
     const int left = std::max(0, cellIndex(bounds.x + slack));
     const int top = std::max(0, cellIndex(bounds.y + slack));
@@ -241,7 +241,7 @@ double SyntheticTarget::inkShare(const Quad &quad) const {
         bounds.x >= outerSize.width + margin || bounds.y >= outerSize.height + margin) {
         return 0;
     }
-    // Assumes that the ink is uniform, as in most pixels, until a cell differs from those before it.
+    // The ink is uniform in most pixels. This is assumed until a cell differs from those before it.
     double ink = -1;
     bool even = cellIndex(bounds.x) >= 0 && cellIndex(bounds.y) >= 0 &&
                 cellIndex(bounds.x + bounds.width) < cellCount.width &&
@@ -281,8 +281,8 @@ double SyntheticTarget::mixedShare(const Quad &quad, const cv::Rect2d &bounds) c
     return area > 0 ? std::clamp(inked / area, 0.0, 1.0) : 0;
 }
 
-// The share of the ink that the halftone screen leaves: a wave along both of its axes, averaged over the quadrilateral,
-// which is treated as a parallelogram.
+// The share of the ink that the halftone screen leaves. The screen has a wave along each of its two axes. The share is
+// the average over the quadrilateral, which is treated as a parallelogram.
 double SyntheticTarget::screen(const Quad &quad) const {
     const cv::Point2d middle = (quad[0] + quad[1] + quad[2] + quad[3]) / 4;
     const cv::Point2d across = (quad[1] - quad[0] + quad[2] - quad[3]) / 2;

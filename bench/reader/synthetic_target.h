@@ -1,5 +1,5 @@
-// Flat targets as the synthetic camera sees them: how much ink a small piece of the paper carries. The shapes are those
-// that LmLib64 prints.
+// Tells the synthetic camera how much ink a small piece of a flat target carries. The target has the shapes that
+// LmLib64 prints.
 //
 // The unit of length is one lattice pitch (a checkerboard's square side, half the grid spacing of a plate). The
 // origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 in full ink and 0 on paper; the
@@ -14,11 +14,11 @@
 
 namespace reader_bench {
 
-// How the printer renders the shapes. Lengths in pitches.
+// How the printer renders the shapes. Lengths are in pitches.
 struct Print {
     double inkSpread = 0;       // how much farther dark shapes extend on every side
-    double halftonePeriod = 0;  // of the screen that thins the ink; 0: none
-    double halftoneDepth = 0;   // the part of the ink missing between the screen's dots
+    double halftonePeriod = 0;  // of the screen that thins the ink; 0 if there is none
+    double halftoneDepth = 0;   // the share of the ink that is missing between the screen's dots
     double halftoneAngle = 0;   // radians
 };
 
@@ -26,12 +26,12 @@ class SyntheticTarget {
 public:
     explicit SyntheticTarget(const lmlib64::PatternGeometry &geometry, const Print &print = {});
 
-    // The inked share of a quadrilateral smaller than a few pitches, 0 to 1. Outside the pattern is paper.
+    // The inked share of a quadrilateral smaller than a few pitches, 0 to 1. There is no ink outside the pattern.
     double inkShare(const Quad &quad) const;
     // Outer size of the pattern in pitches.
     cv::Size2d size() const { return outerSize; }
     const Print &print() const { return printForm; }
-    // The points a reader is asked for: inner corners or mark centres.
+    // The points that a reader should find: inner corners or mark centres.
     const std::vector<cv::Point2d> &points() const { return pointPlaces; }
 
 private:
@@ -43,7 +43,7 @@ private:
         cv::Rect2d bounds;
         std::vector<cv::Point2d> polygon;
     };
-    // A small square of the plane: the shapes that reach into it, and its ink if that is uniform.
+    // A small square of the target: the shapes that reach into it, and its ink if that is uniform.
     struct Cell {
         size_t firstShape = 0;
         size_t shapeCount = 0;
@@ -77,7 +77,8 @@ private:
 // long.
 class CheckerTarget : public SyntheticTarget {
 public:
-    // marks holds columns × rows values 0 or 1, row by row; empty: none. darkFirst: the top-left square is inked.
+    // `marks` has columns × rows values 0 or 1, row by row, or is empty if there are no marks. With darkFirst, the
+    // top-left square is inked.
     CheckerTarget(int columns, int rows, const std::vector<int> &marks, bool darkFirst, const Print &print = {});
 };
 

@@ -1,4 +1,4 @@
-// Files that are dropped onto a window, as from a file manager.
+// Drops files onto a window, as a file manager does.
 #pragma once
 
 #include <QCoreApplication>

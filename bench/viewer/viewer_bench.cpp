@@ -1,10 +1,10 @@
-// Benchmarks of LmView with many photographs: how long they take from the drop to the result, compared with decoding
-// them alone; memory; how long the window does not answer; calibrating anew. They take minutes, so run_all.sh leaves
-// them out. For POSIX systems.
+// Benchmarks of LmView with many photographs. They measure the time from the drop to the result (compared with the time
+// that decoding takes), the memory, how long the window does not answer, and the time to calibrate anew. They take
+// minutes, so run_all.sh does not run them. They need a POSIX system.
 //
-//   viewer_bench FOLDER [ROUNDS]   with photographs of 12 megapixels: BUILD/tools/render_example FOLDER 100
+//   viewer_bench FOLDER [ROUNDS] where BUILD/tools/render_example FOLDER 100 has made the photographs in FOLDER
 //
-// Everything is measured in processes of its own, which take turns.
+// Each measurement runs in its own process, and the processes take turns.
 #include <sys/resource.h>
 
 #include <QApplication>
@@ -51,8 +51,8 @@ double threadMilliseconds() {
     return 1e3 * double(time.tv_sec) + 1e-6 * double(time.tv_nsec);
 }
 
-// Notes the event that kept the window from answering for longest. Processor time, because on a busy machine elapsed
-// time says more about the other programs.
+// Finds the event that kept the window from answering longest. It compares processor times, because elapsed times on a
+// busy machine say more about the other programs.
 class WatchedApplication : public QApplication {
 public:
     using QApplication::QApplication;
@@ -82,7 +82,7 @@ public:
 
     double longest = 0;         // ms of processor time of one event
     double longestElapsed = 0;  // ms of the same event
-    QByteArray longestEvent;    // its receiver and type
+    QByteArray longestEvent;    // class of its receiver, and its type
 
 private:
     int depth = 0;
@@ -134,7 +134,8 @@ public:
         QApplication::processEvents();
     }
 
-    // Waits until a new result is shown; with isOfAll, until no more work is going on after it.
+    // Waits until a new result is shown, and returns the time since `begin`. With isOfAll, waits for the result after
+    // which no work is left.
     Time waitForResult(const Time &begin, bool isOfAll) {
         const auto *text = window.findChild<QTextBrowser *>();
         const auto *progress = window.findChild<QProgressBar *>();
@@ -192,7 +193,7 @@ void recalibrate(WatchedApplication &application, const QStringList &files) {
     print({{"processor", median(processor)}, {"elapsed", median(elapsed)}, {"longest event", application.longest}});
 }
 
-// Scrolls through the list, and says how long the longest step took.
+// Scrolls through the list and returns the processor time of the longest step, in milliseconds.
 double longestScrollStep(QListView &list) {
     double longest = 0;
     QScrollBar *bar = list.verticalScrollBar();
@@ -207,8 +208,8 @@ double longestScrollStep(QListView &list) {
 }
 
 void readMany(WatchedApplication &application, const QStringList &files) {
-    // Different names for few pictures, because a file is never in the list twice. All are read and shown; the
-    // calibration uses each picture once, so its memory is not part of this.
+    // The few pictures get many names, because a file is never in the list twice. All are read and shown. The
+    // calibration uses each picture once, so the memory of a calibration with many pictures is not measured.
     const QTemporaryDir folder;
     QStringList names;
     for (int i = 0; i < manyPhotographs; ++i) {
@@ -216,7 +217,7 @@ void readMany(WatchedApplication &application, const QStringList &files) {
         QFile::link(files[i % files.size()], names.back());
     }
     MeasuredWindow measured;
-    SessionSettings settings;  // choosing models for many copies of a few photographs is no case of interest
+    SessionSettings settings;  // no models are chosen: choosing them for many copies of few pictures is not a real case
     settings.arrangement = Arrangement::Assembly;
     settings.lens = calibration::LensModel::Pinhole5;
     settings.mayBend = false;
