@@ -1,6 +1,6 @@
-// Benchmarks of the program's start, exit and memory. They are compared with those of an empty window of the same
-// toolkit, with OpenGL (the toolkit's default) and without it (as in the program). The three programs run in turn, and
-// each run ends after the first picture. This needs a POSIX system.
+// Benchmarks of the program's start, exit and memory. The program is compared with an empty window of the same toolkit,
+// with OpenGL (the toolkit's default) and without it (as in the program). The three programs run in turn, and each run
+// ends after the first picture. This needs a POSIX system.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

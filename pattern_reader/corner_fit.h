@@ -34,7 +34,7 @@ struct CornerFit {
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels
-    float noise = 0;             // the same for the part of the errors that changes sign after half a turn
+    float noise = 0;             // of a pixel, from the part of the errors that changes sign after half a turn
     float sigma = 0;             // standard deviation of the position along one axis, pixels
     int pixels = 0;              // number of pixels in the window
 };

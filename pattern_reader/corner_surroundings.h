@@ -17,7 +17,7 @@ struct LightPlane {
     bool known = false;
     std::array<float, 2> middle{};     // change over one step along each axis, grey levels
     std::array<float, 2> amplitude{};  // the same for the magnitude of the amplitude
-    std::array<float, 2> spread{};     // standard deviation of both changes if that of a level is 1
+    std::array<float, 2> spread{};     // standard deviation of both changes, divided by that of a level
     float scatter = 0;                 // standard deviation of the levels from the plane, grey levels
 };
 
@@ -29,7 +29,8 @@ public:
     // The borders through a corner, in image pixels. If the corner has no neighbour along an axis, the step comes from
     // a homography fitted to all corners. Empty if that does not give a step either.
     std::optional<CornerBorders> bordersOf(const LatticeCorner &corner) const;
-    // The same, but only from the corner's neighbours. The corner itself need not be part of the lattice.
+    // Like bordersOf, but empty if the corner has no neighbour along an axis. The corner itself need not be part of the
+    // lattice.
     std::optional<CornerBorders> bordersByNeighbours(const LatticeCorner &corner) const;
     // How much the fitted levels around a corner typically differ from a plane, in grey levels. Only every stride-th
     // corner is examined. fits[i] is the fit of the lattice's corner i.

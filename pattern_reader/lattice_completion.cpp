@@ -23,7 +23,7 @@ float cross(cv::Point2f a, cv::Point2f b) {
     return a.x * b.y - a.y * b.x;
 }
 
-// The finest level in which a lattice step is at most 12 pixels, or the coarsest of all if there is no such level.
+// The finest level in which a lattice step is at most 12 pixels, or the coarsest level if there is no such level.
 const ImageLevel &levelFor(const std::vector<ImageLevel> &levels, float spacing) {
     size_t number = 0;
     while (number + 1 < levels.size() && spacing / levels[number].scale() > 12) {

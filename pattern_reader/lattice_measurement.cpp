@@ -88,7 +88,7 @@ float roomAround(const ImageLevel &level, cv::Point2f p) {
     return std::max(3.0F, std::min({p.x, p.y, right, bottom}) - 1);
 }
 
-// Measures the corners of a lattice. The result is that of measureCorners.
+// Measures the corners of a lattice in the steps that `measure` takes.
 class CornerMeasurement {
 public:
     CornerMeasurement(const std::vector<ImageLevel> &pyramid, CornerLattice &board)

@@ -46,7 +46,7 @@ struct PatternCorner {
     bool disturbed = false;
 };
 
-// What an information block says. Lengths are in millimetres.
+// The values in an information block. Lengths are in millimetres. A value is empty if the block does not contain it.
 struct PatternValues {
     std::optional<double> gridSpacing;
     std::optional<double> thickness;
@@ -65,8 +65,8 @@ struct PatternReading {
     int quarterTurns = 0;
     // Direction of the pattern's x axis in the image, in degrees clockwise from the image's x axis.
     double angle = 0;
-    // How many orientations a plain board's size and colours leave open: 1, 2 (half a turn) or 4 (a quarter turn).
-    // The reading has the one whose x axis points most to the right in the image. 1 for coded patterns.
+    // How many orientations a plain board's size and colours allow: 1, 2 (half a turn) or 4 (a quarter turn). The
+    // reading has the orientation whose x axis points most to the right in the image. Coded patterns have 1.
     int orientations = 1;
     // True if the squares whose column and row have an even sum are dark. For a tile this is its polarity: true if the
     // top-left square is dark. The polarity of a piece of the plane is that of its own top-left square.

@@ -15,14 +15,14 @@ namespace pattern_reader {
 struct BoardPlace {
     // To the board's lattice, in which the inner corners run from (1, 1) to (columns, rows).
     LatticeMotion motion;
-    // How many orientations the board's size and colours leave open: 1, 2 (half a turn) or 4 (a quarter turn).
+    // How many orientations the board's size and colours allow: 1, 2 (half a turn) or 4 (a quarter turn).
     int orientations = 1;
 };
 
 // Removes stray corners on lines beyond the board, then places the lattice. `board` is the number of columns and rows
-// of inner corners. If the colours tell orientations apart, one with a dark top-left square is chosen; among those that
-// remain, the one whose x axis points most to the right in the image. Empty if the lattice has another size or less
-// than half of the board's corners.
+// of inner corners. If the colours distinguish orientations, only those with a dark top-left square are considered. Of
+// these, the one whose x axis points most to the right in the image is chosen. Empty if the lattice has another size or
+// less than half of the board's corners.
 std::optional<BoardPlace> placeOnBoard(CornerLattice &lattice, cv::Size board);
 
 }  // namespace pattern_reader

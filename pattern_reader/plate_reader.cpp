@@ -21,7 +21,7 @@ namespace {
 constexpr size_t leastMarks = 9;
 constexpr int leastChecks = 10;       // BlockAgreement::checks needed before a part of a block confirms the orientation
 constexpr int leastDots = 6;          // dots that must be seen before the plate counts as having dots
-constexpr double leastSpacing = 9.5;  // pixels; without a block, the frame's corners can be told apart from here on
+constexpr double leastSpacing = 9.5;  // pixels; with a smaller one, the frame's corners cannot be told apart
 
 struct Assumption {
     LatticeMotion motion;

@@ -55,7 +55,7 @@ public:
     // The grey level relative to the marks nearby: 0 is as dark as a mark, 1 as light as the paper. False outside the
     // picture.
     bool lightAt(cv::Point2d plate, double &light) const;
-    // The same from a sharper picture, for the fine lines of the dots.
+    // Like lightAt, but in a sharper picture, for the fine lines of the dots.
     bool sharpLightAt(cv::Point2d plate, double &light) const;
     // True if a reflection makes the paper as light as a picture can show, so that fine lines on it may be lost.
     bool isBleached(cv::Point2d plate) const;

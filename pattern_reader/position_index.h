@@ -64,7 +64,7 @@ struct Location {
     int disagreeing = 0;
     // log10 of the number of places expected to match random cells equally well; -8 means 1 in 10^8.
     double chanceLog10 = 0;
-    // The same counts for the next best place; both 0 if there was none.
+    // The same counts for the next best place; both are 0 if there is no other place.
     int runnerUpAgreeing = 0;
     int runnerUpDisagreeing = 0;
 };

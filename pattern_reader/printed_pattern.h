@@ -37,8 +37,8 @@ PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::st
 PATTERN_READER_API std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                                         const std::vector<PrintedPattern> &patterns);
 
-// The same, but computed from the grid spacing (twice the square's side) in millimetres instead of a file. If a plate's
-// block contains an offset, it is added.
+// Returns the points without a file, computed from the grid spacing (twice the square's side) in millimetres. If a
+// plate's block contains an offset, it is added.
 PATTERN_READER_API std::vector<cv::Point3d> objectPoints(const PatternReading &reading, double gridSpacing);
 
 }  // namespace pattern_reader

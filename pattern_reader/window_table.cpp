@@ -97,7 +97,7 @@ public:
         isWaiting = !isWaiting;
     }
 
-    // Has a one for every column whose count is at most the limit.
+    // Returns a word with a one for every column whose count is at most the limit.
     Word atMost(int limit) {
         if (isWaiting) {
             carry(waiting, 0);

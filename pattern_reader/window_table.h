@@ -38,7 +38,7 @@ public:
 
     WindowTable();
 
-    // Visits every 5 x 5 window whose position bits are those given.
+    // Visits every 5 x 5 window whose position bits agree with `bits`.
     void visitEqual(std::uint64_t bits, const Visit &visit) const;
 
     // Visits the 8 x 8 windows in which few bits disagree. The limit is chosen so that random bits cause at most about

@@ -87,7 +87,7 @@ reader_bench::CameraModel lensOf(const CameraDraft &camera) {
     return lens;
 }
 
-// Returns the prints whose corners are all in front of the camera, by more than four pitches.
+// Returns the prints whose corners are all more than four pitches in front of the camera.
 std::vector<reader_bench::PlacedTarget> placedTargets(const RenderedScene &rendered, const std::vector<Target> &targets,
                                                       const Photograph &shot) {
     const Estimate &truth = rendered.scene.truth;

@@ -39,7 +39,7 @@ struct Board {
     bool complete = false;
     int found = 0;                     // corners that the reader found
     double error = 0;                  // root mean square over its corners, pixels
-    std::optional<double> plainError;  // on the same board without marks, whose size the reader is given
+    std::optional<double> plainError;  // on the same board without marks, with its size as an option
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };

@@ -33,7 +33,7 @@ struct Comparison {
     int readByReader = 0;
     int completeByReader = 0;  // with every corner
     std::vector<DetectorTotals> detectors;
-    // On the same boards without marks, whose size the reader is given.
+    // The reader's results on the same boards without marks, with their size as an option.
     int plainFound = 0;           // boards with all corners in the right places
     double plainMedianError = 0;  // median of their root mean square errors, pixels
     double medianTimeRatio = 0;   // processor time of findChessboardCornersSB with defaults, divided by the reader's
