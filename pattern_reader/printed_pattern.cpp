@@ -82,7 +82,7 @@ PrintedPattern parsePattern(const json &pattern) {
         printed.points.emplace_back(point.at(2).get<double>(), point.at(3).get<double>());
     }
     if (size.x < 1 || size.y < 1 || printed.points.size() != size_t(size.x) * size_t(size.y)) {
-        throw std::runtime_error("it has not as many points as it says");
+        throw std::runtime_error("the number of its points does not match its lattice size");
     }
     return printed;
 }

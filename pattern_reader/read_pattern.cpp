@@ -43,26 +43,28 @@ struct Arguments {
 
 void addOptions(CLI::App &app, Arguments &arguments) {
     app.add_option("IMAGE", arguments.images, "Pictures: PNG, JPEG, TIFF or PGM")->required();
-    app.add_option(
-           "--pattern", arguments.patternFiles,
-           "What was printed, as JSON or PDF of the camera library: adds the corners' millimetres; may be repeated")
+    app.add_option("--pattern", arguments.patternFiles,
+                   "JSON or PDF file of the printed patterns, written by LmCalTab or draw_pattern; adds the corners in "
+                   "millimetres; may be repeated")
         ->type_name("FILE")
         ->allow_extra_args(false);
     app.add_option("--grid-spacing", arguments.gridSpacing,
-                   "Grid spacing of patterns that do not say it themselves: adds the corners' millimetres")
+                   "Grid spacing of patterns that do not encode theirs; adds the corners in millimetres")
         ->type_name("MM")
         ->check(CLI::PositiveNumber);
     app.add_option("--board", arguments.board,
-                   "Reads plain checkerboards of this many inner corners as well, for example 9x6")
+                   "Also reads plain checkerboards with this many inner corners, for example 9x6")
         ->type_name("CxR");
     app.add_option("--square", arguments.square, "Side of a plain checkerboard's square")
         ->type_name("MM")
         ->check(CLI::PositiveNumber)
         ->needs("--board");
-    app.add_option("--draw", arguments.drawing, "Writes the picture, one only, with what was found drawn into it")
+    app.add_option("--draw", arguments.drawing,
+                   "Writes a copy of the picture with the results drawn into it; takes only one picture")
         ->type_name("OUT.png");
     app.add_flag("--lines", arguments.lines, "Prints a line of JSON for each picture as soon as it is read");
-    app.add_option("--jobs", arguments.jobs, "Pictures to read at the same time; as many as there are processors if 0")
+    app.add_option("--jobs", arguments.jobs,
+                   "Number of pictures to read at the same time; 0 means one for each processor")
         ->type_name("N");
     app.set_version_flag("--version", "read_pattern " LMCALTAB_VERSION);
     app.footer(
@@ -77,7 +79,8 @@ cv::Size parseBoard(const std::string &text) {
     char rest = 0;
     if (std::sscanf(text.c_str(), "%dx%d%c", &board.width, &board.height, &rest) != 2 ||
         std::min(board.width, board.height) < 3 || std::max(board.width, board.height) > 1000) {
-        throw shell::WrongCall("--board: \"" + text + "\" is no size such as 9x6, with 3 to 1000 corners a side");
+        throw shell::WrongCall("--board: \"" + text +
+                               "\" is not a size such as 9x6, with 3 to 1000 corners on each side");
     }
     return board;
 }
@@ -100,7 +103,7 @@ void interpret(Arguments &arguments) {
         return;
     }
     if (arguments.images.size() != 1) {
-        throw shell::WrongCall("--draw takes one picture");
+        throw shell::WrongCall("--draw takes only one picture");
     }
     std::error_code absent;
     if (std::filesystem::equivalent(arguments.drawing, arguments.images.front(), absent)) {
@@ -108,13 +111,13 @@ void interpret(Arguments &arguments) {
     }
 }
 
-// Writes the drawing; false and a message if that is not possible.
+// Writes the drawing. If that is not possible, prints a message and returns false.
 bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, const std::string &path) {
     bool written = false;
     try {
         written = cv::imwrite(path, pattern_reader::drawReadings(image, readings));
     } catch (const cv::Exception &) {
-        // The ending of the file name is not that of a picture format.
+        // OpenCV writes no picture format with this file name's ending.
         written = false;
     }
     if (!written) {
@@ -123,8 +126,8 @@ bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, con
     return written;
 }
 
-// The corners in millimetres: from a file if one fits, otherwise from the grid spacing in the pattern's own block,
-// otherwise from the options.
+// Returns the corners in millimetres: from a pattern file if one fits, otherwise from the grid spacing in the pattern's
+// own block, otherwise from the options.
 std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading, const Arguments &arguments) {
     if (auto points = pattern_reader::objectPoints(reading, arguments.patterns)) {
         return points;
@@ -138,7 +141,7 @@ std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &readi
     return gridSpacing > 0 ? std::optional(pattern_reader::objectPoints(reading, gridSpacing)) : std::nullopt;
 }
 
-// One picture's entry in the document; succeeded becomes false if the picture cannot be read or drawn.
+// Returns one picture's entry in the document. `succeeded` becomes false if the picture cannot be read or drawn.
 ordered_json readImage(const std::string &path, const Arguments &arguments, bool &succeeded) {
     ordered_json json;
     json["file"] = path;
@@ -170,7 +173,7 @@ std::string text(const ordered_json &json, int indent) {
     return json.dump(indent, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
-// Reads all pictures, several at a time, and prints what was asked for; false if something failed.
+// Reads all pictures, several at a time, and prints the results. False if something failed.
 bool readAll(const Arguments &arguments) {
     const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
     const size_t jobs = std::min<size_t>(arguments.jobs != 0 ? arguments.jobs : processors, arguments.images.size());
