@@ -23,8 +23,8 @@ struct SeenBlock {
 // Returns the block that the squares of a tile carry.
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion);
 
-// Decodes the block and writes it to reading.values, blockBytes and correctedBits. Leaves these unchanged if the block
-// cannot be read with certainty.
+// Decodes the block and writes it to reading.values, blockBytes, correctedBits and filledBits. Leaves these unchanged
+// if the block cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
 // How well the visible bits of a plate's block agree with the most similar valid block. Random bits agree completely

@@ -43,7 +43,8 @@ public:
     cv::Rect extent() const;
     // True if the square whose top-left corner is `cell` is light.
     bool isLight(cv::Point cell) const { return ((cell.x + cell.y) % 2 == 0) == originLight; }
-    // Predicts the position of an absent corner from its neighbours. False if they do not determine it.
+    // Predicts the position of an absent corner from its neighbours. False if the neighbours do not determine the
+    // position.
     bool predict(cv::Point cell, cv::Point2f &position) const;
     // Predicts the position of a present corner from its neighbours on both sides. False if it has no such pair.
     bool interpolate(cv::Point cell, cv::Point2f &position) const;

@@ -93,8 +93,8 @@ public:
             const auto along = float(dx + i);
             const float across0 = std::abs(from0 - axis0.y * along);
             const float across1 = std::abs(from1 - axis1.y * along);
-            // Marks begin at these distances from the borders. This is twice the distance that remains until there, or
-            // 0.
+            // Twice the distance from the pixel to where the marks begin, away from each border; 0 if the pixel is
+            // beyond.
             const float free0 = mark0 - across0 + std::abs(mark0 - across0);
             const float free1 = mark1 - across1 + std::abs(mark1 - across1);
             taken[i] =
@@ -106,7 +106,7 @@ private:
     cv::Point2f axis0, axis1;
     float mark0, mark1;
     float reach;
-    float squaredGlow = 0;  // of twice the glow
+    float squaredGlow = 0;  // the square of twice the glow
 };
 
 }  // namespace

@@ -68,7 +68,7 @@ cv::Mat oneChannel(const cv::Mat &picture) {
     return grey;
 }
 
-// The level that only one pixel in 2,000 exceeds; or the greatest level if that level is 0.
+// The level that only one pixel in 2,000 exceeds, or the greatest level if that level is 0.
 float lightestLevel(const cv::Mat &real) {
     std::vector<float> levels;
     levels.reserve(real.total());

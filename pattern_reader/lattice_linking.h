@@ -1,4 +1,4 @@
-// Makes lattices of saddles. It links saddles that look like neighbouring corners of a checkerboard. Then it follows
+// Makes lattices from saddles. It links saddles that look like neighbouring corners of a checkerboard. Then it follows
 // the links, starting with four saddles whose links form a square.
 #pragma once
 

@@ -80,8 +80,8 @@ CornerBorders fromImage(const ImageLevel &level, CornerBorders borders) {
     return borders;
 }
 
-// The radius of the largest disc around a point that is inside the picture, but at least 3 pixels, because a smaller
-// disc does not show a corner.
+// The largest radius of a disc around a point that does not leave the picture. It is at least 3 pixels, because a
+// smaller disc does not show a corner.
 float roomAround(const ImageLevel &level, cv::Point2f p) {
     const float right = float(level.picture.cols - 1) - p.x;
     const float bottom = float(level.picture.rows - 1) - p.y;

@@ -1,4 +1,4 @@
-// Reads the dots between a plate's marks, which carry its information block.
+// Reads the dots between a plate's marks. The dots carry the information block.
 #pragma once
 
 #include "pattern_reader/block_reader.h"

@@ -14,7 +14,7 @@
 namespace pattern_reader {
 
 constexpr int marksPerSide = 7;
-constexpr double frameMiddle = 0.125;  // of the frame's dark band, from its outer edge
+constexpr double frameMiddle = 0.125;  // from the frame's outer edge to the middle of its dark line
 constexpr double markRadius = 0.25;
 
 // The marks that were found on what may be a plate. It is not yet known which of the plate's marks they are.
@@ -35,7 +35,7 @@ struct PlatePicture {
     const MarkLattice &marks;
     const MarkMap &map;
     const ImageLevel *level = nullptr;       // in which a grid spacing has about 20 pixels
-    const ImageLevel *sharpLevel = nullptr;  // the next finer one
+    const ImageLevel *sharpLevel = nullptr;  // the next finer level
 
 private:
     cv::Rect extent;  // of the lattice

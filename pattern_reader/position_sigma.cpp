@@ -67,7 +67,7 @@ float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits)
     if (excesses.size() < least) {
         return 1;
     }
-    // The median of the mean of two squares is ln 2.
+    // The mean of the squares of two standard normal variables has the median ln 2.
     const float found = medianOf(excesses) / 0.693F;
     const float weight = float(excesses.size()) / (float(excesses.size()) + 20);
     return std::clamp(1 + weight * (found - 1), 0.3F, 100.0F);

@@ -19,7 +19,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr size_t leastMarks = 12;  // of a plate's 49; with fewer, the others are not searched for
+constexpr size_t leastMarks = 12;  // of a plate's 49 marks; with fewer, the other marks are not searched for
 
 // The approximate areas in which checkerboards were read. Plates are not searched for there, because the dark squares
 // and marks of a checkerboard look like round marks. Lattices that could not be read are not included, because there

@@ -42,7 +42,7 @@ const char *nameOf(PatternKind kind) {
     return "";
 }
 
-// The values that the marks encode, and how well they agree with the code.
+// Adds the values that the marks encode, and how well the marks agree with the code.
 void addCode(const PatternReading &reading, nlohmann::ordered_json &json) {
     if (reading.kind == PatternKind::Board) {
         return;

@@ -49,7 +49,7 @@ void linkToClosest(std::vector<LinkedSaddle> &saddles, const PointGrid &grid, si
     grid.visitAround(p.position, farthestLink, [&](size_t k) {
         const LinkedSaddle &q = saddles[k];
         const cv::Point2f d = q.position - p.position;
-        // Squared lengths, because this rejects most pairs.
+        // Lengths are compared by their squares, which is faster. This test rejects most pairs.
         const float distance = d.dot(d);
         if (distance < shortestLink * shortestLink || distance >= farthestLink * farthestLink) {
             return;

@@ -68,7 +68,8 @@ CodeGrid tileGrid(int tile) {
 
 using Limits = std::array<int, WindowTable::scanSide * WindowTable::scanSide + 1>;
 
-// For each number of compared bits, how many may disagree for a window to be visited; -1: no window is visited.
+// For each number of compared bits, the greatest number of bits that may disagree in a window that is visited. -1 if no
+// window is visited.
 const Limits &disagreementLimits() {
     static const Limits limits = [] {
         Limits made{};
