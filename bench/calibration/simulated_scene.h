@@ -46,9 +46,10 @@ struct SceneDraft {
     int fewestCorners = 12;  // of a sighting that is kept
 };
 
-// A pinhole with five coefficients: 1600 x 1200 pixels, 60 degrees wide, clear barrel distortion.
+// A pinhole camera with five distortion coefficients, 1600 x 1200 pixels and a width of 60 degrees. Its barrel
+// distortion is strong.
 CameraDraft pinholeCamera();
-// 1600 x 1200 pixels and 120 degrees wide.
+// A fisheye camera with 1600 x 1200 pixels and a width of 120 degrees.
 CameraDraft fisheyeCamera();
 
 SimulatedScene simulate(const SceneDraft &draft, unsigned seed);

@@ -1,4 +1,4 @@
-// Random numbers, determined by a seed.
+// Random numbers that a seed determines.
 #pragma once
 
 #include <cmath>

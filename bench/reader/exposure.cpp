@@ -76,8 +76,8 @@ void filterColours(cv::Mat &image, const cv::Vec3d &cast) {
     }
 }
 
-// Applies the white balance and interpolates the missing colours. The result has three channels of 16 bits, with 256
-// steps per grey level.
+// Applies the white balance and interpolates the missing colours. The colours are interpolated in 16 bits, with 256
+// steps per grey level. The result has three channels of 32-bit float.
 cv::Mat demosaic(cv::Mat mosaic, const Exposure &exposure) {
     const cv::Vec3d error(1 + exposure.balanceError, 1, 1 - exposure.balanceError);
     for (int y = 0; y < mosaic.rows; y++) {

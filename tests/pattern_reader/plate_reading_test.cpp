@@ -1,4 +1,4 @@
-// Tests plates in pictures of the synthetic camera. Marks must be measured exactly, also if a lens bends the plate or
+// Tests plates in pictures of the synthetic camera. Marks must be measured exactly, even if a lens bends the plate or
 // something covers a part of it. Mirrored plates and similar grids must not be read.
 #include <gtest/gtest.h>
 
