@@ -12,7 +12,7 @@ const char *const line = "#bbbbbb";
 constexpr int tilesPerRow = 3;
 constexpr int factsPerRow = 2;
 
-// These colours are those of the web page when it is printed.
+// The colours that the web page has when it is printed.
 const char *toneOf(const QString &grade) {
     return grade == "good" ? "#17733c" : grade == "usable" ? "#96620a" : "#b3261e";
 }

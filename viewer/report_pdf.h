@@ -4,6 +4,6 @@
 #include <QByteArray>
 #include <string>
 
-// page is a page from calibration::reportPage. Returns an empty array if it is not well-formed XML. This takes up to a
-// second, so call it on a background thread.
+// Converts a page that calibration::reportPage made. Returns an empty array if the page is not well-formed XML. This
+// takes up to a second, so call it on a background thread.
 QByteArray reportPdf(const std::string &page);

@@ -36,7 +36,7 @@ inline std::string save(const std::string &patterns, const std::string &fileName
     return outcomeOf(parameters);
 }
 
-// The picture of the first of these patterns.
+// Returns the preview of the first of these patterns.
 inline Binary preview(const std::string &patterns, int imageSize, bool encoding = true) {
     Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
     std::get<NodeObject>(parameters.value)["ImageSize"] = imageSize;

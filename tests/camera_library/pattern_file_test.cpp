@@ -8,7 +8,7 @@ namespace {
 using PatternFile = SavedPattern;
 
 // The first error in the PDF's table of objects; empty if there is none. Each entry must have 20 bytes and the position
-// of the object with its number. Most readers do not report wrong entries, but search the file for the objects.
+// of its object. Most readers do not report wrong entries, but search the file for the objects.
 std::string complaintAboutTable(const std::string &bytes) {
     const std::size_t start = std::stoul(bytes.substr(bytes.rfind("startxref\n") + 10));
     const std::size_t first = bytes.find("0000000000 65535 f \n", start);

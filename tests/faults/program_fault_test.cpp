@@ -244,7 +244,7 @@ void ProgramFaultTest::everyFailedCallIsReportedOnce() {
     }
 }
 
-// What is wrong with the only report of a failed call; empty if nothing is.
+// Returns what is wrong with the only report of a failed call; empty if nothing is wrong.
 QString complaintAboutReport(const QString &report, const Call &call, int code) {
     QString path = QString::fromStdString(call.path);
     path.remove(QRegularExpression("/Command$"));  // the report names a command's slot
@@ -271,7 +271,7 @@ QString complaintAboutAction(const SeenAction &seen, const SeenAction &clean, co
     return isReported ? complaintAboutReport(seen.boxes.front(), *failedCall, code) : "";
 }
 
-// What is wrong with a session in which a call failed; empty if nothing is.
+// Returns what is wrong with a session in which a call failed; empty if nothing is wrong.
 QString ProgramFaultTest::complaintAbout(const SeenSession &seen, std::size_t failingCall, int code) const {
     const Call &call = seen.calls[failingCall - 1];
     if (seen.isSlotLeft && call.function != "lmLibErase") {

@@ -20,7 +20,7 @@ inline int count(const QString &beginning) {
     return all().filter(QRegularExpression("^" + QRegularExpression::escape(beginning))).size();
 }
 
-// The lines with "$" replaced by the slot, and "@" by the first element of the slot's "Patterns".
+// Returns the lines, with "$" replaced by the slot and "@" by the first element of the slot's "Patterns".
 inline QStringList inSlot(int slot, const QStringList &lines) {
     QStringList filled;
     for (QString line : lines) {
@@ -30,14 +30,14 @@ inline QStringList inSlot(int slot, const QStringList &lines) {
     return filled;
 }
 
-// The calls that run a command in its slot, "$", until it has succeeded.
+// Returns the calls that run a command in its slot, "$", until it has succeeded.
 inline QStringList runCalls(const QString &command) {
     return {"lmLibSetString $/Command " + command, "lmLibGetType $/Command", "lmLibWaitForType $/Command 1 true",
             "lmLibGetType $/Result/ErrorSymbol"};
 }
 
-// All calls of one update, given the calls that write the pattern. The picture is the default script's, of 4 x 4
-// pixels.
+// Returns all calls of one update; `patternWrites` are its calls that write the pattern. The picture is that of the
+// default script, with 4 x 4 pixels.
 inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
     return inSlot(slot,
                   QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",

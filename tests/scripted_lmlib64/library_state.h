@@ -1,4 +1,4 @@
-// The state of the scripted library, and how a command runs in it. The process has one.
+// The state of the scripted library, and how a command runs in it. Each process has one state.
 #pragma once
 
 #include <cstdint>

@@ -34,8 +34,8 @@
 
 namespace scripted_lmlib64 {
 
-// One call into the library. The value is what was passed after the path: the text, the number in the fewest digits
-// that read back to it, "true" or "false", or several of these separated by spaces. If a caller asks
+// One call into the library. The value is what was passed after the path: the text, the number with the fewest digits
+// that still give the same number, "true" or "false", or several of these separated by spaces. If a caller asks
 // lmLibGetBinaryInfo or lmLibGetBinary for something that the program does not use, the value also contains the word
 // "more" or "timestamp". For a message to the debug log it is the message.
 struct Call {
@@ -55,8 +55,8 @@ struct Binary {
 
 // Removes all nodes except /Execute, all calls and all scripts. Every command then succeeds with an empty result.
 LMLIB64_API void reset();
-// reset(), and then adds what the program needs to start: a catalogue of the plates A, B and C, a 4 x 4 grey image for
-// each pattern that is generated, and the nodes below /Path.
+// Calls reset(), and then adds what the program needs to start: a catalogue of the plates A, B and C, a 4 x 4 grey
+// image for each pattern that is generated, and the nodes below /Path.
 LMLIB64_API void loadDefaultScript();
 
 // The calls since the last reset or clearCalls. callLines() has each call as a line: function, path and value separated

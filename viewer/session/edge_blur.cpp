@@ -33,9 +33,9 @@ std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
            down * ((1 - right) * lower[0] + right * lower[1]);
 }
 
-// Returns the blur of a step from the quotient `length` of its rise between -half and half and its greatest slope. A
-// step from 0 to 1 rises by erf(half / (sqrt 2 * blur)), and its greatest slope is gaussianPeak / blur. The blur would
-// grow without bounds as the quotient approaches 2 * half, so it is limited.
+// Returns the blur of a step. `length` is the step's rise between -half and half, divided by its greatest slope. A step
+// from 0 to 1 rises by erf(half / (sqrt 2 * blur)), and its greatest slope is gaussianPeak / blur. The blur would grow
+// without bounds as `length` approaches 2 * half, so it is limited.
 double blurOf(double length, double half) {
     double low = 0;
     double high = greatestBlurPerHalf * half;

@@ -38,8 +38,8 @@ cv::Mat greyOf(const cv::Mat &bgr) {
     return grey;
 }
 
-// Returns a name that no file in the folder has. `number` is the number in the last name, and becomes that in the new
-// one.
+// Returns a name that no file in the folder has. The search begins after `number`, which then becomes the number in the
+// name.
 QString freeName(const QDir &folder, int &number) {
     QString file;
     do {

@@ -68,7 +68,7 @@ private:
 };
 
 // The settings have measured sizes by pattern number; the calibration needs them by the index of the print. Sizes of
-// patterns that no photograph shows are dropped.
+// patterns that are not among the prints are dropped.
 std::vector<calibration::MeasuredPrint> measuredPrints(const SessionSettings &settings,
                                                        const Observations &observations) {
     std::vector<calibration::MeasuredPrint> measured;
