@@ -60,6 +60,11 @@ if(LMCALTAB_SANITIZE)
   endif()
 endif()
 
+# A sanitized build makes only those benchmarks that its tests run. clang-tidy reports clang's warnings about the others.
+if(LMCALTAB_SANITIZE)
+  set(LMCALTAB_BENCH_ONLY_IF_USED EXCLUDE_FROM_ALL)
+endif()
+
 # The thread sanitizer's build leaves out the longest tests of single-threaded code, the tests of failing allocations,
 # and the tests of the viewer's window, whose threads session_test checks. In the folders that are added with
 # ${LMCALTAB_ONLY_IF_USED}, it builds only the targets that the remaining tests use.

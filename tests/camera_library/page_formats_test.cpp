@@ -123,8 +123,8 @@ TEST_F(PageFormats, pngIsBlackAndWhiteIfTheSquaresAreWholePixels) {
                           reinterpret_cast<const Bytef *>(bytes.data() + text + 17), &compressed),
               Z_OK);
     json.resize(size);
-    EXPECT_EQ(Json::parse(json)["Resolution"], 600);
-    EXPECT_EQ(Json::parse(json)["Patterns"], description["Patterns"]);
+    EXPECT_EQ(parsedJson(json)["Resolution"], 600);
+    EXPECT_EQ(parsedJson(json)["Patterns"], description["Patterns"]);
 }
 
 // The entities on one layer of a DXF file.
@@ -245,8 +245,8 @@ TEST_F(PageFormats, printScaleMakesTheNextPrintTrue) {
     const std::string corrected = saveBoth(pattern, "-corrected.pdf", options);
     EXPECT_LT(differenceOfPrint(rendered(corrected)), 40.0) << pattern;
     EXPECT_NE(outputOf("pdftotext '" + corrected + "' -").find("print scale 0.98 × 1.02"), std::string::npos);
-    const Json with = Json::parse(outputOf("qpdf --show-attachment=pattern.json '" + corrected + "'"));
-    EXPECT_EQ(with["PrintScale"], Json::parse("[0.98, 1.02]"));
+    const Json with = parsedJson(outputOf("qpdf --show-attachment=pattern.json '" + corrected + "'"));
+    EXPECT_EQ(with["PrintScale"], parsedJson("[0.98, 1.02]"));
     EXPECT_EQ(with["Patterns"], without["Patterns"]);
 }
 

@@ -5,9 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <initializer_list>
 #include <opencv2/core.hpp>
-#include <regex>
+#include <sstream>
 
 #include "camera_library/pattern/checkerboard.h"
 #include "tests/camera_library/rendered_page.h"
@@ -162,11 +163,16 @@ struct Word {
 
 std::vector<Word> wordsOf(const std::string &pdf) {
     const std::string page = outputOf("pdftotext -bbox '" + pdf + "' -");
-    const std::regex pattern(R"re(<word xMin="(.*)" yMin="(.*)" xMax="(.*)" yMax="(.*)">(.*)</word>)re");
     std::vector<Word> words;
-    for (std::sregex_iterator word(page.begin(), page.end(), pattern), end; word != end; ++word) {
-        const auto mm = [&](std::size_t group) { return std::stod((*word)[group]) * mmPerInch / 72.0; };
-        words.push_back({(*word)[5], {mm(1), mm(2), mm(3), mm(4)}});
+    std::istringstream lines(page);
+    for (std::string line; std::getline(lines, line);) {
+        double box[4];
+        char text[256];
+        if (std::sscanf(line.c_str(), R"( <word xMin="%lf" yMin="%lf" xMax="%lf" yMax="%lf">%255[^<])", &box[0],
+                        &box[1], &box[2], &box[3], text) == 5) {
+            const auto mm = [&](std::size_t side) { return box[side] * mmPerInch / 72.0; };
+            words.push_back({text, {mm(0), mm(1), mm(2), mm(3)}});
+        }
     }
     return words;
 }

@@ -43,11 +43,11 @@ TEST_F(PatternFile, isAValidPdfThatSaysWhatItIsAndPrintsUnscaled) {
         EXPECT_NE(outputOf("pdffonts '" + pdf + "'").find("TrueType          WinAnsi          yes yes"),
                   std::string::npos);
 
-        const Json objects = Json::parse(outputOf("qpdf --json=1 '" + pdf + "'")).at("objects");
+        const Json objects = parsedJson(outputOf("qpdf --json=1 '" + pdf + "'")).at("objects");
         const Json &trailer = objects.at("trailer");
         EXPECT_EQ(trailer.at("/ID").size(), 2U);
         EXPECT_EQ(objects.at(trailer.at("/Root").get<std::string>()).at("/ViewerPreferences"),
-                  Json::parse(R"({"/PrintScaling": "/None", "/PickTrayByPDFSize": true, "/DisplayDocTitle": true})"));
+                  parsedJson(R"({"/PrintScaling": "/None", "/PickTrayByPDFSize": true, "/DisplayDocTitle": true})"));
         const std::size_t jsonSize = outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'").size();
         for (const std::string &entry : {std::string(R"("/Encoding":"/WinAnsiEncoding",)"),
                                          R"("/Length1":)" + std::to_string(captionFontFile().size()) + "}",
@@ -70,9 +70,9 @@ TEST_F(PatternFile, attachesWhatTheJsonFileHolds) {
     const Json &p = first();
     EXPECT_EQ(p["Points"].size(), 11U * 20U);
     // 11 columns, 20 rows: the reference point is column 5, row 9, and lies at the offset.
-    EXPECT_EQ(p["ReferenceIndex"], Json::parse("[5, 9]"));
-    EXPECT_EQ(p["Points"][9 * 11 + 5], Json::parse("[5, 9, 20.055, -6.685]"));
-    EXPECT_EQ(p["Points"][9 * 11 + 6], Json::parse("[6, 9, 26.74, -6.685]"));
+    EXPECT_EQ(p["ReferenceIndex"], parsedJson("[5, 9]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 5], parsedJson("[5, 9, 20.055, -6.685]"));
+    EXPECT_EQ(p["Points"][9 * 11 + 6], parsedJson("[6, 9, 26.74, -6.685]"));
     // The command makes the same file again from the parameters in the description.
     ASSERT_EQ(save(p["Parameters"].dump(), folder.file("again.pdf")), "");
     EXPECT_EQ(readBytes(folder.file("again.pdf")), readBytes(pdf));
@@ -99,7 +99,7 @@ TEST_F(PatternFile, listsWhatTheCodeHolds) {
     };
     for (const auto &[pattern, member, value] : cases) {
         savePdf(pattern);
-        EXPECT_EQ(first()["Code"].at(Json::json_pointer(member)), Json::parse(value)) << pattern;
+        EXPECT_EQ(first()["Code"].at(Json::json_pointer(member)), parsedJson(value)) << pattern;
     }
 }
 

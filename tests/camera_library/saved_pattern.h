@@ -18,6 +18,9 @@ namespace lmlib64 {
 
 using Json = nlohmann::json;
 
+// Like Json::parse, but compiled once for all tests: it takes longer to compile than most of them.
+Json parsedJson(const std::string &text);
+
 inline const std::string single = R"({"Type": "SingleCustom", "GridSpacing": 12.5})";
 inline const std::string singleInverted = R"({"Type": "SingleCustom", "GridSpacing": 12.5, "Polarity": false})";
 inline const std::string flexible =
@@ -45,7 +48,7 @@ protected:
         if (const std::string failure = save(pattern, pdf); !failure.empty()) {
             throw std::runtime_error(pattern + ": " + failure);
         }
-        description = Json::parse(outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'"));
+        description = parsedJson(outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'"));
     }
 
     const Json &first() const { return description["Patterns"][0]; }

@@ -139,7 +139,7 @@ TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
     EXPECT_NE(plannedText.find("Plan of " + std::to_string(plan.count()) + " sheets"), std::string::npos);
     EXPECT_NE(outputOf("pdftotext -f 3 -l 3 '" + file + "' -").find("sheet 2 of " + std::to_string(plan.count())),
               std::string::npos);
-    const Json json = Json::parse(outputOf("qpdf --show-attachment=pattern.json '" + file + "'"));
+    const Json json = parsedJson(outputOf("qpdf --show-attachment=pattern.json '" + file + "'"));
     EXPECT_EQ(json["Paper"], "A4");
     EXPECT_EQ(json["Sheets"], true);
 }

@@ -3,7 +3,6 @@
 #include <array>
 #include <charconv>
 #include <map>
-#include <regex>
 #include <string>
 #include <utility>
 
@@ -104,6 +103,14 @@ std::int32_t typeOf(const Json &node) {
     return node.is_number() ? LmLibTypeNumber : types.at(node.type());
 }
 
+// "/Execute/SLOT/Command"
+bool isCommand(const std::string &path) {
+    const std::string start = "/Execute/";
+    const std::size_t slotEnd = path.find('/', start.size());
+    return path.compare(0, start.size(), start) == 0 && slotEnd != std::string::npos &&
+           path.compare(slotEnd, std::string::npos, "/Command") == 0;
+}
+
 }  // namespace
 
 const char *lmLibGetString(int32_t *result, const char *path) {
@@ -114,7 +121,7 @@ const char *lmLibGetString(int32_t *result, const char *path) {
 void lmLibSetString(int32_t *result, const char *path, const char *text) {
     perform(result, "lmLibSetString", path, textOf(text), [&](const std::string &at) {
         library().nodes[pointerTo(at)] = textOf(text);
-        if (std::regex_match(at, std::regex("/Execute/[^/]*/Command"))) {
+        if (isCommand(at)) {
             library().finishCommand(at);
         }
     });

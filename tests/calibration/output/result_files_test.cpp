@@ -6,13 +6,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/core.hpp>
-#include <regex>
 #include <sstream>
 
 #include "tests/calibration/computed_scene.h"
@@ -60,6 +60,19 @@ Calibration makeCalibration(LensModel lens) {
     }
     calibration.leftOut = {{3, Misfit::Moved, "It moved."}};
     return calibration;
+}
+
+// In YAML 1.1, such a number is a text.
+bool hasExponentWithoutPoint(const std::string &yaml) {
+    for (const char *at = yaml.c_str(); (at = std::strpbrk(at, " [")) != nullptr;) {
+        ++at;
+        const char *digits = *at == '-' ? at + 1 : at;
+        const char *exponent = digits + std::strspn(digits, "0123456789");
+        if (exponent != digits && *exponent == 'e' && std::strpbrk(exponent + 1, "0123456789+-") == exponent + 1) {
+            return true;
+        }
+    }
+    return false;
 }
 
 std::string fileOf(const ResultFiles &files, const std::string &name) {
@@ -190,10 +203,9 @@ TEST_P(LensFiles, projectAsTheCalibrationDoes) {
         EXPECT_EQ(all.size(), model == "FULL_OPENCV" ? 12U : 8U);
         EXPECT_LT(projectionError(calibration, cameraMatrix(all, 0.5), rowOf(all, 4), isFisheye), 1e-9);
     }
-    // In YAML 1.1, a number with an exponent but without a decimal point is a text.
     for (const ResultFile &file : files.files) {
         const bool isYaml = file.name.find(".yaml") != std::string::npos;
-        EXPECT_FALSE(isYaml && std::regex_search(file.content, std::regex("[\\[ ]-?[0-9]+e[-+]?[0-9]+"))) << file.name;
+        EXPECT_FALSE(isYaml && hasExponentWithoutPoint(file.content)) << file.name;
     }
 }
 
