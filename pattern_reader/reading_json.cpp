@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "pattern_reader/pattern_kind_name.h"
+
 namespace pattern_reader {
 
 namespace {
@@ -26,20 +28,6 @@ nlohmann::ordered_json toJson(const PatternValues &values) {
         json["assemblyPattern"] = *values.assemblyPattern;
     }
     return json;
-}
-
-const char *nameOf(PatternKind kind) {
-    switch (kind) {
-        case PatternKind::Plane:
-            return "plane";
-        case PatternKind::Tile:
-            return "tile";
-        case PatternKind::Plate:
-            return "plate";
-        case PatternKind::Board:
-            return "board";
-    }
-    return "";
 }
 
 // Adds the values that the marks encode, and how well the marks agree with the code.

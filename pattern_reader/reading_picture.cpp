@@ -4,6 +4,8 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "pattern_reader/pattern_kind_name.h"
+
 namespace pattern_reader {
 
 namespace {
@@ -14,17 +16,8 @@ const cv::Scalar yColour(40, 180, 40);
 const cv::Scalar textColour(230, 60, 160);
 
 std::string nameOf(const PatternReading &reading) {
-    switch (reading.kind) {
-        case PatternKind::Plane:
-            return "plane";
-        case PatternKind::Tile:
-            return "tile " + std::to_string(reading.tile);
-        case PatternKind::Plate:
-            return "plate";
-        case PatternKind::Board:
-            return "board";
-    }
-    return "";
+    const std::string kind = nameOf(reading.kind);
+    return reading.kind == PatternKind::Tile ? kind + " " + std::to_string(reading.tile) : kind;
 }
 
 std::string words(const PatternReading &reading) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "pattern_reader/pattern_kind_name.h"
 #include "pattern_reader/pattern_reader.h"
 #include "pattern_reader/printed_pattern.h"
 #include "python/numpy_image.h"
@@ -17,20 +18,6 @@ using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
 
 namespace {
-
-const char *nameOf(PatternKind kind) {
-    switch (kind) {
-        case PatternKind::Plane:
-            return "plane";
-        case PatternKind::Tile:
-            return "tile";
-        case PatternKind::Plate:
-            return "plate";
-        case PatternKind::Board:
-            return "board";
-    }
-    return "";
-}
 
 py::object valuesOf(const PatternReading &reading) {
     if (!reading.values) {
@@ -83,7 +70,7 @@ py::dict dictionaryOf(const PatternReading &reading, const std::optional<std::ve
         disturbed.mutable_at(i) = corner.disturbed;
     }
     py::dict result;
-    result["kind"] = nameOf(reading.kind);
+    result["kind"] = pattern_reader::nameOf(reading.kind);
     result["tile"] = reading.tile >= 0 ? py::object(py::int_(reading.tile)) : py::none();
     result["image_points"] = image;
     result["object_points"] = arrayOf(points);
