@@ -10,7 +10,7 @@ test_packages=(
   "${viewer_packages[@]}" "${python_packages[@]}" libgtest-dev libgmock-dev libcairo2-dev
   xvfb xauth openbox xdotool x11-utils x11-apps imagemagick procps strace
   poppler-utils qpdf librsvg2-bin python3-ezdxf
-  python3-opencv python3-yaml desktop-file-utils appstream man-db
+  python3-opencv python3-yaml mypy desktop-file-utils appstream man-db
 )
 lint_packages=(clang clang-format clang-tidy git dpkg-dev lintian)
 

@@ -15,7 +15,7 @@ import json
 import os
 import typing
 
-import numpy
+import numpy.typing
 
 from . import _lmlib64
 from ._lmlib64 import CalibrationImpossible
@@ -24,6 +24,7 @@ __all__ = ["Calibration", "CalibrationImpossible", "CommandFailed", "ParameterRe
            "plates", "read_patterns", "run", "set", "version"]
 
 _File = typing.Union[str, "os.PathLike[str]"]
+_Array = numpy.typing.NDArray[typing.Any]
 _STRING, _OBJECT, _ARRAY, _BINARY = 3, 5, 6, 7
 _TYPES = {"custom": "SingleCustom", "flexible": "Flexible", "assembly": "Assembly", "halcon": None}
 
@@ -31,18 +32,18 @@ _TYPES = {"custom": "SingleCustom", "flexible": "Flexible", "assembly": "Assembl
 class CommandFailed(Exception):
     """A command of the library failed. The text comes from the library; ``symbol`` is a short name of the reason."""
 
-    def __init__(self, symbol, text):
+    def __init__(self, symbol: str, text: str) -> None:
         super().__init__(text)
         self.symbol = symbol
 
-    def __reduce__(self):
+    def __reduce__(self) -> typing.Tuple[typing.Any, ...]:
         return CommandFailed, (self.symbol, str(self))
 
 
 class ParameterRefused(CommandFailed, ValueError):
     """The library refuses a parameter."""
 
-    def __reduce__(self):
+    def __reduce__(self) -> typing.Tuple[typing.Any, ...]:
         return ParameterRefused, (self.symbol, str(self))
 
 
@@ -86,7 +87,7 @@ def run(command: str, **parameters: typing.Any) -> typing.Dict[str, typing.Any]:
             set(f"{slot}/Parameters/{name}", value)
         _lmlib64.set_string(f"{slot}/Command", command)
         _lmlib64.wait_for_command(slot)
-        result = get(f"{slot}/Result")
+        result: typing.Dict[str, typing.Any] = get(f"{slot}/Result")
     finally:
         _lmlib64.erase(slot)
     symbol = result.get("ErrorSymbol")
@@ -98,12 +99,12 @@ def run(command: str, **parameters: typing.Any) -> typing.Dict[str, typing.Any]:
 
 def version() -> str:
     """Returns the library's version, such as "0.2.0"."""
-    return get("/Path/Version")
+    return str(get("/Path/Version"))
 
 
 def plates() -> typing.List[typing.Dict[str, typing.Any]]:
     """Returns the official plates as dictionaries with "Name", "Type", "GridSpacing" and "Thickness"."""
-    return run("GetModelInfo", ListCalTabs=True)["CalTabs"]
+    return list(run("GetModelInfo", ListCalTabs=True)["CalTabs"])
 
 
 def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.Optional[int] = None,
@@ -111,7 +112,7 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
          grid_spacing: typing.Optional[float] = None, thickness: typing.Optional[float] = None,
          offset: typing.Optional[typing.Tuple[float, float]] = None, patterns: typing.Optional[int] = None,
          inverted: bool = False, plain: bool = False,
-         **more: typing.Any) -> typing.Union[None, _File, numpy.ndarray, typing.List[numpy.ndarray]]:
+         **more: typing.Any) -> typing.Union[None, _File, _Array, typing.List[_Array]]:
     """Draws a pattern of the kind "official", "custom", "flexible", "assembly" or "halcon".
 
     file           the file to write; its ending selects the format
@@ -130,10 +131,10 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
     such arrays. Otherwise returns ``file``."""
     if kind not in _TYPES and kind != "official":
         raise ValueError(f"The kind {kind!r} is not one of official, custom, flexible, assembly and halcon.")
-    pattern = {"Type": plate if kind == "official" else _TYPES[kind], "GridSize": size, "GridSpacing": grid_spacing,
-               "Thickness": thickness, "Offset": offset}
-    pattern = {name: list(value) if isinstance(value, tuple) else value
-               for name, value in pattern.items() if value is not None}
+    values = {"Type": plate if kind == "official" else _TYPES[kind], "GridSize": size, "GridSpacing": grid_spacing,
+              "Thickness": thickness, "Offset": offset}
+    pattern: typing.Dict[str, typing.Any] = {name: list(value) if isinstance(value, tuple) else value
+                                             for name, value in values.items() if value is not None}
     pattern["Polarity"] = not inverted
     count = 1 if patterns is None else patterns
     all_patterns = [dict(pattern, AssemblyPattern=index) if kind == "assembly" else pattern for index in range(count)]
@@ -145,7 +146,8 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
     result = run("GenerateCalibrationPattern", **parameters)
     if image_size is None:
         return file
-    return result["Patterns"] if kind == "assembly" else result["Patterns"][0]
+    pictures: typing.List[_Array] = result["Patterns"]
+    return pictures if kind == "assembly" else pictures[0]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -153,18 +155,19 @@ class Reading:
     """A pattern that was found in a picture. The arrays have a row for each corner or mark that was seen."""
     kind: str  # "plane" (flexible), "tile" (official, custom, assembly), "plate" (round marks) or "board" (plain)
     tile: typing.Optional[int]  # 0: official or custom; n + 1: pattern n of an assembly
-    image_points: numpy.ndarray  # (N, 2), pixels
-    object_points: typing.Optional[numpy.ndarray]  # (N, 3), mm; None if the grid spacing is not known
-    lattice: numpy.ndarray  # (N, 2), half grid spacings in the pattern's own frame
-    sigmas: numpy.ndarray  # (N,), standard deviation of the image points, pixels
-    disturbed: numpy.ndarray  # (N,), True if the picture does not look like a corner there
+    image_points: _Array  # (N, 2), pixels
+    object_points: typing.Optional[_Array]  # (N, 3), mm; None if the grid spacing is not known
+    lattice: _Array  # (N, 2), half grid spacings in the pattern's own frame
+    sigmas: _Array  # (N,), standard deviation of the image points, pixels
+    disturbed: _Array  # (N,), True if the picture does not look like a corner there
     angle: float  # of the pattern's x axis, in degrees clockwise from the picture's x axis
     orientations: int  # number of possible orientations; more than 1 only for plain boards
-    values: typing.Optional[dict]  # that the pattern encodes: grid_spacing, thickness, offset, assembly_pattern
+    # What the pattern encodes: grid_spacing, thickness, offset, assembly_pattern.
+    values: typing.Optional[typing.Dict[str, typing.Any]]
     confidence: float
 
 
-def read_patterns(image: numpy.ndarray, *, patterns: typing.Union[_File, typing.Sequence[_File]] = (),
+def read_patterns(image: _Array, *, patterns: typing.Union[_File, typing.Sequence[_File]] = (),
                   grid_spacing: typing.Optional[float] = None, board: typing.Optional[typing.Tuple[int, int]] = None,
                   square: typing.Optional[float] = None) -> typing.List[Reading]:
     """Finds the patterns in a picture and returns them, the largest first.
@@ -186,12 +189,13 @@ def read_patterns(image: numpy.ndarray, *, patterns: typing.Union[_File, typing.
 @dataclasses.dataclass(frozen=True)
 class Calibration:
     """The lens of a camera, and a verdict on how far it can be trusted."""
-    camera_matrix: numpy.ndarray  # (3, 3)
-    distortion: numpy.ndarray  # in OpenCV's order
+    camera_matrix: _Array  # (3, 3)
+    distortion: _Array  # in OpenCV's order
     lens: str
-    intrinsics_sigmas: numpy.ndarray  # standard deviations of fx, fy, cx, cy and the distortion
+    intrinsics_sigmas: _Array  # standard deviations of fx, fy, cx, cy and the distortion
     rms: float  # pixels per point
-    poses: list  # pose of the print in each photograph: rotation vector and translation in mm, or None
+    # Pose of the print in each photograph: rotation vector and translation in mm, or None.
+    poses: typing.List[typing.Optional[typing.Tuple[_Array, _Array]]]
     grade: str  # "good", "usable" or "poor"
     verdict: str
     advice: typing.List[str]
@@ -199,9 +203,9 @@ class Calibration:
     left_out: typing.List[typing.Tuple[int, str]]  # index of each photograph that was not used, and the reason
 
 
-def calibrate(object_points: typing.Sequence[numpy.ndarray], image_points: typing.Sequence[numpy.ndarray],
+def calibrate(object_points: typing.Sequence[_Array], image_points: typing.Sequence[_Array],
               image_size: typing.Tuple[int, int], *, lens: str = "auto",
-              sigmas: typing.Optional[typing.Sequence[numpy.ndarray]] = None) -> Calibration:
+              sigmas: typing.Optional[typing.Sequence[_Array]] = None) -> Calibration:
     """Calibrates a camera from photographs of one flat print.
 
     object_points                 an array (N, 3) in mm, with z = 0, for each photograph
