@@ -145,7 +145,7 @@ void LongUseTest::updatesLeaveNothingBehind() {
     QVERIFY2(last.threads <= first.threads, qPrintable(QString::number(first.threads)));
     QCOMPARE(last.nodes, 0);
 #if defined(MEMORY_IS_MEASURED)
-    QVERIFY2(grownMiB < 2.0, qPrintable(QString("grown by %1 MiB").arg(grownMiB)));
+    QVERIFY2(grownMiB < 1.0, qPrintable(QString("grown by %1 MiB").arg(grownMiB)));
 #endif
 }
 
