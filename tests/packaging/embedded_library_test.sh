@@ -29,8 +29,8 @@ add_executable(draw_target draw_target.c)
 target_link_libraries(draw_target LmLib64::LmLib64)
 install(TARGETS draw_target)
 PROJECT
-# With these settings, ccache has the objects from the build that is tested.
-cmake -G Ninja -S . -B build -DCMAKE_BUILD_TYPE=Release -DLMCALTAB_WARNINGS_AS_ERRORS=ON -DCMAKE_CXX_COMPILER="$3" >log 2>&1 || { cat log; exit 1; }
+# Without a build type there is neither optimisation nor debug information, which compiles fastest.
+cmake -G Ninja -S . -B build -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_COMPILER="$3" >log 2>&1 || { cat log; exit 1; }
 cmake --build build >log 2>&1 || { tail -n 40 log; exit 1; }
 built=$(find build -name '*.so' -o -type f -perm -u+x -path '*bin/*' ! -path '*/CMakeFiles/*' | sort | tr '\n' ' ')
 [ "$built" = "build/_deps/lmcaltab-build/lib/libLmLib64.so " ] || { echo "built: $built"; exit 1; }
