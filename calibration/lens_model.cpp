@@ -8,16 +8,19 @@ namespace calibration {
 
 namespace {
 
+constexpr int greatestCoefficients = greatestParameters - pinholeParameters;
+
 // A point on the image plane at distance 1 after distortion, and its derivatives.
 struct Distorted {
     Eigen::Vector2d place;
     Eigen::Matrix<double, 2, 3> byPoint;
-    Eigen::Matrix<double, 2, Eigen::Dynamic, Eigen::RowMajor, 2, greatestParameters> byCoefficients;
+    // Of x and of y by as many coefficients as the model has.
+    std::array<double, greatestCoefficients> xByCoefficients, yByCoefficients;
 };
 
 // Coefficients that a model lacks are zero.
-std::array<double, 12> pinholeCoefficients(int count, const double *coefficients) {
-    std::array<double, 12> all{};
+std::array<double, greatestCoefficients> pinholeCoefficients(int count, const double *coefficients) {
+    std::array<double, greatestCoefficients> all{};
     std::copy_n(coefficients, count, all.begin());
     return all;
 }
@@ -27,7 +30,7 @@ struct Radial {
     double numerator, denominator;
 };
 
-Radial radialOf(const std::array<double, 12> &k, double r2) {
+Radial radialOf(const std::array<double, greatestCoefficients> &k, double r2) {
     const double numerator = 1 + r2 * (k[0] + r2 * (k[1] + r2 * k[4]));
     const double denominator = 1 + r2 * (k[5] + r2 * (k[6] + r2 * k[7]));
     const double numeratorSlope = k[0] + r2 * (2 * k[1] + 3 * r2 * k[4]);
@@ -36,36 +39,53 @@ Radial radialOf(const std::array<double, 12> &k, double r2) {
     return {factor, (numeratorSlope - factor * denominatorSlope) / denominator, numerator, denominator};
 }
 
-Eigen::Vector2d distortPinhole(const std::array<double, 12> &k, double x, double y, const Radial &radial) {
+Eigen::Vector2d distortPinhole(const std::array<double, greatestCoefficients> &k, double x, double y,
+                               const Radial &radial) {
     const double r2 = x * x + y * y;
     return {x * radial.factor + 2 * k[2] * x * y + k[3] * (r2 + 2 * x * x) + r2 * (k[8] + r2 * k[9]),
             y * radial.factor + k[2] * (r2 + 2 * y * y) + 2 * k[3] * x * y + r2 * (k[10] + r2 * k[11])};
 }
 
-void differentiatePinhole(const std::array<double, 12> &k, int count, double x, double y, double inverseZ,
-                          const Radial &radial, Distorted &result) {
+void differentiateByCoefficients(int count, double x, double y, const Radial &radial, Distorted &result) {
     const double r2 = x * x + y * y;
-    const double prismX = k[8] + 2 * r2 * k[9];
-    const double prismY = k[10] + 2 * r2 * k[11];
-    Eigen::Matrix2d byPlace;
-    byPlace(0, 0) = radial.factor + 2 * x * x * radial.slope + 2 * k[2] * y + 6 * k[3] * x + 2 * x * prismX;
-    byPlace(0, 1) = 2 * x * y * radial.slope + 2 * k[2] * x + 2 * k[3] * y + 2 * y * prismX;
-    byPlace(1, 0) = 2 * x * y * radial.slope + 2 * k[2] * x + 2 * k[3] * y + 2 * x * prismY;
-    byPlace(1, 1) = radial.factor + 2 * y * y * radial.slope + 6 * k[2] * y + 2 * k[3] * x + 2 * y * prismY;
-    Eigen::Matrix<double, 2, 3> placeByPoint;
-    placeByPoint << inverseZ, 0, -x * inverseZ, 0, inverseZ, -y * inverseZ;
-    result.byPoint = byPlace * placeByPoint;
-
-    Eigen::Matrix<double, 2, 12> all;
     const double r4 = r2 * r2;
     const double r6 = r4 * r2;
     const double up = 1 / radial.denominator;
-    const double down = -radial.factor / radial.denominator;
-    all.row(0) << x * r2 * up, x * r4 * up, 2 * x * y, r2 + 2 * x * x, x * r6 * up, x * r2 * down, x * r4 * down,
-        x * r6 * down, r2, r4, 0, 0;
-    all.row(1) << y * r2 * up, y * r4 * up, r2 + 2 * y * y, 2 * x * y, y * r6 * up, y * r2 * down, y * r4 * down,
-        y * r6 * down, 0, 0, r2, r4;
-    result.byCoefficients = all.leftCols(count);
+    const std::array<double, 5> polynomial = {r2 * up, r4 * up, 0, 0, r6 * up};
+    for (size_t i = 0; i < polynomial.size(); i++) {
+        result.xByCoefficients[i] = x * polynomial[i];
+        result.yByCoefficients[i] = y * polynomial[i];
+    }
+    result.xByCoefficients[2] = result.yByCoefficients[3] = 2 * x * y;
+    result.xByCoefficients[3] = r2 + 2 * x * x;
+    result.yByCoefficients[2] = r2 + 2 * y * y;
+    if (count > 5) {
+        const double down = -radial.factor * up;
+        const std::array<double, 3> rational = {r2 * down, r4 * down, r6 * down};
+        for (size_t i = 0; i < rational.size(); i++) {
+            result.xByCoefficients[5 + i] = x * rational[i];
+            result.yByCoefficients[5 + i] = y * rational[i];
+        }
+        const std::array<double, 4> prismX = {r2, r4, 0, 0};
+        const std::array<double, 4> prismY = {0, 0, r2, r4};
+        std::copy(prismX.begin(), prismX.end(), result.xByCoefficients.begin() + 8);
+        std::copy(prismY.begin(), prismY.end(), result.yByCoefficients.begin() + 8);
+    }
+}
+
+void differentiatePinhole(const std::array<double, greatestCoefficients> &k, int count, double x, double y,
+                          double inverseZ, const Radial &radial, Distorted &result) {
+    const double r2 = x * x + y * y;
+    const double prismX = k[8] + 2 * r2 * k[9];
+    const double prismY = k[10] + 2 * r2 * k[11];
+    const double mixed = 2 * (x * y * radial.slope + k[2] * x + k[3] * y);
+    const double xByX = radial.factor + 2 * (x * x * radial.slope + k[2] * y + 3 * k[3] * x + x * prismX);
+    const double xByY = mixed + 2 * y * prismX;
+    const double yByX = mixed + 2 * x * prismY;
+    const double yByY = radial.factor + 2 * (y * y * radial.slope + 3 * k[2] * y + k[3] * x + y * prismY);
+    result.byPoint << xByX * inverseZ, xByY * inverseZ, -(x * xByX + y * xByY) * inverseZ,  //
+        yByX * inverseZ, yByY * inverseZ, -(x * yByX + y * yByY) * inverseZ;
+    differentiateByCoefficients(count, x, y, radial, result);
 }
 
 // Computes the distorted angle from the line of sight, and its derivative.
@@ -83,14 +103,14 @@ bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &re
     if (!(distance2 > 0)) {
         return false;
     }
-    result.byCoefficients.resize(2, 4);
     if (radius * radius < nearAxis * nearAxis * distance2) {
         if (point.z() <= 0) {
             return false;
         }
         result.place = point.head<2>() / point.z();
         result.byPoint << 1 / point.z(), 0, 0, 0, 1 / point.z(), 0;
-        result.byCoefficients.setZero();
+        result.xByCoefficients.fill(0);
+        result.yByCoefficients.fill(0);
         return true;
     }
     const double angle = std::atan2(radius, point.z());
@@ -106,12 +126,17 @@ bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &re
     result.byPoint.leftCols<2>() += across * (distorted / radius) * across.transpose();
     const double a2 = angle * angle;
     const double a3 = angle * a2;
-    const Eigen::RowVector4d powers(a3, a3 * a2, a3 * a2 * a2, a3 * a2 * a2 * a2);
-    result.byCoefficients = direction * powers;
+    const std::array<double, 4> powers = {a3, a3 * a2, a3 * a2 * a2, a3 * a2 * a2 * a2};
+    for (size_t i = 0; i < powers.size(); i++) {
+        result.xByCoefficients[i] = direction.x() * powers[i];
+        result.yByCoefficients[i] = direction.y() * powers[i];
+    }
     return true;
 }
 
-bool distort(LensModel lens, const double *coefficients, const Eigen::Vector3d &point, Distorted &result) {
+// The derivatives are computed only if they are wanted; for a fisheye always.
+bool distort(LensModel lens, const double *coefficients, const Eigen::Vector3d &point, bool differentiates,
+             Distorted &result) {
     if (lens == LensModel::Fisheye) {
         return distortFisheye(coefficients, point, result);
     }
@@ -119,12 +144,15 @@ bool distort(LensModel lens, const double *coefficients, const Eigen::Vector3d &
         return false;
     }
     const int count = coefficientCount(lens);
-    const std::array<double, 12> k = pinholeCoefficients(count, coefficients);
-    const double x = point.x() / point.z();
-    const double y = point.y() / point.z();
+    const std::array<double, greatestCoefficients> k = pinholeCoefficients(count, coefficients);
+    const double inverseZ = 1 / point.z();
+    const double x = point.x() * inverseZ;
+    const double y = point.y() * inverseZ;
     const Radial radial = radialOf(k, x * x + y * y);
     result.place = distortPinhole(k, x, y, radial);
-    differentiatePinhole(k, count, x, y, 1 / point.z(), radial, result);
+    if (differentiates) {
+        differentiatePinhole(k, count, x, y, inverseZ, radial, result);
+    }
     return true;
 }
 
@@ -160,7 +188,7 @@ bool directionOfPinhole(LensModel lens, const double *coefficients, const Eigen:
     Eigen::Vector2d guess = place;
     Distorted distorted;
     for (int i = 0; i < 50; i++) {
-        if (!distort(lens, coefficients, {guess.x(), guess.y(), 1}, distorted)) {
+        if (!distort(lens, coefficients, {guess.x(), guess.y(), 1}, true, distorted)) {
             return false;
         }
         const Eigen::Matrix2d slope = distorted.byPoint.leftCols<2>();
@@ -221,23 +249,31 @@ const char *nameOf(LensModel lens) {
 
 bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Projection &projection) {
     Distorted distorted;
-    if (!distort(lens, parameters + pinholeParameters, point, distorted)) {
+    if (!distort(lens, parameters + pinholeParameters, point, true, distorted)) {
         return false;
     }
-    const Eigen::Vector2d focal(parameters[0], parameters[1]);
-    projection.image = focal.cwiseProduct(distorted.place) + Eigen::Vector2d(parameters[2], parameters[3]);
-    projection.byPoint = focal.asDiagonal() * distorted.byPoint;
-    projection.byParameters.resize(2, parameterCount(lens));
-    projection.byParameters.leftCols<4>() << distorted.place.x(), 0, 1, 0, 0, distorted.place.y(), 0, 1;
-    projection.byParameters.rightCols(coefficientCount(lens)) = focal.asDiagonal() * distorted.byCoefficients;
+    const double focalX = parameters[0];
+    const double focalY = parameters[1];
+    projection.image = {focalX * distorted.place.x() + parameters[2], focalY * distorted.place.y() + parameters[3]};
+    projection.byPoint.row(0) = focalX * distorted.byPoint.row(0);
+    projection.byPoint.row(1) = focalY * distorted.byPoint.row(1);
+    const int coefficients = coefficientCount(lens);
+    projection.byParameters.resize(2, pinholeParameters + coefficients);
+    projection.byParameters.leftCols<pinholeParameters>() << distorted.place.x(), 0, 1, 0, 0, distorted.place.y(), 0, 1;
+    for (int i = 0; i < coefficients; i++) {
+        projection.byParameters(0, pinholeParameters + i) = focalX * distorted.xByCoefficients[size_t(i)];
+        projection.byParameters(1, pinholeParameters + i) = focalY * distorted.yByCoefficients[size_t(i)];
+    }
     return projection.image.allFinite();
 }
 
 bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point, Eigen::Vector2d &image) {
-    Projection projection;
-    const bool isSeen = project(lens, parameters, point, projection);
-    image = projection.image;
-    return isSeen;
+    Distorted distorted;
+    if (!distort(lens, parameters + pinholeParameters, point, false, distorted)) {
+        return false;
+    }
+    image = {parameters[0] * distorted.place.x() + parameters[2], parameters[1] * distorted.place.y() + parameters[3]};
+    return image.allFinite();
 }
 
 bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image, Eigen::Vector3d &direction) {

@@ -31,4 +31,48 @@ struct PrintedPoint {
 };
 PrintedPoint printedPoint(const double *numbers, double reach, const Eigen::Vector2d &drawn);
 
+// The same for many points of one print, faster.
+class PreparedShape {
+public:
+    struct Point {
+        Eigen::Vector3d place;
+        double plainX, byShear;        // mm: x without shear, and how much x grows per unit of shear
+        std::array<double, 7> powers;  // of x and y, which the bends weight
+    };
+
+    PreparedShape(const double *numbers, double reach);
+
+    Point at(const Eigen::Vector2d &drawn) const {
+        const double x = drawn.x() * inverseReach;
+        const double y = drawn.y() * inverseReach;
+        const double xx = x * x;
+        const double xy = x * y;
+        const double yy = y * y;
+        Point point{{}, scaleX * drawn.x(), scale * drawn.y(), {xx, xy, yy, x * xx, x * xy, x * yy, y * yy}};
+        double bend = 0;
+        for (size_t i = 0; i < point.powers.size(); i++) {
+            bend += weights[i] * point.powers[i];
+        }
+        point.place = {point.plainX + shear * point.byShear, scaleY * drawn.y(), bend};
+        return point;
+    }
+
+    // The derivatives of direction * place by all numbers.
+    static void differentiate(const Point &point, double directionX, double directionY, double directionZ,
+                              double *byNumbers) {
+        const double alongX = directionX * point.plainX;
+        const double alongY = directionY * point.place.y();
+        byNumbers[PrintShape::scale] = directionX * point.place.x() + alongY;
+        byNumbers[PrintShape::ratio] = (alongX - alongY) / 2;
+        byNumbers[PrintShape::shear] = directionX * point.byShear;
+        for (size_t i = 0; i < point.powers.size(); i++) {
+            byNumbers[PrintShape::bend + i] = directionZ * point.powers[i];
+        }
+    }
+
+private:
+    double scale, scaleX, scaleY, shear, inverseReach;
+    const double *weights;
+};
+
 }  // namespace calibration

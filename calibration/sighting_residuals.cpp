@@ -2,12 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace calibration {
 
 namespace {
 
-using RowMajor6 = Eigen::Matrix<double, 2, 6, Eigen::RowMajor>;
+using Matrix23 = Eigen::Matrix<double, 2, 3>;
+
+// Without temporaries and calls, unlike Eigen's product of small matrices.
+Eigen::Vector3d times(const Eigen::Matrix3d &m, const Eigen::Vector3d &v) {
+    return m.lazyProduct(v);
+}
 
 // A motion with the matrices that its derivatives need, computed once for all corners of a sighting.
 struct PreparedMotion {
@@ -19,15 +25,35 @@ struct PreparedMotion {
           jacobian(leftJacobian(Eigen::Map<const Eigen::Vector3d>(six))),
           translation(Eigen::Map<const Eigen::Vector3d>(six + 3)) {}
 
-    Eigen::Vector3d rotated(const Eigen::Vector3d &p) const { return matrix * p; }
-
-    // The derivative of map * (the moved point) by the six numbers of the motion.
-    RowMajor6 derivative(const Eigen::Matrix<double, 2, 3> &map, const Eigen::Vector3d &rotatedPoint) const {
-        RowMajor6 derivative;
-        derivative.leftCols<3>() = -map * crossMatrix(rotatedPoint) * jacobian;
-        derivative.rightCols<3>() = map;
-        return derivative;
+    // The derivative of map * (the moved point) by the six numbers of the motion, two rows of six; none if `rows` is
+    // null.
+    void differentiate(const Matrix23 &map, const Eigen::Vector3d &rotated, double *rows) const {
+        for (std::ptrdiff_t row = 0; rows != nullptr && row < 2; row++) {
+            const double x = map(row, 0);
+            const double y = map(row, 1);
+            const double z = map(row, 2);
+            const double aboutX = rotated.y() * z - rotated.z() * y;
+            const double aboutY = rotated.z() * x - rotated.x() * z;
+            const double aboutZ = rotated.x() * y - rotated.y() * x;
+            double *six = rows + row * 6;
+            for (int i = 0; i < 3; i++) {
+                six[i] = aboutX * jacobian(0, i) + aboutY * jacobian(1, i) + aboutZ * jacobian(2, i);
+            }
+            six[3] = x;
+            six[4] = y;
+            six[5] = z;
+        }
     }
+};
+
+// The motions on the way from a print to a camera.
+struct PreparedMotions {
+    PreparedMotion cameraFromRig, rigFromWorld, worldFromPrint;
+
+    explicit PreparedMotions(const BlockPointers &blocks)
+        : cameraFromRig(blocks[size_t(Block::CameraFromRig)]),
+          rigFromWorld(blocks[size_t(Block::RigFromWorld)]),
+          worldFromPrint(blocks[size_t(Block::WorldFromPrint)]) {}
 };
 
 // Cauchy's loss as a factor by which a residual is multiplied. For a squared residual s, the square of the factor is
@@ -90,60 +116,84 @@ int SightingResiduals::blockSize(Block block) const {
 }
 
 bool SightingResiduals::evaluate(const BlockPointers &blocks, double *residuals, double *const *jacobians) const {
-    using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
-    const PreparedMotion cameraFromRig(blocks[size_t(Block::CameraFromRig)]);
-    const PreparedMotion rigFromWorld(blocks[size_t(Block::RigFromWorld)]);
-    const PreparedMotion worldFromPrint(blocks[size_t(Block::WorldFromPrint)]);
-    const auto target = [&](Block block, size_t i) {
-        const int size = blockSize(block);
-        double *all = jacobians == nullptr ? nullptr : jacobians[size_t(block)];
-        return Eigen::Map<RowMajor>(all == nullptr ? nullptr : all + 2 * i * size_t(size), all == nullptr ? 0 : 2,
-                                    size);
+    return jacobians == nullptr ? evaluateResiduals(blocks, residuals) : evaluateAll(blocks, residuals, jacobians);
+}
+
+bool SightingResiduals::evaluateResiduals(const BlockPointers &blocks, double *residuals) const {
+    const PreparedMotions motions(blocks);
+    const PreparedShape shape(blocks[size_t(Block::Shape)], reach);
+    const Eigen::Matrix3d cameraFromWorld = motions.cameraFromRig.matrix * motions.rigFromWorld.matrix;
+    const Eigen::Matrix3d rotation = cameraFromWorld * motions.worldFromPrint.matrix;
+    const Eigen::Vector3d translation = cameraFromWorld * motions.worldFromPrint.translation +
+                                        motions.cameraFromRig.matrix * motions.rigFromWorld.translation +
+                                        motions.cameraFromRig.translation;
+    for (size_t i = 0; i < seen.size(); i++) {
+        const SeenCorner &corner = *seen[i];
+        const Eigen::Vector3d place = shape.at(print.points[size_t(corner.point)]).place;
+        Eigen::Vector2d image;
+        if (!project(camera.lens, blocks[size_t(Block::Intrinsics)], times(rotation, place) + translation, image)) {
+            return false;
+        }
+        Eigen::Vector2d error = (image - corner.image) / corner.sigma;
+        if (robustScale > 0) {
+            error *= RobustFactor(error.squaredNorm(), robustScale).factor;
+        }
+        Eigen::Map<Eigen::Vector2d>(residuals + 2 * i) = error;
+    }
+    return true;
+}
+
+bool SightingResiduals::evaluateAll(const BlockPointers &blocks, double *residuals, double *const *jacobians) const {
+    const PreparedMotions motions(blocks);
+    const auto &[cameraFromRig, rigFromWorld, worldFromPrint] = motions;
+    const PreparedShape shape(blocks[size_t(Block::Shape)], reach);
+    // Where the two rows of a corner begin; null if the derivatives by that block are not wanted.
+    const auto rowsOf = [&](Block block, size_t i) {
+        double *all = jacobians[size_t(block)];
+        return all == nullptr ? nullptr : all + 2 * i * size_t(blockSize(block));
     };
     Projection projection;
     for (size_t i = 0; i < seen.size(); i++) {
-        const SeenCorner &corner = *seen[i];
-        const PrintedPoint printed =
-            printedPoint(blocks[size_t(Block::Shape)], reach, print.points[size_t(corner.point)]);
-        const Eigen::Vector3d onPrint = worldFromPrint.rotated(printed.place);
-        const Eigen::Vector3d inWorld = rigFromWorld.rotated(onPrint + worldFromPrint.translation);
-        const Eigen::Vector3d inRig = cameraFromRig.rotated(inWorld + rigFromWorld.translation);
+        const PreparedShape::Point printed = shape.at(print.points[size_t(seen[i]->point)]);
+        const Eigen::Vector3d onPrint = times(worldFromPrint.matrix, printed.place);
+        const Eigen::Vector3d inWorld = times(rigFromWorld.matrix, onPrint + worldFromPrint.translation);
+        const Eigen::Vector3d inRig = times(cameraFromRig.matrix, inWorld + rigFromWorld.translation);
         if (!project(camera.lens, blocks[size_t(Block::Intrinsics)], inRig + cameraFromRig.translation, projection)) {
             return false;
         }
-        const Eigen::Vector2d error = (projection.image - corner.image) / corner.sigma;
-        Eigen::Matrix2d weight = Eigen::Matrix2d::Identity() / corner.sigma;
-        Eigen::Map<Eigen::Vector2d> residual(residuals + 2 * i);
-        residual = error;
-        if (robustScale > 0) {
-            const RobustFactor robust(error.squaredNorm(), robustScale);
-            residual *= robust.factor;
-            weight = (robust.factor * Eigen::Matrix2d::Identity() + 2 * robust.slope * error * error.transpose()) /
-                     corner.sigma;
+        const Eigen::Matrix2d weight = weigh(*seen[i], projection.image, residuals + 2 * i);
+        if (double *rows = rowsOf(Block::Intrinsics, i)) {
+            using Rows = Eigen::Matrix<double, 2, Eigen::Dynamic, Eigen::RowMajor>;
+            Eigen::Map<Rows>(rows, 2, projection.byParameters.cols()) = weight.lazyProduct(projection.byParameters);
         }
-        if (jacobians == nullptr) {
-            continue;
-        }
-        if (auto byIntrinsics = target(Block::Intrinsics, i); byIntrinsics.rows() != 0) {
-            byIntrinsics.noalias() = weight * projection.byParameters;
-        }
-        const Eigen::Matrix<double, 2, 3> byCamera = weight * projection.byPoint;
-        const Eigen::Matrix<double, 2, 3> byRig = byCamera * cameraFromRig.matrix;
-        const Eigen::Matrix<double, 2, 3> byWorld = byRig * rigFromWorld.matrix;
-        if (auto byPose = target(Block::CameraFromRig, i); byPose.rows() != 0) {
-            byPose = cameraFromRig.derivative(byCamera, inRig);
-        }
-        if (auto byPose = target(Block::RigFromWorld, i); byPose.rows() != 0) {
-            byPose = rigFromWorld.derivative(byRig, inWorld);
-        }
-        if (auto byPose = target(Block::WorldFromPrint, i); byPose.rows() != 0) {
-            byPose = worldFromPrint.derivative(byWorld, onPrint);
-        }
-        if (auto byShape = target(Block::Shape, i); byShape.rows() != 0) {
-            byShape.noalias() = byWorld * worldFromPrint.matrix * printed.byNumbers;
+        const Matrix23 byCamera = weight.lazyProduct(projection.byPoint);
+        const Matrix23 byRig = byCamera.lazyProduct(cameraFromRig.matrix);
+        const Matrix23 byWorld = byRig.lazyProduct(rigFromWorld.matrix);
+        cameraFromRig.differentiate(byCamera, inRig, rowsOf(Block::CameraFromRig, i));
+        rigFromWorld.differentiate(byRig, inWorld, rowsOf(Block::RigFromWorld, i));
+        worldFromPrint.differentiate(byWorld, onPrint, rowsOf(Block::WorldFromPrint, i));
+        if (double *rows = rowsOf(Block::Shape, i)) {
+            const Matrix23 byPlace = byWorld.lazyProduct(worldFromPrint.matrix);
+            for (std::ptrdiff_t row = 0; row < 2; row++) {
+                PreparedShape::differentiate(printed, byPlace(row, 0), byPlace(row, 1), byPlace(row, 2),
+                                             rows + row * PrintShape::count);
+            }
         }
     }
     return true;
+}
+
+Eigen::Matrix2d SightingResiduals::weigh(const SeenCorner &corner, const Eigen::Vector2d &image,
+                                         double *residual) const {
+    const Eigen::Vector2d error = (image - corner.image) / corner.sigma;
+    Eigen::Map<Eigen::Vector2d> result(residual);
+    if (robustScale <= 0) {
+        result = error;
+        return Eigen::Matrix2d::Identity() / corner.sigma;
+    }
+    const RobustFactor robust(error.squaredNorm(), robustScale);
+    result = robust.factor * error;
+    return (robust.factor * Eigen::Matrix2d::Identity() + 2 * robust.slope * error * error.transpose()) / corner.sigma;
 }
 
 BlockPointers blocksOf(const Observations &observations, const Sighting &sighting, const Estimate &estimate) {

@@ -33,6 +33,11 @@ public:
     bool evaluate(const BlockPointers &blocks, double *residuals, double *const *jacobians) const;
 
 private:
+    bool evaluateResiduals(const BlockPointers &blocks, double *residuals) const;
+    bool evaluateAll(const BlockPointers &blocks, double *residuals, double *const *jacobians) const;
+    // Sets the two residuals of a corner. Returns their derivative by the corner's image.
+    Eigen::Matrix2d weigh(const SeenCorner &corner, const Eigen::Vector2d &image, double *residual) const;
+
     const Camera &camera;
     const Print &print;
     std::vector<const SeenCorner *> seen;
