@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calibration/interruption.h"
 #include "calibration/misfit.h"
 #include "calibration/model_choice.h"
 #include "calibration/moved_prints.h"
@@ -12,6 +13,7 @@
 #include "calibration/start_values.h"
 #include "calibration/trust.h"
 #include "calibration/verdict.h"
+#include "calibration/warm_start.h"
 
 namespace calibration {
 
@@ -19,6 +21,9 @@ namespace {
 
 // A focal length counts as unknown if its standard deviation is more than this share of it.
 constexpr double greatestFocalSigma = 0.02;
+
+// Models are chosen again if the number of photographs has grown or shrunk by more than this factor.
+constexpr double similarCount = 1.5;
 
 // The least standard deviation of corners found in photographs, in pixels. It is needed for computed corners: they can
 // be exact, and then the covariance would make even an undetermined focal length seem certain.
@@ -32,24 +37,10 @@ public:
 
     Calibration run() {
         checkInput();
-        enter(Stage::StartValues, 0);
-        findStart();
-        enter(Stage::ChoosingModels, 0);
-        chooseModels();
-        enter(Stage::Solving, 0);
-        solve();
-        if (leaveOutMoved()) {
-            enter(Stage::ChoosingModels, 0);
-            chooseModels();
-            enter(Stage::Solving, 0.3);
-            solve();
-        }
-        if (leaveOut()) {
-            // The sightings that are left out now may have spoilt the choice of models.
-            enter(Stage::ChoosingModels, 0);
-            chooseModels();
-            enter(Stage::Solving, 0.5);
-            solve();
+        if (keepsModels()) {
+            startFromPrevious();
+        } else {
+            startFromNothing();
         }
         const std::optional<Covariance> covariance = covarianceOf(result.observations, result.freedom, result.estimate);
         if (!covariance) {
@@ -59,7 +50,7 @@ public:
         result.covariance = *covariance;
         checkFocalLengths();
         enter(Stage::JudgingTrust, 0);
-        result.leftOut = findLeftOut(given, result);
+        result.leftOut = findLeftOut(given, result, knownLeftOut);
         judgeTrust(result);
         for (const MeasuredPrint &measured : options.measured) {
             result.prints[size_t(measured.print)].isMeasured = true;
@@ -75,27 +66,65 @@ public:
     }
 
 private:
-    void enter(Stage stage, double share) const {
-        if (options.isCancelled && options.isCancelled()) {
-            throw Cancelled();
+    // True if the previous result chose between the same models by similarly many photographs.
+    bool keepsModels() const {
+        if (!options.previous) {
+            return false;
         }
+        const ModelOrigin &origin = options.previous->modelOrigin;
+        const bool isChosen = !options.lens || options.mayBend;
+        const double before = origin.photographs;
+        return origin.lens == options.lens && origin.mayBend == options.mayBend &&
+               (!isChosen || (photographs <= similarCount * before && before <= similarCount * photographs));
+    }
+
+    void startFromNothing() {
+        result.modelOrigin = {options.lens, options.mayBend, photographs};
+        enter(Stage::StartValues, 0);
+        findStart();
+        enter(Stage::ChoosingModels, 0);
+        chooseModels();
+        search();
+    }
+
+    // Solves, and leaves out what does not fit.
+    void search() {
+        enter(Stage::Solving, 0);
+        solve();
+        if (leaveOutMoved()) {
+            enter(Stage::ChoosingModels, 0);
+            chooseModels();
+            enter(Stage::Solving, 0.3);
+            solve();
+        }
+        if (leaveOut()) {
+            // The sightings that are left out now may have spoilt the choice of models.
+            enter(Stage::ChoosingModels, 0);
+            chooseModels();
+            enter(Stage::Solving, 0.5);
+            solve();
+        }
+    }
+
+    void enter(Stage stage, double share) const {
+        Interruption::check();
         if (options.onProgress) {
             options.onProgress(stage, share);
         }
     }
 
-    void checkInput() const {
+    void checkInput() {
         std::vector<bool> shows(given.photographs.size(), false);
         for (const Sighting &sighting : given.sightings) {
             if (sighting.isUsed && !sighting.corners.empty()) {
                 shows[size_t(sighting.photograph)] = true;
             }
         }
-        const auto count = std::count(shows.begin(), shows.end(), true);
-        if (count == 0) {
+        photographs = int(std::count(shows.begin(), shows.end(), true));
+        if (photographs == 0) {
             throw CalibrationImpossible("No photograph shows a pattern.");
         }
-        if (count == 1) {
+        if (photographs == 1) {
             throw CalibrationImpossible(
                 "Only one photograph shows a pattern, and one is not enough: take at least ten, with the target tilted "
                 "to all sides and in all parts of the picture.");
@@ -106,10 +135,6 @@ private:
         trials.resize(given.cameras.size());
         chosen.resize(given.cameras.size());
         starts.resize(given.cameras.size());
-        if (options.previous) {
-            startFromPrevious();
-            return;
-        }
         for (size_t camera = 0; camera < given.cameras.size(); camera++) {
             starts[camera] = startLenses(given, int(camera), options.lens);
             if (!starts[camera].empty()) {
@@ -121,13 +146,31 @@ private:
     }
 
     void startFromPrevious() {
+        enter(Stage::StartValues, 0);
         const Calibration &previous = *options.previous;
-        for (size_t camera = 0; camera < given.cameras.size(); camera++) {
-            chosen[camera] = {previous.observations.cameras[camera].lens, previous.estimate.intrinsics[camera], 0};
+        hasModels = true;
+        result.modelOrigin = previous.modelOrigin;
+        for (const CameraTrust &camera : previous.cameras) {
+            trials.push_back(camera.trials);
         }
-        const std::vector<Bend> before = bendsOf(previous.freedom);
-        std::copy_n(before.begin(), std::min(bends.size(), before.size()), bends.begin());
+        trials.resize(given.cameras.size());
+        for (size_t camera = 0; camera < given.cameras.size(); camera++) {
+            chosen.push_back({previous.observations.cameras[camera].lens, previous.estimate.intrinsics[camera], 0});
+        }
+        bends = bendsOf(previous.freedom);
+        const std::vector<int> same = sameSightings(given, previous.observations);
+        enter(Stage::Solving, 0);
+        if (solveFromPrevious(given, previous, same, options, result)) {
+            for (const LeftOut &one : previous.leftOut) {
+                const auto now = std::find(same.begin(), same.end(), one.sighting);
+                if (now != same.end()) {
+                    knownLeftOut.push_back({int(now - same.begin()), one.misfit, one.reason});
+                }
+            }
+            return;
+        }
         place();
+        search();
     }
 
     // Finds all poses for the chosen lenses.
@@ -145,7 +188,7 @@ private:
     // A lens that was chosen with flat prints can be wrong, and so can a bend that was chosen with the wrong lens. So
     // both are chosen again until neither changes.
     void chooseModels() {
-        if (options.previous || (options.lens && !options.mayBend)) {
+        if (hasModels || (options.lens && !options.mayBend)) {
             return;
         }
         constexpr int rounds = 3;
@@ -227,7 +270,7 @@ private:
             good.sightings[i].isUsed = good.sightings[i].isUsed && !isLeftOut;
             isAny = isAny || isLeftOut;
         }
-        return isAny && !options.previous && (!options.lens || options.mayBend);
+        return isAny && !hasModels && (!options.lens || options.mayBend);
     }
 
     void checkFocalLengths() const {
@@ -264,6 +307,9 @@ private:
     Observations good;  // the given observations, in which the sightings that were left out are marked as not used
     const CalibrateOptions &options;
     Calibration result;
+    int photographs = 0;     // that show something
+    bool hasModels = false;  // those of the previous result
+    std::vector<LeftOut> knownLeftOut;
     // Of each camera:
     std::vector<std::vector<LensStart>> starts;
     std::vector<LensStart> chosen;
@@ -279,6 +325,7 @@ int Calibration::firstGroup() const {
 }
 
 Calibration calibrate(const Observations &observations, const CalibrateOptions &options) {
+    const Interruption interruption(options.isCancelled);
     return Calibrator(observations, options).run();
 }
 

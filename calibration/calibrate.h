@@ -37,13 +37,16 @@ struct CalibrateOptions {
     // If true, prints may bend; a print gets a bend if that predicts held-out photographs better.
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
-    // A result for similar observations with the same cameras and prints, to start from. The models that it chose are
-    // kept, so this is much faster.
+    // A result for similar observations with the same cameras and prints, to start from, which is much faster. Its
+    // models are kept, unless the choice was another one (`lens` and `mayBend`) or between far fewer or far more
+    // photographs. With the same models, the result differs from one without a start by a small share of its standard
+    // deviations.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0
     // to 1.
     std::function<void(Stage, double)> onProgress;
-    // Called from time to time. If it returns true, calibrate() throws Cancelled.
+    // Called at least after every iteration of a solve, by several threads at the same time. If it returns true,
+    // calibrate() throws Cancelled.
     std::function<bool()> isCancelled;
 };
 
@@ -92,6 +95,13 @@ struct PrintTrust {
     bool isMeasured = false;
 };
 
+// What the models were chosen from: those of CalibrateOptions, and the number of photographs.
+struct ModelOrigin {
+    std::optional<LensModel> lens;
+    bool mayBend = true;
+    int photographs = 0;
+};
+
 // The summary of the result. `advice` says what to do, with the most useful first; empty if nothing is needed.
 enum class Grade { Good, Usable, Poor };
 struct Verdict {
@@ -120,6 +130,7 @@ struct Calibration {
     std::vector<LeftOut> leftOut;
     std::vector<CameraTrust> cameras;
     std::vector<PrintTrust> prints;
+    ModelOrigin modelOrigin;
     Verdict verdict;
     std::optional<NextPhotograph> next;
     // Sentences with what else the user must know: prints that no photograph links with the others, prints that are not

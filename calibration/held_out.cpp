@@ -57,6 +57,7 @@ std::optional<Estimate> trainedWithout(const Observations &observations, const s
     training.robustScale = robustScale;
     training.iterations = 30;
     training.tolerance = 1e-6;
+    training.isNear = true;
     Estimate trained = estimate;
     SolveOptions placing = training;
     placing.freedom = {false, false, false, false, {}, {}};

@@ -7,12 +7,18 @@
 #include <set>
 #include <utility>
 
+#include "calibration/calibrate.h"
+#include "calibration/interruption.h"
 #include "calibration/lens_prior.h"
 #include "calibration/sighting_residuals.h"
 
 namespace calibration {
 
 namespace {
+
+// Ceres starts with 1e4. Parameters of a lens depend on each other, and along such a direction that slows down the
+// first steps, which then are too short by half.
+constexpr double nearRadius = 1e8;
 
 class SightingCost : public ceres::CostFunction {
 public:
@@ -83,6 +89,13 @@ private:
     Eigen::VectorXd weights;
 };
 
+class EndWhenCancelled : public ceres::IterationCallback {
+public:
+    ceres::CallbackReturnType operator()(const ceres::IterationSummary &) override {
+        return Interruption::isWanted() ? ceres::SOLVER_ABORT : ceres::SOLVER_CONTINUE;
+    }
+};
+
 // The problem in the form that Ceres needs. Solving it changes the numbers of the estimate in place.
 class JointProblem {
 public:
@@ -111,10 +124,18 @@ public:
         how.function_tolerance = options.tolerance;
         how.parameter_tolerance = options.tolerance;
         how.gradient_tolerance = 1e-14;
+        if (options.isNear) {
+            how.initial_trust_region_radius = nearRadius;
+        }
         how.num_threads = 1;  // several threads would sum in an order that differs from run to run
         how.logging_type = ceres::SILENT;
+        EndWhenCancelled endWhenCancelled;
+        how.callbacks.push_back(&endWhenCancelled);
         ceres::Solver::Summary summary;
         ceres::Solve(how, &problem, &summary);
+        if (summary.termination_type == ceres::USER_FAILURE) {
+            throw Cancelled();
+        }
         return summary.IsSolutionUsable() ? std::optional<double>(summary.final_cost) : std::nullopt;
     }
 

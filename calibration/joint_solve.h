@@ -40,10 +40,12 @@ struct SolveOptions {
     double robustScale = 0;  // as in SightingResiduals
     int iterations = 100;
     double tolerance = 1e-12;  // the solve ends if a step decreases the sum of squares by a smaller share
+    bool isNear = false;       // the estimate is near the solution, so the solve takes full steps from the first one on
 };
 
 // Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of squared residuals,
-// priors included. If the solve fails, it returns nothing and leaves the estimate unchanged.
+// priors included. If the solve fails, it returns nothing and leaves the estimate unchanged. Asks after every iteration
+// whether the calibration that it belongs to was cancelled, and then throws Cancelled.
 std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate);
 
 // True if the camera, the moment and the print of a sighting have a pose.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calibration/interruption.h"
 #include "calibration/outliers.h"
 #include "calibration/planar_pose.h"
 #include "calibration/sighting_residuals.h"
@@ -142,12 +143,16 @@ private:
 
 }  // namespace
 
-std::vector<LeftOut> findLeftOut(const Observations &given, const Calibration &calibration) {
+std::vector<LeftOut> findLeftOut(const Observations &given, const Calibration &calibration,
+                                 const std::vector<LeftOut> &known) {
     std::vector<LeftOut> result;
     for (size_t i = 0; i < given.sightings.size(); i++) {
         const Sighting &sighting = calibration.observations.sightings[i];
         if (given.sightings[i].isUsed && !takesPart(calibration.observations, sighting, calibration.estimate)) {
-            result.push_back(MisfitSearch(calibration, int(i)).run());
+            Interruption::check();
+            const auto same =
+                std::find_if(known.begin(), known.end(), [&](const LeftOut &one) { return one.sighting == int(i); });
+            result.push_back(same != known.end() ? *same : MisfitSearch(calibration, int(i)).run());
         }
     }
     return result;

@@ -10,6 +10,7 @@
 #include <set>
 
 #include "calibration/held_out.h"
+#include "calibration/interruption.h"
 #include "calibration/outliers.h"
 #include "calibration/start_values.h"
 
@@ -91,7 +92,10 @@ void forEach(std::vector<Candidate> &candidates, const std::function<void(Candid
     std::vector<std::future<void>> running;
     running.reserve(candidates.size());
     for (Candidate &candidate : candidates) {
-        running.push_back(std::async(std::launch::async, [&step, &candidate]() { step(candidate); }));
+        running.push_back(std::async(std::launch::async, [&step, &candidate, isCancelled = Interruption::current()]() {
+            const Interruption interruption(isCancelled);
+            step(candidate);
+        }));
     }
     for (std::future<void> &one : running) {
         one.get();
@@ -212,13 +216,15 @@ std::vector<LensStart> startLenses(const Observations &observations, int camera,
     std::vector<std::future<LensStart>> running;
     running.reserve(wanted.size());
     for (const LensModel lens : wanted) {
-        running.push_back(std::async(std::launch::async, [&observations, camera, lens]() {
-            Observations some = observations;
-            some.cameras[size_t(camera)].lens = lens;
-            LensStart start{lens, {}, 0};
-            start.rms = startLens(some, camera, start.intrinsics).value_or(0);
-            return start;
-        }));
+        running.push_back(
+            std::async(std::launch::async, [&observations, camera, lens, isCancelled = Interruption::current()]() {
+                const Interruption interruption(isCancelled);
+                Observations some = observations;
+                some.cameras[size_t(camera)].lens = lens;
+                LensStart start{lens, {}, 0};
+                start.rms = startLens(some, camera, start.intrinsics).value_or(0);
+                return start;
+            }));
     }
     std::vector<LensStart> starts;
     for (std::future<LensStart> &one : running) {

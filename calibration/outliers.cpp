@@ -9,6 +9,7 @@ namespace calibration {
 namespace {
 
 constexpr int rounds = 6;
+constexpr int exactRounds = 3;
 // The median length of a vector whose two components are normally distributed with variance 1.
 constexpr double medianLength = 1.17741;
 constexpr double leastScale = 1e-6;
@@ -38,72 +39,30 @@ bool solveRoughly(const Observations &observations, const Freedom &freedom, doub
     options.freedom = freedom;
     options.robustScale = scale;
     options.tolerance = roughTolerance;
+    options.isNear = scale < firstRobustScale;
     return solveJointly(observations, options, estimate).has_value();
 }
 
-class OutlierSearch {
-public:
-    OutlierSearch(const Observations &all, Observations &some, const Freedom &free, Estimate &unknown)
-        : given(all), observations(some), freedom(free), estimate(unknown) {}
-
-    bool run() {
-        if (!solveRobustly(observations, freedom, estimate)) {
-            return false;
-        }
-        for (int round = 0; round < rounds && decide(); round++) {
-            if (!solveRoughly(observations, freedom, robustScale, estimate)) {
-                return false;
-            }
-        }
-        SolveOptions exact;
-        exact.freedom = freedom;
-        if (!solveJointly(observations, exact, estimate)) {
-            return false;
-        }
-        // The last solve changes the estimate a little, so a few good corners can have become bad, and the other way
-        // round.
-        return !decide() || solveJointly(observations, exact, estimate).has_value();
+bool decide(const Observations &observations, const Sighting &all, const Estimate &estimate, Sighting &sighting) {
+    const std::vector<double> lengths =
+        residualLengths(observations, sighting, blocksOf(observations, sighting, estimate));
+    std::vector<bool> isGood;
+    int good = 0;
+    for (size_t k = 0; k < lengths.size(); k++) {
+        isGood.push_back(lengths[k] < greatestLength && all.corners[k].isUsed);
+        good += isGood.back() ? 1 : 0;
     }
-
-private:
-    // Decides again which sightings and which corners are used. Returns true if a decision changed.
-    bool decide() {
-        agreeWithResiduals(observations, estimate);
-        bool changed = false;
-        for (size_t i = 0; i < observations.sightings.size(); i++) {
-            if (given.sightings[i].isUsed && hasPose(observations, observations.sightings[i], estimate)) {
-                changed = decide(given.sightings[i], observations.sightings[i]) || changed;
-            }
-        }
-        return changed;
+    const bool fits = good >= leastCorners && good >= leastShare * double(lengths.size());
+    bool changed = fits != sighting.isUsed;
+    sighting.isUsed = fits;
+    for (size_t k = 0; k < sighting.corners.size(); k++) {
+        // The corners of a sighting that is left out get the isUsed that was given.
+        const bool isUsed = fits ? isGood[k] : all.corners[k].isUsed;
+        changed = changed || (fits && isUsed != sighting.corners[k].isUsed);
+        sighting.corners[k].isUsed = isUsed;
     }
-
-    bool decide(const Sighting &all, Sighting &sighting) const {
-        const std::vector<double> lengths =
-            residualLengths(observations, sighting, blocksOf(observations, sighting, estimate));
-        std::vector<bool> isGood;
-        int good = 0;
-        for (size_t k = 0; k < lengths.size(); k++) {
-            isGood.push_back(lengths[k] < greatestLength && all.corners[k].isUsed);
-            good += isGood.back() ? 1 : 0;
-        }
-        const bool fits = good >= leastCorners && good >= leastShare * double(lengths.size());
-        bool changed = fits != sighting.isUsed;
-        sighting.isUsed = fits;
-        for (size_t k = 0; k < sighting.corners.size(); k++) {
-            // The corners of a sighting that is left out get the isUsed that was given.
-            const bool isUsed = fits ? isGood[k] : all.corners[k].isUsed;
-            changed = changed || (fits && isUsed != sighting.corners[k].isUsed);
-            sighting.corners[k].isUsed = isUsed;
-        }
-        return changed;
-    }
-
-    const Observations &given;
-    Observations &observations;
-    const Freedom &freedom;
-    Estimate &estimate;
-};
+    return changed;
+}
 
 }  // namespace
 
@@ -174,9 +133,40 @@ std::optional<std::vector<double>> solveRobustly(Observations &observations, con
     return factors;
 }
 
+bool decideOutliers(const Observations &given, Observations &observations, const Estimate &estimate) {
+    agreeWithResiduals(observations, estimate);
+    bool changed = false;
+    for (size_t i = 0; i < observations.sightings.size(); i++) {
+        if (given.sightings[i].isUsed && hasPose(observations, observations.sightings[i], estimate)) {
+            changed = decide(observations, given.sightings[i], estimate, observations.sightings[i]) || changed;
+        }
+    }
+    return changed;
+}
+
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate) {
-    return OutlierSearch(given, observations, freedom, estimate).run();
+    if (!solveRobustly(observations, freedom, estimate)) {
+        return false;
+    }
+    for (int round = 0; round < rounds && decideOutliers(given, observations, estimate); round++) {
+        if (!solveRoughly(observations, freedom, robustScale, estimate)) {
+            return false;
+        }
+    }
+    SolveOptions exact;
+    exact.freedom = freedom;
+    exact.isNear = true;
+    if (!solveJointly(observations, exact, estimate)) {
+        return false;
+    }
+    // The last solve changes the estimate a little, so a few good corners can have become bad, and the other way round.
+    for (int round = 0; round < exactRounds && decideOutliers(given, observations, estimate); round++) {
+        if (!solveJointly(observations, exact, estimate)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace calibration

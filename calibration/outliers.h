@@ -14,6 +14,10 @@ namespace calibration {
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate);
 
+// One of the decisions above: scales the standard deviations and decides for each sighting and corner whether it is
+// used. True if a decision changed.
+bool decideOutliers(const Observations &given, Observations &observations, const Estimate &estimate);
+
 // Solves so that bad corners have little effect, without deciding which corners are bad. Scales the corners' standard
 // deviations in the same way as solveWithoutOutliers, and returns the factor of each camera. Empty if a solve fails.
 std::optional<std::vector<double>> solveRobustly(Observations &observations, const Freedom &freedom,

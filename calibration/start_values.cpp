@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "calibration/interruption.h"
 #include "calibration/joint_solve.h"
 #include "calibration/planar_pose.h"
 #include "calibration/sighting_residuals.h"
@@ -155,7 +156,9 @@ Eigen::VectorXd plainLens(const Camera &camera, double focalLength) {
 // sightings are followed first.
 class PoseTree {
 public:
-    PoseTree(const Observations &seen, std::vector<Eigen::VectorXd> lenses) : observations(seen) {
+    PoseTree(const Observations &seen, std::vector<Eigen::VectorXd> lenses,
+             const std::vector<std::optional<RigidMotion>> &known)
+        : observations(seen) {
         estimate.intrinsics = std::move(lenses);
         estimate.cameraFromRig.resize(observations.cameras.size());
         for (size_t camera = 0; camera < observations.cameras.size(); camera++) {
@@ -167,8 +170,13 @@ public:
         estimate.groups.assign(observations.prints.size(), -1);
         estimate.shapes.resize(observations.prints.size());
         photographs.resize(observations.photographs.size());
-        for (const Sighting &sighting : observations.sightings) {
-            measure(sighting);
+        for (size_t i = 0; i < observations.sightings.size(); i++) {
+            const Sighting &sighting = observations.sightings[i];
+            if (known.empty() || !known[i]) {
+                measure(sighting);
+            } else if (sighting.isUsed) {
+                links.push_back({&sighting, *known[i], knownReliability + double(sighting.corners.size())});
+            }
         }
         std::stable_sort(links.begin(), links.end(),
                          [](const Link &a, const Link &b) { return a.reliability > b.reliability; });
@@ -191,8 +199,9 @@ private:
     struct Link {
         const Sighting *sighting;
         RigidMotion cameraFromPrint;
-        double reliability;
+        double reliability;  // the number of corners, less if they fit badly
     };
+    static constexpr double knownReliability = 1e9;
 
     void measure(const Sighting &sighting) {
         const Photograph &photograph = observations.photographs[size_t(sighting.photograph)];
@@ -200,6 +209,7 @@ private:
         if (!sighting.isUsed || lens.size() == 0) {
             return;
         }
+        Interruption::check();
         if (const auto pose = planarPose(observations, sighting, lens, estimate.shapes[size_t(sighting.print)])) {
             links.push_back({&sighting, pose->cameraFromPrint, double(sighting.corners.size()) / (1 + pose->rms)});
         }
@@ -316,8 +326,9 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
     return all.improve(intrinsics, secondScale, 50);
 }
 
-Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics) {
-    return PoseTree(observations, std::move(intrinsics)).grow();
+Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics,
+                    const std::vector<std::optional<RigidMotion>> &known) {
+    return PoseTree(observations, std::move(intrinsics), known).grow();
 }
 
 }  // namespace calibration

@@ -14,7 +14,9 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
 
 // Returns an estimate with the given lenses and all poses. Estimate::groups says which prints are linked. The poses
 // come from the most reliable sightings. A sighting that contradicts them has no effect here, but the joint solve still
-// uses it.
-Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics);
+// uses it. known: cameraFromPrint of each sighting whose pose is known, which counts as the most reliable; may be
+// empty.
+Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics,
+                    const std::vector<std::optional<RigidMotion>> &known = {});
 
 }  // namespace calibration

@@ -7,6 +7,7 @@
 #include <future>
 #include <set>
 
+#include "calibration/interruption.h"
 #include "calibration/sighting_residuals.h"
 
 namespace calibration {
@@ -133,6 +134,7 @@ std::vector<std::optional<Eigen::VectorXd>> lensesOfHalf(const Calibration &cali
     Estimate estimate = calibration.estimate;
     SolveOptions options;
     options.freedom = calibration.freedom;
+    options.isNear = true;
     if (!solveJointly(some, options, estimate)) {
         return lenses;
     }
@@ -149,7 +151,10 @@ std::vector<std::optional<Eigen::VectorXd>> lensesOfHalf(const Calibration &cali
 
 void compareHalves(Calibration &calibration) {
     // The halves are independent, so the result does not depend on which is computed first.
-    auto second = std::async(std::launch::async, lensesOfHalf, std::cref(calibration), 1);
+    auto second = std::async(std::launch::async, [&calibration, isCancelled = Interruption::current()]() {
+        const Interruption interruption(isCancelled);
+        return lensesOfHalf(calibration, 1);
+    });
     const auto a = lensesOfHalf(calibration, 0);
     const auto b = second.get();
     for (size_t camera = 0; camera < a.size(); camera++) {

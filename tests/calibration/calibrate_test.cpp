@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <map>
 #include <random>
 
 #include "calibration/sighting_residuals.h"
@@ -62,6 +64,7 @@ Calibration calibrationOf(const Scene &scene) {
     result.observations = scene.observations;
     result.estimate = scene.truth;
     result.freedom.shapes = {{PrintShape::ratio}, {PrintShape::ratio, 3, 4, 5}};
+    result.modelOrigin.photographs = int(scene.observations.photographs.size());
     return result;
 }
 
@@ -151,7 +154,10 @@ TEST(Calibrate, keepsToThePlaceOfAPrintBeforeItMoved) {
         CalibrateOptions options;
         options.lens = LensModel::Pinhole5;
         if (movedAt == 7) {
-            options.previous = std::make_shared<Calibration>(calibrationOf(scene));  // to be fast: no models are chosen
+            Calibration known = calibrationOf(scene);  // chooses no models, so it is quick
+            known.modelOrigin.lens = options.lens;
+            known.modelOrigin.photographs = 14;
+            options.previous = std::make_shared<Calibration>(known);
         }
         const Calibration result = calibrate(scene.observations, options);
         const Eigen::Vector3d found = result.estimate.worldFromPrint[1].translation;
@@ -191,21 +197,108 @@ TEST(Calibrate, namesPrintsThatNoPhotographLinks) {
         << result.notices.front();
 }
 
-TEST(Calibrate, startsFromAPreviousResultAndCanBeCancelled) {
+// The greatest difference of intrinsics and of the second print's place, in standard deviations.
+double greatestDifference(const Calibration &a, const Calibration &b) {
+    double greatest = ((a.estimate.worldFromPrint[1].translation - b.estimate.worldFromPrint[1].translation).array() /
+                       b.prints[1].translationSigma.array())
+                          .abs()
+                          .maxCoeff();
+    for (size_t camera = 0; camera < 2; camera++) {
+        const std::vector<double> &sigmas = b.cameras[camera].sigmas;
+        for (size_t i = 0; i < sigmas.size(); i++) {
+            const auto k = Eigen::Index(i);
+            greatest = std::max(
+                greatest, std::abs(a.estimate.intrinsics[camera](k) - b.estimate.intrinsics[camera](k)) / sigmas[i]);
+        }
+    }
+    return greatest;
+}
+
+std::vector<std::pair<int, Misfit>> leftOutOf(const Calibration &result) {
+    std::vector<std::pair<int, Misfit>> all;
+    for (const LeftOut &one : result.leftOut) {
+        all.emplace_back(one.sighting, one.misfit);
+    }
+    return all;
+}
+
+TEST(Calibrate, findsTheSameFromAPreviousResultAsWithoutOne) {
+    Scene scene = makeScene(0.05, 33);
+    std::vector<Sighting> &sightings = scene.observations.sightings;
+    std::mt19937 random(2);
+    const auto secondPrintFrom = [&](size_t first) {
+        return size_t(std::find_if(sightings.begin() + std::ptrdiff_t(first), sightings.end(),
+                                   [](const Sighting &one) { return one.print == 1; }) -
+                      sightings.begin());
+    };
+    const size_t misread = secondPrintFrom(0);
+    for (size_t i = 0; i < sightings[misread].corners.size(); i++) {
+        sightings[misread].corners[i].image += Eigen::Vector2d(double(i * 37 % 11), double(i * 53 % 13));
+    }
+    const size_t moved = secondPrintFrom(misread + 5);
+    RigidMotion elsewhere = scene.truth.worldFromPrint[1];
+    elsewhere.translation.x() += 5;
+    sightings[moved] = see(scene, sightings[moved].photograph, 1, elsewhere, 0.05, random);
+    for (Sighting &sighting : sightings) {
+        sighting.corners[size_t(sighting.photograph) % sighting.corners.size()].image += Eigen::Vector2d(3, -4);
+    }
+    const auto without = [&](const std::vector<int> &photographs) {
+        Observations some = scene.observations;
+        for (Sighting &sighting : some.sightings) {
+            sighting.isUsed = std::count(photographs.begin(), photographs.end(), sighting.photograph) == 0;
+        }
+        return some;
+    };
+    // Keeps the models, but has nothing else to start from.
+    CalibrateOptions fromNothing;
+    Calibration models = calibrationOf(scene);
+    models.observations.sightings.clear();
+    fromNothing.previous = std::make_shared<Calibration>(models);
+    const int bad = sightings[misread].photograph;
+    const int shifted = sightings[moved].photograph;
+    std::map<std::vector<int>, std::shared_ptr<const Calibration>> results;
+    const auto calibrated = [&](const std::vector<int> &photographs) {
+        auto &result = results[photographs];
+        if (!result) {
+            result = std::make_shared<Calibration>(calibrate(without(photographs), fromNothing));
+        }
+        return result;
+    };
+    EXPECT_EQ(leftOutOf(*calibrated({})),
+              (std::vector<std::pair<int, Misfit>>{{int(misread), Misfit::Unclear}, {int(moved), Misfit::Moved}}));
+    // What the previous result was without, and what the next one is without.
+    for (const auto &[before, after] : std::vector<std::pair<std::vector<int>, std::vector<int>>>{
+             {{}, {20, 21}}, {{20, 21}, {}}, {{bad}, {}}, {{shifted}, {bad}}}) {
+        CalibrateOptions options;
+        options.previous = calibrated(before);
+        const Calibration warm = calibrate(without(after), options);
+        const auto cold = calibrated(after);
+        // A corner whose residual is just at the limit can count in one and not in the other.
+        EXPECT_LT(greatestDifference(warm, *cold), 0.2);
+        EXPECT_EQ(leftOutOf(warm), leftOutOf(*cold));
+        EXPECT_NEAR(warm.cameras[0].rms, cold->cameras[0].rms, 1e-4);
+    }
+}
+
+TEST(Calibrate, choosesModelsAgainIfAnotherChoiceIsWanted) {
     const Scene scene = makeScene(0.05);
     CalibrateOptions options;
-    options.lens = LensModel::Pinhole5;
+    options.previous = std::make_shared<Calibration>(calibrationOf(scene));
+    options.lens = LensModel::Pinhole8;
     options.mayBend = false;
-    const auto first = std::make_shared<Calibration>(calibrate(scene.observations, options));
-    CalibrateOptions again;
-    again.previous = first;
-    const Calibration second = calibrate(scene.observations, again);
-    EXPECT_EQ(second.observations.cameras[1].lens, LensModel::Pinhole5);
-    EXPECT_LT((second.estimate.worldFromPrint[1].translation - first->estimate.worldFromPrint[1].translation).norm(),
-              5e-3);  // mm; half the standard deviation
-    int asked = 0;
-    again.isCancelled = [&]() { return ++asked == 3; };
-    EXPECT_THROW(calibrate(scene.observations, again), Cancelled);
+    const Calibration result = calibrate(scene.observations, options);
+    EXPECT_EQ(result.observations.cameras[1].lens, LensModel::Pinhole8);
+    EXPECT_EQ(bendsOfPrint(result, 1), 0);
+}
+
+TEST(Calibrate, endsWithinAnIterationOfBeingCancelled) {
+    const Scene scene = makeScene(0.05);
+    std::atomic<int> asked{0};
+    CalibrateOptions options;
+    // More often than there are stages, and long before the end.
+    options.isCancelled = [&]() { return ++asked >= 60; };
+    EXPECT_THROW(calibrate(scene.observations, options), Cancelled);
+    EXPECT_LT(asked, 60 + 12);  // threads that work at the same time
 }
 
 TEST(Calibrate, refusesWhatDeterminesNothing) {
