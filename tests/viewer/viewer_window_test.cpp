@@ -23,6 +23,7 @@
 #include <set>
 
 #include "bench/viewer/file_drop.h"
+#include "tests/viewer/bad_photographs.h"
 #include "tests/viewer/example_truth.h"
 #include "viewer/live_panel.h"
 #include "viewer/photograph_list.h"
@@ -137,17 +138,8 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
 
 void ViewerWindowTest::namesBadPhotographsAndIsNotSpoiledByThem() {
     const QTemporaryDir folder;
-    const QImage good(examplePhotograph(1));
-    const QSize size = good.size();
-    // One photograph is too blurred to be read, one has another size, and one has another zoom.
-    QVERIFY(good.scaled(size / 60, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                .save(folder.filePath("blurred.jpg"), "JPEG", 95));
-    QVERIFY(good.scaled(size * 0.8, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                .save(folder.filePath("smaller.jpg"), "JPEG", 95));
-    QVERIFY(good.copy(QRect(QPoint(200, 150), size - QSize(400, 300)))
-                .scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                .save(folder.filePath("zoomed.jpg"), "JPEG", 95));
+    const QStringList badNames = writeBadPhotographs(folder.path(), examplePhotograph(1));
+    QCOMPARE(badNames.size(), 3);
 
     ViewerWindow window{QString()};
     useFixedModels(window);
@@ -155,9 +147,9 @@ void ViewerWindowTest::namesBadPhotographsAndIsNotSpoiledByThem() {
     drop(window, {exampleFolder, folder.path()});
     QVERIFY(isCalibrated(window));
     const auto *list = window.findChild<QListView *>("photographs");
-    for (const char *name : {"blurred.jpg", "smaller.jpg", "zoomed.jpg"}) {
+    for (const QString &name : badNames) {
         const QString problem = problemOf(*list, name);
-        QVERIFY2(problem.contains(' ') && problem != "not in the list", qPrintable(name + (": " + problem)));
+        QVERIFY2(problem.contains(' ') && problem != "not in the list", qPrintable(name + ": " + problem));
     }
     const QTemporaryDir results;
     QCOMPARE(window.writeResultsTo(results.path()), QString());

@@ -1,0 +1,81 @@
+#include "tests/end_to_end/file_drag.h"
+
+#include <QDrag>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QTimer>
+#include <QUrl>
+#include <QtTest>
+
+#include "tests/end_to_end/desktop.h"
+
+namespace {
+
+constexpr int stepMs = 30;
+constexpr int stepsToTarget = 10;
+constexpr int mostSteps = 700;  // then the drag is given up
+constexpr QRect ownPlace(0, 0, 90, 40);
+
+QStringList moveTo(QPoint place) {
+    return {"mousemove", QString::number(place.x()), QString::number(place.y())};
+}
+
+}  // namespace
+
+// No window manager, so that the window is where it is put, above all others, and takes the focus from none.
+FileDrag::FileDrag(const Desktop &usersDesktop)
+    : QWidget(nullptr, Qt::BypassWindowManagerHint | Qt::FramelessWindowHint), desktop(usersDesktop) {
+    setGeometry(ownPlace);
+}
+
+bool FileDrag::drop(const QStringList &draggedFiles, QPoint place) {
+    files = draggedFiles;
+    target = place;
+    steps = 0;
+    wouldBeTaken = hasEnded = wasTaken = false;
+    show();
+    raise();
+    if (!QTest::qWaitForWindowExposed(this)) {
+        return false;
+    }
+    desktop.xdotool(moveTo(ownPlace.center()) + QStringList{"mousedown", "1", "mousemove_relative", "25", "5"});
+    static_cast<void>(QTest::qWaitFor([this] { return hasEnded; }, 2 * mostSteps * stepMs));
+    desktop.xdotool({"mouseup", "1"});  // if the drag never began
+    hide();
+    return wasTaken;
+}
+
+void FileDrag::mouseMoveEvent(QMouseEvent *event) {
+    if ((event->buttons() & Qt::LeftButton) == 0 || steps > 0) {
+        return;
+    }
+    QList<QUrl> urls;
+    for (const QString &file : files) {
+        urls << QUrl::fromLocalFile(file);
+    }
+    auto *content = new QMimeData;
+    content->setUrls(urls);
+    auto *drag = new QDrag(this);  // the toolkit deletes it
+    drag->setMimeData(content);
+    connect(drag, &QDrag::actionChanged, this,
+            [this](Qt::DropAction action) { wouldBeTaken = action == Qt::CopyAction; });
+    // A drag has an event loop of its own.
+    QTimer hand;
+    connect(&hand, &QTimer::timeout, this, &FileDrag::moveAndRelease);
+    hand.start(stepMs);
+    wasTaken = drag->exec(Qt::CopyAction) == Qt::CopyAction;
+    hasEnded = true;
+}
+
+void FileDrag::moveAndRelease() {
+    ++steps;
+    if (steps <= stepsToTarget) {
+        desktop.xdotool(moveTo(ownPlace.center() + (target - ownPlace.center()) * steps / stepsToTarget));
+    } else if (wouldBeTaken) {
+        desktop.xdotool({"mouseup", "1"});
+    } else if (steps < mostSteps) {
+        desktop.xdotool(moveTo(target + QPoint(steps % 2, 0)));
+    } else {
+        desktop.press({"Escape"});
+    }
+}

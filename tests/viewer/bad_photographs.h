@@ -1,0 +1,32 @@
+// Photographs that a calibration with the example's must leave out and name.
+#pragma once
+
+#include <QDir>
+#include <QImage>
+#include <QStringList>
+
+// Writes them to a folder: blurred beyond reading, of another size, and taken with another zoom. Returns their file
+// names; empty if one could not be written.
+inline QStringList writeBadPhotographs(const QDir &folder, const QString &goodPhotograph) {
+    const QImage good(goodPhotograph);
+    const QSize size = good.size();
+    const auto scaled = [](const QImage &picture, const QSize &newSize) {
+        return picture.scaled(newSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    };
+    const struct {
+        const char *name;
+        QImage picture;
+    } bad[] = {
+        {"blurred.jpg", scaled(scaled(good, size / 60), size)},
+        {"smaller.jpg", scaled(good, size * 0.8)},
+        {"zoomed.jpg", scaled(good.copy(QRect(QPoint(200, 150), size - QSize(400, 300))), size)},
+    };
+    QStringList names;
+    for (const auto &one : bad) {
+        if (!one.picture.save(folder.filePath(one.name), "JPEG", 95)) {
+            return {};
+        }
+        names << one.name;
+    }
+    return names;
+}
