@@ -12,9 +12,9 @@ using pattern_reader::PatternKind;
 
 std::string describe(const ScenePattern &pattern, const PatternScore &score) {
     static const char *const kinds[] = {"Flexible", "tile", "plate"};
-    static const char *const visibilities[] = {"whole", "partly covered", "cut"};
+    static const char *const visibilities[] = {"completely visible", "partly covered", "cut by the border"};
     const cv::Size2d size = pattern.coded.target->size();
-    return cv::format("%s %gx%g, %.1f px, tilt %.0f, %s, %d %s seen", kinds[int(pattern.coded.kind)], size.width,
+    return cv::format("%s %gx%g, %.1f px, tilt %.0f°, %s, %d %s visible", kinds[int(pattern.coded.kind)], size.width,
                       size.height, pattern.pixelsPerSquare, pattern.tiltDegrees, visibilities[int(pattern.visibility)],
                       score.seenSquares, pattern.coded.kind == PatternKind::Plate ? "marks" : "squares");
 }
@@ -166,9 +166,9 @@ std::vector<std::string> PictureResult::failures() const {
         if (pattern.asked && !score.placed) {
             add(pattern, "not read");
         } else if (pattern.asked && pattern.whole && pattern.hasBlock && !score.valuesRead) {
-            add(pattern, "values not read");
+            add(pattern, "block not read");
         } else if (pattern.asked && int(score.errors.size()) < score.seenPoints * 9 / 10) {
-            add(pattern, cv::format("only %zu of %d seen points found", score.errors.size(), score.seenPoints));
+            add(pattern, cv::format("only %zu of %d visible points found", score.errors.size(), score.seenPoints));
         }
     }
     return lines;
@@ -202,8 +202,8 @@ Row rowOf(const std::vector<PictureResult> &results, const Pick &pick) {
 void printConditionTables(const std::vector<PictureResult> &results) {
     for (const bool plates : {false, true}) {
         std::printf(
-            "\n| %s | read | asked for | values | %s found | rms, px | p95 | bias | error / least | variance | "
-            "false |\n|---|---|---|---|---|---|---|---|---|---|---|\n",
+            "\n| %s | read | required ones read | blocks read | %s found | rms, px | p95, px | bias, px | "
+            "error / bound | variance | wrong |\n|---|---|---|---|---|---|---|---|---|---|---|\n",
             plates ? "plates" : "boards", plates ? "marks" : "corners");
         for (size_t i = 0; i < conditions().size(); i++) {
             const Row row = rowOf(results, [&](const PictureResult &picture, const PatternResult &pattern) {

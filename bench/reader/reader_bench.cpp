@@ -114,25 +114,27 @@ void printEmpty(const std::vector<EmptyResult> &results) {
             pictures += result.kind == kind ? 1 : 0;
             readings += result.kind == kind ? result.readings : 0;
         }
-        std::printf("- without a pattern: %d %s: %d readings\n", pictures, nameOf(EmptyKind(kind)).c_str(), readings);
+        std::printf("- %d pictures of %s, without a pattern: %d readings\n", pictures, nameOf(EmptyKind(kind)).c_str(),
+                    readings);
     }
 }
 
 void printComparison(const Comparison &comparison) {
     std::printf(
-        "\n%d boards seen whole: the reader reads %d, %d with every corner; without marks and told their size, "
-        "%d with every corner, median rms error %.4f px\n\n",
+        "\n%d boards that are completely visible: the reader reads %d, of which %d with every corner. Without marks "
+        "and with the size given, it finds every corner of %d boards, with a median rms error of %.4f px.\n\n",
         comparison.boards, comparison.readByReader, comparison.completeByReader, comparison.plainFound,
         comparison.plainMedianError);
     std::printf(
-        "| stock detector | finds | of these the reader misses | reads with fewer corners | its rms error, px, median "
-        "| reader's on the same boards | reader more exact on |\n|---|---|---|---|---|---|---|\n");
+        "| stock detector | boards found | of these missed by the reader | read by the reader without some corners "
+        "| rms error over all corners, median over the boards, px | the same for the reader "
+        "| boards on which the reader is at least as exact |\n|---|---|---|---|---|---|---|\n");
     for (const DetectorTotals &totals : comparison.detectors) {
         std::printf("| %s | %d | %d | %d | %.4f, %.4f | %.4f, %.4f | %d/%d |\n", totals.name.c_str(), totals.found,
                     totals.foundButMissed, totals.foundMoreCorners, totals.ownError, totals.ownMedian,
                     totals.readerError, totals.readerMedian, totals.readerBetter, totals.both);
     }
-    std::printf("\ntime, median: findChessboardCornersSB %.2f ms, reader %.2f ms, ratio %.1f\n",
+    std::printf("\nmedian processor time: findChessboardCornersSB %.2f ms, reader %.2f ms, ratio %.1f\n",
                 comparison.medianSectorBasedMs, comparison.medianReaderMs, comparison.medianTimeRatio);
 }
 

@@ -20,7 +20,7 @@ Goal noneGoal(const std::string &what, long count, long of) {
 Goal rangeGoal(const std::string &what, double value, int patterns, double least, double greatest) {
     constexpr int enough = 100;
     const bool judged = value > 0 && patterns >= enough;
-    return {what, value > 0 ? cv::format("%.2f%s", value, judged ? "" : " of too few") : "not known",
+    return {what, value > 0 ? cv::format("%.2f%s", value, judged ? "" : ", from too few patterns") : "not known",
             !judged || (value >= least && value <= greatest)};
 }
 
@@ -28,7 +28,7 @@ Goal rangeGoal(const std::string &what, double value, int patterns, double least
 Goal plateGoal(const std::vector<PictureResult> &results) {
     constexpr double greatestTilt = 70;
     constexpr int enough = 10;
-    Goal goal{"plates: median rms at most 1.5 times that of boards, tilt to 70°", "not known", true};
+    Goal goal{"plates tilted by at most 70°: median rms error, at most 1.5 times that of boards", "not known", true};
     double worst = 0;
     for (const char *id : {"noise", "dim", "small", "steep", "very-steep", "gradient"}) {
         const auto row = [&](bool plates) {
@@ -63,40 +63,49 @@ std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const 
     const Row largerBoards = rowsOf(false, exactFrom);
     const Row largerPlates = rowsOf(true, exactFrom);
     std::vector<Goal> goals = {
-        shareGoal("boards asked for are read: 99.5 %", boards.askedAndRead, boards.asked, 0.995),
-        shareGoal("plates asked for are read: 99.5 %", plates.askedAndRead, plates.asked, 0.995),
-        shareGoal("blocks of patterns seen whole are read: 99 %", all.blocksRead, all.blocks, 0.99),
-        noneGoal("false places", all.falsePlaces, all.patterns),
-        noneGoal("false values", all.falseValues, all.patterns),
-        noneGoal("wrong polarities", all.wrongPolarity, all.patterns),
-        noneGoal("corners off by more than a quarter of a square", all.falseCorners, all.foundPoints),
-        noneGoal("patterns reported more than once", all.readAgain, all.patterns),
-        rangeGoal("boards: error by the least that noise allows, at most 1.3", largerBoards.ratioToLeast,
-                  largerBoards.read, 0, 1.3),
-        rangeGoal("plates: error by the least that noise allows, at most 1.3", largerPlates.ratioToLeast,
-                  largerPlates.read, 0, 1.3),
-        rangeGoal("boards: variance of error by standard deviation, 0.8 to 1.25", largerBoards.sigmaVariance,
-                  largerBoards.read, 0.8, 1.25),
-        rangeGoal("plates: variance of error by standard deviation, 0.8 to 1.25", largerPlates.sigmaVariance,
-                  largerPlates.read, 0.8, 1.25),
+        shareGoal("boards that must be read because enough of them is visible: 99.5 % are read", boards.askedAndRead,
+                  boards.asked, 0.995),
+        shareGoal("plates that must be read because enough of them is visible: 99.5 % are read", plates.askedAndRead,
+                  plates.asked, 0.995),
+        shareGoal("information blocks of required patterns that are completely visible: 99 % are read", all.blocksRead,
+                  all.blocks, 0.99),
+        noneGoal("readings that match no pattern in the picture: none", all.falsePlaces, all.patterns),
+        noneGoal("information blocks read with wrong values: none", all.falseValues, all.patterns),
+        noneGoal("patterns read with the wrong polarity: none", all.wrongPolarity, all.patterns),
+        noneGoal("corners more than a quarter of a square away from the truth: none", all.falseCorners,
+                 all.foundPoints),
+        noneGoal("patterns reported more than once: none", all.readAgain, all.patterns),
+        rangeGoal("boards of at least 8 px per square: error divided by the smallest error that the noise allows, at "
+                  "most 1.3",
+                  largerBoards.ratioToLeast, largerBoards.read, 0, 1.3),
+        rangeGoal("plates of at least 8 px per square: error divided by the smallest error that the noise allows, at "
+                  "most 1.3",
+                  largerPlates.ratioToLeast, largerPlates.read, 0, 1.3),
+        rangeGoal("boards of at least 8 px per square: variance of (error / standard deviation that the reader "
+                  "states), 0.8 to 1.25",
+                  largerBoards.sigmaVariance, largerBoards.read, 0.8, 1.25),
+        rangeGoal("plates of at least 8 px per square: variance of (error / standard deviation that the reader "
+                  "states), 0.8 to 1.25",
+                  largerPlates.sigmaVariance, largerPlates.read, 0.8, 1.25),
     };
     goals.push_back(plateGoal(results));
     long readings = 0;
     for (const EmptyResult &one : empty) {
         readings += one.readings;
     }
-    goals.push_back(noneGoal("read in pictures without a pattern", readings, long(empty.size())));
+    goals.push_back(noneGoal("patterns reported in pictures without a pattern: none", readings, long(empty.size())));
     return goals;
 }
 
 std::vector<Goal> comparisonGoals(const Comparison &comparison) {
     std::vector<Goal> goals;
     for (const DetectorTotals &totals : comparison.detectors) {
-        goals.push_back(noneGoal("missed boards that " + totals.name + " finds", totals.foundButMissed, totals.found));
-        goals.push_back(
-            shareGoal("more exact than " + totals.name + ": 99.5 %", totals.readerBetter, totals.both, 0.995));
+        goals.push_back(noneGoal("boards found by " + totals.name + " but missed by the reader: none",
+                                 totals.foundButMissed, totals.found));
+        goals.push_back(shareGoal("boards on which the reader is at least as exact as " + totals.name + ": 99.5 %",
+                                  totals.readerBetter, totals.both, 0.995));
     }
-    goals.push_back({"times as fast as findChessboardCornersSB, at least 10",
+    goals.push_back({"processor time of findChessboardCornersSB divided by the reader's, at least 10",
                      cv::format("%.1f", comparison.medianTimeRatio), comparison.medianTimeRatio >= 10});
     return goals;
 }
