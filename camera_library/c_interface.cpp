@@ -1,4 +1,4 @@
-// The functions of lmlib64.h. Arguments and results are converted between C and C++ only here. guard() lets no
+// Defines the functions of lmlib64.h. Only this file converts arguments and results between C and C++. guard() lets no
 // exception through.
 #include <cmath>
 #include <cstring>

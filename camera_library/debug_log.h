@@ -16,8 +16,8 @@ public:
     // The greatest number of bytes that are kept, including line feeds.
     static constexpr std::size_t capacity = 65536;
 
-    // Adds the message and a line feed. Returns LmLibResultDebugMessageOverflow if both together are longer than the
-    // capacity.
+    // Adds the message and a line feed. Returns LmLibResultDebugMessageOverflow if the message and the line feed
+    // together have more than `capacity` bytes.
     LmLibResult write(std::string_view message);
 
     // Sets the text to all lines, oldest first. Returns LmLibResultNoDebugData if there are none.

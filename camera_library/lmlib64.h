@@ -184,8 +184,8 @@ LMLIB64_API const char *lmLibMakeUniqueItem(int32_t *result, const char *parentP
 LMLIB64_API void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t waitForChange);
 
 // The format of a binary node: width and height in elements, channels per element (interleaved; rows from the top,
-// without padding), bytes per channel value, whether these are floating point, and the time when it was made, in
-// seconds since 1970. Every pointer may be null.
+// without padding), bytes per channel value, whether the values are floating point, and the time when the data was
+// made, in seconds since 1970. Every pointer may be null.
 LMLIB64_API void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height,
                                     int32_t *channelCount, int32_t *bytesPerElement, int32_t *isFloat,
                                     double *timestamp);

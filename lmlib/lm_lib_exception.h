@@ -27,6 +27,7 @@ public:
     std::int32_t errorCode;
     // The code's name; empty if the value is not a result code.
     std::string errorName;
-    // Keeps the failed command's slot in the tree as long as a copy of the exception exists; null if there is none.
+    // Keeps the failed command's slot in the tree as long as a copy of the exception exists; null if the exception has
+    // no such slot.
     std::shared_ptr<TemporarySlot> commandSlot;
 };

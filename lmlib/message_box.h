@@ -7,7 +7,7 @@
 #include <string>
 
 // Shows a modal box without a parent until it is closed. Returns the value of the standard button that closed it. The
-// texts are in the local 8-bit encoding. Without standardButtons the box has an Ok button, which Escape also presses.
-// The button " Copy to Clipboard " copies the text, a line feed and the details, and shows the box again.
+// texts are in the local 8-bit encoding. If `standardButtons` is empty, the box has an Ok button, which Escape also
+// presses. The button " Copy to Clipboard " copies the text, a line feed and the details, and shows the box again.
 int showMessageBox(const std::string &text, QMessageBox::Icon icon, const std::string &detailText,
                    const QList<QMessageBox::StandardButton> &standardButtons = {});

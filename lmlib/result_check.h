@@ -1,4 +1,4 @@
-// The check that follows every call into the camera library.
+// Checks the result of a call into the camera library.
 #pragma once
 
 #include <cstdint>

@@ -2,8 +2,8 @@
 // value: creating or copying one, or forming a child's path, never calls the library, and the node need not exist.
 //
 // Every other operation makes exactly one call into the library and checks its result, unless stated otherwise below.
-// Any code except 0 makes it throw LmLibException with the item's path. Texts are passed unchanged, in the library's
-// narrow encoding; texts that the library returns are copied at once.
+// If the result code is not 0, the operation throws LmLibException with the item's path. Texts are passed unchanged, in
+// the library's narrow encoding; texts that the library returns are copied at once.
 //
 //   TreeItem parameters = command.parameters();
 //   parameters["ImageSize"] = 2000;                  // writes the node
@@ -47,7 +47,7 @@ public:
     std::int32_t asInt() const;
     double asDouble() const;
     bool asBool() const;
-    // The node and everything below it as JSON text; numberPrecision is the number of significant digits.
+    // The node and everything below it as JSON text; `numberPrecision` is the number of significant digits.
     std::string asJson(bool prettyPrint, std::int32_t numberPrecision, bool allowScientificFormat) const;
 
     // The number of children.
@@ -65,7 +65,7 @@ public:
     bool isObject() const;
 
     void erase() const;
-    // Makes a child of this node with a new name that begins with baseName.
+    // Makes a child of this node with a new name that begins with `baseName`.
     TreeItem makeUniqueItem(const std::string &baseName) const;
 
 private:

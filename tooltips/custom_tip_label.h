@@ -38,8 +38,8 @@ public:
     // Moves the window next to the global position so that all of it is on the screen.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
-    // Closes the label after the interval. If the label is already going to close, that stays so, unless `force` is
-    // true and the new interval ends earlier.
+    // Closes the label after the interval. If a close is already pending, the call does nothing, unless `force` is true
+    // and the new interval ends earlier.
     void restartHideTimer(int interval, bool force);
 
     // True if the label shows this text for this widget, and if it either has no rectangle or its rectangle contains

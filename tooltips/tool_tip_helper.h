@@ -20,7 +20,7 @@ struct ToolTipEntry {
     // The entry does not own the object.
     QObject *object = nullptr;
     QString text;
-    // True if the mouse is in the object and its tip has not been shown yet.
+    // True if the mouse is in the object and the object's tip has not been shown yet.
     bool pending = false;
 };
 

@@ -88,7 +88,8 @@ void CommandExecutor::execute(Run &run) const {
     }
 }
 
-// Ends the thread after its current run, and drops all queued runs. No new thread starts until stopping is false again.
+// Ends the thread after its current run, and drops all queued runs. No new thread starts until `stopping` is false
+// again.
 void CommandExecutor::stopThread(std::unique_lock<std::mutex> &lock) {
     stopping = true;
     changed.notify_all();

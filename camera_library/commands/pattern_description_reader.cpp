@@ -59,7 +59,7 @@ bool equalsCatalogue(double value, double ofBoard) {
     return value - ofBoard < tolerance && ofBoard - value < tolerance;
 }
 
-// Returns the board's own value. The parameter may be given, but must then have this value.
+// Returns the board's own value. Throws CommandFailure if the parameter is given and has another value.
 double readBoardValue(const ParameterReader &reader, PatternParameter parameter, NumberRange range, double ofBoard,
                       const CatalogueBoard &board) {
     const std::string_view name = nameOf(parameter);
@@ -119,7 +119,8 @@ PatternDescription readPatternDescription(const ParameterReader &reader, bool en
     for (const PatternParameter parameter : type.parameters) {
         readParameter(reader, parameter, board, description);
     }
-    // The code of a plane always holds the offset. The code of a plate holds it only if it is given.
+    // The code of a pattern cut out of the plane always holds an offset, so an absent one becomes 0, 0. The code of a
+    // plate holds an offset only if it is given.
     if (type.codeCarrier == CodeCarrier::Plane && !description.offset) {
         description.offset = {0.0, 0.0};
     }

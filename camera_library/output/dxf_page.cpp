@@ -22,7 +22,7 @@ constexpr const char *captionLayer = "CAPTIONS";
 
 struct Layer {
     const char *name;
-    int colour;  // of AutoCAD's table
+    int colour;  // index in AutoCAD's table of colours
 };
 
 constexpr std::array layers{Layer{darkLayer, 7}, Layer{outlineLayer, 1}, Layer{barLayer, 3}, Layer{cutLayer, 6},
@@ -39,7 +39,7 @@ std::string asciiText(std::string_view utf8) {
     return text;
 }
 
-// Writes the groups of a drawing. A group is a code, with a value on the next line.
+// Writes the groups of a drawing. A group is a code on one line and a value on the next.
 class Drawing {
 public:
     explicit Drawing(double pageHeightMm) : pageHeight(pageHeightMm) {}

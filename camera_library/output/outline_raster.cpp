@@ -7,8 +7,9 @@
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in parts of a unit. The number of parts is chosen so that the area of a pixel is 2^31. In 32-bit
-// arithmetic, a pixel that is enclosed twice therefore has the area 0, as the even-odd rule requires.
+// Heights are counted in parts; a unit (a fraction of a pixel, pixel_units.h) has partsPerUnit of them. The number is
+// chosen so that the area of a pixel is 2^31. In 32-bit arithmetic, a pixel that is enclosed twice therefore has the
+// area 0, as the even-odd rule requires.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
 constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
@@ -23,8 +24,9 @@ std::uint8_t greyOf(std::uint32_t area) {
 struct Edge {
     PixelPoint top;
     PixelPoint bottom;
-    std::int64_t asidePerUnitDown = 0;   // in units / slopeGrain; positive to the right
-    std::int64_t partsPerUnitAside = 0;  // in parts / slopeGrain, never negative; unused for an upright edge
+    std::int64_t asidePerUnitDown = 0;  // units to the right per unit down, times slopeGrain
+    // Parts of height per unit to the side, times slopeGrain; never negative. It is not used for an upright edge.
+    std::int64_t partsPerUnitAside = 0;
 };
 constexpr std::int64_t slopeGrain = std::int64_t{1} << 24U;
 

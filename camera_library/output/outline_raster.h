@@ -26,7 +26,7 @@ struct PixelPoint {
 // its first. All outlines share two lists, because a large board has tens of thousands of outlines.
 struct PixelOutlines {
     std::vector<PixelPoint> points;
-    std::vector<std::size_t> ends;  // of each outline, in points
+    std::vector<std::size_t> ends;  // for each outline, the index in `points` after its last point
 
     // Ends the outline that consists of the points added since the last call.
     void close() { ends.push_back(points.size()); }

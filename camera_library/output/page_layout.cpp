@@ -18,7 +18,7 @@ constexpr double sideStrip = gap + CheckBar::depth;
 constexpr double labelGap = 1.5;  // between a bar and its label
 constexpr double longestBar = 100.0;
 constexpr double barStep = 10.0;
-constexpr double smallestMeasuredSide = 210.0;  // of a custom page's area, because bars and caption need room
+constexpr double smallestMeasuredSide = 210.0;  // least side of a custom page's area, so that bars and caption fit
 constexpr double tolerance = 1e-9;              // a pattern that fits exactly is accepted
 
 constexpr std::array standardPages{

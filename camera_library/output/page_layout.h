@@ -30,7 +30,7 @@ struct PageSize {
 
 struct PageLayout {
     PageSize paper;
-    PageSize area;  // the part that is laid out, in its size on the finished print; the places below are within it
+    PageSize area;  // the part of the paper that is laid out, as large as on the finished print
     Point block;    // top-left corner of the pattern with its quiet zone, or of the part of both that is on the page
     Point pattern;  // top-left corner of the outer size; the pattern is centred on the page
     CheckBar barAlongX;

@@ -21,7 +21,7 @@ struct DrawnPattern {
 
 // The paper of all pages.
 struct Paper {
-    std::string name;  // the parameter's value; empty if that is a size
+    std::string name;  // the value of "Paper"; empty if that value is a size
     PageSize size;     // a named paper is in portrait here and may be turned
 };
 

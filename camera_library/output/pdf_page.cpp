@@ -53,7 +53,7 @@ public:
     }
 
     void addOperators(const char *operators) { text.append(operators).append("\n"); }
-    // Makes all further operators use coordinates with this placement.
+    // Applies the placement to the coordinates of all further operators.
     void place(const Placement &placement) {
         text += numberText(placement.scale.x) + " 0 0 " + numberText(placement.scale.y) + " ";
         addNumbers({lengthGrains(placement.origin.x), lengthGrains(placement.origin.y)});

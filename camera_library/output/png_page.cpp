@@ -36,8 +36,8 @@ PixelSize pixelSizeOf(const PrintedPage &page, int resolution) {
     return {static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};
 }
 
-// The scale of the page's layout. It is shifted by less than a pixel, so that the pattern's corner is on a pixel's
-// corner.
+// Returns the scale that maps millimetres of the page's layout to pixels. The origin is shifted by less than a pixel,
+// so that the pattern's corner is on a pixel's corner.
 PixelScale scaleOf(const PrintedPage &page, double pixelsPerMm) {
     const Point corner = page.patternPlacement().origin;
     const auto onPixel = [pixelsPerMm](double mm) { return std::round(mm * pixelsPerMm); };
@@ -200,7 +200,7 @@ public:
 private:
     std::string &png;
     Deflater deflater{Repetitions::OfOneByte};
-    std::vector<std::uint8_t> above;  // above the first row all is black, by the rules of the format
+    std::vector<std::uint8_t> above;  // the previous row; the format prescribes zeros before the first row
     std::string same;
     std::string difference;
 };

@@ -43,7 +43,7 @@ struct PrintedPage {
     // The part of the pattern that is on the page, in coordinates of its geometry. If empty, the whole pattern is on
     // the page.
     std::optional<Rectangle> window;
-    std::vector<Rectangle> lines;  // they show where to cut, and do not overlap
+    std::vector<Rectangle> lines;  // cut marks, or the lines of the plan of sheets; they do not overlap
     std::vector<CheckBar> bars;
     std::vector<PageText> texts;  // all but the labels of the bars
 

@@ -75,7 +75,7 @@ void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_
     settle();
 }
 
-// Rows that look the same, and the crossings that they were made from.
+// A band of rows that look the same, with the crossings from which the rows are drawn.
 struct Band {
     std::vector<std::int32_t> crossings;
     std::vector<std::uint8_t> greys;
@@ -88,7 +88,7 @@ public:
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // Gives these greys to all rows between the end of the last call and y, in 1/256 pixel.
+    // Gives these greys to all rows between the end of the last call and `y`, which is in 1/256 pixel.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;
@@ -185,8 +185,8 @@ std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangle
 
     Sweep sweep(rectangles, width);
     RowWriter writer(width, height);
-    // The bands above and below the marks in a row of squares look the same, so a band often equals the one before the
-    // last.
+    // The bands above and below the marks in a row of squares look the same, so a band often equals the band before the
+    // previous one.
     Band band{{}, std::vector<std::uint8_t>(static_cast<std::size_t>(width), 255)};
     Band previous = band;
     for (std::size_t edge = 0; edge + 1 < edges.size(); ++edge) {

@@ -30,7 +30,7 @@ struct CodeCells {
 
     int tile = 0;                                       // Tile: its number
     pattern_code::Square planeSquare;                   // Plane: the plane's square at the pattern's top left
-    std::array<int, 2> offset{};                        // Plane: half grid spacings from the plane's origin
+    std::array<int, 2> offset{};                        // Plane: the pattern's offset in half grid spacings
     std::optional<pattern_code::BlockContent> content;  // Tile and Plate; empty for a Plane
     std::uint64_t block = 0;                            // the content's bits
 };

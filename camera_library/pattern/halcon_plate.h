@@ -15,8 +15,8 @@ namespace lmlib64 {
 // The number of round marks along each side.
 constexpr int halconMarksPerSide = 7;
 
-// Frame, marks, triangle and dots are dark; with polarity false, dark and light are exchanged within the outer
-// size. Without a code there are no dots.
+// Frame, marks, triangle and dots are dark; if `polarity` is false, dark and light are exchanged within the outer size.
+// Without a code there are no dots.
 PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *code = nullptr);
 
 }  // namespace lmlib64

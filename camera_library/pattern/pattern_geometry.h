@@ -2,7 +2,7 @@
 // depend on pages, pixels or files.
 //
 // Coordinates: the origin is the top-left corner of the outer size, x runs to the right and y down, as seen on the
-// printed side. Everything is within the outer size; the quiet zone around it is light.
+// printed side. All shapes lie within the outer size; the quiet zone around it is light.
 //
 // A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole, and a mark is
 // simply one more shape, on dark and on light squares. An output makes one path of all shapes and fills it by the

@@ -13,7 +13,7 @@ struct Shape {
     Point ownPoint;  // within the shape or on its outline
     const Circle *circle = nullptr;
     const Polygon *polygon = nullptr;
-    std::size_t place = 0;  // in the result
+    std::size_t place = 0;  // index in the result
 };
 
 bool isWithin(const Rectangle &inner, const Rectangle &outer) {
@@ -92,7 +92,7 @@ std::vector<bool> holesOf(const PatternGeometry &geometry) {
     std::vector<Shape> shapes = shapesOf(geometry);
     std::sort(shapes.begin(), shapes.end(), comesBefore);
     std::vector<bool> isHole(shapes.size());
-    std::vector<const Shape *> candidates;  // the earlier shapes that reach down to this one
+    std::vector<const Shape *> candidates;  // the earlier shapes that reach down to the current one's top
     for (const Shape &shape : shapes) {
         const auto endsAbove = [&](const Shape *other) { return other->extent.bottom < shape.extent.top; };
         candidates.erase(std::remove_if(candidates.begin(), candidates.end(), endsAbove), candidates.end());

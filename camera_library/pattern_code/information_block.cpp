@@ -16,8 +16,8 @@ constexpr std::uint32_t offsetConstant = 0xA5C;
 constexpr std::uint32_t assemblyConstant = 0x0B5;
 
 // The greatest number of unknown bits with which each step of repair is tried. A step that accepts n patterns of wrong
-// bits mistakes random bits for a block with a probability of at most n / 2^(32 - unknown). The checks of version, kind
-// and ranges divide this probability by more than 32.
+// bits mistakes random bits for a block with a probability of at most n / 2^(32 - u) if u bits are unknown. The checks
+// of version, kind and ranges divide this probability by more than 32.
 constexpr int unknownBitsWithWrongByte = 4;
 constexpr int unknownBitsWithWrongBit = 10;
 constexpr int unknownBitsAlone = 16;

@@ -34,7 +34,7 @@ struct Run {
 
 class Tree {
 public:
-    // Makes a tree with this node "Path". The numbers of unique items go up to greatestNumber.
+    // Makes a tree with this node "Path". The numbers of unique items go up to `greatestNumber`.
     explicit Tree(NodeObject path, std::uint64_t greatestNumber = std::numeric_limits<std::uint64_t>::max());
 
     // Calls the reader with the node, under the lock, and returns the reader's result.
@@ -52,8 +52,8 @@ public:
     // Removes the node and everything below it.
     LmLibResult erase(std::string_view path);
 
-    // Makes an empty object below the parent and sets path to its path. The object's name is the base name, an
-    // underscore if the base name ends in a digit, and a number that no other unique item has. Returns
+    // Makes an empty object below the parent and sets `path` to the object's path. The object's name is the base name,
+    // an underscore if the base name ends in a digit, and a number that no other unique item has. Returns
     // LmLibResultItemPathInvalid if the base name is not allowed in a path, and
     // LmLibResultItemMaximumUniqueCountReached if no number is left.
     LmLibResult makeUniqueItem(std::string_view parentPath, std::string_view baseName, std::string &path);
