@@ -66,7 +66,8 @@ public:
     }
 
 private:
-    // True if the previous result chose between the same models by similarly many photographs.
+    // True if the models of the previous result are kept: the options were the same, and if they left a choice, it was
+    // made from a similar number of photographs.
     bool keepsModels() const {
         if (!options.previous) {
             return false;
@@ -87,7 +88,7 @@ private:
         search();
     }
 
-    // Solves, and leaves out what does not fit.
+    // Solves, and leaves out the sightings that do not fit.
     void search() {
         enter(Stage::Solving, 0);
         solve();
@@ -307,10 +308,10 @@ private:
     Observations good;  // the given observations, in which the sightings that were left out are marked as not used
     const CalibrateOptions &options;
     Calibration result;
-    int photographs = 0;     // that show something
-    bool hasModels = false;  // those of the previous result
+    int photographs = 0;     // the number of those that show a pattern
+    bool hasModels = false;  // true if the models of the previous result are kept
     std::vector<LeftOut> knownLeftOut;
-    // Of each camera:
+    // One entry for each camera:
     std::vector<std::vector<LensStart>> starts;
     std::vector<LensStart> chosen;
     std::vector<std::vector<ModelTrial>> trials;

@@ -37,10 +37,10 @@ struct CalibrateOptions {
     // If true, prints may bend; a print gets a bend if that predicts held-out photographs better.
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
-    // A result for similar observations with the same cameras and prints, to start from, which is much faster. Its
-    // models are kept, unless the choice was another one (`lens` and `mayBend`) or between far fewer or far more
-    // photographs. With the same models, the result differs from one without a start by a small share of its standard
-    // deviations.
+    // An earlier result for similar observations with the same cameras and prints. Starting from it is much faster. Its
+    // lens models and bends are kept, unless `lens` or `mayBend` was different then, or the models were chosen from far
+    // fewer or far more photographs. With the same models, the result differs from that of a calibration without an
+    // earlier result only by a small share of its standard deviations.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0
     // to 1.
@@ -95,7 +95,7 @@ struct PrintTrust {
     bool isMeasured = false;
 };
 
-// What the models were chosen from: those of CalibrateOptions, and the number of photographs.
+// How the models were chosen: the options `lens` and `mayBend`, and the number of photographs that show a pattern.
 struct ModelOrigin {
     std::optional<LensModel> lens;
     bool mayBend = true;
@@ -121,8 +121,9 @@ struct NextPhotograph {
 };
 
 struct Calibration {
-    // The given observations with three changes: isUsed shows what was used, each camera has the chosen lens model, and
-    // the corners' standard deviations are multiplied by one factor per camera, so that they agree with the residuals.
+    // The given observations with three changes: `isUsed` tells which sightings and corners were used, each camera has
+    // the chosen lens model, and the corners' standard deviations are multiplied by one factor per camera, so that they
+    // agree with the residuals.
     Observations observations;
     Estimate estimate;
     Freedom freedom;

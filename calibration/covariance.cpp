@@ -60,8 +60,8 @@ public:
     bool isEmpty() const { return taken.empty() || byPose.rows() <= 6; }
 
     // Adds the information about the shared parameters that does not depend on the moment's pose. To this end, the rows
-    // are projected. Subtracting normal equations (the Schur complement) would be less exact, because they nearly
-    // cancel for focal lengths.
+    // are projected onto the space that is orthogonal to the derivatives by the pose. Subtracting normal equations (the
+    // Schur complement) would be less exact, because they nearly cancel for focal lengths.
     void addTo(Eigen::MatrixXd &information) {
         const Eigen::HouseholderQR<Eigen::MatrixXd> pose(byPose);
         shared.applyOnTheLeft(pose.householderQ().adjoint());
@@ -220,7 +220,7 @@ private:
 
     // Distortion coefficients can replace each other almost exactly, in particular those of a rational function.
     // Rounding errors along such a direction would reach every other parameter. So no direction is taken to be more
-    // than 100,000 times less certain than each coefficient alone. The projection of points does not depend on it.
+    // than 100,000 times less certain than each coefficient alone. Projected points hardly depend on such a direction.
     void limitCoefficients() {
         constexpr double leastShare = 1e-10;
         for (const Covariance::CameraRanges &camera : result.cameras) {

@@ -15,7 +15,8 @@ constexpr size_t leastMoments = 6;
 // The limit of a squared residual, in units of the corners' variance. A larger square means that the corner is wrong,
 // not the model.
 constexpr double greatestSquare = 25;
-// A sighting is bad if its mean square is larger than this in every model. It says nothing about the models.
+// A sighting is bad if its mean square is larger than this in every model. Such a sighting says nothing about the
+// models.
 constexpr double badSighting = 6;
 constexpr double robustScale = 6;
 // A difference between means counts as clear if it is larger than this many standard errors.
@@ -48,8 +49,8 @@ Observations onlyPart(const Observations &observations, const std::vector<int> &
     return some;
 }
 
-// Returns the estimate from all parts but one, and in it the poses of that part's moments from their own sightings.
-// Empty if a solve fails.
+// Returns the estimate from all parts except `part`. In it, the poses of that part's moments are estimated from their
+// own sightings. Empty if a solve fails.
 std::optional<Estimate> trainedWithout(const Observations &observations, const std::vector<int> &partOf, int part,
                                        const Freedom &freedom, const Estimate &estimate) {
     SolveOptions training;

@@ -1,5 +1,6 @@
-// Lets work deep inside a calibration end early, without handing the question through every function. Each thread has
-// its own; a thread that works for another one takes over its question.
+// Lets work deep inside a calibration end early if it is cancelled. The function that tells whether it is cancelled
+// need not be passed through every call, because each thread stores such a function. A thread that works for another
+// thread takes over the other thread's function.
 #pragma once
 
 #include <functional>
@@ -8,13 +9,13 @@ namespace calibration {
 
 class Interruption {
 public:
-    // Until this object is destroyed, its thread asks this function, which may be empty.
+    // Until this object is destroyed, its thread calls this function to find out whether to end. It may be empty.
     explicit Interruption(std::function<bool()> isCancelled);
     ~Interruption();
     Interruption(const Interruption &) = delete;
     Interruption &operator=(const Interruption &) = delete;
 
-    // The question of this thread; empty if it has none.
+    // The function that this thread calls; empty if there is none.
     static const std::function<bool()> &current();
     // True if this thread's work is to end.
     static bool isWanted();

@@ -16,8 +16,8 @@ namespace calibration {
 
 namespace {
 
-// Ceres starts with 1e4. Parameters of a lens depend on each other, and along such a direction that slows down the
-// first steps, which then are too short by half.
+// The first radius of the trust region if the estimate is near the solution. With Ceres's default of 1e4, the first
+// steps would be too short by half along directions in which parameters of a lens depend on each other.
 constexpr double nearRadius = 1e8;
 
 class SightingCost : public ceres::CostFunction {

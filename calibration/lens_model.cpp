@@ -14,7 +14,7 @@ constexpr int greatestCoefficients = greatestParameters - pinholeParameters;
 struct Distorted {
     Eigen::Vector2d place;
     Eigen::Matrix<double, 2, 3> byPoint;
-    // Of x and of y by as many coefficients as the model has.
+    // The derivatives of x and of y by the coefficients that the model has.
     std::array<double, greatestCoefficients> xByCoefficients, yByCoefficients;
 };
 
@@ -134,7 +134,7 @@ bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &re
     return true;
 }
 
-// The derivatives are computed only if they are wanted; for a fisheye always.
+// Distorts a point. The derivatives are computed only if `differentiates` is true or the lens is a fisheye.
 bool distort(LensModel lens, const double *coefficients, const Eigen::Vector3d &point, bool differentiates,
              Distorted &result) {
     if (lens == LensModel::Fisheye) {

@@ -72,7 +72,7 @@ private:
     }
 
     // Returns the start value of a sighting's pose. From far away, two poses look alike. The pose of the joint estimate
-    // shows which of them is the right one, unless it fits much worse.
+    // decides between them, unless it fits much worse.
     std::optional<RigidMotion> startOf(const Observations &all, const Sighting &sighting, const Sighting &alone,
                                        const Estimate &joint) const {
         const int camera = all.photographs[size_t(sighting.photograph)].camera;

@@ -23,7 +23,7 @@ constexpr size_t leastCorners = 6;
 // The pose that fits a sighting best, and how well it fits.
 struct Alone {
     RigidMotion cameraFromPrint;
-    double scale = 0;  // the size of most of its residuals, in standard deviations
+    double scale = 0;  // the size of most residuals, in standard deviations
 };
 
 std::optional<Alone> fitAlone(const Observations &observations, Sighting sighting, const Eigen::VectorXd &lens,

@@ -41,8 +41,8 @@ void thinOut(Sighting &sighting) {
     sighting.corners = std::move(kept);
 }
 
-// Returns the sightings of one camera, or of all cameras if it is -1, at a limited number of moments. Each sighting
-// keeps only some of its corners.
+// Returns the sightings of one camera, or of all cameras if `camera` is -1, at a limited number of moments. Each
+// sighting keeps only some of its corners.
 Observations enough(const Observations &all, int camera) {
     const auto isMeant = [&](const Sighting &sighting) {
         return sighting.isUsed && (camera < 0 || all.photographs[size_t(sighting.photograph)].camera == camera);

@@ -9,13 +9,14 @@ namespace calibration {
 
 // Solves robustly, drops corners whose residuals exceed four standard deviations, leaves out sightings that do not fit,
 // and repeats this until nothing changes, at most six times. Corners and sightings that fit later are used again.
-// Changes isUsed in the observations, but never uses what `given` does not use. Also multiplies the corners' standard
-// deviations by one factor for each camera, so that they agree with the residuals. Returns false if a solve fails.
+// Changes `isUsed` in the observations, but never uses a sighting or corner that `given` does not use. Also multiplies
+// the corners' standard deviations by one factor for each camera, so that they agree with the residuals. Returns false
+// if a solve fails.
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate);
 
-// One of the decisions above: scales the standard deviations and decides for each sighting and corner whether it is
-// used. True if a decision changed.
+// Makes the decisions of one such round: scales the standard deviations and decides for each sighting and corner
+// whether it is used. Returns true if a decision changed.
 bool decideOutliers(const Observations &given, Observations &observations, const Estimate &estimate);
 
 // Solves so that bad corners have little effect, without deciding which corners are bad. Scales the corners' standard

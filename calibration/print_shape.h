@@ -31,13 +31,13 @@ struct PrintedPoint {
 };
 PrintedPoint printedPoint(const double *numbers, double reach, const Eigen::Vector2d &drawn);
 
-// The same for many points of one print, faster.
+// Computes the same for many points of one print, but faster.
 class PreparedShape {
 public:
     struct Point {
         Eigen::Vector3d place;
         double plainX, byShear;        // mm: x without shear, and how much x grows per unit of shear
-        std::array<double, 7> powers;  // of x and y, which the bends weight
+        std::array<double, 7> powers;  // products of powers of x and y, which the numbers of the bend multiply
     };
 
     PreparedShape(const double *numbers, double reach);

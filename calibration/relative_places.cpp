@@ -108,8 +108,8 @@ private:
 }  // namespace
 
 void agreeOnScale(std::vector<RelativePose> &poses) {
-    // For each change from one pose to the next, the scale that it suggests and the weight of this suggestion. The
-    // first entry is the prior. The weighted median ignores the changes at which the print moved.
+    // Each entry has the scale that the change from one pose to the next suggests, and the weight of this suggestion.
+    // The first entry is the prior. The weighted median ignores the changes at which the print moved.
     std::vector<std::pair<double, double>> opinions{{0, 1 / printPrior}};
     double sum = opinions.front().second;
     for (size_t i = 1; i < poses.size(); i++) {

@@ -10,8 +10,8 @@ namespace calibration {
 using Vector6 = Eigen::Matrix<double, 6, 1>;
 using Matrix6 = Eigen::Matrix<double, 6, 6>;
 
-// The difference of a relative pose in one photograph from a common reference: a rotation vector in radians, then a
-// translation in millimetres.
+// The pose of one print relative to another in one photograph, as the difference from a common reference: a rotation
+// vector in radians, then a translation in millimetres.
 struct RelativePose {
     Vector6 offset;
     Matrix6 information;  // the inverse of the offset's covariance

@@ -10,7 +10,7 @@ namespace {
 
 using Matrix23 = Eigen::Matrix<double, 2, 3>;
 
-// Without temporaries and calls, unlike Eigen's product of small matrices.
+// Multiplies without temporaries and function calls, unlike Eigen's own product of small matrices.
 Eigen::Vector3d times(const Eigen::Matrix3d &m, const Eigen::Vector3d &v) {
     return m.lazyProduct(v);
 }
@@ -25,8 +25,8 @@ struct PreparedMotion {
           jacobian(leftJacobian(Eigen::Map<const Eigen::Vector3d>(six))),
           translation(Eigen::Map<const Eigen::Vector3d>(six + 3)) {}
 
-    // The derivative of map * (the moved point) by the six numbers of the motion, two rows of six; none if `rows` is
-    // null.
+    // Writes the derivative of map * (the moved point) by the six numbers of the motion to `rows`, as two rows of six.
+    // Does nothing if `rows` is null.
     void differentiate(const Matrix23 &map, const Eigen::Vector3d &rotated, double *rows) const {
         for (std::ptrdiff_t row = 0; rows != nullptr && row < 2; row++) {
             const double x = map(row, 0);
@@ -147,7 +147,8 @@ bool SightingResiduals::evaluateAll(const BlockPointers &blocks, double *residua
     const PreparedMotions motions(blocks);
     const auto &[cameraFromRig, rigFromWorld, worldFromPrint] = motions;
     const PreparedShape shape(blocks[size_t(Block::Shape)], reach);
-    // Where the two rows of a corner begin; null if the derivatives by that block are not wanted.
+    // Returns the address at which the two rows of a corner begin; null if the derivatives by that block are not
+    // wanted.
     const auto rowsOf = [&](Block block, size_t i) {
         double *all = jacobians[size_t(block)];
         return all == nullptr ? nullptr : all + 2 * i * size_t(blockSize(block));

@@ -59,8 +59,8 @@ public:
         alone.moments = int(alone.sightings.size());
     }
 
-    // Improves the lens. Returns the rms of the residuals in standard deviations. The rms of each sighting is limited
-    // in it, so that a bad sighting does not dominate.
+    // Improves the lens. Returns the rms of the residuals in standard deviations. Each sighting contributes only up to
+    // a limit, so that a bad sighting does not dominate.
     double improve(Eigen::VectorXd &intrinsics, double robustScale, int iterations) const {
         constexpr double roughly = 1e-4;
         Estimate estimate = poses(intrinsics);

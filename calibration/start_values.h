@@ -14,8 +14,8 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
 
 // Returns an estimate with the given lenses and all poses. Estimate::groups says which prints are linked. The poses
 // come from the most reliable sightings. A sighting that contradicts them has no effect here, but the joint solve still
-// uses it. known: cameraFromPrint of each sighting whose pose is known, which counts as the most reliable; may be
-// empty.
+// uses it. `known` is empty or has an entry for each sighting: its cameraFromPrint if that is known. Known poses count
+// as the most reliable.
 Estimate startPoses(const Observations &observations, std::vector<Eigen::VectorXd> intrinsics,
                     const std::vector<std::optional<RigidMotion>> &known = {});
 

@@ -16,12 +16,12 @@ namespace calibration {
 
 namespace {
 
-// A new sighting whose residuals are this many times those of good ones starts as a bad one.
+// A new sighting is left out at first if its residuals are at least this many times those of good sightings.
 constexpr double greatestScale = 3;
 constexpr double robustScale = 6;
 // At least this share of the sightings must be the same as before.
 constexpr double leastSame = 0.5;
-// For each sighting of a print that is left out, so many others must be in use.
+// For each sighting of a print that is left out, this many sightings of the same print must be in use.
 constexpr int usedForEachLeftOut = 2;
 constexpr int greatestRounds = 4;
 
@@ -57,7 +57,8 @@ private:
         return same[sighting] < 0 ? nullptr : &previous.observations.sightings[size_t(same[sighting])];
     }
 
-    // Takes over lenses, standard deviations and what is left out.
+    // Takes over the lens models, the factors of the standard deviations, and which sightings and corners are left out.
+    // Returns false if too few sightings are the same as before, or if a camera has no such sighting.
     bool takeOver() {
         std::vector<double> factors(given.cameras.size(), 0);
         size_t count = 0;
@@ -85,7 +86,7 @@ private:
     }
 
     // Finds the poses of prints, cameras and moments again, because without some photographs, others may no longer be
-    // linked. Sightings that counted have the pose that they had.
+    // linked. Sightings that took part before keep their poses.
     void place() {
         std::vector<std::optional<RigidMotion>> known(given.sightings.size());
         Observations observations = result.observations;
@@ -103,8 +104,9 @@ private:
         result.estimate.shapes = previous.estimate.shapes;
     }
 
-    // Moments without a sighting that counted before: each gets the pose that fits most of what it shows, and what does
-    // not fit there starts as bad. False if a solve fails, or if it is not clear what fits.
+    // Gives each moment without a sighting that was in use before the pose that fits most of its sightings. Sightings
+    // that do not fit there are left out at first, and so are new sightings of other moments that do not fit. Returns
+    // false if a solve fails, or if it is not clear which sightings of a moment fit.
     bool placeNewMoments() {
         std::set<int> known;
         std::map<int, std::vector<size_t>> unknown;
@@ -154,7 +156,7 @@ private:
             }
             rigFromWorld = result.estimate.cameraFromRig[camera].inverse() * pose->cameraFromPrint *
                            result.estimate.worldFromPrint[size_t(sighting.print)].inverse();
-            double sum = 0;  // what does not fit at all counts alike, however far off it is
+            double sum = 0;  // each sighting adds only up to a limit, so that one that does not fit cannot decide
             for (const size_t other : sightings) {
                 sum += std::min(scaleOf(other), 10 * greatestScale);
             }
@@ -188,7 +190,7 @@ private:
                 startNew(i);
                 fitting += result.observations.sightings[i].isUsed ? 1U : 0U;
             }
-            // Where half of the prints or less fit, it is not clear which of them moved.
+            // If at most half of the sightings fit, it is not clear which of the prints moved.
             if (fitting > 0 && 2 * fitting <= sightings.size()) {
                 return false;
             }
@@ -196,7 +198,7 @@ private:
         return true;
     }
 
-    // Decides for a start whether a sighting counts, and which of its corners.
+    // Makes the first decision about a sighting: whether it is used, and which of its corners are.
     void startNew(size_t sighting) {
         Sighting &one = result.observations.sightings[sighting];
         const std::vector<double> lengths =
@@ -209,7 +211,9 @@ private:
         }
     }
 
-    // Until no decision changes any more; single corners may still be undecided in the end.
+    // Solves and decides about outliers in turn, until no decision changes, but at most four times. Returns false if a
+    // solve fails, if the decision about an earlier sighting changes, or if the decision about any sighting still
+    // changes the last time. Decisions about single corners may still change then.
     bool solve() {
         SolveOptions exact;
         exact.freedom = result.freedom;
@@ -244,7 +248,8 @@ private:
         return used;
     }
 
-    // Which place of a print counts is decided by the photographs that show it together with others, if there are any.
+    // True if for each print, clearly more sightings are in use than are left out. Photographs that show the print
+    // together with others are counted separately, because they decide which place of a print counts.
     bool isClearWhichCount() const {
         std::map<int, int> shown;  // sightings in each photograph
         for (const Sighting &sighting : given.sightings) {
@@ -275,7 +280,8 @@ private:
 
 std::vector<int> sameSightings(const Observations &given, const Observations &previous) {
     // Corners are computed from brightness, so two photographs never agree in all digits by chance.
-    using Key = std::tuple<int, int, size_t, double, double>;  // camera, print, number of corners, the first one
+    // The camera, the print, the number of corners, and x and y of the first corner.
+    using Key = std::tuple<int, int, size_t, double, double>;
     const auto keyOf = [](const Observations &all, const Sighting &one) {
         const Eigen::Vector2d first = one.corners.empty() ? Eigen::Vector2d(0, 0) : one.corners.front().image;
         return Key(cameraOf(all, one), one.print, one.corners.size(), first.x(), first.y());

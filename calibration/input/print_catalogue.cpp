@@ -17,7 +17,7 @@ constexpr int cornersOfTile = 15;
 constexpr int marksOfPlate = 7;
 constexpr int noOffset = -10000;  // no plate has this offset
 
-// Identifies a print when there is no file. Tiles of an assembly come first, by number.
+// Identifies a print if there are no pattern files. Tiles of an assembly come first, by number.
 struct Key {
     bool isAlone = false;
     PatternKind kind = PatternKind::Tile;

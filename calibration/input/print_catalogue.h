@@ -1,7 +1,7 @@
-// Finds out which prints the photographs show, and which point of its print each corner is.
+// Finds out which prints the photographs show, and which point of a print each corner is.
 //
-// The prints come from pattern files. Without pattern files, they come from the readings: the marks say which pattern
-// it is, and the grid spacing comes from the pattern's information block or from the user.
+// The prints come from pattern files. Without pattern files, they come from the readings: the marks identify the
+// pattern, and the grid spacing comes from the pattern's information block or from the user.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@
 
 namespace calibration {
 
-// What the user says about the prints. Lengths in millimetres; 0 if not given.
+// What the user says about the prints. Lengths are in millimetres; 0 if not given.
 struct PrintedTarget {
     // The patterns of the given files. If there are any, no other patterns count.
     std::vector<pattern_reader::PrintedPattern> patterns;

@@ -31,7 +31,7 @@ size_t characterLength(std::string_view text) {
             return 0;
         }
     }
-    // Not valid are overlong forms, surrogates, values beyond U+10FFFF, and the two non-characters that XML forbids.
+    // Overlong forms, surrogates, values beyond U+10FFFF and the two non-characters that XML forbids are not valid.
     const bool isWrong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
                          (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F) ||
                          (first == 0xEF && byte(1) == 0xBF && byte(2) >= 0xBE);
@@ -77,7 +77,7 @@ std::string number(double value, int decimals) {
     if (text.front() != '-') {
         return text;
     }
-    // The sign is a typographic minus. A value that is rounded to zero has none.
+    // The sign is a typographic minus. A value that is rounded to zero has no sign.
     const bool isZero = text.find_first_not_of("-0.") == std::string::npos;
     return (isZero ? "" : "\xE2\x88\x92") + text.substr(1);
 }

@@ -1,4 +1,4 @@
-// What all figures of a camera's picture have in common: the frame of the picture, and colours between given ones.
+// Draws the frame that all figures of a camera's picture have in common, and computes colours between given ones.
 #pragma once
 
 #include <Eigen/Core>
