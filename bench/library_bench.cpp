@@ -51,13 +51,13 @@ void benchPreview(Table &table) {
     const auto board = cv::aruco::CharucoBoard::create(16, 16, 1.0F, 0.7F, dictionary);
     const auto usual =
         measureAlternately(rounds, {[] { return previewTime(15); }, [&board] { return charucoTime(*board); }});
-    table.row("preview of 15 x 15, 2000 px", usual[0], "ms", "OpenCV's ChArUco board of 16 x 16 squares", usual[1],
-              1.0 / 3.0);
+    table.row("preview of 15 x 15 corners, 2000 px", usual[0], "ms", "OpenCV's ChArUco board of 16 x 16 squares",
+              usual[1], 1.0 / 3.0);
     for (const auto &[size, bound] : {std::pair(45, 0.0), std::pair(91, 4.0)}) {
         const auto times =
             measureAlternately(rounds, {[size = size] { return previewTime(size); }, [] { return previewTime(5); }});
-        table.row("preview of " + std::to_string(size) + " x " + std::to_string(size), times[0], "ms", "of 5 x 5",
-                  times[1], bound);
+        table.row("preview of " + std::to_string(size) + " x " + std::to_string(size) + " corners", times[0], "ms",
+                  "5 x 5 corners", times[1], bound);
     }
 }
 
@@ -88,13 +88,13 @@ void writePatterns(const Save &save, const std::string &fileName) {
 
 void benchSaving(Table &table) {
     constexpr std::array<Save, 7> saves{{
-        {"a PDF of 91 x 91", ".pdf", 91, 60.0, 150e3},
-        {"a PDF of an assembly of 18", ".pdf", 0, 150.0, 500e3},
-        {"an SVG of 91 x 91", ".svg", 91, 60.0, 1e6},
-        {"a DXF of 91 x 91", ".dxf", 91, 60.0, 4e6},
-        {"a PNG of 15 x 15 at 600 dpi", ".png", 15, 1000.0, 1e6},
-        {"a JSON of 91 x 91", ".json", 91, 60.0, 0.0},
-        {"a JSON of an assembly of 18", ".json", 0, 150.0, 0.0},
+        {"a PDF of 91 x 91 corners", ".pdf", 91, 60.0, 150e3},
+        {"a PDF of an assembly of 18 patterns", ".pdf", 0, 150.0, 500e3},
+        {"an SVG of 91 x 91 corners", ".svg", 91, 60.0, 1e6},
+        {"a DXF of 91 x 91 corners", ".dxf", 91, 60.0, 4e6},
+        {"a PNG of 15 x 15 corners at 600 dpi", ".png", 15, 1000.0, 1e6},
+        {"a JSON of 91 x 91 corners", ".json", 91, 60.0, 0.0},
+        {"a JSON of an assembly of 18 patterns", ".json", 0, 150.0, 0.0},
     }};
     for (const Save &save : saves) {
         const auto file = std::filesystem::temp_directory_path() / (std::string("lmcaltab_bench") + save.ending);
@@ -164,7 +164,7 @@ void benchAccess(Table &table) {
     table.row("typed write", times[2], "ns", 1000.0);
     table.row("typed read among 100,000 nodes", times[1], "ns", "among 20 nodes", times[0], 2.0);
     table.row("typed write among 100,000 nodes", times[3], "ns", "among 20 nodes", times[2], 2.0);
-    table.row("typed read of a different one of 100,000 nodes each time", times[4], "ns", 1000.0);
+    table.row("typed reads of different nodes among 100,000", times[4], "ns", 1000.0);
     root.erase();
 }
 

@@ -78,7 +78,7 @@ void benchUpdate(Table &table, const MainWindow &window, const std::string &what
     };
     const auto times = measureAlternately(rounds, {update, [&] { return floor.time(); }});
     table.row("update of page " + what, times[0], "ms", "showing any such picture", times[1], bound);
-    table.row("its elapsed time", times[0], "ms", 20.0);
+    table.row("elapsed time of this update", times[0], "ms", 20.0);
 }
 
 struct Page {
@@ -112,7 +112,7 @@ void benchUpdates(Table &table, MainWindow &window) {
         field<QSpinBox>(window, "flexibleWidth")->setValue(size);
         field<QSpinBox>(window, "flexibleHeight")->setValue(size);
         benchUpdate(
-            table, window, "Flexible, " + std::to_string(size) + " x " + std::to_string(size),
+            table, window, "Flexible, " + std::to_string(size) + " x " + std::to_string(size) + " corners",
             [&](bool other) { field<QSpinBox>(window, "flexibleOffsetXSpacings")->setValue(other ? 1 : 0); }, bound);
     }
 }

@@ -66,8 +66,8 @@ void leftOut(GoalTable &table, const char *what, const Observations &observation
         sentence = isBad ? leftOut.reason : sentence;
     }
     table.holds(what,
-                std::to_string(found) + " of " + std::to_string(last - first) + " named, " + std::to_string(wrong) +
-                    " others: " + sentence,
+                std::to_string(found) + " of " + std::to_string(last - first) + " left out for the right reason, " +
+                    std::to_string(wrong) + " others left out: " + sentence,
                 found == last - first && wrong == 0);
 }
 
@@ -92,7 +92,8 @@ void measureUnlinked(GoalTable &table) {
     const auto found = std::find_if(result.notices.begin(), result.notices.end(), [](const std::string &notice) {
         return notice.find("no photograph") != std::string::npos;
     });
-    table.holds("two patterns never together", found == result.notices.end() ? "not said" : *found,
+    table.holds("two patterns that are never in the same photograph",
+                found == result.notices.end() ? "nothing is said about it" : *found,
                 found != result.notices.end() && mentions(result.notices, "1"));
 }
 

@@ -60,10 +60,10 @@ bool measurePartialViews() {
             ratios.push_back(stock.uncertainty / ours.uncertainty);
         }
         const std::string lens = nameOf(camera.camera.lens);
-        table.figure(lens + ": whole boards in 40 photographs", double(wholeBoards) / runs, "");
-        table.figure(lens + ": greatest uncertainty from whole boards", median(whole), "px");
-        table.figure(lens + ": from all that is seen", median(all), "px");
-        table.atLeast(lens + ": ratio, median of 5", median(ratios), 3, "");
+        table.figure(lens + ": completely visible boards in 40 photographs", double(wholeBoards) / runs, "");
+        table.figure(lens + ": greatest uncertainty, calibrated from completely visible boards", median(whole), "px");
+        table.figure(lens + ": greatest uncertainty, calibrated from all visible corners", median(all), "px");
+        table.atLeast(lens + ": ratio of these uncertainties, median of 5 runs", median(ratios), 3, "");
     }
     return !table.isMissed();
 }

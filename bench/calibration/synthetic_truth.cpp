@@ -191,11 +191,11 @@ void measure(GoalTable &table, const std::string &name, const SceneDraft &draft,
         const Deviation deviation = deviationOf(rendered, result);
         table.atLeast(name + ": patterns in the result", double(deviation.prints), double(draft.prints.size()), "");
         table.figure(name + ": residual, rms", rms, "px");
-        table.atMost(name + ": focal length", 100 * focal, 0.005, "%");
-        table.atMost(name + ": projection over the picture, rms", projection, 0.02, "px");
-        table.atMost(name + ": corners of the patterns, rms", deviation.rms, 0.01, "mm");
-        table.atMost(name + ": corners of the patterns, greatest", deviation.most, 0.02, "mm");
-        table.atMost(name + ": x:y of the prints", 100 * deviation.ratio, 0.005, "%");
+        table.atMost(name + ": greatest error of a focal length", 100 * focal, 0.005, "%");
+        table.atMost(name + ": error of the projection over the picture, rms", projection, 0.02, "px");
+        table.atMost(name + ": error of the corners' positions, rms", deviation.rms, 0.01, "mm");
+        table.atMost(name + ": error of the corners' positions, greatest", deviation.most, 0.02, "mm");
+        table.atMost(name + ": greatest error of a print's x:y", 100 * deviation.ratio, 0.005, "%");
     } catch (const CalibrationImpossible &impossible) {
         table.holds(name, impossible.what(), false);
     }
@@ -204,7 +204,7 @@ void measure(GoalTable &table, const std::string &name, const SceneDraft &draft,
 }  // namespace
 
 bool measureSyntheticTruth() {
-    GoalTable table("Synthetic truth: rendered pictures, 30 of 2 megapixels");
+    GoalTable table("Errors against the synthetic truth, from 30 rendered pictures of 2 megapixels");
     measure(table, "strong distortion", singlePrint(distorted("camera")), 0, 11001);
     measure(table, "fisheye, 120 degrees", singlePrint(wide()), 0, 11002);
     measure(table, "print bent by 1 mm", singlePrint(distorted("camera")), 1, 11003);

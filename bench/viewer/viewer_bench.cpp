@@ -280,19 +280,20 @@ int measureAll(const QString &folder, int rounds) {
         longest = std::max(longest, dropped.at("longest event"));
     }
     Table table("LmView with many photographs");
-    table.row("100 photographs of 12 megapixels, drop to first result", first, "ms", "decoding them in colour", colour,
-              1.6);
-    table.row("drop to first result", first, "ms", "decoding them in grey", grey, 0);
-    table.row("drop to the result of all", all, "ms", "decoding them in colour", colour, 0);
+    table.row("100 photographs of 12 megapixels, from the drop to the first result", first, "ms",
+              "decoding them in colour", colour, 1.6);
+    table.row("from the drop to the first result", first, "ms", "decoding them in grey", grey, 0);
+    table.row("from the drop to the result of all 100", all, "ms", "decoding them in colour", colour, 0);
     table.figure("peak memory", peak, "MiB", "limit", 600, 1.0);
-    table.figure("longest event", longest, "ms", "limit", 100, 1.0);
+    table.figure("longest event of the window while 100 are read and calibrated", longest, "ms", "limit", 100, 1.0);
     Figures again = measureInProcess({"recalibrate", folder});
-    table.figure("calibrating anew, 50 photographs", again["processor"], "ms", "limit", 500, 1.0);
-    table.figure("its elapsed time", again["elapsed"], "ms", "limit", 500, 1.0);
-    table.figure("longest event", again["longest event"], "ms", "limit", 100, 1.0);
+    table.figure("calibrating anew without one of 50 photographs", again["processor"], "ms", "limit", 500, 1.0);
+    table.figure("elapsed time of calibrating anew", again["elapsed"], "ms", "limit", 500, 1.0);
+    table.figure("longest event of the window while 50 are calibrated anew", again["longest event"], "ms", "limit", 100,
+                 1.0);
     Figures many = measureInProcess({"many", folder});
     table.figure("memory for each of 1,000 photographs", many["megabytes"], "MiB", "limit", 0.3, 1.0);
-    table.figure("longest step of scrolling 1,000 photographs", many["longest scroll"], "ms", "limit", 16, 1.0);
+    table.figure("longest step of scrolling through 1,000 photographs", many["longest scroll"], "ms", "limit", 16, 1.0);
     return table.exitCode();
 }
 
