@@ -1,12 +1,12 @@
-// Finds the points that patterns consist of, saddles and dark blobs, by the second derivatives of the picture. It knows
-// nothing about lattices.
+// Finds the points that patterns consist of, saddle points and dark blobs, by the second derivatives of the picture. It
+// knows nothing about lattices.
 //
 // Saddle points are places where four areas meet, dark opposite dark and light opposite light, as at the inner
 // corners of a checkerboard.
 //
-// The measure is the negative determinant of the Hessian of the smoothed image. A saddle point must also have its
-// stationary point close to the pixel, and its surroundings must look the same after half a turn, which is not true for
-// ordinary corners.
+// The measure of a saddle point is the negative determinant of the Hessian of the smoothed image. A pixel with a high
+// measure is a saddle point only if a stationary point of the smoothed image lies close to it and if the surroundings
+// of that point look the same after half a turn, which is not true for ordinary corners.
 //
 // Dark blobs are spots that are darker than everything around them, with a radius of one to three pixels of their
 // level.
@@ -41,12 +41,12 @@ struct LevelPoints {
 constexpr float leastSaddleStrength = 1.5F;
 constexpr float leastBlobStrength = 5;
 
-// Smooths the level's picture into level.smoothed and finds all points in it. There is at most one for every four
+// Smooths the level's picture into level.smoothed and finds all points in it. It finds at most one point for every four
 // pixels.
 LevelPoints findPoints(ImageLevel &level);
 
-// Walks from near to the closest stationary point of the smoothed level and describes it. False if there is no saddle
-// within `reach` pixels.
+// Walks from the point `near` to the closest stationary point of the smoothed level and describes it. Returns false if
+// there is no saddle point within `reach` pixels.
 bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, SaddlePoint &saddle);
 
 }  // namespace pattern_reader

@@ -65,7 +65,8 @@ Bounds boundsOf(const Quad &q) {
             std::max(std::max(q[0].y, q[1].y), std::max(q[2].y, q[3].y))};
 }
 
-// The signed area of the part of the triangle origin, a, b that lies within a circle around the origin.
+// The signed area of that part of the triangle with the corners (0, 0), a and b that lies within a circle around (0,
+// 0).
 double sector(const cv::Point2d &a, const cv::Point2d &b, double radius) {
     const auto angle = [](const cv::Point2d &u, const cv::Point2d &v) {
         return std::atan2(u.x * v.y - u.y * v.x, u.dot(v));
@@ -78,7 +79,8 @@ double sector(const cv::Point2d &a, const cv::Point2d &b, double radius) {
     if (dd == 0 || root <= 0) {
         return r2 * angle(a, b) / 2;
     }
-    // The part of the step that is inside, from `enter` to `leave`.
+    // The part of the segment from a to b that is inside the circle: from `enter` to `leave`, as fractions of the
+    // segment.
     const double enter = std::clamp((-ad - std::sqrt(root)) / dd, 0.0, 1.0);
     const double leave = std::clamp((-ad + std::sqrt(root)) / dd, 0.0, 1.0);
     const cv::Point2d p = a + d * enter;

@@ -44,15 +44,15 @@ void small(SceneDraft &draft, Dice &dice) {
     draft.exposure.noiseSigma = dice.real(0.5, 3);
 }
 
-// Of each hundred pictures, seven have 12 megapixels, two have 64 and one has 150. A board shows at least 7 x 7
-// squares.
+// Of each hundred pictures, seven are limited to 12 megapixels, two to 64 and one to 150. Boards always reach the
+// limit; plates may stay below it. A board shows at least 7 x 7 squares.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);
     const double side = std::sqrt(draft.megapixels * 1e6);
     draft.flexibleCorners = {};
     draft.tiltDegrees = dice.real(0, 30);
-    // A plate must be seen whole.
+    // A plate must fit into the picture.
     const double squares = draft.plate ? 22 : 7;
     draft.pixelsPerSquare = std::min(1500.0, dice.logarithmic(0.5, 1) * side / squares);
     draft.exposure.blurSigma = dice.real(0.5, 3);
@@ -78,7 +78,7 @@ void softFinish(ComposedScene &composed, Dice &dice) {
 }
 
 // The picture is out of focus by an amount that changes over the picture. The amount is zero along a line, which may
-// lie beside the pattern.
+// lie outside the pattern.
 void defocusFinish(ComposedScene &composed, Dice &dice) {
     const double greatest = dice.real(0.15, 0.35) * composed.leastStep;
     const double across = std::hypot(composed.size.width, composed.size.height) / 2;
@@ -108,7 +108,7 @@ void fisheye(SceneDraft &draft, Dice &dice) {
     draft.tiltDegrees = dice.real(0, 40);
 }
 
-// Rolled paper, whose direction changes by 15 to 70° from one side of the pattern to the other.
+// Rolled paper, whose surface turns by 15 to 70° from one side of the pattern to the other.
 void bent(SceneDraft &draft, Dice &dice) {
     draft.tiltDegrees = dice.real(0, 35);
     PaperSheet::Form form;
@@ -160,7 +160,7 @@ void hardShadowFinish(ComposedScene &composed, Dice &dice) {
     shadow.penumbra = dice.logarithmic(0.7, 8);
     composed.scene.exposure.shadows.push_back(shadow);
     if (dice.chance(0.3)) {
-        // This is the shadow of something narrow: beyond its other border there is full light again.
+        // This is the shadow of a narrow object: beyond the second border, the light is full again.
         Shadow border = shadow;
         border.edge += shadow.side * (dice.real(1, 4) * composed.leastStep);
         border.depth = 1 - 1 / (1 - shadow.depth);
@@ -176,7 +176,7 @@ void glareFinish(ComposedScene &composed, Dice &dice) {
     composed.scene.exposure.glares.push_back(glare);
 }
 
-// Fingers that reach in from outside, rounded at their ends.
+// Adds fingers with round ends, which reach over the pattern from outside.
 void handsFinish(ComposedScene &composed, Dice &dice) {
     const cv::Rect2d &bounds = composed.bounds;
     const double across = std::min(bounds.width, bounds.height);
@@ -200,7 +200,7 @@ void handsFinish(ComposedScene &composed, Dice &dice) {
     }
 }
 
-// Small squares are not compressed most strongly, because nothing would be left of them.
+// The smaller the squares, the higher the lowest quality, because strong compression would wipe out small squares.
 void jpegFinish(ComposedScene &composed, Dice &dice) {
     const int least = int(std::clamp(5 + (16 - composed.leastStep) * 4, 5.0, 45.0));
     composed.scene.exposure.jpegQuality = dice.whole(least, 95);
@@ -253,7 +253,7 @@ void mirrored(SceneDraft &draft, Dice &dice) {
     draft.tiltDegrees = dice.real(0, 60);
 }
 
-// A picture as a telephone takes it, with a little of everything.
+// A picture as a phone takes it: many of the other conditions, mostly in a milder form.
 void phone(SceneDraft &draft, Dice &dice) {
     colourSensor(draft, dice);
     toneCurve(draft, dice);

@@ -114,7 +114,8 @@ void LongUseTest::updatesLeaveNothingBehind() {
     window.show();
     int pictures = 0;
     connect(window.findChild<QGraphicsView *>("preview")->scene(), &QGraphicsScene::changed, [&] { ++pictures; });
-    // The form allows some values that no pattern can have. The update that reports them counts too.
+    // The form allows some values that no pattern can have. The program reports these in a message box, which is closed
+    // here. Such a change is counted as an update too.
     int boxes = 0;
     QTimer user;
     connect(&user, &QTimer::timeout, [&boxes] {

@@ -1,6 +1,6 @@
-// Lets each allocation of the library fail, once by itself and once together with all later ones. Each time a result
-// code or the command's "ErrorSymbol" reports the failure, the tree and the files are unchanged, no memory leaks, and
-// the library still works afterwards.
+// Lets each allocation of the library fail, once by itself and once together with all later ones. After each failure,
+// any error is reported with the right result code or "ErrorSymbol", a step or command that fails leaves the tree or
+// the file unchanged, no memory has leaked, and the library still works.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -17,8 +17,9 @@ namespace {
 using failing_allocation::Failing;
 using failing_allocation::Pause;
 
-// Repeats a session and lets its n-th allocation fail, for n from 1 to the number of its allocations. A session makes
-// library calls, and returns what was wrong; empty if nothing was. Its own code may allocate only during a Pause.
+// Repeats a session and lets its n-th allocation fail, for n from 1 to the number of its allocations. A session calls
+// the library and returns a description of all faults, or an empty string. Outside the library, it may allocate only
+// during a Pause.
 template <typename Session>
 void sweep(Failing failing, Session session) {
     EXPECT_EQ(session(), "");
@@ -73,7 +74,7 @@ const Step treeSteps[]{
     [](std::int32_t *result) { lmLibFinalize(result); },
 };
 
-// Plays all steps, even after one has failed, and checks that a failing step leaves the tree unchanged.
+// Runs all steps, even after one has failed, and checks that a failing step leaves the tree unchanged.
 std::string playTreeSteps() {
     std::string complaint;
     bool hasFailed = false;

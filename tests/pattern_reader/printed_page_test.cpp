@@ -1,6 +1,7 @@
 // Tests the whole chain. The camera library makes a PDF from parameters as the program writes them, another program
-// renders its pages, these are seen from the side, and the reader reads them. The expected values and corners are
-// derived only from the parameters, not from the library.
+// renders its pages, a simulated camera photographs each page from the side, and the reader reads the photographs. The
+// expected values and corners are derived only from the parameters and the constant planeOrigin, not from the library's
+// output.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -41,9 +42,9 @@ struct PrintedPattern {
     const char *parameters;  // an element of "Patterns", as the program writes it
     View view;
     PatternKind kind;
-    double gridSpacing;  // in millimetres, from the parameters; the block need not contain it
+    double gridSpacing;  // in millimetres, from the parameters; the pattern's information block need not contain it
     bool polarity = true;
-    cv::Size corners{15, 15};  // or marks
+    cv::Size corners{15, 15};  // number of corners or marks in x and y
     int tile = -1;
     cv::Point cornerOffset{};  // offset of a Flexible pattern, in half grid spacings
     std::optional<PatternValues> values{};
@@ -106,8 +107,9 @@ cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
     return picture;
 }
 
-// The lattice coordinate of the pattern's middle, which is the page's middle, along one axis. In a Flexible pattern,
-// the middle corner lies at the offset. If the number of corners is even, it is the corner before the middle.
+// Returns the lattice coordinate, along one axis, of the pattern's middle, which is also the page's middle. In a
+// Flexible pattern, the lattice point planeOrigin + offset is the middle corner or, if the number of corners is even,
+// the corner before the middle, which is half a step away from the middle.
 double middleInLattice(PatternKind kind, int corners, int offset) {
     if (kind != PatternKind::Plane) {
         return 8;
@@ -196,7 +198,8 @@ std::string pageCount(const std::string &pdf) {
     return outputOf("pdfinfo '" + pdf + "' | sed -n 's/^Pages: *//p'");
 }
 
-// Lengths that the form derives are rounded to hundredths of a millimetre, as the form shows and sends them.
+// The lengths that the form computes are rounded here to hundredths of a millimetre, because the form passes them on as
+// it shows them.
 const PrintedPattern printedPatterns[] = {
     {"Official",
      R"({"Type": "Plate24", "GridSpacing": 24.0, "Thickness": 3.0, "Polarity": true})",

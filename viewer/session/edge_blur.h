@@ -8,5 +8,6 @@
 
 // Returns the standard deviation of the blur in pixels, as the median over the edges between neighbouring corners or
 // marks. It includes the blur that comes from the area of a pixel. Sharp pictures have 0.4 to 1. Strong blur is
-// underestimated: 3 pixels by a quarter. Empty if there are too few edges. grey must have 8 bits.
+// underestimated: a blur of 3 pixels is measured a quarter too small. Empty if there are too few edges. The picture
+// `grey` must have 8 bits.
 std::optional<double> edgeBlur(const cv::Mat &grey, const PatternReadings &readings);
