@@ -126,7 +126,9 @@ private:
             }
         }
         for (const auto &[moment, sightings] : unknown) {
-            placeMoment(moment, sightings);
+            if (placeMoment(moment, sightings)) {
+                sharp.insert(moment);
+            }
         }
         return unknown.empty() || improve(unknown);
     }
@@ -142,7 +144,9 @@ private:
         return lengths.empty() ? std::numeric_limits<double>::infinity() : scaleOfLengths(lengths);
     }
 
-    void placeMoment(int moment, const std::vector<size_t> &sightings) {
+    // True if one of the sightings fits by itself.
+    bool placeMoment(int moment, const std::vector<size_t> &sightings) {
+        bool fitsAlone = false;
         RigidMotion &rigFromWorld = result.estimate.rigFromWorld[size_t(moment)];
         RigidMotion best = rigFromWorld;
         double least = std::numeric_limits<double>::infinity();
@@ -156,6 +160,7 @@ private:
             }
             rigFromWorld = result.estimate.cameraFromRig[camera].inverse() * pose->cameraFromPrint *
                            result.estimate.worldFromPrint[size_t(sighting.print)].inverse();
+            fitsAlone = fitsAlone || scaleOf(i) < greatestScale;
             double sum = 0;  // each sighting adds only up to a limit, so that one that does not fit cannot decide
             for (const size_t other : sightings) {
                 sum += std::min(scaleOf(other), 10 * greatestScale);
@@ -166,6 +171,7 @@ private:
             }
         }
         rigFromWorld = best;
+        return fitsAlone;
     }
 
     bool improve(const std::map<int, std::vector<size_t>> &unknown) {
@@ -190,8 +196,9 @@ private:
                 startNew(i);
                 fitting += result.observations.sightings[i].isUsed ? 1U : 0U;
             }
-            // If at most half of the sightings fit, it is not clear which of the prints moved.
-            if (fitting > 0 && 2 * fitting <= sightings.size()) {
+            // If at most half of the sightings fit, it is not clear which of the prints moved, unless none fits in any
+            // pose.
+            if (2 * fitting <= sightings.size() && sharp.count(moment) > 0) {
                 return false;
             }
         }
@@ -274,6 +281,7 @@ private:
     const std::vector<int> &same;
     const CalibrateOptions &options;
     Calibration &result;
+    std::set<int> sharp;  // new moments of which a sighting fits by itself
 };
 
 }  // namespace
