@@ -187,7 +187,7 @@ private:
     }
 
     // A lens that was chosen with flat prints can be wrong, and so can a bend that was chosen with the wrong lens. So
-    // both are chosen again until neither changes.
+    // both are chosen again until neither changes, but at most three times.
     void chooseModels() {
         if (hasModels || (options.lens && !options.mayBend)) {
             return;

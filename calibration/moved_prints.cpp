@@ -173,7 +173,8 @@ private:
         return result;
     }
 
-    // Keeps the place of a print on which most of its sightings agree. Marks sightings at other places as moved.
+    // Keeps the place of a print on which most of its sightings agree. Marks a sighting at another place as moved if
+    // its votes with the sightings at the kept place are negative in total.
     void settle(size_t print) {
         isSettled[print] = true;
         const std::map<std::pair<size_t, size_t>, int> votes = votesAbout(print);
