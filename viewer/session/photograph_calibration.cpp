@@ -129,6 +129,7 @@ SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs
             result.photographIds.push_back(usedNames.idOf(photograph.name));
         }
         calibrateInto(result, collected, settings, options);
+        result.looks = looksOf(*result.calibration, result.photographIds, photographs);
     } catch (const calibration::Cancelled &) {
         throw;
     } catch (const std::bad_alloc &) {

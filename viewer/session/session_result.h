@@ -9,6 +9,7 @@
 
 #include "calibration/calibrate.h"
 #include "calibration/unused_photograph.h"
+#include "viewer/session/print_look.h"
 #include "viewer/session/session_settings.h"
 
 // How well one photograph fits the calibration.
@@ -30,6 +31,8 @@ struct SessionResult {
     // By sighting and corner: the pixel at which the estimate projects the corner. Empty if a pose is not known or the
     // corner cannot be projected.
     std::vector<std::vector<std::optional<Eigen::Vector2d>>> estimated;
+
+    std::vector<std::optional<PrintLook>> looks;  // of each print of the calibration
 
     // The index in calibration->observations of the photograph with this id of the session; -1 if it is not there.
     int indexOf(int photographId) const;

@@ -3,7 +3,6 @@
 #include <QPainter>
 
 #include "viewer/views/drawing.h"
-#include "viewer/views/print_squares.h"
 
 namespace {
 
@@ -11,14 +10,6 @@ constexpr double cornerRadius = 3;
 constexpr int borderWidth = 4;
 
 }  // namespace
-
-bool hasAdviceFor(const calibration::Calibration *calibration, const QSize &size) {
-    if (calibration == nullptr || !calibration->next) {
-        return false;
-    }
-    const calibration::Camera &camera = calibration->observations.cameras[size_t(calibration->next->camera)];
-    return QSize(camera.width, camera.height) == size;
-}
 
 LiveView::LiveView(QWidget *parent) : QWidget(parent) {
     setAccessibleName(tr("Live picture"));
@@ -35,8 +26,10 @@ void LiveView::clear(const QString &newHint) {
     update();
 }
 
-void LiveView::setCalibration(std::shared_ptr<const calibration::Calibration> newCalibration) {
-    calibration = std::move(newCalibration);
+void LiveView::setResult(std::shared_ptr<const SessionResult> newResult) {
+    result = std::move(newResult);
+    const bool isThere = result && result->calibration && result->calibration->next;
+    target = isThere ? textureOf(*result, result->calibration->next->print) : std::vector<PrintCell>();
     update();
 }
 
@@ -59,17 +52,24 @@ void LiveView::drawCorners(QPainter &painter, double scale) const {
     }
 }
 
+bool LiveView::hasAdvice() const {
+    if (target.empty()) {
+        return false;
+    }
+    const calibration::Calibration &calibration = *result->calibration;
+    const calibration::Camera &camera = calibration.observations.cameras[size_t(calibration.next->camera)];
+    return QSize(camera.width, camera.height) == frame.size;
+}
+
 void LiveView::drawAdvice(QPainter &painter) const {
-    const calibration::NextPhotograph &next = *calibration->next;
-    const calibration::Camera &camera = calibration->observations.cameras[size_t(next.camera)];
+    const calibration::Calibration &calibration = *result->calibration;
+    const calibration::NextPhotograph &next = *calibration.next;
+    const auto seen = seenBy(calibration.observations.cameras[size_t(next.camera)],
+                             calibration.estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(255, 210, 0, 90));
-    for (const PrintSquare &square : squaresOf(calibration->observations.prints[size_t(next.print)],
-                                               calibration->estimate.shapes[size_t(next.print)])) {
-        if (square.isDark) {
-            painter.drawPolygon(
-                seenBy(camera, calibration->estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint, square));
-        }
+    for (const PrintCell &cell : target) {
+        painter.drawPath(darkPartsOf(cell, seen));
     }
 }
 
@@ -90,7 +90,7 @@ void LiveView::paintEvent(QPaintEvent *) {
     painter.setClipRect(place);
     painter.translate(place.topLeft());
     const double scale = size.width() / frame.size.width();
-    if (hasAdviceFor(calibration.get(), frame.size)) {
+    if (hasAdvice()) {
         painter.save();
         painter.scale(scale, scale);
         drawAdvice(painter);

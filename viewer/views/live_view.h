@@ -4,8 +4,8 @@
 #include <QWidget>
 #include <memory>
 
-#include "calibration/calibrate.h"
 #include "viewer/session/live_capture.h"
+#include "viewer/views/print_texture.h"
 
 class LiveView : public QWidget {
     Q_OBJECT
@@ -16,9 +16,9 @@ public:
     void showFrame(const LiveFrame &newFrame);
     // Shows this text instead of a frame.
     void clear(const QString &newHint);
-    // newCalibration is null if there is none. Its advice for the next photograph is drawn over the frames if they have
-    // the size of the pictures of the camera that it is for.
-    void setCalibration(std::shared_ptr<const calibration::Calibration> newCalibration);
+    // newResult is null if there is none. Its advice for the next photograph is drawn over the frames if they have the
+    // size of the pictures of the camera that it is for.
+    void setResult(std::shared_ptr<const SessionResult> newResult);
     // Draws a border in this colour around the picture; none if the colour is invalid.
     void setBorder(const QColor &colour);
 
@@ -30,13 +30,13 @@ protected:
 
 private:
     void drawCorners(QPainter &painter, double scale) const;
+    // Whether the advice for the next photograph is for a camera with pictures of the frame's size.
+    bool hasAdvice() const;
     void drawAdvice(QPainter &painter) const;
 
     LiveFrame frame;
     QString hint;
     QColor border;
-    std::shared_ptr<const calibration::Calibration> calibration;
+    std::shared_ptr<const SessionResult> result;
+    std::vector<PrintCell> target;  // of the advice
 };
-
-// True if the calibration has advice for the next photograph, for a camera with pictures of this size.
-bool hasAdviceFor(const calibration::Calibration *calibration, const QSize &size);

@@ -3,11 +3,12 @@
 #include <QPainter>
 
 #include "viewer/views/drawing.h"
-#include "viewer/views/print_squares.h"
 
 namespace {
 
 constexpr int margin = 8;
+const QColor lightColour(245, 245, 245);
+const QColor darkColour(20, 20, 24);
 
 }  // namespace
 
@@ -15,19 +16,21 @@ NextPhotographView::NextPhotographView(QWidget *parent) : QWidget(parent) {
     setAccessibleName(tr("Next photograph"));
 }
 
-void NextPhotographView::setCalibration(std::shared_ptr<const calibration::Calibration> newCalibration) {
-    calibration = std::move(newCalibration);
-    setAccessibleDescription(calibration && calibration->next ? QString::fromStdString(calibration->next->text)
-                                                              : QString());
+void NextPhotographView::setResult(std::shared_ptr<const SessionResult> newResult) {
+    const bool hasAdvice = newResult && newResult->calibration && newResult->calibration->next;
+    result = hasAdvice ? std::move(newResult) : nullptr;
+    target = hasAdvice ? textureOf(*result, result->calibration->next->print) : std::vector<PrintCell>();
+    setAccessibleDescription(hasAdvice ? QString::fromStdString(result->calibration->next->text) : QString());
     update();
 }
 
 void NextPhotographView::paintEvent(QPaintEvent *) {
-    if (!calibration || !calibration->next) {
+    if (!result) {
         return;
     }
-    const calibration::NextPhotograph &next = *calibration->next;
-    const calibration::Camera &camera = calibration->observations.cameras[size_t(next.camera)];
+    const calibration::Calibration &calibration = *result->calibration;
+    const calibration::NextPhotograph &next = *calibration.next;
+    const calibration::Camera &camera = calibration.observations.cameras[size_t(next.camera)];
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QString text =
@@ -46,13 +49,10 @@ void NextPhotographView::paintEvent(QPaintEvent *) {
     painter.setClipRect(picture);
     painter.translate(picture.topLeft());
     painter.scale(size.width() / camera.width, size.width() / camera.width);
-    painter.setPen(Qt::NoPen);
-    const size_t print = size_t(next.print);
-    for (const PrintSquare &square :
-         squaresOf(calibration->observations.prints[print], calibration->estimate.shapes[print])) {
-        painter.setBrush(square.isDark ? QColor(20, 20, 24) : QColor(245, 245, 245));
-        painter.drawPolygon(
-            seenBy(camera, calibration->estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint, square));
+    const auto seen = seenBy(camera, calibration.estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint);
+    for (const PrintCell &cell : target) {
+        painter.fillPath(darkPartsOf({{}, {cell.whole}}, seen), lightColour);
+        painter.fillPath(darkPartsOf(cell, seen), darkColour);
     }
     painter.resetTransform();
     painter.setClipping(false);

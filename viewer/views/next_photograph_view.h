@@ -3,20 +3,23 @@
 
 #include <QWidget>
 #include <memory>
+#include <vector>
 
-#include "calibration/calibrate.h"
+#include "viewer/views/print_texture.h"
 
 class NextPhotographView : public QWidget {
     Q_OBJECT
 
 public:
     explicit NextPhotographView(QWidget *parent = nullptr);
-    void setCalibration(std::shared_ptr<const calibration::Calibration> newCalibration);
+    // Null, or a result without advice, empties the view.
+    void setResult(std::shared_ptr<const SessionResult> newResult);
     QSize minimumSizeHint() const override { return {200, 170}; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    std::shared_ptr<const calibration::Calibration> calibration;
+    std::shared_ptr<const SessionResult> result;
+    std::vector<PrintCell> target;
 };

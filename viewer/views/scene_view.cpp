@@ -8,7 +8,6 @@
 #include <cmath>
 
 #include "viewer/views/drawing.h"
-#include "viewer/views/print_squares.h"
 
 using calibration::RigidMotion;
 
@@ -17,9 +16,11 @@ namespace {
 constexpr double eyeDistance = 4;  // in units of `reach`
 constexpr double turnPerPixel = 0.008;
 constexpr double turnPerKey = 0.1;
+const QColor lightColour(244, 244, 240);
+const QColor darkColour(38, 42, 50);
 constexpr size_t mostCameras = 300;  // of more photographs, only every second, third ... has its camera drawn
 
-Eigen::Vector3d midpointOf(const std::vector<Eigen::Vector3d> &points) {
+Eigen::Vector3d midpointOf(const Outline &points) {
     Eigen::Vector3d sum = Eigen::Vector3d::Zero();
     for (const Eigen::Vector3d &point : points) {
         sum += point;
@@ -58,12 +59,15 @@ void SceneView::addPrints() {
         }
         const RigidMotion &pose = calibrated()->estimate.worldFromPrint[print];
         const Eigen::Matrix3d rotation = calibration::rotationMatrix(pose.rotation);
-        for (const PrintSquare &square : squaresOf(known, calibrated()->estimate.shapes[print])) {
-            Facet facet{{}, square.isDark ? QColor(38, 42, 50) : QColor(244, 244, 240), {}};
-            for (const Eigen::Vector3d &corner : square.corners) {
-                facet.corners.push_back(rotation * corner + pose.translation);
+        const auto toWorld = [&](Outline &outline) {
+            for (Eigen::Vector3d &corner : outline) {
+                corner = rotation * corner + pose.translation;
             }
-            facets.push_back(std::move(facet));
+        };
+        for (PrintCell &cell : textureOf(*result, int(print))) {
+            toWorld(cell.whole);
+            std::for_each(cell.shapes.begin(), cell.shapes.end(), toWorld);
+            facets.push_back({cell.whole, lightColour, {}, std::move(cell)});
         }
         labels.push_back(
             {pose.translation, known.number >= 0 ? QString::number(known.number) : QString::fromStdString(known.name)});
@@ -76,7 +80,7 @@ void SceneView::addCamera(const RigidMotion &worldFromCamera, const calibration:
     const double halfWidth = qMin(1.5, camera.width / (2 * intrinsics[0]));
     const double halfHeight = halfWidth * camera.height / camera.width;
     const Eigen::Vector3d eye = worldFromCamera.translation;
-    std::vector<Eigen::Vector3d> far;
+    Outline far;
     const double signs[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
     for (const auto &sign : signs) {
         far.push_back(worldFromCamera *
@@ -84,9 +88,9 @@ void SceneView::addCamera(const RigidMotion &worldFromCamera, const calibration:
     }
     QColor pale = colour;
     pale.setAlpha(45);
-    facets.push_back({far, pale, colour});
+    facets.push_back({far, pale, colour, {}});
     for (size_t i = 0; i < 4; ++i) {
-        facets.push_back({{eye, far[i], far[(i + 1) % 4]}, {}, colour});
+        facets.push_back({{eye, far[i], far[(i + 1) % 4]}, {}, colour, {}});
     }
 }
 
@@ -184,11 +188,14 @@ void SceneView::paintEvent(QPaintEvent *) {
     }
     std::sort(drawn.begin(), drawn.end(), [](const Drawn &a, const Drawn &b) { return a.depth > b.depth; });
     painter.setRenderHint(QPainter::Antialiasing);
+    const auto inView = [this](const Eigen::Vector3d &place) { return std::optional(onScreen(fromEye(place))); };
     for (const Drawn &one : drawn) {
         painter.setBrush(one.facet->fill.isValid() ? QBrush(one.facet->fill) : QBrush(Qt::NoBrush));
-        // An outline in the colour of the fill covers the gaps between neighbouring facets.
-        painter.setPen(one.facet->outline.isValid() ? QPen(one.facet->outline, 1) : QPen(one.facet->fill, 0.7));
+        painter.setPen(one.facet->outline.isValid() ? QPen(one.facet->outline, 1) : QPen(Qt::NoPen));
         painter.drawPolygon(one.polygon);
+        if (!one.facet->print.shapes.empty()) {
+            painter.fillPath(darkPartsOf(one.facet->print, inView), darkColour);
+        }
     }
     drawAxes(painter);
     for (const Label &label : labels) {

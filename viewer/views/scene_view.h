@@ -1,10 +1,11 @@
-// The tab "Scene". It shows the prints with their squares and the cameras in three dimensions. Dragging or the arrow
-// keys turn the scene, dragging with Shift moves it, and the wheel or + and - zoom.
+// The tab "Scene". It shows what is printed and the cameras in three dimensions. Dragging or the arrow keys turn the
+// scene, dragging with Shift moves it, and the wheel or + and - zoom.
 #pragma once
 
 #include <Eigen/Core>
 #include <QPolygonF>
 
+#include "viewer/views/print_texture.h"
 #include "viewer/views/result_view.h"
 
 class SceneView : public ResultView {
@@ -25,9 +26,10 @@ protected:
 
 private:
     struct Facet {
-        std::vector<Eigen::Vector3d> corners;  // in the world, mm
-        QColor fill;                           // invalid: only the outline
-        QColor outline;                        // invalid: none
+        Outline corners;  // in the world, mm
+        QColor fill;      // invalid: only the outline
+        QColor outline;   // invalid: none
+        PrintCell print;  // in the world, mm; without shapes if it is no part of a print
     };
     struct Label {
         Eigen::Vector3d place;

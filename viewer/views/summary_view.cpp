@@ -148,7 +148,7 @@ QString SummaryView::html() const {
 
 void SummaryView::refresh() {
     text->setHtml(html());
-    next->setCalibration(result ? result->calibration : nullptr);
+    next->setResult(result);
     next->setVisible(calibrated() != nullptr && calibrated()->next.has_value());
 }
 

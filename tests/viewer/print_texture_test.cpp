@@ -1,0 +1,135 @@
+// The texture of prints, drawn as seen from straight above and read like a photograph: what the reader finds in it is
+// what was printed.
+#include <QImage>
+#include <QPainter>
+#include <QtTest>
+#include <opencv2/core.hpp>
+
+#include "pattern_reader/printed_pattern.h"
+#include "viewer/views/print_texture.h"
+
+using pattern_reader::PatternKind;
+using pattern_reader::PatternReading;
+
+Q_DECLARE_METATYPE(PrintLook)
+
+namespace {
+
+constexpr double gridSpacing = 24;
+constexpr double pixelsPerMm = 2;
+
+// A calibration with one flat print: columns x rows of points from the first one in lattice coordinates.
+SessionResult resultWith(const PrintLook &look, cv::Point first, cv::Size points) {
+    const int step = look.kind == PatternKind::Plate ? 2 : 1;
+    PatternReading whole;
+    whole.kind = look.kind;
+    whole.values = look.values;
+    calibration::Print print;
+    for (int row = 0; row < points.height; ++row) {
+        for (int column = 0; column < points.width; ++column) {
+            whole.corners.push_back({{}, first + step * cv::Point(column, row)});
+            print.cells.emplace_back(column, row);
+        }
+    }
+    for (const cv::Point3d &point : pattern_reader::objectPoints(whole, gridSpacing)) {
+        print.points.emplace_back(point.x, point.y);
+    }
+    auto calibration = std::make_shared<calibration::Calibration>();
+    calibration->observations.prints = {print};
+    calibration->estimate.shapes.emplace_back();
+    calibration->estimate.shapes[0].reach = 100;
+    SessionResult result;
+    result.calibration = calibration;
+    result.looks = {look};
+    return result;
+}
+
+std::vector<PatternReading> readFrom(const std::vector<PrintCell> &cells) {
+    QPointF least(1e9, 1e9);
+    for (const PrintCell &cell : cells) {
+        for (const Eigen::Vector3d &corner : cell.whole) {
+            least = {qMin(least.x(), corner.x()), qMin(least.y(), corner.y())};
+        }
+    }
+    QImage picture(700, 700, QImage::Format_Grayscale8);
+    picture.fill(120);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const auto place = [&](const Eigen::Vector3d &at) {
+        return std::optional(QPointF(40, 40) + pixelsPerMm * (QPointF(at.x(), at.y()) - least));
+    };
+    for (const PrintCell &cell : cells) {
+        painter.fillPath(darkPartsOf({{}, {cell.whole}}, place), Qt::white);
+        painter.fillPath(darkPartsOf(cell, place), Qt::black);
+    }
+    painter.end();
+    return pattern_reader::readPatterns(
+        cv::Mat(picture.height(), picture.width(), CV_8U, picture.bits(), size_t(picture.bytesPerLine())));
+}
+
+pattern_reader::PatternValues valuesWith(double thickness, std::optional<cv::Point> offset = {}) {
+    pattern_reader::PatternValues values;
+    values.thickness = thickness;
+    values.offset = offset;
+    return values;
+}
+
+}  // namespace
+
+class PrintTextureTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void isWhatWasPrinted_data();
+    void isWhatWasPrinted();
+};
+
+void PrintTextureTest::isWhatWasPrinted_data() {
+    QTest::addColumn<PrintLook>("look");
+    QTest::addColumn<QPoint>("first");
+    QTest::addColumn<QSize>("points");
+    QTest::newRow("pattern 3 of an assembly")
+        << PrintLook{PatternKind::Tile, 4, true, {}} << QPoint(1, 1) << QSize(15, 15);
+    QTest::newRow("with light first square")
+        << PrintLook{PatternKind::Tile, 4, false, {}} << QPoint(1, 1) << QSize(15, 15);
+    QTest::newRow("single, with its thickness")
+        << PrintLook{PatternKind::Tile, 0, true, valuesWith(3.5)} << QPoint(1, 1) << QSize(15, 15);
+    QTest::newRow("piece of the plane") << PrintLook{PatternKind::Plane, -1, true, {}} << QPoint(101, 60)
+                                        << QSize(12, 9);
+    QTest::newRow("plate") << PrintLook{PatternKind::Plate, -1, true, valuesWith(2)} << QPoint(2, 2) << QSize(7, 7);
+    QTest::newRow("plate with offset") << PrintLook{PatternKind::Plate, -1, true, valuesWith(0, cv::Point(5, -7))}
+                                       << QPoint(2, 2) << QSize(7, 7);
+}
+
+void PrintTextureTest::isWhatWasPrinted() {
+    QFETCH(const PrintLook, look);
+    QFETCH(const QPoint, first);
+    QFETCH(const QSize, points);
+    const SessionResult result = resultWith(look, {first.x(), first.y()}, {points.width(), points.height()});
+    const std::vector<PatternReading> readings = readFrom(textureOf(result, 0));
+    QCOMPARE(readings.size(), size_t(1));
+    const PatternReading &reading = readings[0];
+    QVERIFY(reading.kind == look.kind);
+    QCOMPARE(reading.tile, look.tile);
+    QCOMPARE(int(reading.corners.size()), points.width() * points.height());
+    QCOMPARE(QPoint(reading.corners[0].lattice.x, reading.corners[0].lattice.y), first);
+    if (look.kind != PatternKind::Plate) {
+        QCOMPARE(reading.topLeftSquareDark, look.isTopLeftSquareDark);
+    }
+    if (look.kind == PatternKind::Plane) {
+        return;
+    }
+    QVERIFY(reading.values.has_value());
+    if (look.values && look.values->offset) {
+        QVERIFY(reading.values->offset == look.values->offset);
+    } else {
+        QCOMPARE(reading.values->gridSpacing.value_or(0), gridSpacing);
+    }
+    if (look.tile <= 0 && look.values && !look.values->offset) {
+        QCOMPARE(reading.values->thickness.value_or(0), look.values->thickness.value_or(0));
+    }
+}
+
+QTEST_GUILESS_MAIN(PrintTextureTest)
+#include "print_texture_test.moc"

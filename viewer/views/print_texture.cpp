@@ -1,0 +1,184 @@
+#include "viewer/views/print_texture.h"
+
+#include <QPolygonF>
+#include <cmath>
+
+#include "camera_library/pattern/code_cells.h"
+#include "camera_library/pattern/pattern_geometry.h"
+
+using calibration::Print;
+using lmlib64::PatternDescription;
+using lmlib64::PatternGeometry;
+using pattern_reader::PatternKind;
+
+namespace {
+
+constexpr double leastTolerance = 0.02;  // of a circle's polygon, in relation to its radius
+// Of neighbouring cells, in relation to their size: the ground would shine through a common edge.
+constexpr double overlapShare = 0.02;
+
+// The type of pattern in the library that looks like this kind.
+const lmlib64::PatternType *typeOf(const PrintLook &look) {
+    switch (look.kind) {
+        case PatternKind::Plane:
+            return lmlib64::findPatternType("Flexible");
+        case PatternKind::Tile:
+            return lmlib64::findPatternType(look.tile > 0 ? "Assembly" : "SingleCustom");
+        case PatternKind::Plate:
+            return lmlib64::findPatternType(std::nullopt);
+        case PatternKind::Board:
+            break;
+    }
+    return lmlib64::findPatternType("SingleCustom");
+}
+
+size_t pointAt(const Print &print, int column, int row) {
+    for (size_t i = 0; i < print.cells.size(); ++i) {
+        if (print.cells[i] == Eigen::Vector2i(column, row)) {
+            return i;
+        }
+    }
+    return 0;
+}
+
+// As it would have to be asked for to get this print.
+PatternDescription descriptionOf(const Print &print, const PrintLook &look) {
+    Eigen::Vector2i last(0, 0);
+    for (const Eigen::Vector2i &cell : print.cells) {
+        last = last.cwiseMax(cell);
+    }
+    const double width = print.points[pointAt(print, last.x(), 0)].x() - print.points[pointAt(print, 0, 0)].x();
+    const double pitch = last.x() > 0 ? width / last.x() : 0;
+    PatternDescription description;
+    description.type = typeOf(look);
+    description.gridSize = {last.x() + 1, last.y() + 1};
+    constexpr double digits = 1e6;  // a code holds hundredths of a millimetre, so rounding errors matter
+    description.gridSpacing = std::round((look.kind == PatternKind::Plate ? pitch : 2 * pitch) * digits) / digits;
+    description.polarity = look.isTopLeftSquareDark;
+    description.isCoded = look.kind != PatternKind::Board;
+    if (look.tile > 0) {
+        description.assemblyNumber = look.tile - 1;
+    }
+    if (look.values) {
+        description.thickness = look.values->thickness.value_or(0);
+    }
+    const Eigen::Vector2d &middle = print.points[pointAt(print, last.x() / 2, last.y() / 2)];
+    if (look.kind == PatternKind::Plane || (look.values && look.values->offset)) {
+        description.offset = {middle.x(), middle.y()};
+    }
+    if (lmlib64::encodingFault(description)) {
+        description.isCoded = false;
+    }
+    return description;
+}
+
+// Along one axis, between the shapes.
+std::vector<double> cutsOf(double size, double first, double pitch, double quietZone) {
+    std::vector<double> cuts{-quietZone};
+    const double tolerance = 1e-6 * size;
+    for (double cut = first; cut < size - tolerance; cut += pitch) {
+        if (cut > tolerance) {
+            cuts.push_back(cut);
+        }
+    }
+    cuts.push_back(size + quietZone);
+    return cuts;
+}
+
+// All outlines within a window of the geometry, in its coordinates.
+std::vector<lmlib64::Polygon> polygonsIn(const lmlib64::Rectangle &window, const PatternGeometry &geometry) {
+    const PatternGeometry part = lmlib64::clippedTo(window, geometry);
+    std::vector<lmlib64::Polygon> polygons = part.polygons;
+    for (const lmlib64::Rectangle &one : part.rectangles) {
+        polygons.push_back(
+            {{one.left, one.top}, {one.right, one.top}, {one.right, one.bottom}, {one.left, one.bottom}});
+    }
+    for (const lmlib64::Circle &circle : part.circles) {
+        lmlib64::Polygon polygon = lmlib64::polygonOfCircle(circle.radius, leastTolerance * circle.radius);
+        for (lmlib64::Point &corner : polygon) {
+            corner = {corner.x + circle.centre.x, corner.y + circle.centre.y};
+        }
+        polygons.push_back(std::move(polygon));
+    }
+    return polygons;
+}
+
+}  // namespace
+
+std::vector<PrintCell> textureOf(const SessionResult &result, int index) {
+    const Print &print = result.calibration->observations.prints[size_t(index)];
+    const calibration::PrintShape &shape = result.calibration->estimate.shapes[size_t(index)];
+    if (size_t(index) >= result.looks.size() || !result.looks[size_t(index)] || print.cells.empty()) {
+        return {};
+    }
+    const PatternDescription description = descriptionOf(print, *result.looks[size_t(index)]);
+    if (!description.hasExtent()) {
+        return {};
+    }
+    const PatternGeometry geometry = lmlib64::geometryOf(description);
+    const lmlib64::Lattice &lattice = geometry.lattice;
+    const Eigen::Vector2d shift =
+        print.points[pointAt(print, 0, 0)] - Eigen::Vector2d(lattice.first.x, lattice.first.y);
+    const auto placed = [&](const lmlib64::Polygon &polygon) {
+        Outline outline;
+        for (const lmlib64::Point &corner : polygon) {
+            const Eigen::Vector2d drawn = shift + Eigen::Vector2d(corner.x, corner.y);
+            outline.push_back(calibration::printedPoint(shape.numbers.data(), shape.reach, drawn).place);
+        }
+        return outline;
+    };
+    const auto cuts = [&](double size, double first) {
+        return cutsOf(size, first + geometry.cutDistance - lattice.pitch, lattice.pitch, geometry.quietZone);
+    };
+    const std::vector<double> across = cuts(geometry.width, lattice.first.x);
+    const std::vector<double> down = cuts(geometry.height, lattice.first.y);
+    const double overlap = overlapShare * lattice.pitch;
+    std::vector<PrintCell> cells;
+    for (size_t row = 0; row + 1 < down.size(); ++row) {
+        for (size_t column = 0; column + 1 < across.size(); ++column) {
+            const lmlib64::Rectangle window{across[column] - overlap, down[row] - overlap, across[column + 1] + overlap,
+                                            down[row + 1] + overlap};
+            PrintCell cell;
+            cell.whole = placed({{window.left, window.top},
+                                 {window.right, window.top},
+                                 {window.right, window.bottom},
+                                 {window.left, window.bottom}});
+            for (const lmlib64::Polygon &polygon : polygonsIn(window, geometry)) {
+                cell.shapes.push_back(placed(polygon));
+            }
+            cells.push_back(std::move(cell));
+        }
+    }
+    return cells;
+}
+
+QPainterPath darkPartsOf(const PrintCell &cell,
+                         const std::function<std::optional<QPointF>(const Eigen::Vector3d &)> &place) {
+    QPainterPath path;
+    path.setFillRule(Qt::OddEvenFill);
+    for (const Outline &outline : cell.shapes) {
+        QPolygonF polygon;
+        for (const Eigen::Vector3d &corner : outline) {
+            const std::optional<QPointF> at = place(corner);
+            if (!at) {
+                return {};
+            }
+            polygon << *at;
+        }
+        path.addPolygon(polygon);
+        path.closeSubpath();
+    }
+    return path;
+}
+
+std::function<std::optional<QPointF>(const Eigen::Vector3d &)> seenBy(const calibration::Camera &camera,
+                                                                      const Eigen::VectorXd &intrinsics,
+                                                                      const calibration::RigidMotion &cameraFromPrint) {
+    return [&](const Eigen::Vector3d &corner) -> std::optional<QPointF> {
+        Eigen::Vector2d image;
+        if (!calibration::project(camera.lens, intrinsics.data(), cameraFromPrint * corner, image)) {
+            return std::nullopt;
+        }
+        return QPointF(image.x(), image.y());
+    };
+}
