@@ -6,6 +6,8 @@
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <utility>
 
 #include "viewer/views/drawing.h"
 
@@ -17,6 +19,7 @@ namespace {
 constexpr double greatestScale = 40;
 constexpr double smallestScale = 0.01;
 constexpr int panStep = 60;             // pixels of the view
+constexpr double arrowCell = 26;        // pixels of the view: one residual is drawn in each square of this size
 constexpr double pickReach = 12;        // pixels of the view
 constexpr double namesFromLength = 60;  // pixels of the view; axes at least this long have their names
 constexpr int numbersFromScale = 3;     // corners have their column and row at this scale or a larger one
@@ -241,30 +244,48 @@ void PhotographView::drawReading(QPainter &painter, int index) const {
     drawAxes(painter, reading);
 }
 
-void PhotographView::drawResiduals(QPainter &painter) const {
+std::vector<PhotographView::ResidualArrow> PhotographView::residualArrows() const {
     const int index = result && result->calibration ? result->indexOf(photograph.id) : -1;
     if (index < 0) {
-        return;
+        return {};
     }
+    std::map<std::pair<int, int>, ResidualArrow> largest;  // by column and row of the cell
     const auto &sightings = result->calibration->observations.sightings;
     for (size_t s = 0; s < sightings.size(); ++s) {
-        if (sightings[s].photograph != index) {
-            continue;
-        }
-        for (size_t c = 0; c < sightings[s].corners.size(); ++c) {
+        for (size_t c = 0; sightings[s].photograph == index && c < sightings[s].corners.size(); ++c) {
             const calibration::SeenCorner &corner = sightings[s].corners[c];
             const auto &estimated = result->estimated[s][c];
-            if (!estimated) {
+            const auto from = place({corner.image.x(), corner.image.y()});
+            if (!estimated || !from) {
                 continue;
             }
             const Eigen::Vector2d residual = corner.image - *estimated;
-            const auto from = place({corner.image.x(), corner.image.y()});
-            if (from) {
-                const bool counts = corner.isUsed && sightings[s].isUsed;
-                painter.setPen(QPen(counts ? QColor(255, 210, 0) : residualColour(), 1.5));
-                drawArrow(painter, *from, *from + scale * residualFactor * QPointF(residual.x(), residual.y()));
+            const ResidualArrow arrow{*from, {residual.x(), residual.y()}, corner.isUsed && sightings[s].isUsed};
+            // From the photograph's corner, so that moving it in the view changes no cell.
+            const QPointF cell = (*from - origin) / arrowCell;
+            const auto [found, isFirst] =
+                largest.try_emplace({int(std::floor(cell.x())), int(std::floor(cell.y()))}, arrow);
+            if (!isFirst && residual.norm() > std::hypot(found->second.residual.x(), found->second.residual.y())) {
+                found->second = arrow;
             }
         }
+    }
+    std::vector<ResidualArrow> arrows;
+    arrows.reserve(largest.size());
+    for (const auto &[cell, arrow] : largest) {
+        arrows.push_back(arrow);
+    }
+    return arrows;
+}
+
+void PhotographView::drawResiduals(QPainter &painter) const {
+    for (const ResidualArrow &arrow : residualArrows()) {
+        const QPointF tip = arrow.from + scale * residualFactor * arrow.residual;
+        // The dark border makes it readable on white paper.
+        painter.setPen(QPen(QColor(20, 20, 24, 170), 3.5));
+        drawArrow(painter, arrow.from, tip);
+        painter.setPen(QPen(arrow.counts ? QColor(255, 210, 0) : residualColour(), 1.5));
+        drawArrow(painter, arrow.from, tip);
     }
 }
 

@@ -62,6 +62,13 @@ private:
     void drawPicture(QPainter &painter) const;
     void drawReading(QPainter &painter, int index) const;
     void drawAxes(QPainter &painter, const pattern_reader::PatternReading &reading) const;
+    struct ResidualArrow {
+        QPointF from;      // in the view
+        QPointF residual;  // pixels of the photograph, from where the calibration puts the corner to where it was seen
+        bool counts = true;
+    };
+    // Where corners are dense in the view, only the largest residual of each small square.
+    std::vector<ResidualArrow> residualArrows() const;
     void drawResiduals(QPainter &painter) const;
     QString hint() const;
 
