@@ -56,6 +56,9 @@ SettingsPanel::SettingsPanel(QWidget *parent)
       mayBend(new QCheckBox(tr("Prints may be bent"), this)) {
     arrangement->addItems({tr("Cameras, each by itself"), tr("Rig: cameras fixed to each other"),
                            tr("Assembly: patterns fixed to each other")});
+    for (int i = 0; i < arrangement->count(); ++i) {
+        arrangement->setItemData(i, arrangement->itemText(i), Qt::ToolTipRole);  // the closed box may cut it off
+    }
     lens->addItem(tr("Choose the best"));
     for (const LensModel model :
          {LensModel::Pinhole4, LensModel::Pinhole5, LensModel::Pinhole8, LensModel::Pinhole12, LensModel::Fisheye}) {

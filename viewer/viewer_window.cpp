@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 #include <cmath>
 
+#include "viewer/axes_panel.h"
 #include "viewer/live_panel.h"
 #include "viewer/session/photograph_calibration.h"
 #include "viewer/settings_panel.h"
@@ -58,7 +59,7 @@ ViewerWindow::ViewerWindow(const QString &recoveryFolder) : session(calibratePho
     columns->setChildrenCollapsible(false);
     columns->addWidget(makePhotographColumn());
     columns->addWidget(makePictureColumn());
-    columns->addWidget(makeTabs());
+    columns->addWidget(makeResultColumn());
     columns->setStretchFactor(0, 0);
     columns->setStretchFactor(1, 1);
     columns->setStretchFactor(2, 2);
@@ -149,6 +150,9 @@ QWidget *ViewerWindow::makePictureColumn() {
     straight->setToolTip(tr("Shows the photograph as a lens without distortion would: straight lines are straight."));
     auto *residuals = new QCheckBox(tr("Residual arro&ws"), column);
     residuals->setChecked(true);
+    residuals->setToolTip(
+        tr("From where the calibration puts a corner to where it was seen, enlarged. Where corners are close together, "
+           "only the longest arrow is drawn; zoom in to see the others."));
     factor = new QSlider(Qt::Horizontal, column);
     factor->setRange(0, factorSteps);
     factor->setAccessibleName(tr("Factor of the residual arrows"));
@@ -202,14 +206,25 @@ QWidget *ViewerWindow::makeTabs() {
         picture->centreOn(pixel);
     });
     connect(patternsView, &PatternsView::settingsEdited, &session, &Session::setSettings);
-    connect(patternsView, &PatternsView::pickingToggled, this, [this](bool isOn) {
+    return tabs;
+}
+
+QWidget *ViewerWindow::makeResultColumn() {
+    auto *column = new QWidget(this);
+    auto *rows = new QVBoxLayout(column);
+    rows->setContentsMargins(0, 0, 0, 0);
+    axes = new AxesPanel(column);
+    axes->hide();
+    rows->addWidget(makeTabs(), 1);
+    rows->addWidget(axes);
+    connect(axes, &AxesPanel::settingsEdited, &session, &Session::setSettings);
+    connect(axes, &AxesPanel::pickingToggled, this, [this](bool isOn) {
         picture->setPicksCorners(isOn);
         if (isOn) {
             pickedCorners.clear();
-            patternsView->setPickedCorners(0);
         }
     });
-    return tabs;
+    return column;
 }
 
 QWidget *ViewerWindow::makeRecoveryBar() {
@@ -248,6 +263,8 @@ void ViewerWindow::connectSession() {
     connect(&session, &Session::settingsChanged, this, [this] {
         settingsPanel->setSettings(session.settings());
         patternsView->setSettings(session.settings());
+        axes->setSettings(session.settings());
+        axes->setVisible(session.settings().arrangement == Arrangement::Assembly);
     });
     connect(settingsPanel, &SettingsPanel::edited, &session, &Session::setSettings);
     connect(list->selectionModel(), &QItemSelectionModel::currentChanged, this, &ViewerWindow::showCurrentPhotograph);
@@ -279,6 +296,7 @@ void ViewerWindow::showResult() {
         view->setResult(result);
     }
     picture->setResult(result);
+    axes->setResult(result.get());
     const bool isCalibrated = result && result->calibration;
     saveResultsAction->setEnabled(isCalibrated);
     reportAction->setEnabled(isCalibrated);
@@ -313,7 +331,7 @@ void ViewerWindow::cornerPicked(QPointF pixel) {
         return;
     }
     pickedCorners.push_back(*corner);
-    patternsView->setPickedCorners(int(pickedCorners.size()));
+    axes->setPickedCorners(int(pickedCorners.size()));
     if (pickedCorners.size() == 3) {
         SessionSettings settings = session.settings();
         settings.frame = {pickedCorners[0], pickedCorners[1], pickedCorners[2]};

@@ -10,6 +10,7 @@
 #include "viewer/photograph_list.h"
 #include "viewer/session/session.h"
 
+class AxesPanel;
 class LivePanel;
 class PatternsView;
 class PhotographView;
@@ -48,6 +49,7 @@ private:
     QWidget *makePhotographColumn();
     QWidget *makePictureColumn();
     QWidget *makeTabs();
+    QWidget *makeResultColumn();
     QWidget *makeRecoveryBar();
     void addTab(ResultView *view, const QString &title);
     void makeMenus();
@@ -90,6 +92,7 @@ private:
     QTabWidget *tabs = nullptr;
     std::vector<ResultView *> views;
     PatternsView *patternsView = nullptr;
+    AxesPanel *axes = nullptr;
     LivePanel *live = nullptr;
     QFrame *recoveryBar = nullptr;
     QLabel *progressText = nullptr;

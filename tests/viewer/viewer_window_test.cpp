@@ -14,6 +14,7 @@
 #include <QListView>
 #include <QMenuBar>
 #include <QProcess>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -51,6 +52,19 @@ QString problemOf(const QListView &list, const QString &fileName) {
     return "not in the list";
 }
 
+// The smallest rectangle with everything that is not white.
+QRect inkIn(const QImage &picture) {
+    QRect ink;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (qGray(picture.pixel(x, y)) < 250) {
+                ink |= QRect(x, y, 1, 1);
+            }
+        }
+    }
+    return ink;
+}
+
 // Counts the colours in a picture of the widget. There are only a few if nothing is drawn.
 int coloursIn(QWidget &widget) {
     const QImage picture = widget.grab().toImage();
@@ -72,6 +86,7 @@ private slots:
     void leadsFromADropToTheAssembly();
     void namesBadPhotographsAndIsNotSpoiledByThem();
     void opensPhotographsFromResiduals();
+    void writesTheAssemblyInTheAxesOfThreeClickedCorners();
     void takesPicturesOfAVideo();
     void hasAKeyForEverything();
     void staysReadableWithLargeFontsAndDarkPalettes();
@@ -129,11 +144,27 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
     reader.start("pdftotext", {"-layout", pdf, "-"});
     QVERIFY(reader.waitForFinished());
     const QString text = QString::fromUtf8(reader.readAllStandardOutput()).simplified();
+    const QString verdict = window.findChild<QTextBrowser *>()->toPlainText().simplified().section('.', 0, 0);
     for (const char *part : {"Camera calibration", "Residual of each photograph", "photograph-12.jpg", "of 12",
                              "Field of view", "How to read this", "if lengths matter", "The next photograph", "px"}) {
         QVERIFY2(text.contains(part), part);
     }
+    QVERIFY(text.contains(verdict));
     QVERIFY(!window.writeReportTo(results.filePath("no/such/folder.pdf")).isEmpty());
+
+    // Every page is A4, and everything is within its margins.
+    QProcess painter;
+    painter.setWorkingDirectory(results.path());
+    painter.start("pdftoppm", {"-r", "25.4", "-gray", pdf, "page"});
+    QVERIFY(painter.waitForFinished());
+    const QStringList pages = QDir(results.path()).entryList({"page-*.pgm"});
+    QVERIFY(pages.size() >= 3);
+    for (const QString &page : pages) {
+        const QImage picture(results.filePath(page));
+        QVERIFY(qAbs(picture.width() - 210) <= 1 && qAbs(picture.height() - 297) <= 1);  // one pixel per millimetre
+        const QRect ink = inkIn(picture);
+        QVERIFY2(picture.rect().adjusted(15, 15, -15, -15).contains(ink) && ink.width() > 100, qPrintable(page));
+    }
 }
 
 void ViewerWindowTest::namesBadPhotographsAndIsNotSpoiledByThem() {
@@ -183,6 +214,60 @@ void ViewerWindowTest::opensPhotographsFromResiduals() {
     QCOMPARE(picture->photographId(), chosen[0][0].toInt());
 }
 
+void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
+    ViewerWindow window{QString()};
+    useFixedModels(window);
+    window.show();
+    window.open({exampleFolder});
+    QVERIFY(isCalibrated(window));
+    auto *pick = window.findChild<QPushButton *>("pickCorners");
+    QVERIFY2(pick->isVisible() && pick->isEnabled(), "the choice is not in view");
+    auto *picture = window.findChild<PhotographView *>();
+    QTRY_VERIFY(coloursIn(*picture) > 50);  // the photograph is loaded
+
+    // Of pattern 1: the columns and rows of its file are less by one than those of the lattice.
+    const cv::Point lattice[] = {{4, 3}, {12, 3}, {4, 11}};
+    QImage photograph(examplePhotograph(1));
+    const double scale =
+        qMin(double(picture->width()) / photograph.width(), double(picture->height()) / photograph.height());
+    const QPointF origin =
+        QPointF(picture->width() - scale * photograph.width(), picture->height() - scale * photograph.height()) / 2;
+    QImage grey = photograph.convertToFormat(QImage::Format_Grayscale8);
+    const auto readings = pattern_reader::readPatterns(
+        cv::Mat(grey.height(), grey.width(), CV_8U, grey.bits(), size_t(grey.bytesPerLine())));
+    pick->click();
+    for (const cv::Point &wanted : lattice) {
+        for (const auto &reading : readings) {
+            for (const auto &corner : reading.corners) {
+                if (reading.tile == 2 && corner.lattice == wanted) {
+                    const QPointF at(double(corner.image.x) + 0.5, double(corner.image.y) + 0.5);
+                    QTest::mouseClick(picture, Qt::LeftButton, {}, (origin + scale * at).toPoint());
+                }
+            }
+        }
+    }
+    QVERIFY(!pick->isChecked());
+    const QTemporaryDir results;
+    QVERIFY(isCalibrated(window));
+    QCOMPARE(window.writeResultsTo(results.path()), QString());
+    QFile file(results.filePath("assembly.json"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QMap<QPair<int, int>, Eigen::Vector3d> places;
+    for (const QJsonValue &pattern : QJsonDocument::fromJson(file.readAll()).object()["Patterns"].toArray()) {
+        for (const QJsonValue &point : pattern["Number"].toInt() == 1 ? pattern["Points"].toArray() : QJsonArray()) {
+            const QJsonArray row = point.toArray();
+            places.insert({row[0].toInt(), row[1].toInt()},
+                          Eigen::Vector3d(row[2].toDouble(), row[3].toDouble(), row[4].toDouble()));
+        }
+    }
+    const double length = 8 * example_assembly::gridSpacing / 2;
+    const Eigen::Vector3d expected[] = {{0, 0, 0}, {length, 0, 0}, {0, length, 0}};
+    for (int i = 0; i < 3; ++i) {
+        const Eigen::Vector3d found = places.value({lattice[i].x - 1, lattice[i].y - 1}, Eigen::Vector3d(-1, -1, -1));
+        QVERIFY2((found - expected[i]).norm() < 0.05, qPrintable(QString("%1").arg((found - expected[i]).norm())));
+    }
+}
+
 void ViewerWindowTest::takesPicturesOfAVideo() {
     const QTemporaryDir folder;
     const QString file = folder.filePath("target.avi");
@@ -223,25 +308,41 @@ void ViewerWindowTest::hasAKeyForEverything() {
         }
     }
     QVERIFY(shortcuts.size() >= 14);
-    QStringList texts;
+    // With each text, the tab on which it is; null outside the tabs. Only one tab is seen at a time.
+    QVector<QPair<QString, const QWidget *>> texts;
     for (const QAction *action : window.menuBar()->actions()) {
-        texts << action->text();
+        texts.append({action->text(), nullptr});
     }
     const auto *tabs = window.findChild<QTabWidget *>("views");
     for (int tab = 0; tab < tabs->count(); ++tab) {
-        texts << tabs->tabText(tab);
+        texts.append({tabs->tabText(tab), nullptr});
     }
+    const auto tabOf = [tabs](const QWidget *widget) -> const QWidget * {
+        for (int tab = 0; tab < tabs->count(); ++tab) {
+            if (tabs->widget(tab)->isAncestorOf(widget)) {
+                return tabs->widget(tab);
+            }
+        }
+        return nullptr;
+    };
     for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
-        texts << button->text();
+        texts.append({button->text(), tabOf(button)});
     }
     for (const QLabel *label : window.findChildren<QLabel *>()) {
-        texts << (label->buddy() == nullptr ? QString() : label->text());
+        texts.append({label->buddy() == nullptr ? QString() : label->text(), tabOf(label)});
     }
-    QMap<QString, QString> mnemonics;
-    for (const QString &text : texts) {
-        const QString key = QKeySequence::mnemonic(text).toString();
-        QVERIFY2(key.isEmpty() || !mnemonics.contains(key), qPrintable(mnemonics[key] + " and " + text));
-        mnemonics[key] = text;
+    for (int i = 0; i < texts.size(); ++i) {
+        for (int j = 0; j < i; ++j) {
+            const bool isSeenTogether =
+                texts[i].second == nullptr || texts[j].second == nullptr || texts[i].second == texts[j].second;
+            const QKeySequence key = QKeySequence::mnemonic(texts[i].first);
+            QVERIFY2(!isSeenTogether || key.isEmpty() || key != QKeySequence::mnemonic(texts[j].first),
+                     qPrintable(texts[j].first + " and " + texts[i].first));
+        }
+    }
+    // A button whose text shows another shortcut still has its mnemonic.
+    for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
+        QCOMPARE(button->shortcut(), QKeySequence::mnemonic(button->text()));
     }
     // Every widget that takes input can be reached with the tab key.
     QSet<const QWidget *> reached;

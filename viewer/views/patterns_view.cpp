@@ -1,12 +1,9 @@
 #include "viewer/views/patterns_view.h"
 
-#include <QComboBox>
-#include <QFormLayout>
 #include <QHeaderView>
-#include <QLabel>
-#include <QPushButton>
 #include <QSignalBlocker>
 #include <QTableWidget>
+#include <QVBoxLayout>
 #include <cmath>
 
 #include "viewer/views/drawing.h"
@@ -37,13 +34,7 @@ QString percent(double logarithm) {
 
 }  // namespace
 
-PatternsView::PatternsView(QWidget *parent)
-    : ResultView(parent),
-      table(new QTableWidget(0, ColumnCount, this)),
-      reference(new QComboBox(this)),
-      pick(new QPushButton(tr("Pic&k Three Corners"), this)),
-      clear(new QPushButton(tr("Clear"), this)),
-      frame(new QLabel(this)) {
+PatternsView::PatternsView(QWidget *parent) : ResultView(parent), table(new QTableWidget(0, ColumnCount, this)) {
     table->setAccessibleName(tr("Patterns"));
     table->setHorizontalHeaderLabels({tr("Pattern"), tr("Photos"), tr("X [mm]"), tr("Y [mm]"), tr("Z [mm]"),
                                       tr("Turn [°]"), tr("Scale x"), tr("Scale y"), tr("Bend [mm]"),
@@ -53,67 +44,14 @@ PatternsView::PatternsView(QWidget *parent)
     table->verticalHeader()->hide();
     table->setAlternatingRowColors(true);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    pick->setCheckable(true);
-    pick->setToolTip(
-        tr("Click three corners in photographs: the origin, one on the x axis, one in the plane of x and y."));
-    frame->setWordWrap(true);
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(pick);
-    buttons->addWidget(clear);
-    buttons->addStretch();
-    auto *form = new QFormLayout;
-    form->addRow(tr("Common a&xes of:"), reference);
-    form->addRow(tr("Or by corners:"), buttons);
-    form->addRow(frame);
     auto *column = new QVBoxLayout(this);
     column->addWidget(table, 1);
-    column->addLayout(form);
     connect(table, &QTableWidget::cellChanged, this, &PatternsView::measureEdited);
-    connect(pick, &QPushButton::toggled, this, &PatternsView::pickingToggled);
-    connect(clear, &QPushButton::clicked, this, [this] {
-        settings.frame.reset();
-        emit settingsEdited(settings);
-    });
-    connect(reference, qOverload<int>(&QComboBox::activated), this, [this](int index) {
-        settings.reference.reset();
-        if (index > 0) {
-            settings.reference = reference->itemData(index).toInt();
-        }
-        settings.frame.reset();
-        emit settingsEdited(settings);
-    });
-    showFrame();
 }
 
 void PatternsView::setSettings(const SessionSettings &newSettings) {
     settings = newSettings;
     refresh();
-}
-
-void PatternsView::setPickedCorners(int count) {
-    picked = count;
-    if (count == 3) {
-        pick->setChecked(false);
-    }
-    showFrame();
-}
-
-void PatternsView::showFrame() {
-    clear->setEnabled(settings.frame.has_value());
-    if (pick->isChecked()) {
-        const QString wanted[] = {tr("the origin"), tr("a point on the x axis"), tr("a point in the plane of x and y")};
-        frame->setText(tr("Click %1 in a photograph.").arg(wanted[qBound(0, picked, 2)]));
-    } else if (settings.frame) {
-        QStringList corners;
-        for (const NamedCorner &corner : *settings.frame) {
-            corners << tr("pattern %1, column %2, row %3").arg(corner.pattern).arg(corner.column).arg(corner.row);
-        }
-        frame->setText(tr("Origin: %1. On the x axis: %2. In the plane: %3.").arg(corners[0], corners[1], corners[2]));
-    } else {
-        frame->setText(
-            tr("The results have the axes of the reference pattern: x to the right, y down, z into the "
-               "print."));
-    }
 }
 
 void PatternsView::fillRow(int row, int print) {
@@ -159,25 +97,15 @@ void PatternsView::fillRow(int row, int print) {
 
 void PatternsView::refresh() {
     const QSignalBlocker tableBlocker(table);
-    const QSignalBlocker referenceBlocker(reference);
     table->setRowCount(0);
-    reference->clear();
-    reference->addItem(tr("the first one"));
     if (calibrated() != nullptr) {
         const auto &prints = calibrated()->observations.prints;
         table->setRowCount(int(prints.size()));
         for (size_t print = 0; print < prints.size(); ++print) {
             fillRow(int(print), int(print));
-            if (prints[print].number >= 0) {
-                reference->addItem(tr("Pattern %1").arg(prints[print].number), prints[print].number);
-            }
         }
         table->resizeColumnsToContents();
     }
-    if (settings.reference) {
-        reference->setCurrentIndex(qMax(0, reference->findData(*settings.reference)));
-    }
-    showFrame();
 }
 
 void PatternsView::measureEdited(int row, int column) {
