@@ -8,6 +8,7 @@
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QStandardPaths>
 #include <QVBoxLayout>
@@ -53,7 +54,7 @@ LivePanel::LivePanel(Session *ownSession, QWidget *parent)
       source(new QComboBox(this)),
       size(new QComboBox(this)),
       startButton(new QPushButton(this)),
-      takeButton(new QPushButton(tr("Take Picture (Ctrl+Space)"), this)),
+      takeButton(new QPushButton(tr("Ta&ke Picture (Ctrl+Space)"), this)),
       byItself(new QCheckBox(tr("By itself"), this)),
       folderButton(new QPushButton(this)),
       status(new QLabel(this)),
@@ -93,7 +94,9 @@ void LivePanel::lay() {
     size->setToolTip(tr("The size of picture that the camera is asked for. A calibration holds for one size.") +
                      link());
     takeButton->setToolTip(tr("Keeps the next picture, whatever it shows.") + link());
-    takeButton->setShortcut(QKeySequence("Ctrl+Space"));
+    // Beside the button's own shortcut, which is its mnemonic.
+    auto *take = new QShortcut(QKeySequence("Ctrl+Space"), this);
+    connect(take, &QShortcut::activated, takeButton, &QPushButton::click);
     byItself->setToolTip(tr("Takes a picture when the target is still, sharp, and seen in a new way.") + link());
     byItself->setChecked(true);
     folderButton->setToolTip(tr("The folder in which pictures are kept.") + link());
@@ -208,8 +211,6 @@ void LivePanel::start() {
 void LivePanel::showRunning() {
     const bool isRunning = capture.isRunning();
     startButton->setText(isRunning ? tr("Stop") : tr("Start"));
-    takeButton->setText(tr("Take Picture (Ctrl+Space)"));
-    takeButton->setShortcut(QKeySequence("Ctrl+Space"));
     takeButton->setEnabled(isRunning);
     folderButton->setEnabled(!isRunning);
     size->setEnabled(!isRunning);
@@ -243,10 +244,10 @@ void LivePanel::showTaken(const QString &file) {
     takenTimer.start();
 }
 
-void LivePanel::showEnd(const QString &reason) {
+void LivePanel::showEnd(const QString &reason, bool isProblem) {
     takenTimer.stop();
     view->setBorder({});
-    say(tr("%1 Pictures taken: %2.").arg(reason).arg(takenCount), true);
+    say(tr("%1 Pictures taken: %2.").arg(reason).arg(takenCount), isProblem);
     showRunning();
 }
 

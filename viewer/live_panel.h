@@ -39,7 +39,7 @@ private:
     void showRunning();
     void showFrame(const LiveFrame &frame);
     void showTaken(const QString &file);
-    void showEnd(const QString &reason);
+    void showEnd(const QString &reason, bool isProblem);
     void say(const QString &text, bool isBad);
     void chooseSource();
     void chooseFolder();

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <complex>
 #include <opencv2/imgproc.hpp>
+#include <opencv2/videoio.hpp>
 
 #include "viewer/session/edge_blur.h"
 #include "viewer/session/live_capture.h"
@@ -56,6 +57,29 @@ private:
     int frames = 0;
 };
 
+// A camera that loses single frames, and is unplugged after some.
+class UnreliableCamera : public cv::VideoCapture {
+public:
+    explicit UnreliableCamera(int frameCount) : framesLeft(frameCount) {}
+    using cv::VideoCapture::open;
+    bool open(int, int) override { return true; }
+    bool isOpened() const override { return true; }
+    bool set(int, double) override { return true; }
+    bool read(cv::OutputArray frame) override {
+        losesNext = !losesNext;
+        if (losesNext || framesLeft == 0) {
+            return false;
+        }
+        --framesLeft;
+        cv::Mat(48, 64, CV_8UC3, cv::Scalar(1, 2, 3)).copyTo(frame);
+        return true;
+    }
+
+private:
+    int framesLeft;
+    bool losesNext = false;
+};
+
 }  // namespace
 
 class LiveCaptureTest : public QObject {
@@ -69,6 +93,7 @@ private slots:
     void keepsStillSharpAndNewFramesOnly();
     void keepsWhatTheUserAsksForUnderAFreeName();
     void saysWhyASourceEnds();
+    void noticesThatACameraIsUnplugged();
     void stopsAtOnce();
 };
 
@@ -197,11 +222,12 @@ void LiveCaptureTest::saysWhyASourceEnds() {
         FrameSourceChoice choice;
         QString folder;
         QString said;
+        bool isProblem;
     } cases[] = {
-        {{0, folder.filePath("gone.avi"), {}}, folder.path(), "gone.avi"},
-        {{999, {}, {}}, folder.path(), "cannot be opened"},
-        {{0, film.first(), {}}, folder.path(), "has ended"},
-        {{0, film.first(), {}}, folder.filePath("a-file/below"), "cannot be saved"},
+        {{0, folder.filePath("gone.avi"), {}}, folder.path(), "gone.avi", true},
+        {{999, {}, {}}, folder.path(), "cannot be opened", true},
+        {{0, film.first(), {}}, folder.path(), "has ended", false},
+        {{0, film.first(), {}}, folder.filePath("a-file/below"), "cannot be saved", true},
     };
     for (const auto &one : cases) {
         LiveCapture capture;
@@ -209,7 +235,21 @@ void LiveCaptureTest::saysWhyASourceEnds() {
         capture.start(one.choice, one.folder, {});
         QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 280000);
         QVERIFY2(ends[0][0].toString().contains(one.said), qPrintable(ends[0][0].toString()));
+        QCOMPARE(ends[0][1].toBool(), one.isProblem);
     }
+}
+
+// Single frames that get lost are no reason to stop.
+void LiveCaptureTest::noticesThatACameraIsUnplugged() {
+    constexpr int frameCount = 3;
+    FrameSource source({0, {}, {}}, std::make_unique<UnreliableCamera>(frameCount));
+    QCOMPARE(source.open(), QString());
+    for (int i = 0; i < frameCount; ++i) {
+        QCOMPARE(source.next().cols, 64);
+    }
+    QVERIFY(source.next().empty());
+    QVERIFY(!source.isFile());
+    QVERIFY2(source.endText().contains("unplugged"), qPrintable(source.endText()));
 }
 
 // Stopping and starting again return at once. After that, nothing of the first run is shown.

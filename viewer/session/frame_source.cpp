@@ -43,12 +43,15 @@ double now() {
 
 }  // namespace
 
-FrameSource::FrameSource(FrameSourceChoice sourceChoice) : choice(std::move(sourceChoice)) {}
+FrameSource::FrameSource(FrameSourceChoice sourceChoice, std::unique_ptr<cv::VideoCapture> ownCapture)
+    : choice(std::move(sourceChoice)), capture(std::move(ownCapture)) {}
+
+FrameSource::FrameSource(FrameSourceChoice sourceChoice)
+    : FrameSource(std::move(sourceChoice), std::make_unique<cv::VideoCapture>()) {}
 
 FrameSource::~FrameSource() = default;
 
 QString FrameSource::open() {
-    capture = std::make_unique<cv::VideoCapture>();
     if (isFile()) {
         if (QFileInfo::exists(choice.file)) {
             capture->open(QFile::encodeName(choice.file).toStdString(),

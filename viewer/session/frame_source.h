@@ -20,6 +20,8 @@ struct FrameSourceChoice {
 class FrameSource {
 public:
     explicit FrameSource(FrameSourceChoice sourceChoice);
+    // With another way to the frames, which is opened as OpenCV's own would be.
+    FrameSource(FrameSourceChoice sourceChoice, std::unique_ptr<cv::VideoCapture> ownCapture);
     ~FrameSource();
 
     // Returns an empty text, or the reason why there are no frames.

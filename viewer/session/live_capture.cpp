@@ -73,15 +73,15 @@ void LiveCapture::start(const FrameSourceChoice &choice, const QString &folder, 
         exchange.takesNext = false;
     }
     work.add([this, number, choice, folder, settings](const BackgroundWork::IsCancelled &isCancelled) {
-        QString reason;
+        End end;
         try {
-            reason = run(number, choice, folder, settings, isCancelled);
+            end = run(number, choice, folder, settings, isCancelled);
         } catch (const std::bad_alloc &) {
-            reason = tr("There is not enough memory for these pictures.");
+            end.reason = tr("There is not enough memory for these pictures.");
         } catch (const std::exception &error) {
-            reason = QString::fromLocal8Bit(error.what());
+            end.reason = QString::fromLocal8Bit(error.what());
         }
-        return [this, reason] { emit ended(reason); };
+        return [this, end] { emit ended(end.reason, end.isProblem); };
     });
 }
 
@@ -113,12 +113,12 @@ void LiveCapture::setEnough(bool isEnough) {
     exchange.hasEnough = isEnough;
 }
 
-QString LiveCapture::run(int number, const FrameSourceChoice &choice, const QString &folder,
-                         const SessionSettings &settings, const BackgroundWork::IsCancelled &isCancelled) {
+LiveCapture::End LiveCapture::run(int number, const FrameSourceChoice &choice, const QString &folder,
+                                  const SessionSettings &settings, const BackgroundWork::IsCancelled &isCancelled) {
     FrameSource source(choice);
     QString problem = source.open();
     if (!problem.isEmpty()) {
-        return problem;
+        return {problem};
     }
     pattern_reader::ReadingOptions options;
     options.isCancelled = isCancelled;
@@ -130,7 +130,7 @@ QString LiveCapture::run(int number, const FrameSourceChoice &choice, const QStr
     while (!isCancelled()) {
         const cv::Mat bgr = source.next();
         if (bgr.empty()) {
-            return source.endText();
+            return {source.endText(), !source.isFile()};
         }
         const cv::Mat grey = greyOf(bgr);
         const TargetView view{{bgr.cols, bgr.rows},
@@ -154,7 +154,7 @@ QString LiveCapture::run(int number, const FrameSourceChoice &choice, const QStr
             file = freeName(QDir(folder), lastName);
             QString failure = keep(bgr, file);
             if (!failure.isEmpty()) {
-                return failure;
+                return {failure};
             }
             decision.keptLast();
         }

@@ -52,8 +52,8 @@ signals:
     // Frames that arrive faster than they are shown are skipped.
     void frameShown(const LiveFrame &frame);
     void pictureTaken(const QString &file);
-    // The source ended by itself; the text says why in a sentence.
-    void ended(const QString &reason);
+    // The source ended by itself; the text says why in a sentence. The end of a file is no problem.
+    void ended(const QString &reason, bool isProblem);
 
 protected:
     void customEvent(QEvent *event) override;
@@ -73,9 +73,14 @@ private:
         QStringList files;
     };
 
-    // Reads frames until the run ends. Returns why it ended; empty if it was cancelled.
-    QString run(int number, const FrameSourceChoice &choice, const QString &folder, const SessionSettings &settings,
-                const BackgroundWork::IsCancelled &isCancelled);
+    struct End {
+        QString reason;  // empty if it was cancelled
+        bool isProblem = true;
+    };
+
+    // Reads frames until the run ends.
+    End run(int number, const FrameSourceChoice &choice, const QString &folder, const SessionSettings &settings,
+            const BackgroundWork::IsCancelled &isCancelled);
     void deliver(int run, const LiveFrame &frame, const QString &file);
 
     Exchange exchange;
