@@ -28,6 +28,15 @@ struct Arguments {
     int exitCode = -1;  // if it is not negative, the program ends with it
 };
 
+// Returns the exit code; a full disk is an error.
+int print(const char *text) {
+    if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0) {
+        return 0;
+    }
+    std::fputs("LmView: Standard output cannot be written.\n", stderr);
+    return 1;
+}
+
 Arguments parse(const QStringList &given) {
     Arguments arguments;
     bool isOptionsEnd = false;
@@ -39,11 +48,9 @@ Arguments parse(const QStringList &given) {
         } else if (argument == "--caltab-calibration") {
             arguments.isAssembly = true;
         } else if (argument == "--help") {
-            std::fputs(help, stdout);
-            arguments.exitCode = 0;
+            arguments.exitCode = print(help);
         } else if (argument == "--version") {
-            std::puts("LmView " LMCALTAB_VERSION);
-            arguments.exitCode = 0;
+            arguments.exitCode = print("LmView " LMCALTAB_VERSION "\n");
         } else {
             std::fprintf(stderr, "LmView: unknown option %s\n%s", qPrintable(argument), help);
             arguments.exitCode = 2;

@@ -112,11 +112,16 @@ std::string facts(const Camera &camera, const Eigen::VectorXd &intrinsics, const
            "</dl>\n";
 }
 
+// Cameras without a name of the user's are called camera, camera-2 and so on.
+std::string headingOf(const std::string &name) {
+    return escaped(name.rfind("camera", 0) == 0 ? "C" + name.substr(1) : "Camera " + name);
+}
+
 }  // namespace
 
 std::string cameraSection(const Calibration &calibration, int camera) {
     const Camera &what = calibration.observations.cameras[size_t(camera)];
-    std::string html = "<section class=\"camera\"><h2>Camera " + escaped(what.name) + "</h2>\n";
+    std::string html = "<section class=\"camera\"><h2>" + headingOf(what.name) + "</h2>\n";
     const Estimate &estimate = calibration.estimate;
     if (size_t(camera) >= calibration.cameras.size() || size_t(camera) >= estimate.intrinsics.size() ||
         !estimate.hasCamera[size_t(camera)] || estimate.intrinsics[size_t(camera)].size() == 0) {
