@@ -76,7 +76,8 @@ PatternDescription descriptionOf(const Print &print, const PrintLook &look) {
 std::vector<double> cutsOf(double size, double first, double pitch, double quietZone) {
     std::vector<double> cuts{-quietZone};
     const double tolerance = 1e-6 * size;
-    for (double cut = first; cut < size - tolerance; cut += pitch) {
+    for (int i = 0; first + i * pitch < size - tolerance; ++i) {
+        const double cut = first + i * pitch;
         if (cut > tolerance) {
             cuts.push_back(cut);
         }
@@ -135,6 +136,10 @@ std::vector<PrintCell> textureOf(const SessionResult &result, int index) {
     const double overlap = overlapShare * lattice.pitch;
     std::vector<PrintCell> cells;
     for (size_t row = 0; row + 1 < down.size(); ++row) {
+        // Rows first, because a large pattern has as many shapes as cells.
+        const PatternGeometry strip = lmlib64::clippedTo(
+            {across.front() - overlap, down[row] - overlap, across.back() + overlap, down[row + 1] + overlap},
+            geometry);
         for (size_t column = 0; column + 1 < across.size(); ++column) {
             const lmlib64::Rectangle window{across[column] - overlap, down[row] - overlap, across[column + 1] + overlap,
                                             down[row + 1] + overlap};
@@ -143,7 +148,7 @@ std::vector<PrintCell> textureOf(const SessionResult &result, int index) {
                                  {window.right, window.top},
                                  {window.right, window.bottom},
                                  {window.left, window.bottom}});
-            for (const lmlib64::Polygon &polygon : polygonsIn(window, geometry)) {
+            for (const lmlib64::Polygon &polygon : polygonsIn(window, strip)) {
                 cell.shapes.push_back(placed(polygon));
             }
             cells.push_back(std::move(cell));
