@@ -64,7 +64,7 @@ void benchPreview(Table &table) {
 struct Save {
     const char *what;
     const char *ending;
-    int size;  // of a Flexible pattern; 0 for an assembly of all its patterns
+    int size;  // corners on a side of a Flexible pattern; 0 for an assembly of 18 patterns
     double limitMs;
     double limitBytes;  // 0 if there is no limit
 };
@@ -139,7 +139,7 @@ void fillTree(const TreeItem &root, int nodes) {
 
 void benchAccess(Table &table) {
     constexpr int rounds = 201;
-    constexpr int manyNodes = 50000;  // in each of an array and an object
+    constexpr int manyNodes = 50000;  // children of the array, and children of the object
     const TreeItem root = TreeItem()["Bench"];
     fillTree(root["Small"], 10);
     fillTree(root["Large"], manyNodes);
@@ -147,7 +147,7 @@ void benchAccess(Table &table) {
     const TreeItem large = root["Large"]["Object"]["Number"];
     small = 1.5;
     large = 1.5;
-    // Each read is of another node, so that hardly any node is in the processor's caches.
+    // Successive reads are of different nodes, so that hardly any node is in the processor's caches.
     std::vector<TreeItem> scattered;
     for (long i = 0; i < manyNodes; i += 5) {
         scattered.push_back(root["Large"]["Object"][std::to_string(i * 7919L % 1000003L)]);

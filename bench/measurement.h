@@ -1,9 +1,9 @@
 // Measures calls alternately in many short rounds, and prints the results as a table: a figure, the figure that it is
 // compared with, their ratio, and the bound on the ratio. Times are in milliseconds unless the caller divides them.
 //
-// The speed of a machine changes from one second to the next, most of all if others use it too. Therefore the things to
-// be compared are measured within milliseconds of each other, and a ratio is the median of the rounds' ratios of
-// processor time. Waiting costs no processor time, so elapsed times are measured too. Other programs disturb the
+// The speed of a machine changes from one second to the next, most of all if other programs use it too. Therefore the
+// calls to be compared are measured within milliseconds of each other, and a ratio is the median of the rounds' ratios
+// of processor time. Waiting costs no processor time, so elapsed times are measured too. Other programs disturb the
 // elapsed time of the fastest round least.
 #pragma once
 
@@ -54,7 +54,8 @@ inline double median(const std::vector<double> &values) {
     return quantile(values, 0.5);
 }
 
-// Measures each kind once per round, after some rounds that do not count. Each round begins with another kind.
+// Measures each kind of call once per round. The first three rounds do not count. Each round begins with a different
+// kind.
 inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::function<Time()>> &kinds) {
     constexpr int warmUps = 3;
     std::vector<Times> times(kinds.size());
@@ -70,8 +71,8 @@ inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::
     return times;
 }
 
-// Prints Markdown rows. exitCode is 1 if a ratio was more than twice its bound, which noise does not explain. A bound
-// of 0 means that there is none. The column "Elapsed" compares the elapsed times of the fastest rounds. It has no
+// Prints Markdown rows. `exitCode` returns 1 if a ratio was more than twice its bound, which noise does not explain. A
+// bound of 0 means that there is none. The column "Elapsed" compares the elapsed times of the fastest rounds. It has no
 // bound, because these times still contain much noise on a busy machine.
 class Table {
 public:

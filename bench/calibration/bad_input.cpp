@@ -50,7 +50,7 @@ bool mentions(const std::vector<std::string> &texts, const std::string &word) {
 }
 
 // Prints how many of the sightings [first, last) are left out for the expected reason, and the sentence about one of
-// them. All of them must be left out, and no others.
+// them. The goal is met if all of these sightings are left out for that reason, and no other sightings are left out.
 void leftOut(GoalTable &table, const char *what, const Observations &observations, Misfit expected, int first,
              int last) {
     CalibrateOptions options;
@@ -107,8 +107,8 @@ void measureMoved(GoalTable &table) {
     std::mt19937 random(1);
     RigidMotion moved = scene.truth.worldFromPrint[1];
     moved.translation.x() += 15;
-    // The pattern moves before the last three of twenty photographs. Its sightings there come last, so that they can be
-    // told apart.
+    // The pattern moves before the last three of twenty photographs. Its sightings in these three are appended to the
+    // list, so their indices show which sightings must be left out.
     std::vector<Sighting> &sightings = scene.observations.sightings;
     sightings.erase(
         std::remove_if(sightings.begin(), sightings.end(),

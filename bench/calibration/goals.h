@@ -7,14 +7,14 @@ namespace calibration_bench {
 bool measureTrueSigmas(int runs);
 // Measures the time from corners to the result, and how it grows with the number of photographs.
 bool measureTime();
-// Compares calibrations from everything that is seen of a target with calibrations from whole targets only.
+// Compares calibrations from all visible corners with calibrations from completely visible targets only.
 bool measurePartialViews();
-// Checks what happens with input that does not determine a calibration, or that contradicts itself.
+// Checks how the engine treats input that does not determine a calibration or that contradicts itself.
 bool measureBadInput();
 // Renders pictures, reads and calibrates them, and compares the result with the truth.
 bool measureSyntheticTruth();
-// Calibrates with the stereo photographs of OpenCV's documentation in this folder. OpenCV and our calibration use the
-// same corners.
+// Calibrates from the stereo photographs of OpenCV's documentation, which are in `folder`. OpenCV and our engine use
+// the same corners.
 bool measurePublicPhotographs(const char *folder);
 
 }  // namespace calibration_bench

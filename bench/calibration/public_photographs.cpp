@@ -110,8 +110,8 @@ double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     return rms;
 }
 
-// Returns the same for our own solve with all corners, in which only these numbers of the print's shape vary. -1 if the
-// solve fails.
+// Returns the same residual for our own solve from all corners, and sets the baseline in mm. In this solve, only the
+// numbers of the print's shape that `shape` lists vary; the others are 0. Returns -1 if the solve fails.
 double residualOfOurs(const Observations &observations, const std::vector<int> &shape, const Calibration &start,
                       double &baseline) {
     SolveOptions options;

@@ -12,7 +12,7 @@ struct RenderedScene {
     SimulatedScene scene;  // contains the truth
     // The true position of every corner of every print in the world, mm, with the bend.
     std::vector<std::vector<Eigen::Vector3d>> corners;
-    // What was read in the pictures.
+    // The observations that follow from reading the pictures.
     calibration::Observations read;
 };
 

@@ -22,7 +22,7 @@ struct CameraDraft {
 };
 
 struct PrintDraft {
-    int columns = 14;  // corners
+    int columns = 14;  // number of corners
     int rows = 14;
     double pitch = 20;  // mm
     calibration::RigidMotion pose;
@@ -39,22 +39,22 @@ struct SceneDraft {
     double most = 800;
     double reach = 0.7;  // the middle of the prints is seen within this share of the picture's width and height
     double tilt = 0.6;   // radians, standard deviation about x and about y; about z it is 0.3
-    // The camera is among the prints, near their middle, and looks in random directions. If so, least, most, reach and
-    // tilt are not used.
+    // The camera is among the prints, near their middle, and looks in random directions. If so, `least`, `most`,
+    // `reach` and `tilt` are not used.
     bool isInside = false;
-    bool wholeOnly = false;  // drops sightings that do not show the whole print
-    int fewestCorners = 12;  // of a sighting that is kept
+    bool wholeOnly = false;  // drops sightings in which a corner of the print is not visible
+    int fewestCorners = 12;  // sightings with fewer corners are dropped
 };
 
-// A pinhole camera with five distortion coefficients, 1600 x 1200 pixels and a width of 60 degrees. Its barrel
-// distortion is strong.
+// A pinhole camera with five distortion coefficients, 1600 x 1200 pixels and a horizontal field of view of 60 degrees.
+// Its barrel distortion is strong.
 CameraDraft pinholeCamera();
-// A fisheye camera with 1600 x 1200 pixels and a width of 120 degrees.
+// A fisheye camera with 1600 x 1200 pixels and a horizontal field of view of 120 degrees.
 CameraDraft fisheyeCamera();
 
 SimulatedScene simulate(const SceneDraft &draft, unsigned seed);
 
-// Returns what a photograph shows of a print in this pose.
+// Returns the corners of a print in this pose that a photograph shows.
 calibration::Sighting sightingOf(const SimulatedScene &scene, int photograph, int print,
                                  const calibration::RigidMotion &worldFromPrint, double noise, double saidNoise,
                                  std::mt19937 &random);

@@ -118,8 +118,8 @@ struct Deviation {
     size_t prints = 0;
 };
 
-// Returns how far the corners of all prints are from the truth. Before that, a similarity transformation fits the first
-// print to its truth.
+// Returns the distances of the corners of all prints from the truth, after a similarity transformation has fitted the
+// first print to its truth.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;

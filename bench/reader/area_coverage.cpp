@@ -65,8 +65,8 @@ Bounds boundsOf(const Quad &q) {
             std::max(std::max(q[0].y, q[1].y), std::max(q[2].y, q[3].y))};
 }
 
-// The signed area of that part of the triangle with the corners (0, 0), a and b that lies within a circle around (0,
-// 0).
+// Returns the signed area of a part of a triangle. The triangle has the corners O = (0, 0), a and b, and the part is
+// the one that lies within a circle around O.
 double sector(const cv::Point2d &a, const cv::Point2d &b, double radius) {
     const auto angle = [](const cv::Point2d &u, const cv::Point2d &v) {
         return std::atan2(u.x * v.y - u.y * v.x, u.dot(v));
@@ -79,8 +79,7 @@ double sector(const cv::Point2d &a, const cv::Point2d &b, double radius) {
     if (dd == 0 || root <= 0) {
         return r2 * angle(a, b) / 2;
     }
-    // The part of the segment from a to b that is inside the circle: from `enter` to `leave`, as fractions of the
-    // segment.
+    // The segment from a to b is inside the circle from `enter` to `leave`, which are fractions of its length.
     const double enter = std::clamp((-ad - std::sqrt(root)) / dd, 0.0, 1.0);
     const double leave = std::clamp((-ad + std::sqrt(root)) / dd, 0.0, 1.0);
     const cv::Point2d p = a + d * enter;

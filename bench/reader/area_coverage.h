@@ -8,14 +8,14 @@
 
 namespace reader_bench {
 
-// Four points in order, clockwise or counter-clockwise, convex.
+// The four corners of a convex quadrilateral, clockwise or counter-clockwise.
 using Quad = std::array<cv::Point2d, 4>;
 
 // Areas are never negative, whether the points run clockwise or counter-clockwise.
 double areaOf(const Quad &quad);
 double areaInRectangle(const Quad &quad, const cv::Rect2d &rectangle);
 double areaInCircle(const Quad &quad, const cv::Point2d &centre, double radius);
-// `polygon` is convex, with its corners in either order.
+// `polygon` is convex. Its corners may run clockwise or counter-clockwise.
 double areaInPolygon(const Quad &quad, const std::vector<cv::Point2d> &polygon);
 
 }  // namespace reader_bench

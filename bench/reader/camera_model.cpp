@@ -98,7 +98,8 @@ PaperSheet::PaperSheet(const Form &form, double reach)
     fill(-1);
 }
 
-// Interpolates between two stations with a cubic Hermite spline. Beyond formReach the sheet is straight.
+// Interpolates the cross section between two stations (points of it that are stored) with a cubic Hermite spline.
+// Beyond formReach the sheet is straight.
 PaperSheet::Station PaperSheet::station(double s) const {
     const double at = (std::clamp(s, -formReach, formReach) + formReach) / stationStep;
     const size_t i = std::min(size_t(at), stations.size() - 2);

@@ -21,7 +21,8 @@ int pick(std::mt19937 &random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
 }
 
-// A description of the type that the parameter "Type" selects, or of a plate if the parameter is absent.
+// Returns the description of a pattern of the type that the parameter "Type" would select, or of a plate if there is no
+// type name.
 PatternDescription describe(const std::optional<std::string> &typeName) {
     PatternDescription description;
     description.type = lmlib64::findPatternType(typeName);

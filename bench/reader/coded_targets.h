@@ -23,7 +23,8 @@ struct CodedTarget {
     bool hasBlock = false;
 };
 
-// Makes tile 0 with a block of spacing and thickness, or the tile of a pattern in an assembly.
+// Makes tile 0, whose information block has the grid spacing and the thickness, or the tile of a pattern of an
+// assembly.
 CodedTarget makeTile(int tile, std::mt19937 &random, const Print &print = {});
 // Makes a Flexible pattern with width × height corners, cut from the plane at a random offset.
 CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Print &print = {});

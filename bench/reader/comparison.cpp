@@ -34,18 +34,18 @@ struct Board {
     cv::Mat withoutMarks;
     std::vector<cv::Point2d> truth;
     cv::Size corners;
-    double reach = 0;  // a corner farther from the truth counts as not found
+    double reach = 0;  // pixels; a corner farther from the truth counts as not found
     bool read = false;
     bool complete = false;
     int found = 0;                     // corners that the reader found
-    double error = 0;                  // root mean square over its corners, pixels
-    std::optional<double> plainError;  // on the same board without marks, with its size as an option
+    double error = 0;                  // of the reader: root mean square over the board's corners, pixels
+    std::optional<double> plainError;  // of the reader on the same board without marks, with the board's size given
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };
 
-// The root mean square distance from the true corners to the corners found, in any order. Empty if no corner was found
-// near one of the true corners.
+// Returns the root mean square distance from each true corner to the closest corner found, in pixels. Empty if one of
+// the true corners has no found corner near it.
 std::optional<double> errorOf(const Corners &found, const Board &board) {
     double sum = 0;
     for (const cv::Point2d &corner : board.truth) {
@@ -100,7 +100,8 @@ std::optional<double> stockError(const DetectorTotals &detector, const Board &bo
                                                    : errorOf(*corners, board);
 }
 
-// True if a picture can be compared: it shows one whole checkerboard and is not mirrored.
+// True if a picture can be compared: it is not mirrored, and it shows a single checkerboard, completely visible and
+// with at most mostCorners corners.
 bool isComparable(const Scene &scene) {
     if (scene.patterns.size() != 1 || scene.mirrored) {
         return false;
@@ -191,7 +192,7 @@ std::vector<DetectorTotals> makeDetectors() {
     return detectors;
 }
 
-// Returns the boards of the pictures that can be compared. Pictures with plates or several patterns are skipped.
+// Returns `count` boards, from picture number `first` on. Pictures that cannot be compared are skipped.
 std::vector<Board> takeBoards(unsigned first, unsigned count, unsigned threads) {
     std::vector<Board> boards;
     for (unsigned from = first; boards.size() < count; from += 64) {

@@ -17,15 +17,16 @@ struct DetectorTotals {
     int found = 0;             // boards of which all corners were found in the right places
     int foundButMissed = 0;    // of these, the boards that the reader does not read
     int foundMoreCorners = 0;  // of these, the boards that the reader reads without some corners
-    // Root mean square error in pixels, over the boards that both found and the corners that each of them found.
+    // Root mean square error in pixels, over the boards that both the detector and the reader found, and over the
+    // corners that each of them found there.
     double ownError = 0;
     double readerError = 0;
     // The median of the boards' root mean square errors, in pixels.
     double ownMedian = 0;
     double readerMedian = 0;
-    int readerBetter = 0;  // boards on which the reader's error is not larger
+    int readerBetter = 0;  // boards that both found and on which the reader's error is not larger
     int both = 0;
-    size_t corners = 0;  // of the boards that both found
+    size_t corners = 0;  // number of corners on the boards that both found
 };
 
 struct Comparison {
@@ -33,7 +34,7 @@ struct Comparison {
     int readByReader = 0;
     int completeByReader = 0;  // with every corner
     std::vector<DetectorTotals> detectors;
-    // The reader's results on the same boards without marks, with their size as an option.
+    // The reader's results on the same boards without marks, with their size given.
     int plainFound = 0;           // boards with all corners in the right places
     double plainMedianError = 0;  // median of their root mean square errors, pixels
     double medianTimeRatio = 0;   // processor time of findChessboardCornersSB with defaults, divided by the reader's
@@ -41,9 +42,9 @@ struct Comparison {
     double medianSectorBasedMs = 0;
 };
 
-// Uses the first `boards` pictures that show a whole checkerboard, from picture number `first` on, each with its
-// condition. The detectors are always compared with the reader's results on the boards with marks. With timesOnly,
-// `detectors` stays empty.
+// Uses the first `boards` pictures that can be compared, from picture number `first` on: they show a single
+// checkerboard that is completely visible, under any condition. Every detector is compared with the reader's results on
+// the boards with marks. If `timesOnly` is true, `detectors` stays empty.
 Comparison compareWithStock(unsigned first, unsigned boards, unsigned threads, bool timesOnly);
 
 }  // namespace reader_bench

@@ -10,13 +10,13 @@
 
 namespace reader_bench {
 
-// The result for a pattern, kept after its picture has been scored.
+// The result for a pattern. It is kept when the picture itself is no longer needed.
 struct PatternResult {
     bool plate = false;
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
-    bool asked = false;  // the goal requires it, see isAsked
-    bool whole = false;
+    bool asked = false;  // the pattern must be read, see isAsked
+    bool whole = false;  // completely visible
     bool hasBlock = false;
     std::string text;  // description of the pattern for lists of failures
     PatternScore score;
@@ -26,8 +26,8 @@ struct PictureResult {
     unsigned number = 0;
     size_t condition = 0;
     std::vector<PatternResult> patterns;
-    int falsePlaces = 0;
-    int falseValues = 0;
+    int falsePlaces = 0;  // readings that match no pattern in the picture
+    int falseValues = 0;  // information blocks read with wrong values
     bool hasPlate = false;
     double renderSeconds = 0;
     double readSeconds = 0;
@@ -37,8 +37,8 @@ struct PictureResult {
     std::vector<std::string> failures() const;
 };
 
-// True if the goal requires the pattern to be read, because enough of it can be seen: at least 6 pixels per square, a
-// tilt of at most 60°, at least 60 squares or 12 marks, and not mirrored.
+// True if the goal requires that the pattern is read because enough of it is visible: it has at least 6 pixels per
+// square, a tilt of at most 60°, and at least 60 visible squares or 12 visible marks, and the picture is not mirrored.
 bool isAsked(const Scene &scene, const PatternScore &score);
 
 PictureResult resultOf(unsigned number, const Scene &scene,
@@ -47,23 +47,23 @@ PictureResult resultOf(unsigned number, const Scene &scene,
 struct Row {
     int patterns = 0;
     int read = 0;
-    int asked = 0;
+    int asked = 0;  // patterns that must be read, see isAsked
     int askedAndRead = 0;
-    int blocks = 0;  // of the patterns that are seen whole and that the goal requires
+    int blocks = 0;  // information blocks of the required patterns that are completely visible
     int blocksRead = 0;
     long seenPoints = 0;
     long foundPoints = 0;
     int falsePlaces = 0;
     int falseValues = 0;
     int falseCorners = 0;
-    int readAgain = 0;
+    int readAgain = 0;  // readings of patterns that had already been read
     int wrongPolarity = 0;
     double rms = 0;            // of all corners, pixels
     double medianRms = 0;      // over the patterns, of their own root mean square, pixels
     double percentile95 = 0;   // of the errors' lengths, pixels
     double bias = 0;           // root mean square over the patterns of the length of a pattern's mean error
-    double ratioToLeast = 0;   // median over the patterns of rms / least rms that noise allows; 0 if not known
-    double sigmaVariance = 0;  // of the errors divided by the reading's sigma; 0 if not known
+    double ratioToLeast = 0;   // median over the patterns of rms / smallest rms that the noise allows; 0 if not known
+    double sigmaVariance = 0;  // variance of the errors divided by the reading's sigma; 0 if not known
 };
 
 // Sums up the patterns that `pick` selects. False places and false values are those of all pictures with a selected

@@ -1,4 +1,4 @@
-// Random numbers that a seed determines.
+// Makes random numbers. The seed determines all of them.
 #pragma once
 
 #include <cmath>

@@ -27,7 +27,7 @@ struct Glare {
     double strength = 0;
 };
 
-// Something in front of all targets: fingers, a hand, a cable.
+// An object in front of all targets, such as fingers, a hand or a cable.
 struct Obstacle {
     std::vector<cv::Point2d> outline;
     double level = 120;

@@ -21,10 +21,12 @@ struct LocalView {
     double noise = 0;     // standard deviation, grey levels
 };
 
-// The least root mean square distance, in pixels, that an unbiased measurement of a corner can have; 0 if the window
-// has no information. The window is the disc that reaches to the nearest mark or border of a neighbouring square.
+// Returns the least root mean square distance, in pixels, that an unbiased measurement of a corner can have; 0 if the
+// window has no information. The window is the disc that reaches to the nearest mark or border of a neighbouring
+// square.
 double leastCornerError(const LocalView &view);
-// Returns the same for a mark with a radius of half a lattice step. The measurement uses the mark's whole outline.
+// Returns the same bound for a mark with a radius of half a lattice step. The measurement uses the mark's whole
+// outline.
 double leastMarkError(const LocalView &view);
 
 }  // namespace reader_bench

@@ -6,10 +6,10 @@
 
 namespace reader_bench {
 
-// A point becomes a disc of radius |radius + slope · (p - middle)|, which may change over the picture.
+// Spreads each point to a disc of radius |radius + slope · (p - middle)|, which may change over the picture.
 void defocus(cv::Mat &image, double radius, const cv::Point2d &slope);
 
-// A point becomes a line of the given length and direction, with the point in its middle.
+// Spreads each point to a line with the length and direction of `way`, with the point in its middle.
 void moveDuringExposure(cv::Mat &image, const cv::Point2d &way);
 
 }  // namespace reader_bench

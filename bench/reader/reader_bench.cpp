@@ -4,12 +4,13 @@
 //   reader_bench [--first N] [--count N] [--empty N] [--compare N] [--condition ID] [--threads N] [--list] [--check]
 //                [--times] [--save FOLDER]
 //
-// Picture n is the same in every run, whatever the number of threads. --first is the number of the first picture, with
-// and without patterns; pictures below 100,000 are for tuning, the others for measuring. --count is the number of
-// pictures with patterns, --empty the number of pictures without. --condition takes only pictures with one condition
-// ("--condition list" lists all conditions). --compare is the number of boards on which the reader is compared with
-// stock detectors; --times compares only the times. --list lists everything that went wrong. --save writes the pictures
-// (with --list only those with failures) and the truth about them. --check exits with 1 if a goal is missed.
+// Picture n is the same in every run, whatever the number of threads. `--first` is the number of the first picture,
+// both of those with patterns and of those without. Pictures below 100,000 are for tuning, the others for measuring.
+// `--count` is the number of pictures with patterns, and `--empty` the number of pictures without. `--condition` takes
+// only pictures with one condition (`--condition list` lists all conditions). `--compare` is the number of boards on
+// which the reader is compared with stock detectors; with `--times`, only the times are compared. `--list` lists every
+// failure. `--save` writes the pictures (with `--list`, only those with failures) and the truth about them. With
+// `--check`, the exit code is 1 if a goal is missed.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -144,7 +145,7 @@ bool parse(int count, char **arguments, Options &options) {
                                                        {"--empty", &options.empty},
                                                        {"--compare", &options.compare},
                                                        {"--threads", &options.threads}};
-    // With --condition, the defaults for --empty and --compare are 0.
+    // With `--condition`, the defaults for `--empty` and `--compare` are 0.
     if (std::find(arguments, arguments + count, std::string("--condition")) != arguments + count) {
         options.empty = 0;
         options.compare = 0;

@@ -16,7 +16,7 @@ Goal noneGoal(const std::string &what, long count, long of) {
     return {what, cv::format("%ld of %ld", count, of), count == 0};
 }
 
-// A statistic of too few patterns always counts as met.
+// If there are fewer than 100 patterns, the goal counts as met whatever the value is.
 Goal rangeGoal(const std::string &what, double value, int patterns, double least, double greatest) {
     constexpr int enough = 100;
     const bool judged = value > 0 && patterns >= enough;
@@ -24,7 +24,7 @@ Goal rangeGoal(const std::string &what, double value, int patterns, double least
             !judged || (value >= least && value <= greatest)};
 }
 
-// Compares plates with boards of the same sizes in the same light, and judges the condition in which plates are worst.
+// Compares plates with boards under the same conditions, and judges the condition under which plates are worst.
 Goal plateGoal(const std::vector<PictureResult> &results) {
     constexpr double greatestTilt = 70;
     constexpr int enough = 10;

@@ -1,4 +1,4 @@
-// The goals that the reader must meet, each with its measured value.
+// Defines the goals that the reader must meet, and judges them by the measured values.
 #pragma once
 
 #include <string>
@@ -24,7 +24,7 @@ struct Goal {
 std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const std::vector<EmptyResult> &empty);
 std::vector<Goal> comparisonGoals(const Comparison &comparison);
 
-// Prints a Markdown table; true if all goals are met.
+// Prints a Markdown table. Returns true if all goals are met.
 bool printGoals(const std::vector<Goal> &goals);
 
 }  // namespace reader_bench

@@ -8,7 +8,7 @@ namespace reader_bench {
 
 namespace {
 
-// If less than this share of the contrast is left by glare or shade, no reader can be expected to see anything.
+// If glare or shade leaves less than this share of the contrast, no reader can be expected to see the point.
 constexpr double leastShareOfContrast = 0.15;
 
 bool isBehind(const std::vector<cv::Point2d> &outline, const cv::Point2d &p) {
@@ -88,7 +88,8 @@ double Scene::contrastAt(const ScenePattern &pattern, const cv::Point2d &onTarge
 
 SeenPart seenPartOf(const Scene &scene, const ScenePattern &pattern) {
     const bool plate = pattern.coded.kind == pattern_reader::PatternKind::Plate;
-    // The radius of a plate's mark, or slightly less than the distance from a corner to a square's mark.
+    // The radius of a plate's mark, or slightly less than the distance from a corner to a square's mark, in lattice
+    // steps.
     const double around = plate ? 0.5 : 0.3;
     SeenPart part;
     for (const cv::Point2d &p : pattern.coded.target->points()) {

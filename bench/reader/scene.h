@@ -1,4 +1,4 @@
-// Describes a picture of the benchmark and the whole truth about it.
+// Describes a picture of the benchmark and the truth about everything in it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -21,8 +21,8 @@ struct ScenePattern {
     // Side of a square in the pattern's middle in pixels, as the geometric mean of both directions.
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
-    // Covered if a cover hides a quarter of the pattern, CutByBorder if a part of it is outside the picture. Shadows
-    // and obstacles of the exposure do not count.
+    // Whole if nothing hides the pattern, Covered if a cover hides a quarter of it, CutByBorder if a part of it is
+    // outside the picture. Shadows and obstacles of the exposure do not count.
     Visibility visibility = Visibility::Whole;
 };
 

@@ -52,7 +52,8 @@ double middleSquare(const Scene &scene, const ScenePattern &pattern) {
     return std::sqrt(std::abs(cv::determinant(scene.stepsAt(pattern, {size.width / 2, size.height / 2}))));
 }
 
-// The greatest angle between the axis and a ray to the paper; large if the back of the paper would be seen.
+// Returns the greatest angle between the camera's axis and a ray to the paper, in radians; pi if the camera would see
+// the back of the paper or see it too flat.
 double widestAngle(const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     const TargetPose &pose = pattern.placed.pose;

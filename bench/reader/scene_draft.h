@@ -29,11 +29,11 @@ struct SceneDraft {
     bool coverQuarter = false;
     bool cutQuarter = false;
     bool mirrored = false;
-    double megapixels = 2;  // a larger picture is cut around its middle
+    double megapixels = 2;  // the limit; a larger picture is cut to it around its middle
 };
 
-// Returns a draft in which everything is mild: 8 to 40 pixels per square, tilt to 45°, some noise and blur, light that
-// falls off slowly.
+// Returns a draft of a picture with mild conditions: 8 to 40 pixels per square, tilt to 45°, some noise and blur, and
+// light that changes slowly over the picture.
 SceneDraft makeDraft(bool plate, Dice &dice);
 
 // The scene before the picture is taken: the camera, the pattern and the size of the picture. Conditions may still

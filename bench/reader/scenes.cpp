@@ -72,7 +72,7 @@ Scene makeSinglePattern(int type, Marks marks, Dice &dice) {
     return scene;
 }
 
-// Makes a picture of up to four patterns beside each other, all seen whole.
+// Makes a picture of up to four patterns beside each other. All of them are completely visible.
 Scene makeSeveralPatterns(Dice &dice) {
     Scene scene;
     const double pixelsPerSquare = dice.logarithmic(4, 16);

@@ -19,9 +19,9 @@ struct PatternScore {
     const ScenePattern *pattern = nullptr;
     int seenPoints = 0;       // corners or marks that the picture shows
     int seenSquares = 0;      // squares whose corners the picture shows; for a plate, marks
-    bool placed = false;      // read with the right place and orientation
+    bool placed = false;      // read as the right pattern, in the right place and orientation
     bool valuesRead = false;  // its values were read and are right
-    int corners = 0;          // in the reading
+    int corners = 0;          // number of corners in the reading
     int strayCorners = 0;     // of these, farther from the truth than a quarter of a square, measured on the pattern
     std::vector<PointError> errors;  // of the other corners
     int moreReadings = 0;            // further readings of the same pattern
@@ -31,8 +31,8 @@ struct PatternScore {
 
 struct PictureScore {
     std::vector<PatternScore> patterns;
-    int falsePlaces = 0;
-    int falseValues = 0;
+    int falsePlaces = 0;  // readings that match no pattern in the picture
+    int falseValues = 0;  // information blocks read with wrong values
 };
 
 // The scene must outlive the score.

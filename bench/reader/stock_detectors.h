@@ -1,8 +1,8 @@
 // Runs the chessboard detectors of OpenCV.
 //
-// Unlike the reader, they are told the size of the board. Some of them can run for minutes on a board that they do not
-// find. So each runs in its own process, which ends after `limitSeconds` of processor time. On Windows there is no
-// limit. The functions may be called from any thread.
+// Unlike the reader, these detectors need the size of the board. Some of them can run for minutes on a board that they
+// do not find. So each detector runs in its own process, which ends after `limitSeconds` of processor time. On Windows
+// there is no limit. The functions may be called from any thread.
 #pragma once
 
 #include <opencv2/core.hpp>

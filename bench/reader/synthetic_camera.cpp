@@ -93,7 +93,7 @@ cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, cons
         const cv::Rect2d one(pixel.x - 3, pixel.y - 3, 6, 6);
         bounds = i == 0 ? one : bounds | one;
     }
-    // A bent sheet's outline may bulge between its borders.
+    // The outline of a bent sheet may bulge beyond the points that were tested.
     const double slack = placed.pose.sheet ? 0.1 * std::max(bounds.width, bounds.height) : 0;
     bounds = cv::Rect2d(bounds.x - slack, bounds.y - slack, bounds.width + 2 * slack, bounds.height + 2 * slack) &
              cv::Rect2d(0, 0, image.width, image.height);

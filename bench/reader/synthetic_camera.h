@@ -32,7 +32,8 @@ struct TargetPose {
     double middleRow = 0;
 };
 
-// Something in front of a target. Returns true for every point that it covers, in the target's own coordinates.
+// An object in front of a target: a function that returns true for every point that it covers. The point is given in
+// the target's own coordinates.
 using Cover = std::function<bool(double x, double y)>;
 
 struct PlacedTarget {

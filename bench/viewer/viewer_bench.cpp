@@ -51,8 +51,8 @@ double threadMilliseconds() {
     return 1e3 * double(time.tv_sec) + 1e-6 * double(time.tv_nsec);
 }
 
-// Finds the event that kept the window from answering longest. It compares processor times, because elapsed times on a
-// busy machine say more about the other programs.
+// Finds the event during which the window did not answer for the longest time. It compares processor times, because
+// elapsed times on a busy machine depend more on the other programs.
 class WatchedApplication : public QApplication {
 public:
     using QApplication::QApplication;
@@ -125,7 +125,7 @@ void decode(const QStringList &files, int flags) {
     print({{"processor", time.processor}, {"elapsed", time.elapsed}});
 }
 
-// A window as the button of LmCalTab opens it.
+// A window of LmView, opened as the button of LmCalTab opens it.
 class MeasuredWindow {
 public:
     MeasuredWindow() : window(QString()) {
@@ -134,8 +134,8 @@ public:
         QApplication::processEvents();
     }
 
-    // Waits until a new result is shown, and returns the time since `begin`. With isOfAll, waits for the result after
-    // which no work is left.
+    // Waits until a new result is shown, and returns the time since `begin`. If `isOfAll` is
+    // true, waits for the result after which no work is left.
     Time waitForResult(const Time &begin, bool isOfAll) {
         const auto *text = window.findChild<QTextBrowser *>();
         const auto *progress = window.findChild<QProgressBar *>();
