@@ -144,7 +144,8 @@ private:
         return lengths.empty() ? std::numeric_limits<double>::infinity() : scaleOfLengths(lengths);
     }
 
-    // True if one of the sightings fits by itself.
+    // Gives the moment the pose that fits its sightings best. Returns true if one of the sightings fits in the pose
+    // that is computed from it alone.
     bool placeMoment(int moment, const std::vector<size_t> &sightings) {
         bool fitsAlone = false;
         RigidMotion &rigFromWorld = result.estimate.rigFromWorld[size_t(moment)];
@@ -196,8 +197,8 @@ private:
                 startNew(i);
                 fitting += result.observations.sightings[i].isUsed ? 1U : 0U;
             }
-            // If at most half of the sightings fit, it is not clear which of the prints moved, unless none fits in any
-            // pose.
+            // If at most half of the sightings fit, it is not clear which of the prints moved. This does not count if
+            // no sighting fits even alone, because such a photograph is blurred or misread.
             if (2 * fitting <= sightings.size() && sharp.count(moment) > 0) {
                 return false;
             }
@@ -281,7 +282,7 @@ private:
     const std::vector<int> &same;
     const CalibrateOptions &options;
     Calibration &result;
-    std::set<int> sharp;  // new moments of which a sighting fits by itself
+    std::set<int> sharp;  // new moments with a sighting that fits alone
 };
 
 }  // namespace

@@ -112,7 +112,8 @@ std::string facts(const Camera &camera, const Eigen::VectorXd &intrinsics, const
            "</dl>\n";
 }
 
-// Cameras without a name of the user's are called camera, camera-2 and so on.
+// Cameras that the user has not named are called camera, camera-2 and so on, so their names need no "Camera" before
+// them.
 std::string headingOf(const std::string &name) {
     return escaped(name.rfind("camera", 0) == 0 ? "C" + name.substr(1) : "Camera " + name);
 }
