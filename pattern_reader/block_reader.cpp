@@ -7,7 +7,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr float clearEnough = 0.35F;  // least certainty of a square whose bit is used
+constexpr float clearEnough = 0.35F;  // squares whose reading is less certain are not used
 
 PatternValues valuesOf(const pattern_code::BlockContent &content) {
     PatternValues values;
@@ -82,7 +82,7 @@ BlockFamily offsetFamily() {
     return family;
 }
 
-// Reduces a word to the smallest one that can result from combining it with a family's differences by XOR.
+// Returns the smallest word that can result from combining this word with a family's differences by XOR.
 class Remainder {
 public:
     Remainder(const BlockFamily &family, std::uint64_t known) {
@@ -90,7 +90,7 @@ public:
             const std::uint64_t word = of(difference & known);
             if (word != 0) {
                 basis.push_back(word);
-                // The largest comes first, so that it is enough to go through the list once.
+                // The largest difference comes first, so that it is enough to go through the list once.
                 std::sort(basis.rbegin(), basis.rend());
             }
         }
@@ -184,7 +184,8 @@ void SeenBlock::see(int bit, bool set) {
 
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion) {
     SeenBlock seen;
-    // Doubtful squares are used too, because the block's check bits detect errors.
+    // Squares that may be a cover (SquareReading::maybeCover) are used too, because the block's check bits detect
+    // errors.
     for (const SquareReading &reading : readings) {
         const cv::Point square = motion.square(reading.cell);
         if (reading.certainty < clearEnough || square.x % 2 != 0 || square.y % 2 != 0) {

@@ -1,4 +1,4 @@
-// Reads and decodes an information block from its marks or dots.
+// Reads and decodes a pattern's information block, which consists of marks or dots.
 #pragma once
 
 #include <cstdint>
@@ -20,19 +20,19 @@ struct SeenBlock {
     void see(int bit, bool set);
 };
 
-// Returns the block that the squares of a tile carry.
+// Returns the block that the marks in the squares of a tile encode.
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion);
 
 // Decodes the block and writes it to reading.values, blockBytes, correctedBits and filledBits. Leaves these unchanged
 // if the block cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// How well the visible bits of a plate's block agree with the most similar valid block. Random bits agree completely
-// with some valid block with a probability of 2^-checks.
+// States how well the visible bits of a plate's block agree with the most similar valid block. The probability that
+// random bits agree completely with some valid block is 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 
-    int wrongBits = tooMany;  // 0 to 4, or tooMany
+    int wrongBits = tooMany;  // number of visible bits that differ: 0 to 4, or tooMany
     int checks = 0;
 };
 

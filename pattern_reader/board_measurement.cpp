@@ -12,7 +12,7 @@ namespace {
 
 constexpr float largestDoubtful = 7;  // pixels; the blur may be misjudged if squares are smaller
 constexpr size_t leastCorners = 25;   // with fewer corners, there are too few squares to be read
-constexpr int windowSide = 14;        // cells; side of the part of a lattice on which blurs are tried
+constexpr int windowSide = 14;        // corners; blurs are tried on a part of the lattice with this side
 constexpr float leastCertainty = 0.3F;
 
 MeasuredBoard measureWith(const std::vector<ImageLevel> &levels, CornerLattice &lattice, std::optional<float> blur) {
@@ -47,7 +47,7 @@ int rarerKind(const std::vector<SquareReading> &marks) {
     return std::min(marked, unmarked);
 }
 
-// Codes have about as many marked squares as others. If at least three squares in ten are certainly of the rarer kind,
+// In the code, about half of the squares are marked. If at least three squares in ten are certainly of the rarer kind,
 // the blur is right.
 bool isDivided(const std::vector<SquareReading> &marks) {
     return rarerKind(marks) * 10 >= int(marks.size()) * 3;
@@ -68,7 +68,7 @@ CornerLattice middlePart(const CornerLattice &lattice) {
     return part;
 }
 
-// Returns the blur with which the squares divide best into marked ones and others. Empty if no blur shows both kinds.
+// Returns the blur with which the squares divide best into marked and unmarked ones. Empty if no blur shows both kinds.
 std::optional<float> dividingBlur(const std::vector<ImageLevel> &levels, const CornerLattice &lattice) {
     constexpr std::array<float, 6> blurs{0.45F, 0.55F, 0.7F, 0.85F, 1.05F, 1.3F};  // pixels
     constexpr int leastRarer = 4;

@@ -1,8 +1,8 @@
 // Measures a lattice's corners and reads the marks of its squares.
 //
 // If squares are only a few pixels large, the pixels around a corner hardly distinguish strong blur with strong
-// contrast from weak blur with weak contrast, and if the blur is wrong, all squares look marked, or none does. In that
-// case the blur is chosen so that the squares divide into marked ones and others.
+// contrast from weak blur with weak contrast. If the measured blur is wrong, all squares look marked, or none does. In
+// that case, the blur is chosen so that the squares divide into marked and unmarked ones.
 #pragma once
 
 #include <vector>

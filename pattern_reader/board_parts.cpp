@@ -47,7 +47,7 @@ void addMissing(PatternReading &board, const PatternReading &part) {
     });
 }
 
-// Returns one reading for two parts.
+// Reads the corners of two parts together and returns one reading for both.
 PatternReading join(const PatternReading &board, const PatternReading &part, const ReadLattice &read) {
     CornerLattice both = latticeOf(board);
     for (const PatternCorner &corner : part.corners) {

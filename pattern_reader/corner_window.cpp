@@ -78,14 +78,14 @@ public:
           mark0(borders.marks[0]),
           mark1(borders.marks[1]),
           reach(greatestDistance) {
-        // A mark's corner affects pixels up to a distance of about twice the blur. In small squares too few pixels
-        // would remain without these, so some of this effect is tolerated there.
+        // The corner of a square's mark affects pixels up to a distance of about twice the blur. In small squares, too
+        // few pixels would remain if all of these were left out, so some of them are taken.
         const float glow = std::min(2 * blur, 0.6F * std::min(mark0, mark1));
         squaredGlow = 4 * glow * glow;
     }
 
-    // For `count` pixels from (dx, dy) on: 1 for those that are taken, 0 for the others. Written without branches so
-    // that it is vectorised.
+    // Sets `taken` for `count` pixels of a row, from (dx, dy) on: 1 for those that are taken, 0 for the others. There
+    // are no branches, so that the compiler can vectorise the loop.
     void inRow(int dx, int dy, int count, int *taken) const {
         const float from0 = axis0.x * float(dy);
         const float from1 = axis1.x * float(dy);
@@ -93,8 +93,8 @@ public:
             const auto along = float(dx + i);
             const float across0 = std::abs(from0 - axis0.y * along);
             const float across1 = std::abs(from1 - axis1.y * along);
-            // Twice the distance from the pixel to where the marks begin, away from each border; 0 if the pixel is
-            // beyond.
+            // For each border, twice the distance across it from the pixel to the line where the marks begin; 0 if the
+            // pixel is beyond that line.
             const float free0 = mark0 - across0 + std::abs(mark0 - across0);
             const float free1 = mark1 - across1 + std::abs(mark1 - across1);
             taken[i] =
@@ -149,7 +149,7 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
         choice.inRow(-width, dy, (2 * width / int(together) + 1) * int(together), taken.data());
         const uchar *pixels = picture.ptr(middle.y + dy) + middle.x - width;
         for (int i = 0; i <= 2 * width; i++) {
-            // Written for every pixel, without a branch. The next pixel overwrites one that is not taken.
+            // Every pixel is written, without a branch. The next pixel overwrites a pixel that is not taken.
             x[pixelCount] = float(middle.x - width + i);
             y[pixelCount] = float(middle.y + dy);
             grey[pixelCount] = float(pixels[i]);

@@ -1,8 +1,8 @@
 // Takes the pixels of a disc around a corner and compares them with the picture of four blurred areas (corner_fit.h).
 //
 // Pixels are kept as lists, one value for each pixel, so that the loops over them can be vectorised. The disc is
-// symmetric: pixel i and pixel count() - 1 - i are opposite each other. The lists are padded to a multiple of `lanes`,
-// errors and slopes with zeros.
+// symmetric: pixel i and pixel count() - 1 - i are opposite each other. The lists are padded to a multiple of
+// `lanes`. The errors and slopes are padded with zeros.
 #pragma once
 
 #include <array>
@@ -37,11 +37,11 @@ public:
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
     // Compares the pixels with the model: sets errors and slopes.
     void compare(const CornerBorders &borders, const CornerFit &fit);
-    // Sets the errors to what would remain after the parameters change by `step`, according to the slopes.
+    // Sets the errors to those that would remain after the parameters change by `step`, according to the slopes.
     void predictErrors(const std::array<double, ParameterCount> &step);
 
     std::size_t count() const { return pixelCount; }
-    // Picture minus model.
+    // The picture's grey level minus the model's.
     float error(std::size_t pixel) const { return errors[pixel]; }
     // Sums of products over all pixels.
     float sumOfSlopes(Parameter a, Parameter b) const { return sum(slopes[a], slopes[b]); }

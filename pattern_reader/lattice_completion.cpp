@@ -94,11 +94,11 @@ bool hasPolarity(const CornerLattice &lattice, cv::Point cell, cv::Point2f axis0
     return between == lattice.isLight(cell);
 }
 
-// What the neighbours of an absent corner tell about it.
+// The properties of an absent corner that its neighbours predict.
 struct Surroundings {
-    cv::Point2f expected;
-    float spacing = 0;                // the shortest lattice step here
-    std::array<cv::Point2f, 2> axes;  // the column and the row step; 0 if no neighbour shows it
+    cv::Point2f expected;             // position in the image, pixels
+    float spacing = 0;                // the shortest lattice step here, pixels
+    std::array<cv::Point2f, 2> axes;  // the column step and the row step; (0, 0) if no neighbour shows the step
 };
 
 bool lookAround(const CornerLattice &lattice, cv::Point cell, Surroundings &around) {

@@ -25,9 +25,10 @@ struct Placed {
 // Follows the links from saddle to saddle and assigns a cell to each.
 class LatticeGrowth {
 public:
-    // Saddles in `used` were placed before and are ignored; the saddles placed here are added to it. All growths share
-    // `cornerOf`, because a new vector for each of many small lattices would take time in proportion to all saddles.
-    // Between growths it has -1 for every saddle.
+    // `used` marks the saddles that were placed in earlier lattices. They are ignored here, and the saddles of this
+    // lattice are marked too. All lattices share the vector `cornerOf`, because a new vector for each of many small
+    // lattices would take time in proportion to the number of all saddles. While no lattice grows, it has -1 for every
+    // saddle.
     LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
         : linkedSaddles(saddles), usedSaddles(used), cornerNumbers(cornerOf) {}
 

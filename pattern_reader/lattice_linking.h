@@ -10,8 +10,8 @@
 
 namespace pattern_reader {
 
-// Links saddles of one level into lattices. Every saddle is in at most one of them. Lattices of fewer than leastCorners
-// corners are dropped. Sorted from large to small.
+// Links saddles of one level into lattices. Every saddle is in at most one of them. Lattices of fewer than
+// `leastCorners` corners are dropped. The result is sorted from large to small.
 std::vector<CornerLattice> linkLattices(const ImageLevel &level, const std::vector<SaddlePoint> &saddles,
                                         size_t leastCorners);
 

@@ -16,23 +16,23 @@ float length(cv::Point2f v) {
     return std::hypot(v.x, v.y);
 }
 
-// The radius of a disc that contains the four areas at a corner and none of their marks. The marks of the squares begin
-// at a third of the step along both axes.
+// Returns the radius, in pixels, of a disc that contains the four areas at a corner and none of their marks. The marks
+// of the squares begin at a third of the lattice step along both axes.
 float cleanRadius(const CornerBorders &borders) {
     const auto &[step0, step1] = borders.steps;
     const float diagonal = std::min(length(step0 + step1), length(step0 - step1));
     return std::max(std::min(0.42F * std::min(length(step0), length(step1)), 0.9F * diagonal / 3), 1.8F);
 }
 
-// For each border, its distance from the next parallel border.
+// Returns, for each border, its distance from the next parallel border, in pixels.
 std::array<float, 2> widthsOf(const CornerBorders &borders) {
     const auto &[step0, step1] = borders.steps;
     const float area = std::abs(float(step0.cross(step1)));
     return {area / length(step0), area / length(step1)};
 }
 
-// The radius of the disc for refineCorner, at most half way to the next corner along the borders, and less if the blur
-// of the next parallel borders reaches into the disc.
+// Returns the radius of the disc for refineCorner, in pixels. The disc reaches at most half way to the next corner
+// along the borders, and less far if the blur of the next parallel borders would reach into it.
 float refinedRadius(const CornerBorders &borders, float blur) {
     const auto &[step0, step1] = borders.steps;
     const std::array<float, 2> widths = widthsOf(borders);
@@ -130,8 +130,8 @@ private:
     std::vector<bool> good;
     float boardBlur = 1;          // image pixels
     float blurTolerance = 0.25F;  // standard deviation of the corners' blur, relative to the board's blur
-    float boardNoise = 1;         // of one pixel in the best level, grey levels
-    float lightScatter = 1;       // of the levels around their planes, grey levels
+    float boardNoise = 1;         // standard deviation of one pixel in the best level, grey levels
+    float lightScatter = 1;       // how much the levels typically differ from their planes, grey levels
 };
 
 float CornerMeasurement::typicalStep() const {
@@ -341,7 +341,7 @@ bool CornerMeasurement::findMissing(const ImageLevel &search, const ImageLevel &
     return true;
 }
 
-// Fits corners at the places that the measured ones predict, until no more are found. Such a corner must be about as
+// Fits corners at the places that the measured corners predict, until no more are found. Such a corner must be about as
 // clear as its neighbours, because nothing else shows that it is a corner.
 void CornerMeasurement::measureMissing(const ImageLevel &search, const ImageLevel &best) {
     // findMissing adds to the list during the loop.

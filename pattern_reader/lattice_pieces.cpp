@@ -46,7 +46,7 @@ std::vector<LatticeCorner> closestTo(cv::Point2f where, const CornerLattice &lat
     return closest;
 }
 
-// The homography from the image to the cells of these corners.
+// Returns the homography that maps the positions of these corners in the image to their cells.
 std::optional<cv::Matx33d> cellsFromImage(const std::vector<LatticeCorner> &corners) {
     std::vector<cv::Point2f> images;
     std::vector<cv::Point2f> cells;
@@ -146,7 +146,7 @@ bool continues(const CornerLattice &base, const CornerLattice &piece) {
     constexpr size_t compared = 20;
     const std::vector<LatticeCorner> others = closestTo(middleOf(near), piece, compared);
     const auto fits = std::count_if(others.begin(), others.end(), [&](const LatticeCorner &corner) {
-        // How many cells the corner is outside the part of the base that is extrapolated.
+        // The corner lies this many cells outside the part of the base that is extrapolated, along each axis.
         const int across = std::max(extent.x - corner.cell.x, corner.cell.x - extent.br().x + 1);
         const int down = std::max(extent.y - corner.cell.y, corner.cell.y - extent.br().y + 1);
         const double allowed = 0.4 + 0.06 * std::max({across, down, 0});

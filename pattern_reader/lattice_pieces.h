@@ -8,12 +8,12 @@
 
 namespace pattern_reader {
 
-// Joins lattices that continue each other, that is, if one is extrapolated, its lattice points coincide with the
-// corners of the other. The lattices must be sorted from large to small, and so is the result.
+// Joins lattices that continue each other: if one is extrapolated, its lattice points coincide with the corners of the
+// other. The lattices must be sorted from large to small, and so is the result.
 void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLevel> &levels);
 
-// True if a piece lies where the extrapolated base has the same cells. The piece's cells must be in the base's
-// coordinates. The tolerance grows with the distance from the base.
+// True if most of those corners of the piece that are closest to the base lie where the extrapolated base predicts
+// them. The piece's cells must be in the base's coordinates. The tolerance grows with the distance from the base.
 bool continues(const CornerLattice &base, const CornerLattice &piece);
 
 }  // namespace pattern_reader

@@ -32,7 +32,7 @@ public:
         }
     }
 
-    // True if more than two thirds of the lattice's corners lie at places already taken.
+    // True if more than two thirds of the lattice's corners lie at places where corners have already been found.
     bool overlaps(const CornerLattice &lattice) const {
         const auto hits = std::count_if(lattice.corners.begin(), lattice.corners.end(),
                                         [&](const LatticeCorner &c) { return taken[slot(c.position)] != 0; });

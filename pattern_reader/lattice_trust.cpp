@@ -26,7 +26,8 @@ std::array<cv::Point, 4> cornersOf(cv::Point square) {
     return {square, square + cv::Point(1, 0), square + cv::Point(0, 1), square + cv::Point(1, 1)};
 }
 
-// For each corner, true if its squares agree with the code. A square that disagrees cancels two that agree.
+// Returns, for each corner, true if the squares around it agree with the code. A square that disagrees cancels two that
+// agree.
 std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vector<SquareReading> &marks,
                                   const Place &place) {
     std::vector<int> votes(lattice.corners.size(), 0);
@@ -53,9 +54,9 @@ cv::Vec6d termsAt(double x, double y, std::integral_constant<int, 6>) {
     return {1, x, y, x * x, x * y, y * y};
 }
 
-// How far a corner is from the position that the trusted corners within `reach` predict, in lattice steps. The
-// prediction is a map from cells to the image that is fitted to these corners. It is affine, or quadratic if `count` is
-// 6. Empty if the trusted corners are too few.
+// Returns the distance of a corner from its predicted position, in lattice steps. The prediction comes from a map from
+// cells to the image that is fitted to the trusted corners within `reach` cells. The map is affine if `count` is 3, and
+// quadratic if it is 6. Empty if there are too few trusted corners.
 template <int count>
 std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
                                          const std::vector<bool> &trusted, int reach) {
@@ -85,8 +86,8 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     return LatticeSteps{row(1), row(2)}.count(row(0));
 }
 
-// True if a corner is where the trusted corners predict. The corner of a mark, which can be mistaken for one, is a
-// third of a step away from there along both axes.
+// True if a corner is within a fifth of a lattice step of the position that the trusted corners predict. The corner of
+// a mark, which can be mistaken for one, is a third of a step away from there along both axes.
 bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const std::vector<bool> &trusted) {
     constexpr float farthest = 0.2F;
     std::optional<float> distance;
@@ -143,7 +144,7 @@ void dropUnprovenPieces(CornerLattice &lattice, const std::vector<SquareReading>
     if (pieces < 2) {
         return;
     }
-    // Ten squares agree by chance once in a thousand times. A square that disagrees cancels three that agree.
+    // With random marks, ten squares agree once in a thousand times. A square that disagrees cancels three that agree.
     constexpr int proof = 10;
     std::vector<int> score(size_t(pieces), 0);
     for (const SquareReading &reading : marks) {

@@ -19,7 +19,7 @@ public:
     // True if the pixels that the border affects are all inside a picture of this size.
     bool isIn(const cv::Size &size) const;
 
-    // Calls visit(y, x0, x1) for every run of pixels.
+    // Calls `visit(y, x0, x1)` for every run of pixels in a row y.
     template <class Visit>
     void visitRuns(const cv::Size &size, const Visit &visit) const {
         const double determinant = shape(0, 0) * shape(1, 1) - shape(0, 1) * shape(0, 1);

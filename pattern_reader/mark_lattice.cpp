@@ -22,12 +22,13 @@ float radiiBetween(const RoundMark &mark, cv::Point2f p, cv::Point2f q) {
     return std::hypot(unit.x, unit.y);
 }
 
-// An upper bound of the longest radius: the norm of a matrix is not smaller than its greatest stretch.
+// Returns an upper bound of a mark's longest radius in pixels. The bound holds because the norm of a matrix is not
+// smaller than its greatest stretch.
 float longestRadius(const RoundMark &mark) {
     return float(cv::norm(mark.toUnit.inv()));
 }
 
-// Finds marks that are not yet part of a lattice by their position.
+// Finds the marks near a position. Marks that are not yet part of a lattice are called free.
 class FreeMarks {
 public:
     FreeMarks(const std::vector<RoundMark> &all, const cv::Size &image)
@@ -37,8 +38,8 @@ public:
         }
     }
 
-    // The index of the free mark that is closest to a point and has about the area of `like`. It is at most `reach`
-    // away, in radii of `like`. -1 if there is none.
+    // Returns the index of the free mark that is closest to a point, has about the same area as `like`, and is less
+    // than `reach` away (in radii of `like`). Returns -1 if there is no such mark.
     int closest(cv::Point2f p, float reach, const RoundMark &like) const {
         int best = -1;
         float distance = reach;
@@ -53,8 +54,8 @@ public:
         return best;
     }
 
-    // Calls visit with the index of every mark within `reach` pixels of a point, and of some marks farther away. Marks
-    // that are part of a lattice are included.
+    // Calls `visit` with the index of every mark within `reach` pixels of a point, and of some marks farther away.
+    // Marks that are part of a lattice are included.
     template <class Visit>
     void visitAround(cv::Point2f p, float reach, const Visit &visit) const {
         grid.visitAround(p, reach, visit);
@@ -71,8 +72,8 @@ private:
     std::vector<bool> taken;
 };
 
-// Finds the steps along both axes at a seed, from a neighbour: a mark whose distance from the seed is about the pitch,
-// in the seed's radii. False if there is none.
+// Finds the steps along both axes at a seed, from a neighbour: a mark whose distance from the seed, in the seed's
+// radii, is about the pitch. False if there is no such mark.
 bool findAxes(const std::vector<RoundMark> &marks, const FreeMarks &freeMarks, size_t seed, cv::Point2f &a,
               cv::Point2f &b) {
     const RoundMark &here = marks[seed];

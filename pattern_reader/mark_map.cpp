@@ -82,7 +82,7 @@ cv::Vec2d sumOf(const std::array<cv::Vec2d, MarkMap::bendTerms> &factors, const 
     return sum;
 }
 
-// How many terms of the bend can be determined from this number of marks.
+// Returns the number of the bend's terms that can be determined from this number of marks.
 size_t termsFor(size_t marks) {
     return marks >= 23 ? 15 : marks >= 16 ? 10 : 6;
 }

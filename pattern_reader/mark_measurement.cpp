@@ -15,7 +15,7 @@ struct FittedMark {
     cv::Point cell;
     MarkFit fit;       // in image coordinates
     size_t level = 0;  // level in which it was fitted
-    double noise = 0;  // rms error of the fit in a pixel of the image, as a share of the contrast
+    double noise = 0;  // rms residual, converted to one pixel of the image, as a share of the contrast
     bool disturbed = false;
 };
 
@@ -182,7 +182,8 @@ double seenRadius(const std::vector<FittedMark> &marks, const MarkMap &map, doub
     return std::clamp(medianOf(radii), 0.85 * drawn, 1.2 * drawn);
 }
 
-// How much a mark's shape differs from a circle mapped to the picture: the greatest stretch or shrinkage, as a factor.
+// Returns how much a mark's shape differs from that of a circle mapped to the picture: the factor of the greatest
+// stretch or shrinkage, at least 1.
 double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit) {
     const cv::Matx22d m = mark.fit.toUnit * fromUnit;
     const cv::Matx22d square = m.t() * m;

@@ -12,7 +12,7 @@ namespace {
 using pattern_code::planeSide;
 using pattern_code::tileSide;
 
-constexpr float leastCertainty = 0.3F;  // of a reading that is used
+constexpr float leastCertainty = 0.3F;  // squares whose reading is less certain are not used
 // A place is accepted if a lattice of random marks would match as well with at most this probability, as a power of
 // ten.
 constexpr double log10Doubt = -5;
@@ -46,7 +46,7 @@ SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origi
     return seen;
 }
 
-// Squares outside the code or on a tile's information block are not compared, but there must not be many of them.
+// Squares outside the code, or in a tile's information block, are not compared. There must not be many of them.
 bool isAccepted(const Location &location, int readings) {
     const int compared = location.agreeing + location.disagreeing;
     const int leastCompared = readings * (location.place.tile == Place::plane ? 6 : 4);

@@ -24,7 +24,7 @@ bool isStray(int corners, std::vector<int> counts) {
     return corners < 2 || corners * 4 < *middle;
 }
 
-// Drops one outermost line that has far fewer corners than the others. False if there is no such line.
+// Removes one outermost column or row of corners that has far fewer corners than the others. False if there is none.
 bool dropStrayLine(CornerLattice &lattice) {
     for (const bool columns : {true, false}) {
         const std::vector<int> counts = cornersByLine(lattice, columns);
@@ -64,7 +64,8 @@ bool topLeftIsDark(const CornerLattice &lattice, const LatticeMotion &motion) {
     return lattice.isLight(any.cell) == ((square.x + square.y) % 2 != 0);
 }
 
-// How far to the right the x axis points in the image: the cosine of its angle.
+// Returns the cosine of the angle between the pattern's x axis and the image's: the larger, the more it points to the
+// right.
 double rightwards(const CornerLattice &lattice, const LatticeMotion &motion) {
     cv::Point2d along;
     for (const LatticeCorner &corner : lattice.corners) {

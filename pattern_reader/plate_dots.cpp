@@ -17,8 +17,8 @@ bool isInPicture(const PlateView &view, cv::Point2d mark) {
            view.lightAt(mark - cv::Point2d(0, reach), light) && view.lightAt(mark + cv::Point2d(0, reach), light);
 }
 
-// The numbers of marks next to a dot. If a mark is hidden, that is, inside the picture but not found, something blank
-// may cover the place, and that would look like an absent dot.
+// The numbers of marks next to a dot. If a mark is hidden (inside the picture but not found), a blank object may cover
+// the place, which would then look like a place without a dot.
 struct NextMarks {
     int all = 0;
     int found = 0;
@@ -82,8 +82,8 @@ std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, do
     return circle;
 }
 
-// How much a place looks like a dot: 0 for paper, 1 if it is as dark as a dot can look there. Empty if that cannot be
-// determined.
+// Returns how much a place looks like a dot: 0 for paper, 1 if it is as dark as a dot can look there. Empty if that
+// cannot be determined.
 std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
     // A dot is a ring, so the light is measured along the middle of its line. Blur darkens the hole too.
     constexpr double lineRadius = (pattern_code::dotRadius + pattern_code::dotHoleRadius) / 2;
@@ -97,7 +97,7 @@ std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
     return (around->mean - line->mean) / std::erf(width / std::sqrt(8 * blur2));
 }
 
-// What the place of a dot looks like.
+// The appearance of a place that may have a dot.
 struct DotPlace {
     double share = 0;  // 0 for paper, 1 if it is as dark as a dot can look there
     bool known = false;
@@ -118,8 +118,8 @@ DotPlace lookAtDot(const PlateView &view, int bit) {
     return place;
 }
 
-// The usual DotPlace::share of a dot in this picture; empty if that is not clear. About half of all bits are set, so
-// the upper quartile of all shares is that of a dot.
+// Returns the usual DotPlace::share of a dot in this picture; empty if that is not clear. About half of all bits are
+// set, so the upper quartile of all shares is that of a dot.
 std::optional<double> lookOfDots(const std::array<DotPlace, pattern_code::blockBitCount> &places) {
     std::vector<double> known;
     for (const DotPlace &place : places) {

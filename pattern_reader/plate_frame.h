@@ -8,7 +8,7 @@ namespace pattern_reader {
 // Samples along the frame's four sides.
 struct FrameEvidence {
     int passed = 0;     // samples that show the frame
-    int looked = 0;     // samples inside the picture
+    int looked = 0;     // all samples inside the picture
     int goodSides = 0;  // sides on which most samples show the frame
 };
 

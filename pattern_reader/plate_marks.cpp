@@ -10,7 +10,7 @@ namespace pattern_reader {
 
 namespace {
 
-// The finest level in which a radius has at most `most` pixels.
+// Returns the finest level in which this radius has at most `most` pixels.
 const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float radius, float most) {
     size_t number = 0;
     while (number + 1 < levels.size() && radius / levels[number].scale() > most) {
@@ -99,8 +99,8 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &image
     return added;
 }
 
-// Keeps the 7 × 7 cells with the most marks. What is found outside them only looks like a mark and is removed. False if
-// more than a few marks are removed.
+// Keeps the marks in the 7 × 7 cells that contain most of them. Marks found outside only look like marks and are
+// removed. False if more than a few marks are removed.
 bool keepOnePlate(MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     if (extent.width <= marksPerSide && extent.height <= marksPerSide) {

@@ -21,7 +21,7 @@ namespace {
 constexpr size_t leastMarks = 9;
 constexpr int leastChecks = 10;       // BlockAgreement::checks needed before a part of a block confirms the orientation
 constexpr int leastDots = 6;          // dots that must be seen before the plate counts as having dots
-constexpr double leastSpacing = 9.5;  // pixels; with a smaller one, the frame's corners cannot be told apart
+constexpr double leastSpacing = 9.5;  // pixels; with a smaller grid spacing, the frame's corners cannot be told apart
 
 struct Assumption {
     LatticeMotion motion;
@@ -71,10 +71,11 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
 // The corners of the unturned plate that can be its top-left corner.
 struct TopLefts {
     std::vector<int> corners;
-    bool showsTriangle = false;  // true: the only one of them does; false: all of them are hidden
+    bool showsTriangle = false;  // true: there is only one, and it shows the triangle; false: all of them are hidden
 };
 
-// The corner that shows the triangle. If no corner shows one, all hidden corners. If several corners do, none.
+// Returns the corner that shows the triangle. If no corner shows a triangle, returns all hidden corners; if several
+// corners show one, returns none.
 TopLefts possibleTopLefts(const PlateView &unturned) {
     std::vector<int> triangles;
     std::vector<int> hidden;

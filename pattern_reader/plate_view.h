@@ -52,8 +52,8 @@ public:
     cv::Point2d toCell(cv::Point2d plate) const;
     // True if the mark at this place of the lattice was found.
     bool hasMark(cv::Point plate) const;
-    // The grey level relative to the marks nearby: 0 is as dark as a mark, 1 as light as the paper. False outside the
-    // picture.
+    // Determines the grey level relative to the marks nearby: 0 is as dark as a mark, 1 is as light as the paper. False
+    // outside the picture.
     bool lightAt(cv::Point2d plate, double &light) const;
     // Like lightAt, but in a sharper picture, for the fine lines of the dots.
     bool sharpLightAt(cv::Point2d plate, double &light) const;

@@ -24,8 +24,8 @@ public:
         head = int(older.size()) - 1;
     }
 
-    // Calls visit with the number of every point that is within `reach` of middle in both x and y, and of the other
-    // points in the same cells.
+    // Calls `visit` with the number of every point that is within `reach` of `middle` in both x and y. It also visits
+    // the other points in the same cells.
     template <class Visit>
     void visitAround(cv::Point2f middle, float reach, const Visit &visit) const {
         const int right = cellOf(middle.x + reach, columns);

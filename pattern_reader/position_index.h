@@ -26,7 +26,7 @@ class WindowTable;
 
 constexpr std::uint8_t unknownCell = 2;
 
-// What was seen: cells 0, 1 or unknownCell, row by row from the top left.
+// The cells of a patch as they were seen, row by row from the top left. Each is 0, 1 or unknownCell.
 struct SeenCells {
     SeenCells(int columns, int rows)
         : width(columns), height(rows), cells(std::size_t(columns) * std::size_t(rows), unknownCell) {}
@@ -43,7 +43,7 @@ struct SeenCells {
     std::vector<std::uint8_t> cells;
 };
 
-// Where a local lattice lies in the code, and in which orientation.
+// The place and the orientation of a local lattice in the code.
 struct CodePlace {
     static constexpr int plane = -1;
 
