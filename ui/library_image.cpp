@@ -66,7 +66,7 @@ Bytes readBytes(const std::string &path) {
     return bytes;
 }
 
-// True if the layout accounts for every byte. The products fit into 64 bits, because no factor exceeds byteCount.
+// True if the layout accounts for every byte. The products fit into 64 bits, because every factor is less than 2^31.
 bool describes(const ImageLayout &layout, std::size_t byteCount) {
     const auto count = static_cast<std::int64_t>(byteCount);
     if (layout.width <= 0 || layout.height <= 0 || layout.channelCount <= 0) {
