@@ -1,5 +1,5 @@
-// The choice of the coordinate system that all patterns of an assembly get in the results: that of a reference pattern,
-// or one through three corners.
+// Lets the user choose the coordinate system of an assembly's results: that of a reference pattern, or one that three
+// corners define.
 #pragma once
 
 #include <QWidget>
@@ -16,14 +16,14 @@ class AxesPanel : public QWidget {
 public:
     explicit AxesPanel(QWidget *parent = nullptr);
     void setSettings(const SessionSettings &newSettings);
-    // Offers the patterns of the result; null if there is none.
+    // Offers the patterns of the result, which may be null.
     void setResult(const SessionResult *result);
-    // Shows how many of the three corners are picked while that goes on.
+    // Tells the panel how many of the three corners have been picked, so that it can ask for the next one.
     void setPickedCorners(int count);
 
 signals:
     void settingsEdited(const SessionSettings &settings);
-    // The user wants to pick three corners, or no longer wants to.
+    // The user began or stopped picking three corners.
     void pickingToggled(bool isOn);
 
 private:

@@ -94,7 +94,7 @@ void LivePanel::lay() {
     size->setToolTip(tr("The size of picture that the camera is asked for. A calibration holds for one size.") +
                      link());
     takeButton->setToolTip(tr("Keeps the next picture, whatever it shows.") + link());
-    // Beside the button's own shortcut, which is its mnemonic.
+    // This is a second shortcut, because the button's own shortcut is its mnemonic.
     auto *take = new QShortcut(QKeySequence("Ctrl+Space"), this);
     connect(take, &QShortcut::activated, takeButton, &QPushButton::click);
     byItself->setToolTip(tr("Takes a picture when the target is still, sharp, and seen in a new way.") + link());

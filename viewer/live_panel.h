@@ -27,7 +27,7 @@ public:
     void startFile(const QString &file);
 
     bool isRunning() const { return capture.isRunning(); }
-    // What the panel waits for, or why the source ended.
+    // Returns what the panel waits for, or why the source ended.
     QString statusText() const;
 
 public slots:

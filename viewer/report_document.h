@@ -15,11 +15,12 @@ struct ReportFigure {
 
 struct ReportDocument {
     QString title;
-    // An image with the source "figure:INDEX" stands for a figure, one with "picture:INDEX" for a picture.
+    // An image with the source "figure:INDEX" stands for a figure, and an image with the source "picture:INDEX" stands
+    // for a picture.
     QString html;
     std::vector<ReportFigure> figures;
     std::vector<QImage> pictures;
 };
 
-// Returns a document with an empty html if the page is not well-formed XML.
+// Returns a document with an empty `html` if the page is not well-formed XML.
 ReportDocument reportDocument(const std::string &page);

@@ -57,7 +57,7 @@ SettingsPanel::SettingsPanel(QWidget *parent)
     arrangement->addItems({tr("Cameras, each by itself"), tr("Rig: cameras fixed to each other"),
                            tr("Assembly: patterns fixed to each other")});
     for (int i = 0; i < arrangement->count(); ++i) {
-        arrangement->setItemData(i, arrangement->itemText(i), Qt::ToolTipRole);  // the closed box may cut it off
+        arrangement->setItemData(i, arrangement->itemText(i), Qt::ToolTipRole);  // the closed box may cut off the text
     }
     lens->addItem(tr("Choose the best"));
     for (const LensModel model :

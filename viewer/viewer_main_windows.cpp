@@ -1,4 +1,4 @@
-// The entry point on Windows: windows are drawn at the scale that the user has set for the screen.
+// The entry point on Windows. It makes the toolkit draw windows at the scale that the user has set for the screen.
 #include <QGuiApplication>
 
 #include "viewer/viewer_program.h"

@@ -28,7 +28,8 @@ struct Arguments {
     int exitCode = -1;  // if it is not negative, the program ends with it
 };
 
-// Returns the exit code; a full disk is an error.
+// Prints the text on standard output. Returns the exit code: 1 if the text could not be written, for example to a full
+// disk.
 int print(const char *text) {
     if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0) {
         return 0;

@@ -27,7 +27,8 @@ class ViewerWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    // Keeps a copy of the session for recovery in this folder; keeps none if recoveryFolder is empty.
+    // Keeps a copy of the session in `recoveryFolder`, so that it can be restored after a crash. Keeps none if the text
+    // is empty.
     explicit ViewerWindow(const QString &recoveryFolder);
     ~ViewerWindow() override;
 

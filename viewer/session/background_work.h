@@ -1,7 +1,7 @@
 // Runs work on background threads and hands each result back to the thread that owns this object.
 //
 // Create, use and destroy this object on one thread that has an event loop. The destructor cancels all work and waits
-// until running work has ended. Threads are started when they are first needed.
+// until running work has ended. Each call of add() starts one more thread until there are `threadCount` threads.
 #pragma once
 
 #include <QObject>
@@ -31,7 +31,7 @@ public:
     // Removes all waiting work and discards the results of running work.
     void cancel();
 
-    // The number of results that have not been delivered yet.
+    // The number of results that are still to be delivered.
     int open() const { return openCount; }
 
 protected:

@@ -14,7 +14,7 @@ constexpr double reach = 0.25;             // sides of a square; this close to a
 constexpr double samplesPerPixel = 4;      // of a profile
 constexpr double slopeLength = 0.5;        // pixels over which a slope is measured
 constexpr double leastContrast = 20;       // grey levels
-constexpr double greatestBlurPerHalf = 2;  // blur in half lengths of a profile; stronger blur cannot be told apart
+constexpr double greatestBlurPerHalf = 2;  // in half lengths of a profile; even stronger blurs cannot be told apart
 constexpr size_t leastEdges = 8;
 constexpr double gaussianPeak = 0.3989;  // height of the normal distribution with deviation 1
 

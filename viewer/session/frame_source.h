@@ -20,14 +20,14 @@ struct FrameSourceChoice {
 class FrameSource {
 public:
     explicit FrameSource(FrameSourceChoice sourceChoice);
-    // With another way to the frames, which is opened as OpenCV's own would be.
+    // Reads the frames from `ownCapture`, which is opened in the same way as OpenCV's own capture.
     FrameSource(FrameSourceChoice sourceChoice, std::unique_ptr<cv::VideoCapture> ownCapture);
     ~FrameSource();
 
     // Returns an empty text, or the reason why there are no frames.
     QString open();
-    // Returns the next frame in colour. A file's frames come at the speed at which it was recorded. Empty at the end;
-    // endText() then says why.
+    // Returns the next frame in colour. The frames of a file come at the speed at which the file was recorded. Returns
+    // an empty frame at the end; endText() then says why.
     cv::Mat next();
     QString endText() const;
     bool isFile() const { return !choice.file.isEmpty(); }

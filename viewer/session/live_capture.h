@@ -45,14 +45,14 @@ public:
     void setTakesByItself(bool takes);
     // The photographs that the session has. A frame that is similar to one of them is not saved by itself.
     void setPhotographs(std::vector<TargetView> views);
-    // isEnough: true if another photograph would hardly improve the calibration. No frame is then saved by itself.
+    // `isEnough` is true if another photograph would hardly improve the calibration. Then no frame is saved by itself.
     void setEnough(bool isEnough);
 
 signals:
     // Frames that arrive faster than they are shown are skipped.
     void frameShown(const LiveFrame &frame);
     void pictureTaken(const QString &file);
-    // The source ended by itself; the text says why in a sentence. The end of a file is no problem.
+    // The source ended by itself. `reason` is a sentence that says why. `isProblem` is false if a file came to its end.
     void ended(const QString &reason, bool isProblem);
 
 protected:
@@ -74,7 +74,7 @@ private:
     };
 
     struct End {
-        QString reason;  // empty if it was cancelled
+        QString reason;  // empty if the run was cancelled
         bool isProblem = true;
     };
 

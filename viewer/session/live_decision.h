@@ -19,7 +19,7 @@ enum class LiveState {
     Worth,   // the frame should be kept
 };
 
-// How a target is seen in one picture.
+// The patterns that were read in one picture.
 struct TargetView {
     QSize size;                                       // of the picture, in pixels
     std::shared_ptr<const PatternReadings> readings;  // not null
@@ -27,7 +27,7 @@ struct TargetView {
 
 class LiveDecision {
 public:
-    // Call this for each frame in turn. blur is in pixels, as edge_blur.h measures it; empty if it is not known.
+    // Call this for each frame in turn. `blur` is in pixels, as edge_blur.h measures it; empty if it is not known.
     LiveState judge(const TargetView &frame, std::optional<double> blur);
 
     // Sets the existing photographs. Only those of the frame's size are compared with it.

@@ -14,7 +14,7 @@ struct Match {
     const PatternCorner *corner = nullptr;    // the sighting's first corner
 };
 
-// The reading that a sighting was made of has its corners at the same pixels.
+// Returns the reading that a sighting was made from: the one that has the sighting's first corner at the same pixel.
 Match readingOf(const calibration::Sighting &sighting, const PatternReadings &readings) {
     const Eigen::Vector2d &image = sighting.corners.front().image;
     for (const PatternReading &reading : readings) {
@@ -34,7 +34,8 @@ PrintLook lookOf(const Match &match, const Eigen::Vector2i &cell) {
     look.kind = match.reading->kind;
     look.tile = match.reading->tile;
     look.values = match.reading->values;
-    // The square above and to the left of the first point has the sum of its column and row less 2.
+    // For the square above and to the left of the first point, the sum of column and row is less by 2, so it is even or
+    // odd as for the first point.
     look.isTopLeftSquareDark =
         look.kind == PatternKind::Plate || ((firstPoint.x + firstPoint.y) % 2 == 0) == match.reading->evenSquaresDark;
     return look;

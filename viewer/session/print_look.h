@@ -1,5 +1,5 @@
-// How the prints of a calibration look, beyond the points that the calibration knows: what kind of pattern each is, and
-// what its code says. All of it comes from the readings of the photographs.
+// Finds out how the prints of a calibration look: the kind of each pattern and the content of its code. The calibration
+// does not know them, so they are taken from the readings of the photographs.
 #pragma once
 
 #include <QVector>
@@ -12,13 +12,13 @@
 
 struct PrintLook {
     pattern_reader::PatternKind kind = pattern_reader::PatternKind::Board;
-    int tile = -1;                                        // as in PatternReading
-    bool isTopLeftSquareDark = true;                      // of the squares around the points; true for a plate
+    int tile = -1;                    // as in PatternReading
+    bool isTopLeftSquareDark = true;  // the square above and to the left of the first point; true for a plate
     std::optional<pattern_reader::PatternValues> values;  // empty if no information block was read
 };
 
-// The look of each print; empty for a print that no photograph shows. photographIds are the session's numbers of the
-// calibration's photographs.
+// Returns the look of each print; empty for a print that no photograph shows. `photographIds` has the session's id of
+// each photograph of the calibration.
 std::vector<std::optional<PrintLook>> looksOf(const calibration::Calibration &calibration,
                                               const std::vector<int> &photographIds,
                                               const QVector<SessionPhotograph> &photographs);

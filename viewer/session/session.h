@@ -50,7 +50,7 @@ public:
 
     bool isReading() const { return reading.open() > 0; }
     bool isCalibrating() const { return calibrating.open() > 0; }
-    // How many photographs were added since reading began, and how many of those have been read.
+    // The number of photographs that were added since reading began, and the number of those that have been read.
     int readingTotal() const { return batchTotal; }
     int readingDone() const { return batchDone; }
 

@@ -39,8 +39,9 @@ public:
     // Replaces the copy. Returns an empty text, or the reason why the copy was not written; the old one then stays.
     QString keep(const SessionDocument &document);
 
-    // Returns the newest session that a crashed process left, ignoring those without photographs; empty if there is
-    // none. The session becomes this object's copy, so that another crash does not lose it.
+    // Returns the newest session with photographs that a crashed process left; empty if there is none. Newer copies
+    // that a crash left are removed if they have no photographs or cannot be read. The session becomes this object's
+    // copy, so that another crash does not lose it.
     std::optional<SessionDocument> takeLeftOver();
 
 private:

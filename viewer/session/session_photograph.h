@@ -32,7 +32,7 @@ struct SessionPhotograph {
 
 constexpr QSize thumbnailSize(160, 120);
 
-// Reads the file and sets the members that follow isIncluded. If isCancelled returns true, it may return without a
+// Reads the file and sets the members that follow `isIncluded`. If `isCancelled` returns true, it may return without a
 // result. Never throws. May be called from several threads at the same time.
 void readFromFile(SessionPhotograph &photograph, const SessionSettings &settings,
                   const std::function<bool()> &isCancelled);

@@ -16,8 +16,8 @@ public:
     void showFrame(const LiveFrame &newFrame);
     // Shows this text instead of a frame.
     void clear(const QString &newHint);
-    // newResult is null if there is none. Its advice for the next photograph is drawn over the frames if they have the
-    // size of the pictures of the camera that it is for.
+    // `newResult` may be null. Its advice for the next photograph is drawn over the frames if the advice is for a
+    // camera whose pictures have the size of the frames.
     void setResult(std::shared_ptr<const SessionResult> newResult);
     // Draws a border in this colour around the picture; none if the colour is invalid.
     void setBorder(const QColor &colour);
@@ -30,7 +30,7 @@ protected:
 
 private:
     void drawCorners(QPainter &painter, double scale) const;
-    // Whether the advice for the next photograph is for a camera with pictures of the frame's size.
+    // True if there is advice for the next photograph, for a camera with pictures of the frame's size.
     bool hasAdvice() const;
     void drawAdvice(QPainter &painter) const;
 
@@ -38,5 +38,5 @@ private:
     QString hint;
     QColor border;
     std::shared_ptr<const SessionResult> result;
-    std::vector<PrintCell> target;  // of the advice
+    std::vector<PrintCell> target;  // the print that the advice is about
 };

@@ -12,7 +12,7 @@ class NextPhotographView : public QWidget {
 
 public:
     explicit NextPhotographView(QWidget *parent = nullptr);
-    // Null, or a result without advice, empties the view.
+    // The view is empty if the result is null or has no advice.
     void setResult(std::shared_ptr<const SessionResult> newResult);
     QSize minimumSizeHint() const override { return {200, 170}; }
 

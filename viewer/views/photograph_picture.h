@@ -18,7 +18,7 @@ struct StraightLens {
     static StraightLens of(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics);
 };
 
-// The place of a pixel of the photograph in the undistorted picture; empty if it has no place there.
+// Returns where the undistorted picture shows a pixel of the photograph; empty if it does not show that pixel.
 std::optional<QPointF> undistorted(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
                                    const QPointF &pixel);
 

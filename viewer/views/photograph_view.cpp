@@ -186,7 +186,7 @@ void PhotographView::drawPicture(QPainter &painter) const {
 }
 
 void PhotographView::drawAxes(QPainter &painter, const PatternReading &reading) const {
-    // The axes begin at the corner with both neighbours that is nearest to the middle.
+    // The axes begin at the corner that is nearest to the middle among those with a next corner along both axes.
     const PatternCorner *best = nullptr;
     const int step = reading.kind == pattern_reader::PatternKind::Plate ? 2 : 1;
     cv::Point2f middle(0, 0);
@@ -261,7 +261,8 @@ std::vector<PhotographView::ResidualArrow> PhotographView::residualArrows() cons
             }
             const Eigen::Vector2d residual = corner.image - *estimated;
             const ResidualArrow arrow{*from, {residual.x(), residual.y()}, corner.isUsed && sightings[s].isUsed};
-            // From the photograph's corner, so that moving it in the view changes no cell.
+            // Cells are counted from the photograph's corner, so that they stay the same if the photograph is moved in
+            // the view.
             const QPointF cell = (*from - origin) / arrowCell;
             const auto [found, isFirst] =
                 largest.try_emplace({int(std::floor(cell.x())), int(std::floor(cell.y()))}, arrow);
@@ -281,7 +282,7 @@ std::vector<PhotographView::ResidualArrow> PhotographView::residualArrows() cons
 void PhotographView::drawResiduals(QPainter &painter) const {
     for (const ResidualArrow &arrow : residualArrows()) {
         const QPointF tip = arrow.from + scale * residualFactor * arrow.residual;
-        // The dark border makes it readable on white paper.
+        // The dark border makes the arrow visible on white paper.
         painter.setPen(QPen(QColor(20, 20, 24, 170), 3.5));
         drawArrow(painter, arrow.from, tip);
         painter.setPen(QPen(arrow.counts ? QColor(255, 210, 0) : residualColour(), 1.5));

@@ -57,7 +57,8 @@ private:
     void zoom(double factor, QPointF about);
     void pick(QPointF place);
     bool showsUndistorted() const { return wantsUndistorted && !straight.levels.empty(); }
-    // The place in the view of a pixel of the photograph; empty if the undistorted picture does not show it.
+    // Returns where the view shows a pixel of the photograph; empty if the undistorted picture does not show that
+    // pixel.
     std::optional<QPointF> place(QPointF pixel) const;
     void drawPicture(QPainter &painter) const;
     void drawReading(QPainter &painter, int index) const;
@@ -67,7 +68,7 @@ private:
         QPointF residual;  // pixels of the photograph, from where the calibration puts the corner to where it was seen
         bool counts = true;
     };
-    // Where corners are dense in the view, only the largest residual of each small square.
+    // Returns the residuals to draw: only the largest one in each small square of the view.
     std::vector<ResidualArrow> residualArrows() const;
     void drawResiduals(QPainter &painter) const;
     QString hint() const;

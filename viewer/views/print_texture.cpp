@@ -13,11 +13,12 @@ using pattern_reader::PatternKind;
 
 namespace {
 
-constexpr double leastTolerance = 0.02;  // of a circle's polygon, in relation to its radius
-// Of neighbouring cells, in relation to their size: the ground would shine through a common edge.
+constexpr double leastTolerance = 0.02;  // the error of a circle's polygon, as a share of the radius
+// Each cell extends beyond its edges by this share of the lattice's pitch. Without an overlap, the background would
+// shine through the common edge of two cells.
 constexpr double overlapShare = 0.02;
 
-// The type of pattern in the library that looks like this kind.
+// Returns the type of pattern of the camera library that looks like this.
 const lmlib64::PatternType *typeOf(const PrintLook &look) {
     switch (look.kind) {
         case PatternKind::Plane:
@@ -41,7 +42,7 @@ size_t pointAt(const Print &print, int column, int row) {
     return 0;
 }
 
-// As it would have to be asked for to get this print.
+// Returns the description with which the camera library draws this print.
 PatternDescription descriptionOf(const Print &print, const PrintLook &look) {
     Eigen::Vector2i last(0, 0);
     for (const Eigen::Vector2i &cell : print.cells) {
@@ -72,7 +73,8 @@ PatternDescription descriptionOf(const Print &print, const PrintLook &look) {
     return description;
 }
 
-// Along one axis, between the shapes.
+// Returns the coordinates along one axis at which cells begin and end. They lie between the shapes, except for the
+// outer edges of the quiet zone.
 std::vector<double> cutsOf(double size, double first, double pitch, double quietZone) {
     std::vector<double> cuts{-quietZone};
     const double tolerance = 1e-6 * size;
@@ -136,7 +138,8 @@ std::vector<PrintCell> textureOf(const SessionResult &result, int index) {
     const double overlap = overlapShare * lattice.pitch;
     std::vector<PrintCell> cells;
     for (size_t row = 0; row + 1 < down.size(); ++row) {
-        // Rows first, because a large pattern has as many shapes as cells.
+        // Each row is cut out first. A large pattern has about as many shapes as cells, so cutting every cell out of
+        // the whole pattern would take long.
         const PatternGeometry strip = lmlib64::clippedTo(
             {across.front() - overlap, down[row] - overlap, across.back() + overlap, down[row + 1] + overlap},
             geometry);

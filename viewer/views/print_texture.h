@@ -1,5 +1,5 @@
-// What is printed, as outlines to draw in a picture or in a scene: squares, round marks and the code, in the shape that
-// the calibration found. The outlines are those that the camera library prints.
+// Makes the outlines of everything that is printed (squares, round marks and the code), for drawing it in a picture or
+// in a scene. They are the outlines that the camera library prints, in the shape that the calibration found.
 #pragma once
 
 #include <Eigen/Core>
@@ -15,20 +15,20 @@ using Outline = std::vector<Eigen::Vector3d>;  // corners in the print's axes, m
 
 // A piece of the print about as large as one of its squares. It overlaps its neighbours a little.
 struct PrintCell {
-    Outline whole;                // light
+    Outline whole;                // the outline of the cell, to be filled with the light colour
     std::vector<Outline> shapes;  // what lies within an odd number of these is dark
 };
 
-// The cells of a print with its quiet zone. None if its kind is not known.
+// Returns the cells of a print with its quiet zone; none if the look of the print is not known.
 std::vector<PrintCell> textureOf(const SessionResult &result, int print);
 
-// The dark parts of the cell, where `place` puts their corners; empty if it has no place for one of them. Fill it with
-// a brush.
+// Returns the dark parts of the cell as a path to be filled with a brush. `place` maps the corners of their outlines to
+// the path; the path is empty if `place` returns nothing for one of them.
 QPainterPath darkPartsOf(const PrintCell &cell,
                          const std::function<std::optional<QPointF>(const Eigen::Vector3d &)> &place);
 
-// Puts points of a print into a camera's picture, in pixels; empty for a point that is not in front of the camera. The
-// arguments must live as long as the function.
+// Returns a function that maps points of a print to pixels of a camera's picture. The function returns nothing for a
+// point that the camera cannot see. The arguments must outlive the function.
 std::function<std::optional<QPointF>(const Eigen::Vector3d &)> seenBy(const calibration::Camera &camera,
                                                                       const Eigen::VectorXd &intrinsics,
                                                                       const calibration::RigidMotion &cameraFromPrint);

@@ -41,7 +41,7 @@ public:
 
 protected:
     void refresh() final;
-    // camera is -1 if there is no calibrated camera.
+    // Shows the camera with this index; `camera` is -1 if there is no calibrated camera.
     virtual void showCamera(int camera) = 0;
     // The layout below the choice of the camera, for the view's own widgets.
     QVBoxLayout *content() const { return column; }

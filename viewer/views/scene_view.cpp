@@ -18,7 +18,8 @@ constexpr double turnPerPixel = 0.008;
 constexpr double turnPerKey = 0.1;
 const QColor lightColour(244, 244, 240);
 const QColor darkColour(38, 42, 50);
-constexpr size_t mostCameras = 300;  // of more photographs, only every second, third ... has its camera drawn
+// If there are more photographs than this, the camera is drawn only for every second, third ... of them.
+constexpr size_t mostCameras = 300;
 
 Eigen::Vector3d midpointOf(const Outline &points) {
     Eigen::Vector3d sum = Eigen::Vector3d::Zero();

@@ -29,7 +29,7 @@ private:
         Outline corners;  // in the world, mm
         QColor fill;      // invalid: only the outline
         QColor outline;   // invalid: none
-        PrintCell print;  // in the world, mm; without shapes if it is no part of a print
+        PrintCell print;  // in the world, mm; without shapes if the facet is not part of a print
     };
     struct Label {
         Eigen::Vector3d place;
