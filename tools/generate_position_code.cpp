@@ -44,8 +44,7 @@ Word allOnes(int n) {
     return n == 8 ? ~Word{0} : (Word{1} << (n * n)) - 1;
 }
 
-// True if a window and one of its other orientations differ in fewer bits than the distance. Only bits of the mask
-// count.
+// True if a window and one of its other orientations differ in fewer than `distance` bits. Only bits of the mask count.
 bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     Word turnedWord = word;
     Word turnedMask = mask;
@@ -59,9 +58,10 @@ bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     return false;
 }
 
-// An index of whole windows of side n, each in four orientations. The windows' words are cut into parts, which are the
-// keys of the index. Two words that differ in fewer bits than the distance differ in at most `flips` bits in at least
-// one part, so it is enough to look up each part with up to that many bits inverted.
+// An index of windows of side n, all of whose bits count. Each window is stored in four orientations. The windows'
+// words are cut into parts, which are the keys of the index. Two words that differ in fewer than `distance` bits differ
+// in at most `flips` bits in at least one part, so it is enough to look up each part with up to that many bits
+// inverted.
 class WindowIndex {
 public:
     WindowIndex(int windowSide, int leastDistance, int partCount)
@@ -149,7 +149,7 @@ struct Grid {
 
     [[nodiscard]] bool hasWindowEndingAt(int cell, int n) const { return cell % side >= n - 1 && cell / side >= n - 1; }
 
-    // The window of side n whose last square is the cell.
+    // Returns the window of side n whose last square is `cell`.
     [[nodiscard]] Word windowEndingAt(int cell, int n) const {
         Word word = 0;
         for (int row = 0; row < n; ++row) {
@@ -206,7 +206,7 @@ public:
     }
 
     [[nodiscard]] const Grid &grid() const { return plane; }
-    // The windows of side n, 7 or 8, in four orientations each.
+    // Returns the windows of side n (7 or 8), in four orientations each.
     [[nodiscard]] const std::vector<Word> &words(int n) const {
         return indexes[static_cast<std::size_t>(n - 5)].words();
     }

@@ -46,7 +46,7 @@ void expectTruth(const Calibration &result, const Scene &scene) {
     EXPECT_NEAR(result.estimate.shapes[1].numbers[PrintShape::bend], 0.6, 0.03);
 }
 
-// A scene that is calibrated faster: only the first camera sees the prints.
+// Returns a scene that is calibrated faster, because only the first camera sees the prints.
 Scene makeSmallScene() {
     Scene scene = makeScene(0.05);
     std::vector<Sighting> &sightings = scene.observations.sightings;
@@ -58,7 +58,7 @@ Scene makeSmallScene() {
     return scene;
 }
 
-// The truth as a previous result. A calibration that starts from it does not choose models.
+// Returns the truth in the form of a previous result. A calibration that starts from it does not choose models.
 Calibration calibrationOf(const Scene &scene) {
     Calibration result;
     result.observations = scene.observations;
@@ -249,7 +249,7 @@ TEST(Calibrate, findsTheSameFromAPreviousResultAsWithoutOne) {
         }
         return some;
     };
-    // Keeps the models, but has nothing else to start from.
+    // With these options, a calibration keeps the models, but has nothing else to start from.
     CalibrateOptions fromNothing;
     Calibration models = calibrationOf(scene);
     models.observations.sightings.clear();
@@ -266,14 +266,15 @@ TEST(Calibrate, findsTheSameFromAPreviousResultAsWithoutOne) {
     };
     EXPECT_EQ(leftOutOf(*calibrated({})),
               (std::vector<std::pair<int, Misfit>>{{int(misread), Misfit::Unclear}, {int(moved), Misfit::Moved}}));
-    // What the previous result was without, and what the next one is without.
+    // `before` lists the photographs that the previous calibration leaves out, and `after` those that the next one
+    // leaves out.
     for (const auto &[before, after] : std::vector<std::pair<std::vector<int>, std::vector<int>>>{
              {{}, {20, 21}}, {{20, 21}, {}}, {{bad}, {}}, {{shifted}, {bad}}}) {
         CalibrateOptions options;
         options.previous = calibrated(before);
         const Calibration warm = calibrate(without(after), options);
         const auto cold = calibrated(after);
-        // A corner whose residual is just at the limit can count in one and not in the other.
+        // A corner whose residual is just at the limit can count in one of the two results only.
         EXPECT_LT(greatestDifference(warm, *cold), 0.2);
         EXPECT_EQ(leftOutOf(warm), leftOutOf(*cold));
         EXPECT_NEAR(warm.cameras[0].rms, cold->cameras[0].rms, 1e-4);
@@ -295,10 +296,10 @@ TEST(Calibrate, endsWithinAnIterationOfBeingCancelled) {
     const Scene scene = makeScene(0.05);
     std::atomic<int> asked{0};
     CalibrateOptions options;
-    // More often than there are stages, and long before the end.
+    // 60 queries are more than there are stages, but far fewer than a complete calibration makes.
     options.isCancelled = [&]() { return ++asked >= 60; };
     EXPECT_THROW(calibrate(scene.observations, options), Cancelled);
-    EXPECT_LT(asked, 60 + 12);  // threads that work at the same time
+    EXPECT_LT(asked, 60 + 12);  // the difference allows for queries of threads that work at the same time
 }
 
 TEST(Calibrate, refusesWhatDeterminesNothing) {

@@ -24,7 +24,7 @@ using lmlib64::Node;
 using lmlib64::NodeObject;
 using lmlib64::Tree;
 
-// The command "Wait" of this test counts `begun` up when it begins, and then waits until the gate is open.
+// This test's command "Wait" increments `begun` when it begins, and then waits until the gate is open.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
 std::string order;  // written by commands, one at a time; read when they have finished

@@ -1,5 +1,5 @@
-// A test fixture with a pattern's PDF and the description attached to it, and sample patterns of every type and
-// polarity. They fit on A4.
+// Has a test fixture with a pattern's PDF and the description attached to it, and sample patterns of every type and
+// polarity. All sample patterns fit on A4.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ namespace lmlib64 {
 
 using Json = nlohmann::json;
 
-// Like Json::parse, but compiled once for all tests: it takes longer to compile than most of them.
+// Does the same as Json::parse, but is compiled only once. Json::parse takes longer to compile than most tests.
 Json parsedJson(const std::string &text);
 
 inline const std::string single = R"({"Type": "SingleCustom", "GridSpacing": 12.5})";

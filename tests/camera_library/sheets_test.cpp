@@ -40,8 +40,8 @@ protected:
     static int lengthY(const SheetPlan &plan) { return pixels(plan.cutsY.back() - plan.cutsY.front()); }
     static int pixels(double mm) { return cvRound(mm * pixelsPerMm); }
 
-    // Lays each sheet onto the earlier ones, cut off at the cuts on its left and above it. The parts that it covers
-    // must look the same as the sheet. `page` returns the picture of a page; page 0 is the plan.
+    // Lays each sheet onto the earlier ones, after it has been cut at the cuts on its left and above it. Where sheets
+    // overlap, the later one is visible. `pageOf` returns the picture of a page; page 0 is the plan.
     template <typename PageOf>
     static cv::Mat putTogether(const SheetPlan &plan, PageOf pageOf) {
         cv::Mat board(lengthY(plan), lengthX(plan), CV_8U, cv::Scalar(255));
@@ -103,7 +103,7 @@ protected:
     }
 };
 
-// The squares and the places of the sheets are whole pixels, so not a single pixel may differ.
+// The squares' sides and the sheets' positions are whole numbers of pixels, so not a single pixel may differ.
 TEST_F(Sheets, giveTheWholeBoardWhenTheyArePutTogether) {
     const std::string pattern = R"({"Type": "Flexible", "GridSize": [15, 11], "GridSpacing": 48})";
     const SheetPlan plan = planSheets(checkerboard({15, 11}, 48, true), a4, {1, 1}).value();
@@ -117,7 +117,7 @@ TEST_F(Sheets, giveTheWholeBoardWhenTheyArePutTogether) {
         return cv::imread(folder.file("sheet-0" + std::to_string(number) + ".png"), cv::IMREAD_GRAYSCALE);
     };
     EXPECT_EQ(cv::norm(putTogether(plan, page), expected, cv::NORM_INF), 0.0);
-    EXPECT_EQ(folder.entryCount(), 1 + plan.count() + 1);  // the whole, the sheets and their plan
+    EXPECT_EQ(folder.entryCount(), 1 + plan.count() + 1);  // the whole pattern, the sheets and their plan
 }
 
 TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
@@ -130,11 +130,11 @@ TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
     const cv::Mat board = putTogether(plan, [&](int number) { return renderPage(file, number + 1, resolution); });
     cv::Mat difference;
     cv::absdiff(board, expected, difference);
-    // The programs draw edges differently, but nowhere do two neighbouring pixels differ.
+    // The programs draw edges differently, but in every block of 2 x 2 pixels, at least one pixel agrees.
     cv::erode(difference > 100, difference, cv::Mat::ones(2, 2, CV_8U));
     EXPECT_EQ(cv::countNonZero(difference), 0);
 
-    // The plan and a sheet have texts that say what they are.
+    // The texts on the plan and on a sheet name the plan and the sheet.
     const std::string plannedText = outputOf("pdftotext -l 1 '" + file + "' -");
     EXPECT_NE(plannedText.find("Plan of " + std::to_string(plan.count()) + " sheets"), std::string::npos);
     EXPECT_NE(outputOf("pdftotext -f 3 -l 3 '" + file + "' -").find("sheet 2 of " + std::to_string(plan.count())),

@@ -1,7 +1,8 @@
 // Runs the real program on a desktop, moves the mouse over its widgets and clicks them, and tells where its windows are
 // and what they show.
 //
-// Positions are pixels of the screen. Every wait is limited; an operation that fails returns false or an empty result.
+// Positions are pixels of the screen. Every wait has a time limit. An operation that fails returns false or an empty
+// result.
 #pragma once
 
 #include <QImage>
@@ -47,7 +48,7 @@ public:
     // The program's visible windows except the main window.
     QStringList otherWindows() const;
     // waitForOtherWindow waits until there is such a window and returns it, or an empty text if none appears in time.
-    // waitForNoOtherWindow waits until there is none.
+    // waitForNoOtherWindow waits until there is no such window, and returns false if one is still there at the end.
     QString waitForOtherWindow(int milliseconds = 5000) const;
     bool waitForNoOtherWindow(int milliseconds) const;
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int stepMs = 30;
 constexpr int stepsToTarget = 10;
-constexpr int mostSteps = 700;  // then the drag is given up
+constexpr int mostSteps = 700;  // after this many steps, the drag is given up
 constexpr QRect ownPlace(0, 0, 90, 40);
 
 QStringList moveTo(QPoint place) {
@@ -22,7 +22,8 @@ QStringList moveTo(QPoint place) {
 
 }  // namespace
 
-// No window manager, so that the window is where it is put, above all others, and takes the focus from none.
+// The window bypasses the window manager. So it stays where it is put, lies above all other windows, and takes the
+// focus from none of them.
 FileDrag::FileDrag(const Desktop &usersDesktop)
     : QWidget(nullptr, Qt::BypassWindowManagerHint | Qt::FramelessWindowHint), desktop(usersDesktop) {
     setGeometry(ownPlace);

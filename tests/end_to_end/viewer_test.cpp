@@ -25,7 +25,8 @@ int countOf(const QJsonObject &calibration) {
     return calibration["Photographs"].toArray().size() + calibration["UnusedPhotographs"].toArray().size();
 }
 
-// The names of the photographs for which the calibration gives a reason not to use them, or some of them.
+// Returns the names of the photographs that the calibration left out, completely or in part, with a sentence as the
+// reason.
 QSet<QString> namedIn(const QJsonObject &calibration) {
     QSet<QString> names;
     for (const QJsonValue &unused : calibration["UnusedPhotographs"].toArray()) {
@@ -59,10 +60,11 @@ private:
     QString windowNamed(const QString &title) const {
         return desktop.xdotool({"search", "--onlyvisible", "--name", "^" + title + "$"}).split('\n').value(0);
     }
-    // "Save Results..." of the viewer, as soon as it has a result. Returns what calibration.json then has; empty if the
-    // dialog has another effect or none.
+    // Uses "Save Results..." of the viewer as soon as there is a result. Returns the contents of calibration.json;
+    // empty if a dialog does not open or close as expected.
     QJsonObject saveResults(const QString &folder) const;
-    // A window that was just shown may miss the first key, so keys are pressed until the window is there, or gone.
+    // Presses the keys until the window with this title is shown or, if `isThere` is false, is gone. They are pressed
+    // repeatedly because a window that was just shown may miss the first key. False if all attempts fail.
     bool pressUntil(const QString &title, bool isThere, const QStringList &keys, int attempts) const;
 
     const Desktop &desktop;
@@ -132,7 +134,7 @@ void ViewerEndToEndTest::buttonLeadsToTheFileOfAnAssembly() {
     QVERIFY(error.has_value());
     QVERIFY2(*error < 0.05, qPrintable(QString("%1 mm").arg(*error)));
 
-    // While LmView runs, a copy of its session is kept there.
+    // While LmView runs, it keeps a copy of its session in this folder.
     const auto copies = [&home] {
         return QDir(home.filePath("LmView/running-sessions")).entryList({"*.json"}, QDir::Files).size();
     };

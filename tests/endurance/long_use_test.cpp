@@ -141,7 +141,7 @@ void LongUseTest::updatesLeaveNothingBehind() {
     const double grownMiB = static_cast<double>(last.bytes - first.bytes) / (1024.0 * 1024.0);
     qInfo("%d updates with %d reports; memory grown by %.2f MiB after the first %d", updates, boxes, grownMiB, warmUp);
     QVERIFY(pictures > updates / 4);
-    // There may be fewer than at first, because threads of the toolkit may have ended.
+    // There may be fewer threads than at first, because some of the toolkit's threads may have ended.
     QVERIFY2(last.openFiles <= first.openFiles, qPrintable(QString::number(first.openFiles)));
     QVERIFY2(last.threads <= first.threads, qPrintable(QString::number(first.threads)));
     QCOMPARE(last.nodes, 0);

@@ -42,7 +42,7 @@ public:
     }
 
     // The files that were opened for writing, and all names in the other recorded calls, such as rename. Relative names
-    // count from the test's current folder. A call that another thread interrupts has two lines; the first has the
+    // are relative to the test's current folder. A call that another thread interrupts has two lines; the first has the
     // name.
     QStringList paths() const {
         static const QRegularExpression opening(R"(^\d+ +(?:open|openat)\()");

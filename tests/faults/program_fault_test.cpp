@@ -1,6 +1,7 @@
 // Plays a session with the real window: start, a change on every page, saving, starting the viewer, and a tool tip. The
-// session is repeated once for each of its library calls, and that call fails. Each time, the user gets one report, the
-// window and the picture stay, and the next action works.
+// session is repeated once for each of its library calls, and that call fails. If the program cannot do without the
+// call, the user gets exactly one report. In any case the window and the picture stay, and the next action works. Only
+// if the catalogue cannot be read at the start does no window appear.
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -39,8 +40,8 @@ const QString commandReport("An LmLib error occurred while executing the command
 
 }  // namespace
 
-// Replaces the toolkit's function, because its dialog takes longer to open than all the rest of a session and makes no
-// library call. The tests of the save action use the real dialog.
+// Replaces the toolkit's function. Its dialog takes longer to open than all the rest of a session, and makes no library
+// call. The tests of the save action use the real dialog.
 QString QFileDialog::getSaveFileName(QWidget * /*parent*/, const QString & /*caption*/, const QString & /*directory*/,
                                      const QString & /*filter*/, QString * /*selectedFilter*/, Options /*options*/) {
     return "pattern.pdf";
@@ -68,7 +69,7 @@ struct SeenSession {
 // Plays one session. If it is cut short, the action in which a call failed is followed only by the last change.
 class Session {
 public:
-    // The call with this number fails. Calls count from 1; with 0, none fails.
+    // The call with this number, counted from 1, fails. If the number is 0, no call fails.
     Session(std::size_t call, bool cutShort) : failingCall(call), isCutShort(cutShort) {
         QObject::connect(&user, &QTimer::timeout, [this] { closeBox(); });
         user.start(0);
@@ -278,7 +279,7 @@ QString ProgramFaultTest::complaintAbout(const SeenSession &seen, std::size_t fa
         return "a slot is left";
     }
     if (seen.escaped) {
-        // Without the catalogue there is no window.
+        // If the catalogue cannot be read, there is no window, and an exception reports the failed command.
         const bool isCatalogues = seen.actions.size() == 1 && seen.escaped->first.find("/Execute") == 0;
         return isCatalogues && seen.escaped->second == code ? "" : "an exception escapes";
     }

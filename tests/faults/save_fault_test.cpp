@@ -1,5 +1,6 @@
-// Tests everything that can go wrong with the file when a pattern is saved. Each time, the old file keeps every byte,
-// no other file is left, the command reports the file and the reason, and the next save works.
+// Tests everything that can go wrong with the file when a pattern is saved. After each failure, the old file has kept
+// every byte, the command has reported the file and the reason, no other file is left, and the next save works. If the
+// process is killed, it reports nothing and leaves a temporary file, which the next save removes.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -18,7 +19,7 @@
 
 namespace {
 
-// What happens when the new file is complete and is about to replace the old one.
+// Determines what happens when the new file is complete and is about to replace the old one.
 enum class AtRename { Goes, Fails, FailsOnce, KillsTheProcess };
 AtRename atRename = AtRename::Goes;
 int renamesBefore = 0;  // the number of renames that succeed before atRename applies
@@ -227,7 +228,7 @@ TEST_P(SaveFault, killedBeforeTheRename) {
     for (const std::string &name : others) {
         writeBytes(folder.file(name), name);
     }
-    expectNextSaveWorks();  // and removes the file of the killed process
+    expectNextSaveWorks();  // it also removes the file of the killed process
     for (const std::string &name : others) {
         EXPECT_TRUE(std::filesystem::remove(folder.file(name))) << name;
     }

@@ -23,7 +23,8 @@ const std::string typeLine = "lmLibGetType /Execute/1/Command";
 const std::string waitLine = "lmLibWaitForType /Execute/1/Command 1 true";
 const std::string symbolLine = "lmLibGetType /Execute/1/Result/ErrorSymbol";
 
-// Makes the library return this code for the n-th query of a node's type from now on, or for every such query.
+// Returns a function that makes the library return this code for the query of a node's type: for the n-th such query
+// from then on if `occurrence` is n, or for every query if it is 0.
 std::function<void()> typeGives(const char *path, std::int32_t code, int occurrence = 0) {
     return [=] { setResult("lmLibGetType", path, code, occurrence); };
 }
@@ -32,7 +33,8 @@ void failMeasure() {
     scripted_lmlib64::failCommand("Measure", "TooDark", "Too dark.");
 }
 
-// The code of the exception that the action throws, which must have the command's slot; 0 if it throws nothing.
+// Returns the code of the exception that the action throws, and checks that the exception names the command's slot. 0
+// if nothing is thrown.
 std::int32_t thrownBy(const std::function<void()> &action) {
     try {
         action();
@@ -101,7 +103,7 @@ TEST_F(TreeCommandTest, endsAlikeWithAndWithoutThrowing) {
         const char *name;
         std::function<void()> script;
         std::int32_t code;
-        std::ptrdiff_t callCount;  // how many of the calls of a whole execution are made
+        std::ptrdiff_t callCount;  // the number of a complete execution's calls that are made
     } rows[] = {
         {"success", [] {}, 0, 4},
         {"error symbol", failMeasure, LmLibResultExecutionFailed, 4},

@@ -78,7 +78,8 @@ TEST(PlaceFinder, saysNothingThatChanceCouldSay) {
     for (unsigned seed = 0; seed < 60; seed++) {
         std::mt19937 random(seed);
         auto readings = readingsOf(Place::plane, {80, 80, int(6 + seed % 12), int(6 + seed % 7)}, still, 0, seed);
-        const unsigned share = seed % 3;  // a half, a quarter or three quarters are marked
+        // With the shares 0, 1 and 2, about a half, a quarter and three quarters of the squares are marked.
+        const unsigned share = seed % 3;
         for (SquareReading &reading : readings) {
             const unsigned dice = unsigned(random() >> 7 & 3);
             reading.marked = share == 0 ? dice < 2 : share == 1 ? dice < 1 : dice < 3;

@@ -124,7 +124,8 @@ TEST(PositionIndex, countsTheCellsThatCarryPosition) {
     EXPECT_EQ(location->place, maker.place);
     EXPECT_EQ(location->disagreeing, 1);
     EXPECT_EQ(location->agreeing, carriesPosition(lost.column, lost.row) ? 190 : 191);
-    // 369,000 places times (1 + n) / 2^n.
+    // There are 369,000 places. At each of them, at most one of n random bits disagrees with a probability of
+    // (1 + n) / 2^n.
     const int count = location->agreeing + 1;
     EXPECT_NEAR(location->chanceLog10, 5.567 + std::log10(1 + count) - count * 0.30103, 0.01);
 }

@@ -80,7 +80,8 @@ TEST_F(CustomToolTipTest, displayTimeAndSizeFollowTheText) {
         {QString(101, 'x'), 10040},
         {QString(100, 'x'), 10000},
         {markup + QString(350 - markup.size(), 'x'), 20000},
-        // The text has 9 units after substitution and 8 before it.
+        // The display time depends on the text's length after the substitution. "file:///m" has 9 characters, and the
+        // placeholder has 8.
         {QString(92, 'x') + "%MANUAL%" + 'x', 10080},
     };
     for (const auto &[text, milliseconds] : rows) {
@@ -108,7 +109,7 @@ TEST_F(CustomToolTipTest, leavesTheSameTipAloneAndShowsAnotherAnew) {
         QCustomTipLabel *label = showAnew("see %MANUAL%", child, row.rect);
         EXPECT_EQ(QCustomToolTip::text(), "see file:///m");
         label->restartHideTimer(10000, false);
-        // If the display time restarts, the interval is no longer this one.
+        // If the display time restarts, the timer's interval is no longer 12345 ms.
         expireTimer().start(12345, label);
         const QPoint before = label->pos();
         QCustomToolTip::showText(row.nextPosition, row.text, row.sameWidget ? child : window.get(), row.rect);
@@ -154,7 +155,7 @@ TEST_F(CustomToolTipTest, pressesAndLeavingStartTheHideTimerWhateverTheirObject)
         EXPECT_FALSE(QCustomTipLabel::instance->eventFilter(&other, &event)) << type;
         EXPECT_EQ(intervalOf(hideTimer()), milliseconds) << type;
     }
-    // As the application's event filter, the label sees the events of every object.
+    // The label sees the events of every object, because it is the application's event filter.
     showAnew("text", child);
     QEvent leave(QEvent::Leave);
     QCoreApplication::sendEvent(&other, &leave);

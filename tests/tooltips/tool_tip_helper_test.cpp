@@ -117,7 +117,7 @@ TEST_F(ToolTipHelperTest, hoverShowsTheTipOfARegisteredObjectOnce) {
     EXPECT_TRUE(showTimer().isActive() && showTimer().isSingleShot());
     EXPECT_EQ(showTimer().interval(), 1000);
 
-    // If the delay restarts, the interval is no longer this one.
+    // If the delay restarts, the timer's interval is no longer 5000 ms.
     showTimer().setInterval(5000);
     send(plain, QEvent::MouseMove);
     EXPECT_EQ(showTimer().interval(), 5000);

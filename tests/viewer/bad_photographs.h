@@ -1,12 +1,12 @@
-// Photographs that a calibration with the example's must leave out and name.
+// Makes photographs that a calibration of the example must leave out and name if they are added to it.
 #pragma once
 
 #include <QDir>
 #include <QImage>
 #include <QStringList>
 
-// Writes them to a folder: blurred beyond reading, of another size, and taken with another zoom. Returns their file
-// names; empty if one could not be written.
+// Makes three files in a folder from a good photograph: one is blurred beyond reading, one has another size, and one is
+// taken with another zoom. Returns the file names; empty if a file could not be written.
 inline QStringList writeBadPhotographs(const QDir &folder, const QString &goodPhotograph) {
     const QImage good(goodPhotograph);
     const QSize size = good.size();

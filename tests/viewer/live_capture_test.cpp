@@ -112,7 +112,7 @@ void LiveCaptureTest::measuresTheBlurOfEdges() {
 
 void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
     // The frame is made from the other view: its corners are scaled and turned, then squeezed in x by a factor, then
-    // moved to the right by a share of the diagonal. `share` is the part of these corners that the other view has.
+    // moved to the right by a share of the diagonal. The other view keeps only the given share of its corners.
     QTest::addColumn<double>("scale");
     QTest::addColumn<double>("turn");
     QTest::addColumn<double>("squeeze");
@@ -164,8 +164,8 @@ void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
     }
     film.add(4, frameOf(5, 0, 2));
     film.add(5, frameOf(5));
-    film.add(5, frameOf(1, 4));  // known from this run
-    film.add(5, frameOf(9));     // known from the session
+    film.add(5, frameOf(1, 4));  // this view is known from this run
+    film.add(5, frameOf(9));     // this view is known from the session
     const QTemporaryDir folder;
     LiveCapture capture;
     capture.setPhotographs({viewOf(frameOf(9))});

@@ -50,7 +50,8 @@ std::string reasonFor(const CollectedObservations &collected, const std::string 
 }
 
 TEST(PhotographObservations, placeCornersByKindNumberAndBlock) {
-    // The block of pattern 1 was never read. Its grid spacing is that of pattern 2, as both belong to one assembly.
+    // The information block of pattern 1 was never read. Its grid spacing is that of pattern 2, as both belong to one
+    // assembly.
     const auto collected =
         collectObservations({photograph("a", {tile(0, 20), tile(3, 10)}), photograph("b", {tile(2)})}, {}, false);
     const Observations &observations = collected.observations;
