@@ -19,7 +19,7 @@ namespace calibration {
 
 namespace {
 
-// A focal length counts as unknown if its standard deviation is more than this share of it.
+// A focal length counts as unknown if its standard deviation is more than this share of the focal length.
 constexpr double greatestFocalSigma = 0.02;
 
 // Models are chosen again if the number of photographs has grown or shrunk by more than this factor.

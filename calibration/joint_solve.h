@@ -44,8 +44,8 @@ struct SolveOptions {
 };
 
 // Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of squared residuals,
-// priors included. If the solve fails, it returns nothing and leaves the estimate unchanged. Asks after every iteration
-// whether the calibration that it belongs to was cancelled, and then throws Cancelled.
+// priors included. If the solve fails, it returns nothing and leaves the estimate unchanged. Throws Cancelled after an
+// iteration if the calibration was cancelled in the meantime (interruption.h).
 std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate);
 
 // True if the camera, the moment and the print of a sighting have a pose.

@@ -17,7 +17,7 @@ namespace {
 constexpr int mapColumns = 60;
 constexpr int mapRows = 40;
 // The lens from a half of the moments is not used if the standard deviation of its focal length is more than this share
-// of it.
+// of the focal length.
 constexpr double greatestFocalSigma = 0.02;
 // A number is not determined if its standard deviation is more than this share of the prior's.
 constexpr double undeterminedShare = 0.7;

@@ -266,7 +266,7 @@ private:
         struct Balance {
             int used = 0, leftOut = 0;
         };
-        std::map<std::tuple<int, bool>, Balance> balances;  // of each print, by whether others are seen beside it
+        std::map<std::tuple<int, bool>, Balance> balances;  // for each print, with and without other prints beside it
         for (size_t i = 0; i < given.sightings.size(); i++) {
             const Sighting &sighting = given.sightings[i];
             Balance &balance = balances[{sighting.print, shown[sighting.photograph] > 1}];

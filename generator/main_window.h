@@ -52,7 +52,7 @@ private:
     PatternType currentPatternType() const;
     // The number of patterns that the form describes: 1 on every page except Assembly.
     std::int32_t patternCount() const;
-    // Writes one pattern below its element of "Patterns"; patternIndex counts from 0.
+    // Writes one pattern below its element of "Patterns"; `patternIndex` counts from 0.
     void writePatternParameters(const TreeItem &patternItem, std::int32_t patternIndex) const;
     void writeOfficialPattern(const TreeItem &patternItem) const;
     void writeSinglePattern(const TreeItem &patternItem) const;

@@ -61,7 +61,7 @@ private:
     void startHideTimer(int interval);
     void stopHideTimer();
 
-    // Valid only while hideTimer runs; hideInterval is 0 otherwise.
+    // Valid only while `hideTimer` runs; otherwise `hideInterval` is 0.
     QElapsedTimer hideElapsed;
     int hideInterval = 0;
     QBasicTimer hideTimer;

@@ -29,7 +29,7 @@ struct ListedPhotograph {
     std::string name;  // of the file, as the list has it
     std::vector<ListedCorner> corners;
     std::string camera;  // the user's name for the camera, or empty
-    int width = 0;       // pixels; must be set before collectObservations
+    int width = 0;       // pixels; must be set before collectObservations() is called
     int height = 0;
 };
 

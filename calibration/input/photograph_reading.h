@@ -20,7 +20,7 @@ struct PhotographFile {
     std::string camera;
 };
 
-// What the file of one photograph says, and the patterns that were read in it.
+// The information in the file of one photograph, and the patterns that were read in the photograph.
 struct ReadPhotograph {
     PhotographFile file;
     std::string exifCamera;  // maker, model and serial number from the EXIF data; empty if there are none

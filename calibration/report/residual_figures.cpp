@@ -16,7 +16,7 @@ namespace {
 using Eigen::Vector2d;
 using Eigen::Vector3d;
 
-// The number of arrows for all cameras together. A camera's share of it is at least `fewestArrows`.
+// The number of arrows for all cameras together. A camera's share of this number is at least `fewestArrows`.
 constexpr size_t arrowsInAll = 6000;
 constexpr size_t fewestArrows = 200;
 

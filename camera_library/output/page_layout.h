@@ -43,9 +43,9 @@ struct PageLayout {
 // and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. The result is empty
 // if a side of that page would exceed largestPageSide.
 //
-// The printer multiplies all lengths by `printScale`, and the page is drawn divided by it. If the scale is less than 1,
-// the page grows when it is drawn, so the area is smaller than the paper by this factor. Otherwise the area is the
-// paper.
+// The printer multiplies all lengths by `printScale`, so they are divided by it when the page is drawn. If the scale is
+// less than 1, the page grows when it is drawn, so the area is smaller than the paper by this factor. Otherwise the
+// area is the paper.
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale = {1.0, 1.0});
 
 // Lays out a page on this paper; empty if the pattern does not fit on it.

@@ -2,9 +2,9 @@
 // labels, the cut marks and the texts. All lengths are in millimetres; x runs to the right and y down from the top-left
 // corner of the paper.
 //
-// A page is laid out in the size of the finished print. It is then drawn divided by the document's print scale, because
-// the printer multiplies all lengths by that scale. The page's placement does this division; it leaves the middle of
-// the paper where it is.
+// A page is laid out in the size of the finished print. When it is drawn, all lengths are divided by the document's
+// print scale, because the printer multiplies them by that scale. The page's placement does this division; it leaves
+// the middle of the paper where it is.
 #pragma once
 
 #include <optional>

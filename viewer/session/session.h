@@ -87,7 +87,7 @@ private:
     std::shared_ptr<const SessionResult> latest;
     bool startsFromLatest = true;
     int helpfulInBatch = 0;   // photographs read since reading began in which patterns were found
-    int firstResultFrom = 0;  // a first result is tried when helpfulInBatch reaches this
+    int firstResultFrom = 0;  // a first result is tried when `helpfulInBatch` reaches this
     QTimer calibrationTimer;
     BackgroundWork listing{1};
     BackgroundWork reading;

@@ -10,7 +10,8 @@
 #include "calibration/calibrate.h"
 #include "pattern_reader/pattern_reader.h"
 
-// Seven colours that colour-blind people can tell apart, too, on light and dark backgrounds. They repeat after seven.
+// Returns one of seven colours that colour-blind people, too, can tell apart on light and dark backgrounds. Indices
+// from 7 on use the same colours again.
 QColor patternColour(int index);
 QColor gradeColour(calibration::Grade grade);
 QColor residualColour();

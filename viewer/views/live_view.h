@@ -1,4 +1,4 @@
-// The picture of a live source with the corners found in it, and where to hold the target next.
+// Shows the picture of a live source with the corners found in it, and where to hold the target next.
 #pragma once
 
 #include <QWidget>
