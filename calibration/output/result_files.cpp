@@ -44,7 +44,8 @@ void addCamera(ResultFiles &result, const SolvedCamera &camera) {
     add(result, name + ".cameramodel", mrcalFile(camera), camera);
 }
 
-// Adds an omission for each camera whose lens model a file for several cameras cannot have.
+// Adds an omission for each camera that a file for several cameras leaves out, because its format does not have the
+// camera's lens model.
 void noteMissing(ResultFiles &result, const std::string &file, const std::vector<SolvedCamera> &cameras,
                  bool (*has)(LensModel)) {
     for (const SolvedCamera &camera : cameras) {
