@@ -2,9 +2,9 @@
 //
 //   grey = M(d) + A(d) * erf(a / (sqrt 2 * blur)) * erf(b / (sqrt 2 * blur))
 //
-// a and b are the distances from the two borders; M and A, the middle grey and the amplitude, change linearly with d,
-// the vector from the corner, because the light does. The caller passes the directions and bends of the borders,
-// because the lattice determines them far better than a few pixels can.
+// a and b are the distances from the two borders, and d is the vector from the corner. M, the middle grey, and A, the
+// amplitude, are linear functions of d, because the light changes about linearly. The caller passes the directions and
+// bends of the borders, because the lattice determines them far better than a few pixels can.
 //
 // An error of the model that stays the same after half a turn about the corner does not move the fitted position. The
 // position is therefore right for any blur with this symmetry, such as the disc of a defocused lens. For the same
@@ -22,7 +22,8 @@ struct CornerBorders {
     // Half the curvature of each border, per pixel; positive if it bends to the clockwise side of axis 0, or to the
     // counterclockwise side of axis 1.
     std::array<float, 2> bends{0, 0};
-    // The distance from each border at which the marks of the squares may begin. Pixels that see a mark are left out.
+    // The distance from each border at which the marks of the squares may begin, in pixels. Pixels that see a mark are
+    // left out.
     std::array<float, 2> marks{1000, 1000};
 };
 
@@ -34,9 +35,9 @@ struct CornerFit {
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels
-    float noise = 0;             // of a pixel, from the part of the errors that changes sign after half a turn
-    float sigma = 0;             // standard deviation of the position along one axis, pixels
-    int pixels = 0;              // number of pixels in the window
+    float noise = 0;  // grey levels, of a pixel, from the part of the errors that changes sign after half a turn
+    float sigma = 0;  // standard deviation of the position along one axis, pixels
+    int pixels = 0;   // number of pixels in the window
 };
 
 // The light and blur of a corner as its surroundings predict them.
@@ -48,9 +49,9 @@ struct CornerPrior {
     };
     std::array<Change, 2> changes;  // change of the levels over one step along each axis, grey levels
     float blur = 1;                 // pixels
-    float blurDeviation = 0;
-    float noise = 1;        // standard deviation of a pixel, grey levels
-    float noiseWeight = 0;  // how many degrees of freedom `noise` counts as
+    float blurDeviation = 0;        // standard deviation of `blur`, pixels
+    float noise = 1;                // standard deviation of a pixel, grey levels
+    float noiseWeight = 0;          // the number of degrees of freedom that `noise` counts for
 };
 
 enum class CornerParameters { Position, PositionAndBlur };

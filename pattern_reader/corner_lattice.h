@@ -24,8 +24,8 @@ struct LatticeCorner {
 
 class CornerLattice {
 public:
-    // Cells run from -reach to reach in both directions. That is enough for the largest pattern, of 271 x 271 corners,
-    // whichever of its corners is found first.
+    // Cells run from `-reach` to `reach` in both directions. That is enough for the largest pattern, of 271 x 271
+    // corners, whichever of its corners is found first.
     static constexpr int reach = 300;
 
     // True if the square between the corners (0, 0) and (1, 1) is light. Colours alternate from there.
@@ -43,10 +43,11 @@ public:
     cv::Rect extent() const;
     // True if the square whose top-left corner is `cell` is light.
     bool isLight(cv::Point cell) const { return ((cell.x + cell.y) % 2 == 0) == originLight; }
-    // Predicts the position of an absent corner from its neighbours. False if the neighbours do not determine the
-    // position.
+    // Predicts the position of a corner that the lattice lacks from the corners around it. False if these do not
+    // determine the position.
     bool predict(cv::Point cell, cv::Point2f &position) const;
-    // Predicts the position of a present corner from its neighbours on both sides. False if it has no such pair.
+    // Predicts the position of a corner that the lattice has from pairs of neighbours on opposite sides. False if it
+    // has no such pair.
     bool interpolate(cv::Point cell, cv::Point2f &position) const;
     // Length of the shortest lattice step at a cell, in pixels; 0 if no corners next to it show one.
     float spacingAt(cv::Point cell) const;

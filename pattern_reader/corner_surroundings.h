@@ -23,7 +23,7 @@ struct LightPlane {
 
 class CornerSurroundings {
 public:
-    // Keeps a reference to the lattice. Its corners may be moved, and corners may be added, later.
+    // Keeps a reference to the lattice. Corners of the lattice may later be moved or added.
     explicit CornerSurroundings(const CornerLattice &board) : lattice(board) {}
 
     // The borders through a corner, in image pixels. If the corner has no neighbour along an axis, the step comes from
@@ -32,11 +32,11 @@ public:
     // Like bordersOf, but empty if the corner has no neighbour along an axis. The corner itself need not be part of the
     // lattice.
     std::optional<CornerBorders> bordersByNeighbours(const LatticeCorner &corner) const;
-    // How much the fitted levels around a corner typically differ from a plane, in grey levels. Only every stride-th
-    // corner is examined. fits[i] is the fit of the lattice's corner i.
+    // Returns how much the fitted levels around a corner typically differ from a plane, in grey levels. Examines only
+    // one of every `stride` corners. fits[i] is the fit of the lattice's corner i.
     float lightScatter(const std::vector<CornerFit> &fits, size_t stride) const;
-    // The change of the levels over one step along each axis, estimated from the fits around a corner. `scatter` is the
-    // lightScatter of the board.
+    // Estimates the change of the levels over one step along each axis from the fits around a corner. `scatter` is the
+    // result of lightScatter.
     std::array<CornerPrior::Change, 2> lightAround(const LatticeCorner &corner, const std::vector<CornerFit> &fits,
                                                    float scatter) const;
 

@@ -1,5 +1,5 @@
-// The grey levels across a blurred straight border, as a function of the distance from it. Distances are in standard
-// deviations of the blur.
+// Gives the grey levels across a blurred straight border as a function of the distance from the border. Distances are
+// in standard deviations of the blur.
 #pragma once
 
 #include <algorithm>

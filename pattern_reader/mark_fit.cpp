@@ -34,7 +34,7 @@ enum Unknown : size_t {
 };
 
 // Computes the derivatives and errors of a fit, and sums their products over all pixels. Pixels are processed in
-// blocks, in loops without branches, so that the compiler can vectorise them.
+// groups, in loops without branches, so that the compiler can vectorise the loops.
 template <size_t unknowns>
 class PixelSums {
 public:
@@ -274,7 +274,7 @@ bool isEllipse(const MarkFit &fit) {
     return determinant > 0 && fit.toUnit(0, 0) > 0 && fit.shortRadius() > 0.7;
 }
 
-// False if the fit does not converge.
+// Fits the mark in at most `steps` steps. False in the cases that fitMark names.
 template <size_t unknowns>
 bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
     const cv::Point2d start = fit.centre;

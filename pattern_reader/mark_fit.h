@@ -3,9 +3,9 @@
 //   grey = (1 + slope · d) * (dark + (light - dark) * P(s / blur)) + reflection
 //
 // where d is the vector from the centre, s the distance from the border (positive outside it) and P the standard normal
-// distribution. The slope is that of the light. A reflection adds the same light to mark and paper. It is a quadratic
-// function of d that is 0 in the centre; what it adds there is part of dark and light. All parameters are fitted at
-// once, by Gauss-Newton with analytic derivatives.
+// distribution. The slope is that of the light. A reflection adds the same light to mark and paper. The reflection is a
+// quadratic function of d that is 0 in the centre, because `dark` and `light` include the light that it adds there. All
+// parameters are fitted at once, by Gauss-Newton with analytic derivatives.
 #pragma once
 
 #include <array>
@@ -31,13 +31,14 @@ struct MarkFit {
 };
 
 // Fits a mark, without a reflection, to a picture of 8 bits. All lengths are in that picture's pixels. The centre,
-// shape and blur in `fit` are the start, and so are the grey levels unless light and dark are equal. False if the fit
-// does not converge, if the contrast is too low, or if the mark's border is not wholly in the picture.
+// shape and blur in `fit` are the start, and so are the grey levels unless light and dark are equal. Takes at most
+// `steps` steps. False if the fit diverges, if the pixels do not determine the parameters, if the contrast is too low,
+// or if a part of the mark's border is outside the picture.
 bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit);
 
-// Adds a reflection to a fit of fitMark if that explains the picture much better. Otherwise the fit stays as it is. A
-// pixel at the greatest grey level that a picture can show may have been lighter, so it is ignored if the model expects
-// that level or more.
+// Adds a reflection to a fit of fitMark, in at most `steps` steps, if that explains the picture much better. Otherwise
+// the fit stays as it is. A pixel at the greatest grey level that a picture can show may have been lighter, so it is
+// ignored if the model expects that level or more.
 void fitReflection(const cv::Mat &picture, int steps, MarkFit &fit);
 
 }  // namespace pattern_reader

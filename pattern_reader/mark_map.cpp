@@ -11,7 +11,8 @@ namespace {
 
 constexpr int reach = 2;  // of a neighbourhood from its middle, cells
 
-// The marks around a cell: those within reach, which is enlarged until there are enough marks on enough lines.
+// Returns the marks within `reach` cells of a cell. This distance is enlarged, up to `longest`, until there are enough
+// marks on enough lines.
 std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Point middle, int longest) {
     std::vector<MappedMark> near;
     for (int distance = reach; distance <= longest; distance++) {
@@ -31,7 +32,7 @@ std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Po
     return near;
 }
 
-// Sets weights that suppress outliers: a quarter for three times the usual error, almost 0 far beyond.
+// Sets weights that suppress outliers: 1/4 for three times the usual error, and almost 0 for much larger errors.
 void reweigh(const std::vector<double> &errors, std::vector<double> &weights) {
     std::vector<double> sorted = errors;
     const auto middle = sorted.begin() + std::ptrdiff_t(sorted.size() / 2);

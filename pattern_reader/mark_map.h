@@ -25,7 +25,7 @@ public:
     // False if there are too few marks, or marks on too few lines, to predict where others are.
     bool isKnown() const { return !neighbourhoods.empty(); }
     cv::Point2d at(cv::Point2d cell) const;
-    // The steps in the picture for one cell along each axis, as columns.
+    // The steps in the picture for one cell along each axis, in pixels. Each column of the matrix has one step.
     cv::Matx22d stepsAt(cv::Point2d cell) const;
     // The vector from the centre of a circle's picture, which is an ellipse, to the picture of the circle's centre.
     cv::Point2d centreOffset(cv::Point2d cell, double radius) const;

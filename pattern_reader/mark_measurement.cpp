@@ -216,8 +216,8 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
     return any;
 }
 
-// The mean squared distance of the marks in and around a cell from their places in the map, minus the part that their
-// noise explains. Pixels squared.
+// Returns the mean squared distance of the marks in and around a cell from their places in the map, minus the part that
+// their noise explains, in pixels squared. Disturbed marks do not count.
 double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv::Point cell) {
     // The map is fitted to these marks and mostly follows each of them, so only this share of a mark's noise remains in
     // its distance from the map.

@@ -23,7 +23,7 @@ bool isMirrored(int orientation) {
     return orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;
 }
 
-// The whole file if it is a JPEG file, otherwise empty.
+// Returns all bytes of the file if it is a JPEG file; otherwise empty.
 Bytes jpegContent(std::istream &file) {
     file.clear();
     file.seekg(0);

@@ -15,8 +15,8 @@ float medianOf(std::vector<float> &values) {
     return *middle;
 }
 
-// The fourth difference of the positions of five corners in a row, which is 0 for a cubic curve, and its variance
-// according to the corners' standard deviations.
+// The fourth difference of the positions of five corners in a row, which is 0 for a cubic curve. The variance is the
+// one that follows from the fits' standard deviations.
 struct FourthDifference {
     cv::Point2f value;
     float variance = 0;
@@ -38,9 +38,9 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
     return difference;
 }
 
-// Perspective, lens and paper bend neighbouring rows of corners alike, so their fourth differences should be the same.
-// Returns the squares of the differences between neighbouring rows, each divided by the value that is expected from the
-// corners' standard deviations.
+// Perspective, lens and paper bend neighbouring rows of corners alike, so the fourth differences of these rows should
+// be the same. Returns the squares of the differences between neighbouring rows, each divided by the value that the
+// fits' standard deviations predict.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {

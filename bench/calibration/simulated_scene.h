@@ -37,7 +37,7 @@ struct SceneDraft {
     double saidNoise = 0.1;  // standard deviation that the corners state, in pixels
     double least = 500;      // mm, distance from the first camera to the middle of the prints
     double most = 800;
-    double reach = 0.7;  // the middle of the prints is seen within this share of the picture's width and height
+    double reach = 0.7;  // the middle of the prints is seen within this central share of the picture's width and height
     double tilt = 0.6;   // radians, standard deviation about x and about y; about z it is 0.3
     // The camera is among the prints, near their middle, and looks in random directions. If so, `least`, `most`,
     // `reach` and `tilt` are not used.

@@ -1,5 +1,5 @@
-// Models the lens and the sheet of paper: where a ray of light falls in the picture, and where it meets the paper. All
-// functions are exact to far less than a hundredth of a pixel.
+// Models the lens and the sheet of paper. Computes the pixel at which a ray of light falls, and the point at which the
+// ray meets the paper. The errors of all functions are far smaller than a hundredth of a pixel.
 #pragma once
 
 #include <array>

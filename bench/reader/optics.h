@@ -1,5 +1,5 @@
-// Blurs pictures like a lens that is out of focus, or like motion during the exposure. Pictures are 32-bit float with
-// one channel.
+// Blurs pictures as a lens that is out of focus does, or as motion during the exposure does. Pictures are 32-bit float
+// with one channel.
 #pragma once
 
 #include <opencv2/core.hpp>

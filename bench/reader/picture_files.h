@@ -1,4 +1,4 @@
-// Writes pictures of the benchmark to files, with the truth about them, for a closer look.
+// Writes pictures of the benchmark to files, with the truth about them, so that they can be inspected.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Tests whole calibrations from computed corners, good and bad.
+// Tests complete calibrations, from good and from bad computed corners.
 #include "calibration/calibrate.h"
 
 #include <gtest/gtest.h>
