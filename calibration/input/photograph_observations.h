@@ -13,8 +13,8 @@
 namespace calibration {
 
 struct CollectedObservations {
-    // Contains only photographs with a usable corner, and only cameras that took such a photograph. The name of a
-    // photograph is the path of its file. Disturbed corners are included, but marked as not used.
+    // Contains only photographs with a measured corner of a known print, and only cameras that took such a photograph.
+    // The name of a photograph is the path of its file. Disturbed corners are included, but marked as not used.
     Observations observations;
     std::vector<UnusedPhotograph> unused;  // in the order of the photographs
     std::vector<std::string> notices;      // whole sentences with what else the user should know

@@ -16,8 +16,9 @@ std::string libraryName();
 // The title of a pattern, such as "Flexible 15 × 15, grid spacing 12.5 mm".
 std::string patternTitle(const PatternDescription &description);
 
-// The line below a printed pattern: type, size, grid spacing, thickness, offset, polarity, the number of an assembly's
-// pattern, the print scale if there is one, and the library's version. Numbers are not rounded.
+// The line below a printed pattern: type, number of points, outer size, grid spacing, thickness, offset, polarity, the
+// number of an assembly's pattern, the print scale if there is one, and the library's version. The outer size is
+// rounded to whole nanometres; all other numbers are not rounded.
 std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry,
                            std::optional<std::array<double, 2>> printScale);
 
