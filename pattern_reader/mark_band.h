@@ -9,14 +9,15 @@
 
 namespace pattern_reader {
 
-// The pixels between two ellipses with a mark's shape: those that its border affects, and some of the plain areas on
-// both sides, which show the slope of the light. If the mark has enough rows, the plain areas are taken only from every
-// third row.
+// The pixels between two ellipses with a mark's shape: those that the mark's border affects, and some of the plain
+// areas on both sides, which show the slope of the light. If the mark has enough rows, the plain areas are taken only
+// from every third row.
 class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);
 
-    // True if the pixels that the border affects are all inside a picture of this size.
+    // True if all points up to `needed` radii from the centre are inside a picture of this size. These are the mark,
+    // its border and most of the border's blur.
     bool isIn(const cv::Size &size) const;
 
     // Calls `visit(y, x0, x1)` for every run of pixels in a row y.
@@ -41,17 +42,18 @@ public:
     }
 
 private:
-    // The dots of a code begin 2.2 radii from a mark's centre.
+    // Pixels farther from the centre than this many radii are not used. The dots of a code begin 2.2 radii from a
+    // mark's centre.
     static constexpr double widest = 1.75;
 
-    // Where a row enters and leaves the ellipse that is `radii` times as large as the mark. If it does not meet the
-    // ellipse, the first value is the greater one.
+    // Returns the x coordinates at which a row enters and leaves the ellipse that is `radii` times as large as the
+    // mark. If the row does not meet the ellipse, the first value is greater than the second.
     cv::Point2d crossings(int y, double radii) const;
 
     cv::Point2d centre;
     cv::Matx22d shape;
-    // In radii of the mark: the width of the affected pixels and of the plain areas, on each side of the border, and
-    // how far from the centre the picture must reach.
+    // In radii of the mark: the width of the affected pixels and of the plain areas on each side of the border, and the
+    // distance from the centre that must be inside the picture.
     double border = 0;
     double plain = 0;
     double needed = 0;

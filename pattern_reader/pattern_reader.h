@@ -1,6 +1,6 @@
 // Finds calibration patterns in a photograph and returns, for each of them, which pattern it is, where its corners lie
-// in the photograph, and what its information block says. It does not calibrate. The only millimetres that it knows are
-// those in the block; printed_pattern.h converts lattice coordinates to millimetres.
+// in the photograph, and the values in its information block. It does not calibrate. The only millimetres that it knows
+// are those in the information block; printed_pattern.h converts lattice coordinates to millimetres.
 //
 // Images have 1, 3 (BGR) or 4 (BGRA) channels of any depth and at most maximumPixels pixels. They are converted to grey
 //   as image_file.h says. Coded patterns of any size are found, plain checkerboards only of the size that the options
@@ -10,8 +10,8 @@
 //   down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a plate, (0,
 //   0) is the outer corner of the frame, and the marks lie on the even numbers from 2 to 14. In a plain board, the
 //   inner corners run from (1, 1) to (columns, rows).
-// Uncertain results are left out: a checkerboard of which too little is visible gives no reading, and a block that
-//   cannot be read beyond doubt is absent.
+// Uncertain results are left out: a checkerboard of which too little is visible gives no reading, and the values of an
+//   information block are absent if it cannot be read beyond doubt.
 // Every function may be called from any thread at the same time. readPatterns throws std::invalid_argument if the image
 //   is empty, too large or of another kind, or if the board has fewer than 3 x 3 corners.
 #pragma once
@@ -66,19 +66,20 @@ struct PatternReading {
     // Direction of the pattern's x axis in the image, in degrees clockwise from the image's x axis.
     double angle = 0;
     // How many orientations a plain board's size and colours allow: 1, 2 (half a turn) or 4 (a quarter turn). The
-    // reading has the orientation whose x axis points most to the right in the image. Coded patterns have 1.
+    // reading has the orientation whose x axis points most to the right in the image. For coded patterns,
+    // this is 1.
     int orientations = 1;
     // True if the squares whose column and row have an even sum are dark. For a tile this is its polarity: true if the
     // top-left square is dark. The polarity of a piece of the plane is that of its own top-left square.
     bool evenSquaresDark = true;
     bool topLeftSquareDark = true;
-    // The information block's eight bytes and what they say, if the block was read beyond doubt.
+    // The values in the information block, and its eight bytes. Both are empty if the block was not read beyond doubt.
     std::optional<PatternValues> values;
     std::vector<std::uint8_t> blockBytes;
     int correctedBits = 0;     // bits of the block that were seen wrongly
     int filledBits = 0;        // bits of the block that could not be seen
     int squaresCompared = 0;   // squares compared with the position code; for a plate, samples of its frame
-    int squaresDiffering = 0;  // how many of them differ
+    int squaresDiffering = 0;  // the number of these that differ
     // 1 minus the probability that the reading is due to chance. For a plain board, the share of its corners that were
     // seen.
     double confidence = 0;
@@ -90,7 +91,7 @@ struct ReadingOptions {
     std::optional<cv::Size> board;
     // Reads only this part of the image; all of it if empty. Coordinates stay those of the image.
     cv::Rect region;
-    // Leaves out readings with less confidence.
+    // Leaves out readings with a lower confidence.
     double leastConfidence = 0;
     // Called now and then by the thread that reads. Once it returns true, reading ends early and without a result.
     std::function<bool()> isCancelled;

@@ -26,7 +26,7 @@ struct Place {
     LatticeMotion motion;
     int squaresCompared = 0;
     int mismatches = 0;
-    double log10Chance = 0;  // log10 of the number of places in the whole code expected to agree equally well by chance
+    double log10Chance = 0;  // log10 of the expected number of places in the code that agree equally well by chance
 };
 
 // Sets `bit` to the code's bit in a square of the plane or of a tile. False if the square has no position bit.

@@ -1,7 +1,7 @@
 // Determines where a lattice lies on a plain checkerboard of known size, which has no marks.
 //
-// The place is known if the lattice spans the whole board, even if some corners are missing. For a part of a board it
-// is not known, because the missing lines could be on either side.
+// The place is known if the lattice spans the whole board, even if some corners are missing. If the lattice is only a
+// part of the board, its place is not known, because the missing lines could be on either side.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -13,7 +13,8 @@
 namespace pattern_reader {
 
 struct BoardPlace {
-    // To the board's lattice, in which the inner corners run from (1, 1) to (columns, rows).
+    // Moves the lattice's own coordinates to the board's, in which the inner corners run from (1, 1) to (columns,
+    // rows).
     LatticeMotion motion;
     // How many orientations the board's size and colours allow: 1, 2 (half a turn) or 4 (a quarter turn).
     int orientations = 1;
@@ -22,7 +23,7 @@ struct BoardPlace {
 // Removes stray corners on lines beyond the board, then places the lattice. `board` is the number of columns and rows
 // of inner corners. If the colours distinguish orientations, only those with a dark top-left square are considered. Of
 // these, the one whose x axis points most to the right in the image is chosen. Empty if the lattice has another size or
-// less than half of the board's corners.
+// fewer than half of the board's corners.
 std::optional<BoardPlace> placeOnBoard(CornerLattice &lattice, cv::Size board);
 
 }  // namespace pattern_reader

@@ -17,7 +17,7 @@ constexpr int marksPerSide = 7;
 constexpr double frameMiddle = 0.125;  // from the frame's outer edge to the middle of its dark line
 constexpr double markRadius = 0.25;
 
-// The marks that were found on what may be a plate. It is not yet known which of the plate's marks they are.
+// The marks of a lattice that may be a plate. It is not yet known which of the plate's marks they are.
 struct PlatePicture {
     PlatePicture(const std::vector<ImageLevel> &levels, const MarkLattice &found, const MarkMap &imageFromCell);
 
@@ -29,12 +29,12 @@ struct PlatePicture {
     // The contrast of the marks around a place; outside the lattice, that of the nearest marks.
     Contrast contrastAt(cv::Point2d cell) const;
 
-    // The contrast without a reflection: the upper quartile over all cells.
+    // The contrast where there is no reflection, estimated as the upper quartile over all cells, in grey levels.
     double fullContrast() const { return usual; }
 
     const MarkLattice &marks;
     const MarkMap &map;
-    const ImageLevel *level = nullptr;       // in which a grid spacing has about 20 pixels
+    const ImageLevel *level = nullptr;       // the level in which a grid spacing has about 20 pixels
     const ImageLevel *sharpLevel = nullptr;  // the next finer level
 
 private:

@@ -18,7 +18,7 @@ using pattern_code::Square;
 struct CodeGrid {
     int tile;          // CodePlace::plane or a tile
     BitGrid bits;      // 0 if the square carries no position
-    BitGrid position;  // which squares carry position
+    BitGrid position;  // 1 if the square carries position
 };
 
 // Part of a patch that was seen: its bits and which of them are known, both ordered as in BitGrid::window.

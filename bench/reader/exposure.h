@@ -11,8 +11,8 @@
 
 namespace reader_bench {
 
-// A shadow takes the share `depth` of the light from the half plane that lies on the `side` of `edge`. Across the edge,
-// the light changes over the width `penumbra`.
+// A shadow on the half plane that begins at the point `edge` and extends in the direction `side`. It takes the share
+// `depth` of the light. Across its straight edge, the light changes over `penumbra` pixels.
 struct Shadow {
     cv::Point2d edge;
     cv::Point2d side;  // a unit vector
@@ -68,8 +68,8 @@ struct Light {
 };
 Light lightAt(const Exposure &exposure, const cv::Size &picture, const cv::Point2d &at);
 
-// Makes a picture of an irradiance (32-bit float, one channel). The picture has 8 bits and one channel, or three
-// channels with `bayer`.
+// Makes a picture from the irradiance (32-bit float, one channel). The picture has 8 bits. It has three channels if
+// `exposure.bayer` is true, otherwise one.
 cv::Mat expose(const cv::Mat &irradiance, const Exposure &exposure, std::mt19937 &random);
 
 }  // namespace reader_bench

@@ -2,8 +2,8 @@
 // LmLib64 prints.
 //
 // The unit of length is one lattice pitch (a checkerboard's square side, half the grid spacing of a plate). The
-// origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 in full ink and 0 on paper; the
-// camera converts it to grey levels.
+// origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 where the paper is
+// fully inked and 0 where it is not; the camera converts it to grey levels.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,8 +16,8 @@ namespace reader_bench {
 
 // How the printer renders the shapes. Lengths are in pitches.
 struct Print {
-    double inkSpread = 0;       // how much farther dark shapes extend on every side
-    double halftonePeriod = 0;  // of the screen that thins the ink; 0 if there is none
+    double inkSpread = 0;       // the distance by which dark shapes extend farther on every side
+    double halftonePeriod = 0;  // period of the halftone screen; 0 if there is no screen
     double halftoneDepth = 0;   // the share of the ink that is missing between the screen's dots
     double halftoneAngle = 0;   // radians
 };
@@ -77,8 +77,8 @@ private:
 // long.
 class CheckerTarget : public SyntheticTarget {
 public:
-    // `marks` has columns × rows values 0 or 1, row by row, or is empty if there are no marks. With darkFirst, the
-    // top-left square is inked.
+    // `marks` has columns × rows values 0 or 1, row by row, or is empty if there are no marks. If `darkFirst` is
+    // true, the top-left square is inked.
     CheckerTarget(int columns, int rows, const std::vector<int> &marks, bool darkFirst, const Print &print = {});
 };
 

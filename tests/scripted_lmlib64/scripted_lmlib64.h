@@ -42,7 +42,7 @@ struct Call {
     std::string function;
     std::string path;
     std::string value;
-    bool hasResult = true;  // a target for the result code was passed
+    bool hasResult = true;  // true if the caller passed a target for the result code
 };
 
 // A binary node with one byte per element. The number of bytes need not match the other members.
@@ -67,22 +67,22 @@ LMLIB64_API void clearCalls();
 // Sets a function that is called with every call after it is recorded and before it is answered, until reset().
 LMLIB64_API void observeCalls(const std::function<void(const Call &)> &observer);
 
-// These write a node or look at one, without recording a call. Missing parents are created.
+// These functions write or read a node without recording a call. Missing parents are created.
 LMLIB64_API void setNode(const std::string &path, const std::string &json);
 LMLIB64_API void setBinary(const std::string &path, const Binary &binary);
 // The compact JSON of a node, which must exist.
 LMLIB64_API std::string nodeJson(const std::string &path);
 
 // Calls whose function and path match the patterns ("*" stands for any number of characters) only set this code and
-// return 0 or null, even if the code is 0. With an occurrence n above 0, only the n-th matching call from now on does
-// so. If several rules match, the one that was set last applies.
+// return 0 or null, even if the code is 0. If `occurrence` is above 0, only the matching call with this number, counted
+// from now on, does so. If several rules match, the one that was set last applies.
 LMLIB64_API void setResult(const std::string &functionPattern, const std::string &pathPattern, std::int32_t code,
                            std::int32_t occurrence = 0);
 
-// Set what the command with this name stores in its "Result", or the failure with which it ends.
+// Set the "Result" of the command with this name, or the failure with which it ends.
 LMLIB64_API void setCommandResult(const std::string &name, const std::string &json);
 LMLIB64_API void failCommand(const std::string &name, const std::string &symbol, const std::string &text);
-// The picture of every pattern that is generated with an "ImageSize".
+// Sets the picture of every pattern that is generated with an "ImageSize".
 LMLIB64_API void setImage(const Binary &image);
 
 }  // namespace scripted_lmlib64
