@@ -26,7 +26,7 @@ struct SessionPhotograph {
     int width = 0;    // pixels of the stored picture, whatever its orientation tag says
     int height = 0;
     std::shared_ptr<const PatternReadings> readings;  // null if the photograph is waiting or unreadable
-    std::string exifCamera;                           // maker and model; empty if the file does not say
+    std::string exifCamera;                           // maker, model and serial number, as far as the file has them
     QImage thumbnail;                                 // at most thumbnailSize
 };
 

@@ -14,7 +14,7 @@
 // How the photographs belong together.
 enum class Arrangement {
     Cameras,   // each camera is calibrated by itself
-    Rig,       // cameras fixed to each other; photographs with the same index or name were taken at the same moment
+    Rig,       // cameras that are fixed to each other; momentsOfRig() finds the photographs of the same moment
     Assembly,  // like Cameras, but several patterns that are fixed to each other get a common coordinate system
 };
 
