@@ -1,6 +1,6 @@
-// Writes the diagnostics of the toolkit and the program to the standard error stream: one line for each warning,
-// critical or fatal message. Debug and info messages are dropped. No message is stored or written to a file. After a
-// fatal message has been written, the toolkit ends the process.
+// Writes the diagnostics of the toolkit and the program to the standard error stream: one line, followed by an empty
+// line, for each warning, critical or fatal message. Debug and info messages and one harmless warning are dropped. No
+// message is stored or written to a file. After a fatal message has been written, the toolkit ends the process.
 #pragma once
 
 // Installs the message handler of the process. Messages may come from any thread; their lines do not mix.

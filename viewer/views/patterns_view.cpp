@@ -16,7 +16,7 @@ enum Column { Name, Photographs, X, Y, Z, Turn, ScaleX, ScaleY, Bend, Measured, 
 
 constexpr double barLength = 100;  // mm, of the check bars on a printed page
 
-// How far the print is from flat: the range of its corners' heights, in mm.
+// Returns how far the print is from flat, in mm: the range of the heights of its corners and of height 0, its plane.
 double bendOf(const calibration::Print &print, const PrintShape &shape) {
     double low = 0;
     double high = 0;
