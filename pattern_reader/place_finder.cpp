@@ -13,10 +13,10 @@ using pattern_code::planeSide;
 using pattern_code::tileSide;
 
 constexpr float leastCertainty = 0.3F;  // squares whose reading is less certain are not used
-// A place is accepted if a lattice of random marks would match as well with at most this probability, as a power of
-// ten.
+// A place is accepted if the probability that a lattice of random marks would match as well is at most 10 to this
+// power.
 constexpr double log10Doubt = -5;
-constexpr int leastReadings = 36;  // fewer readings can never be that certain
+constexpr int leastReadings = 36;  // with fewer readings, no place can be that certain
 constexpr double greatestMismatchShare = 0.16;
 
 cv::Point turned(cv::Point p, int quarterTurns) {
@@ -32,7 +32,7 @@ cv::Point turned(cv::Point p, int quarterTurns) {
     }
 }
 
-// The readings in the form that the index searches for. Sets origin to the cell of the first square.
+// Returns the readings in the form that the index searches for. Sets `origin` to the cell of the first square.
 SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origin) {
     cv::Rect extent;
     for (const SquareReading &reading : readings) {

@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-// True if a mark's border is wholly in the picture.
+// True if the mark's border is completely inside the picture.
 bool isInPicture(const PlateView &view, cv::Point2d mark) {
     constexpr double reach = markRadius + 0.05;
     double light = 0;
@@ -40,7 +40,7 @@ NextMarks marksNextTo(const PlateView &view, cv::Point2d dot) {
     return marks;
 }
 
-// True if a place is so far from the frame and the marks that it shows nothing of them in a blurred picture.
+// True if a place is so far from the frame and the marks that even in a blurred picture they do not darken it.
 bool isClearOfPrint(cv::Point2d at) {
     constexpr double gap = 0.12;
     const double side = marksPerSide + 1;
@@ -56,8 +56,8 @@ struct CircleLight {
     double darkest = 2;
 };
 
-// The light on a circle around a dot, without the parts that the frame or a mark darkens. Empty if a part of the circle
-// is outside the picture.
+// Returns the light on a circle around a dot, without the parts that the frame or a mark darkens. Empty if a part of
+// the circle is outside the picture.
 std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, double radius) {
     constexpr int points = 12;
     CircleLight circle;
@@ -101,7 +101,7 @@ std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
 struct DotPlace {
     double share = 0;  // 0 for paper, 1 if it is as dark as a dot can look there
     bool known = false;
-    bool canBeEmpty = false;  // true if a dot would be seen if there were one
+    bool canBeEmpty = false;  // true if the place would show a dot if it had one
 };
 
 DotPlace lookAtDot(const PlateView &view, int bit) {

@@ -21,8 +21,8 @@ cv::Point2d onSide(int side, double along, double inward) {
     }
 }
 
-// True if a side's outer edge shows another row of marks with paper between them, so the grid continues where a plate
-// has its frame.
+// True if the picture shows another row of marks, with paper between them, at a side's outer edge. The grid then
+// continues where a plate has its frame.
 bool showsMarks(const PlateView &view, int side) {
     int marks = 0;
     for (int i = 1; i <= marksPerSide; i++) {
@@ -73,8 +73,8 @@ FrameEvidence lookForFrame(const PlateView &view) {
 }
 
 CornerLook lookAtCorner(const PlateView &view, int corner) {
-    // The light at x along the side that starts in this corner and at y inward from it; `otherwise` outside the
-    // picture.
+    // Returns the light at x along the side that starts in this corner and at y inward from that side. Returns
+    // `otherwise` outside the picture.
     const auto at = [&](double x, double y, double otherwise) {
         double light = 0;
         return view.lightAt(onSide(corner, x, y), light) ? light : otherwise;

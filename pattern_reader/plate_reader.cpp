@@ -56,7 +56,7 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
     return best;
 }
 
-// Turns the whole plate clockwise, so that corner 0 moves to the place of corner number `turns`.
+// Turns the plate clockwise, so that corner 0 moves to the place of corner number `turns`.
 LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
     LatticeMotion turned;
     turned.quarterTurns = turns;
@@ -102,8 +102,8 @@ struct Orientation {
 
     [[nodiscard]] bool showsDots() const { return pattern_code::onesIn(block.bits & ~block.unknown) >= leastDots; }
 
-    // True if the dots rule this orientation out: they agree with no block, or they agree better with a block if the
-    // plate is taken for mirrored.
+    // True if the dots rule this orientation out: they agree with no valid block, or they agree better with a valid
+    // block if the plate is assumed to be mirrored.
     [[nodiscard]] bool isRefuted() const {
         return !readable && (agreement.wrongBits == BlockAgreement::tooMany ||
                              comparePlateBlock(mirrorPlateBlock(block)).wrongBits < agreement.wrongBits);
@@ -152,7 +152,7 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
     return best->isRefuted() ? std::nullopt : best;
 }
 
-// log10 of the probability that the reading of a plate is wrong.
+// Returns log10 of the probability that the reading of a plate is wrong.
 double chanceOf(const Orientation &oriented, int framePassed, size_t marks) {
     // Each sample of the frame, and each mark in its place, is right by chance with a probability of at most 1/2.
     const double place = -0.301 * double(framePassed + int(marks));
@@ -164,7 +164,7 @@ double chanceOf(const Orientation &oriented, int framePassed, size_t marks) {
     return std::max(place, oriented.possible ? -0.301 * oriented.agreement.checks : mirrored);
 }
 
-// Writes the marks into the reading, by lattice row and column.
+// Writes the marks into the reading, sorted by lattice row and column.
 void addMarks(const std::vector<MeasuredMark> &marks, const LatticeMotion &motion, PatternReading &reading) {
     for (const MeasuredMark &mark : marks) {
         const cv::Point index = motion.point(mark.cell);

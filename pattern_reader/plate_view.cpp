@@ -23,7 +23,8 @@ bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
     return true;
 }
 
-// The number of the finest level in which the grid spacing, estimated from the marks' median size, is small enough.
+// Returns the number of the finest level in which the grid spacing, estimated from the marks' median size, is small
+// enough.
 size_t levelForLooks(const std::vector<ImageLevel> &levels, const std::vector<RoundMark> &marks) {
     constexpr double mostPixels = 26;
     std::vector<float> areas;

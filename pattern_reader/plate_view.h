@@ -34,7 +34,7 @@ struct PlatePicture {
 
     const MarkLattice &marks;
     const MarkMap &map;
-    const ImageLevel *level = nullptr;       // the level in which a grid spacing has about 20 pixels
+    const ImageLevel *level = nullptr;       // the finest level in which a grid spacing has at most 26 pixels
     const ImageLevel *sharpLevel = nullptr;  // the next finer level
 
 private:

@@ -94,7 +94,7 @@ private:
     }
 };
 
-// The first of the 8 x 8 windows with the most known cells.
+// Returns the 8 x 8 window with the most known cells; the first one if there are several.
 Square bestKnownWindow(const AlignedPatch &patch) {
     constexpr int side = WindowTable::scanSide;
     Square best;
@@ -151,7 +151,8 @@ public:
         }
     }
 
-    // Looks up 5 x 5 windows without unknown cells, spread over the patch.
+    // Looks up those 5 x 5 windows of the patch that have no unknown cell, in an order that spreads them over the
+    // patch.
     void runQuick() {
         for (const AlignedPatch &patch : patches) {
             const int across = patch.known.width() - WindowTable::keySide + 1;

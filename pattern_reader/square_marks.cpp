@@ -20,22 +20,23 @@ float sample(const cv::Mat &picture, cv::Point2f p) {
     return top + fy * (bottom - top);
 }
 
-// The level at x, from 0 to 1, of a blurred bar with the given half width around 0. Lengths are in units of the
+// Returns the level at x, from 0 to 1, of a blurred bar with the given half width around 0. Lengths are in units of the
 // square's side.
 float barLevel(float halfWidth, float x, float blur) {
     const float scale = 1 / (std::sqrt(2.0F) * blur);
     return 0.5F * (std::erf((halfWidth - x) * scale) + std::erf((halfWidth + x) * scale));
 }
 
-// The checkerboard's own profile along one axis: +1 in this square, -1 in the next.
+// Returns the level of the checkerboard itself along one axis: about +1 in this square, and -1 in the next.
 float boardLevel(float x, float blur) {
     return 2 * barLevel(0.5F, x, blur) - 1;
 }
 
-constexpr float centreReach = 0.11F;  // the centre is sampled at -reach, 0 and +reach along both axes
+constexpr float centreReach = 0.11F;  // the centre is sampled at -centreReach, 0 and +centreReach along both axes
 constexpr float ringReach = 0.33F;
 
-// How the centre of a square looks along one axis, averaged over the samples.
+// Levels in a square along one axis: `board` is that of the checkerboard and `mark` that of a mark, each averaged over
+// the samples of the centre, and `ring` is that of the checkerboard at ringReach.
 struct AxisProfile {
     float board, mark, ring;
 };
@@ -120,7 +121,7 @@ bool MarkReader::quadAt(cv::Point cell, Quad &quad) const {
     return true;
 }
 
-// Predicts a corner that was not measured, from the rest of the lattice.
+// Predicts, from the rest of the lattice, the position of a corner that was not measured.
 bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const {
     const cv::Point here = cornerOf(cell, corner);
     if (lattice.predict(here, quad.corners[corner])) {
@@ -187,7 +188,8 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
     const AxisProfile u = profileFor(quad.blur / width);
     const AxisProfile v = profileFor(quad.blur / height);
     const float toLevel = (lattice.isLight(cell) ? 1.0F : -1.0F) / quad.amplitude;
-    // The square must be visible. If blur leaves too little of its own colour, that cannot be checked.
+    // The square's own colour must be visible around its centre. This is not checked if blur leaves too little of the
+    // colour.
     const float expectedRing = std::min(u.ring * v.board, v.ring * u.board);
     if (expectedRing > 0.2F && !hasOwnColour(quad, toLevel, expectedRing)) {
         return Look::NoSquare;
@@ -206,9 +208,10 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
 
 using Look = MarkReader::Look;
 
-// At the edge of the measured area, a cover can look like the outer half of a square: of a light one if the cover is as
-// light as the paper, of a dark one if it is as dark as the ink. It cannot look like two neighbouring squares. Squares
-// at this edge are therefore doubtful if they lack neighbours there.
+// At the edge of the measured area, a cover can look like the outer half of a square. A cover that is as light as the
+// paper looks like a light square, and one that is as dark as the ink looks like a dark square. But a cover cannot look
+// like two neighbouring squares. A square at this edge is therefore doubtful if at least one of its
+// neighbours at the edge does not look like a square, and none of them does.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.

@@ -27,7 +27,7 @@ std::string nameOf(EmptyKind kind) {
 
 namespace {
 
-// The exposure is mild in most pictures, but as bad as a camera's can be in a few.
+// Returns an exposure that is mild in most pictures, and in a few as bad as a camera's can be.
 Exposure anyExposure(double pixels, Dice &dice) {
     Exposure exposure = makeExposure(pixels, dice);
     if (dice.chance(0.3)) {
@@ -110,7 +110,7 @@ void drawLattice(cv::Mat &picture, Dice &dice) {
 }  // namespace
 
 cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number) {
-    // The greatest number of holes or meshes on a side.
+    // The greatest number of holes in a row of a perforated sheet, and of meshes in a row of a net.
     constexpr int most = 60;
     Dice dice(number * 104729 + unsigned(kind) * 31 + 5);
     const cv::Size size(dice.whole(320, 1000), dice.whole(240, 800));

@@ -55,7 +55,8 @@ void defocus(cv::Mat &image, double radius, const cv::Point2d &slope) {
         image = blurredByDisc(image, std::abs(radius));
         return;
     }
-    // Each pixel is interpolated between the two radii next to its own.
+    // The picture is blurred with several radii. Each pixel of the result is interpolated between the two blurred
+    // pictures whose radii are closest to the pixel's own.
     const int steps = std::clamp(int(std::ceil(greatest / 0.6)), 2, 12);
     const double step = greatest / steps;
     cv::Mat result = cv::Mat::zeros(image.size(), CV_32F);

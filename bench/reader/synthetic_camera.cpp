@@ -33,7 +33,7 @@ bool isMoving(const TargetPose &pose) {
     return pose.turnPerRow != cv::Vec3d() || pose.shiftPerRow != cv::Vec3d();
 }
 
-// Finds the point of the paper that each place of a row sees.
+// Finds the points of the paper that the pixels of a row see, one row after the other.
 class PaperFinder {
 public:
     PaperFinder(const CameraModel &camera, const TargetPose &pose)
@@ -101,8 +101,8 @@ cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, cons
     return cv::Rect(cv::Point(int(bounds.x), int(bounds.y)), end) & cv::Rect({0, 0}, image);
 }
 
-// The covered share of a pixel. Covers are large. So a pixel is completely covered if all its corners are, and not
-// covered if none of its corners is.
+// Returns the covered share of a pixel. Covers are large, so a pixel whose corners are all covered is completely
+// covered, and a pixel without a covered corner is not covered.
 double coveredShare(const Cover &cover, const Quad &quad) {
     int covered = 0;
     for (const cv::Point2d &p : quad) {

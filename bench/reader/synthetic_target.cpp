@@ -12,7 +12,7 @@ namespace {
 
 // Marks begin and end at thirds of a square, so the ink is uniform in most cells of this size.
 constexpr int cellsPerPitch = 3;
-// In pitches. The cells extend beyond the outer size by this much, because ink spreads.
+// The cells extend beyond the outer size by this number of pitches, because ink spreads.
 constexpr double margin = 1;
 
 cv::Rect2d grown(const cv::Rect2d &rect, double by) {
@@ -34,7 +34,7 @@ cv::Rect2d boundsOf(const Points &points) {
     return {least.x, least.y, greatest.x - least.x, greatest.y - least.y};
 }
 
-// True if a point is inside a convex polygon, whose corners are in either order.
+// True if a point is inside a convex polygon, whose corners may run clockwise or counter-clockwise.
 bool isInside(const cv::Point2d &p, const std::vector<cv::Point2d> &polygon) {
     size_t left = 0;
     for (size_t i = 0; i < polygon.size(); i++) {
@@ -159,7 +159,7 @@ int SyntheticTarget::cellIndex(double coordinate) {
     return int(std::floor((coordinate + margin) * cellsPerPitch));
 }
 
-// Calls visit with every cell that a rectangle reaches into.
+// Calls `visit` with every cell that a rectangle reaches into.
 template <typename Visit>
 void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) const {
     // Many shapes end on the borders of cells, up to rounding errors.
@@ -241,7 +241,8 @@ double SyntheticTarget::inkShare(const Quad &quad) const {
         bounds.x >= outerSize.width + margin || bounds.y >= outerSize.height + margin) {
         return 0;
     }
-    // The ink is uniform in most pixels. This is assumed until a cell differs from those before it.
+    // In most pixels the ink is uniform. This is assumed until a cell is found whose ink differs from that of the cells
+    // before it.
     double ink = -1;
     bool even = cellIndex(bounds.x) >= 0 && cellIndex(bounds.y) >= 0 &&
                 cellIndex(bounds.x + bounds.width) < cellCount.width &&
@@ -281,8 +282,8 @@ double SyntheticTarget::mixedShare(const Quad &quad, const cv::Rect2d &bounds) c
     return area > 0 ? std::clamp(inked / area, 0.0, 1.0) : 0;
 }
 
-// The share of the ink that the halftone screen leaves. The screen has a wave along each of its two axes. The share is
-// the average over the quadrilateral, which is treated as a parallelogram.
+// Returns the share of the ink that the halftone screen leaves. The screen has a wave along each of its two axes. The
+// share is the average over the quadrilateral, which is treated as a parallelogram.
 double SyntheticTarget::screen(const Quad &quad) const {
     const cv::Point2d middle = (quad[0] + quad[1] + quad[2] + quad[3]) / 4;
     const cv::Point2d across = (quad[1] - quad[0] + quad[2] - quad[3]) / 2;

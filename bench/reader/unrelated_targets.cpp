@@ -34,7 +34,7 @@ Target makePerforatedSheet(int most, Dice &dice) {
     const double radius = dice.real(0.2, 0.45);
     const bool shifted = dice.chance(0.5);
     if (dice.chance(0.5)) {
-        // Light holes in a dark sheet.
+        // A dark sheet, so that the holes are light.
         geometry.rectangles.push_back({0, 0, geometry.width, geometry.height});
     }
     for (int row = 0; row < rows; row++) {
