@@ -33,7 +33,7 @@ double whiteOf(int depth) {
     return depth == CV_8U ? 255 : depth == CV_16U ? 65535 : 1;
 }
 
-// The picture as it looks on white paper.
+// Returns the grey picture as it looks on white paper.
 cv::Mat onWhite(const cv::Mat &grey, const cv::Mat &alpha) {
     const double white = whiteOf(grey.depth());
     if (cv::countNonZero(alpha < white) == 0) {
@@ -68,7 +68,8 @@ cv::Mat oneChannel(const cv::Mat &picture) {
     return grey;
 }
 
-// The level that only one pixel in 2,000 exceeds, or the greatest level if that level is 0.
+// Returns the level that only one pixel in 2,000 exceeds. If this level is 0, returns the greatest level in the
+// picture.
 float lightestLevel(const cv::Mat &real) {
     std::vector<float> levels;
     levels.reserve(real.total());
@@ -116,7 +117,7 @@ int decoderFlags(std::istream &file) {
     return isJpeg ? cv::IMREAD_GRAYSCALE | cv::IMREAD_IGNORE_ORIENTATION : cv::IMREAD_UNCHANGED;
 }
 
-// The end of the message about a file that is not a picture.
+// Returns the end of the message about a file that is not a picture.
 std::string endOfRefusal(std::istream &file) {
     std::array<char, 4> start{};
     file.clear();

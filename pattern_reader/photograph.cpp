@@ -115,8 +115,8 @@ cv::Mat asStored(const cv::Mat &upright, int orientation) {
     }
 }
 
-// The angle that a direction with this angle has after the picture is mirrored left to right, in degrees from -180 to
-// 180.
+// Returns the angle of a direction after the picture has been mirrored left to right. `angle` is the direction's angle
+// before that. The result is in degrees from -180 to 180.
 double mirroredAngle(double angle) {
     return std::remainder(180 - angle, 360);
 }

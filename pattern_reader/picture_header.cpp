@@ -56,8 +56,8 @@ bool isTiff(std::uint64_t start) {
     return start == 0x49492A00 || start == 0x4D4D002A;
 }
 
-// The value of a property in the first directory of a TIFF file, where each property takes twelve bytes; 0 if the
-// property is absent.
+// Returns the value of a property in the first directory of a TIFF file, where each property takes twelve bytes; 0 if
+// the property is absent.
 std::uint64_t tiffValue(Bytes &bytes, std::uint64_t tag) {
     constexpr std::uint64_t shortType = 3;
     bytes.littleEndian = false;
@@ -79,7 +79,7 @@ PictureSize tiffSize(Bytes &bytes) {
     return {tiffValue(bytes, widthTag), tiffValue(bytes, heightTag)};
 }
 
-// The next number of a PNM header; comments run from # to the end of their line.
+// Returns the next number of a PNM header. It skips comments, which run from # to the end of their line.
 std::uint64_t headerNumber(std::istream &file) {
     while (file && (std::isspace(file.peek()) != 0 || file.peek() == '#')) {
         if (file.get() == '#') {

@@ -39,7 +39,7 @@ struct Quadratic {
     float gx, gy, xx, yy, xy;
 };
 
-// The least-squares quadratic over 3 × 3 pixels.
+// Fits a quadratic function to 3 × 3 pixels by least squares.
 Quadratic quadraticAt(const cv::Mat &smoothed, int x, int y) {
     const int16_t *r[3] = {smoothed.ptr<int16_t>(y - 1) + x, smoothed.ptr<int16_t>(y) + x,
                            smoothed.ptr<int16_t>(y + 1) + x};
@@ -93,8 +93,8 @@ float sample(const cv::Mat &smoothed, float x, float y) {
 }
 
 // True if a ring around the point looks the same after half a turn and inverted after a quarter turn. Also determines
-// the opening of the light areas. The derivatives at the point do not show it, because blur makes every angle look like
-// a right angle.
+// the opening of the light areas. The derivatives at the point do not show this opening, because blur makes every angle
+// look like a right angle.
 bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     constexpr float radius = 2;
     const cv::Point2f p = saddle.position;
@@ -123,8 +123,8 @@ bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     if (!(length2 > 1.44F * odd * odd)) {
         return false;
     }
-    // Two light areas with the opening w have a second harmonic of sin w and a fourth of sin w cos w, both in the
-    // direction of the light axis. On this ring in a smoothed picture, only about a fifth of the fourth harmonic
+    // Two light areas with the opening w have a second harmonic of sin w and a fourth harmonic of sin w cos w, both in
+    // the direction of the light axis. On this ring in a smoothed picture, only about a fifth of the fourth harmonic
     // remains.
     constexpr float lost = 5;
     const cv::Point2f axis(second.x * second.x - second.y * second.y, 2 * second.x * second.y);
@@ -193,9 +193,9 @@ struct ResponseRows {
     }
 };
 
-// True if the picture gets lighter in all eight directions, within the distance at which a blob of this level can end,
-// and in each of them by at least 40 % of the average. A stretched blob may end farther away along its long axis, which
-// is given as a unit vector.
+// True if the picture gets lighter in all eight directions, and in each of them by at least 40 % of the average. It
+// must do so within the distance at which a blob of this level can end. A stretched blob may end farther away along its
+// long axis, which is given as a unit vector.
 bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool stretched) {
     constexpr int reach = 4;
     if (x < reach || y < reach || x >= smoothed.cols - reach || y >= smoothed.rows - reach) {

@@ -99,7 +99,7 @@ std::vector<PrintedPattern> parse(const std::string &text) {
     return patterns;
 }
 
-// The index of the point with these lattice coordinates, or -1.
+// Returns the index of the point with these lattice coordinates, or -1 if there is no such point.
 int pointNumber(const PrintedPattern &pattern, cv::Point lattice) {
     const cv::Point steps = lattice - pattern.firstPoint;
     if (steps.x < 0 || steps.y < 0 || steps.x % pattern.latticeStep != 0 || steps.y % pattern.latticeStep != 0) {

@@ -30,7 +30,7 @@ nlohmann::ordered_json toJson(const PatternValues &values) {
     return json;
 }
 
-// Adds the values that the marks encode, and how well the marks agree with the code.
+// Adds the values that the marks encode, and the figures for the marks' agreement with the code.
 void addCode(const PatternReading &reading, nlohmann::ordered_json &json) {
     if (reading.kind == PatternKind::Board) {
         return;

@@ -81,7 +81,7 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     return true;
 }
 
-// A border as it is seen from a point inside it.
+// A border as it is seen from a point that it encloses.
 struct Border {
     std::vector<cv::Point2f> points;  // relative to that point
     float lightLevel = 0;             // mean grey level behind the border
@@ -110,7 +110,7 @@ bool lookAround(const cv::Mat &smoothed, cv::Point2f from, float longest, Border
 struct Conic {
     double a = 0, b = 0, c = 0, d = 0, e = 0;
 
-    // The middle of an ellipse; false for the other conics.
+    // Sets `point` to the middle of the ellipse. False if the conic is not an ellipse.
     bool middle(cv::Point2f &point) const {
         const double determinant = 4 * a * c - b * b;
         if (!(determinant > 0) || !(a > 0)) {
@@ -121,7 +121,7 @@ struct Conic {
     }
 };
 
-// The least-squares conic through points around the origin.
+// Fits a conic to points around the origin by least squares.
 bool fitConic(const std::vector<cv::Point2f> &points, Conic &conic) {
     double m[5][6] = {};
     for (const cv::Point2f &p : points) {

@@ -22,7 +22,7 @@ constexpr double pixelsPerMm = resolution / mmPerInch;
 
 class PageFormats : public SavedPattern {
 protected:
-    // Saves the pattern as PDF and in this format. Returns the name of the second file.
+    // Saves the pattern as PDF and in the format that the ending selects. Returns the name of the second file.
     std::string saveBoth(const std::string &pattern, const std::string &ending, const NodeObject &options = {}) {
         savePdf(pattern);
         std::string file = folder.file("pattern" + ending);
@@ -55,8 +55,8 @@ protected:
     }
 };
 
-// The greatest difference of two pictures whose blocks of 6 x 6 pixels have been averaged, because programs draw edges
-// in different ways. The pictures' sizes may differ by a pixel.
+// Returns the greatest difference between two pictures after blocks of 6 x 6 pixels have been averaged. They are
+// averaged because programs draw edges in different ways. The pictures' sizes may differ by a pixel.
 double difference(const cv::Mat &picture, const cv::Mat &expected) {
     EXPECT_NEAR(picture.cols, expected.cols, 1);
     EXPECT_NEAR(picture.rows, expected.rows, 1);
@@ -193,7 +193,7 @@ TEST_F(PageFormats, dxfHasTheShapesOfThePdfOnLayers) {
     for (const std::string &pattern : samples) {
         std::map<std::string, DxfShapes> layers = readDxf(saveBoth(pattern, ".dxf"));
         const cv::Mat printed = renderPage(pdf, 1, resolution);
-        // fillPoly colours every pixel that an outline touches, so edges are up to a pixel off.
+        // fillPoly colours every pixel that an outline touches, so edges are displaced by up to a pixel.
         EXPECT_LT(difference(drawn(layers["DARK"])(patternOnA4()), printed(patternOnA4())), 90.0) << pattern;
         EXPECT_EQ(layers["DARK"].circles.empty(), first()["Kind"] == "Checkerboard");
 
@@ -215,7 +215,7 @@ TEST_F(PageFormats, dxfHasTheShapesOfThePdfOnLayers) {
     }
 }
 
-// The picture as printed by a printer that multiplies all lengths by these scales.
+// Returns the picture that a printer makes of it if the printer multiplies all lengths by these scales.
 cv::Mat printed(const cv::Mat &picture, double scaleX, double scaleY) {
     const cv::Point2d middle(picture.cols / 2.0 - 0.5, picture.rows / 2.0 - 0.5);
     const cv::Matx23d stretch(scaleX, 0, middle.x * (1 - scaleX), 0, scaleY, middle.y * (1 - scaleY));

@@ -50,8 +50,8 @@ protected:
     }
 };
 
-// The position of the only edge on a line of pixels, computed from the sum of the line's grey values. The line extends
-// to `reach` pixels on both sides of the image's middle.
+// Returns the position of the only edge on a line of pixels, computed from the sum of the line's grey values. The line
+// extends to `reach` pixels on both sides of the image's middle.
 double edgePosition(const cv::Mat &image, int across, int reach, bool isAlongX) {
     const auto grey = [&](int along) {
         return isAlongX ? image.at<uchar>(across, along) : image.at<uchar>(along, across);
@@ -64,8 +64,8 @@ double edgePosition(const cv::Mat &image, int across, int reach, bool isAlongX) 
     return grey(middle - reach) > 127 ? middle - reach + light : middle + reach - light;
 }
 
-// The place of a checkerboard's corner near the image's middle, computed from the four edges that meet there. Each edge
-// is measured between the corner and the marks.
+// Returns the place of a checkerboard's corner near the image's middle, computed from the four edges that meet there.
+// Each edge is measured between the corner and the marks.
 cv::Point2d measuredCorner(const cv::Mat &image, double side) {
     const int reach = cvRound(side * 0.4);
     const int step = cvRound(side / 4.0);

@@ -49,7 +49,7 @@ int wanted(const char *variable, int otherwise) {
     return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable) : otherwise;
 }
 
-// Sets a random input of the current page to a random value that it allows, or goes to a random page.
+// Sets a random input of the current page to a random value that the input allows, or goes to a random page.
 class RandomChanges {
 public:
     explicit RandomChanges(const MainWindow &window)

@@ -1,5 +1,6 @@
 // Uses the viewer, with the example open, with random keys, clicks, window sizes and pasted files, from a fixed seed.
-// Some of the files are bad. The viewer must always respond in time, write only to its own folder, and end well.
+// Some of the files are bad. The viewer must always respond in time, write only to its own folder, and end without an
+// error.
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
@@ -101,7 +102,7 @@ bool ViewerRandomUseTest::answers(const QProcess &program) {
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
         return 10 * (fields.value(11).toInt() + fields.value(12).toInt());
     };
-    // The main thread waits for events in poll.
+    // True if the main thread waits for events, in poll.
     const auto waits = [&contentOf] {
         const QByteArray call = contentOf("syscall").split(' ').value(0);
         return call == "7" || call == "271";

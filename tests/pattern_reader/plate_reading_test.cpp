@@ -121,15 +121,16 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
     EXPECT_LT(squares / count, 1.6);
 }
 
-// The pictures show grids of round marks in a frame. Some have a wide frame, and in a soft picture a corner of it looks
-// like a triangle. Others have more rows than a plate.
+// The pictures show grids of round marks in a frame. Some have a wide frame, and in a soft picture a corner of this
+// frame looks like a triangle. Others have more rows than a plate.
 TEST(PlateReading, refusesGridsWithoutATriangle) {
     for (const unsigned number : {318U, 7868U, 11898U, 12498U, 17378U}) {
         EXPECT_TRUE(readPatterns(makeEmptyPicture(EmptyKind::MarkGrid, number)).empty()) << number;
     }
 }
 
-// Dots that cannot be seen must not count as absent, because then the plate would be refused for its wrong block.
+// Dots that cannot be seen must not count as absent. Otherwise the plate would be refused because its information block
+// would seem to be wrong.
 TEST(PlateReading, readsPlatesOfWhichAPartCannotBeSeen) {
     constexpr unsigned bleached = 14036;
     constexpr unsigned bandInFront = 5404;
