@@ -17,7 +17,7 @@ public:
     bool eventFilter(QObject *object, QEvent *event) override {
         if (event->type() == QEvent::Paint && qobject_cast<QGraphicsView *>(object->parent()) != nullptr) {
             qApp->removeEventFilter(this);
-            // The paint event is handled after this filter, so the time is taken later.
+            // The paint event is handled only after this filter, so the time is taken once the event has been handled.
             QTimer::singleShot(0, [] {
                 const Time time = now();
                 std::printf("%.3f %.3f\n", time.processor, time.elapsed);

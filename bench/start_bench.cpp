@@ -20,7 +20,7 @@ struct Runs {
     bool withOpenGl = true;
     Times firstPicture = {};  // from the start of the process
     Times exit = {};
-    std::vector<double> peakMegabytes = {};  // resident
+    std::vector<double> peakMegabytes = {};  // resident memory of each run
 };
 
 double milliseconds(const timeval &time) {

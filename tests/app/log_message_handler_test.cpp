@@ -72,8 +72,8 @@ TEST_F(LogMessageHandlerTest, writesEachRecordAtOnce) {
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
     for (const auto &row : rows) {
         const auto writes = writesToStandardError([&] {
-            // The handler is called directly, as the toolkit calls it, so that types can be tested that no logging
-            // function sends.
+            // The handler is called directly, as the toolkit calls it, because no logging function sends some of the
+            // types that are tested.
             handler(row.type, QMessageLogContext("f.cpp", 7, "g", "default"), QString::fromStdString(row.text));
         });
         EXPECT_EQ(writes, row.written.empty() ? Writes() : Writes{row.written + " (f.cpp:7, g)\n\n"});

@@ -19,7 +19,7 @@
 
 namespace {
 
-// Runs inside the application object's constructor.
+// This function is called in the application object's constructor.
 std::function<void()> whileApplicationStarts;
 
 void runStartupHook() {

@@ -41,7 +41,7 @@ bool FileDrag::drop(const QStringList &draggedFiles, QPoint place) {
     }
     desktop.xdotool(moveTo(ownPlace.center()) + QStringList{"mousedown", "1", "mousemove_relative", "25", "5"});
     static_cast<void>(QTest::qWaitFor([this] { return hasEnded; }, 2 * mostSteps * stepMs));
-    desktop.xdotool({"mouseup", "1"});  // if the drag never began
+    desktop.xdotool({"mouseup", "1"});  // releases the button if the drag never began
     hide();
     return wasTaken;
 }

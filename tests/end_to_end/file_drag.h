@@ -1,5 +1,5 @@
 // Drags files with the mouse from a window of this process and drops them onto another program, as from a file manager.
-// The display must be an X server. Every wait is limited.
+// The display must be an X server. Every wait has a time limit.
 #pragma once
 
 #include <QPoint>
@@ -21,8 +21,8 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
 
 private:
-    // Moves the mouse there in small steps, and releases the button once the program shows that it would take the
-    // files.
+    // Moves the mouse to the target in small steps, and releases the button once the program shows that it would take
+    // the files.
     void moveAndRelease();
 
     const Desktop &desktop;

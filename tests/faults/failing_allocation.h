@@ -1,5 +1,5 @@
-// An operator new that fails at a chosen call. Link failing_allocation.cpp into the executable: it then replaces the
-// standard operator new in the whole process, including shared libraries.
+// Makes a chosen call of operator new fail. Link failing_allocation.cpp into the executable: it replaces the standard
+// operator new in the whole process, including shared libraries.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@ namespace failing_allocation {
 
 enum class Failing { Once, FromThenOn };
 
-// Starts to count the calls of all threads, from 1. The call with this number fails with std::bad_alloc; with
-// FromThenOn, all later calls fail, too.
+// Starts to count the calls of all threads, from 1. The call with this number fails with std::bad_alloc. If
+// `failing` is FromThenOn, all later calls fail, too.
 void arm(std::int64_t call, Failing failing);
 
 // Stops failing and counting calls. Returns true if a call has failed.

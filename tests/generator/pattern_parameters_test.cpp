@@ -64,7 +64,8 @@ TEST_F(PatternParametersTest, writesThePattern) {
         {"single, every input changed",
          {{"patternType", 1}, {"singleGridSpacing", 1}, {"singleThickness", 3}, {"singlePolarity", 0}},
          {"String Type SingleCustom", "Double GridSpacing 1.5", "Double Thickness 3", "Bool Polarity false"}},
-        // -7 and 7 half spacings of 1.665 mm are 11.655 mm; the values shown are sent, rounded to two decimals.
+        // -7 and 7 half spacings of 1.665 mm are -11.655 and 11.655 mm. The form sends the values that it shows, which
+        // are rounded to two decimals.
         {"flexible, every input changed",
          {{"patternType", 2},
           {"flexibleWidth", 21},

@@ -119,7 +119,7 @@ TEST(LibraryImage, turnsThenMirrors) {
     const struct {
         bool mirrorHorizontally, mirrorVertically, rotate180;
         int quarterTurns;
-        const char *values;  // of "1 2 3 4 / 5 6 7 8"
+        const char *values;  // the result for "1 2 3 4 / 5 6 7 8"
     } rows[] = {
         {false, false, false, 0, "1 2 3 4 / 5 6 7 8"},     {true, false, false, 0, "4 3 2 1 / 8 7 6 5"},
         {false, true, false, 0, "5 6 7 8 / 1 2 3 4"},      {false, false, true, 0, "8 7 6 5 / 4 3 2 1"},

@@ -145,7 +145,7 @@ TEST_F(MainWindowFormTest, hasItsSizesFontsAndColours) {
     EXPECT_EQ(window.objectName(), "other");
 }
 
-// Returns every text in brackets, so that a text that is not translated stands out.
+// Translates every text by putting it in brackets, so that a text that is not translated stands out.
 class BracketTranslator : public QTranslator {
 public:
     QString translate(const char *context, const char *sourceText, const char *disambiguation, int n) const override {
