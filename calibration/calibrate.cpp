@@ -290,7 +290,7 @@ private:
         }
     }
 
-    // The standard deviation of a camera's least certain corner along one axis, in pixels.
+    // Returns the standard deviation of a camera's least certain corner along one axis, in pixels.
     double noiseOf(int camera) const {
         double greatest = 0;
         for (const Sighting &sighting : result.observations.sightings) {

@@ -138,8 +138,8 @@ struct Calibration {
     // determined, and which prints define the scale.
     std::vector<std::string> notices;
 
-    // The group of the first print with a pose; its world is the coordinate system of the results. -1 if no print has a
-    // pose.
+    // Returns the group of the first print with a pose; its world is the coordinate system of the results. -1 if no
+    // print has a pose.
     CALIBRATION_API int firstGroup() const;
 };
 

@@ -18,21 +18,22 @@ namespace calibration {
 
 class CALIBRATION_API Covariance {
 public:
-    // The variance of the residuals, each divided by its corner's standard deviation: 1 if these deviations are right.
+    // Returns the variance of the residuals, each divided by its corner's standard deviation: 1 if these deviations are
+    // right.
     double varianceFactor() const { return factor; }
     int usedCorners() const { return corners; }
 
-    // The covariance of one block of parameters; empty if the solve did not vary it. The rows of a shape are its free
-    // numbers, in the order of Freedom::shapes.
+    // Return the covariance of one block of parameters; empty if the solve did not vary the block. The rows of a shape
+    // are its free numbers, in the order of Freedom::shapes.
     Eigen::MatrixXd intrinsics(int camera) const { return blockAt(cameras[size_t(camera)].intrinsics); }
     Eigen::MatrixXd cameraFromRig(int camera) const { return blockAt(cameras[size_t(camera)].pose); }
     Eigen::MatrixXd worldFromPrint(int print) const { return blockAt(prints[size_t(print)].pose); }
     Eigen::MatrixXd shape(int print) const { return blockAt(prints[size_t(print)].shape); }
-    // The covariance of a print's pose and shape together, pose first.
+    // Returns the covariance of a print's pose and shape together, pose first.
     Eigen::MatrixXd print(int print) const {
         return blockAt({prints[size_t(print)].pose, prints[size_t(print)].shape});
     }
-    // The covariance of a camera's intrinsics and a print's shape together, intrinsics first.
+    // Returns the covariance of a camera's intrinsics and a print's shape together, intrinsics first.
     Eigen::MatrixXd lensAndShape(int camera, int print) const {
         return blockAt({cameras[size_t(camera)].intrinsics, prints[size_t(print)].shape});
     }

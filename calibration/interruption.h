@@ -15,7 +15,7 @@ public:
     Interruption(const Interruption &) = delete;
     Interruption &operator=(const Interruption &) = delete;
 
-    // The function that this thread calls; empty if there is none.
+    // Returns the function that this thread calls; empty if there is none.
     static const std::function<bool()> &current();
     // True if this thread's work is to end.
     static bool isWanted();

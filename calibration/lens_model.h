@@ -23,11 +23,11 @@ enum class LensModel { Pinhole4, Pinhole5, Pinhole8, Pinhole12, Fisheye };
 constexpr int pinholeParameters = 4;    // fx, fy, cx, cy
 constexpr int greatestParameters = 16;  // the number that the largest model has
 
-// The number of distortion coefficients, and the number of all parameters.
+// Return the number of distortion coefficients, and the number of all parameters.
 CALIBRATION_API int coefficientCount(LensModel lens);
 CALIBRATION_API int parameterCount(LensModel lens);
 
-// The name of the model in small letters, such as "pinhole4".
+// Returns the name of the model in small letters, such as "pinhole4".
 CALIBRATION_API const char *nameOf(LensModel lens);
 
 struct Projection {

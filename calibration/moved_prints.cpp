@@ -134,7 +134,7 @@ public:
     }
 
 private:
-    // The number of photographs that do not show a pair at its most frequent place.
+    // Returns the number of photographs that do not show a pair at its most frequent place.
     size_t contradictions(const Pair &pair) const {
         std::map<int, size_t> counts;
         size_t all = 0;

@@ -63,8 +63,8 @@ public:
 
     double before() const { return greatest(covariance); }
 
-    // The greatest uncertainty after a photograph of the print in this pose. Empty if the camera would see too little
-    // of the print.
+    // Returns the greatest uncertainty after a photograph of the print in this pose. Empty if the camera would see too
+    // little of the print.
     std::optional<double> after(const RigidMotion &cameraFromPrint) const {
         const std::optional<Eigen::MatrixXd> rows = rowsOf(cameraFromPrint);
         if (!rows) {
@@ -160,7 +160,7 @@ private:
     Eigen::Vector3d middle = Eigen::Vector3d::Zero();
 };
 
-// The camera with the greatest uncertainty; -1 if none was seen.
+// Returns the camera with the greatest uncertainty; -1 if none was seen.
 int worstCamera(const Calibration &calibration) {
     int worst = -1;
     double greatest = 0;
@@ -174,7 +174,7 @@ int worstCamera(const Calibration &calibration) {
     return worst;
 }
 
-// The print of which a camera saw the most corners.
+// Returns the print of which a camera saw the most corners.
 int usualPrint(const Calibration &calibration, int camera) {
     std::vector<size_t> corners(calibration.observations.prints.size(), 0);
     for (const Sighting &sighting : calibration.observations.sightings) {

@@ -57,7 +57,7 @@ public:
         return point;
     }
 
-    // The derivatives of direction * place by all numbers.
+    // Writes the derivatives of direction * place by all numbers to `byNumbers`.
     static void differentiate(const Point &point, double directionX, double directionY, double directionZ,
                               double *byNumbers) {
         const double alongX = directionX * point.plainX;

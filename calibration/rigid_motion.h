@@ -7,19 +7,21 @@
 
 namespace calibration {
 
-// The rotation matrix of a rotation vector. The vector's direction is the axis, and its length is the angle in radians.
+// Returns the rotation matrix of a rotation vector. The vector's direction is the axis, and its length is the angle in
+// radians.
 CALIBRATION_API Eigen::Matrix3d rotationMatrix(const Eigen::Vector3d &rotation);
 
-// The rotation vector of a rotation matrix. The vector's length is at most pi.
+// Returns the rotation vector of a rotation matrix. The vector's length is at most pi.
 CALIBRATION_API Eigen::Vector3d rotationVector(const Eigen::Matrix3d &matrix);
 
-// The matrix J for which rotationMatrix(rotation + d) = rotationMatrix(J d) * rotationMatrix(rotation) for a small d.
+// Returns the matrix J for which rotationMatrix(rotation + d) = rotationMatrix(J d) * rotationMatrix(rotation) for a
+// small d.
 Eigen::Matrix3d leftJacobian(const Eigen::Vector3d &rotation);
 
 Eigen::Matrix3d crossMatrix(const Eigen::Vector3d &v);
 
-// The rotation by the smallest angle that turns one direction to another. If they are opposite, it is half a turn about
-// some perpendicular axis.
+// Returns the rotation by the smallest angle that turns one direction to another. If they are opposite, it is half a
+// turn about some perpendicular axis.
 Eigen::Matrix3d rotationBetween(const Eigen::Vector3d &from, const Eigen::Vector3d &to);
 
 // Maps p to rotationMatrix(rotation) * p + translation. A motion from coordinates b to coordinates a is named "aFromB".
@@ -28,11 +30,11 @@ struct CALIBRATION_API RigidMotion {
     Eigen::Vector3d translation = Eigen::Vector3d::Zero();
 
     Eigen::Vector3d operator*(const Eigen::Vector3d &p) const { return rotationMatrix(rotation) * p + translation; }
-    // The motion that applies `first`, then this one.
+    // Returns the motion that applies `first`, then this one.
     RigidMotion operator*(const RigidMotion &first) const;
     RigidMotion inverse() const;
 
-    // The six numbers one after the other, rotation first.
+    // Returns the six numbers one after the other, rotation first.
     double *data() { return rotation.data(); }
     const double *data() const { return rotation.data(); }
 };

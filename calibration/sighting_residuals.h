@@ -45,10 +45,10 @@ private:
     double robustScale;
 };
 
-// Half the diagonal of the print's drawn points.
+// Returns half the diagonal of the rectangle around the print's drawn points, in mm.
 double reachOf(const Print &print);
 
-// The blocks of a sighting within an estimate.
+// Returns the blocks of a sighting within an estimate.
 BlockPointers blocksOf(const Observations &observations, const Sighting &sighting, const Estimate &estimate);
 
 }  // namespace calibration

@@ -32,7 +32,7 @@ struct PartOfPicture {
     bool isCorner = false;
 };
 
-// The nine parts of the picture, row by row.
+// Returns the nine parts of the picture, row by row.
 std::array<PartOfPicture, partCount> partsOf(const PictureMap &map) {
     std::array<PartOfPicture, partCount> result;
     for (int row = 0; row < map.rows; row++) {

@@ -35,8 +35,8 @@ std::string_view textOf(const char *text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// The text that was last returned to the calling thread. It is freed when the thread ends. If the destructor of a
-// static object calls this function after that, a new text is made.
+// Returns the text that was last returned to the calling thread. It is freed when the thread ends. If the destructor of
+// a static object calls this function after that, a new text is made.
 std::string &returnedText() {
     struct Release {
         std::string **text = nullptr;

@@ -11,11 +11,11 @@
 
 namespace lmlib64 {
 
-// The installation's root, without a slash at its end. `libraryFile` is an absolute path with forward slashes.
+// Returns the installation's root, without a slash at its end. `libraryFile` is an absolute path with forward slashes.
 std::string_view installationRoot(std::string_view libraryFile);
 
-// The tree's "Path" for the installation that this library was loaded from. If the system does not tell where the
-// library is, "Path" has only the library's version.
+// Returns the tree's "Path" for the installation that this library was loaded from. If the system does not tell where
+// the library is, "Path" has only the library's version.
 NodeObject installationPaths();
 
 }  // namespace lmlib64

@@ -8,9 +8,9 @@
 namespace lmlib64 {
 
 struct Library {
-    // The process's library, made by the first call. It is never destroyed, so that the destructors of a program's
-    // static objects can still call it; its thread ends when the process exits. A child process made by fork() gets a
-    // library of its own.
+    // Returns the process's library, made by the first call. It is never destroyed, so that the destructors of a
+    // program's static objects can still call it; its thread ends when the process exits. A child process made by
+    // fork() gets a library of its own.
     static Library &instance();
 
     // Does the work of lmLibFinalize.

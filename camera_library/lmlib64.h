@@ -117,26 +117,26 @@ enum LmLibType {
     LmLibTypeBinary = 7
 };
 
-// The text of a string node.
+// Returns the text of a string node.
 LMLIB64_API const char *lmLibGetString(int32_t *result, const char *path);
 
 // Makes the node a string. Writing the "Command" of a slot starts the command of that name.
 LMLIB64_API void lmLibSetString(int32_t *result, const char *path, const char *text);
 
-// The value of a number node. A value that is not a whole number in the range of int32_t gives
+// Returns the value of a number node. A value that is not a whole number in the range of int32_t gives
 // LmLibResultItemTypeNotCompatible.
 LMLIB64_API int32_t lmLibGetInt(int32_t *result, const char *path);
 
 // Makes the node a number.
 LMLIB64_API void lmLibSetInt(int32_t *result, const char *path, int32_t value);
 
-// The value of a number node.
+// Returns the value of a number node.
 LMLIB64_API double lmLibGetDouble(int32_t *result, const char *path);
 
 // Makes the node a number. Infinities and NaN are kept; JSON text shows them as null.
 LMLIB64_API void lmLibSetDouble(int32_t *result, const char *path, double value);
 
-// The value of a boolean node, 0 or 1.
+// Returns the value of a boolean node, 0 or 1.
 LMLIB64_API int32_t lmLibGetBool(int32_t *result, const char *path);
 
 // Makes the node a boolean.
@@ -145,7 +145,7 @@ LMLIB64_API void lmLibSetBool(int32_t *result, const char *path, int32_t value);
 // Makes the node null.
 LMLIB64_API void lmLibSetNull(int32_t *result, const char *path);
 
-// The node and everything below it as JSON text in UTF-8; bytes that are not UTF-8 are replaced by U+FFFD.
+// Returns the node and everything below it as JSON text in UTF-8; bytes that are not UTF-8 are replaced by U+FFFD.
 // `numberPrecision` is the number of significant digits of a number that is not whole, 1 to 18; 0 stands for as few as
 // are needed to read back the same value. Any other number gives LmLibResultInvalidParameters. With
 // `allowScientificFormat`, numbers below 1e-5 and from 1e17 on have an exponent; without it, no number has one. A
@@ -158,14 +158,14 @@ LMLIB64_API const char *lmLibGetJson(int32_t *result, const char *path, int32_t 
 // number is beyond the range of double, if a string contains U+0000, or if a name is not allowed in a path.
 LMLIB64_API void lmLibSetJson(int32_t *result, const char *path, const char *json);
 
-// The type of the node, an LmLibType. For an absent node, it returns LmLibTypeAbsent and the result is
+// Returns the type of the node, an LmLibType. For an absent node, it returns LmLibTypeAbsent and the result is
 // LmLibResultItemInexistent.
 LMLIB64_API int32_t lmLibGetType(int32_t *result, const char *path);
 
-// The number of children of an object or array, or the number of bytes of a binary node.
+// Returns the number of children of an object or array, or the number of bytes of a binary node.
 LMLIB64_API int32_t lmLibGetCount(int32_t *result, const char *path);
 
-// The name of the node itself: the last part of its path, without a backslash; empty for the root.
+// Returns the name of the node itself: the last part of its path, without a backslash; empty for the root.
 LMLIB64_API const char *lmLibGetName(int32_t *result, const char *path);
 
 // Removes the node and everything below it. The elements after an erased element of an array move up.

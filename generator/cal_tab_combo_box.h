@@ -25,7 +25,7 @@ public:
     // currentIndexChanged(int) once. If it throws LmLibException, the items added so far stay, and no signal is sent.
     void reload();
 
-    // The values of the current plate. Must not be called if there is none, that is, if the catalogue is empty.
+    // Return the values of the current plate. Must not be called if the catalogue is empty.
     std::string currentType() const;
     double currentGridSpacing() const;
     double currentThickness() const;

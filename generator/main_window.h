@@ -48,9 +48,9 @@ private:
     // These functions fill the choice lists and the displays, and write the parameters of a pattern.
     void fillChoiceLists();
     void recomputeDerivedValues();
-    // The type of the current page; Official if there is no current page or its type is unknown.
+    // Returns the type of the current page; Official if there is no current page or its type is unknown.
     PatternType currentPatternType() const;
-    // The number of patterns that the form describes: 1 on every page except Assembly.
+    // Returns the number of patterns that the form describes: 1 on every page except Assembly.
     std::int32_t patternCount() const;
     // Writes one pattern below its element of "Patterns"; `patternIndex` counts from 0.
     void writePatternParameters(const TreeItem &patternItem, std::int32_t patternIndex) const;

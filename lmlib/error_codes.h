@@ -3,5 +3,5 @@
 
 #include <cstdint>
 
-// The name of a result code ("ItemInexistent" for 3); empty if the value is not a result code.
+// Returns the name of a result code ("ItemInexistent" for 3); empty if the value is not a result code.
 const char *errorName(std::int32_t code);

@@ -17,7 +17,7 @@ public:
     // Also writes "LmLibException <name> at <path>" to the library's debug log.
     LmLibException(std::string path, std::int32_t code, std::shared_ptr<TemporarySlot> slot);
 
-    // The "ErrorSymbol" and the "ErrorText" of a failed command, read from "Result" below itemPath. Both functions
+    // Read the "ErrorSymbol" and the "ErrorText" of a failed command from "Result" below `itemPath`. Both functions
     // throw LmLibException if these nodes do not exist.
     std::string errorSymbol() const;
     std::string errorText() const;

@@ -23,7 +23,7 @@ public:
     // the slot cannot be made, an LmLibException with the path /Execute is thrown.
     explicit TreeCommand(std::string name, const std::string &nodeName = "");
 
-    // The slot and its children "Parameters" and "Result". These functions do not call the library.
+    // Return the slot and its children "Parameters" and "Result". These functions do not call the library.
     const TreeItem &slot() const { return slotItem; }
     TreeItem parameters() const;
     TreeItem result() const;

@@ -22,8 +22,8 @@ public:
     TreeItem() = default;
     explicit TreeItem(std::string path);
 
-    // The child with this name, and the element with this index. The name is not escaped. These functions do not call
-    // the library.
+    // Return the child with this name, and the element with this index. The name is not escaped. These functions do not
+    // call the library.
     TreeItem operator[](const std::string &name) const;
     TreeItem operator[](std::int32_t index) const;
     const std::string &path() const { return itemPath; }
@@ -47,12 +47,12 @@ public:
     std::int32_t asInt() const;
     double asDouble() const;
     bool asBool() const;
-    // The node and everything below it as JSON text; `numberPrecision` is the number of significant digits.
+    // Returns the node and everything below it as JSON text; `numberPrecision` is the number of significant digits.
     std::string asJson(bool prettyPrint, std::int32_t numberPrecision, bool allowScientificFormat) const;
 
-    // The number of children.
+    // Returns the number of children.
     std::int32_t count() const;
-    // The node's own name.
+    // Returns the node's own name.
     std::string name() const;
 
     // False if the node is absent, which is not a failure here.

@@ -38,7 +38,7 @@ public:
     // True if the object is the window of the tip.
     static bool isTipLabel(const QObject *object);
 
-    // The tip's text with placeholders replaced; empty if there is no tip.
+    // Returns the tip's text with placeholders replaced; empty if there is no tip.
     static QString text();
 
     static QPalette palette();

@@ -15,10 +15,10 @@
 
 class QGraphicsView;
 
-// The picture of the item at `path`; null if the item has no bytes. First, every byte is multiplied by `valueScale`,
-// rounded (half away from zero) and clamped to 0 to 255. Next, the picture is turned clockwise by 90 degrees
-// `quarterTurns` times, or not at all if `quarterTurns` is not positive. Last, the picture is mirrored. `rotate180`
-// mirrors both axes; if one axis is also mirrored on its own, only the other axis ends up mirrored. Throws
+// Returns the picture of the item at `path`; null if the item has no bytes. First, every byte is multiplied by
+// `valueScale`, rounded (half away from zero) and clamped to 0 to 255. Next, the picture is turned clockwise by 90
+// degrees `quarterTurns` times, or not at all if `quarterTurns` is not positive. Last, the picture is mirrored.
+// `rotate180` mirrors both axes; if one axis is also mirrored on its own, only the other axis ends up mirrored. Throws
 // LmLibException with code 7 (InternalError) if the library copies more or fewer bytes than the item has, and with code
 // 16 (BufferNotDivisibleByElementSize) if the number of bytes is not width x height x channels.
 QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
@@ -32,6 +32,6 @@ QPixmap pixmapFromBinaryItem(const std::string &path, bool mirrorHorizontally, b
 // view, as large as the view allows, without changing its aspect ratio. Does nothing if the view has no scene.
 void fitViewToScene(QGraphicsView *view);
 
-// The opaque colours of the table "gray" (black to white, repeated every 256 colours) or "jet" (blue through green to
-// red). The name's case does not matter. Empty for any other name or a count below 1.
+// Returns the opaque colours of the table "gray" (black to white, repeated every 256 colours) or "jet" (blue through
+// green to red). The name's case does not matter. Empty for any other name or a count below 1.
 QVector<QRgb> makeColorTable(const std::string &name, int count);

@@ -62,7 +62,7 @@ QDoubleSpinBox *createLengthBox(const char *name, QWidget *parent) {
     return box;
 }
 
-// A length that the program computes and the user cannot edit.
+// Makes a box for a length that the program computes and the user cannot edit.
 QDoubleSpinBox *createLengthDisplay(const char *name, QWidget *parent) {
     auto *box = createLengthBox(name, parent);
     box->setEnabled(false);

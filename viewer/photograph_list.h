@@ -22,7 +22,7 @@ public:
     bool setData(const QModelIndex &index, const QVariant &value, int role) override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
-    // The index of a photograph; invalid if the list does not contain the photograph.
+    // Returns the index of a photograph; invalid if the list does not contain the photograph.
     QModelIndex indexOf(int photographId) const;
 
 private:

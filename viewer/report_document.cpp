@@ -12,7 +12,7 @@ const char *const line = "#bbbbbb";
 constexpr int tilesPerRow = 3;
 constexpr int factsPerRow = 2;
 
-// The colours that the web page has when it is printed.
+// These functions return the colours that the web page has when it is printed.
 const char *toneOf(const QString &grade) {
     return grade == "good" ? "#17733c" : grade == "usable" ? "#96620a" : "#b3261e";
 }

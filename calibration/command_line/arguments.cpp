@@ -68,8 +68,8 @@ std::optional<LensModel> parseModel(const std::string &text) {
     return std::nullopt;
 }
 
-// The ratio of a check bar's measured length to its length in the drawing. Drawn bars are whole centimetres long, so
-// the measured length tells which of them it is.
+// Returns the ratio of a check bar's measured length to its length in the drawing. Drawn bars are whole centimetres
+// long, so the measured length tells which of them it is.
 double ratioOfBar(double measured) {
     const double drawn = barStep * std::round(measured / barStep);
     return drawn > 0 ? measured / drawn : 0;

@@ -46,7 +46,7 @@ ListedCorner cornerOf(const std::vector<std::string> &columns, const std::string
     return corner;
 }
 
-// The words of a line, without its comment.
+// Returns the words of a line, without its comment.
 std::vector<std::string> columnsOf(const std::string &line) {
     std::istringstream words(line.substr(0, line.find('#')));
     std::vector<std::string> columns;

@@ -83,7 +83,7 @@ Sighting sightingOf(const PatternReading &reading, const PrintCatalogue::Match &
     return sighting;
 }
 
-// The area of the rectangle around a reading, in square pixels.
+// Returns the area of the rectangle around a reading, in square pixels.
 double areaOf(const PatternReading &reading) {
     Eigen::Vector2d least(1e9, 1e9);
     Eigen::Vector2d most(-1e9, -1e9);

@@ -34,7 +34,7 @@ public:
     };
     Match match(const pattern_reader::PatternReading &reading) const;
 
-    // The prints in the order of the files. Without files, the patterns of an assembly come first, by number.
+    // Returns the prints in the order of the files. Without files, the patterns of an assembly come first, by number.
     const std::vector<Print> &prints() const { return printList; }
 
 private:

@@ -37,7 +37,7 @@ struct ResultFiles {
 
 ResultFiles resultFiles(const Calibration &calibration, const ResultNotes &notes);
 
-// The contents of calibration.json and of assembly.json.
+// Return the contents of calibration.json and of assembly.json.
 std::string calibrationJson(const Calibration &calibration, const ResultNotes &notes);
 std::string assemblyJson(const Calibration &calibration, const ResultNotes &notes);
 

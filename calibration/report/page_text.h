@@ -12,25 +12,25 @@ namespace calibration {
 // forbids become U+FFFD.
 std::string escaped(std::string_view text);
 
-// The value with this many decimal places; "–" if it is not finite.
+// Returns the value with this many decimal places; "–" if it is not finite.
 std::string number(double value, int decimals);
-// The value with at most this many decimal places, without zeros at the end.
+// Returns the value with at most this many decimal places, without zeros at the end.
 std::string shortest(double value, int decimals);
-// The value with this many significant digits, but never in exponential form.
+// Returns the value with this many significant digits, but never in exponential form.
 std::string rounded(double value, int digits);
-// The value with commas between thousands: "12,345".
+// Returns the value with commas between thousands: "12,345".
 std::string count(std::ptrdiff_t value);
 
-// The value and its standard deviation: "1234.56 ± 0.12". Both have as many decimal places as two digits of the
+// Returns the value and its standard deviation: "1234.56 ± 0.12". Both have as many decimal places as two digits of the
 // standard deviation need. Only the value is shown if the standard deviation is 0 or not finite.
 std::string withSigma(double value, double sigma);
 
 std::string base64(std::string_view bytes);
 
-// A cell of a table with text, and one with a number.
+// Make a cell of a table: the first one a cell with text, the second one a cell with a number.
 std::string cell(const std::string &html);
 std::string numberCell(const std::string &html);
-// The first row of a table, from HTML texts. A '>' at the beginning of a text says that its column has numbers.
+// Returns the first row of a table, from HTML texts. A '>' at the beginning of a text says that its column has numbers.
 std::string headings(std::initializer_list<const char *> texts);
 
 }  // namespace calibration

@@ -7,18 +7,18 @@
 
 namespace calibration {
 
-// The style sheet for screens in light and dark, and for paper.
+// Returns the style sheet for screens in light and dark, and for paper.
 const char *reportStyle();
 
-// The numbers and figures of one camera.
+// Returns the numbers and figures of one camera.
 std::string cameraSection(const Calibration &calibration, int camera);
-// The poses of the cameras of each rig relative to each other.
+// Returns the poses of the cameras of each rig relative to each other.
 std::string rigSection(const Calibration &calibration);
-// The scene from above and from the right.
+// Returns the scene from above and from the right.
 std::string sceneSection(const Calibration &calibration);
-// The table of the prints: poses and shapes.
+// Returns the tables of the poses and shapes of the prints.
 std::string printSection(const Calibration &calibration);
-// The residuals of each photograph as bars, and the table of the photographs.
+// Returns the residuals of each photograph as bars, and the table of the photographs.
 std::string photographSection(const Calibration &calibration, const ReportInput &input);
 
 }  // namespace calibration

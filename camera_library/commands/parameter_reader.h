@@ -46,7 +46,7 @@ private:
     std::string place;
 };
 
-// The allowed values in words, such as "a number from 0 to 1000 mm" or "an integer from 2 to 200".
+// Return the allowed values in words, such as "a number from 0 to 1000 mm" or "an integer from 2 to 200".
 std::string numberDescription(NumberRange range);
 std::string integerDescription(NumberRange range);
 

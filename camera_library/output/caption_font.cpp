@@ -12,8 +12,8 @@ constexpr unsigned char middleDot = 0xb7;
 constexpr unsigned char multiplicationSign = 0xd7;
 constexpr unsigned char lastOfAscii = 0x7e;
 
-// The index of the character's glyph in the font file; 0 if the font does not have the character. The first glyph
-// stands for missing characters; the others follow in the order of their characters.
+// Returns the index of the character's glyph in the font file; 0 if the font does not have the character. The first
+// glyph stands for missing characters; the others follow in the order of their characters.
 constexpr int glyphOf(unsigned char character) {
     if (character >= firstCaptionCharacter && character <= lastOfAscii) {
         return character - firstCaptionCharacter + 1;

@@ -16,10 +16,10 @@ constexpr unsigned char lastCaptionCharacter = 0xd7;
 // Converts a UTF-8 text to the font's encoding: printable ASCII, U+00B7 and U+00D7. Any other character becomes a "?".
 std::string captionText(std::string_view utf8);
 
-// The advance width of the character in thousandths of the font size; 0 if the font does not have it.
+// Returns the advance width of the character in thousandths of the font size; 0 if the font does not have it.
 int captionAdvance(unsigned char character);
 
-// The width of a text in this font size, in the unit of the size.
+// Returns the width of a text in this font size, in the unit of the size.
 double captionWidth(std::string_view text, double size);
 
 // A closed curve of a character: points in 1/2048 of the font size, x to the right and y up from the start of the
@@ -31,13 +31,13 @@ struct GlyphPoint {
     bool isOnCurve = true;
 };
 
-// The closed curves of the character, which do not cross. Fill them by the non-zero rule. Empty if the character is
-// blank or the font does not have it.
+// Returns the closed curves of the character, which do not cross. Fill them by the non-zero rule. Empty if the
+// character is blank or the font does not have it.
 std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character);
 
 constexpr int glyphUnitsPerSize = 2048;
 
-// The content of the TrueType file.
+// Returns the content of the TrueType file.
 std::string_view captionFontFile();
 
 }  // namespace lmlib64

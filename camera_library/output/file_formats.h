@@ -28,14 +28,14 @@ public:
     const FileFormat *end() const;
 };
 
-// The format that the name's ending selects, in upper or lower case; null if there is none.
+// Returns the format that the name's ending selects, in upper or lower case; null if there is none.
 const FileFormat *findFileFormat(std::string_view fileName);
 
-// All endings, for an error text, in the form ".pdf, .json or .svg".
+// Returns all endings, for an error text, in the form ".pdf, .json or .svg".
 std::string fileEndings();
 
-// The names of the files of `count` pages. For name.svg, one page gets the name itself; several pages get name-00.svg,
-// name-01.svg, ...
+// Returns the names of the files of `count` pages. For name.svg, one page gets the name itself; several pages get
+// name-00.svg, name-01.svg, ...
 std::vector<std::string> pageFileNames(const std::string &fileName, std::size_t count);
 
 }  // namespace lmlib64

@@ -14,7 +14,7 @@ constexpr std::uint32_t partsPerUnit = 1U << 14U;
 constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
 
-// The grey value of a pixel with this enclosed area.
+// Returns the grey value of a pixel with this enclosed area.
 std::uint8_t greyOf(std::uint32_t area) {
     const std::uint64_t enclosed = std::min(area, 0U - area);
     return static_cast<std::uint8_t>(255U - (enclosed * 255U + pixelArea / 2U) / pixelArea);

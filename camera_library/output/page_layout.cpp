@@ -26,7 +26,7 @@ constexpr std::array standardPages{
     PageSize{594, 420}, PageSize{594, 841}, PageSize{841, 594}, PageSize{841, 1189}, PageSize{1189, 841},
 };
 
-// The size of the pattern with its quiet zone.
+// Returns the size of the pattern with its quiet zone.
 PageSize blockOf(const PatternGeometry &geometry) {
     return {geometry.width + 2.0 * geometry.quietZone, geometry.height + 2.0 * geometry.quietZone};
 }
@@ -61,7 +61,7 @@ void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
     layout.caption = {centre.x, bottom + captionDepth};
 }
 
-// The size of the part of the paper that is laid out.
+// Returns the size of the part of the paper that is laid out.
 PageSize areaOf(PageSize paper, std::array<double, 2> printScale) {
     return {paper.width * std::min(1.0, printScale[0]), paper.height * std::min(1.0, printScale[1])};
 }

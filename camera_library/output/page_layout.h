@@ -39,9 +39,9 @@ struct PageLayout {
     double captionWidth = 0.0;  // the greatest width of the caption
 };
 
-// The smallest page of A4 to A0, portrait before landscape, that holds the pattern with its quiet zone, the check bars
-// and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. The result is empty
-// if a side of that page would exceed largestPageSide.
+// Lays out the smallest page of A4 to A0, portrait before landscape, that holds the pattern with its quiet zone, the
+// check bars and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. The result
+// is empty if a side of that page would exceed largestPageSide.
 //
 // The printer multiplies all lengths by `printScale`, so they are divided by it when the page is drawn. If the scale is
 // less than 1, the page grows when it is drawn, so the area is smaller than the paper by this factor. Otherwise the
@@ -56,16 +56,17 @@ std::optional<PageLayout> layOutOnPaper(PageSize paper, const PatternGeometry &g
 // place of the part within the pattern is not known here.
 std::optional<PageLayout> layOutOnPaper(PageSize paper, PageSize block, std::array<double, 2> printScale);
 
-// The largest block that fits on this paper with check bars beside it.
+// Returns the largest block that fits on this paper with check bars beside it.
 PageSize largestBlock(PageSize paper, std::array<double, 2> printScale);
 
 // The longest side that a page of a PDF may have: 14400 pt.
 constexpr double largestPageSide = 5080.0;
 
-// The bar and its ticks as overlapping rectangles of the same direction. Fill them together by the non-zero rule.
+// Returns the bar and its ticks as overlapping rectangles of the same direction. Fill them together by the non-zero
+// rule.
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar);
 
-// The bar and its ticks as one outline, for formats that draw outlines or fill by the even-odd rule.
+// Returns the bar and its ticks as one outline, for formats that draw outlines or fill by the even-odd rule.
 Polygon checkBarOutline(const CheckBar &bar);
 
 }  // namespace lmlib64

@@ -130,7 +130,7 @@ void writeParameters(JsonWriter &json, const PatternDescription &description) {
     json.close('}');
 }
 
-// The reference point in drawing coordinates.
+// Returns the reference point in drawing coordinates.
 Point referencePoint(const Lattice &lattice) {
     return lattice.at(lattice.referenceColumn(), lattice.referenceRow());
 }

@@ -7,10 +7,10 @@
 
 namespace lmlib64 {
 
-// The whole file in UTF-8. It ends in a line break.
+// Returns the whole file in UTF-8. It ends in a line break.
 std::string patternJson(const PatternDocument &document);
 
-// The same with only this pattern of the document, for a file with one page.
+// Returns the same with only this pattern of the document, for a file with one page.
 std::string patternJson(const PatternDocument &document, const DrawnPattern &pattern);
 
 }  // namespace lmlib64

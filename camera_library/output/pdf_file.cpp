@@ -11,7 +11,7 @@ namespace lmlib64 {
 
 namespace {
 
-// The FNV-1a hash as 16 hexadecimal digits.
+// Returns the FNV-1a hash as 16 hexadecimal digits.
 std::string hashText(std::string_view data, std::uint64_t hash) {
     for (const char byte : data) {
         hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;

@@ -35,10 +35,10 @@ private:
     std::vector<std::size_t> offsets;  // of the objects 1, 2, …; 0 if one is not written yet
 };
 
-// A reference to the object with this number, for the body of another object.
+// Returns a reference to the object with this number, for the body of another object.
 std::string pdfReference(int number);
 
-// A text in PDF notation. The place where it is used determines the encoding of its bytes.
+// Returns a text in PDF notation. The place where it is used determines the encoding of its bytes.
 std::string pdfText(std::string_view bytes);
 
 }  // namespace lmlib64

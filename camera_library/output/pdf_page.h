@@ -11,11 +11,11 @@ namespace lmlib64 {
 // The resource name of the font of the captions.
 constexpr const char *captionFontName = "/F1";
 
-// The contents of the page in true size. The error of every edge is at most 0.01 um; the outline of a circle may have a
-// further error of five millionths of its radius.
+// Returns the contents of the page in true size. The error of every edge is at most 0.01 um; the outline of a circle
+// may have a further error of five millionths of its radius.
 std::string pdfPageContents(const PrintedPage &page);
 
-// A length in points, in PDF notation.
+// Returns a length in points, in PDF notation.
 std::string pdfPoints(double mm);
 
 }  // namespace lmlib64

@@ -47,11 +47,11 @@ struct PrintedPage {
     std::vector<CheckBar> bars;
     std::vector<PageText> texts;  // all but the labels of the bars
 
-    // The placement of the pattern's geometry.
+    // Returns the placement of the pattern's geometry.
     Placement patternPlacement() const { return {placement.at(patternPlace), placement.scale}; }
 };
 
-// The shapes of the pattern that are on the page. If they are only a part, they are put into `part`.
+// Returns the shapes of the pattern that are on the page. If they are only a part, they are put into `part`.
 const PatternGeometry &visibleGeometry(const PrintedPage &page, PatternGeometry &part);
 
 // Makes a page with the pattern, the bars and a caption in the places of the layout. The caption is `captionStart`
@@ -59,10 +59,10 @@ const PatternGeometry &visibleGeometry(const PrintedPage &page, PatternGeometry 
 PrintedPage makePage(const DrawnPattern &pattern, const PageLayout &layout, const DrawingOptions &options,
                      const std::string &captionStart);
 
-// The label of a bar, such as "100 mm".
+// Returns the label of a bar, such as "100 mm".
 PageText labelOf(const CheckBar &bar);
 
-// The width of the text on the page.
+// Returns the width of the text on the page.
 double widthOf(const PageText &text);
 
 }  // namespace lmlib64

@@ -5,8 +5,8 @@
 namespace lmlib64 {
 namespace {
 
-// The heights of all edges within the picture, from top to bottom, with the top and the bottom of the picture as the
-// first and the last. Two neighbouring rows differ only if one of these heights is between them.
+// Returns the heights of all edges within the picture, from top to bottom, with the top and the bottom of the picture
+// as the first and the last. Two neighbouring rows differ only if one of these heights is between them.
 std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rectangles, std::int32_t height) {
     std::vector<std::int32_t> edges{0, height};
     const auto add = [&edges, height](std::int32_t y, std::int32_t &last) {
@@ -148,7 +148,7 @@ public:
     Sweep(const std::vector<PixelRectangle> &rectangles, std::int32_t width)
         : next(rectangles.cbegin()), end(rectangles.cend()), right(width * pixelUnits) {}
 
-    // The x coordinates, from left to right, at which a row below this height enters or leaves a rectangle.
+    // Returns the x coordinates, from left to right, at which a row below this height enters or leaves a rectangle.
     const std::vector<std::int32_t> &crossingsBelow(std::int32_t edge) {
         for (; next != end && next->top <= edge; ++next) {
             active.push_back(&*next);

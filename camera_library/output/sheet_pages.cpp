@@ -63,7 +63,7 @@ std::vector<std::string> instructions(const PatternGeometry &geometry, const She
 
 constexpr double textStep = 5.0;
 
-// The number of a sheet, in the middle of the sheet's place in the plan.
+// Returns the number of a sheet, in the middle of the sheet's place in the plan.
 PageText numberIn(const Rectangle &place, std::size_t number) {
     constexpr double largest = 12.0;
     constexpr double halfDigit = 0.36;  // of the size

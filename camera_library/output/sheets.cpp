@@ -23,7 +23,7 @@ Extent extentOf(double length, double quietZone, double firstLine, double pitch)
     return extent;
 }
 
-// The cuts that make every sheet as long as possible, but at most `longest` with its overlaps. Empty if that is
+// Returns the cuts that make every sheet as long as possible, but at most `longest` with its overlaps. Empty if that is
 // impossible because two neighbouring lines are too far apart.
 std::vector<double> cutsFor(const Extent &extent, double longest) {
     std::vector<double> cuts{extent.begin};
@@ -41,7 +41,7 @@ std::vector<double> cutsFor(const Extent &extent, double longest) {
     }
 }
 
-// The cuts that give the fewest sheets. Among these, the longest sheet is as short as possible.
+// Returns the cuts that give the fewest sheets. Among these, the longest sheet is as short as possible.
 std::vector<double> evenCuts(const Extent &extent, double longest) {
     std::vector<double> cuts = cutsFor(extent, longest);
     double tooShort = 0.0;

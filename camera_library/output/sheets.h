@@ -24,20 +24,20 @@ struct SheetPlan {
     std::size_t columns() const { return cutsX.size() - 1; }
     std::size_t rows() const { return cutsY.size() - 1; }
     std::size_t count() const { return columns() * rows(); }
-    // The number of a sheet. The sheets are counted from 1, row by row.
+    // Returns the number of a sheet. The sheets are counted from 1, row by row.
     std::size_t number(std::size_t column, std::size_t row) const { return row * columns() + column + 1; }
 
-    // The part of the pattern that is printed on the sheet.
+    // Returns the part of the pattern that is printed on the sheet.
     Rectangle window(std::size_t column, std::size_t row) const;
 };
 
-// The plan with the fewest sheets, all of about the same size. If the paper may be turned, it is in landscape only if
-// that saves sheets or portrait is impossible. All cuts are between squares or marks. Empty if the paper is too small
-// for that.
+// Returns the plan with the fewest sheets, all of about the same size. If the paper may be turned, it is in landscape
+// only if that saves sheets or portrait is impossible. All cuts are between squares or marks. Empty if the paper is too
+// small for that.
 std::optional<SheetPlan> planSheets(const PatternGeometry &geometry, const Paper &paper,
                                     std::array<double, 2> printScale);
 
-// The size of the paper and, if the paper may be turned, its size after a turn by 90 degrees.
+// Returns the size of the paper and, if the paper may be turned, its size after a turn by 90 degrees.
 std::vector<PageSize> orientations(const Paper &paper);
 
 }  // namespace lmlib64

@@ -23,7 +23,7 @@ public:
     std::size_t size() const { return static_cast<std::size_t>(end() - begin()); }
 };
 
-// The board of this type; null if there is none.
+// Returns the board of this type; null if there is none.
 const CatalogueBoard *findBoard(std::string_view type);
 
 }  // namespace lmlib64

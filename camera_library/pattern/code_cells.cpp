@@ -14,7 +14,7 @@ using pattern_code::BlockKind;
 // Clients send offsets that they rounded to hundredths of a millimetre.
 constexpr double offsetTolerance = 0.005 + 1e-6;
 
-// The offset in multiples of the unit; empty if it is not a whole multiple.
+// Returns the offset in multiples of the unit; empty if it is not a whole multiple.
 std::optional<int> wholeUnits(double offset, double unit) {
     const double count = std::round(offset / unit);
     const bool isWhole = std::abs(count) < 1e6 && std::abs(offset - count * unit) <= offsetTolerance;
@@ -31,8 +31,8 @@ bool blockHoldsOffset(const PatternDescription &description) {
     return description.type->codeCarrier == CodeCarrier::Plate && description.offset;
 }
 
-// The content of the pattern's information block; empty if a length or an offset is not a whole multiple of the unit in
-// which the block holds it.
+// Returns the content of the pattern's information block; empty if a length or an offset is not a whole multiple of the
+// unit in which the block holds it.
 std::optional<BlockContent> contentOf(const PatternDescription &description) {
     BlockContent content;
     if (blockHoldsOffset(description)) {

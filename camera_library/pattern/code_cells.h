@@ -35,7 +35,8 @@ struct CodeCells {
     std::uint64_t block = 0;                            // the content's bits
 };
 
-// The code of the pattern; empty if the pattern is plain or has no extent. The description must have no encodingFault.
+// Returns the code of the pattern; empty if the pattern is plain or has no extent. The description must have no
+// encodingFault.
 std::optional<CodeCells> codeCellsOf(const PatternDescription &description);
 
 // A parameter whose value the code cannot hold.

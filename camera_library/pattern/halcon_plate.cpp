@@ -4,8 +4,8 @@ namespace lmlib64 {
 
 namespace {
 
-// The light area inside the frame. The triangle cuts off its top-left corner, so that triangle and frame are one dark
-// shape without an edge between them.
+// Returns the light area inside the frame. The triangle cuts off its top-left corner, so that triangle and frame are
+// one dark shape without an edge between them.
 Polygon insideOfFrame(double outerSize, double frameWidth, double triangleLeg) {
     const double near = frameWidth;
     const double far = outerSize - frameWidth;

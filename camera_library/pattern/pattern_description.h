@@ -23,7 +23,7 @@ struct PatternDescription {
     bool encodingParameter = true;                // the pattern's own "Encoding"
     bool isCoded = true;                          // false: plain, because this or the command's "Encoding" is false
 
-    // The position of the reference point in the coordinate system that patterns with different offsets share.
+    // Returns the position of the reference point in the coordinate system that patterns with different offsets share.
     std::array<double, 2> referencePosition() const { return offset.value_or(std::array<double, 2>{}); }
     bool hasExtent() const { return gridSpacing > 0.0; }
 };

@@ -44,8 +44,8 @@ struct Lattice {
 
     Point at(int column, int row) const { return {first.x + column * pitch, first.y + row * pitch}; }
 
-    // The column and row of the reference point, whose position is the offset of the pattern. It is the middle point,
-    // or the point before the middle if the count is even.
+    // Return the column and the row of the reference point, whose position is the offset of the pattern. It is the
+    // middle point, or the point before the middle if the count is even.
     int referenceColumn() const { return (columns - 1) / 2; }
     int referenceRow() const { return (rows - 1) / 2; }
 };
@@ -68,11 +68,11 @@ struct PatternGeometry {
 // the shapes. Circles that the window cuts become polygons with errors of at most 0.2 um. All other values are copied.
 PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geometry);
 
-// The corners of the regular polygon that is drawn instead of a circle of this radius around the origin. It has the
-// area of the circle, and its outline is at most `tolerance` away from the circle.
+// Returns the corners of the regular polygon that is drawn instead of a circle of this radius around the origin. It has
+// the area of the circle, and its outline is at most `tolerance` away from the circle.
 Polygon polygonOfCircle(double radius, double tolerance);
 
-// The shapes of a checked description. A grid spacing of 0 gives a geometry of size 0.
+// Returns the shapes of a checked description. A grid spacing of 0 gives a geometry of size 0.
 PatternGeometry geometryOf(const PatternDescription &description);
 
 }  // namespace lmlib64

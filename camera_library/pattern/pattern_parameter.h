@@ -12,7 +12,7 @@ namespace lmlib64 {
 // The parameters, in the order in which texts and files list them.
 enum class PatternParameter { Type, GridSize, AssemblyPattern, GridSpacing, Thickness, Offset, Polarity, Encoding };
 
-// The name of the parameter in a command's parameters and in the pattern file.
+// Returns the name of the parameter in a command's parameters and in the pattern file.
 std::string_view nameOf(PatternParameter parameter);
 
 // Some of the parameters, to iterate over.

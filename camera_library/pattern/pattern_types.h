@@ -42,8 +42,8 @@ public:
     const PatternType *end() const;
 };
 
-// The type of a pattern with this "Type", or without a "Type" if it is empty; null if no type matches. The result lives
-// as long as the program.
+// Returns the type of a pattern with this "Type", or without a "Type" if it is empty; null if no type matches. The
+// result lives as long as the program.
 const PatternType *findPatternType(const std::optional<std::string> &typeName);
 
 bool hasParameter(const PatternType &type, PatternParameter parameter);

@@ -42,8 +42,8 @@ constexpr std::uint64_t bitMask(int bit) {
     return std::uint64_t{1} << (blockBitCount - 1 - bit);
 }
 
-// The values of the word's polynomial at the four roots. They are all zero for a word of the code, and they are linear
-// in the bits of the word.
+// Returns the values of the word's polynomial at the four roots. They are all zero for a word of the code, and they are
+// linear in the bits of the word.
 constexpr std::uint32_t syndromeOf(std::uint64_t word) {
     std::uint32_t syndrome = 0;
     std::uint8_t root = 1;
@@ -73,7 +73,7 @@ constexpr Syndromes bitSyndromes = makeBitSyndromes();
 
 using Polynomial = std::array<std::uint8_t, 5>;
 
-// The product of (x - root) for all roots of syndromeOf. Its coefficients begin with that of the highest power.
+// Returns the product of (x - root) for all roots of syndromeOf. Its coefficients begin with that of the highest power.
 constexpr Polynomial makeGenerator() {
     Polynomial product{1};
     std::uint8_t root = 1;
@@ -88,7 +88,7 @@ constexpr Polynomial makeGenerator() {
 
 constexpr Polynomial generator = makeGenerator();
 
-// The check bytes that complete the data to a word of the code: the remainder when the data is divided by the
+// Returns the check bytes that complete the data to a word of the code: the remainder when the data is divided by the
 // generator. All tables are made by the compiler, so a forked process can never find a half-made table.
 std::uint32_t checkBytesOf(std::uint32_t data) {
     std::uint32_t remainder = 0;
@@ -127,14 +127,14 @@ public:
 
     [[nodiscard]] bool hasUniqueSolution() const { return isUnique; }
 
-    // The part of the syndrome that the unknown bits cannot explain; zero if a word of the code is possible.
+    // Returns the part of the syndrome that the unknown bits cannot explain; zero if a word of the code is possible.
     [[nodiscard]] std::uint32_t remainder(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);
         return row.syndrome;
     }
 
-    // The unknown bits that must be flipped to explain a syndrome that leaves no remainder.
+    // Returns the unknown bits that must be flipped to explain a syndrome that leaves no remainder.
     [[nodiscard]] std::uint64_t solution(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);
@@ -160,7 +160,7 @@ private:
     bool isUnique = true;
 };
 
-// The content of a word of the code; empty if version, kind, constants or ranges are wrong.
+// Returns the content of a word of the code; empty if version, kind, constants or ranges are wrong.
 std::optional<BlockContent> contentOf(std::uint64_t word) {
     const auto data = static_cast<std::uint32_t>(word >> 32U);
     const auto field = [data](unsigned shift, unsigned width) {

@@ -57,7 +57,7 @@ std::optional<int> hundredthsOfMillimetre(double millimetres);
 // True if every value is in its range, so that the content can be encoded.
 bool isEncodable(const BlockContent &content);
 
-// The block for a content, which must be encodable.
+// Returns the block for a content, which must be encodable.
 std::uint64_t encodeBlock(const BlockContent &content);
 
 // The carrier of a block determines the kinds of content that the block can have.
@@ -101,7 +101,7 @@ constexpr BlockCell blockCell(int bit) {
     return {byte % 4 * 2 + bit % 2, byte / 4 * 4 + bit % 8 / 2};
 }
 
-// The square of a tile that carries a bit.
+// Returns the square of a tile that carries a bit.
 constexpr BlockCell blockSquare(int bit) {
     return {blockCell(bit).column * 2, blockCell(bit).row * 2};
 }

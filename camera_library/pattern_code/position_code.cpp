@@ -19,7 +19,7 @@ bool bitOf(std::uint16_t word, int column) {
     return ((word >> (wordBits - 1 - column % wordBits)) & 1) != 0;
 }
 
-// The index of the central corner, counted from 0. If the count is even, this is the corner before the middle.
+// Returns the index of the central corner, counted from 0. If the count is even, this is the corner before the middle.
 int centralCorner(int count) {
     return (count - 1) / 2;
 }

@@ -31,12 +31,12 @@ constexpr int tileCount = 19;
 constexpr int singleTile = 0;
 constexpr int assemblyPatternCount = tileCount - 1;
 
-// The least distance of two windows of the plane with n squares along each side, 5 to 8.
+// Returns the least distance of two windows of the plane with n squares along each side, 5 to 8.
 constexpr int planeWindowDistance(int n) {
     return n == 5 ? 2 : n == 6 ? 4 : n == 7 ? 8 : 12;
 }
 
-// The least distance of a window of a tile to any other window, with n squares along each side, 7 or 8.
+// Returns the least distance of a window of a tile to any other window, with n squares along each side, 7 or 8.
 constexpr int tileWindowDistance(int n) {
     return n == 7 ? 3 : 6;
 }
@@ -44,7 +44,7 @@ constexpr int tileWindowDistance(int n) {
 // The x and y of the plane's lattice point at which a pattern without offset has its centre.
 constexpr int planeOrigin = planeSide / 2;
 
-// The tile that carries a pattern of an assembly. The patterns are counted from 0 to 17.
+// Returns the tile that carries a pattern of an assembly. The patterns are counted from 0 to 17.
 constexpr int tileOfAssemblyPattern(int pattern) {
     return pattern + 1;
 }
@@ -54,10 +54,10 @@ constexpr bool carriesPosition(int column, int row) {
     return column % 2 != 0 || row % 2 != 0;
 }
 
-// The bit of a square of the plane; column and row are 0 to planeSide - 1.
+// Returns the bit of a square of the plane; column and row are 0 to planeSide - 1.
 bool planeBit(int column, int row);
 
-// The bit of a square of a tile that carries position; column and row are 0 to tileSide - 1.
+// Returns the bit of a square of a tile that carries position; column and row are 0 to tileSide - 1.
 bool tileBit(int tile, int column, int row);
 
 // A square, or a lattice point, of the plane or of a tile.
@@ -73,11 +73,11 @@ inline bool operator!=(Square a, Square b) {
     return !(a == b);
 }
 
-// The square of the plane that becomes the top-left square of a Flexible pattern with width x height corners, that is
-// (width + 1) x (height + 1) squares. The central corner of the pattern (the corner before the middle if the count is
-// even) lies on the lattice point (planeOrigin + offsetX, planeOrigin + offsetY). Offsets are in squares, that is, in
-// half grid spacings. The result is empty if the pattern would reach beyond the edge of the plane. That cannot happen
-// with offsets from -90 to 90 and up to 91 corners.
+// Returns the square of the plane that becomes the top-left square of a Flexible pattern with width x height corners,
+// that is (width + 1) x (height + 1) squares. The central corner of the pattern (the corner before the middle if the
+// count is even) lies on the lattice point (planeOrigin + offsetX, planeOrigin + offsetY). Offsets are in squares, that
+// is, in half grid spacings. The result is empty if the pattern would reach beyond the edge of the plane. That cannot
+// happen with offsets from -90 to 90 and up to 91 corners.
 std::optional<Square> planeWindowForPattern(int width, int height, int offsetX, int offsetY);
 
 // The range of offsets that planeWindowForPattern accepts for a count of corners.

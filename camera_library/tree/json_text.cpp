@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t indentation = 4;
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
-// The length of the UTF-8 character at the beginning of the text; 0 if there is none.
+// Returns the length of the UTF-8 character at the beginning of the text; 0 if there is none.
 std::size_t characterLength(std::string_view text) {
     const auto byte = [text](std::size_t index) {
         return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
@@ -239,8 +239,8 @@ private:
     // True if the text has no null character, at which the interface's C strings would end.
     static bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
-    // The node to set next. It is a new one, unless the object already has a child of this name: then it is that child,
-    // so that the last value of a repeated name counts.
+    // Returns the node to set next. It is a new one, unless the object already has a child of this name: then it is
+    // that child, so that the last value of a repeated name counts.
     Node &next() {
         if (containers.empty()) {
             return root;

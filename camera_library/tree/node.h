@@ -46,7 +46,7 @@ public:
 
     LmLibType type() const { return static_cast<LmLibType>(value.index() + 1); }
 
-    // The child of this name; null if there is none or if the node is not an object.
+    // Returns the child of this name; null if there is none or if the node is not an object.
     const Node *find(std::string_view name) const;
 
     Value value;

@@ -19,7 +19,8 @@ bool isIndex(std::string_view digits) {
     return !digits.empty() && !padded && std::all_of(digits.begin(), digits.end(), isDigit);
 }
 
-// The index that the digits state. A number that is too large becomes the greatest std::size_t; no array is that long.
+// Returns the index that the digits state. A number that is too large becomes the greatest std::size_t; no array is
+// that long.
 std::size_t indexOf(std::string_view digits) {
     constexpr std::size_t greatest = std::numeric_limits<std::size_t>::max();
     std::size_t index = 0;

@@ -61,10 +61,10 @@ public:
     // Does the work of lmLibWaitForType.
     LmLibResult waitForType(std::string_view path, LmLibType type, bool waitForChange);
 
-    // The number of threads that are waiting for a type.
+    // Returns the number of threads that are waiting for a type.
     std::size_t waitCount() const;
 
-    // The name of the slot whose "Command" is at the path; empty for every other path.
+    // Returns the name of the slot whose "Command" is at the path; empty for every other path.
     static std::string_view slotOfCommand(std::string_view path);
 
     // Writes the command's name to the "Command" of run.slot, removes the slot's "Result" and fills in the run's number

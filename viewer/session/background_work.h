@@ -31,7 +31,7 @@ public:
     // Removes all waiting work and discards the results of running work.
     void cancel();
 
-    // The number of results that are still to be delivered.
+    // Returns the number of results that are still to be delivered.
     int open() const { return openCount; }
 
 protected:

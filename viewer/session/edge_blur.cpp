@@ -18,7 +18,7 @@ constexpr double greatestBlurPerHalf = 2;  // in half lengths of a profile; even
 constexpr size_t leastEdges = 8;
 constexpr double gaussianPeak = 0.3989;  // height of the normal distribution with deviation 1
 
-// The interpolated grey level; empty outside the picture.
+// Returns the interpolated grey level; empty outside the picture.
 std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
     const int x = int(std::floor(at.x));
     const int y = int(std::floor(at.y));
@@ -47,8 +47,8 @@ double blurOf(double length, double half) {
     return (low + high) / 2;
 }
 
-// The blur of the edge that the line between two places crosses, in pixels. Empty if the line leaves the picture or
-// crosses no clear edge.
+// Returns the blur of the edge that the line between two places crosses, in pixels. Empty if the line leaves the
+// picture or crosses no clear edge.
 std::optional<double> blurAlong(const cv::Mat &grey, const cv::Point2d &from, const cv::Point2d &to) {
     const double length = cv::norm(to - from);
     const int steps = int(length * samplesPerPixel);

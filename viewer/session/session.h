@@ -35,7 +35,7 @@ public:
     // Null if the session has no photograph with this id.
     const SessionPhotograph *photograph(int id) const;
     const SessionSettings &settings() const { return currentSettings; }
-    // The latest result; null before the first one. It stays until the next one is complete.
+    // Returns the latest result; null before the first one. It stays until the next one is complete.
     std::shared_ptr<const SessionResult> result() const { return latest; }
 
     // Adds these files and the pictures in these folders, except files that the session already has.
@@ -50,7 +50,8 @@ public:
 
     bool isReading() const { return reading.open() > 0; }
     bool isCalibrating() const { return calibrating.open() > 0; }
-    // The number of photographs that were added since reading began, and the number of those that have been read.
+    // Return the number of photographs that were added since reading began, and the number of those that have been
+    // read.
     int readingTotal() const { return batchTotal; }
     int readingDone() const { return batchDone; }
 

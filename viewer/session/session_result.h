@@ -34,17 +34,18 @@ struct SessionResult {
 
     std::vector<std::optional<PrintLook>> looks;  // of each print of the calibration
 
-    // The index in calibration->observations of the photograph with this id of the session; -1 if it is not there.
+    // Returns the index in calibration->observations of the photograph with this id of the session; -1 if it is not
+    // there.
     int indexOf(int photographId) const;
 };
 
-// The transformation from the axes of a print to those of the camera that took a photograph. Empty if the pose of the
-// print or of the camera is not known.
+// Returns the transformation from the axes of a print to those of the camera that took a photograph. Empty if the pose
+// of the print or of the camera is not known.
 std::optional<calibration::RigidMotion> cameraFromPrint(const calibration::Calibration &calibration, int photograph,
                                                         int print);
 
-// The corner that was seen within one pixel of this place in a photograph; empty if there is none. The result must have
-// a calibration.
+// Returns the corner that was seen within one pixel of this place in a photograph; empty if there is none. The result
+// must have a calibration.
 std::optional<NamedCorner> cornerAt(const SessionResult &result, int photographId, const Eigen::Vector2d &pixel);
 
 // Sets `fits` and `estimated` from the calibration. Reasons that `fits` already has are kept.

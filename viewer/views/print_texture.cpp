@@ -88,7 +88,7 @@ std::vector<double> cutsOf(double size, double first, double pitch, double quiet
     return cuts;
 }
 
-// All outlines within a window of the geometry, in its coordinates.
+// Returns all outlines within a window of the geometry, in its coordinates.
 std::vector<lmlib64::Polygon> polygonsIn(const lmlib64::Rectangle &window, const PatternGeometry &geometry) {
     const PatternGeometry part = lmlib64::clippedTo(window, geometry);
     std::vector<lmlib64::Polygon> polygons = part.polygons;

@@ -23,7 +23,7 @@ protected:
 
     // Updates the view from `result`.
     virtual void refresh() = 0;
-    // The calibration of the result; null if there is none.
+    // Returns the calibration of the result; null if there is none.
     const calibration::Calibration *calibrated() const { return result ? result->calibration.get() : nullptr; }
 
     std::shared_ptr<const SessionResult> result;
@@ -43,7 +43,7 @@ protected:
     void refresh() final;
     // Shows the camera with this index; `camera` is -1 if there is no calibrated camera.
     virtual void showCamera(int camera) = 0;
-    // The layout below the choice of the camera, for the view's own widgets.
+    // Returns the layout below the choice of the camera, for the view's own widgets.
     QVBoxLayout *content() const { return column; }
 
 private:
