@@ -214,8 +214,9 @@ private:
         }
     }
 
-    // Returns for each two sightings of a print the number of other prints relative to which it kept its place, minus
-    // the number of those relative to which it did not. The sightings are in the order of time if the photographs are.
+    // Returns a vote for each pair of sightings of a print: the number of other prints relative to which the print has
+    // the same place in both sightings, minus the number of other prints relative to which it has not. The sightings
+    // are in the order of time if the photographs are.
     std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
         std::map<std::pair<size_t, size_t>, int> votes;
         for (const Pair &pair : pairs) {

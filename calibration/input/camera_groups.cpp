@@ -106,8 +106,8 @@ std::string lastNumber(const std::string &path) {
 using KeyOf = std::function<std::string(const std::string &)>;
 
 // Returns the moment of each photograph. Photographs with the same key belong to the same moment. Returns no moments if
-// a photograph has no key, if two photographs of one camera have the same key, or if for any camera but the first fewer
-// than half of the photographs share their key with a photograph of another camera.
+// a photograph has no key or if two photographs of one camera have the same key. Also returns no moments if a camera
+// other than the first shares fewer than half of its photographs' keys with other cameras.
 std::optional<std::vector<int>> momentsByKey(const std::vector<std::string> &paths, const std::vector<int> &cameraOf,
                                              const KeyOf &keyOf) {
     std::map<std::string, std::set<int>> camerasOf;

@@ -1,8 +1,8 @@
 // Makes all files of a calibration in memory, and writes them to the disk, all or none. docs/calibration-file.md and
 // docs/assembly-file.md describe our own formats.
 //
-// The same calibration gives the same bytes. std::runtime_error is thrown if a number is not finite, so that no file
-// ever has such a number, and if the name of a camera cannot be part of a file name.
+// The same calibration gives the same bytes. std::runtime_error is thrown if the name of a camera cannot be part of a
+// file name, or if a number is not finite. So no file ever has such a number.
 #pragma once
 
 #include <optional>

@@ -43,7 +43,7 @@ public:
     // Saves the next frame, whatever it shows.
     void takePicture();
     void setTakesByItself(bool takes);
-    // The photographs that the session has. A frame that is similar to one of them is not saved by itself.
+    // Sets the photographs that the session has. A frame that is similar to one of them is not saved by itself.
     void setPhotographs(std::vector<TargetView> views);
     // `isEnough` is true if another photograph would hardly improve the calibration. Then no frame is saved by itself.
     void setEnough(bool isEnough);

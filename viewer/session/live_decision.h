@@ -1,5 +1,5 @@
 // Decides when a frame of a camera is worth keeping as a photograph: when the target is still and sharp, the view
-// differs from that of every existing photograph, and another photograph would still help the calibration. Has no
+// differs from that of every existing photograph, and another photograph would still help the calibration. It has no
 // threads, no clock and no widgets.
 #pragma once
 
