@@ -16,7 +16,7 @@ namespace {
 
 using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
-// The derivatives of one sighting's residuals by all blocks.
+// The derivatives of one sighting's residuals by all blocks of parameters.
 struct Derivatives {
     std::array<RowMajor, blockCount> byBlock;
     Eigen::VectorXd residuals;
@@ -61,7 +61,7 @@ public:
 
     // Adds the information about the shared parameters that does not depend on the moment's pose. To this end, the rows
     // are projected onto the space that is orthogonal to the derivatives by the pose. Subtracting normal equations (the
-    // Schur complement) would be less exact, because they nearly cancel for focal lengths.
+    // Schur complement) would be less exact, because the two terms nearly cancel for focal lengths.
     void addTo(Eigen::MatrixXd &information) {
         const Eigen::HouseholderQR<Eigen::MatrixXd> pose(byPose);
         shared.applyOnTheLeft(pose.householderQ().adjoint());

@@ -9,8 +9,8 @@
 namespace calibration {
 
 // Returns for each sighting that takes part the mean squared residual, in units of the corners' variance. Each square
-// is limited, so that a bad corner does not decide. Models can be compared only if they were tried on the same corners
-// with the same standard deviations.
+// is limited, so that a single bad corner does not decide a comparison. Models can be compared only if they were tried
+// on the same corners with the same standard deviations.
 //
 // The moments are split into three parts. For each part, all unknowns are estimated from the other two parts, starting
 // from the estimate; then only the poses of the part's moments are estimated from its own sightings. All values are
@@ -19,8 +19,8 @@ std::vector<std::optional<double>> heldOutErrors(const Observations &observation
                                                  const Estimate &estimate);
 
 // Returns the index of the model to take, given the held-out errors of each model. The models are in order of
-// preference: the first one is taken whose errors are not clearly larger than those of the best one. Only errors for
-// which `counts` is true are compared. Sightings that no model predicts well are ignored.
+// preference: the first one is taken whose errors are not clearly larger than those of the best one. `counts` tells for
+// each sighting whether its errors are compared. Sightings that no model predicts well are ignored.
 size_t preferredModel(const std::vector<std::vector<std::optional<double>>> &errors, std::vector<bool> counts);
 
 // Returns the mean of the errors that count; empty if there are none.

@@ -1,4 +1,4 @@
-// The prior for the parameters of every lens.
+// Defines the prior for the parameters of a lens.
 #pragma once
 
 #include "calibration/observations.h"

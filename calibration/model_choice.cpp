@@ -22,7 +22,7 @@ namespace {
 constexpr size_t enoughMoments = 60;
 constexpr size_t enoughCorners = 80;
 
-// In order of preference.
+// The models that are compared, in order of preference.
 constexpr std::array<LensModel, 5> models = {LensModel::Pinhole4, LensModel::Fisheye, LensModel::Pinhole5,
                                              LensModel::Pinhole8, LensModel::Pinhole12};
 

@@ -5,7 +5,7 @@
 
 namespace calibration {
 
-// Compares a fixed set of poses of the target. Returns the one that would lower the greatest uncertainty of the worst
+// Compares a fixed set of poses of the target. Returns the pose that would lower the greatest uncertainty of the worst
 // camera most, as the covariance predicts. Empty if no pose lowers it by a useful amount.
 std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration);
 

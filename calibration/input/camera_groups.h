@@ -8,7 +8,7 @@
 
 namespace calibration {
 
-// What is known about the origin of a photograph.
+// The information about the origin of a photograph.
 struct PhotographOrigin {
     std::string path;
     std::string camera;  // the user's name for the camera, or empty
@@ -22,7 +22,7 @@ struct CameraGroups {
     // The camera of each photograph, as an index of `cameras`; -1 if it is not known. A photograph that is left out may
     // have a camera, too.
     std::vector<int> cameraOf;
-    // The reason why each photograph is left out, such as "has 320 x 240 pixels, ..."; empty if it is not.
+    // The reason why each photograph is left out, such as "has 320 x 240 pixels, ..."; empty if the photograph is used.
     std::vector<std::string> reasons;
 };
 
