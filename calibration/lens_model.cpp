@@ -18,7 +18,7 @@ struct Distorted {
     std::array<double, greatestCoefficients> xByCoefficients, yByCoefficients;
 };
 
-// Coefficients that a model lacks are zero.
+// Returns all coefficients; those that the model lacks are zero.
 std::array<double, greatestCoefficients> pinholeCoefficients(int count, const double *coefficients) {
     std::array<double, greatestCoefficients> all{};
     std::copy_n(coefficients, count, all.begin());

@@ -157,7 +157,7 @@ private:
         html += "</tr></table>";
     }
 
-    // Converts a value and its name. In a tile the value comes first, in a fact the name.
+    // Converts a value and its name. In a tile, the value comes first; in a fact, the name comes first.
     void cell(QString &html) {
         while (!xml.atEnd()) {
             xml.readNext();

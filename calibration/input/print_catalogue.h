@@ -12,7 +12,7 @@
 
 namespace calibration {
 
-// What the user says about the prints. Lengths are in millimetres; 0 if not given.
+// The user's information about the prints. Lengths are in millimetres; 0 if not given.
 struct PrintedTarget {
     // The patterns of the given files. If there are any, no other patterns count.
     std::vector<pattern_reader::PrintedPattern> patterns;

@@ -102,7 +102,7 @@ std::string_view glyphData(int glyph) {
     return tableOf(captionFontFile(), "glyf").substr(start, end - start);
 }
 
-// True for every byte of a UTF-8 character but the first.
+// True for every byte of a UTF-8 character except the first.
 bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U;
 }

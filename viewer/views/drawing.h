@@ -24,7 +24,7 @@ QString withSigma(double value, double sigma, const QString &unit = {});
 // Returns the value with three significant digits, but with all digits before the decimal point, without an exponent.
 QString rounded(double value);
 
-// "0.027 px"
+// Returns a text such as "0.027 px".
 QString pixels(double value);
 
 void drawArrow(QPainter &painter, QPointF from, QPointF to);

@@ -51,7 +51,7 @@ PicturePlot::PicturePlot(QWidget *parent) : QwtPlot(parent) {
 void PicturePlot::setCamera(const calibration::Camera &camera) {
     setAxisScale(QwtPlot::xBottom, 0, camera.width);
     setAxisScale(QwtPlot::yLeft, camera.height, 0);
-    updateAxes();  // the rescaler keeps the direction of the axes as they are now
+    updateAxes();  // the rescaler keeps the present directions of the axes
     heightPerWidth = double(camera.height) / camera.width;
     rescaler->setIntervalHint(QwtPlot::xBottom, {0, double(camera.width)});
     rescaler->setIntervalHint(QwtPlot::yLeft, {0, double(camera.height)});
