@@ -15,7 +15,10 @@ using calibration::LensModel;
 
 namespace {
 
-constexpr int leastInputWidth = 44;  // pixels; the toolkit's own minimum is too wide for small screens
+// Pixels, for two digits and the buttons. The toolkit's own minimum is too wide for small screens.
+int leastInputWidth(const QWidget *box) {
+    return box->fontMetrics().horizontalAdvance("00") + 30;
+}
 
 QString link(const char *anchor) {
     return QString(" <a href=\"%MANUAL%/guides/calibration/calibrating.html#%1\">").arg(anchor) +
@@ -26,7 +29,7 @@ QSpinBox *makeCount(QWidget *parent, int value) {
     auto *box = new QSpinBox(parent);
     box->setRange(3, 200);
     box->setValue(value);
-    box->setMinimumWidth(leastInputWidth);
+    box->setMinimumWidth(leastInputWidth(box));
     box->setKeyboardTracking(false);
     return box;
 }
@@ -36,7 +39,7 @@ QDoubleSpinBox *makeLength(QWidget *parent) {
     box->setRange(0, 10000);
     box->setDecimals(3);
     box->setSuffix(" mm");
-    box->setMinimumWidth(leastInputWidth);
+    box->setMinimumWidth(leastInputWidth(box));
     box->setKeyboardTracking(false);
     return box;
 }
@@ -65,7 +68,7 @@ SettingsPanel::SettingsPanel(QWidget *parent)
         lens->addItem(calibration::nameOf(model), int(model));
     }
     gridSpacing->setSpecialValueText(tr("as printed"));
-    boardSquare->setSpecialValueText(tr("Square?"));
+    boardSquare->setSpecialValueText(tr("unknown"));
     arrangement->setToolTip(tr("How the photographs belong together.") + link("arrangement"));
     lens->setToolTip(tr("The lens model. LmView can choose the one that best predicts photographs left out of its "
                         "computation.") +
@@ -108,11 +111,11 @@ void SettingsPanel::lay() {
     form->addRow(tr("&Grid spacing:"), gridSpacing);
     form->addRow(tr("Pattern file&s:"), patternFiles);
     auto *board = new QHBoxLayout;
-    board->addWidget(boardColumns);
+    board->addWidget(boardColumns, 1);
     board->addWidget(new QLabel("×", this));
-    board->addWidget(boardRows);
-    board->addWidget(boardSquare, 1);
+    board->addWidget(boardRows, 1);
     form->addRow(hasBoard, board);
+    form->addRow(tr("Its squares:"), boardSquare);
     form->addRow(QString(), mayBend);
     boardColumns->setAccessibleName(tr("Inner corners in x"));
     boardRows->setAccessibleName(tr("Inner corners in y"));

@@ -151,7 +151,8 @@ QWidget *ViewerWindow::makePictureColumn() {
     auto *residuals = new QCheckBox(tr("Residual arro&ws"), column);
     residuals->setChecked(true);
     residuals->setToolTip(
-        tr("From where the calibration puts a corner to where it was seen, enlarged. Where corners are close together, "
+        tr("Each arrow leads from where the calibration puts a corner to where it was seen, enlarged. Where corners "
+           "are close together, "
            "only the longest arrow is drawn; zoom in to see the others."));
     factor = new QSlider(Qt::Horizontal, column);
     factor->setRange(0, factorSteps);

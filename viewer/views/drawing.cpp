@@ -61,7 +61,7 @@ QString rounded(double value) {
 }
 
 QString pixels(double value) {
-    return QString::number(value, 'f', value < 1 ? 3 : 2) + QChar(0xa0) + "px";
+    return QString::number(value, 'f', value < 0.01 ? 4 : value < 1 ? 3 : 2) + QChar(0xa0) + "px";
 }
 
 void drawArrow(QPainter &painter, QPointF from, QPointF to) {

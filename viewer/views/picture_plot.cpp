@@ -12,6 +12,7 @@ namespace {
 
 constexpr int leastWidth = 160;
 constexpr int leastHeight = 120;
+constexpr int mostLabels = 5;
 
 QwtText axisTitle(const QString &text, const QFont &font) {
     QwtText title(text);
@@ -42,6 +43,7 @@ void setUpPlot(QwtPlot &plot, const QString &xTitle, const QString &yTitle) {
 
 PicturePlot::PicturePlot(QWidget *parent) : QwtPlot(parent) {
     setUpPlot(*this, "x [px]", "y [px]");
+    setAxisMaxMajor(QwtPlot::xBottom, mostLabels);  // more would overlap in a narrow window
     rescaler = new QwtPlotRescaler(canvas(), QwtPlot::xBottom, QwtPlotRescaler::Fitting);
     rescaler->setAspectRatio(1);
     rescaler->setAspectRatio(QwtPlot::yRight, 0);
