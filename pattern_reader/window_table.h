@@ -42,8 +42,10 @@ public:
     void visitEqual(std::uint64_t bits, const Visit &visit) const;
 
     // Visits the 8 x 8 windows in which few bits disagree. The limit is chosen so that random bits cause at most about
-    // 100 visits. In the plane, all known squares of the window must lie inside. On a tile, the window may start up to
-    // 4 squares before its left and top edge, and anywhere inside it.
+    // 100 visits. In the plane, the window's top left square must lie inside; known squares beyond the plane's edge are
+    // compared with 0, so a window that reaches over the edge is not found reliably. On a tile, the window's top left
+    // square may lie anywhere inside the tile, or up to 4 squares before the tile's left and top edges. Squares outside
+    // the tile are not compared.
     void visitAlike(const SeenWindow &seen, const Visit &visit) const;
 
 private:

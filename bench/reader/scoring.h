@@ -22,7 +22,9 @@ struct PatternScore {
     bool placed = false;      // read as the right pattern, in the right place and orientation
     bool valuesRead = false;  // its values were read and are right
     int corners = 0;          // number of corners in the reading
-    int strayCorners = 0;     // of these, farther from the truth than a quarter of a square, measured on the pattern
+    // Corners of all readings of the pattern that are more than a quarter of a square from the truth, after the error
+    // in the picture is converted to the pattern's plane.
+    int strayCorners = 0;
     std::vector<PointError> errors;  // of the other corners
     int moreReadings = 0;            // further readings of the same pattern
     bool polarityRight = true;

@@ -46,8 +46,9 @@ bool isWithin(const Point &point, const Rectangle &window) {
     return point.x > window.left && point.x < window.right && point.y > window.top && point.y < window.bottom;
 }
 
-// The result starts at a corner that was within the window, if there is one. Such a corner is not on the window's edge,
-// so it shows which other shapes the polygon lies in.
+// The result starts at a corner that was within the window, if there is one. The first corner decides in which
+// other shapes the polygon lies. A corner on the window's edge could not decide it, because outlines of clipped shapes
+// coincide there.
 Polygon clippedTo(const Rectangle &window, Polygon polygon) {
     const auto inside =
         std::find_if(polygon.begin(), polygon.end(), [&](const Point &corner) { return isWithin(corner, window); });
