@@ -72,14 +72,14 @@ inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::
 }
 
 // Prints Markdown rows. `exitCode` returns 1 if a ratio was more than twice its bound, which noise does not explain. A
-// bound of 0 means that there is none. The column "Elapsed" compares the elapsed times of the fastest rounds. It has no
-// bound, because these times still contain much noise on a busy machine.
+// bound of 0 means that there is none. The column "Ratio of elapsed times" compares the elapsed times of the fastest
+// rounds. It has no bound, because these times still contain much noise on a busy machine.
 class Table {
 public:
     explicit Table(const char *title) {
         std::printf(
-            "\n### %s\n\n| What | Figure | Compared with | Ratio | Middle half | Elapsed | Bound |\n"
-            "|---|---|---|---|---|---|---|\n",
+            "\n### %s\n\n| What | Measured | Compared with | Ratio | Ratios of the middle half | Ratio of "
+            "elapsed times | Highest allowed ratio |\n|---|---|---|---|---|---|---|\n",
             title);
     }
 
