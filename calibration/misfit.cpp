@@ -68,10 +68,10 @@ public:
             lens.size() > 0 ? fitAlone(observations, sighting, lens, shape) : std::optional<Alone>();
         if (!alone) {
             result.misfit = Misfit::NoPose;
-            result.reason =
-                sighting.corners.size() < leastCorners
-                    ? "Only " + std::to_string(sighting.corners.size()) + " corners of " + print + " were found."
-                    : "The corners of " + print + " lie nearly on one line or do not fit a flat print.";
+            result.reason = sighting.corners.size() < leastCorners
+                                ? "Only " + counted(std::ptrdiff_t(sighting.corners.size()), "corner") + " of " +
+                                      print + (sighting.corners.size() == 1 ? " was found." : " were found.")
+                                : "The corners of " + print + " lie nearly on one line or do not fit a flat print.";
         } else if (alone->scale < greatestScaleAlone) {
             result.misfit = Misfit::Moved;
             result.reason = movedReason(*alone, print);

@@ -120,7 +120,8 @@ private:
                    std::string(isLensGiven ? ", or let the lens model be chosen." : "."));
         }
         if (trust.photographs < fewPhotographs) {
-            say("Only " + std::to_string(trust.photographs) + " photographs count.", Grade::Usable);
+            say("Only " + counted(trust.photographs, "photograph") + (trust.photographs == 1 ? " counts." : " count."),
+                Grade::Usable);
             advise(
                 "Take at least ten photographs, with the target tilted to all sides and in all parts of the picture.");
         }
@@ -190,7 +191,7 @@ private:
         if (double(bad) > greatestShareLeftOut * double(total)) {
             // This text is about all cameras. It follows the texts about single cameras, so it must say so.
             const std::string cameras = observations.cameras.size() > 1 ? " of all cameras" : "";
-            say(std::to_string(bad) + " of the " + std::to_string(total) + " photographs" + cameras + " did not fit.",
+            say(std::to_string(bad) + " of the " + counted(total, "photograph") + cameras + " did not fit.",
                 Grade::Usable);
             advise("Find out why so many photographs did not fit; the reason is given with each.");
         }

@@ -27,6 +27,10 @@ std::string namesOf(const Observations &observations, const std::vector<int> &pr
     return haveNumbers ? (prints.size() > 1 ? "patterns " : "pattern ") + list : list;
 }
 
+std::string counted(std::ptrdiff_t count, const std::string &noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 std::string rounded(double value) {
     std::array<char, 32> text{};
     const double size = std::abs(value);

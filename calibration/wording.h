@@ -1,6 +1,7 @@
 // Words for the texts that a user reads.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,9 @@ std::string capitalised(std::string text);
 // Returns "pattern 3" or "patterns 3 and 7". Prints without a number get their name in quotation marks, prints without
 // a name "the target".
 std::string namesOf(const Observations &observations, const std::vector<int> &prints);
+
+// Returns "1 corner" or "5 corners".
+std::string counted(std::ptrdiff_t count, const std::string &noun);
 
 // Returns the number with a few digits: "0.06", "2.1", "350".
 std::string rounded(double value);

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "calibration/input/camera_groups.h"
+#include "calibration/wording.h"
 #include "pattern_reader/picture_header.h"
 
 namespace calibration {
@@ -86,8 +87,8 @@ std::string faultOf(const ListedPhotograph &photograph, const Print &board) {
         return "No board was found in it.";
     }
     if (photograph.corners.size() != board.points.size()) {
-        return "It has " + std::to_string(photograph.corners.size()) + " corners in the list, but the board has " +
-               std::to_string(board.points.size()) + ".";
+        return "It has " + counted(std::ptrdiff_t(photograph.corners.size()), "corner") +
+               " in the list, but the board has " + std::to_string(board.points.size()) + ".";
     }
     for (const SeenCorner &corner : corners) {
         if (corner.image.minCoeff() < -1 || corner.image.x() > photograph.width ||
