@@ -10,7 +10,7 @@ namespace {
 
 using calibration::Observations;
 
-// The index of each point of the print, by the point's place in mm.
+// Maps the position of a point of the print, in mm, to the point's index.
 using PointIndex = std::map<std::pair<double, double>, int>;
 
 PointIndex addPrint(const pattern_reader::PrintedPattern &pattern, Observations &observations) {

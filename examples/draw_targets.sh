@@ -1,5 +1,6 @@
 #!/bin/sh
-# Draws a set of boards with several grid spacings, each as PDF and JSON, into the folder targets/.
+# Draws boards with three grid spacings, and an assembly of five patterns, each as PDF and JSON, into the folder
+# targets/.
 set -e
 mkdir -p targets
 for spacing in 10 20 40; do

@@ -1,4 +1,5 @@
-// read_target PICTURE GRID_SPACING: prints every corner in the picture as x and y in pixels, then x, y and z in mm.
+// read_target PICTURE GRID_SPACING: prints one line for each corner in the picture. The line has x and y in pixels,
+// then x, y and z in mm.
 #include <pattern_reader/pattern_reader.h>
 #include <pattern_reader/printed_pattern.h>
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""calibrate.py GRID_SPACING PICTURE...: calibrates a camera with OpenCV from pictures of one pattern, and writes
-camera.yaml in the format of ROS."""
+"""calibrate.py GRID_SPACING PICTURE...: calibrates a camera from pictures of one pattern. Calibrates with OpenCV, then
+with lmlib64, and prints OpenCV's rms error and the verdict of lmlib64. Writes OpenCV's result to camera.yaml in the
+format of ROS."""
 import sys
 
 import cv2

@@ -48,7 +48,7 @@ class ParameterRefused(CommandFailed, ValueError):
 
 
 def get(path: str = "") -> typing.Any:
-    """Returns the node of the library's tree as a Python value; an image becomes a numpy array."""
+    """Returns the value of a node of the library's tree. An image becomes a numpy array."""
     kind = _lmlib64.get_type(path)
     if kind == _BINARY:
         return _lmlib64.get_binary(path)
@@ -63,8 +63,8 @@ def get(path: str = "") -> typing.Any:
 
 
 def set(path: str, value: typing.Any) -> None:
-    """Sets the node to ``value``, which may be anything that JSON can hold. Texts are written in UTF-8, but a ``value``
-    that is itself a string or a path is written in the encoding of file names."""
+    """Sets the node to ``value``, which may be anything that JSON can hold. If ``value`` is a string or a path, it is
+    written in the encoding of file names. Texts within a list or a dictionary are written in UTF-8."""
     if isinstance(value, (str, os.PathLike)):
         _lmlib64.set_string(path, os.fsencode(value))
     else:
@@ -117,15 +117,15 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
 
     file           the file to write; its ending selects the format
     image_size     length in pixels of the longer side of the picture that is returned
-    plate          type of an official plate, see plates()
+    plate          the "Type" of an official plate, see plates()
     size           columns and rows of inner corners of a flexible pattern
     grid_spacing   length of two squares, or distance between the centres of neighbouring round marks
     thickness      thickness of the plate
-    offset         x and y of the place of a flexible pattern or of a plate with round marks
+    offset         position (x, y) of a flexible pattern, or of a plate with round marks, in a common coordinate system
     patterns       number of patterns of an assembly
     inverted       exchanges dark and light
     plain          draws no code
-    more           further parameters of the library's command, with the command's own names
+    more           further parameters of the library's command; their names are those in docs/commands.md
 
     If image_size is given, returns the picture as an array (height, width) of uint8; for an assembly, returns a list of
     such arrays. Otherwise returns ``file``."""
@@ -157,10 +157,10 @@ class Reading:
     tile: typing.Optional[int]  # 0: official or custom; n + 1: pattern n of an assembly
     image_points: _Array  # (N, 2), pixels
     object_points: typing.Optional[_Array]  # (N, 3), mm; None if the grid spacing is not known
-    lattice: _Array  # (N, 2), half grid spacings in the pattern's own frame
+    lattice: _Array  # (N, 2), half grid spacings in the pattern's own coordinate system
     sigmas: _Array  # (N,), standard deviation of the image points, pixels
     disturbed: _Array  # (N,), True if the picture does not look like a corner there
-    angle: float  # of the pattern's x axis, in degrees clockwise from the picture's x axis
+    angle: float  # from the picture's x axis to the pattern's x axis, in degrees clockwise
     orientations: int  # number of possible orientations; more than 1 only for plain boards
     # What the pattern encodes: grid_spacing, thickness, offset, assembly_pattern.
     values: typing.Optional[typing.Dict[str, typing.Any]]
@@ -170,17 +170,18 @@ class Reading:
 def read_patterns(image: _Array, *, patterns: typing.Union[_File, typing.Sequence[_File]] = (),
                   grid_spacing: typing.Optional[float] = None, board: typing.Optional[typing.Tuple[int, int]] = None,
                   square: typing.Optional[float] = None) -> typing.List[Reading]:
-    """Finds the patterns in a picture and returns them, the largest first.
+    """Finds the patterns in a picture and returns them. The pattern with the most corners comes first.
 
     image          array of uint8 or uint16 with the shape (height, width) or (height, width, 1, 3 or 4). The channels
                    are BGR or BGRA, as in OpenCV. The array is not copied if the values of each row are contiguous
     patterns       JSON or PDF files of the printed patterns, written by the library. The object points are then those
                    of the file
-    grid_spacing   grid spacing for the object points of patterns that do not encode it
-    board, square  columns and rows of inner corners of plain checkerboards that are to be read as well, and the side of
-                   their squares
+    grid_spacing   grid spacing of patterns that do not encode theirs, to compute their object points
+    board          also reads plain checkerboards with these columns and rows of inner corners
+    square         side of a square of these checkerboards, to compute their object points
 
-    Raises TypeError or ValueError for any other array, and RuntimeError if a file cannot be used."""
+    Raises TypeError or ValueError if the array is of another type or shape, and RuntimeError if a file cannot be
+    used."""
     files = [patterns] if isinstance(patterns, (str, os.PathLike)) else patterns
     return [Reading(**reading) for reading in
             _lmlib64.read_patterns(image, [os.fsencode(file) for file in files], grid_spacing, board, square)]
@@ -208,12 +209,11 @@ def calibrate(object_points: typing.Sequence[_Array], image_points: typing.Seque
               sigmas: typing.Optional[typing.Sequence[_Array]] = None) -> Calibration:
     """Calibrates a camera from photographs of one flat print.
 
-    object_points                 an array (N, 3) in mm, with z = 0, for each photograph
-    image_points                  an array (N, 2) in pixels for each photograph
-    image_size                    (width, height)
-    lens                          "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye", or "auto" to choose one of
-                                  them automatically
-    sigmas                        an array (N,) for each photograph: standard deviations of the image points in pixels
+    object_points  for each photograph, an array (N, 3) in mm, with z = 0
+    image_points   for each photograph, an array (N, 2) in pixels
+    image_size     (width, height) in pixels
+    lens           "pinhole4", "pinhole5", "pinhole8", "pinhole12" or "fisheye"; "auto" chooses one of them
+    sigmas         for each photograph, an array (N,) with the standard deviations of the image points in pixels
 
     Raises CalibrationImpossible with the reason if the photographs do not determine a calibration."""
     return Calibration(**_lmlib64.calibrate(object_points, image_points, image_size, lens, sigmas))

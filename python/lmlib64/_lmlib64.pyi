@@ -1,4 +1,4 @@
-# The compiled part, which __init__.py uses. Users call the package, which has the annotations of its functions itself.
+# Declares the functions of the compiled module, which __init__.py calls. Users call the functions in __init__.py.
 import typing
 
 import numpy
