@@ -3,27 +3,29 @@
 // The tree is like a JSON document: it has objects with named children, arrays with numbered children, and leaves that
 // hold a number, a string, a boolean, null or a block of binary data. A client reads and writes nodes, and runs
 // commands by writing to nodes below /Execute. The library opens no window and does not depend on the program that uses
-// it: another library with the same functions can replace it without a rebuild.
+// it. Another library with the same functions can replace it, and the program need not be built again.
 //
 // Rules that hold for every function
 //
-// Paths. The root is the empty text. A child by name is "/" and the name. An element of an array is "/", a backslash
-//   and the index in decimal without padding: /Execute/1/Parameters/Patterns/\0. Names are not escaped; a name is not
-//   empty and contains neither "/" nor a backslash. Any other path gives LmLibResultItemPathInvalid. A path has at most
-//   LMLIB_MAXIMUM_DEPTH parts; a longer one gives LmLibResultNestingLimitReached.
+// Paths. The root is the empty text. A child of an object is written as "/" and its name. An element of an array is
+//   written as "/", a backslash and its index in decimal without leading zeros: /Execute/1/Parameters/Patterns/\0.
+//   Names are not escaped. A name is not empty and contains neither "/" nor a backslash. Any other path gives
+//   LmLibResultItemPathInvalid. A path has at most LMLIB_MAXIMUM_DEPTH parts; a longer one gives
+//   LmLibResultNestingLimitReached.
 // Writing. A write replaces the previous content of the node. Writing below an absent node creates the objects and
-//   arrays on the way. The index of an array element may be at most one past the end; a greater one gives
-//   LmLibResultItemPathInvalid. A leaf has no children, the children of an object have names, and those of an array
-//   have indices. Reading or writing any other child gives LmLibResultItemTypeNotCompatible.
+//   arrays on the way. The index of an array element may be at most one past the end; a greater index gives
+//   LmLibResultItemPathInvalid. The children of an object have names, the children of an array have indices, and a leaf
+//   has no children. Reading or writing any other child gives LmLibResultItemTypeNotCompatible.
 // Reading. Reading an absent node gives LmLibResultItemInexistent; reading a node of another type gives
 //   LmLibResultItemTypeNotCompatible.
 // Protected nodes. The root, /Path and every node below /Path belong to the library: writing or erasing one gives
 //   LmLibResultItemProtected. /Path/Manual is the folder of the manual and /Path/Application/LmView is the file of the
-//   viewer. Both are absolute paths, and neither needs to exist. /Path/Version is the LMLIB_VERSION of the library,
-//   which may differ from that of the header that a client was built with.
+//   viewer. Both are absolute paths, and neither needs to exist. /Path/Version is the LMLIB_VERSION of the library. A
+//   client may have been built with a header of another version.
 // Results. The first parameter of every function points to a result code, which the function always sets; the pointer
-//   may be null. After any code but LmLibResultOperationSucceeded, the tree is unchanged, and every value that the
-//   function returns or passes out through pointers is 0 or null. A null path or text counts as the empty text.
+//   may be null. If a function sets any code other than LmLibResultOperationSucceeded, the tree is unchanged, and every
+//   value that the function returns or writes through pointers is 0 or null. A null path or text counts as the empty
+//   text.
 // Texts. Texts are NUL-terminated strings of char, and the library does not change their bytes. File names are in the
 //   system's local 8-bit encoding, and names in the catalogue are in UTF-8. Returned texts belong to the library and
 //   stay valid until the calling thread's next call into the library.
@@ -31,19 +33,19 @@
 // Threads. Every function may be called from any thread at any time. Commands run one after the other on a thread of
 //   the library.
 // Child processes. A child made by fork() starts with a new library, even if other threads of the parent were using the
-//   old one: the child's tree has only /Path, and no command runs in it. The parent is not affected. Texts returned to
-//   the thread that forked stay valid in the child until its next call.
+//   parent's library. The child's tree has only /Path, and no command runs in it. The parent is not affected. Texts
+//   returned to the thread that forked stay valid in the child until its next call.
 // Life. The library is ready on the first call and needs no initialisation; see lmLibFinalize.
 //
 // Commands
 //
 // A slot is a child of /Execute, usually made with lmLibMakeUniqueItem. Write the parameters below the slot's
-// "Parameters", then write the command's name as a string to its "Command". The command runs with a copy of the
-// parameters at that moment, and an earlier "Result" is removed. When the command has finished, "Result" holds the
-// command's result and "Command" becomes null; wait for that with lmLibWaitForType. If a command fails or does not
-// exist, "Result" has "ErrorSymbol", "ErrorText" and the command's name in "Execute"/"Command". Until the command has
-// finished, writing or erasing "Command" gives LmLibResultCommandRunning. The slot may be erased or replaced meanwhile;
-// the library then discards the command's result. Elements of an array are not slots.
+// "Parameters", then write the command's name as a string to its "Command". This copies the parameters for the command
+// and removes an earlier "Result". When the command has finished, "Result" holds its result, and "Command" becomes
+// null. Wait for that with lmLibWaitForType. If a command fails or does not exist, "Result" has "ErrorSymbol",
+// "ErrorText" and the command's name in "Execute"/"Command". Until the command has finished, writing or erasing
+// "Command" gives LmLibResultCommandRunning. If the slot is erased or replaced before that, the library discards the
+// command's result. Elements of an array are not slots.
 #ifndef CAMERA_LIBRARY_LMLIB64_H
 #define CAMERA_LIBRARY_LMLIB64_H
 
@@ -123,7 +125,7 @@ LMLIB64_API const char *lmLibGetString(int32_t *result, const char *path);
 // Makes the node a string. Writing the "Command" of a slot starts the command of that name.
 LMLIB64_API void lmLibSetString(int32_t *result, const char *path, const char *text);
 
-// Returns the value of a number node. A value that is not a whole number in the range of int32_t gives
+// Returns the value of a number node. If the value is not a whole number in the range of int32_t, the result is
 // LmLibResultItemTypeNotCompatible.
 LMLIB64_API int32_t lmLibGetInt(int32_t *result, const char *path);
 
@@ -146,16 +148,17 @@ LMLIB64_API void lmLibSetBool(int32_t *result, const char *path, int32_t value);
 LMLIB64_API void lmLibSetNull(int32_t *result, const char *path);
 
 // Returns the node and everything below it as JSON text in UTF-8; bytes that are not UTF-8 are replaced by U+FFFD.
-// `numberPrecision` is the number of significant digits of a number that is not whole, 1 to 18; 0 stands for as few as
-// are needed to read back the same value. Any other number gives LmLibResultInvalidParameters. With
+// `numberPrecision` is the number of significant digits of a number that is not whole, 1 to 18; 0 means the fewest
+// digits from which the same value can be read back. Any other number gives LmLibResultInvalidParameters. With
 // `allowScientificFormat`, numbers below 1e-5 and from 1e17 on have an exponent; without it, no number has one. A
 // binary node becomes an object with its format and its "ByteCount".
 LMLIB64_API const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint, int32_t numberPrecision,
                                      int32_t allowScientificFormat);
 
-// Replaces the node by the content of the JSON text, which is in UTF-8. It starts no command. The result is
-// LmLibResultCouldNotInterpretJsonText if the text is not JSON, if it is longer than LMLIB_MAXIMUM_JSON_SIZE, if a
-// number is beyond the range of double, if a string contains U+0000, or if a name is not allowed in a path.
+// Replaces the node by the content of the JSON text, which is in UTF-8. Writing a "Command" in this way starts no
+// command. The result is LmLibResultCouldNotInterpretJsonText if the text is not JSON, if it is longer than
+// LMLIB_MAXIMUM_JSON_SIZE, if a number is beyond the range of double, if a string contains U+0000, or if a name is not
+// allowed in a path.
 LMLIB64_API void lmLibSetJson(int32_t *result, const char *path, const char *json);
 
 // Returns the type of the node, an LmLibType. For an absent node, it returns LmLibTypeAbsent and the result is
@@ -165,27 +168,27 @@ LMLIB64_API int32_t lmLibGetType(int32_t *result, const char *path);
 // Returns the number of children of an object or array, or the number of bytes of a binary node.
 LMLIB64_API int32_t lmLibGetCount(int32_t *result, const char *path);
 
-// Returns the name of the node itself: the last part of its path, without a backslash; empty for the root.
+// Returns the name of the node: the last part of its path, without a backslash. The name of the root is empty.
 LMLIB64_API const char *lmLibGetName(int32_t *result, const char *path);
 
 // Removes the node and everything below it. The elements after an erased element of an array move up.
 LMLIB64_API void lmLibErase(int32_t *result, const char *path);
 
-// Makes a new empty object below the parent and returns its path. The object's name is `baseName`, an underscore if
-// `baseName` ends in a digit, and a number. No child of the parent has this name, and no item made by this function has
-// had this number since the library was last finalised. The result is LmLibResultItemMaximumUniqueCountReached if no
-// number is left.
+// Makes a new empty object below the parent and returns its path. The object's name consists of `baseName`, an
+// underscore if `baseName` ends in a digit, and a number. No child of the parent has this name, and no item made by
+// this function has had this number since the library was last finalised. The result is
+// LmLibResultItemMaximumUniqueCountReached if no number is left.
 LMLIB64_API const char *lmLibMakeUniqueItem(int32_t *result, const char *parentPath, const char *baseName);
 
-// Waits until the node has the type, without a time limit. Without `waitForChange` the node is checked only once, and
-// another type gives LmLibResultTimeout. A node that is absent, or is removed during the wait, gives
-// LmLibResultItemInexistent unless the type is LmLibTypeAbsent. A `type` that is not an LmLibType gives
+// Waits until the node has the type, without a time limit. If `waitForChange` is false, the node is checked only once,
+// and another type gives LmLibResultTimeout. If the node is absent or is removed during the wait, the result is
+// LmLibResultItemInexistent, unless the type is LmLibTypeAbsent. A `type` that is not an LmLibType gives
 // LmLibResultInvalidParameters. lmLibFinalize ends every wait with LmLibResultOperationCanceled.
 LMLIB64_API void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t waitForChange);
 
-// The format of a binary node: width and height in elements, channels per element (interleaved; rows from the top,
-// without padding), bytes per channel value, whether the values are floating point, and the time when the data was
-// made, in seconds since 1970. Every pointer may be null.
+// Returns the format of a binary node: width and height in elements, channels per element (interleaved; rows from the
+// top, without padding), bytes per channel value, 1 in `isFloat` if the values are floating-point numbers, and the time
+// when the data was made, in seconds since 1970. Every pointer may be null.
 LMLIB64_API void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height,
                                     int32_t *channelCount, int32_t *bytesPerElement, int32_t *isFloat,
                                     double *timestamp);
