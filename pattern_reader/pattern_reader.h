@@ -1,15 +1,16 @@
-// Finds calibration patterns in a photograph and returns, for each of them, which pattern it is, where its corners lie
-// in the photograph, and the values in its information block. It does not calibrate. The only millimetres that it knows
-// are those in the information block; printed_pattern.h converts lattice coordinates to millimetres.
+// Finds calibration patterns in a photograph. For each of them, it returns which pattern it is, where its corners lie
+// in the photograph, and the values in its information block. It does not calibrate. The information block contains
+// lengths in millimetres, but the corners have only lattice coordinates; printed_pattern.h converts these to
+// millimetres.
 //
 // Images have 1, 3 (BGR) or 4 (BGRA) channels of any depth and at most maximumPixels pixels. They are converted to grey
-//   as image_file.h says. Coded patterns of any size are found, plain checkerboards only of the size that the options
-//   name.
+//   as image_file.h says. Coded patterns of any size are found. Plain checkerboards are found only if they have the
+//   size that the options name.
 // In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down. Lattice
-//   coordinates count lattice steps (half a grid spacing) in the pattern's own frame, also with x to the right and y
-//   down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a plate, (0,
-//   0) is the outer corner of the frame, and the marks lie on the even numbers from 2 to 14. In a plain board, the
-//   inner corners run from (1, 1) to (columns, rows).
+//   coordinates are in lattice steps (half a grid spacing) in the pattern's own coordinate system, also with x to the
+//   right and y down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a
+//   plate, (0, 0) is the outer corner of the frame, and the marks lie on the even numbers from 2 to 14. In a plain
+//   board, the inner corners run from (1, 1) to (columns, rows).
 // Uncertain results are left out: a checkerboard of which too little is visible gives no reading, and the values of an
 //   information block are absent if it cannot be read beyond doubt.
 // Every function may be called from any thread at the same time. readPatterns throws std::invalid_argument if the image
@@ -30,8 +31,8 @@ namespace pattern_reader {
 constexpr long maximumPixels = 150L * 1000 * 1000;
 
 enum class PatternKind {
-    Plane,  // a piece of the plane, from a Flexible pattern
-    Tile,   // the Official and Single pattern, or one of an assembly
+    Plane,  // a part of the plane: a Flexible pattern
+    Tile,   // an Official or Custom pattern, or one of an assembly
     Plate,  // a plate with 7 × 7 round marks
     Board,  // a plain checkerboard of the size given in the options
 };
@@ -39,10 +40,10 @@ enum class PatternKind {
 struct PatternCorner {
     cv::Point2f image;
     cv::Point lattice;
-    // Standard deviation of `image` in pixels, the root mean square of both axes, as the measurement estimates it.
+    // Standard deviation of `image` in pixels, as the measurement estimates it; the root mean square of both axes.
     float sigma = 0;
-    // The picture around the point does not look like a corner or a mark, for example because the edge of a shadow
-    // runs through it. `sigma` is then only a rough estimate.
+    // True if the picture around the point does not look like a corner or a mark, for example because the edge of a
+    // shadow runs through it. `sigma` is then only a rough estimate.
     bool disturbed = false;
 };
 
@@ -57,7 +58,7 @@ struct PatternValues {
 
 struct PatternReading {
     PatternKind kind = PatternKind::Plane;
-    // The tile's number: 0 for the Official and Single pattern, n + 1 for pattern n of an assembly; -1 otherwise.
+    // The tile's number: 0 for an Official or Custom pattern, n + 1 for pattern n of an assembly; -1 for other kinds.
     int tile = -1;
     // The corners or mark centres that were seen, sorted by lattice row, then by column.
     std::vector<PatternCorner> corners;
@@ -65,13 +66,14 @@ struct PatternReading {
     int quarterTurns = 0;
     // Direction of the pattern's x axis in the image, in degrees clockwise from the image's x axis.
     double angle = 0;
-    // How many orientations a plain board's size and colours allow: 1, 2 (half a turn) or 4 (a quarter turn). The
-    // reading has the orientation whose x axis points most to the right in the image. For coded patterns,
-    // this is 1.
+    // In how many orientations a plain board of this size and these colours looks the same: 1, 2 (half turns) or 4
+    // (quarter turns). The reading has the orientation whose x axis points most to the right in the image. For coded
+    // patterns, this is 1.
     int orientations = 1;
-    // True if the squares whose column and row have an even sum are dark. For a tile this is its polarity: true if the
-    // top-left square is dark. The polarity of a piece of the plane is that of its own top-left square.
+    // True if the squares whose column and row have an even sum are dark. For a tile, this is its polarity.
     bool evenSquaresDark = true;
+    // True if the square to the top left of the corners that were seen is dark. If a Flexible pattern is completely
+    // visible, this is its polarity.
     bool topLeftSquareDark = true;
     // The values in the information block, and its eight bytes. Both are empty if the block was not read beyond doubt.
     std::optional<PatternValues> values;

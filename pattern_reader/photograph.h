@@ -16,14 +16,14 @@ namespace pattern_reader {
 
 struct Photograph {
     cv::Mat grey;  // 8 bits, one channel
-    // The orientation tag of a JPEG (EXIF) or TIFF file, 1 to 8; 1 if there is none. It says how the stored picture is
-    // to be turned or mirrored to stand upright. 2, 4, 5 and 7 mean that it is stored mirrored.
+    // The orientation tag of a JPEG (EXIF) or TIFF file, 1 to 8; 1 if there is none. It says how to turn or mirror the
+    // stored picture so that it is upright. 2, 4, 5 and 7 mean that it is stored mirrored.
     int orientation = 1;
     bool truncated = false;  // true if a JPEG file ends before its picture does; the missing part is grey
 };
 
-// Loads PNG, JPEG, TIFF, PGM and whatever else OpenCV reads. Throws std::runtime_error with a sentence that names the
-// file if it cannot be read or its picture is too large.
+// Loads PNG, JPEG, TIFF, PGM and all other formats that OpenCV reads. If the file cannot be read or its picture is too
+// large, throws std::runtime_error with a sentence that names the file.
 PATTERN_READER_API Photograph loadPhotograph(const std::string &path);
 
 // Reads the patterns as readPatterns does. A picture that is stored mirrored is mirrored back for reading, but corners,

@@ -1,12 +1,12 @@
-// Loads the descriptions of printed patterns, and gives the corners of a reading in the pattern's millimetres.
+// Loads the descriptions of printed patterns, and converts the corners of a reading to millimetres.
 //
 // A file is either the JSON that the camera library writes or a PDF that has this JSON as an attachment. Nothing is
 // drawn or measured here, and the real size of a print is not known.
 //
-// Coordinates are millimetres in the pattern's own frame, as its file says, with x to the right, y down and z = 0.
+// Coordinates are in millimetres in the coordinate system of the pattern's file, with x to the right, y down and z = 0.
 // Without a file, the origin is that of a pattern without an offset: the middle corner of a tile, the middle mark of a
-// plate, (136, 136) of the plane, the first inner corner of a plain board. Every function may be called from any thread
-// at the same time.
+// plate, (136, 136) of the plane, or the first inner corner of a plain board. Every function may be called from any
+// thread at the same time.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -28,8 +28,9 @@ struct PrintedPattern {
     std::vector<cv::Point2d> points;  // row after row
 };
 
-// Loads the patterns of a file. Throws std::runtime_error with a sentence that names the file if it cannot be read, if
-// it is neither a pattern's JSON nor a PDF with one, or if the reader does not know the kind of a pattern.
+// Loads the patterns of a file. If the file cannot be used, throws std::runtime_error with a sentence that names the
+// file. It cannot be used if it is not readable, if it is neither a pattern's JSON nor a PDF that contains one, or if
+// the reader does not know the kind of a pattern in it.
 PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
 // Returns one point for each corner of the reading. Empty if none of the patterns fits the reading, or if several
@@ -37,8 +38,8 @@ PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::st
 PATTERN_READER_API std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                                         const std::vector<PrintedPattern> &patterns);
 
-// Returns the points without a file, computed from the grid spacing (twice the square's side) in millimetres. If a
-// plate's block contains an offset, it is added.
+// Computes the points from the grid spacing (twice the square's side) in millimetres. If a plate's block contains an
+// offset, it is added to the points.
 PATTERN_READER_API std::vector<cv::Point3d> objectPoints(const PatternReading &reading, double gridSpacing);
 
 }  // namespace pattern_reader
