@@ -1,6 +1,6 @@
-// Computes a whole calibration from observed corners: the lenses, the rig, all poses and the shape of every print. Also
-// says how far each of them can be trusted, which photographs did not fit and why, and which photograph would help
-// most. It does not read photographs or write files.
+// Computes a whole calibration from observed corners: the lenses, the rig, all poses and the shape of every print. The
+// result also says how far each of them can be trusted, which photographs did not fit and why, and which photograph
+// would help most. Nothing here reads photographs or writes files.
 //
 // observations.h defines axes and units. Photographs do not determine the absolute scale. If no print of a group was
 // measured, the group's first print counts as exact: the geometric mean of its x and y scale is 1.
@@ -32,15 +32,16 @@ struct MeasuredPrint {
 enum class Stage { StartValues, ChoosingModels, Solving, JudgingTrust };
 
 struct CalibrateOptions {
-    // The model of every camera. If absent, each camera gets the model that predicts held-out photographs best.
+    // The model of every camera. If absent, each camera gets the simplest model that predicts held-out photographs
+    // nearly as well as the best one.
     std::optional<LensModel> lens;
     // If true, prints may bend; a print gets a bend if that predicts held-out photographs better.
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
     // An earlier result for similar observations with the same cameras and prints. Starting from it is much faster. Its
-    // lens models and bends are kept, unless `lens` or `mayBend` was different then, or the models were chosen from far
-    // fewer or far more photographs. With the same models, the result differs from that of a calibration without an
-    // earlier result only by a small share of its standard deviations.
+    // lens models and bends are kept. There are two exceptions: the earlier call had another `lens` or `mayBend`, or
+    // the models were chosen from far fewer or far more photographs. If the models are kept, the result is the same as
+    // without an earlier result, except for a small share of the standard deviations.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0
     // to 1.
@@ -66,7 +67,7 @@ struct LeftOut {
 
 struct ModelTrial {
     LensModel lens = LensModel::Pinhole5;
-    double heldOutError = 0;  // pixels: rms per point in photographs that the lens was not estimated from
+    double heldOutError = 0;  // pixels: rms per point in photographs that were not used to estimate the lens
 };
 
 struct CameraTrust {
@@ -90,7 +91,7 @@ struct PrintTrust {
     // The standard deviation of each point's place in the world along its worst direction, in mm. Empty if the print
     // has no pose.
     std::vector<double> pointSigmas;
-    // False if the photographs hardly improve on the prior for the print's scale or ratio.
+    // False if the photographs say little more about the print's scale or ratio than the prior.
     bool isDetermined = true;
     bool isMeasured = false;
 };
@@ -102,7 +103,8 @@ struct ModelOrigin {
     int photographs = 0;
 };
 
-// The summary of the result. `advice` says what to do, with the most useful first; empty if nothing is needed.
+// The summary of the result. `advice` says what to do; the most useful advice comes first. It is empty if nothing is
+// needed.
 enum class Grade { Good, Usable, Poor };
 struct Verdict {
     Grade grade = Grade::Poor;
@@ -134,8 +136,8 @@ struct Calibration {
     ModelOrigin modelOrigin;
     Verdict verdict;
     std::optional<NextPhotograph> next;
-    // Sentences with what else the user must know: prints that no photograph links with the others, prints that are not
-    // determined, and which prints define the scale.
+    // Sentences with further information for the user: which prints no photograph links with the others, which prints
+    // are not determined, and which prints define the scale.
     std::vector<std::string> notices;
 
     // Returns the group of the first print with a pose; its world is the coordinate system of the results. -1 if no
@@ -154,8 +156,9 @@ public:
     Cancelled() : std::runtime_error("The calibration was cancelled.") {}
 };
 
-// Throws CalibrationImpossible if the observations do not determine a calibration: if there are no corners, too few
-// photographs or only photographs from one direction. Throws Cancelled if options.isCancelled returns true.
+// Throws CalibrationImpossible if the observations do not determine a calibration, for example because there are no
+// corners, too few photographs or only photographs from one direction. Throws Cancelled if options.isCancelled returns
+// true.
 CALIBRATION_API Calibration calibrate(const Observations &observations, const CalibrateOptions &options = {});
 
 }  // namespace calibration

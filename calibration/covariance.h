@@ -1,10 +1,11 @@
-// Computes how certain a solved estimate is: the covariance of those intrinsics, poses of cameras and prints, and
-// shapes of prints that the solve varied. It follows from the derivatives of the residuals at the solution and from the
-// priors.
+// Computes how certain a solved estimate is: the covariance of the intrinsics, of the poses of cameras and prints, and
+// of the shapes of prints, as far as the solve varied them. The covariance follows from the derivatives of the
+// residuals at the solution and from the priors.
 //
 // The poses of the moments are eliminated one by one, so their covariance is not available, but time and memory grow
-// only linearly with their number. The covariance is scaled by the residuals' own variance. So a common factor of the
-// corners' standard deviations cancels, except for its weight against the priors, which are absolute.
+// only linearly with their number. The covariance is multiplied by the variance of the residuals. So a common factor in
+// the corners' standard deviations cancels. It matters only relative to the priors, whose standard deviations are
+// absolute.
 #pragma once
 
 #include <Eigen/Core>
@@ -23,8 +24,8 @@ public:
     double varianceFactor() const { return factor; }
     int usedCorners() const { return corners; }
 
-    // Return the covariance of one block of parameters; empty if the solve did not vary the block. The rows of a shape
-    // are its free numbers, in the order of Freedom::shapes.
+    // Return the covariance of one block of parameters; empty if the solve did not vary the block. For a shape, the
+    // rows and columns are its free numbers, in the order of Freedom::shapes.
     Eigen::MatrixXd intrinsics(int camera) const { return blockAt(cameras[size_t(camera)].intrinsics); }
     Eigen::MatrixXd cameraFromRig(int camera) const { return blockAt(cameras[size_t(camera)].pose); }
     Eigen::MatrixXd worldFromPrint(int print) const { return blockAt(prints[size_t(print)].pose); }

@@ -1,5 +1,5 @@
 // Solves for all unknowns in a single least-squares problem: lenses, rig, moments, prints and their shapes. It needs
-// start values and does not judge its input; Ceres Solver does the work. The result does not depend on the number of
+// start values and does not judge its input. It uses Ceres Solver. The result does not depend on the number of
 // processors.
 #pragma once
 
@@ -14,14 +14,13 @@ namespace calibration {
 // How exact printers are: the default standard deviation of the prior for a print's scale, ratio and shear.
 constexpr double printPrior = 0.005;
 
-// The prior for a print's scale, ratio and shear: means and standard deviations.
+// The means and standard deviations of the prior for a print's scale, ratio and shear.
 struct ShapePrior {
     std::array<double, PrintShape::bend> mean{};
     std::array<double, PrintShape::bend> sigma{printPrior, printPrior, printPrior};
 };
 
-// Says what the solve may vary besides the poses of the moments, which always vary. It leaves everything else
-// unchanged.
+// Says what the solve may vary. The poses of the moments always vary. The solve leaves everything else unchanged.
 struct Freedom {
     bool intrinsics = true;
     bool coefficients = true;  // of the distortion; ignored if intrinsics is false
@@ -43,9 +42,9 @@ struct SolveOptions {
     bool isNear = false;       // the estimate is near the solution, so the solve takes full steps from the first one on
 };
 
-// Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of squared residuals,
-// priors included. If the solve fails, it returns nothing and leaves the estimate unchanged. Throws Cancelled after an
-// iteration if the calibration was cancelled in the meantime (interruption.h).
+// Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of the squared residuals,
+// including those of the priors. If the solve fails, returns nothing and leaves the estimate unchanged. Throws
+// Cancelled after an iteration if the calibration was cancelled in the meantime (interruption.h).
 std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate);
 
 // True if the camera, the moment and the print of a sighting have a pose.

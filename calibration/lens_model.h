@@ -7,8 +7,8 @@
 //   Pinhole8:  ... k4 k5 k6, a rational function of the squared radius
 //   Pinhole12: ... s1 s2 s3 s4, the thin prism
 //   Fisheye:   k1 k2 k3 k4, equidistant                (Kannala and Brandt, "A Generic Camera Model ...", 2006)
-// The axes of a camera are x to the right, y down, and z along the line of sight. The centre of the top-left pixel is
-// (0, 0). No function throws, allocates memory or keeps state.
+// In a camera's axes, x points to the right, y points down, and the camera looks along z. The centre of the top-left
+// pixel is (0, 0). No function throws, allocates memory or keeps state.
 #pragma once
 
 #include <Eigen/Core>
@@ -43,8 +43,8 @@ CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eig
 CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point,
                              Eigen::Vector2d &image);
 
-// Finds the direction that projects to a pixel, as a vector of unit length. Returns false if none is found: where the
-// distortion folds the picture over, a pixel has no direction or several.
+// Finds the direction that projects to a pixel, as a vector of unit length. Returns false if no direction is found.
+// This can happen where the distortion folds the picture over: there, a pixel has no direction or several.
 CALIBRATION_API bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image,
                                Eigen::Vector3d &direction);
 

@@ -1,10 +1,10 @@
-// The input of a calibration as plain values (cameras, photographs, prints and observed corners) and its result, the
-// estimate of all unknowns.
+// The input and the result of a calibration, as plain values. The input has cameras, photographs, prints and observed
+// corners. The result is the estimate of all unknowns.
 //
-// The axes of the world are those of the first print's drawing: x to the right and y down as seen from the printed
-// side, z into the plate. The axes of a rig are those of its first camera. The axes of a camera are x to the right, y
-// down, and z along the line of sight. Lengths are in millimetres, angles in radians, and image coordinates in pixels
-// with the centre of the top-left pixel at (0, 0).
+// The axes of the world are those of the first print's drawing: seen from the printed side, x points to the right, y
+// points down, and z points into the plate. The axes of a rig are those of its first camera. In a camera's axes, x
+// points to the right, y points down, and the camera looks along z. Lengths are in millimetres, angles in radians, and
+// image coordinates in pixels with the centre of the top-left pixel at (0, 0).
 #pragma once
 
 #include <Eigen/Core>

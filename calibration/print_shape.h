@@ -7,12 +7,10 @@
 namespace calibration {
 
 struct PrintShape {
-    // The numbers, in the order in which a solver varies them:
-    //   0      logarithm of the scale, the geometric mean of x and y
-    //   1      logarithm of the ratio of the x scale to the y scale
-    //   2      shear: x grows by this much per unit of y
-    //   3..5   bend in mm: the weights of x^2, xy and y^2, with x and y in units of `reach`
-    //   6..9   bend in mm: the weights of x^3, x^2 y, x y^2 and y^3
+    // The numbers, in the order in which a solver varies them: 0 logarithm of the scale, which is the geometric mean of
+    //   the scales along x and y 1 logarithm of the ratio of the x scale to the y scale 2 shear: how much x grows per
+    //   unit of y 3..5 bend in mm: the factors of x^2, xy and y^2, with x and y in units of `reach` 6..9 bend in mm:
+    //   the factors of x^3, x^2 y, x y^2 and y^3
     static constexpr int scale = 0;
     static constexpr int ratio = 1;
     static constexpr int shear = 2;
@@ -23,15 +21,15 @@ struct PrintShape {
     double reach = 1;  // mm: half the diagonal of the drawn points, so that the bends of all prints are comparable
 };
 
-// A point of the drawing on the real print, in the print's own axes: x and y are in its plane, z is the bend. All in
-// mm, with the derivatives by the shape's numbers.
+// Where a point of the drawing is on the real print, in mm, and its derivatives by the shape's numbers. x and y are in
+// the plane of the print, and z is the bend.
 struct PrintedPoint {
     Eigen::Vector3d place;
     Eigen::Matrix<double, 3, PrintShape::count, Eigen::RowMajor> byNumbers;
 };
 PrintedPoint printedPoint(const double *numbers, double reach, const Eigen::Vector2d &drawn);
 
-// Computes the same for many points of one print, but faster.
+// Computes the same as printedPoint(), but is faster for many points of one print.
 class PreparedShape {
 public:
     struct Point {

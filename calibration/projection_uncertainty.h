@@ -2,9 +2,9 @@
 // difference between two lenses.
 //
 // A lens and the camera's pose are estimated together, and part of a lens's error has the same effect as a small motion
-// of the camera. Only the rest matters to a user. So the motion that explains most of the error is fitted over the
-// whole picture and subtracted. For the uncertainty, each part of the picture has a weight in this fit that follows
-// from its own uncertainty. For the difference, all weights are equal, or they follow from a given uncertainty. For
+// of the camera. Only the rest matters to a user. So a motion is fitted to the error over the whole picture and
+// subtracted. In this fit, each part of the picture has a weight. For the uncertainty, the weight follows from the
+// part's own uncertainty. For the difference, all weights are equal, or they follow from a given uncertainty. For
 // points at infinity, the motion is only a rotation.
 #pragma once
 
@@ -39,9 +39,9 @@ struct CALIBRATION_API PictureMap {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows);
 
-// Returns the distance in pixels between the two images of the same point through two lenses of one camera. The
-// uncertainty, with the same columns and rows, determines the weight of each part of the picture. Without it, all parts
-// have the same weight, and parts in which neither lens is known can decide the motion.
+// Returns the distance in pixels between the two projections of the same point through two lenses of one camera.
+// `uncertainty` has the same columns and rows, and determines the weight of each part of the picture. Without it, all
+// parts have the same weight, and the motion may follow parts of the picture in which neither lens is known.
 PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, const Eigen::VectorXd &b,
                                 double distance, int columns, int rows, const PictureMap *uncertainty = nullptr);
 

@@ -34,7 +34,7 @@ struct CALIBRATION_API RigidMotion {
     RigidMotion operator*(const RigidMotion &first) const;
     RigidMotion inverse() const;
 
-    // Returns the six numbers one after the other, rotation first.
+    // Returns a pointer to the six numbers, rotation first.
     double *data() { return rotation.data(); }
     const double *data() const { return rotation.data(); }
 };
