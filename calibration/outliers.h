@@ -41,8 +41,8 @@ double scaleOfLengths(std::vector<double> lengths);
 // standard deviations. 1 for a camera without sightings.
 std::vector<double> residualScales(const Observations &observations, const Estimate &estimate);
 
-// A corner is bad if its residual is longer than this, in standard deviations along one axis. This is so for one good
-// corner in 3,000.
+// A corner is bad if its residual is longer than this, in standard deviations along one axis. One good corner in 3,000
+// has such a residual.
 constexpr double greatestLength = 4;
 
 }  // namespace calibration

@@ -1,4 +1,4 @@
-// Measures a checkerboard corner by fitting the blurred picture of four areas to the grey levels around it:
+// Measures a checkerboard corner by fitting a model of four blurred areas to the grey levels around it:
 //
 //   grey = M(d) + A(d) * erf(a / (sqrt 2 * blur)) * erf(b / (sqrt 2 * blur))
 //
@@ -51,7 +51,7 @@ struct CornerPrior {
     float blur = 1;                 // pixels
     float blurDeviation = 0;        // standard deviation of `blur`, pixels
     float noise = 1;                // standard deviation of a pixel, grey levels
-    float noiseWeight = 0;          // the number of degrees of freedom that `noise` counts for
+    float noiseWeight = 0;          // `noise` counts as if it had this many degrees of freedom
 };
 
 enum class CornerParameters { Position, PositionAndBlur };

@@ -30,8 +30,8 @@ struct MarkFit {
     double longRadius() const;
 };
 
-// Fits a mark, without a reflection, to a picture of 8 bits. All lengths are in that picture's pixels. The centre,
-// shape and blur in `fit` are the start, and so are the grey levels unless light and dark are equal. Takes at most
+// Fits a mark, without a reflection, to a picture of 8 bits. All lengths are in pixels of this picture. The fit starts
+// from the centre, shape and blur in `fit`. If `light` and `dark` differ, it also starts from these. It takes at most
 // `steps` steps. False if the fit diverges, if the pixels do not determine the parameters, if the contrast is too low,
 // or if a part of the mark's border is outside the picture.
 bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit);

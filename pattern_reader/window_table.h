@@ -21,7 +21,7 @@ struct CodeGrid {
     BitGrid position;  // 1 if the square carries position
 };
 
-// Part of a patch that was seen: its bits and which of them are known, both ordered as in BitGrid::window.
+// A part of a patch: its bits, and a mask of the bits that are known. Both are ordered as in BitGrid::window.
 struct SeenWindow {
     std::uint64_t bits = 0;
     std::uint64_t known = 0;

@@ -1,6 +1,6 @@
 // A replacement for the camera library that records every call and answers as a test tells it to. It exports those
-// functions of camera_library/lmlib64.h that the program uses, keeps a small tree in memory, and draws nothing. A
-// command ends before the write of its name returns.
+// functions of camera_library/lmlib64.h that the program uses, keeps a small tree in memory, and draws nothing. The
+// call that writes the name of a command returns only after the command has ended.
 //
 // In a test of the program's parts, link the CMake target scripted_lmlib64 (and not LmLib64) and begin each test with
 // reset(), or with loadDefaultScript() for a library that answers everything the program asks:
@@ -73,9 +73,10 @@ LMLIB64_API void setBinary(const std::string &path, const Binary &binary);
 // The compact JSON of a node, which must exist.
 LMLIB64_API std::string nodeJson(const std::string &path);
 
-// Calls whose function and path match the patterns ("*" stands for any number of characters) only set this code and
-// return 0 or null, even if the code is 0. If `occurrence` is above 0, only the matching call with this number, counted
-// from now on, does so. If several rules match, the one that was set last applies.
+// Sets the answer to calls whose function and path match the patterns; "*" stands for any number of characters. Such a
+// call only sets this code and returns 0 or null, even if the code is 0. If `occurrence` is above 0, the rule applies
+// only to the matching call with this number, counted from now on. If several rules match, the one that was set last
+// applies.
 LMLIB64_API void setResult(const std::string &functionPattern, const std::string &pathPattern, std::int32_t code,
                            std::int32_t occurrence = 0);
 

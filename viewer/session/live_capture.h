@@ -34,8 +34,8 @@ public:
     LiveCapture();
     ~LiveCapture() override;
 
-    // Ends the present run and starts a new one. Pictures are saved in the folder, which is created if needed, under
-    // names that no file has.
+    // Ends the present run and starts a new one. Saves pictures in the folder under names that no file has. Creates the
+    // folder if needed.
     void start(const FrameSourceChoice &choice, const QString &folder, const SessionSettings &settings);
     void stop();
     bool isRunning() const { return work.open() > 0; }
