@@ -1,4 +1,4 @@
-// Measures how well a model predicts photographs that it was not estimated from.
+// Measures how well a model predicts photographs that were not used to estimate it.
 #pragma once
 
 #include <optional>
@@ -19,8 +19,8 @@ std::vector<std::optional<double>> heldOutErrors(const Observations &observation
                                                  const Estimate &estimate);
 
 // Returns the index of the model to take, given the held-out errors of each model. The models are in order of
-// preference: the first one is taken whose errors are not clearly larger than those of the best one. `counts` tells for
-// each sighting whether its errors are compared. Sightings that no model predicts well are ignored.
+// preference. The function takes the first model whose errors are not clearly larger than those of the best one.
+// `counts` tells for each sighting whether its errors are compared. Sightings that no model predicts well are ignored.
 size_t preferredModel(const std::vector<std::vector<std::optional<double>>> &errors, std::vector<bool> counts);
 
 // Returns the mean of the errors that count; empty if there are none.

@@ -14,8 +14,8 @@ namespace {
 
 // This number of a sighting's corners is enough for its pose.
 constexpr size_t enoughCorners = 60;
-// A sighting is blurred or misread, so that its pose is useless, if its residuals are more than this many times those
-// of good sightings.
+// If the residuals of a sighting are more than this many times those of good sightings, it is blurred or misread, and
+// its pose is useless.
 constexpr double greatestScaleAlone = 3;
 
 // Gives each sighting a pose of its own, so that no pose depends on where prints are relative to each other.

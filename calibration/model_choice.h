@@ -1,6 +1,6 @@
 // Chooses the lens model of each camera and the bend of each print. A model is judged by how well it predicts
-// photographs that it was not estimated from. The photographs that it was estimated from say nothing, because a model
-// with more parameters always fits these at least as well. Among models that predict equally well, the one with fewer
+// photographs that were not used to estimate it. The photographs that were used say nothing, because a model with more
+// parameters always fits these at least as well. Of the models that predict about equally well, the one with the fewest
 // parameters is taken.
 #pragma once
 

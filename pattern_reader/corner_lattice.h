@@ -43,13 +43,13 @@ public:
     cv::Rect extent() const;
     // True if the square whose top-left corner is `cell` is light.
     bool isLight(cv::Point cell) const { return ((cell.x + cell.y) % 2 == 0) == originLight; }
-    // Predicts the position of a corner that the lattice lacks from the corners around it. False if these do not
-    // determine the position.
+    // Predicts, from the corners around a cell, the position of a corner that the lattice lacks. False if these corners
+    // do not determine the position.
     bool predict(cv::Point cell, cv::Point2f &position) const;
-    // Predicts the position of a corner that the lattice has from pairs of neighbours on opposite sides. False if it
-    // has no such pair.
+    // Predicts, from pairs of neighbours on opposite sides, the position of a corner that the lattice has. False if
+    // there is no such pair.
     bool interpolate(cv::Point cell, cv::Point2f &position) const;
-    // Length of the shortest lattice step at a cell, in pixels; 0 if no corners next to it show one.
+    // The length of the shortest lattice step at a cell, in pixels; 0 if the cell has no neighbours that show a step.
     float spacingAt(cv::Point cell) const;
     // The column step and the row step at a cell, with or without a corner, from the corners around it. Empty if these
     // corners do not determine both steps.

@@ -1,4 +1,4 @@
-// The name of a kind of pattern, as the JSON document, the Python package and the pictures of readings give it.
+// The names of the kinds of patterns that the JSON document, the Python package and the pictures of readings use.
 #pragma once
 
 #include "pattern_reader/pattern_reader.h"

@@ -64,8 +64,8 @@ bool topLeftIsDark(const CornerLattice &lattice, const LatticeMotion &motion) {
     return lattice.isLight(any.cell) == ((square.x + square.y) % 2 != 0);
 }
 
-// Returns the cosine of the angle between the pattern's x axis and the image's: the larger, the more it points to the
-// right.
+// Returns the cosine of the angle between the pattern's x axis and the image's x axis. The larger it is, the more the
+// pattern's x axis points to the right.
 double rightwards(const CornerLattice &lattice, const LatticeMotion &motion) {
     cv::Point2d along;
     for (const LatticeCorner &corner : lattice.corners) {

@@ -16,7 +16,8 @@ struct BoardPlace {
     // Moves the lattice's own coordinates to the board's, in which the inner corners run from (1, 1) to (columns,
     // rows).
     LatticeMotion motion;
-    // How many orientations the board's size and colours allow: 1, 2 (half a turn) or 4 (a quarter turn).
+    // In how many orientations a board of this size and these colours looks the same: 1, 2 (half turns) or 4 (quarter
+    // turns).
     int orientations = 1;
 };
 

@@ -57,7 +57,8 @@ struct CodePlace {
 
 bool operator==(const CodePlace &a, const CodePlace &b);
 
-// A place, and how well the patch matches the code there. Only known cells on squares that carry position are counted.
+// A place, and how well the patch matches the code there. Only known cells on squares that have a bit of the position
+// code are counted.
 struct Location {
     CodePlace place;
     int agreeing = 0;

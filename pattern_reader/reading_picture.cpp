@@ -41,7 +41,8 @@ std::string words(const PatternReading &reading) {
     return text;
 }
 
-// Finds two corners of the reading that are `step` apart, to draw an axis between them. False if there are none.
+// Finds two corners of the reading that are `step` apart, to draw an axis between them. Returns false if there are no
+// such corners.
 bool axisFrom(const PatternReading &reading, cv::Point step, cv::Point2f &from, cv::Point2f &to) {
     for (const PatternCorner &a : reading.corners) {
         for (const PatternCorner &b : reading.corners) {

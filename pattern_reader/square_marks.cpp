@@ -210,8 +210,8 @@ using Look = MarkReader::Look;
 
 // At the edge of the measured area, a cover can look like the outer half of a square. A cover that is as light as the
 // paper looks like a light square, and one that is as dark as the ink looks like a dark square. But a cover cannot look
-// like two neighbouring squares. A square at this edge is therefore doubtful if at least one of its
-// neighbours at the edge does not look like a square, and none of them does.
+// like two neighbouring squares. So a square at this edge is doubtful if it has neighbours at the edge that were
+// examined, and none of them looks like a square.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.

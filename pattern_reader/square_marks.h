@@ -18,7 +18,7 @@ struct SquareReading {
     bool marked = false;
     float certainty = 0;  // 0: no better than a guess, 1: looks exactly as predicted for `marked`
     int measuredCorners = 0;
-    // The square is at the edge of the measured area, where a cover with the square's grey would look the same.
+    // True if the square is at the edge of the measured area, where a cover with the square's grey would look the same.
     bool maybeCover = false;
 };
 

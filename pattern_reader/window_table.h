@@ -17,8 +17,8 @@ using pattern_code::Square;
 // The plane or a tile.
 struct CodeGrid {
     int tile;          // CodePlace::plane or a tile
-    BitGrid bits;      // 0 if the square carries no position
-    BitGrid position;  // 1 if the square carries position
+    BitGrid bits;      // 0 if the square has no bit of the position code
+    BitGrid position;  // 1 if the square has a bit of the position code
 };
 
 // A part of a patch: its bits, and a mask of the bits that are known. Both are ordered as in BitGrid::window.

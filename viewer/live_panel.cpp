@@ -265,7 +265,7 @@ void LivePanel::useResult() {
     const auto result = session->result();
     const auto calibration = result ? result->calibration : nullptr;
     view->setResult(result);
-    // The advice covers cameras only. Nobody knows whether the patterns of an assembly still need photographs, so an
-    // assembly never has enough.
+    // The advice is only about cameras. It does not say whether the patterns of an assembly still need photographs, so
+    // an assembly never has enough.
     capture.setEnough(calibration && !calibration->next && session->settings().arrangement != Arrangement::Assembly);
 }

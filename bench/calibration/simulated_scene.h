@@ -39,7 +39,7 @@ struct SceneDraft {
     double most = 800;
     double reach = 0.7;  // the middle of the prints is seen within this central share of the picture's width and height
     double tilt = 0.6;   // radians, standard deviation about x and about y; about z it is 0.3
-    // The camera is among the prints, near their middle, and looks in random directions. If so, `least`, `most`,
+    // True if the camera is among the prints, near their middle, and looks in random directions. Then `least`, `most`,
     // `reach` and `tilt` are not used.
     bool isInside = false;
     bool wholeOnly = false;  // drops sightings in which a corner of the print is not visible

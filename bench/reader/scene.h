@@ -32,7 +32,7 @@ struct Scene {
     CameraModel camera;
     Exposure exposure;
     std::vector<ScenePattern> patterns;
-    // The picture was mirrored after it was taken, so nothing in it must be read.
+    // True if the picture was mirrored after it was taken. Then nothing in it may be read.
     bool mirrored = false;
     Marks marks = Marks::Drawn;
 

@@ -147,7 +147,8 @@ void findPhotographsOf(Arguments &arguments) {
     }
 }
 
-// Sets the camera of a listed photograph by the name patterns of --camera, and its size.
+// Sets the camera of a listed photograph with the help of the name patterns of --camera, and sets the photograph's
+// size.
 void complete(ListedPhotograph &photograph, const std::string &list, const Arguments &arguments) {
     for (const std::string &text : arguments.texts.cameras) {
         const auto [name, glob] = parseCamera(text);

@@ -38,8 +38,8 @@ std::vector<PixelOutline> outlinesOf(const std::vector<PixelRectangle> &rectangl
     return outlines;
 }
 
-// Returns the grey levels of Cairo's picture. Cairo draws it `times` as wide and high, and the pixels are averaged,
-// because Cairo draws round shapes exactly only in a large picture.
+// Returns the grey levels of Cairo's picture. Cairo draws round shapes exactly only in a large picture. So it draws the
+// picture `times` times as wide and as high, and the pixels are averaged.
 std::vector<double> drawnByCairo(const std::vector<PixelOutline> &outlines, int width, int height, int times) {
     const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
         cairo_image_surface_create(CAIRO_FORMAT_A8, width * times, height * times), cairo_surface_destroy);

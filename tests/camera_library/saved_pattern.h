@@ -1,5 +1,5 @@
-// Has a test fixture with a pattern's PDF and the description attached to it, and sample patterns of every type and
-// polarity. All sample patterns fit on A4.
+// Provides a test fixture that saves a pattern as PDF and reads the description attached to it. Also provides sample
+// patterns of every type and polarity, which all fit on A4.
 #pragma once
 
 #include <gtest/gtest.h>

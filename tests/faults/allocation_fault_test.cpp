@@ -1,6 +1,6 @@
 // Lets each allocation of the library fail, once by itself and once together with all later ones. After each failure,
-// any error is reported with the right result code or "ErrorSymbol", a step or command that fails leaves the tree or
-// the file unchanged, no memory has leaked, and the library still works.
+// any error must be reported with the right result code or "ErrorSymbol". A step or command that fails must leave the
+// tree or the file unchanged. No memory may leak, and the library must still work.
 #include <gtest/gtest.h>
 
 #include <cstdint>

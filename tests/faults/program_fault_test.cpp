@@ -1,7 +1,7 @@
 // Plays a session with the real window: start, a change on every page, saving, starting the viewer, and a tool tip. The
 // session is repeated once for each of its library calls, and that call fails. If the program cannot do without the
-// call, the user gets exactly one report. In any case the window and the picture stay, and the next action works. Only
-// if the catalogue cannot be read at the start does no window appear.
+// call, the user gets exactly one report. In any case the window and the picture stay, and the next action works. There
+// is one exception: if the catalogue cannot be read at the start, no window appears.
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>

@@ -1,6 +1,6 @@
-// Tests everything that can go wrong with the file when a pattern is saved. After each failure, the old file has kept
-// every byte, the command has reported the file and the reason, no other file is left, and the next save works. If the
-// process is killed, it reports nothing and leaves a temporary file, which the next save removes.
+// Tests everything that can go wrong with the file when a pattern is saved. After each failure, the old file must be
+// unchanged, the error must name the file and the reason, no other file may be left, and the next save must work. Only
+// a process that is killed reports nothing and leaves a temporary file, which the next save must remove.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>

@@ -88,7 +88,7 @@ Board takeBoard(const View &view) {
     return board;
 }
 
-// The true lattice point that the camera shows closest to an image point.
+// Returns the lattice point whose true position in the image is closest to this point.
 cv::Point truePoint(const Board &board, cv::Point2f image) {
     cv::Point best;
     double distance = 1e9;

@@ -30,7 +30,7 @@ struct LibraryState {
     void record(const Call &call);
     // The code that a result rule has for this call, if any.
     std::optional<std::int32_t> scriptedResult(const Call &call);
-    // Turns the name in "Command" to null and fills the slot's "Result".
+    // Sets "Command" to null and fills the slot's "Result".
     void finishCommand(const std::string &commandPath);
     void applyScript(const Json &script);
 
@@ -47,7 +47,7 @@ struct LibraryState {
 
 // The state of the process. At first it has the default script and the changes of the script that LMLIB64_SCRIPT names.
 LibraryState &library();
-// The library's path as a JSON pointer.
+// Converts a path of the library to a JSON pointer.
 Json::json_pointer pointerTo(const std::string &path);
 
 }  // namespace scripted_lmlib64

@@ -18,7 +18,8 @@ public:
     ~ManualPlaceholderTest() override { std::filesystem::remove_all(directory.path().toStdString()); }
 
 protected:
-    // The replacement of the placeholder if the library publishes a folder with this name, which has an index page.
+    // Returns the text that replaces the placeholder if the library publishes a folder with this name that has an index
+    // page.
     std::string manualIn(const std::string &name) const {
         const std::string folder = directory.path().toStdString() + "/" + name;
         std::filesystem::create_directories(folder);

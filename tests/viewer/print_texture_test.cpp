@@ -1,5 +1,5 @@
-// The texture of prints, drawn as seen from straight above and read like a photograph: what the reader finds in it is
-// what was printed.
+// Tests the texture of prints. It is drawn as seen from straight above and then read like a photograph. The reader must
+// find in it what was printed.
 #include <QImage>
 #include <QPainter>
 #include <QtTest>

@@ -225,7 +225,8 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     auto *picture = window.findChild<PhotographView *>();
     QTRY_VERIFY(coloursIn(*picture) > 50);  // the photograph is loaded
 
-    // Of pattern 1: the columns and rows of its file are less by one than those of the lattice.
+    // Three corners of pattern 1. Their columns and rows in the pattern's file are one less than these lattice
+    // coordinates.
     const cv::Point lattice[] = {{4, 3}, {12, 3}, {4, 11}};
     QImage photograph(examplePhotograph(1));
     const double scale =
@@ -308,7 +309,7 @@ void ViewerWindowTest::hasAKeyForEverything() {
         }
     }
     QVERIFY(shortcuts.size() >= 14);
-    // With each text, the tab on which it is; null outside the tabs. Only one tab is seen at a time.
+    // Each text, and the tab on which it is; null if it is outside the tabs. Only one tab is visible at a time.
     QVector<QPair<QString, const QWidget *>> texts;
     for (const QAction *action : window.menuBar()->actions()) {
         texts.append({action->text(), nullptr});

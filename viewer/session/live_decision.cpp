@@ -15,7 +15,7 @@ constexpr double greatestMotion = 1;  // pixels between two frames, root mean sq
 constexpr int leastStillFrames = 3;   // in a row
 constexpr double alwaysSharp = 1.5;   // pixels of blur
 constexpr double neverSharp = 2.5;    // pixels of blur
-constexpr double sharpRatio = 1.4;    // between these limits: sharp up to this many times the least blur so far
+constexpr double sharpRatio = 1.4;    // between these limits, a blur up to this many times the least one is sharp
 // A view is new if its difference from the other view exceeds at least one of these limits.
 constexpr double newShare = 0.4;      // share of the frame's corners that the other view does not have
 constexpr double newDistance = 0.12;  // between the middles of the corners, as a share of the picture's diagonal

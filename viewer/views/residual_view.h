@@ -20,7 +20,8 @@ public:
     explicit ResidualView(QWidget *parent = nullptr);
 
 signals:
-    // Has the photograph's id in the session and the pixel of the corner.
+    // A corner was clicked. `photographId` is its photograph's id in the session, and `pixel` is where the corner was
+    // seen.
     void cornerChosen(int photographId, QPointF pixel);
     void photographChosen(int photographId);
 

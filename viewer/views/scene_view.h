@@ -27,8 +27,8 @@ protected:
 private:
     struct Facet {
         Outline corners;  // in the world, mm
-        QColor fill;      // invalid: only the outline
-        QColor outline;   // invalid: none
+        QColor fill;      // if invalid, only the outline is drawn
+        QColor outline;   // if invalid, no outline is drawn
         PrintCell print;  // in the world, mm; without shapes if the facet is not part of a print
     };
     struct Label {
@@ -42,7 +42,8 @@ private:
                    const Eigen::VectorXd &intrinsics, const QColor &colour);
     void lookAtAll();
     void turn(double x, double y);
-    // Converts a place in the world to the viewer's eye: x to the right, y down, z away from it, in units of `reach`.
+    // Converts a place in the world to the coordinates of the viewer's eye: x to the right, y down, z away from the
+    // eye, in units of `reach`.
     Eigen::Vector3d fromEye(const Eigen::Vector3d &place) const;
     QPointF onScreen(const Eigen::Vector3d &inEye) const;
     void drawAxes(QPainter &painter) const;
