@@ -7,10 +7,12 @@
 namespace calibration {
 
 struct PrintShape {
-    // The numbers, in the order in which a solver varies them: 0 logarithm of the scale, which is the geometric mean of
-    //   the scales along x and y 1 logarithm of the ratio of the x scale to the y scale 2 shear: how much x grows per
-    //   unit of y 3..5 bend in mm: the factors of x^2, xy and y^2, with x and y in units of `reach` 6..9 bend in mm:
-    //   the factors of x^3, x^2 y, x y^2 and y^3
+    // The numbers, in the order in which a solver varies them:
+    //   0      logarithm of the scale, which is the geometric mean of the scales along x and y
+    //   1      logarithm of the ratio of the x scale to the y scale
+    //   2      shear: how much x grows per unit of y
+    //   3..5   bend in mm: the factors of x^2, xy and y^2, with x and y in units of `reach`
+    //   6..9   bend in mm: the factors of x^3, x^2 y, x y^2 and y^3
     static constexpr int scale = 0;
     static constexpr int ratio = 1;
     static constexpr int shear = 2;

@@ -1,4 +1,4 @@
-// Writes files completely or not at all. One source file per system.
+// Writes files completely or not at all. Each system has its own source file.
 #pragma once
 
 #include <stdexcept>
@@ -20,8 +20,8 @@ struct FileWriteError : std::runtime_error {
 // If anything fails, no other file is left, and every target is as it was. There is one exception: if a renaming fails
 // after another one of the same files has succeeded, a target that was already replaced gets its old file back only if
 // the file system has hard links. If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp (two
-// decimal numbers). The next write to the folder removes them, on Windows only if they are ten minutes old. If the
-// process is killed during the renaming, some of the targets are new and the others old.
+// decimal numbers). The next write to the folder removes them; on Windows, they must also be ten minutes old. If the
+// process is killed during the renaming, some of the targets are new and the others are old.
 //
 // File names are in the local 8-bit encoding. Use each object once, from one thread.
 class SafeFiles {

@@ -9,15 +9,16 @@
 //                 of several pages to numbered files: name-00.svg, name-01.svg, ...
 //   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file; it does not change other files. The
 //                 picture has at most 65,535 pixels along each side
-//   "PrintScale"  two numbers, 0.9 to 1.1: the length in mm, along x and y, that the printer gives to 1 mm of a file
-//                 printed at 100 %. All lengths in a file are divided by it, so that the next print has the true size.
-//                 Captions and the pattern file state the sizes of the finished print. It does not change previews
+//   "PrintScale"  two numbers, 0.9 to 1.1, for x and y: the printed length divided by the true length if a file is
+//                 printed at 100 %. All lengths in a file are divided by this number, so that the next print has the
+//                 true size. Captions and the pattern file state the sizes of the finished print. It does not change
+//                 previews
 //   "Paper"       "A4", "A3", "A2", "A1", "A0", "Letter", "Legal" or "Tabloid", used in portrait or landscape; or two
 //                 numbers, 150 to 5080: width and height in mm. If absent, every page has the smallest of the sizes A4
 //                 to A0 that holds the pattern, or a custom size if none does. A pattern that does not fit on the paper
-//                 is refused
+//                 is refused unless "Sheets" is true
 //   "Sheets"      boolean, default false; true splits a pattern that does not fit on "Paper" over up to 200 numbered
-//                 sheets. The page before them shows how they are put together
+//                 sheets. The page before the sheets shows how to put them together
 //   "Patterns"    array of 1 to 64 objects
 //
 // At least one of "ImageSize" and "Filename" must be given. Every pattern has these parameters; lengths are in
@@ -35,13 +36,13 @@
 //
 // pattern/pattern_types.cpp lists the parameters of each type. A pattern carries its code if its own "Encoding" and the
 // command's are both true. The code of a plate holds the offset if "Offset" is given, otherwise the grid spacing and
-// the thickness. The code must be able to hold the values:
-// - The grid spacing is a multiple of 0.01 mm and at most 130 mm, except in Flexible patterns and in plates with an
-//   "Offset".
-// - The thickness is a multiple of 0.01 mm, except in Flexible patterns and in plates with an "Offset".
-// - The offset of a Flexible pattern is a multiple of half the grid spacing, within 0.005 mm, and keeps the pattern
-//   inside the code's plane.
-// - The offset of a plate is -128 to 127 grid spacings.
+// the thickness. A value that the code cannot hold is refused:
+// - The grid spacing must be a multiple of 0.01 mm and at most 130 mm. This does not hold for Flexible patterns and for
+//   plates with an "Offset".
+// - The thickness must be a multiple of 0.01 mm, with the same exceptions.
+// - The offset of a Flexible pattern must be a multiple of half the grid spacing, to within 0.005 mm, and the pattern
+//   must lie inside the code's plane.
+// - The offset of a plate must be -128 to 127 grid spacings.
 //
 // Any other parameter is refused, because a misspelled name would otherwise print a wrong target. A pattern with a grid
 // spacing of 0 has no extent; it is allowed only if no file is written.

@@ -7,14 +7,14 @@
 // Bits. A bit is 1 if the square has a mark in its centre, and 0 if it has none. A bit does not depend on the colour of
 //   its square, so a pattern with the other polarity has the same bits.
 // Grids. Two kinds of grid carry bits. The plane has planeSide x planeSide squares; Flexible patterns are cut out of
-//   it. A tile has tileSide x tileSide squares and is one whole pattern: tile 0 is the Official and Single pattern,
-//   tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and row are both even carry the
-//   information block (information_block.h); the other 192 carry position.
+//   it. A tile has tileSide x tileSide squares and is one whole pattern: tile 0 is used for Official and Custom
+//   patterns, and tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and row are both
+//   even carry the information block (information_block.h); the other 192 carry the position code.
 // Distances. The distance of two windows is the number of bits in which they differ. Every n by n window of the plane,
 //   in any of its four orientations, has at least the distance planeWindowDistance(n) to every other window of the
 //   plane, to its own rotations, and to a window with no marks or with a mark in every square. If one or both windows
-//   belong to tiles, the least distance is tileWindowDistance(n). That comparison counts only squares that carry
-//   position in both windows, so no content of an information block can make one place look like another.
+//   belong to tiles, the least distance is tileWindowDistance(n). That comparison counts only squares that carry the
+//   position code in both windows, so no content of an information block can make one place look like another.
 // Threads. Everything is constant and may be used from any thread.
 #pragma once
 
@@ -49,7 +49,7 @@ constexpr int tileOfAssemblyPattern(int pattern) {
     return pattern + 1;
 }
 
-// True if a tile's square carries position; otherwise it carries a bit of the information block.
+// True if a tile's square carries the position code; otherwise it carries a bit of the information block.
 constexpr bool carriesPosition(int column, int row) {
     return column % 2 != 0 || row % 2 != 0;
 }
@@ -57,7 +57,8 @@ constexpr bool carriesPosition(int column, int row) {
 // Returns the bit of a square of the plane; column and row are 0 to planeSide - 1.
 bool planeBit(int column, int row);
 
-// Returns the bit of a square of a tile that carries position; column and row are 0 to tileSide - 1.
+// Returns the position bit of a square of a tile. The square must carry the position code. Column and row are 0 to
+// tileSide - 1.
 bool tileBit(int tile, int column, int row);
 
 // A square, or a lattice point, of the plane or of a tile.

@@ -1,6 +1,6 @@
 // Finds, places and removes nodes below a root by path, by the rules of lmlib64.h for absent nodes, leaves and the ends
-// of arrays. It does not check for protected nodes and does not lock. If a function throws or returns any code but
-// LmLibResultOperationSucceeded, the tree is unchanged.
+// of arrays. It does not check for protected nodes and does not lock. If a function throws, or returns any code other
+// than LmLibResultOperationSucceeded, the tree is unchanged.
 #pragma once
 
 #include "camera_library/tree/node.h"

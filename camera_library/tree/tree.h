@@ -1,10 +1,10 @@
 // The library's tree: one document behind one lock, with protected nodes, waits and command slots. It runs no commands;
 // it only records which slots have a running command.
 //
-// Every function may be called from any thread. After any code but LmLibResultOperationSucceeded, and after an
-// exception (only std::bad_alloc), the tree is unchanged. A node that a write replaces is freed after the lock is
-// released. Errors are checked in this order: those of Path::parse, then LmLibResultItemProtected and
-// LmLibResultCommandRunning, then those of node_access.h.
+// Every function may be called from any thread. If a function returns any code other than
+// LmLibResultOperationSucceeded, or throws (only std::bad_alloc), the tree is unchanged. A node that a write replaces
+// is freed after the lock is released. Errors are checked in this order: those of Path::parse, then
+// LmLibResultItemProtected and LmLibResultCommandRunning, then those of node_access.h.
 #pragma once
 
 #include <condition_variable>
