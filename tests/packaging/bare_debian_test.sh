@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Tries the ways to install and use the project in a Debian 12 that has nothing else, as its new users do. Needs root,
-# debootstrap, Xvfb, xdotool and Debian's mirror. What is downloaded is kept in ~/.cache/lmcaltab-debian.
-#   bare_debian_test.sh [WAY...]    all of them if none is named
+# Tries the ways to install and use the project in a Debian 12 that has nothing else installed, as new users do. Needs
+# root, debootstrap, Xvfb, xdotool and Debian's mirror. Downloaded files are kept in ~/.cache/lmcaltab-debian.
+#   bare_debian_test.sh [WAY...]    tries all ways if none is named
 #     packages   apt install ./packages/*.deb (made by ./package), use everything, purge, compare the lists of files
 #     embedded   the source tree as a part of another project, with FetchContent
 #     run        build what ./run builds, with the packages that it installs, and start it

@@ -58,7 +58,7 @@ for page in "$tree"/share/man/man1/*.1; do
     fail "$name.1 has other options than the program"
 done
 desktop-file-validate "$tree"/share/applications/*.desktop || fail "desktop entry"
-# The metainfo is valid without screenshots, and with those that a packager gives an address for.
+# The metainfo is valid without screenshots, and with screenshots if a packager gives their address.
 screenshots=$source/packaging/desktop/screenshots.xml.in
 mkdir with_screenshots
 sed "/<launchable/{

@@ -1,4 +1,4 @@
-"""The package's annotations, as type checkers read them, against the compiled module."""
+"""Compares the package's annotations, as type checkers read them, with the compiled module."""
 import ast
 import pathlib
 import re
@@ -23,7 +23,8 @@ class Types(unittest.TestCase):
     def test_name_everything_that_the_package_has(self):
         self.assertEqual(complaint_of("mypy.stubtest", "lmlib64"), "")
 
-    # The tool above does not see into compiled functions; their documentation starts with how they are called.
+    # The tool above does not see into compiled functions. The documentation of such a function starts with its
+    # signature.
     def test_have_the_arguments_of_the_compiled_functions(self):
         stub = pathlib.Path(_lmlib64.__file__).with_name("_lmlib64.pyi").read_text(encoding="utf-8")
         for function in ast.parse(stub).body:

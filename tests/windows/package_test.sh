@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The zip and the installer under wine, as somebody has them who has nothing else of ours: resources, start from a folder
-# of any name, installation without an administrator, removal without a trace, and a client of the library.
+# Tests the zip and the installer under wine, without any other file of this project: their resources, a start from a
+# folder of any name, an installation without an administrator, a removal without a trace, and a client of the library.
 #   package_test.sh FOLDER_OF_PACKAGES
 set -u
 packages=$(realpath "$1")

@@ -21,7 +21,7 @@ ends() {
   [ "$code" = "$expected" ] || fail "calibrate_cameras $* ended with $code instead of $expected: $(cat err)"
 }
 says() { grep -q -- "$2" "$1" || fail "no \"$2\" in: $(cat "$1")"; }
-# nothing_in FOLDER: a failed run must not leave any result there.
+# nothing_in FOLDER: checks that a failed run left no result there.
 nothing_in() { [ ! -e "$1" ] || [ -z "$(ls -A "$1")" ] || fail "$1 has: $(ls -A "$1")"; }
 # is_near FILE NUMBER SHARE: every focal length in the file differs from the number by at most this share.
 is_near() {
