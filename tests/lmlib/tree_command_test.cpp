@@ -103,7 +103,7 @@ TEST_F(TreeCommandTest, endsAlikeWithAndWithoutThrowing) {
         const char *name;
         std::function<void()> script;
         std::int32_t code;
-        std::ptrdiff_t callCount;  // the number of a complete execution's calls that are made
+        std::ptrdiff_t callCount;  // how many of the four calls of a complete execution are made
     } rows[] = {
         {"success", [] {}, 0, 4},
         {"error symbol", failMeasure, LmLibResultExecutionFailed, 4},

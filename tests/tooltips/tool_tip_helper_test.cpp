@@ -61,7 +61,8 @@ TEST_F(ToolTipHelperTest, emptyTipClosesOnlyOverAChild) {
     QObject parentless;
     QObject owned(&parentless);
     const auto tip = [] { return QCustomTipLabel::instance; };
-    // The tip has a parent, as a child of a window has. It stays open only because it is the tip itself.
+    // Like a child of a window, the tip has a parent. But an event for the tip does not close it, because the helper
+    // recognises its own tip.
     const std::vector<std::pair<std::function<QObject *()>, int>> rows = {
         {[&] { return plain; }, 200},  {[&] { return &window; }, 0},     {tip, 0},
         {[&] { return &owned; }, 200}, {[&] { return &parentless; }, 0},
