@@ -77,9 +77,8 @@ int main(int /*argc*/, char **argv) {
     table.row("elapsed time from start to exit", program.exit, "ms", 300.0);
     table.row("start to the first picture", program.firstPicture, "ms", "an empty window without OpenGL",
               emptyWithoutOpenGl.firstPicture, 0);
-    // While the first picture is made, there are four pictures of 2000 x 2000 pixels in memory at the same time: the
-    // library's, the buffer that it is copied to and the image (4 MB each), and the pixmap with four bytes per pixel
-    // (16 MB).
+    // While the first picture of 2000 x 2000 pixels is made, four copies of it are in memory at the same time: the copy
+    // in the library, the program's buffer and the image (4 MB each), and the pixmap with four bytes per pixel (16 MB).
     constexpr double picturesMegabytes = 2000.0 * 2000.0 * (1 + 1 + 1 + 4) / 1048576.0;
     table.figure("peak memory", median(program.peakMegabytes), "MiB", "an empty window and the pictures",
                  median(emptyWithoutOpenGl.peakMegabytes) + picturesMegabytes, 1.4);

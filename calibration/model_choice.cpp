@@ -155,9 +155,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     return square > double(count) + 5 * std::sqrt(2 * double(count));
 }
 
-// Takes back bends that cannot be told from 0. Such bends are chosen because in the comparison, all prints are flat or
-// all bend: a flat model of one print that is bent makes the poses wrong, and then bends of the other prints predict
-// better, too.
+// Takes back bends that cannot be told from 0. The comparison lets either no print bend or all prints. If one print is
+// really bent, a flat model of it makes the poses wrong. Then bends of the other prints predict better, too, although
+// these prints are flat.
 void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, std::vector<Bend> &bends) {
     for (bool changed = true; changed;) {
         changed = false;

@@ -13,10 +13,10 @@ namespace calibration {
 std::vector<int> sameSightings(const Observations &given, const Observations &previous);
 
 // Solves for `given` with the lens models and bends of the previous result, and sets the observations, the estimate and
-// the freedom of `result`. `same` is what sameSightings() returns. Returns false if a solve fails or if a search for
-// outliers from the beginning could have another outcome: if fewer than half of the sightings are the same as before,
-// if a camera has no such sighting, if a decision about an earlier sighting changes, or if it is not clear which place
-// of a print counts. Then `result` is undefined.
+// the freedom of `result`. `same` is what sameSightings() returns. Returns false if a solve fails. Also returns false
+// if a search for outliers from the beginning could have another outcome: if fewer than half of the sightings are the
+// same as before, if a camera has no such sighting, if a decision about an earlier sighting changes, or if it is not
+// clear which place of a print counts. Then `result` is undefined.
 bool solveFromPrevious(const Observations &given, const Calibration &previous, const std::vector<int> &same,
                        const CalibrateOptions &options, Calibration &result);
 

@@ -17,11 +17,11 @@ struct FileWriteError : std::runtime_error {
 // any time, even if the machine stops, and no target changes before all files are written.
 //
 // If a target is a link, the file that it leads to is replaced. Folders, devices and write-protected files are refused.
-// If anything fails, no other file is left, and every target is as it was. There is one exception: if a renaming fails
-// after another one of the same files has succeeded, a target that was already replaced gets its old file back only if
-// the file system has hard links. If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp (two
-// decimal numbers). The next write to the folder removes them; on Windows, they must also be ten minutes old. If the
-// process is killed during the renaming, some of the targets are new and the others are old.
+// If anything fails, no other file is left, and every target is as it was. There is one exception. If a renaming fails
+// after another renaming of the same files has succeeded, a target that was already replaced gets its old file back
+// only if the file system has hard links. If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp
+// (two decimal numbers). The next write to the folder removes them; on Windows, they must also be ten minutes old. If
+// the process is killed during the renaming, some of the targets are new and the others are old.
 //
 // File names are in the local 8-bit encoding. Use each object once, from one thread.
 class SafeFiles {

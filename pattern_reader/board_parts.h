@@ -1,6 +1,6 @@
-// Joins boards that were read in parts, because something in front of them divides them or because two levels of the
-// pyramid showed different corners of them. Two boards with the same number stay separate, because they show the same
-// lattice points at different places.
+// Joins boards that were read in parts. A board is read in parts if something in front of it divides it, or if two
+// levels of the pyramid show different corners of it. Two boards with the same number stay separate, because they show
+// the same lattice points at different places.
 #pragma once
 
 #include <functional>

@@ -1,7 +1,7 @@
 // The corners of a checkerboard or of a part of one, each with its column and row in a lattice.
 //
-// Axes: column steps go along axis 0, row steps along axis 1, and turning from axis 0 to axis 1 is clockwise as seen in
-// the image (x right, y down), so a lattice is never mirrored. The origin and the directions of the axes are arbitrary.
+// Axes: column steps go along axis 0, and row steps go along axis 1. In the image (x right, y down), the turn from axis
+// 0 to axis 1 is clockwise, so a lattice is never mirrored. The origin and the directions of the axes are arbitrary.
 // Positions are image coordinates.
 #pragma once
 

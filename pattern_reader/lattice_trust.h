@@ -1,5 +1,5 @@
 // Determines which corners of a board to trust. A lattice whose place in the code is known may still contain points
-// that only look like corners, and pieces that were joined to it one step off.
+// that only look like corners. It may also contain pieces that were joined to it with a shift of one step.
 #pragma once
 
 #include <vector>

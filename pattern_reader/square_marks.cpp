@@ -35,8 +35,8 @@ float boardLevel(float x, float blur) {
 constexpr float centreReach = 0.11F;  // the centre is sampled at -centreReach, 0 and +centreReach along both axes
 constexpr float ringReach = 0.33F;
 
-// Levels in a square along one axis: `board` is that of the checkerboard and `mark` that of a mark, each averaged over
-// the samples of the centre, and `ring` is that of the checkerboard at ringReach.
+// Levels in a square along one axis. `board` is the level of the checkerboard and `mark` is the level of a mark, both
+// averaged over the samples of the centre. `ring` is the level of the checkerboard at ringReach.
 struct AxisProfile {
     float board, mark, ring;
 };

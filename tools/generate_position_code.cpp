@@ -59,9 +59,9 @@ bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
 }
 
 // An index of windows of side n, all of whose bits count. Each window is stored in four orientations. The windows'
-// words are cut into parts, which are the keys of the index. Two words that differ in fewer than `distance` bits differ
-// in at most `flips` bits in at least one part, so it is enough to look up each part with up to that many bits
-// inverted.
+// words are cut into parts, which are the keys of the index. Two words that differ in fewer than `distance` bits have
+// at least one part in which they differ in at most `flips` bits. So it is enough to look up each part with up to
+// `flips` bits inverted.
 class WindowIndex {
 public:
     WindowIndex(int windowSide, int leastDistance, int partCount)

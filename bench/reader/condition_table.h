@@ -37,8 +37,9 @@ struct PictureResult {
     std::vector<std::string> failures() const;
 };
 
-// True if the goal requires that the pattern is read because enough of it is visible: it has at least 6 pixels per
-// square, a tilt of at most 60°, and at least 60 visible squares or 12 visible marks, and the picture is not mirrored.
+// True if the goal requires that the pattern is read. This is so if enough of the pattern is visible: at least 6 pixels
+// per square, a tilt of at most 60°, and at least 60 visible squares or 12 visible marks. The picture must not be
+// mirrored.
 bool isAsked(const Scene &scene, const PatternScore &score);
 
 PictureResult resultOf(unsigned number, const Scene &scene,
@@ -59,9 +60,9 @@ struct Row {
     int readAgain = 0;  // readings of patterns that had already been read
     int wrongPolarity = 0;
     double rms = 0;            // of all corners, pixels
-    double medianRms = 0;      // over the patterns, of their own root mean square, pixels
+    double medianRms = 0;      // of the root mean squares of the single patterns, pixels
     double percentile95 = 0;   // of the errors' lengths, pixels
-    double bias = 0;           // root mean square over the patterns of the length of a pattern's mean error
+    double bias = 0;           // root mean square of the lengths of the patterns' mean errors, pixels
     double ratioToLeast = 0;   // median over the patterns of rms / smallest rms that the noise allows; 0 if not known
     double sigmaVariance = 0;  // variance of the errors divided by the reading's sigma; 0 if not known
 };

@@ -27,7 +27,7 @@ std::string nameOf(EmptyKind kind) {
 
 namespace {
 
-// Returns an exposure that is mild in most pictures, and in a few as bad as a camera's can be.
+// Returns an exposure. It is mild in most pictures; in a few it is as bad as a camera's exposure can be.
 Exposure anyExposure(double pixels, Dice &dice) {
     Exposure exposure = makeExposure(pixels, dice);
     if (dice.chance(0.3)) {

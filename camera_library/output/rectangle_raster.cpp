@@ -5,8 +5,8 @@
 namespace lmlib64 {
 namespace {
 
-// Returns the heights of all edges within the picture, from top to bottom, with the top and the bottom of the picture
-// as the first and the last. Two neighbouring rows differ only if one of these heights is between them.
+// Returns the heights of all edges within the picture, from top to bottom. The first is the top of the picture, and the
+// last is its bottom. Two neighbouring rows differ only if one of these heights is between them.
 std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rectangles, std::int32_t height) {
     std::vector<std::int32_t> edges{0, height};
     const auto add = [&edges, height](std::int32_t y, std::int32_t &last) {
@@ -112,9 +112,9 @@ public:
     std::vector<std::uint8_t> take() { return std::move(picture); }
 
 private:
-    // A row of pixels that several bands share is the sum of their greys, weighted by their shares in 1/256. The shares
-    // add up to 256, so the sum of the greys and of the half that rounds it fits into 16 bits, which keeps the loops in
-    // narrow registers.
+    // If several bands share a row of pixels, the row is the sum of their greys, weighted by their shares in 1/256. The
+    // shares add up to 256. So this sum, with 128 added for rounding, fits into 16 bits. This keeps the loops in narrow
+    // registers.
     void beginRow(std::uint16_t share, const std::uint8_t *greys) {
         std::uint16_t *const to = sum.data();
         for (std::size_t x = 0; x < sum.size(); ++x) {

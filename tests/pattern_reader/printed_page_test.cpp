@@ -108,8 +108,8 @@ cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
 }
 
 // Returns the lattice coordinate, along one axis, of the pattern's middle, which is also the page's middle. In a
-// Flexible pattern, the lattice point planeOrigin + offset is the middle corner or, if the number of corners is even,
-// the corner before the middle, which is half a step away from the middle.
+// Flexible pattern, the lattice point planeOrigin + offset is the middle corner. If the number of corners is even, it
+// is the corner before the middle, which is half a step away from the middle.
 double middleInLattice(PatternKind kind, int corners, int offset) {
     if (kind != PatternKind::Plane) {
         return 8;

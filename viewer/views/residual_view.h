@@ -1,4 +1,4 @@
-// The tab "Residuals". Points show where corners were seen, relative to the places that the calibration gives them.
+// The tab "Residuals". Points show where corners were seen, relative to the positions that the calibration predicts.
 // Bars show the residual of every photograph. A click on a point or a bar opens the photograph.
 #pragma once
 

@@ -1,5 +1,5 @@
-// The tab "Scene". It shows what is printed and the cameras in three dimensions. Dragging or the arrow keys turn the
-// scene, dragging with Shift moves it, and the wheel or + and - zoom.
+// The tab "Scene". It shows the prints and the cameras in three dimensions. Dragging or the arrow keys turn the scene,
+// dragging with Shift moves it, and the wheel or + and - zoom.
 #pragma once
 
 #include <Eigen/Core>
