@@ -82,8 +82,8 @@ std::string trialTable(const CameraTrust &trust, LensModel chosen) {
         return {};
     }
     std::string html =
-        "<table class=\"compact\"><caption>How well each model predicts photographs that it was not "
-        "estimated from</caption>" +
+        "<table class=\"compact\"><caption>How well each model predicts photographs that were not "
+        "used to estimate it</caption>" +
         headings({"Model", ">Error"}) + "<tbody>";
     for (const ModelTrial &trial : trust.trials) {
         html += std::string(trial.lens == chosen ? "<tr class=\"chosen\">" : "<tr>") + cell(nameOf(trial.lens)) +
