@@ -32,8 +32,9 @@ PatternValues valuesOf(const pattern_code::BlockContent &content) {
 
 namespace {
 
-// All blocks of one kind, stored as one block and the differences (XOR) that the free bits of the content make. The
-// code is linear, so every block of the kind is the first block combined with some of the differences by XOR.
+// All blocks of one kind. They are stored as a first block and a list of differences (XOR), one for each free bit of
+// the content. The code is linear, so every block of the kind is the first block combined with some of the differences
+// by XOR.
 struct BlockFamily {
     std::uint64_t first = 0;
     std::vector<std::uint64_t> differences;

@@ -1,7 +1,7 @@
 // Draws the figure of docs/pattern-code.md from the code itself, and writes docs/images/pattern-code.svg to the
-// standard output. The left part shows the Single pattern of 12 mm, the middle part the plate of 12.5 mm and 3.25 mm
-// thickness, both with the number of every bit of the information block. The right part shows how a Flexible pattern is
-// cut out of the plane.
+// standard output. The left part shows a Custom pattern with a grid spacing of 12 mm. The middle part shows a plate
+// with a grid spacing of 12.5 mm and a thickness of 3.25 mm. Both parts show the number of every bit of the information
+// block. The right part shows how a Flexible pattern is cut out of the plane.
 #include <cstdint>
 #include <cstdio>
 
