@@ -27,7 +27,8 @@ public:
     cv::Point2d at(cv::Point2d cell) const;
     // The steps in the picture for one cell along each axis, in pixels. Each column of the matrix has one step.
     cv::Matx22d stepsAt(cv::Point2d cell) const;
-    // The vector from the centre of a circle's picture, which is an ellipse, to the picture of the circle's centre.
+    // A circle appears as an ellipse in the picture. Returns the vector from the centre of the ellipse to the place
+    // where the circle's centre appears.
     cv::Point2d centreOffset(cv::Point2d cell, double radius) const;
     // The part of centreOffset that the bend causes. It is known less well than the part that the plane causes.
     cv::Point2d bentOffset(cv::Point2d cell, double radius) const;

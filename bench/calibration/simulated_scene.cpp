@@ -36,7 +36,7 @@ Vector3d middleOf(const std::vector<PrintDraft> &prints) {
     return sum / double(prints.size());
 }
 
-// Returns a view from near the middle of the prints in a random direction.
+// Returns a view in a random direction from a place near the middle of the prints.
 RigidMotion viewFromInside(const SceneDraft &draft, std::mt19937 &random) {
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> even(-1, 1);

@@ -3,10 +3,10 @@
 //
 // A border between light and dark has the length L. It is seen with the contrast c and the blur s, in noise of standard
 // deviation n. Then the Fisher information about its position perpendicular to itself is c² L / (2 sqrt(pi) s n²). This
-// is the integral of the squared derivative of its grey levels, a Gaussian of width s, divided by n². A corner consists
-// of two such borders, and a mark of one closed border. The other unknowns (levels, blur, directions) change the
-// picture in the same way on both sides of the point, whereas a shift changes it in opposite ways. So the bound stays
-// the same if they are estimated too.
+// is the integral of the squared derivative of its grey levels, divided by n²; the derivative is a Gaussian of width s.
+// A corner consists of two such borders, and a mark has one closed border. The other unknowns (levels, blur,
+// directions) change the picture in the same way on both sides of the point, whereas a shift changes it in opposite
+// ways. So the bound stays the same if they are estimated too.
 #pragma once
 
 #include <opencv2/core.hpp>
