@@ -76,11 +76,12 @@ public:
     }
 
 private:
-    using Stretch = std::pair<size_t, size_t>;  // the index of the first pose, and that after the last pose
+    using Stretch = std::pair<size_t, size_t>;  // the index of the first pose, and the index after the last pose
 
     Fused between(size_t first, size_t last) const { return sums[last].without(sums[first]); }
 
-    // Cuts the poses where the change is greatest if it is clear, and then the two parts in the same way.
+    // If the greatest change between the poses is clear, cuts the poses there, and then cuts both parts in the same
+    // way. Otherwise adds the poses as one stretch.
     void cut(size_t first, size_t last) {
         double greatest = clearSquare;
         size_t middle = first;

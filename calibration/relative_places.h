@@ -21,14 +21,14 @@ struct RelativePose {
 // Returns the squared Mahalanobis distance between two poses.
 double squaredDistance(const RelativePose &a, const RelativePose &b);
 
-// Corrects all poses by the same scale of the second print: the one with which they agree best, as far as the prior
-// allows it. This is needed because a single photograph cannot tell a larger print from a nearer one. The poses are
-// given in the order of time.
+// Corrects all poses by the same scale of the second print. This is the scale with which the poses agree best, as far
+// as the prior allows it. This is needed because a single photograph cannot tell a larger print from a nearer one. The
+// poses are given in the order of time.
 void agreeOnScale(std::vector<RelativePose> &poses);
 
 // Returns the number of the place that each pose belongs to, from 0. The poses are given in the order of time. They are
-// cut into stretches of time without a clear change; stretches that agree are the same place. `excess` is the factor by
-// which the variances are larger than the poses claim.
+// cut into stretches of time without a clear change. Stretches that agree belong to the same place. `excess` is the
+// factor by which the variances are larger than the poses claim.
 std::vector<int> placesOf(const std::vector<RelativePose> &poses, double excess);
 
 }  // namespace calibration

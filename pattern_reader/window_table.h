@@ -1,5 +1,5 @@
-// Holds all windows of the position code and searches them by their bits. It finds 5 x 5 windows that equal a given one
-// through a hash table, and 8 x 8 windows that resemble a given one by comparing them all.
+// Holds all windows of the position code and searches them by their bits. A hash table finds the 5 x 5 windows that
+// equal a given one. The 8 x 8 windows that resemble a given one are found by comparing all of them.
 #pragma once
 
 #include <array>

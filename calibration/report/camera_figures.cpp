@@ -77,7 +77,7 @@ void drawScale(Drawing &drawing, const PictureFrame &frame, size_t first, size_t
             break;
         }
         // If there are many borders, only those at 1, 2 or 5 times a power of ten have a label. The lowest border never
-        // has one then, because the label of the next border is too near.
+        // has a label then, because the label of the next border is too near.
         const bool isLabelled = band > 0 && niceBelow(borders[band] * 1.001) > borders[band] * 0.99;
         if (last - first < 8 || isLabelled) {
             drawing.text("note", {left + double(band - first + 1) * width, top + 30}, Drawing::Anchor::Middle,
@@ -128,7 +128,7 @@ Figure mapFigure(const Camera &camera, const PictureMap &map, const std::string 
 
 Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
     const PictureFrame frame(camera);
-    // Lines are drawn up to this angle from the axis, in degrees: the greatest that the picture shows.
+    // Lines are drawn up to this angle from the axis, in degrees. It is the greatest angle that the picture shows.
     double widest = 0;
     for (int i = 0; i <= 8; i++) {
         for (const Vector2d &pixel :

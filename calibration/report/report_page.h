@@ -24,7 +24,7 @@ struct UnreadFile {
 struct ReportInput {
     std::string title = "Camera calibration";
     // The bytes of a small JPEG file for each photograph. An entry may be empty, and so may the list. At most 300
-    // thumbnails are shown, and none of more than 40,000 bytes.
+    // thumbnails are shown. A thumbnail of more than 40,000 bytes is left out.
     std::vector<std::string> thumbnails;
     std::vector<UnreadFile> unread;
 };
