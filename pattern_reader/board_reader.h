@@ -1,4 +1,4 @@
-// Determines what a lattice of corners is: a tile, a piece of the plane, or a plain board of a known size.
+// Determines what a lattice of corners is: a tile, a part of the plane, or a plain board of a known size.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -16,7 +16,7 @@ namespace reader_bench {
 namespace {
 
 constexpr unsigned limitSeconds = 5;
-// The stock detectors take minutes for larger boards.
+// OpenCV's detectors take minutes for larger boards.
 constexpr int mostCorners = 32 * 32;
 
 double median(std::vector<double> values) {

@@ -1,5 +1,5 @@
-// Compares the reader with the stock detectors on the same boards: how many boards each of them finds, how accurately
-// and how fast.
+// Compares the reader with OpenCV's chessboard detectors on the same boards: how many boards each of them finds, how
+// accurately and how fast.
 #pragma once
 
 #include <string>
@@ -9,7 +9,8 @@
 
 namespace reader_bench {
 
-// The results of a stock detector, either on the boards as they are or on the same pictures with boards without marks.
+// The results of one of OpenCV's detectors, either on the boards as they are or on the same pictures with boards
+// without marks.
 struct DetectorTotals {
     StockMethod method = StockMethod::Classic;
     bool withoutMarks = false;

@@ -8,8 +8,8 @@
 // both of those with patterns and of those without. Pictures below 100,000 are for tuning, the others for measuring.
 // `--count` is the number of pictures with patterns, and `--empty` the number of pictures without. `--condition` takes
 // only pictures with one condition (`--condition list` lists all conditions). `--compare` is the number of boards on
-// which the reader is compared with stock detectors; with `--times`, only the times are compared. `--list` lists every
-// failure. `--save` writes the pictures (with `--list`, only those with failures) and the truth about them. With
+// which the reader is compared with OpenCV's detectors; with `--times`, only the times are compared. `--list` lists
+// every failure. `--save` writes the pictures (with `--list`, only those with failures) and the truth about them. With
 // `--check`, the exit code is 1 if a goal is missed.
 #include <algorithm>
 #include <cstdio>

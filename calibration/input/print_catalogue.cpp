@@ -160,7 +160,7 @@ PrintCatalogue::PrintCatalogue(const PrintedTarget &target, const std::vector<co
 void PrintCatalogue::add(const PrintedPattern &pattern) {
     patterns.push_back(pattern);
     printList.push_back(printOf(pattern));
-    // Several plates or several pieces of the plane would otherwise have the same name.
+    // Several plates or several parts of the plane would otherwise have the same name.
     const std::string name = printList.back().name;
     const auto sameKind = std::count_if(patterns.begin(), patterns.end(), [&](const PrintedPattern &known) {
         return nameOf(known.kind, known.tile) == name;

@@ -1,4 +1,4 @@
-// Converts the shapes of a pattern to outlines for a raster.
+// Converts the shapes of a pattern to outlines for a rasteriser.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace lmlib64 {
 
-// Converts millimetres of a drawing to the rasters' fractions of a pixel.
+// Converts millimetres of a drawing to the rasterisers' fractions of a pixel.
 class PixelScale {
 public:
     // `startPixels` is the place of the drawing's origin in pixels. No point may be left of the picture or above it.
@@ -34,7 +34,7 @@ private:
 };
 
 // Returns the outlines of all shapes. The outline of a hole has the opposite direction of the outline around it, as the
-// raster requires. A circle becomes a polygon of the same area, with errors of at most 0.03 pixels. Throws
+// rasteriser requires. A circle becomes a polygon of the same area, with errors of at most 0.03 pixels. Throws
 // std::bad_alloc.
 PixelOutlines pixelOutlines(const PatternGeometry &geometry, const PixelScale &scale);
 

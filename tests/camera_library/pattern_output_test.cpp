@@ -104,8 +104,8 @@ TEST_F(PatternOutput, placesPointsToAMicrometre) {
     }
 }
 
-// Preview and PDF are filled by different rasters. A pixel of the preview is compared with the mean of many pixels of
-// the page. Positions on the page are rounded to its pixels, so the two differ by a few grey levels.
+// Preview and PDF are filled by different rasterisers. A pixel of the preview is compared with the mean of many pixels
+// of the page. Positions on the page are rounded to its pixels, so the two differ by a few grey levels.
 TEST_F(PatternOutput, previewsWhatItPrints) {
     constexpr int times = 16;
     constexpr int imageSize = 200;

@@ -1,4 +1,4 @@
-// Compares the two rasters of the preview with exact areas and with Cairo's pictures of the same shapes.
+// Compares the two rasterisers of the preview with exact areas and with Cairo's pictures of the same shapes.
 #include <cairo.h>
 #include <gtest/gtest.h>
 

@@ -14,7 +14,7 @@ namespace {
 using namespace pattern_reader;
 using namespace reader_bench;
 
-// A piece of the plane, turned and slightly blurred.
+// A part of the plane, turned and slightly blurred.
 struct DrawnBoard {
     int squares;
     double pixels;       // per square

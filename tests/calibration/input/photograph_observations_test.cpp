@@ -113,7 +113,7 @@ TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
 }
 
 TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
-    // Two pieces of the plane with 4 x 3 corners each.
+    // Two parts of the plane with 4 x 3 corners each.
     PrintedTarget target;
     for (const int column : {10, 50}) {
         pattern_reader::PrintedPattern pattern;
