@@ -1,16 +1,20 @@
 // Measures the pattern reader with a synthetic camera and prints tables in Markdown: one row for each condition, then
 // the goals and whether they are met.
 //
-//   reader_bench [--first N] [--count N] [--empty N] [--compare N] [--condition ID] [--threads N] [--list] [--check]
-//                [--times] [--save FOLDER]
+//   reader_bench [OPTIONS]
+//     --first N        number of the first picture with patterns, and of the first picture without
+//     --count N        how many pictures with patterns are made
+//     --empty N        how many pictures without patterns are made
+//     --condition ID   makes only pictures with this condition; the name "list" lists all conditions
+//     --compare N      on how many boards the reader is compared with OpenCV's detectors
+//     --times          compares only the times, with --compare
+//     --threads N      number of threads
+//     --list           lists every failure
+//     --check          exits with 1 if a goal is missed
+//     --save FOLDER    writes the pictures, and the truth about them; with --list, only those with failures
 //
-// Picture n is the same in every run, whatever the number of threads. `--first` is the number of the first picture,
-// both of those with patterns and of those without. Pictures below 100,000 are for tuning, the others for measuring.
-// `--count` is the number of pictures with patterns, and `--empty` the number of pictures without. `--condition` takes
-// only pictures with one condition (`--condition list` lists all conditions). `--compare` is the number of boards on
-// which the reader is compared with OpenCV's detectors; with `--times`, only the times are compared. `--list` lists
-// every failure. `--save` writes the pictures (with `--list`, only those with failures) and the truth about them. With
-// `--check`, the exit code is 1 if a goal is missed.
+// Picture n is the same in every run, whatever the number of threads. Pictures below 100,000 are for tuning, and the
+// others are for measuring.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
