@@ -54,7 +54,8 @@ mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     if (!S_ISREG(status.st_mode)) {
         fail(fileName, EINVAL);
     }
-    // The superuser may write to any file, but a write-protected one is protected against mistakes too.
+    // A write-protected file is refused even for the superuser, who could write to it, because the protection is also
+    // meant against mistakes.
     if ((status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(target.c_str(), W_OK) != 0) {
         fail(fileName, EACCES);
     }
@@ -71,8 +72,8 @@ ProcessNumber thisProcess() {
     return static_cast<ProcessNumber>(getpid());
 }
 
-// True if no process has this number. This process's own number counts as gone too, because a file with it may be from
-// an earlier process that had the same number; the files of this process itself are locked.
+// True if no process has this number. Also true for this process's own number, because a file with that number in its
+// name may be from an earlier process. The temporary files of this process are locked, so they are not removed.
 bool isGone(ProcessNumber number) {
     const auto process = static_cast<pid_t>(number);
     return process == getpid() || (process > 0 && kill(process, 0) != 0 && errno == ESRCH);
@@ -104,7 +105,7 @@ void removeAbandonedFiles(const std::string &folder) {
     }
 }
 
-// A new file beside the target that is removed unless it is renamed.
+// A new file beside the target. It is removed unless it is renamed.
 class TemporaryFile {
 public:
     // Creates the file with these permissions, minus those in the process's umask; 0 stands for the permissions of any
@@ -183,8 +184,8 @@ private:
             fail(fileName, errno);
         }
         struct stat status {};
-        // Waits for a process that is about to remove it. On a file system without locks, no file is ever found
-        // abandoned.
+        // If another process has locked the file in order to remove it, lockFile() waits until it is removed. On a file
+        // system without locks, no process removes such a file.
         if (descriptor >= 0 && lockFile() && fstat(descriptor, &status) == 0 && status.st_nlink == 0) {
             close(descriptor);
             descriptor = -1;
@@ -207,13 +208,18 @@ private:
     bool isRenamed = false;
 };
 
-// A second name of a file that is to be replaced, which keeps it until the name is removed.
+// A second name (a hard link) of a file that is to be replaced. The old file exists as long as it has this name.
 class OldFile {
 public:
-    // Null if the file system has no hard links.
+    // Null if the file cannot get a second name, for example because the file system has no hard links.
     static std::unique_ptr<OldFile> keep(const std::string &target, const std::string &folder) {
         std::random_device random;
         auto kept = std::make_unique<OldFile>();
+        // Without this lock, another thread would take the second name for that of an abandoned file and remove it.
+        kept->lock = open(target.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (kept->lock >= 0) {
+            flock(kept->lock, LOCK_SH | LOCK_NB);
+        }
         do {
             kept->path = folder + newTemporaryName(thisProcess(), random);
         } while (link(target.c_str(), kept->path.c_str()) != 0 && errno == EEXIST);
@@ -228,12 +234,16 @@ public:
         if (isThere) {
             unlink(path.c_str());
         }
+        if (lock >= 0) {
+            close(lock);
+        }
     }
 
     void restore(const std::string &target) noexcept { isThere = rename(path.c_str(), target.c_str()) != 0; }
 
 private:
     std::string path;
+    int lock = -1;
     bool isThere = false;
 };
 
@@ -255,7 +265,7 @@ struct SafeFiles::Replacement {
     std::string folder;
     std::unique_ptr<TemporaryFile> file;
     bool replacesFile = false;
-    std::unique_ptr<OldFile> oldFile;  // null if there is none, or if it cannot be kept
+    std::unique_ptr<OldFile> oldFile;  // null if there is none, if it cannot be kept, or if nothing has to be undone
 
     // Brings back what was there before the renaming. There is nothing to be done if that fails.
     void undo() const noexcept {
@@ -281,15 +291,15 @@ void SafeFiles::write(const std::string &fileName, const std::string &bytes) {
     }
     replacement.file = std::make_unique<TemporaryFile>(replacement.folder, fileName, permissions);
     if (permissions != 0) {
-        replacement.file->setPermissions(
-            permissions);  // before the first byte, which others may not be allowed to read
+        // Adds the permissions that the umask took away when the file was created.
+        replacement.file->setPermissions(permissions);
     }
     replacement.file->write(bytes);
     replacement.file->flushAndClose();
 }
 
 void SafeFiles::commit() {
-    // The only file is either renamed or not, so its old one need not be kept.
+    // If there is only one file, nothing has to be undone when its renaming fails, so its old file is not kept.
     for (Replacement &replacement : replacements) {
         if (replacements.size() > 1 && replacement.replacesFile) {
             replacement.oldFile = OldFile::keep(replacement.target, replacement.folder);

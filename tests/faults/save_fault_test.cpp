@@ -15,6 +15,7 @@
 
 #include "camera_library/lmlib64.h"
 #include "camera_library/output/file_formats.h"
+#include "file_writing/safe_file.h"
 #include "tests/camera_library/temporary_folder.h"
 
 namespace {
@@ -23,6 +24,7 @@ namespace {
 enum class AtRename { Goes, Fails, FailsOnce, KillsTheProcess };
 AtRename atRename = AtRename::Goes;
 int renamesBefore = 0;  // the number of renames that succeed before atRename applies
+std::function<void()> beforeFailure = [] {};
 
 }  // namespace
 
@@ -38,6 +40,7 @@ extern "C" int __wrap_rename(const char *from, const char *to) {
     }
     if (atRename == AtRename::Fails || atRename == AtRename::FailsOnce) {
         atRename = atRename == AtRename::FailsOnce ? AtRename::Goes : atRename;
+        beforeFailure();
         errno = EIO;
         return -1;
     }
@@ -267,12 +270,20 @@ TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     };
     writeBytes(files[0], oldContents);
     writeBytes(files[2], oldContents);
+    // Another save of this process looks for leftover files in the folder while the old files have temporary names.
+    beforeFailure = [&] {
+        file_writing::SafeFiles other;
+        other.write(folder.file("other"), "");
+        other.commit();
+        std::filesystem::remove(folder.file("other"));
+    };
     for (int failing = 0; failing < 3; ++failing) {
         atRename = AtRename::FailsOnce;  // so the renames that bring back the old files succeed
         renamesBefore = failing;
         expectOldFiles(savePages(), files[static_cast<std::size_t>(failing)]);
         EXPECT_EQ(folder.entryCount(), 2U);
     }
+    beforeFailure = [] {};
     std::filesystem::create_directory(files[1]);
     expectOldFiles(savePages(), files[1]);
     EXPECT_EQ(folder.entryCount(), 3U);
