@@ -231,8 +231,8 @@ void addOptions(CLI::App &app, Arguments &arguments) {
     ArgumentTexts &texts = arguments.texts;
     addInputOptions(app, arguments);
     app.add_option("--model", texts.model,
-                   "Lens model: auto, pinhole4, pinhole5, pinhole8, pinhole12 or fisheye; auto takes the one that "
-                   "predicts held-out photographs best")
+                   "Lens model: auto, pinhole4, pinhole5, pinhole8, pinhole12 or fisheye; auto takes the "
+                   "simplest one that predicts held-out photographs nearly as well as the best")
         ->type_name("MODEL")
         ->check(CLI::IsMember({"auto", "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye"}));
     app.add_option("--measured", texts.measured,
