@@ -6,7 +6,7 @@
 #include <opencv2/core.hpp>
 
 #include "pattern_reader/printed_pattern.h"
-#include "viewer/views/print_texture.h"
+#include "viewer/views/print_drawing.h"
 
 using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
@@ -18,8 +18,8 @@ namespace {
 constexpr double gridSpacing = 24;
 constexpr double pixelsPerMm = 2;
 
-// A calibration with one flat print: columns x rows of points from the first one in lattice coordinates.
-SessionResult resultWith(const PrintLook &look, cv::Point first, cv::Size points) {
+// A print with columns x rows of points from the first one in lattice coordinates.
+calibration::Print printWith(const PrintLook &look, cv::Point first, cv::Size points) {
     const int step = look.kind == PatternKind::Plate ? 2 : 1;
     PatternReading whole;
     whole.kind = look.kind;
@@ -34,14 +34,7 @@ SessionResult resultWith(const PrintLook &look, cv::Point first, cv::Size points
     for (const cv::Point3d &point : pattern_reader::objectPoints(whole, gridSpacing)) {
         print.points.emplace_back(point.x, point.y);
     }
-    auto calibration = std::make_shared<calibration::Calibration>();
-    calibration->observations.prints = {print};
-    calibration->estimate.shapes.emplace_back();
-    calibration->estimate.shapes[0].reach = 100;
-    SessionResult result;
-    result.calibration = calibration;
-    result.looks = {look};
-    return result;
+    return print;
 }
 
 std::vector<PatternReading> readFrom(const std::vector<PrintCell> &cells) {
@@ -106,8 +99,10 @@ void PrintTextureTest::isWhatWasPrinted() {
     QFETCH(const PrintLook, look);
     QFETCH(const QPoint, first);
     QFETCH(const QSize, points);
-    const SessionResult result = resultWith(look, {first.x(), first.y()}, {points.width(), points.height()});
-    const std::vector<PatternReading> readings = readFrom(textureOf(result, 0));
+    calibration::PrintShape flat;
+    flat.reach = 100;
+    const calibration::Print print = printWith(look, {first.x(), first.y()}, {points.width(), points.height()});
+    const std::vector<PatternReading> readings = readFrom(textureOf(print, flat, look));
     QCOMPARE(readings.size(), size_t(1));
     const PatternReading &reading = readings[0];
     QVERIFY(reading.kind == look.kind);

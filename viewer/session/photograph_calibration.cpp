@@ -107,6 +107,15 @@ void calibrateInto(SessionResult &result, const CollectedObservations &collected
     describeFits(result);
 }
 
+void addTextures(SessionResult &result, const QVector<SessionPhotograph> &photographs) {
+    const std::vector<std::optional<PrintLook>> looks = looksOf(*result.calibration, result.photographIds, photographs);
+    for (size_t print = 0; print < looks.size(); ++print) {
+        result.textures.push_back(looks[print] ? textureOf(result.calibration->observations.prints[print],
+                                                           result.calibration->estimate.shapes[print], *looks[print])
+                                               : std::vector<PrintCell>());
+    }
+}
+
 }  // namespace
 
 SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
@@ -129,7 +138,7 @@ SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs
             result.photographIds.push_back(usedNames.idOf(photograph.name));
         }
         calibrateInto(result, collected, settings, options);
-        result.looks = looksOf(*result.calibration, result.photographIds, photographs);
+        addTextures(result, photographs);
     } catch (const calibration::Cancelled &) {
         throw;
     } catch (const std::bad_alloc &) {

@@ -53,6 +53,11 @@ int SessionResult::indexOf(int photographId) const {
     return found == photographIds.end() ? -1 : int(found - photographIds.begin());
 }
 
+const std::vector<PrintCell> &SessionResult::textureOf(int print) const {
+    static const std::vector<PrintCell> none;
+    return size_t(print) < textures.size() ? textures[size_t(print)] : none;
+}
+
 std::optional<calibration::RigidMotion> cameraFromPrint(const Calibration &calibration, int photograph, int print) {
     const calibration::Photograph &shot = calibration.observations.photographs[size_t(photograph)];
     const calibration::Estimate &estimate = calibration.estimate;

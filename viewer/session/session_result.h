@@ -9,7 +9,7 @@
 
 #include "calibration/calibrate.h"
 #include "calibration/unused_photograph.h"
-#include "viewer/session/print_look.h"
+#include "viewer/session/print_texture.h"
 #include "viewer/session/session_settings.h"
 
 // How well one photograph fits the calibration.
@@ -32,11 +32,14 @@ struct SessionResult {
     // corner cannot be projected.
     std::vector<std::vector<std::optional<Eigen::Vector2d>>> estimated;
 
-    std::vector<std::optional<PrintLook>> looks;  // of each print of the calibration
+    // What is printed on each print of the calibration; empty for a print whose look is not known.
+    std::vector<std::vector<PrintCell>> textures;
 
     // Returns the index in calibration->observations of the photograph with this id of the session; -1 if it is not
     // there.
     int indexOf(int photographId) const;
+    // Returns what is printed on a print; empty if that is not known.
+    const std::vector<PrintCell> &textureOf(int print) const;
 };
 
 // Returns the transformation from the axes of a print to those of the camera that took a photograph. Empty if the pose

@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include "viewer/views/drawing.h"
+#include "viewer/views/print_drawing.h"
 
 namespace {
 
@@ -28,8 +29,6 @@ void LiveView::clear(const QString &newHint) {
 
 void LiveView::setResult(std::shared_ptr<const SessionResult> newResult) {
     result = std::move(newResult);
-    const bool isThere = result && result->calibration && result->calibration->next;
-    target = isThere ? textureOf(*result, result->calibration->next->print) : std::vector<PrintCell>();
     update();
 }
 
@@ -53,7 +52,7 @@ void LiveView::drawCorners(QPainter &painter, double scale) const {
 }
 
 bool LiveView::hasAdvice() const {
-    if (target.empty()) {
+    if (!result || !result->calibration || !result->calibration->next) {
         return false;
     }
     const calibration::Calibration &calibration = *result->calibration;
@@ -68,7 +67,7 @@ void LiveView::drawAdvice(QPainter &painter) const {
                              calibration.estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(255, 210, 0, 90));
-    for (const PrintCell &cell : target) {
+    for (const PrintCell &cell : result->textureOf(next.print)) {
         painter.drawPath(darkPartsOf(cell, seen));
     }
 }

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "viewer/session/live_capture.h"
-#include "viewer/views/print_texture.h"
+#include "viewer/session/session_result.h"
 
 class LiveView : public QWidget {
     Q_OBJECT
@@ -38,5 +38,4 @@ private:
     QString hint;
     QColor border;
     std::shared_ptr<const SessionResult> result;
-    std::vector<PrintCell> target;  // the print that the advice is about
 };

@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include "viewer/views/drawing.h"
+#include "viewer/views/print_drawing.h"
 
 namespace {
 
@@ -19,7 +20,6 @@ NextPhotographView::NextPhotographView(QWidget *parent) : QWidget(parent) {
 void NextPhotographView::setResult(std::shared_ptr<const SessionResult> newResult) {
     const bool hasAdvice = newResult && newResult->calibration && newResult->calibration->next;
     result = hasAdvice ? std::move(newResult) : nullptr;
-    target = hasAdvice ? textureOf(*result, result->calibration->next->print) : std::vector<PrintCell>();
     setAccessibleDescription(hasAdvice ? QString::fromStdString(result->calibration->next->text) : QString());
     update();
 }
@@ -50,7 +50,7 @@ void NextPhotographView::paintEvent(QPaintEvent *) {
     painter.translate(picture.topLeft());
     painter.scale(size.width() / camera.width, size.width() / camera.width);
     const auto seen = seenBy(camera, calibration.estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint);
-    for (const PrintCell &cell : target) {
+    for (const PrintCell &cell : result->textureOf(next.print)) {
         painter.fillPath(darkPartsOf({{}, {cell.whole}}, seen), lightColour);
         painter.fillPath(darkPartsOf(cell, seen), darkColour);
     }

@@ -3,9 +3,8 @@
 
 #include <QWidget>
 #include <memory>
-#include <vector>
 
-#include "viewer/views/print_texture.h"
+#include "viewer/session/session_result.h"
 
 class NextPhotographView : public QWidget {
     Q_OBJECT
@@ -21,5 +20,4 @@ protected:
 
 private:
     std::shared_ptr<const SessionResult> result;
-    std::vector<PrintCell> target;
 };

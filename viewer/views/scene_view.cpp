@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "viewer/views/drawing.h"
+#include "viewer/views/print_drawing.h"
 
 using calibration::RigidMotion;
 
@@ -65,7 +66,7 @@ void SceneView::addPrints() {
                 corner = rotation * corner + pose.translation;
             }
         };
-        for (PrintCell &cell : textureOf(*result, int(print))) {
+        for (PrintCell cell : result->textureOf(int(print))) {
             toWorld(cell.whole);
             std::for_each(cell.shapes.begin(), cell.shapes.end(), toWorld);
             facets.push_back({cell.whole, lightColour, {}, std::move(cell)});

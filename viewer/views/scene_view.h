@@ -5,7 +5,8 @@
 #include <Eigen/Core>
 #include <QPolygonF>
 
-#include "viewer/views/print_texture.h"
+#include "viewer/session/common_axes.h"
+#include "viewer/session/print_texture.h"
 #include "viewer/views/result_view.h"
 
 class SceneView : public ResultView {

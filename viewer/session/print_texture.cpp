@@ -1,6 +1,5 @@
-#include "viewer/views/print_texture.h"
+#include "viewer/session/print_texture.h"
 
-#include <QPolygonF>
 #include <cmath>
 
 #include "camera_library/pattern/code_cells.h"
@@ -108,13 +107,11 @@ std::vector<lmlib64::Polygon> polygonsIn(const lmlib64::Rectangle &window, const
 
 }  // namespace
 
-std::vector<PrintCell> textureOf(const SessionResult &result, int index) {
-    const Print &print = result.calibration->observations.prints[size_t(index)];
-    const calibration::PrintShape &shape = result.calibration->estimate.shapes[size_t(index)];
-    if (size_t(index) >= result.looks.size() || !result.looks[size_t(index)] || print.cells.empty()) {
+std::vector<PrintCell> textureOf(const Print &print, const calibration::PrintShape &shape, const PrintLook &look) {
+    if (print.cells.empty()) {
         return {};
     }
-    const PatternDescription description = descriptionOf(print, *result.looks[size_t(index)]);
+    const PatternDescription description = descriptionOf(print, look);
     if (!description.hasExtent()) {
         return {};
     }
@@ -158,35 +155,4 @@ std::vector<PrintCell> textureOf(const SessionResult &result, int index) {
         }
     }
     return cells;
-}
-
-QPainterPath darkPartsOf(const PrintCell &cell,
-                         const std::function<std::optional<QPointF>(const Eigen::Vector3d &)> &place) {
-    QPainterPath path;
-    path.setFillRule(Qt::OddEvenFill);
-    for (const Outline &outline : cell.shapes) {
-        QPolygonF polygon;
-        for (const Eigen::Vector3d &corner : outline) {
-            const std::optional<QPointF> at = place(corner);
-            if (!at) {
-                return {};
-            }
-            polygon << *at;
-        }
-        path.addPolygon(polygon);
-        path.closeSubpath();
-    }
-    return path;
-}
-
-std::function<std::optional<QPointF>(const Eigen::Vector3d &)> seenBy(const calibration::Camera &camera,
-                                                                      const Eigen::VectorXd &intrinsics,
-                                                                      const calibration::RigidMotion &cameraFromPrint) {
-    return [&](const Eigen::Vector3d &corner) -> std::optional<QPointF> {
-        Eigen::Vector2d image;
-        if (!calibration::project(camera.lens, intrinsics.data(), cameraFromPrint * corner, image)) {
-            return std::nullopt;
-        }
-        return QPointF(image.x(), image.y());
-    };
 }

@@ -1,0 +1,22 @@
+// Makes the outlines of everything that is printed (squares, round marks and the code), for drawing it in a picture or
+// in a scene. They are the outlines that the camera library prints, in the shape that the calibration found.
+#pragma once
+
+#include <Eigen/Core>
+#include <vector>
+
+#include "calibration/observations.h"
+#include "viewer/session/print_look.h"
+
+using Outline = std::vector<Eigen::Vector3d>;  // corners in the print's axes, mm
+
+// A piece of the print about as large as one of its squares. It overlaps its neighbours a little.
+struct PrintCell {
+    Outline whole;                // the outline of the cell, to be filled with the light colour
+    std::vector<Outline> shapes;  // what lies within an odd number of these is dark
+};
+
+// Returns the cells of a print with its quiet zone; none if the print has no lattice. Takes about 20 ms for a pattern
+// of 91 x 91 points.
+std::vector<PrintCell> textureOf(const calibration::Print &print, const calibration::PrintShape &shape,
+                                 const PrintLook &look);
