@@ -182,6 +182,7 @@ QWidget *ViewerWindow::makePictureColumn() {
     return column;
 }
 
+    sceneView = new SceneView(tabs);
 void ViewerWindow::addTab(ResultView *view, const QString &title) {
     views.push_back(view);
     tabs->addTab(view, title);
@@ -197,7 +198,7 @@ QWidget *ViewerWindow::makeTabs() {
     addTab(new CoverageView(tabs), tr("Co&verage"));
     addTab(residualView, tr("Resid&uals"));
     addTab(new UncertaintyView(tabs), tr("Uncertaint&y"));
-    addTab(new SceneView(tabs), tr("S&cene"));
+    addTab(sceneView, tr("S&cene"));
     addTab(patternsView, tr("&Patterns"));
     live = new LivePanel(&session, tabs);
     tabs->addTab(live, tr("Ca&mera"));
@@ -256,6 +257,7 @@ void ViewerWindow::connectSession() {
         }
     });
     connect(&session, &Session::photographsChanged, this, [this] {
+        sceneView->setSettings(session.settings());
         if (!list->currentIndex().isValid() && photographs.rowCount() > 0) {
             list->setCurrentIndex(photographs.index(0));
         }

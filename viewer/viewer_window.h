@@ -21,6 +21,7 @@ class QPushButton;
 class QSlider;
 class QTabWidget;
 class ResultView;
+class SceneView;
 class SettingsPanel;
 
 class ViewerWindow : public QMainWindow {
@@ -99,6 +100,7 @@ private:
     QLabel *progressText = nullptr;
     QProgressBar *progress = nullptr;
     QPushButton *cancel = nullptr;
+    SceneView *sceneView = nullptr;
     QAction *saveResultsAction = nullptr;
     QAction *reportAction = nullptr;
     std::vector<NamedCorner> pickedCorners;

@@ -1,9 +1,11 @@
 #include "viewer/views/patterns_view.h"
 
 #include <QHeaderView>
+#include <QLabel>
 #include <QSignalBlocker>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cmath>
 
 #include "viewer/views/drawing.h"
@@ -34,7 +36,9 @@ QString percent(double logarithm) {
 
 }  // namespace
 
-PatternsView::PatternsView(QWidget *parent) : ResultView(parent), table(new QTableWidget(0, ColumnCount, this)) {
+PatternsView::PatternsView(QWidget *parent)
+    : ResultView(parent), description(new QLabel(this)), table(new QTableWidget(0, ColumnCount, this)) {
+    description->setWordWrap(true);
     table->setAccessibleName(tr("Patterns"));
     table->setHorizontalHeaderLabels({tr("Pattern"), tr("Photos"), tr("X [mm]"), tr("Y [mm]"), tr("Z [mm]"),
                                       tr("Turn [°]"), tr("Scale x"), tr("Scale y"), tr("Bend [mm]"),
@@ -45,6 +49,7 @@ PatternsView::PatternsView(QWidget *parent) : ResultView(parent), table(new QTab
     table->setAlternatingRowColors(true);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     auto *column = new QVBoxLayout(this);
+    column->addWidget(description);
     column->addWidget(table, 1);
     connect(table, &QTableWidget::cellChanged, this, &PatternsView::measureEdited);
 }
@@ -54,41 +59,83 @@ void PatternsView::setSettings(const SessionSettings &newSettings) {
     refresh();
 }
 
+QString PatternsView::axesText() const {
+    const auto &prints = calibrated()->observations.prints;
+    const auto &groups = calibrated()->estimate.groups;
+    const auto first = size_t(std::find(groups.begin(), groups.end(), calibrated()->firstGroup()) - groups.begin());
+    if (calibrated()->firstGroup() < 0) {
+        return {};
+    }
+    const QString firstName = QString::fromStdString(prints[first].name);
+    const QString ownAxes = tr("The places are in the axes of %1.").arg(firstName);
+    if (!axes.problem.isEmpty()) {
+        return axes.problem + " " + ownAxes;
+    }
+    const QString relation = tr("± is relative to %1.").arg(firstName);
+    if (settings.frame) {
+        return tr("The places are in the axes of the three corners.") + " " + relation;
+    }
+    for (const calibration::Print &print : prints) {
+        if (settings.reference && print.number == *settings.reference) {
+            return tr("The places are in the axes of %1.").arg(QString::fromStdString(print.name)) + " " + relation;
+        }
+    }
+    return ownAxes;
+}
+
+void PatternsView::set(int row, int column, const QString &text) {
+    auto *item = new QTableWidgetItem(text);
+    item->setTextAlignment(int(Qt::AlignVCenter) | int(column == Name ? Qt::AlignLeft : Qt::AlignRight));
+    if (column != Measured) {
+        item->setFlags(item->flags() & ~Qt::ItemIsEditable);
+    }
+    table->setItem(row, column, item);
+}
+
+void PatternsView::fillPlace(int row, int print) {
+    if (calibrated()->estimate.groups[size_t(print)] != calibrated()->firstGroup()) {
+        set(row, X, tr("not linked"));
+        return;
+    }
+    const calibration::RigidMotion pose = axes.fromWorld * calibrated()->estimate.worldFromPrint[size_t(print)];
+    const Eigen::Matrix3d rotation = calibration::rotationMatrix(axes.fromWorld.rotation);
+    const Eigen::MatrixXd covariance = calibrated()->covariance.worldFromPrint(print);
+    Eigen::Vector3d sigma = Eigen::Vector3d::Zero();
+    if (covariance.size() > 0) {
+        const Eigen::Matrix3d turned = rotation * covariance.bottomRightCorner<3, 3>() * rotation.transpose();
+        sigma = turned.diagonal().cwiseSqrt();
+    }
+    for (const int axis : {0, 1, 2}) {
+        set(row, X + axis, withSigma(pose.translation[axis], sigma[axis]));
+    }
+    set(row, Turn,
+        withSigma(pose.rotation.norm() * 180 / M_PI, calibrated()->prints[size_t(print)].rotationSigma.norm()));
+}
+
 void PatternsView::fillRow(int row, int print) {
     const auto &known = calibrated()->observations.prints[size_t(print)];
     const auto &trust = calibrated()->prints[size_t(print)];
     const PrintShape &shape = calibrated()->estimate.shapes[size_t(print)];
-    const auto set = [this, row](Column column, const QString &text) {
-        auto *item = new QTableWidgetItem(text);
-        item->setTextAlignment(int(Qt::AlignVCenter) | int(column == Name ? Qt::AlignLeft : Qt::AlignRight));
-        if (column != Measured) {
-            item->setFlags(item->flags() & ~Qt::ItemIsEditable);
-        }
-        table->setItem(row, column, item);
-    };
     int photographs = 0;
     for (const calibration::Sighting &sighting : calibrated()->observations.sightings) {
         photographs += sighting.print == print && sighting.isUsed ? 1 : 0;
     }
-    set(Name, QString::fromStdString(known.name));
+    set(row, Name, QString::fromStdString(known.name));
     table->item(row, Name)->setData(Qt::UserRole, known.number);
-    set(Photographs, QString::number(photographs));
+    set(row, Photographs, QString::number(photographs));
     if (calibrated()->estimate.groups[size_t(print)] < 0) {
-        set(X, tr("not known"));
+        set(row, X, tr("not known"));
         return;
     }
-    const auto &pose = calibrated()->estimate.worldFromPrint[size_t(print)];
-    set(X, withSigma(pose.translation.x(), trust.translationSigma.x()));
-    set(Y, withSigma(pose.translation.y(), trust.translationSigma.y()));
-    set(Z, withSigma(pose.translation.z(), trust.translationSigma.z()));
-    set(Turn, withSigma(pose.rotation.norm() * 180 / M_PI, trust.rotationSigma.norm()));
-    set(ScaleX, percent(shape.numbers[PrintShape::scale] + shape.numbers[PrintShape::ratio] / 2));
-    set(ScaleY, percent(shape.numbers[PrintShape::scale] - shape.numbers[PrintShape::ratio] / 2));
-    set(Bend, QString::number(bendOf(known, shape), 'f', 2));
+    fillPlace(row, print);
+    set(row, ScaleX, percent(shape.numbers[PrintShape::scale] + shape.numbers[PrintShape::ratio] / 2));
+    set(row, ScaleY, percent(shape.numbers[PrintShape::scale] - shape.numbers[PrintShape::ratio] / 2));
+    set(row, Bend, QString::number(bendOf(known, shape), 'f', 2));
     const auto measured = settings.measured.find(known.number);
-    set(Measured, measured == settings.measured.end()
-                      ? QString("–")
-                      : QString("%1 x %2").arg(barLength * measured->x()).arg(barLength * measured->y()));
+    set(row, Measured,
+        measured == settings.measured.end()
+            ? QString("–")
+            : QString("%1 x %2").arg(barLength * measured->x()).arg(barLength * measured->y()));
     if (!trust.isDetermined) {
         table->item(row, ScaleX)->setToolTip(tr("The photographs tell little about the scale of this print."));
         table->item(row, ScaleX)->setText("≈ " + table->item(row, ScaleX)->text());
@@ -98,7 +145,10 @@ void PatternsView::fillRow(int row, int print) {
 void PatternsView::refresh() {
     const QSignalBlocker tableBlocker(table);
     table->setRowCount(0);
+    description->setVisible(calibrated() != nullptr);
     if (calibrated() != nullptr) {
+        axes = commonAxes(*calibrated(), settings);
+        description->setText(axesText());
         const auto &prints = calibrated()->observations.prints;
         table->setRowCount(int(prints.size()));
         for (size_t print = 0; print < prints.size(); ++print) {

@@ -1,9 +1,10 @@
-// The tab "Patterns". It shows the pose, print scale and bend of every print.
+// The tab "Patterns". It shows the pose of every print in the chosen coordinate system, and its scale and bend.
 #pragma once
 
-#include "viewer/session/session_settings.h"
+#include "viewer/session/common_axes.h"
 #include "viewer/views/result_view.h"
 
+class QLabel;
 class QTableWidget;
 
 class PatternsView : public ResultView {
@@ -21,8 +22,13 @@ protected:
 
 private:
     void fillRow(int row, int print);
+    void fillPlace(int row, int print);
+    void set(int row, int column, const QString &text);
+    QString axesText() const;
     void measureEdited(int row, int column);
 
     SessionSettings settings;
+    CommonAxes axes;
+    QLabel *description;
     QTableWidget *table;
 };

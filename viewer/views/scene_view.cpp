@@ -37,10 +37,19 @@ SceneView::SceneView(QWidget *parent) : ResultView(parent) {
     setAccessibleName(tr("Scene"));
 }
 
+void SceneView::setSettings(const SessionSettings &newSettings) {
+    settings = newSettings;
+    if (calibrated() != nullptr) {
+        worldFromAxes = commonAxes(*calibrated(), settings).fromWorld.inverse();
+        update();
+    }
+}
+
 void SceneView::refresh() {
     facets.clear();
     labels.clear();
     if (calibrated() != nullptr) {
+        worldFromAxes = commonAxes(*calibrated(), settings).fromWorld.inverse();
         addPrints();
         if (!wasTurned) {
             lookAtAll();
@@ -152,9 +161,9 @@ void SceneView::drawAxes(QPainter &painter) const {
         QColor colour;
         const char *name;
     } axes[] = {{{1, 0, 0}, {214, 48, 49}, "x"}, {{0, 1, 0}, {40, 150, 60}, "y"}, {{0, 0, 1}, {30, 100, 220}, "z"}};
-    const QPointF origin = onScreen(fromEye(Eigen::Vector3d::Zero()));
+    const QPointF origin = onScreen(fromEye(worldFromAxes.translation));
     for (const auto &axis : axes) {
-        const QPointF tip = onScreen(fromEye(printReach * axis.direction));
+        const QPointF tip = onScreen(fromEye(worldFromAxes * Eigen::Vector3d(printReach * axis.direction)));
         painter.setPen(QPen(axis.colour, 2.5));
         drawArrow(painter, origin, tip);
         drawLabel(painter, tip + (tip - origin) * 0.12, axis.name);

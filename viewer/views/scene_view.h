@@ -1,5 +1,5 @@
-// The tab "Scene". It shows the prints and the cameras in three dimensions. Dragging or the arrow keys turn the scene,
-// dragging with Shift moves it, and the wheel or + and - zoom.
+// The tab "Scene". It shows the prints, the cameras and the chosen coordinate system in three dimensions. Dragging
+// or the arrow keys turn the scene, dragging with Shift moves it, and the wheel or + and - zoom.
 #pragma once
 
 #include <Eigen/Core>
@@ -14,6 +14,7 @@ class SceneView : public ResultView {
 
 public:
     explicit SceneView(QWidget *parent = nullptr);
+    void setSettings(const SessionSettings &newSettings);
     QSize minimumSizeHint() const override { return {200, 200}; }
 
 protected:
@@ -49,6 +50,8 @@ private:
     QPointF onScreen(const Eigen::Vector3d &inEye) const;
     void drawAxes(QPainter &painter) const;
 
+    SessionSettings settings;
+    calibration::RigidMotion worldFromAxes;
     std::vector<Facet> facets;
     std::vector<Label> labels;
     Eigen::Vector3d middle = Eigen::Vector3d::Zero();
