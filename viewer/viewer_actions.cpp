@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QUrl>
 
@@ -23,6 +24,7 @@
 namespace {
 
 const char *const sessionEnding = "lmview";
+constexpr int recoveryDelayMs = 500;
 
 QString exampleFolder() {
     return QDir(QCoreApplication::applicationDirPath()).filePath("../share/lmcaltab/example");
@@ -164,7 +166,7 @@ void ViewerWindow::saveSessionFile() {
     dialog.setDefaultSuffix(sessionEnding);
     if (dialog.exec() == QDialog::Accepted) {
         const QString file = dialog.selectedFiles().first();
-        tell(saveSession(file, session.document()));
+        save([file, document = session.document()] { return saveSession(file, document); }, [] {});
         live->suggestFolder(QFileInfo(file).absolutePath());
     }
 }
@@ -187,13 +189,25 @@ void ViewerWindow::saveResults() {
     if (folder.isEmpty()) {
         return;
     }
-    const QString problem = writeResultsTo(folder);
-    if (problem.isEmpty()) {
-        QMessageBox::information(this, tr("Save Results"),
-                                 tr("The results are in %1.").arg(QDir::toNativeSeparators(folder)));
-    } else {
-        tell(problem);
-    }
+    save([folder, result = session.result(),
+          settings = session.settings()] { return writeResults(*result, settings, folder); },
+         [this, folder] {
+             QMessageBox::information(this, tr("Save Results"),
+                                      tr("The results are in %1.").arg(QDir::toNativeSeparators(folder)));
+         });
+}
+
+void ViewerWindow::save(std::function<QString()> write, std::function<void()> whenDone) {
+    saving.add([this, write = std::move(write),
+                whenDone = std::move(whenDone)](const BackgroundWork::IsCancelled &) -> BackgroundWork::Delivery {
+        return [this, whenDone, problem = write()] {
+            if (problem.isEmpty()) {
+                whenDone();
+            } else {
+                tell(problem);
+            }
+        };
+    });
 }
 
 QString ViewerWindow::writeResultsTo(const QString &folder) const {
@@ -214,17 +228,9 @@ void ViewerWindow::saveReport() {
         return;
     }
     const QString file = dialog.selectedFiles().first();
-    saving.add([this, file, result = session.result(),
-                list = session.photographs()](const BackgroundWork::IsCancelled &) -> BackgroundWork::Delivery {
-        const QString problem = writeReport(*result, list, file);
-        return [this, file, problem] {
-            if (problem.isEmpty()) {
-                QDesktopServices::openUrl(QUrl::fromLocalFile(file));
-            } else {
-                tell(problem);
-            }
-        };
-    });
+    save([file, result = session.result(),
+          photographsNow = session.photographs()] { return writeReport(*result, photographsNow, file); },
+         [file] { QDesktopServices::openUrl(QUrl::fromLocalFile(file)); });
 }
 
 void ViewerWindow::showManual() {
@@ -258,9 +264,40 @@ void ViewerWindow::removeSelected() {
     session.remove(selectedIds());
 }
 
+void ViewerWindow::startRecovery(const QString &folder) {
+    recovery = std::make_shared<RecoveryCopy>(folder);
+    recoveryTimer.setSingleShot(true);
+    recoveryTimer.setInterval(recoveryDelayMs);
+    connect(&recoveryTimer, &QTimer::timeout, this, &ViewerWindow::keepCopy);
+    offerRecovery();
+}
+
 void ViewerWindow::offerRecovery() {
-    leftOver = recovery->takeLeftOver();
-    recoveryBar->setVisible(leftOver.has_value());
+    keeping.add([this, copy = recovery](const BackgroundWork::IsCancelled &) -> BackgroundWork::Delivery {
+        return [this, found = copy->takeLeftOver()] {
+            leftOver = found;
+            recoveryBar->setVisible(leftOver.has_value());
+        };
+    });
+}
+
+void ViewerWindow::keepCopy() {
+    const SessionDocument document = session.document();
+    const bool isUndecided = leftOver && document.photographs.isEmpty();  // the copy is the session of the crash
+    if (isUndecided || kept == document) {  // the same, for example, if photographs were only read
+        return;
+    }
+    kept = document;
+    keeping.add([this, copy = recovery, document](const BackgroundWork::IsCancelled &) -> BackgroundWork::Delivery {
+        return [this, problem = copy->keep(document)] {
+            if (!problem.isEmpty()) {
+                kept.reset();
+                statusBar()->showMessage(tr("A crash would lose this session. %1").arg(problem));
+            } else if (findChild<QStatusBar *>() != nullptr) {
+                statusBar()->clearMessage();
+            }
+        };
+    });
 }
 
 void ViewerWindow::tell(const QString &problem) {

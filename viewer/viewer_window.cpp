@@ -3,7 +3,9 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDropEvent>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
@@ -12,10 +14,10 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QSplitter>
-#include <QStatusBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <cmath>
+#include <utility>
 
 #include "viewer/axes_panel.h"
 #include "viewer/live_panel.h"
@@ -31,7 +33,6 @@
 
 namespace {
 
-constexpr int recoveryDelayMs = 500;
 constexpr int factorSteps = 12;  // of the slider, for the factors 1, 2, 5, 10 ... 10,000
 
 int factorAt(int step) {
@@ -74,18 +75,7 @@ ViewerWindow::ViewerWindow(const QString &recoveryFolder) : session(calibratePho
     columns->setSizes({280, 430, 550});
     connectSession();
     if (!recoveryFolder.isEmpty()) {
-        recovery = std::make_unique<RecoveryCopy>(recoveryFolder);
-        recoveryTimer.setSingleShot(true);
-        recoveryTimer.setInterval(recoveryDelayMs);
-        connect(&recoveryTimer, &QTimer::timeout, this, [this] {
-            const QString problem = recovery->keep(session.document());
-            if (!problem.isEmpty()) {
-                statusBar()->showMessage(tr("A crash would lose this session. %1").arg(problem));
-            } else if (findChild<QStatusBar *>() != nullptr) {
-                statusBar()->clearMessage();
-            }
-        });
-        QTimer::singleShot(0, this, &ViewerWindow::offerRecovery);
+        startRecovery(recoveryFolder);
     }
     showProgress();
     list->setFocus();
@@ -182,7 +172,6 @@ QWidget *ViewerWindow::makePictureColumn() {
     return column;
 }
 
-    sceneView = new SceneView(tabs);
 void ViewerWindow::addTab(ResultView *view, const QString &title) {
     views.push_back(view);
     tabs->addTab(view, title);
@@ -193,6 +182,7 @@ QWidget *ViewerWindow::makeTabs() {
     tabs->setObjectName("views");
     tabs->setUsesScrollButtons(true);
     auto *residualView = new ResidualView(tabs);
+    sceneView = new SceneView(tabs);
     patternsView = new PatternsView(tabs);
     addTab(new SummaryView(tabs), tr("&Result"));
     addTab(new CoverageView(tabs), tr("Co&verage"));
@@ -242,9 +232,12 @@ QWidget *ViewerWindow::makeRecoveryBar() {
     recoveryBar->hide();
     connect(restore, &QPushButton::clicked, this, [this] {
         recoveryBar->hide();
-        session.open(*leftOver);
+        session.open(*std::exchange(leftOver, std::nullopt));
     });
-    connect(discard, &QPushButton::clicked, recoveryBar, &QWidget::hide);
+    connect(discard, &QPushButton::clicked, this, [this] {
+        recoveryBar->hide();
+        leftOver.reset();
+    });
     return recoveryBar;
 }
 
@@ -257,7 +250,6 @@ void ViewerWindow::connectSession() {
         }
     });
     connect(&session, &Session::photographsChanged, this, [this] {
-        sceneView->setSettings(session.settings());
         if (!list->currentIndex().isValid() && photographs.rowCount() > 0) {
             list->setCurrentIndex(photographs.index(0));
         }
@@ -265,14 +257,16 @@ void ViewerWindow::connectSession() {
     });
     connect(&session, &Session::settingsChanged, this, [this] {
         settingsPanel->setSettings(session.settings());
+        sceneView->setSettings(session.settings());
         patternsView->setSettings(session.settings());
         axes->setSettings(session.settings());
         axes->setVisible(session.settings().arrangement == Arrangement::Assembly);
     });
     connect(settingsPanel, &SettingsPanel::edited, &session, &Session::setSettings);
     connect(list->selectionModel(), &QItemSelectionModel::currentChanged, this, &ViewerWindow::showCurrentPhotograph);
+    // A running timer is not started again: while many photographs are read, changes follow each other all the time.
     const auto keepLater = [this] {
-        if (recovery) {
+        if (recovery && !recoveryTimer.isActive()) {
             recoveryTimer.start();
         }
     };
@@ -354,6 +348,9 @@ void ViewerWindow::dropEvent(QDropEvent *event) {
 }
 
 void ViewerWindow::closeEvent(QCloseEvent *event) {
+    while (saving.open() > 0) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+    }
     recovery.reset();  // the user ends the session, so nothing is left to recover
     recoveryTimer.stop();
     event->accept();

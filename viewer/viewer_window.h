@@ -67,11 +67,15 @@ private:
     void openExample();
     void saveResults();
     void saveReport();
+    // Writes something in the background. `write` returns an empty text, or the reason why it was not written.
+    void save(std::function<QString()> write, std::function<void()> whenDone);
     void showManual();
     void showAbout();
     void toggleSelected();
     void removeSelected();
+    void startRecovery(const QString &folder);
     void offerRecovery();
+    void keepCopy();
 
     void showCurrentPhotograph();
     void showPhotograph(int id);
@@ -82,7 +86,9 @@ private:
     QVector<int> selectedIds() const;
 
     Session session;
-    std::unique_ptr<RecoveryCopy> recovery;
+    // Work of `keeping` shares it, so the copy is removed once the window and all this work are done with it.
+    std::shared_ptr<RecoveryCopy> recovery;
+    std::optional<SessionDocument> kept;  // what the copy has; empty if it is not known
     std::optional<SessionDocument> leftOver;
     QTimer recoveryTimer;
     PhotographListModel photographs;
@@ -94,15 +100,16 @@ private:
     QTabWidget *tabs = nullptr;
     std::vector<ResultView *> views;
     PatternsView *patternsView = nullptr;
+    SceneView *sceneView = nullptr;
     AxesPanel *axes = nullptr;
     LivePanel *live = nullptr;
     QFrame *recoveryBar = nullptr;
     QLabel *progressText = nullptr;
     QProgressBar *progress = nullptr;
     QPushButton *cancel = nullptr;
-    SceneView *sceneView = nullptr;
     QAction *saveResultsAction = nullptr;
     QAction *reportAction = nullptr;
     std::vector<NamedCorner> pickedCorners;
-    BackgroundWork saving{1};
+    BackgroundWork saving{1};   // of what the user asks for
+    BackgroundWork keeping{1};  // of the copy
 };

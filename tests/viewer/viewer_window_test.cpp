@@ -87,6 +87,8 @@ private slots:
     void namesBadPhotographsAndIsNotSpoiledByThem();
     void opensPhotographsFromResiduals();
     void writesTheAssemblyInTheAxesOfThreeClickedCorners();
+    void keepsACopyWhileChangesFollowEachOther();
+    void showsPlacesInTheChosenAxes();
     void takesPicturesOfAVideo();
     void hasAKeyForEverything();
     void staysReadableWithLargeFontsAndDarkPalettes();
@@ -267,6 +269,51 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
         const Eigen::Vector3d found = places.value({lattice[i].x - 1, lattice[i].y - 1}, Eigen::Vector3d(-1, -1, -1));
         QVERIFY2((found - expected[i]).norm() < 0.05, qPrintable(QString("%1").arg((found - expected[i]).norm())));
     }
+}
+
+void ViewerWindowTest::keepsACopyWhileChangesFollowEachOther() {
+    const QTemporaryDir folder;
+    const auto copies = [&folder] { return QDir(folder.path()).entryList({"*.json"}); };
+    {
+        ViewerWindow window{folder.path()};
+        SessionSettings settings;
+        for (int i = 0; i < 200 && copies().isEmpty(); ++i) {
+            settings.gridSpacing = 10 + i;
+            emit window.findChild<SettingsPanel *>()->edited(settings);
+            QTest::qWait(20);
+        }
+        QCOMPARE(copies().size(), 1);
+        window.close();
+    }
+    QVERIFY2(copies().isEmpty(), "a session that ended well left its copy");
+}
+
+void ViewerWindowTest::showsPlacesInTheChosenAxes() {
+    ViewerWindow window{QString()};
+    useFixedModels(window);
+    window.show();
+    window.open({exampleFolder});
+    QVERIFY(isCalibrated(window));
+    window.findChild<QTabWidget *>("views")->setCurrentWidget(window.findChild<PatternsView *>());
+    const auto *table = window.findChild<PatternsView *>()->findChild<QTableWidget *>();
+    const auto placeOf = [table](int row) {
+        Eigen::Vector3d place;
+        for (const int axis : {0, 1, 2}) {
+            place[axis] = table->item(row, 2 + axis)->text().section(QChar(0xa0), 0, 0).toDouble();
+        }
+        return place;
+    };
+    const double distance = placeOf(2).norm();
+    QCOMPARE(placeOf(0), Eigen::Vector3d(0, 0, 0));
+    QVERIFY(distance > 100);
+    SessionSettings settings;
+    settings.arrangement = Arrangement::Assembly;
+    settings.lens = calibration::LensModel::Pinhole5;
+    settings.mayBend = false;
+    settings.reference = 2;
+    emit window.findChild<SettingsPanel *>()->edited(settings);
+    QTRY_VERIFY(placeOf(2).norm() < 0.01);
+    QVERIFY(qAbs(placeOf(0).norm() - distance) < 0.01);
 }
 
 void ViewerWindowTest::takesPicturesOfAVideo() {

@@ -14,11 +14,17 @@ struct SessionEntry {
     QString path;  // absolute
     bool isIncluded = true;
 };
+inline bool operator==(const SessionEntry &a, const SessionEntry &b) {
+    return a.path == b.path && a.isIncluded == b.isIncluded;
+}
 
 struct SessionDocument {
     QVector<SessionEntry> photographs;
     SessionSettings settings;
 };
+inline bool operator==(const SessionDocument &a, const SessionDocument &b) {
+    return a.photographs == b.photographs && a.settings == b.settings;
+}
 
 // Writes the file completely or not at all. Photographs below the file's folder are stored with relative paths, so that
 // the folder can be moved. Returns an empty text, or the reason why the file was not written.
@@ -28,7 +34,8 @@ QString saveSession(const QString &file, const SessionDocument &document);
 std::optional<SessionDocument> openSession(const QString &file, QString &problem);
 
 // Keeps a copy of the running session in a folder that all processes share. Each process has one copy and removes it
-// when it ends. A copy whose process no longer runs was therefore left by a crash.
+// when it ends. A copy whose process no longer runs was therefore left by a crash. Writing waits for the disk, so use
+// this on a background thread, one call after the other.
 class RecoveryCopy {
 public:
     explicit RecoveryCopy(const QString &folder);
