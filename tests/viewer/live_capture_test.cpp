@@ -6,8 +6,13 @@
 #include <QtTest>
 #include <cmath>
 #include <complex>
+#include <csignal>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
+
+#ifdef Q_OS_UNIX
+#include <sys/resource.h>
+#endif
 
 #include "viewer/session/edge_blur.h"
 #include "viewer/session/live_capture.h"
@@ -93,6 +98,9 @@ private slots:
     void keepsStillSharpAndNewFramesOnly();
     void keepsWhatTheUserAsksForUnderAFreeName();
     void saysWhyASourceEnds();
+#ifdef Q_OS_UNIX
+    void keepsNoPartOfAPictureOnAFullDisk();
+#endif
     void noticesThatACameraIsUnplugged();
     void stopsAtOnce();
 };
@@ -238,6 +246,29 @@ void LiveCaptureTest::saysWhyASourceEnds() {
         QCOMPARE(ends[0][1].toBool(), one.isProblem);
     }
 }
+
+#ifdef Q_OS_UNIX
+void LiveCaptureTest::keepsNoPartOfAPictureOnAFullDisk() {
+    Film film;
+    film.add(6, frameOf(1));
+    const QTemporaryDir folder;
+    LiveCapture capture;
+    const QSignalSpy taken(&capture, &LiveCapture::pictureTaken);
+    const QSignalSpy ends(&capture, &LiveCapture::ended);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full{100000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    capture.start({0, film.first(), {}}, folder.path(), {});
+    const bool hasEnded = QTest::qWaitFor([&ends] { return ends.count() == 1; }, 280000);
+    setrlimit(RLIMIT_FSIZE, &before);
+    QVERIFY(hasEnded && ends[0][1].toBool());
+    QVERIFY2(ends[0][0].toString().contains("picture-0001.png"), qPrintable(ends[0][0].toString()));
+    QCOMPARE(taken.count(), 0);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+}
+#endif
 
 // Single frames that get lost are no reason to stop.
 void LiveCaptureTest::noticesThatACameraIsUnplugged() {

@@ -1,13 +1,15 @@
 #include "viewer/session/live_capture.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
 #include <QEvent>
-#include <QSaveFile>
+#include <QFile>
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
+#include "file_writing/safe_file.h"
 #include "viewer/session/edge_blur.h"
 
 namespace {
@@ -50,10 +52,22 @@ QString freeName(const QDir &folder, int &number) {
 
 // Saves the picture. Returns an empty text, or the reason why it was not saved.
 QString keep(const cv::Mat &bgr, const QString &file) {
-    QSaveFile output(file);
-    if (!QDir().mkpath(QFileInfo(file).path()) || !output.open(QIODevice::WriteOnly) ||
-        !imageOf(bgr).save(&output, "PNG") || !output.commit()) {
-        return tr("The picture cannot be saved as %1: %2").arg(QDir::toNativeSeparators(file), output.errorString());
+    const QString folder = QFileInfo(file).path();
+    if (!QDir().mkpath(folder)) {
+        return tr("The picture cannot be saved, because the folder %1 cannot be made.")
+            .arg(QDir::toNativeSeparators(folder));
+    }
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    if (!buffer.open(QIODevice::WriteOnly) || !imageOf(bgr).save(&buffer, "PNG")) {
+        return tr("There is not enough memory to save the picture.");
+    }
+    try {
+        file_writing::SafeFiles files;
+        files.write(QFile::encodeName(file).toStdString(), bytes.toStdString());
+        files.commit();
+    } catch (const file_writing::FileWriteError &error) {
+        return QString::fromLocal8Bit(error.what());
     }
     return {};
 }
