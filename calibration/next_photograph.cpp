@@ -14,11 +14,17 @@ namespace calibration {
 
 namespace {
 
+// The poses are compared on a coarse map.
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 constexpr double tilt = 35;  // degrees
 // Advice is worth the effort only if the greatest uncertainty falls below this share of its value.
 constexpr double usefulShare = 0.95;
+// A lens whose uncertainty is below this share of the standard deviation of one corner adds at most 3 % to the error of
+// that corner. The limits in pixels hold for corners that are very exact or fit badly.
+constexpr double negligibleShare = 0.25;
+constexpr double leastNegligible = 0.005;
+constexpr double mostNegligible = 0.05;
 // A reader finds the corners of a print only if at least this share of them is in the picture.
 constexpr double leastVisible = 0.3;
 
@@ -44,6 +50,17 @@ std::vector<Hold> candidates(double usualDistance) {
     return holds;
 }
 
+// Returns the standard deviation in pixels that the corners of a camera usually have along one axis; 1 if it saw none.
+double sigmaOfCorner(const Calibration &calibration, int camera) {
+    for (const Sighting &sighting : calibration.observations.sightings) {
+        const Photograph &photograph = calibration.observations.photographs[size_t(sighting.photograph)];
+        if (sighting.isUsed && photograph.camera == camera && !sighting.corners.empty()) {
+            return sighting.corners.front().sigma;
+        }
+    }
+    return 1;
+}
+
 // Predicts the uncertainty of one camera after one more photograph of one print.
 class Prediction {
 public:
@@ -54,28 +71,29 @@ public:
           camera(what.observations.cameras[size_t(whichCamera)]),
           lens(what.estimate.intrinsics[size_t(whichCamera)]),
           covariance(what.covariance.lensAndShape(whichCamera, whichPrint)),
-          sigma(usualSigma()) {
+          sigma(sigmaOfCorner(what, whichCamera)) {
         const std::vector<Eigen::Vector2d> &points = what.observations.prints[size_t(whichPrint)].points;
         for (const Eigen::Vector2d &point : points) {
             middle.head<2>() += point / double(points.size());
         }
     }
 
-    double before() const { return greatest(covariance); }
+    // Returns the greatest uncertainty now, on a map of this size.
+    double before(int columns, int rows) const { return greatest(covariance, columns, rows); }
 
     // Returns the greatest uncertainty after a photograph of the print in this pose. Empty if the camera would see too
     // little of the print.
-    std::optional<double> after(const RigidMotion &cameraFromPrint) const {
-        const std::optional<Eigen::MatrixXd> rows = rowsOf(cameraFromPrint);
-        if (!rows) {
+    std::optional<double> after(const RigidMotion &cameraFromPrint, int columns, int rows) const {
+        const std::optional<Eigen::MatrixXd> derivatives = rowsOf(cameraFromPrint);
+        if (!derivatives) {
             return std::nullopt;
         }
-        const Eigen::MatrixXd information = rows->transpose() * *rows / (sigma * sigma);
+        const Eigen::MatrixXd information = derivatives->transpose() * *derivatives / (sigma * sigma);
         // This is (covariance^-1 + information)^-1, computed without inverting the covariance, because that is nearly
         // singular for some lenses.
         const Eigen::MatrixXd one = Eigen::MatrixXd::Identity(covariance.rows(), covariance.cols());
         const Eigen::MatrixXd lower = (one + covariance * information).partialPivLu().solve(covariance);
-        return greatest((lower + lower.transpose()) / 2);
+        return greatest((lower + lower.transpose()) / 2, columns, rows);
     }
 
     std::optional<RigidMotion> pose(const Hold &hold) const {
@@ -91,21 +109,10 @@ public:
     }
 
 private:
-    double usualSigma() const {
-        for (const Sighting &sighting : calibration.observations.sightings) {
-            const Photograph &photograph = calibration.observations.photographs[size_t(sighting.photograph)];
-            if (sighting.isUsed && photograph.camera == cameraNumber && !sighting.corners.empty()) {
-                return sighting.corners.front().sigma;
-            }
-        }
-        return 1;
-    }
-
-    double greatest(const Eigen::MatrixXd &lensAndShape) const {
+    double greatest(const Eigen::MatrixXd &lensAndShape, int columns, int rows) const {
         const Eigen::Index size = lens.size();
         const double distance = calibration.cameras[size_t(cameraNumber)].distance;
-        return projectionUncertainty(camera, lens, lensAndShape.topLeftCorner(size, size), distance, mapColumns,
-                                     mapRows)
+        return projectionUncertainty(camera, lens, lensAndShape.topLeftCorner(size, size), distance, columns, rows)
             .greatest()
             .value_or(0);
     }
@@ -186,9 +193,19 @@ int usualPrint(const Calibration &calibration, int camera) {
     return int(std::max_element(corners.begin(), corners.end()) - corners.begin());
 }
 
+// Returns the beginning of the advice.
+std::string request(const Calibration &calibration, int camera) {
+    if (!isLensCertain(calibration)) {
+        return "Take a photograph ";
+    }
+    return "More photographs hardly help: the lens is uncertain by at most " +
+           rounded(calibration.cameras[size_t(camera)].uncertainty.greatest().value_or(0)) +
+           " px, a single corner by " + rounded(sigmaOfCorner(calibration, camera)) + " px. The best would be one ";
+}
+
 std::string describe(const Calibration &calibration, int camera, int print, const Hold &hold) {
     const Observations &observations = calibration.observations;
-    std::string text = "Take a photograph ";
+    std::string text = request(calibration, camera);
     if (observations.cameras.size() > 1) {
         text += "with camera \"" + observations.cameras[size_t(camera)].name + "\" ";
     }
@@ -205,6 +222,20 @@ std::string describe(const Calibration &calibration, int camera, int print, cons
 
 }  // namespace
 
+bool isLensCertain(const Calibration &calibration) {
+    bool isAny = false;
+    for (size_t camera = 0; camera < calibration.cameras.size(); camera++) {
+        const std::optional<double> greatest = calibration.cameras[camera].uncertainty.greatest();
+        const double negligible =
+            std::clamp(negligibleShare * sigmaOfCorner(calibration, int(camera)), leastNegligible, mostNegligible);
+        if (greatest && *greatest > negligible) {
+            return false;
+        }
+        isAny = isAny || greatest;
+    }
+    return isAny;
+}
+
 std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration) {
     const int camera = worstCamera(calibration);
     if (camera < 0) {
@@ -212,18 +243,24 @@ std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration)
     }
     const int print = usualPrint(calibration, camera);
     const Prediction prediction(calibration, camera, print);
-    const double before = prediction.before();
     std::optional<NextPhotograph> best;
-    double least = usefulShare * before;
+    double least = usefulShare * prediction.before(mapColumns, mapRows);
     for (const Hold &hold : candidates(calibration.cameras[size_t(camera)].distance)) {
         const std::optional<RigidMotion> pose = prediction.pose(hold);
-        const std::optional<double> after = pose ? prediction.after(*pose) : std::optional<double>();
+        const std::optional<double> after = pose ? prediction.after(*pose, mapColumns, mapRows) : std::nullopt;
         if (after && *after < least) {
             least = *after;
-            best = NextPhotograph{camera, print, *pose, before, *after, describe(calibration, camera, print, hold)};
+            best = NextPhotograph{camera, print, *pose, 0, 0, describe(calibration, camera, print, hold)};
         }
     }
-    return best;
+    if (!best) {
+        return std::nullopt;
+    }
+    // The figures that the user sees come from a map as fine as that of the report.
+    const PictureMap &map = calibration.cameras[size_t(camera)].uncertainty;
+    best->uncertaintyBefore = prediction.before(map.columns, map.rows);
+    best->uncertaintyAfter = prediction.after(best->cameraFromPrint, map.columns, map.rows).value_or(0);
+    return best->uncertaintyAfter < usefulShare * best->uncertaintyBefore ? best : std::nullopt;
 }
 
 }  // namespace calibration

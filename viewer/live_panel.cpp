@@ -13,6 +13,7 @@
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
+#include "calibration/next_photograph.h"
 #include "viewer/session/session.h"
 #include "viewer/views/drawing.h"
 #include "viewer/views/live_view.h"
@@ -81,7 +82,11 @@ LivePanel::LivePanel(Session *ownSession, QWidget *parent)
     connect(&capture, &LiveCapture::pictureTaken, this, &LivePanel::showTaken);
     connect(&capture, &LiveCapture::ended, this, &LivePanel::showEnd);
     connect(session, &Session::photographsChanged, this, &LivePanel::tellWhatExists);
-    connect(session, &Session::photographChanged, this, &LivePanel::tellWhatExists);
+    connect(session, &Session::photographChanged, this, [this] {
+        if (capture.isRunning()) {
+            tellWhatExists();
+        }
+    });
     connect(session, &Session::resultChanged, this, &LivePanel::useResult);
     folder = QDir(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)).filePath("LmView");
     showFolder();
@@ -267,5 +272,6 @@ void LivePanel::useResult() {
     view->setResult(result);
     // The advice is only about cameras. It does not say whether the patterns of an assembly still need photographs, so
     // an assembly never has enough.
-    capture.setEnough(calibration && !calibration->next && session->settings().arrangement != Arrangement::Assembly);
+    capture.setEnough(calibration && (!calibration->next || calibration::isLensCertain(*calibration)) &&
+                      session->settings().arrangement != Arrangement::Assembly);
 }
