@@ -102,13 +102,13 @@ void ResidualView::showCamera(int camera) {
     }
     collect(camera);
     const auto &photographs = calibrated()->observations.photographs;
-    QVector<double> heights;
+    QVector<QPointF> heights;  // at the numbers of the photographs, from 1
     barIds.clear();
     for (size_t i = 0; i < photographs.size(); ++i) {
         const int id = result->photographIds[i];
         if (photographs[i].camera == camera) {
             barIds.push_back(id);
-            heights.append(result->fits[id].rms.value_or(0));
+            heights.append(QPointF(heights.size() + 1, result->fits[id].rms.value_or(0)));
         }
     }
     chart->setSamples(heights);
@@ -116,7 +116,7 @@ void ResidualView::showCamera(int camera) {
     const double range = qMax(0.01, rangeInRms * rms);
     scatter->setAxisScale(QwtPlot::xBottom, -range, range);
     scatter->setAxisScale(QwtPlot::yLeft, range, -range);
-    bars->setAxisScale(QwtPlot::xBottom, -0.5, double(qMax(1, heights.size())) - 0.5);
+    bars->setAxisScale(QwtPlot::xBottom, 0.5, qMax(1, heights.size()) + 0.5);
     summary->setText(tr("%1 rms per corner. Click a point or a bar to open its photograph. Red: corners that do not "
                         "count.")
                          .arg(pixels(rms)));
@@ -139,7 +139,7 @@ void ResidualView::chooseDot(QPointF place) {
 }
 
 void ResidualView::chooseBar(QPointF place) {
-    const int bar = qRound(place.x());
+    const int bar = qRound(place.x()) - 1;
     if (bar >= 0 && bar < int(barIds.size())) {
         emit photographChosen(barIds[size_t(bar)]);
     }

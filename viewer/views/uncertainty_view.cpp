@@ -17,6 +17,7 @@
 namespace {
 
 constexpr double leastScale = 0.01;  // pixels; the top of the colour scale is at least this
+constexpr double firstLine = 0.01;   // pixels; of the contour lines
 
 // Larger uncertainty is darker, so that the colours can also be told apart in grey.
 class UncertaintyColours : public QwtLinearColorMap {
@@ -83,7 +84,7 @@ void UncertaintyView::showMap(const calibration::PictureMap &map) {
     grid->setResampleMode(QwtMatrixRasterData::BilinearInterpolation);
     picture->setData(grid);
     QList<double> levels;
-    double level = 0.01;
+    double level = firstLine;
     while (level < top) {
         levels.append(level);
         level *= 2;
@@ -116,12 +117,17 @@ void UncertaintyView::showCamera(int camera) {
     const double distance = calibrated()->cameras[size_t(camera)].distance;
     const QString where =
         quantity->currentIndex() == AtDistance ? tr("at %1 mm").arg(qRound(distance)) : tr("far away");
-    summary->setText(quantity->currentIndex() == BetweenHalves
-                         ? tr("How much the projection differs between two calibrations, each with one half of the "
-                              "photographs; at most %1.")
-                               .arg(pixels(map->greatest().value_or(0)))
-                         : tr("Standard deviation of the projection of a point %1; at most %2. The first line is at "
-                              "0.01 px; each further line has twice the value of the line before.")
-                               .arg(where, pixels(map->greatest().value_or(0))));
+    const double greatest = map->greatest().value_or(0);
+    QString text =
+        quantity->currentIndex() == BetweenHalves
+            ? tr("How much the projection differs between two calibrations, each with one half of the "
+                 "photographs; at most %1.")
+                  .arg(pixels(greatest))
+            : tr("Standard deviation of the projection of a point %1; at most %2.").arg(where, pixels(greatest));
+    if (greatest > firstLine) {
+        text += " " + tr("The first line is at %1; each further line has twice the value of the line before.")
+                          .arg(pixels(firstLine));
+    }
+    summary->setText(text);
     showMap(*map);
 }
