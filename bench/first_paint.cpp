@@ -1,8 +1,7 @@
-// Prints the time at which an application's graphics view has painted its first picture, and ends the application. The
-// program and the empty window that it is compared with are both linked with this file, so both are measured in the
-// same way.
+// Prints the time at which an application has painted a view of the class FIRST_PAINT_OF for the first time, and ends
+// the application. A program and the empty window that it is compared with are both linked with this file, so both are
+// measured in the same way.
 #include <QApplication>
-#include <QGraphicsView>
 #include <QTimer>
 #include <cstdio>
 
@@ -15,7 +14,8 @@ public:
     using QObject::QObject;
 
     bool eventFilter(QObject *object, QEvent *event) override {
-        if (event->type() == QEvent::Paint && qobject_cast<QGraphicsView *>(object->parent()) != nullptr) {
+        if (event->type() == QEvent::Paint && object->parent() != nullptr &&
+            object->parent()->inherits(FIRST_PAINT_OF)) {
             qApp->removeEventFilter(this);
             // The paint event is handled only after this filter, so the time is taken once the event has been handled.
             QTimer::singleShot(0, [] {

@@ -1,14 +1,15 @@
-// Benchmarks of the program's start, exit and memory. The program is compared with an empty window of the same toolkit,
-// with OpenGL (the toolkit's default) and without it (as in the program). The three programs run in turn, and each run
-// ends after the first picture. This needs a POSIX system.
+// Benchmarks of the programs' start, exit and memory. LmCalTab is compared with an empty window of the same toolkit,
+// with OpenGL (the toolkit's default) and without it (as in LmCalTab). LmView is compared with an empty window that
+// loads the same libraries. The programs run in turn, and each run ends after the first picture. This needs a POSIX
+// system.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "bench/measurement.h"
 
@@ -65,12 +66,24 @@ void start(Runs &runs) {
 
 int main(int /*argc*/, char **argv) {
     const std::string folder = std::string(argv[0]).substr(0, std::string(argv[0]).rfind('/') + 1);
-    std::array<Runs, 3> kinds{{{folder + "start_probe"}, {folder + "empty_window"}, {folder + "empty_window", false}}};
-    auto &[program, empty, emptyWithoutOpenGl] = kinds;
+    // The programs find no settings, and no sessions that a crash left.
+    std::string home = "/tmp/start_bench-XXXXXX";
+    if (mkdtemp(home.data()) == nullptr || setenv("XDG_DATA_HOME", home.c_str(), 1) != 0) {
+        return 2;
+    }
+    std::vector<Runs> kinds{{folder + "start_probe"}, {folder + "empty_window"}, {folder + "empty_window", false}};
+#ifdef WITH_VIEWER
+    kinds.push_back({folder + "viewer_start_probe"});
+    kinds.push_back({folder + "empty_viewer_window"});
+#endif
     constexpr std::size_t rounds = 45;
     for (std::size_t i = 0; i < rounds * kinds.size(); ++i) {
         start(kinds[i % kinds.size()]);
     }
+    rmdir(home.c_str());
+    const Runs &program = kinds[0];
+    const Runs &empty = kinds[1];
+    const Runs &emptyWithoutOpenGl = kinds[2];
     Table table("Start and memory");
     table.row("start to the first picture", program.firstPicture, "ms", "an empty window", empty.firstPicture, 1.3);
     table.row("start to exit", program.exit, "ms", "an empty window", empty.exit, 1.3);
@@ -82,5 +95,9 @@ int main(int /*argc*/, char **argv) {
     constexpr double picturesMegabytes = 2000.0 * 2000.0 * (1 + 1 + 1 + 4) / 1048576.0;
     table.figure("peak memory", median(program.peakMegabytes), "MiB", "an empty window and the pictures",
                  median(emptyWithoutOpenGl.peakMegabytes) + picturesMegabytes, 1.4);
+#ifdef WITH_VIEWER
+    table.row("LmView: start to the first picture", kinds[3].firstPicture, "ms", "an empty window with its libraries",
+              kinds[4].firstPicture, 1.5);
+#endif
     return table.exitCode();
 }
