@@ -17,6 +17,7 @@ namespace {
 enum Column { Name, Photographs, X, Y, Z, Turn, ScaleX, ScaleY, Bend, Measured, ColumnCount };
 
 constexpr double barLength = 100;  // mm, of the check bars on a printed page
+constexpr int exactDecimals = 4;   // of places in mm that have no standard deviation
 
 // Returns how far the print is from flat, in mm: the range of the heights of its corners and of height 0, its plane.
 double bendOf(const calibration::Print &print, const PrintShape &shape) {
@@ -106,7 +107,9 @@ void PatternsView::fillPlace(int row, int print) {
         sigma = turned.diagonal().cwiseSqrt();
     }
     for (const int axis : {0, 1, 2}) {
-        set(row, X + axis, withSigma(pose.translation[axis], sigma[axis]));
+        const double value = pose.translation[axis];
+        const bool isExact = sigma[axis] == 0 && value != 0;  // the first print, in the axes of another one
+        set(row, X + axis, isExact ? QString::number(value, 'f', exactDecimals) : withSigma(value, sigma[axis]));
     }
     set(row, Turn,
         withSigma(pose.rotation.norm() * 180 / M_PI, calibrated()->prints[size_t(print)].rotationSigma.norm()));
