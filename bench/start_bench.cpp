@@ -62,6 +62,12 @@ void start(Runs &runs) {
     runs.peakMegabytes.push_back(static_cast<double>(usage.ru_maxrss) / 1024.0);
 }
 
+void startInTurn(std::vector<Runs> &kinds, std::size_t rounds) {
+    for (std::size_t i = 0; i < rounds * kinds.size(); ++i) {
+        start(kinds[i % kinds.size()]);
+    }
+}
+
 }  // namespace
 
 int main(int /*argc*/, char **argv) {
@@ -72,14 +78,11 @@ int main(int /*argc*/, char **argv) {
         return 2;
     }
     std::vector<Runs> kinds{{folder + "start_probe"}, {folder + "empty_window"}, {folder + "empty_window", false}};
+    startInTurn(kinds, 45);
 #ifdef WITH_VIEWER
-    kinds.push_back({folder + "viewer_start_probe"});
-    kinds.push_back({folder + "empty_viewer_window"});
+    std::vector<Runs> viewers{{folder + "viewer_start_probe"}, {folder + "empty_viewer_window"}};
+    startInTurn(viewers, 15);
 #endif
-    constexpr std::size_t rounds = 45;
-    for (std::size_t i = 0; i < rounds * kinds.size(); ++i) {
-        start(kinds[i % kinds.size()]);
-    }
     rmdir(home.c_str());
     const Runs &program = kinds[0];
     const Runs &empty = kinds[1];
@@ -96,8 +99,8 @@ int main(int /*argc*/, char **argv) {
     table.figure("peak memory", median(program.peakMegabytes), "MiB", "an empty window and the pictures",
                  median(emptyWithoutOpenGl.peakMegabytes) + picturesMegabytes, 1.4);
 #ifdef WITH_VIEWER
-    table.row("LmView: start to the first picture", kinds[3].firstPicture, "ms", "an empty window with its libraries",
-              kinds[4].firstPicture, 1.5);
+    table.row("LmView: start to the first picture", viewers[0].firstPicture, "ms", "an empty window with its libraries",
+              viewers[1].firstPicture, 1.5);
 #endif
     return table.exitCode();
 }
