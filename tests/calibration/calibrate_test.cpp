@@ -9,6 +9,7 @@
 #include <map>
 #include <random>
 
+#include "calibration/next_photograph.h"
 #include "calibration/sighting_residuals.h"
 #include "tests/calibration/computed_scene.h"
 
@@ -94,6 +95,19 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     ASSERT_TRUE(result.next);
     EXPECT_EQ(result.next->camera, 1);
     EXPECT_LT(result.next->uncertaintyAfter, result.next->uncertaintyBefore);
+    EXPECT_EQ(result.next->text.rfind("Take a photograph", 0), 0U) << result.next->text;
+
+    // Once every lens is far more certain than a corner, more photographs hardly help.
+    Calibration certain = result;
+    for (CameraTrust &trust : certain.cameras) {
+        EXPECT_FALSE(isLensCertain(certain));
+        for (std::optional<double> &value : trust.uncertainty.values) {
+            value = value ? std::optional(0.004) : std::nullopt;
+        }
+    }
+    EXPECT_TRUE(isLensCertain(certain));
+    const auto next = findNextPhotograph(certain);
+    EXPECT_TRUE(next && next->text.rfind("More photographs hardly help", 0) == 0);
 }
 
 TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {

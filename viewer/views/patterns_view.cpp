@@ -68,7 +68,7 @@ QString PatternsView::axesText() const {
         return {};
     }
     const QString firstName = QString::fromStdString(prints[first].name);
-    const QString ownAxes = tr("The places are in the axes of %1.").arg(firstName);
+    QString ownAxes = tr("The places are in the axes of %1.").arg(firstName);
     if (!axes.problem.isEmpty()) {
         return axes.problem + " " + ownAxes;
     }
