@@ -68,17 +68,17 @@ QString PatternsView::axesText() const {
         return {};
     }
     const QString firstName = QString::fromStdString(prints[first].name);
-    QString ownAxes = tr("The places are in the axes of %1.").arg(firstName);
+    QString ownAxes = tr("The positions are in the axes of %1.").arg(firstName);
     if (!axes.problem.isEmpty()) {
         return axes.problem + " " + ownAxes;
     }
     const QString relation = tr("± is relative to %1.").arg(firstName);
     if (settings.frame) {
-        return tr("The places are in the axes of the three corners.") + " " + relation;
+        return tr("The positions are in the axes of the three corners.") + " " + relation;
     }
     for (const calibration::Print &print : prints) {
         if (settings.reference && print.number == *settings.reference) {
-            return tr("The places are in the axes of %1.").arg(QString::fromStdString(print.name)) + " " + relation;
+            return tr("The positions are in the axes of %1.").arg(QString::fromStdString(print.name)) + " " + relation;
         }
     }
     return ownAxes;
