@@ -40,6 +40,17 @@ class Drawing(unittest.TestCase):
             self.assertEqual(lmlib64.draw("official", plate="Plate12", file=file, Resolution=100), file)
             self.assertEqual(file.read_bytes()[:4], b"\x89PNG")
 
+    def test_draws_what_is_asked_for(self):
+        def drawn(**options):
+            return lmlib64.draw("flexible", size=(9, 7), grid_spacing=25, image_size=600, **options)
+
+        usual = drawn()
+        difference = abs(usual.astype(int) + drawn(inverted=True) - 255)[30:-30, 30:-30]
+        self.assertLess(numpy.median(difference), 5, "inverted")
+        self.assertEqual(lmlib64.read_patterns(drawn(plain=True)), [])
+        moved = lmlib64.read_patterns(drawn(offset=(50, -25)))[0].lattice - lmlib64.read_patterns(usual)[0].lattice
+        self.assertTrue((moved == [4, -2]).all(), moved)
+
     def test_raises_the_librarys_texts(self):
         with self.assertRaisesRegex(ValueError, r'"GridSize" is \[5, 900\]; it must be') as caught:
             lmlib64.draw("flexible", size=(5, 900), grid_spacing=10, image_size=100)
@@ -90,8 +101,22 @@ class Reading(unittest.TestCase):
         self.assertLess(abs(expected - reading.image_points).max(), 0.1)
         self.assertEqual(tuple(numpy.ptp(reading.object_points, axis=0)), (100, 75, 0))
         [tile] = lmlib64.read_patterns(lmlib64.draw("custom", grid_spacing=12, thickness=2, image_size=700))
-        self.assertEqual(tile.values, {"grid_spacing": 12.0, "thickness": 2.0})
+        self.assertEqual((tile.tile, tile.values), (0, {"grid_spacing": 12.0, "thickness": 2.0}))
         self.assertEqual(tuple(numpy.ptp(tile.object_points, axis=0)), (84, 84, 0))
+
+    def test_takes_sizes_from_boards_and_files(self):
+        plain = lmlib64.draw("flexible", size=(9, 7), grid_spacing=25, image_size=600, plain=True)
+        with tempfile.TemporaryDirectory() as folder:
+            file = lmlib64.draw("flexible", size=(9, 7), grid_spacing=40, file=pathlib.Path(folder) / "target.json")
+            for name, picture, options, extent in (
+                    ("board", plain, {"board": (9, 7), "square": 12.5}, (100, 75, 0)),
+                    ("file", board_picture(), {"patterns": file}, (160, 120, 0)),
+                    ("file's name", board_picture(), {"patterns": str(file)}, (160, 120, 0)),
+                    ("files", board_picture(), {"patterns": [file]}, (160, 120, 0))):
+                with self.subTest(name):
+                    [reading] = lmlib64.read_patterns(picture, **options)
+                    self.assertEqual(tuple(numpy.ptp(reading.object_points, axis=0)), extent)
+                    self.assertEqual(tuple(numpy.ptp(reading.lattice, axis=0)), (8, 6))
 
     def test_takes_every_layout_of_a_picture(self):
         picture = board_picture()
@@ -101,6 +126,7 @@ class Reading(unittest.TestCase):
         layouts = {
             "rows of a larger picture": (large[20:-20, 100:700], 0.01),
             "columns first": (numpy.asfortranarray(picture), 0.01),
+            "rows upwards": (picture[::-1].copy()[::-1], 0.01),
             "reversed twice": (picture[::-1, ::-1].copy()[::-1, ::-1], 0.01),
             "colour": (numpy.dstack([picture] * 3), 0.01),
             "plane of a colour picture": (numpy.dstack([picture] * 3)[:, :, 1], 0.01),
@@ -121,28 +147,55 @@ class Reading(unittest.TestCase):
 
 
 class Calibrating(unittest.TestCase):
-    def test_finds_the_camera_that_computed_the_points(self):
-        target = numpy.array([[x * 20.0, y * 20.0, 0] for y in range(8) for x in range(11)])
-        camera = numpy.array([[1500.0, 0, 640], [0, 1490, 470], [0, 0, 1]])
+    target = numpy.array([[x * 20.0, y * 20.0, 0] for y in range(8) for x in range(11)])
+    camera = numpy.array([[1500.0, 0, 640], [0, 1490, 470], [0, 0, 1]])
+
+    def photographs(self, noise):
+        """The image points of twelve photographs, and the pose of the target in each."""
         random = numpy.random.default_rng(5)
-        pictures = []
+        pictures, poses = [], []
         for turn in range(12):
-            seen = (target - [100, 70, 0]) @ rotation(0.6 * math.cos(turn), 0.6 * math.sin(1.7 * turn)).T
-            seen = (seen + [30 * math.sin(turn), 20 * math.cos(turn), 500 + 20 * turn]) @ camera.T
-            pictures.append(seen[:, :2] / seen[:, 2:] + random.normal(0, 0.05, (len(seen), 2)))
-        result = lmlib64.calibrate([target] * 12, pictures, (1280, 960), lens="pinhole4",
-                                   sigmas=[numpy.full(len(target), 0.05)] * 12)
-        difference = abs(result.camera_matrix - camera)
+            turned = rotation(0.6 * math.cos(turn), 0.6 * math.sin(1.7 * turn))
+            place = numpy.array([30 * math.sin(turn), 20 * math.cos(turn), 500 + 20 * turn]) - turned @ [100, 70, 0]
+            seen = (self.target @ turned.T + place) @ self.camera.T
+            pictures.append(seen[:, :2] / seen[:, 2:] + random.normal(0, 1, (len(seen), 2)) * noise)
+            poses.append((turned, place))
+        return pictures, poses
+
+    def calibrate(self, pictures, **options):
+        return lmlib64.calibrate([self.target] * 12, pictures, (1280, 960), lens="pinhole4", **options)
+
+    def test_finds_the_camera_that_computed_the_points(self):
+        target = self.target
+        pictures, poses = self.photographs(0.05)
+        result = self.calibrate(pictures, sigmas=[numpy.full(len(target), 0.05)] * 12)
+        difference = abs(result.camera_matrix - self.camera)
         self.assertLess(difference.max(), 5 * result.intrinsics_sigmas[:4].max() + 0.01)
         self.assertLess(difference.max(), 3)
         self.assertAlmostEqual(result.rms, 0.05 * math.sqrt(2), delta=0.01)
-        self.assertEqual(len(result.poses), 12)
+        self.assertEqual((len(result.poses), result.left_out), (12, []))
+        for (vector, place), (turned, true_place) in zip(result.poses, poses):
+            self.assertLess(abs(place - true_place).max(), 2)
+            self.assertAlmostEqual(numpy.linalg.norm(vector), math.acos((numpy.trace(turned) - 1) / 2), delta=0.005)
         with self.assertRaises(lmlib64.CalibrationImpossible):
             lmlib64.calibrate([target], pictures[:1], (1280, 960))
         with self.assertRaisesRegex(ValueError, "as image points"):
             lmlib64.calibrate([target[:5]], pictures[:1], (1280, 960))
         with self.assertRaisesRegex(ValueError, 'lens "wide" is not known'):
             lmlib64.calibrate([target], pictures[:1], (1280, 960), lens="wide")
+
+    def test_trusts_points_by_their_sigmas(self):
+        noise = numpy.where(numpy.arange(len(self.target)) % 2, 0.02, 1.0)
+        pictures, _ = self.photographs(noise[:, None])
+        weighted = self.calibrate(pictures, sigmas=[noise] * 12)
+        self.assertLess(weighted.intrinsics_sigmas[0], 0.4 * self.calibrate(pictures).intrinsics_sigmas[0])
+
+    def test_names_photographs_that_are_left_out(self):
+        pictures, _ = self.photographs(0.05)
+        pictures[7] = numpy.random.default_rng(1).permutation(pictures[7])
+        [(photograph, reason)] = self.calibrate(pictures).left_out
+        self.assertEqual(photograph, 7)
+        self.assertIn(" ", reason)
 
 
 if __name__ == "__main__":

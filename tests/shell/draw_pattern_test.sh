@@ -71,7 +71,14 @@ done
 width() { od -An -tu4 --endian=big -j16 -N4 "$1" | tr -d ' '; }
 [ $(((2 * $(width 100.png) - $(width 200.png)) / 2)) -eq 0 ] || fail "--resolution: $(width 100.png) and $(width 200.png) pixels"
 
+# Options replace what the file says, also if it has values of another type.
+echo '{"Paper":"A4","PrintScale":"none","Patterns":[{"GridSpacing":12}]}' >typed.json
+ends 0 --json typed.json --paper 200x287 --print-scale 0.99,1 -o replaced.json
+says <(tr -d ' \n' <replaced.json) '"PrintScale":[0.99,1],"Paper":[200,287]'
+
 # A wrong call gets a message that names the mistake, and writes nothing.
+printf '{"Patterns":[{"GridSpacing":12}]}\0{}' >zero.json
+sed 's/"Version": 1/"Version": 2/' first.json >version2.json
 while IFS='|' read -r arguments text; do
   eval "ends 2 $arguments"
   says err "draw_pattern: ${text/VERB/$verb}"
@@ -92,7 +99,10 @@ custom --grid-spacing 5 -o no.xyz|Parameter "Filename" is "no.xyz";
 --from . -o no.pdf|The file "." cannot be used: it cannot be VERB.
 --from first.pdf -o no.pdf|The file "first.pdf" cannot be used: it is not JSON
 --from parameters.json -o no.pdf|The file "parameters.json" is not a pattern file of version 1.
+--from version2.json -o no.pdf|The file "version2.json" is not a pattern file of version 1.
+--json zero.json -o no.pdf|The file "zero.json" cannot be used: it is not JSON
 --json <(echo 5) -o no.pdf|The file
+custom --grid-spacing 5 --wide -o no.pdf|The following argument was not expected: --wide (see draw_pattern --help)
 ROWS
 
 ends 1 custom --grid-spacing 5 -o absent/no.pdf
