@@ -16,6 +16,9 @@ if(TARGET LmCalTab)
     DESTINATION ${CMAKE_INSTALL_BINDIR}/platforms COMPONENT programs)
   install(FILES $<TARGET_FILE:Qt5::QWindowsVistaStylePlugin>
     DESTINATION ${CMAKE_INSTALL_BINDIR}/styles COMPONENT programs)
+  if(TARGET LmView) # its reports contain JPEG pictures
+    install(FILES $<TARGET_FILE:Qt5::QJpegPlugin> DESTINATION ${CMAKE_INSTALL_BINDIR}/imageformats COMPONENT programs)
+  endif()
 endif()
 
 if(MINGW)

@@ -21,6 +21,7 @@
 #include "pattern_reader/reading_json.h"
 #include "pattern_reader/reading_picture.h"
 #include "shell/program_run.h"
+#include "shell/standard_streams.h"
 
 namespace {
 
@@ -121,7 +122,7 @@ bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, con
         written = false;
     }
     if (!written) {
-        std::cerr << "read_pattern: The drawing \"" << path << "\" cannot be written.\n";
+        shell::writeError("read_pattern: The drawing \"" + path + "\" cannot be written.\n");
     }
     return written;
 }
@@ -161,7 +162,7 @@ ordered_json readImage(const std::string &path, const Arguments &arguments, bool
         }
         succeeded = arguments.drawing.empty() || draw(photograph.grey, readings, arguments.drawing);
     } catch (const std::exception &error) {
-        std::cerr << std::string("read_pattern: ") + error.what() + "\n";
+        shell::writeError(std::string("read_pattern: ") + error.what() + "\n");
         json["error"] = error.what();
         succeeded = false;
     }

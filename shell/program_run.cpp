@@ -24,7 +24,7 @@ int codeOf(const CLI::App &program, const std::function<bool()> &work) {
 }  // namespace
 
 void report(const CLI::App &program, const std::string &text) {
-    std::cerr << program.get_name() + ": " + text + "\n" << std::flush;
+    writeError(program.get_name() + ": " + text + "\n");
 }
 
 int runProgram(CLI::App &program, int argumentCount, char **arguments, const std::function<bool()> &work) {

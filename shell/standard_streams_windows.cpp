@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
+#include <iostream>
 
 #include "shell/standard_streams.h"
 
@@ -16,7 +17,13 @@ UINT terminalEncoding = 0;
 
 }  // namespace
 
+void writeError(const std::string &text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr);
+}
+
 void prepareStandardStreams() {
+    std::cerr.setstate(std::ios_base::failbit);
     // In text mode, a line feed would become two characters, and an input would end at the first byte with the value
     // 26.
     for (std::FILE *stream : {stdin, stdout, stderr}) {

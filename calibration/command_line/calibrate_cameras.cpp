@@ -21,6 +21,7 @@
 #include "calibration/output/result_files.h"
 #include "calibration/report/report_page.h"
 #include "shell/program_run.h"
+#include "shell/standard_streams.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ public:
     void show(const std::string &text) {
         if (isShown && text != last) {
             const size_t width = std::max(last.size(), text.size());
-            std::cerr << '\r' << text << std::string(width - text.size(), ' ') << '\r' << std::flush;
+            shell::writeError('\r' + text + std::string(width - text.size(), ' ') + '\r');
             last = text;
         }
     }
@@ -53,7 +54,7 @@ private:
 };
 
 void message(const std::string &text) {
-    std::cerr << "calibrate_cameras: " + text + "\n";
+    shell::writeError("calibrate_cameras: " + text + "\n");
 }
 
 // Formats a number with a fixed number of decimal places.

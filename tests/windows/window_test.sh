@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# LmCalTab and LmView for Windows in real windows under wine, with the mouse and the keyboard: changes a value on every
-# page, saves every page in every format into a folder with a name in several scripts, goes on to LmView, drops
-# photographs into it and saves the results. The files are the same as on this system.
-#   window_test.sh TREE BUILD [FOLDER_FOR_PICTURES]
-# TREE is an unpacked zip, and BUILD this system's build with draw_pattern, calibrate_cameras and drop_files. Needs a
-# desktop of its own (tests/with_desktop.sh), wine and xclip.
+# LmCalTab for Windows in a real window under wine, with the mouse and the keyboard: changes a value on every page, saves
+# every page in every format into a folder with a name in several scripts, and ends. The files are the same as on this
+# system.
+#   window_test.sh FOLDER_OF_PACKAGES BUILD [FOLDER_FOR_PICTURES]
+# BUILD is this system's build with draw_pattern. Needs a desktop of its own (tests/with_desktop.sh), wine
+# and xclip.
 set -u
-tree=$(realpath "$1") build=$(realpath "$2") pictures=${3:-}
+packages=$(realpath "$1") build=$(realpath "$2") pictures=${3:-}
 source=$(realpath "$(dirname "$0")/../..")
 run=$source/packaging/windows/wine_run
 folder=$(mktemp -d)
@@ -14,7 +14,9 @@ export WINEPREFIX=$folder/wine
 unset LMCALTAB_DLL_FOLDERS QT_QPA_PLATFORM
 trap '/usr/lib/wine/wineserver64 -k 2>/dev/null; wait; rm -rf "$folder"' EXIT
 target="$folder/日本語 Größe"
-mkdir "$target"
+mkdir "$target" "$folder/Prüf 図"
+unzip -q "$packages"/LmCalTab-*-win64.zip -d "$folder/Prüf 図"
+tree=$(echo "$folder/Prüf 図"/LmCalTab-*-win64)
 
 picture() { [ -z "$pictures" ] || import -window root "$pictures/$1.png"; }
 fail() {
@@ -39,7 +41,7 @@ activate() {
   sleep 0.3
 }
 keys() { xdotool key --delay 40 "$@"; }
-# until CONDITION TITLE COMMAND...: repeats the command, since a window that was just shown may miss it.
+# until_window CONDITION TITLE COMMAND...: repeats the command, since a window that was just shown may miss it.
 until_window() {
   local condition=$1 title=$2 i
   for _ in $(seq 30); do
@@ -98,9 +100,15 @@ cp "$folder/linux/custom.pdf" "$folder/linux/bare custom.pdf"
 diff -r "$folder/linux" "$target" || fail "not the files of this system"
 # Each changed value is in the file.
 has() { tr -d ' \n' <"$target/$1.json" | grep -qF "$2" || fail "$1.json does not have $2"; }
-has official '"Type":"Plate72"'
-has custom '"GridSpacing":72'
+has official '"Type":"Plate64"'
+has custom '"GridSpacing":16'
 has flexible '"GridSize":[21,9]'
 [ "$(grep -c '"AssemblyPattern": [0-2],' "$target/assembly.json")" -eq 3 ] || fail "not three patterns in assembly.json"
-has halcon '"GridSpacing":5'
+has halcon '"GridSpacing":10'
 echo "LmCalTab: $(find "$target" -type f | wc -l) files, all as on this system"
+
+activate "Generate Calibration Pattern"
+keys alt+F4
+wait "$program"
+code=$?
+[ "$code" -eq 0 ] || fail "LmCalTab ended with $code: $(cat "$folder/said")"
