@@ -89,11 +89,14 @@ std::optional<Eigen::MatrixXd> inverseOf(const Eigen::MatrixXd &information) {
     if (!information.allFinite() || (diagonal.size() > 0 && !(diagonal.minCoeff() > 0))) {
         return std::nullopt;
     }
+    if (diagonal.size() == 0) {
+        return information;  // Eigen's solver needs at least one row
+    }
     // With a unit diagonal, the eigenvalues do not depend on the parameters' units.
     const Eigen::VectorXd scale = diagonal.cwiseSqrt().cwiseInverse();
     const Eigen::MatrixXd scaled = scale.asDiagonal() * information * scale.asDiagonal();
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver((scaled + scaled.transpose()) / 2);
-    if (scaled.rows() > 0 && solver.info() != Eigen::Success) {
+    if (solver.info() != Eigen::Success) {
         return std::nullopt;
     }
     constexpr double roundingError = 1e-15;

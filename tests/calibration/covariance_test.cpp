@@ -90,4 +90,37 @@ TEST(Covariance, isAbsentIfAFocalLengthCannotBeKnown) {
     EXPECT_TRUE(isUnknown);
 }
 
+TEST(Covariance, countsThePoseOfEachMomentAsUnknown) {
+    // With few corners, the poses take a large part of the information: six of every twenty residuals or so.
+    constexpr int runs = 12;
+    double mean = 0;
+    for (int run = 0; run < runs; run++) {
+        Scene scene = makeScene(0.1, unsigned(100 + run));
+        for (Sighting &sighting : scene.observations.sightings) {
+            std::vector<SeenCorner> few;
+            for (size_t i = 0; i < sighting.corners.size(); i += sighting.corners.size() / 5) {
+                few.push_back(sighting.corners[i]);
+            }
+            sighting.corners = few;
+        }
+        SolveOptions options;
+        options.freedom.shapes = {{PrintShape::ratio}, {0, 1, 2, 3, 4, 5}};
+        Estimate estimate = scene.truth;
+        ASSERT_TRUE(solveJointly(scene.observations, options, estimate));
+        mean += covarianceOf(scene.observations, options.freedom, estimate).value().varianceFactor() / runs;
+    }
+    EXPECT_NEAR(mean, 1, 0.07);
+}
+
+TEST(Covariance, isAbsentIfNothingWasSeen) {
+    Scene scene = makeScene(0.1);
+    Freedom nothing;
+    nothing.intrinsics = nothing.rig = nothing.prints = false;
+    const std::optional<Covariance> fixed = covarianceOf(scene.observations, nothing, scene.truth);
+    ASSERT_TRUE(fixed) << "of nothing but the poses";
+    EXPECT_NEAR(fixed->varianceFactor(), 1, 0.1);
+    scene.observations.sightings.clear();
+    EXPECT_FALSE(covarianceOf(scene.observations, {}, scene.truth));
+}
+
 }  // namespace
