@@ -96,4 +96,27 @@ inline Scene makeScene(double noise, unsigned seed = 3) {
     return scene;
 }
 
+// Computes all corners again, after a change of the truth, and again leaves out sightings with few corners.
+inline void seeAgain(Scene &scene, double noise, unsigned seed = 3) {
+    std::mt19937 random(seed);
+    Observations &observations = scene.observations;
+    observations.sightings.clear();
+    for (int photograph = 0; photograph < int(observations.photographs.size()); photograph++) {
+        for (int print = 0; print < int(observations.prints.size()); print++) {
+            const Sighting sighting =
+                see(scene, photograph, print, scene.truth.worldFromPrint[size_t(print)], noise, random);
+            if (sighting.corners.size() >= 12) {
+                observations.sightings.push_back(sighting);
+            }
+        }
+    }
+}
+
+// Leaves only the photographs of the first camera in use.
+inline void useFirstCameraOnly(Scene &scene) {
+    for (Sighting &sighting : scene.observations.sightings) {
+        sighting.isUsed = scene.observations.photographs[size_t(sighting.photograph)].camera == 0;
+    }
+}
+
 }  // namespace calibration

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "tests/camera_library/temporary_folder.h"
@@ -47,6 +48,42 @@ TEST_F(CornerList, readsLevelsAndCornersThatWereNotSeen) {
     EXPECT_EQ(corners[5].image, Eigen::Vector2d(6.25, 10));
     EXPECT_DOUBLE_EQ(corners[5].sigma, 4 * corners[0].sigma);
     EXPECT_EQ(observations.prints[0].points[6], Eigen::Vector2d(50, 25));
+}
+
+TEST_F(CornerList, findsPicturesBesideTheListAndTheMomentsOfARig) {
+    std::string text;
+    for (const char *name : {"l/1.pgm", "l/2.pgm", "r/2.pgm", "r/1.pgm"}) {
+        for (int i = 0; i < 12; i++) {
+            const std::string level = i == 0 ? "-1" : i == 1 ? "21" : "20";
+            text += std::string(name) + " " + std::to_string(10 * i) + " 70 " + level + "\n";
+        }
+    }
+    const std::string list = write(text);
+    std::filesystem::create_directory(folder.file("r"));
+    writeBytes(folder.file("1.pgm"), "P5 200 100 255\n");  // in the folder of the list itself
+    writeBytes(folder.file("2.pgm"), "P5 200 100 255\n");
+    writeBytes(folder.file("r/1.pgm"), "P5 300 150 255\n");  // preferred to the other
+    writeBytes(folder.file("r/2.pgm"), "P5 300 150 255\n");
+    auto photographs = loadCornerList(list);
+    for (ListedPhotograph &photograph : photographs) {
+        photograph.camera = photograph.name.substr(0, 1);
+        findPictureSize(photograph, list);
+    }
+    const auto collected = collectObservations(photographs, {4, 3, 25}, true);
+    const Observations &observations = collected.observations;
+    ASSERT_EQ(observations.cameras.size(), 2U);
+    EXPECT_EQ(observations.cameras[0].width, 200);
+    EXPECT_EQ(observations.cameras[0].height, 100);
+    EXPECT_EQ(observations.cameras[1].width, 300);
+    std::vector<int> moments;
+    for (const Photograph &photograph : observations.photographs) {
+        moments.push_back(photograph.moment);
+    }
+    EXPECT_EQ(moments, (std::vector<int>{0, 1, 1, 0}));
+    for (const Sighting &sighting : observations.sightings) {
+        EXPECT_EQ(sighting.corners.size(), 10U) << "levels below 0 and above 20 do not count";
+        EXPECT_EQ(sighting.corners[0].point, 2);
+    }
 }
 
 TEST_F(CornerList, namesTheWrongLine) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "calibration/input/camera_groups.h"
 
 namespace calibration {
@@ -141,6 +143,114 @@ TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
     EXPECT_EQ(collected.notices[1], "The Flexible pattern is in no photograph.");
 }
 
+// A reading of those marks of a plate that are in two columns of its lattice. The block is read if the grid spacing is
+// not 0.
+PatternReading plate(double gridSpacing, cv::Point offset) {
+    PatternReading result;
+    result.kind = PatternKind::Plate;
+    for (int y = 2; y <= 14; y += 2) {
+        for (const int x : {4, 6}) {
+            result.corners.push_back({cv::Point2f(float(10 * x), float(10 * y)), {x, y}, 0.02F, false});
+        }
+    }
+    if (gridSpacing > 0) {
+        result.values.emplace();
+        result.values->gridSpacing = gridSpacing;
+        result.values->offset = offset;
+    }
+    return result;
+}
+
+TEST(PhotographObservations, tellPlatesApartByTheirOffsets) {
+    const auto one =
+        collectObservations({photograph("a", {plate(30, {0, 0})}), photograph("b", {plate(0, {})})}, {}, false);
+    ASSERT_EQ(one.observations.prints.size(), 1U) << "the only plate that is known";
+    ASSERT_EQ(one.observations.sightings.size(), 2U);
+    const Print &print = one.observations.prints[0];
+    EXPECT_EQ(print.points.size(), 49U);
+    for (const Sighting &sighting : one.observations.sightings) {
+        for (const SeenCorner &corner : sighting.corners) {
+            // A lattice step is half a grid spacing, and the middle mark is at 8.
+            const Eigen::Vector2d lattice = corner.image / 10;
+            EXPECT_EQ(print.points[size_t(corner.point)], (lattice - Eigen::Vector2d(8, 8)) * 15);
+        }
+    }
+    // The plate whose block was not read is one of the two others, even if the user has given a grid spacing.
+    PrintedTarget target;
+    target.gridSpacing = 30;
+    const auto two = collectObservations(
+        {photograph("a", {plate(30, {0, 0})}), photograph("b", {plate(30, {9, 0})}), photograph("c", {plate(0, {})})},
+        target, false);
+    ASSERT_EQ(two.observations.prints.size(), 2U);
+    EXPECT_EQ(two.observations.prints[0].name, "the plate");
+    EXPECT_EQ(two.observations.prints[1].name, "the plate (2)");
+    EXPECT_EQ(two.observations.prints[1].points[0] - two.observations.prints[0].points[0], Eigen::Vector2d(270, 0));
+    EXPECT_EQ(reasonFor(two, "c"), "It shows the plate, which may be any of several of the patterns.");
+}
+
+TEST(PhotographObservations, takeTheGridSpacingOfMostBlocksAndOnlyMeasuredCorners) {
+    PatternReading partly = tile(3, 12);
+    partly.corners[0].sigma = 0;  // it could not be measured
+    const auto collected = collectObservations({photograph("a", {tile(3, 16)}), photograph("b", {partly}),
+                                                photograph("x/../b2", {tile(3, 12)}), photograph("b2", {tile(3, 12)})},
+                                               {}, false);
+    ASSERT_EQ(collected.observations.prints.size(), 1U);
+    EXPECT_EQ(collected.observations.prints[0].number, 2);
+    EXPECT_EQ(collected.observations.prints[0].points.back(), Eigen::Vector2d(42, 42)) << "12 mm, and not 16 mm";
+    ASSERT_EQ(collected.observations.sightings.size(), 2U);
+    EXPECT_EQ(collected.observations.sightings[0].corners.size(), tile(3).corners.size() - 1);
+    EXPECT_EQ(reasonFor(collected, "b2"), "It was given before.");
+}
+
+TEST(PhotographObservations, takeTheLargestOfSeveralPlainBoards) {
+    PrintedTarget target;
+    target.square = 25;
+    const PatternReading board = reading(PatternKind::Board, -1, {1, 1}, {9, 6});
+    PatternReading texture = board;
+    for (auto &corner : texture.corners) {
+        corner.image = corner.image / 4 + cv::Point2f(300, 300);
+    }
+    PatternReading other = board;
+    other.orientations = 2;
+    for (auto &corner : other.corners) {
+        corner.image = corner.image / 2 + cv::Point2f(200, 200);
+    }
+    const auto collected = collectObservations(
+        {photograph("texture", {texture, board}), photograph("two", {board, other})}, target, false);
+    ASSERT_EQ(collected.observations.sightings.size(), 1U);
+    EXPECT_EQ(collected.observations.sightings[0].corners[0].image, Eigen::Vector2d(10, 10));
+    EXPECT_EQ(reasonFor(collected, "two"), "It shows the board 2 times, so it is not known which of them is meant.");
+    ASSERT_EQ(collected.notices.size(), 1U);
+    EXPECT_EQ(collected.notices[0].find("The board looks the same after a turn"), 0U) << "half a turn";
+}
+
+TEST(PhotographObservations, linkTheCamerasOfARigAndLeaveOutThoseThatSawNothing) {
+    std::vector<ReadPhotograph> photographs;
+    for (const char *camera : {"blind", "left", "right"}) {
+        for (const char *name : {"7", "8", "9"}) {
+            const bool isEmpty = std::string(camera) == "blind" || (std::string(camera) == "left" && *name == '7');
+            photographs.push_back(photograph(std::string(camera) + "/" + name + ".png",
+                                             isEmpty ? std::vector<PatternReading>() : std::vector{tile(1, 12)}));
+            photographs.back().file.camera = camera;
+        }
+    }
+    const auto collected = collectObservations(photographs, {}, true);
+    const Observations &observations = collected.observations;
+    ASSERT_EQ(observations.cameras.size(), 2U);
+    EXPECT_EQ(observations.cameras[0].name, "left");
+    EXPECT_EQ(observations.cameras[1].name, "right");
+    ASSERT_EQ(observations.photographs.size(), 5U);
+    std::vector<std::pair<int, int>> taken;
+    for (const Photograph &one : observations.photographs) {
+        taken.emplace_back(one.camera, one.moment);
+    }
+    // Moments are numbered from 0 in the order in which they appear: left/8, left/9, and right/7 alone.
+    EXPECT_EQ(taken, (std::vector<std::pair<int, int>>{{0, 0}, {0, 1}, {1, 2}, {1, 0}, {1, 1}}));
+    EXPECT_EQ(observations.moments, 3);
+    ASSERT_EQ(collected.notices.size(), 1U);
+    EXPECT_EQ(collected.notices[0], "No photograph of blind shows a pattern, so this camera is left out.");
+}
+
 TEST(CameraGroups, groupBySizeAndNameAndKeepGivenNames) {
     const auto groups = groupByCamera({{"1", "", "A", 640, 480},
                                        {"2", "", "B", 640, 480},
@@ -167,13 +277,16 @@ TEST(CameraGroups, findTheMomentsOfARig) {
         std::vector<std::string> paths;
         std::vector<int> moments;
     };
-    const std::vector<int> cameras{0, 0, 1, 1};
     for (const Row &row : {
              Row{{"l/a1.png", "l/b2.png", "r/b2.jpg", "r/a1.jpg"}, {0, 1, 1, 0}},
              Row{{"left01.jpg", "left12.jpg", "right012.jpg", "right2.jpg"}, {0, 1, 1, 2}},
              Row{{"left1.jpg", "left2.jpg", "front8.jpg", "front9.jpg"}, {0, 1, 0, 1}},
              Row{{"a/x.jpg", "a/y.jpg", "b/z.jpg", "b/w.jpg"}, {0, 1, 0, 1}},
+             // Only one of three numbers is the same, which is chance.
+             Row{{"left1.jpg", "left2.jpg", "left3.jpg", "right3.jpg", "right4.jpg", "right5.jpg"}, {0, 1, 2, 0, 1, 2}},
          }) {
+        std::vector<int> cameras(row.paths.size(), 0);
+        std::fill(cameras.begin() + std::ptrdiff_t(cameras.size() / 2), cameras.end(), 1);
         EXPECT_EQ(momentsOfRig(row.paths, cameras), row.moments) << row.paths[0];
     }
     EXPECT_THROW(momentsOfRig({"x.jpg", "y.jpg", "z.jpg"}, {0, 0, 1}), std::runtime_error);
