@@ -142,7 +142,9 @@ public:
         if (!inverse || !(freeRows > 0)) {
             return false;
         }
-        result.factor = squares / freeRows;
+        // Computed corners can fit exactly. With a factor of 0, even what they do not determine would seem certain.
+        constexpr double leastFactor = 1e-30;
+        result.factor = std::max(squares / freeRows, leastFactor);
         result.matrix = result.factor * *inverse;
         return true;
     }
