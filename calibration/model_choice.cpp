@@ -64,6 +64,12 @@ Observations enough(const Observations &all, int camera) {
         number++;
     }
     Observations some{all.cameras, all.photographs, all.prints, {}, all.moments};
+    if (camera >= 0) {
+        // With photographs of other cameras, this camera would be a part of their rig, where nothing gives it a pose.
+        for (Photograph &photograph : some.photographs) {
+            photograph.camera = camera;
+        }
+    }
     for (const Sighting &sighting : all.sightings) {
         if (isMeant(sighting) && taken.count(all.photographs[size_t(sighting.photograph)].moment) > 0) {
             some.sightings.push_back(sighting);

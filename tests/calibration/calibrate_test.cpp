@@ -90,6 +90,17 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     EXPECT_EQ(result.prints[0].translationSigma.norm(), 0);
     EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
     EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
+    // The models of each kind predict held-out corners as well as their noise allows, but only those of the right kind.
+    for (size_t camera = 0; camera < 2; camera++) {
+        ASSERT_GE(result.cameras[camera].trials.size(), 5U);
+        for (const ModelTrial &trial : result.cameras[camera].trials) {
+            if (trial.lens == result.observations.cameras[camera].lens) {
+                EXPECT_NEAR(trial.heldOutError, 0.05 * std::sqrt(2), 0.015) << camera;
+            } else if (trial.lens == LensModel::Pinhole4 || trial.lens == LensModel::Fisheye) {
+                EXPECT_GT(trial.heldOutError, 0.05 * std::sqrt(2)) << camera << " " << nameOf(trial.lens);
+            }
+        }
+    }
     // No photograph shows a print in the corners of the fisheye's picture.
     EXPECT_NE(result.verdict.grade, Grade::Good);
     ASSERT_TRUE(result.next);
@@ -306,6 +317,44 @@ TEST(Calibrate, choosesModelsAgainIfAnotherChoiceIsWanted) {
     EXPECT_EQ(bendsOfPrint(result, 1), 0);
 }
 
+TEST(Calibrate, choosesModelsAgainOnlyIfThePreviousChoiceIsOutOfDate) {
+    struct Row {
+        int photographs;  // that the previous choice was made from; there are 14 now
+        bool mayBend;
+        bool isKept;
+    };
+    for (const Row &row : {Row{14, true, true}, Row{10, true, true}, Row{21, true, true}, Row{9, true, false},
+                           Row{22, true, false}, Row{14, false, false}}) {
+        const Scene scene = makeSmallScene();
+        Calibration previous = calibrationOf(scene);
+        previous.modelOrigin = {LensModel::Pinhole5, true, row.photographs};
+        previous.observations.sightings.clear();
+        // A bend that no corner needs is kept with the previous models, and taken back otherwise.
+        previous.freedom.shapes[0] = {PrintShape::ratio, 3, 4, 5};
+        CalibrateOptions options;
+        options.previous = std::make_shared<Calibration>(previous);
+        options.lens = LensModel::Pinhole5;
+        options.mayBend = row.mayBend;
+        const Calibration result = calibrate(scene.observations, options);
+        EXPECT_EQ(bendsOfPrint(result, 0), row.isKept ? 3 : 0) << row.photographs << row.mayBend;
+        EXPECT_EQ(result.modelOrigin.photographs, row.isKept ? row.photographs : 14);
+    }
+}
+
+TEST(Calibrate, tellsHowFarItIs) {
+    CalibrateOptions options;
+    options.lens = LensModel::Pinhole5;
+    options.mayBend = false;
+    std::vector<std::pair<Stage, double>> told;
+    options.onProgress = [&](Stage stage, double share) { told.emplace_back(stage, share); };
+    calibrate(makeSmallScene().observations, options);
+    ASSERT_FALSE(told.empty());
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    EXPECT_EQ(told.front(), std::pair(Stage::StartValues, 0.0));
+    EXPECT_EQ(told.back(), std::pair(Stage::JudgingTrust, 1.0));
+    EXPECT_TRUE(std::all_of(told.begin(), told.end(), [](const auto &one) { return one.second >= 0; }));
+}
+
 TEST(Calibrate, endsWithinAnIterationOfBeingCancelled) {
     const Scene scene = makeScene(0.05);
     std::atomic<int> asked{0};
@@ -336,8 +385,19 @@ TEST(Calibrate, refusesWhatDeterminesNothing) {
         }
         frontal.sightings.push_back(sighting);
     }
-    for (const auto &[observations, text] : std::vector<std::pair<Observations, std::string>>{
-             {none, "No photograph"}, {one, "Only one photograph"}, {frontal, "too few directions"}}) {
+    // The same without noise: the residuals are tiny, but they say no more.
+    Observations exact = frontal;
+    for (Sighting &sighting : exact.sightings) {
+        for (SeenCorner &corner : sighting.corners) {
+            const double distance = 1.5 + 0.05 * sighting.photograph;
+            corner.image = Eigen::Vector2d(600, 450) + distance * exact.prints[0].points[size_t(corner.point)];
+        }
+    }
+    for (const auto &[observations, text] :
+         std::vector<std::pair<Observations, std::string>>{{none, "No photograph"},
+                                                           {one, "Only one photograph"},
+                                                           {frontal, "too few directions"},
+                                                           {exact, "too few directions"}}) {
         try {
             calibrate(observations);
             ADD_FAILURE() << "not refused: " << text;
