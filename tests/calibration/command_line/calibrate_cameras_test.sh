@@ -93,6 +93,35 @@ says listed/camchain.yaml 'distortion_model: radtan'
 ends 2 --corners corners.txt --board 9x6 --square 25 --out none
 says err 'give --image-size'
 
+# Two cameras of a rig see the same board, the right one 80 mm further to the right. One photograph was taken with
+# another zoom. Bars of 200 mm were measured instead of bars of 100 mm.
+awk 'BEGIN { for (camera = 0; camera < 2; camera++) for (k = 0; k < 12; k++)
+  for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
+    a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
+    w = sin(a) * t; y = cos(a) * t; x = cos(b) * s + sin(b) * w; w = cos(b) * w - sin(b) * s + 450
+    seed = (seed * 7 + 31 * k + row + 11 * column) % 101; noise = (seed - 50) / 1000
+    f = 900; if (camera == 1 && k == 5) f = 1200
+    u = f * (x + 40 * cos(k) + 40 - 80 * camera) / w + 500 + noise; v = f * (y + 30 * sin(k)) / w + 400 - noise
+    print (camera ? "right" : "left") k ".png", u, v
+  } }' >rig.txt
+ends 0 --rig --corners rig.txt --camera 'left=left*' --camera 'right=right*' --board 9x6 --square 25 \
+  --image-size 1000x800 --model pinhole5 --measured 199.6x200 --axes 0:8:5 0:0:5 0:8:0 --out rig
+is_near rig/calibration.json 900 0.001
+says err 'right5.png: The photograph fits only a focal length that is 3[0-9] % longer'
+says out 'left: pinhole5, focal length [89][0-9][0-9]\.[0-9]* x .* 12 photographs, 648 corners$'
+says out '^All lengths rest on the measured size of'
+says out '^left is not in camchain.yaml, because this file format has no lens model pinhole5\.$'
+says rig/assembly.json 'defined by three corners'
+# numbers_of KEY FILE NUMBER: prints the numbers in the brackets after the key, at its occurrence with this number.
+numbers_of() { grep "\"$1\"" "$2" | sed -n "$3p" | tr -d '[]",' | cut -d: -f2; }
+# The baseline is 80 mm in the size of the drawing, which the print has not.
+numbers_of Translation rig/calibration.json 2 | awk '{ exit !(($1 + 80 * 0.999)^2 + $2^2 + $3^2 < 0.3) }' ||
+  fail "the baseline is $(numbers_of Translation rig/calibration.json 2)"
+numbers_of PrintScale rig/assembly.json 1 | awk '{ exit !(($1 * $2 - 0.998)^2 < 1e-10 && $1 < $2) }' ||
+  fail "the print's scale is $(numbers_of PrintScale rig/assembly.json 1)"
+ends 1 --corners corners.txt --board 9x6 --square 25 --image-size 1000x800 --measured 3=99.8x100 --out none
+says err 'pattern 3 is in no photograph'
+
 # Photographs that determine no calibration are refused.
 photographs same 3 0
 ends 1 --out none empty.png
