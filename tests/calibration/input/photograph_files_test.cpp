@@ -13,7 +13,7 @@ namespace {
 
 TEST(PhotographList, findsPicturesInAFolderOrByAPattern) {
     const TemporaryFolder folder;
-    for (const char *name : {"left10.PNG", "left2.png", "right1.jpg", "notes.txt", "b.Tiff", "*.png"}) {
+    for (const char *name : {"left10.PNG", "left2.png", "right1.jpg", "notes.txt", "b.Tiff"}) {
         writeBytes(folder.file(name), "");
     }
     std::filesystem::create_directory(folder.path() / "folder.png");
@@ -22,12 +22,12 @@ TEST(PhotographList, findsPicturesInAFolderOrByAPattern) {
         std::vector<std::string> found;
     };
     for (const Row &row : {
-             Row{"", {"*.png", "b.Tiff", "left10.PNG", "left2.png", "right1.jpg"}},
+             Row{"", {"b.Tiff", "left10.PNG", "left2.png", "right1.jpg"}},
              Row{"left*", {"left10.PNG", "left2.png"}},
              Row{"left?.p*", {"left2.png"}},
              Row{"?????10.PNG", {}},
              Row{"*t1*", {"left10.PNG", "right1.jpg"}},
-             Row{"*.png", {"*.png"}},  // there is a file with this name
+             Row{"*.png", {"left2.png"}},  // and not the folder
              Row{"notes.txt", {"notes.txt"}},
              Row{"absent.png", {"absent.png"}},
              Row{"x*.png", {}},
