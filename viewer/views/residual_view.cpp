@@ -59,8 +59,9 @@ ResidualView::ResidualView(QWidget *parent)
     chart->setSymbol(bar);
     chart->setSpacing(2);
     chart->attach(bars);
-    auto *rescaler = new QwtPlotRescaler(scatter->canvas(), QwtPlot::xBottom, QwtPlotRescaler::Expanding);
+    rescaler = new QwtPlotRescaler(scatter->canvas(), QwtPlot::xBottom, QwtPlotRescaler::Fitting);
     rescaler->setAspectRatio(1);
+    rescaler->setExpandingDirection(QwtPlotRescaler::ExpandBoth);
     connect(makePicker(scatter), qOverload<const QPointF &>(&QwtPlotPicker::selected), this, &ResidualView::chooseDot);
     connect(makePicker(bars), qOverload<const QPointF &>(&QwtPlotPicker::selected), this, &ResidualView::chooseBar);
 }
@@ -116,6 +117,10 @@ void ResidualView::showCamera(int camera) {
     const double range = qMax(0.01, rangeInRms * rms);
     scatter->setAxisScale(QwtPlot::xBottom, -range, range);
     scatter->setAxisScale(QwtPlot::yLeft, range, -range);
+    scatter->updateAxes();  // the rescaler keeps the present directions of the axes
+    rescaler->setIntervalHint(QwtPlot::xBottom, {-range, range});
+    rescaler->setIntervalHint(QwtPlot::yLeft, {-range, range});
+    rescaler->rescale();
     bars->setAxisScale(QwtPlot::xBottom, 0.5, qMax(1, heights.size()) + 0.5);
     summary->setText(tr("%1 rms per corner. Click a point or a bar to open its photograph. Red: corners that do not "
                         "count.")

@@ -12,6 +12,7 @@ class QwtPlot;
 class QwtPlotBarChart;
 class QwtPlotCurve;
 class QwtPlotPicker;
+class QwtPlotRescaler;
 
 class ResidualView : public CameraView {
     Q_OBJECT
@@ -41,6 +42,7 @@ private:
 
     QLabel *summary;
     QwtPlot *scatter;
+    QwtPlotRescaler *rescaler;  // of the scatter plot
     QwtPlot *bars;
     QwtPlotCurve *used;
     QwtPlotCurve *unused;
