@@ -319,7 +319,8 @@ private:
             while (xml.readNextStartElement()) {
                 const QString name = xml.name().toString();
                 const QString span = xml.attributes().value("colspan").toString();
-                html += "<" + name + (styleClass() == "n" ? " align=\"right\"" : " align=\"left\"") +
+                const bool isNumber = styleClass() == "n";  // must be known before content() reads on
+                html += "<" + name + (isNumber ? " align=\"right\"" : " align=\"left\"") +
                         (span.isEmpty() ? QString() : " colspan=\"" + span + "\"") + style + ">" + content() + "</" +
                         name + ">";
             }
