@@ -7,6 +7,7 @@
 #include <cmath>
 #include <complex>
 #include <csignal>
+#include <map>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
 
@@ -62,23 +63,29 @@ private:
     int frames = 0;
 };
 
-// A camera that loses single frames, and is unplugged after some.
+// A camera that loses single frames, and is unplugged after some. It remembers what it was asked for.
 class UnreliableCamera : public cv::VideoCapture {
 public:
     explicit UnreliableCamera(int frameCount) : framesLeft(frameCount) {}
     using cv::VideoCapture::open;
     bool open(int, int) override { return true; }
     bool isOpened() const override { return true; }
-    bool set(int, double) override { return true; }
+    bool set(int property, double value) override {
+        asked[property] = value;
+        return true;
+    }
     bool read(cv::OutputArray frame) override {
         losesNext = !losesNext;
         if (losesNext || framesLeft == 0) {
             return false;
         }
         --framesLeft;
-        cv::Mat(48, 64, CV_8UC3, cv::Scalar(1, 2, 3)).copyTo(frame);
+        picture.copyTo(frame);
         return true;
     }
+
+    cv::Mat picture = cv::Mat(48, 64, CV_8UC3, cv::Scalar(1, 2, 3));
+    std::map<int, double> asked;
 
 private:
     int framesLeft;
@@ -102,6 +109,9 @@ private slots:
     void keepsNoPartOfAPictureOnAFullDisk();
 #endif
     void noticesThatACameraIsUnplugged();
+    void takesFramesOfEveryKind();
+    void keepsColours();
+    void judgesSharpnessBySharpestFrame();
     void stopsAtOnce();
 };
 
@@ -116,6 +126,24 @@ void LiveCaptureTest::measuresTheBlurOfEdges() {
                  qPrintable(QString("%1 instead of %2 px").arg(measured).arg(expected)));
     }
     QVERIFY(!edgeBlur(frameOf(1), {}));
+
+    // The round marks of a plate, 60 pixels apart.
+    cv::Mat plate(600, 600, CV_8U, cv::Scalar(220));
+    pattern_reader::PatternReading marks;
+    marks.kind = pattern_reader::PatternKind::Plate;
+    for (int column = 0; column < 7; ++column) {
+        for (int row = 0; row < 7; ++row) {
+            const cv::Point middle(120 + 60 * column, 120 + 60 * row);
+            cv::circle(plate, middle, 15, cv::Scalar(30), cv::FILLED, cv::LINE_AA);
+            marks.corners.push_back({middle, {2 + 2 * column, 2 + 2 * row}});
+        }
+    }
+    for (const double added : {1.0, 2.0}) {
+        cv::Mat blurred;
+        cv::GaussianBlur(plate, blurred, {}, added);
+        const double measured = edgeBlur(blurred, {marks}).value_or(0);
+        QVERIFY2(std::abs(measured - added) < 0.3 * added, qPrintable(QString("%1 px").arg(measured)));
+    }
 }
 
 void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
@@ -281,6 +309,67 @@ void LiveCaptureTest::noticesThatACameraIsUnplugged() {
     QVERIFY(source.next().empty());
     QVERIFY(!source.isFile());
     QVERIFY2(source.endText().contains("unplugged"), qPrintable(source.endText()));
+}
+
+void LiveCaptureTest::takesFramesOfEveryKind() {
+    const struct {
+        const char *kind;
+        cv::Mat picture;
+        cv::Vec3b expected;
+    } cases[] = {{"colour", cv::Mat(4, 4, CV_8UC3, cv::Scalar(1, 2, 3)), {1, 2, 3}},
+                 {"grey", cv::Mat(4, 4, CV_8UC1, cv::Scalar(77)), {77, 77, 77}},
+                 {"16 bits", cv::Mat(4, 4, CV_16UC1, cv::Scalar(100 * 257)), {100, 100, 100}},
+                 {"with transparency", cv::Mat(4, 4, CV_8UC4, cv::Scalar(1, 2, 3, 9)), {1, 2, 3}}};
+    for (const auto &one : cases) {
+        auto camera = std::make_unique<UnreliableCamera>(1);
+        camera->picture = one.picture;
+        const std::map<int, double> &asked = camera->asked;
+        FrameSource source({0, {}, {1280, 720}}, std::move(camera));
+        QCOMPARE(source.open(), QString());
+        const cv::Mat frame = source.next();
+        QVERIFY2(frame.type() == CV_8UC3 && frame.at<cv::Vec3b>(1, 2) == one.expected, one.kind);
+        QCOMPARE(asked.at(cv::CAP_PROP_FRAME_WIDTH), 1280.0);
+        QCOMPARE(asked.at(cv::CAP_PROP_FRAME_HEIGHT), 720.0);
+    }
+}
+
+void LiveCaptureTest::keepsColours() {
+    const QTemporaryDir folder;
+    QImage orange(64, 48, QImage::Format_RGB32);
+    orange.fill(QColor(250, 120, 10));
+    for (int i = 0; i < 30; ++i) {
+        QVERIFY(orange.save(folder.filePath(QString("frame-%1.png").arg(i, 3, 10, QChar('0')))));
+    }
+    LiveCapture capture;
+    const QSignalSpy taken(&capture, &LiveCapture::pictureTaken);
+    const QSignalSpy frames(&capture, &LiveCapture::frameShown);
+    capture.start({0, folder.filePath("frame-000.png"), {}}, folder.filePath("kept"), {});
+    QTRY_VERIFY_WITH_TIMEOUT(frames.count() > 0, 60000);
+    QCOMPARE(frames[0][0].value<LiveFrame>().picture.pixelColor(1, 1), QColor(250, 120, 10));
+    capture.takePicture();
+    QTRY_VERIFY_WITH_TIMEOUT(taken.count() > 0, 60000);
+    QCOMPARE(QImage(taken[0][0].toString()).pixelColor(1, 1), QColor(250, 120, 10));
+}
+
+void LiveCaptureTest::judgesSharpnessBySharpestFrame() {
+    const struct {
+        double sharpest;  // pixels of blur, of the frames before
+        double blur;
+        bool hasEnough;
+        LiveState state;
+    } cases[] = {{0.5, 1.4, false, LiveState::Worth},   {0.5, 1.6, false, LiveState::Blurred},
+                 {1.6, 2.1, false, LiveState::Worth},   {1.6, 2.4, false, LiveState::Blurred},
+                 {2.4, 2.6, false, LiveState::Blurred}, {0.5, 1.4, true, LiveState::Enough}};
+    static const TargetView view = viewOf(frameOf(1));
+    for (const auto &one : cases) {
+        LiveDecision decision;
+        decision.setEnough(one.hasEnough);
+        QVERIFY(decision.judge(view, one.sharpest) == LiveState::Moving);
+        for (int i = 0; i < 3; ++i) {
+            decision.judge(view, one.sharpest);
+        }
+        QVERIFY2(decision.judge(view, one.blur) == one.state, qPrintable(QString::number(one.blur)));
+    }
 }
 
 // Stopping and starting again return at once. After that, nothing of the first run is shown.

@@ -11,6 +11,7 @@
 #include <csignal>
 #endif
 
+#include "tests/local_encoding.h"
 #include "viewer/session/session_file.h"
 
 namespace {
@@ -92,6 +93,15 @@ TEST(SessionFile, saysWhatIsWrong) {
 }
 
 #ifdef Q_OS_UNIX
+TEST(SessionFile, mayHaveAnyName) {
+    const LocalEncoding encoding;
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(LocalEncoding::euro() + ".lmview");
+    ASSERT_EQ(saveSession(file, someDocument(folder.path())), QString());
+    QString problem;
+    EXPECT_TRUE(openSession(file, problem)) << problem.toStdString();
+}
+
 TEST(SessionFile, keepsTheOldFileOnAFullDisk) {
     const QTemporaryDir folder;
     const QString file = folder.filePath("a.lmview");

@@ -2,12 +2,14 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QPainter>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <mutex>
 
+#include "tests/local_encoding.h"
 #include "viewer/session/session.h"
 
 namespace {
@@ -26,6 +28,23 @@ QStringList namesOf(const Session &session) {
     return names;
 }
 
+SessionPhotograph readPhotograph(const QString &path, const SessionSettings &settings = {}) {
+    SessionPhotograph photograph;
+    photograph.path = path;
+    readFromFile(photograph, settings, [] { return false; });
+    return photograph;
+}
+
+QByteArray contentsOf(const QString &path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void write(const QString &path, const QByteArray &bytes) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
 }  // namespace
 
 class SessionTest : public QObject {
@@ -35,7 +54,11 @@ private slots:
     void init();
     void readsPhotographsAndNamesThoseThatDoNotHelp();
     void listsFoldersInNaturalOrderAndNoFileTwice();
+    void readsFilesOfAnyNameAndSaysWhatIsWrongWithThem();
+    void readsThePlainBoardOfTheSettings();
     void calibratesOnceAfterReadingAndAgainAfterChanges();
+    void opensADocumentInPlaceOfItsPhotographs();
+    void takesOutWhileItReads();
     void showsAFirstResultWhileManyAreRead();
     void dropsResultsThatAreOutOfDate();
     void cancelsReading();
@@ -130,6 +153,63 @@ void SessionTest::readsPhotographsAndNamesThoseThatDoNotHelp() {
     QCOMPARE(includedIn(0), QVector<int>{list[0].id});
 }
 
+void SessionTest::readsFilesOfAnyNameAndSaysWhatIsWrongWithThem() {
+    const QTemporaryDir folder;
+    QImage noise(400, 300, QImage::Format_Grayscale8);
+    for (int i = 0; i < 400 * 300; ++i) {
+        noise.bits()[i] = uchar((i * 7919 + i / 13) % 251);
+    }
+    QVERIFY(noise.save(folder.filePath("noise.jpg"), "JPEG", 90));
+    const QByteArray whole = contentsOf(folder.filePath("noise.jpg"));
+    // The EXIF data have one entry, the camera's maker.
+    const char exif[] =
+        "\xFF\xE1\0\x22"
+        "Exif\0\0II*\0\x08\0\0\0\x01\0\x0F\x01\x02\0\x04\0\0\0Abc\0\0\0\0\0";
+    write(folder.filePath("exif.jpg"), whole.left(2) + QByteArray(exif, sizeof exif - 1) + whole.mid(2));
+    write(folder.filePath("CAPITAL.JPG"), whole);
+    write(folder.filePath("cut.jpg"), whole.left(whole.size() / 2));
+
+    QCOMPARE(photographFilesIn({folder.path()}).size(), 4);
+    const SessionPhotograph good = readPhotograph(folder.filePath("CAPITAL.JPG"));
+    QCOMPARE(good.state, PhotographState::Read);
+    QCOMPARE(QSize(good.width, good.height), QSize(400, 300));
+    QVERIFY(good.exifCamera.empty());
+    QCOMPARE(readPhotograph(folder.filePath("exif.jpg")).exifCamera, std::string("Abc"));
+    const QString problem = readPhotograph(folder.filePath("cut.jpg")).problem;
+    QVERIFY2(problem.contains("incomplete"), qPrintable(problem));
+#ifdef Q_OS_UNIX
+    const LocalEncoding encoding;
+    const QTemporaryDir localFolder;  // removed while its files have these names
+    const QString euro = localFolder.filePath(LocalEncoding::euro() + ".jpg");
+    write(euro, whole);
+    QCOMPARE(readPhotograph(euro).state, PhotographState::Read);
+    QCOMPARE(loadPicture(euro).size(), QSize(400, 300));
+#endif
+}
+
+void SessionTest::readsThePlainBoardOfTheSettings() {
+    const QTemporaryDir folder;
+    QImage board(640, 480, QImage::Format_Grayscale8);
+    board.fill(230);
+    QPainter painter(&board);
+    for (int column = 0; column < 10; ++column) {
+        for (int row = 0; row < 7; ++row) {
+            painter.fillRect(120 + 40 * column, 100 + 40 * row, 40, 40,
+                             (column + row) % 2 == 0 ? Qt::black : Qt::white);
+        }
+    }
+    painter.end();
+    QVERIFY(board.save(folder.filePath("board.png")));
+    SessionSettings settings;
+    QCOMPARE(readPhotograph(folder.filePath("board.png"), settings).readings->size(), size_t(0));
+    settings.board = QSize(9, 6);
+    const SessionPhotograph read = readPhotograph(folder.filePath("board.png"), settings);
+    QCOMPARE(read.readings->size(), size_t(1));
+    const auto &last = read.readings->at(0).corners.back();
+    QCOMPARE(QPoint(last.lattice.x, last.lattice.y), QPoint(9, 6));
+    QVERIFY(cv::norm(last.image - cv::Point2f(479.5F, 339.5F)) < 0.5);
+}
+
 void SessionTest::listsFoldersInNaturalOrderAndNoFileTwice() {
     const QTemporaryDir folder;
     QVERIFY(QDir(folder.path()).mkpath("below"));
@@ -171,10 +251,54 @@ void SessionTest::calibratesOnceAfterReadingAndAgainAfterChanges() {
     QTRY_COMPARE(session.result()->problem, QString("4"));
     QVERIFY(!record[3].hasPrevious);
 
-    session.remove({second});
+    session.remove({first});
     QTRY_COMPARE(session.result()->problem, QString("5"));
-    QCOMPARE(includedIn(4), QVector<int>{first});
-    QVERIFY(session.photograph(second) == nullptr);
+    QCOMPARE(includedIn(4), QVector<int>{second});
+    QVERIFY(session.photograph(first) == nullptr);
+    QCOMPARE(session.photograph(second)->path, examplePhotograph(2));
+
+    settings.mayBend = false;
+    session.setSettings(settings);
+    QTRY_COMPARE(session.result()->problem, QString("6"));
+    QVERIFY(!record[5].settings.mayBend);
+}
+
+void SessionTest::opensADocumentInPlaceOfItsPhotographs() {
+    Session session(scripted());
+    session.add({examplePhotograph(1), examplePhotograph(4)});
+    QTRY_VERIFY_WITH_TIMEOUT(session.result() != nullptr, 20000);
+    QCOMPARE(session.readingTotal(), 2);
+    SessionDocument document;
+    document.photographs = {{examplePhotograph(2), false}, {examplePhotograph(3), true}};
+    document.settings.arrangement = Arrangement::Rig;
+    session.open(document);
+    QVERIFY(session.result() == nullptr);
+    QCOMPARE(namesOf(session), QStringList({"photograph-02.jpg", "photograph-03.jpg"}));
+    QTRY_VERIFY_WITH_TIMEOUT(session.result() != nullptr, 20000);
+    QCOMPARE(includedIn(1), QVector<int>{session.photographs()[1].id});
+    QVERIFY(record[1].settings.arrangement == Arrangement::Rig);
+    QVERIFY(!record[1].hasPrevious);
+    QCOMPARE(session.readingTotal(), 2);  // of the photographs of this document only
+    QCOMPARE(session.readingDone(), 2);
+
+    const SessionDocument same = session.document();
+    QVERIFY(same.settings == document.settings);
+    QCOMPARE(same.photographs.size(), 2);
+    for (int i = 0; i < 2; ++i) {
+        QCOMPARE(same.photographs[i].path, document.photographs[i].path);
+        QCOMPARE(same.photographs[i].isIncluded, document.photographs[i].isIncluded);
+    }
+}
+
+void SessionTest::takesOutWhileItReads() {
+    Session session(scripted());
+    session.add({examplePhotograph(1), examplePhotograph(2)});
+    QTRY_COMPARE(session.photographs().size(), 2);
+    QVERIFY(session.isReading());
+    session.setIncluded({session.photographs()[0].id}, false);
+    QTRY_VERIFY_WITH_TIMEOUT(session.result() != nullptr, 20000);
+    QVERIFY(!session.photographs()[0].isIncluded);
+    QCOMPARE(includedIn(calls() - 1), QVector<int>{session.photographs()[1].id});
 }
 
 // Models that were chosen from some of the photographs must be chosen again from all of them.
