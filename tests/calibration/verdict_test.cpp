@@ -189,6 +189,16 @@ TEST(Verdict, namesAPrintThatMoved) {
     }
 }
 
+TEST(Verdict, callsNoPrintMovedForTwoSightings) {
+    // A third of this print's sightings are elsewhere, but two are too few to say that it moved.
+    Calibration calibration = good();
+    for (size_t i = 13; i < 24; i += 2) {
+        calibration.observations.sightings[i].print = 0;
+    }
+    leaveOut(calibration, 2, Misfit::Moved, 1);
+    EXPECT_EQ(joined(judged(calibration).notices).find("is elsewhere"), std::string::npos);
+}
+
 TEST(Verdict, saysWhatTheLengthsRestOnAndWhichPrintsAreNotLinked) {
     struct Row {
         std::vector<int> groups;
