@@ -80,14 +80,15 @@ void addTogether(ResultFiles &result, const Calibration &calibration, const std:
     }
 }
 
+// On Windows, names are UTF-8, as the programs' manifest demands. The constructor of fs::path does not know that there.
 fs::path targetOf(const std::string &folder, const std::string &name) {
-    return fs::path(name).has_parent_path() ? fs::path(name) : fs::path(folder) / name;
+    return fs::u8path(name).has_parent_path() ? fs::u8path(name) : fs::u8path(folder) / name;
 }
 
 void makeFolder(const std::string &folder) {
     std::error_code error;
-    fs::create_directories(folder, error);
-    if (!fs::is_directory(folder)) {
+    fs::create_directories(fs::u8path(folder), error);
+    if (!fs::is_directory(fs::u8path(folder))) {
         throw std::runtime_error("The folder \"" + folder + "\" cannot be made" +
                                  (error ? ": " + error.message() : std::string()) + ".");
     }
@@ -126,7 +127,7 @@ void writeResultFiles(const std::string &folder, const std::vector<ResultFile> &
     makeFolder(folder);
     file_writing::SafeFiles written;
     for (const ResultFile &file : files) {
-        written.write(targetOf(folder, file.name).string(), file.content);
+        written.write(targetOf(folder, file.name).u8string(), file.content);
     }
     written.commit();
 }
