@@ -1,5 +1,5 @@
-// A client in plain C99. It includes the library's header first, which shows that the header needs no other. It exits
-// without lmLibFinalize.
+// A client in plain C99. It includes only the library's header, which shows that the header needs no other header
+// before it. It exits without calling lmLibFinalize.
 #include "camera_library/lmlib64.h"
 
 int main(void) {

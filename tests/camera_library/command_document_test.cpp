@@ -50,7 +50,7 @@ Names allowed(const std::string &parameters) {
 TEST(CommandDocument, hasTheParametersThatTheParserAllows) {
     EXPECT_EQ(namesIn(section("## GenerateCalibrationPattern"), "\n\\| `(\\w+)`"), allowed(R"({"Bogus": [1, 0]})"));
 
-    // The table of types has a column for each entry of the parser's table, in its order.
+    // The document's table of types has one column for each entry of PatternTypes(), in the same order.
     std::map<std::string, Names> columnsOf;
     std::istringstream lines(section("### A pattern"));
     const std::regex row("\\| `(\\w+)` \\| (yes|no) \\| (yes|no) \\| (yes|no) \\| (yes|no) \\| (yes|no) \\|");

@@ -1,6 +1,6 @@
-// A client that uses the library while its static objects are destroyed. The object that does this in its destructor
-// was made before the first call into the library. So the main thread's thread-local storage is gone by then. The exit
-// code is 0 if the library still works.
+// A client that uses the library in the destructor of a static object. This object is made before the first call into
+// the library, so it is destroyed late: the main thread's thread-local storage is already gone then. The exit code is 0
+// if the library still works.
 #include <cstdlib>
 #include <cstring>
 

@@ -1,4 +1,5 @@
-// Tests the library in places other than the one where it was built. It is loaded and unloaded while the process runs.
+// Tests copies of the library in other folders than the one where it was built. Each copy is loaded and unloaded while
+// the process runs.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -33,9 +34,9 @@ protected:
         return (base / "share/lmcaltab/manual").string() + "\n" + (base / "bin/LmView").string();
     }
 
-    // Loads the library and returns the paths that it reports. The library is used on a thread that ends, because its
-    // thread-local storage would keep it loaded. It is unloaded without finalising, while its own thread runs commands
-    // or is about to.
+    // Loads the library and returns the paths that it reports. The library is used on a thread that ends before the
+    // library is unloaded, because the thread-local storage of a running thread would keep the library loaded. The
+    // library is unloaded without being finalised, while its own thread runs commands or is about to run them.
     static std::string load(const fs::path &file) {
         void *library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr) {

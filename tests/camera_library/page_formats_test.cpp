@@ -1,6 +1,6 @@
-// Tests the formats with one page per file. SVG and DXF files are rendered or read by other programs, PNG files by
-// OpenCV, and the result is compared with the page of the PDF. Other tests compare the PDF with the preview and with
-// the stated sizes.
+// Tests the formats with one page per file. Other programs render SVG files and read DXF files, and OpenCV reads PNG
+// files. The results are compared with the page of the PDF. Other tests compare the PDF with the preview and with the
+// stated sizes.
 #include <zlib.h>
 
 #include <algorithm>
@@ -35,7 +35,7 @@ protected:
         return file;
     }
 
-    // The page of an SVG or PDF file in this test's resolution.
+    // Returns the page of an SVG or PDF file, rendered at this test's resolution.
     cv::Mat rendered(const std::string &file) const {
         if (file.substr(file.size() - 4) == ".pdf") {
             return renderPage(file, 1, resolution);
@@ -81,7 +81,7 @@ TEST_F(PageFormats, svgDrawsThePageOfThePdf) {
         const cv::Mat printed = renderPage(pdf, 1, resolution);
         EXPECT_LT(difference(page(patternOnA4()), printed(patternOnA4())), 25.0) << pattern;
         EXPECT_LT(difference(page, printed), 60.0) << pattern;  // letters are spaced differently
-        // No text of a pattern has characters that must be escaped in XML.
+        // The JSON text has no characters that XML must escape, so the SVG contains it unchanged.
         const std::string json = outputOf("qpdf --show-attachment=pattern.json '" + pdf + "'");
         EXPECT_NE(text.find("<metadata id=\"pattern.json\">\n" + json + "</metadata>"), std::string::npos) << pattern;
         EXPECT_EQ(text.find("<path", text.find("<path id=\"check-bars\"") + 1), std::string::npos);
@@ -215,7 +215,7 @@ TEST_F(PageFormats, dxfHasTheShapesOfThePdfOnLayers) {
     }
 }
 
-// Returns the picture that a printer makes of it if the printer multiplies all lengths by these scales.
+// Returns the picture as it is printed by a printer that multiplies all lengths by these scales.
 cv::Mat printed(const cv::Mat &picture, double scaleX, double scaleY) {
     const cv::Point2d middle(picture.cols / 2.0 - 0.5, picture.rows / 2.0 - 0.5);
     const cv::Matx23d stretch(scaleX, 0, middle.x * (1 - scaleX), 0, scaleY, middle.y * (1 - scaleY));

@@ -83,8 +83,9 @@ TEST(PageLayout, takesTheSmallestPageThatHoldsThePattern) {
         double spacing;
         double width, height;
     };
-    // A page needs the width of the pattern with its quiet zone plus 10 mm. It needs the height plus 10 mm and two
-    // strips of 10.5 mm, because the pattern is centred.
+    // A standard page must be at least 10 mm wider and 31 mm higher than the pattern with its quiet zone: all margins
+    // are 5 mm, and the pattern is centred between two strips of 10.5 mm. A custom page is 20 mm wider, because it has
+    // room for a bar beside the pattern.
     const Case cases[]{
         {15, 15, 22.2, 210, 297}, {15, 15, 22.3, 297, 420}, {29, 15, 16, 297, 210}, {29, 15, 24, 420, 297},
         {15, 15, 45, 420, 594},   {29, 15, 35, 594, 420},   {15, 15, 64, 594, 841}, {29, 15, 50, 841, 594},
@@ -122,7 +123,8 @@ TEST_F(PrintedLayout, captionSaysAllThatThePrintDependsOn) {
 
 constexpr double mmPerInch = 25.4;
 
-// The length in pixels of the dark line that passes through the place along x or y. A white pixel ends it.
+// Returns the length in pixels of the dark line that passes through the place along x or y. The line ends at a white
+// pixel on either side.
 double lineLength(const cv::Mat &page, cv::Point2d place, bool isAlongY) {
     const cv::Point step = isAlongY ? cv::Point(0, 1) : cv::Point(1, 0);
     cv::Point at(cvRound(place.x), cvRound(place.y));

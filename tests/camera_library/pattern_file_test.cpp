@@ -7,8 +7,9 @@ namespace {
 
 using PatternFile = SavedPattern;
 
-// The first error in the PDF's table of objects; empty if there is none. Each entry must have 20 bytes and the position
-// of its object. Most readers do not report wrong entries, but search the file for the objects.
+// Returns the first error in the PDF's table of objects; empty if there is none. Each entry must be 20 bytes long and
+// state the position of its object. Most programs that read PDF files do not report a wrong entry but search the file
+// for the object.
 std::string complaintAboutTable(const std::string &bytes) {
     const std::size_t start = std::stoul(bytes.substr(bytes.rfind("startxref\n") + 10));
     const std::size_t first = bytes.find("0000000000 65535 f \n", start);
@@ -69,7 +70,7 @@ TEST_F(PatternFile, attachesWhatTheJsonFileHolds) {
     EXPECT_EQ(description["Version"], 1);
     const Json &p = first();
     EXPECT_EQ(p["Points"].size(), 11U * 20U);
-    // 11 columns, 20 rows: the reference point is column 5, row 9, and lies at the offset.
+    // With 11 columns and 20 rows, the reference point is in column 5 and row 9. It lies at the offset.
     EXPECT_EQ(p["ReferenceIndex"], parsedJson("[5, 9]"));
     EXPECT_EQ(p["Points"][9 * 11 + 5], parsedJson("[5, 9, 20.055, -6.685]"));
     EXPECT_EQ(p["Points"][9 * 11 + 6], parsedJson("[6, 9, 26.74, -6.685]"));

@@ -38,8 +38,8 @@ protected:
     bool polarity() const { return first()["Polarity"].get<bool>(); }
     bool isPlate() const { return first()["Kind"] == "RoundMarks"; }
 
-    // The printed picture around a place on an A4 page, given in millimetres from the page's middle. The place is
-    // within half a pixel of the picture's middle; `shift` is the remaining difference in pixels.
+    // Returns the printed picture around a place on an A4 page. `place` is in millimetres from the page's middle. It
+    // lies within half a pixel of the picture's middle; `shift` is set to the remaining difference in pixels.
     cv::Mat renderAround(cv::Point2d place, double pixelsPerMm, cv::Size size, cv::Point2d *shift = nullptr) const {
         const cv::Point2d corner = (middleOfA4 + place) * pixelsPerMm - cv::Point2d(size.width, size.height) / 2;
         const cv::Point pixel(cvRound(corner.x), cvRound(corner.y));
@@ -105,7 +105,8 @@ TEST_F(PatternOutput, placesPointsToAMicrometre) {
 }
 
 // Preview and PDF are filled by different rasterisers. A pixel of the preview is compared with the mean of many pixels
-// of the page. Positions on the page are rounded to its pixels, so the two differ by a few grey levels.
+// of the page. Positions on the page are rounded to whole pixels of the page, so the pixel and the mean differ by a few
+// grey levels.
 TEST_F(PatternOutput, previewsWhatItPrints) {
     constexpr int times = 16;
     constexpr int imageSize = 200;

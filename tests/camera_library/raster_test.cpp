@@ -113,7 +113,8 @@ TEST(Raster, takesOutlinesOfEveryShapeAndDirection) {
     }
 }
 
-// A checkerboard with marks in half of its squares, one square inside the picture's borders.
+// Returns a checkerboard that begins one square from the picture's left and top borders. About half of its squares,
+// chosen at random, have marks.
 std::vector<PixelRectangle> markedBoard(int squares, double side) {
     std::mt19937 random(1);
     std::vector<PixelRectangle> rectangles;

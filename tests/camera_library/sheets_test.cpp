@@ -40,8 +40,8 @@ protected:
     static int lengthY(const SheetPlan &plan) { return pixels(plan.cutsY.back() - plan.cutsY.front()); }
     static int pixels(double mm) { return cvRound(mm * pixelsPerMm); }
 
-    // Lays each sheet onto the earlier ones, after it has been cut at the cuts on its left and above it. Where sheets
-    // overlap, the later one is visible. `pageOf` returns the picture of a page; page 0 is the plan.
+    // Cuts each sheet at its left and its upper cut, and lays it onto the earlier sheets. Where sheets overlap, the
+    // later one is visible. `pageOf` returns the picture of a page; page 0 is the plan.
     template <typename PageOf>
     static cv::Mat putTogether(const SheetPlan &plan, PageOf pageOf) {
         cv::Mat board(lengthY(plan), lengthX(plan), CV_8U, cv::Scalar(255));
@@ -134,7 +134,7 @@ TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
     cv::erode(difference > 100, difference, cv::Mat::ones(2, 2, CV_8U));
     EXPECT_EQ(cv::countNonZero(difference), 0);
 
-    // The texts on the plan and on a sheet name the plan and the sheet.
+    // The text on the plan says that it is the plan. The text on a sheet has the number of the sheet.
     const std::string plannedText = outputOf("pdftotext -l 1 '" + file + "' -");
     EXPECT_NE(plannedText.find("Plan of " + std::to_string(plan.count()) + " sheets"), std::string::npos);
     EXPECT_NE(outputOf("pdftotext -f 3 -l 3 '" + file + "' -").find("sheet 2 of " + std::to_string(plan.count())),
@@ -144,8 +144,8 @@ TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
     EXPECT_EQ(json["Sheets"], true);
 }
 
-// In every plan, the sheets fit onto the paper, no cut goes through a square or a mark, and every sheet has a part of
-// the pattern.
+// In every plan, the sheets fit onto the paper and every sheet has a part of the pattern. No vertical cut goes through
+// a board's square or a plate's mark.
 TEST(SheetPlan, fitsEveryPaper) {
     for (const double spacing : {5.0, 23.7, 60.0, 140.0}) {
         for (const PatternGeometry &geometry : {checkerboard({91, 20}, spacing, true),

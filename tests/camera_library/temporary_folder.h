@@ -1,4 +1,4 @@
-// A folder for the files of one test, which is removed with all its contents afterwards.
+// A folder for the files of one test. The destructor removes the folder with all its contents.
 #pragma once
 
 #include <filesystem>
