@@ -197,7 +197,8 @@ TEST(BoardReading, readsEveryMark) {
     }
 }
 
-// On a board seen at a steep angle, lattice lines can be much closer together than the corners on them.
+// On a board seen at a steep angle, neighbouring lattice lines can be much closer together than neighbouring corners on
+// a line.
 TEST(BoardReading, dropsACornerThatLiesOnAMarkOfASteeplySeenBoard) {
     const cv::Point2f column(20, 0);
     const cv::Point2f row(19, 4);

@@ -14,7 +14,7 @@ namespace {
 using namespace pattern_reader;
 using namespace reader_bench;
 
-// A part of the plane, turned and slightly blurred.
+// A square part of the code's plane, turned and slightly blurred.
 struct DrawnBoard {
     int squares;
     double pixels;       // per square
@@ -74,7 +74,8 @@ TEST(BoardSizes, readsAllCornersOfManyAndOfLargeSquares) {
     }
 }
 
-// The picture as a colour camera sees it: each pixel measures only one colour, and the others are interpolated.
+// Returns the picture as a colour camera sees it, converted to grey again. Each pixel measures only one colour, and the
+// other two colours are interpolated.
 cv::Mat throughColourMosaic(const cv::Mat &grey) {
     cv::Mat colours;
     cv::Mat seen;

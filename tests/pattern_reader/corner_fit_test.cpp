@@ -65,8 +65,8 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
     }
 }
 
-// Returns the mean square of the error divided by the standard deviation that the fit states, over many pictures and
-// both axes.
+// Returns the mean of (error / standard deviation)² over many pictures and both axes. The fit states the standard
+// deviation.
 double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     const CornerBorders borders{{cv::Point2f(20, 0), cv::Point2f(0, 20)}};
     constexpr int pictures = 300;
@@ -88,8 +88,8 @@ double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     return sum / pictures;
 }
 
-// Also fails if a gradient moves the corner: without slopes in the model, it would move by twice the standard
-// deviation.
+// The test also fails if a gradient moves the fitted corner. If the model had no slopes, the gradient would move the
+// corner by twice the standard deviation.
 TEST(CornerFit, claimsTheErrorsThatItMakes) {
     const struct {
         Corner corner;

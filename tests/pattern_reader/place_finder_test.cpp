@@ -15,8 +15,8 @@ int codeBit(int tile, cv::Point square) {
                                     : pattern_code::tileBit(tile, square.x, square.y));
 }
 
-// Returns what a camera would see of a part of the code. The camera's lattice is turned and shifted relative to the
-// code's.
+// Returns what a camera would see of a part of the code. The lattice that the camera sees is turned and shifted
+// relative to the code's lattice. In up to `wrong` squares, the mark is misread.
 std::vector<SquareReading> readingsOf(int tile, cv::Rect part, const LatticeMotion &motion, int wrong, unsigned seed) {
     std::vector<SquareReading> readings;
     for (int y = -140; y < 140; y++) {

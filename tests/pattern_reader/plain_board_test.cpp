@@ -12,7 +12,8 @@ using namespace pattern_reader;
 
 constexpr double square = 24;  // pixels, in the drawing
 
-// A board with this number of inner corners. Its first corner is at (2, 2) squares, and its top-left square is dark.
+// Returns a drawing of a board with this number of inner corners. The board's first corner is at (2, 2) squares, and
+// its top-left square is dark.
 cv::Mat drawBoard(cv::Size corners) {
     cv::Mat image(int(square) * (corners.height + 3), int(square) * (corners.width + 3), CV_8U, cv::Scalar(230));
     for (int y = 0; y <= corners.height; y++) {
@@ -75,7 +76,7 @@ TEST(PlainBoard, placesEveryCornerAndSaysWhichOrientationsAreOpen) {
         EXPECT_EQ(reading.confidence, 1);
         ASSERT_EQ(reading.corners.size(), size_t(one.corners.area()));
         for (const PatternCorner &corner : reading.corners) {
-            // Turns the point about the board's middle to its place in the drawing.
+            // Turns the corner about the board's middle, from the reading's axes into the drawing's axes.
             cv::Point2d p = cv::Point2d(corner.lattice) - cv::Point2d(one.corners + cv::Size(1, 1)) / 2;
             for (int i = 0; i < one.turnsToReading; i++) {
                 p = {-p.y, p.x};

@@ -72,12 +72,12 @@ Photograph takePlate(const View &view) {
     return taken;
 }
 
-// The edge of a hand that runs through the marks.
+// True if a hand covers this point of the plate. The edge of the hand runs through some of the marks.
 bool halfHidden(double x, double y) {
     return 0.8 * (x - 9.3) + 0.6 * (y - 9) > 2.15;
 }
 
-// A cable over the plate.
+// True if a cable covers this point of the plate.
 bool cable(double x, double y) {
     return std::abs(0.94 * x - 0.34 * y - 5) < 0.25;
 }
@@ -121,8 +121,8 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
     EXPECT_LT(squares / count, 1.6);
 }
 
-// The pictures show grids of round marks in a frame. Some have a wide frame, and in a soft picture a corner of this
-// frame looks like a triangle. Others have more rows than a plate.
+// The pictures show grids of round marks in a frame. Some grids have a wide frame; in a blurred picture, a corner of
+// that frame looks like a triangle. Other grids have more rows than a plate.
 TEST(PlateReading, refusesGridsWithoutATriangle) {
     for (const unsigned number : {318U, 7868U, 11898U, 12498U, 17378U}) {
         EXPECT_TRUE(readPatterns(makeEmptyPicture(EmptyKind::MarkGrid, number)).empty()) << number;

@@ -124,8 +124,8 @@ TEST(PositionIndex, countsTheCellsThatCarryPosition) {
     EXPECT_EQ(location->place, maker.place);
     EXPECT_EQ(location->disagreeing, 1);
     EXPECT_EQ(location->agreeing, carriesPosition(lost.column, lost.row) ? 190 : 191);
-    // There are 369,000 places. At each of them, at most one of n random bits disagrees with a probability of
-    // (1 + n) / 2^n.
+    // The probability that at most one of n random bits disagrees with a place is (1 + n) / 2^n. There are 369,000
+    // places.
     const int count = location->agreeing + 1;
     EXPECT_NEAR(location->chanceLog10, 5.567 + std::log10(1 + count) - count * 0.30103, 0.01);
 }
@@ -165,7 +165,8 @@ TEST(PositionIndex, isCertainOfNoPatchWithoutTheCode) {
     PatchMaker maker;
     for (int i = 0; i < 300; ++i) {
         SeenCells seen(5 + maker.below(20), 5 + maker.below(20));
-        // No marks, a mark everywhere, stripes, a checkered pattern, and random bits.
+        // The five kinds of patches have no marks, marks everywhere, stripes, a checkered pattern, and random bits. In
+        // the first four kinds, 2 % of the bits are wrong.
         const int kind = i % 5;
         for (int row = 0; row < seen.height; ++row) {
             for (int column = 0; column < seen.width; ++column) {

@@ -1,7 +1,7 @@
-// Tests the whole chain. The camera library makes a PDF from parameters as the program writes them, another program
-// renders its pages, a simulated camera photographs each page from the side, and the reader reads the photographs. The
-// expected values and corners are derived only from the parameters and the constant planeOrigin, not from the library's
-// output.
+// Tests the whole way from the parameters of a pattern to a reading. The parameters are those that LmCalTab writes. The
+// camera library makes a PDF from them, and another program renders its pages. A simulated camera photographs each page
+// from the side, and the reader reads the photographs. The expected values and corners are derived only from the
+// parameters and the constant planeOrigin, not from the library's output.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -39,7 +39,7 @@ struct View {
 
 struct PrintedPattern {
     const char *name;
-    const char *parameters;  // an element of "Patterns", as the program writes it
+    const char *parameters;  // an element of "Patterns", as LmCalTab writes it
     View view;
     PatternKind kind;
     double gridSpacing;  // in millimetres, from the parameters; the pattern's information block need not contain it
@@ -67,7 +67,7 @@ PatternValues offsetInSpacings(int x, int y) {
     return values;
 }
 
-// Saves patterns through the interface that the program uses. `patterns` are the elements of "Patterns".
+// Saves patterns through the interface that LmCalTab uses. `patterns` are the elements of "Patterns".
 void savePatterns(const std::string &patterns, const std::string &fileName) {
     std::int32_t result = 0;
     const std::string slot = lmLibMakeUniqueItem(&result, "/Execute", "PrintedPage");
@@ -107,9 +107,9 @@ cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
     return picture;
 }
 
-// Returns the lattice coordinate, along one axis, of the pattern's middle, which is also the page's middle. In a
-// Flexible pattern, the lattice point planeOrigin + offset is the middle corner. If the number of corners is even, it
-// is the corner before the middle, which is half a step away from the middle.
+// Returns the lattice coordinate of the pattern's middle along one axis. The page has the same middle. A Flexible
+// pattern has a corner at planeOrigin + offset. If the number of corners is odd, this corner is in the middle; if the
+// number is even, the middle is half a step behind the corner.
 double middleInLattice(PatternKind kind, int corners, int offset) {
     if (kind != PatternKind::Plane) {
         return 8;
@@ -169,7 +169,7 @@ void expectMillimetres(const PrintedPattern &asked, const PatternReading &readin
         const cv::Point2d steps = cv::Point2d(reading.corners[i].lattice + offset) - cv::Point2d(origin, origin);
         const cv::Point3d expected(steps.x * asked.gridSpacing / 2, steps.y * asked.gridSpacing / 2, 0);
         EXPECT_LT(cv::norm(fromSpacing[i] - expected), 1e-6);
-        // The form rounds a Flexible pattern's offset to hundredths of a millimetre.
+        // LmCalTab's form rounds the offset of a Flexible pattern to hundredths of a millimetre.
         EXPECT_LT(cv::norm((*fromFile)[i] - expected), asked.kind == PatternKind::Plane ? 0.01 : 2e-6);
     }
 }
@@ -198,8 +198,8 @@ std::string pageCount(const std::string &pdf) {
     return outputOf("pdfinfo '" + pdf + "' | sed -n 's/^Pages: *//p'");
 }
 
-// The lengths that the form computes are rounded here to hundredths of a millimetre, because the form passes them on as
-// it shows them.
+// LmCalTab's form rounds the lengths that it computes to hundredths of a millimetre, and writes the rounded values. So
+// they are rounded here, too.
 const PrintedPattern printedPatterns[] = {
     {"Official",
      R"({"Type": "Plate24", "GridSpacing": 24.0, "Thickness": 3.0, "Polarity": true})",

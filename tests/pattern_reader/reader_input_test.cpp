@@ -210,7 +210,8 @@ TEST(ReaderInput, namesJpegFilesThatEndTooSoon) {
     }
 }
 
-// Reads a damaged file. The reader must either refuse it with a message that names the file, or read the right pattern.
+// Reads a damaged file. The reader must refuse the file with a message that names it, read the right pattern, or find
+// no pattern.
 void readDamaged(const std::string &path, const std::string &content, const PatternReading &whole) {
     write(path, content);
     try {
@@ -233,13 +234,14 @@ TEST(ReaderInput, survivesCutAndDamagedFilesOfEveryFormat) {
         const std::string path = folder.file("whole" + ending);
         ASSERT_TRUE(cv::imwrite(path, image));
         const std::string content = contentOf(path);
-        // Cut off at every length within the header, and at about forty lengths after it.
+        // The file is cut off at every length below 40 bytes, and at about forty greater lengths.
         for (size_t length = 0; length < content.size(); length += length < 40 ? 1 : content.size() / 40) {
             readDamaged(folder.file("cut" + ending), content.substr(0, length), whole.front());
         }
         for (int i = 0; i < 60; i++) {
             std::string damaged = content;
-            // Half of the damage is at the beginning, which contains the size and the format of the picture.
+            // Half of the files are damaged only in their first 200 bytes, which contain the size and the format of the
+            // picture.
             const size_t range = i % 2 == 0 ? std::min<size_t>(200, content.size()) : content.size();
             for (int k = 0; k < 3; k++) {
                 damaged[random() % range] = char(random() & 0xFF);
@@ -264,7 +266,7 @@ TEST(ReaderInput, refusesTooManyPixelsByTheHeader) {
         write(folder.file(name), header);
         EXPECT_NE(refusal(folder.file(name)).find("at most 150 million can be read"), std::string::npos) << name;
     }
-    // A picture of exactly the greatest size is not refused because of its header.
+    // If a picture has exactly the greatest size that is allowed, its header is no reason to refuse it.
     write(folder.file("limit.pgm"), "P5 15000 10000 255\n");
     EXPECT_EQ(refusal(folder.file("limit.pgm")).find("at most"), std::string::npos);
 }
