@@ -40,8 +40,8 @@ const QString commandReport("An LmLib error occurred while executing the command
 
 }  // namespace
 
-// Replaces the toolkit's function. Its dialog takes longer to open than all the rest of a session, and makes no library
-// call. The tests of the save action use the real dialog.
+// Replaces the toolkit's function. The toolkit's dialog would take longer to open than the rest of a session takes, and
+// it makes no library call. The tests of the save action use the real dialog.
 QString QFileDialog::getSaveFileName(QWidget * /*parent*/, const QString & /*caption*/, const QString & /*directory*/,
                                      const QString & /*filter*/, QString * /*selectedFilter*/, Options /*options*/) {
     return "pattern.pdf";
@@ -52,13 +52,13 @@ namespace {
 struct SeenAction {
     QString name;
     std::size_t callsSoFar = 0;
-    QStringList boxes;  // their texts
+    QStringList boxes;  // the texts of the message boxes
     bool pictureKept = true;
     bool hasPicture = false;
 };
 
 struct SeenSession {
-    std::vector<SeenAction> actions;  // the last one is a change of a field, made after all others
+    std::vector<SeenAction> actions;  // the last one goes to another page after all others
     // The path and the code of an exception that escaped. The exception itself is not kept, because it would keep its
     // command's slot.
     std::optional<std::pair<std::string, int>> escaped;
@@ -66,7 +66,7 @@ struct SeenSession {
     bool isSlotLeft = false;
 };
 
-// Plays one session. If it is cut short, the action in which a call failed is followed only by the last change.
+// Plays one session. If it is cut short, the action in which a call failed is followed only by the last action.
 class Session {
 public:
     // The call with this number, counted from 1, fails. If the number is 0, no call fails.
@@ -233,8 +233,8 @@ void ProgramFaultTest::everyFailedCallIsReportedOnce() {
     QFETCH(int, code);
     const SeenAction &lastButOne = clean.actions[clean.actions.size() - 2];
     for (std::size_t number = 1; number <= lastButOne.callsSoFar; ++number) {
-        // Only the sessions with one of the codes are played to the end, because what follows a failure does not depend
-        // on its code.
+        // Only the sessions with the code 7 are played to the end, because what follows a failure does not depend on
+        // the code.
         const SeenSession seen = play(number, code, code != 7);
         const QString complaint = complaintAbout(seen, number, code);
         const Call &call = seen.calls[number - 1];

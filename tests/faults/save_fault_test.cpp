@@ -204,8 +204,9 @@ TEST_P(SaveFault, permissionsOfAnotherUser) {
             _exit(said.find("FileNotWritten") == 0 && said.find("Permission denied") != std::string::npos ? 0 : 1);
         });
     };
-    // The file belongs to another user at first. Later it is in a folder where this user cannot create files. The
-    // superuser becomes another user for this, because permissions do not stop the superuser.
+    // First, the saving user may not write to the file, which belongs to another user. Then this user may not create
+    // files in the folder. If the test runs as the superuser, it saves as another user, because permissions do not stop
+    // the superuser.
     if (geteuid() == 0) {
         EXPECT_EQ(failsAsOtherUser(), 0);
     }
