@@ -13,8 +13,8 @@
 
 namespace {
 
-// Finds the places of the program's widgets. They are taken from a window in this process, which is laid out with the
-// same size, style and fonts, but never shown.
+// Finds the places of the program's widgets. They are taken from a window in this process. This window has the same
+// size, style and fonts, but is never visible on the screen.
 QMap<QString, QRect> layOutWidgets() {
     MainWindow window;
     QMap<QString, QRect> places{{"MainWindow", window.rect()}};
@@ -141,7 +141,7 @@ bool DrivenProgram::waitForNoOtherWindow(int milliseconds) const {
 }
 
 QRect DrivenProgram::geometryOf(const QString &window) {
-    // xdotool counts the frame of a window twice.
+    // xwininfo is used here, because xdotool counts the frame of a window twice.
     QProcess tool;
     tool.start("xwininfo", {"-id", window});
     tool.waitForFinished();

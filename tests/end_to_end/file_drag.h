@@ -1,5 +1,5 @@
-// Drags files with the mouse from a window of this process and drops them onto another program, as from a file manager.
-// The display must be an X server. Every wait has a time limit.
+// Drags files with the mouse from a window of this process and drops them onto another program, as a user drags files
+// from a file manager. The display must be an X server. Every wait has a time limit.
 #pragma once
 
 #include <QPoint>

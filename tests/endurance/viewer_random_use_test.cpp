@@ -1,4 +1,4 @@
-// Uses the viewer, with the example open, with random keys, clicks, window sizes and pasted files, from a fixed seed.
+// Opens the example in the viewer, and then uses random keys, clicks, window sizes and pasted files. The seed is fixed.
 // Some of the files are bad. The viewer must always respond in time, write only to its own folder, and end without an
 // error.
 #include <QApplication>
