@@ -1,5 +1,5 @@
-// Fuzzes paths. Every function that takes a path gets each line of the input as its path. A bad path may only cause a
-// result code, a node that was written can be read back, and the library's own nodes stay.
+// Fuzzes paths. Every function that takes a path gets each line of the input as its path. A bad path may cause nothing
+// but a result code. A node that was written can be read back. The library's own nodes stay.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

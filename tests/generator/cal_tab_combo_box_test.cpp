@@ -54,7 +54,7 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
     // The same box loads each catalogue in turn, so that each must replace the one before.
     CalTabComboBox box(nullptr);
     EXPECT_EQ(box.currentType(), "PlateC");
-    QStringList types;  // of the current plate, one for each signal that it has changed
+    QStringList types;  // the current plate at each signal that the choice has changed
     QObject::connect(&box, QOverload<int>::of(&QComboBox::currentIndexChanged),
                      [&](int i) { types << (i < 0 ? QString() : QString::fromStdString(box.currentType())); });
     for (const auto &row : rows) {

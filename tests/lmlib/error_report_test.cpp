@@ -91,7 +91,7 @@ TEST_F(ErrorReportTest, saysWhatFailed) {
         };
         runWithBoxes({look}, [&] { showErrorReport(exception); });
         // The node is read once, pretty-printed, in full precision and never in scientific notation. If the path is
-        // empty, the library's whole tree is not read.
+        // empty, nothing is read, because the node would be the library's whole tree.
         const std::string read = std::string("lmLibGetJson ") + row.path + " true 18 false";
         const auto lines = scripted_lmlib64::callLines();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), read), *row.path == '\0' ? 0 : 1);

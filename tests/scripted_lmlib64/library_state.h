@@ -45,7 +45,8 @@ struct LibraryState {
     std::int32_t lastUniqueNumber = 0;
 };
 
-// The state of the process. At first it has the default script and the changes of the script that LMLIB64_SCRIPT names.
+// The state of the process. It starts with the default script. If LMLIB64_SCRIPT names a script, that script is applied
+// over the default one.
 LibraryState &library();
 // Converts a path of the library to a JSON pointer.
 Json::json_pointer pointerTo(const std::string &path);

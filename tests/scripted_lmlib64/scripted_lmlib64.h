@@ -13,9 +13,9 @@
 //     EXPECT_EQ(scripted_lmlib64::callLines().at(0), "lmLibSetInt /Execute/1/ImageSize 2000");
 //
 // To use it instead of the library beside the program, start the unchanged program with LD_LIBRARY_PATH set to the
-// folder tests/scripted of the build tree. LMLIB64_RECORD names a file to which every call is appended when it is made,
-// as a line like those of callLines(). LMLIB64_SCRIPT names a JSON file that is applied over the default script. All of
-// its members are optional:
+// folder tests/scripted of the build tree. LMLIB64_RECORD names a file. Every call appends a line to this file, in the
+// form of callLines(). LMLIB64_SCRIPT names a JSON file that is applied over the default script. All of its members are
+// optional:
 //
 //     {"nodes":    {"<path>": <any value>, ...},
 //      "codes":    {"<function>": <result code of every call>, ...},
@@ -53,7 +53,7 @@ struct Binary {
     std::vector<std::uint8_t> bytes;
 };
 
-// Removes all nodes except /Execute, all calls and all scripts. Every command then succeeds with an empty result.
+// Removes all calls, all scripts and all nodes except /Execute. Every command then succeeds with an empty result.
 LMLIB64_API void reset();
 // Calls reset(), and then adds what the program needs to start: a catalogue of the plates A, B and C, a 4 x 4 grey
 // image for each pattern that is generated, and the nodes below /Path.
@@ -64,7 +64,8 @@ LMLIB64_API void loadDefaultScript();
 LMLIB64_API std::vector<Call> calls();
 LMLIB64_API std::vector<std::string> callLines();
 LMLIB64_API void clearCalls();
-// Sets a function that is called with every call after it is recorded and before it is answered, until reset().
+// Sets a function that is called for every call, after the call is recorded and before it is answered. reset() removes
+// the function.
 LMLIB64_API void observeCalls(const std::function<void(const Call &)> &observer);
 
 // These functions write or read a node without recording a call. Missing parents are created.

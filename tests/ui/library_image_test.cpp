@@ -48,8 +48,8 @@ TEST(LibraryImage, isIndexedGrayOfOneChannelAndElseRgb) {
     EXPECT_EQ(color.pixel(0, 0), qRgb(10, 20, 30));
     EXPECT_EQ(color.pixel(0, 1), qRgb(40, 50, 60));
 
-    // Any other channel count is read as RGB, but never beyond the item's bytes; if its rows are too short for RGB,
-    // there is no picture.
+    // An item with any other number of channels is read as RGB, but never beyond its bytes. If its rows are too short
+    // for RGB, there is no picture.
     EXPECT_EQ(convert(Binary{2, 1, 4, {1, 2, 3, 4, 5, 6, 7, 8}}).pixel(1, 0), qRgb(4, 5, 6));
     EXPECT_TRUE(convert(Binary{2, 1, 2, {1, 2, 3, 4}}).isNull());
     EXPECT_TRUE(convert(Binary{2, 2, 1, {}}).isNull());
