@@ -1,4 +1,4 @@
-// Tests the font of the captions: how it encodes texts and how wide its characters are.
+// Tests how wide the characters of the captions' font are.
 #include "camera_library/output/caption_font.h"
 
 #include <gtest/gtest.h>

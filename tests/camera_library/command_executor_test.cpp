@@ -24,7 +24,7 @@ using lmlib64::Node;
 using lmlib64::NodeObject;
 using lmlib64::Tree;
 
-// This test's command "Wait" increments `begun` when it begins, and then waits until the gate is open.
+// The command "Wait" of this test increments `begun`, and returns when `gateOpen` is true.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
 std::string order;  // written by commands, one at a time; read when they have finished
@@ -34,7 +34,6 @@ Node echo(const Node &parameters) {
     return NodeObject{{"Echo", parameters}};
 }
 
-// Reports that it has begun, and ends when the gate is open.
 Node waitForGate(const Node &parameters) {
     ++begun;
     while (!gateOpen) {

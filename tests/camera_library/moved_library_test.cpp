@@ -67,7 +67,8 @@ protected:
 
 TEST_F(MovedLibrary, tellsTheManualAndTheViewerFromWhereItIs) {
     EXPECT_EQ(pathsOf(root / "a \xC3\xA4/lib64"), expected(root / "a \xC3\xA4"));
-    // If the library is loaded through a link, the place of its file counts, not that of the link.
+    // If the library is loaded through a link, the paths follow from the place of the library's file, not from the
+    // place of the link.
     const fs::path folder = root / "linked/lib";
     fs::create_directories(folder);
     fs::create_directories(root / "elsewhere");

@@ -1,4 +1,4 @@
-// Tests the layout of a printed page: its size, and the check bars, their labels and the caption.
+// Tests the layout of a printed page: its size, its check bars with their labels, and its caption.
 #include "camera_library/output/page_layout.h"
 
 #include <gtest/gtest.h>

@@ -29,14 +29,14 @@ inline std::string outcomeOf(const Node &parameters) {
     }
 }
 
-// Writes the patterns, given as the elements of a JSON array, to a file.
+// Writes patterns to a file. `patterns` are the elements of a JSON array. Returns the same as outcomeOf.
 inline std::string save(const std::string &patterns, const std::string &fileName) {
     Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
     std::get<NodeObject>(parameters.value)["Filename"] = fileName;
     return outcomeOf(parameters);
 }
 
-// Returns the preview of the first of these patterns.
+// Returns the preview of the first pattern. `patterns` are the elements of a JSON array.
 inline Binary preview(const std::string &patterns, int imageSize, bool encoding = true) {
     Node parameters = nodeFromJson(R"({"Patterns": [)" + patterns + "]}");
     std::get<NodeObject>(parameters.value)["ImageSize"] = imageSize;

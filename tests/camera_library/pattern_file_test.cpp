@@ -1,4 +1,4 @@
-// Tests the files that the pattern command writes as documents: their properties, contents and size.
+// Tests the PDF and JSON files of the pattern command as documents: their properties, contents and size.
 #include "camera_library/output/caption_font.h"
 #include "tests/camera_library/saved_pattern.h"
 

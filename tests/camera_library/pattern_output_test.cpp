@@ -20,7 +20,7 @@ const cv::Point2d middleOfA4(105, 148.5);
 
 class PatternOutput : public SavedPattern {
 protected:
-    // The points of the description, in millimetres from the middle of the pattern, which is the middle of the page.
+    // Returns the points of the description, in millimetres from the pattern's middle. The page has the same middle.
     std::vector<cv::Point2d> points() const {
         const Json &p = first();
         const cv::Point2d topLeft(p["TopLeft"][0].get<double>(), p["TopLeft"][1].get<double>());
@@ -122,7 +122,7 @@ TEST_F(PatternOutput, previewsWhatItPrints) {
     }
 }
 
-// True if a place in the picture is dark. Fails the test if it is neither dark nor light.
+// True if a place in the picture is dark. Fails the test if the place is neither dark nor light.
 bool isDarkAt(const cv::Mat &picture, cv::Point2d at) {
     const int grey = picture.at<uchar>(cvFloor(at.y), cvFloor(at.x));
     EXPECT_TRUE(grey < 40 || grey > 215) << grey << " at " << at;

@@ -192,7 +192,8 @@ PatternGeometry invertedGrid() {
     return geometry;
 }
 
-// A pixel that several outlines cross is exact only if each outline has the opposite direction of the one around it.
+// A pixel that several outlines cross is exact only if each outline has the opposite direction of the outline around
+// it.
 TEST(Preview, isExactHoweverTheShapesNest) {
     constexpr std::size_t times = 32;
     for (const PatternGeometry &geometry : {halconPlate(12.5, true), halconPlate(12.5, false), invertedGrid()}) {

@@ -33,7 +33,7 @@ using pattern_reader::PatternValues;
 struct View {
     int dotsPerInch;
     double tilt;
-    double tiltAxis;  // in the page, from x towards y
+    double tiltAxis;  // direction of the axis in the page, from x towards y
     double roll;      // clockwise, about the line of sight
 };
 
