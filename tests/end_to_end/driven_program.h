@@ -48,9 +48,9 @@ public:
 
     // The program's visible windows except the main window.
     QStringList otherWindows() const;
-    // waitForOtherWindow waits until there is such a window. It returns the window, or an empty text if none appears in
-    // time. waitForNoOtherWindow waits until there is no such window. It returns false if one is still there at the
-    // end.
+    // waitForOtherWindow waits until a window other than the main window is visible. It returns that window, or an
+    // empty text if none appears in time. waitForNoOtherWindow waits until no other window is visible. It returns false
+    // if one is still visible at the end.
     QString waitForOtherWindow(int milliseconds = 5000) const;
     bool waitForNoOtherWindow(int milliseconds) const;
 

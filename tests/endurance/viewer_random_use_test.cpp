@@ -95,8 +95,8 @@ bool ViewerRandomUseTest::answers(const QProcess &program) {
         QFile file(process + name);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
-    // The processor time of the main thread. The file has the user and system time in hundredths of a second, after the
-    // program's name in brackets.
+    // Returns the processor time of the main thread. The thread's file `stat` has the user time and the system time in
+    // hundredths of a second, after the program's name in brackets.
     const auto processorMs = [&] {
         const QByteArray stat = contentOf("task/" + QString::number(program.processId()) + "/stat");
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');

@@ -18,8 +18,8 @@ using failing_allocation::Failing;
 using failing_allocation::Pause;
 
 // Repeats a session and lets its n-th allocation fail, for n from 1 to the number of its allocations. A session calls
-// the library and returns a description of all faults, or an empty string. Outside the library, it may allocate only
-// during a Pause.
+// the library and returns a description of all faults, or an empty string. Outside the library, the session may
+// allocate only during a Pause.
 template <typename Session>
 void sweep(Failing failing, Session session) {
     EXPECT_EQ(session(), "");

@@ -150,7 +150,8 @@ TEST(LibraryThreads, processExitsWhileCommandRuns) {
     }
 }
 
-// Runs in the child. It must not hang, whatever the parent's threads were doing at the time of the fork.
+// Uses the library in a child process. This must not hang, whatever the parent's threads were doing at the time of the
+// fork.
 [[noreturn]] void useForkedLibrary() {
     constexpr unsigned secondsUntilKilled = 60;
     alarm(secondsUntilKilled);

@@ -10,7 +10,7 @@ using driven_window::find;
 
 namespace {
 
-// The names of inputs and the values that they are set to, in this order.
+// The names of inputs, and the values to which they are set. They are set in this order.
 using Inputs = std::vector<std::pair<const char *, double>>;
 
 void set(const MainWindow &window, const Inputs &inputs) {
@@ -131,7 +131,7 @@ TEST_F(PatternParametersTest, displaysFollowTheInputsOfEveryPage) {
                  {"flexibleGridSpacing", 10},
                  {"flexibleOffsetXSpacings", 3},
                  {"flexibleOffsetYSpacings", -3}});
-    // 33.33 / 8 = 4.16625 is shown as 4.17, and three of those are 12.51. A Flexible offset counts half spacings.
+    // 33.33 / 8 = 4.16625 is shown as 4.17, and three times 4.17 is 12.51. A Flexible offset counts half spacings.
     const std::pair<const char *, const char *> displays[] = {
         {"halconGridSpacing", "4.17 mm"},    {"halconOffsetXMM", "12.51 mm"},     {"halconOffsetYMM", "0.00 mm"},
         {"flexibleOuterWidth", "110.00 mm"}, {"flexibleOuterHeight", "45.00 mm"}, {"flexibleOffsetXMM", "15.00 mm"},

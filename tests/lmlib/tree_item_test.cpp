@@ -44,7 +44,8 @@ struct Operation {
     std::function<std::string(Item)> run;
 };
 
-// Returns every operation on a child of /A, with the text of the value that it returns and its only library call.
+// Returns every operation on a child of /A. Each has the text of the value that it returns, and the only library call
+// that it makes.
 std::vector<Operation> operations() {
     const auto none = [](auto operation) {
         return [operation](Item i) {
@@ -192,7 +193,7 @@ TEST(LmLibExceptionTest, writesOneDebugLine) {
                      "lmLibWriteDebugMessage LmLibException  at  [no result]"}));
 }
 
-// The name of a code is the name of the interface's constant without its prefix.
+// The name of a code is the name of the interface's constant without the prefix LmLibResult.
 TEST(ErrorCodes, haveTheNamesOfTheInterfaceAndNoneBeyond) {
     std::ifstream header(INTERFACE_HEADER);
     const std::string prefix = "LmLibResult";

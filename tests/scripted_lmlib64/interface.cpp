@@ -1,4 +1,4 @@
-// Implements the library's C interface. It answers from the scripted state.
+// Implements the library's C interface. Every function answers from the scripted state.
 #include <algorithm>
 #include <array>
 #include <charconv>

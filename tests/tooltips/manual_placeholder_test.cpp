@@ -18,8 +18,8 @@ public:
     ~ManualPlaceholderTest() override { std::filesystem::remove_all(directory.path().toStdString()); }
 
 protected:
-    // Returns the text that replaces the placeholder if the library publishes a folder with this name that has an index
-    // page.
+    // Makes a folder with this name and an index page, and lets the library publish the folder. Returns the text that
+    // then replaces the placeholder.
     std::string manualIn(const std::string &name) const {
         const std::string folder = directory.path().toStdString() + "/" + name;
         std::filesystem::create_directories(folder);

@@ -1,5 +1,5 @@
-// Tests what the two buttons do: saving, with the dialog answered as by a user, and starting the viewer. A script
-// replaces the viewer.
+// Tests what the two buttons do: saving and starting the viewer. The tests answer the file dialog as a user does, and a
+// script replaces the viewer.
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -23,7 +23,8 @@ namespace {
 
 using Look = std::function<void(const QFileDialog &)>;
 
-// Clicks the button, looks at the dialog, types the name into it and accepts it; an empty name cancels it.
+// Clicks the button that saves, and passes the file dialog to `look`. Then types the name into the dialog and accepts
+// it; an empty name cancels the dialog.
 void save(
     const MainWindow &window, const QString &name, const Look &look = [](const QFileDialog &) {}) {
     driven_window::answerFileDialog(name, look);

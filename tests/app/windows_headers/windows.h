@@ -1,4 +1,5 @@
-// Declares the part of the Windows interface that the program's entry point uses, so that it compiles elsewhere.
+// Declares the part of the Windows interface that the program's entry point uses, so that the entry point compiles on
+// other systems.
 #pragma once
 
 #define WINAPI
