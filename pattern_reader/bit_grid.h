@@ -1,5 +1,5 @@
 // A rectangle of bits from which many bits can be read at once: 64 bits of a row, or a window of up to 8 x 8 bits as
-// one word. Every bit beyond its edges is 0.
+// one word. Bits outside the rectangle are 0.
 #pragma once
 
 #include <cstddef>
@@ -36,8 +36,8 @@ public:
         return shift == 0 ? word[0] : word[0] >> shift | word[1] << (wordBits - shift);
     }
 
-    // Returns the bits of a square window. Its top-left bit is in this column and row, and its side is at most 8. Bit 8
-    // r + c of the result is the window's bit in column c, row r.
+    // Returns the bits of a square window. `column` and `row` are those of its top-left bit, and `side` is at most 8.
+    // The window's bit in column c and row r becomes bit 8*r+c of the result.
     [[nodiscard]] std::uint64_t window(int column, int row, int side) const {
         std::uint64_t bits = 0;
         for (int i = 0; i < side; ++i) {

@@ -59,7 +59,7 @@ BlockFamily spacingFamily() {
         other.thickness = 1 << bit;
         family.add(other);
     }
-    // Bit 1 of the spacing, which is set in all blocks above.
+    // Bit 1 of the spacing is set in all blocks above. A spacing of 1 clears it.
     content.gridSpacing = 1;
     family.add(content);
     return family;
@@ -83,7 +83,8 @@ BlockFamily offsetFamily() {
     return family;
 }
 
-// Returns the smallest word that can result from combining this word with a family's differences by XOR.
+// Finds the smallest word that can result from combining a word with some of a family's differences by XOR. Bits
+// outside `known` are ignored in the differences.
 class Remainder {
 public:
     Remainder(const BlockFamily &family, std::uint64_t known) {
@@ -116,9 +117,9 @@ BlockAgreement compare(const SeenBlock &seen, const BlockFamily &family) {
     BlockAgreement agreement;
     agreement.checks = int(std::bitset<64>(known).count()) - remainder.freeBits();
     const std::uint64_t rest = remainder.of((seen.bits ^ family.first) & known);
-    // Remainders are linear: the rest is the sum (XOR) of the remainders of the wrong bits. The lists contain the
-    // remainders of single bits and the sums of two. The rest must be 0, be in one of the lists, or be the sum of two
-    // entries.
+    // Remainders are linear: the rest is the sum (XOR) of the remainders of the wrong bits. `ones` contains the
+    // remainders of single bits, and `twos` the sums of two of them. If at most four bits are wrong, the rest is 0, is
+    // in one of the lists, or is the sum of two entries.
     std::vector<std::uint64_t> ones;
     for (int bit = 0; bit < pattern_code::blockBitCount; bit++) {
         const std::uint64_t mask = std::uint64_t(1) << bit;
@@ -185,8 +186,8 @@ void SeenBlock::see(int bit, bool set) {
 
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion) {
     SeenBlock seen;
-    // Squares that may be a cover (SquareReading::maybeCover) are used too, because the block's check bits detect
-    // errors.
+    // Squares that may in fact be a cover (SquareReading::maybeCover) are used too, because the block's check bits
+    // detect errors.
     for (const SquareReading &reading : readings) {
         const cv::Point square = motion.square(reading.cell);
         if (reading.certainty < clearEnough || square.x % 2 != 0 || square.y % 2 != 0) {

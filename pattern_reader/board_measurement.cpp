@@ -47,8 +47,8 @@ int rarerKind(const std::vector<SquareReading> &marks) {
     return std::min(marked, unmarked);
 }
 
-// In the code, about half of the squares are marked. If at least three squares in ten are certainly of the rarer kind,
-// the blur is right.
+// The patterns' code marks about half of the squares. If at least three squares in ten are certainly of the rarer kind,
+// the blur is taken to be right.
 bool isDivided(const std::vector<SquareReading> &marks) {
     return rarerKind(marks) * 10 >= int(marks.size()) * 3;
 }

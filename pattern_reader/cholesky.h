@@ -1,4 +1,4 @@
-// Solves small systems of normal equations, whose size is known at compile time, without allocating memory.
+// Solves small systems of normal equations without allocating memory. The number of unknowns is known at compile time.
 #pragma once
 
 #include <array>

@@ -51,17 +51,19 @@ public:
     bool interpolate(cv::Point cell, cv::Point2f &position) const;
     // The length of the shortest lattice step at a cell, in pixels; 0 if the cell has no neighbours that show a step.
     float spacingAt(cv::Point cell) const;
-    // The column step and the row step at a cell, with or without a corner, from the corners around it. Empty if these
-    // corners do not determine both steps.
+    // Estimates the column step and the row step at a cell from the corners around it. The cell itself may lack a
+    // corner. Empty if the corners do not determine both steps.
     std::optional<LatticeSteps> stepsAt(cv::Point cell) const;
 
 private:
     size_t slotOf(cv::Point cell) const;
     bool stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const;
-    // Enlarges `covered` so that it contains the cell. It grows by more than needed, so that this happens less often.
+    // Enlarges `covered` so that it contains the cell. `covered` grows by more than needed, so that it has to be
+    // enlarged less often.
     void cover(cv::Point cell);
 
-    // The index of the corner at each cell of `covered`, row by row; -1 if there is none.
+    // `indices` has one entry for each cell of the rectangle `covered`, row by row: the index of the corner there, or
+    // -1.
     cv::Rect covered;
     std::vector<int> indices;
 };

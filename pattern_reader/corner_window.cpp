@@ -12,8 +12,8 @@ struct EdgeValue {
     float level, slope;
 };
 
-// erf(t / sqrt 2) and its derivative, with an error of about 1e-5. There are no branches or tables, so that loops over
-// it can be vectorised.
+// erf(t / sqrt 2) and its derivative, with an error of about 1e-5. There are no branches or tables, so that loops that
+// call this function can be vectorised.
 inline EdgeValue edgeAt(float t) {
     // Half of the smaller of t² and 21, because beyond a distance of 4.6 the edge has no effect.
     const float square = 0.25F * (t * t + 21 - std::abs(t * t - 21));
@@ -35,7 +35,7 @@ cv::Point2f unit(cv::Point2f v) {
     return v / std::hypot(v.x, v.y);
 }
 
-// The model at a pixel, used by the two loops below.
+// The model of corner_fit.h, evaluated at a pixel. (dx, dy) leads from the corner to the pixel.
 struct Model {
     explicit Model(const CornerBorders &borders, const CornerFit &start)
         : axis0(unit(borders.steps[0])),
@@ -93,8 +93,8 @@ public:
             const auto along = float(dx + i);
             const float across0 = std::abs(from0 - axis0.y * along);
             const float across1 = std::abs(from1 - axis1.y * along);
-            // For each border, twice the distance across it from the pixel to the line where the marks begin; 0 if the
-            // pixel is beyond that line.
+            // For each border, twice the distance from the pixel to the line where the marks begin, measured at right
+            // angles to the border; 0 if the pixel is beyond that line.
             const float free0 = mark0 - across0 + std::abs(mark0 - across0);
             const float free1 = mark1 - across1 + std::abs(mark1 - across1);
             taken[i] =

@@ -1,4 +1,4 @@
-// Takes the pixels of a disc around a corner and compares them with the picture of four blurred areas (corner_fit.h).
+// Takes the pixels of a disc around a corner and compares them with the model of four blurred areas (corner_fit.h).
 //
 // Pixels are kept as lists, one value for each pixel, so that the loops over them can be vectorised. The disc is
 // symmetric: pixel i and pixel count() - 1 - i are opposite each other. The lists are padded to a multiple of
@@ -32,8 +32,8 @@ public:
         ParameterCount
     };
 
-    // Takes the pixels of a disc around the fit's position that are at most `reach` from one of the borders and see no
-    // mark. False if the disc leaves the picture. If there is no room for all pixels, the disc is made smaller.
+    // Takes those pixels of a disc around the fit's position that are at most `reach` from one of the borders and see
+    // no mark. False if the disc leaves the picture. If there is no room for all pixels, the disc is made smaller.
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
     // Compares the pixels with the model: sets errors and slopes.
     void compare(const CornerBorders &borders, const CornerFit &fit);

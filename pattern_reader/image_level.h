@@ -1,8 +1,7 @@
 // One level of the image pyramid: the image halved `number` times, and a lightly smoothed copy of that.
 //
 // Level coordinates count the level's own pixels, and the centre of the top-left pixel is (0, 0). A point p of level n
-// is at
-// (p + 0.5) * 2^n - 0.5 in the image.
+// is at (p + 0.5) * 2^n - 0.5 in the image.
 #pragma once
 
 #include <cmath>

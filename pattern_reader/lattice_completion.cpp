@@ -94,7 +94,7 @@ bool hasPolarity(const CornerLattice &lattice, cv::Point cell, cv::Point2f axis0
     return between == lattice.isLight(cell);
 }
 
-// The properties of an absent corner that its neighbours predict.
+// Properties of an absent corner, predicted from its neighbours.
 struct Surroundings {
     cv::Point2f expected;             // position in the image, pixels
     float spacing = 0;                // the shortest lattice step here, pixels
@@ -167,8 +167,7 @@ bool findCorner(const CornerLattice &lattice, cv::Point cell, const std::vector<
     if (!findSaddle(level, around, steps, saddle)) {
         return false;
     }
-    // If only one axis is known, the other follows from the colours. If both are known, the colours must agree with
-    // them.
+    // The colours can be checked only if both axes are known.
     const auto &[axis0, axis1] = around.axes;
     if (length(axis0) > 0 && length(axis1) > 0 && !hasPolarity(lattice, cell, axis0, axis1, saddle)) {
         return false;

@@ -22,13 +22,13 @@ struct Placed {
     bool swapped = false;             // true if axis 0 lies along border 1
 };
 
-// Follows the links from saddle to saddle and assigns a cell to each.
+// Follows the links from saddle to saddle and assigns a cell to each saddle.
 class LatticeGrowth {
 public:
     // `used` marks the saddles that were placed in earlier lattices. They are ignored here, and the saddles of this
     // lattice are marked too. All lattices share the vector `cornerOf`, because a new vector for each of many small
-    // lattices would take time in proportion to the number of all saddles. While no lattice grows, it has -1 for every
-    // saddle.
+    // lattices would take time in proportion to the number of all saddles. Except while withoutContradiction runs,
+    // every value in `cornerOf` is -1.
     LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
         : linkedSaddles(saddles), usedSaddles(used), cornerNumbers(cornerOf) {}
 

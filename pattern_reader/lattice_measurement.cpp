@@ -16,8 +16,9 @@ float length(cv::Point2f v) {
     return std::hypot(v.x, v.y);
 }
 
-// Returns the radius, in pixels, of a disc that contains the four areas at a corner and none of their marks. The marks
-// of the squares begin at a third of the lattice step along both axes.
+// Returns the radius, in pixels, of a disc around a corner. The disc shows parts of the four squares but none of their
+// marks. The marks begin at a third of the lattice step along both axes. The radius is at least 1.8, even if marks
+// begin closer to the corner.
 float cleanRadius(const CornerBorders &borders) {
     const auto &[step0, step1] = borders.steps;
     const float diagonal = std::min(length(step0 + step1), length(step0 - step1));
@@ -80,15 +81,15 @@ CornerBorders fromImage(const ImageLevel &level, CornerBorders borders) {
     return borders;
 }
 
-// The largest radius of a disc around a point that does not leave the picture. It is at least 3 pixels, because a
-// smaller disc does not show a corner.
+// Returns the radius of the largest disc that is centred on a point and stays inside the picture. The result is at
+// least 3 pixels, because a smaller disc does not show a corner.
 float roomAround(const ImageLevel &level, cv::Point2f p) {
     const float right = float(level.picture.cols - 1) - p.x;
     const float bottom = float(level.picture.rows - 1) - p.y;
     return std::max(3.0F, std::min({p.x, p.y, right, bottom}) - 1);
 }
 
-// Measures the corners of a lattice in the steps that `measure` takes.
+// Measures the corners of a lattice. The function `measure` shows the order of the steps.
 class CornerMeasurement {
 public:
     CornerMeasurement(const std::vector<ImageLevel> &pyramid, CornerLattice &board)
@@ -131,7 +132,7 @@ private:
     float boardBlur = 1;          // image pixels
     float blurTolerance = 0.25F;  // standard deviation of the corners' blur, relative to the board's blur
     float boardNoise = 1;         // standard deviation of one pixel in the best level, grey levels
-    float lightScatter = 1;       // how much the levels typically differ from their planes, grey levels
+    float lightScatter = 1;       // how much the corners' levels typically differ from a fitted plane, grey levels
 };
 
 float CornerMeasurement::typicalStep() const {
@@ -151,8 +152,9 @@ const ImageLevel &CornerMeasurement::searchLevel() const {
     return levels[number];
 }
 
-// Longer borders in the window make a corner more exact, and blur makes it less exact. In a coarser level the larger
-// pixels add to the blur. Of the levels that are about as exact as the best one, the coarsest is the fastest.
+// Longer borders in the window make a corner's position more exact, and blur makes it less exact. In a coarser level
+// the larger pixels add to the blur. Of the levels that are about as exact as the best one, the coarsest is the
+// fastest.
 const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
     const float step = typicalStep();
     const auto merit = [&](const ImageLevel &level) {
@@ -275,7 +277,7 @@ void CornerMeasurement::fitAll(const ImageLevel &level, float blur) {
 
 void CornerMeasurement::refineAll(const ImageLevel &level) {
     lightScatter = surroundings.lightScatter(fits, sampleStride());
-    // The noise of the board is measured first, because it determines how much weight the light of each corner has.
+    // The noise of the board is measured first, because it determines the weight of each corner's prior.
     std::vector<float> noises;
     for (size_t i = 0; i < fits.size(); i += sampleStride()) {
         CornerFit sample = fits[i];

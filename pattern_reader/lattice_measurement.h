@@ -1,9 +1,10 @@
-// Measures all corners of a lattice. The directions and bends of the borders, and the change of light, come from the
-// neighbours.
+// Measures all corners of a lattice. The directions and bends of the borders at a corner, and the change of light, are
+// estimated from the neighbouring corners. If a corner has no neighbour along an axis, that step is computed with a
+// homography fitted to all corners.
 //
-// The corners are first fitted in the finest level in which their squares have at most 28 pixels, and then once more in
-// the level that suits blur and size best. Halving the picture of a blurred or very large board loses little accuracy,
-// and keeps the windows small.
+// The corners are first fitted in the finest level in which a lattice step is at most 28 pixels long (in the coarsest
+// level if there is none). Then they are fitted again in the level that suits the blur and the step best. Halving the
+// picture of a blurred or very large board loses little accuracy, and keeps the windows small.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,7 +17,7 @@
 
 namespace pattern_reader {
 
-// Fits every corner of the lattice, moves it to the measured position and returns the fits, one for each corner, in the
+// Fits every corner of the lattice and moves it to the measured position. Returns the fits, one for each corner, in the
 // image's pixels. Corners that cannot be fitted, or whose contrast has the wrong sign or is too weak, are removed.
 // Missing corners are added at the places that the measured ones predict. If `knownBlur` is given (in pixels), it is
 // used instead of a measured blur.

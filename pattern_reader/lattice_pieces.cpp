@@ -31,7 +31,8 @@ cv::Point2f middleOf(const std::vector<LatticeCorner> &corners) {
     return sum / float(corners.size());
 }
 
-// The corners of a lattice that are closest to a place, in no order.
+// Returns the `wanted` corners of a lattice that are closest to a place (or all corners if there are fewer), in no
+// particular order.
 std::vector<LatticeCorner> closestTo(cv::Point2f where, const CornerLattice &lattice, size_t wanted) {
     std::vector<LatticeCorner> closest = lattice.corners;
     if (closest.size() > wanted) {
@@ -87,7 +88,8 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        // A corner that both lattices have is no contradiction, because both found it at the same place.
+        // A corner that both lattices contain needs no special treatment, because both found it at about the same
+        // place.
         const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
         off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;
     }
@@ -146,7 +148,7 @@ bool continues(const CornerLattice &base, const CornerLattice &piece) {
     constexpr size_t compared = 20;
     const std::vector<LatticeCorner> others = closestTo(middleOf(near), piece, compared);
     const auto fits = std::count_if(others.begin(), others.end(), [&](const LatticeCorner &corner) {
-        // The corner lies this many cells outside the part of the base that is extrapolated, along each axis.
+        // The number of cells by which the corner lies outside the extrapolated part of the base, along each axis.
         const int across = std::max(extent.x - corner.cell.x, corner.cell.x - extent.br().x + 1);
         const int down = std::max(extent.y - corner.cell.y, corner.cell.y - extent.br().y + 1);
         const double allowed = 0.4 + 0.06 * std::max({across, down, 0});

@@ -1,4 +1,4 @@
-// Joins the pieces of a board that something in front of it divides.
+// Joins the lattices of a board that is divided by something in front of it.
 #pragma once
 
 #include <vector>
@@ -9,7 +9,8 @@
 namespace pattern_reader {
 
 // Joins lattices that continue each other: if one is extrapolated, its lattice points coincide with the corners of the
-// other. The lattices must be sorted from large to small, and so is the result.
+// other. The lattices must be sorted from large to small. The result has the same order, although a joined lattice may
+// be larger than those before it.
 void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLevel> &levels);
 
 // True if most of those corners of the piece that are closest to the base lie where the extrapolated base predicts

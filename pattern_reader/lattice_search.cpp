@@ -10,8 +10,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Remembers where corners have been found, so that a lattice that a coarser or finer level also shows is not taken
-// twice.
+// Remembers where corners have been found, so that a lattice that several levels show is taken only once.
 class TakenCorners {
 public:
     explicit TakenCorners(const cv::Size &size)

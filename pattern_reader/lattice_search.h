@@ -1,5 +1,6 @@
 // Finds all checkerboard lattices of a picture, in every level of its pyramid. A lattice that several levels show is
-// returned once. Missing corners are added, and lattices that something in front of the board divides are joined.
+// returned once. Missing corners are added. If something in front of a board divides it into several lattices, these
+// are joined.
 #pragma once
 
 #include <vector>
@@ -12,7 +13,8 @@ namespace pattern_reader {
 
 constexpr size_t leastLatticeCorners = 9;
 
-// Returns the lattices from large to small. points[i] has the points of levels[i].
+// Returns the lattices from large to small, although a joined lattice may be larger than those before it. points[i] has
+// the points of levels[i].
 std::vector<CornerLattice> findLattices(const std::vector<ImageLevel> &levels, const std::vector<LevelPoints> &points);
 
 }  // namespace pattern_reader

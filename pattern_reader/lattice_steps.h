@@ -1,5 +1,5 @@
-// The column step and the row step of a lattice at one place. They give the distance between two points in lattice
-// coordinates.
+// The column step and the row step of a lattice at one place. A distance between two points in pixels can be converted
+// to lattice coordinates with these steps.
 //
 // In the picture of a tilted board, the lattice is sheared, and neighbouring lines can be much closer together than
 // neighbouring points on a line. So only a distance in lattice coordinates tells whether a point can belong to the
@@ -16,8 +16,8 @@ struct LatticeSteps {
     cv::Point2f column, row;  // pixels
 
     float area() const { return std::abs(column.x * row.y - column.y * row.x); }
-    // The length of a difference between points, in lattice coordinates (steps). Infinite or not a number if the two
-    // steps are parallel.
+    // The length of the difference between two points, in lattice coordinates (steps). Infinite or not a number if the
+    // two steps are parallel.
     float count(cv::Point2f difference) const {
         const float alongColumn = difference.x * row.y - difference.y * row.x;
         const float alongRow = column.x * difference.y - column.y * difference.x;

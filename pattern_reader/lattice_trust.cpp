@@ -54,9 +54,9 @@ cv::Vec6d termsAt(double x, double y, std::integral_constant<int, 6>) {
     return {1, x, y, x * x, x * y, y * y};
 }
 
-// Returns the distance of a corner from its predicted position, in lattice steps. The prediction comes from a map from
-// cells to the image that is fitted to the trusted corners within `reach` cells. The map is affine if `count` is 3, and
-// quadratic if it is 6. Empty if there are too few trusted corners.
+// Returns the distance of a corner from its predicted position, in lattice steps. The prediction uses a map from cells
+// to the image. The map is fitted to the trusted corners within `reach` cells. It is affine if `count` is 3, and
+// quadratic if `count` is 6. Empty if there are too few trusted corners.
 template <int count>
 std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
                                          const std::vector<bool> &trusted, int reach) {
@@ -87,7 +87,8 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
 }
 
 // True if a corner is within a fifth of a lattice step of the position that the trusted corners predict. The corner of
-// a mark, which can be mistaken for one, is a third of a step away from there along both axes.
+// a mark can be mistaken for a corner of the lattice, but it is a third of a step away from the predicted position
+// along both axes.
 bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const std::vector<bool> &trusted) {
     constexpr float farthest = 0.2F;
     std::optional<float> distance;

@@ -1,4 +1,4 @@
-// Selects the pixels around the border of a round mark to which the mark is fitted.
+// Selects the pixels to which a round mark is fitted. They lie around the mark's border.
 #pragma once
 
 #include <algorithm>
@@ -52,8 +52,8 @@ private:
 
     cv::Point2d centre;
     cv::Matx22d shape;
-    // In radii of the mark: the width of the affected pixels and of the plain areas on each side of the border, and the
-    // distance from the centre that must be inside the picture.
+    // Distances in radii of the mark. On each side of the border, the affected pixels reach as far as `border`, and the
+    // plain areas as far as `plain`. Points up to `needed` from the centre must be inside the picture.
     double border = 0;
     double plain = 0;
     double needed = 0;

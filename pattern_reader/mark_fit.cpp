@@ -155,7 +155,8 @@ private:
         }
     }
 
-    // Adds the reflection, and clears the pixels that are as light as a picture can show if the model expects that.
+    // Adds the reflection to the model. Then clears each pixel that has the greatest grey level that a picture can
+    // show, if the model expects this level or more.
     void addReflection() {
         for (size_t k = 0; k < filled; k++) {
             const float x = dx[k];
@@ -196,8 +197,8 @@ private:
     size_t pixels = 0;
 };
 
-// Computes one Gauss-Newton step. Sets fit.residual to the root mean square of the errors that it leaves, and fit.sigma
-// to the standard deviation of the centre. False if the pixels do not determine the unknowns.
+// Computes one Gauss-Newton step. Sets fit.residual to the root mean square of the errors that remain after the step,
+// and fit.sigma to the standard deviation of the centre. False if the pixels do not determine the unknowns.
 template <size_t unknowns>
 bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vector &step, MarkFit &fit) {
     using Equations = Cholesky<unknowns>;
@@ -243,7 +244,7 @@ bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vec
     return true;
 }
 
-// Adds a step to the fit, shortened if it leaves the range in which the derivatives are about right.
+// Adds a step to the fit. The step is shortened if it leaves the range in which the derivatives are about right.
 template <class Vector>
 void change(MarkFit &fit, const Vector &step) {
     const double reach = std::max(0.7 * fit.blur, 0.1 * fit.shortRadius());

@@ -3,9 +3,9 @@
 //   grey = (1 + slope · d) * (dark + (light - dark) * P(s / blur)) + reflection
 //
 // Here d is the vector from the centre, s is the distance from the border (positive outside it), and P is the standard
-// normal distribution. The slope is that of the light. A reflection adds the same light to mark and paper. The
-// reflection is a quadratic function of d that is 0 in the centre, because `dark` and `light` include the light that it
-// adds there. All parameters are fitted at once, by Gauss-Newton with analytic derivatives.
+// normal distribution. The slope describes a linear change of the light. A reflection adds the same light to mark and
+// paper. The reflection is a quadratic function of d that is 0 in the centre, because `dark` and `light` include the
+// light that it adds there. All parameters are fitted at once, by Gauss-Newton with analytic derivatives.
 #pragma once
 
 #include <array>

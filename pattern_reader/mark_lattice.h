@@ -1,4 +1,4 @@
-// Finds round marks in a square lattice whose pitch is four times their radius, as on a plate.
+// Finds the round marks of plates, which form a square lattice with a pitch of four times their radius.
 #pragma once
 
 #include <vector>

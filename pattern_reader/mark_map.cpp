@@ -104,8 +104,9 @@ std::array<cv::Vec2d, 3> MarkMap::Neighbourhood::curvatureAt(cv::Point2d cell) c
             sumOf(bend, derivatives(p, 0, 2)) * scale};
 }
 
-// Fits the homography of a plane by weighted least squares, in a few rounds. Each round weights the marks by their
-// errors in the previous one, and by their distance from the camera, so that the sum of squares is in pixels.
+// Fits the homography of a plane by weighted least squares, in a few rounds. In each round, a mark's weight depends on
+// its error in the previous round. It also depends on the mark's distance from the camera, so that the sum of squares
+// is in pixels.
 bool MarkMap::fitPlane(const std::vector<MappedMark> &marks, std::vector<double> &weights, Neighbourhood &here) {
     const cv::Point2d origin = marks.front().image;
     cv::Matx33d map;

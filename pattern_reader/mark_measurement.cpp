@@ -73,8 +73,8 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
 }
 
 // For each mark, true if it may be in a reflection. A reflection adds the same light to mark and paper, so it raises
-// the dark level as a share of the light level. If this is true for many marks, the reflection is weaker at the other
-// marks, but not absent.
+// the dark level as a share of the light level. If more than a quarter of the marks may be in a reflection, it probably
+// reaches all marks, so the result is true for every mark.
 std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     std::vector<double> shares;
     std::vector<double> scatters;
@@ -94,9 +94,9 @@ std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     return raised;
 }
 
-// Fits a reflection to the marks that may be in one. If the picture of a mark then still differs from the model more
-// than at other marks, the cause is something else, such as a shadow or a cover, and the fit without a reflection is
-// kept.
+// Fits a reflection to the marks that may be in one. A mark's picture may still differ from the model much more than
+// those of most marks do. Then the cause is something else, such as a shadow or a cover, and the fit without a
+// reflection is kept.
 void fitReflections(const std::vector<ImageLevel> &levels, std::vector<FittedMark> &marks) {
     const std::vector<bool> raised = inReflection(marks);
     std::vector<MarkFit> lit;
@@ -157,8 +157,8 @@ void judgeLooks(std::vector<FittedMark> &marks) {
                 marks.end());
 }
 
-// Fits a map to the marks that are not disturbed, or to all marks if those are too few. Disturbed marks are left out
-// because a cover that hides a part of each mark in a row moves all of them in the same direction.
+// Fits a map to the undisturbed marks, or to all marks if there are too few undisturbed ones. Disturbed marks are left
+// out because a cover that hides a part of each mark in a row moves all of them in the same direction.
 MarkMap mapOf(const std::vector<FittedMark> &marks) {
     std::vector<MappedMark> clear;
     std::vector<MappedMark> all;
@@ -219,8 +219,8 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
 // Returns the mean squared distance of the marks in and around a cell from their places in the map, minus the part that
 // their noise explains, in pixels squared. Disturbed marks do not count.
 double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv::Point cell) {
-    // The map is fitted to these marks and mostly follows each of them, so only this share of a mark's noise remains in
-    // its distance from the map.
+    // The map is fitted to these marks and mostly follows each of them, so only this share of the variance of a mark's
+    // noise remains in the mark's distance from the map.
     constexpr double left = 0.4;
     double sum = 0;
     int count = 0;

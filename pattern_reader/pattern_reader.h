@@ -1,5 +1,5 @@
-// Finds calibration patterns in a photograph. For each of them, it returns which pattern it is, where its corners lie
-// in the photograph, and the values in its information block. It does not calibrate. The information block contains
+// Finds calibration patterns in a photograph. For each pattern, returns which one it is, where its corners lie in
+// the photograph, and the values in its information block. Nothing is calibrated here. The information block contains
 // lengths in millimetres, but the corners have only lattice coordinates; printed_pattern.h converts these to
 // millimetres.
 //
@@ -9,12 +9,12 @@
 // In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down. Lattice
 //   coordinates are in lattice steps (half a grid spacing) in the pattern's own coordinate system, also with x to the
 //   right and y down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a
-//   plate, (0, 0) is the outer corner of the frame, and the marks lie on the even numbers from 2 to 14. In a plain
+//   plate, (0, 0) is the frame's top-left outer corner, and the marks lie on the even numbers from 2 to 14. In a plain
 //   board, the inner corners run from (1, 1) to (columns, rows).
 // Uncertain results are left out: a checkerboard of which too little is visible gives no reading, and the values of an
-//   information block are absent if it cannot be read beyond doubt.
+//   information block are absent if the block cannot be read beyond doubt.
 // Every function may be called from any thread at the same time. readPatterns throws std::invalid_argument if the image
-//   is empty, too large or of another kind, or if the board has fewer than 3 x 3 corners.
+//   is empty, too large or of another kind, or if the board in the options has fewer than 3 x 3 inner corners.
 #pragma once
 
 #include <cstdint>
@@ -66,9 +66,9 @@ struct PatternReading {
     int quarterTurns = 0;
     // Direction of the pattern's x axis in the image, in degrees clockwise from the image's x axis.
     double angle = 0;
-    // In how many orientations a plain board of this size and these colours looks the same: 1, 2 (half turns) or 4
-    // (quarter turns). The reading has the orientation whose x axis points most to the right in the image. For coded
-    // patterns, this is 1.
+    // The number of orientations in which a plain board of this size and these colours looks the same: 1, 2 (half
+    // turns) or 4 (quarter turns). The reading has the orientation whose x axis points most to the right in the image.
+    // For coded patterns, this is 1.
     int orientations = 1;
     // True if the squares whose column and row have an even sum are dark. For a tile, this is its polarity.
     bool evenSquaresDark = true;

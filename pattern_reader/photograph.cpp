@@ -86,7 +86,7 @@ bool endsBeforeItsPicture(const Bytes &bytes) {
     return true;
 }
 
-// OpenCV turns TIFF pictures upright. This reverses that.
+// OpenCV turns TIFF pictures upright. This function turns them back.
 cv::Mat asStored(const cv::Mat &upright, int orientation) {
     cv::Mat stored;
     switch (orientation) {

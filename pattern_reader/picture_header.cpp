@@ -56,8 +56,8 @@ bool isTiff(std::uint64_t start) {
     return start == 0x49492A00 || start == 0x4D4D002A;
 }
 
-// Returns the value of a property in the first directory of a TIFF file, where each property takes twelve bytes; 0 if
-// the property is absent.
+// Returns the value of a field in the first directory of a TIFF file; 0 if the field is absent. Each entry of the
+// directory takes twelve bytes.
 std::uint64_t tiffValue(Bytes &bytes, std::uint64_t tag) {
     constexpr std::uint64_t shortType = 3;
     bytes.littleEndian = false;

@@ -1,5 +1,6 @@
-// Reads a picture's size and orientation from the header of its file. So a picture that is too large is refused before
-// any memory is allocated for it. Supports PNG, JPEG, TIFF and PNM. Does not check whether a picture is intact.
+// Reads a picture's size and orientation from the header of its file. This way, a picture that is too large can be
+// refused before any memory is allocated for it. Supports PNG, JPEG, TIFF and PNM. Does not check whether a picture is
+// intact.
 //
 // Each function reads from a seekable stream, whatever its current position. The result is empty if the file has
 // another format or does not contain the value.

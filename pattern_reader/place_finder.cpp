@@ -13,7 +13,7 @@ using pattern_code::planeSide;
 using pattern_code::tileSide;
 
 constexpr float leastCertainty = 0.3F;  // squares whose reading is less certain are not used
-// A place is accepted if the probability that a lattice of random marks would match as well is at most 10 to this
+// A place is accepted if the probability that a lattice of random marks would match as well is less than 10 to this
 // power.
 constexpr double log10Doubt = -5;
 constexpr int leastReadings = 36;  // with fewer readings, no place can be that certain

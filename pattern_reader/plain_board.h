@@ -16,8 +16,8 @@ struct BoardPlace {
     // Moves the lattice's own coordinates to the board's, in which the inner corners run from (1, 1) to (columns,
     // rows).
     LatticeMotion motion;
-    // In how many orientations a board of this size and these colours looks the same: 1, 2 (half turns) or 4 (quarter
-    // turns).
+    // The number of orientations in which a board of this size and these colours looks the same: 1, 2 (half turns) or 4
+    // (quarter turns).
     int orientations = 1;
 };
 

@@ -18,7 +18,7 @@ bool isInPicture(const PlateView &view, cv::Point2d mark) {
 }
 
 // The numbers of marks next to a dot. If a mark is hidden (inside the picture but not found), a blank object may cover
-// the place, which would then look like a place without a dot.
+// the dot too. The dot's place would then look empty.
 struct NextMarks {
     int all = 0;
     int found = 0;
@@ -40,7 +40,7 @@ NextMarks marksNextTo(const PlateView &view, cv::Point2d dot) {
     return marks;
 }
 
-// True if a place is so far from the frame and the marks that even in a blurred picture they do not darken it.
+// True if a place is so far from the frame and the marks that these do not darken it even in a blurred picture.
 bool isClearOfPrint(cv::Point2d at) {
     constexpr double gap = 0.12;
     const double side = marksPerSide + 1;
@@ -119,7 +119,7 @@ DotPlace lookAtDot(const PlateView &view, int bit) {
 }
 
 // Returns the usual DotPlace::share of a dot in this picture; empty if that is not clear. About half of all bits are
-// set, so the upper quartile of all shares is that of a dot.
+// set, so the upper quartile of all shares is the share of a dot.
 std::optional<double> lookOfDots(const std::array<DotPlace, pattern_code::blockBitCount> &places) {
     std::vector<double> known;
     for (const DotPlace &place : places) {
@@ -133,7 +133,7 @@ std::optional<double> lookOfDots(const std::array<DotPlace, pattern_code::blockB
     const auto high = known.begin() + std::ptrdiff_t(known.size() * 3 / 4);
     std::nth_element(known.begin(), high, known.end());
     const double full = *high;
-    // In a soft picture dots are pale, but still differ from paper.
+    // In a blurred picture, dots are pale but still differ from paper.
     constexpr double usual = 0.3;
     constexpr double palest = 0.06;
     const auto unclear = std::count_if(known.begin(), known.end(), [&](double share) {

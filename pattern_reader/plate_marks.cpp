@@ -64,7 +64,7 @@ bool mapCells(const MarkLattice &found, MarkMap &imageFromCell) {
     return true;
 }
 
-// The distance between two points of the picture in cells.
+// The distance, in cells, between two points of the picture.
 double cellsBetween(const cv::Matx22d &steps, cv::Point2d a, cv::Point2d b) {
     return cv::norm(steps.inv() * cv::Vec2d(a.x - b.x, a.y - b.y));
 }
@@ -99,8 +99,8 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &image
     return added;
 }
 
-// Keeps the marks in the 7 × 7 cells that contain most of them. Marks found outside only look like marks and are
-// removed. False if more than a few marks are removed.
+// Keeps the marks in the 7 × 7 cells that contain most of them. What was found outside these cells only looks like a
+// mark and is removed. If more than an eighth of the marks are outside, returns false and removes nothing.
 bool keepOnePlate(MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     if (extent.width <= marksPerSide && extent.height <= marksPerSide) {

@@ -1,4 +1,4 @@
-// Completes the marks of one plate, of which the search for lattices has found some.
+// Completes the marks of a plate. The search for lattices has usually found only some of them.
 #pragma once
 
 #include <vector>

@@ -10,7 +10,8 @@
 
 namespace pattern_reader {
 
-// Reads the plate that a lattice of marks belongs to. Empty if the frame and the triangle do not confirm it.
+// Reads the plate that a lattice of marks belongs to. Empty if the frame does not confirm it, or if its orientation is
+// not certain.
 std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &start);
 
 }  // namespace pattern_reader

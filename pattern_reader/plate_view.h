@@ -35,7 +35,7 @@ struct PlatePicture {
     const MarkLattice &marks;
     const MarkMap &map;
     const ImageLevel *level = nullptr;       // the finest level in which a grid spacing has at most 26 pixels
-    const ImageLevel *sharpLevel = nullptr;  // the next finer level
+    const ImageLevel *sharpLevel = nullptr;  // the next finer level, if there is one
 
 private:
     cv::Rect extent;  // of the lattice
@@ -50,7 +50,7 @@ public:
 
     cv::Point2d toImage(cv::Point2d plate) const { return picture.map.at(toCell(plate)); }
     cv::Point2d toCell(cv::Point2d plate) const;
-    // True if the mark at this place of the lattice was found.
+    // True if a mark was found at these plate coordinates.
     bool hasMark(cv::Point plate) const;
     // Determines the grey level relative to the marks nearby: 0 is as dark as a mark, 1 is as light as the paper. False
     // outside the picture.
@@ -64,7 +64,7 @@ public:
     double sharpScale() const { return picture.sharpLevel->scale(); }
 
 private:
-    // The grey level as a share of the contrast at a place.
+    // Converts a grey level to a share of the contrast at a place. False if the contrast is too low.
     bool relativeToMarks(cv::Point2d cell, double grey, double &light) const;
 
     const PlatePicture &picture;

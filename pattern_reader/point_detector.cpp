@@ -14,9 +14,10 @@ constexpr float greyScale = 64;  // of ImageLevel::smoothed
 constexpr auto saddleThreshold = int32_t(leastSaddleStrength * greyScale * leastSaddleStrength * greyScale);
 constexpr auto blobThreshold = int32_t(-leastBlobStrength * greyScale * leastBlobStrength * greyScale);
 
-// Computes the negative Hessian determinant along one row, in smoothed units: positive at saddles, negative at blobs.
-// `worth` is 1 where the determinant is large enough for a saddle or a blob. Smoothed values are at most 255 * 64, so
-// the second derivatives fit into 16 bits, and twice as many are computed at once as with 32 bits.
+// Computes the negative Hessian determinant along one row, in the units of ImageLevel::smoothed. It is positive at
+// saddles and negative at blobs. `worth` is 1 where the determinant is large enough for a saddle or a blob. Smoothed
+// values are at most 255 * 64, so the second derivatives fit into 16 bits. With 16 bits, the processor computes twice
+// as many at once as with 32.
 void respond(const ImageLevel &level, int y, int32_t *out, uchar *worth) {
     const int width = level.smoothed.cols;
     const auto *up = level.smoothed.ptr<int16_t>(y - 1);
@@ -93,8 +94,8 @@ float sample(const cv::Mat &smoothed, float x, float y) {
 }
 
 // True if a ring around the point looks the same after half a turn and inverted after a quarter turn. Also determines
-// the opening of the light areas. The derivatives at the point do not show this opening, because blur makes every angle
-// look like a right angle.
+// the opening angle of the light areas. The derivatives at the point do not show this angle, because blur makes every
+// angle look like a right angle.
 bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     constexpr float radius = 2;
     const cv::Point2f p = saddle.position;
@@ -117,15 +118,15 @@ bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
         second += even * cv::Point2f(circle.x[2 * i], circle.y[2 * i]);
         fourth += even * cv::Point2f(circle.x[4 * i % Circle::count], circle.y[4 * i % Circle::count]);
     }
-    // A pure second harmonic of amplitude A makes the length of `second` 8 A. `odd` is the sum of the differences after
+    // A pure second harmonic of amplitude A gives `second` a length of 8 A. `odd` is the sum of the differences after
     // half a turn.
     const float length2 = second.dot(second);
     if (!(length2 > 1.44F * odd * odd)) {
         return false;
     }
-    // Two light areas with the opening w have a second harmonic of sin w and a fourth harmonic of sin w cos w, both in
-    // the direction of the light axis. On this ring in a smoothed picture, only about a fifth of the fourth harmonic
-    // remains.
+    // Two light areas with the opening angle w have a second harmonic of sin w and a fourth harmonic of sin w cos w,
+    // both in the direction of the light axis. On this ring in a smoothed picture, only about a fifth of the fourth
+    // harmonic remains.
     constexpr float lost = 5;
     const cv::Point2f axis(second.x * second.x - second.y * second.y, 2 * second.x * second.y);
     const float cosine = lost * fourth.dot(axis) / (length2 * std::sqrt(length2));

@@ -1,12 +1,12 @@
-// Finds the points that patterns consist of, saddle points and dark blobs, by the second derivatives of the picture. It
-// knows nothing about lattices.
+// Finds the points that patterns consist of: saddle points and dark blobs. It uses only the second derivatives of the
+// picture and knows nothing about lattices.
 //
 // Saddle points are places where four areas meet, dark opposite dark and light opposite light, as at the inner
 // corners of a checkerboard.
 //
 // The measure of a saddle point is the negative determinant of the Hessian of the smoothed image. A pixel with a high
 // measure is a saddle point only if a stationary point of the smoothed image lies close to it, and if the surroundings
-// of that point look the same after half a turn. Those of ordinary corners do not.
+// of that point look the same after half a turn. The surroundings of a single square's corner do not.
 //
 // Dark blobs are spots that are darker than everything around them, with a radius of one to three pixels of their
 // level.

@@ -151,8 +151,8 @@ public:
         }
     }
 
-    // Looks up those 5 x 5 windows of the patch that have no unknown cell, in an order that spreads them over the
-    // patch.
+    // Looks up 5 x 5 windows of the patch that have no unknown cell, in an order that spreads them over the patch. At
+    // most quickWindowLimit windows are looked up in each orientation.
     void runQuick() {
         for (const AlignedPatch &patch : patches) {
             const int across = patch.known.width() - WindowTable::keySide + 1;

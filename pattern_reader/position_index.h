@@ -70,8 +70,8 @@ struct Location {
     int runnerUpDisagreeing = 0;
 };
 
-// True if a location can be relied upon: fewer than one patch of random bits in 10^8 would match equally well, at most
-// one bit in six disagrees, and the next best place matches clearly worse.
+// True if a location can be relied upon: at most one patch of random bits in 10^8 would match equally well, at most one
+// bit in six disagrees, and the next best place matches clearly worse.
 bool isCertain(const Location &location);
 
 class PositionIndex {

@@ -15,8 +15,8 @@ float medianOf(std::vector<float> &values) {
     return *middle;
 }
 
-// The fourth difference of the positions of five corners in a row, which is 0 for a cubic curve. The variance is the
-// one that follows from the fits' standard deviations.
+// The fourth difference of the positions of five consecutive corners on a lattice line. It is 0 if the line is a cubic
+// curve. Its variance follows from the fits' standard deviations.
 struct FourthDifference {
     cv::Point2f value;
     float variance = 0;
@@ -58,9 +58,9 @@ std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vecto
     return excesses;
 }
 
-// The variance of a board's corners divided by the variance that the noise of their pixels explains. It can be larger
-// than 1 because compression, colour sensors and print make errors that are alike in neighbouring pixels. 1 if there
-// are too few corners.
+// Returns the variance of a board's corners divided by the variance that the noise of their pixels explains. The result
+// can be larger than 1 because compression, colour sensors and print cause errors that are alike in neighbouring
+// pixels. It is 1 if there are too few corners.
 float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses = excessesInRows(lattice, fits);
     constexpr size_t least = 10;
@@ -73,7 +73,7 @@ float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits)
     return std::clamp(1 + weight * (found - 1), 0.3F, 100.0F);
 }
 
-// Marks the corners around which the picture differs from the model much more than around most corners.
+// Sets `disturbed` for the corners around which the picture differs from the model much more than around most corners.
 void markDisturbed(CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> noises;
     std::vector<float> residuals;

@@ -29,8 +29,8 @@ struct PrintedPattern {
 };
 
 // Loads the patterns of a file. If the file cannot be used, throws std::runtime_error with a sentence that names the
-// file. It cannot be used if it is not readable, if it is neither a pattern's JSON nor a PDF that contains one, or if
-// the reader does not know the kind of a pattern in it.
+// file. It cannot be used if it is not readable, if it is neither a pattern's JSON nor a PDF with this JSON, or if the
+// reader does not know the kind of a pattern in it.
 PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
 // Returns one point for each corner of the reading. Empty if none of the patterns fits the reading, or if several

@@ -118,7 +118,7 @@ bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, con
     try {
         written = cv::imwrite(path, pattern_reader::drawReadings(image, readings));
     } catch (const cv::Exception &) {
-        // OpenCV writes no picture format with this file name's ending.
+        // OpenCV knows no picture format with this file name extension.
         written = false;
     }
     if (!written) {

@@ -49,7 +49,7 @@ nlohmann::ordered_json toJson(const PatternCorner &corner, const cv::Point3d *ob
                                    {"image", {rounded(corner.image.x, 0.0001), rounded(corner.image.y, 0.0001)}},
                                    {"sigma", rounded(corner.sigma, 0.0001)}};
     if (objectPoint != nullptr) {
-        // Rounded to nanometres, which removes the last digits that rounding errors leave in products.
+        // Rounding to nanometres removes the digits that rounding errors leave in products.
         json["object"] = {rounded(objectPoint->x, 1e-6), rounded(objectPoint->y, 1e-6), rounded(objectPoint->z, 1e-6)};
     }
     if (corner.disturbed) {

@@ -61,7 +61,7 @@ bool axisFrom(const PatternReading &reading, cv::Point step, cv::Point2f &from, 
 cv::Mat drawReadings(const cv::Mat &image, const std::vector<PatternReading> &readings) {
     cv::Mat picture;
     cv::cvtColor(image, picture, cv::COLOR_GRAY2BGR);
-    // Coordinates are drawn in sixteenths of a pixel.
+    // OpenCV's drawing functions get the coordinates in sixteenths of a pixel.
     constexpr int shift = 4;
     const auto fixed = [](cv::Point2f p) {
         return cv::Point(cvRound(p.x * (1 << shift)), cvRound(p.y * (1 << shift)));

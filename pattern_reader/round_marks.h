@@ -1,5 +1,5 @@
 // Measures a round dark mark by fitting an ellipse to the steepest points of its border. The ellipse's shape shows how
-// the plate is tilted there, and so where the mark's neighbours must be.
+// the plate is tilted there, and this tilt shows where the mark's neighbours must be.
 #pragma once
 
 #include <opencv2/core.hpp>

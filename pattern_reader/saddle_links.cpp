@@ -35,7 +35,7 @@ std::vector<LinkedSaddle> withBorders(const std::vector<SaddlePoint> &saddles) {
 
 // True if two saddles have the same borders with light and dark exchanged.
 bool alternate(const LinkedSaddle &p, const LinkedSaddle &q) {
-    constexpr float tolerance = 0.36F;  // sine
+    constexpr float tolerance = 0.36F;  // sine of the angle between two borders
     return std::abs(cross(p.border[0], q.border[1])) < tolerance &&
            std::abs(cross(p.border[1], q.border[0])) < tolerance && q.strength < 4 * p.strength &&
            p.strength < 4 * q.strength;

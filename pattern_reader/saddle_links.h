@@ -18,8 +18,8 @@ struct LinkedSaddle {
     std::array<int, 4> links{-1, -1, -1, -1};
 };
 
-// Returns the saddles of a level of the given size, in the same order, with their links. If p is linked to q, then q is
-// linked to p, but not always in the opposite direction.
+// Returns the given saddles with their links, in the same order. `level` is the size of the saddles' level. If p is
+// linked to q, then q is linked to p, but not always in the opposite direction.
 std::vector<LinkedSaddle> linkSaddles(const std::vector<SaddlePoint> &saddles, const cv::Size &level);
 
 }  // namespace pattern_reader

@@ -127,7 +127,8 @@ bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const 
     if (lattice.predict(here, quad.corners[corner])) {
         return true;
     }
-    // Diagonally outside a corner of the lattice, only the parallelogram of the other three corners can predict it.
+    // A corner that lies diagonally outside the lattice's corner can be predicted only as the fourth point of a
+    // parallelogram with the square's other three corners.
     const size_t opposite = 3 - corner;
     const cv::Point there = cornerOf(cell, opposite);
     cv::Point2f a;
@@ -157,8 +158,8 @@ float MarkReader::centreGrey(const Quad &quad) const {
 }
 
 // True if the square's outer parts have the square's colour on every side. `toLevel` is a factor: it converts a
-// difference from the middle grey to a level in which 1 is that colour. `expected` is the level that remains after
-// blur.
+// difference from the middle grey to a level that is 1 for the square's colour. `expected` is the level that remains of
+// this after blur.
 bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
     const std::array<cv::Point2f, 4> sides{
         {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};
@@ -208,10 +209,10 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
 
 using Look = MarkReader::Look;
 
-// At the edge of the measured area, a cover can look like the outer half of a square. A cover that is as light as the
-// paper looks like a light square, and one that is as dark as the ink looks like a dark square. But a cover cannot look
-// like two neighbouring squares. So a square at this edge is doubtful if it has neighbours at the edge that were
-// examined, and none of them looks like a square.
+// At the edge of the measured area, a cover (an object in front of the pattern) can look like the outer half of a
+// square. A cover that is as light as the paper looks like a light square, and one that is as dark as the ink looks
+// like a dark square. But a cover cannot look like two neighbouring squares. So a square at this edge is doubtful if it
+// has neighbours at the edge that were examined, and none of them looks like a square.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.

@@ -18,7 +18,8 @@ struct SquareReading {
     bool marked = false;
     float certainty = 0;  // 0: no better than a guess, 1: looks exactly as predicted for `marked`
     int measuredCorners = 0;
-    // True if the square is at the edge of the measured area, where a cover with the square's grey would look the same.
+    // True if the square is at the edge of the measured area and may in fact be a cover: an object in front of the
+    // pattern with the same grey level.
     bool maybeCover = false;
 };
 

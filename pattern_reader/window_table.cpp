@@ -68,8 +68,8 @@ CodeGrid tileGrid(int tile) {
 
 using Limits = std::array<int, WindowTable::scanSide * WindowTable::scanSide + 1>;
 
-// For each number of compared bits, the greatest number of bits that may disagree in a window that is visited. -1 if no
-// window is visited.
+// Returns an array. If n bits of a window are compared, the window is visited if at most element n of them disagree.
+// Element n is -1 if n bits are too few to visit any window.
 const Limits &disagreementLimits() {
     static const Limits limits = [] {
         Limits made{};
