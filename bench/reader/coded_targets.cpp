@@ -21,8 +21,8 @@ int pick(std::mt19937 &random, int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
 }
 
-// Returns the description of a pattern of the type that the parameter "Type" would select, or of a plate if there is no
-// type name.
+// Returns the description of a pattern. `typeName` is the value of the parameter "Type", which selects the pattern's
+// type. Without a type name, the pattern is a plate.
 PatternDescription describe(const std::optional<std::string> &typeName) {
     PatternDescription description;
     description.type = lmlib64::findPatternType(typeName);

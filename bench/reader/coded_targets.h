@@ -15,7 +15,7 @@ struct CodedTarget {
     std::shared_ptr<const SyntheticTarget> target;
     pattern_reader::PatternKind kind = pattern_reader::PatternKind::Tile;
     int tile = -1;
-    // The difference between the reader's lattice coordinates of a point and its coordinates on the target.
+    // The reader's lattice coordinates of a point minus the point's coordinates on the target.
     cv::Point origin;
     bool topLeftDark = true;
     // The values in the information block; fields that it does not have are empty.
@@ -23,8 +23,8 @@ struct CodedTarget {
     bool hasBlock = false;
 };
 
-// Makes tile 0, whose information block has the grid spacing and the thickness, or the tile of a pattern of an
-// assembly.
+// Makes a tile. The information block of tile 0 has the grid spacing and the thickness. The other tiles are the
+// patterns of an assembly.
 CodedTarget makeTile(int tile, std::mt19937 &random, const Print &print = {});
 // Makes a Flexible pattern with width × height corners, cut from the plane at a random offset.
 CodedTarget makeFlexible(int width, int height, std::mt19937 &random, const Print &print = {});

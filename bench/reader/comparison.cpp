@@ -38,7 +38,7 @@ struct Board {
     bool read = false;
     bool complete = false;
     int found = 0;                     // corners that the reader found
-    double error = 0;                  // of the reader: root mean square over the board's corners, pixels
+    double error = 0;                  // of the reader: root mean square over the corners found, pixels
     std::optional<double> plainError;  // of the reader on the same board without marks, with the board's size given
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;

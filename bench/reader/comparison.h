@@ -9,17 +9,16 @@
 
 namespace reader_bench {
 
-// The results of one of OpenCV's detectors, either on the boards as they are or on the same pictures with boards
-// without marks.
+// The results of one of OpenCV's detectors, either on the boards as they are or on the same boards drawn without marks.
 struct DetectorTotals {
     StockMethod method = StockMethod::Classic;
     bool withoutMarks = false;
     std::string name;
     int found = 0;             // boards of which all corners were found in the right places
-    int foundButMissed = 0;    // of these, the boards that the reader does not read
-    int foundMoreCorners = 0;  // of these, the boards that the reader reads without some corners
-    // Root mean square error in pixels, over the boards that both the detector and the reader found, and over the
-    // corners that each of them found there.
+    int foundButMissed = 0;    // boards of `found` that the reader does not read
+    int foundMoreCorners = 0;  // boards of `found` of which the reader misses some corners
+    // Root mean square error in pixels over the boards that both the detector and the reader found. A board's error is
+    // that of the corners that were found, and its weight is the number of all its corners.
     double ownError = 0;
     double readerError = 0;
     // The median of the boards' root mean square errors, in pixels.
@@ -43,9 +42,10 @@ struct Comparison {
     double medianSectorBasedMs = 0;
 };
 
-// Uses the first `boards` pictures that can be compared, from picture number `first` on: they show a single
-// checkerboard that is completely visible, under any condition. Every detector is compared with the reader's results on
-// the boards with marks. If `timesOnly` is true, `detectors` stays empty.
+// Uses the first `boards` pictures that can be compared, from picture number `first` on. A picture of any condition can
+// be compared if it is not mirrored and shows a single checkerboard, which is completely visible and has at most 1,024
+// corners. Every detector is compared with the reader's results on the boards with marks. If `timesOnly` is true,
+// `detectors` stays empty.
 Comparison compareWithStock(unsigned first, unsigned boards, unsigned threads, bool timesOnly);
 
 }  // namespace reader_bench

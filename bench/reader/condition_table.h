@@ -64,7 +64,7 @@ struct Row {
     double percentile95 = 0;   // of the errors' lengths, pixels
     double bias = 0;           // root mean square of the lengths of the patterns' mean errors, pixels
     double ratioToLeast = 0;   // median over the patterns of rms / smallest rms that the noise allows; 0 if not known
-    double sigmaVariance = 0;  // variance of the errors divided by the reading's sigma; 0 if not known
+    double sigmaVariance = 0;  // variance of the quotients error / sigma of the reading; 0 if not known
 };
 
 // Sums up the patterns that `pick` selects. False places and false values are those of all pictures with a selected

@@ -11,7 +11,7 @@
 
 namespace reader_bench {
 
-// A shadow on the half plane that begins at the point `edge` and extends in the direction `side`. It takes the share
+// A shadow on the half plane that begins at the point `edge` and extends in the direction `side`. It removes the share
 // `depth` of the light. Across its straight edge, the light changes over `penumbra` pixels.
 struct Shadow {
     cv::Point2d edge;
@@ -56,7 +56,7 @@ struct Exposure {
     double balanceError = 0;  // relative error of the white balance
     double toneGain = 1;      // before clipping at 255
     double toneGamma = 1;     // 2.2 is a camera's usual curve
-    double sharpening = 0;    // share of the difference from the smoothed picture that is added
+    double sharpening = 0;    // this share of the difference from the smoothed picture is added
     double sharpeningSigma = 1;
     int jpegQuality = 0;  // 0 if the picture is not compressed
 };

@@ -11,8 +11,8 @@ cv::Vec2d column(const cv::Matx22d &steps, int index) {
     return {steps(0, index), steps(1, index)};
 }
 
-// The Fisher information that each pixel of a border's length contributes about the border's position perpendicular to
-// it.
+// Returns the Fisher information about a border's position, measured at right angles to the border, for each pixel of
+// the border's length.
 double informationPerPixel(const LocalView &view) {
     const double perLevel = view.contrast / view.noise;
     return perLevel * perLevel / (2 * std::sqrt(CV_PI) * view.blur);

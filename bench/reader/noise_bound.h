@@ -2,11 +2,14 @@
 // picture with Gaussian blur and white noise.
 //
 // A border between light and dark has the length L. It is seen with the contrast c and the blur s, in noise of standard
-// deviation n. Then the Fisher information about its position perpendicular to itself is c² L / (2 sqrt(pi) s n²). This
-// is the integral of the squared derivative of its grey levels, divided by n²; the derivative is a Gaussian of width s.
-// A corner consists of two such borders, and a mark has one closed border. The other unknowns (levels, blur,
+// deviation n. Then the Fisher information about its position, measured at right angles to the border, is
+//
+//   c² L / (2 sqrt(pi) s n²)
+//
+// This is the integral of the squared derivative of the grey levels, divided by n². The derivative is a Gaussian of
+// width s. A corner consists of two such borders, and a mark has one closed border. The other unknowns (levels, blur,
 // directions) change the picture in the same way on both sides of the point, whereas a shift changes it in opposite
-// ways. So the bound stays the same if they are estimated too.
+// ways. So the bound stays the same if the other unknowns are estimated too.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -17,7 +20,7 @@ namespace reader_bench {
 struct LocalView {
     cv::Matx22d steps;    // pixels per lattice step: the x direction in the first column, y in the second
     double contrast = 0;  // grey levels between paper and ink
-    double blur = 0;      // standard deviation of the Gaussian blur with the pixel's own area, pixels
+    double blur = 0;      // standard deviation of the Gaussian blur, the pixel's own area included, pixels
     double noise = 0;     // standard deviation, grey levels
 };
 

@@ -2,19 +2,19 @@
 // the goals and whether they are met.
 //
 //   reader_bench [OPTIONS]
-//     --first N        number of the first picture with patterns, and of the first picture without
-//     --count N        how many pictures with patterns are made
-//     --empty N        how many pictures without patterns are made
+//     --first N        number of the first picture, both of those with and of those without patterns
+//     --count N        number of pictures with patterns
+//     --empty N        number of pictures without patterns
 //     --condition ID   makes only pictures with this condition; the name "list" lists all conditions
-//     --compare N      on how many boards the reader is compared with OpenCV's detectors
-//     --times          compares only the times, with --compare
+//     --compare N      number of boards on which the reader is compared with OpenCV's detectors
+//     --times          makes --compare compare only the times
 //     --threads N      number of threads
 //     --list           lists every failure
 //     --check          exits with 1 if a goal is missed
 //     --save FOLDER    writes the pictures, and the truth about them; with --list, only those with failures
 //
-// Picture n is the same in every run, whatever the number of threads. Pictures below 100,000 are for tuning, and the
-// others are for measuring.
+// Picture n is the same in every run, whatever the number of threads. Pictures with numbers below 100,000 are for
+// tuning, and the others are for measuring.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

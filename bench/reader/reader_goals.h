@@ -1,4 +1,4 @@
-// Defines the goals that the reader must meet, and judges them by the measured values.
+// Defines the goals that the reader must meet, and checks whether the measured values meet them.
 #pragma once
 
 #include <string>

@@ -26,7 +26,7 @@ Time readingTime(const cv::Mat &picture) {
     return timeOf([&] { pattern_reader::readPatterns(picture); });
 }
 
-// Returns a picture of a target in its middle, slightly tilted and rolled.
+// Returns a picture with a target in the middle. The target is slightly tilted and rolled.
 cv::Mat photographOf(const CodedTarget &coded, const cv::Size &size) {
     CameraModel camera;
     camera.focalLength = 1.5 * size.width;
@@ -58,7 +58,7 @@ cv::Mat inLargerPicture(const cv::Mat &picture, int factor, bool textured) {
     return larger;
 }
 
-// Measures pictures that are full of shapes that look like corners or marks.
+// Measures the time for pictures full of shapes that look like corners or marks.
 void benchLookalikes(Table &table) {
     for (const EmptyKind kind : {EmptyKind::Text, EmptyKind::Dots, EmptyKind::PerforatedSheet, EmptyKind::Net}) {
         const cv::Mat one = repeated(kind, {1000, 1000});
@@ -88,8 +88,8 @@ void benchMegapixels(Table &table) {
     }
 }
 
-// A picture with a number of items. The time for an empty picture of the same size is subtracted from the time to read
-// it. The rest is divided by the number of items and compared with the result for the first subject.
+// A picture with a number of items. The time for an empty picture of the same size is subtracted from the time for this
+// picture. The rest is divided by the number of items and compared with the result for the first subject.
 struct Subject {
     std::string what;
     cv::Mat picture;

@@ -36,18 +36,19 @@ struct Scene {
     bool mirrored = false;
     Marks marks = Marks::Drawn;
 
-    // The position in the picture of a point of a pattern. The point is given in the reader's lattice coordinates or in
-    // the target's own.
+    // The position of a pattern's point in the picture. The point is given in the reader's lattice coordinates or in
+    // the target's own coordinates.
     cv::Point2d imageOf(const ScenePattern &pattern, const cv::Point &lattice) const;
     cv::Point2d imageOf(const ScenePattern &pattern, const cv::Point2d &onTarget) const;
-    // The derivatives of the image point: the target's x direction in the first column, y in the second.
+    // The derivatives of the image point with respect to the target's coordinates: by x in the first column, by y in
+    // the second.
     cv::Matx22d stepsAt(const ScenePattern &pattern, const cv::Point2d &onTarget) const;
-    // The grey levels between paper and ink at a point, after clipping; 0 if the point is covered or outside the
-    // picture.
+    // The difference in grey level between paper and ink at a point, after clipping; 0 if the point is covered or
+    // outside the picture.
     double contrastAt(const ScenePattern &pattern, const cv::Point2d &onTarget) const;
 };
 
-// What the picture shows of a pattern.
+// The part of a pattern that the picture shows.
 struct SeenPart {
     std::vector<cv::Point> points;  // corners or marks whose surroundings can be seen; the reader's lattice coordinates
     int squares = 0;                // squares of which all four corners can be seen; for a plate, marks

@@ -53,7 +53,7 @@ double middleSquare(const Scene &scene, const ScenePattern &pattern) {
 }
 
 // Returns the greatest angle between the camera's axis and a ray to the paper, in radians; pi if the camera would see
-// the back of the paper or see it too flat.
+// the back of the paper, or the front at too flat an angle.
 double widestAngle(const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     const TargetPose &pose = pattern.placed.pose;

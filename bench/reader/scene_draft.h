@@ -1,4 +1,5 @@
-// Makes the draft of a picture with one pattern, whose values a condition can change, and composes the scene from it.
+// Makes the draft of a picture with one pattern, and composes the scene from the draft. In between, a condition can
+// change the draft's values.
 #pragma once
 
 #include <optional>
@@ -10,7 +11,7 @@ namespace reader_bench {
 
 struct SceneDraft {
     bool plate = false;
-    cv::Size flexibleCorners;  // of a Flexible pattern; if empty and not a plate, the pattern is a tile
+    cv::Size flexibleCorners;  // of a Flexible pattern; if empty and `plate` is false, the pattern is a tile
     Print print;
 
     double pixelsPerSquare = 20;
@@ -29,7 +30,7 @@ struct SceneDraft {
     bool coverQuarter = false;
     bool cutQuarter = false;
     bool mirrored = false;
-    double megapixels = 2;  // the limit; a larger picture is cut to it around its middle
+    double megapixels = 2;  // the limit; of a larger picture, only the middle part is used
 };
 
 // Returns a draft of a picture with mild conditions: 8 to 40 pixels per square, tilt to 45°, some noise and blur, and

@@ -34,7 +34,7 @@ cv::Point cutQuarter(const Scene &scene, const ScenePattern &pattern, cv::Rect w
 // Moves the origin of the picture's coordinates to this point.
 void moveOrigin(Scene &scene, cv::Point origin);
 
-// Photographs the scene's patterns over the background with its camera and exposure.
+// Photographs the scene's patterns over the background with the scene's camera and exposure.
 void takePicture(Scene &scene, const cv::Mat &background, Dice &dice);
 
 }  // namespace reader_bench

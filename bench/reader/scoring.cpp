@@ -20,8 +20,8 @@ bool sameValues(const PatternValues &a, const PatternValues &b) {
            a.assemblyPattern == b.assemblyPattern;
 }
 
-// True if the formula of the bound holds: it needs white noise, Gaussian blur, and borders that are printed as they are
-// drawn.
+// True if the formulas of noise_bound.h hold: they need white noise, Gaussian blur, and borders that are printed as
+// they are drawn.
 bool hasPlainNoise(const Exposure &exposure, const Print &print) {
     return exposure.noiseSigma > 0 && exposure.shotNoise == 0 && exposure.jpegQuality == 0 && !exposure.bayer &&
            exposure.toneGain == 1 && exposure.toneGamma == 1 && exposure.sharpening == 0 &&

@@ -20,12 +20,12 @@ struct PatternScore {
     int seenPoints = 0;       // corners or marks that the picture shows
     int seenSquares = 0;      // squares whose corners the picture shows; for a plate, marks
     bool placed = false;      // read as the right pattern, in the right place and orientation
-    bool valuesRead = false;  // its values were read and are right
+    bool valuesRead = false;  // the values of its block were read and are right
     int corners = 0;          // number of corners in the reading
-    // Corners of all readings of the pattern that are more than a quarter of a square from the truth, after the error
-    // in the picture is converted to the pattern's plane.
+    // Number of corners, in all readings of the pattern, with an error of more than a quarter of a square. The error is
+    // converted to the pattern's plane.
     int strayCorners = 0;
-    std::vector<PointError> errors;  // of the other corners
+    std::vector<PointError> errors;  // of the first reading's other corners
     int moreReadings = 0;            // further readings of the same pattern
     bool polarityRight = true;
     int correctedBits = 0;

@@ -19,14 +19,15 @@
 namespace reader_bench {
 
 // The pose of a target in front of the camera. Point p of the target's plane is at rotation · (p - anchor, 0) +
-// translation. If the sheet is bent, it is at rotation · sheet(p - anchor) + translation.
+// translation. If the sheet is bent, the point is at rotation · sheet(p - anchor) + translation.
 struct TargetPose {
     cv::Matx33d rotation = cv::Matx33d::eye();
     cv::Vec3d translation{0, 0, 1};
     cv::Point2d anchor;
     std::shared_ptr<const PaperSheet> sheet;  // flat if empty
     // The movement between camera and target while the rows of the picture are read one after the other. It is given
-    // per row, and is zero at middleRow: first a turn about the camera's centre (axis times radians), then a shift.
+    // per row, and is zero at middleRow. It consists of a turn about the camera's centre (axis times radians) and then
+    // a shift.
     cv::Vec3d turnPerRow;
     cv::Vec3d shiftPerRow;
     double middleRow = 0;
@@ -47,7 +48,7 @@ struct PlacedTarget {
 // Returns where the camera sees a point of the target, in image coordinates.
 cv::Point2d projectPoint(const CameraModel &camera, const TargetPose &pose, const cv::Point2d &point);
 
-// Takes the picture over the given background (32-bit float grey levels), which sets the size.
+// Takes the picture over the given background (32-bit float grey levels). The picture has the background's size.
 cv::Mat photograph(const cv::Mat &background, const CameraModel &camera, const std::vector<PlacedTarget> &targets,
                    const Exposure &exposure, std::mt19937 &random);
 

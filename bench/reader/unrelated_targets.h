@@ -1,4 +1,4 @@
-// Makes targets for the synthetic camera that are regular but are not patterns of this system.
+// Makes targets that are regular but are not patterns of this system, for the synthetic camera.
 #pragma once
 
 #include <memory>
@@ -16,7 +16,7 @@ Target makeBoard(bool marked, Dice &dice);
 Target makePerforatedSheet(int most, Dice &dice);
 // Crossing bars.
 Target makeNet(int most, Dice &dice);
-// Round marks in rows, some of them in a frame, as on other makers' plates. Nothing on these shows which way is up.
+// Round marks in rows, sometimes in a frame, as on other makers' plates. Nothing on such a grid shows which way is up.
 Target makeMarkGrid(Dice &dice);
 // Squares that are dark at random, as in a two-dimensional bar code.
 Target makeModules(Dice &dice);
