@@ -21,7 +21,7 @@ void describeFlexible(const TreeItem &pattern, int size) {
     pattern["GridSpacing"] = 12.5;
 }
 
-// The time of the fastest of several previews. A single preview is so short that its time depends on what other
+// Returns the time of the fastest of several previews. A single preview is so short that its time depends on what other
 // processes have left in the caches.
 Time previewTime(int size) {
     constexpr int previews = 80;
@@ -109,7 +109,7 @@ void benchSaving(Table &table) {
     }
 }
 
-// The time of one access in nanoseconds, averaged over many.
+// Returns the mean time of one access in nanoseconds.
 template <class Access>
 Time accessNanoseconds(Access access) {
     constexpr int accesses = 2000;

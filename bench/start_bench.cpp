@@ -1,7 +1,7 @@
 // Benchmarks of the programs' start, exit and memory. LmCalTab is compared with an empty window of the same toolkit,
-// with OpenGL (the toolkit's default) and without it (as in LmCalTab). LmView is compared with an empty window that
-// loads the same libraries. The programs run in turn, and each run ends after the first picture. This needs a POSIX
-// system.
+// once with OpenGL (the toolkit's default) and once without it (as in LmCalTab). LmView is compared with an empty
+// window that loads the same libraries. The programs run in turn, and each run ends after the first picture. This needs
+// a POSIX system.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -72,7 +72,7 @@ void startInTurn(std::vector<Runs> &kinds, std::size_t rounds) {
 
 int main(int /*argc*/, char **argv) {
     const std::string folder = std::string(argv[0]).substr(0, std::string(argv[0]).rfind('/') + 1);
-    // The programs find no settings, and no sessions that a crash left.
+    // With a new data folder, the programs find no settings and no sessions left by a crash.
     std::string home = "/tmp/start_bench-XXXXXX";
     if (mkdtemp(home.data()) == nullptr || setenv("XDG_DATA_HOME", home.c_str(), 1) != 0) {
         return 2;

@@ -1,5 +1,5 @@
-// Benchmarks of one update of the window, from a changed field to the repainted view, compared with the work that the
-// toolkit needs to show a picture of the same size.
+// Measures one update of the window, from a changed field to the repainted view. The time is compared with the time
+// that the toolkit needs to show a picture of the same size.
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>

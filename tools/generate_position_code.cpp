@@ -1,12 +1,12 @@
-// Makes the bits of the position code, writes the two files that position_code.cpp includes, and reports the time and
-// the number of squares that were filled again on standard error. The bits are frozen as pattern version 1. The program
-// is kept only to show how they were made; it makes the same bits on every machine.
+// Makes the bits of the position code and writes the two files that position_code.cpp includes. Reports on standard
+// error the time and the number of squares that were filled again. The bits are frozen as pattern version 1. The
+// program is kept only to show how the bits were made; it makes the same bits on every machine.
 //
 // The squares are filled with random bits one after the other, row by row. If a bit completes a window that is too
-// similar to an earlier window, the bit is inverted. If neither value works, the last few squares are emptied and
-// filled again. Every completed window of the plane is added to an index, which finds similar windows by the pigeonhole
-// principle. The windows of tiles are kept in plain lists. If squares are emptied, the windows that they completed are
-// removed again, the last one first.
+// similar to an earlier window, the bit is inverted. If neither value of the bit works, the last few squares are
+// emptied and filled again. Every completed window of the plane is added to an index, which finds similar windows by
+// the pigeonhole principle. The windows of tiles are kept in plain lists. If squares are emptied, the windows that they
+// completed are removed again, the last one first.
 #include <algorithm>
 #include <array>
 #include <chrono>

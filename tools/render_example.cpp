@@ -47,8 +47,8 @@ std::shared_ptr<const reader_bench::SyntheticTarget> makePattern(int number) {
     return std::make_shared<reader_bench::SyntheticTarget>(lmlib64::geometryOf(description));
 }
 
-// The pose of a camera that looks at a place beside the assembly's middle. The camera is `distance` mm from that place,
-// in the direction of the azimuth and the elevation, in radians.
+// Returns the pose of a camera that looks at a place near the assembly's middle. The camera is `distance` mm from that
+// place, in the direction given by the azimuth and the elevation (radians).
 cv::Affine3d cameraFromWorld(int photograph) {
     const double azimuth = 0.62 * std::sin(1.9 * photograph);
     const double elevation = 0.50 * std::cos(2.7 * photograph + 0.4);

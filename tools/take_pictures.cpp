@@ -1,4 +1,4 @@
-// Takes the manual's pictures of the program and of a printed page. Run it when the program or the page has changed:
+// Takes the manual's pictures of LmCalTab and of a printed page. Run this tool when LmCalTab or the page has changed:
 //
 //   tests/with_desktop.sh BUILD/tools/take_pictures manual/pages/images
 #include <QApplication>
