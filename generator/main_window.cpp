@@ -83,7 +83,7 @@ void MainWindow::resizeEvent(QResizeEvent *event) {
 }
 
 void MainWindow::showEvent(QShowEvent * /*event*/) {
-    // This only fits the picture into the view again. The base class's show handler is intentionally not called. Its
-    // resize handler can be called with null, because it does not use the event.
+    // This only fits the picture into the view again. The base class's showEvent is intentionally not called. The base
+    // class's resizeEvent accepts null, because it does not use the event.
     resizeEvent(nullptr);
 }

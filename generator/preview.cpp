@@ -24,7 +24,7 @@ void MainWindow::generatePreview() {
     command.execute(true);
     previewImage = imageFromBinaryItem(command.result()["Patterns"][0].path(), false, false, false, 1.0, 0);
 
-    // The old picture is removed only after the new one has been made, so that it stays if the command fails.
+    // The old picture is removed only after the new one has been made, so that the old one stays if the command fails.
     scene.clear();
     auto *picture = scene.addPixmap(QPixmap::fromImage(previewImage));
     picture->setTransformationMode(Qt::SmoothTransformation);

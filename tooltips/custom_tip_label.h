@@ -31,8 +31,8 @@ public:
     // Replaces the text, adapts the size, restarts the display time and cancels a pending close.
     void reuseTip(const QString &text);
 
-    // Makes this the tip of the widget and of a rectangle in the widget's coordinates (null for none). If the label has
-    // a rectangle and the widget is null, this warns and changes nothing.
+    // Makes this the tip of the widget and of a rectangle in the widget's coordinates (null for none). If the label
+    // already has a rectangle and the new widget is null, this function warns and changes nothing.
     void setTipRect(QWidget *newWidget, const QRect &newRect);
 
     // Moves the window next to the global position so that all of it is on the screen.
@@ -68,6 +68,6 @@ private:
     QBasicTimer expireTimer;
     // This is a guarded pointer, because a label that was made for another widget may outlive this widget.
     QPointer<QWidget> widget;
-    // The rectangle has the coordinates of `widget`. Its name intentionally hides QWidget::rect().
+    // The rectangle is in the coordinates of `widget`. Its name intentionally hides QWidget::rect().
     QRect rect;
 };

@@ -1,7 +1,7 @@
 // The program's tool tip. It is one window with links that can be clicked, and it stays open long enough for the mouse
 // to reach it.
 //
-// It replaces the toolkit's own tool tip. VistrelToolTipHelper handles the events and calls it.
+// It replaces the toolkit's own tool tip. VistrelToolTipHelper handles the events and calls this class.
 //
 // All functions are static. Use them only on the GUI thread. Positions are global, in pixels. Texts may contain
 // placeholders (tooltips/manual_placeholder.h).
@@ -26,8 +26,8 @@ public:
     static void showText(const QPoint &position, const QString &text, QWidget *widget = nullptr);
 
     // Shows the text next to the position. Nothing changes, not even the display time, if a tip already shows the text
-    // for this widget and the position is in the tip's rectangle or the tip has no rectangle. An empty text closes a
-    // visible tip after 200 ms. The rectangle is in the widget's coordinates.
+    // for this widget, and if that tip either has no rectangle or has one that contains the position. An empty text
+    // closes a visible tip after 200 ms. The rectangle is in the widget's coordinates.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
     // Closes a visible tip after 200 ms.

@@ -37,7 +37,8 @@ void setMillimetreSuffix(QDoubleSpinBox *const (&boxes)[Count]) {
     }
 }
 
-// A spin box contains its text field as a separate widget, and the mouse is nearly always over the text field.
+// A spin box contains its text field as a separate widget. The mouse is nearly always over the text field, so the field
+// needs the tool tip too.
 template <std::size_t Count>
 void showToolTipOverText(QDoubleSpinBox *const (&boxes)[Count]) {
     for (const QDoubleSpinBox *box : boxes) {

@@ -7,8 +7,8 @@
 #include "ui/viewer_start.h"
 
 void MainWindow::openCalTabCalibration() {
-    // This read is intentionally unchecked. If the library's tree has no viewer, the path is empty, and the message
-    // below reports that it does not exist.
+    // This read is intentionally unchecked. If the library's tree does not contain the viewer, the path is empty, and
+    // the message below reports that the program does not exist.
     const std::string path = TreeItem()["Path"]["Application"]["LmView"].asStringUnchecked();
     const QString program = QString::fromLocal8Bit(path.c_str());
     if (!QFileInfo::exists(program)) {
