@@ -11,8 +11,9 @@
 
 namespace pattern_reader {
 
-// Measures a lattice, which removes and adds corners, and reads it. `plainBoard` is the number of inner corners of the
-// plain board that is searched for, if any. Empty if the lattice is neither a coded board nor this plain board.
+// Measures a lattice and reads it. The measurement removes and adds corners. `plainBoard` is the size, in inner
+// corners, of the plain board to search for, if any. Empty if the lattice is neither a coded board nor this plain
+// board.
 std::optional<PatternReading> readBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                         const std::optional<cv::Size> &plainBoard);
 

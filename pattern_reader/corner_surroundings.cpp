@@ -20,7 +20,7 @@ struct Parabola {
 // steps, errors of the corners would look like a bend.
 constexpr int farthest = 3;
 
-// The border through a corner that has neighbours on both sides.
+// Returns the border through a corner. The corner must have neighbours on both sides.
 Parabola symmetricParabola(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step) {
     const cv::Point2f before = lattice.at(corner.cell - step)->position;
     const cv::Point2f after = lattice.at(corner.cell + step)->position;
@@ -36,7 +36,7 @@ Parabola symmetricParabola(const CornerLattice &lattice, const LatticeCorner &co
     return border;
 }
 
-// The border through a corner that has neighbours on one side only, in the direction of the step.
+// Returns the border through a corner. The corner must have a neighbour in the direction of the step.
 Parabola oneSidedParabola(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step) {
     const cv::Point2f next = lattice.at(corner.cell + step)->position;
     Parabola border{next - corner.position, {}};
@@ -204,7 +204,8 @@ std::array<CornerPrior::Change, 2> CornerSurroundings::lightAround(const Lattice
         }
         changes[i].middle = plane.middle[i];
         changes[i].amplitude = sign * plane.amplitude[i];
-        // If the levels are far from the plane, as at the edge of a shadow, the plane says little about the light.
+        // If the levels are far from the plane, for example at the edge of a shadow, the plane says little about the
+        // light.
         const float uneven = std::max(0.0F, plane.scatter * plane.scatter - 2 * scatter * scatter);
         changes[i].deviation = std::sqrt(scatter * scatter * plane.spread[i] * plane.spread[i] + 2.5F * uneven);
     }

@@ -35,8 +35,8 @@ public:
     // Returns how much the fitted levels around a corner typically differ from a plane, in grey levels. Examines only
     // one of every `stride` corners. fits[i] is the fit of the lattice's corner i.
     float lightScatter(const std::vector<CornerFit> &fits, size_t stride) const;
-    // Estimates the change of the levels over one step along each axis from the fits around a corner. `scatter` is the
-    // result of lightScatter.
+    // Estimates, from the fits around a corner, how much the levels change over one step along each axis. `scatter` is
+    // the result of lightScatter.
     std::array<CornerPrior::Change, 2> lightAround(const LatticeCorner &corner, const std::vector<CornerFit> &fits,
                                                    float scatter) const;
 

@@ -122,7 +122,7 @@ bool CornerWindow::take(const cv::Mat &picture, const CornerBorders &borders, co
     while (!gather(picture, borders, fit, radius, reach)) {
         radius *= 0.9F;
     }
-    // The lists are padded after the last pixel, for the last iteration of the loops.
+    // The lists are padded after the last pixel, because the loops process `lanes` pixels at a time.
     filled = (pixelCount + lanes - 1) / lanes * lanes;
     for (std::size_t i = pixelCount; i < filled; i++) {
         x[i] = fit.position.x;

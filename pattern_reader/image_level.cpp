@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Horizontal binomial sums 1 4 6 4 1 with replicated border.
+// Computes the binomial sums (1 4 6 4 1) along a row. Beyond its ends, the outermost pixels are repeated.
 void sumAlongRow(const uchar *in, int width, uint16_t *out) {
     const auto at = [&](int x) { return int(in[std::clamp(x, 0, width - 1)]); };
     const auto sum = [&](int x) { return uint16_t(at(x - 2) + 4 * at(x - 1) + 6 * at(x) + 4 * at(x + 1) + at(x + 2)); };

@@ -1,4 +1,4 @@
-// One level of the image pyramid: the image halved `number` times, and a lightly smoothed copy of that.
+// One level of the image pyramid: the image halved `number` times, and a lightly smoothed copy of the halved image.
 //
 // Level coordinates count the level's own pixels, and the centre of the top-left pixel is (0, 0). A point p of level n
 // is at (p + 0.5) * 2^n - 0.5 in the image.

@@ -39,7 +39,7 @@ float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
 }
 
 // The contrast (light minus dark) across the border between two neighbouring corners. Negative if light and dark are
-// exchanged. Only the first corner must be in the lattice.
+// exchanged. The second corner need not be in the lattice.
 float borderContrast(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &from,
                      const LatticeCorner &to) {
     const cv::Point step = to.cell - from.cell;

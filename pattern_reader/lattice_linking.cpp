@@ -137,8 +137,8 @@ void LatticeGrowth::grow() {
     dropContradictions();
 }
 
-// True for each placed saddle whose links mostly agree with the lattice. A link contradicts the lattice if its ends are
-// not neighbours there.
+// Returns, for each placed saddle, true if its links mostly agree with the lattice. A link contradicts the lattice if
+// its ends are not neighbours there.
 std::vector<bool> LatticeGrowth::withoutContradiction() {
     for (size_t i = 0; i < members.size(); i++) {
         cornerNumbers[members[i].saddle] = int(i);
@@ -186,7 +186,7 @@ CornerLattice LatticeGrowth::finish(const ImageLevel &level) {
     return std::move(grown);
 }
 
-// The saddles with at least two links, those with the most links first.
+// Returns the saddles that have at least two links. Those with the most links come first.
 std::vector<size_t> bestSeedsFirst(const std::vector<LinkedSaddle> &saddles) {
     std::vector<size_t> order;
     std::vector<int> linkCount(saddles.size(), 0);

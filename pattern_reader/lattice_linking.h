@@ -1,5 +1,5 @@
-// Makes lattices from saddles. It links saddles that look like neighbouring corners of a checkerboard. Then it follows
-// the links, starting with four saddles whose links form a square.
+// Makes lattices from saddles. Saddles that look like neighbouring corners of a checkerboard are linked. Then the links
+// are followed, starting with four saddles whose links form a square.
 #pragma once
 
 #include <vector>
@@ -10,7 +10,7 @@
 
 namespace pattern_reader {
 
-// Links saddles of one level into lattices. Every saddle is in at most one of them. Lattices of fewer than
+// Links saddles of one level into lattices. Every saddle is in at most one lattice. Lattices of fewer than
 // `leastCorners` corners are dropped. The result is sorted from large to small.
 std::vector<CornerLattice> linkLattices(const ImageLevel &level, const std::vector<SaddlePoint> &saddles,
                                         size_t leastCorners);

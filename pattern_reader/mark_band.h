@@ -9,9 +9,9 @@
 
 namespace pattern_reader {
 
-// The pixels between two ellipses with a mark's shape: those that the mark's border affects, and some of the plain
-// areas on both sides, which show the slope of the light. If the mark has enough rows, the plain areas are taken only
-// from every third row.
+// The pixels between two ellipses with a mark's shape. These are the pixels that the mark's border affects, and some of
+// the plain areas on both sides. The plain areas show the slope of the light. If the mark has enough rows, the plain
+// areas are taken only from every third row.
 class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);

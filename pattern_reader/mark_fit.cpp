@@ -188,7 +188,8 @@ private:
     float inverseBlur;
     std::array<float, allUnknowns - plainUnknowns> reflection{};
 
-    // The pixels of the block, relative to the centre, and their columns.
+    // The pixels of the block, and their columns of derivatives and errors. dx and dy are relative to the mark's
+    // centre.
     Column dx{}, dy{}, grey{};
     std::array<Column, columns> block{};
     size_t filled = 0;
@@ -343,7 +344,7 @@ void fitReflection(const cv::Mat &picture, int steps, MarkFit &fit) {
     if (!fitUnknowns<allUnknowns>(picture, steps, lit)) {
         return;
     }
-    // Schwarz's criterion for the unknowns that are added.
+    // Schwarz's criterion decides whether the additional unknowns are justified.
     const auto pixels = double(lit.pixels);
     constexpr auto added = double(allUnknowns - plainUnknowns);
     if (2 * pixels * std::log(fit.residual / std::max(1e-3, lit.residual)) > added * std::log(pixels)) {

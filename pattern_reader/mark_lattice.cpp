@@ -73,8 +73,8 @@ private:
     std::vector<bool> taken;
 };
 
-// Finds the steps along both axes at a seed, from a neighbour: a mark whose distance from the seed, in the seed's
-// radii, is about the pitch. False if there is no such mark.
+// Finds the steps along both axes at a seed. They follow from one neighbour: a mark whose distance from the seed, in
+// the seed's radii, is about the pitch. False if there is no such mark.
 bool findAxes(const std::vector<RoundMark> &marks, const FreeMarks &freeMarks, size_t seed, cv::Point2f &a,
               cv::Point2f &b) {
     const RoundMark &here = marks[seed];

@@ -17,8 +17,8 @@ struct MarkLattice {
     std::vector<RoundMark> marks;
 };
 
-// Returns the lattices of at least `leastMarks` marks among the blobs of the pyramid level with this number, from large
-// to small.
+// Finds lattices of at least `leastMarks` marks among the blobs of pyramid level `number`. The result is sorted from
+// large to small.
 std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels, size_t number,
                                           const std::vector<DarkBlob> &blobs, size_t leastMarks);
 

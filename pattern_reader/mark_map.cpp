@@ -257,8 +257,9 @@ cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
 
 cv::Point2d MarkMap::bentOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
-    // The second derivatives xx, xy and yy move the points of the circle. In units in which the map is the identity,
-    // the ellipse that fits these points best is moved by the first harmonic of their displacement along the normal.
+    // The second derivatives xx, xy and yy move the points of the circle. The computation uses units in which the map
+    // is the identity. In these, the ellipse that fits the moved points best is shifted by the first harmonic of their
+    // displacement along the circle's normal.
     const cv::Matx22d steps = stepsAt(cell);
     const cv::Matx22d toCells = steps.inv();
     const std::array<cv::Vec2d, 3> curvature = here.curvatureAt(cell);

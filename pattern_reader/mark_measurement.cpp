@@ -14,7 +14,7 @@ namespace {
 struct FittedMark {
     cv::Point cell;
     MarkFit fit;       // in image coordinates
-    size_t level = 0;  // level in which it was fitted
+    size_t level = 0;  // level in which the mark was fitted
     double noise = 0;  // rms residual, converted to one pixel of the image, as a share of the contrast
     bool disturbed = false;
 };
@@ -216,8 +216,8 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
     return any;
 }
 
-// Returns the mean squared distance of the marks in and around a cell from their places in the map, minus the part that
-// their noise explains, in pixels squared. Disturbed marks do not count.
+// Returns the mean squared distance, in pixels², of the marks in and around a cell from their places in the map. The
+// part that the marks' noise explains is subtracted. Disturbed marks do not count.
 double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv::Point cell) {
     // The map is fitted to these marks and mostly follows each of them, so only this share of the variance of a mark's
     // noise remains in the mark's distance from the map.

@@ -1,6 +1,6 @@
 // Measures the marks of a plate. Each mark is fitted to the grey levels of the full picture, or of the pyramid level in
-// which its blur is one or two pixels, and compared with its neighbours. Marks that disagree with their neighbours are
-// left out.
+// which the mark's blur is one or two pixels. Then the marks are compared with their neighbours, and those that
+// disagree are left out.
 #pragma once
 
 #include <opencv2/core.hpp>

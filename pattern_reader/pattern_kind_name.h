@@ -1,4 +1,4 @@
-// The names of the kinds of patterns that the JSON document, the Python package and the pictures of readings use.
+// The names of pattern kinds, as used in the JSON document, in the Python package and in the pictures of readings.
 #pragma once
 
 #include "pattern_reader/pattern_reader.h"

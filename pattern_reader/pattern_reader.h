@@ -40,7 +40,7 @@ enum class PatternKind {
 struct PatternCorner {
     cv::Point2f image;
     cv::Point lattice;
-    // Standard deviation of `image` in pixels, as the measurement estimates it; the root mean square of both axes.
+    // Estimated standard deviation of `image` along one axis (the root mean square of both axes), in pixels.
     float sigma = 0;
     // True if the picture around the point does not look like a corner or a mark, for example because the edge of a
     // shadow runs through it. `sigma` is then only a rough estimate.

@@ -1,8 +1,8 @@
 // Marks the functions that the shared library offers to other projects.
 #pragma once
 
-// On Windows, these functions are imported from the DLL unless PATTERN_READER_STATIC is defined. Everything that links
-// the static library of the build tree has it defined.
+// On Windows, these functions are imported from the DLL unless PATTERN_READER_STATIC is defined. PATTERN_READER_STATIC
+// is defined for everything that links the static library of the build tree.
 #if !defined(_WIN32)
 #define PATTERN_READER_API __attribute__((visibility("default")))
 #elif defined(PATTERN_READER_BUILDING)

@@ -46,8 +46,9 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
             }
         }
     }
-    // If one side is covered, a shift away from the cover sees more of the frame's ends than the right shift, but
-    // misses a whole side. So a smaller margin is enough if the best shift has more good sides.
+    // If one side is covered, a wrong shift away from the cover may show the frame at more samples of the two adjacent
+    // sides than the right shift does, but it misses the opposite side. So a smaller margin is enough if the best shift
+    // has more good sides.
     const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
     if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {

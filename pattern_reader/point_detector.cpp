@@ -178,7 +178,7 @@ bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, Saddle
 
 namespace {
 
-// Three rows of responses around the middle one.
+// The responses of three neighbouring rows.
 struct ResponseRows {
     const int32_t *up, *mid, *down;
 

@@ -1,5 +1,5 @@
-// Estimates the standard deviations of a lattice's corners, from those of the fits and from how smooth the rows of
-// corners are.
+// Estimates the standard deviations of the positions of a lattice's corners. They follow from the standard deviations
+// of the fits and from the smoothness of the rows of corners.
 #pragma once
 
 #include <vector>

@@ -88,7 +88,7 @@ struct Border {
     float lightLevel = 0;             // mean grey level behind the border
 };
 
-// False if too many directions show no border.
+// Finds the border around a point. False if there is no border in too many directions.
 bool lookAround(const cv::Mat &smoothed, cv::Point2f from, float longest, Border &border) {
     border.points.clear();
     float light = 0;
@@ -157,7 +157,7 @@ bool fitConic(const std::vector<cv::Point2f> &points, Conic &conic) {
 
 // Sets the mark's shape from an ellipse in pixels of a level with the given scale. False if the ellipse is too flat.
 bool takeShape(const Conic &ellipse, cv::Point2f middle, float scale, RoundMark &mark) {
-    // Around its own middle the border is vᵀ Q v = 1.
+    // If v is measured from the ellipse's middle, the border is vᵀ Q v = 1.
     const double level =
         1 + ellipse.a * middle.x * middle.x + ellipse.b * middle.x * middle.y + ellipse.c * middle.y * middle.y;
     const double scale2 = double(scale) * scale * level;

@@ -115,7 +115,7 @@ public:
     }
 
 private:
-    // Adds two bits to a level and returns the carry.
+    // Adds two bits per column to a level and returns the carries.
     static Word addThree(Word &level, Word a, Word b) {
         const Word sum = level ^ a;
         const Word carried = (level & a) | (sum & b);
