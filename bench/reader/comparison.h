@@ -16,7 +16,7 @@ struct DetectorTotals {
     std::string name;
     int found = 0;             // boards of which all corners were found in the right places
     int foundButMissed = 0;    // boards of `found` that the reader does not read
-    int foundMoreCorners = 0;  // boards of `found` of which the reader misses some corners
+    int foundMoreCorners = 0;  // boards of `found` that the reader reads, but not with every corner
     // Root mean square error in pixels over the boards that both the detector and the reader found. A board's error is
     // that of the corners that were found, and its weight is the number of all its corners.
     double ownError = 0;

@@ -1,4 +1,4 @@
-// Writes pictures of the benchmark to files, with the truth about them, so that they can be inspected.
+// Writes pictures of the benchmark, and the truth about them, to files for inspection.
 #pragma once
 
 #include <string>

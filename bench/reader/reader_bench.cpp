@@ -2,7 +2,7 @@
 // the goals and whether they are met.
 //
 //   reader_bench [OPTIONS]
-//     --first N        number of the first picture, both of those with and of those without patterns
+//     --first N        number at which the pictures start, both those with and those without patterns
 //     --count N        number of pictures with patterns
 //     --empty N        number of pictures without patterns
 //     --condition ID   makes only pictures with this condition; the name "list" lists all conditions

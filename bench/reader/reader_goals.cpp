@@ -24,7 +24,7 @@ Goal rangeGoal(const std::string &what, double value, int patterns, double least
             !judged || (value >= least && value <= greatest)};
 }
 
-// Compares plates with boards under the same conditions, and judges the condition under which plates are worst.
+// Compares plates with boards under the same conditions. The condition under which plates are worst decides.
 Goal plateGoal(const std::vector<PictureResult> &results) {
     constexpr double greatestTilt = 70;
     constexpr int enough = 10;

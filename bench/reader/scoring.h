@@ -11,7 +11,7 @@ namespace reader_bench {
 struct PointError {
     cv::Point2f error;       // measured minus true, pixels
     float least = 0;         // least root mean square distance that the noise allows; 0 if it is not known
-    float sigma = 0;         // the reading's own estimate of its error along one axis; 0 if there is none
+    float sigma = 0;         // the reader's own estimate of the error along one axis; 0 if there is none
     bool disturbed = false;  // the reading reports that the corner is disturbed
 };
 
