@@ -12,7 +12,8 @@ CalTabComboBox::CalTabComboBox(QWidget *parent) : QComboBox(parent) {
 }
 
 void CalTabComboBox::reload() {
-    // Signals are blocked, because their receivers use the current entry, and an entry is added only after its item.
+    // Signals are blocked while the list changes: their receivers use the current entry, but an entry is added only
+    // after its item.
     QSignalBlocker blocker(this);
     clear();
     entries.clear();

@@ -45,7 +45,7 @@ private:
     void connectInputs();
     void enableHalconInputs();
 
-    // These functions fill the choice lists and the displays, and write the parameters of a pattern.
+    // These two functions fill the choice lists and the displays.
     void fillChoiceLists();
     void recomputeDerivedValues();
     // Returns the type of the current page; Official if there is no current page or its type is unknown.
