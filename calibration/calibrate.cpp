@@ -66,8 +66,8 @@ public:
     }
 
 private:
-    // True if the models of the previous result are kept: the options were the same, and if they left a choice, it was
-    // made from a similar number of photographs.
+    // True if the models of the previous result are kept. The options must be the same. If they leave a choice of
+    // models, it must have been made from a similar number of photographs.
     bool keepsModels() const {
         if (!options.previous) {
             return false;
@@ -235,9 +235,9 @@ private:
         }
     }
 
-    // Finds prints that moved. The solve may have settled between two places of such a print. This shows in a sighting
-    // of a moved print that the solve still uses, or in any other sighting that it left out. If so, this function
-    // leaves out the sightings of moved prints, computes new start values and returns true.
+    // Finds prints that moved. The solve may have settled between two places of such a print. In that case, it still
+    // uses a sighting in which the print has moved, or it has left out other sightings. Then this function leaves out
+    // the sightings of moved prints, computes new start values and returns true.
     bool leaveOutMoved() {
         Observations all = given;
         all.cameras = result.observations.cameras;
@@ -262,8 +262,8 @@ private:
         return true;
     }
 
-    // Excludes the sightings that the solve left out from the choice of models. Returns true if there are any and
-    // models are to be chosen.
+    // Marks the sightings that the solve left out, so that the choice of models ignores them. Returns true if there are
+    // such sightings and models are to be chosen.
     bool leaveOut() {
         bool isAny = false;
         for (size_t i = 0; i < good.sightings.size(); i++) {

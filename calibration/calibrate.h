@@ -39,9 +39,9 @@ struct CalibrateOptions {
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
     // An earlier result for similar observations with the same cameras and prints. Starting from it is much faster. Its
-    // lens models and bends are kept. There are two exceptions: the earlier call had another `lens` or `mayBend`, or
-    // the models were chosen from far fewer or far more photographs. If the models are kept, the result is the same as
-    // without an earlier result, except for a small share of the standard deviations.
+    // lens models and bends are kept unless the earlier call had another `lens` or `mayBend`, or chose the models from
+    // far fewer or far more photographs. If the models are kept, the result is the same as without an earlier result,
+    // to within a small share of its standard deviations.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0
     // to 1.
@@ -103,8 +103,8 @@ struct ModelOrigin {
     int photographs = 0;
 };
 
-// The summary of the result. `advice` says what to do; the most useful advice comes first. It is empty if nothing is
-// needed.
+// The summary of the result. `advice` says what to do; the most useful advice comes first. The list is empty if nothing
+// needs to be done.
 enum class Grade { Good, Usable, Poor };
 struct Verdict {
     Grade grade = Grade::Poor;
@@ -140,8 +140,8 @@ struct Calibration {
     // are not determined, and which prints define the scale.
     std::vector<std::string> notices;
 
-    // Returns the group of the first print with a pose; its world is the coordinate system of the results. -1 if no
-    // print has a pose.
+    // Returns the group of the first print with a pose. The world of this group is the coordinate system of the
+    // results. -1 if no print has a pose.
     CALIBRATION_API int firstGroup() const;
 };
 

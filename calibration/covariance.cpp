@@ -142,7 +142,8 @@ public:
         if (!inverse || !(freeRows > 0)) {
             return false;
         }
-        // Computed corners can fit exactly. With a factor of 0, even what they do not determine would seem certain.
+        // Computed corners can fit exactly. With a factor of 0, even a parameter that they do not determine would seem
+        // certain.
         constexpr double leastFactor = 1e-30;
         result.factor = std::max(squares / freeRows, leastFactor);
         result.matrix = result.factor * *inverse;

@@ -4,8 +4,8 @@
 //
 // The poses of the moments are eliminated one by one, so their covariance is not available, but time and memory grow
 // only linearly with their number. The covariance is multiplied by the variance of the residuals. So a common factor in
-// the corners' standard deviations cancels. It matters only relative to the priors, whose standard deviations are
-// absolute.
+// the corners' standard deviations cancels, except that it changes the weight of the priors, whose standard deviations
+// are absolute.
 #pragma once
 
 #include <Eigen/Core>
@@ -19,8 +19,8 @@ namespace calibration {
 
 class CALIBRATION_API Covariance {
 public:
-    // Returns the variance of the residuals, each divided by its corner's standard deviation: 1 if these deviations are
-    // right.
+    // Returns the variance of the residuals after each was divided by its corner's standard deviation. It is 1 if the
+    // corners' standard deviations are right.
     double varianceFactor() const { return factor; }
     int usedCorners() const { return corners; }
 

@@ -11,7 +11,8 @@ namespace calibration {
 // Solves matrix * x = right for a symmetric matrix.
 Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
-// Solves the same for a matrix that must be positive definite. Returns nothing if it is not.
+// Solves the same for a positive definite matrix. Returns nothing if an eigenvalue is negative; a singular matrix is
+// not always noticed.
 std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
 struct Eigensystem {

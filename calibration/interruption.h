@@ -9,7 +9,8 @@ namespace calibration {
 
 class Interruption {
 public:
-    // Until this object is destroyed, its thread calls this function to find out whether to end. It may be empty.
+    // Until this object is destroyed, the thread that made it calls `isCancelled` to find out whether to end. The
+    // function may be empty.
     explicit Interruption(std::function<bool()> isCancelled);
     ~Interruption();
     Interruption(const Interruption &) = delete;

@@ -1,4 +1,4 @@
-// Solves for all unknowns in a single least-squares problem: lenses, rig, moments, prints and their shapes. It needs
+// Solves for all unknowns (lenses, rig, moments, prints and their shapes) in a single least-squares problem. It needs
 // start values and does not judge its input. It uses Ceres Solver. The result does not depend on the number of
 // processors.
 #pragma once

@@ -1,5 +1,5 @@
-// Lens models: projects a point in front of a camera to a pixel, with all derivatives, and finds the direction of a
-// pixel.
+// Implements the lens models: projects a point in front of a camera to a pixel, with all derivatives, and finds the
+// direction that projects to a pixel.
 //
 // Parameters, in this order: fx, fy, cx, cy in pixels, then the distortion coefficients in OpenCV's order and meaning.
 //   Pinhole4:  k1 k2 p1 p2                             (Brown, "Decentering Distortion of Lenses", 1966)

@@ -15,8 +15,8 @@ struct LensStart {
     double rms = 0;  // of the residuals, in standard deviations
 };
 
-// Returns start values of a camera's lens, the best first: one for the given model, otherwise one for a pinhole and one
-// for a fisheye. Empty if the camera has no usable sighting.
+// Returns start values of a camera's lens, the best first: one for `model` if that is given, otherwise one for a
+// pinhole and one for a fisheye. Empty if the camera has no usable sighting.
 std::vector<LensStart> startLenses(const Observations &observations, int camera, std::optional<LensModel> model);
 
 struct LensChoice {

@@ -37,7 +37,7 @@ std::vector<double> residualLengths(const Observations &observations, const Sigh
 // bad.
 double scaleOfLengths(std::vector<double> lengths);
 
-// Returns for each camera the standard deviation of the residuals of good corners, divided by the corners' stated
+// Returns for each camera the standard deviation of the residuals of good corners, in units of the corners' stated
 // standard deviations. 1 for a camera without sightings.
 std::vector<double> residualScales(const Observations &observations, const Estimate &estimate);
 

@@ -37,7 +37,7 @@ public:
     struct Point {
         Eigen::Vector3d place;
         double plainX, byShear;        // mm: x without shear, and how much x grows per unit of shear
-        std::array<double, 7> powers;  // products of powers of x and y, which the numbers of the bend multiply
+        std::array<double, 7> powers;  // products of powers of x and y; each has a factor in the bend
     };
 
     PreparedShape(const double *numbers, double reach);
@@ -57,7 +57,7 @@ public:
         return point;
     }
 
-    // Writes the derivatives of direction * place by all numbers to `byNumbers`.
+    // Writes to `byNumbers` the derivatives, by all numbers of the shape, of the scalar product of direction and place.
     static void differentiate(const Point &point, double directionX, double directionY, double directionZ,
                               double *byNumbers) {
         const double alongX = directionX * point.plainX;

@@ -21,9 +21,9 @@ struct RelativePose {
 // Returns the squared Mahalanobis distance between two poses.
 double squaredDistance(const RelativePose &a, const RelativePose &b);
 
-// Corrects all poses by the same scale of the second print. This is the scale with which the poses agree best, as far
-// as the prior allows it. This is needed because a single photograph cannot tell a larger print from a nearer one. The
-// poses are given in the order of time.
+// Corrects all poses for an error in the scale of the second print, because a single photograph cannot tell a larger
+// print from a nearer one. All poses get the same scale: the one with which they agree best, as far as the prior allows
+// it. The poses are given in the order of time.
 void agreeOnScale(std::vector<RelativePose> &poses);
 
 // Returns the number of the place that each pose belongs to, from 0. The poses are given in the order of time. They are

@@ -11,7 +11,7 @@
 
 namespace calibration {
 
-// The blocks of parameters that a sighting depends on, in the order of their arrays.
+// The blocks of parameters that a sighting depends on. Arrays such as BlockPointers have this order.
 enum class Block { Intrinsics, CameraFromRig, RigFromWorld, WorldFromPrint, Shape };
 constexpr int blockCount = 5;
 

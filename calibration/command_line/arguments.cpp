@@ -22,7 +22,7 @@ constexpr double mostWrongBar = 0.02;  // the greatest credible relative error o
     throw std::runtime_error(text);
 }
 
-// Converts the text to a number. Returns false unless the whole text is one.
+// Converts the text to a number. Returns false unless the whole text is a number.
 template <typename T>
 bool parse(const std::string &text, T &value) {
     const char *end = text.data() + text.size();
@@ -69,7 +69,7 @@ std::optional<LensModel> parseModel(const std::string &text) {
 }
 
 // Returns the ratio of a check bar's measured length to its length in the drawing. Drawn bars are whole centimetres
-// long, so the measured length tells which of them it is.
+// long, so the drawn length is the measured length rounded to a centimetre.
 double ratioOfBar(double measured) {
     const double drawn = barStep * std::round(measured / barStep);
     return drawn > 0 ? measured / drawn : 0;

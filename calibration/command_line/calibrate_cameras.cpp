@@ -1,8 +1,8 @@
 // calibrate_cameras [OPTIONS] --out FOLDER PHOTO...
 //
 // Calibrates cameras and assemblies of patterns from photographs. The exit code is 0 if a calibration was written or
-// only --help or --version was asked for, and 2 if the arguments are wrong. It is 1 if no calibration was written, or
-// if standard output could not be written, even though the files of the calibration may be complete then.
+// only --help or --version was asked for, and 2 if the arguments are wrong. It is 1 if no calibration was written or if
+// standard output could not be written; in the second case, the files of the calibration may be complete.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -169,8 +169,8 @@ void printResult(const Calibration &result) {
     }
 }
 
-// Makes a file name without a folder mean the current folder. Otherwise, writeResultFiles would put the file into the
-// folder of the results.
+// Puts "./" before a file name without a folder. Otherwise, writeResultFiles would write the file to the folder of the
+// results instead of the current folder.
 std::string reportPath(const std::string &path) {
     return std::filesystem::path(path).has_parent_path() ? path : "./" + path;
 }

@@ -32,11 +32,11 @@ struct CameraGroups {
 // of the most frequent size are kept.
 CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs);
 
-// Returns the moment of each photograph, counted from 0. Photographs of different cameras with the same file name
-// (without its ending) were taken at the same moment. If too few names match, the last number in each name is compared
-// instead (left01.jpg and right01.jpg). If too few of these match either, the position among the camera's photographs
-// decides; then std::runtime_error is thrown if the cameras have different numbers of photographs. `cameraOf` is -1 for
-// photographs that do not count.
+// Returns the moment of each photograph, counted from 0. Photographs of different cameras were taken at the same moment
+// if their file names (without endings) are equal. If too few names match, the last number in each name is compared
+// instead (left01.jpg and right01.jpg). If too few of these numbers match either, the position among the camera's
+// photographs decides. In that case, std::runtime_error is thrown if the cameras have different numbers of photographs.
+// `cameraOf` is -1 for photographs that do not count.
 std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::vector<int> &cameraOf);
 
 }  // namespace calibration

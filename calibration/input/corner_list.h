@@ -1,4 +1,4 @@
-// Reads corners that another detector found from a text file with one corner per line:
+// Reads a text file with the corners that another detector found, one corner per line:
 //
 //   # filename x y level
 //   left01.jpg 244.45 94.13 0
@@ -42,7 +42,7 @@ std::vector<ListedPhotograph> loadCornerList(const std::string &path);
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath);
 
 // The standard deviation of a corner of level 0, in pixels along one axis. calibrate() multiplies the standard
-// deviations of each camera by a common factor, so only their ratios matter.
+// deviations of each camera by a common factor, so only the ratios between standard deviations matter.
 constexpr double listedSigma = 0.1;
 
 struct ListedBoard {
@@ -51,8 +51,8 @@ struct ListedBoard {
     double square = 0;  // mm
 };
 
-// Makes the same observations from corner lists as photograph_observations.h makes from photographs. Photographs whose
-// number of corners is not that of the board are left out.
+// Makes observations from corner lists, as photograph_observations.h does from photographs. Photographs whose number of
+// corners is not that of the board are left out.
 CollectedObservations collectObservations(const std::vector<ListedPhotograph> &photographs, const ListedBoard &board,
                                           bool isRig);
 

@@ -20,7 +20,7 @@ std::string sentence(const std::string &reason) {
     return "It " + reason + ".";
 }
 
-// Returns the reason why none of a photograph's readings can be used; empty if they can.
+// Returns the reason if none of a photograph's readings can be used; otherwise an empty text.
 std::string faultOf(const ReadPhotograph &photograph) {
     if (!photograph.error.empty()) {
         return photograph.error;

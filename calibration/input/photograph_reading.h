@@ -15,8 +15,8 @@ namespace calibration {
 
 struct PhotographFile {
     std::string path;
-    // The name of the camera that took it. Photographs without such a name are grouped by size and by the camera's name
-    // in their EXIF data.
+    // The name of the camera that took the photograph. Photographs without such a name are grouped by size and by the
+    // camera's name in their EXIF data.
     std::string camera;
 };
 

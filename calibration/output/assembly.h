@@ -38,9 +38,8 @@ struct AssemblyPattern {
     std::vector<AssemblyPoint> points;  // every corner of the print, seen or not
 };
 
-// Returns the prints that photographs link with the first print that has a pose, itself included. Throws
-// std::invalid_argument with a sentence for the user if a corner of `axes` does not exist or if the three corners lie
-// on one line.
+// Returns the first print that has a pose, and all prints that photographs link with it. Throws std::invalid_argument
+// with a sentence for the user if a corner of `axes` does not exist or if the three corners lie on one line.
 std::vector<AssemblyPattern> assemblyOf(const Calibration &calibration, const std::optional<AssemblyAxes> &axes);
 
 }  // namespace calibration

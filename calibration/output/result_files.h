@@ -30,8 +30,8 @@ struct ResultFile {
 
 struct ResultFiles {
     std::vector<ResultFile> files;
-    // Sentences that name the cameras that could not be calibrated, the files that cannot be made because their format
-    // has no such lens model, and the cameras that are absent from a file.
+    // Sentences about what is missing: cameras that could not be calibrated, files whose format cannot express the lens
+    // model, and cameras that are absent from a file.
     std::vector<std::string> omissions;
 };
 

@@ -1,4 +1,4 @@
-// Writes a calibration as one HTML page for its user. The page begins with the verdict; the numbers and figures that
+// Writes a calibration as one HTML page for the user. The page begins with the verdict; the numbers and figures that
 // support it follow. It needs no other file, no network and no script. Any browser can show it, in light or dark
 // colours, and print it.
 //
