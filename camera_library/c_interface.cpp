@@ -16,7 +16,8 @@ using lmlib64::Binary;
 using lmlib64::Library;
 using lmlib64::Node;
 
-// Runs the operation and sets the result to the code that the operation returns. Returns true on success.
+// Runs the operation. Sets the result to the code that the operation returns, or to LmLibResultInternalError if it
+// throws. Returns true on success.
 template <typename Operation>
 bool guard(std::int32_t *result, Operation operation) noexcept {
     LmLibResult code = LmLibResultInternalError;
@@ -35,8 +36,8 @@ std::string_view textOf(const char *text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// Returns the text that was last returned to the calling thread. It is freed when the thread ends. If the destructor of
-// a static object calls this function after that, a new text is made.
+// Returns the text that was last returned to the calling thread. The text is freed when the thread ends. If the
+// destructor of a static object calls this function after the text has been freed, a new text is made.
 std::string &returnedText() {
     struct Release {
         std::string **text = nullptr;

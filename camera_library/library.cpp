@@ -30,8 +30,8 @@ void stopThread() {
 Library::Library() : tree(installationPaths()), executor(tree, findCommand) {}
 
 // This function uses no lock, because a fork at the wrong moment would leave the lock locked in the child. If two
-// threads get here at the same time, one of the two libraries is dropped, and the actions may be registered more than
-// once, which does no harm.
+// threads get here at the same time, one of the two libraries is dropped. The functions for forks and for the exit are
+// then registered twice, which does no harm.
 Library &Library::make() {
     std::unique_ptr<Library> made(new Library());
     callInForkedChild(leaveParentsLibrary);

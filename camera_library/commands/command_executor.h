@@ -1,5 +1,5 @@
-// Runs the commands in the slots of a tree, one after the other in the order in which they were started, on one thread
-// that the first command starts. It gets the commands from a lookup function.
+// Runs the commands in the slots of a tree on one thread, one after the other in the order in which they were started.
+// The thread starts with the first command. A lookup function maps the name of a command to its function.
 //
 // Every function may be called from any thread except the one that runs the commands.
 #pragma once
@@ -32,7 +32,7 @@ public:
     // resets the tree. A command that another thread starts in the meantime is dropped too.
     void finalize();
 
-    // Does the same as finalize, but neither resets the tree nor ends the waits.
+    // Does the same as finalize, but does not end the waits and does not reset the tree.
     void stop();
 
 private:

@@ -72,8 +72,8 @@ Node generateCalibrationPattern(const Node &parameters) {
     if (request.imageSize) {
         result.emplace("Patterns", previewsOf(document, *request.imageSize));
     }
-    // The files are written last, so that they are written only if everything else has succeeded. After that, nothing
-    // may fail.
+    // The files are written last, so that they are written only if everything else has succeeded. Nothing may fail
+    // after that, so the result's node "Files" is made before the files are written.
     if (request.fileName) {
         Node &names = result["Files"];
         NodeArray written = save(document, *request.fileName);

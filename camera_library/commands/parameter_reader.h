@@ -1,6 +1,6 @@
-// Reads values from a command's parameter object and checks them. A parameter that is absent gives an empty optional. A
-// parameter or value that is not allowed makes a function throw CommandFailure with the symbol "InvalidParameter" and
-// one sentence that names the parameter, its value and the allowed values.
+// Reads values from a command's parameter object and checks them. A parameter that is absent gives an empty optional.
+// If a parameter or a value is not allowed, a function throws CommandFailure with the symbol "InvalidParameter". The
+// failure's text is one sentence that names the parameter, its value and the allowed values.
 #pragma once
 
 #include <array>

@@ -1,18 +1,18 @@
 // Checks the parameters of "GenerateCalibrationPattern" and turns them into plain values. All parameters, with their
 // ranges and defaults:
 //
-//   "Encoding"    boolean, default true; false draws every pattern plain
-//   "ImageSize"   integer, 16 to 8000: longer side of the preview images in pixels. All previews together have at most
-//                 256 million pixels, each counted as ImageSize x ImageSize
+//   "Encoding"    boolean, default true; false draws every pattern without its code
+//   "ImageSize"   integer, 16 to 8000: longer side of the preview images in pixels. Each preview counts as ImageSize x
+//                 ImageSize pixels, and all together may have at most 256 million pixels
 //   "Filename"    string in the local 8-bit encoding; its ending, in upper or lower case, selects a format of
 //                 output/file_formats.cpp. The formats .svg, .png and .dxf have one page per file and write a document
 //                 of several pages to numbered files: name-00.svg, name-01.svg, ...
 //   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file; it does not change other files. The
 //                 picture has at most 65,535 pixels along each side
-//   "PrintScale"  two numbers, 0.9 to 1.1, for x and y: the printed length divided by the true length if a file is
-//                 printed at 100 %. All lengths in a file are divided by this number, so that the next print has the
-//                 true size. Captions and the pattern file state the sizes of the finished print. It does not change
-//                 previews
+//   "PrintScale"  two numbers, 0.9 to 1.1, for x and y: the printed length divided by the true length, as measured on a
+//                 print made at 100 %. All lengths in a file are divided by this number, so that the next print has the
+//                 true size. Captions and the pattern file state the sizes of the finished print. Previews do not
+//                 change
 //   "Paper"       "A4", "A3", "A2", "A1", "A0", "Letter", "Legal" or "Tabloid", used in portrait or landscape; or two
 //                 numbers, 150 to 5080: width and height in mm. If absent, every page has the smallest of the sizes A4
 //                 to A0 that holds the pattern, or a custom size if none does. A pattern that does not fit on the paper
@@ -30,22 +30,22 @@
 //   "AssemblyPattern"  integer, 0 to 17, default 0
 //   "GridSpacing"      0, or 0.001 to 1000; required, except for a catalogue board, which allows only its own value
 //   "Thickness"        0 to 100, default 0; a catalogue board allows only its own value, which is then the default
-//   "Offset"           two numbers, -9999 to 9999; if absent, the pattern is placed as if they were 0, 0
+//   "Offset"           two numbers, -9999 to 9999; if absent, the pattern is placed as with 0, 0
 //   "Polarity"         boolean, default true; false exchanges dark and light
-//   "Encoding"         boolean, default true; false draws this pattern plain
+//   "Encoding"         boolean, default true; false draws this pattern without its code
 //
 // pattern/pattern_types.cpp lists the parameters of each type. A pattern carries its code if its own "Encoding" and the
 // command's are both true. The code of a plate holds the offset if "Offset" is given, otherwise the grid spacing and
 // the thickness. A value that the code cannot hold is refused:
-// - The grid spacing must be a multiple of 0.01 mm and at most 130 mm. This does not hold for Flexible patterns and for
-//   plates with an "Offset".
-// - The thickness must be a multiple of 0.01 mm, with the same exceptions.
+// - The grid spacing must be a multiple of 0.01 mm and at most 130 mm.
+// - The thickness must be a multiple of 0.01 mm.
+// - Flexible patterns and plates with an "Offset" are exempt from both rules, because their code holds neither value.
 // - The offset of a Flexible pattern must be a multiple of half the grid spacing, to within 0.005 mm, and the pattern
 //   must lie inside the code's plane.
 // - The offset of a plate must be -128 to 127 grid spacings.
 //
 // Any other parameter is refused, because a misspelled name would otherwise print a wrong target. A pattern with a grid
-// spacing of 0 has no extent; it is allowed only if no file is written.
+// spacing of 0 has no extent. Such a pattern is allowed only if no file is written.
 #pragma once
 
 #include <optional>
