@@ -84,7 +84,7 @@ std::vector<unsigned> readFlags(GlyphReader &reader, std::size_t count) {
     return flags;
 }
 
-// Reads the step from the previous point.
+// Reads one coordinate of the step from the previous point.
 int readStep(GlyphReader &reader, unsigned flags, CoordinateFlags meaning) {
     const bool isSameOrPositive = (flags & meaning.isSameOrPositive) != 0;
     if ((flags & meaning.isByte) != 0) {

@@ -1,5 +1,5 @@
 // The font for the texts of a page: DejaVu Sans, reduced to the characters that captionText keeps. It is part of the
-// library, so that a page looks the same on every machine and no fonts have to be found.
+// library. So PDF and PNG pages look the same on every machine, and no fonts have to be found.
 //
 // Texts in this font have one byte per character, in the encoding that PDF calls WinAnsiEncoding.
 #pragma once
@@ -22,17 +22,17 @@ int captionAdvance(unsigned char character);
 // Returns the width of a text in this font size, in the unit of the size.
 double captionWidth(std::string_view text, double size);
 
-// A closed curve of a character: points in 1/2048 of the font size, x to the right and y up from the start of the
-// character's baseline. A point off the curve is the control point of a quadratic Bezier curve. If two control points
-// follow each other, the point in the middle between them is on the curve.
+// A point of a closed curve of a character. The unit is 1/2048 of the font size; x runs to the right and y up from the
+// start of the character's baseline. A point off the curve is the control point of a quadratic Bezier curve. If two
+// control points follow each other, the point in the middle between them is on the curve.
 struct GlyphPoint {
     int x = 0;
     int y = 0;
     bool isOnCurve = true;
 };
 
-// Returns the closed curves of the character, which do not cross. Fill them by the non-zero rule. Empty if the
-// character is blank or the font does not have it.
+// Returns the closed curves of the character. The curves do not cross; fill them by the non-zero rule. The result is
+// empty if the character is blank or the font does not have it.
 std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character);
 
 constexpr int glyphUnitsPerSize = 2048;

@@ -9,8 +9,8 @@
 
 namespace lmlib64 {
 
-// The repetitions that the compression searches for: any, or only the same byte many times in a row. The second kind is
-// much faster, and compresses data that mostly repeats one byte equally well.
+// The repetitions that the compression searches for: any, or only the same byte many times in a row. Searching for the
+// second kind is much faster. If the data mostly repeats one byte, the result is about as small.
 enum class Repetitions { Anywhere, OfOneByte };
 
 // One stream of compressed data. The same data, added in the same portions, gives the same bytes. Every function may

@@ -1,5 +1,5 @@
-// The formats in which patterns are saved. file_formats.cpp has the only list of them. It determines which file names
-// are accepted, which endings error texts name, and which function writes a file.
+// The formats in which patterns are saved. file_formats.cpp has the only list of the formats. This list determines
+// which file names are accepted, which endings are named in error texts, and which function makes a file.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ namespace lmlib64 {
 struct FileFormat {
     std::string_view ending;                                    // in lower case, with its dot
     std::string (*wholeFile)(const PatternDocument &document);  // all patterns in one file
-    // Writes one page in one file; a document of several pages gets numbered files.
+    // Returns the file of one page. A document of several pages gets numbered files.
     std::string (*pageFile)(const PrintedPage &page, const PatternDocument &document);
 };
 
@@ -28,7 +28,7 @@ public:
     const FileFormat *end() const;
 };
 
-// Returns the format that the name's ending selects, in upper or lower case; null if there is none.
+// Returns the format that the name's ending selects; null if there is none. The ending may be in upper or lower case.
 const FileFormat *findFileFormat(std::string_view fileName);
 
 // Returns all endings, for an error text, in the form ".pdf, .json or .svg".

@@ -7,7 +7,7 @@
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in parts; a unit (a fraction of a pixel, pixel_units.h) has partsPerUnit of them. The number is
+// Heights are counted in parts. A unit (a fraction of a pixel, pixel_units.h) has partsPerUnit parts. The number is
 // chosen so that the area of a pixel is 2^31. In 32-bit arithmetic, a pixel that is enclosed twice therefore has the
 // area 0, as the even-odd rule requires.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
@@ -20,7 +20,8 @@ std::uint8_t greyOf(std::uint32_t area) {
     return static_cast<std::uint8_t>(255U - (enclosed * 255U + pixelArea / 2U) / pixelArea);
 }
 
-// An edge stores its slopes, because a division takes longer than all other work on an edge in a row.
+// An edge stores its slopes, because one division takes longer than all other work that a row of pixels needs for the
+// edge.
 struct Edge {
     PixelPoint top;
     PixelPoint bottom;
@@ -50,7 +51,8 @@ public:
     std::int32_t top() const { return position.y; }
     bool isDone() const { return edge == end; }
 
-    // Adds the changes of area that the chain causes in this row. The next call continues at the end of the row.
+    // Adds the changes of area that the chain causes in this row to `changes`. The next call continues at the end of
+    // the row.
     void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
         std::int32_t left = position.x;
         std::int32_t right = position.x;
@@ -68,7 +70,7 @@ public:
         last = static_cast<std::uint32_t>(right) / pixelUnits + 1;
     }
 
-    // The columns with changes in the last row.
+    // The first and the last column that the last call of addRow has changed.
     std::uint32_t firstColumn() const { return first; }
     std::uint32_t lastColumn() const { return last; }
 
@@ -78,7 +80,8 @@ private:
         return static_cast<std::int32_t>(static_cast<std::uint64_t>(x) / slopeGrain);
     }
 
-    // Adds a piece of the edge within the row. Its areas do not depend on the direction in which the edge leans.
+    // Adds a piece of the edge within the row. It makes no difference whether the edge leans to the left or to the
+    // right.
     void addPiece(std::int32_t left, std::int32_t right, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t column = static_cast<std::uint32_t>(left) / pixelUnits;
         auto start = static_cast<std::int32_t>(column * pixelUnits);
@@ -95,8 +98,8 @@ private:
         addWithinPixel(x + right - 2 * start, height - passed, changes);
     }
 
-    // `bothEnds` is the sum of the distances of the piece's two ends from the left side of the pixel. Multiplied by the
-    // height, it is twice the area to the left of the piece.
+    // `bothEnds` is the sum of the distances of the piece's two ends from the left side of the pixel. The product of
+    // this sum and the height is twice the area to the left of the piece.
     void addWithinPixel(std::int32_t bothEnds, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t descent = sign * height;
         const std::uint32_t areaToTheLeft = descent * static_cast<std::uint32_t>(bothEnds);
@@ -205,10 +208,10 @@ private:
         column = std::max(column, end);
     }
 
-    // Most chains have changes in two or three columns. Always handling three avoids branches that the processor would
-    // mispredict.
+    // Most chains have changes in two or three columns. Handling columns three at a time avoids branches that the
+    // processor would mispredict.
     static constexpr std::uint32_t step = 3;
-    // An edge on the right border has changes in two columns beyond it.
+    // An edge on the right border has changes in two columns to the right of the picture.
     static constexpr std::uint32_t spare = step + 1;
     std::uint32_t width;
     std::vector<std::uint8_t> greys;

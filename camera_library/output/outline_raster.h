@@ -1,10 +1,12 @@
-// Draws closed outlines as 8-bit grey pixels. The grey value of each pixel is computed exactly from the covered share
-// of its area. The outlines may be any polygons; for axis-aligned rectangles, rectangle_raster.h is faster.
+// Draws closed outlines as 8-bit grey pixels. The grey value of each pixel is computed from the covered share of its
+// area and is off by at most about one. The outlines may be any polygons; for axis-aligned rectangles,
+// rectangle_raster.h is faster.
 //
-// The outlines are split into chains of edges that only go down or only go up. In each row, a chain changes only the
-// pixels that it passes through: it adds to them the difference of the enclosed area from the pixel to their left. The
-// sum of the differences from left to right is the enclosed area. So the time grows with the length of the outlines,
-// and the pixels between two edges are filled at once.
+// The outlines are split into chains of edges that only go down or only go up. Each row of pixels has a list of
+// differences: the enclosed area of each pixel minus that of the pixel to its left. A chain changes only the
+// differences of the pixels that it passes through and of the next pixel to the right. Adding up the differences from
+// left to right gives the enclosed areas. So the time grows with the length of the outlines, and the pixels between two
+// edges are filled at once.
 #pragma once
 
 #include <cstddef>
@@ -34,9 +36,9 @@ struct PixelOutlines {
 
 // Returns the picture of width × height pixels, at most 65536 each, row after row without padding. A pixel is 0 if the
 // outlines enclose all of it, and 255 if they enclose none of it. All outlines are filled together by the even-odd
-// rule, so an outline inside another one is a hole. A hole should have the opposite direction of the outline around it;
-// otherwise a pixel that both pass through is not exact. A point outside the picture counts as the nearest point on the
-// picture's border.
+// rule, so an outline inside another one is a hole. A hole should have the opposite direction of the outline around it.
+// Otherwise a pixel that both outlines pass through has a wrong grey value. A point outside the picture counts as the
+// nearest point on the picture's border.
 std::vector<std::uint8_t> rasterOutlines(const PixelOutlines &outlines, std::int32_t width, std::int32_t height);
 
 // Makes the same picture for a caller that needs only one row at a time. It calls `takeRow` with the pixels of each

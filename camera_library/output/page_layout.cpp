@@ -35,8 +35,8 @@ double wholeSteps(double length) {
     return std::min(longestBar, std::floor((length + tolerance) / barStep) * barStep);
 }
 
-// Places one bar to the left of the pattern and the other below it. If the pattern is small, they are placed farther
-// from it, so that they do not overlap.
+// Places one bar to the left of the pattern and the other below it. If the pattern is small, the bars are placed
+// farther away from it, so that they do not overlap each other.
 void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
     const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double reach = longestBar / 2.0;

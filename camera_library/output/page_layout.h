@@ -1,6 +1,6 @@
 // Lays out a printed page: chooses the paper and places the pattern, its two check bars and its caption. All lengths
-// are in millimetres; the origin is the top-left corner of the area, x runs to the right and y down. Nothing is drawn
-// here.
+// are in millimetres. The origin is the top-left corner of PageLayout::area, x runs to the right and y down. Nothing is
+// drawn here.
 #pragma once
 
 #include <array>
@@ -32,20 +32,20 @@ struct PageLayout {
     PageSize paper;
     PageSize area;  // the part of the paper that is laid out, as large as on the finished print
     Point block;    // top-left corner of the pattern with its quiet zone, or of the part of both that is on the page
-    Point pattern;  // top-left corner of the outer size; the pattern is centred on the page
+    Point pattern;  // top-left corner of the pattern without its quiet zone; the pattern is centred on the page
     CheckBar barAlongX;
     CheckBar barAlongY;
     Point caption;              // middle of the caption's baseline
     double captionWidth = 0.0;  // the greatest width of the caption
 };
 
-// Lays out the smallest page of A4 to A0, portrait before landscape, that holds the pattern with its quiet zone, the
-// check bars and a caption line around it, and margins of 5 mm. Larger patterns get a page of a custom size. The result
-// is empty if a side of that page would exceed largestPageSide.
+// Lays out the smallest page from A4 to A0 that holds the pattern with its quiet zone, the check bars and a caption
+// line around it, and margins of 5 mm. Portrait is tried before landscape. A pattern that fits on none of these pages
+// gets a page of a custom size. The result is empty if a side of that page would exceed largestPageSide.
 //
-// The printer multiplies all lengths by `printScale`, so they are divided by it when the page is drawn. If the scale is
-// less than 1, the page grows when it is drawn, so the area is smaller than the paper by this factor. Otherwise the
-// area is the paper.
+// The printer multiplies all lengths by `printScale`, so they are divided by it when the page is drawn. If the scale of
+// an axis is less than 1, the page grows along this axis when it is drawn. The area is therefore shorter than the paper
+// by this factor. Along any other axis, the area is as long as the paper.
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale = {1.0, 1.0});
 
 // Lays out a page on this paper; empty if the pattern does not fit on it.

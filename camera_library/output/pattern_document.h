@@ -28,8 +28,8 @@ struct Paper {
 // The parameters of the command that determine how a file is drawn. A parameter that is not given is empty.
 struct DrawingOptions {
     std::optional<int> resolution;  // of pictures, in dots per inch
-    // The printed length divided by the true length, along x and y, if a file is printed at 100 %. All lengths in a
-    // file are divided by these numbers.
+    // The printed length divided by the true length, along x and y, as measured on a print made at 100 %. All lengths
+    // in a file are divided by these numbers.
     std::optional<std::array<double, 2>> printScale;
     std::optional<Paper> paper;  // if empty, every page has the smallest paper on which its pattern fits
     std::optional<bool> sheets;  // true: a pattern that is larger than the paper is split over several sheets

@@ -17,8 +17,9 @@ namespace {
 constexpr int formatVersion = 1;
 
 // Writes the text of the document from front to back. Every member of an object and every element of an array has its
-// own line, but a row of plain values is one line: a point takes one line, not four. The JSON library's tree is not
-// used, because its destructor allocates memory, which ends the process if memory has run out.
+// own line. Only the short arrays that row() writes stay on one line: a point takes one line, not four. The JSON
+// library's tree is not used, because its destructor allocates memory. If memory has run out, such an allocation ends
+// the process.
 class JsonWriter {
 public:
     JsonWriter &name(std::string_view name) {

@@ -1,4 +1,4 @@
-// Makes the texts about a pattern that people read, in UTF-8.
+// Makes texts that tell people about a pattern, in UTF-8.
 #pragma once
 
 #include <array>

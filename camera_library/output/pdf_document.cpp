@@ -77,7 +77,8 @@ std::string patternPdf(const PatternDocument &document) {
                 " /ViewerPreferences << /PrintScaling /None /PickTrayByPDFSize true /DisplayDocTitle true >>"
                 " /Names << /EmbeddedFiles << /Names [(pattern.json) " +
                 attachment + "] >> >> >>");
-    // Document texts have a different encoding, but it is the same for the characters that captions can have.
+    // The texts of the document information are in another encoding than the captions. All characters that captions use
+    // have the same bytes in both encodings.
     const int information = pdf.add("<< /Title " + pdfText(captionText(titleOf(document))) + " /Creator " +
                                     pdfText(captionText(libraryName())) + " >>");
     return pdf.finish(catalogue, information);

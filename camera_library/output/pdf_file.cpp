@@ -51,7 +51,7 @@ int PdfFile::addStream(std::string_view entries, std::string_view data) {
 }
 
 std::string PdfFile::finish(int catalogue, int information) {
-    // The identifier consists of two hashes with different start values, because it should have 16 bytes.
+    // The identifier should have 16 bytes, so it consists of two hashes of 8 bytes with different start values.
     const std::string identifier =
         "<" + hashText(bytes, 0xcbf29ce484222325U) + hashText(bytes, 0x9e3779b97f4a7c15U) + ">";
     const std::size_t tableOffset = bytes.size();

@@ -1,5 +1,5 @@
-// Writes a PDF file: one object after the other, and at the end the table of their offsets. The content of the objects
-// is the caller's task.
+// Writes a PDF file: one object after the other, and then the table of their offsets. The caller makes the content of
+// the objects.
 //
 // Objects refer to each other by their numbers. The body of an object is in PDF notation.
 #pragma once
@@ -26,19 +26,20 @@ public:
     // stream's dictionary without length and filter. Throws std::bad_alloc.
     int addStream(std::string_view entries, std::string_view data);
 
-    // Returns the whole file; `catalogue` and `information` are the numbers of these objects. The same objects give the
-    // same bytes. The PdfFile must not be used after this call.
+    // Returns the whole file. `catalogue` and `information` are the numbers of the document catalogue and of the
+    // document information. The same objects give the same bytes. The PdfFile must not be used after this call.
     std::string finish(int catalogue, int information);
 
 private:
     std::string bytes;
-    std::vector<std::size_t> offsets;  // of the objects 1, 2, …; 0 if one is not written yet
+    std::vector<std::size_t> offsets;  // of the objects 1, 2, …; 0 until the object is written
 };
 
 // Returns a reference to the object with this number, for the body of another object.
 std::string pdfReference(int number);
 
-// Returns a text in PDF notation. The place where it is used determines the encoding of its bytes.
+// Returns the bytes as a text in PDF notation. The encoding of the bytes is the one that PDF prescribes where the text
+// is used.
 std::string pdfText(std::string_view bytes);
 
 }  // namespace lmlib64

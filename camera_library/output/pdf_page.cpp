@@ -76,7 +76,8 @@ private:
     }
 };
 
-// Draws eight Bézier curves. Their control points are 4/3 tan(angle / 4) of the radius away from the ends of the curve.
+// Draws eight Bézier curves. The distance of a control point from its end of the curve is 4/3 tan(angle / 4) of the
+// radius.
 void Contents::addCircle(const Circle &circle) {
     constexpr int curves = 8;
     constexpr double angle = 6.283185307179586 / curves;

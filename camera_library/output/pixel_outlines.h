@@ -24,8 +24,8 @@ public:
 
 private:
     static std::int32_t units(double pixels) {
-        // Adding 0.5 rounds correctly, because no value is negative. Calling lround instead would take a sixth of the
-        // time in which a large board is drawn. NOLINTNEXTLINE(bugprone-incorrect-roundings)
+        // Adding 0.5 rounds correctly, because no value is negative. Calls of lround would make up a sixth of the time
+        // for drawing a large board. NOLINTNEXTLINE(bugprone-incorrect-roundings)
         return static_cast<std::int32_t>(pixels * pixelUnits + 0.5);
     }
 

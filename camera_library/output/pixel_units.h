@@ -1,5 +1,5 @@
 // The unit of the coordinates of both rasterisers, a fraction of a pixel. x runs to the right, y runs down, and the
-// first pixel extends from 0 to pixelUnits. Cairo uses the same fraction, so its pictures can serve as an exact
+// first pixel extends from 0 to pixelUnits. Cairo uses the same fraction, so it can draw the same outlines as a
 // reference.
 #pragma once
 

@@ -74,8 +74,8 @@ private:
                               : scale.point(text.start.x + along, text.start.y - above);
     }
 
-    // Every control point stands for a piece of the curve. The piece begins at the previous point if that is on the
-    // curve, otherwise in the middle between both points. It ends in the same way at the next point.
+    // Every control point stands for a piece of the curve. The piece begins at the previous point if that point is on
+    // the curve, otherwise in the middle between the two points. It ends in the same way at the next point.
     void addCurve(const std::vector<GlyphPoint> &curve, PixelOutlines &outlines) const {
         constexpr int steps = 8;
         for (std::size_t i = 0; i < curve.size(); ++i) {
@@ -172,7 +172,7 @@ void addText(std::string &png, const char *keyword, const std::string &utf8) {
     endChunk(png, start);
 }
 
-// Compresses one row after the other. Each is stored as its difference from the row above, because most rows equal the
+// Compresses one row after the other. Most rows equal the row above, so each row is stored as its difference from the
 // row above.
 class PixelWriter {
 public:

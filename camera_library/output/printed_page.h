@@ -1,10 +1,10 @@
-// A page of a document, which every format with pages draws in the same way: the pattern, the check bars with their
-// labels, the cut marks and the texts. All lengths are in millimetres; x runs to the right and y down from the top-left
-// corner of the paper.
+// A page of a document: the pattern, the check bars with their labels, the cut marks and the texts. Every format with
+// pages draws the same page. All lengths are in millimetres; x runs to the right and y down from the top-left corner of
+// the paper.
 //
-// A page is laid out in the size of the finished print. When it is drawn, all lengths are divided by the document's
-// print scale, because the printer multiplies them by that scale. The page's placement does this division; it leaves
-// the middle of the paper where it is.
+// A page is laid out in the size of the finished print. When the page is drawn, all lengths are divided by the
+// document's print scale, because the printer multiplies them by that scale. The page's placement does this division
+// and leaves the middle of the paper where it is.
 #pragma once
 
 #include <optional>
@@ -34,11 +34,11 @@ struct Placement {
     Point scale{1.0, 1.0};
 };
 
-// Refers to the pattern, which must outlive it.
+// A page refers to its pattern, which must outlive the page.
 struct PrintedPage {
     const DrawnPattern *pattern = nullptr;
     PageSize paper;
-    Placement placement;  // of the layout; all members below have the layout's coordinates
+    Placement placement;  // of the layout; the members below have the layout's coordinates, except `window`
     Point patternPlace;   // the place of the origin of the pattern's geometry
     // The part of the pattern that is on the page, in coordinates of its geometry. If empty, the whole pattern is on
     // the page.
@@ -51,7 +51,8 @@ struct PrintedPage {
     Placement patternPlacement() const { return {placement.at(patternPlace), placement.scale}; }
 };
 
-// Returns the shapes of the pattern that are on the page. If they are only a part, they are put into `part`.
+// Returns the shapes of the pattern that are on the page. If the page shows only a part of the pattern, the function
+// puts the shapes of this part into `part` and returns `part`.
 const PatternGeometry &visibleGeometry(const PrintedPage &page, PatternGeometry &part);
 
 // Makes a page with the pattern, the bars and a caption in the places of the layout. The caption is `captionStart`

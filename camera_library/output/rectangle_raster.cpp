@@ -46,7 +46,7 @@ void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_
     std::fill(greys.begin(), greys.end(), static_cast<std::uint8_t>(255));
     const auto width = static_cast<std::int32_t>(greys.size());
     std::uint8_t *const pixels = greys.data();
-    // The pixel that contains the last border seen, and the share of it that is covered so far, in 1/256.
+    // The pixel that contains the last crossing so far, and the share of this pixel that is covered so far, in 1/256.
     std::int32_t pixel = 0;
     std::int32_t covered = 0;
     const auto settle = [&] {
@@ -88,7 +88,7 @@ public:
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // Gives these greys to all rows between the end of the last call and `y`, which is in 1/256 pixel.
+    // Gives these greys to the rows from the end of the last call down to `y`, which is in 1/256 pixel.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;
@@ -113,8 +113,8 @@ public:
 
 private:
     // If several bands share a row of pixels, the row is the sum of their greys, weighted by their shares in 1/256. The
-    // shares add up to 256. So this sum, with 128 added for rounding, fits into 16 bits. This keeps the loops in narrow
-    // registers.
+    // shares add up to 256. So the sum fits into 16 bits, even with 128 added for rounding. This keeps the loops in
+    // narrow registers.
     void beginRow(std::uint16_t share, const std::uint8_t *greys) {
         std::uint16_t *const to = sum.data();
         for (std::size_t x = 0; x < sum.size(); ++x) {
@@ -148,7 +148,7 @@ public:
     Sweep(const std::vector<PixelRectangle> &rectangles, std::int32_t width)
         : next(rectangles.cbegin()), end(rectangles.cend()), right(width * pixelUnits) {}
 
-    // Returns the x coordinates, from left to right, at which a row below this height enters or leaves a rectangle.
+    // Returns the x coordinates at which a row just below this height enters or leaves a rectangle, from left to right.
     const std::vector<std::int32_t> &crossingsBelow(std::int32_t edge) {
         for (; next != end && next->top <= edge; ++next) {
             active.push_back(&*next);

@@ -12,7 +12,8 @@
 
 namespace lmlib64 {
 
-// Every sheet extends beyond its cuts by this length, so that two neighbours overlap by twice this length.
+// A sheet extends by this length beyond each cut that it shares with a neighbour, so that the two overlap by twice this
+// length.
 constexpr double sheetOverlap = 6.0;
 
 struct SheetPlan {
@@ -32,8 +33,8 @@ struct SheetPlan {
 };
 
 // Returns the plan with the fewest sheets, all of about the same size. If the paper may be turned, it is in landscape
-// only if that saves sheets or portrait is impossible. All cuts are between squares or marks. Empty if the paper is too
-// small for that.
+// only if that saves sheets or if portrait is impossible. No cut runs through a square, a mark or a dot. The result is
+// empty if the paper is too small for such cuts.
 std::optional<SheetPlan> planSheets(const PatternGeometry &geometry, const Paper &paper,
                                     std::array<double, 2> printScale);
 
