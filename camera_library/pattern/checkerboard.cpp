@@ -25,7 +25,7 @@ PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing
         for (int column = 0; column < columns; ++column) {
             const bool isDark = ((column + row) % 2 == 0) == polarity;
             if (isDark) {
-                // Edges are products, never sums, so that neighbours share exactly the same number.
+                // Coordinates are products, never sums, so that neighbouring squares share exactly the same numbers.
                 geometry.rectangles.push_back({column * side, row * side, (column + 1) * side, (row + 1) * side});
             }
         }

@@ -15,8 +15,8 @@
 
 namespace lmlib64 {
 
-// The cells are the squares of a checkerboard, or the 8 x 8 dots of a plate in the order of pattern_code::blockCell,
-// row by row.
+// The cells are the squares of a checkerboard, or the 8 x 8 dots of a plate, each in the place that
+// pattern_code::blockCell states for its bit. They are stored row by row.
 struct CodeCells {
     bool at(int column, int row) const {
         const int index = row * columns + column;
@@ -28,7 +28,7 @@ struct CodeCells {
     int rows = 0;
     std::vector<std::uint8_t> cells;  // 1: a mark or dot
 
-    int tile = 0;                                       // Tile: its number
+    int tile = 0;                                       // Tile: the number of the tile
     pattern_code::Square planeSquare;                   // Plane: the plane's square at the pattern's top left
     std::array<int, 2> offset{};                        // Plane: the pattern's offset in half grid spacings
     std::optional<pattern_code::BlockContent> content;  // Tile and Plate; empty for a Plane

@@ -41,8 +41,8 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     if (gridSpacing <= 0.0) {
         return geometry;
     }
-    // Exchanging dark and light would add the outer size as one more shape. The frame already is that shape, so the
-    // frame is left out instead.
+    // The whole plate is a shape whose outer part is the frame. Exchanging dark and light would add a second shape of
+    // the same size, and the two would cancel each other. So an exchanged plate has neither.
     if (polarity) {
         geometry.rectangles.push_back({0.0, 0.0, outerSize, outerSize});
     }

@@ -1,9 +1,9 @@
 // Makes the shapes of the plate in the style of Halcon: round marks in a frame with one filled corner.
 //
-// With the grid spacing s, the outer size is 8 s. The frame is as large as the outer size and s/4 wide. In its centre
-// are 7 x 7 round marks with a radius of s/4 and a pitch of s. A right-angled triangle with legs of 3 s/4 in the inner
-// top-left corner of the frame marks the orientation; its distance to the nearest mark is more than s/4. The gap
-// between neighbouring marks is s/2. The code's dots lie between the marks, at the places that
+// With the grid spacing s, the outer size is 8 s. The frame is as large as the outer size and s/4 wide. In the centre
+// of the plate are 7 x 7 round marks with a radius of s/4 and a pitch of s. A right-angled triangle with legs of 3 s/4
+// fills the inner top-left corner of the frame and marks the orientation. Its distance to the nearest mark is more than
+// s/4. The gap between neighbouring marks is s/2. The code's dots lie between the marks, at the places that
 // pattern_code/information_block.h states.
 #pragma once
 
@@ -15,8 +15,8 @@ namespace lmlib64 {
 // The number of round marks along each side.
 constexpr int halconMarksPerSide = 7;
 
-// Frame, marks, triangle and dots are dark; if `polarity` is false, dark and light are exchanged within the outer size.
-// Without a code there are no dots.
+// Returns the shapes. Frame, marks, triangle and dots are dark; if `polarity` is false, dark and light are exchanged
+// within the outer size. Without a code there are no dots.
 PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *code = nullptr);
 
 }  // namespace lmlib64

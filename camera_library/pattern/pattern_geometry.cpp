@@ -46,9 +46,9 @@ bool isWithin(const Point &point, const Rectangle &window) {
     return point.x > window.left && point.x < window.right && point.y > window.top && point.y < window.bottom;
 }
 
-// The result starts at a corner that was within the window, if there is one. The first corner decides in which
-// other shapes the polygon lies. A corner on the window's edge could not decide it, because outlines of clipped shapes
-// coincide there.
+// The result starts at a corner that was within the window, if there is one. holesOf tests the first corner to find out
+// which other shapes the polygon lies in. A corner on the window's edge would not show this, because outlines of
+// clipped shapes coincide there.
 Polygon clippedTo(const Rectangle &window, Polygon polygon) {
     const auto inside =
         std::find_if(polygon.begin(), polygon.end(), [&](const Point &corner) { return isWithin(corner, window); });
@@ -113,7 +113,8 @@ PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geomet
 
 Polygon polygonOfCircle(double radius, double tolerance) {
     constexpr double pi = 3.141592653589793;
-    constexpr double leastRadius = 10.0 / 3.0;  // in tolerances; smaller circles get as many corners as this one
+    constexpr double leastRadius =
+        10.0 / 3.0;  // in tolerances; smaller circles get as many corners as a circle of this radius
     const double share = 1.0 / std::max(radius / tolerance, leastRadius);
     const auto count = static_cast<int>(std::ceil(pi / std::acos(1.0 - share)));
     const double step = 2.0 * pi / count;

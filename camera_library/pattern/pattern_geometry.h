@@ -1,13 +1,13 @@
-// The geometry of a pattern: plain values in millimetres that are made once and passed to every output. It does not
+// The geometry of a pattern: plain values in millimetres. They are made once and passed to every output. They do not
 // depend on pages, pixels or files.
 //
 // Coordinates: the origin is the top-left corner of the outer size, x runs to the right and y down, as seen on the
 // printed side. All shapes lie within the outer size; the quiet zone around it is light.
 //
-// A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole, and a mark is
-// simply one more shape, on dark and on light squares. An output makes one path of all shapes and fills it by the
-// even-odd rule. Then no two shapes need a common edge, and the picture has no seams. Shapes may touch but do not
-// cross. shape_nesting.h finds the shapes that are holes.
+// A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole. A mark is one
+// more shape, whether its square is dark or light. An output makes one path of all shapes and fills it by the even-odd
+// rule. Then no two shapes need a common edge, and the picture has no seams. Shapes may touch but do not cross.
+// shape_nesting.h finds the shapes that are holes.
 #pragma once
 
 #include <vector>

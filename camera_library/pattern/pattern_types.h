@@ -1,4 +1,4 @@
-// The types of patterns, and everything in which they differ: pattern_types.cpp has one entry for each type. A new type
+// The types of patterns, and everything in which they differ. pattern_types.cpp has one entry for each type. A new type
 // is a new entry; no other code in the library depends on the type.
 #pragma once
 
@@ -31,7 +31,7 @@ struct PatternType {
     PatternParameterList parameters;  // the parameters that the type can have
     std::array<int, 2> gridSize;      // lattice points along x and y; {} if "GridSize" is one of the parameters
     CodeCarrier codeCarrier;
-    // The shapes of a checked description; the code is null if the pattern is plain.
+    // Returns the shapes of a checked description. The code is null if the pattern has none.
     PatternGeometry (*draw)(const PatternDescription &description, const CodeCells *code);
 };
 
@@ -42,8 +42,8 @@ public:
     const PatternType *end() const;
 };
 
-// Returns the type of a pattern with this "Type", or without a "Type" if it is empty; null if no type matches. The
-// result lives as long as the program.
+// Returns the type of a pattern with this "Type"; an empty `typeName` stands for a pattern without "Type". Null if no
+// type matches. The result lives as long as the program.
 const PatternType *findPatternType(const std::optional<std::string> &typeName);
 
 bool hasParameter(const PatternType &type, PatternParameter parameter);

@@ -1,5 +1,5 @@
-// Finds the shapes of a geometry that are holes. Some outputs need this, because they draw a hole correctly only if its
-// direction is opposite to that of the shape around it.
+// Finds the shapes of a geometry that are holes. Some outputs draw a hole correctly only if its outline has the
+// opposite direction of the outline around it.
 #pragma once
 
 #include <vector>

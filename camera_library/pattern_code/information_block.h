@@ -1,6 +1,7 @@
-// The information block has 64 bits, which encode the properties of a pattern: its grid spacing and thickness, the grid
-// spacing and number of an assembly pattern, or the offset of a plate. This file encodes, protects and decodes the
-// block and determines the places of its bits in a pattern; it neither draws the bits nor reads them from pictures.
+// The information block is 64 bits that encode properties of a pattern. It holds the grid spacing and the thickness, or
+// the grid spacing and the number of an assembly pattern, or the offset of a plate. This file encodes, protects and
+// decodes the block and determines the places of its bits in a pattern. It neither draws the bits nor reads them from
+// pictures.
 //
 // Bits. A block is a 64-bit number; bit 0 is its highest bit, bit 63 its lowest. Byte k, 0 to 7 from the top, has the
 //   bits 8 k to 8 k + 7. A bit is 1 if there is a mark or dot, and 0 if there is none.
@@ -11,7 +12,7 @@
 //   number of the pattern, and the 9 bits 0x0B5. The constant bits and the ranges of the values help to detect errors.
 // Protection. The four data bytes and four check bytes are a word of the Reed-Solomon code RS(8,4) over GF(256) (x^8 +
 //   x^4 + x^3 + x^2 + 1, generator roots 2^1 to 2^4, the first data byte is the highest coefficient). The word is XORed
-//   with the constant blockWhitening, so that patterns with no marks, or with every mark, are far from every block.
+//   with the constant blockWhitening. So a pattern with no marks, or with every mark, is far from every block.
 // Repair. See decodeBlock.
 // Threads. All functions may be called from any thread.
 #pragma once
@@ -84,11 +85,13 @@ struct DecodedBlock {
     int filledBits = 0;       // bits that were unknown
 };
 
-// Reads a block. A 1 in `unknown` marks a bit that could not be seen clearly; its value in `bits` is ignored. With up
-// to 4 unknown bits, one wrong byte or any two wrong bits are repaired; with up to 10, one wrong bit; with up to 16
-// (such as two lost bytes), none. Within these limits, random bits are accepted as a block less than once in 1,000,000
-// times. The result is empty if no block is that close, if more than one block is possible, or if the carrier cannot
-// hold the content.
+// Reads a block. A 1 in `unknown` marks a bit that could not be seen clearly; its value in `bits` is ignored. Unknown
+// bits are filled in and wrong bits are repaired:
+// - Up to 4 unknown bits, and one wrong byte or any two wrong bits.
+// - Up to 10 unknown bits, and one wrong bit.
+// - Up to 16 unknown bits (such as two lost bytes), and no wrong bit.
+// Within these limits, random bits are accepted as a block less than once in 1,000,000 times. The result is empty if no
+// block is within these limits, if more than one block is possible, or if the carrier cannot hold the content.
 std::optional<DecodedBlock> decodeBlock(std::uint64_t bits, std::uint64_t unknown, BlockCarrier carrier);
 
 // The column and row, 0 to 7, of a bit in the 8 x 8 grid of a block. A byte is 2 columns wide and 4 rows high.
@@ -113,7 +116,7 @@ struct DotPosition {
 };
 
 // A dot lies in the middle between four marks, or between marks and the frame. The first dot would lie in the triangle,
-// so it lies between two marks instead.
+// so it is moved to a place between two marks.
 constexpr DotPosition dotPosition(int bit) {
     const BlockCell cell = blockCell(bit);
     return cell.column == 0 && cell.row == 0 ? DotPosition{1.5, 1.0} : DotPosition{cell.column + 0.5, cell.row + 0.5};

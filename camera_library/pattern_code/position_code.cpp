@@ -6,7 +6,7 @@
 namespace pattern_code {
 namespace {
 
-// Rows of bits; the leftmost square is the highest bit of the first word of its row.
+// Rows of bits. The leftmost square of a row is the highest bit of the row's first word.
 constexpr int wordBits = 16;
 constexpr std::uint16_t planeRows[planeSide][planeSide / wordBits] = {
 #include "camera_library/pattern_code/position_code_plane.inc"

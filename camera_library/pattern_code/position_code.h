@@ -1,6 +1,6 @@
 // The position code determines which squares of a coded checkerboard carry a mark, so that a small part of the board is
-// enough to find its position on the board. This file has only the bits: it draws nothing, reads no pictures and does
-// not use millimetres.
+// enough to find the part's position on the board. This file has only the bits: it draws nothing, reads no pictures and
+// does not use millimetres.
 //
 // Squares. Columns are counted from 0 to the right and rows from 0 downwards, as seen on the printed pattern with its
 //   caption upright. The lattice point (x, y) is the top-left corner of the square in column x, row y.
@@ -10,11 +10,12 @@
 //   it. A tile has tileSide x tileSide squares and is one whole pattern: tile 0 is used for Official and Custom
 //   patterns, and tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and row are both
 //   even carry the information block (information_block.h); the other 192 carry the position code.
-// Distances. The distance of two windows is the number of bits in which they differ. Every n by n window of the plane,
-//   in any of its four orientations, has at least the distance planeWindowDistance(n) to every other window of the
-//   plane, to its own rotations, and to a window with no marks or with a mark in every square. If one or both windows
-//   belong to tiles, the least distance is tileWindowDistance(n). That comparison counts only squares that carry the
-//   position code in both windows, so no content of an information block can make one place look like another.
+// Distances. The distance of two windows is the number of bits in which they differ. Take an n by n window of the
+//   plane in any of its four orientations. Its distance is at least planeWindowDistance(n) to every other window of the
+//   plane, to its own rotations, to a window with no marks and to a window with a mark in every square. If one or both
+//   windows belong to tiles, the least distance is tileWindowDistance(n). That comparison counts only squares that
+//   carry the position code in both windows, so no content of an information block can make one place look like
+//   another.
 // Threads. Everything is constant and may be used from any thread.
 #pragma once
 
@@ -41,7 +42,7 @@ constexpr int tileWindowDistance(int n) {
     return n == 7 ? 3 : 6;
 }
 
-// The x and y of the plane's lattice point at which a pattern without offset has its centre.
+// The x and y of the plane's lattice point on which a pattern with the offset 0, 0 has its central corner.
 constexpr int planeOrigin = planeSide / 2;
 
 // Returns the tile that carries a pattern of an assembly. The patterns are counted from 0 to 17.
