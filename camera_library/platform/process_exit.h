@@ -3,8 +3,9 @@
 
 namespace lmlib64 {
 
-// Registers an action that is called when the process exits or the library is unloaded, while the library's thread
-// still runs and everything it uses still exists. Must be called from within the library.
+// Registers an action that is called when the process exits or the library is unloaded. At that time, the library's
+// thread still runs and everything that it uses still exists. On Windows, the function does nothing, because there the
+// exit ends the thread first. Must be called from within the library.
 void callAtExit(void (*action)());
 
 }  // namespace lmlib64

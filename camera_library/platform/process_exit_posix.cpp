@@ -5,8 +5,8 @@
 namespace lmlib64 {
 
 void callAtExit(void (*action)()) {
-    // Handlers run in reverse order, so everything that was made before the library's first call still exists then. If
-    // the handler cannot be registered, the process exits without it.
+    // Handlers run in reverse order, so everything that was made before the library's first call still exists when the
+    // handler runs. If the handler cannot be registered, the process exits without it.
     static_cast<void>(std::atexit(action));
 }
 

@@ -239,8 +239,8 @@ private:
     // True if the text has no null character, at which the interface's C strings would end.
     static bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
-    // Returns the node to set next. It is a new one, unless the object already has a child of this name: then it is
-    // that child, so that the last value of a repeated name counts.
+    // Returns the node to set next. This is a new node or, if the object already has a child of this name, that child.
+    // So the last value of a repeated name counts.
     Node &next() {
         if (containers.empty()) {
             return root;

@@ -12,7 +12,7 @@
 
 namespace lmlib64 {
 
-// A block of bytes and its format, which lmLibGetBinaryInfo describes. Copies of a node share it.
+// A block of bytes and its format, which lmLibGetBinaryInfo describes. Copies of a node share one block.
 struct Binary {
     std::int32_t width = 0;
     std::int32_t height = 0;

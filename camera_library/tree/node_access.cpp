@@ -6,7 +6,7 @@ namespace lmlib64 {
 
 namespace {
 
-// Sets `child` to the node's child, or to null if the node could have such a child but has none.
+// Sets `child` to the child that the part names. Sets it to null if the node has no such child but could have one.
 LmLibResult findChild(const Node &node, const PathPart &part, const Node *&child) {
     child = nullptr;
     if (part.isIndex) {
@@ -30,7 +30,7 @@ LmLibResult findChild(const Node &node, const PathPart &part, const Node *&child
     return LmLibResultOperationSucceeded;
 }
 
-// Makes the nodes for the path from this part to the end, and puts the value at the end.
+// Makes the nodes for the path from this part to the end, puts the value at the end, and returns the first node.
 Node chain(Path::Iterator part, Path::Iterator end, Node &value) {
     if (part == end) {
         return std::move(value);
@@ -47,8 +47,8 @@ Node chain(Path::Iterator part, Path::Iterator end, Node &value) {
     return object;
 }
 
-// Adds the child that the part names to the parent, which must not have this child yet, with the value at the end of
-// the path.
+// Adds the child that the part names to the parent, with the nodes below it down to the value at the end of the path.
+// The parent must not have this child yet.
 LmLibResult graft(Node &parent, const Path::Iterator &part, const Path::Iterator &end, Node &value) {
     auto *array = std::get_if<NodeArray>(&parent.value);
     if (array != nullptr && part->index != array->size()) {

@@ -1,6 +1,6 @@
-// Finds, places and removes nodes below a root by path, by the rules of lmlib64.h for absent nodes, leaves and the ends
-// of arrays. It does not check for protected nodes and does not lock. If a function throws, or returns any code other
-// than LmLibResultOperationSucceeded, the tree is unchanged.
+// Finds, places and removes the node at a path below a root. The rules for absent nodes, leaves and the ends of arrays
+// are those of lmlib64.h. Nothing here checks for protected nodes or uses a lock. If a function throws, or returns any
+// code other than LmLibResultOperationSucceeded, the tree is unchanged.
 #pragma once
 
 #include "camera_library/tree/node.h"
@@ -12,8 +12,8 @@ namespace lmlib64 {
 // that goes below a leaf or has a name in an array or an index in an object.
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
-// Puts the value at the path, makes the objects and arrays on the way, and leaves the previous value in `value` (null
-// if there was none). Returns the same errors as findNode, except that the node may be absent. Returns
+// Puts the value at the path and makes the objects and arrays on the way. Leaves the previous value in `value`; null if
+// there was none. Returns the same errors as findNode, except that the node may be absent. Returns
 // LmLibResultItemPathInvalid if an index is beyond the end of its array.
 LmLibResult placeNode(Node &root, const Path &path, Node &value);
 

@@ -1,5 +1,5 @@
-// A path of the library's tree, parsed without allocating. It checks only the syntax of a path (lmlib64.h) and does not
-// look for nodes. A Path refers to the text that it was made from and must not outlive that text.
+// A path of the library's tree, parsed without allocating. Parsing checks only the syntax of a path (lmlib64.h) and
+// does not look for nodes. A Path refers to the text that it was made from and must not outlive that text.
 #pragma once
 
 #include <cstddef>

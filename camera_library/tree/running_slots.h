@@ -1,5 +1,5 @@
-// Records which command slots have a command that has not finished. A slot is identified by its name below "Execute". A
-// run is identified by its number, so that a new slot with the same name is not mistaken for the old one. It has no
+// Records which command slots have a command that has not finished. A slot is identified by its name below "Execute".
+// Every run has a number, so that a new slot is not mistaken for an erased one of the same name. This record has no
 // lock of its own: the tree's lock guards it.
 #pragma once
 
@@ -14,7 +14,7 @@ namespace lmlib64 {
 class RunningSlots {
 public:
     using Runs = std::map<std::string, std::uint64_t, std::less<>>;
-    // A run outside the map. Moving one in or out neither allocates nor fails.
+    // An entry that is not in the map. Moving it into the map or out of it neither allocates nor fails.
     using Entry = Runs::node_type;
 
     // Makes an entry for a new run in this slot.

@@ -23,8 +23,8 @@ Node newRoot(const NodeObject &pathNode) {
     return root;
 }
 
-// Returns the base name and the number. The underscore distinguishes the base name "A1" with the number 2 from "A" with
-// 12.
+// Returns the base name, an underscore if the base name ends in a digit, and the number. Without the underscore, "A1"
+// with the number 2 and "A" with the number 12 would have the same name.
 std::string uniqueName(std::string_view baseName, std::uint64_t number) {
     std::string name(baseName);
     if (!name.empty() && name.back() >= '0' && name.back() <= '9') {
@@ -282,7 +282,8 @@ void Tree::finishRun(Run &run) noexcept {
         return;
     }
     runningSlots.remove(run.slot);
-    // A slot that is still running is an object with a "Command", because "Command" cannot be removed while it runs.
+    // A slot whose command still runs is an object with a "Command", because "Command" cannot be removed during the
+    // run.
     auto &children = std::get<NodeObject>(findSlot(run.slot)->value);
     const auto result = children.find(resultName);
     if (result != children.end()) {

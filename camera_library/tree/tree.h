@@ -34,10 +34,11 @@ struct Run {
 
 class Tree {
 public:
-    // Makes a tree with this node "Path". The numbers of unique items go up to `greatestNumber`.
+    // Makes a tree whose node "Path" is this object. The numbers of unique items go up to `greatestNumber`.
     explicit Tree(NodeObject path, std::uint64_t greatestNumber = std::numeric_limits<std::uint64_t>::max());
 
-    // Calls the reader with the node, under the lock, and returns the reader's result.
+    // Calls the reader with the node, under the lock, and returns the reader's result. Returns an error if there is no
+    // such node.
     template <typename Reader>
     LmLibResult read(std::string_view path, Reader reader) const {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -67,8 +68,8 @@ public:
     // Returns the name of the slot whose "Command" is at the path; empty for every other path.
     static std::string_view slotOfCommand(std::string_view path);
 
-    // Writes the command's name to the "Command" of run.slot, removes the slot's "Result" and fills in the run's number
-    // and parameters. Until finishRun the slot refuses another "Command".
+    // Writes the command's name to the "Command" of run.slot, removes the slot's "Result", and fills in the run's
+    // number and parameters. Until finishRun is called, the slot refuses another "Command".
     LmLibResult beginRun(Run &run);
 
     // Stores the run's result in its slot and sets "Command" to null, in one step. Does nothing if the slot has been
