@@ -113,8 +113,8 @@ PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geomet
 
 Polygon polygonOfCircle(double radius, double tolerance) {
     constexpr double pi = 3.141592653589793;
-    constexpr double leastRadius =
-        10.0 / 3.0;  // in tolerances; smaller circles get as many corners as a circle of this radius
+    // In tolerances. A smaller circle gets as many corners as a circle of this radius.
+    constexpr double leastRadius = 10.0 / 3.0;
     const double share = 1.0 / std::max(radius / tolerance, leastRadius);
     const auto count = static_cast<int>(std::ceil(pi / std::acos(1.0 - share)));
     const double step = 2.0 * pi / count;
