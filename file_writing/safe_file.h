@@ -12,16 +12,17 @@ struct FileWriteError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Some files that belong together. Each is written beside its target and flushed to the disk; after the last one, all
-// are renamed to their targets, one after the other. So a target holds either its old content or all of its new one at
-// any time, even if the machine stops, and no target changes before all files are written.
+// Writes several files that belong together. Each file is first written beside its target and flushed to the disk.
+// After the last file, all files are renamed to their targets, one after the other. So at any time, even if the machine
+// stops, a target has either its old content or all of its new content. No target changes before all files are written.
 //
 // If a target is a link, the file that it leads to is replaced. Folders, devices and write-protected files are refused.
-// If anything fails, no other file is left, and every target is as it was. There is one exception. If a renaming fails
-// after another renaming of the same files has succeeded, a target that was already replaced gets its old file back
-// only if the file system has hard links. If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp
-// (two decimal numbers). The next write to the folder removes them; on Windows, they must also be ten minutes old. If
-// the process is killed during the renaming, some of the targets are new and the others are old.
+// If anything fails, the files beside the targets are removed, and every target is as it was. There is one exception:
+// if a renaming fails after earlier renamings have succeeded, the earlier targets get their old files back only if the
+// file system has hard links. If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp, where
+// PROCESS and RANDOM are decimal numbers. The next write to the folder removes these files; on Windows, only those that
+// are more than ten minutes old. If the process is killed during the renaming, some of the targets are new and the
+// others are old.
 //
 // File names are in the local 8-bit encoding. Use each object once, from one thread.
 class SafeFiles {

@@ -28,7 +28,7 @@ std::string systemReason(DWORD error) {
     throw FileWriteError("The file \"" + fileName + "\" could not be written: " + systemReason(error) + ".");
 }
 
-// Closes a handle of the system.
+// Owns a handle of the system and closes it.
 class Handle {
 public:
     explicit Handle(HANDLE opened) : handle(opened) {}
@@ -59,7 +59,8 @@ std::wstring wideName(const std::string &fileName) {
     return wide;
 }
 
-// Names of devices, such as \\.\NUL, for which the system also takes NUL.pdf in any folder.
+// The beginning of the names of devices, such as \\.\NUL. The system turns names such as NUL.pdf, in any folder, into
+// this name.
 constexpr wchar_t devicePrefix[] = L"\\\\.\\";
 constexpr wchar_t verbatimPrefix[] = L"\\\\?\\";
 
@@ -67,7 +68,7 @@ bool startsWith(const std::wstring &text, const wchar_t *prefix) {
     return text.rfind(prefix, 0) == 0;
 }
 
-// The full name in the form that may have more than 260 characters, whatever the system's settings are.
+// Returns the full name in the form that may have more than 260 characters with any settings of the system.
 std::wstring longName(const std::string &fileName) {
     const std::wstring given = wideName(fileName);
     if (startsWith(given, verbatimPrefix)) {
@@ -86,13 +87,13 @@ std::wstring longName(const std::string &fileName) {
     if (startsWith(full, devicePrefix)) {
         return full;
     }
-    if (startsWith(full, L"\\\\")) {  // of another computer
+    if (startsWith(full, L"\\\\")) {  // on another computer
         return L"\\\\?\\UNC" + full.substr(1);
     }
     return verbatimPrefix + full;
 }
 
-// The file that a link leads to; the name itself if it is no link or if there is no file yet.
+// Returns the name of the file that a link leads to. Returns `name` if it is not a link or if there is no file yet.
 std::wstring followLinks(const std::wstring &name, const std::string &fileName) {
     const DWORD attributes = GetFileAttributesW(name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
@@ -116,7 +117,7 @@ std::wstring followLinks(const std::wstring &name, const std::string &fileName) 
     return resolved;
 }
 
-// True if there is a file to be replaced. Refuses what must not be replaced.
+// True if there is a file at the target. Throws FileWriteError if the target must not be replaced.
 bool isSuitableTarget(const std::wstring &target, const std::string &fileName) {
     if (startsWith(target, devicePrefix)) {
         fail(fileName, ERROR_ACCESS_DENIED);
@@ -132,7 +133,8 @@ bool isSuitableTarget(const std::wstring &target, const std::string &fileName) {
     if ((attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DEVICE)) != 0) {
         fail(fileName, ERROR_ACCESS_DENIED);
     }
-    // The folder's permissions would allow the replacement of a file that this user may not write.
+    // The folder's permissions may allow this user to replace a file that the user may not write. So the file is opened
+    // for writing, as a test.
     const Handle file(CreateFileW(target.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                   nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.isOpen()) {
@@ -141,7 +143,7 @@ bool isSuitableTarget(const std::wstring &target, const std::string &fileName) {
     return true;
 }
 
-// The folder that the file is in, with its separator.
+// Returns the file's folder, with a separator at the end.
 std::wstring folderOf(const std::wstring &target) {
     return target.substr(0, target.find_last_of(L'\\') + 1);
 }
@@ -151,7 +153,7 @@ std::wstring newTemporaryFile(const std::wstring &folder, std::random_device &ra
     return folder + std::wstring(name.begin(), name.end());
 }
 
-// True if no process of this computer has this number.
+// True if no running process of this computer has this number.
 bool isGone(ProcessNumber number) {
     const Handle process(OpenProcess(SYNCHRONIZE, FALSE, number));
     if (!process.isOpen()) {
@@ -160,8 +162,8 @@ bool isGone(ProcessNumber number) {
     return WaitForSingleObject(process.get(), 0) == WAIT_OBJECT_0;
 }
 
-// True if the file was written so long ago that no process can still be about to rename it. In a shared folder, its
-// process may run on another computer, where its number cannot be checked.
+// True if the file was written so long ago that no process can still be about to rename it. The number of the process
+// is not enough: in a shared folder, the process may run on another computer, where its number cannot be checked.
 bool isOld(const FILETIME &written) {
     constexpr ULONGLONG tenMinutes = 10ULL * 60 * 10'000'000;  // in units of 100 ns
     FILETIME now{};
@@ -172,7 +174,8 @@ bool isOld(const FILETIME &written) {
     return number(written) + tenMinutes < number(now);
 }
 
-// A file that is still being written is open and cannot be removed.
+// Removes the files that killed processes have left in the folder. A file that is still being written is open, so it
+// cannot be removed.
 void removeAbandonedFiles(const std::wstring &folder) {
     WIN32_FIND_DATAW entry{};
     const HANDLE search = FindFirstFileW((folder + L".lmlib64-*.tmp").c_str(), &entry);
@@ -193,7 +196,7 @@ void removeAbandonedFiles(const std::wstring &folder) {
     FindClose(search);
 }
 
-// A new file beside the target that is removed unless it is renamed.
+// A new file beside the target. It is removed unless it is renamed.
 class TemporaryFile {
 public:
     TemporaryFile(const std::wstring &folder, const std::string &reportedName) : fileName(reportedName) {
@@ -238,7 +241,7 @@ public:
 
     // Returns 0 or the system's error. Allocates nothing.
     DWORD renameTo(const std::wstring &target, bool replacesFile) noexcept {
-        // This keeps the old file's access list, attributes and streams. Not every file system can do it.
+        // ReplaceFileW keeps the old file's access list, attributes and streams. Not every file system supports it.
         isRenamed = replacesFile && ReplaceFileW(target.c_str(), path.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS,
                                                  nullptr, nullptr) != 0;
         if (!isRenamed) {
@@ -274,10 +277,11 @@ struct SafeFiles::Replacement {
     std::wstring target;
     std::unique_ptr<TemporaryFile> file;
     bool replacesFile = false;
-    // A second name of the file that is replaced; empty if there is none, or if it cannot be kept.
+    // A second name (a hard link) of the file that is replaced, with which undo() brings the file back. Empty if no
+    // file is replaced or if the old file is not kept.
     std::wstring oldFile;
 
-    // Brings back what was there before the renaming. There is nothing to be done if that fails.
+    // Brings back what was there before the renaming. If that fails, nothing more can be done.
     void undo() noexcept {
         if (!oldFile.empty()) {
             MoveFileExW(oldFile.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
@@ -310,7 +314,7 @@ void SafeFiles::write(const std::string &fileName, const std::string &bytes) {
 }
 
 void SafeFiles::commit() {
-    // The only file is either renamed or not, so its old one need not be kept.
+    // If there is only one file, nothing has to be undone when its renaming fails, so its old file is not kept.
     for (Replacement &replacement : replacements) {
         if (replacements.size() > 1 && replacement.replacesFile) {
             std::random_device random;

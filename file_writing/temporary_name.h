@@ -1,5 +1,5 @@
-// The names of the files that SafeFiles writes beside its targets. They tell which process a file belongs to, so that
-// the files of killed processes can be recognised, and nothing else can be taken for one.
+// The names of the files that SafeFiles writes beside its targets. A name states which process the file belongs to. So
+// the files of killed processes can be recognised, and no other file is mistaken for one of them.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +12,11 @@ namespace file_writing {
 
 using ProcessNumber = std::uint32_t;
 
-// .lmlib64-PROCESS-RANDOM.tmp, with two decimal numbers. It is short and independent of the target's name, which may
-// already have the maximum length.
+// Returns .lmlib64-PROCESS-RANDOM.tmp, where PROCESS and RANDOM are decimal numbers. The name is short and independent
+// of the target's name, which may already have the maximum length.
 std::string newTemporaryName(ProcessNumber process, std::random_device &random);
 
-// The number of the process in such a name; empty for any other file's name.
+// Returns the number of the process in such a name; empty if the name has any other form.
 std::optional<ProcessNumber> writerOf(std::string_view name);
 
 }  // namespace file_writing
