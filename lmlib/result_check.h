@@ -4,5 +4,5 @@
 #include <cstdint>
 #include <string>
 
-// Throws LmLibException with the path and the code, but without a command slot, if the code is not 0.
+// If the code is not 0, throws LmLibException with the path and the code, but without a command slot.
 void checkResult(const std::string &itemPath, std::int32_t code);

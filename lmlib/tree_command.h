@@ -1,6 +1,6 @@
 // One command of the camera library and its slot in the tree:
 //
-//   /Execute/<slot>/Command      the name; writing it starts the command, and it becomes null at the end
+//   /Execute/<slot>/Command      the command's name; writing it starts the command; null when the command has ended
 //   /Execute/<slot>/Parameters   written before the start
 //   /Execute/<slot>/Result       written by the library; has an "ErrorSymbol" if and only if the command failed
 //
@@ -19,8 +19,8 @@ class TemporarySlot;
 class TreeCommand {
 public:
     // If `nodeName` is not empty, the slot is the child of /Execute with that name and stays in the tree. Otherwise a
-    // new slot is made, and it is erased when this command and every exception thrown for it have been destroyed. If
-    // the slot cannot be made, an LmLibException with the path /Execute is thrown.
+    // new slot is made. The new slot is erased when this command and every exception thrown for it have been destroyed.
+    // If the slot cannot be made, an LmLibException with the path /Execute is thrown.
     explicit TreeCommand(std::string name, const std::string &nodeName = "");
 
     // Return the slot and its children "Parameters" and "Result". These functions do not call the library.
@@ -28,17 +28,17 @@ public:
     TreeItem parameters() const;
     TreeItem result() const;
 
-    // Starts the command that `commandNameOverride` names or, if it is empty, this command. If `wait` is true, waits
-    // until the command has ended. Does not throw: the result code goes to `resultOut`, which may be null. The code is
-    // 17 (ExecutionFailed) if the command ended with an error.
+    // Starts the command with the name `commandNameOverride`, or with this command's own name if that text is empty. If
+    // `wait` is true, waits until the command has ended. Does not throw: the result code goes to `resultOut`, which may
+    // be null. After a wait, the code is 17 (ExecutionFailed) if the command ended with an error.
     void execute(std::int32_t *resultOut, const std::string &commandNameOverride, bool wait) const;
     // Does the same with the command's own name, and then calls checkResult.
     void execute(bool wait) const;
     // Unless the code is 0, throws LmLibException with the slot's path and shared ownership of the temporary slot.
     void checkResult(std::int32_t code) const;
 
-    // True if the command has ended or was never started. The result code of the query goes to `resultOut`, which may
-    // be null; an absent node is not a failure.
+    // True if the command has ended or was never started, or if the query fails. The result code of the query goes to
+    // `resultOut`, which may be null; an absent node is not a failure.
     bool finished(std::int32_t *resultOut = nullptr) const;
     // True if the result has no error symbol, or if the query fails. `resultOut` has the same meaning as above.
     bool successful(std::int32_t *resultOut = nullptr) const;

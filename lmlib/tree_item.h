@@ -1,9 +1,10 @@
 // Gives typed access to the nodes of the camera library's tree. A TreeItem names one node by its path and is a plain
-// value: creating or copying one, or forming a child's path, never calls the library, and the node need not exist.
+// value. The node need not exist. Creating or copying a TreeItem, or forming the path of a child, never calls the
+// library.
 //
-// Every other operation makes exactly one call into the library and checks its result, unless stated otherwise below.
-// If the result code is not 0, the operation throws LmLibException with the item's path. Texts are passed unchanged, in
-// the library's narrow encoding; texts that the library returns are copied at once.
+// Every other operation makes exactly one call into the library and checks the result code, unless stated otherwise
+// below. If the code is not 0, the operation throws LmLibException with the item's path. Texts are passed unchanged, in
+// the library's narrow encoding. Texts that the library returns are copied at once.
 //
 //   TreeItem parameters = command.parameters();
 //   parameters["ImageSize"] = 2000;                  // writes the node
@@ -22,8 +23,8 @@ public:
     TreeItem() = default;
     explicit TreeItem(std::string path);
 
-    // Return the child with this name, and the element with this index. The name is not escaped. These functions do not
-    // call the library.
+    // The first operator returns the child with this name, the second the element with this index. The name is not
+    // escaped. These functions do not call the library.
     TreeItem operator[](const std::string &name) const;
     TreeItem operator[](std::int32_t index) const;
     const std::string &path() const { return itemPath; }
@@ -57,7 +58,7 @@ public:
 
     // False if the node is absent, which is not a failure here.
     bool exists() const;
-    // These throw if the node is absent.
+    // These functions throw if the node is absent.
     bool isNull() const;
     bool isNumber() const;
     bool isString() const;
@@ -75,7 +76,7 @@ private:
     std::string itemPath;
 };
 
-// Returns the string or number in the node; returns the default if the node is absent, has another type or cannot be
+// Returns the string or number in the node. Returns the default if the node is absent, has another type or cannot be
 // read. Throws if the query for the node's existence or type fails.
 std::string asStringOr(const TreeItem &item, const std::string &defaultValue);
 double asDoubleOr(const TreeItem &item, double defaultValue);
