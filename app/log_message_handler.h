@@ -1,5 +1,5 @@
-// Writes the diagnostics of the toolkit and the program to the standard error stream: one line, followed by an empty
-// line, for each warning, critical or fatal message. Debug and info messages and one harmless warning are dropped. No
+// Writes the diagnostics of the toolkit and the program to the standard error stream. Each warning, critical or fatal
+// message is one line, followed by an empty line. Debug and info messages and one harmless warning are dropped. No
 // message is stored or written to a file. After a fatal message has been written, the toolkit ends the process.
 #pragma once
 

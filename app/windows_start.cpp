@@ -11,7 +11,7 @@
 
 namespace {
 
-// Shows the failure. The process then ends just as it does without this function.
+// Shows the failure. The process then ends as it would end without this function.
 [[noreturn]] void showFailure() {
     std::set_terminate(std::abort);
     if (const std::exception_ptr failure = std::current_exception()) {

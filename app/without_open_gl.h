@@ -1,9 +1,9 @@
 // While an object of this class exists, windows open without the desktop's OpenGL. The program does not draw with
-// OpenGL, and on X11 its set-up takes as long as everything else that an empty window needs.
+// OpenGL. On X11, setting up OpenGL takes as long as everything else that an empty window needs.
 //
-// The X11 plugin reads the environment variable once, for the first window. The destructor removes the variable, so
-// that processes started later do not inherit it. A variable that the user has set stays unchanged. Other platforms
-// ignore the variable.
+// The toolkit's X11 plugin reads the environment variable QT_XCB_GL_INTEGRATION once, for the first window. The
+// destructor removes the variable, so that processes started later do not inherit it. If the user has set the variable,
+// it stays unchanged. Other platforms ignore it.
 #pragma once
 
 #include <QtGlobal>

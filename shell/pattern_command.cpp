@@ -18,7 +18,7 @@ std::string quoted(const std::string &fileName) {
     return '"' + fileName + '"';
 }
 
-// Throws the program's own exception for an exception of the library, with the library's text if there is one.
+// Translates an exception of the library into an exception of this program. Its text is the library's if there is one.
 [[noreturn]] void rethrow(const LmLibException &error) {
     std::string symbol;
     std::string text;

@@ -26,7 +26,7 @@ struct PatternChoice {
     bool isPlain = false;
 };
 
-// The files to write, and how they are drawn. A value given here replaces the value in a file with parameters.
+// The files to write, and how they are drawn. A value given here replaces the value in a file of parameters.
 struct Outputs {
     std::vector<std::string> files;
     std::optional<int> resolution;                    // dots per inch, for formats with pixels
@@ -37,12 +37,12 @@ struct Outputs {
 };
 
 // Draws the patterns and writes every output in the given order. The ending of an output's name selects its format. If
-// an output cannot be written, the ones after it are not tried, and the ones before it stay. Throws WrongCall if the
-// library refuses a parameter or if an input file cannot be used, and std::runtime_error for all other failures.
+// an output cannot be written, earlier outputs stay and later ones are not tried. Throws WrongCall if the library
+// refuses a parameter or if an input file cannot be used, and std::runtime_error for all other failures.
 void drawChoice(const PatternChoice &choice, const Outputs &outputs);
 
 // Does the same with the command's "Parameters" from a JSON file; "-" is standard input. If there are no outputs, the
-// file's own "Filename" is written.
+// file that "Filename" in the JSON text names is written.
 void drawParameters(const std::string &file, const Outputs &outputs);
 
 // Does the same with the parameters that a pattern file (docs/pattern-file.md) lists.

@@ -1,9 +1,9 @@
 // Parses the options, reports the errors and determines the exit code of every command-line program of this project.
 //
-// Exit codes: 0 if everything was done, `failure` if something could not be read, computed or written, `wrongCall` if
-// the options are wrong or the file that an option names cannot be used. A message is one line on standard error and
-// begins with the program's name. If the work succeeded but standard output could not be written, the program ends with
-// `failure`, so that a full disk is noticed.
+// The exit code is 0 if everything was done. It is `failure` if something could not be read, computed or written. It is
+// `wrongCall` if the options are wrong or if the file that an option names cannot be used. A message is one line on
+// standard error and begins with the program's name. If the work succeeded but standard output could not be written,
+// the program ends with `failure`, so that a full disk is noticed.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -27,7 +27,7 @@ public:
 void report(const CLI::App &program, const std::string &text);
 
 // Parses the arguments, runs the work and returns the exit code. `work` returns false if it has failed and has reported
-// the reason. An exception that it throws is reported here.
+// the reason. runProgram reports an exception that `work` throws.
 int runProgram(CLI::App &program, int argumentCount, char **arguments, const std::function<bool()> &work);
 
 }  // namespace shell

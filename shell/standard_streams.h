@@ -5,13 +5,14 @@
 
 namespace shell {
 
-// Writes the text on standard error in one piece. Programs use this function rather than std::cerr, which stays silent
-// on Windows: there, Ceres Solver is built with a log that writes every step of a solve to it.
+// Writes the text to standard error in one piece. Programs use this function instead of std::cerr, because
+// prepareStandardStreams silences std::cerr on Windows. There, the log of Ceres Solver would write every step of a
+// solve to std::cerr.
 void writeError(const std::string &text);
 
-// From now on, lines end with a line feed alone, and a terminal shows text in the local 8-bit encoding until the
-// program ends. Call it once, before anything is read or written. On POSIX systems it does nothing, because both always
-// hold there.
+// After this call, lines end with a line feed alone. Until the program ends, a terminal shows text in the local 8-bit
+// encoding. Call it once, before anything is read or written. On POSIX systems it does nothing, because both statements
+// always hold there.
 void prepareStandardStreams();
 
 }  // namespace shell
