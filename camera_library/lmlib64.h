@@ -16,12 +16,12 @@
 //   arrays on the way. The index of an array element may be at most one past the end; a greater index gives
 //   LmLibResultItemPathInvalid. The children of an object have names, the children of an array have indices, and a leaf
 //   has no children. Reading or writing any other child gives LmLibResultItemTypeNotCompatible.
-// Reading. Reading an absent node gives LmLibResultItemInexistent; reading a node of another type gives
-//   LmLibResultItemTypeNotCompatible.
-// Protected nodes. The root, /Path and every node below /Path belong to the library: writing or erasing one gives
-//   LmLibResultItemProtected. /Path/Manual is the folder of the manual and /Path/Application/LmView is the file of the
-//   viewer. Both are absolute paths, and neither needs to exist. /Path/Version is the LMLIB_VERSION of the library. A
-//   client may have been built with a header of another version.
+// Reading. Reading an absent node gives LmLibResultItemInexistent. Reading a node whose type is not that of the
+//   function gives LmLibResultItemTypeNotCompatible.
+// Protected nodes. The root, /Path and every node below /Path belong to the library. Writing or erasing any of them
+//   gives LmLibResultItemProtected. /Path/Manual is the folder of the manual and /Path/Application/LmView is the file
+//   of the viewer. Both are absolute paths, and neither needs to exist. /Path/Version is the LMLIB_VERSION of the
+//   library. A client may have been built with a header of another version.
 // Results. The first parameter of every function points to a result code, which the function always sets; the pointer
 //   may be null. If a function sets any code other than LmLibResultOperationSucceeded, the tree is unchanged, and every
 //   value that the function returns or writes through pointers is 0 or null. A null path or text counts as the empty
@@ -34,7 +34,7 @@
 //   the library.
 // Child processes. A child made by fork() starts with a new library, even if other threads of the parent were using the
 //   parent's library. The child's tree has only /Path, and no command runs in it. The parent is not affected. Texts
-//   returned to the thread that forked stay valid in the child until its next call.
+//   returned to the thread that forked stay valid in the child until the child's next call into the library.
 // Life. The library is ready on the first call and needs no initialisation; see lmLibFinalize.
 //
 // Commands
@@ -147,18 +147,19 @@ LMLIB64_API void lmLibSetBool(int32_t *result, const char *path, int32_t value);
 // Makes the node null.
 LMLIB64_API void lmLibSetNull(int32_t *result, const char *path);
 
-// Returns the node and everything below it as JSON text in UTF-8; bytes that are not UTF-8 are replaced by U+FFFD.
+// Returns the node and everything below it as JSON text in UTF-8. Bytes that are not UTF-8 are replaced by U+FFFD.
 // `numberPrecision` is the number of significant digits of a number that is not whole, 1 to 18; 0 means the fewest
-// digits from which the same value can be read back. Any other number gives LmLibResultInvalidParameters. With
-// `allowScientificFormat`, numbers below 1e-5 and from 1e17 on have an exponent; without it, no number has one. A
-// binary node becomes an object with its format and its "ByteCount".
+// digits from which the same value can be read back. Any other `numberPrecision` gives LmLibResultInvalidParameters.
+// With `allowScientificFormat`, a number has an exponent if its magnitude is below 1e-5 (but not 0) or at least 1e17;
+// without it, no number has one. A binary node becomes an object with its format and its "ByteCount".
 LMLIB64_API const char *lmLibGetJson(int32_t *result, const char *path, int32_t prettyPrint, int32_t numberPrecision,
                                      int32_t allowScientificFormat);
 
 // Replaces the node by the content of the JSON text, which is in UTF-8. Writing a "Command" in this way starts no
 // command. The result is LmLibResultCouldNotInterpretJsonText if the text is not JSON, if it is longer than
 // LMLIB_MAXIMUM_JSON_SIZE, if a number is beyond the range of double, if a string contains U+0000, or if a name is not
-// allowed in a path.
+// allowed in a path. The result is LmLibResultNestingLimitReached if the tree would become deeper than
+// LMLIB_MAXIMUM_DEPTH.
 LMLIB64_API void lmLibSetJson(int32_t *result, const char *path, const char *json);
 
 // Returns the type of the node, an LmLibType. For an absent node, it returns LmLibTypeAbsent and the result is
@@ -175,8 +176,8 @@ LMLIB64_API const char *lmLibGetName(int32_t *result, const char *path);
 LMLIB64_API void lmLibErase(int32_t *result, const char *path);
 
 // Makes a new empty object below the parent and returns its path. The object's name consists of `baseName`, an
-// underscore if `baseName` ends in a digit, and a number. No child of the parent has this name, and no item made by
-// this function has had this number since the library was last finalised. The result is
+// underscore if `baseName` ends in a digit, and a number. No other child of the parent has this name, and no other item
+// made by this function has had this number since the library was last finalised. The result is
 // LmLibResultItemMaximumUniqueCountReached if no number is left.
 LMLIB64_API const char *lmLibMakeUniqueItem(int32_t *result, const char *parentPath, const char *baseName);
 
@@ -208,9 +209,10 @@ LMLIB64_API void lmLibWriteDebugMessage(int32_t *result, const char *message);
 LMLIB64_API const char *lmLibGetDebugBuffer(int32_t *result);
 
 // Waits for the running command, drops the commands that have not started, ends the library's thread and frees the tree
-// and the debug log. It may be called more than once, and the library may be used again afterwards, as if it had just
-// been loaded. If it is never called, the exit of the process waits for the running command and drops the others. Texts
-// that were returned to the calling thread become invalid.
+// and the debug log. Texts that were returned to the calling thread become invalid. The function may be called more
+// than once, and the library may be used again afterwards, as if it had just been loaded. If the function is never
+// called, the exit of the process waits for the running command and drops the others. On Windows, the exit does not
+// wait: the system ends the running command.
 LMLIB64_API void lmLibFinalize(int32_t *result);
 
 #ifdef __cplusplus
