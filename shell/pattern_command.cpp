@@ -18,7 +18,8 @@ std::string quoted(const std::string &fileName) {
     return '"' + fileName + '"';
 }
 
-// Translates an exception of the library into an exception of this program. Its text is the library's if there is one.
+// Translates an exception of the library into an exception of this program. The text is the library's own if there is
+// one.
 [[noreturn]] void rethrow(const LmLibException &error) {
     std::string symbol;
     std::string text;
@@ -95,7 +96,7 @@ void copyJson(const TreeItem &from, const TreeItem &to) {
     }
 }
 
-// Writes both numbers. The node is replaced, because a file may have given it a value of another type.
+// Writes both numbers. The node is replaced, because a file of parameters may have given it a value of another type.
 template <typename Number>
 void writePair(const TreeItem &node, const std::array<Number, 2> &pair) {
     node.setNull();

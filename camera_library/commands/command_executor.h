@@ -24,8 +24,8 @@ public:
     CommandExecutor(const CommandExecutor &) = delete;
     CommandExecutor &operator=(const CommandExecutor &) = delete;
 
-    // Writes the command's name to the slot's "Command" and queues its run. An unknown name is queued too and fails
-    // when its turn comes. Returns the codes of Tree::write.
+    // Writes the command's name to the slot's "Command" and queues the run. A command with an unknown name is queued
+    // too and fails when its turn comes. Returns the codes of Tree::write.
     LmLibResult start(std::string_view slot, std::string_view command);
 
     // Ends every wait, waits for the running command, drops the commands that have not started, ends the thread and

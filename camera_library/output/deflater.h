@@ -10,7 +10,8 @@
 namespace lmlib64 {
 
 // The repetitions that the compression searches for: any, or only the same byte many times in a row. Searching for the
-// second kind is much faster. If the data mostly repeats one byte, the result is about as small.
+// second kind is much faster. If the data mostly repeats one byte, the compressed data is about as small as with the
+// first kind.
 enum class Repetitions { Anywhere, OfOneByte };
 
 // One stream of compressed data. The same data, added in the same portions, gives the same bytes. Every function may

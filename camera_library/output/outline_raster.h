@@ -24,8 +24,8 @@ struct PixelPoint {
     std::int32_t y = 0;
 };
 
-// Closed outlines. The points of an outline begin where the previous outline ends, and its last point is connected to
-// its first. All outlines share two lists, because a large board has tens of thousands of outlines.
+// Closed outlines. In `points`, an outline begins where the previous outline ends. The last point of an outline is
+// connected to its first point. All outlines share two lists, because a large board has tens of thousands of outlines.
 struct PixelOutlines {
     std::vector<PixelPoint> points;
     std::vector<std::size_t> ends;  // for each outline, the index in `points` after its last point
@@ -34,15 +34,15 @@ struct PixelOutlines {
     void close() { ends.push_back(points.size()); }
 };
 
-// Returns the picture of width × height pixels, at most 65536 each, row after row without padding. A pixel is 0 if the
-// outlines enclose all of it, and 255 if they enclose none of it. All outlines are filled together by the even-odd
-// rule, so an outline inside another one is a hole. A hole should have the opposite direction of the outline around it.
-// Otherwise a pixel that both outlines pass through has a wrong grey value. A point outside the picture counts as the
-// nearest point on the picture's border.
+// Returns the picture of width × height pixels, row after row without padding. Width and height are at most 65536. A
+// pixel is 0 if the outlines enclose all of it, and 255 if they enclose none of it. All outlines are filled together by
+// the even-odd rule, so an outline inside another one is a hole. A hole should have the opposite direction of the
+// outline around it. Otherwise a pixel that both outlines pass through has a wrong grey value. A point outside the
+// picture counts as the nearest point on the picture's border.
 std::vector<std::uint8_t> rasterOutlines(const PixelOutlines &outlines, std::int32_t width, std::int32_t height);
 
-// Makes the same picture for a caller that needs only one row at a time. It calls `takeRow` with the pixels of each
-// row, from the top. The pixels are valid until that call returns. Width and height are at most 65536.
+// Makes the same picture for a caller that needs only one row at a time. Calls `takeRow` with the pixels of each row,
+// from the top. The pixels are valid until `takeRow` returns. Width and height are at most 65536.
 void rasterOutlineRows(const PixelOutlines &outlines, std::int32_t width, std::int32_t height,
                        const std::function<void(const std::uint8_t *pixels)> &takeRow);
 

@@ -40,8 +40,8 @@ struct PrintedPage {
     PageSize paper;
     Placement placement;  // of the layout; the members below have the layout's coordinates, except `window`
     Point patternPlace;   // the place of the origin of the pattern's geometry
-    // The part of the pattern that is on the page, in coordinates of its geometry. If empty, the whole pattern is on
-    // the page.
+    // The part of the pattern that is on the page, in the coordinates of the pattern's geometry. If empty, the whole
+    // pattern is on the page.
     std::optional<Rectangle> window;
     std::vector<Rectangle> lines;  // cut marks, or the lines of the plan of sheets; they do not overlap
     std::vector<CheckBar> bars;

@@ -81,7 +81,7 @@ struct Band {
     std::vector<std::uint8_t> greys;
 };
 
-// Adds rows to the picture from the top. Their heights need not be whole pixels.
+// Adds bands of rows to the picture, from the top. The height of a band need not be a whole number of pixels.
 class RowWriter {
 public:
     RowWriter(std::int32_t width, std::int32_t height) : sum(static_cast<std::size_t>(width)) {

@@ -1,5 +1,5 @@
 // Draws axis-aligned rectangles as 8-bit grey pixels. The grey value of each pixel is computed from the covered share
-// of its area and is off by at most one. It draws no other shape and does not depend on patterns.
+// of its area and is off by at most one. This rasteriser draws no other shape and does not depend on patterns.
 //
 // It is fast because all rows between two consecutive edges are the same: such a row is computed once and copied.
 #pragma once

@@ -44,8 +44,8 @@ struct Lattice {
 
     Point at(int column, int row) const { return {first.x + column * pitch, first.y + row * pitch}; }
 
-    // Return the column and the row of the reference point, whose position is the offset of the pattern. It is the
-    // middle point, or the point before the middle if the count is even.
+    // Return the column and the row of the reference point, whose position is the offset of the pattern. The reference
+    // point is the middle point, or the point before the middle if the count is even.
     int referenceColumn() const { return (columns - 1) / 2; }
     int referenceRow() const { return (rows - 1) / 2; }
 };

@@ -6,8 +6,8 @@
 
 namespace lmlib64 {
 
-// Returns the file that this code was loaded from: absolute, with symbolic links resolved and forward slashes, in the
-// system's local 8-bit encoding. Empty if the system does not state the file.
+// Returns the path of the file that this code was loaded from. The path is absolute, has no symbolic links and has
+// forward slashes. It is in the system's local 8-bit encoding, and empty if the system does not state the file.
 std::string libraryFile();
 
 // The ending of a program's file name: ".exe" on Windows, otherwise empty.

@@ -8,8 +8,8 @@
 
 namespace lmlib64 {
 
-// Finds the node. Returns LmLibResultItemInexistent if it is absent, and LmLibResultItemTypeNotCompatible for a path
-// that goes below a leaf or has a name in an array or an index in an object.
+// Finds the node. Returns LmLibResultItemInexistent if the node is absent. Returns LmLibResultItemTypeNotCompatible if
+// the path goes below a leaf, has a name where an array is, or has an index where an object is.
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
 // Puts the value at the path and makes the objects and arrays on the way. Leaves the previous value in `value`; null if
