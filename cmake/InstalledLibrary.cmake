@@ -12,7 +12,7 @@ endfunction()
 #   DESCRIPTION        one line
 #   HEADERS            the public headers
 #   HEADER_DIRECTORY   the folder below include/ in which they are installed
-#   DEPENDENCIES       lines for the CMake package that find the libraries whose headers the public headers include
+#   DEPENDENCIES       lines of the CMake package; they find the libraries whose headers the public headers include
 #   REQUIRES           the pkg-config modules of these libraries
 function(lmcaltab_install_library target)
   cmake_parse_arguments(PARSE_ARGV 1 library "" "DESCRIPTION;HEADER_DIRECTORY;REQUIRES" "HEADERS;DEPENDENCIES")
@@ -52,9 +52,9 @@ endfunction()
 
 # Adds a shared library for other projects. It consists of the objects of a static library, so that tests can link the
 # static library and call its internal functions. The shared library exports the symbols that its headers mark and that
-# exported_symbols.map in its folder lists. On Windows, the headers recognise the objects that include them by the
-# definitions PREFIX_BUILDING and PREFIX_STATIC. Versions 0.x promise no fixed ABI, so the minor number is part of the
-# library's file name.
+# exported_symbols.map in its folder lists. On Windows, the definitions PREFIX_BUILDING and PREFIX_STATIC tell the
+# headers which objects include them. Versions 0.x promise no fixed ABI, so the minor number is part of the library's
+# file name.
 function(lmcaltab_add_shared_library target objects prefix)
   if(WIN32)
     target_compile_definitions(${objects} PRIVATE ${prefix}_BUILDING PUBLIC ${prefix}_STATIC)

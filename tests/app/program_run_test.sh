@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the real program, unchanged, on the scripted library and uses it with the keyboard: it starts the viewer, saves,
 # does not load OpenGL, finalises the library when it is closed, and exits with 0. If finalising the library or building
-# the window fails, it is aborted.
+# the window fails, the program is aborted.
 #   with_desktop.sh program_run_test.sh <program> <folder of the scripted library>
 set -u
 program=$1
@@ -11,8 +11,8 @@ failures=0
 trap 'rm -rf "$folder"' EXIT
 
 export XDG_RUNTIME_DIR=$folder
-# A plugin that is unloaded at exit leaks memory, and as its code is gone by then, these leaks cannot be suppressed by
-# name. The other tests detect the program's own leaks.
+# A plugin that is unloaded at exit leaks memory. Its code is gone when the leaks are reported, so they cannot be
+# suppressed by name. The other tests detect the program's own leaks.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-}:detect_leaks=0
 check() {  # check <what> <actual> <expected>
   if [ "$2" != "$3" ]; then
@@ -21,7 +21,8 @@ check() {  # check <what> <actual> <expected>
   fi
 }
 
-# Starts the program with a script, within a time limit, and leaves the process number of the limit in $pid.
+# Starts the program with a script, within a time limit. Leaves the process number of `timeout`, which sets the limit,
+# in $pid.
 start_program() {  # start_program <script JSON>
   printf '%s' "$1" >"$folder/script"
   rm -f "$folder/calls" "$folder/error"

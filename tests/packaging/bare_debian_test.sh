@@ -19,7 +19,7 @@ if [ -z "${LMCALTAB_BARE_DEBIAN:-}" ]; then
       { tail "$cache/log"; exit 1; }
     tar -C "$cache/new" --numeric-owner -cf "$cache/root.tar" . && rm -rf "$cache/new"
   fi
-  # Mounts and processes end with this one.
+  # The mounts and the processes below end with the process that unshare starts.
   work=$(mktemp -d)
   trap 'rm -rf "$work"; rmdir "$source/build-bare" 2>/dev/null || true' EXIT
   LMCALTAB_BARE_DEBIAN=$work unshare --mount --pid --fork --kill-child --mount-proc "$0" "$@"

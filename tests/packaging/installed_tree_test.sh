@@ -73,7 +73,7 @@ for picture in $(sed -n 's,.*@LMCALTAB_SCREENSHOT_URL@/\(.*\)</image>,\1,p' "$sc
 done
 
 [ "$(cat "$libraries"/cmake/*/*Targets.cmake | grep -c 'SPDX_LICENSE "MIT"')" = 3 ] || fail "no licence in the targets"
-# Other projects find and use it: with CMake, with pkg-config and from the shell.
+# Other projects find the tree and use it: with CMake, with pkg-config and from the shell.
 cmake -G Ninja -S "$source/examples" -B examples -DCMAKE_PREFIX_PATH="$tree" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_BUILD_TYPE=Debug >log 2>&1 || { cat log; exit 1; }
 cmake --build examples >log 2>&1 || { cat log; exit 1; }
