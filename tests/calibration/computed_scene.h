@@ -27,7 +27,7 @@ inline Print makePrint() {
     return print;
 }
 
-// Returns the corners of a print in this pose that a photograph shows. `noise` is the standard deviation of each image
+// Returns the corners that a photograph shows of a print in this pose. `noise` is the standard deviation of each image
 // coordinate in pixels.
 inline Sighting see(const Scene &scene, int photograph, int print, const RigidMotion &worldFromPrint, double noise,
                     std::mt19937 &random) {

@@ -1,4 +1,5 @@
-// Makes photographs that a calibration of the example must leave out and name if they are added to it.
+// Makes photographs that do not fit the example. If they are added to the example's photographs, the calibration must
+// leave them out and name them.
 #pragma once
 
 #include <QDir>
