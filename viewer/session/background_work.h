@@ -17,9 +17,10 @@
 class BackgroundWork : public QObject {
 public:
     using IsCancelled = std::function<bool()>;
-    // Delivers a result. It runs on the owner's thread, unless the work was cancelled before.
+    // Delivers a result. This function runs on the owner's thread. It is not called if the work was cancelled before.
     using Delivery = std::function<void()>;
-    // Runs on a background thread. It must catch its exceptions and should check now and then whether it is cancelled.
+    // Runs on a background thread. The work must catch its exceptions, and should now and then check whether it is
+    // cancelled.
     using Work = std::function<Delivery(const IsCancelled &)>;
 
     explicit BackgroundWork(int threadCount);

@@ -7,7 +7,8 @@
 #include "calibration/output/assembly.h"
 #include "viewer/session/session_settings.h"
 
-// Returns three corners that define the chosen coordinate system; empty if it is that of the first print.
+// Returns three corners that define the chosen coordinate system. Empty if the results have the axes of the first
+// print.
 std::optional<calibration::AssemblyAxes> chosenAxes(const calibration::Calibration &calibration,
                                                     const SessionSettings &settings);
 

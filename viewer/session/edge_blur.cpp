@@ -10,7 +10,7 @@ using pattern_reader::PatternReading;
 
 namespace {
 
-constexpr double reach = 0.25;             // sides of a square; this close to an edge, the picture has no other edge
+constexpr double reach = 0.25;             // sides of a square; within this distance of an edge, there is no other edge
 constexpr double samplesPerPixel = 4;      // of a profile
 constexpr double slopeLength = 0.5;        // pixels over which a slope is measured
 constexpr double leastContrast = 20;       // grey levels
@@ -88,8 +88,8 @@ void addBlurs(const cv::Mat &grey, const PatternReading &reading, std::vector<do
             }
             const cv::Point2d way = neighbour->second - place;
             const cv::Point2d middle = place + 0.5 * way;
-            // The line between two corners is an edge, so the profile crosses it. The line between two marks crosses
-            // the edge of the first mark, so the profile follows it.
+            // The line between two corners is an edge, so the profile crosses this line. The line between two marks
+            // crosses the edge of the first mark, so the profile follows this line.
             const cv::Point2d across = reach * cv::Point2d(-way.y, way.x);
             const auto blur =
                 hasMarks ? blurAlong(grey, place, middle) : blurAlong(grey, middle - across, middle + across);

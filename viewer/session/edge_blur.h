@@ -6,8 +6,8 @@
 
 #include "viewer/session/session_photograph.h"
 
-// Returns the standard deviation of the blur in pixels, as the median over the edges between neighbouring corners or
-// marks. It includes the blur that comes from the area of a pixel. Sharp pictures have 0.4 to 1. Strong blur is
+// Returns the standard deviation of the blur in pixels: the median over the edges of the squares or round marks. The
+// blur that comes from the area of a pixel is included. Sharp pictures have 0.4 to 1 pixel. Strong blur is
 // underestimated: a blur of 3 pixels is measured a quarter too small. Empty if there are too few edges. The picture
 // `grey` must have 8 bits.
 std::optional<double> edgeBlur(const cv::Mat &grey, const PatternReadings &readings);

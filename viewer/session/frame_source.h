@@ -1,5 +1,5 @@
 // Provides the frames of a camera, of a video file, or of numbered pictures. Opening a camera and waiting for a frame
-// take long, so use it on one background thread.
+// take long, so use a source on one background thread.
 #pragma once
 
 #include <QSize>
@@ -20,11 +20,11 @@ struct FrameSourceChoice {
 class FrameSource {
 public:
     explicit FrameSource(FrameSourceChoice sourceChoice);
-    // Reads the frames from `ownCapture`, which is opened in the same way as OpenCV's own capture.
+    // Reads the frames from `ownCapture` instead of a new cv::VideoCapture. open() opens it in the same way.
     FrameSource(FrameSourceChoice sourceChoice, std::unique_ptr<cv::VideoCapture> ownCapture);
     ~FrameSource();
 
-    // Returns an empty text, or the reason why there are no frames.
+    // Opens the source. Returns an empty text, or the reason why there are no frames.
     QString open();
     // Returns the next frame in colour. The frames of a file come at the speed at which the file was recorded. Returns
     // an empty frame at the end; endText() then says why.

@@ -15,7 +15,7 @@
 namespace {
 
 constexpr int greatestShownWidth = 1000;  // pixels
-constexpr int mostNumbers = 100000;       // numbers in file names that are tried
+constexpr int mostNumbers = 100000;       // greatest number in the name of a saved picture
 
 QString tr(const char *text) {
     return QCoreApplication::translate("LiveCapture", text);
@@ -40,8 +40,8 @@ cv::Mat greyOf(const cv::Mat &bgr) {
     return grey;
 }
 
-// Returns a name that no file in the folder has. The search begins after `number`, which then becomes the number in the
-// name.
+// Returns a name that no file in the folder has. The search begins with the number after `number`. Sets `number` to the
+// number in the name.
 QString freeName(const QDir &folder, int &number) {
     QString file;
     do {

@@ -1,8 +1,8 @@
-// A live source: reads the patterns in every frame, and saves the frames that are worth keeping as PNG files. Both
-// happen on one background thread.
+// A live source. It reads the patterns in every frame. If a frame is worth keeping, it is saved as a PNG file. Reading
+// and saving happen on one background thread.
 //
-// Use it on one thread that has an event loop; its signals are emitted there. All functions return at once, except that
-// the destructor waits for the frame that is being read.
+// Use this object on one thread that has an event loop; its signals are emitted there. All functions return at once,
+// except that the destructor waits for the frame that is being read.
 #pragma once
 
 #include <QImage>
@@ -34,8 +34,8 @@ public:
     LiveCapture();
     ~LiveCapture() override;
 
-    // Ends the present run and starts a new one. Saves pictures in the folder under names that no file has. Creates the
-    // folder if needed.
+    // Ends the present run and starts a new one. Pictures are saved in the folder under names that no file has. The
+    // folder is made if needed.
     void start(const FrameSourceChoice &choice, const QString &folder, const SessionSettings &settings);
     void stop();
     bool isRunning() const { return work.open() > 0; }
@@ -43,13 +43,14 @@ public:
     // Saves the next frame, whatever it shows.
     void takePicture();
     void setTakesByItself(bool takes);
-    // Sets the photographs that the session has. A frame that is similar to one of them is not saved by itself.
+    // Sets the photographs that the session has. A frame that is similar to one of them is not saved automatically.
     void setPhotographs(std::vector<TargetView> views);
-    // `isEnough` is true if another photograph would hardly improve the calibration. Then no frame is saved by itself.
+    // `isEnough` is true if another photograph would hardly improve the calibration. Then no frame is saved
+    // automatically.
     void setEnough(bool isEnough);
 
 signals:
-    // Frames that arrive faster than they are shown are skipped.
+    // If frames arrive faster than they can be shown, some are skipped.
     void frameShown(const LiveFrame &frame);
     void pictureTaken(const QString &file);
     // The source ended by itself. `reason` is a sentence that says why. `isProblem` is false if a file came to its end.

@@ -72,7 +72,8 @@ bool isSimilar(const TargetView &frame, const TargetView &other) {
         middleNow += pair.now / double(pairs.size());
         middleBefore += pair.before / double(pairs.size());
     }
-    // The rotation and scale that best map `before` to `now`. The distances that remain show a change of shape.
+    // `similarity` is the rotation and scale that map `before` to `now` best. The distances that remain show a change
+    // of shape.
     Place product;
     double extentNow = 0;
     double extentBefore = 0;

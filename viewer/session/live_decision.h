@@ -1,6 +1,6 @@
 // Decides when a frame of a camera is worth keeping as a photograph: when the target is still and sharp, the view
-// differs from that of every existing photograph, and another photograph would still help the calibration. It has no
-// threads, no clock and no widgets.
+// differs from that of every existing photograph, and another photograph would still help the calibration. This file
+// uses no threads, no clock and no widgets.
 #pragma once
 
 #include <QSize>
@@ -27,10 +27,10 @@ struct TargetView {
 
 class LiveDecision {
 public:
-    // Call this for each frame in turn. `blur` is in pixels, as edge_blur.h measures it; empty if it is not known.
+    // Call this for each frame in turn. `blur` is the result of edgeBlur() for this frame, in pixels.
     LiveState judge(const TargetView &frame, std::optional<double> blur);
 
-    // Sets the existing photographs. Only those of the frame's size are compared with it.
+    // Sets the existing photographs. A frame is compared only with photographs of its own size.
     void setPhotographs(std::shared_ptr<const std::vector<TargetView>> views) { photographs = std::move(views); }
     // Tells this object that the last frame was kept. The frame counts as a photograph as long as this object lives.
     void keptLast() { kept.push_back(last); }

@@ -7,7 +7,7 @@
 #include "viewer/session/session_result.h"
 
 // Calibrates with the photographs that take part. If that is impossible, `problem` in the result says why. If no
-// photograph takes part, the whole result is empty, `problem` too. Throws calibration::Cancelled. This takes long, so
-// call it on a background thread.
+// photograph takes part, the whole result is empty, including `problem`. Throws calibration::Cancelled. This takes
+// long, so call it on a background thread.
 SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
                                    const calibration::CalibrateOptions &options);

@@ -34,8 +34,8 @@ PrintLook lookOf(const Match &match, const Eigen::Vector2i &cell) {
     look.kind = match.reading->kind;
     look.tile = match.reading->tile;
     look.values = match.reading->values;
-    // For the square above and to the left of the first point, the sum of column and row is less by 2, so it is even or
-    // odd as for the first point.
+    // The square above and to the left of the first point has a column and a row that are less by 1. So the sum of both
+    // is even if it is even for the first point, and odd if it is odd there.
     look.isTopLeftSquareDark =
         look.kind == PatternKind::Plate || ((firstPoint.x + firstPoint.y) % 2 == 0) == match.reading->evenSquaresDark;
     return look;

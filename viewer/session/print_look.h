@@ -1,5 +1,5 @@
 // Finds out how the prints of a calibration look: the kind of each pattern and the content of its code. The calibration
-// does not know them, so they are taken from the readings of the photographs.
+// does not store these, so they are taken from the readings of the photographs.
 #pragma once
 
 #include <QVector>

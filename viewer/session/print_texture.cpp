@@ -12,12 +12,12 @@ using pattern_reader::PatternKind;
 
 namespace {
 
-constexpr double leastTolerance = 0.02;  // the error of a circle's polygon, as a share of the radius
+constexpr double leastTolerance = 0.02;  // allowed error of a circle's polygon, as a share of the radius
 // Each cell extends beyond its edges by this share of the lattice's pitch. Without an overlap, the background would
 // shine through the common edge of two cells.
 constexpr double overlapShare = 0.02;
 
-// Returns the type of pattern of the camera library that looks like this.
+// Returns the camera library's type of pattern for this look.
 const lmlib64::PatternType *typeOf(const PrintLook &look) {
     switch (look.kind) {
         case PatternKind::Plane:
@@ -87,7 +87,7 @@ std::vector<double> cutsOf(double size, double first, double pitch, double quiet
     return cuts;
 }
 
-// Returns all outlines within a window of the geometry, in its coordinates.
+// Returns all outlines within the window. The window and the outlines are in the geometry's coordinates.
 std::vector<lmlib64::Polygon> polygonsIn(const lmlib64::Rectangle &window, const PatternGeometry &geometry) {
     const PatternGeometry part = lmlib64::clippedTo(window, geometry);
     std::vector<lmlib64::Polygon> polygons = part.polygons;

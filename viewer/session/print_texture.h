@@ -1,5 +1,6 @@
-// Makes the outlines of everything that is printed (squares, round marks and the code), for drawing it in a picture or
-// in a scene. They are the outlines that the camera library prints, in the shape that the calibration found.
+// Makes the outlines of everything that is printed (squares, round marks and the code), so that a print can be drawn in
+// a picture or in a scene. The camera library provides the outlines. They are then given the shape that the calibration
+// found.
 #pragma once
 
 #include <Eigen/Core>
@@ -16,7 +17,7 @@ struct PrintCell {
     std::vector<Outline> shapes;  // what lies within an odd number of these is dark
 };
 
-// Returns the cells of a print with its quiet zone; none if the print has no lattice. Takes about 20 ms for a pattern
-// of 91 x 91 points.
+// Returns the cells that cover a print and its quiet zone; none if the print has no lattice. Takes about 20 ms for a
+// pattern of 91 x 91 points.
 std::vector<PrintCell> textureOf(const calibration::Print &print, const calibration::PrintShape &shape,
                                  const PrintLook &look);

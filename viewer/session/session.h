@@ -23,8 +23,8 @@ class Session : public QObject {
     Q_OBJECT
 
 public:
-    // Makes a result from photographs that have been read. It runs on a background thread. It may throw
-    // calibration::Cancelled and reports every other error in the result.
+    // Makes a result from photographs that have been read. This function runs on a background thread. It may throw
+    // calibration::Cancelled, and it reports every other error in the result.
     using Calibrate = std::function<SessionResult(const QVector<SessionPhotograph> &, const SessionSettings &,
                                                   const calibration::CalibrateOptions &)>;
 
@@ -32,7 +32,7 @@ public:
     ~Session() override;
 
     const QVector<SessionPhotograph> &photographs() const { return list; }
-    // Null if the session has no photograph with this id.
+    // Returns null if the session has no photograph with this id.
     const SessionPhotograph *photograph(int id) const;
     const SessionSettings &settings() const { return currentSettings; }
     // Returns the latest result; null before the first one. It stays until the next one is complete.
@@ -61,7 +61,7 @@ public:
 
 signals:
     void photographsChanged();       // photographs were added, removed or all replaced
-    void photographChanged(int id);  // one was read, taken out or put back
+    void photographChanged(int id);  // this photograph was read, taken out or put back
     void settingsChanged();
     void progressChanged();  // of reading or calibrating
     void resultChanged();
@@ -87,7 +87,7 @@ private:
     SessionSettings currentSettings;
     std::shared_ptr<const SessionResult> latest;
     bool startsFromLatest = true;
-    int helpfulInBatch = 0;   // photographs read since reading began in which patterns were found
+    int helpfulInBatch = 0;   // number of photographs in which patterns were found since reading began
     int firstResultFrom = 0;  // a first result is tried when `helpfulInBatch` reaches this
     QTimer calibrationTimer;
     BackgroundWork listing{1};

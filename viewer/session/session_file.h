@@ -1,5 +1,5 @@
-// Reads and writes session files, which have the photographs' paths and the settings as JSON. Also keeps a copy of the
-// running session that survives a crash.
+// Reads and writes session files. They contain the photographs' paths and the settings as JSON. Also keeps a copy of
+// the running session, so that the session survives a crash.
 #pragma once
 
 #include <QLockFile>
@@ -30,12 +30,12 @@ inline bool operator==(const SessionDocument &a, const SessionDocument &b) {
 // the folder can be moved. Returns an empty text, or the reason why the file was not written.
 QString saveSession(const QString &file, const SessionDocument &document);
 
-// Empty if the file cannot be read or is not a session; `problem` then says why.
+// Returns the session in the file. Empty if the file cannot be read or is not a session; `problem` then says why.
 std::optional<SessionDocument> openSession(const QString &file, QString &problem);
 
-// Keeps a copy of the running session in a folder that all processes share. Each process has one copy and removes it
-// when it ends. A copy whose process no longer runs was therefore left by a crash. Writing waits for the disk, so use
-// this on a background thread, one call after the other.
+// Keeps a copy of the running session in a folder that all processes share. Each process has one copy. It removes the
+// copy when it ends normally, so a copy whose process no longer runs was left by a crash. Writing waits for the disk,
+// so use this on a background thread, one call after the other.
 class RecoveryCopy {
 public:
     explicit RecoveryCopy(const QString &folder);
@@ -46,9 +46,9 @@ public:
     // Replaces the copy. Returns an empty text, or the reason why the copy was not written; the old one then stays.
     QString keep(const SessionDocument &document);
 
-    // Returns the newest session with photographs that a crashed process left; empty if there is none. Newer copies
-    // that a crash left are removed if they have no photographs or cannot be read. The session becomes this object's
-    // copy, so that another crash does not lose it.
+    // Goes through the copies that crashed processes left, from the newest to the oldest. Returns the first session
+    // that has photographs; empty if there is none. Copies without photographs and unreadable copies are removed on the
+    // way. The returned session becomes this object's copy, so that another crash does not lose it.
     std::optional<SessionDocument> takeLeftOver();
 
 private:

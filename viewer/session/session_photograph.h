@@ -22,7 +22,7 @@ struct SessionPhotograph {
     bool isIncluded = true;  // false if the user took it out
 
     PhotographState state = PhotographState::Waiting;
-    QString problem;  // a sentence that says why it cannot help; empty if patterns were found
+    QString problem;  // a sentence that says why the photograph cannot help; empty if patterns were found
     int width = 0;    // pixels of the stored picture, whatever its orientation tag says
     int height = 0;
     std::shared_ptr<const PatternReadings> readings;  // null if the photograph is waiting or unreadable
@@ -32,12 +32,12 @@ struct SessionPhotograph {
 
 constexpr QSize thumbnailSize(160, 120);
 
-// Reads the file and sets the members that follow `isIncluded`. If `isCancelled` returns true, it may return without a
-// result. Never throws. May be called from several threads at the same time.
+// Reads the file and sets the members that follow `isIncluded`. If `isCancelled` returns true, this function may return
+// without a result. Never throws. May be called from several threads at the same time.
 void readFromFile(SessionPhotograph &photograph, const SessionSettings &settings,
                   const std::function<bool()> &isCancelled);
 
-// Loads the picture of a file in grey, for display; null if it cannot be read.
+// Returns the picture of a file in grey, for display; a null image if the file cannot be read.
 QImage loadPicture(const QString &path);
 
 // Returns absolute paths: the given files, and for each given folder the pictures in it and in all folders below it,

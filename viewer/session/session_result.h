@@ -17,7 +17,7 @@ struct PhotographFit {
     int corners = 0;            // number of used corners
     std::optional<double> rms;  // root mean square residual of the used corners, in pixels
     double worst = 0;           // greatest residual of a used corner, in pixels
-    QString reason;             // why some or all of its patterns are left out; empty if none is
+    QString reason;             // why some or all of its patterns are left out; empty if no pattern is left out
 };
 
 struct SessionResult {
@@ -28,15 +28,15 @@ struct SessionResult {
     std::vector<int> photographIds;  // the session's id of each photograph in calibration->observations
     QMap<int, PhotographFit> fits;   // by the session's ids; an unused photograph has only a reason
     std::vector<calibration::UnusedPhotograph> unused;  // photographs that the calibration got no corners from
-    // By sighting and corner: the pixel at which the estimate projects the corner. Empty if a pose is not known or the
-    // corner cannot be projected.
+    // estimated[i][j] is the pixel to which the estimate projects corner j of sighting i. Empty if a pose is not known
+    // or the corner cannot be projected.
     std::vector<std::vector<std::optional<Eigen::Vector2d>>> estimated;
 
     // What is printed on each print of the calibration; empty for a print whose look is not known.
     std::vector<std::vector<PrintCell>> textures;
 
-    // Returns the index in calibration->observations of the photograph with this id of the session; -1 if it is not
-    // there.
+    // Returns the index in calibration->observations.photographs of the photograph that has this id in the session; -1
+    // if the calibration does not have the photograph.
     int indexOf(int photographId) const;
     // Returns what is printed on a print; empty if that is not known.
     const std::vector<PrintCell> &textureOf(int print) const;
