@@ -1,5 +1,5 @@
-// The tab "Camera". It shows the picture of a camera or a video with the patterns found in it. It takes pictures by
-// itself, and says what is missing before it takes the next one.
+// The tab "Camera". It shows the picture of a camera or a video with the patterns found in it. It takes pictures
+// automatically, and says what it waits for before it takes the next one.
 #pragma once
 
 #include <QTimer>
@@ -57,7 +57,7 @@ private:
     QPushButton *folderButton;
     QLabel *status;
     LiveView *view;
-    QString videoFile;  // the last entry of `source`; empty if none was chosen
+    QString videoFile;  // shown as the last entry of `source`; empty if the user has chosen no video
     QString folder;
     bool hasChosenFolder = false;
     int takenCount = 0;

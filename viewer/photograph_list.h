@@ -11,7 +11,7 @@ class PhotographListModel : public QAbstractListModel {
 
 public:
     // Roles in addition to those of the toolkit. FitRole is the line with the patterns and the residual. ProblemRole is
-    // the reason why some or all of the photograph does not help; it is empty if no reason is known.
+    // the reason why the photograph, or a part of it, does not help. This text is empty if no reason is known.
     enum Role { IdRole = Qt::UserRole, FitRole, ProblemRole };
 
     // The session must outlive the model.

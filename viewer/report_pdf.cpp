@@ -23,7 +23,7 @@ constexpr double footerPoints = 22;
 constexpr double textPoints = 9.5;
 constexpr double captionPoints = 8;
 constexpr double greatestHeight = 0.6;  // of a figure, as a share of the page's height
-constexpr double latestStart = 0.65;    // share of the page's height below which no part begins
+constexpr double latestStart = 0.65;    // no part begins farther down than this share of the page's height
 constexpr double columnShare = 0.485;   // width of a figure in a column, as a share of the page's width
 constexpr double pictureWidthPoints = 54;
 
@@ -38,7 +38,7 @@ QFont fontOf(double size, bool isBold = false) {
     return font;
 }
 
-// Draws the figures. A figure, its title and its caption are one object, so that no page ends between them.
+// Draws the figures. A figure, its title and its caption are drawn as one object, so that no page ends between them.
 class FigurePainter : public QObject, public QTextObjectInterface {
     Q_OBJECT
     Q_INTERFACES(QTextObjectInterface)

@@ -1,4 +1,5 @@
-// Makes a PDF of the report, for A4 paper, with the texts, tables and figures of the web page. Figures stay vectors.
+// Makes a PDF of the report with A4 pages. It has the texts, tables and figures of the web page. The figures stay
+// vector graphics.
 #pragma once
 
 #include <QByteArray>

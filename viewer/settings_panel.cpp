@@ -15,7 +15,8 @@ using calibration::LensModel;
 
 namespace {
 
-// Pixels, for two digits and the buttons. The toolkit's own minimum is too wide for small screens.
+// Returns the least width of an input in pixels, with room for two digits and the buttons. The toolkit's own minimum is
+// too wide for small screens.
 int leastInputWidth(const QWidget *box) {
     return box->fontMetrics().horizontalAdvance("00") + 30;
 }
@@ -153,7 +154,8 @@ void SettingsPanel::showPatternFiles() {
 void SettingsPanel::choosePatternFiles() {
     QFileDialog dialog(this, tr("Pattern Files"), {}, tr("Patterns of LmCalTab (*.json *.pdf)"));
     dialog.setFileMode(QFileDialog::ExistingFiles);
-    // Cancelling intentionally removes the files: the calibration then uses only what the patterns encode.
+    // If the dialog is cancelled, the files are removed. This is intentional: the calibration then uses only what the
+    // patterns encode.
     current.patternFiles = dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
     showPatternFiles();
     emit edited(current);

@@ -283,8 +283,8 @@ void ViewerWindow::offerRecovery() {
 
 void ViewerWindow::keepCopy() {
     const SessionDocument document = session.document();
-    const bool isUndecided = leftOver && document.photographs.isEmpty();  // the copy is the session of the crash
-    if (isUndecided || kept == document) {  // the same, for example, if photographs were only read
+    const bool isUndecided = leftOver && document.photographs.isEmpty();  // the copy still has the session of the crash
+    if (isUndecided || kept == document) {  // nothing to keep has changed, for example if photographs were only read
         return;
     }
     kept = document;

@@ -25,7 +25,7 @@ const char *const help =
 struct Arguments {
     bool isAssembly = false;
     QStringList files;
-    int exitCode = -1;  // if it is not negative, the program ends with it
+    int exitCode = -1;  // unless it is negative, the program ends with this code at once
 };
 
 // Prints the text on standard output. Returns the exit code: 1 if the text could not be written, for example to a full

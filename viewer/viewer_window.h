@@ -28,8 +28,8 @@ class ViewerWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    // Keeps a copy of the session in `recoveryFolder`, so that it can be restored after a crash. Keeps none if the text
-    // is empty.
+    // Keeps a copy of the session in `recoveryFolder`, so that the session can be restored after a crash. Keeps no copy
+    // if `recoveryFolder` is empty.
     explicit ViewerWindow(const QString &recoveryFolder);
     ~ViewerWindow() override;
 
@@ -86,9 +86,10 @@ private:
     QVector<int> selectedIds() const;
 
     Session session;
-    // Work of `keeping` shares it, so the copy is removed once the window and all this work are done with it.
+    // The work of `keeping` shares this object. So the copy is removed only when the window and all of this work have
+    // released it.
     std::shared_ptr<RecoveryCopy> recovery;
-    std::optional<SessionDocument> kept;  // what the copy has; empty if it is not known
+    std::optional<SessionDocument> kept;  // what the copy has; empty if that is not known
     std::optional<SessionDocument> leftOver;
     QTimer recoveryTimer;
     PhotographListModel photographs;
@@ -110,6 +111,6 @@ private:
     QAction *saveResultsAction = nullptr;
     QAction *reportAction = nullptr;
     std::vector<NamedCorner> pickedCorners;
-    BackgroundWork saving{1};   // of what the user asks for
-    BackgroundWork keeping{1};  // of the copy
+    BackgroundWork saving{1};   // writes the files that the user asks for
+    BackgroundWork keeping{1};  // writes the copy of the session
 };

@@ -29,7 +29,7 @@ QString pixels(double value);
 
 void drawArrow(QPainter &painter, QPointF from, QPointF to);
 
-// Draws white text on a dark background, so that it can be read on every picture. Its centre is at `middle`.
+// Draws white text on a dark background, so that it can be read on every picture. The text's centre is at `middle`.
 void drawLabel(QPainter &painter, QPointF middle, const QString &text);
 
 // Returns "4" for pattern 4 of an assembly, and for other patterns their kind in one word.

@@ -17,9 +17,10 @@ namespace {
 enum Column { Name, Photographs, X, Y, Z, Turn, ScaleX, ScaleY, Bend, Measured, ColumnCount };
 
 constexpr double barLength = 100;  // mm, of the check bars on a printed page
-constexpr int exactDecimals = 4;   // of places in mm that have no standard deviation
+constexpr int exactDecimals = 4;   // of coordinates in mm that have no standard deviation
 
-// Returns how far the print is from flat, in mm: the range of the heights of its corners and of height 0, its plane.
+// Returns how far the print is from flat, in mm: the difference between the greatest and the least height of its
+// corners above its plane. The plane's own height, 0, counts too.
 double bendOf(const calibration::Print &print, const PrintShape &shape) {
     double low = 0;
     double high = 0;

@@ -1,5 +1,5 @@
-// The picture of one photograph, for display at any size. It is shown as it is, or as a lens without distortion would
-// have taken it. Loading and undistorting take long, so do both on a background thread.
+// The picture of one photograph, for display at any size. The picture is shown either unchanged or as a lens without
+// distortion would have taken it. Loading and undistorting take long, so do both on a background thread.
 #pragma once
 
 #include <Eigen/Core>
@@ -10,7 +10,7 @@
 
 #include "calibration/observations.h"
 
-// A pinhole camera without distortion that looks in the same direction as a real one.
+// A pinhole camera without distortion. It looks in the same direction as the real camera.
 struct StraightLens {
     double focalLength = 0;  // pixels of the photograph
     Eigen::Vector2d centre;

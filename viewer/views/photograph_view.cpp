@@ -21,8 +21,8 @@ constexpr double smallestScale = 0.01;
 constexpr int panStep = 60;             // pixels of the view
 constexpr double arrowCell = 26;        // pixels of the view: one residual is drawn in each square of this size
 constexpr double pickReach = 12;        // pixels of the view
-constexpr double namesFromLength = 60;  // pixels of the view; axes at least this long have their names
-constexpr int numbersFromScale = 3;     // corners have their column and row at this scale or a larger one
+constexpr double namesFromLength = 60;  // pixels of the view; axes show their names if they are at least this long
+constexpr int numbersFromScale = 3;     // corners show their column and row at this scale or a larger one
 
 const PatternCorner *cornerAt(const PatternReading &reading, cv::Point lattice) {
     const auto found = std::find_if(reading.corners.begin(), reading.corners.end(),
@@ -171,7 +171,7 @@ std::optional<QPointF> PhotographView::place(QPointF pixel) const {
 
 void PhotographView::drawPicture(QPainter &painter) const {
     const std::vector<QImage> &levels = showsUndistorted() ? straight.levels : picture.levels;
-    // The smallest level that still has a pixel for each pixel of the view.
+    // Takes the smallest level that still has a pixel for each pixel of the view.
     size_t level = 0;
     while (level + 1 < levels.size() && scale * picture.width <= levels[level + 1].width()) {
         ++level;
@@ -186,7 +186,8 @@ void PhotographView::drawPicture(QPainter &painter) const {
 }
 
 void PhotographView::drawAxes(QPainter &painter, const PatternReading &reading) const {
-    // The axes begin at the corner that is nearest to the middle among those with a next corner along both axes.
+    // The axes begin at a corner that has a next corner along both axes. Of these corners, the one nearest to the
+    // middle is taken.
     const PatternCorner *best = nullptr;
     const int step = reading.kind == pattern_reader::PatternKind::Plate ? 2 : 1;
     cv::Point2f middle(0, 0);

@@ -34,7 +34,8 @@ public slots:
     void zoomIn() { zoom(1.25, rect().center()); }
     void zoomOut() { zoom(0.8, rect().center()); }
     void fit();
-    // Moves this pixel of the photograph to the middle of the view, and enlarges the photograph at least twice.
+    // Moves this pixel of the photograph to the middle of the view, and shows the photograph at twice its size or
+    // larger.
     void centreOn(QPointF pixel);
 
 signals:
@@ -85,7 +86,7 @@ private:
     int residualFactor = 100;
     bool isFitted = true;
     double scale = 1;  // pixels of the view per pixel of the photograph
-    QPointF origin;    // of the photograph's top-left corner in the view
+    QPointF origin;    // where the photograph's top-left corner is in the view
     QPointF pressedAt;
     QPointF lastMouse;
     BackgroundWork work{1};

@@ -1,4 +1,4 @@
-// A plot over the area of a camera's picture. Both axes have pixels and the same scale; y points down.
+// A plot over the area of a camera's picture. Both axes are in pixels and have the same scale; y points down.
 #pragma once
 
 #include <qwt_plot.h>
@@ -23,5 +23,5 @@ private:
     QwtPlotRescaler *rescaler;
 };
 
-// Gives a plot a grid, and axis titles in a size that fits small plots. Every plot of the viewer uses it.
+// Gives a plot a grid, and axis titles in a size that fits small plots. Every plot of the viewer is set up in this way.
 void setUpPlot(QwtPlot &plot, const QString &xTitle, const QString &yTitle);

@@ -7,8 +7,8 @@
 
 #include "viewer/session/print_texture.h"
 
-// Returns the dark parts of the cell as a path to be filled with a brush. `place` maps the corners of their outlines to
-// the path; the path is empty if `place` returns nothing for one of them.
+// Returns the dark parts of the cell as a path to be filled with a brush. `place` maps the corners of the outlines to
+// the path. The path is empty if `place` returns nothing for any of these corners.
 QPainterPath darkPartsOf(const PrintCell &cell,
                          const std::function<std::optional<QPointF>(const Eigen::Vector3d &)> &place);
 

@@ -103,7 +103,7 @@ void ResidualView::showCamera(int camera) {
     }
     collect(camera);
     const auto &photographs = calibrated()->observations.photographs;
-    QVector<QPointF> heights;  // at the numbers of the photographs, from 1
+    QVector<QPointF> heights;  // x is the number of the photograph, from 1; y is its residual
     barIds.clear();
     for (size_t i = 0; i < photographs.size(); ++i) {
         const int id = result->photographIds[i];

@@ -21,8 +21,8 @@ public:
     explicit ResidualView(QWidget *parent = nullptr);
 
 signals:
-    // A corner was clicked. `photographId` is its photograph's id in the session, and `pixel` is where the corner was
-    // seen.
+    // A corner was clicked. `photographId` is the id that the corner's photograph has in the session. `pixel` is where
+    // the corner was seen.
     void cornerChosen(int photographId, QPointF pixel);
     void photographChosen(int photographId);
 

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr double leastScale = 0.01;  // pixels; the top of the colour scale is at least this
-constexpr double firstLine = 0.01;   // pixels; of the contour lines
+constexpr double firstLine = 0.01;   // pixels; the value of the first contour line
 
 // Larger uncertainty is darker, so that the colours can also be told apart in grey.
 class UncertaintyColours : public QwtLinearColorMap {
