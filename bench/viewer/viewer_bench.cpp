@@ -1,8 +1,10 @@
-// Benchmarks of LmView with many photographs. They measure the time from the drop to the result (compared with the time
-// that decoding takes), the memory, how long the window does not answer, and the time to calibrate anew. They take
-// minutes, so run_all.sh does not run them. They need a POSIX system.
+// Benchmarks of LmView with many photographs. They measure the time from the drop to the result, and compare it with
+// the time that decoding takes. They also measure the memory, how long the window does not answer, and the time to
+// calibrate anew. They take minutes, so run_all.sh does not run them. They need a POSIX system.
 //
-//   viewer_bench FOLDER [ROUNDS] where BUILD/tools/render_example FOLDER 100 has made the photographs in FOLDER
+//   viewer_bench FOLDER [ROUNDS]
+//
+// The photographs in FOLDER must be made by BUILD/tools/render_example FOLDER 100.
 //
 // Each measurement runs in its own process, and the processes take turns.
 #include <sys/resource.h>
@@ -79,14 +81,14 @@ public:
         return isDone;
     }
 
-    // Leaves out the event that is being handled, because it belongs to the measurement.
+    // Does not count the event that is being handled, because the measurement itself caused it.
     void leaveOut() { isCounted = false; }
 
     void beginAgain() { longest = longestElapsed = 0; }
 
     double longest = 0;         // ms of processor time of one event
     double longestElapsed = 0;  // ms of the same event
-    QByteArray longestEvent;    // class of its receiver, and its type
+    QByteArray longestEvent;    // class of the event's receiver, and type of the event
 
 private:
     int depth = 0;

@@ -1,4 +1,4 @@
-// What a widget draws, as a list of lines, shapes and texts with their places in the widget and their colours.
+// Lists the lines, shapes and texts that a widget draws, with their colours and their places in the widget.
 #pragma once
 
 #include <QBuffer>
@@ -89,7 +89,7 @@ inline QString drawnText(QWidget &widget) {
     return texts.join(' ').replace(QChar(0xa0), ' ').simplified();
 }
 
-// Returns where a text is drawn; an empty polygon if it is not.
+// Returns where a text is drawn; a place far outside the widget if it is not drawn.
 inline QPointF placeOfText(const QVector<DrawnMark> &marks, const QString &text) {
     for (const DrawnMark &mark : marks) {
         if (mark.element == "text" && mark.text == text) {

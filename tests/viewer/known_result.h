@@ -12,7 +12,7 @@ namespace known_result {
 
 constexpr int firstId = 10;  // the session's id of photograph 0; the ids of the others follow
 
-// A corner as it was seen, and its distance from where the estimate puts it. Both are in pixels.
+// Where a corner was seen, and how far that is from where the estimate puts the corner. Both are in pixels.
 struct Corner {
     Eigen::Vector2d seen;
     Eigen::Vector2d residual;

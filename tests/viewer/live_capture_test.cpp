@@ -63,7 +63,8 @@ private:
     int frames = 0;
 };
 
-// A camera that loses single frames, and is unplugged after some. It remembers what it was asked for.
+// A camera that loses every second frame, and is unplugged after `frameCount` frames. It remembers the settings that it
+// was asked for.
 class UnreliableCamera : public cv::VideoCapture {
 public:
     explicit UnreliableCamera(int frameCount) : framesLeft(frameCount) {}
@@ -147,8 +148,9 @@ void LiveCaptureTest::measuresTheBlurOfEdges() {
 }
 
 void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
-    // The frame is made from the other view: its corners are scaled and turned, then squeezed in x by a factor, then
-    // moved to the right by a share of the diagonal. The other view keeps only the given share of its corners.
+    // The frame is made from the other view. For this, the other view's corners are scaled and turned, then squeezed in
+    // x by a factor, then moved to the right by a share of the diagonal. The other view keeps only the given share of
+    // its corners.
     QTest::addColumn<double>("scale");
     QTest::addColumn<double>("turn");
     QTest::addColumn<double>("squeeze");
@@ -353,7 +355,7 @@ void LiveCaptureTest::keepsColours() {
 
 void LiveCaptureTest::judgesSharpnessBySharpestFrame() {
     const struct {
-        double sharpest;  // pixels of blur, of the frames before
+        double sharpest;  // blur of the frames before, in pixels
         double blur;
         bool hasEnough;
         LiveState state;

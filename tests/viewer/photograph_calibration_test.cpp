@@ -1,4 +1,4 @@
-// Tests the way from read photographs and settings to a result, with corners that are computed from known poses.
+// Tests how read photographs and settings become a result. The corners are computed from known poses.
 #include "viewer/session/photograph_calibration.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ RigidMotion cameraFromWorld(int photograph) {
             {-60 + 20 * std::cos(photograph), 15 * std::sin(photograph), distanceMm + 50 * std::sin(3.0 * photograph)}};
 }
 
-// Returns what the reader finds of 25 of the pattern's corners.
+// Returns a reading of the pattern with 25 of its corners.
 PatternReading readingOf(const Printed &printed, const RigidMotion &cameraFromWorld) {
     Eigen::VectorXd intrinsics(8);
     intrinsics << 1100, 1090, 610, 440, -0.1, 0.02, 0.001, -0.0005;

@@ -69,7 +69,7 @@ private:
     bool isLoaded() {
         return QTest::qWaitFor([this] { return corners().size() == int(readings->at(0).corners.size()); }, 10000);
     }
-    // The middle of the black pixels near a place.
+    // Returns the middle of the black pixels near a place.
     QPointF dotNear(QPointF place, int reach) {
         view->setShowsCorners(false);
         view->setShowsResiduals(false);
@@ -127,7 +127,7 @@ void PhotographViewTest::initTestCase() {
     photograph.readings = readings;
     QVERIFY(picture.save(photograph.path));
 
-    // Of the first two corners, which are close together, only the first has its residual drawn.
+    // The first two corners are close together, so only the larger residual, that of the first, is drawn.
     known.add(0, 0, true, {{{700, 300}, {0.3, 0.1}}, {{692, 302}, {0.05, 0}}});
     known.add(0, 1, false, {{{200, 600}, {-0.2, 0}}});
 }
@@ -247,7 +247,7 @@ void PhotographViewTest::straightensPictureAndMarks() {
     view->setUndistorted(true);
     QTRY_VERIFY_WITH_TIMEOUT(distance(corners()[4], straight) < 0.1, 10000);
     QVERIFY(distance(dotNear(straight, 12), straight) < 1.5);
-    // The picture is straightened again for a lens that is bent more.
+    // The picture is straightened again for a lens with more distortion.
     known_result::Builder other;
     other.calibration->estimate.intrinsics[0][4] = -0.4;
     view->setResult(other.make());

@@ -18,7 +18,7 @@ namespace {
 constexpr double gridSpacing = 24;
 constexpr double pixelsPerMm = 2;
 
-// A print with columns x rows of points from the first one in lattice coordinates.
+// Returns a print with `points` columns and rows. `first` has the lattice coordinates of its first point.
 calibration::Print printWith(const PrintLook &look, cv::Point first, cv::Size points) {
     const int step = look.kind == PatternKind::Plate ? 2 : 1;
     PatternReading whole;

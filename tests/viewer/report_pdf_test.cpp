@@ -1,4 +1,4 @@
-// Tests the PDF of a report with a small page of its own, in the form of the reports' pages. The PDF is read with other
+// Tests the PDF of a report. The PDF is made from small pages in the form of the report's web page, and read with other
 // programs.
 #include <QDir>
 #include <QImage>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Numbered paragraphs that fill several pages.
+// Returns numbered paragraphs that fill several pages.
 std::string filling(int count) {
     std::string html;
     for (int i = 0; i < count; ++i) {

@@ -38,7 +38,7 @@ QString summaryOf(const QWidget &view) {
     return view.findChild<QLabel *>()->text().replace(QChar(0xa0), ' ');
 }
 
-// The colour at a place of the plot. Both coordinates are those of its axes.
+// Returns the colour at a place of the plot, in coordinates of the plot's axes.
 QColor colourAt(QwtPlot &plot, QPointF place) {
     const QImage canvas = plot.canvas()->grab().toImage();
     return canvas.pixelColor(qRound(plot.transform(QwtPlot::xBottom, place.x())),
@@ -142,7 +142,7 @@ void ResultViewsTest::showsResidualsAndOpensTheirPhotographs() {
     QTest::mouseClick(scatter, Qt::LeftButton, {}, place(0, -0.5));
     QCOMPARE(corners.value(0), (QVariantList{firstId + 2, QPointF(350, 650)}));
     QTest::mouseClick(scatter, Qt::LeftButton, {}, place(0.6, -0.8));
-    QCOMPARE(corners.size(), 1);  // there is no point
+    QCOMPARE(corners.size(), 1);  // no point is there
 
     // The three photographs of the first camera have a bar each, as high as their residuals.
     const auto barHeight = [bars](double x) {
@@ -176,7 +176,7 @@ void ResultViewsTest::showsTheChosenUncertaintyInItsPlace() {
     known.calibration->cameras[1].uncertainty = mapOf(std::vector<std::optional<double>>(8, 0.1));
     UncertaintyView view;
     show(view, known.make());
-    // The middle of the darkest cell.
+    // Returns the middle of the darkest cell.
     const auto darkest = [&view] {
         auto *plot = view.findChild<QwtPlot *>();
         QPoint best;

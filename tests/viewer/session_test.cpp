@@ -179,7 +179,7 @@ void SessionTest::readsFilesOfAnyNameAndSaysWhatIsWrongWithThem() {
     QVERIFY2(problem.contains("incomplete"), qPrintable(problem));
 #ifdef Q_OS_UNIX
     const LocalEncoding encoding;
-    const QTemporaryDir localFolder;  // removed while its files have these names
+    const QTemporaryDir localFolder;  // must be removed while `encoding` exists, or the files' names are not found
     const QString euro = localFolder.filePath(LocalEncoding::euro() + ".jpg");
     write(euro, whole);
     QCOMPARE(readPhotograph(euro).state, PhotographState::Read);

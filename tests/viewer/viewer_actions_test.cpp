@@ -32,13 +32,13 @@ QByteArray contentsOf(const QString &path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// The copy of a running session in this folder; empty if there is none.
+// Returns the copy of a running session in this folder; empty if there is none.
 QByteArray copyIn(const QDir &folder) {
     const QStringList copies = folder.entryList({"*.json"}, QDir::Files);
     return copies.size() == 1 ? contentsOf(folder.filePath(copies[0])) : QByteArray();
 }
 
-// A picture without a pattern, which is read at once.
+// Writes a small picture without a pattern, and returns its path.
 QString blankPhotograph(const QTemporaryDir &folder, const QString &name) {
     QImage blank(64, 48, QImage::Format_Grayscale8);
     blank.fill(128);

@@ -1,4 +1,4 @@
-// Tests the panels of the window and the list of photographs with a session that has no calibration of its own.
+// Tests the panels of the window and the list of photographs with a session whose results come from the test.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -63,7 +63,7 @@ void ViewerPanelsTest::handsOnEverySetting() {
     const QList<QSpinBox *> counts = panel.findChildren<QSpinBox *>();
     const QList<QCheckBox *> checks = panel.findChildren<QCheckBox *>();
     QCOMPARE(choices[1]->currentText(), QString("pinhole8"));
-    // With each input, the change of the settings that must follow.
+    // Each step edits one input. `change` is the change of the settings that must follow.
     const struct {
         const char *name;
         std::function<void()> edit;

@@ -52,7 +52,7 @@ QString problemOf(const QListView &list, const QString &fileName) {
     return "not in the list";
 }
 
-// The smallest rectangle with everything that is not white.
+// Returns the smallest rectangle that contains everything that is not white.
 QRect inkIn(const QImage &picture) {
     QRect ink;
     for (int y = 0; y < picture.height(); ++y) {
@@ -94,8 +94,8 @@ private slots:
     void staysReadableWithLargeFontsAndDarkPalettes();
 
 private:
-    // Sets the lens model and lets no print be bent. Choosing both would take most of the time, and is tested with the
-    // calibration.
+    // Fixes the lens model, and lets no print be bent. Choosing the models would take most of the test's time, and this
+    // choice is tested with the calibration.
     static void useFixedModels(ViewerWindow &window) {
         SessionSettings settings;
         settings.arrangement = Arrangement::Assembly;
@@ -139,7 +139,7 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
     QVERIFY2(*error < 0.05, qPrintable(QString("%1 mm").arg(*error)));
     QVERIFY(QFile::exists(results.filePath("calibration.json")));
 
-    // The PDF has the texts of every part of the report, and the figures' own texts.
+    // The PDF has the texts of every part of the report, and the texts inside the figures.
     const QString pdf = results.filePath("report.pdf");
     QCOMPARE(window.writeReportTo(pdf), QString());
     QProcess reader;
