@@ -75,7 +75,7 @@ struct CameraTrust {
     int corners = 0;  // the number of used corners
     int photographs = 0;
     std::vector<double> sigmas;  // standard deviations of the intrinsics, in their order
-    double distance = 0;         // mm: the median distance of the prints
+    double distance = 0;         // mm: the median distance from the camera to the prints
     PictureMap uncertainty;      // at that distance; see projection_uncertainty.h
     PictureMap uncertaintyAtInfinity;
     // The difference between the lens from one half of the moments and the lens from the other half. Empty if a half
@@ -91,7 +91,7 @@ struct PrintTrust {
     // The standard deviation of each point's place in the world along its worst direction, in mm. Empty if the print
     // has no pose.
     std::vector<double> pointSigmas;
-    // False if the photographs say little more about the print's scale or ratio than the prior.
+    // False if the photographs make the print's scale or ratio hardly more certain than the prior alone.
     bool isDetermined = true;
     bool isMeasured = false;
 };

@@ -39,7 +39,7 @@ private:
     SightingResiduals residualsOf;
 };
 
-// Pulls those of a print's scale, ratio and shear that may vary towards the means of their prior.
+// Pulls a print's scale, ratio and shear towards the means of their prior, as far as they may vary.
 class PrintPriorCost : public ceres::SizedCostFunction<3, PrintShape::count> {
 public:
     PrintPriorCost(const std::vector<int> &free, const ShapePrior &prior) : mean(prior.mean) {

@@ -7,12 +7,12 @@ namespace calibration {
 
 // Returns 1 / (standard deviation of the prior) for each intrinsic parameter, or 0 if it has no prior. The mean is 0.
 //
-// The models with more than five coefficients need a prior in narrow fields, where photographs do not determine all of
-// them. The numerator and the denominator of the rational function can grow together until both pass through zero
-// within the picture and nearly cancel there. A shift of the principal point looks like a thin prism with decentering.
-// Either effect fits the noise slightly better, and then the standard deviation of the principal point is far too
-// small. So each term of the denominator has a standard deviation of 0.3 in the farthest corner of the picture. The
-// standard deviation of the thin prism is 0.5 % of the squared radius there.
+// The models with more than five coefficients need a prior in narrow fields of view, where photographs do not determine
+// all of them. The numerator and the denominator of the rational function can grow together until both pass through
+// zero within the picture and nearly cancel there. A shift of the principal point looks like a thin prism with
+// decentering. Either effect fits the noise slightly better, and then the standard deviation of the principal point is
+// far too small. So each term of the denominator has a standard deviation of 0.3 in the farthest corner of the picture.
+// Each term of the thin prism has a standard deviation of 0.5 % of the squared radius there.
 Eigen::VectorXd lensPrior(const Camera &camera, const Eigen::VectorXd &intrinsics);
 
 }  // namespace calibration

@@ -16,7 +16,7 @@ namespace {
 // No pose explains a sighting if its residuals in the best pose are larger than this many standard deviations of good
 // corners.
 constexpr double greatestScaleAlone = 3;
-// The limit for the same while focal lengths are tried in steps of 4 %.
+// The limit while focal lengths are tried in steps of 4 %. It is higher, because no step is the exact focal length.
 constexpr double coarseScale = 12;
 constexpr size_t leastCorners = 6;
 
@@ -121,8 +121,8 @@ private:
                 Eigen::VectorXd other = lens;
                 other.head(scaled) *= factor;
                 const std::optional<Alone> alone = fitAlone(observations, sighting, other, shape);
-                // The residuals must be less than half as large as with this lens: a slightly different focal length
-                // makes even a disturbed photograph fit a little better.
+                // The residuals must be less than half as large as with the estimated lens: a slightly different focal
+                // length makes even a disturbed photograph fit a little better.
                 if (alone && alone->scale < coarseScale && alone->scale < scale / 2) {
                     scale = alone->scale * 2;
                     best = factor;

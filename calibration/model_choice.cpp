@@ -33,7 +33,7 @@ bool isFisheye(LensModel lens) {
 void thinOut(Sighting &sighting) {
     const size_t stride = (sighting.corners.size() + enoughCorners - 1) / enoughCorners;
     std::vector<SeenCorner> kept;
-    // Each photograph starts at another corner, so that they do not all keep the same corners.
+    // Each photograph starts at another corner, so that the photographs do not all keep the same corners.
     for (size_t i = size_t(sighting.photograph) % std::max<size_t>(stride, 1); i < sighting.corners.size();
          i += stride) {
         kept.push_back(sighting.corners[i]);
@@ -65,7 +65,8 @@ Observations enough(const Observations &all, int camera) {
     }
     Observations some{all.cameras, all.photographs, all.prints, {}, all.moments};
     if (camera >= 0) {
-        // With photographs of other cameras, this camera would be a part of their rig, where nothing gives it a pose.
+        // All photographs count as this camera's. Otherwise, this camera could belong to a rig whose first camera is
+        // another one, and without sightings of that camera, nothing would give this camera a pose in the rig.
         for (Photograph &photograph : some.photographs) {
             photograph.camera = camera;
         }
@@ -156,7 +157,7 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     // corners are right, because they were computed from the good residuals.
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
-    // Chi-squared with `count` degrees of freedom has this mean and this variance.
+    // Chi-squared with `count` degrees of freedom has the mean `count` and the variance 2 * `count`.
     const double square = numbers.dot(spread.ldlt().solve(numbers));
     return square > double(count) + 5 * std::sqrt(2 * double(count));
 }

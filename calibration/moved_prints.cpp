@@ -89,8 +89,8 @@ std::vector<Pair> pairsOf(const Observations &observations, const Estimate &esti
 }
 
 // Returns the factor by which variances are larger than the poses claim. It is computed from the changes between
-// successive poses. Most successive poses are at the same place, even if a print moved
-// sometimes, so most changes are only noise.
+// successive poses. Most successive poses are at the same place, even if a print sometimes moved, so most changes are
+// only noise.
 double excessOf(const std::vector<Pair> &pairs) {
     constexpr double quarter = 3.4546;  // the first quartile of chi-squared with 6 degrees of freedom
     std::vector<double> changes;
@@ -174,9 +174,9 @@ private:
         return result;
     }
 
-    // Keeps the place of a print on which most of its sightings agree. For each sighting at another place, adds up the
-    // votes (see votesAbout) of its pairs with sightings at the kept place, and marks it as moved if the sum is
-    // negative.
+    // Keeps the place on which most sightings of a print agree. Each sighting at another place forms pairs with the
+    // sightings at the kept place. If the sum of these pairs' votes (see votesAbout) is negative, the sighting is
+    // marked as moved.
     void settle(size_t print) {
         isSettled[print] = true;
         const std::map<std::pair<size_t, size_t>, int> votes = votesAbout(print);
@@ -217,8 +217,8 @@ private:
     }
 
     // Returns a vote for each pair of sightings of a print. Each other print that both photographs show adds 1 if the
-    // print has the same place relative to it in both, and subtracts 1 if the places differ. The pairs are sorted by
-    // the indices of their sightings, so they are in the order of time if the photographs are.
+    // print has the same place relative to that other print in both, and subtracts 1 if the places differ. The pairs
+    // are sorted by the indices of their sightings, so they are in the order of time if the photographs are.
     std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
         std::map<std::pair<size_t, size_t>, int> votes;
         for (const Pair &pair : pairs) {

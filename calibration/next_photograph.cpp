@@ -89,8 +89,8 @@ public:
             return std::nullopt;
         }
         const Eigen::MatrixXd information = derivatives->transpose() * *derivatives / (sigma * sigma);
-        // This is (covariance^-1 + information)^-1, computed without inverting the covariance, because that is nearly
-        // singular for some lenses.
+        // This is (covariance^-1 + information)^-1, computed without inverting the covariance, which is nearly singular
+        // for some lenses.
         const Eigen::MatrixXd one = Eigen::MatrixXd::Identity(covariance.rows(), covariance.cols());
         const Eigen::MatrixXd lower = (one + covariance * information).partialPivLu().solve(covariance);
         return greatest((lower + lower.transpose()) / 2, columns, rows);

@@ -13,13 +13,13 @@ constexpr int exactRounds = 3;
 // The median length of a vector whose two components are normally distributed with variance 1.
 constexpr double medianLength = 1.17741;
 constexpr double leastScale = 1e-6;
-// Scales of the robust loss, in standard deviations. The first one is wide, because bad sightings still distort the
-// whole estimate then.
+// Scales of the robust loss, in standard deviations. The first scale is wide, because bad sightings distort the whole
+// estimate before the first solve.
 constexpr double firstRobustScale = 20;
 constexpr double robustScale = 6;
-// The tolerance of the solves before the last one, which need not be exact.
+// The tolerance of the robust solves, which need not be exact.
 constexpr double roughTolerance = 1e-5;
-// A sighting is left out if it has fewer good corners than this, or a smaller share of good corners.
+// A sighting is left out if it has fewer good corners than leastCorners, or if their share is smaller than leastShare.
 constexpr int leastCorners = 6;
 constexpr double leastShare = 0.5;
 
@@ -160,7 +160,7 @@ bool solveWithoutOutliers(const Observations &given, Observations &observations,
     if (!solveJointly(observations, exact, estimate)) {
         return false;
     }
-    // The last solve changes the estimate a little, so a few good corners can have become bad, and the other way round.
+    // The last solve changes the estimate a little, so a few good corners can have become bad, and a few bad ones good.
     for (int round = 0; round < exactRounds && decideOutliers(given, observations, estimate); round++) {
         if (!solveJointly(observations, exact, estimate)) {
             return false;

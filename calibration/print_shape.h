@@ -20,7 +20,7 @@ struct PrintShape {
     static constexpr int count = 10;
 
     std::array<double, count> numbers{};
-    double reach = 1;  // mm: half the diagonal of the drawn points, so that the bends of all prints are comparable
+    double reach = 1;  // mm: see reachOf(); makes the bends of prints of different sizes comparable
 };
 
 // Where a point of the drawing is on the real print, in mm, and its derivatives by the shape's numbers. x and y are in

@@ -17,7 +17,7 @@ struct Cell {
     double weight = 1;
 };
 
-// Points at infinity are represented by points at distance 1. Their motion is only a rotation.
+// Points at infinity are represented by points at distance 1. For them, the camera's motion is only a rotation.
 class Grid {
 public:
     Grid(const Camera &camera, const Eigen::VectorXd &intrinsics, double distance, int columns, int rows)

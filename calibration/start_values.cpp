@@ -274,7 +274,8 @@ private:
 }  // namespace
 
 int rigOrigin(const Observations &observations, int camera) {
-    // Cameras of one moment belong together. Links may be indirect, so this is repeated until nothing changes.
+    // Cameras that took photographs at the same moment belong together. Two cameras may be linked only through others,
+    // so the least index is passed on until nothing changes.
     std::vector<int> origin(observations.cameras.size());
     for (size_t i = 0; i < origin.size(); i++) {
         origin[i] = int(i);

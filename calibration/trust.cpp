@@ -19,7 +19,7 @@ constexpr int mapRows = 40;
 // The lens from a half of the moments is not used if the standard deviation of its focal length is more than this share
 // of the focal length.
 constexpr double greatestFocalSigma = 0.02;
-// A number is not determined if its standard deviation is more than this share of the prior's.
+// A number is not determined if its standard deviation is at least this share of the prior's standard deviation.
 constexpr double undeterminedShare = 0.7;
 
 // Sums over the used sightings of one camera.
@@ -116,8 +116,8 @@ void judgePrint(const Calibration &calibration, size_t print, PrintTrust &trust)
     }
 }
 
-// Returns the lens of each camera from every other used moment: from those with even positions for half 0, odd for half
-// 1. A lens is empty if these moments do not determine it.
+// Returns the lens of each camera, estimated from half of the used moments: those at even positions if `half` is 0,
+// those at odd positions if it is 1. A lens is empty if these moments do not determine it.
 std::vector<std::optional<Eigen::VectorXd>> lensesOfHalf(const Calibration &calibration, int half) {
     Observations some = calibration.observations;
     std::set<int> moments;

@@ -11,7 +11,8 @@ namespace calibration {
 
 namespace {
 
-// Uncertainties in pixels. Good corners are exact to about 0.1 px, so a lens with this uncertainty adds little error.
+// Limits of the greatest uncertainty in a part of the picture, in pixels. For comparison: a good corner is exact to
+// about 0.1 px.
 constexpr double goodUncertainty = 0.2;
 constexpr double usableUncertainty = 1;
 // A part of the picture with a greater uncertainty is useless: no photograph shows the target there.
@@ -28,7 +29,7 @@ constexpr size_t partCount = 9;
 
 struct PartOfPicture {
     double greatest = 0;
-    double x = 0, y = 0;  // its middle, as shares of the picture
+    double x = 0, y = 0;  // the middle of the part, as shares of the picture's width and height
     bool isCorner = false;
 };
 

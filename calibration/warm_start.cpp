@@ -21,7 +21,7 @@ constexpr double greatestScale = 3;
 constexpr double robustScale = 6;
 // At least this share of the sightings must be the same as before.
 constexpr double leastSame = 0.5;
-// For each sighting of a print that is left out, this many sightings of the same print must be in use.
+// At least this many sightings of a print must be in use for each sighting of this print that is left out.
 constexpr int usedForEachLeftOut = 2;
 constexpr int greatestRounds = 4;
 
@@ -85,8 +85,8 @@ private:
         return true;
     }
 
-    // Finds the poses of prints, cameras and moments again, because without some photographs, others may no longer be
-    // linked. Sightings that took part before keep their poses.
+    // Finds the poses of prints, cameras and moments again, because if some photographs are gone, the others may no
+    // longer be linked. Sightings that took part before keep their poses.
     void place() {
         std::vector<std::optional<RigidMotion>> known(given.sightings.size());
         Observations observations = result.observations;
@@ -104,9 +104,10 @@ private:
         result.estimate.shapes = previous.estimate.shapes;
     }
 
-    // Gives each moment without a sighting that was in use before the pose that fits most of its sightings. Sightings
-    // that do not fit there are left out at first, and so are new sightings of other moments that do not fit. Returns
-    // false if a solve fails, or if it is not clear which sightings of a moment fit.
+    // A moment is new if the earlier result used none of its sightings. Gives each new moment the pose that fits most
+    // of its sightings. Sightings that do not fit this pose are left out for the time being, and so are new sightings
+    // of other moments that do not fit. Returns false if a solve fails, or if it is not clear which sightings of a
+    // moment fit.
     bool placeNewMoments() {
         std::set<int> known;
         std::map<int, std::vector<size_t>> unknown;
@@ -145,7 +146,7 @@ private:
     }
 
     // Gives the moment the pose that fits its sightings best. Returns true if one of the sightings fits in the pose
-    // that is computed from it alone.
+    // that is computed from this sighting alone.
     bool placeMoment(int moment, const std::vector<size_t> &sightings) {
         bool fitsAlone = false;
         RigidMotion &rigFromWorld = result.estimate.rigFromWorld[size_t(moment)];
@@ -197,8 +198,8 @@ private:
                 startNew(i);
                 fitting += result.observations.sightings[i].isUsed ? 1U : 0U;
             }
-            // If at most half of the sightings fit, it is not clear which of the prints moved. This does not count if
-            // no sighting fits even alone, because such a photograph is blurred or misread.
+            // If at most half of the sightings fit, it is not clear which of the prints moved. This is ignored if none
+            // of them fits even in a pose of its own, because then the photographs are blurred or misread.
             if (2 * fitting <= sightings.size() && sharp.count(moment) > 0) {
                 return false;
             }
@@ -221,7 +222,7 @@ private:
 
     // Solves and decides about outliers in turn, until no decision changes, but at most four times. Returns false if a
     // solve fails, if the decision about an earlier sighting changes, or if the decision about any sighting still
-    // changes the last time. Decisions about single corners may still change then.
+    // changes in the last round. In that round, decisions about single corners may still change.
     bool solve() {
         SolveOptions exact;
         exact.freedom = result.freedom;
@@ -288,8 +289,8 @@ private:
 }  // namespace
 
 std::vector<int> sameSightings(const Observations &given, const Observations &previous) {
-    // Corners are computed from brightness, so two photographs never agree in all digits by chance.
-    // The camera, the print, the number of corners, and x and y of the first corner.
+    // Corners are computed from brightness, so two photographs never agree in all digits by chance. A key has the
+    // camera, the print, the number of corners, and x and y of the first corner.
     using Key = std::tuple<int, int, size_t, double, double>;
     const auto keyOf = [](const Observations &all, const Sighting &one) {
         const Eigen::Vector2d first = one.corners.empty() ? Eigen::Vector2d(0, 0) : one.corners.front().image;

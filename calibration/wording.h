@@ -12,8 +12,8 @@ namespace calibration {
 // Returns the text with a capital first letter. A text that starts with a quotation mark stays as it is.
 std::string capitalised(std::string text);
 
-// Returns "pattern 3" or "patterns 3 and 7". Prints without a number get their name in quotation marks, prints without
-// a name "the target".
+// Returns "pattern 3" or "patterns 3 and 7". A print without a number is called by its name in quotation marks. If it
+// has no name either, it is called "the target".
 std::string namesOf(const Observations &observations, const std::vector<int> &prints);
 
 // Returns "1 corner" or "5 corners".

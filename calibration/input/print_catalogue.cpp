@@ -81,7 +81,7 @@ PrintedPattern makePattern(const Key &key, const Sighted &sighted, double gridSp
             break;
         case PatternKind::Plane:
         case PatternKind::Board:
-            // The size of the print is not known, so it consists of the corners that were seen.
+            // The size of the print is not known, so the pattern consists of the corners that were seen.
             pattern.firstPoint = sighted.least;
             pattern.size = sighted.most - sighted.least + cv::Point(1, 1);
             break;
@@ -188,7 +188,8 @@ void PrintCatalogue::addFromReadings(const PrintedTarget &target, const std::vec
         if (spacing == 0 && !key.isAlone) {
             spacing = majority(ofAssembly);  // the patterns of an assembly have the same grid spacing
         }
-        // If the block of a plate could not be read, the plate is assumed to be one whose block was read elsewhere.
+        // If the block of a plate could not be read, the plate is assumed to be one of those whose block was read
+        // elsewhere.
         const bool isUnreadPlate = key.kind == PatternKind::Plate && key.offsetX == noOffset;
         const bool hasOtherPlate = std::any_of(sighted.begin(), sighted.end(), [](const auto &other) {
             return other.first.kind == PatternKind::Plate && other.first.offsetX != noOffset;

@@ -149,7 +149,7 @@ ordered_json printJson(const Calibration &calibration, size_t index) {
 }
 
 // Returns the root mean square of the residuals of the corners that are marked as used, in pixels, even if the sighting
-// is left out. Null if a pose is not known, if no corner is used, or if one cannot be projected.
+// is left out. Null if a pose is not known, if no corner is marked as used, or if such a corner cannot be projected.
 ordered_json residualOf(const Calibration &calibration, const Sighting &sighting) {
     const Observations &observations = calibration.observations;
     const Estimate &estimate = calibration.estimate;

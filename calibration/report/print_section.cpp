@@ -28,7 +28,8 @@ double shapeSigma(const Calibration &calibration, int print, int number) {
     return found == free.end() || row >= covariance.rows() ? 0 : std::sqrt(std::max(0.0, covariance(row, row)));
 }
 
-// Returns the height from the lowest to the highest point of the print above the plane that fits best, in mm.
+// Fits a plane to the points of the print. Returns the difference in height above this plane between the highest and
+// the lowest point, in mm.
 double bendHeight(const Print &print, const PrintShape &shape) {
     const auto points = Eigen::Index(print.points.size());
     if (points < 4) {

@@ -39,7 +39,7 @@ std::vector<CornerResidual> residualsOf(const Calibration &calibration, int came
 }
 
 // Returns the greatest factor of the form 1, 2 or 5 times a power of ten with which nine in ten arrows are at most
-// `wanted` long. Both lengths have the same unit.
+// `wanted` long. `lengths` and `wanted` have the same unit.
 double enlargement(std::vector<double> lengths, double wanted) {
     if (lengths.empty()) {
         return 1;
