@@ -134,7 +134,7 @@ void measureZoomed(GoalTable &table) {
     leftOut(table, "a photograph with another zoom", scene.observations, Misfit::AnotherLens, 4, 5);
 }
 
-// One bad photograph among 50 must change the result by less than its own uncertainty.
+// If one photograph among 50 is bad, no lens parameter may change by more than its standard deviation.
 void measureOneBad(GoalTable &table) {
     SceneDraft draft = oneBoard();
     draft.moments = 50;

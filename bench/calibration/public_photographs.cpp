@@ -89,7 +89,7 @@ Observations observationsOf(const Pairs &pairs) {
     return observations;
 }
 
-// Returns OpenCV's residual, the root mean square of the corners' distances over both cameras in pixels, and sets the
+// Returns OpenCV's residual in pixels: the root mean square of the distances of all corners of both cameras. Sets the
 // baseline in mm.
 double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     std::vector<cv::Point3f> drawn;

@@ -16,9 +16,9 @@ struct RenderedScene {
     calibration::Observations read;
 };
 
-// The prints must be the patterns of an assembly, 15 x 15 corners; print n is pattern n. The middle of the first print
-// stands out above its left and right edges by `bend` mm. Each lens must have the same focal length in x and y, and at
-// most two coefficients that are not 0.
+// The prints must be the patterns of an assembly, with 15 x 15 corners each; print n is pattern n. The middle of the
+// first print stands out above its left and right edges by `bend` mm. Each lens must have the same focal length in x
+// and y, and at most two coefficients that are not 0.
 RenderedScene renderAndRead(const SceneDraft &draft, double bend, unsigned seed);
 
 }  // namespace calibration_bench

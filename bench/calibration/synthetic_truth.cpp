@@ -75,7 +75,7 @@ SceneDraft assemblyOfFive() {
     return draft;
 }
 
-// Three prints on each wall of a box, 700 mm wide, with their printed sides inwards.
+// Makes a box, 700 mm wide, with three prints on each wall. The printed sides face inwards.
 SceneDraft boxOfEighteen() {
     SceneDraft draft = singlePrint(wide());
     draft.prints.clear();
@@ -118,8 +118,8 @@ struct Deviation {
     size_t prints = 0;
 };
 
-// Returns the distances of the corners of all prints from the truth, after a similarity transformation has fitted the
-// first print to its truth.
+// Fits the first print to the truth by a similarity transformation. Returns how far the corners of all prints are from
+// their true positions after that, and the greatest error of a print's ratio.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;
