@@ -90,7 +90,8 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     EXPECT_EQ(result.prints[0].translationSigma.norm(), 0);
     EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
     EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
-    // The models of each kind predict held-out corners as well as their noise allows, but only those of the right kind.
+    // The chosen model predicts held-out corners as well as their noise allows. If it was not chosen, the simplest
+    // pinhole or the fisheye predicts them worse.
     for (size_t camera = 0; camera < 2; camera++) {
         ASSERT_GE(result.cameras[camera].trials.size(), 5U);
         for (const ModelTrial &trial : result.cameras[camera].trials) {
@@ -179,7 +180,7 @@ TEST(Calibrate, keepsToThePlaceOfAPrintBeforeItMoved) {
         CalibrateOptions options;
         options.lens = LensModel::Pinhole5;
         if (movedAt == 7) {
-            Calibration known = calibrationOf(scene);  // chooses no models, so it is quick
+            Calibration known = calibrationOf(scene);  // no models are chosen, so the test is quick
             known.modelOrigin.lens = options.lens;
             known.modelOrigin.photographs = 14;
             options.previous = std::make_shared<Calibration>(known);
@@ -222,7 +223,7 @@ TEST(Calibrate, namesPrintsThatNoPhotographLinks) {
         << result.notices.front();
 }
 
-// The greatest difference of intrinsics and of the second print's place, in standard deviations.
+// Returns the greatest difference of intrinsics and of the second print's place, in standard deviations.
 double greatestDifference(const Calibration &a, const Calibration &b) {
     double greatest = ((a.estimate.worldFromPrint[1].translation - b.estimate.worldFromPrint[1].translation).array() /
                        b.prints[1].translationSigma.array())
@@ -299,7 +300,7 @@ TEST(Calibrate, findsTheSameFromAPreviousResultAsWithoutOne) {
         options.previous = calibrated(before);
         const Calibration warm = calibrate(without(after), options);
         const auto cold = calibrated(after);
-        // A corner whose residual is just at the limit can count in one of the two results only.
+        // A corner whose residual is just at the limit can count in only one of the two results.
         EXPECT_LT(greatestDifference(warm, *cold), 0.2);
         EXPECT_EQ(leftOutOf(warm), leftOutOf(*cold));
         EXPECT_NEAR(warm.cameras[0].rms, cold->cameras[0].rms, 1e-4);
@@ -385,7 +386,7 @@ TEST(Calibrate, refusesWhatDeterminesNothing) {
         }
         frontal.sightings.push_back(sighting);
     }
-    // The same without noise: the residuals are tiny, but they say no more.
+    // The same kind of views without noise: the residuals are tiny, but the corners do not determine more.
     Observations exact = frontal;
     for (Sighting &sighting : exact.sightings) {
         for (SeenCorner &corner : sighting.corners) {

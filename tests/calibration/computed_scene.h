@@ -1,4 +1,4 @@
-// Computes the corners that two cameras see of two prints, in place of photographs.
+// Makes a scene of two cameras and two prints, and computes the corners that its photographs would show.
 #pragma once
 
 #include <random>
@@ -27,8 +27,8 @@ inline Print makePrint() {
     return print;
 }
 
-// Returns the corners that a photograph shows of a print in this pose. `noise` is the standard deviation of each image
-// coordinate in pixels.
+// Returns those corners of a print that a photograph shows if the print has this pose. `noise` is the standard
+// deviation of each image coordinate in pixels.
 inline Sighting see(const Scene &scene, int photograph, int print, const RigidMotion &worldFromPrint, double noise,
                     std::mt19937 &random) {
     // Vectors of random numbers are made with braces, which fix the order of the calls. So all compilers make the same

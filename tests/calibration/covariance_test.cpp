@@ -91,7 +91,7 @@ TEST(Covariance, isAbsentIfAFocalLengthCannotBeKnown) {
 }
 
 TEST(Covariance, countsThePoseOfEachMomentAsUnknown) {
-    // With few corners, the poses take a large part of the information: six of every twenty residuals or so.
+    // With few corners, the poses take a large part of the information: about six of every twenty residuals.
     constexpr int runs = 12;
     double mean = 0;
     for (int run = 0; run < runs; run++) {

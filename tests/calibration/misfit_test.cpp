@@ -1,5 +1,5 @@
-// Tests the reasons that are given for sightings that do not fit. Each is made from a sighting of the computed scene,
-// and the calibration is the truth, so nothing has to be solved.
+// Tests the reasons that are given for sightings that do not fit. Each of these sightings is a changed sighting of the
+// computed scene. The calibration is the truth, so nothing has to be solved.
 #include "calibration/misfit.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ protected:
         }
     }
 
-    // Returns what is said about the sighting after the change; it is left out.
+    // Changes the sighting, leaves it out, and returns the reason that is given for it.
     LeftOut explained(const std::function<void(Sighting &, Calibration &)> &change) {
         Calibration calibration;
         calibration.observations = scene.observations;
@@ -45,7 +45,7 @@ protected:
     }
 
     Scene scene = makeScene(noise);
-    size_t number = 0;  // a sighting of print 1 by camera 0
+    size_t number = 0;  // index of a sighting of print 1 by camera 0
     std::mt19937 random{7};
 };
 

@@ -45,7 +45,7 @@ TEST(PreferredModel, isTheSimplestThatIsNotClearlyWorse) {
 }
 
 TEST(HeldOutErrors, areThoseOfPhotographsThatTheLensWasNotEstimatedFrom) {
-    // With so few corners, a lens with many coefficients fits them well, and predicts others badly.
+    // A lens with many coefficients fits so few corners well, but predicts other corners badly.
     Scene scene = makeScene(0.3);
     Observations &observations = scene.observations;
     useFirstCameraOnly(scene);

@@ -14,8 +14,8 @@ namespace {
 
 constexpr double noise = 0.05;
 
-// A scene of the first camera with three flat prints, so that it is clear which of them moved. `shiftOf` gives the
-// motion of a print at a moment, in mm.
+// Makes a scene in which the first camera sees three flat prints. With two prints, it would not be clear which of them
+// moved. `shiftOf` gives the motion of a print at a moment, in mm.
 Scene makeScene(const std::function<Eigen::Vector3d(int print, int moment)> &shiftOf) {
     Scene scene = calibration::makeScene(noise);
     Observations &observations = scene.observations;
@@ -101,7 +101,8 @@ TEST(MovedPrints, areThoseThatAreElsewhereThanUsually) {
 }
 
 TEST(MovedPrints, areNotThoseOfAnotherSize) {
-    // A print that is larger than its drawing seems nearer, and so at another place from each side.
+    // A print that is larger than its drawing seems to be nearer, and therefore to be at a different place in each
+    // photograph.
     Scene scene = makeScene([](int, int) { return Eigen::Vector3d::Zero().eval(); });
     scene.truth.shapes[2].numbers[PrintShape::scale] = 0.006;
     std::mt19937 random(4);

@@ -24,7 +24,7 @@ PictureMap uncertaintyOf(const Calibration &calibration, const Covariance &covar
                                  calibration.cameras[size_t(camera)].distance, mapColumns, mapRows);
 }
 
-// A calibration from those photographs of the scene that are in use.
+// Makes a calibration from those photographs of the scene that are in use. The estimate is the truth.
 Calibration calibrationOf(const Scene &scene) {
     Calibration calibration;
     calibration.observations = scene.observations;
@@ -42,7 +42,7 @@ Calibration calibrationOf(const Scene &scene) {
     return calibration;
 }
 
-// Keeps only sightings of one camera: the 60 % of them that are farthest in a direction of the picture.
+// Uses only those 60 % of one camera's sightings that lie farthest in a direction of the picture.
 void keepSide(Scene &scene, int camera, const Eigen::Vector2d &direction) {
     std::vector<std::pair<double, Sighting *>> places;
     for (Sighting &sighting : scene.observations.sightings) {
@@ -86,7 +86,7 @@ void expectWordsFit(const Calibration &calibration, const NextPhotograph &next) 
         << text << y;
     EXPECT_EQ(says(text, "lower left corner") || says(text, "lower right corner") || says(text, "lower edge"), y > 0.7)
         << text << y;
-    // The distances from the camera of the four sides of the print.
+    // The distances from the camera to the four sides of the print.
     const auto distanceOf = [&](double column, double row) {
         const cv::Vec3d turned = rotation * cv::Vec3d(column * pitch, row * pitch, 0);
         return (Eigen::Vector3d(turned[0], turned[1], turned[2]) + translation).norm();
@@ -141,7 +141,8 @@ TEST(NextPhotograph, isDescribedAsItIsAndHelpsAsPromised) {
         const double before = *uncertaintyOf(calibration, calibration.covariance, row.camera).greatest();
         const double after = *uncertaintyOf(calibration, *covariance, row.camera).greatest() * factor;
         EXPECT_NEAR(next->uncertaintyBefore / before, 1, 1e-6);
-        // All of the corner's information is known but its variance factor, which is about 1 here.
+        // The prediction assumes that the corners' standard deviations are right. The variance factor is only about 1
+        // here.
         EXPECT_NEAR(next->uncertaintyAfter / after, 1, 0.1) << before;
         EXPECT_LT(next->uncertaintyAfter, 0.95 * next->uncertaintyBefore);
     }
@@ -174,7 +175,7 @@ TEST(NextPhotograph, isForTheWorstCameraAndThePrintThatItSeesMost) {
 
 TEST(NextPhotograph, isNotAdvisedIfItHardlyHelps) {
     Scene scene = makeScene(noise);
-    // If the corners of the next photograph are a million times less exact, it is useless.
+    // If the corners of the next photograph are a million times less exact, this photograph is useless.
     Calibration calibration = calibrationOf(scene);
     for (Sighting &sighting : calibration.observations.sightings) {
         for (SeenCorner &corner : sighting.corners) {

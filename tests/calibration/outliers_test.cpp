@@ -11,7 +11,7 @@ namespace calibration {
 namespace {
 
 constexpr double stated = 0.1;              // the standard deviation that all corners claim, in pixels
-constexpr double noiseOf[] = {0.1, 0.4};    // what it really is, for each camera
+constexpr double noiseOf[] = {0.1, 0.4};    // the true standard deviation, for each camera
 const Eigen::Vector2d aside = {0.8, -0.6};  // a direction
 
 class Outliers : public testing::Test {
@@ -32,7 +32,7 @@ protected:
         return scene.observations.photographs[size_t(sighting.photograph)].camera;
     }
 
-    // The number of a camera's first sighting with at least 40 corners.
+    // Returns the index of a camera's first sighting with at least 40 corners.
     size_t sightingOf(int camera) const {
         const auto &all = scene.observations.sightings;
         return size_t(
@@ -41,7 +41,7 @@ protected:
             all.begin());
     }
 
-    // Gives every corner of a sighting its true place, so that a test knows its residual.
+    // Gives every corner of a sighting its true place, so that a test knows the residuals.
     Sighting &makeExact(size_t number) {
         std::mt19937 random(1);
         Sighting &sighting = scene.observations.sightings[number];

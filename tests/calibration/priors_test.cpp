@@ -11,7 +11,7 @@
 namespace calibration {
 namespace {
 
-// Corners with so large a standard deviation that priors decide.
+// Makes the corners' standard deviations so large that the priors decide.
 void makeWorthless(Observations &observations) {
     for (Sighting &sighting : observations.sightings) {
         for (SeenCorner &corner : sighting.corners) {

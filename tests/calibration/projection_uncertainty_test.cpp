@@ -1,5 +1,5 @@
-// Compares the maps of uncertainty with closed forms. They hold because the grid is symmetric about the principal
-// point: no rotation explains an error of the focal length.
+// Compares the maps of uncertainty with closed forms. The closed forms hold because the grid is symmetric about the
+// principal point: no rotation explains an error of the focal length.
 #include "calibration/projection_uncertainty.h"
 
 #include <gtest/gtest.h>
@@ -16,11 +16,12 @@ const Camera camera{"a", 1200, 800, LensModel::Pinhole4};
 
 Eigen::VectorXd lensWith(double focal, double k1) {
     Eigen::VectorXd lens(8);
-    lens << focal, focal, 599.5, 399.5, k1, 0, 0, 0;  // the centre of the picture
+    lens << focal, focal, 599.5, 399.5, k1, 0, 0, 0;  // the principal point is in the middle
     return lens;
 }
 
-// The middle of a cell of 100 x 100 pixels, relative to the principal point. The centre of the first pixel is (0, 0).
+// Returns the middle of a cell of 100 x 100 pixels, relative to the principal point. The centre of the first pixel is
+// (0, 0).
 Eigen::Vector2d cellMiddle(int column, int row) {
     return {100 * column + 49.5 - 599.5, 100 * row + 49.5 - 399.5};
 }
@@ -56,7 +57,7 @@ TEST(ProjectionUncertainty, ofAFocalLengthGrowsWithTheRadius) {
 TEST(ProjectionUncertainty, isWhatNoMotionExplains) {
     const Eigen::VectorXd lens = lensWith(4000, 0);
     Eigen::MatrixXd shifted = Eigen::MatrixXd::Zero(8, 8);
-    shifted(2, 2) = 9;  // the principal point, which in a narrow field of view looks like a rotation
+    shifted(2, 2) = 9;  // a shift of the principal point looks like a rotation in a narrow field of view
     EXPECT_LT(*projectionUncertainty(camera, lens, shifted, infinitelyFar, mapColumns, mapRows).greatest(), 0.06);
     Eigen::MatrixXd zoomed = Eigen::MatrixXd::Zero(8, 8);
     zoomed.topLeftCorner(2, 2).setConstant(4);
@@ -90,8 +91,8 @@ TEST(ProjectionUncertainty, isUnknownWhereTheDistortionFoldsThePictureOver) {
 }
 
 TEST(ProjectionDifference, leavesOutTheMotionThatTwoLensesDifferBy) {
-    // The same lens, seen from a camera that is turned: only a rotation of the camera, so no difference is left. In the
-    // pinhole's picture, a turn about the line of sight is a rotation of the pixels about the principal point.
+    // The lenses differ in their principal points. In a narrow field of view, a rotation of the camera explains this
+    // shift, so hardly any difference is left. In a wide field of view, a rotation explains only a part of the shift.
     const Eigen::VectorXd a = lensWith(1000, -0.1);
     Eigen::VectorXd b = a;
     b(2) += 1;
@@ -114,7 +115,7 @@ TEST(ProjectionDifference, leavesOutTheMotionThatTwoLensesDifferBy) {
 
 TEST(ProjectionDifference, isDecidedByThePartsThatAreKnown) {
     // The lenses differ by the term k2, which is felt only far from the middle. The uncertainty says that only the
-    // middle is known, so there, no motion may be fitted to the errors of the edges.
+    // middle is known, so no motion may be fitted to the errors at the edges.
     const Eigen::VectorXd a = lensWith(700, 0);
     Eigen::VectorXd b = a;
     b(5) = 0.05;

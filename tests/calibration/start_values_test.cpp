@@ -26,7 +26,7 @@ TEST(RigidMotion, turnsAsOpenCvDoesByAnyAngle) {
         const Eigen::Vector3d vector = angle * axis;
         EXPECT_LT((rotationMatrix(vector) - openCvRotation(vector)).norm(), 1e-11);
         EXPECT_LT((rotationVector(openCvRotation(vector)) - vector).norm(), 1e-7);
-        // A small change of the vector turns by leftJacobian * change.
+        // A small change of the vector adds the small rotation leftJacobian * change.
         for (int i = 0; i < 3; i++) {
             const double step = 1e-5;
             Eigen::Vector3d more = vector;
@@ -91,7 +91,7 @@ TEST(StartLens, findsFocalLengthsFromWideToLong) {
     }
 }
 
-// Three cameras; the third never takes a photograph at the same moment as the first.
+// Makes a scene with three cameras. The third never takes a photograph at the same moment as the first.
 Scene makeChain() {
     Scene scene = makeScene(0.02);
     Observations &observations = scene.observations;
@@ -102,7 +102,7 @@ Scene makeChain() {
     observations.photographs.clear();
     for (int moment = 0; moment < observations.moments; moment++) {
         const bool isFirstHalf = moment < observations.moments / 2;
-        // The third camera is listed first, so that links lead from later cameras to earlier ones.
+        // The later camera of each moment is listed first, so that links lead from later cameras to earlier ones.
         observations.photographs.push_back({"", isFirstHalf ? 1 : 2, moment});
         observations.photographs.push_back({"", isFirstHalf ? 0 : 1, moment});
     }

@@ -13,7 +13,7 @@
 namespace calibration {
 namespace {
 
-constexpr int cells = 9;  // of a map along each side; three to a part of the picture
+constexpr int cells = 9;  // along each side of a map; each part of the picture has three
 
 PictureMap mapOf(const std::function<double(int, int)> &valueAt) {
     PictureMap map{cells, cells, {}};
@@ -27,12 +27,12 @@ PictureMap evenMap(double value) {
     return mapOf([&](int, int) { return value; });
 }
 
-// The same value everywhere but in one of the nine parts of the picture.
+// Makes a map with the same value everywhere except in one of the nine parts of the picture.
 PictureMap mapWithPart(int partX, int partY, double there, double elsewhere = 0.05) {
     return mapOf([&](int x, int y) { return x / 3 == partX && y / 3 == partY ? there : elsewhere; });
 }
 
-// A calibration that deserves no complaint: one camera, two prints, twelve photographs of each.
+// Makes a calibration that deserves no complaint: one camera, two prints, twelve photographs of each.
 Calibration good() {
     Calibration calibration;
     Observations &observations = calibration.observations;
@@ -165,7 +165,7 @@ TEST(Verdict, isThatOfTheWorstCameraAndNamesIt) {
               "6 of the 24 photographs of all cameras did not fit.");
     EXPECT_NE(joined(calibration.verdict.advice).find("with camera \"poor\" with the target at the right edge"),
               std::string::npos);
-    // With a lens that the user chose, choosing another may be the cure.
+    // If the user chose the lens model, another model may be the cure.
     calibration.cameras[1].rms = 2;
     calibration = judged(calibration, true);
     EXPECT_NE(joined(calibration.verdict.advice).find("stiff plate, or let the lens model be chosen."),

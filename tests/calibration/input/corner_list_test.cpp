@@ -62,7 +62,7 @@ TEST_F(CornerList, findsPicturesBesideTheListAndTheMomentsOfARig) {
     std::filesystem::create_directory(folder.file("r"));
     writeBytes(folder.file("1.pgm"), "P5 200 100 255\n");  // in the folder of the list itself
     writeBytes(folder.file("2.pgm"), "P5 200 100 255\n");
-    writeBytes(folder.file("r/1.pgm"), "P5 300 150 255\n");  // preferred to the other
+    writeBytes(folder.file("r/1.pgm"), "P5 300 150 255\n");  // preferred to 1.pgm in the list's own folder
     writeBytes(folder.file("r/2.pgm"), "P5 300 150 255\n");
     auto photographs = loadCornerList(list);
     for (ListedPhotograph &photograph : photographs) {

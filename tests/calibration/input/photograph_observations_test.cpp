@@ -12,7 +12,7 @@ namespace {
 using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
 
-// A reading of the corners from `first` to `last` in lattice coordinates.
+// Returns a reading of the corners from `first` to `last` in lattice coordinates.
 PatternReading reading(PatternKind kind, int tile, cv::Point first, cv::Point last, double gridSpacing = 0) {
     PatternReading result;
     result.kind = kind;
@@ -52,8 +52,8 @@ std::string reasonFor(const CollectedObservations &collected, const std::string 
 }
 
 TEST(PhotographObservations, placeCornersByKindNumberAndBlock) {
-    // The information block of pattern 1 was never read. Its grid spacing is that of pattern 2, as both belong to one
-    // assembly.
+    // The information block of pattern 1 was never read. Its grid spacing is that of pattern 2, because both belong to
+    // one assembly.
     const auto collected =
         collectObservations({photograph("a", {tile(0, 20), tile(3, 10)}), photograph("b", {tile(2)})}, {}, false);
     const Observations &observations = collected.observations;
@@ -143,8 +143,8 @@ TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
     EXPECT_EQ(collected.notices[1], "The Flexible pattern is in no photograph.");
 }
 
-// A reading of those marks of a plate that are in two columns of its lattice. The block is read if the grid spacing is
-// not 0.
+// Returns a reading of the marks in two columns of a plate's lattice. If the grid spacing is not 0, the information
+// block was read, too.
 PatternReading plate(double gridSpacing, cv::Point offset) {
     PatternReading result;
     result.kind = PatternKind::Plate;
@@ -170,7 +170,7 @@ TEST(PhotographObservations, tellPlatesApartByTheirOffsets) {
     EXPECT_EQ(print.points.size(), 49U);
     for (const Sighting &sighting : one.observations.sightings) {
         for (const SeenCorner &corner : sighting.corners) {
-            // A lattice step is half a grid spacing, and the middle mark is at 8.
+            // A lattice step is half a grid spacing, and the middle mark is at (8, 8) of the lattice.
             const Eigen::Vector2d lattice = corner.image / 10;
             EXPECT_EQ(print.points[size_t(corner.point)], (lattice - Eigen::Vector2d(8, 8)) * 15);
         }
@@ -190,7 +190,7 @@ TEST(PhotographObservations, tellPlatesApartByTheirOffsets) {
 
 TEST(PhotographObservations, takeTheGridSpacingOfMostBlocksAndOnlyMeasuredCorners) {
     PatternReading partly = tile(3, 12);
-    partly.corners[0].sigma = 0;  // it could not be measured
+    partly.corners[0].sigma = 0;  // this corner could not be measured
     const auto collected = collectObservations({photograph("a", {tile(3, 16)}), photograph("b", {partly}),
                                                 photograph("x/../b2", {tile(3, 12)}), photograph("b2", {tile(3, 12)})},
                                                {}, false);

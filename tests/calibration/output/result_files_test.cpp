@@ -1,5 +1,5 @@
-// Reads the written files back, with OpenCV or with parsing of our own. They must project and place points in the same
-// way as the calibration.
+// Reads the written files back, with OpenCV or with parsing of our own. The files must project and place points in the
+// same way as the calibration.
 #include "calibration/output/result_files.h"
 
 #include <gtest/gtest.h>
@@ -62,7 +62,7 @@ Calibration makeCalibration(LensModel lens) {
     return calibration;
 }
 
-// In YAML 1.1, such a number is a text.
+// True if a number has an exponent but no decimal point. YAML 1.1 takes such a number for a text.
 bool hasExponentWithoutPoint(const std::string &yaml) {
     for (const char *at = yaml.c_str(); (at = std::strpbrk(at, " [")) != nullptr;) {
         ++at;

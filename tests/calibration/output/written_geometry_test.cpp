@@ -1,4 +1,4 @@
-// Uses the written files as another program would: places and projects points with nothing but their numbers and
+// Uses the written files as another program would: places and projects points with nothing but the files' numbers and
 // OpenCV, and compares that with the corners in the photographs.
 #include <gtest/gtest.h>
 
@@ -135,7 +135,7 @@ std::string fileOf(const ResultFiles &files, const std::string &name) {
     return found == files.files.end() ? std::string() : found->content;
 }
 
-// Reads YAML without OpenCV's first lines.
+// Reads YAML that lacks the first lines that OpenCV expects.
 cv::FileStorage yaml(const std::string &text) {
     return {"%YAML:1.0\n---\n" + text, cv::FileStorage::READ | cv::FileStorage::MEMORY};
 }

@@ -1,5 +1,5 @@
 // Reads the numbers and figures of the report back and compares them with those of the calibration. The calibration is
-// made of a computed scene whose residuals, poses and shapes are known, so nothing has to be solved.
+// made from a computed scene whose residuals, poses and shapes are known, so nothing has to be solved.
 #include <gtest/gtest.h>
 #include <QRegularExpression>
 #include <QString>
@@ -57,7 +57,7 @@ Calibration makeCalibration() {
     return calibration;
 }
 
-// The text of each cell of the table row that has these texts in its first cells.
+// Returns the text of each cell of the table row whose first cells have these texts.
 QStringList rowOf(const std::string &html, const QStringList &start) {
     static const QRegularExpression row("<tr[^>]*>(.*?)</tr>", QRegularExpression::DotMatchesEverythingOption);
     static const QRegularExpression cell("<td[^>]*>(.*?)</td>", QRegularExpression::DotMatchesEverythingOption);
@@ -77,7 +77,7 @@ QStringList rowOf(const std::string &html, const QStringList &start) {
     return {};
 }
 
-// Compares a cell such as "1.23 ± 0.45" with a value and its standard deviation, to the digits that it has.
+// Compares a cell such as "1.23 ± 0.45" with a value and its standard deviation, to the digits that the cell shows.
 void expectValue(const QString &text, double value, double sigma) {
     const QStringList parts = text.split(QString::fromUtf8(" \xC2\xB1 "));
     ASSERT_EQ(parts.size(), 2) << text.toStdString();
@@ -87,7 +87,8 @@ void expectValue(const QString &text, double value, double sigma) {
     EXPECT_GT(sigma, 9 * unit) << "two digits";
 }
 
-// All numbers in the paths of a class, path by path. M and L are followed by x and y; h and v by one number.
+// Returns all numbers in the paths with this attribute, path by path. M and L are followed by x and y; h and v by one
+// number.
 std::vector<std::vector<double>> pathsOf(const std::string &svg, const QString &attribute) {
     std::vector<std::vector<double>> paths;
     const QRegularExpression path("<path " + attribute + " d=\"([^\"]*)\"");
@@ -112,7 +113,7 @@ TEST(ReportNumbers, ofTheLensAreThoseOfTheCalibration) {
         expectValue(rowOf(html, {names[i]}).value(1), calibration.estimate.intrinsics[0](i),
                     std::sqrt(calibration.covariance.intrinsics(0)(i, i)));
     }
-    // Without distortion and with its axis in the middle, a picture of 1200 x 900 pixels shows these angles.
+    // Without distortion and with the principal point in the middle, a picture of 1200 x 900 pixels shows these angles.
     calibration.estimate.intrinsics[0].setZero();
     calibration.estimate.intrinsics[0].head(4) << 1100, 1000, 599.5, 449.5;
     html = reportPage(calibration);
@@ -152,7 +153,8 @@ TEST(ReportNumbers, ofTheRigAndThePrintsAreThoseOfTheCalibration) {
     expectValue(bent[2], 100 * std::exp(0.001), 100 * std::sqrt(shape(0, 0)));
     expectValue(bent[3], 100 * std::exp(-0.004), 100 * std::sqrt(shape(1, 1)));
     expectValue(bent[4], 100 * 0.0005, 100 * std::sqrt(shape(2, 2)));
-    // The grid is symmetric, so only a constant fits the bend, and the bend's range is that of z.
+    // The grid of corners is symmetric, so the plane that fits best is not tilted, and the height of the bend is the
+    // range of z.
     double least = 0;
     double most = 0;
     for (const Vector2d &drawn : calibration.observations.prints[1].points) {
@@ -268,7 +270,7 @@ TEST(ReportFigures, drawTheSceneToScale) {
         right = std::max(right, print[i]);
     }
     const double scale = (right - left) / 160;
-    // The apex of a camera's pyramid begins its path.
+    // The path of a camera's pyramid begins at the apex.
     const std::vector<std::vector<double>> cameras = pathsOf(svg, "class=\"camera0\"");
     ASSERT_EQ(cameras.size(), 14U);
     for (size_t moment = 0; moment < cameras.size(); moment++) {
@@ -284,7 +286,7 @@ TEST(ReportFigures, drawTheSceneToScale) {
 
 TEST(ReportFigures, labelTheTargetOfTheNextPhotograph) {
     Calibration calibration = makeCalibration();
-    // The print's top left corner is at (-80, -60) of its drawing.
+    // The print's top left corner is at (-80, -60) in the drawing.
     calibration.next = NextPhotograph{0, 0, {{0, 0, 0}, {0, 0, 400}}, 0.987, 0.123, "Hold it."};
     const QString svg = QString::fromStdString(nextPhotographFigure(calibration).svg);
     for (const auto &[label, side] : {std::pair("top left", -80), std::pair("top right", 80)}) {
