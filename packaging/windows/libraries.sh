@@ -1,8 +1,10 @@
-# The libraries that the Windows programs link, built for mingw-w64 from Debian's sources. Sourced by ../../windows.
+# Builds the libraries that the Windows programs link, for mingw-w64 and from Debian's sources. ../../windows sources
+# this file.
 #
-# build_NAME builds one library in the current folder and installs it to $prefix. It is run again after an interruption,
-# so each of its steps either continues or does nothing. The library is built anew, in folders of its own, if the text of
-# its function, its version, the tool chain file or a library that it needs changes.
+# build_NAME builds one library in the current folder and installs it to $prefix. The function is run again after an
+# interruption, so each of its steps must either continue or find that it has nothing to do. The library is built anew,
+# in folders of its own, if the text of its function, its version, the tool chain file or a library that it needs
+# changes.
 
 target=x86_64-w64-mingw32
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/lmcaltab-windows
@@ -10,11 +12,11 @@ jobs=${LMCALTAB_WINDOWS_JOBS:-$(nproc)}
 toolchain=$PWD/packaging/windows/toolchain.cmake
 own_projects=$PWD/packaging/windows # for libraries whose own build does not suit
 
-# In the order in which they are built: short ones first, so that an error in them shows early.
+# The libraries in the order in which they are built. Short builds come first, so that their errors show early.
 libraries=(headers googletest libexif png jpeg tiff ceres qt qtsvg qwt opencv)
 declare -A source_package=([qt]=qtbase-opensource-src [qtsvg]=qtsvg-opensource-src [png]=libpng1.6 [jpeg]=libjpeg-turbo [tiff]=tiff
   [opencv]=opencv [ceres]=ceres-solver [qwt]=qwt [libexif]=libexif)
-# The versions in Debian 12; its revisions, with their security fixes, are taken as they come.
+# The versions in Debian 12. Of each version, the newest revision of Debian is taken, because it has the security fixes.
 declare -A version=([qt]=5.15.8 [qtsvg]=5.15.8 [png]=1.6.39 [jpeg]=2.1.5 [tiff]=4.5.0 [opencv]=4.6.0 [ceres]=2.1.0 [qwt]=6.1.4
   [libexif]=0.6.24)
 declare -A needs=([tiff]=jpeg [opencv]="png jpeg tiff" [ceres]=headers [qtsvg]=qt [qwt]=qt)
@@ -32,14 +34,15 @@ key_of() {
 prefix_of() { echo "$cache/installed/$1-$(key_of "$1")"; }
 is_built() { [ -e "$(prefix_of "$1")/.complete" ]; }
 
-# The prefixes of these libraries, with ";" between them.
+# Prints the prefixes of these libraries, with ";" between them.
 prefixes_of() {
   local name list=
   for name in "$@"; do list+=";$(prefix_of "$name")"; done
   echo "${list#;}"
 }
 
-# Names without "-posix" may stand for compilers without std::thread.
+# Makes the names without "-posix" stand for the compilers with POSIX threads. Otherwise they may stand for compilers
+# without std::thread.
 use_compilers() {
   local tool
   mkdir -p "$cache/bin"
@@ -49,7 +52,7 @@ use_compilers() {
   export PATH=$cache/bin:$PATH
 }
 
-# apt with lists of its own, so that neither root nor a change of the system's sources is needed.
+# Runs a command of apt with its own package lists, so that neither root nor a change of the system's sources is needed.
 source_apt() {
   local command=$1 state=$cache/apt
   mkdir -p "$state/lists/partial" "$state/archives/partial"
@@ -62,8 +65,8 @@ source_apt() {
     -o Dir::State::Lists="$state/lists" -o Dir::Cache="$state" -o APT::Sandbox::User="$(id -un)" "${@:2}"
 }
 
-# Downloads and unpacks the source of a library to $cache/sources/NAME-VERSION: the newest of Debian's revisions that the
-# mirror has.
+# Downloads the source of a library and unpacks it to $cache/sources/NAME-VERSION. Takes the newest of Debian's
+# revisions that can be downloaded.
 fetch() {
   local name=$1 folder=$cache/sources/$1-${version[$1]} package=${source_package[$1]}
   [ ! -d "$folder" ] || return 0
@@ -95,7 +98,7 @@ cross() {
   ninja -C "$build" -j "$jobs" install
 }
 
-# Headers that are the same for every system, away from the headers of this one.
+# Copies headers that are the same on every system, so that they can be used without this system's other headers.
 build_headers() {
   mkdir -p "$prefix/include" "$prefix/share/cmake"
   cp -r /usr/include/nlohmann /usr/include/CLI /usr/include/eigen3 "$prefix/include/"
@@ -120,14 +123,15 @@ build_tiff() {
     -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
 }
 
-# With the solvers of Eigen only: the others need a BLAS.
+# Builds Ceres Solver with Eigen's solvers only, because the others need a BLAS library.
 build_ceres() {
   cross . -S "$sources" -DCMAKE_FIND_ROOT_PATH="$(prefixes_of headers)" -DEIGENSPARSE=ON -DSUITESPARSE=OFF -DCXSPARSE=OFF \
     -DLAPACK=OFF -DMINIGLOG=ON -DGFLAGS=OFF -DBUILD_TESTING=OFF -DBUILD_EXAMPLES=OFF -DBUILD_BENCHMARKS=OFF \
     -DUSE_CUDA=OFF
 }
 
-# Debian's source has no headers for graphics tablets. Qt's top-level "qmake_all" also walks tests/ and stops there.
+# Debian's source has no headers for graphics tablets. Only the "qmake_all" of src/ is made, because that of the whole
+# of Qt also enters tests/ and fails there.
 build_qt() {
   [ -e .configured ] || MAKEFLAGS=-j$jobs "$sources/configure" -opensource -confirm-license \
     -xplatform win32-g++ -device-option CROSS_COMPILE=$target- \
@@ -144,7 +148,7 @@ build_qt() {
   make sub-qmake-qmake-aux-pro-install_subtargets install_mkspecs install_syncqt
 }
 
-# Into the folder of Qt, where Qt's CMake files expect all of its modules.
+# Installs into the folder of Qt, because Qt's CMake files expect all of Qt's modules there.
 build_qtsvg() {
   [ -e Makefile ] || "$(prefix_of qt)/bin/qmake" "$sources/qtsvg.pro"
   make -j "$jobs" sub-src
@@ -153,7 +157,7 @@ build_qtsvg() {
 
 build_qwt() { cross . -S "$own_projects/qwt" -DQWT_SOURCES="$sources" -DCMAKE_FIND_ROOT_PATH="$(prefixes_of qt)"; }
 
-# Debian's source comes without the bundled libraries.
+# Debian's source comes without the libraries that OpenCV bundles, so the options build none of them.
 build_opencv() {
   cross . -S "$sources" -DCMAKE_FIND_ROOT_PATH="$(prefixes_of png jpeg tiff)" \
     -DBUILD_LIST=core,imgproc,imgcodecs,calib3d,features2d,flann,videoio \
@@ -171,7 +175,7 @@ build_library() {
   prefix=$(prefix_of "$name")
   build=$cache/building/$name-$(key_of "$name")
   mkdir -p "$cache/log" "$build" "$prefix"
-  # Copies, because a build that continues may be started from another checkout.
+  # The build uses copies of these files, because an interrupted build may be continued from another checkout.
   mkdir -p "$build/recipe"
   cp -r --update "$toolchain" "$own_projects/libexif" "$own_projects/qwt" "$build/recipe"
   local toolchain=$build/recipe/toolchain.cmake own_projects=$build/recipe
@@ -181,7 +185,8 @@ build_library() {
     fetch "$name" >"$cache/log/$name-source.log" 2>&1 || { tail -n 20 "$cache/log/$name-source.log" >&2; return 1; }
     sources=$cache/sources/$name-${version[$name]}
   fi
-  # In a process group of its own, so that all of it can be ended. Not in a condition, where "set -e" would not hold.
+  # The build runs in a process group of its own, so that all of its processes can be ended. It is not part of a
+  # condition, because "set -e" has no effect there.
   set -m
   (set -e; cd "$build"; "build_$name") >"$log" 2>&1 8>&- &
   set +m

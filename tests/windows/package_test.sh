@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Tests the zip and the installer under wine, without any other file of this project: their resources, a start from a
-# folder of any name, an installation without an administrator, a removal without a trace, and a client of the library.
+# Tests the zip and the installer under wine, without any other build product of this project. It tests the resources of
+# the programs, a start from a folder whose name has any characters, an installation without administrator rights, a
+# removal without a trace, and a client of the library.
 #   package_test.sh FOLDER_OF_PACKAGES
 set -u
 packages=$(realpath "$1")
@@ -17,7 +18,7 @@ expect() {
   cases=$((cases + 1))
   "${@:2}" || { failures=$((failures + 1)); echo "FAILED: $1" >&2; }
 }
-# is_soon COMMAND...: waits up to a minute for it to succeed.
+# is_soon COMMAND...: waits until the command succeeds, but at most a minute.
 is_soon() {
   for _ in $(seq 120); do "$@" && return; sleep 0.5; done
   return 1
@@ -46,7 +47,7 @@ for file in "$tree"/bin/{*.exe,LmLib64.dll}; do
   esac
 done
 
-# draws TREE: all that draw_pattern needs is in the tree.
+# draws TREE: tests that draw_pattern draws with only the files in the tree.
 draws() {
   (cd "$place" && "$run" "$1/bin/draw_pattern.exe" custom --grid-spacing 12 --thickness 2 -o "日本語 Größe.pdf") &&
     rm "$place/日本語 Größe.pdf"
@@ -54,7 +55,7 @@ draws() {
 expect "draws from the zip" draws "$tree"
 expect "has the licences of what it contains" test "$(find "$tree/share/doc/LmCalTab/licences" -name '*.txt' | wc -l)" -ge 15
 
-# A client that another compiler made, without a C library.
+# Makes a client with another compiler and without a C library.
 cat >"$folder/client.c" <<'CLIENT'
 #include <lmlib64.h>
 int start(void) {

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Compares read_pattern and calibrate_cameras for Windows, under wine, with those of this system on the example
-# photographs: both must write the same documents. Their numbers may differ in the last digits, because the C libraries
-# round functions such as sin differently; the largest differences are printed.
+# Runs read_pattern and calibrate_cameras for Windows, under wine, on the example photographs, and compares them with
+# the same programs of this system. Both must write the same documents. The documents' numbers may differ in the last
+# digits, because the C libraries round functions such as sin differently; the largest differences are printed.
 #   photographs_test.sh WINE_RUN WINDOWS_BIN BIN
 set -euo pipefail
 run=$1 windows=$2 linux=$3

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# LmCalTab for Windows in a real window under wine, with the mouse and the keyboard: changes a value on every page, saves
-# every page in every format into a folder with a name in several scripts, and ends. The files are the same as on this
-# system.
+# Uses LmCalTab for Windows in a real window under wine, with the mouse and the keyboard. It changes a value on every
+# page, saves every page in every format into a folder with a name in several scripts, and closes the window. The files
+# must be the same as on this system.
 #   window_test.sh FOLDER_OF_PACKAGES BUILD [FOLDER_FOR_PICTURES]
 # BUILD is this system's build with draw_pattern. Needs a desktop of its own (tests/with_desktop.sh), wine
 # and xclip.
@@ -28,12 +28,12 @@ fail() {
 window_named() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -1; }
 is_there() { [ -n "$(window_named "$1")" ]; }
 is_gone() { ! is_there "$1"; }
-# is_soon COMMAND...: waits up to a minute for it to succeed.
+# is_soon COMMAND...: waits until the command succeeds, but at most a minute.
 is_soon() {
   for _ in $(seq 240); do "$@" && return; sleep 0.25; done
   return 1
 }
-# activate TITLE: waits for the window and makes it the active one; its number is then in `window`.
+# activate TITLE: waits for the window, makes it the active one, and sets `window` to its number.
 activate() {
   is_soon is_there "$1" || fail "no window \"$1\""
   window=$(window_named "$1")
@@ -41,7 +41,8 @@ activate() {
   sleep 0.3
 }
 keys() { xdotool key --delay 40 "$@"; }
-# until_window CONDITION TITLE COMMAND...: repeats the command, since a window that was just shown may miss it.
+# until_window CONDITION TITLE COMMAND...: repeats the command until the condition holds for the window with this title.
+# A window that has just been shown may miss a key or a click.
 until_window() {
   local condition=$1 title=$2 i
   for _ in $(seq 30); do
@@ -58,7 +59,7 @@ enter() {
 }
 click() { xdotool mousemove --window "$window" "$1" "$2" click 1; }
 
-# save NAME: with the window's first button.
+# save NAME: saves the page with the window's first button.
 save() {
   activate "Generate Calibration Pattern"
   until_window is_there "Save pattern..." click 60 25
@@ -73,7 +74,8 @@ program=$!
 activate "Generate Calibration Pattern"
 sleep 2
 
-# Two tabulators lead from the first button to the tabs; from there, one more leads to the first field of the page.
+# Two presses of the Tab key lead from the first button to the tabs. One more press leads to the first field of the
+# page.
 pages=(official custom flexible assembly halcon)
 changes=("Down" "Down" "ctrl+a 2 1 Tab ctrl+a 9" "Down Tab ctrl+a 3" "ctrl+a 8 0 Tab")
 for page in "${!pages[@]}"; do
