@@ -112,14 +112,14 @@ struct Verdict {
     std::vector<std::string> advice;
 };
 
-// The photograph that would lower the greatest uncertainty most.
+// The photograph that would most reduce the greatest uncertainty.
 struct NextPhotograph {
     int camera = 0;
     int print = 0;
     RigidMotion cameraFromPrint;
-    double uncertaintyBefore = 0;  // pixels: the greatest in the picture, without and with the new photograph
-    double uncertaintyAfter = 0;
-    std::string text;  // where to hold the target, in words
+    double uncertaintyBefore = 0;  // pixels: the greatest in the picture without the new photograph
+    double uncertaintyAfter = 0;   // pixels: the same with the new photograph
+    std::string text;              // where to hold the target, in words
 };
 
 struct Calibration {
@@ -136,8 +136,8 @@ struct Calibration {
     ModelOrigin modelOrigin;
     Verdict verdict;
     std::optional<NextPhotograph> next;
-    // Sentences with further information for the user: which prints no photograph links with the others, which prints
-    // are not determined, and which prints define the scale.
+    // Sentences with further information for the user: which prints moved, which are not linked with the others, which
+    // are not determined, and which define the scale.
     std::vector<std::string> notices;
 
     // Returns the group of the first print with a pose. The world of this group is the coordinate system of the

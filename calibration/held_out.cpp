@@ -23,8 +23,8 @@ constexpr double robustScale = 6;
 constexpr double clearDifference = 1.5;
 constexpr size_t leastPairs = 4;
 
-// Returns the part that each moment belongs to, from 0; -1 if none of its sightings takes part, or for all moments if
-// there are too few.
+// Returns the number of the part that each moment belongs to, from 0. It is -1 if none of the moment's sightings takes
+// part, and for all moments if there are too few of them.
 std::vector<int> partsOfMoments(const Observations &observations, const Estimate &estimate) {
     std::set<int> moments;
     for (const Sighting &sighting : observations.sightings) {

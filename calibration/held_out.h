@@ -12,9 +12,9 @@ namespace calibration {
 // is limited, so that a single bad corner does not decide a comparison. Models can be compared only if they were tried
 // on the same corners with the same standard deviations.
 //
-// The moments are split into three parts. For each part, all unknowns are estimated from the other two parts, starting
-// from the estimate; then only the poses of the part's moments are estimated from its own sightings. All values are
-// empty if too few moments take part or a solve fails.
+// The moments are split into three parts. For each part, all unknowns are estimated from the other two parts, with
+// `estimate` as the start. Then only the poses of this part's moments are estimated, from this part's own sightings.
+// All values are empty if too few moments take part or a solve fails.
 std::vector<std::optional<double>> heldOutErrors(const Observations &observations, const Freedom &freedom,
                                                  const Estimate &estimate);
 

@@ -162,7 +162,7 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     return square > double(count) + 5 * std::sqrt(2 * double(count));
 }
 
-// Takes back bends that cannot be told from 0. The comparison lets either no print bend or all prints. If one print is
+// Takes back bends that cannot be told from 0. The comparison lets either all prints bend or none. If one print is
 // really bent, a flat model of it makes the poses wrong. Then bends of the other prints predict better, too, although
 // these prints are flat.
 void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, std::vector<Bend> &bends) {

@@ -14,7 +14,7 @@ namespace calibration {
 
 namespace {
 
-// Errors of the lens and of the shapes make the variances larger than noise alone does, at most by this factor.
+// Errors of the lens and of the shapes add to the noise. They make the variances larger by at most this factor.
 constexpr double greatestExcess = 25;
 
 // Returns the pose of print b relative to print a in one photograph, as its difference from `reference`, and the
@@ -53,7 +53,7 @@ struct Pair {
 
 std::vector<Pair> pairsOf(const Observations &observations, const Estimate &estimate,
                           const std::vector<std::optional<LonePose>> &poses) {
-    std::map<std::tuple<int, int>, std::vector<size_t>> byTime;  // moment and photograph
+    std::map<std::tuple<int, int>, std::vector<size_t>> byTime;  // sightings by moment and photograph
     for (size_t i = 0; i < poses.size(); i++) {
         if (poses[i]) {
             const int photograph = observations.sightings[i].photograph;

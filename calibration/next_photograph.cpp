@@ -21,7 +21,7 @@ constexpr double tilt = 35;  // degrees
 // Advice is worth the effort only if the greatest uncertainty falls below this share of its value.
 constexpr double usefulShare = 0.95;
 // A lens whose uncertainty is below this share of the standard deviation of one corner adds at most 3 % to the error of
-// that corner. The limits in pixels hold for corners that are very exact or fit badly.
+// that corner. The limits in pixels apply if corners are very exact or fit badly.
 constexpr double negligibleShare = 0.25;
 constexpr double leastNegligible = 0.005;
 constexpr double mostNegligible = 0.05;
@@ -50,7 +50,8 @@ std::vector<Hold> candidates(double usualDistance) {
     return holds;
 }
 
-// Returns the standard deviation in pixels that the corners of a camera usually have along one axis; 1 if it saw none.
+// Returns the standard deviation in pixels that the corners of a camera usually have along one axis; 1 if the camera
+// saw none.
 double sigmaOfCorner(const Calibration &calibration, int camera) {
     for (const Sighting &sighting : calibration.observations.sightings) {
         const Photograph &photograph = calibration.observations.photographs[size_t(sighting.photograph)];

@@ -8,7 +8,7 @@
 namespace calibration {
 
 // Finds the lens of one camera from its own photographs. Several focal lengths are tried on a few photographs, and the
-// one that fits best is improved on more of them. Returns the rms of the residuals in standard deviations. Returns
+// one that fits best is improved on more photographs. Returns the rms of the residuals in standard deviations. Returns
 // nothing and leaves `intrinsics` unchanged if the camera has no usable sighting or no focal length fits.
 std::optional<double> startLens(const Observations &observations, int camera, Eigen::VectorXd &intrinsics);
 

@@ -11,7 +11,7 @@
 
 namespace calibration {
 
-// Three corners that define the common coordinate system. The first corner is its origin, the x axis goes through the
+// Three corners that define the common coordinate system. The first corner is the origin, the x axis goes through the
 // second, and the third is on the side of the positive y axis. Without these corners, the coordinate system is that of
 // the first print's file.
 struct AssemblyAxes {

@@ -30,8 +30,8 @@ std::string rosFile(const SolvedCamera &camera);
 std::string mrcalFile(const SolvedCamera &camera);
 
 // camchain.yaml, for Kalibr: those cameras of one rig that the format can express (pinholes with 4 coefficients, and
-// fisheye lenses). Each pose is relative to the camera before. kalibrHas() says whether the format can express a lens
-// model.
+// fisheye lenses). Each pose is relative to the previous camera in the file. kalibrHas() says whether the format can
+// express a lens model.
 bool kalibrHas(LensModel lens);
 std::string kalibrFile(const std::vector<SolvedCamera> &cameras);
 
