@@ -10,7 +10,7 @@ namespace calibration_bench {
 
 struct RenderedScene {
     SimulatedScene scene;  // contains the truth
-    // The true position of every corner of every print in the world, on the bent surface, in mm.
+    // The true position in the world of every corner of every print, on the bent surface, in mm.
     std::vector<std::vector<Eigen::Vector3d>> corners;
     // The observations that follow from reading the pictures.
     calibration::Observations read;
