@@ -320,7 +320,7 @@ TEST(Calibrate, choosesModelsAgainIfAnotherChoiceIsWanted) {
 
 TEST(Calibrate, choosesModelsAgainOnlyIfThePreviousChoiceIsOutOfDate) {
     struct Row {
-        int photographs;  // that the previous choice was made from; there are 14 now
+        int photographs;  // number that the previous choice was made from; now there are 14
         bool mayBend;
         bool isKept;
     };

@@ -15,7 +15,7 @@ namespace calibration {
 namespace {
 
 constexpr double noise = 0.1;
-constexpr int mapColumns = 12;  // as coarse as the map that the advice is chosen by
+constexpr int mapColumns = 12;  // as coarse as the map by which the advice is chosen
 constexpr int mapRows = 9;
 
 PictureMap uncertaintyOf(const Calibration &calibration, const Covariance &covariance, int camera) {
@@ -73,7 +73,7 @@ void expectWordsFit(const Calibration &calibration, const NextPhotograph &next) 
     cv::Matx33d rotation;
     const Eigen::Vector3d &vector = next.cameraFromPrint.rotation;
     cv::Rodrigues(cv::Vec3d(vector.x(), vector.y(), vector.z()), rotation);
-    const Eigen::Vector3d &translation = next.cameraFromPrint.translation;  // of the middle
+    const Eigen::Vector3d &translation = next.cameraFromPrint.translation;  // to the print's middle
     const double distance = translation.norm();
     EXPECT_NEAR(std::stod(text.substr(text.find(" mm away") - 3)), distance, 1) << text;
     Eigen::Vector2d image;

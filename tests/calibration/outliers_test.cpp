@@ -64,7 +64,7 @@ TEST_F(Outliers, areFoundByTheNoiseOfTheirOwnCamera) {
         Sighting &sighting = makeExact(sightingOf(camera));
         sighting.corners[0].image += 3.5 * noiseOf[camera] * aside;
         sighting.corners[1].image += 4.5 * noiseOf[camera] * aside;
-        sighting.corners[2].isUsed = false;  // the reader has said that it is disturbed
+        sighting.corners[2].isUsed = false;  // the reader has said that this corner is disturbed
     }
     Observations decided = scene.observations;
     decideOutliers(scene.observations, decided, scene.truth);
@@ -100,7 +100,7 @@ TEST_F(Outliers, areWholeSightingsWithFewGoodCorners) {
                                 [](const SeenCorner &corner) { return corner.isUsed; }),
                   std::ptrdiff_t(row.isUsed ? row.corners - row.bad : row.corners))
             << "a sighting that is left out keeps its corners";
-        // If it fits later, it is used again.
+        // If the sighting fits later, it is used again.
         scene = before;
         decided.sightings[number] = makeExact(number);
         decided.sightings[number].isUsed = false;

@@ -38,7 +38,7 @@ TEST(ProjectionUncertainty, ofAFocalLengthGrowsWithTheRadius) {
              Row{sigma, sigma, 1, [](const Eigen::Vector2d &p) { return sigma * p.norm() / 1000; }},
              Row{sigma, 0, 0, [](const Eigen::Vector2d &p) { return sigma * std::abs(p.x()) / 1000; }},
              Row{0, sigma, 0, [](const Eigen::Vector2d &p) { return sigma * std::abs(p.y()) / 1000; }},
-             // Two independent errors: the worse of the two directions counts.
+             // The errors in x and y are independent: the worse of the two directions counts.
              Row{sigma, sigma, 0, [](const Eigen::Vector2d &p) { return sigma * p.cwiseAbs().maxCoeff() / 1000; }},
          }) {
         covariance(0, 0) = row.sigmaX * row.sigmaX;

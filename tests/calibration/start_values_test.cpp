@@ -1,4 +1,4 @@
-// Tests the values from which the solve starts, and the geometry that they are made of.
+// Tests the values from which the solve starts, and the geometry with which these are computed.
 #include "calibration/start_values.h"
 
 #include <gtest/gtest.h>

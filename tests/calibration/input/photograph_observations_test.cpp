@@ -282,7 +282,7 @@ TEST(CameraGroups, findTheMomentsOfARig) {
              Row{{"left01.jpg", "left12.jpg", "right012.jpg", "right2.jpg"}, {0, 1, 1, 2}},
              Row{{"left1.jpg", "left2.jpg", "front8.jpg", "front9.jpg"}, {0, 1, 0, 1}},
              Row{{"a/x.jpg", "a/y.jpg", "b/z.jpg", "b/w.jpg"}, {0, 1, 0, 1}},
-             // Only one of three numbers is the same, which is chance.
+             // Only one of three numbers matches, which counts as chance.
              Row{{"left1.jpg", "left2.jpg", "left3.jpg", "right3.jpg", "right4.jpg", "right5.jpg"}, {0, 1, 2, 0, 1, 2}},
          }) {
         std::vector<int> cameras(row.paths.size(), 0);

@@ -1,5 +1,5 @@
 // Uses the written files as another program would: places and projects points with nothing but the files' numbers and
-// OpenCV, and compares that with the corners in the photographs.
+// OpenCV, and compares the results with the corners in the photographs.
 #include <gtest/gtest.h>
 
 #include <algorithm>
