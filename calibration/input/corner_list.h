@@ -8,8 +8,8 @@
 // Each photograph has all inner corners of its board, row by row. "-" in any of the columns x, y and level means that
 // the corner was not seen. If a photograph has a single line with "-", the whole board was not seen. The level says how
 // many times the picture was halved before the corner was measured; each halving doubles the corner's standard
-// deviation. The level may be absent. The rest of a line after # is a comment. x and y are in pixels; the centre of the
-// top-left pixel is (0, 0).
+// deviation. The level may be absent; it then counts as 0. A corner with a level below 0 or above 20 does not count.
+// The rest of a line after # is a comment. x and y are in pixels; the centre of the top-left pixel is (0, 0).
 #pragma once
 
 #include <string>
