@@ -215,7 +215,7 @@ double longestScrollStep(QListView &list) {
 }
 
 void readMany(WatchedApplication &application, const QStringList &files) {
-    // The few pictures get many names, because a file is never in the list twice. All are read and shown. The
+    // Each of the few pictures gets many names, because the list never has a file twice. All are read and shown. The
     // calibration uses each picture once, so the memory of a calibration with many pictures is not measured.
     const QTemporaryDir folder;
     QStringList names;

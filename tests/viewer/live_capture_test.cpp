@@ -148,9 +148,9 @@ void LiveCaptureTest::measuresTheBlurOfEdges() {
 }
 
 void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
-    // The frame is made from the other view. For this, the other view's corners are scaled and turned, then squeezed in
-    // x by a factor, then moved to the right by a share of the diagonal. The other view keeps only the given share of
-    // its corners.
+    // The frame is made from the other view. For this, the other view's corners are first scaled and turned. Then they
+    // are squeezed in x by a factor, and moved to the right by a share of the diagonal. The other view keeps only the
+    // given share of its corners.
     QTest::addColumn<double>("scale");
     QTest::addColumn<double>("turn");
     QTest::addColumn<double>("squeeze");

@@ -1,6 +1,6 @@
-// Decides when a frame of a camera is worth keeping as a photograph: when the target is still and sharp, the view
-// differs from that of every existing photograph, and another photograph would still help the calibration. This file
-// uses no threads, no clock and no widgets.
+// Decides when a frame of a camera is worth keeping as a photograph. The target must be still and sharp, and the view
+// must differ from the views of all existing photographs. Another photograph must also still help the calibration. This
+// file uses no threads, no clock and no widgets.
 #pragma once
 
 #include <QSize>
@@ -49,6 +49,6 @@ private:
     bool hasEnough = false;
 };
 
-// True if the frame shows little that the other view does not: at least 60 % of its corners are in the other view, at
-// nearly the same place and seen from nearly the same direction and distance.
+// True if the frame shows little that the other view does not. At least 60 % of the frame's corners are then in the
+// other view, at nearly the same place, and seen from nearly the same direction and distance.
 bool isSimilar(const TargetView &frame, const TargetView &other);

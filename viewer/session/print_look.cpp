@@ -34,8 +34,8 @@ PrintLook lookOf(const Match &match, const Eigen::Vector2i &cell) {
     look.kind = match.reading->kind;
     look.tile = match.reading->tile;
     look.values = match.reading->values;
-    // The square above and to the left of the first point has a column and a row that are less by 1. So the sum of both
-    // is even if it is even for the first point, and odd if it is odd there.
+    // The column and the row of the square above and to the left of the first point are both less by 1. So the sum of
+    // its column and row is even exactly if that of the first point is even.
     look.isTopLeftSquareDark =
         look.kind == PatternKind::Plate || ((firstPoint.x + firstPoint.y) % 2 == 0) == match.reading->evenSquaresDark;
     return look;

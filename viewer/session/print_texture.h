@@ -1,5 +1,5 @@
-// Makes the outlines of everything that is printed (squares, round marks and the code), so that a print can be drawn in
-// a picture or in a scene. The camera library provides the outlines. They are then given the shape that the calibration
+// Makes the outlines of everything that is printed: squares, round marks and the code. A print is drawn with them in a
+// picture or in a scene. The camera library provides the outlines. They are then given the shape that the calibration
 // found.
 #pragma once
 

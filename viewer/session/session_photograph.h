@@ -40,8 +40,8 @@ void readFromFile(SessionPhotograph &photograph, const SessionSettings &settings
 // Returns the picture of a file in grey, for display; a null image if the file cannot be read.
 QImage loadPicture(const QString &path);
 
-// Returns absolute paths: the given files, and for each given folder the pictures in it and in all folders below it,
-// sorted by path so that photo2 comes before photo10.
+// Returns absolute paths: the given files, and the pictures in the given folders and in all folders below them. The
+// pictures of each given folder are sorted by path so that photo2 comes before photo10.
 QStringList photographFilesIn(const QStringList &filesAndFolders);
 
 // True if the file's name has the ending of a picture format.

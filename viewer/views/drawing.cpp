@@ -16,7 +16,7 @@ QString tr(const char *text) {
 
 }  // namespace
 
-// The palette of Okabe and Ito without black.
+// Uses the palette of Okabe and Ito without black.
 QColor patternColour(int index) {
     static const QColor colours[] = {{0, 158, 115}, {230, 159, 0}, {86, 180, 233}, {204, 121, 167},
                                      {213, 94, 0},  {0, 114, 178}, {240, 228, 66}};

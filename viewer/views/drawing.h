@@ -21,7 +21,8 @@ bool isDark(const QPalette &palette);
 // Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both are rounded to the second digit of the
 // standard deviation.
 QString withSigma(double value, double sigma, const QString &unit = {});
-// Returns the value with three significant digits, but with all digits before the decimal point, without an exponent.
+// Returns the value with three significant digits and without an exponent. All digits before the decimal point are
+// kept.
 QString rounded(double value);
 
 // Returns a text such as "0.027 px".

@@ -16,8 +16,8 @@ public:
     void showFrame(const LiveFrame &newFrame);
     // Shows this text instead of a frame.
     void clear(const QString &newHint);
-    // `newResult` may be null. Its advice for the next photograph is drawn over the frames if the advice is for a
-    // camera whose pictures have the size of the frames.
+    // `newResult` may be null. Its advice for the next photograph is drawn over the frames. Advice for a camera whose
+    // pictures have another size than the frames is not drawn.
     void setResult(std::shared_ptr<const SessionResult> newResult);
     // Draws a border in this colour around the picture; none if the colour is invalid.
     void setBorder(const QColor &colour);

@@ -1,4 +1,4 @@
-// Shows the photograph that would help most: where to hold the target, as the camera would see it.
+// Shows which photograph would help most. The target is drawn where the camera should see it.
 #pragma once
 
 #include <QWidget>

@@ -1,5 +1,6 @@
-// Shows one photograph with the patterns read in it. The wheel or + and - zoom, dragging or the arrow keys move the
-// picture, and 0 fits it into the view. It can also show residuals as arrows, and the picture without distortion.
+// Shows one photograph with the patterns read in it. The wheel and the keys + and - zoom. Dragging and the arrow keys
+// move the picture. The key 0 fits the picture into the view. The view can also show residuals as arrows, and the
+// picture without distortion.
 #pragma once
 
 #include <QPointer>

@@ -1,5 +1,5 @@
-// The tab "Scene". It shows the prints, the cameras and the chosen coordinate system in three dimensions. Dragging
-// or the arrow keys turn the scene, dragging with Shift moves it, and the wheel or + and - zoom.
+// The tab "Scene". It shows the prints, the cameras and the chosen coordinate system in three dimensions. Dragging and
+// the arrow keys turn the scene, and dragging with Shift moves it. The wheel and the keys + and - zoom.
 #pragma once
 
 #include <Eigen/Core>
