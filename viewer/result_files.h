@@ -1,5 +1,5 @@
-// Writes the files that a user keeps of a calibration. Every function returns an empty text, or the reason why nothing
-// was written. The result must have a calibration.
+// Writes the files that a user keeps from a calibration. Every function returns an empty text, or the reason why
+// nothing was written. The result must have a calibration.
 #pragma once
 
 #include <QString>

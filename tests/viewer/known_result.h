@@ -32,10 +32,10 @@ inline calibration::Print makePrint(int number) {
     return print;
 }
 
-// Two cameras, patterns 4 and 7, and four photographs: the first three are of the first camera. No photograph shows a
-// corner yet. The cameras are 500, 550, 600 and 650 mm in front of pattern 4. Pattern 7 is 300 mm to the right of
-// pattern 4 and 200 mm nearer to the cameras. It is turned by 30 degrees and bent by 0.64 mm towards the cameras. It is
-// larger by 0.2 % in x and 0.1 % in y.
+// Two cameras, patterns 4 and 7, and four photographs: the first three are taken by the first camera. No photograph
+// shows a corner yet. The photographs are taken from 500, 550, 600 and 650 mm in front of pattern 4. Pattern 7 is 300
+// mm to the right of pattern 4 and 200 mm nearer to the cameras. It is turned by 30 degrees and bent by 0.64 mm towards
+// the cameras. It is larger by 0.2 % in x and 0.1 % in y.
 struct Builder {
     std::shared_ptr<calibration::Calibration> calibration = std::make_shared<calibration::Calibration>();
     SessionResult result;

@@ -44,5 +44,5 @@ private:
 // True if the file's name has the ending of a video format.
 bool isVideoName(const QString &path);
 
-// The names of the cameras in the order of the system's numbers; empty if the system has no such list.
+// Returns the names of the cameras in the order of the system's numbers; empty if the system has no such list.
 QStringList cameraNames();

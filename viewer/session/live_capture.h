@@ -50,7 +50,7 @@ public:
     void setEnough(bool isEnough);
 
 signals:
-    // If frames arrive faster than they can be shown, some are skipped.
+    // If frames are read faster than they can be shown, some are not shown.
     void frameShown(const LiveFrame &frame);
     void pictureTaken(const QString &file);
     // The source ended by itself. `reason` is a sentence that says why. `isProblem` is false if a file came to its end.

@@ -101,7 +101,7 @@ void Session::photographRead(const SessionPhotograph &read) {
     ++batchDone;
     if (SessionPhotograph *photograph = find(read.id)) {
         helpfulInBatch += read.readings && !read.readings->empty() ? 1 : 0;
-        const bool isIncluded = photograph->isIncluded;  // may have changed meanwhile
+        const bool isIncluded = photograph->isIncluded;  // the user may have changed this meanwhile
         *photograph = read;
         photograph->isIncluded = isIncluded;
         emit photographChanged(read.id);
@@ -110,7 +110,7 @@ void Session::photographRead(const SessionPhotograph &read) {
     if (!isReading()) {
         scheduleCalibration();
     } else if (canShowFirstResult()) {
-        firstResultFrom = 2 * helpfulInBatch;  // if these are too few, the next attempt waits for twice as many
+        firstResultFrom = 2 * helpfulInBatch;  // if this many are too few, the next attempt waits for twice as many
         startCalibration();
     }
 }

@@ -28,7 +28,7 @@ void setUpPlot(QwtPlot &plot, const QString &xTitle, const QString &yTitle) {
     for (const int axis : {QwtPlot::xBottom, QwtPlot::yLeft, QwtPlot::yRight}) {
         plot.setAxisFont(axis, plot.font());
     }
-    plot.setMinimumSize(leastWidth, leastHeight);  // its own hint is too large for small screens
+    plot.setMinimumSize(leastWidth, leastHeight);  // the plot's own hint is too large for small screens
     plot.plotLayout()->setAlignCanvasToScales(true);
     auto *canvas = qobject_cast<QwtPlotCanvas *>(plot.canvas());
     canvas->setFrameStyle(QFrame::NoFrame);
@@ -43,7 +43,7 @@ void setUpPlot(QwtPlot &plot, const QString &xTitle, const QString &yTitle) {
 
 PicturePlot::PicturePlot(QWidget *parent) : QwtPlot(parent) {
     setUpPlot(*this, "x [px]", "y [px]");
-    setAxisMaxMajor(QwtPlot::xBottom, mostLabels);  // more would overlap in a narrow window
+    setAxisMaxMajor(QwtPlot::xBottom, mostLabels);  // more labels would overlap in a narrow window
     rescaler = new QwtPlotRescaler(canvas(), QwtPlot::xBottom, QwtPlotRescaler::Fitting);
     rescaler->setAspectRatio(1);
     rescaler->setAspectRatio(QwtPlot::yRight, 0);
