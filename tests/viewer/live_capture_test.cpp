@@ -1,4 +1,5 @@
-// Tests the live source without a camera. Its frames are numbered pictures made from the example's photographs.
+// Tests the live source without a camera. The frames are numbered pictures that are made from the example's
+// photographs.
 #include <QDir>
 #include <QImage>
 #include <QSignalSpy>

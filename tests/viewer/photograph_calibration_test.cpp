@@ -97,7 +97,7 @@ TEST(PhotographCalibration, usesWhatTheUserMeasured) {
     SessionSettings settings = fixedModels();
     settings.arrangement = Arrangement::Assembly;
     settings.measured[1] = {1.004, 0.998};
-    settings.measured[9] = {0.9, 0.9};  // is not in the photographs
+    settings.measured[9] = {0.9, 0.9};  // this pattern is not in the photographs
     const SessionResult result = resultOf(photographsOf({first, second}), settings);
     ASSERT_EQ(result.calibration->estimate.shapes.size(), 2U);
     for (const size_t print : {0U, 1U}) {
@@ -184,7 +184,7 @@ TEST(PhotographCalibration, findsTheRigOnlyIfThereIsOne) {
     EXPECT_LT((found.rotation - secondFromFirst.rotation).norm(), 0.001);
 }
 
-// Only the corners that count make up the fit of a photograph.
+// The fit of a photograph uses only the corners that count.
 TEST(SessionResult, describesFitsByTheCornersThatCount) {
     const calibration::Scene scene = calibration::makeScene(0);
     auto calibration = std::make_shared<calibration::Calibration>();

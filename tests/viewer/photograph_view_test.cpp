@@ -1,5 +1,5 @@
-// Measures where the photograph's view draws the picture, its corners, axes and residuals, while it is moved, zoomed
-// and straightened. The picture is white with a black dot at each corner.
+// Measures where the photograph's view draws the picture, the corners, the axes and the residuals, also after the
+// picture is moved, zoomed or straightened. The picture is white with a black dot at each corner.
 #include <QImage>
 #include <QKeyEvent>
 #include <QMouseEvent>

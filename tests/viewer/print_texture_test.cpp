@@ -1,5 +1,5 @@
-// Tests the texture of prints. It is drawn as seen from straight above and then read like a photograph. The reader must
-// find in it what was printed.
+// Tests the texture of prints. The texture is drawn as seen from straight above, and the drawing is read like a
+// photograph. The reader must find in the drawing what was printed.
 #include <QImage>
 #include <QPainter>
 #include <QtTest>

@@ -1,4 +1,4 @@
-// Tests session files and the copy that survives a crash.
+// Tests session files, and the copy of a session that survives a crash.
 #include <gtest/gtest.h>
 
 #include <QDir>

@@ -278,7 +278,7 @@ void SessionTest::opensADocumentInPlaceOfItsPhotographs() {
     QCOMPARE(includedIn(1), QVector<int>{session.photographs()[1].id});
     QVERIFY(record[1].settings.arrangement == Arrangement::Rig);
     QVERIFY(!record[1].hasPrevious);
-    QCOMPARE(session.readingTotal(), 2);  // of the photographs of this document only
+    QCOMPARE(session.readingTotal(), 2);  // counts only the photographs of this document
     QCOMPARE(session.readingDone(), 2);
 
     const SessionDocument same = session.document();

@@ -356,7 +356,8 @@ void ViewerWindowTest::hasAKeyForEverything() {
         }
     }
     QVERIFY(shortcuts.size() >= 14);
-    // Each text, and the tab on which it is; null if it is outside the tabs. Only one tab is visible at a time.
+    // Each text, and the tab that shows the text; null if the text is outside the tabs. Only one tab is visible at a
+    // time.
     QVector<QPair<QString, const QWidget *>> texts;
     for (const QAction *action : window.menuBar()->actions()) {
         texts.append({action->text(), nullptr});
