@@ -110,6 +110,14 @@ TEST(PhotographCalibration, usesWhatTheUserMeasured) {
     EXPECT_NEAR(result.calibration->freedom.priors[1].mean[PrintShape::ratio], std::log(1.004 / 0.998), 1e-9);
 }
 
+TEST(PhotographCalibration, leavesOutAPhotographWhoseFileIsIncomplete) {
+    QVector<SessionPhotograph> photographs = photographsOf({Printed()});
+    photographs[2].isTruncated = true;
+    const SessionResult result = resultOf(photographs, fixedModels());
+    EXPECT_EQ(result.photographIds, (std::vector<int>{100, 101, 103, 104, 105, 106, 107}));
+    EXPECT_TRUE(result.fits.value(102).reason.contains("file ends"));
+}
+
 TEST(PhotographCalibration, takesLengthsFromTheSettings) {
     const struct {
         const char *what;

@@ -175,8 +175,9 @@ void SessionTest::readsFilesOfAnyNameAndSaysWhatIsWrongWithThem() {
     QCOMPARE(QSize(good.width, good.height), QSize(400, 300));
     QVERIFY(good.exifCamera.empty());
     QCOMPARE(readPhotograph(folder.filePath("exif.jpg")).exifCamera, std::string("Abc"));
-    const QString problem = readPhotograph(folder.filePath("cut.jpg")).problem;
-    QVERIFY2(problem.contains("incomplete"), qPrintable(problem));
+    const SessionPhotograph cut = readPhotograph(folder.filePath("cut.jpg"));
+    QVERIFY2(cut.problem.contains("incomplete"), qPrintable(cut.problem));
+    QVERIFY(cut.isTruncated && !good.isTruncated);
 #ifdef Q_OS_UNIX
     const LocalEncoding encoding;
     const QTemporaryDir localFolder;  // must be removed while `encoding` exists, or the files' names are not found

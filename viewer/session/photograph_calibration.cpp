@@ -25,6 +25,7 @@ Input inputFrom(const QVector<SessionPhotograph> &photographs) {
         calibration::ReadPhotograph read;
         read.file.path = QFile::encodeName(photograph.path).toStdString();
         read.exifCamera = photograph.exifCamera;
+        read.isTruncated = photograph.isTruncated;
         read.width = photograph.width;
         read.height = photograph.height;
         if (photograph.readings) {

@@ -72,6 +72,7 @@ void readFromFile(SessionPhotograph &photograph, const SessionSettings &settings
         const std::string path = QFile::encodeName(photograph.path).toStdString();
         const pattern_reader::Photograph picture = pattern_reader::loadPhotograph(path);
         photograph.exifCamera = calibration::exifCamera(path);
+        photograph.isTruncated = picture.truncated;
         photograph.width = picture.grey.cols;
         photograph.height = picture.grey.rows;
         photograph.thumbnail = makeThumbnail(picture.grey);

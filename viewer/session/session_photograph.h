@@ -22,8 +22,9 @@ struct SessionPhotograph {
     bool isIncluded = true;  // false if the user took it out
 
     PhotographState state = PhotographState::Waiting;
-    QString problem;  // a sentence that says why the photograph cannot help; empty if patterns were found
-    int width = 0;    // pixels of the stored picture, whatever its orientation tag says
+    QString problem;           // a sentence that says why the photograph cannot help; empty if patterns were found
+    bool isTruncated = false;  // the file ends before its picture does, so the patterns found are shown but not used
+    int width = 0;             // pixels of the stored picture, whatever its orientation tag says
     int height = 0;
     std::shared_ptr<const PatternReadings> readings;  // null if the photograph is waiting or unreadable
     std::string exifCamera;                           // maker, model and serial number, as far as the file has them
