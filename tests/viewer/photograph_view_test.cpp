@@ -212,7 +212,7 @@ void PhotographViewTest::keepsMarksOnThePicture() {
 
 void PhotographViewTest::centresOnACorner() {
     view->centreOn({660, 340});
-    QVERIFY(distance(corners()[3], QPointF(400, 300)) < 3);
+    QVERIFY(distance(corners()[3], QPointF(400, 300)) < 0.75);
     QVERIFY(distance(corners()[0], corners()[1]) > 79);
 }
 

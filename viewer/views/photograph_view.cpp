@@ -150,7 +150,9 @@ void PhotographView::zoom(double factor, QPointF about) {
 void PhotographView::centreOn(QPointF pixel) {
     scale = qMax(scale, 2.0);
     isFitted = false;
-    origin = QPointF(rect().center()) - scale * pixel;
+    if (const std::optional<QPointF> current = place(pixel)) {
+        origin += QRectF(rect()).center() - *current;
+    }
     update();
 }
 
