@@ -13,7 +13,6 @@ namespace {
 
 constexpr int stepMs = 30;
 constexpr int stepsToTarget = 10;
-constexpr int mostSteps = 700;  // after this many steps, the drag is given up
 constexpr QRect ownPlace(0, 0, 90, 40);
 
 QStringList moveTo(QPoint place) {
@@ -24,8 +23,10 @@ QStringList moveTo(QPoint place) {
 
 // The window bypasses the window manager. So it stays where it is put, lies above all other windows, and takes the
 // focus from none of them.
-FileDrag::FileDrag(const Desktop &usersDesktop)
-    : QWidget(nullptr, Qt::BypassWindowManagerHint | Qt::FramelessWindowHint), desktop(usersDesktop) {
+FileDrag::FileDrag(const Desktop &usersDesktop, int mostMoves)
+    : QWidget(nullptr, Qt::BypassWindowManagerHint | Qt::FramelessWindowHint),
+      desktop(usersDesktop),
+      mostSteps(mostMoves) {
     setGeometry(ownPlace);
 }
 
@@ -72,11 +73,9 @@ void FileDrag::moveAndRelease() {
     ++steps;
     if (steps <= stepsToTarget) {
         desktop.xdotool(moveTo(ownPlace.center() + (target - ownPlace.center()) * steps / stepsToTarget));
-    } else if (wouldBeTaken) {
-        desktop.xdotool({"mouseup", "1"});
-    } else if (steps < mostSteps) {
+    } else if (!wouldBeTaken && steps < mostSteps) {
         desktop.xdotool(moveTo(target + QPoint(steps % 2, 0)));
     } else {
-        desktop.press({"Escape"});
+        desktop.xdotool({"mouseup", "1"});
     }
 }

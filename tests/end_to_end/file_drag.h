@@ -12,7 +12,9 @@ class FileDrag : public QWidget {
     Q_OBJECT
 
 public:
-    explicit FileDrag(const Desktop &usersDesktop);
+    // A drag is given up if the program does not show within this number of mouse moves, one every 30 ms, that it would
+    // take the files.
+    explicit FileDrag(const Desktop &usersDesktop, int mostMoves = 700);
 
     // Drops the files at a place of the screen, in pixels. True if the program there took them.
     bool drop(const QStringList &files, QPoint place);
@@ -22,10 +24,11 @@ protected:
 
 private:
     // Moves the mouse to the target in small steps, and releases the button once the program shows that it would take
-    // the files.
+    // the files, or after the last move.
     void moveAndRelease();
 
     const Desktop &desktop;
+    int mostSteps;
     QStringList files;
     QPoint target;
     int steps = 0;

@@ -1,6 +1,6 @@
-// Opens the example in the viewer, and then uses random keys, clicks, window sizes and pasted files. The seed is fixed.
-// Some of the files are bad. The viewer must always respond in time, write only to its own folder, and end without an
-// error.
+// Opens the example in the viewer, and then uses random keys, clicks, window sizes, and pasted and dropped files. The
+// seed is fixed. Some of the files are bad. The viewer must always respond in time, write only to its own folder, and
+// end without an error.
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
@@ -9,6 +9,7 @@
 #include <QImage>
 #include <QMimeData>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QUrl>
 #include <QtTest>
@@ -16,6 +17,7 @@
 #include <random>
 
 #include "tests/end_to_end/desktop.h"
+#include "tests/end_to_end/file_drag.h"
 #include "tests/endurance/write_record.h"
 
 namespace {
@@ -31,8 +33,9 @@ void write(const QString &path, const QByteArray &content) {
     file.write(content);
 }
 
-// Makes the files to paste: good photographs, a folder of them, and many things that are not good photographs.
-QStringList filesToPaste(const QDir &folder) {
+// Makes the files to paste and to drop: good photographs, a folder of them, and many things that are not good
+// photographs.
+QStringList filesToBring(const QDir &folder) {
     const QString good = QStringLiteral(VIEWER_EXAMPLE "/photograph-01.jpg");
     QFile photograph(good);
     photograph.open(QIODevice::ReadOnly);
@@ -79,7 +82,9 @@ private:
             .split('\n', Qt::SkipEmptyParts);
     }
     void act(const QProcess &program, const QString &window);
+    QStringList someFiles();
     void paste();
+    void drop(const QString &window);
     // Waits until the program is ready for the next input. False if that takes too long or if the program has ended.
     bool answers(const QProcess &program);
 
@@ -87,6 +92,7 @@ private:
     std::mt19937 random{20261121};
     QStringList files;
     int longestBusyMs = 0;
+    int dropped = 0;  // drags that the viewer took
 };
 
 bool ViewerRandomUseTest::answers(const QProcess &program) {
@@ -130,8 +136,10 @@ void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
                            "minus", "ctrl+Tab",  "alt+v",  "Escape", "F5",   "ctrl+t", "ctrl+0",     "Prior",
                            "Next",  "ctrl+e",    "ctrl+v", "End",    "Home", "ctrl+a", "ctrl+Delete"};
     const int choice = below(21);
-    if (choice == 20) {
+    if (choice == 20 && below(2) == 0) {
         paste();
+    } else if (choice == 20) {
+        drop(window);
     } else if (choice == 0) {
         desktop.xdotool({"windowsize", window, QString::number(700 + below(500)), QString::number(500 + below(500))});
     } else if (choice < 9) {
@@ -143,11 +151,31 @@ void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
     }
 }
 
-// Files are only pasted, because pasting and dropping lead to the same function of the window.
+QStringList ViewerRandomUseTest::someFiles() {
+    QStringList some;
+    for (int count = 1 + below(3); count > 0; --count) {
+        some << files[below(files.size())];
+    }
+    return some;
+}
+
+void ViewerRandomUseTest::drop(const QString &window) {
+    const QString geometry = desktop.xdotool({"getwindowgeometry", "--shell", window});
+    const auto value = [&geometry](const QString &name) {
+        return QRegularExpression("^" + name + "=(-?\\d+)$", QRegularExpression::MultilineOption)
+            .match(geometry)
+            .captured(1)
+            .toInt();
+    };
+    FileDrag drag(desktop, 60);  // an open dialog or menu takes no files
+    const QPoint middle(value("X") + value("WIDTH") / 2, value("Y") + value("HEIGHT") / 2);
+    dropped += drag.drop(someFiles(), middle) ? 1 : 0;
+}
+
 void ViewerRandomUseTest::paste() {
     QList<QUrl> urls;
-    for (int count = 1 + below(3); count > 0; --count) {
-        urls << QUrl::fromLocalFile(files[below(files.size())]);
+    for (const QString &file : someFiles()) {
+        urls << QUrl::fromLocalFile(file);
     }
     auto *data = new QMimeData;
     data->setUrls(urls);
@@ -162,8 +190,8 @@ void ViewerRandomUseTest::survives() {
                             : 8;
     const QTemporaryDir home;
     const QTemporaryDir work;
-    const QTemporaryDir pasted;
-    files = filesToPaste(pasted.path());
+    const QTemporaryDir brought;
+    files = filesToBring(brought.path());
     QDir::setCurrent(work.path());
     const WriteRecord record;
     const QStringList command = record.commandFor(LMCALTAB_VIEWER_PROGRAM);
@@ -211,8 +239,10 @@ void ViewerRandomUseTest::survives() {
         const auto isWithin = [&path](const QString &folder) { return path.startsWith(folder); };
         QVERIFY2(std::any_of(expected.begin(), expected.end(), isWithin), qPrintable(path));
     }
-    qInfo("%d actions in the viewer in %d s; busy for at most %d ms of processor time; %d changes of files", actions,
-          seconds, longestBusyMs, record.paths().size());
+    qInfo(
+        "%d actions in the viewer in %d s, %d of them drops; busy for at most %d ms of processor time; %d changes of "
+        "files",
+        actions, seconds, dropped, longestBusyMs, record.paths().size());
 }
 
 int main(int argumentCount, char **arguments) {
