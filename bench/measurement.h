@@ -2,9 +2,9 @@
 // compared with, their ratio, and the bound on the ratio. Times are in milliseconds unless the caller divides them.
 //
 // The speed of a machine changes from one second to the next, most of all if other programs use it too. Therefore the
-// calls to be compared are measured within milliseconds of each other, and a ratio is the median of the rounds' ratios
-// of processor time. Waiting costs no processor time, so elapsed times are measured too. Other programs disturb the
-// elapsed time of the fastest round least.
+// calls to be compared are measured in turn. In each round, their processor times are divided. The ratio in the table
+// is the median of these quotients. Waiting costs no processor time, so elapsed times are measured too. Of these, the
+// time of the fastest round is used, because other programs have disturbed it least.
 #pragma once
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 
 namespace file_writing {
 
-// The text is one sentence with the file's name and the system's reason, in the local 8-bit encoding.
+// what() returns one sentence with the file's name and the system's reason, in the local 8-bit encoding.
 struct FileWriteError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

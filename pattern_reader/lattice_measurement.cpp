@@ -33,7 +33,8 @@ std::array<float, 2> widthsOf(const CornerBorders &borders) {
 }
 
 // Returns the radius of the disc for refineCorner, in pixels. The disc reaches at most half way to the next corner
-// along the borders, and less far if the blur of the next parallel borders would reach into it.
+// along the borders, and less far if the blur of the next parallel borders would reach into it. In all cases its radius
+// is at least 1.8 pixels.
 float refinedRadius(const CornerBorders &borders, float blur) {
     const auto &[step0, step1] = borders.steps;
     const std::array<float, 2> widths = widthsOf(borders);
@@ -81,8 +82,8 @@ CornerBorders fromImage(const ImageLevel &level, CornerBorders borders) {
     return borders;
 }
 
-// Returns the radius of the largest disc that is centred on a point and stays inside the picture. The result is at
-// least 3 pixels, because a smaller disc does not show a corner.
+// Returns the radius of the largest disc that is centred on a point and stays inside the picture, but at least 3
+// pixels. So a disc close to the border of the picture may leave it.
 float roomAround(const ImageLevel &level, cv::Point2f p) {
     const float right = float(level.picture.cols - 1) - p.x;
     const float bottom = float(level.picture.rows - 1) - p.y;
@@ -132,7 +133,7 @@ private:
     float boardBlur = 1;          // image pixels
     float blurTolerance = 0.25F;  // standard deviation of the corners' blur, relative to the board's blur
     float boardNoise = 1;         // standard deviation of one pixel in the best level, grey levels
-    float lightScatter = 1;       // how much the corners' levels typically differ from a fitted plane, grey levels
+    float lightScatter = 1;       // how much the grey levels at the corners typically differ from a fitted plane
 };
 
 float CornerMeasurement::typicalStep() const {
@@ -208,7 +209,7 @@ bool CornerMeasurement::refineOne(const ImageLevel &level, const LatticeCorner &
     prior.noise = boardNoise;
     prior.noiseWeight = 30;
     const float radius = std::min(refinedRadius(here, inLevel.blur), roomAround(level, inLevel.position));
-    // Noise can pull a corner of small squares towards a mark, and then its position is hardly determined.
+    // If the squares are small, noise can pull the fit towards a mark. The position then has a large sigma.
     const float mostSigma = 0.1F * std::min(length(here.steps[0]), length(here.steps[1]));
     if (!refineCorner(level.picture, here, radius, prior, 3, inLevel) || !(inLevel.sigma < mostSigma)) {
         return false;

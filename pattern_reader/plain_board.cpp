@@ -46,8 +46,8 @@ bool dropStrayLine(CornerLattice &lattice) {
     return false;
 }
 
-// Returns the motion with this number of quarter turns that moves the lattice's top-left corner to (1, 1), and sets
-// `size` to the lattice's size after the motion.
+// Returns the motion that turns the lattice by this number of quarter turns and then moves the corner that is now at
+// the top left to (1, 1). Sets `size` to the lattice's size after the motion.
 LatticeMotion turnedToOrigin(const CornerLattice &lattice, int quarterTurns, cv::Size &size) {
     const cv::Rect extent = lattice.extent();
     LatticeMotion motion{quarterTurns, {}};

@@ -1,5 +1,5 @@
-// Computes how much of a small quadrilateral lies within a shape. The areas are exact (for polygons: up to ten
-// corners), so a picture made from them has no sampling error. All functions are pure.
+// Computes how much of a small quadrilateral lies within a shape. The areas are exact, so a picture made from
+// them has no sampling error. A polygon may have at most ten corners. All functions are pure.
 #pragma once
 
 #include <array>

@@ -37,9 +37,8 @@ struct PictureResult {
     std::vector<std::string> failures() const;
 };
 
-// True if the goal requires that the pattern is read. This is so if enough of the pattern is visible: at least 6 pixels
-// per square, a tilt of at most 60°, and at least 60 visible squares or 12 visible marks. The picture must not be
-// mirrored.
+// True if the goal requires that the pattern is read. This is so if its squares have at least 6 pixels, its tilt is at
+// most 60°, at least 60 of its squares or 12 of its marks are visible, and the picture is not mirrored.
 bool isAsked(const Scene &scene, const PatternScore &score);
 
 PictureResult resultOf(unsigned number, const Scene &scene,
@@ -50,7 +49,7 @@ struct Row {
     int read = 0;
     int asked = 0;  // patterns that must be read, see isAsked
     int askedAndRead = 0;
-    int blocks = 0;  // information blocks of the required patterns that are completely visible
+    int blocks = 0;  // patterns that must be read, have an information block and are completely visible
     int blocksRead = 0;
     long seenPoints = 0;
     long foundPoints = 0;
@@ -59,12 +58,12 @@ struct Row {
     int falseCorners = 0;
     int readAgain = 0;  // readings of patterns that had already been read
     int wrongPolarity = 0;
-    double rms = 0;            // of all corners, pixels
+    double rms = 0;            // of the corners found in their right places, pixels
     double medianRms = 0;      // of the root mean squares of the single patterns, pixels
     double percentile95 = 0;   // of the errors' lengths, pixels
     double bias = 0;           // root mean square of the lengths of the patterns' mean errors, pixels
-    double ratioToLeast = 0;   // median over the patterns of rms / smallest rms that the noise allows; 0 if not known
-    double sigmaVariance = 0;  // variance of the quotients error / sigma of the reading; 0 if not known
+    double ratioToLeast = 0;   // the patterns' median of: rms divided by the least that noise allows; 0 if not known
+    double sigmaVariance = 0;  // variance of: error divided by the sigma that the reader states; 0 if not known
 };
 
 // Sums up the patterns that `pick` selects. False places and false values are those of all pictures with a selected

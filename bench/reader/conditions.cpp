@@ -44,8 +44,8 @@ void small(SceneDraft &draft, Dice &dice) {
     draft.exposure.noiseSigma = dice.real(0.5, 3);
 }
 
-// Of each hundred pictures, seven are limited to 12 megapixels, two to 64 and one to 150. Boards always reach the
-// limit; plates may stay below it. A board shows at least 7 x 7 squares.
+// A picture has at most 150 megapixels with a probability of 1 %, 64 with 2 %, 12 with 7 %, and 1 to 4 otherwise.
+// Boards always have that many; plates may have fewer. A board shows at least 7 x 7 squares.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);
@@ -200,7 +200,7 @@ void handsFinish(ComposedScene &composed, Dice &dice) {
     }
 }
 
-// The smaller the squares, the higher the lowest quality, because strong compression would wipe out small squares.
+// Pictures with small squares are compressed less, because strong compression would wipe the squares out.
 void jpegFinish(ComposedScene &composed, Dice &dice) {
     const int least = int(std::clamp(5 + (16 - composed.leastStep) * 4, 5.0, 45.0));
     composed.scene.exposure.jpegQuality = dice.whole(least, 95);

@@ -1,4 +1,5 @@
-// Makes pictures without any pattern of this system. The number of a picture determines everything in it.
+// Makes pictures that show none of the patterns that the reader reads without options. The kind and the number of a
+// picture determine everything in it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -15,7 +16,7 @@ enum class EmptyKind {
     RandomMarks,  // boards with marks that are not from the code
     PerforatedSheet,
     Net,
-    MarkGrid,  // round marks in rows, some in a frame
+    MarkGrid,  // round marks in rows; some pictures have a frame around all marks
     Modules,   // squares that are dark at random
 };
 constexpr int emptyKindCount = 10;

@@ -1,4 +1,4 @@
-// Turns the light that reaches the lens into a picture. It adds shadows and reflections, objects in front of the scene,
+// Turns a scene under even light into a picture. It adds shadows and reflections, objects in front of the scene,
 // blur, the sensor's colours and noise, and the camera's own processing of the picture.
 //
 // Positions are image coordinates in pixels. Levels are grey levels from 0 to 255, proportional to the light until the
@@ -42,7 +42,7 @@ struct Exposure {
     std::vector<Glare> glares;
     std::vector<Obstacle> obstacles;
 
-    double blurSigma = 0.6;  // Gaussian, on top of the pixel's own area
+    double blurSigma = 0.6;  // standard deviation of a Gaussian blur, in addition to that of the pixel's area
     // The radius of the disc that a point becomes if it is out of focus: |radius + slope · (p - middle of the
     // picture)|.
     double defocusRadius = 0;
@@ -52,7 +52,7 @@ struct Exposure {
     double noiseSigma = 2;    // grey levels
     double shotNoise = 0;     // variance that is added per grey level of light
     bool bayer = false;       // one colour per pixel, interpolated afterwards
-    cv::Vec3d cast{1, 1, 1};  // blue, green and red in the light, as the sensor sees it
+    cv::Vec3d cast{1, 1, 1};  // factors of the light for blue, green and red pixels
     double balanceError = 0;  // relative error of the white balance
     double toneGain = 1;      // before clipping at 255
     double toneGamma = 1;     // 2.2 is a camera's usual curve

@@ -1,5 +1,5 @@
-// Splits a pattern that is larger than the paper over sheets that are cut and glued together. All lengths are in
-// millimetres, in coordinates of the pattern's geometry.
+// Divides a pattern that is larger than the paper into several sheets, which are cut and glued together. All lengths
+// are in millimetres, in coordinates of the pattern's geometry.
 #pragma once
 
 #include <array>

@@ -8,7 +8,7 @@
 
 #include "tests/camera_library/temporary_folder.h"
 
-// Returns what the command writes to its output. Throws if the command fails.
+// Returns what the command writes to standard output and standard error. Throws if the command fails.
 inline std::string outputOf(const std::string &command) {
     FILE *pipe = popen((command + " 2>&1").c_str(), "r");
     if (pipe == nullptr) {
@@ -24,7 +24,8 @@ inline std::string outputOf(const std::string &command) {
     return output;
 }
 
-// Returns a page in 8-bit grey. Pages count from 1. The crop is a rectangle in pixels of the whole page.
+// Returns a page in 8-bit grey. Pages count from 1. `crop` is a rectangle in pixels from the page's top left corner;
+// if it is empty, the whole page is rendered.
 inline cv::Mat renderPage(const std::string &pdf, int page, double dotsPerInch, cv::Rect crop = {}) {
     const TemporaryFolder folder;
     std::string command = "pdftoppm -gray -singlefile -r " + std::to_string(dotsPerInch) + " -f " +

@@ -25,8 +25,8 @@ int countOf(const QJsonObject &calibration) {
     return calibration["Photographs"].toArray().size() + calibration["UnusedPhotographs"].toArray().size();
 }
 
-// Returns the names of the photographs that the calibration left out, completely or in part. The set contains only
-// photographs whose reason is a sentence.
+// Returns the names of the photographs that the calibration left out, completely or in part. A photograph
+// counts only if the reason is given in words.
 QSet<QString> namedIn(const QJsonObject &calibration) {
     QSet<QString> names;
     for (const QJsonValue &unused : calibration["UnusedPhotographs"].toArray()) {

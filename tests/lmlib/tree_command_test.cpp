@@ -23,8 +23,8 @@ const std::string typeLine = "lmLibGetType /Execute/1/Command";
 const std::string waitLine = "lmLibWaitForType /Execute/1/Command 1 true";
 const std::string symbolLine = "lmLibGetType /Execute/1/Result/ErrorSymbol";
 
-// Returns a function that makes queries of a node's type return this code. If `occurrence` is n, only the n-th such
-// query from then on returns it. If it is 0, every query does.
+// Returns a function. After it is called, queries of the node's type return this code. If `occurrence` is n, only the
+// n-th query from then on returns it. If it is 0, every query does.
 std::function<void()> typeGives(const char *path, std::int32_t code, int occurrence = 0) {
     return [=] { setResult("lmLibGetType", path, code, occurrence); };
 }

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Uses LmCalTab for Windows in a real window under wine, with the mouse and the keyboard. It changes a value on every
-# page, saves every page in every format into a folder with a name in several scripts, and closes the window. The files
-# must be the same as on this system.
+# page, saves every page in every format into a folder whose name mixes writing systems, and closes the window. The
+# files must be identical to those that draw_pattern makes on this Linux system.
 #   window_test.sh FOLDER_OF_PACKAGES BUILD [FOLDER_FOR_PICTURES]
-# BUILD is this system's build with draw_pattern. Needs a desktop of its own (tests/with_desktop.sh), wine
-# and xclip.
+# BUILD is the folder of a build for this system that contains bin/draw_pattern. The test needs a desktop of its own
+# (tests/with_desktop.sh), wine and xclip.
 set -u
 packages=$(realpath "$1") build=$(realpath "$2") pictures=${3:-}
 source=$(realpath "$(dirname "$0")/../..")
@@ -51,7 +51,8 @@ until_window() {
   done
   fail "\"$title\": still not $condition after: ${*:3}"
 }
-# enter TEXT: replaces the text of the active field. xdotool cannot type characters of all scripts under wine.
+# enter TEXT: replaces the text of the active field. Under wine, xdotool can type the characters of some writing systems
+# only.
 enter() {
   printf '%s' "$1" | xclip -selection clipboard -in >/dev/null 2>&1
   sleep 0.3

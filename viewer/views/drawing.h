@@ -1,4 +1,4 @@
-// The colours, texts of numbers and small shapes that several views use.
+// Colours, number formats and small shapes that several views use.
 #pragma once
 
 #include <QColor>
@@ -18,8 +18,8 @@ QColor residualColour();
 
 bool isDark(const QPalette &palette);
 
-// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both are rounded to the second digit of the
-// standard deviation.
+// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both are rounded to the second significant
+// digit of the standard deviation, but never to tens or more. Without a positive deviation, returns only the value.
 QString withSigma(double value, double sigma, const QString &unit = {});
 // Returns the value with three significant digits and without an exponent. All digits before the decimal point are
 // kept.

@@ -1,5 +1,5 @@
 // The picture of one photograph, for display at any size. The picture is shown either unchanged or as a lens without
-// distortion would have taken it. Loading and undistorting take long, so do both on a background thread.
+// distortion would have taken it. Loading and undistorting take long. Call both on a background thread.
 #pragma once
 
 #include <Eigen/Core>
@@ -18,7 +18,8 @@ struct StraightLens {
     static StraightLens of(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics);
 };
 
-// Returns where the undistorted picture shows a pixel of the photograph; empty if it does not show that pixel.
+// Returns where the undistorted picture shows a pixel of the photograph; empty if the pixel has no direction or looks
+// too far to the side. The place can lie outside the undistorted picture.
 std::optional<QPointF> undistorted(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
                                    const QPointF &pixel);
 
