@@ -1,12 +1,12 @@
 #include "calibration/input/photograph_observations.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <map>
 #include <set>
 
 #include "calibration/input/camera_groups.h"
+#include "calibration/wording.h"
 
 namespace calibration {
 
@@ -140,13 +140,6 @@ Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue,
     return shown;
 }
 
-std::string capitalized(std::string text) {
-    if (!text.empty()) {
-        text[0] = char(std::toupper(static_cast<unsigned char>(text[0])));
-    }
-    return text;
-}
-
 // Adds a notice for each print that no photograph shows.
 void noteUnseenPrints(const Observations &observations, std::vector<std::string> &notices) {
     std::vector<bool> isSeen(observations.prints.size(), false);
@@ -155,7 +148,7 @@ void noteUnseenPrints(const Observations &observations, std::vector<std::string>
     }
     for (size_t i = 0; i < isSeen.size() && !observations.sightings.empty(); i++) {
         if (!isSeen[i]) {
-            notices.push_back(capitalized(observations.prints[i].name) + " is in no photograph.");
+            notices.push_back(capitalised(observations.prints[i].name) + " is in no photograph.");
         }
     }
 }
