@@ -7,9 +7,9 @@
 
 #include "calibration/output/result_files.h"
 #include "calibration/report/report_page.h"
-#include "file_writing/safe_file.h"
 #include "viewer/report_pdf.h"
 #include "viewer/session/common_axes.h"
+#include "viewer/session/whole_file.h"
 
 namespace {
 
@@ -51,13 +51,5 @@ QString writeReport(const SessionResult &result, const QVector<SessionPhotograph
     }
     const std::string page = calibration::reportPage(*result.calibration, input);
     const bool isPdf = file.endsWith(".pdf", Qt::CaseInsensitive);
-    const QByteArray bytes = isPdf ? reportPdf(page) : QByteArray::fromStdString(page);
-    try {
-        file_writing::SafeFiles files;
-        files.write(QFile::encodeName(file).toStdString(), bytes.toStdString());
-        files.commit();
-    } catch (const std::exception &error) {
-        return QString::fromLocal8Bit(error.what());
-    }
-    return {};
+    return writeWholeFile(file, isPdf ? reportPdf(page) : QByteArray::fromStdString(page));
 }

@@ -4,13 +4,13 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QEvent>
-#include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
-#include "file_writing/safe_file.h"
 #include "viewer/session/edge_blur.h"
+#include "viewer/session/whole_file.h"
 
 namespace {
 
@@ -62,14 +62,7 @@ QString keep(const cv::Mat &bgr, const QString &file) {
     if (!buffer.open(QIODevice::WriteOnly) || !imageOf(bgr).save(&buffer, "PNG")) {
         return tr("There is not enough memory to save the picture.");
     }
-    try {
-        file_writing::SafeFiles files;
-        files.write(QFile::encodeName(file).toStdString(), bytes.toStdString());
-        files.commit();
-    } catch (const file_writing::FileWriteError &error) {
-        return QString::fromLocal8Bit(error.what());
-    }
-    return {};
+    return writeWholeFile(file, bytes);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <QJsonDocument>
 #include <QUuid>
 
-#include "file_writing/safe_file.h"
+#include "viewer/session/whole_file.h"
 
 namespace {
 
@@ -33,15 +33,7 @@ QString saveSession(const QString &file, const SessionDocument &document) {
     }
     const QJsonObject json{
         {"Format", format}, {"Version", 1}, {"Photographs", photographs}, {"Settings", toJson(document.settings)}};
-    // QSaveFile is not used because it replaces the old file with an incomplete one if the disk is full.
-    try {
-        file_writing::SafeFiles files;
-        files.write(QFile::encodeName(file).toStdString(), QJsonDocument(json).toJson().toStdString());
-        files.commit();
-    } catch (const std::exception &error) {
-        return QString::fromLocal8Bit(error.what());
-    }
-    return {};
+    return writeWholeFile(file, QJsonDocument(json).toJson());
 }
 
 std::optional<SessionDocument> openSession(const QString &file, QString &problem) {
