@@ -1,5 +1,6 @@
-// Solves for observations that are similar to those of an earlier result. It starts from the earlier estimate and from
-// the earlier decisions about bad sightings and corners. It checks these decisions, but does not search for them again.
+// Calibrates faster if the observations are similar to those of an earlier result. The solve starts from the earlier
+// estimate and from the earlier decisions about bad sightings and corners. These decisions are checked, but bad
+// sightings and corners are not searched for from the beginning.
 #pragma once
 
 #include <vector>
@@ -12,11 +13,11 @@ namespace calibration {
 // corners; -1 if there is none.
 std::vector<int> sameSightings(const Observations &given, const Observations &previous);
 
-// Solves for `given` with the lens models and bends of the previous result, and sets the observations, the estimate and
-// the freedom of `result`. `same` is what sameSightings() returns. Returns false if a solve fails. Also returns false
-// if a search for outliers from the beginning could have another outcome: if fewer than half of the sightings are the
-// same as before, if a camera has no such sighting, if a decision about an earlier sighting changes, or if it is not
-// clear which place of a print counts. Then `result` is undefined.
+// Solves for `given` with the lens models and the orders of the bends of the previous result. Sets result.observations,
+// result.estimate and result.freedom. `same` is what sameSightings() returns. Returns false if a solve fails. Also
+// returns false if a search for outliers from the beginning could have another outcome: if fewer than half of the
+// sightings are the same as before, if a camera has none of these sightings, if a decision about an earlier sighting
+// changes, or if it is not clear which sightings are bad. If the function returns false, `result` is undefined.
 bool solveFromPrevious(const Observations &given, const Calibration &previous, const std::vector<int> &same,
                        const CalibrateOptions &options, Calibration &result);
 
