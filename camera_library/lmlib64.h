@@ -45,7 +45,7 @@
 // null. Wait for that with lmLibWaitForType. If a command fails or does not exist, "Result" has "ErrorSymbol",
 // "ErrorText" and the command's name in "Execute"/"Command". Until the command has finished, writing or erasing
 // "Command" gives LmLibResultCommandRunning. If the slot is erased or replaced before that, the library discards the
-// command's result. Elements of an array are not slots.
+// command's result. If /Execute is an array, its elements are not slots.
 #ifndef CAMERA_LIBRARY_LMLIB64_H
 #define CAMERA_LIBRARY_LMLIB64_H
 

@@ -1,7 +1,7 @@
-// A command of the library is a function that takes the slot's "Parameters" and returns the slot's "Result". The
-// function has no access to the tree or the tree's lock, and does not depend on the thread that it runs on. To add a
-// command, write its function in a file of its own in this folder, then declare and list the function in
-// command_table.cpp.
+// A command of the library is a function. It takes the "Parameters" of the slot that it runs in (see lmlib64.h) and
+// returns the slot's "Result". The function has no access to the tree or the tree's lock, and does not depend on the
+// thread that it runs on. To add a command, write its function in a file of its own in this folder, then declare and
+// list the function in command_table.cpp.
 #pragma once
 
 #include <string>

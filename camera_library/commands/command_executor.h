@@ -42,7 +42,7 @@ private:
 
     Tree &tree;
     const Lookup lookup;
-    std::mutex stopMutex;  // held by a stop, so that stops run one at a time; locked before `mutex`
+    std::mutex stopMutex;  // held by stop() and finalize(), so that they run one at a time; locked before `mutex`
     std::mutex mutex;      // guards everything below; locked before the tree's own lock
     std::condition_variable changed;
     std::list<Run> queue;

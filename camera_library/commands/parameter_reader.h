@@ -14,15 +14,17 @@
 
 namespace lmlib64 {
 
-// Reads one object of parameters. It keeps a reference to the node, which must outlive it.
+// Reads one object of parameters. The reader keeps a reference to the object's node, so the node must outlive the
+// reader.
 class ParameterReader {
 public:
-    // `place` names the object within the parameters, such as "Patterns[0]"; empty for the parameters themselves.
+    // `place` says where the object is in the parameters, such as "Patterns"[0]. It is empty for the parameters
+    // themselves.
     // A null node counts as an object without children.
     ParameterReader(const Node &object, std::string place);
 
-    // Fails if the object has a child with any other name. `what` tells the user which pattern or command has these
-    // parameters.
+    // Fails if the object has a child whose name is not in `names`. `what` tells the user which pattern or command has
+    // these parameters.
     void allowOnly(const std::vector<std::string_view> &names, std::string_view what) const;
 
     bool has(std::string_view name) const { return node.find(name) != nullptr; }

@@ -13,7 +13,7 @@ constexpr unsigned char multiplicationSign = 0xd7;
 constexpr unsigned char lastOfAscii = 0x7e;
 
 // Returns the index of the character's glyph in the font file; 0 if the font does not have the character. The first
-// glyph stands for missing characters; the others follow in the order of their characters.
+// glyph stands for missing characters. The other glyphs follow in the order of their character codes.
 constexpr int glyphOf(unsigned char character) {
     if (character >= firstCaptionCharacter && character <= lastOfAscii) {
         return character - firstCaptionCharacter + 1;
@@ -84,7 +84,7 @@ std::vector<unsigned> readFlags(GlyphReader &reader, std::size_t count) {
     return flags;
 }
 
-// Reads one coordinate of the step from the previous point.
+// Reads the x or the y of the step from the previous point.
 int readStep(GlyphReader &reader, unsigned flags, CoordinateFlags meaning) {
     const bool isSameOrPositive = (flags & meaning.isSameOrPositive) != 0;
     if ((flags & meaning.isByte) != 0) {
@@ -146,7 +146,7 @@ std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character) {
     if (count < 0) {
         throw std::logic_error("The captions' font has a glyph that is made of others.");
     }
-    reader.skip(8);  // the extent
+    reader.skip(8);  // the bounding box
     std::vector<std::vector<GlyphPoint>> curves(static_cast<std::size_t>(count));
     std::size_t points = 0;
     for (std::vector<GlyphPoint> &curve : curves) {

@@ -19,7 +19,7 @@ std::string captionText(std::string_view utf8);
 // Returns the advance width of the character in thousandths of the font size; 0 if the font does not have it.
 int captionAdvance(unsigned char character);
 
-// Returns the width of a text in this font size, in the unit of the size.
+// Returns the width of a text in the font size `size`. The width has the same unit as the size.
 double captionWidth(std::string_view text, double size);
 
 // A point of a closed curve of a character. The unit is 1/2048 of the font size; x runs to the right and y up from the
@@ -37,7 +37,7 @@ std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character);
 
 constexpr int glyphUnitsPerSize = 2048;
 
-// Returns the content of the TrueType file.
+// Returns the content of the font's TrueType file.
 std::string_view captionFontFile();
 
 }  // namespace lmlib64

@@ -8,9 +8,9 @@
 
 namespace lmlib64 {
 
-// Makes one page per pattern. A pattern that is split gives a page with a plan, followed by one page per sheet. The
-// pages refer to the document, which must outlive them. Throws PatternTooLarge if a pattern cannot be printed; the text
-// names the first such pattern.
+// Makes one page per pattern. If a pattern is split over sheets, makes a page with the plan of the sheets instead,
+// followed by one page per sheet. The pages refer to the document, which must outlive them. Throws PatternTooLarge if a
+// pattern cannot be printed; the exception's text names the first such pattern.
 std::vector<PrintedPage> pagesOf(const PatternDocument &document);
 
 }  // namespace lmlib64

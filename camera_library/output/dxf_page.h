@@ -11,8 +11,8 @@ namespace lmlib64 {
 // layer DARK has the outlines of the pattern's shapes as closed polylines and circles; an outline inside another one is
 // a hole. If the print scale differs in x and y, circles become polylines with errors of at most 0.2 um. OUTLINE has
 // the outer edge of the quiet zone or, on a sheet, the edge of the part that is printed there. BARS has the check bars
-// as closed polylines, CUTS has the cut marks, and CAPTIONS has the texts in ASCII. The error of all other coordinates
-// is at most 0.01 um. Throws std::bad_alloc.
+// as closed polylines, CUTS has the cut marks, and CAPTIONS has the texts in ASCII. All other coordinates have errors
+// of at most 0.01 um. Throws std::bad_alloc.
 std::string dxfPage(const PrintedPage &page, const PatternDocument &document);
 
 }  // namespace lmlib64

@@ -70,7 +70,7 @@ public:
         last = static_cast<std::uint32_t>(right) / pixelUnits + 1;
     }
 
-    // The first and the last column that the last call of addRow has changed.
+    // The first and the last column that the most recent call of addRow has changed.
     std::uint32_t firstColumn() const { return first; }
     std::uint32_t lastColumn() const { return last; }
 
@@ -80,8 +80,8 @@ private:
         return static_cast<std::int32_t>(static_cast<std::uint64_t>(x) / slopeGrain);
     }
 
-    // Adds a piece of the edge within the row. It makes no difference whether the edge leans to the left or to the
-    // right.
+    // Adds the changes of area that a piece of the edge within the row causes. The piece may lean to the left or to the
+    // right; the changes are the same.
     void addPiece(std::int32_t left, std::int32_t right, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t column = static_cast<std::uint32_t>(left) / pixelUnits;
         auto start = static_cast<std::int32_t>(column * pixelUnits);

@@ -36,9 +36,9 @@ struct PixelOutlines {
 
 // Returns the picture of width × height pixels, row after row without padding. Width and height are at most 65536. A
 // pixel is 0 if the outlines enclose all of it, and 255 if they enclose none of it. All outlines are filled together by
-// the even-odd rule, so an outline inside another one is a hole. A hole should have the opposite direction of the
-// outline around it. Otherwise a pixel that both outlines pass through has a wrong grey value. A point outside the
-// picture counts as the nearest point on the picture's border.
+// the even-odd rule, so an outline inside another one is a hole. The outline of a hole should run in the opposite
+// direction to the outline around it. Otherwise a pixel that both outlines pass through has a wrong grey value. A point
+// outside the picture counts as the nearest point on the picture's border.
 std::vector<std::uint8_t> rasterOutlines(const PixelOutlines &outlines, std::int32_t width, std::int32_t height);
 
 // Makes the same picture for a caller that needs only one row at a time. Calls `takeRow` with the pixels of each row,

@@ -73,7 +73,7 @@ std::vector<Rectangle> barAndTicks(double length) {
     const int steps = static_cast<int>(std::lround(length / barStep));
     std::vector<Rectangle> shapes{{0.0, 0.0, length, lineWidth}};
     for (int step = 0; step <= steps; ++step) {
-        // The first and the last tick lie within the bar, so that its length is right from edge to edge.
+        // The first and the last tick lie within the bar, so that the bar has its exact length from edge to edge.
         const double middle = std::clamp(step * barStep, tickWidth / 2.0, length - tickWidth / 2.0);
         const bool isEnd = step == 0 || step == steps;
         const double tick = isEnd ? CheckBar::depth : (step % 5 == 0 ? 2.2 : 1.4);

@@ -31,7 +31,7 @@ struct PageSize {
 struct PageLayout {
     PageSize paper;
     PageSize area;  // the part of the paper that is laid out, as large as on the finished print
-    Point block;    // top-left corner of the pattern with its quiet zone, or of the part of both that is on the page
+    Point block;    // top-left corner of what the page shows: the pattern with its quiet zone, or a part of them
     Point pattern;  // top-left corner of the pattern without its quiet zone; the pattern is centred on the page
     CheckBar barAlongX;
     CheckBar barAlongY;
@@ -39,13 +39,13 @@ struct PageLayout {
     double captionWidth = 0.0;  // the greatest width of the caption
 };
 
-// Lays out the smallest page from A4 to A0 that holds the pattern with its quiet zone, the check bars and a caption
-// line around it, and margins of 5 mm. Portrait is tried before landscape. A pattern that fits on none of these pages
-// gets a page of a custom size. The result is empty if a side of that page would exceed largestPageSide.
+// Lays out the smallest page from A4 to A0 that holds the pattern with its quiet zone, the check bars, a caption line
+// and margins of 5 mm. Portrait is tried before landscape. A pattern that fits on none of these pages gets a page of a
+// custom size. The result is empty if a side of that page would exceed largestPageSide.
 //
-// The printer multiplies all lengths by `printScale`, so they are divided by it when the page is drawn. If the scale of
-// an axis is less than 1, the page grows along this axis when it is drawn. The area is therefore shorter than the paper
-// by this factor. Along any other axis, the area is as long as the paper.
+// The printer multiplies all lengths by `printScale`, so drawing divides them by `printScale`. If the scale of an axis
+// is less than 1, drawing makes everything longer along this axis. The area must still fit on the paper, so it is
+// shorter than the paper by this factor. Along any other axis, the area is as long as the paper.
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale = {1.0, 1.0});
 
 // Lays out a page on this paper; empty if the pattern does not fit on it.
@@ -62,8 +62,7 @@ PageSize largestBlock(PageSize paper, std::array<double, 2> printScale);
 // The longest side that a page of a PDF may have: 14400 pt.
 constexpr double largestPageSide = 5080.0;
 
-// Returns the bar and its ticks as overlapping rectangles of the same direction. Fill them together by the non-zero
-// rule.
+// Returns the bar and its ticks as rectangles, which overlap. Fill all of them together by the non-zero rule.
 std::vector<Rectangle> checkBarShapes(const CheckBar &bar);
 
 // Returns the bar and its ticks as one outline, for formats that draw outlines or fill by the even-odd rule.

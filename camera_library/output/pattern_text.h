@@ -10,7 +10,7 @@
 
 namespace lmlib64 {
 
-// "LmLib64" and the version of the library.
+// Returns "LmLib64" and the version of the library.
 std::string libraryName();
 
 // Returns the title of a pattern, such as "Flexible 15 × 15, grid spacing 12.5 mm".
@@ -18,7 +18,7 @@ std::string patternTitle(const PatternDescription &description);
 
 // Returns the line below a printed pattern: type, number of points, outer size, grid spacing, thickness, offset,
 // polarity, the number of an assembly's pattern, the print scale if there is one, and the library's version. The outer
-// size is rounded to whole nanometres; all other numbers are not rounded.
+// size is rounded to whole nanometres. No other number is rounded.
 std::string patternCaption(const PatternDescription &description, const PatternGeometry &geometry,
                            std::optional<std::array<double, 2>> printScale);
 

@@ -7,9 +7,9 @@
 
 namespace lmlib64 {
 
-// Returns the file. It has the pages of document_pages.h, asks viewers to print them unscaled, and has the pattern file
-// attached as "pattern.json". It holds no date and nothing random: the same document gives the same bytes. Throws
-// PatternTooLarge and std::bad_alloc.
+// Returns the file. The file has the pages of document_pages.h and asks viewers to print them unscaled. The pattern
+// file is attached to it as "pattern.json". The file holds no date and no random numbers, so the same document gives
+// the same bytes. Throws PatternTooLarge and std::bad_alloc.
 std::string patternPdf(const PatternDocument &document);
 
 }  // namespace lmlib64

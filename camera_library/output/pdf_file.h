@@ -38,8 +38,8 @@ private:
 // Returns a reference to the object with this number, for the body of another object.
 std::string pdfReference(int number);
 
-// Returns the bytes as a text in PDF notation. The encoding of the bytes is the one that PDF prescribes where the text
-// is used.
+// Returns the bytes as a string in PDF notation. The caller must use the encoding that PDF prescribes for the place
+// where the string is used.
 std::string pdfText(std::string_view bytes);
 
 }  // namespace lmlib64

@@ -76,8 +76,8 @@ private:
     }
 };
 
-// Draws eight Bézier curves. The distance of a control point from its end of the curve is 4/3 tan(angle / 4) of the
-// radius.
+// Draws eight Bézier curves. The distance of a control point from its end of the curve is 4/3 tan(angle / 4) times the
+// radius, where `angle` is the angle of one curve.
 void Contents::addCircle(const Circle &circle) {
     constexpr int curves = 8;
     constexpr double angle = 6.283185307179586 / curves;
@@ -111,7 +111,7 @@ void addPattern(Contents &contents, const PatternGeometry &geometry, Point place
     for (const Circle &circle : geometry.circles) {
         contents.addCircle(circle);
     }
-    contents.addOperators("f* Q");  // by the even-odd rule
+    contents.addOperators("f* Q");  // f* fills by the even-odd rule
 }
 
 void addText(Contents &contents, const PageText &text) {

@@ -33,8 +33,8 @@ private:
     Point perMm;
 };
 
-// Returns the outlines of all shapes. The outline of a hole has the opposite direction of the outline around it, as the
-// rasteriser requires. A circle becomes a polygon of the same area, with errors of at most 0.03 pixels. Throws
+// Returns the outlines of all shapes. The outline of a hole runs in the opposite direction to the outline around it, as
+// the rasteriser requires. A circle becomes a polygon of the same area, with errors of at most 0.03 pixels. Throws
 // std::bad_alloc.
 PixelOutlines pixelOutlines(const PatternGeometry &geometry, const PixelScale &scale);
 

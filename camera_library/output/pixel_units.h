@@ -1,6 +1,6 @@
-// The unit of the coordinates of both rasterisers, a fraction of a pixel. x runs to the right, y runs down, and the
-// first pixel extends from 0 to pixelUnits. Cairo uses the same fraction, so it can draw the same outlines as a
-// reference.
+// Both rasterisers take coordinates in this unit, which is a fraction of a pixel. x runs to the right, y runs down, and
+// the first pixel extends from 0 to pixelUnits. Cairo uses the same unit, so its pictures of the same outlines can
+// serve as a reference.
 #pragma once
 
 #include <cstdint>

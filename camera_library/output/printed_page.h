@@ -38,14 +38,14 @@ struct Placement {
 struct PrintedPage {
     const DrawnPattern *pattern = nullptr;
     PageSize paper;
-    Placement placement;  // of the layout; the members below have the layout's coordinates, except `window`
-    Point patternPlace;   // the place of the origin of the pattern's geometry
+    Placement placement;  // maps the layout to the paper; the members below, except `window`, are in layout coordinates
+    Point patternPlace;   // where the origin of the pattern's geometry is
     // The part of the pattern that is on the page, in the coordinates of the pattern's geometry. If empty, the whole
     // pattern is on the page.
     std::optional<Rectangle> window;
     std::vector<Rectangle> lines;  // cut marks, or the lines of the plan of sheets; they do not overlap
     std::vector<CheckBar> bars;
-    std::vector<PageText> texts;  // all but the labels of the bars
+    std::vector<PageText> texts;  // all texts except the labels of the bars
 
     // Returns the placement of the pattern's geometry.
     Placement patternPlacement() const { return {placement.at(patternPlace), placement.scale}; }

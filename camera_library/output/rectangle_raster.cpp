@@ -88,7 +88,7 @@ public:
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // Gives these greys to the rows from the end of the last call down to `y`, which is in 1/256 pixel.
+    // Gives these greys to the rows down to `y`, from where the previous call ended. The unit of `y` is 1/256 pixel.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;

@@ -1,7 +1,8 @@
 // Draws axis-aligned rectangles as 8-bit grey pixels. The grey value of each pixel is computed from the covered share
 // of its area and is off by at most one. This rasteriser draws no other shape and does not depend on patterns.
 //
-// It is fast because all rows between two consecutive edges are the same: such a row is computed once and copied.
+// It is fast because all rows between two consecutive horizontal edges are the same: such a row is computed once and
+// copied.
 #pragma once
 
 #include <cstdint>

@@ -13,7 +13,8 @@ namespace {
 constexpr double lineWidth = 0.2;
 constexpr double half = lineWidth / 2.0;
 
-// Distances of a cut mark's two ends from the block. The marks lie in the gap between the block and the check bars.
+// Distances of a cut mark's two ends from the block, which is the part of the pattern on the sheet. The marks lie in
+// the gap between the block and the check bars.
 constexpr double markStart = 0.3;
 constexpr double markEnd = 1.8;
 
@@ -66,7 +67,7 @@ constexpr double textStep = 5.0;
 // Returns the number of a sheet, in the middle of the sheet's place in the plan.
 PageText numberIn(const Rectangle &place, std::size_t number) {
     constexpr double largest = 12.0;
-    constexpr double halfDigit = 0.36;  // of the size
+    constexpr double halfDigit = 0.36;  // half the height of a digit, in text sizes
     const double width = place.right - place.left;
     const double height = place.bottom - place.top;
     PageText text{std::to_string(number), std::min({largest, width / 2.5, height / 2.5}), {}, false};
@@ -99,7 +100,7 @@ PrintedPage planPage(const DrawnPattern &pattern, const SheetPlan &plan, const D
     const PageLayout layout = layOutOnPaper(plan.paper, block, options.printScaleOrNone()).value();
     PrintedPage page = makePage(pattern, layout, options, "");
     page.bars.clear();
-    page.window = Rectangle{};  // the pattern itself is not drawn
+    page.window = Rectangle{};  // empty, so that the pattern itself is not drawn
 
     const std::vector<std::string> steps = instructions(pattern.geometry, plan);
     const double textHeight = textStep * static_cast<double>(steps.size() + 1);

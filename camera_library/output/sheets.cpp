@@ -8,8 +8,8 @@ namespace {
 
 // The range of a pattern along x or along y.
 struct Extent {
-    double begin = 0.0;  // of the quiet zone
-    double end = 0.0;
+    double begin = 0.0;         // where the quiet zone begins
+    double end = 0.0;           // where the quiet zone ends
     std::vector<double> lines;  // where the pattern may be cut, in ascending order
 };
 

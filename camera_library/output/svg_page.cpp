@@ -129,7 +129,7 @@ void addLines(std::string &svg, const PrintedPage &page) {
     svg += "\"/>\n";
 }
 
-// The element states the width of the text, so that the text is equally wide in every font.
+// Adds a text. The element states the text's width, so that the text is equally wide in every font.
 void addText(std::string &svg, const PageText &text, const Placement &placement) {
     const Point &scale = placement.scale;
     svg += text.isUpwards ? "<text transform=\"translate(" : "<text x=\"";

@@ -1,5 +1,5 @@
-// The description of a pattern that a client asked for, after every value has been checked. It consists of plain values
-// and has neither tree nodes nor geometry.
+// The description of a pattern that a client asked for, as plain values. Every value has been checked. The description
+// does not contain the pattern's shapes; see pattern_geometry.h.
 #pragma once
 
 #include <array>

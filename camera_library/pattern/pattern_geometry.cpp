@@ -46,9 +46,9 @@ bool isWithin(const Point &point, const Rectangle &window) {
     return point.x > window.left && point.x < window.right && point.y > window.top && point.y < window.bottom;
 }
 
-// The result starts at a corner that was within the window, if there is one. holesOf tests the first corner to find out
-// which other shapes the polygon lies in. A corner on the window's edge would not show this, because outlines of
-// clipped shapes coincide there.
+// Returns the part of the polygon that is within the window. The result starts at a corner that was within the window
+// before clipping, if there is one. holesOf tests the first corner to find out which other shapes the polygon lies in.
+// A corner on the window's edge would not show this, because the outlines of clipped shapes coincide there.
 Polygon clippedTo(const Rectangle &window, Polygon polygon) {
     const auto inside =
         std::find_if(polygon.begin(), polygon.end(), [&](const Point &corner) { return isWithin(corner, window); });
@@ -113,7 +113,7 @@ PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geomet
 
 Polygon polygonOfCircle(double radius, double tolerance) {
     constexpr double pi = 3.141592653589793;
-    // In tolerances. A smaller circle gets as many corners as a circle of this radius.
+    // The unit is the tolerance. A circle with a smaller radius gets as many corners as a circle with this radius.
     constexpr double leastRadius = 10.0 / 3.0;
     const double share = 1.0 / std::max(radius / tolerance, leastRadius);
     const auto count = static_cast<int>(std::ceil(pi / std::acos(1.0 - share)));

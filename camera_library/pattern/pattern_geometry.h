@@ -1,5 +1,5 @@
-// The geometry of a pattern: plain values in millimetres. They are made once and passed to every output. They do not
-// depend on pages, pixels or files.
+// The geometry of a pattern: its shapes as plain values in millimetres. The geometry is made once and passed to every
+// output. It does not depend on pages, pixels or files.
 //
 // Coordinates: the origin is the top-left corner of the outer size, x runs to the right and y down, as seen on the
 // printed side. All shapes lie within the outer size; the quiet zone around it is light.
@@ -64,8 +64,9 @@ struct PatternGeometry {
     std::vector<Polygon> polygons;
 };
 
-// Returns the geometry with only the part of its shapes that is within the window. The window has the coordinates of
-// the shapes. Circles that the window cuts become polygons with errors of at most 0.2 um. All other values are copied.
+// Returns the geometry with only the part of its shapes that is within the window. The window is in the same
+// coordinates as the shapes. Circles that the window cuts become polygons with errors of at most 0.2 um. All other
+// values are copied.
 PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geometry);
 
 // Returns the corners of the regular polygon that is drawn instead of a circle of this radius around the origin. It has

@@ -25,7 +25,7 @@ enum class SelectedBy { Name, CatalogueBoard, NoType };
 struct PatternType {
     SelectedBy selectedBy;
     std::string_view name;            // the value of "Type"; empty unless `selectedBy` is Name
-    std::string_view errorName;       // its name in error texts, such as: a pattern of type "Flexible"
+    std::string_view errorName;       // the type's name in error texts, such as: a pattern of type "Flexible"
     std::string_view title;           // begins titles and captions; if empty, the value of "Type" does
     std::string_view fileKind;        // "Kind" in the pattern file
     PatternParameterList parameters;  // the parameters that the type can have

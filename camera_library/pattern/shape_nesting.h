@@ -1,5 +1,5 @@
-// Finds the shapes of a geometry that are holes. Some outputs draw a hole correctly only if its outline has the
-// opposite direction of the outline around it.
+// Finds the shapes of a geometry that are holes. Some outputs draw a hole correctly only if its outline runs in the
+// opposite direction to the outline around it.
 #pragma once
 
 #include <vector>
@@ -9,8 +9,8 @@
 namespace lmlib64 {
 
 // Returns a value for every shape: first the rectangles, then the polygons, then the circles. The value is true if the
-// shape is a hole, because it lies within an odd number of others. The shapes may touch but must not cross. Throws
-// std::bad_alloc. The time grows with the number of shapes times the number of shapes at the same height.
+// shape is a hole, that is, if it lies within an odd number of other shapes. The shapes may touch but must not cross.
+// Throws std::bad_alloc. The time grows with the number of shapes times the number of shapes at the same height.
 std::vector<bool> holesOf(const PatternGeometry &geometry);
 
 }  // namespace lmlib64

@@ -42,8 +42,8 @@ constexpr std::uint64_t bitMask(int bit) {
     return std::uint64_t{1} << (blockBitCount - 1 - bit);
 }
 
-// Returns the values of the word's polynomial at the four roots. They are all zero for a word of the code, and they are
-// linear in the bits of the word.
+// Returns the syndrome: the values of the word's polynomial at the four roots of the generator. They are all zero for a
+// word of the code, and they are linear in the bits of the word.
 constexpr std::uint32_t syndromeOf(std::uint64_t word) {
     std::uint32_t syndrome = 0;
     std::uint8_t root = 1;
@@ -73,7 +73,8 @@ constexpr Syndromes bitSyndromes = makeBitSyndromes();
 
 using Polynomial = std::array<std::uint8_t, 5>;
 
-// Returns the product of (x - root) for all roots of syndromeOf. Its coefficients begin with that of the highest power.
+// Returns the product of (x - root) over the four roots in syndromeOf. The coefficient of the highest power comes
+// first.
 constexpr Polynomial makeGenerator() {
     Polynomial product{1};
     std::uint8_t root = 1;
@@ -88,8 +89,9 @@ constexpr Polynomial makeGenerator() {
 
 constexpr Polynomial generator = makeGenerator();
 
-// Returns the check bytes that complete the data to a word of the code: the remainder when the data is divided by the
-// generator. All tables are made by the compiler, so a forked process can never find a half-made table.
+// Returns the check bytes that complete the data to a word of the code. They are the remainder of the data's polynomial
+// divided by the generator. The generator is a constant that the compiler computes, so a forked process can never find
+// a half-made table.
 std::uint32_t checkBytesOf(std::uint32_t data) {
     std::uint32_t remainder = 0;
     for (int byte = 3; byte >= 0; --byte) {
@@ -107,7 +109,7 @@ std::uint32_t lowestBit(std::uint32_t value) {
     return value & (~value + 1U);
 }
 
-// Solves the equations of the code for the unknown bits. It gives the values that these bits must have, and the part of
+// Solves the equations of the code for the unknown bits. It finds the values that these bits must have, and the part of
 // a syndrome that no values of these bits can explain.
 class UnknownBits {
 public:

@@ -7,9 +7,9 @@
 // Bits. A bit is 1 if the square has a mark in its centre, and 0 if it has none. A bit does not depend on the colour of
 //   its square, so a pattern with the other polarity has the same bits.
 // Grids. Two kinds of grid carry bits. The plane has planeSide x planeSide squares; Flexible patterns are cut out of
-//   it. A tile has tileSide x tileSide squares and is one whole pattern: tile 0 is used for Official and Custom
-//   patterns, and tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and row are both
-//   even carry the information block (information_block.h); the other 192 carry the position code.
+//   it. A tile has tileSide x tileSide squares and is one whole pattern: tile 0 is used for catalogue boards and
+//   SingleCustom patterns, and tiles 1 to 18 are the Assembly patterns 0 to 17. The squares of a tile whose column and
+//   row are both even carry the information block (information_block.h); the other 192 carry the position code.
 // Distances. The distance of two windows is the number of bits in which they differ. Take an n by n window of the
 //   plane in any of its four orientations. Its distance is at least planeWindowDistance(n) to every other window of the
 //   plane, to its own rotations, to a window with no marks and to a window with a mark in every square. If one or both
@@ -32,12 +32,12 @@ constexpr int tileCount = 19;
 constexpr int singleTile = 0;
 constexpr int assemblyPatternCount = tileCount - 1;
 
-// Returns the least distance of two windows of the plane with n squares along each side, 5 to 8.
+// Returns the least distance between two windows of the plane. Each window has n x n squares; n is 5 to 8.
 constexpr int planeWindowDistance(int n) {
     return n == 5 ? 2 : n == 6 ? 4 : n == 7 ? 8 : 12;
 }
 
-// Returns the least distance of a window of a tile to any other window, with n squares along each side, 7 or 8.
+// Returns the least distance between a window of a tile and any other window. Each has n x n squares; n is 7 or 8.
 constexpr int tileWindowDistance(int n) {
     return n == 7 ? 3 : 6;
 }

@@ -7,7 +7,8 @@
 namespace lmlib64 {
 
 // Returns the path of the file that this code was loaded from. The path is absolute, has no symbolic links and has
-// forward slashes. It is in the system's local 8-bit encoding, and empty if the system does not state the file.
+// forward slashes. It is in the system's local 8-bit encoding. The result is empty if the system does not tell which
+// file it is.
 std::string libraryFile();
 
 // The ending of a program's file name: ".exe" on Windows, otherwise empty.

@@ -168,8 +168,8 @@ struct Decimal {
     int exponent = 0;
 };
 
-// Rounds a number that is not negative to `precision` digits. If `precision` is 0, the result has as few digits as are
-// needed to read back the same number.
+// Rounds a non-negative number to `precision` significant digits. If `precision` is 0, the result has as few digits as
+// are needed to read back the same number.
 Decimal decimalOf(double number, int precision) {
     std::array<char, 40> buffer{};
     char *const end = buffer.data() + buffer.size();

@@ -28,7 +28,7 @@ using NodeObject = std::map<std::string, Node, std::less<>>;
 using NodeArray = std::vector<Node>;
 using NodeBinary = std::shared_ptr<const Binary>;
 
-// One node and everything below it. A default-constructed node is null. Absent nodes do not exist as objects.
+// One node and everything below it. A default-constructed node is null. There is no Node object for an absent node.
 class Node {
 public:
     // The alternatives are in the order of LmLibType, from null to binary.

@@ -47,8 +47,8 @@ Node chain(Path::Iterator part, Path::Iterator end, Node &value) {
     return object;
 }
 
-// Adds the child that the part names to the parent, with the nodes below it down to the value at the end of the path.
-// The parent must not have this child yet.
+// Adds a new child to the parent, with the name or index in `part`. Also makes the nodes on the rest of the path, and
+// puts the value at the path's end. The parent must not have this child yet.
 LmLibResult graft(Node &parent, const Path::Iterator &part, const Path::Iterator &end, Node &value) {
     auto *array = std::get_if<NodeArray>(&parent.value);
     if (array != nullptr && part->index != array->size()) {

@@ -12,8 +12,8 @@ namespace lmlib64 {
 // the path goes below a leaf, has a name where an array is, or has an index where an object is.
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
-// Puts the value at the path and makes the objects and arrays on the way. Leaves the previous value in `value`; null if
-// there was none. Returns the same errors as findNode, except that the node may be absent. Returns
+// Puts the value at the path and makes the objects and arrays on the way. Leaves the previous value in `value`, or null
+// if there was none. Returns the same errors as findNode, except that the node may be absent. Returns
 // LmLibResultItemPathInvalid if an index is beyond the end of its array.
 LmLibResult placeNode(Node &root, const Path &path, Node &value);
 

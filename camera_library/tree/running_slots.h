@@ -14,7 +14,7 @@ namespace lmlib64 {
 class RunningSlots {
 public:
     using Runs = std::map<std::string, std::uint64_t, std::less<>>;
-    // An entry that is not in the map. Moving it into the map or out of it neither allocates nor fails.
+    // An entry outside the map. Moving it into the map or out of it neither allocates nor fails.
     using Entry = Runs::node_type;
 
     // Makes an entry for a new run in this slot.
