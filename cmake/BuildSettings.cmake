@@ -29,12 +29,13 @@ if(NOT WIN32)
 endif()
 
 if(WIN32)
-  # These keep the macros min and max and rarely used declarations out of windows.h, and define M_PI.
+  # The first two definitions keep the macros min and max, and rarely used declarations, out of windows.h. The third
+  # makes cmath define M_PI.
   add_compile_definitions(NOMINMAX WIN32_LEAN_AND_MEAN _USE_MATH_DEFINES)
 endif()
 if(MSVC)
   add_compile_options(/utf-8 /permissive- /Zc:__cplusplus)
-  add_link_options(/MANIFEST:NO) # the programs' resources contain it
+  add_link_options(/MANIFEST:NO) # the programs' resources contain the manifest
 endif()
 
 # GNU ld for Windows searches an archive, or an import library, only for symbols that earlier files need. CMake puts the
@@ -66,7 +67,7 @@ if(LMCALTAB_SANITIZE)
 endif()
 
 # The thread sanitizer's build leaves out the longest tests of single-threaded code, the tests of failing allocations,
-# and the tests of the viewer's window, whose threads session_test checks. In the folders that are added with
+# and the tests of the viewer's window. (session_test checks the viewer's threads.) In the folders that are added with
 # ${LMCALTAB_ONLY_IF_USED}, it builds only the targets that the remaining tests use.
 if(LMCALTAB_SANITIZE MATCHES thread)
   set(LMCALTAB_THREAD_TESTS_ONLY ON)

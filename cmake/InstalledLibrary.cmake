@@ -42,7 +42,8 @@ function(lmcaltab_install_library target)
     ${CMAKE_CURRENT_BINARY_DIR}/${target}ConfigVersion.cmake
     DESTINATION ${package_directory} COMPONENT ${component})
 
-  # The paths in the file are relative to it, so that the file stays valid if the installation is moved.
+  # The paths in the pkg-config file are relative to the file itself, so that they stay valid if the installation is
+  # moved.
   file(RELATIVE_PATH prefix_from_file /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(TOLOWER ${target} module)
   configure_file(${PROJECT_SOURCE_DIR}/packaging/module.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${module}.pc @ONLY)
@@ -52,9 +53,9 @@ endfunction()
 
 # Adds a shared library for other projects. It consists of the objects of a static library, so that tests can link the
 # static library and call its internal functions. The shared library exports the symbols that its headers mark and that
-# exported_symbols.map in its folder lists. On Windows, the definitions PREFIX_BUILDING and PREFIX_STATIC tell the
-# headers which objects include them. Versions 0.x promise no fixed ABI, so the minor number is part of the library's
-# file name.
+# exported_symbols.map in its folder lists. On Windows, PREFIX_BUILDING makes the headers export their functions, and
+# PREFIX_STATIC marks code that links the static library. Versions 0.x promise no fixed ABI, so the minor number is part
+# of the library's file name.
 function(lmcaltab_add_shared_library target objects prefix)
   if(WIN32)
     target_compile_definitions(${objects} PRIVATE ${prefix}_BUILDING PUBLIC ${prefix}_STATIC)
