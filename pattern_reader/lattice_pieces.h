@@ -9,12 +9,13 @@
 namespace pattern_reader {
 
 // Joins lattices that continue each other: if one is extrapolated, its lattice points coincide with the corners of the
-// other. The lattices must be sorted from large to small. The result has the same order, although a joined lattice may
-// be larger than those before it.
+// other. The lattices must be sorted from large to small. They stay in this order, but a joined lattice may then be
+// larger than those before it.
 void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLevel> &levels);
 
-// True if most of those corners of the piece that are closest to the base lie where the extrapolated base predicts
-// them. The piece's cells must be in the base's coordinates. The tolerance grows with the distance from the base.
+// Predicts the piece's corners closest to the base by extrapolating the base. True if most of these corners lie where
+// they are predicted. The piece's cells must be in the base's coordinates. The tolerance grows with the distance from
+// the base.
 bool continues(const CornerLattice &base, const CornerLattice &piece);
 
 }  // namespace pattern_reader

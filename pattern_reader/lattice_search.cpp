@@ -10,7 +10,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Remembers where corners have been found, so that a lattice that several levels show is taken only once.
+// Remembers where corners have been found, so that a lattice that is visible in several levels is taken only once.
 class TakenCorners {
 public:
     explicit TakenCorners(const cv::Size &size)

@@ -1,5 +1,5 @@
-// The column step and the row step of a lattice at one place. A distance between two points in pixels can be converted
-// to lattice coordinates with these steps.
+// The column step and the row step of a lattice at one place. With them, a distance in pixels can be converted to
+// lattice coordinates.
 //
 // In the picture of a tilted board, the lattice is sheared, and neighbouring lines can be much closer together than
 // neighbouring points on a line. So only a distance in lattice coordinates tells whether a point can belong to the

@@ -45,7 +45,8 @@ std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vecto
     return agreeing;
 }
 
-// The terms of a polynomial map from cells to the image around a corner.
+// The terms of a polynomial that maps cells to the image. (x, y) is the offset of a cell from the corner that is
+// examined.
 cv::Vec3d termsAt(double x, double y, std::integral_constant<int, 3>) {
     return {1, x, y};
 }
@@ -145,7 +146,8 @@ void dropUnprovenPieces(CornerLattice &lattice, const std::vector<SquareReading>
     if (pieces < 2) {
         return;
     }
-    // With random marks, ten squares agree once in a thousand times. A square that disagrees cancels three that agree.
+    // The marks of a piece that does not belong here agree with the code only by chance: ten squares all agree once in
+    // about a thousand cases. A square that disagrees cancels three that agree.
     constexpr int proof = 10;
     std::vector<int> score(size_t(pieces), 0);
     for (const SquareReading &reading : marks) {

@@ -9,9 +9,9 @@
 
 namespace pattern_reader {
 
-// The pixels between two ellipses with a mark's shape. These are the pixels that the mark's border affects, and some of
-// the plain areas on both sides. The plain areas show the slope of the light. If the mark has enough rows, the plain
-// areas are taken only from every third row.
+// The pixels between two ellipses with a mark's shape. They include all pixels that the mark's border affects, and a
+// part of the plain area on each side of the border. The plain areas show the slope of the light. If the mark has
+// enough rows, the plain areas are taken only from every third row.
 class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);
@@ -20,7 +20,8 @@ public:
     // its border and most of the border's blur.
     bool isIn(const cv::Size &size) const;
 
-    // Calls `visit(y, x0, x1)` for every run of pixels in a row y.
+    // Calls `visit(y, x0, x1)` for every run of selected pixels: columns x0 to x1 of row y. It is empty if x0 is
+    // greater than x1.
     template <class Visit>
     void visitRuns(const cv::Size &size, const Visit &visit) const {
         const double determinant = shape(0, 0) * shape(1, 1) - shape(0, 1) * shape(0, 1);

@@ -38,7 +38,7 @@ enum Unknown : size_t {
 template <size_t unknowns>
 class PixelSums {
 public:
-    // One column for the derivative by each unknown, and a last one for the error.
+    // One column for the derivative with respect to each unknown, and a last one for the error.
     static constexpr size_t columns = unknowns + 1;
 
     explicit PixelSums(const MarkFit &fit)
@@ -69,7 +69,7 @@ public:
         }
     }
 
-    // To be called after the last run.
+    // Adds the pixels that are still in the block to the sums. Must be called after the last run.
     void flush() {
         pixels += filled;
         evaluate();
@@ -155,8 +155,8 @@ private:
         }
     }
 
-    // Adds the reflection to the model. Then clears each pixel that has the greatest grey level that a picture can
-    // show, if the model expects this level or more.
+    // Adds the reflection to the model. Then leaves out each saturated pixel (at least `lightest`) for which the model
+    // also expects at least `lightest`.
     void addReflection() {
         for (size_t k = 0; k < filled; k++) {
             const float x = dx[k];
@@ -204,7 +204,7 @@ template <size_t unknowns>
 bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vector &step, MarkFit &fit) {
     using Equations = Cholesky<unknowns>;
     using Vector = typename Equations::Vector;
-    // The unknowns' own scales differ by orders of magnitude.
+    // The unknowns differ by orders of magnitude, so they are scaled to make every diagonal entry of the matrix 1.
     Vector scale{};
     typename Equations::Matrix matrix{};
     Vector right{};
@@ -299,7 +299,8 @@ bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
         if (!isEllipse(fit) || !(std::hypot(moved.x, moved.y) < reach) || fit.blur > 2 * fit.longRadius()) {
             return false;
         }
-        // Convergence is quadratic: the next step would be shorter than this one by the factor step / blur.
+        // Convergence is quadratic: the next step would be shorter than this one by the factor step / blur, so it is
+        // not needed.
         if (std::hypot(step[centreX], step[centreY]) < 0.03 * fit.blur && std::abs(step[blurWidth]) < 0.1 * fit.blur) {
             break;
         }

@@ -19,7 +19,7 @@ struct MarkFit {
     double light = 0;
     double dark = 0;
     cv::Vec2d slope{0, 0};               // relative change of light per pixel
-    std::array<double, 5> reflection{};  // factors of x, y, x², xy and y²
+    std::array<double, 5> reflection{};  // coefficients of x, y, x², xy, y²
     double blur = 0.7;                   // standard deviation in pixels, the pixel's own area included
     double residual = 0;                 // root mean square, grey levels
     double sigma = 0;                    // standard deviation of the centre along one axis, pixels
@@ -37,8 +37,8 @@ struct MarkFit {
 bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit);
 
 // Adds a reflection to a fit of fitMark, in at most `steps` steps, if that explains the picture much better. Otherwise
-// the fit stays as it is. A pixel at the greatest grey level that a picture can show may have been lighter, so it is
-// ignored if the model expects that level or more.
+// the fit stays as it is. A saturated pixel may stand for more light than its grey level shows, so it is ignored if the
+// model also expects saturation.
 void fitReflection(const cv::Mat &picture, int steps, MarkFit &fit);
 
 }  // namespace pattern_reader

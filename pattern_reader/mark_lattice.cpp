@@ -23,8 +23,8 @@ float radiiBetween(const RoundMark &mark, cv::Point2f p, cv::Point2f q) {
     return std::hypot(unit.x, unit.y);
 }
 
-// Returns an upper bound of a mark's longest radius in pixels. The bound holds because the norm of a matrix is not
-// smaller than its greatest stretch.
+// Returns an upper bound of a mark's longest radius in pixels. The bound holds because the Frobenius norm of a matrix
+// is at least its greatest stretch.
 float longestRadius(const RoundMark &mark) {
     return float(cv::norm(mark.toUnit.inv()));
 }

@@ -1,4 +1,4 @@
-// Finds the round marks of plates, which form a square lattice with a pitch of four times their radius.
+// Finds the round marks of plates. The marks form a square lattice with a pitch of four times their radius.
 #pragma once
 
 #include <vector>

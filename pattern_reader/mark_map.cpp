@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr int reach = 2;  // of a neighbourhood from its middle, cells
+constexpr int reach = 2;  // how far a neighbourhood extends from its middle, in cells
 
 // Returns the marks within `reach` cells of a cell. This distance is enlarged, up to `longest`, until there are enough
 // marks on enough lines.
@@ -32,7 +32,7 @@ std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Po
     return near;
 }
 
-// Sets weights that suppress outliers: 1/4 for three times the usual error, and almost 0 for much larger errors.
+// Sets weights that suppress outliers: 1/4 for three times the median error, and almost 0 for much larger errors.
 void reweigh(const std::vector<double> &errors, std::vector<double> &weights) {
     std::vector<double> sorted = errors;
     const auto middle = sorted.begin() + std::ptrdiff_t(sorted.size() / 2);
@@ -49,10 +49,12 @@ cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
     return {v[0] / v[2], v[1] / v[2]};
 }
 
-// The bend's terms are powers of lengths in this unit (cells), so that all have about the same size in a neighbourhood.
+// In the bend's terms, lengths are divided by this unit (in cells), so that all terms have about the same size in a
+// neighbourhood.
 constexpr double unit = reach;
 
-// The derivatives of the bend's terms x^i y^j, taken byX times by x and byY times by y, sorted by i + j.
+// Returns the bend's terms x^i y^j, sorted by i + j, after byX differentiations with respect to x and byY with respect
+// to y. Here x and y are lengths in the unit above.
 MarkMap::Terms derivatives(cv::Point2d p, int byX, int byY) {
     const auto powers = [](double v, int times) {
         std::array<double, MarkMap::bendOrder + 1> all{};
@@ -105,8 +107,8 @@ std::array<cv::Vec2d, 3> MarkMap::Neighbourhood::curvatureAt(cv::Point2d cell) c
 }
 
 // Fits the homography of a plane by weighted least squares, in a few rounds. In each round, a mark's weight depends on
-// its error in the previous round. It also depends on the mark's distance from the camera, so that the sum of squares
-// is in pixels.
+// its error in the previous round. It also depends on the mark's distance from the camera, so that the errors whose
+// squares are minimised are in pixels.
 bool MarkMap::fitPlane(const std::vector<MappedMark> &marks, std::vector<double> &weights, Neighbourhood &here) {
     const cv::Point2d origin = marks.front().image;
     cv::Matx33d map;
@@ -209,7 +211,7 @@ MarkMap::MarkMap(const std::vector<MappedMark> &marks) {
     for (const MappedMark &mark : marks) {
         extent |= cv::Rect(mark.cell, cv::Size(1, 1));
     }
-    // Neighbourhoods lie wholly inside the lattice if it is wide enough.
+    // If the lattice is wide enough, every neighbourhood lies wholly inside it.
     const cv::Point first(extent.x + std::min(reach, extent.width / 2), extent.y + std::min(reach, extent.height / 2));
     middles = cv::Rect(first, cv::Size(std::max(1, extent.width - 2 * reach), std::max(1, extent.height - 2 * reach)));
     const int longest = std::max(extent.width, extent.height);
@@ -245,7 +247,7 @@ cv::Matx22d MarkMap::stepsAt(cv::Point2d cell) const {
 cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
     const cv::Point2d c = cell - here.middle;
-    // The conic to which the plane's homography maps the circle.
+    // The circle's conic, and the conic q to which the plane's homography maps it.
     const cv::Matx33d circle(1, 0, -c.x, 0, 1, -c.y, -c.x, -c.y, c.x * c.x + c.y * c.y - radius * radius);
     const cv::Matx33d inverse = here.plane.inv();
     const cv::Matx33d q = inverse.t() * circle * inverse;
@@ -257,9 +259,9 @@ cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
 
 cv::Point2d MarkMap::bentOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
-    // The second derivatives xx, xy and yy move the points of the circle. The computation uses units in which the map
-    // is the identity. In these, the ellipse that fits the moved points best is shifted by the first harmonic of their
-    // displacement along the circle's normal.
+    // The second derivatives xx, xy and yy displace the points of the circle. The computation uses units in which the
+    // map without bend is the identity. In these units, the ellipse that fits the displaced points best is shifted by
+    // the first harmonic of the displacement's normal component.
     const cv::Matx22d steps = stepsAt(cell);
     const cv::Matx22d toCells = steps.inv();
     const std::array<cv::Vec2d, 3> curvature = here.curvatureAt(cell);

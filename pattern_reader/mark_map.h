@@ -37,10 +37,10 @@ private:
     struct Neighbourhood {
         cv::Point2d middle;                       // cell
         cv::Matx33d plane;                        // homography from cells, relative to the middle, to pixels
-        std::array<cv::Vec2d, bendTerms> bend{};  // factors of a polynomial's terms, in pixels
+        std::array<cv::Vec2d, bendTerms> bend{};  // coefficients of a polynomial, in pixels
 
         cv::Point2d at(cv::Point2d cell) const;
-        // The bend's second derivatives by x and x, x and y, and y and y, in pixels per cell².
+        // The bend's second derivatives xx, xy and yy, in pixels per cell².
         std::array<cv::Vec2d, 3> curvatureAt(cv::Point2d cell) const;
     };
 

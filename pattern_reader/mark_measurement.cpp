@@ -15,7 +15,7 @@ struct FittedMark {
     cv::Point cell;
     MarkFit fit;       // in image coordinates
     size_t level = 0;  // level in which the mark was fitted
-    double noise = 0;  // rms residual, converted to one pixel of the image, as a share of the contrast
+    double noise = 0;  // rms residual as a share of the contrast, converted from the level's pixels to the image's
     bool disturbed = false;
 };
 
@@ -47,7 +47,7 @@ MarkFit rescale(const MarkFit &fit, const ImageLevel &from, const ImageLevel &to
 // Fits a mark first in a level in which it is small, and then in finer ones as long as these add information.
 bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, FittedMark &mark) {
     constexpr double smallRadius = 14;  // pixels
-    constexpr double soft = 1.4;        // pixels of blur, beyond which a finer level shows nothing new
+    constexpr double soft = 1.4;        // pixels; with more blur, a finer level shows nothing new
     size_t number = 0;
     const double radius = std::sqrt(mark.fit.shortRadius() * mark.fit.longRadius());
     while (number + 1 < levels.size() && radius > smallRadius * levels[number].scale()) {
@@ -73,8 +73,8 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
 }
 
 // For each mark, true if it may be in a reflection. A reflection adds the same light to mark and paper, so it raises
-// the dark level as a share of the light level. If more than a quarter of the marks may be in a reflection, it probably
-// reaches all marks, so the result is true for every mark.
+// the ratio of the dark level to the light level. If more than a quarter of the marks may be in a reflection, it
+// probably reaches all marks, so the result is true for every mark.
 std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     std::vector<double> shares;
     std::vector<double> scatters;
@@ -94,9 +94,8 @@ std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     return raised;
 }
 
-// Fits a reflection to the marks that may be in one. A mark's picture may still differ from the model much more than
-// those of most marks do. Then the cause is something else, such as a shadow or a cover, and the fit without a
-// reflection is kept.
+// Fits a reflection to the marks that may be in one. If a mark's residual is still much greater than those of the best
+// marks, the cause is something else, such as a shadow or a cover. The fit without a reflection is then kept.
 void fitReflections(const std::vector<ImageLevel> &levels, std::vector<FittedMark> &marks) {
     const std::vector<bool> raised = inReflection(marks);
     std::vector<MarkFit> lit;
@@ -219,8 +218,8 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
 // Returns the mean squared distance, in pixels², of the marks in and around a cell from their places in the map. The
 // part that the marks' noise explains is subtracted. Disturbed marks do not count.
 double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv::Point cell) {
-    // The map is fitted to these marks and mostly follows each of them, so only this share of the variance of a mark's
-    // noise remains in the mark's distance from the map.
+    // The map is fitted to these marks and partly follows the noise of each. Only this share of the variance of a
+    // mark's noise remains in the mark's distance from the map.
     constexpr double left = 0.4;
     double sum = 0;
     int count = 0;
@@ -240,8 +239,8 @@ double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv:
 // - The model is not exactly what a camera sees.
 // - A bend in the picture of the plate moves the mark's centre away from the ellipse's centre. This offset is known to
 //   about seven per cent.
-// - Where waves or creases bend the paper more than the map can follow, that offset is wrong by about a quarter of what
-//   the map misses.
+// - Where waves or creases bend the paper more than the map can follow, that offset is wrong by about a quarter of the
+//   marks' distance from the map.
 // - A disturbed mark may be wrong by its distance from the position that its neighbours predict.
 double sigmaOf(const FittedMark &mark, const std::vector<FittedMark> &marks, const MarkMap &map, double radius) {
     constexpr double model = 0.001;  // pixels

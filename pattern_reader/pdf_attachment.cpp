@@ -10,7 +10,8 @@ namespace pattern_reader {
 
 namespace {
 
-// In bytes. The JSON text of a pattern with thousands of points has less than a megabyte.
+// The greatest size of a JSON text that is accepted, in bytes. A pattern with thousands of points takes less than a
+// megabyte.
 constexpr std::size_t greatestSize = 100'000'000;
 
 // The whole number that follows a key after any number of blanks; 0 if there is none.

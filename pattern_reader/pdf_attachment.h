@@ -1,5 +1,5 @@
 // Extracts the pattern's description from a PDF that the camera library wrote. If another program wrote the PDF or has
-// saved it again, the description is possibly not found.
+// saved it again, the description may not be found.
 #pragma once
 
 #include <string>

@@ -39,7 +39,7 @@ int exifOrientation(const Bytes &bytes) {
     if (!loader) {
         return 1;
     }
-    // The loader does not change what it reads, and it stops by itself after the header.
+    // The cast is safe because the loader does not change the bytes. It stops by itself after the header.
     exif_loader_write(loader.get(), const_cast<unsigned char *>(bytes.data()), unsigned(bytes.size()));
     const std::unique_ptr<ExifData, void (*)(ExifData *)> data(exif_loader_get_data(loader.get()), exif_data_unref);
     if (!data) {
@@ -115,8 +115,8 @@ cv::Mat asStored(const cv::Mat &upright, int orientation) {
     }
 }
 
-// Returns the angle of a direction after the picture has been mirrored left to right. `angle` is the direction's angle
-// before that. The result is in degrees from -180 to 180.
+// Converts a direction's angle to the direction's angle in the picture mirrored left to right, in degrees from -180 to
+// 180.
 double mirroredAngle(double angle) {
     return std::remainder(180 - angle, 360);
 }

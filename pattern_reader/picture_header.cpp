@@ -8,8 +8,8 @@ namespace pattern_reader {
 
 namespace {
 
-// Reads unsigned numbers at offsets from the start of a file. Beyond the file's end it returns 0, which is not a valid
-// size.
+// Reads unsigned numbers at offsets from the start of a file. A number beyond the file's end is read as 0, which is not
+// a valid size.
 class Bytes {
 public:
     explicit Bytes(std::istream &source) : file(source) {}
@@ -46,7 +46,7 @@ PictureSize jpegSize(Bytes &bytes) {
         if (isFrame) {
             return {bytes.number(at + 7, 2), bytes.number(at + 5, 2)};
         }
-        // A marker may be filled up with any number of FF bytes.
+        // Any number of FF bytes may stand before a marker to fill up space.
         at += marker == 0xFF ? 1 : 2 + bytes.number(at + 2, 2);
     }
     return {};

@@ -13,10 +13,10 @@ using pattern_code::planeSide;
 using pattern_code::tileSide;
 
 constexpr float leastCertainty = 0.3F;  // squares whose reading is less certain are not used
-// A place is accepted if the probability that a lattice of random marks would match as well is less than 10 to this
+// A place is accepted if the probability that random marks would match some place equally well is less than 10 to this
 // power.
 constexpr double log10Doubt = -5;
-constexpr int leastReadings = 36;  // with fewer readings, no place can be that certain
+constexpr int leastReadings = 36;  // with fewer readings, no place can be certain enough
 constexpr double greatestMismatchShare = 0.16;
 
 cv::Point turned(cv::Point p, int quarterTurns) {
@@ -46,7 +46,8 @@ SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origi
     return seen;
 }
 
-// Squares outside the code, or in a tile's information block, are not compared. There must not be many of them.
+// True if enough of the readings were compared with the code at this location, and if enough of those agree. Squares
+// outside the code, or in a tile's information block, are not compared.
 bool isAccepted(const Location &location, int readings) {
     const int compared = location.agreeing + location.disagreeing;
     const int leastCompared = readings * (location.place.tile == Place::plane ? 6 : 4);
@@ -85,7 +86,8 @@ std::optional<Place> findPlace(const std::vector<SquareReading> &readings) {
     const int known = int(certain.size());
     const int marked =
         int(std::count_if(certain.begin(), certain.end(), [](const SquareReading &one) { return one.marked; }));
-    // Plain boards, and boards with too few readings, are not worth a search.
+    // A search is pointless for a board with too few readings, and for a plain board, on which nearly all readings are
+    // alike.
     if (known < leastReadings || marked * 8 < known || marked * 8 > known * 7) {
         return std::nullopt;
     }

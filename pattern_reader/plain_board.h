@@ -1,4 +1,4 @@
-// Determines where a lattice lies on a plain checkerboard of known size, which has no marks.
+// Determines where a lattice lies on a plain checkerboard. Such a board has no marks, but its size is known.
 //
 // The place is known if the lattice spans the whole board, even if some corners are missing. If the lattice is only a
 // part of the board, its place is not known, because the missing lines could be on either side.
@@ -13,7 +13,7 @@
 namespace pattern_reader {
 
 struct BoardPlace {
-    // Moves the lattice's own coordinates to the board's, in which the inner corners run from (1, 1) to (columns,
+    // Converts the lattice's own coordinates to the board's, in which the inner corners run from (1, 1) to (columns,
     // rows).
     LatticeMotion motion;
     // The number of orientations in which a board of this size and these colours looks the same: 1, 2 (half turns) or 4

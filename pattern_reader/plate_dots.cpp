@@ -101,7 +101,7 @@ std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
 struct DotPlace {
     double share = 0;  // 0 for paper, 1 if it is as dark as a dot can look there
     bool known = false;
-    bool canBeEmpty = false;  // true if the place would show a dot if it had one
+    bool canBeEmpty = false;  // true if a dot at this place would be visible
 };
 
 DotPlace lookAtDot(const PlateView &view, int bit) {
@@ -118,8 +118,8 @@ DotPlace lookAtDot(const PlateView &view, int bit) {
     return place;
 }
 
-// Returns the usual DotPlace::share of a dot in this picture; empty if that is not clear. About half of all bits are
-// set, so the upper quartile of all shares is the share of a dot.
+// Returns the usual DotPlace::share of a dot in this picture; empty if dots and paper cannot be told apart. About half
+// of all bits are set, so the upper quartile of all shares is the share of a dot.
 std::optional<double> lookOfDots(const std::array<DotPlace, pattern_code::blockBitCount> &places) {
     std::vector<double> known;
     for (const DotPlace &place : places) {

@@ -21,8 +21,8 @@ cv::Point2d onSide(int side, double along, double inward) {
     }
 }
 
-// True if the picture shows another row of marks, with paper between them, at a side's outer edge. The grid then
-// continues where a plate has its frame.
+// True if the picture shows marks, with paper between them, along a side's outer edge. The grid of marks then continues
+// where a plate has its frame.
 bool showsMarks(const PlateView &view, int side) {
     int marks = 0;
     for (int i = 1; i <= marksPerSide; i++) {
@@ -81,7 +81,7 @@ CornerLook lookAtCorner(const PlateView &view, int corner) {
     };
     const auto isLight = [&](double x, double y) { return at(x, y, 1) > 0.6; };
     const auto isDark = [&](double x, double y) { return at(x, y, 0) < 0.5; };
-    // The frame's outer edge may be outside the picture.
+    // A place outside the picture passes either test, because the frame's outer edge may be outside the picture.
     const bool light = isLight(1.1, 0.42) && isLight(0.42, 1.1) && isLight(-0.25, 0.5) && isLight(0.5, -0.25);
     const bool dark = isDark(frameMiddle, 0.6) && isDark(0.6, frameMiddle) && isDark(frameMiddle, frameMiddle);
     if (!light || !dark) {

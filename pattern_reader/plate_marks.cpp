@@ -99,8 +99,8 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &image
     return added;
 }
 
-// Keeps the marks in the 7 × 7 cells that contain most of them. What was found outside these cells only looks like a
-// mark and is removed. If more than an eighth of the marks are outside, returns false and removes nothing.
+// Keeps the marks in the block of 7 × 7 cells that contains the most marks. What was found outside this block only
+// looks like a mark and is removed. If more than an eighth of the marks are outside, returns false and removes nothing.
 bool keepOnePlate(MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     if (extent.width <= marksPerSide && extent.height <= marksPerSide) {

@@ -28,7 +28,8 @@ struct Assumption {
     FrameEvidence frame;
 };
 
-// Finds the shift with which the picture shows a frame where the plate has one. The orientation is not determined here.
+// Finds the shift of the lattice for which the picture shows a frame where the plate's frame would be. The orientation
+// is not determined here.
 std::optional<Assumption> findShift(const PlatePicture &picture) {
     const cv::Rect extent = picture.marks.lattice.extent();
     std::optional<Assumption> best;
@@ -46,9 +47,9 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
             }
         }
     }
-    // If one side is covered, a wrong shift away from the cover may show the frame at more samples of the two adjacent
-    // sides than the right shift does, but it misses the opposite side. So a smaller margin is enough if the best shift
-    // has more good sides.
+    // If one side is covered, a wrong shift away from the cover may find the frame at more samples of the two adjacent
+    // sides than the right shift does. However, the wrong shift misses the side opposite the cover. So a smaller margin
+    // is enough if the best shift has more good sides than the second best.
     const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
     if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {

@@ -10,8 +10,8 @@
 
 namespace pattern_reader {
 
-// Reads the plate that a lattice of marks belongs to. Empty if the frame does not confirm it, or if its orientation is
-// not certain.
+// Reads the plate that a lattice of marks belongs to. Empty if no frame confirms that it is a plate, if its orientation
+// is not certain, or if too few of its marks can be measured.
 std::optional<PatternReading> readPlate(const std::vector<ImageLevel> &levels, const MarkLattice &start);
 
 }  // namespace pattern_reader

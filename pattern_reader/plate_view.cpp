@@ -50,7 +50,8 @@ PlatePicture::PlatePicture(const std::vector<ImageLevel> &levels, const MarkLatt
     const size_t number = levelForLooks(levels, marks.marks);
     level = &levels[number];
     sharpLevel = &levels[number > 0 ? number - 1 : 0];
-    // A missing mark gets the grey levels of the marks nearest to it.
+    // Each cell gets a weighted mean of the grey levels of all marks. The nearest marks weigh most, so a cell without a
+    // mark gets about the levels of its neighbours.
     for (int i = 0; i < extent.area(); i++) {
         const cv::Point cell = extent.tl() + cv::Point(i % extent.width, i / extent.width);
         double weights = 0;

@@ -194,9 +194,9 @@ struct ResponseRows {
     }
 };
 
-// True if the picture gets lighter in all eight directions, and in each of them by at least 40 % of the average. It
-// must do so within the distance at which a blob of this level can end. A stretched blob may end farther away along its
-// long axis, which is given as a unit vector.
+// True if the picture gets lighter in all eight directions, and in each of them by at least 40 % of the average rise.
+// The rise is measured at the distances at which a blob of this level can end. A stretched blob may end farther away
+// along its long axis, which is given as a unit vector.
 bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool stretched) {
     constexpr int reach = 4;
     if (x < reach || y < reach || x >= smoothed.cols - reach || y >= smoothed.rows - reach) {
@@ -212,7 +212,7 @@ bool isAlone(const cv::Mat &smoothed, int x, int y, cv::Point2f longAxis, bool s
             if (dx == 0 && dy == 0) {
                 continue;
             }
-            // The distance is about the same on the diagonals as along the axes.
+            // Two diagonal steps are about as long as three steps along an axis.
             const bool diagonal = dx != 0 && dy != 0;
             const int near = diagonal ? 2 : 3;
             int rise = std::max(at(dx * near, dy * near), at(dx * (near + 1), dy * (near + 1))) - centre;

@@ -15,7 +15,8 @@ using pattern_code::Square;
 
 constexpr int quickWindowLimit = 64;
 
-// One disagreeing cell cancels this many agreeing cells, which is roughly right if 5 % of the bits are seen wrongly.
+// One disagreeing cell cancels this many agreeing cells. The number is roughly right if 5 % of the bits are seen
+// wrongly.
 constexpr int disagreementWeight = 4;
 
 struct Candidate {
@@ -70,7 +71,7 @@ struct AlignedPatch {
                 }
             }
         }
-        // The patch's own cell (0, 0), which may lie outside the extent.
+        // The position of the patch's own cell (0, 0) after turning. It may lie outside the extent.
         zero = turn.squareOf(-extent.left, -extent.top);
     }
 
@@ -118,7 +119,8 @@ int commonFactor(int a, int b) {
     return b == 0 ? a : commonFactor(b, a % b);
 }
 
-// Compares every cell of the patch with the code. Empty if many cells have been compared and too few agree.
+// Compares every cell of the patch with the code. Returns empty as soon as many cells have been compared and too few of
+// them agree.
 std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
     Candidate candidate;
     int known = 0;
@@ -209,7 +211,8 @@ public:
     }
 
 private:
-    // Compares the whole patch with the code, with the patch's top-left corner on this square of the grid.
+    // Compares the whole patch with the code. The patch's top-left corner lies on this square of the grid. Keeps the
+    // place if it is one of the best two.
     void consider(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
         const CodePlace place{grid.tile, {corner.column + patch.zero.column, corner.row + patch.zero.row}, patch.turns};
         if (std::any_of(best.begin(), best.end(), [&](const Candidate &other) { return other.place == place; })) {

@@ -39,8 +39,8 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
 }
 
 // Perspective, lens and paper bend neighbouring rows of corners alike, so the fourth differences of these rows should
-// be the same. Returns the squares of the differences between neighbouring rows, each divided by the value that the
-// fits' standard deviations predict.
+// be the same. For each two neighbouring fourth differences, returns the squared distance between them, divided by the
+// value that the fits' standard deviations predict.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {
@@ -104,7 +104,7 @@ void estimateSigmas(CornerLattice &lattice, const std::vector<CornerFit> &fits) 
     const float excess = std::sqrt(excessOf(lattice, fits));
     for (size_t i = 0; i < fits.size(); i++) {
         LatticeCorner &corner = lattice.corners[i];
-        // A disturbance is not noise and does not average out.
+        // A disturbance is not noise and does not average out, so the sigma of a disturbed corner is at least tripled.
         corner.sigma = (corner.disturbed ? std::max(3.0F, excess) : excess) * fits[i].sigma;
     }
 }

@@ -22,8 +22,8 @@ namespace {
 constexpr size_t leastMarks = 12;  // of a plate's 49 marks; with fewer, the other marks are not searched for
 
 // The approximate areas in which checkerboards were read. Plates are not searched for there, because the dark squares
-// and marks of a checkerboard look like round marks. Lattices that could not be read are not included, because there
-// are saddles between a plate's marks too.
+// and marks of a checkerboard look like round marks. Lattices that could not be read are not included, because they may
+// belong to a plate: there are saddles between a plate's marks too.
 class BoardArea {
 public:
     explicit BoardArea(const cv::Size &size)
@@ -50,7 +50,8 @@ private:
     cv::Mat covered;
 };
 
-// True if most marks of a lattice belong to a plate that has been read and has at least as many marks.
+// True if most marks of a lattice belong to a plate that has already been read with at least as many marks as the
+// lattice has.
 bool isRead(const MarkLattice &found, const PatternReading &plate) {
     const auto known = std::count_if(found.marks.begin(), found.marks.end(), [&](const RoundMark &mark) {
         const float reach = 0.5F * std::sqrt(mark.area / float(CV_PI));

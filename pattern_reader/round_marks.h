@@ -13,7 +13,7 @@ struct RoundMark {
     cv::Matx22f toUnit;    // maps the border, seen from the centre, onto the unit circle
     float area = 0;        // pixels²
     float darkLevel = 0;   // grey level in the middle
-    float lightLevel = 0;  // grey level around
+    float lightLevel = 0;  // grey level around the mark
 };
 
 // Measures the mark around a point of the image. `radius` is a first guess in image pixels and may be wrong by a factor

@@ -68,7 +68,7 @@ void linkToClosest(std::vector<LinkedSaddle> &saddles, const PointGrid &grid, si
     });
 }
 
-// Keeps only links that both ends have.
+// Keeps only the links that exist in both directions.
 void keepMutual(std::vector<LinkedSaddle> &saddles) {
     std::vector<std::array<int, 4>> mutual(saddles.size());
     for (size_t i = 0; i < saddles.size(); i++) {

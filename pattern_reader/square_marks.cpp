@@ -20,14 +20,14 @@ float sample(const cv::Mat &picture, cv::Point2f p) {
     return top + fy * (bottom - top);
 }
 
-// Returns the level at x, from 0 to 1, of a blurred bar with the given half width around 0. Lengths are in units of the
-// square's side.
+// Returns the level at x, from 0 to 1, of a blurred bar that is centred at 0 and has this half width. Lengths are in
+// units of the square's side.
 float barLevel(float halfWidth, float x, float blur) {
     const float scale = 1 / (std::sqrt(2.0F) * blur);
     return 0.5F * (std::erf((halfWidth - x) * scale) + std::erf((halfWidth + x) * scale));
 }
 
-// Returns the level of the checkerboard itself along one axis: about +1 in this square, and -1 in the next.
+// Returns the level of a checkerboard without marks along one axis: about +1 in this square, and -1 in the next.
 float boardLevel(float x, float blur) {
     return 2 * barLevel(0.5F, x, blur) - 1;
 }
@@ -127,8 +127,8 @@ bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const 
     if (lattice.predict(here, quad.corners[corner])) {
         return true;
     }
-    // A corner that lies diagonally outside the lattice's corner can be predicted only as the fourth point of a
-    // parallelogram with the square's other three corners.
+    // If the corner lies diagonally beyond a corner of the lattice, no corner in its row or column is known. It is then
+    // predicted as the fourth corner of the parallelogram that the square's other three corners form.
     const size_t opposite = 3 - corner;
     const cv::Point there = cornerOf(cell, opposite);
     cv::Point2f a;
@@ -157,9 +157,9 @@ float MarkReader::centreGrey(const Quad &quad) const {
     return sum / 9;
 }
 
-// True if the square's outer parts have the square's colour on every side. `toLevel` is a factor: it converts a
-// difference from the middle grey to a level that is 1 for the square's colour. `expected` is the level that remains of
-// this after blur.
+// True if the square's outer parts have the square's colour on every side. The factor `toLevel` converts a difference
+// from the middle grey to a level that is 1 for the square's own colour. `expected` is the level to which blur reduces
+// this 1.
 bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
     const std::array<cv::Point2f, 4> sides{
         {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};

@@ -68,8 +68,8 @@ CodeGrid tileGrid(int tile) {
 
 using Limits = std::array<int, WindowTable::scanSide * WindowTable::scanSide + 1>;
 
-// Returns an array. If n bits of a window are compared, the window is visited if at most element n of them disagree.
-// Element n is -1 if n bits are too few to visit any window.
+// Returns an array `limits`. If n bits of a window are compared, the window is visited if at most limits[n] bits
+// disagree. If n bits are too few to visit any window, limits[n] is -1.
 const Limits &disagreementLimits() {
     static const Limits limits = [] {
         Limits made{};
