@@ -1,5 +1,5 @@
-// Reads and writes the nodes of the library's tree. Texts from the library are bytes; texts for the library are bytes
-// or UTF-8.
+// Reads and writes the nodes of the library's tree. Texts from the library are returned as bytes. Texts for the library
+// may be bytes or str; a str is passed in UTF-8.
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 

@@ -22,8 +22,8 @@ struct Arguments {
     bool listsPlates = false;
 };
 
-// Reads two numbers with a separator between them, such as 15x9. The result is empty if the text is anything else, and
-// does not depend on the locale.
+// Reads two numbers with a separator between them, such as 15x9. The result is empty if the text is anything else. The
+// locale makes no difference.
 template <typename Number>
 std::optional<std::array<Number, 2>> pairOf(std::string_view text, char separator) {
     std::array<Number, 2> pair{};
