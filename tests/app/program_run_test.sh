@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs the real program, unchanged, on the scripted library and uses it with the keyboard: it starts the viewer, saves,
-# does not load OpenGL, finalises the library when it is closed, and exits with 0. If finalising the library or building
-# the window fails, the program is aborted.
+# Runs the real program, unchanged, on the scripted library and uses the program with the keyboard. The program starts
+# the viewer, saves, does not load OpenGL, finalises the library when the window is closed, and exits with 0. If
+# finalising the library or building the window fails, the program is aborted.
 #   with_desktop.sh program_run_test.sh <program> <folder of the scripted library>
 set -u
 program=$1
@@ -84,7 +84,8 @@ check 'last call' "$(tail -n 1 "$folder/calls")" lmLibFinalize
 check 'number of finalisations' "$(grep -c lmLibFinalize "$folder/calls")" 1
 check 'commands' "$(grep -o 'Command G.*' "$folder/calls" | tr '\n' ' ')" \
   'Command GetModelInfo Command GenerateCalibrationPattern Command GenerateCalibrationPattern '
-# The dialog may ask for the place of a frame that the window manager has just taken away.
+# The dialog may ask for the place of a frame that the window manager has just taken away. The error BadWindow that
+# results is ignored.
 check 'error stream' "$(grep -v BadWindow "$folder/error")" ''
 
 aborted=$((128 + 6))

@@ -29,7 +29,8 @@ void runStartupHook() {
 }
 Q_COREAPP_STARTUP_FUNCTION(runStartupHook)
 
-// True if an event filter of the application consumes tool tip events. A widget without a tip would refuse them.
+// True if an event filter of the application consumes tool tip events. Without such a filter, a widget that has no tip
+// refuses them.
 bool toolTipsAreTakenAway() {
     QWidget widget;
     QHelpEvent event(QEvent::ToolTip, QPoint(), QPoint());

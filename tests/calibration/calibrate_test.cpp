@@ -17,8 +17,8 @@ namespace {
 
 using namespace calibration;
 
-// Returns the rms distance in pixels between the corners as the result and as the truth project them. Coefficients are
-// not compared, because different ones can give the same projection.
+// Projects the corners with the result and with the truth, and returns the rms distance between the two in pixels.
+// Coefficients are not compared, because different ones can give the same projection.
 double rmsDifference(const Calibration &result, const Scene &scene) {
     double squares = 0;
     int count = 0;
@@ -90,8 +90,8 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     EXPECT_EQ(result.prints[0].translationSigma.norm(), 0);
     EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
     EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
-    // The chosen model predicts held-out corners as well as their noise allows. If it was not chosen, the simplest
-    // pinhole or the fisheye predicts them worse.
+    // The chosen model predicts held-out corners as well as their noise allows. The simplest pinhole and the fisheye
+    // predict them worse, unless they were chosen.
     for (size_t camera = 0; camera < 2; camera++) {
         ASSERT_GE(result.cameras[camera].trials.size(), 5U);
         for (const ModelTrial &trial : result.cameras[camera].trials) {
@@ -102,7 +102,7 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
             }
         }
     }
-    // No photograph shows a print in the corners of the fisheye's picture.
+    // The grade is not good, because no photograph shows a print in the corners of the fisheye's picture.
     EXPECT_NE(result.verdict.grade, Grade::Good);
     ASSERT_TRUE(result.next);
     EXPECT_EQ(result.next->camera, 1);
@@ -223,7 +223,8 @@ TEST(Calibrate, namesPrintsThatNoPhotographLinks) {
         << result.notices.front();
 }
 
-// Returns the greatest difference of intrinsics and of the second print's place, in standard deviations.
+// Returns the greatest difference between two results in the intrinsics and the second print's place, in standard
+// deviations.
 double greatestDifference(const Calibration &a, const Calibration &b) {
     double greatest = ((a.estimate.worldFromPrint[1].translation - b.estimate.worldFromPrint[1].translation).array() /
                        b.prints[1].translationSigma.array())
@@ -300,7 +301,7 @@ TEST(Calibrate, findsTheSameFromAPreviousResultAsWithoutOne) {
         options.previous = calibrated(before);
         const Calibration warm = calibrate(without(after), options);
         const auto cold = calibrated(after);
-        // A corner whose residual is just at the limit can count in only one of the two results.
+        // A corner whose residual is close to the limit may count in one result and not in the other.
         EXPECT_LT(greatestDifference(warm, *cold), 0.2);
         EXPECT_EQ(leftOutOf(warm), leftOutOf(*cold));
         EXPECT_NEAR(warm.cameras[0].rms, cold->cameras[0].rms, 1e-4);
@@ -320,7 +321,7 @@ TEST(Calibrate, choosesModelsAgainIfAnotherChoiceIsWanted) {
 
 TEST(Calibrate, choosesModelsAgainOnlyIfThePreviousChoiceIsOutOfDate) {
     struct Row {
-        int photographs;  // number that the previous choice was made from; now there are 14
+        int photographs;  // from which the previous choice was made; now there are 14
         bool mayBend;
         bool isKept;
     };
@@ -330,7 +331,8 @@ TEST(Calibrate, choosesModelsAgainOnlyIfThePreviousChoiceIsOutOfDate) {
         Calibration previous = calibrationOf(scene);
         previous.modelOrigin = {LensModel::Pinhole5, true, row.photographs};
         previous.observations.sightings.clear();
-        // A bend that no corner needs is kept with the previous models, and taken back otherwise.
+        // No corner needs this bend. It stays if the previous models are kept, and disappears if models are chosen
+        // again.
         previous.freedom.shapes[0] = {PrintShape::ratio, 3, 4, 5};
         CalibrateOptions options;
         options.previous = std::make_shared<Calibration>(previous);

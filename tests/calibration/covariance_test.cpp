@@ -16,7 +16,7 @@ using namespace calibration;
 
 TEST(Covariance, tellsHowLargeErrorsAre) {
     constexpr int runs = 60;
-    constexpr int cells = 9;  // of a map, in each row and in each column
+    constexpr int cells = 9;  // in each row and each column of a map
     SolveOptions options;
     options.freedom.shapes = {{PrintShape::ratio}, {0, 1, 2, 3, 4, 5}};
     double lens = 0;

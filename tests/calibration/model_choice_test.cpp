@@ -1,4 +1,4 @@
-// Tests how models are compared, and when an earlier result can be the start.
+// Tests how models are compared, and which sightings count as the same as in an earlier result.
 #include "calibration/model_choice.h"
 
 #include <gtest/gtest.h>

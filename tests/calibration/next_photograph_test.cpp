@@ -136,13 +136,14 @@ TEST(NextPhotograph, isDescribedAsItIsAndHelpsAsPromised) {
         EXPECT_GT(scene.observations.sightings.back().corners.size(), size_t(0.3 * columns * rows));
         const std::optional<Covariance> covariance = covarianceOf(scene.observations, calibration.freedom, scene.truth);
         ASSERT_TRUE(covariance);
-        // The added corners have no noise, which lowers the variance of all residuals a little.
+        // The added corners have no noise, so they lower the variance of all residuals a little. `factor` corrects
+        // this.
         const double factor = std::sqrt(calibration.covariance.varianceFactor() / covariance->varianceFactor());
         const double before = *uncertaintyOf(calibration, calibration.covariance, row.camera).greatest();
         const double after = *uncertaintyOf(calibration, *covariance, row.camera).greatest() * factor;
         EXPECT_NEAR(next->uncertaintyBefore / before, 1, 1e-6);
-        // The prediction assumes that the corners' standard deviations are right. The variance factor is only about 1
-        // here.
+        // The prediction assumes that the corners' standard deviations are right. This is only approximately so here,
+        // because the variance factor is not exactly 1.
         EXPECT_NEAR(next->uncertaintyAfter / after, 1, 0.1) << before;
         EXPECT_LT(next->uncertaintyAfter, 0.95 * next->uncertaintyBefore);
     }

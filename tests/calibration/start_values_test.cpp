@@ -1,4 +1,4 @@
-// Tests the values from which the solve starts, and the geometry with which these are computed.
+// Tests the values from which the solve starts, and the geometry with which these values are computed.
 #include "calibration/start_values.h"
 
 #include <gtest/gtest.h>
@@ -102,7 +102,8 @@ Scene makeChain() {
     observations.photographs.clear();
     for (int moment = 0; moment < observations.moments; moment++) {
         const bool isFirstHalf = moment < observations.moments / 2;
-        // The later camera of each moment is listed first, so that links lead from later cameras to earlier ones.
+        // For each moment, the camera with the higher index is listed first, so that links lead from higher indices to
+        // lower ones.
         observations.photographs.push_back({"", isFirstHalf ? 1 : 2, moment});
         observations.photographs.push_back({"", isFirstHalf ? 0 : 1, moment});
     }

@@ -13,7 +13,7 @@
 namespace calibration {
 namespace {
 
-constexpr int cells = 9;  // along each side of a map; each part of the picture has three
+constexpr int cells = 9;  // along each side of a map; each of the picture's 3 x 3 parts has 3 x 3 cells
 
 PictureMap mapOf(const std::function<double(int, int)> &valueAt) {
     PictureMap map{cells, cells, {}};

@@ -1,4 +1,4 @@
-// A client in plain C99. It includes only the library's header, which shows that the header needs no other header
+// A client in plain C99. It includes only the library's header. So it shows that this header needs no other header
 // before it. It exits without calling lmLibFinalize.
 #include "camera_library/lmlib64.h"
 

@@ -27,7 +27,8 @@ using lmlib64::Tree;
 // The command "Wait" of this test increments `begun`, and returns when `gateOpen` is true.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
-std::string order;  // written by commands, one at a time; read when they have finished
+// The names given to the command "Echo". Commands write it one at a time, and tests read it after the commands.
+std::string order;
 
 Node echo(const Node &parameters) {
     order += std::get<std::string>(parameters.find("Name")->value);

@@ -1,4 +1,5 @@
-# Prints what a DXF file holds, as ezdxf reads it, one entity per line: its kind, its layer and its numbers in mm.
+# Reads a DXF file with ezdxf and prints one line for each entity: its kind, its layer, how many numbers follow, and
+# these numbers. Lengths are in mm and angles in degrees.
 import sys
 
 import ezdxf

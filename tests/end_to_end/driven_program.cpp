@@ -13,8 +13,8 @@
 
 namespace {
 
-// Finds the places of the program's widgets. They are taken from a window in this process. This window has the same
-// size, style and fonts, but is never visible on the screen.
+// Finds the places of the program's widgets in a window of this process. This window has the same size, style and fonts
+// as the program's window, but is never visible on the screen.
 QMap<QString, QRect> layOutWidgets() {
     MainWindow window;
     QMap<QString, QRect> places{{"MainWindow", window.rect()}};

@@ -61,7 +61,7 @@ void FileDrag::mouseMoveEvent(QMouseEvent *event) {
     drag->setMimeData(content);
     connect(drag, &QDrag::actionChanged, this,
             [this](Qt::DropAction action) { wouldBeTaken = action == Qt::CopyAction; });
-    // A drag has an event loop of its own.
+    // The drag runs an event loop of its own, in which a timer moves the mouse.
     QTimer hand;
     connect(&hand, &QTimer::timeout, this, &FileDrag::moveAndRelease);
     hand.start(stepMs);

@@ -12,8 +12,8 @@ class FileDrag : public QWidget {
     Q_OBJECT
 
 public:
-    // A drag is given up if the program does not show within this number of mouse moves, one every 30 ms, that it would
-    // take the files.
+    // The mouse is moved every 30 ms. If the program does not show within `mostMoves` moves that it would take the
+    // files, the drag is given up.
     explicit FileDrag(const Desktop &usersDesktop, int mostMoves = 700);
 
     // Drops the files at a place of the screen, in pixels. True if the program there took them.
@@ -23,8 +23,8 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
 
 private:
-    // Moves the mouse to the target in small steps, and releases the button once the program shows that it would take
-    // the files, or after the last move.
+    // Moves the mouse one step towards the target. At the target, releases the button if the program shows that it
+    // would take the files, or if this is the last move.
     void moveAndRelease();
 
     const Desktop &desktop;

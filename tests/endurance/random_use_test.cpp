@@ -186,7 +186,8 @@ void RandomUseTest::endsAsItBegan() {
     program->stop();
     QTRY_VERIFY(record.isComplete(process));
 
-    // A file that was created without a name is given one through its descriptor in /proc/self/fd/.
+    // Files in /proc/self/fd/ are expected because a file that was created without a name is given one through its
+    // descriptor there.
     const QStringList expected{chosen.path() + "/", home.path() + "/", "/dev/", "/proc/self/fd/"};
     const QStringList paths = record.paths();
     for (const QString &path : paths) {

@@ -1,6 +1,6 @@
-// Opens the example in the viewer, and then uses random keys, clicks, window sizes, and pasted and dropped files. The
-// seed is fixed. Some of the files are bad. The viewer must always respond in time, write only to its own folder, and
-// end without an error.
+// Opens the example in the viewer, and then uses the viewer with random keys, clicks and window sizes, and pastes and
+// drops random files. The seed is fixed. Some of the files are bad. The viewer must always respond in time, write only
+// to its own folder, and end without an error.
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
@@ -167,7 +167,7 @@ void ViewerRandomUseTest::drop(const QString &window) {
             .captured(1)
             .toInt();
     };
-    FileDrag drag(desktop, 60);  // an open dialog or menu takes no files
+    FileDrag drag(desktop, 60);  // few moves, because an open dialog or menu takes no files
     const QPoint middle(value("X") + value("WIDTH") / 2, value("Y") + value("HEIGHT") / 2);
     dropped += drag.drop(someFiles(), middle) ? 1 : 0;
 }
@@ -233,7 +233,8 @@ void ViewerRandomUseTest::survives() {
     QCOMPARE(program.exitCode(), 0);
     QCOMPARE(QDir(work.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     QTRY_VERIFY(record.isComplete(process));
-    // A file that was created without a name is given one through its descriptor in /proc/self/fd/.
+    // Files in /proc/self/fd/ are expected because a file that was created without a name is given one through its
+    // descriptor there.
     const QStringList expected{home.path() + "/", "/dev/", "/proc/self/fd/"};
     for (const QString &path : record.paths()) {
         const auto isWithin = [&path](const QString &folder) { return path.startsWith(folder); };

@@ -1,5 +1,5 @@
-// Records with strace everything that a program and its children do to files, anywhere. There is a record only in
-// builds that define WRITES_ARE_RECORDED, and only where strace is allowed to trace.
+// Records with strace which files a program and its children create, write, rename and remove, in any folder. There is
+// a record only in builds that define WRITES_ARE_RECORDED, and only where strace is allowed to trace.
 #pragma once
 
 #include <QDir>

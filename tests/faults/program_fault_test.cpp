@@ -1,7 +1,7 @@
 // Plays a session with the real window: start, a change on every page, saving, starting the viewer, and a tool tip. The
-// session is repeated once for each of its library calls, and that call fails. If the program cannot do without the
-// call, the user gets exactly one report. In any case the window and the picture stay, and the next action works. There
-// is one exception: if the catalogue cannot be read at the start, no window appears.
+// session is repeated once for each of its library calls, and each time another one of these calls fails. If the
+// program cannot do without the call, the user gets exactly one report. In any case the window and the picture stay,
+// and the next action works. There is one exception: if the catalogue cannot be read at the start, no window appears.
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -58,7 +58,7 @@ struct SeenAction {
 };
 
 struct SeenSession {
-    std::vector<SeenAction> actions;  // the last one goes to another page after all others
+    std::vector<SeenAction> actions;  // the last action goes to another page
     // The path and the code of an exception that escaped. The exception itself is not kept, because it would keep its
     // command's slot.
     std::optional<std::pair<std::string, int>> escaped;
@@ -211,7 +211,7 @@ SeenSession ProgramFaultTest::play(std::size_t failingCall, int code, bool cutSh
 }
 
 void ProgramFaultTest::initTestCase() {
-    // The platform without a screen logs many things that it cannot do.
+    // Without a screen, the toolkit logs many things that it cannot do.
     QLoggingCategory::setFilterRules("default.warning=false");
     clean = play(0, 0, false);
     QVERIFY(!clean.escaped && !clean.isSlotLeft);

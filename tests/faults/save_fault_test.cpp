@@ -204,9 +204,9 @@ TEST_P(SaveFault, permissionsOfAnotherUser) {
             _exit(said.find("FileNotWritten") == 0 && said.find("Permission denied") != std::string::npos ? 0 : 1);
         });
     };
-    // First, the saving user may not write to the file, which belongs to another user. Then this user may not create
-    // files in the folder. If the test runs as the superuser, it saves as another user, because permissions do not stop
-    // the superuser.
+    // Case 1: the file belongs to another user, and the saving user may not write to it. Case 2: the saving user may
+    // not create files in the folder. Permissions do not stop the superuser, so if the superuser runs the test, it
+    // saves as another user. Only the superuser can set up case 1.
     if (geteuid() == 0) {
         EXPECT_EQ(failsAsOtherUser(), 0);
     }
@@ -296,7 +296,7 @@ TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     }
 }
 
-// Each process looks for leftover files in the folder while the others create theirs.
+// Each process looks for leftover files in the folder while the other processes create their temporary files.
 TEST(SaveFault, manyProcessesSaveIntoOneFolder) {
     constexpr int processes = 8;
     const TemporaryFolder folder;

@@ -21,7 +21,7 @@ ends() {
   [ "$code" = "$expected" ] || fail "calibrate_cameras $* ended with $code instead of $expected: $(cat err)"
 }
 says() { grep -q -- "$2" "$1" || fail "no \"$2\" in: $(cat "$1")"; }
-# nothing_in FOLDER: checks that a failed run left no result there.
+# nothing_in FOLDER: checks that a failed run left no result in the folder.
 nothing_in() { [ ! -e "$1" ] || [ -z "$(ls -A "$1")" ] || fail "$1 has: $(ls -A "$1")"; }
 # is_near FILE NUMBER SHARE: every focal length in the file differs from the number by at most this share.
 is_near() {
@@ -29,8 +29,9 @@ is_near() {
     END { exit bad || !n }' "$1" || fail "another focal length than $2: $(grep FocalLength "$1")"
 }
 
-# views COUNT TILT: prints one line for each view of a square of 380 pixels, which is tilted by TILT radians. The camera
-# has a focal length of 700 pixels. A line has each corner of the square and the pixel at which the camera sees it.
+# views COUNT TILT: prints one line for each view of a square. The square has sides of 380 pixels and is tilted by TILT
+# radians. The camera has a focal length of 700 pixels. A line has each corner of the square and the pixel at which the
+# camera sees it.
 views() {
   awk -v count="$1" -v tilt="$2" 'BEGIN { side = 380; f = 700; h = side / 2
     for (k = 0; k < count; k++) {
@@ -56,7 +57,7 @@ photographs() {
 convert whole.png -crop 380x380+462+146 +repage -colorspace Gray target.png
 photographs photo 8 0.6
 
-# Photographs give files, and the files are the same with another number of threads.
+# Photographs give result files. These files do not depend on the number of threads.
 convert photo0.png -resize 50% scaled.png
 convert -size 800x600 xc:gray50 empty.png
 convert photo1.png photo1.jpg
@@ -77,7 +78,7 @@ diff -r result again
 ends 1 --out result-2 --quiet photo?.png --report /dev/null/report.html
 nothing_in result-2
 
-# A corner list gives files, too. One of its corners was not seen.
+# A corner list gives result files, too. One of its corners was not seen.
 awk 'BEGIN { print "# filename x y level"
   for (k = 0; k < 12; k++) for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
     a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
@@ -93,8 +94,8 @@ says listed/camchain.yaml 'distortion_model: radtan'
 ends 2 --corners corners.txt --board 9x6 --square 25 --out none
 says err 'give --image-size'
 
-# Two cameras of a rig see the same board, the right one 80 mm further to the right. One photograph was taken with
-# another zoom. Bars of 200 mm were measured instead of bars of 100 mm.
+# Two cameras of a rig see the same board. The right camera is 80 mm to the right of the left one. One photograph was
+# taken with another zoom. The measured bars are 200 mm long instead of 100 mm.
 awk 'BEGIN { for (camera = 0; camera < 2; camera++) for (k = 0; k < 12; k++)
   for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
     a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
@@ -112,9 +113,10 @@ says out 'left: pinhole5, focal length [89][0-9][0-9]\.[0-9]* x .* 12 photograph
 says out '^All lengths rest on the measured size of'
 says out '^left is not in camchain.yaml, because this file format has no lens model pinhole5\.$'
 says rig/assembly.json 'defined by three corners'
-# numbers_of KEY FILE NUMBER: prints the numbers in the brackets after the key, at its occurrence with this number.
+# numbers_of KEY FILE NUMBER: prints the numbers in the brackets after occurrence NUMBER of the key, counted from 1.
 numbers_of() { grep "\"$1\"" "$2" | sed -n "$3p" | tr -d '[]",' | cut -d: -f2; }
-# The baseline is 80 mm in the size of the drawing, which the print has not.
+# The baseline would be 80 mm if the print had the size of the drawing, but the print is smaller by a factor of 0.999 on
+# average.
 numbers_of Translation rig/calibration.json 2 | awk '{ exit !(($1 + 80 * 0.999)^2 + $2^2 + $3^2 < 0.3) }' ||
   fail "the baseline is $(numbers_of Translation rig/calibration.json 2)"
 numbers_of PrintScale rig/assembly.json 1 | awk '{ exit !(($1 * $2 - 0.998)^2 < 1e-10 && $1 < $2) }' ||

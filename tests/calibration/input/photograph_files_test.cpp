@@ -55,8 +55,8 @@ struct Tag {
     std::string text;
 };
 
-// Makes a directory of the TIFF format that begins at `offset`: texts, and a pointer to another directory if `pointer`
-// is not 0.
+// Makes a TIFF directory that begins at `offset`. It contains the texts of the tags. If `pointer` is not 0, it also
+// contains a pointer to another directory.
 std::string directory(const std::vector<Tag> &tags, size_t offset, size_t pointer) {
     const size_t count = tags.size() + (pointer > 0 ? 1 : 0);
     std::string entries = littleEndian(count, 2);

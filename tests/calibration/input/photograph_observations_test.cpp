@@ -175,7 +175,7 @@ TEST(PhotographObservations, tellPlatesApartByTheirOffsets) {
             EXPECT_EQ(print.points[size_t(corner.point)], (lattice - Eigen::Vector2d(8, 8)) * 15);
         }
     }
-    // The plate whose block was not read is one of the two others, even if the user has given a grid spacing.
+    // The plate whose block was not read may be either of the two others, even if the user has given a grid spacing.
     PrintedTarget target;
     target.gridSpacing = 30;
     const auto two = collectObservations(
@@ -282,7 +282,7 @@ TEST(CameraGroups, findTheMomentsOfARig) {
              Row{{"left01.jpg", "left12.jpg", "right012.jpg", "right2.jpg"}, {0, 1, 1, 2}},
              Row{{"left1.jpg", "left2.jpg", "front8.jpg", "front9.jpg"}, {0, 1, 0, 1}},
              Row{{"a/x.jpg", "a/y.jpg", "b/z.jpg", "b/w.jpg"}, {0, 1, 0, 1}},
-             // Only one of three numbers matches, which counts as chance.
+             // If only one of three numbers matches, the match counts as chance.
              Row{{"left1.jpg", "left2.jpg", "left3.jpg", "right3.jpg", "right4.jpg", "right5.jpg"}, {0, 1, 2, 0, 1, 2}},
          }) {
         std::vector<int> cameras(row.paths.size(), 0);

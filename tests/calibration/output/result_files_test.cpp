@@ -95,7 +95,8 @@ std::vector<cv::Point3d> pointsInView() {
     return points;
 }
 
-// Returns the greatest distance in pixels between our projection of a point and that of OpenCV with a file's numbers.
+// Projects points with the calibration, and with OpenCV and the numbers of a file. Returns the greatest distance in
+// pixels between the two projections of a point.
 double projectionError(const Calibration &calibration, const cv::Mat &matrix, const cv::Mat &coefficients,
                        bool isFisheye) {
     const std::vector<cv::Point3d> points = pointsInView();

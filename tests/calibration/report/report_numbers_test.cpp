@@ -193,7 +193,7 @@ TEST(ReportNumbers, ofPhotographsCountTheUsedCorners) {
     EXPECT_EQ(row[3], prints == 2 ? "sheet 3, sheet 4" : "sheet 3");
     EXPECT_EQ(row[4], QString("%1 of %2").arg(seen - prints).arg(seen));
     EXPECT_NEAR(row[5].toDouble(), shift.norm(), 0.002);
-    // 100 corners with 0.3 px and 700 with 0.1 px.
+    // The rms of 100 corners with 0.3 px and 700 corners with 0.1 px is 0.141 px.
     const QString page = QString::fromStdString(html);
     EXPECT_TRUE(page.contains("<b>0.141</b> px<span>residual, rms per corner</span>"));
     EXPECT_TRUE(page.contains("<b>800</b> <span>corners used</span>"));

@@ -125,8 +125,8 @@ TEST(InformationBlock, repairsOrRefusesButNeverReadsAnotherValue) {
 }
 
 TEST(InformationBlock, isReadFromRandomBitsLessThanOnceInAMillion) {
-    // Each number of unknown bits is the worst case of a step of the repair. If one try in a million succeeded, 0.1 of
-    // these tries would succeed on average.
+    // For each step of the repair, one of these numbers of unknown bits is the worst case. If one try in a million
+    // succeeded, 0.1 of these tries would succeed on average.
     std::mt19937_64 random(5);
     constexpr int tries = 100000;
     for (const int unknownCount : {0, 4, 10, 16}) {
