@@ -1,5 +1,5 @@
-// While an object of this class exists, the local 8-bit encoding is neither UTF-8 nor Latin-1, but ISO-8859-15, in
-// which the euro sign is the byte A4.
+// While an object of this class exists, the local 8-bit encoding is ISO-8859-15, where the byte A4 is the euro sign.
+// Code that takes this byte for UTF-8 or Latin-1 gets another text.
 #pragma once
 
 #include <QString>

@@ -7,7 +7,7 @@ set -u
 folder=$(mktemp -d)
 trap 'kill $manager $server 2>/dev/null; wait; rm -rf "$folder"' EXIT
 
-# Without -noreset, the server would reset when its last client leaves, while the next one may be connecting.
+# Without -noreset, the server would reset when its last client leaves, and could lose a client that is just connecting.
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>"$folder/display" 2>/dev/null &
 server=$!
 for _ in $(seq 300); do [ -s "$folder/display" ] && break; sleep 0.1; done

@@ -1,5 +1,5 @@
-// Fuzzes JSON texts. Any text is either refused and changes nothing, or makes a node. The node's own JSON text then
-// makes the same node again.
+// Fuzzes JSON texts. A text is either refused and changes nothing, or it is accepted and makes a node. The JSON text of
+// that node must then make the same node again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// Fuzzes the parameters of the commands, given as JSON. Every command either succeeds, or fails with a symbol and a
-// sentence. No file is written, and pictures are small.
+// Fuzzes the parameters of the commands. Each input is the JSON text of the parameters. Every command must either
+// succeed, or fail with an error symbol and an error text. No file is written, and pictures are small.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>

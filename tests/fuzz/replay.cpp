@@ -1,5 +1,5 @@
-// Runs a fuzz target once for every file in the folders named on the command line. So if a fault that the fuzzer once
-// found comes back, it is found again in a build with any compiler. Fails if there are no files.
+// Runs a fuzz target once for every file in the folders named on the command line. A fuzzer needs clang, but this
+// replay finds with any compiler whether a known input shows a fault. Fails if there are no files.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

@@ -74,8 +74,8 @@ inline std::shared_ptr<QString> closeNextMessageBox() {
     return text;
 }
 
-// Types the name into the next file dialog and accepts it; an empty name cancels the dialog. `look` is called with the
-// dialog first.
+// Calls `look` with the next file dialog. Then types the name into the dialog and accepts it; an empty name cancels the
+// dialog.
 inline void answerFileDialog(
     const QString &name, const std::function<void(const QFileDialog &)> &look = [](const QFileDialog &) {}) {
     whenOpened<QFileDialog>([name, look](QFileDialog *dialog) {

@@ -24,8 +24,8 @@ void setPictureOf(int width, int height, unsigned char value) {
     scripted_lmlib64::setImage({width, height, 1, std::vector<std::uint8_t>(size, value)});
 }
 
-// The picture's width divided by the viewport's, or its height divided by the viewport's, whichever is larger. The
-// margin of 2 pixels that the view keeps does not count. If the result is above 1, the picture does not fit.
+// Returns the larger of two ratios: the picture's width to the viewport's width, and the picture's height to the
+// viewport's height. The view's margin of 2 pixels does not count. If the result is above 1, the picture does not fit.
 double filling(const MainWindow &window) {
     const auto *view = find<QGraphicsView>(window, "preview");
     const QRectF shown = view->transform().mapRect(view->sceneRect());
@@ -50,7 +50,8 @@ TEST_F(MainWindowTest, opensOnTheOfficialPageWithThePictureUpright) {
     EXPECT_EQ(shown.pixel(0, 3), qRgb(192, 192, 192));
     EXPECT_EQ(picture(window)->transformationMode(), Qt::SmoothTransformation);
     EXPECT_EQ(find<QGraphicsView>(window, "preview")->sceneRect(), picture(window)->sceneBoundingRect());
-    // Building the form, filling the lists and connecting cause no further update.
+    // The catalogue takes one slot, and the only update takes the other. Building the form, filling the lists and
+    // connecting the signals cause no update.
     EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), 2);
     EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
     const QMetaObject &meta = MainWindow::staticMetaObject;

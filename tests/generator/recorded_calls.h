@@ -1,4 +1,4 @@
-// Reads the calls that the scripted library recorded, and makes the calls that are expected from an update.
+// Reads the calls that the scripted library recorded, and lists the calls that a test expects from an update.
 #pragma once
 
 #include <QRegularExpression>

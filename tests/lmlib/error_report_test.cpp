@@ -30,8 +30,8 @@ void pressCopy(QMessageBox *box) {
     (*std::find_if(buttons.begin(), buttons.end(), isCopy))->click();
 }
 
-// Does some work that shows message boxes. Whenever a box is shown, the next action answers it. Fails if boxes are
-// shown more or less often than there are actions.
+// Does some work that shows message boxes. Each action answers one of the boxes, in order. Fails if the number of boxes
+// differs from the number of actions.
 void runWithBoxes(const std::vector<BoxAction> &actions, const std::function<void()> &work) {
     std::size_t runCount = 0;
     QTimer timer;

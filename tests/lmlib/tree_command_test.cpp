@@ -23,8 +23,8 @@ const std::string typeLine = "lmLibGetType /Execute/1/Command";
 const std::string waitLine = "lmLibWaitForType /Execute/1/Command 1 true";
 const std::string symbolLine = "lmLibGetType /Execute/1/Result/ErrorSymbol";
 
-// Returns a function. After it is called, queries of the node's type return this code. If `occurrence` is n, only the
-// n-th query from then on returns it. If it is 0, every query does.
+// Returns a function that scripts the library: once the function has been called, queries of the node's type return
+// this code. If `occurrence` is n, only the n-th of these queries returns the code. If `occurrence` is 0, all do.
 std::function<void()> typeGives(const char *path, std::int32_t code, int occurrence = 0) {
     return [=] { setResult("lmLibGetType", path, code, occurrence); };
 }
@@ -33,8 +33,8 @@ void failMeasure() {
     scripted_lmlib64::failCommand("Measure", "TooDark", "Too dark.");
 }
 
-// Returns the code of the exception that the action throws, and checks that the exception names the command's slot. 0
-// if nothing is thrown.
+// Returns the code of the exception that the action throws; 0 if the action throws nothing. Checks that the exception
+// names the command's slot.
 std::int32_t thrownBy(const std::function<void()> &action) {
     try {
         action();

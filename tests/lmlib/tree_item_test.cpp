@@ -32,7 +32,7 @@ protected:
     }
 };
 
-// The number of lines in the debug log. Every exception writes one.
+// Returns the number of lines in the debug log. Every exception writes one line.
 std::ptrdiff_t loggedCount() {
     const Lines lines = scripted_lmlib64::callLines();
     return std::count_if(lines.begin(), lines.end(), [](auto &line) { return line.rfind("lmLibWriteDebug", 0) == 0; });
@@ -44,8 +44,8 @@ struct Operation {
     std::function<std::string(Item)> run;
 };
 
-// Returns every operation on a child of /A. Each has the text of the value that it returns, and the only library call
-// that it makes.
+// Returns all operations on children of /A. For each operation, the list has the only library call that the operation
+// makes, and the value that it returns as text.
 std::vector<Operation> operations() {
     const auto none = [](auto operation) {
         return [operation](Item i) {

@@ -53,8 +53,8 @@ install() {
   inside apt install -y -q --no-install-recommends "$@" >"$work/log" 2>&1 || { tail -n 30 "$work/log"; return 1; }
 }
 
-# Lists the files on the disk and the known packages. It leaves out what apt and dpkg write about themselves, and the
-# copy of a list of groups that Debian's dbus leaves behind.
+# Lists the files on the disk and the packages that dpkg knows. Leaves out the records of apt and dpkg, logs, temporary
+# files, the source tree, and /etc/gshadow-, a backup file that remains when Debian's dbus is purged.
 list_files() {
   (cd "$root" && find . -xdev \( -path ./var/lib/dpkg -o -path ./var/lib/apt -o -path ./var/cache/apt \
     -o -path ./var/log -o -path ./run -o -path ./tmp -o -path ./source -o -path ./etc/gshadow- \) -prune -o -print |
@@ -140,7 +140,7 @@ try_run() {
   shows_window "Generate Calibration Pattern" "$source/build-bare/bin/LmCalTab"
 }
 
-# Builds the rest, installs it, and uses it from elsewhere without the build.
+# Builds everything and installs it. Then uses the installed tree from another folder.
 try_tree() {
   developer_root
   install "${python_packages[@]}" python3-opencv python3-yaml

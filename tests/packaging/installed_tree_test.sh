@@ -15,7 +15,7 @@ mv first "a place/moved"
 tree="$folder/a place/moved"
 libraries=$(dirname "$(find "$tree" -name 'libLmLib64.so')")
 
-# Compares the list of installed files, without those of the manual.
+# Compares the installed files, except those of the manual, with the expected list.
 diff "$source/tests/packaging/installed_files.txt" <(cd "$tree" && find . -type f -o -type l |
   sed "s,^\./,,; s,^lib/[a-z0-9_]*-linux-gnu/,lib/,; s/\.so\.[0-9.]*$/.so.VERSION/; s/-[a-z]*\.cmake$/-CONFIG.cmake/
     s/_lmlib64\.cpython.*/_lmlib64.so/" |
@@ -96,7 +96,7 @@ for path in /Path/Application/LmView /Path/Manual; do
   [[ -e $named && $named == "$tree"/* ]] || fail "$path is $named"
 done
 
-# The examples that calibrate find the focal length of the camera that made the pictures.
+# The calibration examples find the focal length of the simulated camera: 1200 pixels.
 draw_pattern flexible --size 9x7 --grid-spacing 25 --resolution 120 -o board.png -o board.json
 /usr/bin/python3 "$source/tests/packaging/photograph_board.py" board.png 120
 examples/calibrate_target board.json view-*.png >calibrated || fail "calibrate_target"
@@ -104,7 +104,8 @@ examples/calibrate_target board.json view-*.png >calibrated || fail "calibrate_t
 sed -n 's/^camera_matrix.*data: .\([0-9.]*\),.*/focal lengths \1 \1/p' camera.yaml >>calibrated
 [ "$(awk '/focal lengths/ && $3 > 1190 && $3 < 1210 && $4 > 1190 && $4 < 1210' calibrated | wc -l)" = 2 ] ||
   fail "calibrated: $(cat calibrated)"
-# A point at (0.1, 0.05, 1) is 120 and 60 pixels from the centre (639.5, 479.5) of that camera, which has no distortion.
+# This camera has no distortion, and its image centre is at (639.5, 479.5). So it sees a point at (0.1, 0.05, 1) 120
+# pixels to the right of the image centre and 60 pixels below it.
 calibrate_cameras --quiet --pattern board.json --out result view-*.png >log || { cat log; fail "calibrate_cameras"; }
 /usr/bin/python3 "$source/examples/python/use_camera_info.py" result/*.camera_info.yaml view-0.png 0.1 0.05 1 >projected
 [ "$(awk '$(NF-1) > 754.5 && $(NF-1) < 764.5 && $NF > 534.5 && $NF < 544.5' projected | wc -l)" = 2 ] ||

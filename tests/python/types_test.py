@@ -23,8 +23,8 @@ class Types(unittest.TestCase):
     def test_name_everything_that_the_package_has(self):
         self.assertEqual(complaint_of("mypy.stubtest", "lmlib64"), "")
 
-    # The tool above does not see into compiled functions. The documentation of such a function starts with its
-    # signature.
+    # stubtest cannot see the arguments of compiled functions. So this test compares the stub with the documentation of
+    # each function, which starts with the signature.
     def test_have_the_arguments_of_the_compiled_functions(self):
         stub = pathlib.Path(_lmlib64.__file__).with_name("_lmlib64.pyi").read_text(encoding="utf-8")
         for function in ast.parse(stub).body:

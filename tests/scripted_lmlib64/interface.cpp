@@ -45,8 +45,8 @@ const char *kept(std::string text) {
     return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): it outlives the call
 }
 
-// Does what every function does: records the call, returns the scripted result or performs the action, and turns every
-// exception into a result code.
+// Does what all functions have in common. Records the call. Then returns the scripted result if there is one; otherwise
+// performs the action. Turns an exception into a result code.
 template <typename Value, typename Action>
 Value answer(std::int32_t *result, const char *function, const char *path, const std::string &value,
              const Value &failureValue, Action action) {
@@ -103,7 +103,7 @@ std::int32_t typeOf(const Json &node) {
     return node.is_number() ? LmLibTypeNumber : types.at(node.type());
 }
 
-// "/Execute/SLOT/Command"
+// True if the path is of the form "/Execute/SLOT/Command".
 bool isCommand(const std::string &path) {
     const std::string start = "/Execute/";
     const std::size_t slotEnd = path.find('/', start.size());
@@ -202,7 +202,7 @@ void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t w
 
 void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height, int32_t *channelCount,
                         int32_t *bytesPerElement, int32_t *isFloat, double *timestamp) {
-    // The program does not use these values, so it must not ask for them.
+    // The program does not use these two values, so it must not ask for them. If it does, the recorded call shows that.
     const bool asksForMore = bytesPerElement != nullptr || timestamp != nullptr;
     perform(result, "lmLibGetBinaryInfo", path, asksForMore ? "more" : "", [&](const std::string &at) {
         const Binary &binary = library().binaryAt(at);

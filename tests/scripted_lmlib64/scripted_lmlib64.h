@@ -12,10 +12,10 @@
 //     ... the part under test ...
 //     EXPECT_EQ(scripted_lmlib64::callLines().at(0), "lmLibSetInt /Execute/1/ImageSize 2000");
 //
-// To use it instead of the library beside the program, start the unchanged program with LD_LIBRARY_PATH set to the
-// folder tests/scripted of the build tree. LMLIB64_RECORD names a file. Every call appends a line to this file, in the
-// form of callLines(). LMLIB64_SCRIPT names a JSON file that is applied over the default script. All of its members are
-// optional:
+// In a test of the unchanged program, set LD_LIBRARY_PATH to the folder tests/scripted of the build tree. The program
+// then loads this library instead of the one beside it. If LMLIB64_RECORD names a file, every call appends a line to
+// that file, in the form of callLines(). If LMLIB64_SCRIPT names a JSON file, that file is applied over the default
+// script. All members of the file are optional:
 //
 //     {"nodes":    {"<path>": <any value>, ...},
 //      "codes":    {"<function>": <result code of every call>, ...},
@@ -34,10 +34,10 @@
 
 namespace scripted_lmlib64 {
 
-// One call into the library. The value is what was passed after the path: the text, the number with the fewest digits
-// that still give the same number, "true" or "false", or several of these separated by spaces. If a caller asks
-// lmLibGetBinaryInfo or lmLibGetBinary for something that the program does not use, the value also contains the word
-// "more" or "timestamp". For a message to the debug log it is the message.
+// One call into the library. `value` has the arguments after the path, separated by spaces: a text, "true" or "false",
+// or a number with the fewest digits that still give the same number. If a caller asks lmLibGetBinaryInfo or
+// lmLibGetBinary for something that the program does not use, `value` also contains the word "more" or "timestamp". If
+// the call writes a message to the debug log, `value` is the message.
 struct Call {
     std::string function;
     std::string path;

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Tests the command line of draw_pattern: the library's parameters, the files, the messages and the exit codes.
 #   draw_pattern_test.sh DRAW_PATTERN VERB
-# VERB is what cannot be done with a folder that is given as a file: "opened" or "read".
+# If a folder is given as a file, the message must end with "it cannot be VERB". VERB is "opened" or "read".
 set -euo pipefail
 draw_pattern=$1 verb=$2
 folder=$(mktemp -d)
@@ -19,8 +19,9 @@ ends() {
 }
 says() { grep -qF -- "$2" "$1" || fail "no '$2' in: $(cat "$1")"; }
 
-# draws PARAMETERS ARGUMENT...: checks that the file lists these parameters of its last pattern (in one line without
-# blanks), and that drawing the pattern again from the file gives the same bytes, also as PDF.
+# draws PARAMETERS ARGUMENT...: draws with these arguments to a JSON file and a PDF. The JSON file must list these
+# parameters of its last pattern (compared without blanks and line ends). Drawing from the JSON file must give the same
+# JSON file and the same PDF.
 draws() {
   local parameters=$1
   shift
@@ -71,7 +72,7 @@ done
 width() { od -An -tu4 --endian=big -j16 -N4 "$1" | tr -d ' '; }
 [ $(((2 * $(width 100.png) - $(width 200.png)) / 2)) -eq 0 ] || fail "--resolution: $(width 100.png) and $(width 200.png) pixels"
 
-# Options replace what the file says, also if it has values of another type.
+# Options replace the values in the file, even if those have other types.
 echo '{"Paper":"A4","PrintScale":"none","Patterns":[{"GridSpacing":12}]}' >typed.json
 ends 0 --json typed.json --paper 200x287 --print-scale 0.99,1 -o replaced.json
 says <(tr -d ' \n' <replaced.json) '"PrintScale":[0.99,1],"Paper":[200,287]'

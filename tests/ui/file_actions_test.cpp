@@ -121,8 +121,8 @@ TEST(OpenCalTabCalibration, everyClickStartsAViewerThatOutlivesTheWindow) {
     const QTemporaryDir folder;
     const QString record = folder.filePath("viewer.record");
     const QString viewer = folder.filePath("viewer");
-    // The script waits until it is told to end, which happens only after the window is gone. It gives up after ten
-    // seconds.
+    // The script waits until the test tells it to end. The test does so only after the window is gone. The script gives
+    // up after ten seconds.
     installScript(viewer, R"(
         echo "$#:$*" >>"$0.record"
         for i in $(seq 100); do [ -e "$0.end" ] && break; sleep 0.1; done
