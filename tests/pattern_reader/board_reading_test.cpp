@@ -88,7 +88,7 @@ Board takeBoard(const View &view) {
     return board;
 }
 
-// Returns the lattice point whose true position in the image is closest to this point.
+// Returns the lattice point whose true position in the image is closest to `image`.
 cv::Point truePoint(const Board &board, cv::Point2f image) {
     cv::Point best;
     double distance = 1e9;
@@ -198,7 +198,7 @@ TEST(BoardReading, readsEveryMark) {
 }
 
 // On a board seen at a steep angle, neighbouring lattice lines can be much closer together than neighbouring corners on
-// a line.
+// a line. So a corner can be wrong although its error is small compared with the distance to its neighbour on the line.
 TEST(BoardReading, dropsACornerThatLiesOnAMarkOfASteeplySeenBoard) {
     const cv::Point2f column(20, 0);
     const cv::Point2f row(19, 4);

@@ -65,8 +65,8 @@ TEST(CornerFit, findsTheCornerOfADrawnSaddle) {
     }
 }
 
-// Returns the mean of (error / standard deviation)² over many pictures and both axes. The fit states the standard
-// deviation.
+// Returns the mean of (error / standard deviation)² over many pictures and both axes. The standard deviation is the one
+// that the fit states.
 double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     const CornerBorders borders{{cv::Point2f(20, 0), cv::Point2f(0, 20)}};
     constexpr int pictures = 300;
@@ -88,8 +88,8 @@ double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     return sum / pictures;
 }
 
-// The test also fails if a gradient moves the fitted corner. If the model had no slopes, the gradient would move the
-// corner by twice the standard deviation.
+// A gradient of the light must not move the fitted corner either. If the model of the fit had no slopes, the gradient
+// would move the corner by twice the standard deviation.
 TEST(CornerFit, claimsTheErrorsThatItMakes) {
     const struct {
         Corner corner;

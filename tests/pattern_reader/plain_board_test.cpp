@@ -29,7 +29,7 @@ cv::Mat drawBoard(cv::Size corners) {
 
 struct Photographed {
     cv::Mat image;
-    cv::Matx23d map;  // from the drawing's pixels
+    cv::Matx23d map;  // from pixels of the drawing to pixels of `image`
 };
 
 Photographed photograph(const cv::Mat &drawing, double clockwise) {
@@ -98,7 +98,7 @@ TEST(PlainBoard, saysNothingOfAnotherSizeOrOfAPartThatCouldLieElsewhere) {
     }
     // One column is outside the picture.
     EXPECT_TRUE(readBoards(drawing.colRange(0, drawing.cols - 3 * int(square)), {9, 6}).empty());
-    // A hand over the middle of one side leaves corners on all of the board's lines.
+    // If a hand covers the middle of one side, some corners of every line are still seen, so the board is read.
     cv::Mat covered = drawing.clone();
     covered(cv::Rect(0, int(3.2 * square), int(3.4 * square), int(2.2 * square))) = 140;
     const auto readings = readBoards(covered, {9, 6});

@@ -29,7 +29,7 @@ struct View {
     double reflection;  // grey levels that it adds
     Cover cover;
     size_t leastMarks;
-    double greatestRms;  // pixels, of the marks that are not disturbed
+    double greatestRms;  // pixels; limit of the rms error of the marks that are not disturbed
 };
 
 struct Photograph {

@@ -74,7 +74,7 @@ struct LocateCase {
     int width, height;
     Damage damage;
     PositionIndex::Effort effort;
-    int leastCertain;  // least number of certain places out of 200
+    int leastCertain;  // of 200 patches, at least this many must be located with certainty
 };
 
 class Locate : public testing::TestWithParam<LocateCase> {};

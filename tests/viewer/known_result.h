@@ -12,13 +12,14 @@ namespace known_result {
 
 constexpr int firstId = 10;  // the session's id of photograph 0; the ids of the others follow
 
-// Where a corner was seen, and how far that is from where the estimate puts the corner. Both are in pixels.
+// `seen` is where a corner was seen. `residual` is this place minus the place that the estimate predicts. Both are in
+// pixels.
 struct Corner {
     Eigen::Vector2d seen;
     Eigen::Vector2d residual;
 };
 
-// A print of 9 x 7 corners with a pitch of 20 mm. Its reach is 100 mm.
+// A print of 9 x 7 corners with a pitch of 20 mm. Its four outermost corners are 100 mm from its middle.
 inline calibration::Print makePrint(int number) {
     calibration::Print print;
     print.name = "pattern " + std::to_string(number);
@@ -32,10 +33,10 @@ inline calibration::Print makePrint(int number) {
     return print;
 }
 
-// Two cameras, patterns 4 and 7, and four photographs: the first three are taken by the first camera. No photograph
-// shows a corner yet. The photographs are taken from 500, 550, 600 and 650 mm in front of pattern 4. Pattern 7 is 300
-// mm to the right of pattern 4 and 200 mm nearer to the cameras. It is turned by 30 degrees and bent by 0.64 mm towards
-// the cameras. It is larger by 0.2 % in x and 0.1 % in y.
+// Two cameras, patterns 4 and 7, and four photographs without corners; add() adds corners. The first camera takes the
+// first three photographs. The photographs are taken from 500, 550, 600 and 650 mm in front of pattern 4. Pattern 7 is
+// 300 mm to the right of pattern 4 and 200 mm nearer to the cameras. It is turned by 30 degrees and bent by 0.64 mm
+// towards the cameras. It is larger by 0.2 % in x and 0.1 % in y.
 struct Builder {
     std::shared_ptr<calibration::Calibration> calibration = std::make_shared<calibration::Calibration>();
     SessionResult result;

@@ -44,7 +44,7 @@ TargetView viewOf(const cv::Mat &frame) {
     return {{frame.cols, frame.rows}, std::make_shared<const PatternReadings>(pattern_reader::readPatterns(frame))};
 }
 
-// Writes frames as numbered pictures.
+// Writes frames as numbered pictures, which a live source can read like a video.
 class Film {
 public:
     void add(int count, const cv::Mat &frame) {
@@ -149,9 +149,9 @@ void LiveCaptureTest::measuresTheBlurOfEdges() {
 }
 
 void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
-    // The frame is made from the other view. For this, the other view's corners are first scaled and turned. Then they
-    // are squeezed in x by a factor, and moved to the right by a share of the diagonal. The other view keeps only the
-    // given share of its corners.
+    // The frame has the corners of the other view, moved in three steps: they are scaled and turned, then squeezed in x
+    // by a factor, then moved to the right by `shift` times the diagonal. After that, the other view keeps only
+    // `share` of its corners.
     QTest::addColumn<double>("scale");
     QTest::addColumn<double>("turn");
     QTest::addColumn<double>("squeeze");
@@ -301,7 +301,7 @@ void LiveCaptureTest::keepsNoPartOfAPictureOnAFullDisk() {
 }
 #endif
 
-// Single frames that get lost are no reason to stop.
+// The source must not stop if the camera loses single frames, as this one does.
 void LiveCaptureTest::noticesThatACameraIsUnplugged() {
     constexpr int frameCount = 3;
     FrameSource source({0, {}, {}}, std::make_unique<UnreliableCamera>(frameCount));
@@ -356,8 +356,8 @@ void LiveCaptureTest::keepsColours() {
 
 void LiveCaptureTest::judgesSharpnessBySharpestFrame() {
     const struct {
-        double sharpest;  // blur of the frames before, in pixels
-        double blur;
+        double sharpest;  // blur of all frames before the last one, in pixels
+        double blur;      // of the last frame, in pixels
         bool hasEnough;
         LiveState state;
     } cases[] = {{0.5, 1.4, false, LiveState::Worth},   {0.5, 1.6, false, LiveState::Blurred},

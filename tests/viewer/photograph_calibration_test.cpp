@@ -1,4 +1,5 @@
-// Tests how read photographs and settings become a result. The corners are computed from known poses.
+// Tests how a result is made from settings and from photographs that have been read. The corners are computed from
+// known poses.
 #include "viewer/session/photograph_calibration.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,7 @@ using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
 
 constexpr int photographCount = 8;
-constexpr double distanceMm = 600;  // of every pattern, within 10 %
+constexpr double distanceMm = 600;  // from the camera to the patterns; the true distances differ by up to 10 %
 
 // How a pattern was printed.
 struct Printed {
@@ -87,7 +88,8 @@ SessionResult resultOf(const QVector<SessionPhotograph> &photographs, const Sess
 }
 
 TEST(PhotographCalibration, usesWhatTheUserMeasured) {
-    // Pattern 1 is printed too wide and too low. Without its measured size, pattern 0 counts as exact.
+    // Pattern 1 is printed too wide and not high enough, and pattern 0 too large. If the measured size of pattern 1
+    // were ignored, pattern 0 would count as exact.
     Printed first;
     Printed second;
     second.tile = 2;
@@ -106,7 +108,7 @@ TEST(PhotographCalibration, usesWhatTheUserMeasured) {
         EXPECT_NEAR(std::exp(numbers[PrintShape::scale] + numbers[PrintShape::ratio] / 2), expected.x(), 2e-4);
         EXPECT_NEAR(std::exp(numbers[PrintShape::scale] - numbers[PrintShape::ratio] / 2), expected.y(), 2e-4);
     }
-    // The corners alone would show the ratio, too, so look at what the calibration was told.
+    // The corners alone would show the ratio of width to height, too. So this checks what the calibration was told.
     EXPECT_NEAR(result.calibration->freedom.priors[1].mean[PrintShape::ratio], std::log(1.004 / 0.998), 1e-9);
 }
 

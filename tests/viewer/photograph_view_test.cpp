@@ -20,8 +20,9 @@ constexpr double fittedScale = 2.0 / 3;
 const QString arrowColour = "#ffd200";
 const QString uncountedColour = "#ff503c";
 
-// The pattern's x axis points down in the picture, and its y axis to the left. The last corner is far from the others.
+// The last corner's x and y at a distance of 1 along the optical axis.
 const QPointF straightDirection(0.3, 0.2);
+// The pattern's x axis points down in the picture, and its y axis to the left. The last corner is far from the others.
 std::vector<pattern_reader::PatternCorner> cornersOf(const calibration::Calibration &calibration) {
     Eigen::Vector2d bent;
     calibration::project(calibration.observations.cameras[0].lens, calibration.estimate.intrinsics[0].data(),
@@ -173,7 +174,7 @@ void PhotographViewTest::movesWithKeysAndMouse() {
     QVERIFY(distance(corners()[0], first + QPointF(30, -20)) < 0.01);
     QTest::mouseDClick(view.get(), Qt::LeftButton);
     QVERIFY(distance(corners()[0], first) < 0.01);
-    // A photograph that is shown next is fitted into the view.
+    // If another photograph is shown, it is fitted into the view, whatever the zoom was before.
     QTest::keyClick(view.get(), Qt::Key_Plus);
     QVERIFY(distance(corners()[0], first) > 10);
     view->showPhotograph(nullptr);

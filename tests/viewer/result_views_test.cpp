@@ -38,7 +38,7 @@ QString summaryOf(const QWidget &view) {
     return view.findChild<QLabel *>()->text().replace(QChar(0xa0), ' ');
 }
 
-// Returns the colour at a place of the plot, in coordinates of the plot's axes.
+// Returns the colour at a place of the plot. The place is in the coordinates of the plot's axes.
 QColor colourAt(QwtPlot &plot, QPointF place) {
     const QImage canvas = plot.canvas()->grab().toImage();
     return canvas.pixelColor(qRound(plot.transform(QwtPlot::xBottom, place.x())),
@@ -87,7 +87,7 @@ void ResultViewsTest::showsTheCornersOfTheChosenCamera() {
     Builder known;
     std::vector<Corner> left;
     std::vector<Corner> right;
-    for (int column = 0; column < 6; ++column) {  // of the 12 x 9 cells of the picture
+    for (int column = 0; column < 6; ++column) {  // the coverage is counted in 12 x 9 cells of the picture
         for (int row = 0; row < 9; ++row) {
             left.push_back({{50 + 100.0 * column, 50 + 100.0 * row}, {0, 0}});
             right.push_back({{650 + 100.0 * column, 50 + 100.0 * row}, {0, 0}});
@@ -386,7 +386,7 @@ void ResultViewsTest::turnsTheSceneWithTheMouse() {
     };
     const QPointF first = axis();
     const QPointF firstPlace = placeOfText(drawnMarks(view), "4");
-    // What is near follows the mouse, so the far end of the axis moves against it.
+    // The near side of the scene follows the mouse, so the far end of the axis moves the other way.
     drag({300, 300}, {330, 300}, {});
     QVERIFY(axis().x() < first.x() - 5);
     const QPointF turned = axis();

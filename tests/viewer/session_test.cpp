@@ -180,7 +180,7 @@ void SessionTest::readsFilesOfAnyNameAndSaysWhatIsWrongWithThem() {
     QVERIFY(cut.isTruncated && !good.isTruncated);
 #ifdef Q_OS_UNIX
     const LocalEncoding encoding;
-    const QTemporaryDir localFolder;  // must be removed while `encoding` exists, or the files' names are not found
+    const QTemporaryDir localFolder;  // finds its files' names only while `encoding` exists, so it is removed first
     const QString euro = localFolder.filePath(LocalEncoding::euro() + ".jpg");
     write(euro, whole);
     QCOMPARE(readPhotograph(euro).state, PhotographState::Read);

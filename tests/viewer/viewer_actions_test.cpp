@@ -248,7 +248,7 @@ void ViewerActionsTest::obeysItsCommandLine() {
         QCOMPARE(program.exitCode(), one.code);
         QVERIFY(program.readAll().contains(one.said));
     }
-    // What a running program has opened is in the copy of its session.
+    // The copy of the program's session shows what the running program has opened.
     const QTemporaryDir folder;
     QProcess program;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

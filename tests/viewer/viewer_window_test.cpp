@@ -94,8 +94,8 @@ private slots:
     void staysReadableWithLargeFontsAndDarkPalettes();
 
 private:
-    // Fixes the lens model, and lets no print be bent. Choosing the models would take most of the test's time, and this
-    // choice is tested with the calibration.
+    // Fixes the lens model, and treats no print as bent. If the calibration chose the models, that would take most of
+    // the test's time. The calibration's own tests cover this choice.
     static void useFixedModels(ViewerWindow &window) {
         SessionSettings settings;
         settings.arrangement = Arrangement::Assembly;
@@ -356,8 +356,8 @@ void ViewerWindowTest::hasAKeyForEverything() {
         }
     }
     QVERIFY(shortcuts.size() >= 14);
-    // Each text, and the tab that shows the text; null if the text is outside the tabs. Only one tab is visible at a
-    // time.
+    // Each text, and the tab that shows the text; null if the text is outside the tabs. Texts in different tabs may
+    // have the same mnemonic, because only one tab is visible at a time.
     QVector<QPair<QString, const QWidget *>> texts;
     for (const QAction *action : window.menuBar()->actions()) {
         texts.append({action->text(), nullptr});
@@ -389,7 +389,7 @@ void ViewerWindowTest::hasAKeyForEverything() {
                      qPrintable(texts[j].first + " and " + texts[i].first));
         }
     }
-    // A button whose text shows another shortcut still has its mnemonic.
+    // Some buttons show another shortcut in their text. These buttons must have their mnemonic, too.
     for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
         QCOMPARE(button->shortcut(), QKeySequence::mnemonic(button->text()));
     }
