@@ -1,12 +1,12 @@
-// Makes the bits of the position code and writes the two files that position_code.cpp includes. Reports on standard
-// error the time and the number of squares that were filled again. The bits are frozen as pattern version 1. The
-// program is kept only to show how the bits were made; it makes the same bits on every machine.
+// Makes the bits of the position code and writes the two files that position_code.cpp includes. Reports the time and
+// the number of squares that were filled again on standard error. The bits are frozen as pattern version 1. The program
+// is kept only to show how the bits were made; it makes the same bits on every machine.
 //
-// The squares are filled with random bits one after the other, row by row. If a bit completes a window that is too
-// similar to an earlier window, the bit is inverted. If neither value of the bit works, the last few squares are
-// emptied and filled again. Every completed window of the plane is added to an index, which finds similar windows by
-// the pigeonhole principle. The windows of tiles are kept in plain lists. If squares are emptied, the windows that they
-// completed are removed again, the last one first.
+// A window is a part of the code with 5 x 5 to 8 x 8 squares. The squares of the code are filled with random bits one
+// after the other, row by row. If a bit completes a window that is too similar to an earlier window, the bit is
+// inverted. If neither value of the bit works, the last few squares are emptied and filled again. Every completed
+// window of the plane is added to an index, which finds similar windows by the pigeonhole principle. The windows of
+// tiles are kept in plain lists. If squares are emptied, the windows that they completed are removed in reverse order.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -58,10 +58,10 @@ bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     return false;
 }
 
-// An index of windows of side n, all of whose bits count. Each window is stored in four orientations. The windows'
-// words are cut into parts, which are the keys of the index. Two words that differ in fewer than `distance` bits have
-// at least one part in which they differ in at most `flips` bits. So it is enough to look up each part with up to
-// `flips` bits inverted.
+// An index of windows of side n. All bits of the windows count. Each window is stored in four orientations, each of
+// which is one word. The words are cut into parts, which are the keys of the index. Two words that differ in fewer than
+// `distance` bits have at least one part in which they differ in at most `flips` bits. So it is enough to look up each
+// part of a word with up to `flips` of its bits inverted.
 class WindowIndex {
 public:
     WindowIndex(int windowSide, int leastDistance, int partCount)

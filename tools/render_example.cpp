@@ -22,11 +22,11 @@ namespace {
 using example_assembly::gridSpacing;
 using example_assembly::patternCount;
 
-constexpr double pitch = gridSpacing / 2;  // mm: the targets' unit of length
+constexpr double pitch = gridSpacing / 2;  // mm; the synthetic camera measures lengths in squares of this size
 constexpr int photographCount = 12;
 constexpr int quality = 80;
 const cv::Size pictureSize(1440, 1080);
-constexpr double enlargement = 4000.0 / 1440;  // to 12 megapixels
+constexpr double enlargement = 4000.0 / 1440;  // from pictureSize to 12 megapixels
 
 reader_bench::CameraModel lens(double scale) {
     reader_bench::CameraModel camera;

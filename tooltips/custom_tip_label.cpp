@@ -162,7 +162,7 @@ void QCustomTipLabel::timerEvent(QTimerEvent *event) {
 }
 
 void QCustomTipLabel::mouseMoveEvent(QMouseEvent *event) {
-    // If there is no rectangle, nothing is done. Intentionally, the event is not even passed on to the base class.
+    // If there is no rectangle, the event is ignored. Intentionally, even the base class does not get it.
     if (rect.isNull()) {
         return;
     }

@@ -1,6 +1,6 @@
-// The window of a tool tip: shows one text with links that can be clicked, and closes itself after some time.
+// The window of a tool tip. It shows one text with links that can be clicked, and closes itself after some time.
 //
-// QCustomToolTip chooses the text and the time at which it is shown. The rest of the program uses only that class.
+// QCustomToolTip decides which text is shown, and when. The rest of the program uses only QCustomToolTip.
 //
 // Use it only on the GUI thread. At most one label exists: a new label deletes the previous one, and a label deletes
 // itself when it closes. A label's parent is the widget that the label was made for, so the label is deleted with that
@@ -31,15 +31,15 @@ public:
     // Replaces the text, adapts the size, restarts the display time and cancels a pending close.
     void reuseTip(const QString &text);
 
-    // Makes this the tip of the widget and of a rectangle in the widget's coordinates (null for none). If the label
-    // already has a rectangle and the new widget is null, this function warns and changes nothing.
+    // Makes this the tip of the widget and of a rectangle in the widget's coordinates; a null rectangle means none. If
+    // the label already has a rectangle and the new widget is null, this function warns and changes nothing.
     void setTipRect(QWidget *newWidget, const QRect &newRect);
 
     // Moves the window next to the global position so that all of it is on the screen.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
-    // Closes the label after the interval. If a close is already pending, the call does nothing, unless `force` is true
-    // and the new interval ends earlier.
+    // Closes the label after the interval. If a close is already pending, it is replaced only if `force` is true and
+    // the new interval ends earlier.
     void restartHideTimer(int interval, bool force);
 
     // True if the label shows this text for this widget, and if it either has no rectangle or its rectangle contains

@@ -22,12 +22,12 @@ class QCustomToolTip : public QObject {
 public:
     QCustomToolTip() = delete;
 
-    // Does the same as the function below, without a rectangle.
+    // Does the same as the next function with a null rectangle.
     static void showText(const QPoint &position, const QString &text, QWidget *widget = nullptr);
 
-    // Shows the text next to the position. Nothing changes, not even the display time, if a tip already shows the text
-    // for this widget, and if that tip either has no rectangle or has one that contains the position. An empty text
-    // closes a visible tip after 200 ms. The rectangle is in the widget's coordinates.
+    // Shows the text next to the position. The rectangle is in the widget's coordinates. An empty text closes a visible
+    // tip after 200 ms. If a tip already shows the text for this widget, and if that tip has no rectangle or its
+    // rectangle contains the position, then nothing changes: the display time does not start again either.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
     // Closes a visible tip after 200 ms.

@@ -15,8 +15,8 @@ PlaceholderTable &placeholderTable() {
     return table;
 }
 
-// The library's texts are in the local encoding, and the table's texts are UTF-8. A text that is valid UTF-8 stays
-// unchanged in every locale, because a conversion in the C locale would lose characters. Any other text is converted.
+// The library's texts are in the local encoding, but the table's texts are UTF-8. If a text is valid UTF-8, it stays
+// unchanged in every locale, because in the C locale a conversion would lose characters. Other texts are converted.
 std::string utf8FromLocal8Bit(const std::string &text) {
     QTextCodec::ConverterState state;
     const int size = static_cast<int>(text.size());

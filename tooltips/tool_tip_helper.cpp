@@ -81,7 +81,7 @@ void VistrelToolTipHelper::showToolTip(QObject *object, const QPoint &globalPosi
     if (const ToolTipEntry *entry = findEntry(object)) {
         text = entry->text;
     }
-    // Neither a window without a tip nor the tip itself closes a visible tip.
+    // An event for a window without a tip, or for the tip itself, leaves a visible tip open.
     if (text.isEmpty() && (object->parent() == nullptr || QCustomToolTip::isTipLabel(object))) {
         return;
     }

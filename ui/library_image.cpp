@@ -153,7 +153,7 @@ QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, boo
 
 QPixmap pixmapFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                              double valueScale, std::int32_t quarterTurns) {
-    // A temporary picture is converted without a copy.
+    // The picture is passed as a temporary object, so that the toolkit can reuse its memory instead of copying it.
     return QPixmap::fromImage(
         imageFromBinaryItem(path, mirrorHorizontally, mirrorVertically, rotate180, valueScale, quarterTurns),
         Qt::AutoColor);

@@ -1,7 +1,7 @@
 // The main window's form: every widget, layout and spacer, with their ranges, defaults and texts.
 //
-// It has no behaviour of its own. It connects only slots that are named after an object and a signal, and fills no
-// choice list (the list of official plates fills itself).
+// The form has no behaviour of its own. It connects only slots that are named after an object and a signal. It does not
+// fill the choice lists; the list of official plates fills itself.
 //
 // The window owns everything through the usual parents, so the pointers are valid as long as the window's widgets
 // exist. Use it only on the GUI thread. Lengths are in millimetres. The object name of a widget or layout is the name

@@ -14,8 +14,8 @@ void MainWindow::savePatterns() {
     if (fileName.isEmpty()) {
         return;
     }
-    // A name with a dot counts as a name with an extension. Neither the characters after the dot nor the selected
-    // filter matter.
+    // Every name with a dot counts as a name with an extension, whatever follows the dot and whatever filter is
+    // selected.
     if (!QFileInfo(fileName).fileName().contains(QLatin1Char('.'))) {
         fileName += QStringLiteral(".pdf");
     }

@@ -4,7 +4,7 @@
 
 class QString;
 
-// The file must exist, and QFileInfo must have found it executable. On POSIX systems, QFileInfo has checked the file's
-// permission, so a start that still fails is intentionally not reported. On Windows, QFileInfo has checked only the
-// file name extension, so starting a file that is not a program can fail; a message box reports this failure.
+// The file must exist, and QFileInfo must have found it executable. On POSIX systems, QFileInfo checks the file's
+// permission, so a start that still fails is intentionally not reported. On Windows, QFileInfo checks only the file
+// name extension. If the file is not a program after all, the start fails and a message box says so.
 void startViewer(const QString &program);
