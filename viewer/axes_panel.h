@@ -1,5 +1,5 @@
-// Lets the user choose the coordinate system of an assembly's results: that of a reference pattern, or one that three
-// corners define.
+// Lets the user choose the coordinate system of an assembly's results. It is either that of a reference pattern, or it
+// is defined by three corners.
 #pragma once
 
 #include <QWidget>

@@ -270,8 +270,8 @@ void LivePanel::useResult() {
     const auto result = session->result();
     const auto calibration = result ? result->calibration : nullptr;
     view->setResult(result);
-    // The advice is only about cameras. It does not say whether the patterns of an assembly still need photographs, so
-    // an assembly never has enough.
+    // The calibration only says whether the cameras need more photographs. The patterns of an assembly may need more
+    // even if the cameras do not, so an assembly never has enough.
     capture.setEnough(calibration && (!calibration->next || calibration::isLensCertain(*calibration)) &&
                       session->settings().arrangement != Arrangement::Assembly);
 }

@@ -1,5 +1,5 @@
-// The tab "Camera". It shows the picture of a camera or a video with the patterns found in it. It takes pictures
-// automatically, and says what it waits for before it takes the next one.
+// The tab "Camera". It shows the picture of a camera or a video, and marks the patterns found in it. It takes pictures
+// automatically. Before it takes the next one, it says what it waits for.
 #pragma once
 
 #include <QTimer>
@@ -21,7 +21,7 @@ public:
     // The session must outlive the panel. Pictures that are taken are added to it.
     explicit LivePanel(Session *ownSession, QWidget *parent = nullptr);
 
-    // Pictures are kept in this folder from the next start on, unless the user has chosen another one.
+    // Pictures are kept in this folder from the next start on. Has no effect if the user has chosen another folder.
     void suggestFolder(const QString &path);
     // Starts to read a video file.
     void startFile(const QString &file);

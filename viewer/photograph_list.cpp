@@ -133,7 +133,7 @@ void PhotographDelegate::paint(QPainter *painter, const QStyleOptionViewItem &gi
     option.icon = QIcon();
     option.features &= ~QStyleOptionViewItem::HasDecoration;
     const QStyle *style = option.widget == nullptr ? QApplication::style() : option.widget->style();
-    // This draws the background, the check box and the focus.
+    // The style draws the background, the check box and the focus. The code below draws the rest.
     style->drawControl(QStyle::CE_ItemViewItem, &option, painter, option.widget);
     const QRect box = style->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, option.widget);
 

@@ -10,8 +10,8 @@ class PhotographListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    // Roles in addition to those of the toolkit. FitRole is the line with the patterns and the residual. ProblemRole is
-    // the reason why the photograph, or a part of it, does not help. This text is empty if no reason is known.
+    // Roles in addition to those of the toolkit. FitRole is the line with the patterns and the residual. ProblemRole
+    // says why the photograph, or a part of it, does not help; it is empty if no problem is known.
     enum Role { IdRole = Qt::UserRole, FitRole, ProblemRole };
 
     // The session must outlive the model.

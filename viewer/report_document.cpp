@@ -180,7 +180,7 @@ private:
 
     void figures(QString &html) {
         html += "<table width=\"100%\" cellpadding=\"4\" cellspacing=\"0\"><tr>";
-        QString rest;  // everything else is placed below the figures
+        QString rest;  // what is not a figure; it is placed below the figures
         for (int i = 0; xml.readNextStartElement();) {
             if (xml.name() == QLatin1String("figure")) {
                 html += i > 0 && i % 2 == 0 ? "</tr><tr>" : "";

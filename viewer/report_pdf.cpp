@@ -127,7 +127,7 @@ void beginPartsAtTheTop(QTextDocument &document, double pageHeight) {
             QTextBlockFormat format = block.blockFormat();
             format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
             QTextCursor(block).setBlockFormat(format);
-            document.setPageSize(document.pageSize());  // lays out everything, because a partial layout loses lines
+            document.setPageSize(document.pageSize());  // forces a new layout, because a partial one loses lines
         }
     }
 }

@@ -25,7 +25,7 @@ const char *const help =
 struct Arguments {
     bool isAssembly = false;
     QStringList files;
-    int exitCode = -1;  // unless it is negative, the program ends with this code at once
+    int exitCode = -1;  // if it is 0 or greater, the program ends at once with this code
 };
 
 // Prints the text on standard output. Returns the exit code: 1 if the text could not be written, for example to a full
@@ -85,7 +85,7 @@ int runViewer(int argc, char **argv) {
             return arguments.exitCode;
         }
     }
-    cv::setNumThreads(1);  // the session reads several photographs at the same time
+    cv::setNumThreads(1);  // the session reads photographs on several threads, so more threads would not help
     int exitCode = 0;
     {
         ViewerWindow window(

@@ -86,8 +86,8 @@ private:
     QVector<int> selectedIds() const;
 
     Session session;
-    // The work of `keeping` shares this object. So the copy is removed only when the window and all of this work have
-    // released it.
+    // The work of `keeping` shares this object. So the object removes the copy only when the window and all of this
+    // work have released the object.
     std::shared_ptr<RecoveryCopy> recovery;
     std::optional<SessionDocument> kept;  // what the copy has; empty if that is not known
     std::optional<SessionDocument> leftOver;

@@ -1,6 +1,6 @@
 // The assembly that the example's photographs show: five patterns around a corner of a room. Lengths are in
-// millimetres. The world's axes are those of pattern 0: x to the right, y down, z into the print, the origin at its
-// middle corner.
+// millimetres. The world has the axes of pattern 0: x to the right, y down, z into the print. Its origin is the middle
+// corner of pattern 0.
 #pragma once
 
 #include <array>

@@ -7,8 +7,8 @@
 #include "calibration/output/assembly.h"
 #include "viewer/session/session_settings.h"
 
-// Returns three corners that define the chosen coordinate system. Empty if the results have the axes of the first
-// print.
+// Returns three corners that define the chosen coordinate system. Empty if the user has chosen none, or the axes of a
+// print that does not exist. The results then have the axes of the first print.
 std::optional<calibration::AssemblyAxes> chosenAxes(const calibration::Calibration &calibration,
                                                     const SessionSettings &settings);
 

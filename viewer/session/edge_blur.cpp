@@ -10,11 +10,12 @@ using pattern_reader::PatternReading;
 
 namespace {
 
-constexpr double reach = 0.25;             // sides of a square; within this distance of an edge, there is no other edge
+// A profile is the series of grey levels along a line across an edge.
+constexpr double reach = 0.25;             // sides of a square; how far a profile extends on both sides of an edge
 constexpr double samplesPerPixel = 4;      // of a profile
 constexpr double slopeLength = 0.5;        // pixels over which a slope is measured
 constexpr double leastContrast = 20;       // grey levels
-constexpr double greatestBlurPerHalf = 2;  // in half lengths of a profile; even stronger blurs cannot be told apart
+constexpr double greatestBlurPerHalf = 2;  // limit of the result of blurOf(), in half lengths of a profile
 constexpr size_t leastEdges = 8;
 constexpr double gaussianPeak = 0.3989;  // height of the normal distribution with deviation 1
 
@@ -33,9 +34,9 @@ std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
            down * ((1 - right) * lower[0] + right * lower[1]);
 }
 
-// Returns the blur of a step. `length` is the step's rise between -half and half, divided by its greatest slope. A step
-// from 0 to 1 rises by erf(half / (sqrt 2 * blur)), and its greatest slope is gaussianPeak / blur. The blur would grow
-// without bounds as `length` approaches 2 * half, so it is limited.
+// Returns the blur of a step. `length` is the step's rise between -half and half, divided by its greatest slope. If a
+// step from 0 to 1 is blurred, it rises by erf(half / (sqrt 2 * blur)) there, and its greatest slope is gaussianPeak /
+// blur. As `length` approaches 2 * half, the blur would grow without bounds, so the result is limited.
 double blurOf(double length, double half) {
     double low = 0;
     double high = greatestBlurPerHalf * half;
@@ -47,7 +48,7 @@ double blurOf(double length, double half) {
     return (low + high) / 2;
 }
 
-// Returns the blur of the edge that the line between two places crosses, in pixels. Empty if the line leaves the
+// Returns the blur, in pixels, of the edge that the line between two places crosses. Empty if the line leaves the
 // picture or crosses no clear edge.
 std::optional<double> blurAlong(const cv::Mat &grey, const cv::Point2d &from, const cv::Point2d &to) {
     const double length = cv::norm(to - from);
@@ -88,8 +89,8 @@ void addBlurs(const cv::Mat &grey, const PatternReading &reading, std::vector<do
             }
             const cv::Point2d way = neighbour->second - place;
             const cv::Point2d middle = place + 0.5 * way;
-            // The line between two corners is an edge, so the profile crosses this line. The line between two marks
-            // crosses the edge of the first mark, so the profile follows this line.
+            // Two neighbouring corners are joined by an edge, so the profile is perpendicular to the line between them.
+            // The line between two marks crosses the edge of the first mark, so the profile lies on this line.
             const cv::Point2d across = reach * cv::Point2d(-way.y, way.x);
             const auto blur =
                 hasMarks ? blurAlong(grey, place, middle) : blurAlong(grey, middle - across, middle + across);

@@ -1,5 +1,5 @@
-// Provides the frames of a camera, of a video file, or of numbered pictures. Opening a camera and waiting for a frame
-// take long, so use a source on one background thread.
+// Provides the frames of a camera, of a video file, or of numbered pictures. It takes long to open a camera and to wait
+// for a frame, so use a source on one background thread.
 #pragma once
 
 #include <QSize>

@@ -15,10 +15,10 @@ constexpr double greatestMotion = 1;  // pixels between two frames, root mean sq
 constexpr int leastStillFrames = 3;   // in a row
 constexpr double alwaysSharp = 1.5;   // pixels of blur
 constexpr double neverSharp = 2.5;    // pixels of blur
-constexpr double sharpRatio = 1.4;    // between these limits, a blur up to this many times the least one is sharp
+constexpr double sharpRatio = 1.4;    // between the two limits: sharp up to this many times the least blur so far
 // A view is new if its difference from the other view exceeds at least one of these limits.
 constexpr double newShare = 0.4;      // share of the frame's corners that the other view does not have
-constexpr double newDistance = 0.12;  // between the middles of the corners, as a share of the picture's diagonal
+constexpr double newDistance = 0.12;  // between the centroids of the corners, as a share of the picture's diagonal
 constexpr double newScale = 1.25;     // times nearer or farther
 constexpr double newTurn = 0.7;       // radians around the line of sight
 constexpr double newShape = 0.05;     // change of shape, as a share of the target's extent: a tilt of about 25 degrees
@@ -72,8 +72,8 @@ bool isSimilar(const TargetView &frame, const TargetView &other) {
         middleNow += pair.now / double(pairs.size());
         middleBefore += pair.before / double(pairs.size());
     }
-    // `similarity` is the rotation and scale that map `before` to `now` best. The distances that remain show a change
-    // of shape.
+    // `similarity` is the rotation and scale that best map `before` to `now`, as a complex factor. The distances that
+    // remain after this mapping (`left`) show a change of shape.
     Place product;
     double extentNow = 0;
     double extentBefore = 0;
@@ -121,8 +121,8 @@ bool LiveDecision::isStill(const TargetView &frame) const {
     return pairs.size() >= leastCorners && squares < greatestMotion * greatestMotion * double(pairs.size());
 }
 
-// Cameras differ in how sharp their pictures can be. Between the two bounds, a frame is therefore compared with the
-// sharpest one so far.
+// Cameras differ in how sharp their pictures can be. So if the blur is between alwaysSharp and neverSharp, the frame is
+// compared with the sharpest frame so far.
 bool LiveDecision::isSharp(double blur) {
     sharpest = std::min(sharpest.value_or(blur), blur);
     return blur <= std::max(alwaysSharp, std::min(sharpRatio * *sharpest, neverSharp));

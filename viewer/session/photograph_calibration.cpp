@@ -68,8 +68,8 @@ private:
     size_t next = 0;
 };
 
-// The settings have measured sizes by pattern number; the calibration needs them by the index of the print. Sizes of
-// patterns that are not among the prints are dropped.
+// Returns the measured sizes in the form that the calibration needs: by the index of the print. In the settings, they
+// are listed by pattern number. Sizes of patterns that are not among the prints are dropped.
 std::vector<calibration::MeasuredPrint> measuredPrints(const SessionSettings &settings,
                                                        const Observations &observations) {
     std::vector<calibration::MeasuredPrint> measured;

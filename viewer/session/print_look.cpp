@@ -34,8 +34,8 @@ PrintLook lookOf(const Match &match, const Eigen::Vector2i &cell) {
     look.kind = match.reading->kind;
     look.tile = match.reading->tile;
     look.values = match.reading->values;
-    // The column and the row of the square above and to the left of the first point are both less by 1. So the sum of
-    // its column and row is even exactly if that of the first point is even.
+    // The square above and to the left of point (x, y) has column x - 1 and row y - 1. The sum of this column and row
+    // is even exactly if x + y is even.
     look.isTopLeftSquareDark =
         look.kind == PatternKind::Plate || ((firstPoint.x + firstPoint.y) % 2 == 0) == match.reading->evenSquaresDark;
     return look;

@@ -1,5 +1,5 @@
-// Finds out how the prints of a calibration look: the kind of each pattern and the content of its code. The calibration
-// does not store these, so they are taken from the readings of the photographs.
+// Finds out how the prints of a calibration look: the kind of each pattern and the content of its code. This is taken
+// from the readings of the photographs, because the calibration does not store it.
 #pragma once
 
 #include <QVector>

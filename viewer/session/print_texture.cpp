@@ -52,7 +52,7 @@ PatternDescription descriptionOf(const Print &print, const PrintLook &look) {
     PatternDescription description;
     description.type = typeOf(look);
     description.gridSize = {last.x() + 1, last.y() + 1};
-    constexpr double digits = 1e6;  // a code holds hundredths of a millimetre, so rounding errors matter
+    constexpr double digits = 1e6;  // removes errors of the arithmetic; a code holds only whole hundredths of a mm
     description.gridSpacing = std::round((look.kind == PatternKind::Plate ? pitch : 2 * pitch) * digits) / digits;
     description.polarity = look.isTopLeftSquareDark;
     description.isCoded = look.kind != PatternKind::Board;
@@ -72,8 +72,8 @@ PatternDescription descriptionOf(const Print &print, const PrintLook &look) {
     return description;
 }
 
-// Returns the coordinates along one axis at which cells begin and end. They lie between the shapes, except for the
-// outer edges of the quiet zone.
+// Returns the coordinates along one axis at which the pattern is cut into cells. The first and the last coordinate are
+// the outer edges of the quiet zone. The others lie between the shapes.
 std::vector<double> cutsOf(double size, double first, double pitch, double quietZone) {
     std::vector<double> cuts{-quietZone};
     const double tolerance = 1e-6 * size;

@@ -1,6 +1,6 @@
-// Makes the outlines of everything that is printed: squares, round marks and the code. A print is drawn with them in a
-// picture or in a scene. The camera library provides the outlines. They are then given the shape that the calibration
-// found.
+// Makes the outlines of everything that is printed: squares, round marks and the code. With these outlines, a print can
+// be drawn in a picture or in a scene. The camera library provides the flat outlines. They are then scaled and bent as
+// the calibration found.
 #pragma once
 
 #include <Eigen/Core>

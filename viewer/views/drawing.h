@@ -10,7 +10,7 @@
 #include "calibration/calibrate.h"
 #include "pattern_reader/pattern_reader.h"
 
-// Returns one of seven colours that colour-blind people, too, can tell apart on light and dark backgrounds. Indices
+// Returns one of seven colours. Colour-blind people can tell them apart, too, on light and on dark backgrounds. Indices
 // from 7 on use the same colours again.
 QColor patternColour(int index);
 QColor gradeColour(calibration::Grade grade);
@@ -33,5 +33,5 @@ void drawArrow(QPainter &painter, QPointF from, QPointF to);
 // Draws white text on a dark background, so that it can be read on every picture. The text's centre is at `middle`.
 void drawLabel(QPainter &painter, QPointF middle, const QString &text);
 
-// Returns "4" for pattern 4 of an assembly, and for other patterns their kind in one word.
+// Returns "4" for pattern 4 of an assembly. For any other pattern, returns its kind in one word.
 QString nameOf(const pattern_reader::PatternReading &reading);

@@ -16,8 +16,8 @@ public:
     void showFrame(const LiveFrame &newFrame);
     // Shows this text instead of a frame.
     void clear(const QString &newHint);
-    // `newResult` may be null. Its advice for the next photograph is drawn over the frames. Advice for a camera whose
-    // pictures have another size than the frames is not drawn.
+    // `newResult` may be null. Its advice for the next photograph is drawn over the frames. If the advice is for a
+    // camera whose pictures have another size than the frames, it is not drawn.
     void setResult(std::shared_ptr<const SessionResult> newResult);
     // Draws a border in this colour around the picture; none if the colour is invalid.
     void setBorder(const QColor &colour);
@@ -30,7 +30,7 @@ protected:
 
 private:
     void drawCorners(QPainter &painter, double scale) const;
-    // True if there is advice for the next photograph, for a camera with pictures of the frame's size.
+    // True if there is advice for the next photograph, and if its camera's pictures have the size of the frame.
     bool hasAdvice() const;
     void drawAdvice(QPainter &painter) const;
 

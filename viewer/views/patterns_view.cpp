@@ -109,7 +109,7 @@ void PatternsView::fillPlace(int row, int print) {
     }
     for (const int axis : {0, 1, 2}) {
         const double value = pose.translation[axis];
-        const bool isExact = sigma[axis] == 0 && value != 0;  // true for the first print if the axes are another one's
+        const bool isExact = sigma[axis] == 0 && value != 0;  // true for the first print if the axes are not its own
         set(row, X + axis, isExact ? QString::number(value, 'f', exactDecimals) : withSigma(value, sigma[axis]));
     }
     set(row, Turn,

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int smallestLevel = 256;   // pixels along the longer side
+constexpr int smallestLevel = 256;   // pixels; the longer side of the smallest level is at most this
 constexpr double mostPixels = 4e6;   // of an undistorted picture
 constexpr double fisheyeZoom = 0.6;  // factor of a fisheye's focal length, to show more of its picture
 constexpr int bandRows = 64;         // rows undistorted at a time; limits the memory of the maps

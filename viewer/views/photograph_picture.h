@@ -1,5 +1,5 @@
 // The picture of one photograph, for display at any size. The picture is shown either unchanged or as a lens without
-// distortion would have taken it. Loading and undistorting take long. Call both on a background thread.
+// distortion would have taken it. load() and undistort() take long, so call them on a background thread.
 #pragma once
 
 #include <Eigen/Core>

@@ -66,8 +66,8 @@ private:
     void drawReading(QPainter &painter, int index) const;
     void drawAxes(QPainter &painter, const pattern_reader::PatternReading &reading) const;
     struct ResidualArrow {
-        QPointF from;      // in the view
-        QPointF residual;  // pixels of the photograph, from where the calibration puts the corner to where it was seen
+        QPointF from;      // in the view: where the corner was seen
+        QPointF residual;  // pixels of the photograph: where the corner was seen, minus where it was predicted
         bool counts = true;
     };
     // Returns the residuals to draw: only the largest one in each small square of the view.

@@ -53,7 +53,7 @@ PicturePlot::PicturePlot(QWidget *parent) : QwtPlot(parent) {
 void PicturePlot::setCamera(const calibration::Camera &camera) {
     setAxisScale(QwtPlot::xBottom, 0, camera.width);
     setAxisScale(QwtPlot::yLeft, camera.height, 0);
-    updateAxes();  // the rescaler keeps the present directions of the axes
+    updateAxes();  // sets the directions of the axes, which the rescaler then keeps
     heightPerWidth = double(camera.height) / camera.width;
     rescaler->setIntervalHint(QwtPlot::xBottom, {0, double(camera.width)});
     rescaler->setIntervalHint(QwtPlot::yLeft, {0, double(camera.height)});

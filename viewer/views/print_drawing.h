@@ -1,4 +1,4 @@
-// Draws what is printed, as a camera or the viewer of a scene sees it.
+// Projects what is printed, so that it can be drawn as a camera sees it or as it looks in a scene.
 #pragma once
 
 #include <QPainterPath>
@@ -8,7 +8,7 @@
 #include "viewer/session/print_texture.h"
 
 // Returns the dark parts of the cell as a path to be filled with a brush. `place` maps the corners of the outlines to
-// the path. The path is empty if `place` returns nothing for any of these corners.
+// the path. If `place` returns nothing for at least one corner, the path is empty.
 QPainterPath darkPartsOf(const PrintCell &cell,
                          const std::function<std::optional<QPointF>(const Eigen::Vector3d &)> &place);
 

@@ -117,7 +117,7 @@ void ResidualView::showCamera(int camera) {
     const double range = qMax(0.01, rangeInRms * rms);
     scatter->setAxisScale(QwtPlot::xBottom, -range, range);
     scatter->setAxisScale(QwtPlot::yLeft, range, -range);
-    scatter->updateAxes();  // the rescaler keeps the present directions of the axes
+    scatter->updateAxes();  // sets the directions of the axes, which the rescaler then keeps
     rescaler->setIntervalHint(QwtPlot::xBottom, {-range, range});
     rescaler->setIntervalHint(QwtPlot::yLeft, {-range, range});
     rescaler->rescale();

@@ -44,8 +44,8 @@ private:
                    const Eigen::VectorXd &intrinsics, const QColor &colour);
     void lookAtAll();
     void turn(double x, double y);
-    // Converts a place in the world to the coordinates of the viewer's eye: x to the right, y down, z away from the
-    // eye, in units of `reach`.
+    // Converts a place in the world to the coordinates of the eye that looks at the scene: x to the right, y down, z
+    // away from the eye, in units of `reach`.
     Eigen::Vector3d fromEye(const Eigen::Vector3d &place) const;
     QPointF onScreen(const Eigen::Vector3d &inEye) const;
     void drawAxes(QPainter &painter) const;

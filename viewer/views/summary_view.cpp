@@ -61,8 +61,8 @@ QString cameraHtml(const Calibration &calibration, size_t camera) {
     const calibration::Camera &known = calibration.observations.cameras[camera];
     const calibration::CameraTrust &trust = calibration.cameras[camera];
     const Eigen::VectorXd &intrinsics = calibration.estimate.intrinsics[camera];
-    // Cameras that the user has not named are called camera, camera-2 and so on, so their names need no "Camera" before
-    // them.
+    // Cameras that the user has not named are called camera, camera-2 and so on. In their headings, the word is not
+    // repeated: "Camera-2" instead of "Camera camera-2".
     const QString name = escaped(known.name);
     const QString heading = name.startsWith("camera") ? "C" + name.mid(1) : SummaryView::tr("Camera %1").arg(name);
     QString html = QString("<h3>%1</h3><p>%2 × %3 px, %4</p><table>")
