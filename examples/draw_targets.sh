@@ -1,6 +1,6 @@
 #!/bin/sh
-# Draws boards with three grid spacings, and an assembly of five patterns, each as PDF and JSON, into the folder
-# targets/.
+# Draws three boards with different grid spacings and an assembly of five patterns. Writes each of them as PDF and as
+# JSON to the folder targets/.
 set -e
 mkdir -p targets
 for spacing in 10 20 40; do
