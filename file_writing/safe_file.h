@@ -28,7 +28,7 @@ struct FileWriteError : std::runtime_error {
 class SafeFiles {
 public:
     SafeFiles();
-    ~SafeFiles();  // removes what has not been renamed
+    ~SafeFiles();  // removes the files that have not been renamed
     SafeFiles(const SafeFiles &) = delete;
     SafeFiles &operator=(const SafeFiles &) = delete;
 

@@ -26,7 +26,7 @@ namespace {
                          "\" could not be written: " + std::generic_category().message(error) + ".");
 }
 
-// The file that a link leads to; the name itself if it is no link or if there is no file yet.
+// Returns the name of the file that a link leads to. Returns `fileName` if it is not a link or if there is no file yet.
 std::string followLinks(const std::string &fileName) {
     struct stat status {};
     if (lstat(fileName.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
@@ -39,7 +39,8 @@ std::string followLinks(const std::string &fileName) {
     return resolved.get();
 }
 
-// Permissions of the file to be replaced; 0 if there is none. Refuses what a rename would wrongly replace.
+// Returns the permissions of the file to be replaced; 0 if there is none. Throws FileWriteError if the target must not
+// be replaced.
 mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     struct stat status {};
     if (stat(target.c_str(), &status) != 0) {
@@ -62,7 +63,8 @@ mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     return status.st_mode & 07777;
 }
 
-// The folder that the file is in, with its slash; empty for the current one.
+// Returns the folder that the file is in, with a slash at the end. The result is empty if the folder is the current
+// one.
 std::string folderOf(const std::string &target) {
     const std::size_t slash = target.find_last_of('/');
     return slash == std::string::npos ? "" : target.substr(0, slash + 1);
@@ -79,8 +81,8 @@ bool isGone(ProcessNumber number) {
     return process == getpid() || (process > 0 && kill(process, 0) != 0 && errno == ESRCH);
 }
 
-// Every temporary file is locked by the process that writes it until it is renamed. If nobody has it locked and its
-// process is gone, that process ended before the renaming.
+// Removes a temporary file whose process is gone, unless the file is locked. A process keeps each of its temporary
+// files locked until the renaming. So a file without a lock belonged to a process that ended before the renaming.
 void removeIfAbandoned(const std::string &path) {
     const int descriptor = open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor >= 0) {
@@ -176,7 +178,8 @@ public:
     [[noreturn]] void failBecauseOf(int error) const { fail(fileName, error); }
 
 private:
-    // False if the name is taken, or if another process took the file for abandoned before it was locked.
+    // False if the name is taken, or if another process took the file for abandoned before it was locked, and removed
+    // it.
     bool create(mode_t permissions) {
         descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                           permissions == 0 ? mode_t{0666} : permissions);
@@ -267,7 +270,7 @@ struct SafeFiles::Replacement {
     bool replacesFile = false;
     std::unique_ptr<OldFile> oldFile;  // null if there is none, if it cannot be kept, or if nothing has to be undone
 
-    // Brings back what was there before the renaming. There is nothing to be done if that fails.
+    // Brings back what was there before the renaming. If that fails, nothing more can be done.
     void undo() const noexcept {
         if (oldFile) {
             oldFile->restore(target);

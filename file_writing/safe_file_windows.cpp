@@ -68,7 +68,7 @@ bool startsWith(const std::wstring &text, const wchar_t *prefix) {
     return text.rfind(prefix, 0) == 0;
 }
 
-// Returns the full name in the form that may have more than 260 characters with any settings of the system.
+// Returns the full name in the form that may be longer than 260 characters, whatever the settings of the system are.
 std::wstring longName(const std::string &fileName) {
     const std::wstring given = wideName(fileName);
     if (startsWith(given, verbatimPrefix)) {

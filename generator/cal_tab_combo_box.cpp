@@ -12,8 +12,8 @@ CalTabComboBox::CalTabComboBox(QWidget *parent) : QComboBox(parent) {
 }
 
 void CalTabComboBox::reload() {
-    // Signals are blocked while the list changes: their receivers use the current entry, but an entry is added only
-    // after its item.
+    // Signals are blocked while the list changes. Their receivers use the current entry, but each item is added before
+    // its entry.
     QSignalBlocker blocker(this);
     clear();
     entries.clear();

@@ -26,7 +26,7 @@ public:
     MainWindow();
 
 public slots:
-    // Enables or disables the Halcon inputs, recomputes the displays and draws the pattern again. Its name
+    // Enables or disables the Halcon inputs, recomputes the shown values and draws the pattern again. Its name
     // intentionally hides the widget's repaint operation.
     void update();
 
@@ -45,7 +45,7 @@ private:
     void connectInputs();
     void enableHalconInputs();
 
-    // These two functions fill the choice lists and the displays.
+    // The first function fills the choice lists, the second the fields that only show computed values.
     void fillChoiceLists();
     void recomputeDerivedValues();
     // Returns the type of the current page; Official if there is no current page or its type is unknown.
