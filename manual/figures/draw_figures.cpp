@@ -14,7 +14,7 @@ namespace {
 constexpr QPointF PatternTopLeft(124.0, 60.0);
 constexpr double RightMargin = 132.0;
 constexpr double BottomMargin = 64.0;
-constexpr int Pixels = 864;  // a whole number of pixels per square and per mark for the patterns drawn here
+constexpr int Pixels = 864;  // gives each square and each mark of the patterns drawn here a whole number of pixels
 
 QString millimetres(double value) {
     return QString::number(value, 'g', 6) + " mm";
@@ -80,7 +80,7 @@ void dimensionSquareSide(Figure &figure, const PlacedPattern &placed) {
                            millimetres((placed.pattern.point(column, 1) - placed.pattern.point(column, 0)).y()));
 }
 
-// Marks the first and the last corner. The numbers in a size count from one to the other.
+// Marks the first and the last corner. A size such as 21 × 13 counts the corners from the first to the last.
 void ringOuterCorners(Figure &figure, const PlacedPattern &placed) {
     const int columns = placed.pattern.columns;
     const int rows = placed.pattern.rows;

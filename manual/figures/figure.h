@@ -26,10 +26,11 @@ public:
     void line(QPointF from, QPointF to);
     void arrow(QPointF from, QPointF to);
 
-    // Adds a dimension line at height y from x1 to x2. Its extension lines begin at height `from`; the label is above
-    // it.
+    // Adds a dimension line at height y from x1 to x2. Its extension lines begin at height `from`. The label is on the
+    // side of the dimension line that is away from `from`.
     void dimensionAlongX(double x1, double x2, double y, double from, const QString &text);
-    // Adds a dimension line at x from y1 to y2. Its extension lines begin at `from`; the label is on the other side.
+    // Adds a dimension line at x from y1 to y2. Its extension lines begin at x = `from`. The label is on the side of
+    // the dimension line that is away from `from`.
     void dimensionAlongY(double y1, double y2, double x, double from, const QString &text);
 
     // Everything drawn until end() is turned clockwise around the centre.
@@ -40,7 +41,7 @@ public:
     void write(const QString &fileName) const;
 
 private:
-    // Arrowheads at both ends, drawn from inside if there is room and otherwise from outside.
+    // Draws an arrow that points to each end. The arrows start between the ends if there is room, otherwise outside.
     void arrowsBetween(QPointF from, QPointF to);
     void writeText(QPointF baseLine, const QString &text, Anchor anchor, const char *style);
 
