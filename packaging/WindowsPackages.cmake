@@ -1,6 +1,6 @@
-# What a Windows installation has beside our own programs: the DLLs of the toolkit and of the compiler, the licences of
-# everything that is linked, and what programs of other compilers link. CPack makes a zip and an installer of it;
-# ../windows runs it.
+# Adds files to a Windows installation: the DLLs of Qt and of the compiler, the licences of everything that is linked,
+# and the import library for programs built by other compilers. CPack makes a zip file and an installer from the
+# installation. The script ../windows runs CPack.
 set(LMCALTAB_LICENCES "" CACHE PATH "Folder with the licences of the libraries that are linked")
 
 if(TARGET LmCalTab)
@@ -25,7 +25,7 @@ if(MINGW)
   foreach(name IN ITEMS libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
       OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    # Debian's have debug information, ten times what is left without it.
+    # Debian's DLLs contain debug information. Without it, they are a tenth as large.
     execute_process(COMMAND ${CMAKE_STRIP} -o ${CMAKE_CURRENT_BINARY_DIR}/${name} ${file} COMMAND_ERROR_IS_FATAL ANY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
   endforeach()
