@@ -12,7 +12,7 @@ namespace {
 
 constexpr float largestDoubtful = 7;  // pixels; the blur may be misjudged if squares are smaller
 constexpr size_t leastCorners = 25;   // with fewer corners, there are too few squares to be read
-constexpr int windowSide = 14;        // corners on a side of the part of the lattice on which blurs are tried
+constexpr int windowSide = 14;        // blurs are tried on a part of the lattice with this many corners on a side
 constexpr float leastCertainty = 0.3F;
 
 MeasuredBoard measureWith(const std::vector<ImageLevel> &levels, CornerLattice &lattice, std::optional<float> blur) {

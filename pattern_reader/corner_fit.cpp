@@ -22,8 +22,8 @@ constexpr std::array<Window::Parameter, 9> everything{
     Window::Middle,          Window::Amplitude,       Window::Blur,      Window::MiddleSlopeX, Window::MiddleSlopeY,
     Window::AmplitudeSlopeX, Window::AmplitudeSlopeY, Window::PositionX, Window::PositionY};
 
-// The normal equations of one step for `size` of the parameters. The position's two parameters come last, so the last
-// two pivots of the elimination tell how well the position is determined with all other parameters unknown.
+// The normal equations of one step for `size` of the parameters. The position's two parameters come last. So the last
+// two pivots of the elimination tell how well the position is determined if all other parameters are unknown.
 template <size_t size>
 class NormalEquations {
 public:
@@ -52,7 +52,7 @@ public:
         }
     }
 
-    // The step, with 0 for parameters that are not free. Empty if the parameters are not determined.
+    // Returns the step, with 0 for parameters that are not free. Empty if the parameters are not determined.
     std::optional<Step> solve() {
         for (size_t i = 0; i < size; i++) {
             if (!(matrix[i][i] > 1e-9)) {
@@ -77,8 +77,8 @@ public:
         return step;
     }
 
-    // Returns the variance of the position along one axis, averaged over both axes, for pixels with a variance of 1. To
-    // be called after solve.
+    // Returns the variance of the position along one axis, averaged over both axes, for pixels with a variance of 1.
+    // Call it only after solve.
     double positionVariance() const {
         const double xx = matrix[size - 2][size - 2];
         const double xy = matrix[size - 2][size - 1];
@@ -97,7 +97,7 @@ private:
 };
 
 // Adds a step to the fit and returns the step with its limits applied. The changes of blur and position are limited,
-// because the derivatives hold only near their current values.
+// because the derivatives hold only near the current values.
 Step change(CornerFit &fit, Step step) {
     const auto limit = [&](Window::Parameter p, double most) { step[p] = std::clamp(step[p], -most, most); };
     limit(Window::Blur, 0.3);
@@ -127,8 +127,8 @@ std::optional<Step> stepOf(const Window &window, const std::array<Window::Parame
     return NormalEquations<size>(window, free).solve();
 }
 
-// The slopes of middle and amplitude should agree with the expected changes over the lattice's steps, and the blur
-// should agree with that of the board.
+// Adds the prior: the slopes of middle and amplitude should agree with the expected changes over the lattice's steps,
+// and the blur should agree with that of the board.
 void addPrior(NormalEquations<everything.size()> &equations, const CornerBorders &borders, const CornerPrior &prior,
               const CornerFit &fit) {
     const auto weight = [&](float deviation) { return double(prior.noise * prior.noise / (deviation * deviation)); };
@@ -151,8 +151,8 @@ void assess(const Window &window, const CornerPrior &prior, double positionVaria
         const float difference = window.error(i) - window.error(window.count() - 1 - i);
         odd += 0.5F * difference * difference;
     }
-    // Degrees of freedom that the fit uses: two for the position, and one for the slopes, because the prior restricts
-    // them.
+    // The degrees of freedom that the fit uses: two for the position, and only one for the slopes, because the prior
+    // restricts the slopes.
     constexpr float fitted = 3;
     const float weight = std::max(1.0F, float(pairs) - fitted);
     fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
@@ -172,8 +172,8 @@ bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radiu
     if (levels) {
         fit.middle = 0;
     }
-    // In a small window, the fit continues until its steps are very short, because a small remaining error leads to a
-    // wrong position more often there.
+    // If only the position is fitted in a large window, a fairly short step is enough. Otherwise the fit continues
+    // until its steps are very short. In a small window, a small remaining error more often leads to a wrong position.
     const double enough = free == CornerParameters::Position && radius > 2.5F ? 0.15 : 0.004;
     Window window;
     Step last{};

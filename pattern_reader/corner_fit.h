@@ -7,8 +7,8 @@
 // bends of the borders, because the lattice determines them far better than a few pixels can.
 //
 // An error of the model that stays the same after half a turn about the corner does not move the fitted position. The
-// position is therefore right for any blur with this symmetry, such as the disc of a defocused lens. For the same
-// reason, noise is estimated only from the part of the errors that changes sign after half a turn.
+// position is therefore right for any blur with this symmetry, such as the disc of a defocused lens. Such an error of
+// the model is not noise, so noise is estimated only from the part of the errors that changes sign after half a turn.
 #pragma once
 
 #include <array>
@@ -35,7 +35,7 @@ struct CornerFit {
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels
-    float noise = 0;  // grey levels, of a pixel, from the part of the errors that changes sign after half a turn
+    float noise = 0;  // standard deviation of a pixel, grey levels; from the errors that change sign after half a turn
     float sigma = 0;  // standard deviation of the position along one axis, pixels
     int pixels = 0;   // number of pixels in the window
 };
@@ -56,9 +56,10 @@ struct CornerPrior {
 
 enum class CornerParameters { Position, PositionAndBlur };
 
-// Fits a corner with uniform light to a disc of the given radius in pixels, in at most `steps` steps. The position and
-// the blur in `fit` are the start. False if the position moves away from the start by more than half the radius (0.8
-// pixels for small discs), if the parameters are not determined, or if the disc leaves the picture.
+// Fits the model with uniform light to a disc of pixels around the corner, in at most `steps` steps. `radius` is in
+// pixels. The fit starts from the position and the blur in `fit`. False if the position moves away from the start by
+// more than half the radius (0.8 pixels for small discs), if the parameters are not determined, or if the disc leaves
+// the picture.
 bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit);
 

@@ -8,7 +8,8 @@
 
 namespace pattern_reader {
 
-// The standard normal distribution and its density, tabulated for distances up to 4 with linear interpolation.
+// The cumulative standard normal distribution and its density, from a table for distances up to 4, with linear
+// interpolation.
 class EdgeProfile {
 public:
     struct Value {

@@ -33,7 +33,7 @@ double whiteOf(int depth) {
     return depth == CV_8U ? 255 : depth == CV_16U ? 65535 : 1;
 }
 
-// Returns the grey picture as it looks on white paper.
+// Returns the partly transparent grey picture as it looks on white paper.
 cv::Mat onWhite(const cv::Mat &grey, const cv::Mat &alpha) {
     const double white = whiteOf(grey.depth());
     if (cv::countNonZero(alpha < white) == 0) {
@@ -108,8 +108,8 @@ void refuseTooLarge(const std::string &path, const PictureSize &size) {
     }
 }
 
-// JPEG pictures store their luminance separately. Decoding only that takes a third of the time and of the memory, and
-// avoids the rounding errors of two colour conversions.
+// JPEG pictures store their luminance separately. Decoding only the luminance takes a third of the time and of the
+// memory, and avoids the rounding errors of two colour conversions.
 int decoderFlags(std::istream &file) {
     file.clear();
     file.seekg(0);

@@ -153,9 +153,9 @@ const ImageLevel &CornerMeasurement::searchLevel() const {
     return levels[number];
 }
 
-// Longer borders in the window make a corner's position more exact, and blur makes it less exact. In a coarser level
-// the larger pixels add to the blur. Of the levels that are about as exact as the best one, the coarsest is the
-// fastest.
+// Returns the level in which the corners are refined. Several levels may be about as exact as the best one. The
+// coarsest of these is taken, because it is the fastest. Longer borders in the window make a corner's position more
+// exact, and blur makes it less exact. In a coarser level, the larger pixels add to the blur.
 const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
     const float step = typicalStep();
     const auto merit = [&](const ImageLevel &level) {
@@ -209,7 +209,8 @@ bool CornerMeasurement::refineOne(const ImageLevel &level, const LatticeCorner &
     prior.noise = boardNoise;
     prior.noiseWeight = 30;
     const float radius = std::min(refinedRadius(here, inLevel.blur), roomAround(level, inLevel.position));
-    // If the squares are small, noise can pull the fit towards a mark. The position then has a large sigma.
+    // If the squares are small, noise can pull the fit towards a mark. The position then has a large sigma, and the fit
+    // is refused.
     const float mostSigma = 0.1F * std::min(length(here.steps[0]), length(here.steps[1]));
     if (!refineCorner(level.picture, here, radius, prior, 3, inLevel) || !(inLevel.sigma < mostSigma)) {
         return false;

@@ -148,7 +148,8 @@ bool continues(const CornerLattice &base, const CornerLattice &piece) {
     constexpr size_t compared = 20;
     const std::vector<LatticeCorner> others = closestTo(middleOf(near), piece, compared);
     const auto fits = std::count_if(others.begin(), others.end(), [&](const LatticeCorner &corner) {
-        // The number of cells by which the corner lies outside the extrapolated part of the base, along each axis.
+        // The number of cells by which the corner lies outside the part of the base that is extrapolated, along each
+        // axis.
         const int across = std::max(extent.x - corner.cell.x, corner.cell.x - extent.br().x + 1);
         const int down = std::max(extent.y - corner.cell.y, corner.cell.y - extent.br().y + 1);
         const double allowed = 0.4 + 0.06 * std::max({across, down, 0});
