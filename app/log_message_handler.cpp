@@ -46,7 +46,7 @@ std::string formatted(const char *label, const QByteArray &text, const QMessageL
         return {};
     }
     std::string record(static_cast<std::size_t>(length), '\0');
-    // A string's buffer has room for a terminating zero after its last character.
+    // snprintf also writes a terminating zero. A string's buffer has room for it after the last character.
     std::snprintf(record.data(), record.size() + 1, pattern, label, text.constData(), file, line, function);
     return record;
 }
@@ -60,8 +60,8 @@ void writeLogMessage(QtMsgType type, const QMessageLogContext &context, const QS
     if (record.empty()) {
         return;
     }
-    // An empty line follows every record. The stream is unbuffered, so one call is one write, and records of different
-    // threads do not mix.
+    // An empty line follows every record. The stream is unbuffered, so one call of fwrite is one write, and the records
+    // of different threads do not mix.
     record += '\n';
     std::fwrite(record.data(), 1, record.size(), stderr);
     std::fflush(stderr);

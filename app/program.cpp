@@ -12,7 +12,7 @@
 
 namespace {
 
-// The toolkit's version 5.15.10. It is passed even if another 5.15 version is installed.
+// Version 5.15.10 of the toolkit. QApplication gets this number even if another 5.15 version is installed.
 constexpr int toolkitVersion = 0x050F0A;
 
 void finalizeLibrary() {

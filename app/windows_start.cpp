@@ -11,7 +11,7 @@
 
 namespace {
 
-// Shows the failure. The process then ends as it would end without this function.
+// Shows the exception that is about to end the process. The process then ends as it would without this function.
 [[noreturn]] void showFailure() {
     std::set_terminate(std::abort);
     if (const std::exception_ptr failure = std::current_exception()) {

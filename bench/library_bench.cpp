@@ -121,7 +121,7 @@ Time accessNanoseconds(Access access) {
     return time / (accesses * 1e-6);
 }
 
-// Gives the node an array and an object, each with this number of children.
+// Gives the root an array and an object, each with `nodes` children.
 void fillTree(const TreeItem &root, int nodes) {
     std::string json = "[";
     for (int i = 0; i < nodes; ++i) {
@@ -147,7 +147,7 @@ void benchAccess(Table &table) {
     const TreeItem large = root["Large"]["Object"]["Number"];
     small = 1.5;
     large = 1.5;
-    // Successive reads are of different nodes, so that hardly any node is in the processor's caches.
+    // Each read takes another node, so that hardly any node is in the processor's caches.
     std::vector<TreeItem> scattered;
     for (long i = 0; i < manyNodes; i += 5) {
         scattered.push_back(root["Large"]["Object"][std::to_string(i * 7919L % 1000003L)]);

@@ -6,7 +6,7 @@ export QT_QPA_PLATFORM=offscreen
 echo "$(grep -m 1 'model name' /proc/cpuinfo | sed 's/.*: //'), $(nproc) cores, $(. /etc/os-release && echo "$PRETTY_NAME")"
 failed=0
 # With these settings malloc never returns a picture's memory to the system between two previews. Otherwise chance would
-# decide whether malloc returns the memory, and that takes as long as a small preview.
+# decide whether malloc returns it. Returning it takes as long as a small preview.
 MALLOC_MMAP_THRESHOLD_=33554432 MALLOC_TRIM_THRESHOLD_=1000000000 "$folder/library_bench" 2>/dev/null || failed=1
 for bench in window_bench reader_time_bench; do
   "$folder/$bench" 2>/dev/null || failed=1

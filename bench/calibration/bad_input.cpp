@@ -27,7 +27,7 @@ SceneDraft twoBoards() {
     return draft;
 }
 
-// Returns the message of a calibration that fails; empty if a calibration is made.
+// Returns the reason why no calibration can be made from these observations; empty if one can be made.
 std::string refusal(const Observations &observations) {
     CalibrateOptions options;
     options.lens = LensModel::Pinhole5;
@@ -49,8 +49,9 @@ bool mentions(const std::vector<std::string> &texts, const std::string &word) {
                        [&](const std::string &text) { return text.find(word) != std::string::npos; });
 }
 
-// Prints how many of the sightings [first, last) are left out for the expected reason, and the sentence about one of
-// them. The goal is met if all of these sightings are left out for that reason, and no other sightings are left out.
+// Prints how many of the sightings [first, last) are left out for the expected reason, and the reason that the
+// calibration states for one of them. The goal is met if all of these sightings are left out for that reason, and no
+// other sightings are left out.
 void leftOut(GoalTable &table, const char *what, const Observations &observations, Misfit expected, int first,
              int last) {
     CalibrateOptions options;
@@ -82,7 +83,7 @@ void measureOneDirection(GoalTable &table) {
 void measureUnlinked(GoalTable &table) {
     SimulatedScene scene = simulate(twoBoards(), 9302);
     std::vector<Sighting> &sightings = scene.observations.sightings;
-    // Each photograph shows one print only.
+    // Each photograph keeps only one of its prints.
     sightings.erase(std::remove_if(sightings.begin(), sightings.end(),
                                    [](const Sighting &sighting) { return sighting.photograph % 2 != sighting.print; }),
                     sightings.end());
@@ -98,7 +99,7 @@ void measureUnlinked(GoalTable &table) {
 }
 
 void measureMoved(GoalTable &table) {
-    // With only two patterns in a photograph, nobody could know which of them moved.
+    // The scene needs a third pattern. With only two, nobody could know which of them moved.
     SceneDraft draft = twoBoards();
     draft.reach = 0.2;
     draft.least = 700;

@@ -1,7 +1,7 @@
-// calibration_bench [sigmas] [time] [partial] [bad] [truth] [public FOLDER]: prints those tables of
-// docs/calibration.md that the arguments name. Without arguments, it prints all tables except that of `public`. FOLDER
-// has the photographs left01.jpg, right01.jpg ... that come with OpenCV's documentation; `public FOLDER` must come
-// last. The tables of `truth` and `public` exist only if the reader is built too. Exits with 1 if a goal is missed.
+// calibration_bench [sigmas] [time] [partial] [bad] [truth] [public FOLDER]: prints those tables of docs/calibration.md
+// that the arguments name. Without arguments, it prints all tables except the one of `public`. FOLDER has the
+// photographs left01.jpg, right01.jpg ... that come with OpenCV's documentation; `public FOLDER` must come last. The
+// tables of `truth` and `public` exist only if the reader is built too. Exits with 1 if a goal is missed.
 #include <cstring>
 
 #include "bench/calibration/goals.h"

@@ -89,8 +89,8 @@ Observations observationsOf(const Pairs &pairs) {
     return observations;
 }
 
-// Returns OpenCV's residual in pixels: the root mean square of the distances of all corners of both cameras. Sets the
-// baseline in mm.
+// Returns OpenCV's residual in pixels: the root mean square distance between the found and the projected corners of
+// both cameras. Sets the baseline in mm.
 double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     std::vector<cv::Point3f> drawn;
     for (const Eigen::Vector2d &point : board().points) {
@@ -110,8 +110,8 @@ double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     return rms;
 }
 
-// Returns the same residual for our own solve from all corners, and sets the baseline in mm. In this solve, only the
-// numbers of the print's shape that `shape` lists vary; the others are 0. Returns -1 if the solve fails.
+// Returns the same residual for our own solve from all corners, and sets the baseline in mm. `shape` lists the numbers
+// of the print's shape that this solve varies. All other numbers of the shape are 0. Returns -1 if the solve fails.
 double residualOfOurs(const Observations &observations, const std::vector<int> &shape, const Calibration &start,
                       double &baseline) {
     SolveOptions options;

@@ -23,7 +23,7 @@ constexpr int corners = 15;  // along a side of an assembly's pattern
 
 struct Target {
     std::shared_ptr<const reader_bench::SyntheticTarget> drawn;
-    cv::Point2d middle;  // the origin of the print's coordinates, in pitches from the top left
+    cv::Point2d middle;  // the origin of the print's coordinates, in pitches from the pattern's top-left corner
     std::shared_ptr<const reader_bench::PaperSheet> sheet;
     double pitch = 1;  // mm
 };
@@ -55,7 +55,8 @@ Target targetOf(const PrintDraft &print, int number, double bend) {
     target.middle = {middle.x * x / print.pitch, middle.y * y / print.pitch};
     target.drawn = std::make_shared<reader_bench::SyntheticTarget>(geometry);
     if (bend != 0) {
-        // The curvature follows from the height of an arc over its chord.
+        // `bend` is the height of the arc over its chord in mm, and `edge` is half the chord in pitches. For a flat
+        // arc, the curvature is 2 * height / (half chord)^2.
         const double edge = corners / 2.0;
         reader_bench::PaperSheet::Form form;
         form.curvature = 2 * bend / print.pitch / (edge * edge);

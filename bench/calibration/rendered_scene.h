@@ -10,15 +10,15 @@ namespace calibration_bench {
 
 struct RenderedScene {
     SimulatedScene scene;  // contains the truth
-    // The true position in the world of every corner of every print, on the bent surface, in mm.
+    // The true position of every corner of each print in the world, in mm. The bend is included.
     std::vector<std::vector<Eigen::Vector3d>> corners;
     // The observations that follow from reading the pictures.
     calibration::Observations read;
 };
 
-// The prints must be the patterns of an assembly, with 15 x 15 corners each; print n is pattern n. The middle of the
-// first print stands out above its left and right edges by `bend` mm. Each lens must have the same focal length in x
-// and y, and at most two coefficients that are not 0.
+// The prints must be the patterns of an assembly, with 15 x 15 corners each; print n is pattern n. The first print is
+// bent: its middle is `bend` mm nearer to the viewer than points near its left and right edges. Each lens must have the
+// same focal length in x and y, and at most two coefficients that are not 0.
 RenderedScene renderAndRead(const SceneDraft &draft, double bend, unsigned seed);
 
 }  // namespace calibration_bench

@@ -54,7 +54,7 @@ CameraDraft fisheyeCamera();
 
 SimulatedScene simulate(const SceneDraft &draft, unsigned seed);
 
-// Returns those corners of a print that a photograph shows if the print has this pose.
+// Returns the corners that the photograph would show if the print had the pose `worldFromPrint`.
 calibration::Sighting sightingOf(const SimulatedScene &scene, int photograph, int print,
                                  const calibration::RigidMotion &worldFromPrint, double noise, double saidNoise,
                                  std::mt19937 &random);

@@ -17,7 +17,7 @@ namespace {
 using Eigen::Vector3d;
 
 constexpr int corners = 15;
-constexpr double xyError = 0.005;  // how much longer the prints are in x than in y, as a share
+constexpr double xyError = 0.005;  // the prints are longer in x than in y by this share
 
 CameraDraft distorted(const char *name) {
     CameraDraft draft{{name, 1640, 1230, LensModel::Pinhole5}, Eigen::VectorXd(9), {}};
@@ -119,7 +119,7 @@ struct Deviation {
 };
 
 // Fits the first print to the truth by a similarity transformation. Returns how far the corners of all prints are from
-// their true positions after that, and the greatest error of a print's ratio.
+// their true positions after that, and the greatest error of a print's ratio of x scale to y scale.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;

@@ -52,7 +52,8 @@ bool measureTime() {
             corners += sighting.corners.size();
         }
         const std::string what = std::to_string(count) + " views, " + std::to_string(corners) + " corners";
-        // With several cores, the elapsed time on an idle machine is at most the processor time.
+        // The goal limits the processor time. On an idle machine with several cores, the elapsed time is no longer than
+        // this.
         if (count == 200) {
             table.atMost(what + ", processor time", best.processor / 1000, 2, "s");
         } else {

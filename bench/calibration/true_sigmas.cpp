@@ -98,8 +98,8 @@ SceneDraft draftOf() {
                     {8, 6, 24, {{0.1, 0.7, -0.05}, {205, 10, -70}}, other},
                     {8, 6, 24, {{-0.6, 0.05, 0.1}, {5, 170, -60}}, {}}};
     draft.moments = 14;
-    // The standard deviations that the corners state are half of the true ones. The calibration must find that out from
-    // the residuals.
+    // The standard deviations that the corners state are half of the true ones. The calibration must find this factor
+    // from the residuals.
     draft.noise = 0.1;
     draft.saidNoise = 0.05;
     draft.reach = 0.5;

@@ -98,8 +98,8 @@ PaperSheet::PaperSheet(const Form &form, double reach)
     fill(-1);
 }
 
-// Stations are the stored points of the sheet's cross section. Between two of them, a cubic Hermite spline
-// interpolates. Beyond formReach the sheet is straight.
+// Returns the point of the cross section at the distance s from the middle, by cubic Hermite interpolation between the
+// stored points (`stations`). Beyond formReach the sheet is straight.
 PaperSheet::Station PaperSheet::station(double s) const {
     const double at = (std::clamp(s, -formReach, formReach) + formReach) / stationStep;
     const size_t i = std::min(size_t(at), stations.size() - 2);

@@ -14,7 +14,7 @@ struct CameraModel {
     cv::Point2d centre;         // principal point, pixels
     double k1 = 0;              // radial distortion of normalised coordinates: r' = r (1 + k1 r² + k2 r⁴)
     double k2 = 0;
-    // If true, Kannala and Brandt's model is used instead of the above: r' = t + c0 t³ + c1 t⁵, where t is the angle
+    // If true, Kannala and Brandt's model is used instead of k1 and k2: r' = t + c0 t³ + c1 t⁵, where t is the angle
     // from the axis.
     bool fisheye = false;
     std::array<double, 2> fisheyeTerms{};

@@ -37,15 +37,16 @@ struct Board {
     double reach = 0;  // pixels; a corner farther from the truth counts as not found
     bool read = false;
     bool complete = false;
-    int found = 0;                     // corners that the reader found
-    double error = 0;                  // of the reader: root mean square over the corners found, pixels
-    std::optional<double> plainError;  // of the reader on the same board without marks, with the board's size given
+    int found = 0;     // corners that the reader found
+    double error = 0;  // the reader's root mean square error over the corners that it found, pixels
+    // The reader's error on the same board without marks. The reader gets the size of that board.
+    std::optional<double> plainError;
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };
 
-// Returns the root mean square distance from each true corner to the closest corner found, in pixels. Empty if one of
-// the true corners has no found corner near it.
+// Returns the root mean square over all true corners of the distance to the closest found corner, in pixels. Empty if a
+// true corner has no found corner near it.
 std::optional<double> errorOf(const Corners &found, const Board &board) {
     double sum = 0;
     for (const cv::Point2d &corner : board.truth) {

@@ -9,7 +9,7 @@
 
 namespace reader_bench {
 
-// The results of one of OpenCV's detectors, either on the boards as they are or on the same boards drawn without marks.
+// The results of one of OpenCV's detectors, either on the boards with their marks or on the same boards without marks.
 struct DetectorTotals {
     StockMethod method = StockMethod::Classic;
     bool withoutMarks = false;
@@ -34,7 +34,7 @@ struct Comparison {
     int readByReader = 0;
     int completeByReader = 0;  // with every corner
     std::vector<DetectorTotals> detectors;
-    // The reader's results on the same boards without marks, with their size given.
+    // The reader's results on the same boards without marks. The reader is told the size of each board.
     int plainFound = 0;           // boards with all corners in the right places
     double plainMedianError = 0;  // median of their root mean square errors, pixels
     double medianTimeRatio = 0;   // processor time of findChessboardCornersSB with defaults, divided by the reader's

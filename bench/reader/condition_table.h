@@ -37,8 +37,8 @@ struct PictureResult {
     std::vector<std::string> failures() const;
 };
 
-// True if the goal requires that the pattern is read. This is so if its squares have at least 6 pixels, its tilt is at
-// most 60°, at least 60 of its squares or 12 of its marks are visible, and the picture is not mirrored.
+// True if the goal requires that the pattern is read. This is so if its squares are at least 6 pixels wide, its tilt is
+// at most 60°, at least 60 of its squares or 12 of its marks are visible, and the picture is not mirrored.
 bool isAsked(const Scene &scene, const PatternScore &score);
 
 PictureResult resultOf(unsigned number, const Scene &scene,
@@ -58,16 +58,18 @@ struct Row {
     int falseCorners = 0;
     int readAgain = 0;  // readings of patterns that had already been read
     int wrongPolarity = 0;
-    double rms = 0;            // of the corners found in their right places, pixels
-    double medianRms = 0;      // of the root mean squares of the single patterns, pixels
-    double percentile95 = 0;   // of the errors' lengths, pixels
-    double bias = 0;           // root mean square of the lengths of the patterns' mean errors, pixels
-    double ratioToLeast = 0;   // the patterns' median of: rms divided by the least that noise allows; 0 if not known
-    double sigmaVariance = 0;  // variance of: error divided by the sigma that the reader states; 0 if not known
+    // Errors in pixels, of the corners that were found in their right places.
+    double rms = 0;
+    double medianRms = 0;  // the median over the patterns of each pattern's rms
+    double percentile95 = 0;
+    double bias = 0;  // the rms over the patterns of the length of each pattern's mean error
+    // Ratios; 0 if not known.
+    double ratioToLeast = 0;   // the median over the patterns of (rms / least rms that noise allows)
+    double sigmaVariance = 0;  // the variance of (error / standard deviation that the reader states)
 };
 
-// Sums up the patterns that `pick` selects. False places and false values are those of all pictures with a selected
-// pattern.
+// Sums up the patterns that `pick` selects. False places and false values are counted in every picture that has a
+// selected pattern.
 using Pick = std::function<bool(const PictureResult &picture, const PatternResult &pattern)>;
 Row rowOf(const std::vector<PictureResult> &results, const Pick &pick);
 

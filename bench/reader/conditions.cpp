@@ -44,8 +44,9 @@ void small(SceneDraft &draft, Dice &dice) {
     draft.exposure.noiseSigma = dice.real(0.5, 3);
 }
 
-// A picture has at most 150 megapixels with a probability of 1 %, 64 with 2 %, 12 with 7 %, and 1 to 4 otherwise.
-// Boards always have that many; plates may have fewer. A board shows at least 7 x 7 squares.
+// The size of a picture is limited to 150 megapixels with a probability of 1 %, to 64 with 2 %, to 12 with 7 %, and to
+// 1 to 4 otherwise. Pictures of boards always reach the limit; pictures of plates may be smaller. A board shows at
+// least 7 x 7 squares.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);
@@ -176,7 +177,7 @@ void glareFinish(ComposedScene &composed, Dice &dice) {
     composed.scene.exposure.glares.push_back(glare);
 }
 
-// Adds fingers with round ends, which reach over the pattern from outside.
+// Adds fingers that reach over the pattern from outside. Their ends are round.
 void handsFinish(ComposedScene &composed, Dice &dice) {
     const cv::Rect2d &bounds = composed.bounds;
     const double across = std::min(bounds.width, bounds.height);

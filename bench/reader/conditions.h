@@ -15,8 +15,8 @@ struct Condition {
     const char *id = "";
     const char *text = "";
     bool boardsOnly = false;
-    // `prepare` changes the draft of a picture with mild conditions. `finish` changes the exposure, once the place of
-    // the pattern is known. Either may be null.
+    // Every draft begins with mild conditions, and `prepare` changes them. `finish` changes the exposure when the place
+    // of the pattern is known. Either may be null.
     void (*prepare)(SceneDraft &draft, Dice &dice) = nullptr;
     void (*finish)(ComposedScene &composed, Dice &dice) = nullptr;
 };

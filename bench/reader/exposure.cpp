@@ -61,7 +61,7 @@ void addNoise(cv::Mat &image, const Exposure &exposure, std::mt19937 &random) {
 }
 
 // Each square of 2 x 2 pixels has blue and green in its first row, and green and red in its second. OpenCV names this
-// order RG, after the pixels of the second row and column.
+// order RG, after the second and the third pixel of the second row.
 int colourAt(int x, int y) {
     return x % 2 + y % 2;
 }

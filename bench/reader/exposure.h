@@ -56,7 +56,7 @@ struct Exposure {
     double balanceError = 0;  // relative error of the white balance
     double toneGain = 1;      // before clipping at 255
     double toneGamma = 1;     // 2.2 is a camera's usual curve
-    double sharpening = 0;    // this share of the difference from the smoothed picture is added
+    double sharpening = 0;    // unsharp masking adds this multiple of (picture - smoothed picture)
     double sharpeningSigma = 1;
     int jpegQuality = 0;  // 0 if the picture is not compressed
 };

@@ -2,7 +2,8 @@
 // picture with Gaussian blur and white noise.
 //
 // Let a border between light and dark have the length L, the contrast c and the blur s, and let the noise have the
-// standard deviation n. Then the Fisher information about its position, measured at right angles to the border, is
+// standard deviation n. Then the Fisher information about the border's position, measured at right angles to the
+// border, is
 //
 //   c² L / (2 sqrt(pi) s n²)
 //
@@ -25,8 +26,8 @@ struct LocalView {
 };
 
 // Returns the least root mean square distance, in pixels, that an unbiased measurement of a corner can have; 0 if the
-// window has no information. The window is the disc around the corner that ends at the nearest mark, or at the nearest
-// far side of one of the four squares that meet at the corner, whichever is closer.
+// window has no information. The window is a disc around the corner. It reaches to the nearest mark or to the nearest
+// far side of the four squares that meet at the corner, whichever is closer.
 double leastCornerError(const LocalView &view);
 // Returns the same bound for a mark with a radius of half a lattice step. The measurement uses the mark's whole
 // outline.

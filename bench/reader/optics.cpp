@@ -80,7 +80,7 @@ void moveDuringExposure(cv::Mat &image, const cv::Point2d &way) {
         return;
     }
     const cv::Point2d along = way / length;
-    // The line is half a pixel wide, which blurs the picture slightly across the motion too.
+    // The kernel is a line half a pixel wide, so it also blurs the picture slightly across the motion.
     constexpr double halfWidth = 0.25;
     const cv::Mat kernel = kernelOf(int(std::ceil(length / 2 + 1)), [&](double x, double y) {
         return std::abs(x * along.x + y * along.y) <= length / 2 && std::abs(x * along.y - y * along.x) <= halfWidth;

@@ -2,12 +2,12 @@
 // the goals and whether they are met.
 //
 //   reader_bench [OPTIONS]
-//     --first N        number at which the pictures start, both those with and those without patterns
+//     --first N        number of the first picture with patterns, and of the first one without
 //     --count N        number of pictures with patterns
 //     --empty N        number of pictures without patterns
 //     --condition ID   makes only pictures with this condition; the name "list" lists all conditions
 //     --compare N      number of boards on which the reader is compared with OpenCV's detectors
-//     --times          makes --compare compare only the times
+//     --times          limits --compare to the times
 //     --threads N      number of threads
 //     --list           lists every failure
 //     --check          exits with 1 if a goal is missed

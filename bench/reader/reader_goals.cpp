@@ -24,7 +24,8 @@ Goal rangeGoal(const std::string &what, double value, int patterns, double least
             !judged || (value >= least && value <= greatest)};
 }
 
-// Compares plates with boards under the same conditions. The condition under which plates are worst decides.
+// Divides the error of plates by that of boards, separately for each of several conditions. The greatest of these
+// ratios decides.
 Goal plateGoal(const std::vector<PictureResult> &results) {
     constexpr double greatestTilt = 70;
     constexpr int enough = 10;

@@ -18,7 +18,7 @@ enum class Visibility { Whole, Covered, CutByBorder };
 struct ScenePattern {
     CodedTarget coded;
     PlacedTarget placed;
-    // Side of a square in the pattern's middle in pixels, as the geometric mean of both directions.
+    // Side of a square in the pattern's middle, in pixels: the geometric mean of the sides along x and along y.
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
     // Whole if nothing hides the pattern, Covered if a cover hides a quarter of it, CutByBorder if a part of it is

@@ -21,7 +21,7 @@ CodedTarget makeTarget(const SceneDraft &draft, Dice &dice) {
     return makeTile(dice.chance(0.5) ? 0 : dice.whole(1, 18), dice.random, draft.print);
 }
 
-// The approximate width of the pattern in pixels.
+// Returns the approximate length of the pattern's diagonal in pixels, before the pattern is tilted.
 double extentOf(const SceneDraft &draft, const SyntheticTarget &target) {
     return std::hypot(target.size().width, target.size().height) * draft.pixelsPerSquare /
            std::sqrt(std::cos(draft.tiltDegrees * degree));
@@ -35,7 +35,8 @@ CameraModel makeCamera(const SceneDraft &draft, double extent, Dice &dice) {
         camera.fisheyeTerms = {dice.real(-0.05, 0.05), dice.real(-0.005, 0.005)};
         return camera;
     }
-    // The camera is far enough away that the far side of a steeply tilted pattern does not become too small.
+    // The squares have a given size in pixels, so a longer focal length means a more distant camera. The camera must be
+    // so distant that the far side of a steeply tilted pattern does not become too small.
     const double depth = extent * std::sin(draft.tiltDegrees * degree);
     camera.focalLength = std::max({dice.real(900, 2200), 0.9 * extent, dice.real(1.2, 2.5) * depth});
     if (draft.viewShare > 0) {
@@ -46,7 +47,7 @@ CameraModel makeCamera(const SceneDraft &draft, double extent, Dice &dice) {
     return camera;
 }
 
-// The side of a square in the pattern's middle, in pixels: the geometric mean of both directions.
+// The side of a square in the pattern's middle, in pixels: the geometric mean of the sides along x and along y.
 double middleSquare(const Scene &scene, const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     return std::sqrt(std::abs(cv::determinant(scene.stepsAt(pattern, {size.width / 2, size.height / 2}))));

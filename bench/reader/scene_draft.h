@@ -19,7 +19,7 @@ struct SceneDraft {
     double quietZone = 1;
 
     bool fisheye = false;
-    double viewShare = 0;   // the pattern's width in the picture divided by the focal length; 0 for a usual lens
+    double viewShare = 0;   // the pattern's diagonal divided by the focal length, both in pixels; 0 for a usual lens
     double distortion = 0;  // greatest radial distortion in the pattern, as a share of the distance from the centre
     std::optional<PaperSheet::Form> sheet;
     cv::Vec3d turnPerRow;   // radians
@@ -38,7 +38,7 @@ struct SceneDraft {
 SceneDraft makeDraft(bool plate, Dice &dice);
 
 // The scene before the picture is taken: the camera, the pattern and the size of the picture. Conditions may still
-// change its exposure.
+// change the exposure.
 struct ComposedScene {
     Scene scene;
     cv::Size size;

@@ -135,7 +135,7 @@ double shareInside(const Scene &scene, const ScenePattern &pattern, const cv::Re
 cv::Rect2d boundsOf(const Scene &scene, const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     const double q = pattern.placed.quietZone;
-    // Includes points inside the outline, because bent paper may bulge.
+    // Points inside the outline are included too, because bent paper may bulge beyond its outline.
     constexpr int steps = 16;
     cv::Rect2d bounds;
     for (int row = 0; row <= steps; row++) {

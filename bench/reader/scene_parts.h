@@ -18,7 +18,7 @@ Exposure makeExposure(double pixelsPerSquare, Dice &dice);
 cv::Matx33d rotationBy(const cv::Vec3d &axis);
 
 // Rolls the target, tilts it about an axis in the image plane, and places it so that its middle is seen at `at` with
-// the given size of a square. Tilt in radians.
+// the given size of a square. `tilt` is in radians.
 TargetPose makePose(const CameraModel &camera, const SyntheticTarget &target, cv::Point2d at, double pixelsPerSquare,
                     double tilt, Dice &dice);
 
@@ -28,7 +28,7 @@ Cover coverQuarter(const cv::Size2d &size, Dice &dice);
 // The rectangle of the picture that shows the pattern and its quiet zone.
 cv::Rect2d boundsOf(const Scene &scene, const ScenePattern &pattern);
 
-// Returns the shift of the window after which a quarter of the pattern is outside it.
+// Returns how far the window must be shifted so that a quarter of the pattern is outside the window.
 cv::Point cutQuarter(const Scene &scene, const ScenePattern &pattern, cv::Rect window, Dice &dice);
 
 // Moves the origin of the picture's coordinates to this point.

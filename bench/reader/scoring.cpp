@@ -45,8 +45,8 @@ double leastErrorAt(const Scene &scene, const ScenePattern &pattern, const cv::P
     return pattern.coded.kind == PatternKind::Plate ? leastMarkError(view) : leastCornerError(view);
 }
 
-// Compares the reading's corners with a pattern, and sets the corners and errors in `score`. True if more than 95 % of
-// the corners are within a quarter of a square of their true positions.
+// Compares the reading's corners with a pattern, and sets the corners and errors in `score`. Returns true if more than
+// 95 % of the corners are within a quarter of a square of their true positions.
 bool agrees(const Scene &scene, const ScenePattern &pattern, const PatternReading &reading, PatternScore &score) {
     constexpr double strayDistance = 0.25;
     score.corners = int(reading.corners.size());

@@ -25,7 +25,7 @@ struct PatternScore {
     // Number of corners, in all readings of the pattern, with an error of more than a quarter of a square. The error is
     // converted to the pattern's plane.
     int strayCorners = 0;
-    std::vector<PointError> errors;  // of the first reading's other corners
+    std::vector<PointError> errors;  // of the first reading's corners that are not stray
     int moreReadings = 0;            // further readings of the same pattern
     bool polarityRight = true;
     int correctedBits = 0;

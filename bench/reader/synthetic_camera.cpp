@@ -178,7 +178,8 @@ cv::Point2d projectPoint(const CameraModel &camera, const TargetPose &pose, cons
     const cv::Vec3d onBoard = pose.sheet ? pose.sheet->at(p) : cv::Vec3d(p.x, p.y, 0);
     cv::Point2d pixel = pixelOf(camera, pose.rotation * onBoard + pose.translation);
     if (isMoving(pose)) {
-        // The pose depends on the row that sees the point, and the row depends on the pose, so this is iterated.
+        // The pose depends on the row that sees the point, and the row depends on the pose. So the pixel is found by
+        // iteration.
         for (int i = 0; i < 60; i++) {
             const Moment moment = momentAt(pose, pixel.y);
             const cv::Point2d before = pixel;

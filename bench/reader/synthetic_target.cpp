@@ -162,7 +162,7 @@ int SyntheticTarget::cellIndex(double coordinate) {
 // Calls `visit` with every cell that a rectangle reaches into.
 template <typename Visit>
 void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) const {
-    // Many shapes end on the borders of cells, up to rounding errors.
+    // Many shapes end on the border of a cell. The slack keeps a rounding error from adding the cell behind the border.
     constexpr double slack = 1e-7;
     const int left = std::max(0, cellIndex(bounds.x + slack));
     const int top = std::max(0, cellIndex(bounds.y + slack));

@@ -1,6 +1,7 @@
-// Benchmarks of LmView with many photographs. They measure the time from the drop to the result, and compare it with
-// the time that decoding takes. They also measure the memory, how long the window does not answer, and the time to
-// calibrate anew. They take minutes, so run_all.sh does not run them. They need a POSIX system.
+// Benchmarks of LmView with many photographs. They measure the time from dropping the photographs onto the window to
+// the result, and compare it with the time that decoding the photographs takes. They also measure the memory, how long
+// the window does not answer, and the time to calibrate anew. They take minutes, so run_all.sh does not run them. They
+// need a POSIX system.
 //
 //   viewer_bench FOLDER [ROUNDS]
 //
@@ -53,8 +54,8 @@ double threadMilliseconds() {
     return 1e3 * double(time.tv_sec) + 1e-6 * double(time.tv_nsec);
 }
 
-// Finds the event during which the window did not answer for the longest time. It compares processor times, because
-// elapsed times on a busy machine depend more on the other programs.
+// Finds the event during which the window did not answer for the longest time. Events are compared by their processor
+// time, because elapsed times on a busy machine depend more on the other programs.
 class WatchedApplication : public QApplication {
 public:
     using QApplication::QApplication;
@@ -141,8 +142,8 @@ public:
         QApplication::processEvents();
     }
 
-    // Waits until a new result is shown, and returns the time since `begin`. If `isOfAll` is
-    // true, waits for the result after which no work is left.
+    // Waits until a new result is shown, and returns the time since `begin`. If `isOfAll` is true, waits for the last
+    // result, after which no work is left.
     Time waitForResult(const Time &begin, bool isOfAll) {
         const auto *text = window.findChild<QTextBrowser *>();
         const auto *progress = window.findChild<QProgressBar *>();
@@ -215,8 +216,9 @@ double longestScrollStep(QListView &list) {
 }
 
 void readMany(WatchedApplication &application, const QStringList &files) {
-    // Each of the few pictures gets many names, because the list never has a file twice. All are read and shown. The
-    // calibration uses each picture once, so the memory of a calibration with many pictures is not measured.
+    // Each of the few pictures gets many file names, because the list never has a file twice. All these files are read
+    // and shown. The calibration uses each picture once, so the memory of a calibration with many pictures is not
+    // measured.
     const QTemporaryDir folder;
     QStringList names;
     for (int i = 0; i < manyPhotographs; ++i) {
