@@ -25,8 +25,8 @@ constexpr double greatestFocalSigma = 0.02;
 // Models are chosen again if the number of photographs has grown or shrunk by more than this factor.
 constexpr double similarCount = 1.5;
 
-// The least standard deviation of corners found in photographs, in pixels. It is needed for computed corners: they can
-// be exact, and then the covariance would make even an undetermined focal length seem certain.
+// No corner in a photograph is more certain than this standard deviation, in pixels. Computed corners can be exact;
+// without this limit, their covariance would make even an undetermined focal length seem certain.
 constexpr double leastNoise = 0.01;
 
 class Calibrator {
@@ -66,8 +66,8 @@ public:
     }
 
 private:
-    // True if the models of the previous result are kept. The options must be the same. If they leave a choice of
-    // models, it must have been made from a similar number of photographs.
+    // True if the models of the previous result are kept. `lens` and `mayBend` must be the same as then. If these
+    // options leave a choice of models, the earlier choice must come from a similar number of photographs.
     bool keepsModels() const {
         if (!options.previous) {
             return false;
@@ -235,9 +235,9 @@ private:
         }
     }
 
-    // Finds prints that moved. The solve may have settled between two places of such a print. In that case, it still
-    // uses a sighting in which the print has moved, or it has left out other sightings. Then this function leaves out
-    // the sightings of moved prints, computes new start values and returns true.
+    // Finds prints that moved. If the solve has settled between two places of such a print, it still uses a sighting in
+    // which the print has moved, or it has left out other sightings. In either case, this function leaves out the
+    // sightings of moved prints, computes new start values and returns true.
     bool leaveOutMoved() {
         Observations all = given;
         all.cameras = result.observations.cameras;
@@ -308,7 +308,7 @@ private:
     Observations good;  // the given observations, in which the sightings that were left out are marked as not used
     const CalibrateOptions &options;
     Calibration result;
-    int photographs = 0;     // the number of those that show a pattern
+    int photographs = 0;     // the number of photographs that show a pattern
     bool hasModels = false;  // true if the models of the previous result are kept
     std::vector<LeftOut> knownLeftOut;
     // One entry for each camera:

@@ -71,7 +71,7 @@ struct ModelTrial {
 };
 
 struct CameraTrust {
-    double rms = 0;   // pixels: root mean square of the distances between the used corners and their estimates
+    double rms = 0;   // pixels: root mean square distance between the used corners and their projections
     int corners = 0;  // the number of used corners
     int photographs = 0;
     std::vector<double> sigmas;  // standard deviations of the intrinsics, in their order

@@ -16,7 +16,7 @@ namespace {
 
 using RowMajor = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
-// The derivatives of one sighting's residuals by all blocks of parameters.
+// The derivatives of one sighting's residuals with respect to all blocks of parameters.
 struct Derivatives {
     std::array<RowMajor, blockCount> byBlock;
     Eigen::VectorXd residuals;
@@ -34,8 +34,8 @@ struct Derivatives {
 };
 
 // The derivatives of the residuals of one moment, with one row for each residual of its sightings. `shared` has the
-// derivatives by those parameters of cameras and prints on which these sightings depend. `byPose` has the derivatives
-// by the moment's pose.
+// derivatives with respect to those parameters of cameras and prints on which these sightings depend. `byPose` has the
+// derivatives with respect to the moment's pose.
 class MomentRows {
 public:
     void add(const Derivatives &derivatives, const std::vector<int> &places, const RowMajor &byShared) {
@@ -60,8 +60,8 @@ public:
     bool isEmpty() const { return taken.empty() || byPose.rows() <= 6; }
 
     // Adds the information about the shared parameters that does not depend on the moment's pose. To this end, the rows
-    // are projected onto the space that is orthogonal to the derivatives by the pose. Subtracting normal equations (the
-    // Schur complement) would be less exact, because the two terms nearly cancel for focal lengths.
+    // are projected onto the space that is orthogonal to `byPose`. Subtracting normal equations (the Schur complement)
+    // would be less exact, because the two terms nearly cancel for focal lengths.
     void addTo(Eigen::MatrixXd &information) {
         const Eigen::HouseholderQR<Eigen::MatrixXd> pose(byPose);
         shared.applyOnTheLeft(pose.householderQ().adjoint());
@@ -142,8 +142,8 @@ public:
         if (!inverse || !(freeRows > 0)) {
             return false;
         }
-        // Computed corners can fit exactly. With a factor of 0, even a parameter that they do not determine would seem
-        // certain.
+        // Computed corners can fit exactly. A factor of 0 would make every parameter seem certain, even one that the
+        // corners do not determine.
         constexpr double leastFactor = 1e-30;
         result.factor = std::max(squares / freeRows, leastFactor);
         result.matrix = result.factor * *inverse;
@@ -225,8 +225,9 @@ private:
     }
 
     // Distortion coefficients can replace each other almost exactly, in particular those of a rational function.
-    // Rounding errors along such a direction would reach every other parameter. So no direction is taken to be more
-    // than 100,000 times less certain than each coefficient alone. Projected points hardly depend on such a direction.
+    // Rounding errors along such a direction would reach every other parameter. So the standard deviation along a
+    // direction is limited to 100,000 times the one that a coefficient would have if everything else were known.
+    // Projected points hardly depend on such a direction.
     void limitCoefficients() {
         constexpr double leastShare = 1e-10;
         for (const Covariance::CameraRanges &camera : result.cameras) {

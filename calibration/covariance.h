@@ -3,8 +3,8 @@
 // residuals at the solution and from the priors.
 //
 // The poses of the moments are eliminated one by one, so their covariance is not available, but time and memory grow
-// only linearly with their number. The covariance is multiplied by the variance of the residuals. So a common factor in
-// the corners' standard deviations cancels, except that it changes the weight of the priors, whose standard deviations
+// only linearly with their number. The covariance is multiplied by the variance of the residuals. So a common factor of
+// all corners' standard deviations cancels. It only changes the weight of the priors, because their standard deviations
 // are absolute.
 #pragma once
 
@@ -19,8 +19,8 @@ namespace calibration {
 
 class CALIBRATION_API Covariance {
 public:
-    // Returns the variance of the residuals after each was divided by its corner's standard deviation. It is 1 if the
-    // corners' standard deviations are right.
+    // Returns the variance of (residual / standard deviation of its corner). It is 1 if the corners' standard
+    // deviations are right.
     double varianceFactor() const { return factor; }
     int usedCorners() const { return corners; }
 
@@ -64,9 +64,9 @@ private:
     int corners = 0;
 };
 
-// Computes the covariance. A direction that the sightings do not determine gets a huge variance. Returns nothing if a
-// parameter has no information at all, if there are not more residuals than unknowns, if a corner cannot be projected,
-// or if a number is not finite.
+// Computes the covariance. A direction that the sightings do not determine gets a huge variance. Returns nothing if
+// there is no information at all about a parameter, if there are not more residuals than unknowns, if a corner cannot
+// be projected, or if a number is not finite.
 std::optional<Covariance> covarianceOf(const Observations &observations, const Freedom &freedom,
                                        const Estimate &estimate);
 

@@ -1,6 +1,6 @@
 // Solves equations with small symmetric matrices and computes their eigenvectors. These functions have a file of their
-// own because each file that instantiates Eigen's decompositions takes long to compile, with sanitizers most of a
-// minute.
+// own because every file that instantiates Eigen's decompositions is slow to compile. With sanitizers, one such file
+// takes most of a minute.
 #pragma once
 
 #include <Eigen/Core>
@@ -11,8 +11,8 @@ namespace calibration {
 // Solves matrix * x = right for a symmetric matrix.
 Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
-// Solves the same for a positive definite matrix. Returns nothing if an eigenvalue is negative; a singular matrix is
-// not always noticed.
+// Solves the same equation for a positive definite matrix. Returns nothing if an eigenvalue is negative; a singular
+// matrix is not always noticed.
 std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
 struct Eigensystem {

@@ -23,8 +23,8 @@ constexpr double robustScale = 6;
 constexpr double clearDifference = 1.5;
 constexpr size_t leastPairs = 4;
 
-// Returns the number of the part that each moment belongs to, from 0. It is -1 if none of the moment's sightings takes
-// part, and for all moments if there are too few of them.
+// Returns for each moment the number of the part to which it belongs, from 0. The number is -1 if none of the moment's
+// sightings takes part. All numbers are -1 if too few moments have such sightings.
 std::vector<int> partsOfMoments(const Observations &observations, const Estimate &estimate) {
     std::set<int> moments;
     for (const Sighting &sighting : observations.sightings) {
@@ -49,8 +49,8 @@ Observations onlyPart(const Observations &observations, const std::vector<int> &
     return some;
 }
 
-// Returns the estimate from all parts except `part`. In it, the poses of that part's moments are estimated from their
-// own sightings. Empty if a solve fails.
+// Returns the estimate from all parts except `part`. The poses of that part's moments are an exception: they are
+// estimated from that part's own sightings. Empty if a solve fails.
 std::optional<Estimate> trainedWithout(const Observations &observations, const std::vector<int> &partOf, int part,
                                        const Freedom &freedom, const Estimate &estimate) {
     SolveOptions training;

@@ -8,9 +8,9 @@
 
 namespace calibration {
 
-// Returns for each sighting that takes part the mean squared residual, in units of the corners' variance. Each square
-// is limited, so that a single bad corner does not decide a comparison. Models can be compared only if they were tried
-// on the same corners with the same standard deviations.
+// Returns the mean squared residual of each sighting, in units of the corners' variance; empty if the sighting does not
+// take part. Each square is limited, so that a single bad corner does not decide a comparison. Models can be compared
+// only if they were tried on the same corners with the same standard deviations.
 //
 // The moments are split into three parts. For each part, all unknowns are estimated from the other two parts, with
 // `estimate` as the start. Then only the poses of this part's moments are estimated, from this part's own sightings.

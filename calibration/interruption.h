@@ -1,6 +1,6 @@
-// Lets work deep inside a calibration end early if it is cancelled. The function that tells whether it is cancelled
-// need not be passed through every call, because each thread stores such a function. A thread that works for another
-// thread takes over the other thread's function.
+// Lets work deep inside a calibration end early if the calibration is cancelled. Each thread stores the function that
+// tells whether it is cancelled, so the function need not be passed through every call. A thread that works for another
+// thread takes over that thread's function.
 #pragma once
 
 #include <functional>

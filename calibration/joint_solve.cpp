@@ -17,7 +17,7 @@ namespace calibration {
 namespace {
 
 // The first radius of the trust region if the estimate is near the solution. With Ceres's default of 1e4, the first
-// steps would be too short by half along directions in which parameters of a lens depend on each other.
+// steps would have only half the right length along directions in which parameters of a lens depend on each other.
 constexpr double nearRadius = 1e8;
 
 class SightingCost : public ceres::CostFunction {
@@ -199,9 +199,10 @@ private:
         }
     }
 
-    // Moments are eliminated first, because there are many of them and each sighting belongs to only one. Each other
-    // block has a group of its own: Ceres takes the blocks of a group in the order of their addresses, which differs
-    // from run to run. The moments can share a group, because they are in one array and so keep their order.
+    // Moments are eliminated first, because there are many of them and each sighting belongs to only one moment. Each
+    // other block has a group of its own, because Ceres takes the blocks of a group in the order of their addresses,
+    // and this order differs from run to run. The moments can share a group, because they are in one array and so keep
+    // their order.
     ceres::ParameterBlockOrdering ordering() const {
         ceres::ParameterBlockOrdering order;
         int group = 0;

@@ -10,11 +10,11 @@ namespace {
 
 constexpr int greatestCoefficients = greatestParameters - pinholeParameters;
 
-// A point on the image plane at distance 1 after distortion, and its derivatives.
+// A distorted point on the image plane at distance 1, and its derivatives.
 struct Distorted {
     Eigen::Vector2d place;
     Eigen::Matrix<double, 2, 3> byPoint;
-    // The derivatives of x and of y by the coefficients that the model has.
+    // The derivatives of x and of y with respect to the coefficients that the model has.
     std::array<double, greatestCoefficients> xByCoefficients, yByCoefficients;
 };
 
@@ -26,7 +26,7 @@ std::array<double, greatestCoefficients> pinholeCoefficients(int count, const do
 }
 
 struct Radial {
-    double factor, slope;  // the slope is the factor's derivative by the squared radius
+    double factor, slope;  // the slope is the factor's derivative with respect to the squared radius
     double numerator, denominator;
 };
 
@@ -88,7 +88,7 @@ void differentiatePinhole(const std::array<double, greatestCoefficients> &k, int
     differentiateByCoefficients(count, x, y, radial, result);
 }
 
-// Computes the distorted angle from the line of sight, and its derivative.
+// Distorts an angle that is measured from the optical axis. Computes the derivative of the distorted angle, too.
 void distortAngle(const double *k, double angle, double &distorted, double &slope) {
     const double a2 = angle * angle;
     distorted = angle * (1 + a2 * (k[0] + a2 * (k[1] + a2 * (k[2] + a2 * k[3]))));

@@ -71,9 +71,9 @@ private:
         estimate.hasMoment.push_back(start.has_value());
     }
 
-    // Returns the start value of a sighting's pose. This is the pose in the joint estimate, unless that fits much worse
-    // than the pose from this sighting alone. From far away, two poses look alike, and a single sighting could give the
-    // wrong one.
+    // Returns the start value of a sighting's pose. From far away, two poses look alike, and a single sighting could
+    // give the wrong one. So the start value is the pose in the joint estimate, unless this pose fits much worse than
+    // the pose from the sighting alone.
     std::optional<RigidMotion> startOf(const Observations &all, const Sighting &sighting, const Sighting &alone,
                                        const Estimate &joint) const {
         const int camera = all.photographs[size_t(sighting.photograph)].camera;

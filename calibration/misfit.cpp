@@ -16,7 +16,8 @@ namespace {
 // No pose explains a sighting if its residuals in the best pose are larger than this many standard deviations of good
 // corners.
 constexpr double greatestScaleAlone = 3;
-// The limit while focal lengths are tried in steps of 4 %. It is higher, because no step is the exact focal length.
+// The limit while focal lengths are tried in steps of 4 %. It is higher than greatestScaleAlone, because the exact
+// focal length lies between two steps.
 constexpr double coarseScale = 12;
 constexpr size_t leastCorners = 6;
 

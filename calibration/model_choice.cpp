@@ -85,7 +85,7 @@ struct Candidate {
     Observations observations;
     Estimate estimate;
     Freedom freedom;
-    std::optional<std::vector<double>> deviations;  // the factor of each camera; empty if the solve failed
+    std::optional<std::vector<double>> deviations;  // the factors of solveRobustly(); empty if it failed
     std::vector<std::optional<double>> errors;
 
     void solve(const std::vector<Bend> &bends, const std::vector<MeasuredPrint> &measured) {
@@ -94,7 +94,7 @@ struct Candidate {
     }
 };
 
-// Runs a step for all candidates at the same time. They are independent of each other.
+// Runs a step for all candidates at the same time. The candidates are independent of each other.
 void forEach(std::vector<Candidate> &candidates, const std::function<void(Candidate &)> &step) {
     std::vector<std::future<void>> running;
     running.reserve(candidates.size());
@@ -153,8 +153,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     for (Eigen::Index i = 0; i < count; i++) {
         numbers(i) = candidate.estimate.shapes[print].numbers[size_t(free[size_t(from + i)])];
     }
-    // Bad sightings are not left out yet, so the variance of all residuals is useless. The standard deviations of the
-    // corners are right, because they were computed from the good residuals.
+    // The covariance is a multiple of the variance of all residuals. That variance is useless, because bad sightings
+    // are not left out yet, so it is divided out. The corners' standard deviations are right, because they come from
+    // the good residuals.
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
     // Chi-squared with `count` degrees of freedom has the mean `count` and the variance 2 * `count`.
@@ -162,9 +163,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     return square > double(count) + 5 * std::sqrt(2 * double(count));
 }
 
-// Takes back bends that cannot be told from 0. The comparison lets either all prints bend or none. If one print is
-// really bent, a flat model of it makes the poses wrong. Then bends of the other prints predict better, too, although
-// these prints are flat.
+// Takes back bends that cannot be distinguished from 0. The comparison lets either all prints bend or none. If one
+// print is really bent, a flat model of it makes the poses wrong. Then bends of the other prints predict better, too,
+// although these prints are flat.
 void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, std::vector<Bend> &bends) {
     for (bool changed = true; changed;) {
         changed = false;

@@ -14,7 +14,8 @@ namespace calibration {
 
 namespace {
 
-// Errors of the lens and of the shapes add to the noise. They make the variances larger by at most this factor.
+// Errors of the lens and of the shapes add to the noise. It is assumed that they multiply the variances by at most this
+// factor.
 constexpr double greatestExcess = 25;
 
 // Returns the pose of print b relative to print a in one photograph, as its difference from `reference`, and the
@@ -88,7 +89,7 @@ std::vector<Pair> pairsOf(const Observations &observations, const Estimate &esti
     return result;
 }
 
-// Returns the factor by which variances are larger than the poses claim. It is computed from the changes between
+// Returns the ratio of the true variances to those that the poses state. It is computed from the changes between
 // successive poses. Most successive poses are at the same place, even if a print sometimes moved, so most changes are
 // only noise.
 double excessOf(const std::vector<Pair> &pairs) {
@@ -216,9 +217,10 @@ private:
         }
     }
 
-    // Returns a vote for each pair of sightings of a print. Each other print that both photographs show adds 1 if the
-    // print has the same place relative to that other print in both, and subtracts 1 if the places differ. The pairs
-    // are sorted by the indices of their sightings, so they are in the order of time if the photographs are.
+    // Returns the sum of votes for each pair of sightings of a print. Every other print that both photographs show has
+    // a vote. The vote is 1 if the print has the same place relative to that other print in both photographs, and -1 if
+    // the places differ. The pairs are sorted by the indices of their sightings, so they are in the order of time if
+    // the photographs are.
     std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
         std::map<std::pair<size_t, size_t>, int> votes;
         for (const Pair &pair : pairs) {

@@ -118,8 +118,8 @@ private:
             .value_or(0);
     }
 
-    // Returns the derivatives of the visible corners by the lens and by the print's shape, projected so that the
-    // unknown pose of the print has no effect. Empty if too few corners are visible.
+    // Returns the derivatives of the visible corners with respect to the lens and the print's shape, projected so that
+    // the unknown pose of the print has no effect. Empty if too few corners are visible.
     std::optional<Eigen::MatrixXd> rowsOf(const RigidMotion &cameraFromPrint) const {
         const std::vector<Eigen::Vector2d> &points = calibration.observations.prints[size_t(printNumber)].points;
         const PrintShape &shape = calibration.estimate.shapes[size_t(printNumber)];
@@ -194,7 +194,7 @@ int usualPrint(const Calibration &calibration, int camera) {
     return int(std::max_element(corners.begin(), corners.end()) - corners.begin());
 }
 
-// Returns the beginning of the advice.
+// Returns the first words of the advice.
 std::string request(const Calibration &calibration, int camera) {
     if (!isLensCertain(calibration)) {
         return "Take a photograph ";

@@ -6,8 +6,8 @@
 namespace calibration {
 
 // Compares a fixed set of poses of the target. Returns the pose that, as the covariance predicts, would most reduce the
-// greatest uncertainty of the worst camera. Empty if no pose reduces this uncertainty by a useful amount. The text says
-// so if more photographs would hardly improve the lens.
+// greatest uncertainty of the worst camera. Empty if no pose reduces this uncertainty by a useful amount. If more
+// photographs would hardly improve the lens, the text says this.
 std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration);
 
 // True if the greatest uncertainty of every camera is far below the error of a single corner. More photographs then

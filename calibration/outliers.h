@@ -7,12 +7,12 @@
 
 namespace calibration {
 
-// Solves robustly, drops corners whose residuals exceed four standard deviations, leaves out sightings that do not fit,
-// and repeats this until nothing changes, at most six times. Then solves without the robust loss, and repeats that,
-// too, if decisions change, at most three times. Corners and sightings that fit later are used again. Changes `isUsed`
-// in the observations, but never uses a sighting or corner that `given` does not use. Also multiplies the corners'
-// standard deviations by one factor for each camera, so that they agree with the residuals. Returns false if a solve
-// fails.
+// Solves with a robust loss, drops corners whose residuals exceed four standard deviations, and leaves out sightings
+// that do not fit. This is repeated until no decision changes, but at most six times. Then solves without the robust
+// loss. If decisions change after that, this is repeated, too, at most three times. Corners and sightings that fit
+// later are used again. Changes `isUsed` in the observations, but never uses a sighting or corner that `given` does not
+// use. Also multiplies the corners' standard deviations by one factor for each camera, so that they agree with the
+// residuals. Returns false if a solve fails.
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate);
 

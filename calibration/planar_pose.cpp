@@ -168,7 +168,8 @@ std::optional<PlanarPose> planarPose(const Observations &observations, const Sig
     if (drawn.size() < leastCorners || !(sum.norm() > 1e-6)) {
         return std::nullopt;
     }
-    // The directions are turned so that the print is straight ahead, because a fisheye may see it far from its axis.
+    // The directions are turned so that the print is straight ahead, because a fisheye may see the print far from the
+    // optical axis.
     const Eigen::Matrix3d ahead = rotationBetween(sum, Eigen::Vector3d::UnitZ());
     std::vector<Eigen::Vector2d> places;
     for (const Eigen::Vector3d &direction : directions) {

@@ -23,8 +23,8 @@ struct PrintShape {
     double reach = 1;  // mm: see reachOf(); makes the bends of prints of different sizes comparable
 };
 
-// Where a point of the drawing is on the real print, in mm, and its derivatives by the shape's numbers. x and y are in
-// the plane of the print, and z is the bend.
+// Where a point of the drawing is on the real print, in mm, and its derivatives with respect to the shape's numbers. x
+// and y are in the plane of the print, and z is the bend.
 struct PrintedPoint {
     Eigen::Vector3d place;
     Eigen::Matrix<double, 3, PrintShape::count, Eigen::RowMajor> byNumbers;
@@ -57,7 +57,7 @@ public:
         return point;
     }
 
-    // Writes to `byNumbers` the derivatives, by all numbers of the shape, of the scalar product of direction and place.
+    // Writes the derivatives of direction · place with respect to all numbers of the shape to `byNumbers`.
     static void differentiate(const Point &point, double directionX, double directionY, double directionZ,
                               double *byNumbers) {
         const double alongX = directionX * point.plainX;

@@ -9,7 +9,7 @@ namespace calibration {
 
 namespace {
 
-// One cell of the grid, with the derivatives of its pixel by the lens and by the camera's motion.
+// One cell of the grid, with the derivatives of its pixel with respect to the lens and to the camera's motion.
 struct Cell {
     Eigen::Vector3d point;
     Eigen::Matrix<double, 2, Eigen::Dynamic> byLens;
@@ -69,7 +69,8 @@ Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
             right += cell->weight * byMotion.transpose() * cell->byLens;
         }
     }
-    // In a narrow field of view, rotation and translation look nearly alike, and the matrix is nearly singular.
+    // In a narrow field of view, rotation and translation look nearly alike. The larger diagonal keeps the matrix from
+    // being singular.
     normal.diagonal() *= 1 + 1e-12;
     return solveSymmetric(normal, right);
 }
@@ -100,7 +101,7 @@ PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &in
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows) {
     Grid grid(camera, intrinsics, distance, columns, rows);
     // The first weights come from the uncertainty before a motion is subtracted. With equal weights, the parts that are
-    // far less certain than others would decide the motion, and later rounds would keep it.
+    // far less certain than others would decide the motion, and later rounds would not correct this.
     for (std::optional<Cell> &cell : grid.cells) {
         if (cell) {
             const double sigma = worseSigma(cell->byLens * covariance * cell->byLens.transpose());

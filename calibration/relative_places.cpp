@@ -25,7 +25,7 @@ struct Fused {
         weighted += other.weighted;
     }
     Fused without(const Fused &other) const { return {information - other.information, weighted - other.weighted}; }
-    // Returns the part of the squared offsets that the fused offset explains.
+    // Returns how much of the weighted sum of the squared offsets the mean explains.
     double explained() const { return weighted.dot(Vector6(solveSymmetric(information, weighted))); }
 };
 

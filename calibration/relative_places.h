@@ -15,7 +15,7 @@ using Matrix6 = Eigen::Matrix<double, 6, 6>;
 struct RelativePose {
     Vector6 offset;
     Matrix6 information;  // the inverse of the offset's covariance
-    Vector6 byScale;      // the derivative of the offset by the logarithm of the second print's scale
+    Vector6 byScale;      // the offset's derivative with respect to the logarithm of the second print's scale
 };
 
 // Returns the squared Mahalanobis distance between two poses.
@@ -28,7 +28,7 @@ void agreeOnScale(std::vector<RelativePose> &poses);
 
 // Returns the number of the place that each pose belongs to, from 0. The poses are given in the order of time. They are
 // cut into stretches of time without a clear change. Stretches that agree belong to the same place. `excess` is the
-// factor by which the variances are larger than the poses claim.
+// ratio of the true variances to those that the poses state.
 std::vector<int> placesOf(const std::vector<RelativePose> &poses, double excess);
 
 }  // namespace calibration

@@ -20,8 +20,8 @@ Eigen::Matrix3d leftJacobian(const Eigen::Vector3d &rotation);
 
 Eigen::Matrix3d crossMatrix(const Eigen::Vector3d &v);
 
-// Returns the rotation by the smallest angle that turns one direction to another. If they are opposite, it is half a
-// turn about some perpendicular axis.
+// Returns the rotation by the smallest angle that turns one direction into another. If the directions are opposite,
+// this is half a turn about some axis perpendicular to them.
 Eigen::Matrix3d rotationBetween(const Eigen::Vector3d &from, const Eigen::Vector3d &to);
 
 // Maps p to rotationMatrix(rotation) * p + translation. A motion from coordinates b to coordinates a is named "aFromB".

@@ -25,8 +25,8 @@ struct PreparedMotion {
           jacobian(leftJacobian(Eigen::Map<const Eigen::Vector3d>(six))),
           translation(Eigen::Map<const Eigen::Vector3d>(six + 3)) {}
 
-    // Writes the derivative of map * (the moved point) by the six numbers of the motion to `rows`, as two rows of six.
-    // Does nothing if `rows` is null.
+    // Writes the derivative of map * (the moved point) with respect to the six numbers of the motion to `rows`, as two
+    // rows of six. Does nothing if `rows` is null.
     void differentiate(const Matrix23 &map, const Eigen::Vector3d &rotated, double *rows) const {
         for (std::ptrdiff_t row = 0; rows != nullptr && row < 2; row++) {
             const double x = map(row, 0);
@@ -60,7 +60,7 @@ struct PreparedMotions {
 // loss(s) / s.
 struct RobustFactor {
     double factor = 1;
-    double slope = 0;  // the derivative of the factor by s
+    double slope = 0;  // the derivative of the factor with respect to s
 
     RobustFactor(double s, double scale) {
         const double u = s / (scale * scale);
@@ -147,8 +147,8 @@ bool SightingResiduals::evaluateAll(const BlockPointers &blocks, double *residua
     const PreparedMotions motions(blocks);
     const auto &[cameraFromRig, rigFromWorld, worldFromPrint] = motions;
     const PreparedShape shape(blocks[size_t(Block::Shape)], reach);
-    // Returns the address at which the two rows of a corner begin; null if the derivatives by that block are not
-    // wanted.
+    // Returns the address at which the two rows of a corner begin; null if the derivatives with respect to that block
+    // are not wanted.
     const auto rowsOf = [&](Block block, size_t i) {
         double *all = jacobians[size_t(block)];
         return all == nullptr ? nullptr : all + 2 * i * size_t(blockSize(block));

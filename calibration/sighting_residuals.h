@@ -1,5 +1,5 @@
-// Computes the residuals of a sighting: the differences between the projected and the observed corners, in standard
-// deviations, with their derivatives by everything that can vary. Only this file has the model of the whole scene:
+// Computes the residuals of a sighting (projected minus observed corners, in standard deviations) and their derivatives
+// with respect to everything that can vary. Only this file has the model of the whole scene:
 //
 //   pixel = projection(cameraFromRig * rigFromWorld * worldFromPrint * printedPoint(shape, drawn))
 #pragma once
@@ -35,7 +35,7 @@ public:
 private:
     bool evaluateResiduals(const BlockPointers &blocks, double *residuals) const;
     bool evaluateAll(const BlockPointers &blocks, double *residuals, double *const *jacobians) const;
-    // Sets the two residuals of a corner. Returns their derivative by the corner's image.
+    // Sets the two residuals of a corner. Returns the derivative of both with respect to the corner's image.
     Eigen::Matrix2d weigh(const SeenCorner &corner, const Eigen::Vector2d &image, double *residual) const;
 
     const Camera &camera;

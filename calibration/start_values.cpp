@@ -37,8 +37,8 @@ public:
     // Keeps only some of the sightings, and only some corners of each.
     void keepFew(size_t fewSightings, size_t fewCorners) {
         if (alone.sightings.size() > fewSightings) {
-            // The sightings are taken at regular intervals from the half with the most corners. Their poses usually
-            // differ.
+            // The sightings are sorted by their number of corners. Every `stride`-th sighting of the first half is
+            // kept, so that the poses usually differ.
             const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
             std::vector<Sighting> few;
             for (size_t i = 0; few.size() < fewSightings; i += stride) {
@@ -303,7 +303,7 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
     if (all.isEmpty()) {
         return std::nullopt;
     }
-    // A few sightings with few corners are enough to tell focal lengths apart. A start value needs some more.
+    // A few sightings with few corners are enough to tell focal lengths apart. The start value itself needs some more.
     LensAlone few = all;
     few.keepFew(10, 50);
     all.keepFew(40, 100);

@@ -1,6 +1,6 @@
-// Computes start values for the joint solve from the corners alone. First, it finds the lens of each camera from this
-// camera's photographs alone. Then it finds the pose of each print in each photograph. The poses of all prints, moments
-// and cameras follow from these poses, because photographs link them.
+// Computes start values for the joint solve from the corners. The lens of each camera comes first, from this camera's
+// photographs alone. Next, the pose of each print relative to the camera is found in each photograph. The poses of all
+// prints, moments and cameras follow from these poses, because photographs link them.
 #pragma once
 
 #include "calibration/observations.h"

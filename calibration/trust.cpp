@@ -19,7 +19,8 @@ constexpr int mapRows = 40;
 // The lens from a half of the moments is not used if the standard deviation of its focal length is more than this share
 // of the focal length.
 constexpr double greatestFocalSigma = 0.02;
-// A number is not determined if its standard deviation is at least this share of the prior's standard deviation.
+// A number of a print's shape is not determined if its standard deviation is at least this share of the prior's
+// standard deviation.
 constexpr double undeterminedShare = 0.7;
 
 // Sums over the used sightings of one camera.

@@ -104,10 +104,10 @@ private:
         result.estimate.shapes = previous.estimate.shapes;
     }
 
-    // A moment is new if the earlier result used none of its sightings. Gives each new moment the pose that fits most
-    // of its sightings. Sightings that do not fit this pose are left out for the time being, and so are new sightings
-    // of other moments that do not fit. Returns false if a solve fails, or if it is not clear which sightings of a
-    // moment fit.
+    // A moment is new if the earlier result used none of its sightings. Gives each new moment the pose that fits its
+    // sightings best. Sightings that do not fit this pose are left out for the time being, and so are new sightings of
+    // other moments that do not fit. Returns false if a solve fails, or if it is not clear which sightings of a moment
+    // fit.
     bool placeNewMoments() {
         std::set<int> known;
         std::map<int, std::vector<size_t>> unknown;
@@ -258,7 +258,8 @@ private:
     }
 
     // True if for each print, clearly more sightings are in use than are left out. Photographs that show the print
-    // together with others are counted separately, because they decide which place of a print counts.
+    // together with other prints are counted separately, because these photographs decide which place of the print
+    // counts.
     bool isClearWhichCount() const {
         std::map<int, int> shown;  // sightings in each photograph
         for (const Sighting &sighting : given.sightings) {

@@ -31,8 +31,8 @@ using calibration::CollectedObservations;
 
 constexpr const char *program = "calibrate_cameras " LMCALTAB_VERSION;
 
-// A line on standard error that each new text replaces. It is shown only if standard error is a terminal and the
-// program is not told to be quiet.
+// A line on standard error that shows the latest text. It is shown only if standard error is a terminal and the program
+// is not told to be quiet.
 class Progress {
 public:
     explicit Progress(bool isQuiet) : isShown(!isQuiet && isErrorTerminal()) {}
@@ -207,7 +207,7 @@ void writeFiles(const Arguments &arguments, const Calibration &result, Input &in
     std::cout << written << "\n";
 }
 
-// Reads the input, calibrates and writes the files. Throws an exception whose text is a sentence if that fails.
+// Reads the input, calibrates and writes the files. If something fails, throws an exception whose text is a sentence.
 void run(const Arguments &arguments) {
     Progress progress(arguments.isQuiet);
     Input input = readInput(arguments, progress);

@@ -76,7 +76,7 @@ std::string reasonAgainst(const Group &group, const std::vector<Group> &groups) 
     return {};
 }
 
-// Returns the next name of the series camera, camera-2 and so on that neither the user nor an earlier call has used.
+// Returns the first of the names "camera", "camera-2" and so on that neither the user nor an earlier call has used.
 std::string nextName(const std::vector<Group> &groups, std::set<std::string> &taken) {
     for (int number = 1;; number++) {
         std::string name = number == 1 ? "camera" : "camera-" + std::to_string(number);

@@ -27,16 +27,16 @@ struct CameraGroups {
 };
 
 // Photographs for which the user names a camera belong to that camera. All others are grouped by size and by the
-// camera's name in EXIF; the groups are named camera, camera-2 and so on in the order of their first photographs. Such
-// a group is left out if it is small and another one is much larger. Of the photographs of a named camera, only those
-// of the most frequent size are kept.
+// camera's name in EXIF. These groups are named "camera", "camera-2" and so on, in the order of their first
+// photographs. A small group is left out if another of them is much larger. Of the photographs of a named camera, only
+// those of the most frequent size are kept.
 CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs);
 
-// Returns the moment of each photograph, counted from 0. Photographs of different cameras were taken at the same moment
-// if their file names (without endings) are equal. If too few names match, the last number in each name is compared
-// instead (left01.jpg and right01.jpg). If too few of these numbers match either, the position among the camera's
-// photographs decides. In that case, std::runtime_error is thrown if the cameras have different numbers of photographs.
-// `cameraOf` is -1 for photographs that do not count.
+// Returns the moment of each photograph, counted from 0. Photographs of different cameras count as taken at the same
+// moment if their file names (without endings) are equal. If too few names match, the last number in each name is
+// compared instead (left01.jpg and right01.jpg). If too few of these numbers match either, the position among the
+// camera's photographs decides. In that case, std::runtime_error is thrown if the cameras have different numbers of
+// photographs. `cameraOf` is -1 for photographs that do not count.
 std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::vector<int> &cameraOf);
 
 }  // namespace calibration

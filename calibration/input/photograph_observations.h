@@ -20,8 +20,9 @@ struct CollectedObservations {
     std::vector<std::string> notices;      // whole sentences with what else the user should know
 };
 
-// If `isRig`, the cameras are fixed to each other, and momentsOfRig (camera_groups.h) finds the photographs that were
-// taken at the same moment; its exception is passed on. Otherwise, every photograph has a moment of its own.
+// If `isRig` is true, the cameras are fixed to each other. Then momentsOfRig (camera_groups.h) finds the photographs
+// that were taken at the same moment, and its exception is passed on. Otherwise, every photograph has a moment of its
+// own.
 CollectedObservations collectObservations(const std::vector<ReadPhotograph> &photographs, const PrintedTarget &target,
                                           bool isRig);
 

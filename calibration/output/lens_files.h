@@ -19,7 +19,7 @@ struct SolvedCamera {
     const RigidMotion &cameraFromRig;
 };
 
-// NAME.opencv.yaml, for cv::FileStorage. The file can have every lens model; "fisheye" refers to the functions of
+// NAME.opencv.yaml, for cv::FileStorage. The file can have every lens model. The model "fisheye" is the one of
 // cv::fisheye.
 std::string opencvFile(const SolvedCamera &camera);
 

@@ -159,7 +159,7 @@ Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
                 if (axis == 1) {
                     std::swap(direction.x(), direction.y());
                 }
-                // Outside the picture, the distortion may fold over.
+                // Points outside the picture are left out, because the distortion may fold over there.
                 Vector2d image;
                 const double angle = std::acos(std::clamp(direction.z(), -1.0, 1.0)) * radian;
                 const bool isSeen =

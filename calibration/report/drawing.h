@@ -32,7 +32,7 @@ class Drawing {
 public:
     enum class Anchor { Start, Middle, End };
 
-    // `label` describes the figure for people who cannot see it. This class escapes it, and the other texts, too.
+    // `label` describes the figure for people who cannot see it. This class escapes this text and all others.
     Drawing(double width, double height, const std::string &label);
 
     void add(const char *styleClass, const Path &path);
