@@ -25,8 +25,8 @@ constexpr double greatestFocalSigma = 0.02;
 // Models are chosen again if the number of photographs has grown or shrunk by more than this factor.
 constexpr double similarCount = 1.5;
 
-// No corner in a photograph is more certain than this standard deviation, in pixels. Computed corners can be exact;
-// without this limit, their covariance would make even an undetermined focal length seem certain.
+// No corner in a photograph is more certain than this standard deviation, in pixels. Computed corners can be exact.
+// Without this limit, even an undetermined focal length would then seem certain.
 constexpr double leastNoise = 0.01;
 
 class Calibrator {

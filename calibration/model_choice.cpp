@@ -153,9 +153,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     for (Eigen::Index i = 0; i < count; i++) {
         numbers(i) = candidate.estimate.shapes[print].numbers[size_t(free[size_t(from + i)])];
     }
-    // The covariance is a multiple of the variance of all residuals. That variance is useless, because bad sightings
-    // are not left out yet, so it is divided out. The corners' standard deviations are right, because they come from
-    // the good residuals.
+    // The covariance is a multiple of the variance of all residuals. This variance is divided out again, because it is
+    // useless until bad sightings are left out. The corners' standard deviations are right, because they come from the
+    // good residuals.
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
     // Chi-squared with `count` degrees of freedom has the mean `count` and the variance 2 * `count`.

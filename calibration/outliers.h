@@ -9,10 +9,10 @@ namespace calibration {
 
 // Solves with a robust loss, drops corners whose residuals exceed four standard deviations, and leaves out sightings
 // that do not fit. This is repeated until no decision changes, but at most six times. Then solves without the robust
-// loss. If decisions change after that, this is repeated, too, at most three times. Corners and sightings that fit
-// later are used again. Changes `isUsed` in the observations, but never uses a sighting or corner that `given` does not
-// use. Also multiplies the corners' standard deviations by one factor for each camera, so that they agree with the
-// residuals. Returns false if a solve fails.
+// loss, and solves again as long as decisions change, at most three times. Corners and sightings that fit later are
+// used again. Changes `isUsed` in the observations, but never uses a sighting or corner that `given` does not use. Also
+// multiplies the corners' standard deviations by one factor for each camera, so that they agree with the residuals.
+// Returns false if a solve fails.
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate);
 

@@ -188,8 +188,8 @@ void PrintCatalogue::addFromReadings(const PrintedTarget &target, const std::vec
         if (spacing == 0 && !key.isAlone) {
             spacing = majority(ofAssembly);  // the patterns of an assembly have the same grid spacing
         }
-        // A plate whose block could not be read is not added if the block of some plate was read elsewhere, because it
-        // is assumed to be the same plate.
+        // If the block of some plate was read, a plate whose block could not be read is assumed to be that plate and is
+        // not added.
         const bool isUnreadPlate = key.kind == PatternKind::Plate && key.offsetX == noOffset;
         const bool hasOtherPlate = std::any_of(sighted.begin(), sighted.end(), [](const auto &other) {
             return other.first.kind == PatternKind::Plate && other.first.offsetX != noOffset;
