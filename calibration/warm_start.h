@@ -15,9 +15,10 @@ std::vector<int> sameSightings(const Observations &given, const Observations &pr
 
 // Solves for `given` with the lens models and the orders of the bends of the previous result. Sets result.observations,
 // result.estimate and result.freedom. `same` is what sameSightings() returns. Returns false if a solve fails. Also
-// returns false if a search for outliers from the beginning could have another outcome: if fewer than half of the
-// sightings are the same as before, if a camera has none of these sightings, if a decision about an earlier sighting
-// changes, or if it is not clear which sightings are bad. If the function returns false, `result` is undefined.
+// returns false if a search for outliers from the beginning could have another outcome. That is so if fewer than half
+// of the sightings are the same as before, or if a camera has none of these sightings. It is also so if a decision
+// about an earlier sighting changes, or if it is not clear which sightings are bad. If the function returns false,
+// `result` is undefined.
 bool solveFromPrevious(const Observations &given, const Calibration &previous, const std::vector<int> &same,
                        const CalibrateOptions &options, Calibration &result);
 

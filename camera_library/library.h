@@ -8,8 +8,8 @@
 namespace lmlib64 {
 
 struct Library {
-    // Returns the process's library, made by the first call. It is never destroyed, so that the destructors of a
-    // program's static objects can still call it; its thread ends when the process exits. A child process made by
+    // Returns the process's library, made by the first call. The library is never destroyed, so that destructors of a
+    // program's static objects can still call it. Its thread ends when the process exits. A child process made by
     // fork() gets a library of its own.
     static Library &instance();
 

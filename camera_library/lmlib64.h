@@ -187,9 +187,9 @@ LMLIB64_API const char *lmLibMakeUniqueItem(int32_t *result, const char *parentP
 // LmLibResultInvalidParameters. lmLibFinalize ends every wait with LmLibResultOperationCanceled.
 LMLIB64_API void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t waitForChange);
 
-// Returns the format of a binary node: width and height in elements, channels per element (interleaved; rows from the
-// top, without padding), bytes per channel value, 1 in `isFloat` if the values are floating-point numbers, and the time
-// when the data was made, in seconds since 1970. Every pointer may be null.
+// Returns the format of a binary node: width and height in elements, channels per element and bytes per channel value.
+// `isFloat` is 1 for floating-point values. `timestamp` is when the data was made, in seconds since 1970. Channels are
+// interleaved; rows run from the top, without padding. Every pointer may be null.
 LMLIB64_API void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height,
                                     int32_t *channelCount, int32_t *bytesPerElement, int32_t *isFloat,
                                     double *timestamp);

@@ -1,5 +1,5 @@
-// Compresses data in zlib's format. It makes zlib allocate with operator new, so that running out of memory throws
-// std::bad_alloc as it does everywhere else.
+// Compresses data in zlib's format. zlib is made to allocate with operator new. So running out of memory throws
+// std::bad_alloc, as it does everywhere else in the library.
 #pragma once
 
 #include <zlib.h>

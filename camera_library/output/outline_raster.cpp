@@ -26,7 +26,8 @@ struct Edge {
     PixelPoint top;
     PixelPoint bottom;
     std::int64_t asidePerUnitDown = 0;  // units to the right per unit down, times slopeGrain
-    // Parts of height per unit to the side, times slopeGrain; never negative. It is not used for an upright edge.
+    // Parts of height per unit to the side, times slopeGrain; never negative. This slope is not used for an upright
+    // edge.
     std::int64_t partsPerUnitAside = 0;
 };
 constexpr std::int64_t slopeGrain = std::int64_t{1} << 24U;

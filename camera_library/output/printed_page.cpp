@@ -14,7 +14,7 @@ namespace {
 constexpr double captionSize = 2.5;
 constexpr double labelSize = 2.3;
 
-// The caption is centred. It is smaller than usual if it would be too wide.
+// Returns the caption, centred. If the caption would be too wide, its text is smaller than usual.
 PageText captionOf(const std::string &text, const PageLayout &layout) {
     PageText caption{text, captionSize, layout.caption, false};
     caption.size *= std::min(1.0, layout.captionWidth / widthOf(caption));

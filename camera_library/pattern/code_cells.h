@@ -15,8 +15,8 @@
 
 namespace lmlib64 {
 
-// The cells are the squares of a checkerboard, or the 8 x 8 dots of a plate, each in the place that
-// pattern_code::blockCell states for its bit. They are stored row by row.
+// The cells are the squares of a checkerboard, or the 8 x 8 places for dots on a plate. On a plate,
+// pattern_code::blockCell states the cell of each bit. Cells are stored row by row.
 struct CodeCells {
     bool at(int column, int row) const {
         const int index = row * columns + column;

@@ -40,8 +40,8 @@ bool isWithin(Point point, const Polygon &polygon) {
     return isInside;
 }
 
-// Outlines do not cross. So if the inner extent lies within the outer extent, and one point of the inner shape lies
-// within the outer shape, then the whole inner shape does.
+// Outlines do not cross. So the inner shape lies within the outer shape if its extent lies within the outer extent and
+// one of its points lies within the outer shape.
 bool isWithin(const Shape &inner, const Shape &outer) {
     return isWithin(inner.extent, outer.extent) &&
            (outer.circle == nullptr || isWithin(inner.ownPoint, *outer.circle)) &&

@@ -10,9 +10,10 @@
 //   thickness, both in hundredths of a millimetre. Kind 2, offset, has 8 bits for x + 128 and 8 bits for y + 128, in
 //   whole grid spacings, and the 12 bits 0xA5C. Kind 3, assembly, has 14 bits for the grid spacing, 5 bits for the
 //   number of the pattern, and the 9 bits 0x0B5. The constant bits and the ranges of the values help to detect errors.
-// Protection. The four data bytes and four check bytes are a word of the Reed-Solomon code RS(8,4) over GF(256) (x^8 +
-//   x^4 + x^3 + x^2 + 1, generator roots 2^1 to 2^4, the first data byte is the highest coefficient). The word is XORed
-//   with the constant blockWhitening. So a pattern with no marks, or with every mark, is far from every block.
+// Protection. The four data bytes and four check bytes are a word of the Reed-Solomon code RS(8,4) over GF(256). The
+//   field polynomial is x^8 + x^4 + x^3 + x^2 + 1, the generator has the roots 2^1 to 2^4, and the first data byte is
+//   the coefficient of the highest power. The word is XORed with the constant blockWhitening. So a pattern with no
+//   marks, or with every mark, is far from every block.
 // Repair. See decodeBlock.
 // Threads. All functions may be called from any thread.
 #pragma once

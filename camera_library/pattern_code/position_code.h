@@ -1,6 +1,6 @@
-// The position code determines which squares of a coded checkerboard carry a mark, so that a small part of the board is
-// enough to find the part's position on the board. This file has only the bits: it draws nothing, reads no pictures and
-// does not use millimetres.
+// The position code determines which squares of a coded checkerboard carry a mark. The marks in a small visible part of
+// the board are enough to find where on the board this part is. This file has only the bits: it draws nothing, reads no
+// pictures and does not use millimetres.
 //
 // Squares. Columns are counted from 0 to the right and rows from 0 downwards, as seen on the printed pattern with its
 //   caption upright. The lattice point (x, y) is the top-left corner of the square in column x, row y.

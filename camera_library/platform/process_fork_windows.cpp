@@ -2,7 +2,7 @@
 
 namespace lmlib64 {
 
-// This system has no fork().
+// Windows has no fork().
 void callInForkedChild(void (* /*action*/)()) {}
 
 }  // namespace lmlib64
