@@ -1,5 +1,5 @@
-// The list of official calibration plates from the camera library's catalogue: one item per plate with the plate's
-// name, and an entry with the parameters of the plate's pattern. It does not write the parameters of patterns.
+// Lists the official calibration plates of the camera library's catalogue. Each plate has an item with the plate's name
+// and an entry with the parameters of the plate's pattern. This class does not write parameters to the library.
 //
 // Item i and entry i describe the same plate. Use it only on the GUI thread. Failures of the library are thrown as
 // LmLibException.

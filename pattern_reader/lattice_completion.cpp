@@ -137,8 +137,8 @@ bool findSaddle(const ImageLevel &level, const Surroundings &around, const std::
     return length(off) <= 0.3F * spacing && (!steps || steps->count(off * level.scale()) <= 0.4F);
 }
 
-// True if every border between a corner and a neighbour has enough contrast: at least 3 grey levels, and at least 30 %
-// of the contrast of the border beyond the neighbour.
+// True if every border between the corner and one of its neighbours has enough contrast: at least 3 grey levels, and at
+// least 30 % of the contrast of the next border beyond the neighbour.
 bool bordersContinue(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &corner) {
     for (const cv::Point step : steps()) {
         const LatticeCorner *one = lattice.at(corner.cell + step);
