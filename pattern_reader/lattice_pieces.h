@@ -13,9 +13,9 @@ namespace pattern_reader {
 // larger than those before it.
 void joinPieces(std::vector<CornerLattice> &lattices, const std::vector<ImageLevel> &levels);
 
-// Predicts the piece's corners closest to the base by extrapolating the base. True if most of these corners lie where
-// they are predicted. The piece's cells must be in the base's coordinates. The tolerance grows with the distance from
-// the base.
+// Extrapolates the base to those corners of the piece that are closest to it. True if most of these corners lie where
+// the base predicts them. The piece's cells must be in the base's coordinates. The tolerance grows with the distance
+// from the base.
 bool continues(const CornerLattice &base, const CornerLattice &piece);
 
 }  // namespace pattern_reader

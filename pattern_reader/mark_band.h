@@ -16,11 +16,11 @@ class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);
 
-    // True if all points up to `needed` radii from the centre are inside a picture of this size. These are the mark,
-    // its border and most of the border's blur.
+    // True if all points up to `needed` radii from the centre are inside a picture of this size. These points cover the
+    // mark, its border and most of the border's blur.
     bool isIn(const cv::Size &size) const;
 
-    // Calls `visit(y, x0, x1)` for every run of selected pixels: columns x0 to x1 of row y. It is empty if x0 is
+    // Calls `visit(y, x0, x1)` for every run of selected pixels: columns x0 to x1 of row y. A run is empty if x0 is
     // greater than x1.
     template <class Visit>
     void visitRuns(const cv::Size &size, const Visit &visit) const {

@@ -245,7 +245,7 @@ bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vec
     return true;
 }
 
-// Adds a step to the fit. The step is shortened if it leaves the range in which the derivatives are about right.
+// Adds a step to the fit. The step is shortened if it would leave the range in which the derivatives are about right.
 template <class Vector>
 void change(MarkFit &fit, const Vector &step) {
     const double reach = std::max(0.7 * fit.blur, 0.1 * fit.shortRadius());
@@ -345,7 +345,7 @@ void fitReflection(const cv::Mat &picture, int steps, MarkFit &fit) {
     if (!fitUnknowns<allUnknowns>(picture, steps, lit)) {
         return;
     }
-    // Schwarz's criterion decides whether the additional unknowns are justified.
+    // Schwarz's criterion (BIC) decides whether the additional unknowns are justified.
     const auto pixels = double(lit.pixels);
     constexpr auto added = double(allUnknowns - plainUnknowns);
     if (2 * pixels * std::log(fit.residual / std::max(1e-3, lit.residual)) > added * std::log(pixels)) {

@@ -22,7 +22,7 @@ public:
     MarkMap() = default;
     explicit MarkMap(const std::vector<MappedMark> &marks);
 
-    // False if there are too few marks, or marks on too few lines, to predict where others are.
+    // False if there are too few marks, or marks on too few lines, to predict where other marks are.
     bool isKnown() const { return !neighbourhoods.empty(); }
     cv::Point2d at(cv::Point2d cell) const;
     // The steps in the picture for one cell along each axis, in pixels. Each column of the matrix has one step.

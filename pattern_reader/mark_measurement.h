@@ -13,7 +13,7 @@ namespace pattern_reader {
 
 struct MeasuredMark {
     cv::Point cell;
-    cv::Point2d centre;  // where the mark's centre is in the image, which is not the centre of the mark's ellipse
+    cv::Point2d centre;  // image of the mark's centre; the centre of the mark's ellipse is elsewhere
     double sigma = 0;    // standard deviation along one axis, pixels
     bool disturbed = false;
 };

@@ -115,8 +115,7 @@ cv::Mat asStored(const cv::Mat &upright, int orientation) {
     }
 }
 
-// Converts a direction's angle to the direction's angle in the picture mirrored left to right, in degrees from -180 to
-// 180.
+// Returns the angle that a direction has after the picture is mirrored left to right, in degrees from -180 to 180.
 double mirroredAngle(double angle) {
     return std::remainder(180 - angle, 360);
 }

@@ -18,7 +18,7 @@ bool isInPicture(const PlateView &view, cv::Point2d mark) {
 }
 
 // The numbers of marks next to a dot. If a mark is hidden (inside the picture but not found), a blank object may cover
-// the dot too. The dot's place would then look empty.
+// the dot too. The place would then look empty although it has a dot.
 struct NextMarks {
     int all = 0;
     int found = 0;

@@ -73,7 +73,7 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
 // The corners of the unturned plate that can be its top-left corner.
 struct TopLefts {
     std::vector<int> corners;
-    bool showsTriangle = false;  // true: there is only one, and it shows the triangle; false: all of them are hidden
+    bool showsTriangle = false;  // true: the only corner shows the triangle; false: all of them are hidden
 };
 
 // Returns the corner that shows the triangle. If no corner shows a triangle, returns all hidden corners; if several

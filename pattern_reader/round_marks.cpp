@@ -29,8 +29,8 @@ const std::array<cv::Point2f, rayCount> &rays() {
     static const std::array<cv::Point2f, rayCount> directions = [] {
         std::array<cv::Point2f, rayCount> all;
         for (int i = 0; i < rayCount; i++) {
-            // Steps of 7 directions visit each of the 20 directions once. The first few steps already look to all
-            // sides, so a point without a border around it is given up early.
+            // Steps of 7 directions visit each of the 20 directions once. The first few of these directions already
+            // point to all sides, so a point without a border around it is given up early.
             const double angle = 2 * CV_PI * (i * 7 % rayCount) / rayCount;
             all[size_t(i)] = cv::Point2f(float(std::cos(angle)), float(std::sin(angle)));
         }

@@ -1,8 +1,8 @@
 // Reads which squares of a lattice carry a mark. A mark is a smaller square of the opposite colour in the centre, with
 // sides a third as long.
 //
-// The grey levels and the blur measured at a square's corners predict how its centre looks with and without a mark.
-// Small or blurred squares are therefore compared with what the camera can show of a mark.
+// The grey levels and the blur measured at a square's corners predict how its centre looks with and without a mark. So
+// even a small or blurred square is compared with what the camera can show of its mark.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -17,8 +17,8 @@ namespace {
 
 using namespace calibration;
 
-// Projects the corners with the result and with the truth, and returns the rms distance between the two in pixels.
-// Coefficients are not compared, because different ones can give the same projection.
+// Projects the corners with the result and with the truth, and returns the rms distance between the two projections in
+// pixels. Coefficients are not compared, because different ones can give the same projection.
 double rmsDifference(const Calibration &result, const Scene &scene) {
     double squares = 0;
     int count = 0;

@@ -112,7 +112,7 @@ inline void seeAgain(Scene &scene, double noise, unsigned seed = 3) {
     }
 }
 
-// Keeps only the photographs of the first camera in use.
+// Takes the photographs of all cameras except the first out of use.
 inline void useFirstCameraOnly(Scene &scene) {
     for (Sighting &sighting : scene.observations.sightings) {
         sighting.isUsed = scene.observations.photographs[size_t(sighting.photograph)].camera == 0;

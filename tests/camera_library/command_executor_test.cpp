@@ -27,7 +27,7 @@ using lmlib64::Tree;
 // The command "Wait" of this test increments `begun`, and returns when `gateOpen` is true.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
-// The names given to the command "Echo". Commands write it one at a time, and tests read it after the commands.
+// The names given to the command "Echo". Only one command runs at a time, and tests read the names after the commands.
 std::string order;
 
 Node echo(const Node &parameters) {

@@ -31,7 +31,7 @@ is_near() {
 
 # views COUNT TILT: prints one line for each view of a square. The square has sides of 380 pixels and is tilted by TILT
 # radians. The camera has a focal length of 700 pixels. A line has each corner of the square and the pixel at which the
-# camera sees it.
+# camera sees that corner.
 views() {
   awk -v count="$1" -v tilt="$2" 'BEGIN { side = 380; f = 700; h = side / 2
     for (k = 0; k < count; k++) {

@@ -27,7 +27,7 @@ TEST(PhotographList, findsPicturesInAFolderOrByAPattern) {
              Row{"left?.p*", {"left2.png"}},
              Row{"?????10.PNG", {}},
              Row{"*t1*", {"left10.PNG", "right1.jpg"}},
-             Row{"*.png", {"left2.png"}},  // and not the folder
+             Row{"*.png", {"left2.png"}},  // not the folder folder.png
              Row{"notes.txt", {"notes.txt"}},
              Row{"absent.png", {"absent.png"}},
              Row{"x*.png", {}},

@@ -84,7 +84,7 @@ std::string fileOf(const ResultFiles &files, const std::string &name) {
     return {};
 }
 
-// Returns points in front of the camera that are in all parts of its picture.
+// Returns points in front of the camera that appear in all parts of its picture.
 std::vector<cv::Point3d> pointsInView() {
     std::vector<cv::Point3d> points;
     for (double x = -0.4; x < 0.5; x += 0.2) {

@@ -18,7 +18,7 @@ using Eigen::Vector2d;
 using Eigen::Vector3d;
 
 constexpr double degree = 3.14159265358979323846 / 180;
-// The vector from every seen corner to the same corner as the calibration projects it, in pixels.
+// The vector from the place where a corner was seen to the place where the calibration projects it, in pixels.
 const Vector2d shift(-0.3, 0.2);
 
 Calibration makeCalibration() {
