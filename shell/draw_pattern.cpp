@@ -75,7 +75,7 @@ void addOutput(CLI::App &app, Arguments &arguments) {
            "fits")
         ->type_name("NAME|WxH");
     app.add_flag("--sheets", outputs.splitsOverSheets,
-                 "Splits a pattern that does not fit on the paper over several sheets");
+                 "If a pattern does not fit on the paper, splits it over several sheets");
 }
 
 CLI::App &addKind(CLI::App &app, Arguments &arguments, TargetKind kind, const std::string &name,
@@ -92,7 +92,7 @@ CLI::App &addKind(CLI::App &app, Arguments &arguments, TargetKind kind, const st
 void addGridSpacing(CLI::App &command, Arguments &arguments) {
     command
         .add_option("--grid-spacing", arguments.choice.gridSpacing,
-                    "Length of two squares, or distance of neighbouring marks")
+                    "Length of two squares, or distance between the centres of neighbouring marks")
         ->type_name("MM")
         ->required();
     command.add_option("--thickness", arguments.choice.thickness, "Thickness of the plate")->type_name("MM");
@@ -115,7 +115,7 @@ void addKinds(CLI::App &app, Arguments &arguments) {
     addPair(flexible, "--size", choice.gridSize, 'x', "CxR", "Columns and rows of inner corners")->required();
     addGridSpacing(flexible, arguments);
     addPair(flexible, "--offset", choice.offset, ',', "X,Y",
-            "Place in the plane in mm, a multiple of half the grid spacing");
+            "Position in the plane in mm; a multiple of half the grid spacing, except with --plain");
 
     CLI::App &assembly =
         addKind(app, arguments, TargetKind::Assembly, "assembly", "Several patterns for one common coordinate system");
@@ -128,7 +128,8 @@ void addKinds(CLI::App &app, Arguments &arguments) {
     CLI::App &halcon = addKind(app, arguments, TargetKind::Halcon, "halcon", "A plate of 7 x 7 round marks in a frame");
     addGridSpacing(halcon, arguments);
     addPair(halcon, "--offset", choice.offset, ',', "X,Y",
-            "Place in mm, a multiple of the grid spacing; encoded instead of grid spacing and thickness");
+            "Position in mm, encoded instead of the grid spacing and the thickness; a multiple of the grid spacing, "
+            "except with --plain");
 }
 
 void addOptions(CLI::App &app, Arguments &arguments) {
@@ -140,7 +141,7 @@ void addOptions(CLI::App &app, Arguments &arguments) {
                    "Draws with the library's parameters in this JSON file; - stands for standard input")
         ->type_name("FILE");
     app.add_option("--from", arguments.patternFile,
-                   "Draws the patterns of this pattern file again, a .json that was written before")
+                   "Draws the patterns of this pattern file (a .json that was written before) again")
         ->type_name("FILE");
     addOutput(app, arguments);
     app.set_version_flag("--version", "draw_pattern " LMCALTAB_VERSION);
