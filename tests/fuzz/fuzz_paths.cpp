@@ -1,5 +1,5 @@
-// Fuzzes paths. Every function that takes a path gets each line of the input as its path. A bad path must only lead to
-// a result code. A node that was written must return its value. The library's own nodes must stay.
+// Fuzzes paths. Every function that takes a path gets each line of the input as its path. The only effect of a bad path
+// must be a result code. A node that was written must return its value. The library's own nodes must stay.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // Runs a fuzz target once for every file in the folders named on the command line. A fuzzer needs clang, but this
-// replay finds with any compiler whether a known input shows a fault. Fails if there are no files.
+// program does not. So every build shows whether one of the known inputs leads to a fault. Fails if there are no files.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

@@ -34,7 +34,7 @@ inline QGraphicsPixmapItem *picture(const QWidget &window) {
     return items.size() == 1 ? qgraphicsitem_cast<QGraphicsPixmapItem *>(items.first()) : nullptr;
 }
 
-// Sets an input to a value: a page or a choice by its index, a button to on (1) or off (0), a box to a number.
+// Sets an input. For pages and lists, the value is an index. For a button, it is 1 (on) or 0 (off).
 inline void setInput(const QWidget &window, const char *name, double value) {
     auto *input = find(window, name);
     if (auto *pages = qobject_cast<QTabWidget *>(input)) {

@@ -131,7 +131,8 @@ TEST_F(PatternParametersTest, displaysFollowTheInputsOfEveryPage) {
                  {"flexibleGridSpacing", 10},
                  {"flexibleOffsetXSpacings", 3},
                  {"flexibleOffsetYSpacings", -3}});
-    // 33.33 / 8 = 4.16625 is shown as 4.17, and three times 4.17 is 12.51. A Flexible offset counts half spacings.
+    // 33.33 / 8 = 4.16625 is shown as 4.17, and three times 4.17 is 12.51. The offset of a Flexible pattern is counted
+    // in half grid spacings.
     const std::pair<const char *, const char *> displays[] = {
         {"halconGridSpacing", "4.17 mm"},    {"halconOffsetXMM", "12.51 mm"},     {"halconOffsetYMM", "0.00 mm"},
         {"flexibleOuterWidth", "110.00 mm"}, {"flexibleOuterHeight", "45.00 mm"}, {"flexibleOffsetXMM", "15.00 mm"},

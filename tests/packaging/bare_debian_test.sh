@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Tries the ways to install and use the project in a Debian 12 that has nothing else installed, as new users do. Needs
-# root, debootstrap, Xvfb, xdotool and Debian's mirror. Downloaded files are kept in ~/.cache/lmcaltab-debian.
+# Tries all ways in which new users install and use the project, in a Debian 12 with nothing else installed. Needs root,
+# debootstrap, Xvfb, xdotool and Debian's mirror. Downloaded files are kept in ~/.cache/lmcaltab-debian.
 #   bare_debian_test.sh [WAY...]    tries all ways if none is named
-#     packages   apt install ./packages/*.deb (made by ./package), use everything, purge, compare the lists of files
+#     packages   install packages/*.deb (from ./package), use everything, purge; compare the files before and after
 #     embedded   the source tree as a part of another project, with FetchContent
 #     run        build what ./run builds, with the packages that it installs, and start it
-#     tree       a tree of `cmake --install`, and the examples as another project that finds it
+#     tree       the tree that `cmake --install` makes, and the examples as another project that uses this tree
 #     pip        pip install . and the tests of the Python package
 set -euo pipefail
 source=$(cd "$(dirname "$(readlink -f "$0")")/../.." && pwd)
@@ -68,7 +68,7 @@ start_screen() {
   read -r number <&3
   export DISPLAY=:$number
 }
-# shows_window TITLE PROGRAM: checks that the installed program shows a window with this title, and ends on request.
+# shows_window TITLE PROGRAM: checks that the installed program shows a window with this title. Then ends the program.
 shows_window() {
   local program window
   "${enter[@]}" "$2" >"$work/window.log" 2>&1 &
@@ -119,7 +119,7 @@ try_embedded() {
 }
 
 # Makes a root with the packages that ./run installs. The source tree has the same place as on this machine, so that
-# objects can be taken from this machine's ccache. Without them, a build of everything takes a quarter of an hour.
+# object files can come from this machine's ccache. Without ccache, a build of everything takes a quarter of an hour.
 developer_root() {
   [ ! -d "$work/developer" ] || { root=$work/developer; return; }
   new_root developer

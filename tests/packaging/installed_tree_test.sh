@@ -58,7 +58,7 @@ for page in "$tree"/share/man/man1/*.1; do
     fail "$name.1 has other options than the program"
 done
 desktop-file-validate "$tree"/share/applications/*.desktop || fail "desktop entry"
-# The metainfo is valid without screenshots, and with screenshots if a packager gives their address.
+# The metainfo must be valid in both forms: without screenshots, and with screenshots whose address a packager gives.
 screenshots=$source/packaging/desktop/screenshots.xml.in
 mkdir with_screenshots
 sed "/<launchable/{

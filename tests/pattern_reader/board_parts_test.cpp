@@ -1,4 +1,4 @@
-// Tests which readings of one pattern are joined as parts of one board.
+// Tests when two readings of the same pattern are joined because they are parts of one board.
 #include <gtest/gtest.h>
 
 #include <opencv2/core.hpp>
@@ -15,7 +15,7 @@ struct Part {
     cv::Point2f aside;  // pixels; how far the part is displaced
 };
 
-// A reading of twelve rows of a sheared board.
+// Returns a reading of a part of a sheared board: some columns of twelve rows.
 PatternReading readingOf(const Part &part) {
     PatternReading reading;
     reading.kind = PatternKind::Plane;

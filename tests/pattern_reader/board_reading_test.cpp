@@ -197,8 +197,8 @@ TEST(BoardReading, readsEveryMark) {
     }
 }
 
-// On a board seen at a steep angle, neighbouring lattice lines can be much closer together than neighbouring corners on
-// a line. So a corner can be wrong although its error is small compared with the distance to its neighbour on the line.
+// If a board is seen at a steep angle, neighbouring lattice lines can be much closer together than neighbouring corners
+// on a line. Then even a small error can move a corner onto a mark.
 TEST(BoardReading, dropsACornerThatLiesOnAMarkOfASteeplySeenBoard) {
     const cv::Point2f column(20, 0);
     const cv::Point2f row(19, 4);

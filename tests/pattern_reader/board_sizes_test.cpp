@@ -20,7 +20,7 @@ struct DrawnBoard {
     double pixels;       // per square
     double angle = 0.1;  // radians
 
-    static constexpr int firstSquare = 30;  // column and row in the plane
+    static constexpr int firstSquare = 30;  // column and row of the first square in the plane
 
     double middle() const { return squares / 2.0; }
     int side() const { return int(pixels * (squares * (std::sin(angle) + std::cos(angle)) + 2)); }

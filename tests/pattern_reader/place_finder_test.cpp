@@ -78,7 +78,7 @@ TEST(PlaceFinder, saysNothingThatChanceCouldSay) {
     for (unsigned seed = 0; seed < 60; seed++) {
         std::mt19937 random(seed);
         auto readings = readingsOf(Place::plane, {80, 80, int(6 + seed % 12), int(6 + seed % 7)}, still, 0, seed);
-        // With the shares 0, 1 and 2, about a half, a quarter and three quarters of the squares are marked.
+        // If `share` is 0, about a half of the squares are marked; if it is 1, a quarter; if it is 2, three quarters.
         const unsigned share = seed % 3;
         for (SquareReading &reading : readings) {
             const unsigned dice = unsigned(random() >> 7 & 3);

@@ -108,8 +108,8 @@ cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
 }
 
 // Returns the lattice coordinate of the pattern's middle along one axis. The page has the same middle. A Flexible
-// pattern has a corner at planeOrigin + offset. If the number of corners is odd, this corner is in the middle; if the
-// number is even, the middle is half a step behind the corner.
+// pattern has a corner at planeOrigin + offset. If the number of corners is odd, this corner is in the middle. If the
+// number is even, the middle is half a step farther along the axis.
 double middleInLattice(PatternKind kind, int corners, int offset) {
     if (kind != PatternKind::Plane) {
         return 8;

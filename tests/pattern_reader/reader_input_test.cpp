@@ -35,7 +35,7 @@ TEST(ReaderInput, survivesExtremePictures) {
                                 cv::Size(25, 24), cv::Size(4000, 31), cv::Size(47, 49), cv::Size(129, 65)}) {
         cv::Mat picture(size, CV_8U, cv::Scalar(0));
         EXPECT_TRUE(readPatterns(picture).empty()) << size;
-        // The picture becomes a checkerboard with squares of one pixel. After that, it gets random grey levels.
+        // Next, the picture becomes a checkerboard with squares of one pixel. Last, it gets random grey levels.
         for (int y = 0; y < size.height; y++) {
             for (int x = 0; x < size.width; x++) {
                 picture.at<uchar>(y, x) = (x + y) % 2 != 0 ? 255 : 0;

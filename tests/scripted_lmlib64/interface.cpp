@@ -42,7 +42,7 @@ void put(Value *target, Value value) {
 const char *kept(std::string text) {
     thread_local std::string last;
     last = std::move(text);
-    return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): it outlives the call
+    return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): `last` outlives the call
 }
 
 // Does what all functions have in common. Records the call. Then returns the scripted result if there is one; otherwise

@@ -28,7 +28,7 @@ struct LibraryState {
     const Json &at(const std::string &path) const;
     const Binary &binaryAt(const std::string &path) const { return binaries.at(at(path).get_binary().subtype()); }
     void record(const Call &call);
-    // The code that a result rule has for this call, if any.
+    // Returns the code of the result rule that applies to this call; empty if no rule does.
     std::optional<std::int32_t> scriptedResult(const Call &call);
     // Sets "Command" to null and fills the slot's "Result".
     void finishCommand(const std::string &commandPath);

@@ -2,8 +2,8 @@
 // functions of camera_library/lmlib64.h that the program uses, keeps a small tree in memory, and draws nothing. The
 // call that writes the name of a command returns only after the command has ended.
 //
-// In a test of the program's parts, link the CMake target scripted_lmlib64 (and not LmLib64) and begin each test with
-// reset(), or with loadDefaultScript() for a library that answers everything the program asks:
+// In a test of the program's parts, link the CMake target scripted_lmlib64 instead of LmLib64, and begin each test with
+// reset(). If the library must answer everything that the program asks, begin with loadDefaultScript() instead:
 //
 //     scripted_lmlib64::reset();
 //     scripted_lmlib64::setNode("/A", "42");                                  // JSON; not recorded

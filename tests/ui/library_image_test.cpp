@@ -37,7 +37,7 @@ QString grays(const QImage &image) {
 }
 
 TEST(LibraryImage, isIndexedGrayOfOneChannelAndElseRgb) {
-    // Three columns: a width that the toolkit pads to four bytes per row.
+    // The picture has three columns, so the toolkit pads each row to four bytes.
     const QImage gray = convert(Binary{3, 2, 1, {0, 1, 200, 254, 255, 128}});
     EXPECT_EQ(gray.format(), QImage::Format_Indexed8);
     EXPECT_EQ(gray.colorTable(), makeColorTable("gray", 256));
@@ -48,8 +48,8 @@ TEST(LibraryImage, isIndexedGrayOfOneChannelAndElseRgb) {
     EXPECT_EQ(color.pixel(0, 0), qRgb(10, 20, 30));
     EXPECT_EQ(color.pixel(0, 1), qRgb(40, 50, 60));
 
-    // An item with any other number of channels is read as RGB, but never beyond its bytes. If its rows are too short
-    // for RGB, there is no picture.
+    // An item with more than one channel is read as RGB, but never beyond its bytes. If its rows are too short for RGB,
+    // there is no picture.
     EXPECT_EQ(convert(Binary{2, 1, 4, {1, 2, 3, 4, 5, 6, 7, 8}}).pixel(1, 0), qRgb(4, 5, 6));
     EXPECT_TRUE(convert(Binary{2, 1, 2, {1, 2, 3, 4}}).isNull());
     EXPECT_TRUE(convert(Binary{2, 2, 1, {}}).isNull());

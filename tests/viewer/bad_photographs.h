@@ -6,8 +6,8 @@
 #include <QImage>
 #include <QStringList>
 
-// Makes three files in a folder from a good photograph: one is blurred beyond reading, one has another size, and one is
-// taken with another zoom. Returns the file names; empty if a file could not be written.
+// Makes three files in a folder from a good photograph. One is too blurred to be read, one has another size, and one
+// looks as if taken with another zoom. Returns the file names; empty if a file could not be written.
 inline QStringList writeBadPhotographs(const QDir &folder, const QString &goodPhotograph) {
     const QImage good(goodPhotograph);
     const QSize size = good.size();

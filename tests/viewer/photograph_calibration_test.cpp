@@ -194,7 +194,7 @@ TEST(PhotographCalibration, findsTheRigOnlyIfThereIsOne) {
     EXPECT_LT((found.rotation - secondFromFirst.rotation).norm(), 0.001);
 }
 
-// The fit of a photograph uses only the corners that count.
+// The fit of a photograph is computed only from the corners that the calibration used.
 TEST(SessionResult, describesFitsByTheCornersThatCount) {
     const calibration::Scene scene = calibration::makeScene(0);
     auto calibration = std::make_shared<calibration::Calibration>();

@@ -1,5 +1,5 @@
-// Tests the PDF of a report. The PDF is made from small pages in the form of the report's web page, and read with other
-// programs.
+// Tests the PDF of a report. The PDF is made from small web pages that are built like the report. Other programs read
+// the PDF.
 #include <QDir>
 #include <QImage>
 #include <QProcess>
@@ -56,7 +56,7 @@ QStringList textsOf(const std::string &page, const QTemporaryDir &folder) {
     return pages;
 }
 
-// Counts the pixels of the first page whose colour is near this one.
+// Returns the number of pixels on the first page that have nearly this colour.
 int pixelsLike(const QColor &wanted, const QTemporaryDir &folder) {
     output("pdftoppm", {"-r", "144", "-f", "1", "-l", "1", "-png", "-singlefile", "report.pdf", "page"}, folder.path());
     const QImage picture(folder.filePath("page.png"));

@@ -168,7 +168,7 @@ void ViewerActionsTest::takesOutAndPutsBackTheSelection() {
     withText<QAction>(window, "&Remove from the List")->trigger();
     QCOMPARE(list->model()->rowCount(), 1);
     QCOMPARE(list->model()->index(0, 0).data().toString(), QString("a.png"));
-    // "Calibrate Anew" gives a result again.
+    // "Calibrate Anew" must give a new result.
     QSignalSpy changes(list->model(), &QAbstractItemModel::dataChanged);
     QTest::qWait(200);
     changes.clear();
