@@ -22,7 +22,7 @@ public:
     // The existing label, or null.
     static QCustomTipLabel *instance;
 
-    // Returns the palette of every new label; initially the palette that the application has at the first use.
+    // Returns the palette of all new labels. At first, it is the palette that the application has at the first call.
     static QPalette &tipPalette();
 
     QCustomTipLabel(const QString &text, QWidget *owner);

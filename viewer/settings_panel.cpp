@@ -154,8 +154,8 @@ void SettingsPanel::showPatternFiles() {
 void SettingsPanel::choosePatternFiles() {
     QFileDialog dialog(this, tr("Pattern Files"), {}, tr("Patterns of LmCalTab (*.json *.pdf)"));
     dialog.setFileMode(QFileDialog::ExistingFiles);
-    // If the dialog is cancelled, the files are removed. This is intentional: the calibration then uses only what the
-    // patterns encode.
+    // If the dialog is cancelled, no pattern files remain chosen. This is intentional: it lets the user return to what
+    // the patterns encode.
     current.patternFiles = dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
     showPatternFiles();
     emit edited(current);

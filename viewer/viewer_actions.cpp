@@ -283,7 +283,7 @@ void ViewerWindow::offerRecovery() {
 
 void ViewerWindow::keepCopy() {
     const SessionDocument document = session.document();
-    const bool isUndecided = leftOver && document.photographs.isEmpty();  // the copy still has the session of the crash
+    const bool isUndecided = leftOver && document.photographs.isEmpty();  // the user may still restore the copy
     if (isUndecided || kept == document) {  // nothing to keep has changed, for example if photographs were only read
         return;
     }

@@ -264,8 +264,8 @@ void ViewerWindow::connectSession() {
     });
     connect(settingsPanel, &SettingsPanel::edited, &session, &Session::setSettings);
     connect(list->selectionModel(), &QItemSelectionModel::currentChanged, this, &ViewerWindow::showCurrentPhotograph);
-    // A running timer is not started again. While many photographs are read, changes follow each other all the time, so
-    // a timer that each change starts again would not end.
+    // A running timer is not started again. While many photographs are read, changes follow each other all the time. A
+    // timer that every change started again would never end.
     const auto keepLater = [this] {
         if (recovery && !recoveryTimer.isActive()) {
             recoveryTimer.start();

@@ -34,7 +34,7 @@ public:
     ~ViewerWindow() override;
 
     // Adds photographs and folders to the session, adds pattern files to its settings, and starts to read a video. If
-    // `files` contains a session file, it replaces the session, and the other files are ignored.
+    // `files` contains a session file, that session replaces the present one, and the other files are ignored.
     void open(const QStringList &files);
     void setArrangement(Arrangement arrangement);
     // Writes the result's files. Returns an empty text, or the reason why they were not written. There must be a result
