@@ -74,8 +74,8 @@ SettingsPanel::SettingsPanel(QWidget *parent)
     lens->setToolTip(tr("The lens model. LmView can choose the one that best predicts photographs left out of its "
                         "computation.") +
                      link("lens"));
-    gridSpacing->setToolTip(tr("Twice the side of a square, or from mark to mark. Enter it for Flexible patterns, and "
-                               "for plates that do not encode it.") +
+    gridSpacing->setToolTip(tr("Twice the side of a square, or the distance from mark to mark. Enter it for Flexible "
+                               "patterns, and for plates that do not encode it.") +
                             link("prints"));
     patternFiles->setToolTip(tr("The JSON or PDF files that LmCalTab saved.") + link("prints"));
     hasBoard->setToolTip(tr("A checkerboard without marks: inner corners in x and y, and the side of a square.") +

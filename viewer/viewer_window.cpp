@@ -141,9 +141,9 @@ QWidget *ViewerWindow::makePictureColumn() {
     auto *residuals = new QCheckBox(tr("Residual arro&ws"), column);
     residuals->setChecked(true);
     residuals->setToolTip(
-        tr("Each arrow leads from where the calibration puts a corner to where it was seen, enlarged. Where corners "
-           "are close together, "
-           "only the longest arrow is drawn; zoom in to see the others."));
+        tr("Each arrow begins at a corner. It points away from the position that the calibration predicts for the "
+           "corner. Its length is the distance from that position, enlarged. Where corners are close together, only "
+           "the longest arrow is drawn; zoom in to see the others."));
     factor = new QSlider(Qt::Horizontal, column);
     factor->setRange(0, factorSteps);
     factor->setAccessibleName(tr("Factor of the residual arrows"));
