@@ -110,8 +110,8 @@ void removeAbandonedFiles(const std::string &folder) {
 // A new file beside the target. It is removed unless it is renamed.
 class TemporaryFile {
 public:
-    // Creates the file with these permissions, minus those in the process's umask; 0 stands for the permissions of any
-    // new file.
+    // Creates the file with these permissions, minus those in the process's umask. If `permissions` is 0, the file gets
+    // the usual permissions of a new file.
     TemporaryFile(const std::string &folder, const std::string &reportedName, mode_t permissions)
         : fileName(reportedName) {
         std::random_device random;

@@ -27,7 +27,7 @@
 //   "Type"             type of a catalogue board, "SingleCustom", "Flexible" or "Assembly"; if absent, the pattern is
 //                      the Halcon-style plate
 //   "GridSize"         two integers, 2 to 200: lattice points along x and y; required
-//   "AssemblyPattern"  integer, 0 to 17, default 0
+//   "AssemblyPattern"  integer, 0 to 17, default 0; the number of the pattern within its assembly
 //   "GridSpacing"      0, or 0.001 to 1000; required, except for a catalogue board, which allows only its own value
 //   "Thickness"        0 to 100, default 0; a catalogue board allows only its own value, which is then the default
 //   "Offset"           two numbers, -9999 to 9999; if absent, the pattern is placed as with 0, 0
@@ -39,7 +39,7 @@
 // the thickness. A value that the code cannot hold is refused:
 // - The grid spacing must be a multiple of 0.01 mm and at most 130 mm.
 // - The thickness must be a multiple of 0.01 mm.
-// - Flexible patterns and plates with an "Offset" are exempt from both rules, because their code holds neither value.
+// - Plates with an "Offset" and Flexible patterns are exempt from both rules, because their code holds neither value.
 // - The offset of a Flexible pattern must be a multiple of half the grid spacing, to within 0.005 mm, and the pattern
 //   must lie inside the code's plane.
 // - The offset of a plate must be -128 to 127 grid spacings.

@@ -26,7 +26,7 @@ void setInput(z_stream &stream, std::string_view data) {
 Deflater::Deflater(Repetitions repetitions) {
     stream.zalloc = takeMemory;
     stream.zfree = giveBack;
-    constexpr int windowBits = 15;  // this and the next are the values that deflateInit uses
+    constexpr int windowBits = 15;  // deflateInit uses this value and the next one
     constexpr int memoryLevel = 8;
     const int result = deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, windowBits, memoryLevel,
                                     repetitions == Repetitions::Anywhere ? Z_DEFAULT_STRATEGY : Z_RLE);

@@ -34,8 +34,8 @@ const FileFormat *findFileFormat(std::string_view fileName);
 // Returns all endings, for an error text, in the form ".pdf, .json or .svg".
 std::string fileEndings();
 
-// Returns the names of the files of `count` pages. For name.svg, one page gets the name itself; several pages get
-// name-00.svg, name-01.svg, ...
+// Returns the file names for `count` pages. For name.svg, one page gets the name itself; several pages get name-00.svg,
+// name-01.svg, ...
 std::vector<std::string> pageFileNames(const std::string &fileName, std::size_t count);
 
 }  // namespace lmlib64

@@ -8,7 +8,7 @@
 
 namespace lmlib64 {
 
-// The resource name of the font of the captions.
+// The name of the captions' font in the resources of a page.
 constexpr const char *captionFontName = "/F1";
 
 // Returns the contents of the page in true size. The error of every edge is at most 0.01 um; the outline of a circle

@@ -18,7 +18,7 @@ struct PatternDescription {
     double thickness = 0.0;                       // of the plate
     bool polarity = true;                         // false: dark and light exchanged
     std::array<int, 2> gridSize{};                // lattice points: inner corners, or marks
-    std::optional<std::array<double, 2>> offset;  // "Offset"; empty if the type has none or a plate is given none
+    std::optional<std::array<double, 2>> offset;  // "Offset"; empty if the type has no offset or a plate's is not given
     std::optional<int> assemblyNumber;            // position within an assembly, from 0
     bool encodingParameter = true;                // the pattern's own "Encoding"
     bool isCoded = true;                          // false if the pattern's or the command's "Encoding" is false

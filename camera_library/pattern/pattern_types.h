@@ -26,7 +26,7 @@ struct PatternType {
     SelectedBy selectedBy;
     std::string_view name;            // the value of "Type"; empty unless `selectedBy` is Name
     std::string_view errorName;       // the type's name in error texts, such as: a pattern of type "Flexible"
-    std::string_view title;           // begins titles and captions; if empty, the value of "Type" does
+    std::string_view title;           // titles and captions begin with this text; if empty, with the value of "Type"
     std::string_view fileKind;        // "Kind" in the pattern file
     PatternParameterList parameters;  // the parameters that the type can have
     std::array<int, 2> gridSize;      // lattice points along x and y; {} if "GridSize" is one of the parameters

@@ -1,5 +1,5 @@
 // Records which command slots have a command that has not finished. A slot is identified by its name below "Execute".
-// Every run has a number, so that a new slot is not mistaken for an erased one of the same name. This record has no
+// Every run has a number, so that a new slot is not mistaken for an erased slot of the same name. This record has no
 // lock of its own: the tree's lock guards it.
 #pragma once
 

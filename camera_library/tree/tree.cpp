@@ -60,8 +60,8 @@ LmLibResult Tree::mayChange(const Path &path) const {
     return LmLibResultOperationSucceeded;
 }
 
-// Must be called after every change of the node at the path. Drops the runs of slots that were erased or replaced, and
-// wakes the waits.
+// Call this after every change of the node at the path. Drops the runs of slots that were erased or replaced, and wakes
+// the waits that the change ends.
 void Tree::changed(const Path &path) noexcept {
     Path::Iterator part = path.begin();
     if (path.depth() <= 2 && part->isNamed(executeName)) {
