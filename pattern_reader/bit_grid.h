@@ -24,7 +24,7 @@ public:
         words[std::size_t(row) * wordsPerRow + 1 + std::size_t(column / wordBits)] |= bit;
     }
 
-    // Returns 64 bits of a row. The lowest is the one in the given column.
+    // Returns 64 bits of a row. The lowest bit is that of the given column.
     [[nodiscard]] std::uint64_t rowBits(int column, int row) const {
         if (row < 0 || row >= rowCount || column <= -wordBits || column >= columnCount) {
             return 0;

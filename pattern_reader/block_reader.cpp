@@ -48,7 +48,7 @@ BlockFamily spacingFamily() {
     BlockFamily family;
     pattern_code::BlockContent content;
     content.kind = pattern_code::BlockKind::SpacingAndThickness;
-    // A spacing of 0 cannot be encoded, so the spacings start from 2, in which bit 1 is set.
+    // A spacing of 0 cannot be encoded, so the first block has the spacing 2, in which only bit 1 is set.
     content.gridSpacing = 2;
     family.first = pattern_code::encodeBlock(content);
     for (int bit = 0; bit < 14; bit++) {

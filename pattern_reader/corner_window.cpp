@@ -15,7 +15,7 @@ struct EdgeValue {
 // erf(t / sqrt 2) and its derivative, with an error of about 1e-5. There are no branches or tables, so that loops that
 // call this function can be vectorised.
 inline EdgeValue edgeAt(float t) {
-    // Half of the smaller of t² and 21, because beyond a distance of 4.6 the edge has no effect.
+    // Half of the smaller of t² and 21. The limit is allowed, because beyond a distance of 4.6 the edge has no effect.
     const float square = 0.25F * (t * t + 21 - std::abs(t * t - 21));
     // exp(-t²/2) as the sixteenth power of a short series.
     const float u = square * (1.0F / 16);
