@@ -78,7 +78,8 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     }
     bool solved = false;
     const cv::Matx<double, count, count> inverse = matrix.inv(cv::DECOMP_CHOLESKY, &solved);
-    // The inverse's first entry is the variance of the prediction divided by that of a single corner.
+    // The inverse's first entry is the ratio of the prediction's variance to the variance of a single corner's
+    // position.
     if (seen < 2 * count || !solved || !(inverse(0, 0) < 4)) {
         return std::nullopt;
     }
@@ -87,9 +88,9 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     return LatticeSteps{row(1), row(2)}.count(row(0));
 }
 
-// True if a corner is within a fifth of a lattice step of the position that the trusted corners predict. The corner of
-// a mark can be mistaken for a corner of the lattice, but it is a third of a step away from the predicted position
-// along both axes.
+// True if a corner is within a fifth of a lattice step of the position that the trusted corners predict. This limit
+// rejects a corner of a mark that was mistaken for a corner of the lattice: it is a third of a step away from the
+// predicted position along both axes.
 bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const std::vector<bool> &trusted) {
     constexpr float farthest = 0.2F;
     std::optional<float> distance;
@@ -146,7 +147,7 @@ void dropUnprovenPieces(CornerLattice &lattice, const std::vector<SquareReading>
     if (pieces < 2) {
         return;
     }
-    // The marks of a piece that does not belong here agree with the code only by chance: ten squares all agree once in
+    // The marks of a piece that does not belong here agree with the code only by chance. Ten squares all agree once in
     // about a thousand cases. A square that disagrees cancels three that agree.
     constexpr int proof = 10;
     std::vector<int> score(size_t(pieces), 0);

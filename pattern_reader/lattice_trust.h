@@ -11,7 +11,8 @@
 namespace pattern_reader {
 
 // Corners are trusted if the marks of their squares agree with the code. Removes the corners that are not in line with
-// the trusted ones. If the rest is not connected, then removes every connected piece with too few agreeing squares.
+// the trusted ones. If the remaining corners form several connected pieces, removes every piece with too few agreeing
+// squares.
 void keepTrustedCorners(CornerLattice &lattice, const std::vector<SquareReading> &marks, const Place &place);
 
 }  // namespace pattern_reader

@@ -4,8 +4,8 @@
 //
 // Here d is the vector from the centre, s is the distance from the border (positive outside it), and P is the standard
 // normal distribution. The slope describes a linear change of the light. A reflection adds the same light to mark and
-// paper. The reflection is a quadratic function of d that is 0 in the centre, because `dark` and `light` include the
-// light that it adds there. All parameters are fitted at once, by Gauss-Newton with analytic derivatives.
+// paper. The reflection is a quadratic function of d. It is 0 in the centre, because `dark` and `light` include the
+// light that is added there. All parameters are fitted at once, by Gauss-Newton with analytic derivatives.
 #pragma once
 
 #include <array>

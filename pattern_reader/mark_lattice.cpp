@@ -16,8 +16,8 @@ cv::Point2f apply(const cv::Matx22f &m, cv::Point2f v) {
     return {r[0], r[1]};
 }
 
-// Returns the distance on the plate between two points of the picture, in radii of a mark. The mark's ellipse shows the
-// plate's tilt.
+// Returns the distance on the plate between two points of the picture, in radii of a mark. The conversion accounts for
+// the plate's tilt, which the mark's ellipse shows.
 float radiiBetween(const RoundMark &mark, cv::Point2f p, cv::Point2f q) {
     const cv::Point2f unit = apply(mark.toUnit, p - q);
     return std::hypot(unit.x, unit.y);

@@ -73,8 +73,8 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
 }
 
 // For each mark, true if it may be in a reflection. A reflection adds the same light to mark and paper, so it raises
-// the ratio of the dark level to the light level. If more than a quarter of the marks may be in a reflection, it
-// probably reaches all marks, so the result is true for every mark.
+// the ratio of the dark level to the light level. If more than a quarter of the marks may be in a reflection, the
+// reflection probably reaches all marks. The result is then true for every mark.
 std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     std::vector<double> shares;
     std::vector<double> scatters;
@@ -157,7 +157,8 @@ void judgeLooks(std::vector<FittedMark> &marks) {
 }
 
 // Fits a map to the undisturbed marks, or to all marks if there are too few undisturbed ones. Disturbed marks are left
-// out because a cover that hides a part of each mark in a row moves all of them in the same direction.
+// out because the map could follow them. For example, a cover that hides a part of each mark in a row displaces all
+// their centres in the same direction.
 MarkMap mapOf(const std::vector<FittedMark> &marks) {
     std::vector<MappedMark> clear;
     std::vector<MappedMark> all;
@@ -181,8 +182,8 @@ double seenRadius(const std::vector<FittedMark> &marks, const MarkMap &map, doub
     return std::clamp(medianOf(radii), 0.85 * drawn, 1.2 * drawn);
 }
 
-// Returns how much a mark's shape differs from that of a circle mapped to the picture: the factor of the greatest
-// stretch or shrinkage, at least 1.
+// Compares a mark's shape with a circle that is mapped to the picture. Returns the factor of the greatest stretch or
+// shrinkage between the two, at least 1.
 double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit) {
     const cv::Matx22d m = mark.fit.toUnit * fromUnit;
     const cv::Matx22d square = m.t() * m;

@@ -61,7 +61,8 @@ bool endsBeforeItsPicture(const Bytes &bytes) {
     size_t at = 2;
     while (at + 1 < bytes.size()) {
         if (bytes[at] != 0xFF) {
-            // Compressed data, up to the next marker. FF followed by a zero byte is not a marker.
+            // Skips compressed data up to the next FF byte. If a zero byte follows, the FF byte does not begin a
+            // marker.
             const void *next = std::memchr(&bytes[at], 0xFF, bytes.size() - at);
             if (next == nullptr) {
                 return true;

@@ -36,7 +36,7 @@ private:
     std::istream &file;
 };
 
-// Goes through the segments of a JPEG file up to the one that describes the frame.
+// Goes through the segments of a JPEG file up to the one that describes the frame, and returns the frame's size.
 PictureSize jpegSize(Bytes &bytes) {
     constexpr int segmentLimit = 1000;
     std::uint64_t at = 2;

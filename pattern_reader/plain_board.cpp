@@ -46,8 +46,8 @@ bool dropStrayLine(CornerLattice &lattice) {
     return false;
 }
 
-// Returns the motion that turns the lattice by this number of quarter turns and then moves the corner that is now at
-// the top left to (1, 1). Sets `size` to the lattice's size after the motion.
+// Returns the motion that turns the lattice by this number of quarter turns and then shifts it. The shift moves the
+// corner that is at the top left after the turn to (1, 1). Sets `size` to the lattice's size after the motion.
 LatticeMotion turnedToOrigin(const CornerLattice &lattice, int quarterTurns, cv::Size &size) {
     const cv::Rect extent = lattice.extent();
     LatticeMotion motion{quarterTurns, {}};

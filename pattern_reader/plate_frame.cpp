@@ -87,7 +87,7 @@ CornerLook lookAtCorner(const PlateView &view, int corner) {
     if (!light || !dark) {
         return CornerLook::Hidden;
     }
-    // The point (0.5, 0.5) distinguishes a triangle best from the corner of a blurred or wider frame.
+    // At (0.5, 0.5), a triangle differs most clearly from the corner of a blurred or wider frame.
     const double inside = at(0.37, 0.37, 0.5);
     const double deep = at(0.5, 0.5, 0.5);
     return inside < 0.35 && deep < 0.4 ? CornerLook::Triangle : inside > 0.65 ? CornerLook::Plain : CornerLook::Hidden;

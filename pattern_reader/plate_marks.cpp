@@ -20,7 +20,7 @@ const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float ra
 }
 
 // For each mark, true if it has the size that the map and the other marks suggest. A mark that is partly covered has
-// another size, and its centre is not where it seems to be.
+// another size, and its measured centre is wrong.
 std::vector<bool> haveUsualSize(const MarkLattice &found, const MarkMap &imageFromCell) {
     std::vector<double> sizes;
     sizes.reserve(found.marks.size());

@@ -143,8 +143,8 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
     }
     // The orientation comes from the block, from the part of it that is seen, or from the triangle alone. In the last
     // two cases the picture must be large enough to tell the frame's corners apart. If one corner is hidden and the
-    // others are plain, the hidden one is taken to have the triangle, but only if dots show that this is one of our
-    // plates. Other framed grids have no triangle and no dots.
+    // others are plain, the hidden corner is taken to have the triangle. Dots must then prove that this is one of our
+    // plates, because other framed grids have neither a triangle nor dots.
     const bool large = unturned.sharpSpacingAt({4, 4}) >= leastSpacing;
     const bool showsTriangle = topLefts.corners.size() == 1 && (topLefts.showsTriangle || best->showsDots());
     if (readable > 1 || (readable == 0 && !(large && (showsTriangle || possible == 1)))) {

@@ -5,8 +5,8 @@
 // corners of a checkerboard.
 //
 // The measure of a saddle point is the negative determinant of the Hessian of the smoothed image. A pixel with a high
-// measure is a saddle point only if a stationary point of the smoothed image lies close to it, and if the surroundings
-// of that point look the same after half a turn. The surroundings of a single square's corner do not.
+// measure must meet two conditions to be a saddle point: a stationary point of the smoothed image lies close to it, and
+// the surroundings of that point look the same after half a turn. The surroundings of a single square's corner do not.
 //
 // Dark blobs are spots that are darker than everything around them, with a radius of one to three pixels of their
 // level.

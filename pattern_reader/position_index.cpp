@@ -143,7 +143,7 @@ std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &gri
     return candidate;
 }
 
-// Searches for the place of one patch, and keeps the best two places of those that it compared.
+// Searches for the place of one patch. Keeps the two best of the places with which it has compared the patch.
 class PlaceSearch {
 public:
     PlaceSearch(const WindowTable &windowTable, const SeenCells &seen) : table(windowTable) {

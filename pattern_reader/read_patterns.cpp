@@ -19,7 +19,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr size_t leastMarks = 12;  // of a plate's 49 marks; with fewer, the other marks are not searched for
+constexpr size_t leastMarks = 12;  // so many of a plate's 49 marks must be found before the others are searched for
 
 // The approximate areas in which checkerboards were read. Plates are not searched for there, because the dark squares
 // and marks of a checkerboard look like round marks. Lattices that could not be read are not included, because they may
@@ -50,8 +50,8 @@ private:
     cv::Mat covered;
 };
 
-// True if most marks of a lattice belong to a plate that has already been read with at least as many marks as the
-// lattice has.
+// True if most marks of the lattice are also marks of this plate, and the plate was read with at least as many marks as
+// the lattice has.
 bool isRead(const MarkLattice &found, const PatternReading &plate) {
     const auto known = std::count_if(found.marks.begin(), found.marks.end(), [&](const RoundMark &mark) {
         const float reach = 0.5F * std::sqrt(mark.area / float(CV_PI));

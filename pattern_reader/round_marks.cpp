@@ -49,7 +49,7 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     if (last.x < 0 || last.y < 0 || last.x >= float(smoothed.cols - 1) || last.y >= float(smoothed.rows - 1)) {
         return false;
     }
-    // The ray is sampled only up to three samples beyond the border.
+    // To save time, the ray is sampled only up to three samples beyond the border.
     int sampled = 0;
     const auto sampleTo = [&](int end) {
         for (; sampled <= std::min(end, count + 1); sampled++) {

@@ -42,9 +42,9 @@ public:
     void visitEqual(std::uint64_t bits, const Visit &visit) const;
 
     // Visits the 8 x 8 windows in which few bits disagree. The limit is chosen so that random bits cause at most about
-    // 100 visits. In the plane, the window's top left square must lie inside; known squares beyond the plane's edge are
+    // 100 visits. In the plane, the window's top left square must lie inside. Known squares beyond the plane's edge are
     // compared with 0, so a window that reaches over the edge is not found reliably. On a tile, the window's top left
-    // square may lie anywhere inside the tile, or up to 4 squares before the tile's left and top edges. Squares outside
+    // square may lie anywhere inside the tile, or up to 4 squares beyond the tile's left and top edges. Squares outside
     // the tile are not compared.
     void visitAlike(const SeenWindow &seen, const Visit &visit) const;
 

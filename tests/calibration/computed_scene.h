@@ -112,7 +112,7 @@ inline void seeAgain(Scene &scene, double noise, unsigned seed = 3) {
     }
 }
 
-// Takes the photographs of all cameras except the first out of use.
+// Marks the sightings by all cameras except the first as unused.
 inline void useFirstCameraOnly(Scene &scene) {
     for (Sighting &sighting : scene.observations.sightings) {
         sighting.isUsed = scene.observations.photographs[size_t(sighting.photograph)].camera == 0;

@@ -27,7 +27,7 @@ protected:
         }
     }
 
-    // Changes the sighting, leaves it out, and returns the reason that is given for it.
+    // Changes the sighting, leaves it out, and returns the reason that is given for leaving it out.
     LeftOut explained(const std::function<void(Sighting &, Calibration &)> &change) {
         Calibration calibration;
         calibration.observations = scene.observations;

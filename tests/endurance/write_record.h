@@ -21,7 +21,7 @@ public:
     }
 
     // The command that starts the program and records its writes. With strace's option -D, the started process becomes
-    // the program, not the tracer.
+    // the program, not the tracer, so its number is the program's.
     QStringList commandFor(const QString &program) const {
         const QString calls =
             "open,openat,creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"

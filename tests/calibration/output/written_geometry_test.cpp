@@ -1,4 +1,4 @@
-// Uses the written files as another program would: places and projects points with nothing but the files' numbers and
+// Uses the written files as another program would. Places and projects points with nothing but the files' numbers and
 // OpenCV, and compares the results with the corners in the photographs.
 #include <gtest/gtest.h>
 
