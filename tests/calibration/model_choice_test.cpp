@@ -1,4 +1,5 @@
-// Tests how models are compared, and which sightings count as the same as in an earlier result.
+// Tests how lens models are compared, which prints get a bend, and which sightings count as the same as in an earlier
+// result.
 #include "calibration/model_choice.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// Tests the figures that say how far a result can be trusted, by simulating errors with the estimated covariance.
+// Tests the figures that say how far a result can be trusted. Those for the pose and the points of a print are compared
+// with errors that are simulated with the estimated covariance.
 #include "calibration/trust.h"
 
 #include <gtest/gtest.h>

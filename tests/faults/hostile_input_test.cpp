@@ -1,4 +1,5 @@
-// Tests inputs that no reasonable client sends: huge texts, very many nodes, invalid UTF-8, infinity, and NaN.
+// Tests inputs that no reasonable client sends: huge texts, JSON beyond its size limit, invalid UTF-8, infinity, and
+// NaN.
 #include <gtest/gtest.h>
 
 #include <cmath>
