@@ -95,8 +95,8 @@ LivePanel::LivePanel(Session *ownSession, QWidget *parent)
 }
 
 void LivePanel::lay() {
-    source->setToolTip(tr("The camera, or a video file, or the first of numbered pictures.") + link());
-    size->setToolTip(tr("The size of picture that the camera is asked for. A calibration holds for one size.") +
+    source->setToolTip(tr("A camera, a video file, or the first of several numbered pictures.") + link());
+    size->setToolTip(tr("The picture size that LmView requests from the camera. A calibration is valid for one size.") +
                      link());
     takeButton->setToolTip(tr("Keeps the next picture, whatever it shows.") + link());
     // This is a second shortcut, because the button's own shortcut is its mnemonic.

@@ -226,7 +226,7 @@ QWidget *ViewerWindow::makeRecoveryBar() {
     row->setContentsMargins(8, 4, 8, 4);
     auto *restore = new QPushButton(tr("Restore"), recoveryBar);
     auto *discard = new QPushButton(tr("Discard"), recoveryBar);
-    row->addWidget(new QLabel(tr("LmView ended unexpectedly. Its photographs and settings are still there."), this), 1);
+    row->addWidget(new QLabel(tr("LmView ended unexpectedly. Restore its photographs and settings?"), this), 1);
     row->addWidget(restore);
     row->addWidget(discard);
     recoveryBar->hide();

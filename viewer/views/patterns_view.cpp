@@ -46,7 +46,8 @@ PatternsView::PatternsView(QWidget *parent)
                                       tr("Turn [°]"), tr("Scale x"), tr("Scale y"), tr("Bend [mm]"),
                                       tr("Bars of 100 mm")});
     table->horizontalHeaderItem(Measured)->setToolTip(
-        tr("Double-click and enter what a caliper shows for the two check bars of this print: 99.7 x 100.1"));
+        tr("Measure the two check bars of a print with a caliper. Then double-click the cell of that print in this "
+           "column, and enter the two lengths in mm, such as 99.7 x 100.1"));
     table->verticalHeader()->hide();
     table->setAlternatingRowColors(true);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
