@@ -24,7 +24,7 @@ constexpr int fewMoved = 3;
 // Random errors alone make the lenses from the two halves differ by about twice the uncertainty.
 constexpr double greatestHalvesRatio = 5;
 
-constexpr int parts = 3;  // of the picture's width, and of its height
+constexpr int parts = 3;  // along the picture's width, and along its height
 constexpr size_t partCount = 9;
 
 struct PartOfPicture {
@@ -190,7 +190,8 @@ private:
         const auto total = std::count(isCounted.begin(), isCounted.end(), true);
         const auto bad = std::count(isLeftOut.begin(), isLeftOut.end(), true);
         if (double(bad) > greatestShareLeftOut * double(total)) {
-            // This text is about all cameras. It follows the texts about single cameras, so it must say so.
+            // This text is about all cameras. It follows the texts about single cameras, so it must mention all
+            // cameras.
             const std::string cameras = observations.cameras.size() > 1 ? " of all cameras" : "";
             say(std::to_string(bad) + " of the " + counted(total, "photograph") + cameras + " did not fit.",
                 Grade::Usable);

@@ -26,7 +26,7 @@ struct Collected {
     std::vector<double> rms;  // of each pattern
     double squares = 0;
     double biasSquares = 0;
-    double normalised = 0;
+    double normalised = 0;  // sum of the squared errors per axis, each divided by the variance that the reader states
     long normalisedCount = 0;
 };
 

@@ -15,7 +15,7 @@ namespace calibration {
 namespace {
 
 constexpr int mostCorners = 1000;      // inner corners along one side of a plain board
-constexpr double barStep = 10;         // mm; the length of a check bar is a multiple of this
+constexpr double barStep = 10;         // mm; the drawn length of a check bar is a multiple of this
 constexpr double mostWrongBar = 0.02;  // the greatest credible relative error of a check bar
 
 [[noreturn]] void fail(const std::string &text) {
@@ -147,8 +147,8 @@ void findPhotographsOf(Arguments &arguments) {
     }
 }
 
-// Sets the camera of a listed photograph with the help of the name patterns of --camera, and sets the photograph's
-// size.
+// Completes a photograph of a corner list. If it has no camera yet, the name patterns of --camera decide. Its size
+// comes from --image-size or, without this option, from its picture file.
 void complete(ListedPhotograph &photograph, const std::string &list, const Arguments &arguments) {
     for (const std::string &text : arguments.texts.cameras) {
         const auto [name, glob] = parseCamera(text);

@@ -30,7 +30,8 @@ bool parse(const std::string &text, double &value) {
     return error == std::errc() && last == end && std::isfinite(value);
 }
 
-// Reads the columns x, y and level, of which the last may be absent. The corner is not seen if any of them is "-".
+// Reads the columns x, y and level, of which the last may be absent. The corner is not seen if one of these columns is
+// "-".
 ListedCorner cornerOf(const std::vector<std::string> &columns, const std::string &path, int line) {
     ListedCorner corner;
     if (columns[1] == "-" || columns[2] == "-" || (columns.size() > 3 && columns[3] == "-")) {

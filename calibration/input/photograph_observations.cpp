@@ -20,7 +20,7 @@ std::string sentence(const std::string &reason) {
     return "It " + reason + ".";
 }
 
-// Returns the reason if none of a photograph's readings can be used; otherwise an empty text.
+// Returns the reason why no reading of a photograph can be used; empty if there is no such reason.
 std::string faultOf(const ReadPhotograph &photograph) {
     if (!photograph.error.empty()) {
         return photograph.error;
@@ -253,7 +253,7 @@ CollectedObservations collectObservations(const std::vector<ReadPhotograph> &pho
     const PrintCatalogue catalogue(target, readings);
     observations.cameras = groups.cameras;
     observations.prints = catalogue.prints();
-    std::map<std::string, int> ignored;  // the reasons why readings are ignored, with the number of photographs
+    std::map<std::string, int> ignored;  // number of photographs for each reason why readings are ignored
     for (size_t i = 0; i < photographs.size(); i++) {
         if (!reasons[i].empty()) {
             collected.unused.push_back({photographs[i].file.path, reasons[i]});

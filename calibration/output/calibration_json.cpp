@@ -148,8 +148,8 @@ ordered_json printJson(const Calibration &calibration, size_t index) {
     return json;
 }
 
-// Returns the root mean square of the residuals of the corners that are marked as used, in pixels, even if the sighting
-// is left out. Null if a pose is not known, if no corner is marked as used, or if such a corner cannot be projected.
+// Returns the rms residual of a sighting's corners that are marked as used, in pixels. The sighting itself may be left
+// out. Null if a pose is not known, if no corner is marked as used, or if such a corner cannot be projected.
 ordered_json residualOf(const Calibration &calibration, const Sighting &sighting) {
     const Observations &observations = calibration.observations;
     const Estimate &estimate = calibration.estimate;

@@ -31,7 +31,7 @@ std::string coefficientText(const SolvedCamera &camera, int least = 0) {
     return listText(coefficients.data(), int(coefficients.size()));
 }
 
-// Returns the camera matrix, row by row; with a fourth column of zeros if `hasFourth`.
+// Returns the camera matrix, row by row. If `hasFourth` is true, the matrix has a fourth column of zeros.
 std::string matrixText(const Eigen::VectorXd &k, bool hasFourth = false) {
     const std::string zero = hasFourth ? ", 0.0" : "";
     return numberText(k[0]) + ", 0.0, " + numberText(k[2]) + zero + ", 0.0, " + numberText(k[1]) + ", " +

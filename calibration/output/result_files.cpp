@@ -24,7 +24,7 @@ SolvedCamera solvedCamera(const Calibration &calibration, size_t camera) {
             calibration.estimate.cameraFromRig[camera]};
 }
 
-// Adds a file, or an omission if its content is empty.
+// Adds a file. If the content is empty, adds an omission instead.
 void add(ResultFiles &result, const std::string &name, std::string content, const SolvedCamera &camera) {
     if (content.empty()) {
         result.omissions.push_back("There is no " + name + ", because this file format has no lens model " +
@@ -44,8 +44,8 @@ void addCamera(ResultFiles &result, const SolvedCamera &camera) {
     add(result, name + ".cameramodel", mrcalFile(camera), camera);
 }
 
-// Adds an omission for each camera that a file for several cameras leaves out, because its format does not have the
-// camera's lens model.
+// A file for several cameras has only those whose lens model its format can express. Adds an omission for each of the
+// other cameras.
 void noteMissing(ResultFiles &result, const std::string &file, const std::vector<SolvedCamera> &cameras,
                  bool (*has)(LensModel)) {
     for (const SolvedCamera &camera : cameras) {

@@ -14,7 +14,7 @@ namespace {
 // Coordinates are limited to this value, which is far outside every figure. Larger values could overflow in a browser.
 constexpr double farAway = 1e5;
 
-// Appends a value with one decimal place, or without it if the decimal is zero.
+// Appends a value that is rounded to one decimal place. If this decimal is zero, it is left out.
 void appendCoordinate(std::string &text, double value) {
     std::array<char, 32> buffer{};
     const double tenths = std::round(10 * std::clamp(value, -farAway, farAway));

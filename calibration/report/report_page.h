@@ -15,7 +15,7 @@
 
 namespace calibration {
 
-// A file that is not among the photographs of the observations, with the reason as a sentence.
+// A file that was left out of the observations. The reason is a sentence.
 struct UnreadFile {
     std::string name;
     std::string reason;

@@ -38,8 +38,8 @@ std::vector<CornerResidual> residualsOf(const Calibration &calibration, int came
     return result;
 }
 
-// Returns the greatest factor of the form 1, 2 or 5 times a power of ten with which nine in ten arrows are at most
-// `wanted` long. `lengths` and `wanted` have the same unit.
+// Returns the factor by which arrows are enlarged. It is the greatest of the form 1, 2 or 5 times a power of ten for
+// which nine in ten arrows are at most `wanted` long. `lengths` and `wanted` have the same unit.
 double enlargement(std::vector<double> lengths, double wanted) {
     if (lengths.empty()) {
         return 1;
@@ -69,7 +69,8 @@ struct CellGrid {
         return size_t(index(pixel.y(), camera.height, rows)) * size_t(columns) +
                size_t(index(pixel.x(), camera.width, columns));
     }
-    // Returns the pixel of a place in the grid. Whole numbers are corners of cells, and halves are middles.
+    // Returns the pixel of a place in the grid. Whole numbers give the corner of a cell; adding 0.5 to both gives its
+    // middle.
     Vector2d at(double column, double row) const {
         return {column * camera.width / columns - 0.5, row * camera.height / rows - 0.5};
     }
