@@ -168,7 +168,7 @@ void count(DetectorTotals &totals, const std::optional<double> &error, const Boa
     if (board.error <= *error) {
         totals.readerBetter++;
     } else {
-        std::printf("  picture %u (%s): %s more exact, %.4f px, the reader %.4f\n", board.number, condition,
+        std::printf("  picture %u (%s): %s is more accurate: %.4f px, reader %.4f px\n", board.number, condition,
                     totals.name.c_str(), *error, board.error);
     }
 }

@@ -126,14 +126,16 @@ void printEmpty(const std::vector<EmptyResult> &results) {
 
 void printComparison(const Comparison &comparison) {
     std::printf(
-        "\n%d boards that are completely visible: the reader reads %d, of which %d with every corner. Without marks "
-        "and with the size given, it finds every corner of %d boards, with a median rms error of %.4f px.\n\n",
+        "\n%d boards that are completely visible: the reader reads %d of them, %d with every corner. On the same "
+        "boards without marks, with their size given, it finds every corner of %d. Their median rms error is %.4f "
+        "px.\n\n",
         comparison.boards, comparison.readByReader, comparison.completeByReader, comparison.plainFound,
         comparison.plainMedianError);
     std::printf(
-        "| stock detector | boards found | of these missed by the reader | read by the reader without some corners "
-        "| rms error over all corners, median over the boards, px | the same for the reader "
-        "| boards on which the reader is at least as exact |\n|---|---|---|---|---|---|---|\n");
+        "| OpenCV's detector | boards that it finds | of these, boards that the reader misses | of these, boards that "
+        "the reader reads without some corners | its error: rms over all corners, median over the boards, px "
+        "| reader's error on the same boards: rms, median, px | boards on which the reader is at least as exact |\n"
+        "|---|---|---|---|---|---|---|\n");
     for (const DetectorTotals &totals : comparison.detectors) {
         std::printf("| %s | %d | %d | %d | %.4f, %.4f | %.4f, %.4f | %d/%d |\n", totals.name.c_str(), totals.found,
                     totals.foundButMissed, totals.foundMoreCorners, totals.ownError, totals.ownMedian,

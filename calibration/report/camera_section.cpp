@@ -137,7 +137,7 @@ std::string cameraSection(const Calibration &calibration, int camera) {
                           " mm: one standard deviation in px, in the worse direction.")
                 .html();
     html += mapFigure(what, trust.uncertaintyAtInfinity, "Uncertainty at infinity",
-                      "The same for a point that is very far away.")
+                      "The uncertainty of the projection of a point that is very far away.")
                 .html();
     if (trust.halves) {
         html +=

@@ -75,8 +75,8 @@ std::string bars(const Calibration &calibration, const std::vector<PhotographSum
     drawing.add("bar", all);
     drawing.add("cross", crosses);
     return "<figure class=\"wide\"><h4>Residual of each photograph</h4>\n" + drawing.svg() +
-           "<figcaption>Root mean square in px, in the order of the table. A cross marks a photograph with a pattern "
-           "that is left out.</figcaption></figure>\n";
+           "<figcaption>Root mean square in px, in the order of the table. A cross marks a photograph in which a "
+           "pattern is left out.</figcaption></figure>\n";
 }
 
 std::string thumbnail(const ReportInput &input, size_t index, size_t &shown) {

@@ -126,14 +126,16 @@ std::string printSection(const Calibration &calibration) {
         poses +=
             "<tr><td colspan=\"10\">" + count(long(prints - mostRows)) + " more patterns are not shown.</td></tr>\n";
     }
-    return "<section><h2>Patterns</h2>\n<h3>Where they are</h3><p>Position and rotation vector in the coordinate "
-           "system of the group. The last figure is the greatest standard deviation of a corner's position.</p>\n"
+    return "<section><h2>Patterns</h2>\n<h3>Where they are</h3><p>Each row has the position and the rotation "
+           "vector of a pattern in the coordinate system of its group. The last column has the greatest standard "
+           "deviation of a corner's position.</p>\n"
            "<div class=\"scroll\"><table>" +
            headings({"Pattern", "No.", "Group", ">X, mm", ">Y, mm", ">Z, mm", ">About x, \xC2\xB0",
                      ">About y, \xC2\xB0", ">About z, \xC2\xB0", ">\xC2\xB1 corner, mm"}) +
            "<tbody>" + poses +
-           "</tbody></table></div>\n<h3>How the prints differ from their drawings</h3><p>Bend is the height from the "
-           "lowest to the highest corner above the plane that fits best.</p>\n<div class=\"scroll\"><table>" +
+           "</tbody></table></div>\n<h3>How the prints differ from their drawings</h3><p>A plane is fitted to the "
+           "corners. Bend is the difference in height above this plane between the highest and the lowest "
+           "corner.</p>\n<div class=\"scroll\"><table>" +
            headings({"Pattern", "No.", ">Scale, %", ">x:y, %", ">Shear, %", ">Bend, mm", "Note"}) + "<tbody>" + shapes +
            "</tbody></table></div></section>\n";
 }

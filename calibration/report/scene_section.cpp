@@ -240,9 +240,9 @@ std::string sceneSection(const Calibration &calibration) {
         Side{"from above", Vector3d::UnitX(), -Vector3d::UnitZ(), "x to the right, z upwards."},
         Side{"from the right", Vector3d::UnitZ(), Vector3d::UnitY(), "z to the right, y downwards."}};
     std::string html =
-        "<section><h2>Scene</h2>\n<p>The patterns (filled) and the cameras (pyramids) in the coordinate "
-        "system of the first pattern. A camera therefore seems to move even if it stood still and the "
-        "pattern was moved.</p>\n" +
+        "<section><h2>Scene</h2>\n<p>The figures show the patterns (filled) and the cameras (pyramids) in the "
+        "coordinate system of the first pattern. So if the camera stood still and the pattern was moved, the "
+        "camera seems to move.</p>\n" +
         legend(calibration.observations) + "<div class=\"figures two\">\n";
     for (const Side &side : sides) {
         const SceneView view(side, viewpoints, outlines);
