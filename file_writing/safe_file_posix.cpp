@@ -178,8 +178,8 @@ public:
     [[noreturn]] void failBecauseOf(int error) const { fail(fileName, error); }
 
 private:
-    // False if the name is taken, or if another process took the file for abandoned before it was locked, and removed
-    // it.
+    // False if the name is taken. Also false if another process took the file for abandoned and removed it before it
+    // was locked.
     bool create(mode_t permissions) {
         descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                           permissions == 0 ? mode_t{0666} : permissions);

@@ -16,7 +16,8 @@ constexpr unsigned char lastCaptionCharacter = 0xd7;
 // Converts a UTF-8 text to the font's encoding: printable ASCII, U+00B7 and U+00D7. Any other character becomes a "?".
 std::string captionText(std::string_view utf8);
 
-// Returns the advance width of the character in thousandths of the font size; 0 if the font does not have it.
+// Returns the advance width of the character in thousandths of the font size; 0 if the font does not have the
+// character.
 int captionAdvance(unsigned char character);
 
 // Returns the width of a text in the font size `size`. The width has the same unit as the size.

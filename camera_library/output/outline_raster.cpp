@@ -7,7 +7,7 @@
 namespace lmlib64 {
 namespace {
 
-// Heights are counted in parts. A unit (a fraction of a pixel, pixel_units.h) has partsPerUnit parts. The number is
+// Heights are counted in parts. A unit (a fraction of a pixel, pixel_units.h) has partsPerUnit parts. This number is
 // chosen so that the area of a pixel is 2^31. In 32-bit arithmetic, a pixel that is enclosed twice therefore has the
 // area 0, as the even-odd rule requires.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
@@ -42,7 +42,7 @@ Edge edgeBetween(const PixelPoint &top, const PixelPoint &bottom) {
     return edge;
 }
 
-// A chain consists of consecutive edges of an outline that all go down or all go up. They are sorted from top to
+// A chain consists of consecutive edges of an outline that all go down or all go up. The edges are sorted from top to
 // bottom.
 class Chain {
 public:

@@ -23,8 +23,8 @@ Extent extentOf(double length, double quietZone, double firstLine, double pitch)
     return extent;
 }
 
-// Returns the cuts that make every sheet as long as possible, but at most `longest` with its overlaps. Empty if that is
-// impossible because two neighbouring lines are too far apart.
+// Returns the cuts with which every sheet is as long as possible. Including its overlaps, a sheet is at most `longest`
+// long. The result is empty if two neighbouring lines are too far apart for that.
 std::vector<double> cutsFor(const Extent &extent, double longest) {
     std::vector<double> cuts{extent.begin};
     while (true) {

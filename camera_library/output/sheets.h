@@ -12,8 +12,8 @@
 
 namespace lmlib64 {
 
-// A sheet extends by this length beyond each cut that it shares with a neighbour, so that the two overlap by twice this
-// length.
+// A sheet extends by this length beyond each cut that it shares with a neighbour, so that the two sheets overlap by
+// twice this length.
 constexpr double sheetOverlap = 6.0;
 
 struct SheetPlan {

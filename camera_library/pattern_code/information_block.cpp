@@ -136,7 +136,7 @@ public:
         return row.syndrome;
     }
 
-    // Returns the unknown bits that must be flipped to explain a syndrome that leaves no remainder.
+    // Returns the unknown bits that must be flipped to explain the syndrome. The syndrome must leave no remainder.
     [[nodiscard]] std::uint64_t solution(std::uint32_t syndrome) const {
         Row row{syndrome, 0};
         reduce(row);
