@@ -38,8 +38,8 @@ if(MSVC)
   add_link_options(/MANIFEST:NO) # the programs' resources contain the manifest
 endif()
 
-# GNU ld for Windows searches an archive, or an import library, only for symbols that earlier files need. CMake puts the
-# archives that another archive needs at the end, so the libraries must be searched as a group.
+# GNU ld for Windows searches an archive, or an import library, only for symbols that earlier files need. If an archive
+# needs other archives, CMake puts these at the end. So the libraries must be searched as a group.
 if(MINGW)
   foreach(language IN ITEMS C CXX)
     string(REPLACE "<LINK_LIBRARIES>" "-Wl,--start-group <LINK_LIBRARIES> -Wl,--end-group"

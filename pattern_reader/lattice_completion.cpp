@@ -204,7 +204,7 @@ void completeLattice(CornerLattice &lattice, const std::vector<ImageLevel> &leve
     for (const LatticeCorner &corner : lattice.corners) {
         open.push_back(corner.cell);
     }
-    // A cell that failed is tried again only when it gets another neighbour.
+    // If no corner is found at a cell, the cell is tried again only when it gets another neighbour.
     while (!open.empty()) {
         std::vector<cv::Point> added;
         for (const cv::Point cell : open) {
