@@ -41,10 +41,10 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
                  R"([{"Name": "A", "Type": "a", "GridSpacing": 1.5, "Thickness": 2},
              {"Name": "B", "Type": "b", "GridSpacing": 3, "Thickness": 4}])",
                  {"B: b 3 4", "A: a 1.5 2"}},
-                {"values missing or of another type count as none",
+                {"missing values and values of another type count as none",
                  R"([{"Name": "A"}, {"Name": "B", "Type": 7, "GridSpacing": "8", "Thickness": true}])",
                  {"B:  0 0", "A:  0 0"}},
-                {"equal names are not merged, others not sorted",
+                {"equal names are not merged, and names are not sorted",
                  R"([{"Name": "Z", "Type": "z"}, {"Name": "A", "Type": "a"}, {"Name": "Z", "Type": "z2"}])",
                  {"Z: z2 0 0", "A: a 0 0", "Z: z 0 0"}},
                 {"names are UTF-8",
@@ -54,7 +54,7 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
     // The same box loads each catalogue in turn, so that each must replace the one before.
     CalTabComboBox box(nullptr);
     EXPECT_EQ(box.currentType(), "PlateC");
-    QStringList types;  // the current plate at each signal that the choice has changed
+    QStringList types;  // the type of the current plate whenever the box signals a change
     QObject::connect(&box, QOverload<int>::of(&QComboBox::currentIndexChanged),
                      [&](int i) { types << (i < 0 ? QString() : QString::fromStdString(box.currentType())); });
     for (const auto &row : rows) {

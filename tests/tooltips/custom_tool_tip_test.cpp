@@ -170,7 +170,7 @@ TEST_F(CustomToolTipTest, closeThatIsDueSoonerIsKept) {
     } rows[] = {{"sooner without force", 10000, 200, false, false},
                 {"press after leave", 10000, 500, true, true},
                 {"release after key press", 200, 500, true, false},
-                {"as soon", 200, 200, true, false},
+                {"at the same time", 200, 200, true, false},
                 {"long overdue", -5, 200, true, false}};
     for (const auto &row : rows) {
         QCustomTipLabel *label = showAnew("text", child);

@@ -61,8 +61,8 @@ TEST_F(ToolTipHelperTest, emptyTipClosesOnlyOverAChild) {
     QObject parentless;
     QObject owned(&parentless);
     const auto tip = [] { return QCustomTipLabel::instance; };
-    // Like a child of a window, the tip has a parent. But an event for the tip does not close it, because the helper
-    // recognises its own tip.
+    // An event for a child without a tip closes a visible tip. The window of the tip has a parent, too. But an event
+    // for this window does not close the tip, because the helper recognises its own tip.
     const std::vector<std::pair<std::function<QObject *()>, int>> rows = {
         {[&] { return plain; }, 200},  {[&] { return &window; }, 0},     {tip, 0},
         {[&] { return &owned; }, 200}, {[&] { return &parentless; }, 0},

@@ -375,7 +375,7 @@ void LiveCaptureTest::judgesSharpnessBySharpestFrame() {
     }
 }
 
-// Stopping and starting again return at once. After that, nothing of the first run is shown.
+// stop() must return at once. After that, no frame of the first run may be shown.
 void LiveCaptureTest::stopsAtOnce() {
     Film film;
     film.add(15, frameOf(1));

@@ -20,7 +20,7 @@
 
 namespace {
 
-// The residual of every photograph is 0.123 px, and the second one has a fault.
+// Stands in for the calibration. The residual of every photograph is 0.123 px, and the second photograph has a problem.
 SessionResult scripted(const QVector<SessionPhotograph> &photographs, const SessionSettings &,
                        const calibration::CalibrateOptions &) {
     SessionResult result;
