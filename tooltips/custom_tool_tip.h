@@ -26,8 +26,8 @@ public:
     static void showText(const QPoint &position, const QString &text, QWidget *widget = nullptr);
 
     // Shows the text next to the position. The rectangle is in the widget's coordinates. An empty text closes a visible
-    // tip after 200 ms. If a tip already shows the text for this widget, and if that tip has no rectangle or its
-    // rectangle contains the position, then nothing changes: the display time does not start again either.
+    // tip after 200 ms. A tip that already shows the text for this widget stays unchanged if it has no rectangle, or if
+    // its rectangle contains the position. Even its display time does not start again.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
     // Closes a visible tip after 200 ms.

@@ -34,8 +34,8 @@ std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
            down * ((1 - right) * lower[0] + right * lower[1]);
 }
 
-// Returns the blur of a step. `length` is the step's rise between -half and half, divided by its greatest slope. If a
-// step from 0 to 1 is blurred, it rises by erf(half / (sqrt 2 * blur)) there, and its greatest slope is gaussianPeak /
+// Returns the blur of a step. `length` is the step's rise between -half and half, divided by its greatest slope. A
+// blurred step from 0 to 1 rises by erf(half / (sqrt 2 * blur)) in this range. Its greatest slope is gaussianPeak /
 // blur. As `length` approaches 2 * half, the blur would grow without bounds, so the result is limited.
 double blurOf(double length, double half) {
     double low = 0;
