@@ -1,7 +1,7 @@
-// Benchmarks of the programs' start, exit and memory. LmCalTab is compared with an empty window of the same toolkit,
-// once with OpenGL (the toolkit's default) and once without it (as in LmCalTab). LmView is compared with an empty
-// window that loads the same libraries. The programs run in turn, and each run ends after the first picture. This needs
-// a POSIX system.
+// Benchmarks of the programs' start, exit and memory. LmCalTab is compared with two empty windows of the same toolkit:
+// one with OpenGL (the toolkit's default), and one without it (as in LmCalTab). LmView is compared with an empty window
+// that loads the same libraries. The programs run in turn, and each run ends after the first picture. This needs a
+// POSIX system.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

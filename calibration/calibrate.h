@@ -39,9 +39,9 @@ struct CalibrateOptions {
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
     // An earlier result for similar observations with the same cameras and prints. Starting from it is much faster. Its
-    // lens models and bends are kept unless the earlier call had another `lens` or `mayBend`, or chose the models from
-    // far fewer or far more photographs. If the models are kept, the result is the same as without an earlier result,
-    // to within a small share of its standard deviations.
+    // lens models and bends are kept if the earlier call had the same `lens` and `mayBend`, and chose the models from a
+    // similar number of photographs. If they are kept, the result is the same as without an earlier result, to within a
+    // small share of its standard deviations.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0
     // to 1.

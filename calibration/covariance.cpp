@@ -82,8 +82,8 @@ private:
 
 // Inverts an information matrix. Parameters of a lens can be correlated so strongly that the matrix is nearly singular
 // although every projection is well determined. So eigenvalues below the rounding error are raised to the rounding
-// error, and a direction about which nothing is known gets a huge variance. Returns nothing if there is no information
-// at all about a parameter, or if a number is not finite.
+// error, and a direction about which nothing is known gets a huge variance. Returns nothing if a number is not finite
+// or a parameter has no information at all.
 std::optional<Eigen::MatrixXd> inverseOf(const Eigen::MatrixXd &information) {
     const Eigen::VectorXd diagonal = information.diagonal();
     if (!information.allFinite() || (diagonal.size() > 0 && !(diagonal.minCoeff() > 0))) {

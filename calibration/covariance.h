@@ -1,11 +1,11 @@
-// Computes how certain a solved estimate is: the covariance of the intrinsics, of the poses of cameras and prints, and
-// of the shapes of prints, as far as the solve varied them. The covariance follows from the derivatives of the
+// Computes how certain a solved estimate is: the covariance of the intrinsics, the poses of cameras and prints, and the
+// shapes of prints. Only what the solve varied has a covariance. The covariance follows from the derivatives of the
 // residuals at the solution and from the priors.
 //
-// The poses of the moments are eliminated one by one, so their covariance is not available, but time and memory grow
-// only linearly with their number. The covariance is multiplied by the variance of the residuals. So a common factor of
-// all corners' standard deviations cancels. It only changes the weight of the priors, because their standard deviations
-// are absolute.
+// The poses of the moments are eliminated one by one. So their covariance is not available, but time and memory grow
+// only linearly with the number of moments. The covariance is multiplied by the variance of the residuals. So a common
+// factor of all corners' standard deviations cancels. It only changes the weight of the priors, because their standard
+// deviations are absolute.
 #pragma once
 
 #include <Eigen/Core>
@@ -64,9 +64,9 @@ private:
     int corners = 0;
 };
 
-// Computes the covariance. A direction that the sightings do not determine gets a huge variance. Returns nothing if
-// there is no information at all about a parameter, if there are not more residuals than unknowns, if a corner cannot
-// be projected, or if a number is not finite.
+// Computes the covariance. A direction that the sightings do not determine gets a huge variance. Returns nothing if a
+// parameter has no information at all, or if the residuals do not outnumber the unknowns. Also returns nothing if a
+// corner cannot be projected or a number is not finite.
 std::optional<Covariance> covarianceOf(const Observations &observations, const Freedom &freedom,
                                        const Estimate &estimate);
 

@@ -118,8 +118,8 @@ private:
             .value_or(0);
     }
 
-    // Returns the derivatives of the visible corners with respect to the lens and the print's shape, projected so that
-    // the unknown pose of the print has no effect. Empty if too few corners are visible.
+    // Returns the derivatives of the visible corners with respect to the lens and the print's shape. They are projected
+    // so that the unknown pose of the print has no effect. Empty if too few corners are visible.
     std::optional<Eigen::MatrixXd> rowsOf(const RigidMotion &cameraFromPrint) const {
         const std::vector<Eigen::Vector2d> &points = calibration.observations.prints[size_t(printNumber)].points;
         const PrintShape &shape = calibration.estimate.shapes[size_t(printNumber)];

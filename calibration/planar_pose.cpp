@@ -79,8 +79,8 @@ std::optional<RigidMotion> poseOfHomography(Eigen::Matrix3d h) {
     return RigidMotion{rotationVector(*rotation), h.col(2)};
 }
 
-// Returns the pose that has the middle of the print at the same place, but its normal tilted to the other side of the
-// line of sight.
+// Returns the pose in which the normal of the print leans to the other side of the line of sight. The middle of the
+// print stays at the same place.
 RigidMotion leaningTheOtherWay(const RigidMotion &pose, const Eigen::Vector3d &middle) {
     const Eigen::Matrix3d matrix = rotationMatrix(pose.rotation);
     const Eigen::Vector3d seen = pose * middle;

@@ -16,8 +16,8 @@ namespace {
 
 constexpr int mapColumns = 60;
 constexpr int mapRows = 40;
-// The lens from a half of the moments is not used if the standard deviation of its focal length is more than this share
-// of the focal length.
+// A lens from half of the moments is used only if the standard deviation of its focal length is less than this share of
+// the focal length.
 constexpr double greatestFocalSigma = 0.02;
 // A number of a print's shape is not determined if its standard deviation is at least this share of the prior's
 // standard deviation.

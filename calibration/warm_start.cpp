@@ -105,9 +105,9 @@ private:
     }
 
     // A moment is new if the earlier result used none of its sightings. Gives each new moment the pose that fits its
-    // sightings best. Sightings that do not fit this pose are left out for the time being, and so are new sightings of
-    // other moments that do not fit. Returns false if a solve fails, or if it is not clear which sightings of a moment
-    // fit.
+    // sightings best. Sightings that do not fit this pose are left out for the time being. New sightings of other
+    // moments are left out, too, if they do not fit. Returns false if a solve fails, or if it is not clear which
+    // sightings of a moment fit.
     bool placeNewMoments() {
         std::set<int> known;
         std::map<int, std::vector<size_t>> unknown;
@@ -163,7 +163,7 @@ private:
             rigFromWorld = result.estimate.cameraFromRig[camera].inverse() * pose->cameraFromPrint *
                            result.estimate.worldFromPrint[size_t(sighting.print)].inverse();
             fitsAlone = fitsAlone || scaleOf(i) < greatestScale;
-            double sum = 0;  // each sighting adds only up to a limit, so that one that does not fit cannot decide
+            double sum = 0;  // each sighting adds only up to a limit, so that a single bad one cannot decide
             for (const size_t other : sightings) {
                 sum += std::min(scaleOf(other), 10 * greatestScale);
             }
@@ -221,8 +221,8 @@ private:
     }
 
     // Solves and decides about outliers in turn, until no decision changes, but at most four times. Returns false if a
-    // solve fails, if the decision about an earlier sighting changes, or if the decision about any sighting still
-    // changes in the last round. In that round, decisions about single corners may still change.
+    // solve fails or the decision about an earlier sighting changes. Also returns false if the decision about any
+    // sighting still changes in the last round. In that round, only decisions about single corners may change.
     bool solve() {
         SolveOptions exact;
         exact.freedom = result.freedom;

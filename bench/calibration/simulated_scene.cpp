@@ -99,8 +99,8 @@ Sighting sightingOf(const SimulatedScene &scene, int photograph, int print, cons
         const Vector3d place = printedPoint(shape.numbers.data(), shape.reach, points[point]).place;
         const Vector3d seen = rotation * place + cameraFromPrint.translation;
         Vector2d image;
-        // Noise is drawn for every corner, seen or not, so that a corner's noise does not depend on which others are
-        // seen.
+        // Noise is drawn for every corner, even for corners outside the picture. So the noise of a corner is the same
+        // whichever other corners are seen.
         const Vector2d error(noise * normal(random), noise * normal(random));
         constexpr double margin = 5;  // pixels that a detector needs around a corner
         if (seen.z() > 1 && project(camera.lens, scene.truth.intrinsics[size_t(shot.camera)].data(), seen, image) &&

@@ -118,8 +118,8 @@ struct Deviation {
     size_t prints = 0;
 };
 
-// Fits the first print to the truth by a similarity transformation. Returns how far the corners of all prints are from
-// their true positions after that, and the greatest error of a print's ratio of x scale to y scale.
+// Fits the first print to the truth by a similarity transformation. Then returns the errors of the positions of all
+// prints' corners. Also returns the greatest error of a print's ratio of x scale to y scale.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;

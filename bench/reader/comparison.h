@@ -42,8 +42,8 @@ struct Comparison {
     double medianSectorBasedMs = 0;
 };
 
-// Uses the first `boards` pictures that can be compared, from picture number `first` on. A picture of any condition can
-// be compared if it is not mirrored and shows a single checkerboard, which is completely visible and has at most 1,024
+// Uses the first `boards` pictures that can be compared, from picture number `first` on. These are pictures of any
+// condition that are not mirrored and show a single checkerboard. The board is completely visible and has at most 1,024
 // corners. Every detector is compared with the reader's results on the boards with marks. If `timesOnly` is true,
 // `detectors` stays empty.
 Comparison compareWithStock(unsigned first, unsigned boards, unsigned threads, bool timesOnly);

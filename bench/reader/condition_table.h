@@ -37,8 +37,8 @@ struct PictureResult {
     std::vector<std::string> failures() const;
 };
 
-// True if the goal requires that the pattern is read. This is so if its squares are at least 6 pixels wide, its tilt is
-// at most 60°, at least 60 of its squares or 12 of its marks are visible, and the picture is not mirrored.
+// True if the goal requires that the pattern is read. The squares must be at least 6 pixels wide, and the tilt at most
+// 60°. At least 60 squares, or 12 marks of a plate, must be visible. The picture must not be mirrored.
 bool isAsked(const Scene &scene, const PatternScore &score);
 
 PictureResult resultOf(unsigned number, const Scene &scene,

@@ -44,9 +44,9 @@ void small(SceneDraft &draft, Dice &dice) {
     draft.exposure.noiseSigma = dice.real(0.5, 3);
 }
 
-// The size of a picture is limited to 150 megapixels with a probability of 1 %, to 64 with 2 %, to 12 with 7 %, and to
-// 1 to 4 otherwise. Pictures of boards always reach the limit; pictures of plates may be smaller. A board shows at
-// least 7 x 7 squares.
+// The size of a picture is limited. The limit is 150 megapixels in 1 % of the pictures, 64 in 2 %, 12 in 7 %, and 1 to
+// 4 in all others. Pictures of boards always reach the limit; pictures of plates may be smaller. A board shows at least
+// 7 x 7 squares.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);

@@ -1,9 +1,8 @@
 // Computes the least error that noise allows: the Cramér-Rao bound for the position of a corner or of a round mark in a
 // picture with Gaussian blur and white noise.
 //
-// Let a border between light and dark have the length L, the contrast c and the blur s, and let the noise have the
-// standard deviation n. Then the Fisher information about the border's position, measured at right angles to the
-// border, is
+// Let a border between light and dark have the length L, the contrast c and the blur s. Let n be the standard deviation
+// of the noise. Then the Fisher information about the border's position, measured at right angles to the border, is
 //
 //   c² L / (2 sqrt(pi) s n²)
 //

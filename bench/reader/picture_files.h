@@ -7,8 +7,8 @@
 
 namespace reader_bench {
 
-// Writes NUMBER.png and NUMBER.json to the folder. For every pattern, the JSON has its kind, tile and size, and the
-// corners or marks that the picture shows, in the form of a reading's corners ("lattice" and "image"). Throws
+// Writes NUMBER.png and NUMBER.json to the folder. For every pattern, the JSON has its kind, tile and size. It also has
+// the corners or marks that the picture shows, in the same form as a reading ("lattice" and "image"). Throws
 // std::runtime_error if a file cannot be written.
 void savePicture(const std::string &folder, unsigned number, const Scene &scene);
 

@@ -37,8 +37,8 @@ std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, co
 
 namespace {
 
-// Runs in the child process. Writes the corners to the pipe, or nothing if not all were found, and exits without
-// running destructors.
+// Runs in the child process. Writes the corners to the pipe if all of them were found. Exits without running
+// destructors.
 [[noreturn]] void answer(int pipeEnd, StockMethod method, const cv::Mat &image, const cv::Size &corners,
                          unsigned limitSeconds) {
     const rlimit limit{limitSeconds, limitSeconds};

@@ -101,8 +101,8 @@ cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, cons
     return cv::Rect(cv::Point(int(bounds.x), int(bounds.y)), end) & cv::Rect({0, 0}, image);
 }
 
-// Returns the covered share of a pixel. Covers are large, so a pixel whose corners are all covered is completely
-// covered, and a pixel without a covered corner is not covered.
+// Returns the covered share of a pixel. Covers are much larger than pixels. So a pixel is completely covered if all its
+// corners are covered, and not covered at all if none of them is.
 double coveredShare(const Cover &cover, const Quad &quad) {
     int covered = 0;
     for (const cv::Point2d &p : quad) {

@@ -29,8 +29,7 @@ Data load(std::istream &file) {
     return {loader ? exif_loader_get_data(loader.get()) : nullptr, exif_data_unref};
 }
 
-// Returns the text of a tag, with a space for each character that is not printable ASCII, and without spaces at its
-// ends.
+// Returns the text of a tag. Characters that are not printable ASCII become spaces. Spaces at the ends are dropped.
 std::string textOf(ExifData &data, ExifTag tag) {
     const ExifEntry *entry = exif_data_get_entry((&data), tag);
     if (entry == nullptr || entry->format != EXIF_FORMAT_ASCII) {

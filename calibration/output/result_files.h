@@ -30,8 +30,8 @@ struct ResultFile {
 
 struct ResultFiles {
     std::vector<ResultFile> files;
-    // Sentences about what is missing: cameras that could not be calibrated, files whose format cannot express the lens
-    // model, and cameras that are absent from a file.
+    // Sentences about what is missing. A camera may be uncalibrated or absent from a file, and a file may be absent
+    // because its format lacks the lens model.
     std::vector<std::string> omissions;
 };
 
@@ -41,8 +41,8 @@ ResultFiles resultFiles(const Calibration &calibration, const ResultNotes &notes
 std::string calibrationJson(const Calibration &calibration, const ResultNotes &notes);
 std::string assemblyJson(const Calibration &calibration, const ResultNotes &notes);
 
-// True if files can be named after the camera. The name must have 1 to 100 characters, which are letters, digits, "-",
-// "_" and ".", and it must not start with ".".
+// True if files can be named after the camera. The name must have 1 to 100 characters: letters, digits, "-", "_" or
+// ".". It must not start with ".".
 bool isCameraName(const std::string &name);
 
 // Writes the files to a folder, which is made if it is absent. A file whose name contains a folder, such as

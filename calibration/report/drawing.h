@@ -47,7 +47,7 @@ private:
     std::string data;
 };
 
-// Returns the greatest number of the form 1, 2 or 5 times a power of ten that is not greater than the value.
+// Rounds a positive value down to 1, 2 or 5 times a power of ten.
 double niceBelow(double value);
 
 }  // namespace calibration

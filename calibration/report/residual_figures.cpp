@@ -38,8 +38,8 @@ std::vector<CornerResidual> residualsOf(const Calibration &calibration, int came
     return result;
 }
 
-// Returns the factor by which arrows are enlarged. It is the greatest of the form 1, 2 or 5 times a power of ten for
-// which nine in ten arrows are at most `wanted` long. `lengths` and `wanted` have the same unit.
+// Returns the factor by which arrows are enlarged. It is 1, 2 or 5 times a power of ten, and the greatest such number
+// for which nine in ten arrows are at most `wanted` long. `lengths` and `wanted` have the same unit.
 double enlargement(std::vector<double> lengths, double wanted) {
     if (lengths.empty()) {
         return 1;
