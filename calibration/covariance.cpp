@@ -1,12 +1,11 @@
 #include "calibration/covariance.h"
 
-#include <Eigen/Eigenvalues>
-#include <Eigen/QR>
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <numeric>
 
+#include "calibration/dense_solve.h"
 #include "calibration/lens_prior.h"
 #include "calibration/sighting_residuals.h"
 
@@ -63,10 +62,7 @@ public:
     // are projected onto the space that is orthogonal to `byPose`. Subtracting normal equations (the Schur complement)
     // would be less exact, because the two terms nearly cancel for focal lengths.
     void addTo(Eigen::MatrixXd &information) {
-        const Eigen::HouseholderQR<Eigen::MatrixXd> pose(byPose);
-        shared.applyOnTheLeft(pose.householderQ().adjoint());
-        const auto rest = shared.bottomRows(shared.rows() - 6);
-        const Eigen::MatrixXd products = rest.transpose() * rest;
+        const Eigen::MatrixXd products = gramMatrix(orthogonalPart(shared, byPose));
         for (size_t i = 0; i < taken.size(); i++) {
             for (size_t j = 0; j < taken.size(); j++) {
                 information(taken[i], taken[j]) += products(Eigen::Index(i), Eigen::Index(j));
@@ -90,20 +86,20 @@ std::optional<Eigen::MatrixXd> inverseOf(const Eigen::MatrixXd &information) {
         return std::nullopt;
     }
     if (diagonal.size() == 0) {
-        return information;  // Eigen's solver needs at least one row
+        return information;
     }
     // With a unit diagonal, the eigenvalues do not depend on the parameters' units.
     const Eigen::VectorXd scale = diagonal.cwiseSqrt().cwiseInverse();
     const Eigen::MatrixXd scaled = scale.asDiagonal() * information * scale.asDiagonal();
-    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver((scaled + scaled.transpose()) / 2);
-    if (solver.info() != Eigen::Success) {
+    const std::optional<Eigensystem> system = eigensystemOf((scaled + scaled.transpose()) / 2);
+    if (!system) {
         return std::nullopt;
     }
     constexpr double roundingError = 1e-15;
-    const Eigen::VectorXd eigenvalues = solver.eigenvalues().cwiseMax(roundingError * double(diagonal.size()));
+    const Eigen::VectorXd eigenvalues = system->values.cwiseMax(roundingError * double(diagonal.size()));
     const Eigen::MatrixXd root =
-        scale.asDiagonal() * solver.eigenvectors() * eigenvalues.cwiseSqrt().cwiseInverse().asDiagonal();
-    return Eigen::MatrixXd(root * root.transpose());
+        scale.asDiagonal() * system->vectors * eigenvalues.cwiseSqrt().cwiseInverse().asDiagonal();
+    return gramMatrix(root.transpose());
 }
 
 std::vector<int> consecutive(int first, int size) {

@@ -2,8 +2,14 @@
 
 #include <Eigen/Cholesky>
 #include <Eigen/Eigenvalues>
+#include <Eigen/LU>
+#include <Eigen/QR>
 
 namespace calibration {
+
+Eigen::MatrixXd solve(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right) {
+    return Eigen::PartialPivLU<Eigen::MatrixXd>(matrix).solve(right);
+}
 
 Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right) {
     return Eigen::LDLT<Eigen::MatrixXd>(matrix).solve(right);
@@ -15,6 +21,25 @@ std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, cons
         return std::nullopt;
     }
     return factors.solve(right);
+}
+
+Eigen::VectorXd leastSquaresResiduals(const Eigen::MatrixXd &matrix, const Eigen::VectorXd &right) {
+    const Eigen::VectorXd solution = Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(matrix).solve(right);
+    return right - matrix * solution;
+}
+
+Eigen::MatrixXd orthogonalPart(Eigen::MatrixXd matrix, const Eigen::MatrixXd &removed) {
+    const Eigen::HouseholderQR<Eigen::MatrixXd> factors(removed);
+    matrix.applyOnTheLeft(factors.householderQ().adjoint());
+    return matrix.bottomRows(matrix.rows() - removed.cols());
+}
+
+Eigen::MatrixXd gramMatrix(const Eigen::MatrixXd &matrix) {
+    return matrix.transpose() * matrix;
+}
+
+Eigen::MatrixXd propagated(const Eigen::MatrixXd &covariance, const Eigen::MatrixXd &derivatives) {
+    return derivatives * covariance * derivatives.transpose();
 }
 
 std::optional<Eigensystem> eigensystemOf(const Eigen::MatrixXd &symmetric) {

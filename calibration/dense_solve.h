@@ -1,6 +1,5 @@
-// Solves equations with small symmetric matrices and computes their eigenvectors. These functions have a file of their
-// own because every file that instantiates Eigen's decompositions is slow to compile. With sanitizers, one such file
-// takes most of a minute.
+// The decompositions and large products of matrices that the calibration needs. They have a file of their own because
+// every file that instantiates them is slow to compile. With sanitizers, one such file takes most of a minute.
 #pragma once
 
 #include <Eigen/Core>
@@ -8,12 +7,29 @@
 
 namespace calibration {
 
-// Solves matrix * x = right for a symmetric matrix.
+// Solves matrix * x = right for a regular matrix.
+Eigen::MatrixXd solve(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
+
+// Solves the same equation for a symmetric matrix.
 Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
 // Solves the same equation for a positive definite matrix. Returns nothing if an eigenvalue is negative; a singular
 // matrix is not always noticed.
 std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
+
+// Returns the residuals of the equations matrix * x = right in their least-squares solution. The matrix may have
+// dependent columns.
+Eigen::VectorXd leastSquaresResiduals(const Eigen::MatrixXd &matrix, const Eigen::VectorXd &right);
+
+// Projects the columns of `matrix` onto the space that is orthogonal to the columns of `removed`, which must be
+// independent. The result is in coordinates of this space, so it has removed.cols() rows fewer than the matrix.
+Eigen::MatrixXd orthogonalPart(Eigen::MatrixXd matrix, const Eigen::MatrixXd &removed);
+
+// Returns matrix^T * matrix.
+Eigen::MatrixXd gramMatrix(const Eigen::MatrixXd &matrix);
+
+// Returns derivatives * covariance * derivatives^T, the covariance of values with these derivatives.
+Eigen::MatrixXd propagated(const Eigen::MatrixXd &covariance, const Eigen::MatrixXd &derivatives);
 
 struct Eigensystem {
     Eigen::VectorXd values;   // ascending

@@ -1,6 +1,5 @@
 #include "calibration/model_choice.h"
 
-#include <Eigen/Cholesky>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,6 +8,7 @@
 #include <limits>
 #include <set>
 
+#include "calibration/dense_solve.h"
 #include "calibration/held_out.h"
 #include "calibration/interruption.h"
 #include "calibration/outliers.h"
@@ -159,7 +159,7 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
     // Chi-squared with `count` degrees of freedom has the mean `count` and the variance 2 * `count`.
-    const double square = numbers.dot(spread.ldlt().solve(numbers));
+    const double square = numbers.dot(solveSymmetric(spread, numbers).col(0));
     return square > double(count) + 5 * std::sqrt(2 * double(count));
 }
 

@@ -1,13 +1,10 @@
 #include "calibration/next_photograph.h"
 
-#include <Eigen/LU>
-#include <Eigen/QR>
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include <Eigen/Geometry>
-
+#include "calibration/dense_solve.h"
 #include "calibration/wording.h"
 
 namespace calibration {
@@ -89,11 +86,11 @@ public:
         if (!derivatives) {
             return std::nullopt;
         }
-        const Eigen::MatrixXd information = derivatives->transpose() * *derivatives / (sigma * sigma);
+        const Eigen::MatrixXd information = gramMatrix(*derivatives) / (sigma * sigma);
         // This is (covariance^-1 + information)^-1, computed without inverting the covariance, which is nearly singular
         // for some lenses.
         const Eigen::MatrixXd one = Eigen::MatrixXd::Identity(covariance.rows(), covariance.cols());
-        const Eigen::MatrixXd lower = (one + covariance * information).partialPivLu().solve(covariance);
+        const Eigen::MatrixXd lower = solve(one + covariance * information, covariance);
         return greatest((lower + lower.transpose()) / 2, columns, rows);
     }
 
@@ -103,9 +100,9 @@ public:
             return std::nullopt;
         }
         constexpr double degree = 3.14159265358979323846 / 180;
-        const Eigen::Matrix3d turn =
-            Eigen::Quaterniond::FromTwoVectors(Eigen::Vector3d::UnitZ(), direction).toRotationMatrix() *
-            rotationMatrix({hold.aboutX * degree, 0, 0}) * rotationMatrix({0, hold.aboutY * degree, 0});
+        const Eigen::Matrix3d turn = rotationBetween(Eigen::Vector3d::UnitZ(), direction) *
+                                     rotationMatrix({hold.aboutX * degree, 0, 0}) *
+                                     rotationMatrix({0, hold.aboutY * degree, 0});
         return RigidMotion{rotationVector(turn), hold.distance * direction - turn * middle};
     }
 
@@ -150,8 +147,7 @@ private:
         }
         byShared.conservativeResize(row, Eigen::NoChange);
         byPose.conservativeResize(row, Eigen::NoChange);
-        byShared.applyOnTheLeft(Eigen::HouseholderQR<Eigen::MatrixXd>(byPose).householderQ().adjoint());
-        return Eigen::MatrixXd(byShared.bottomRows(row - 6));
+        return orthogonalPart(std::move(byShared), byPose);
     }
 
     bool isInside(const Eigen::Vector2d &pixel) const {

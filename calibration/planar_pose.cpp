@@ -42,7 +42,7 @@ std::optional<Eigen::Matrix3d> homography(const std::vector<Eigen::Vector2d> &fr
         const Eigen::Vector3d b = toScale * to[i].homogeneous();
         Eigen::Matrix<double, 2, 9> rows;
         rows << a.transpose(), 0, 0, 0, -b.x() * a.transpose(), 0, 0, 0, a.transpose(), -b.y() * a.transpose();
-        normal += rows.transpose() * rows;
+        normal += rows.transpose().lazyProduct(rows);
     }
     const std::optional<Eigensystem> system = eigensystemOf(normal);
     if (!system || !(system->values(1) > 1e-9 * system->values(8))) {
@@ -102,7 +102,7 @@ public:
         double cost = costAt(pose, true);
         double damping = 1e-4;
         for (int i = 0; i < 40 && std::isfinite(cost); i++) {
-            Eigen::Matrix<double, 6, 6> normal = byPose.transpose() * byPose;
+            Eigen::Matrix<double, 6, 6> normal = gramMatrix(byPose);
             const Eigen::Matrix<double, 6, 1> gradient = byPose.transpose() * residuals;
             normal.diagonal() *= 1 + damping;
             const Eigen::Matrix<double, 6, 1> step = -solveSymmetric(normal, gradient);

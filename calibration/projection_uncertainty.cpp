@@ -104,7 +104,7 @@ PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &in
     // far less certain than others would decide the motion, and later rounds would not correct this.
     for (std::optional<Cell> &cell : grid.cells) {
         if (cell) {
-            const double sigma = worseSigma(cell->byLens * covariance * cell->byLens.transpose());
+            const double sigma = worseSigma(propagated(covariance, cell->byLens));
             cell->weight = 1 / std::max(sigma * sigma, 1e-18);
         }
     }
@@ -115,7 +115,7 @@ PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &in
         for (size_t i = 0; i < grid.cells.size(); i++) {
             if (std::optional<Cell> &cell = grid.cells[i]) {
                 const Eigen::MatrixXd left = cell->byLens - cell->byMotion.leftCols(grid.motionSize()) * motion;
-                const double sigma = worseSigma(left * covariance * left.transpose());
+                const double sigma = worseSigma(propagated(covariance, left));
                 grid.map.values[i] = sigma;
                 cell->weight = 1 / std::max(sigma * sigma, 1e-18);
             }

@@ -1,12 +1,12 @@
 #include "calibration/trust.h"
 
-#include <Eigen/Eigenvalues>
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <future>
 #include <set>
 
+#include "calibration/dense_solve.h"
 #include "calibration/interruption.h"
 #include "calibration/sighting_residuals.h"
 
@@ -111,9 +111,8 @@ void judgePrint(const Calibration &calibration, size_t print, PrintTrust &trust)
         for (Eigen::Index i = 0; i < shape.rows(); i++) {
             byAll.col((moves ? 6 : 0) + i) = rotation * point.byNumbers.col(free[size_t(i)]);
         }
-        const Eigen::Matrix3d spread = byAll * all * byAll.transpose();
-        const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(spread, Eigen::EigenvaluesOnly);
-        trust.pointSigmas.push_back(std::sqrt(std::max(solver.eigenvalues()(2), 0.0)));
+        const std::optional<Eigensystem> spread = eigensystemOf(propagated(all, byAll));
+        trust.pointSigmas.push_back(spread ? std::sqrt(std::max(spread->values(2), 0.0)) : 0);
     }
 }
 

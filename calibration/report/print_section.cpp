@@ -1,8 +1,8 @@
 #include <Eigen/Core>
-#include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
 
+#include "calibration/dense_solve.h"
 #include "calibration/report/page_text.h"
 #include "calibration/report/sections.h"
 
@@ -42,7 +42,7 @@ double bendHeight(const Print &print, const PrintShape &shape) {
         plane.row(i) << 1, place.x() / shape.reach, place.y() / shape.reach;
         height[i] = place.z();
     }
-    const Eigen::VectorXd rest = height - plane * plane.colPivHouseholderQr().solve(height);
+    const Eigen::VectorXd rest = leastSquaresResiduals(plane, height);
     return rest.maxCoeff() - rest.minCoeff();
 }
 
