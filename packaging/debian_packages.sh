@@ -12,7 +12,7 @@ test_packages=(
   poppler-utils qpdf librsvg2-bin python3-ezdxf
   python3-opencv python3-yaml mypy desktop-file-utils appstream man-db
 )
-lint_packages=(clang clang-format clang-tidy git dpkg-dev lintian)
+lint_packages=(clang lld clang-format clang-tidy git dpkg-dev lintian)
 
 # install_packages NAME...: installs the packages that are missing. Prints nothing if all are installed.
 install_packages() {
