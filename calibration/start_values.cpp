@@ -13,8 +13,8 @@ namespace calibration {
 
 namespace {
 
-// The sightings of one camera. Each sighting has a pose of its own, so that a lens can be estimated before it is known
-// how prints and moments are linked.
+// The sightings of one camera. Each sighting has a pose of its own, so that a lens can be estimated before the links
+// between prints and moments are known.
 class LensAlone {
 public:
     LensAlone(const Observations &all, int camera) {
@@ -37,8 +37,9 @@ public:
     // Keeps only some of the sightings, and only some corners of each.
     void keepFew(size_t fewSightings, size_t fewCorners) {
         if (alone.sightings.size() > fewSightings) {
-            // The sightings are sorted by their number of corners. Every `stride`-th sighting of the first half is
-            // kept, so that the poses usually differ.
+            // The sightings with the most corners come first. The kept ones are spread over about the first half, so
+            // that their poses usually differ. If there are fewer than four times as many sightings as are kept, the
+            // first ones are kept.
             const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
             std::vector<Sighting> few;
             for (size_t i = 0; few.size() < fewSightings; i += stride) {
@@ -59,8 +60,8 @@ public:
         alone.moments = int(alone.sightings.size());
     }
 
-    // Improves the lens. Returns the rms of the residuals in standard deviations. Each sighting contributes only up to
-    // a limit, so that a bad sighting does not dominate.
+    // Improves the lens. Returns the rms of the residuals in standard deviations. Each sighting contributes to this rms
+    // only up to a limit, so that a bad sighting does not dominate.
     double improve(Eigen::VectorXd &intrinsics, double robustScale, int iterations) const {
         constexpr double roughly = 1e-4;
         Estimate estimate = poses(intrinsics);
@@ -199,7 +200,7 @@ private:
     struct Link {
         const Sighting *sighting;
         RigidMotion cameraFromPrint;
-        double reliability;  // the number of corners, less if they fit badly
+        double reliability;  // the number of corners, less if they fit badly; more than 1e9 if the pose is known
     };
     static constexpr double knownReliability = 1e9;
 
@@ -307,8 +308,8 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
     LensAlone few = all;
     few.keepFew(10, 50);
     all.keepFew(40, 100);
-    // Large residuals have little weight from the start. The first scale is wide, because all residuals are large while
-    // the focal length is wrong.
+    // Residuals beyond the robust scale have little weight, even in the first solve. The first solve's scale is wide,
+    // because all residuals are large while the focal length is wrong.
     constexpr double firstScale = 300;
     constexpr double secondScale = 30;
     double least = std::numeric_limits<double>::infinity();

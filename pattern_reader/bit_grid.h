@@ -29,7 +29,7 @@ public:
         if (row < 0 || row >= rowCount || column <= -wordBits || column >= columnCount) {
             return 0;
         }
-        // Each row has one empty word before it and two after it.
+        // Each row has one empty word before it and at least one after it.
         const int at = column + wordBits;
         const std::uint64_t *word = words.data() + std::size_t(row) * wordsPerRow + std::size_t(at / wordBits);
         const int shift = at % wordBits;

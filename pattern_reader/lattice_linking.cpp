@@ -27,8 +27,9 @@ class LatticeGrowth {
 public:
     // `used` marks the saddles that were placed in earlier lattices. They are ignored here, and the saddles of this
     // lattice are marked too. All lattices share the vector `cornerOf`, because a new vector for each of many small
-    // lattices would take time in proportion to the number of all saddles. Except while withoutContradiction runs,
-    // every value in `cornerOf` is -1.
+    // lattices would take time in proportion to the number of all saddles. While withoutContradiction runs, `cornerOf`
+    // has the index in `members` of each placed saddle. All other values are -1, and so are all values at any other
+    // time.
     LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
         : linkedSaddles(saddles), usedSaddles(used), cornerNumbers(cornerOf) {}
 
@@ -77,7 +78,8 @@ bool LatticeGrowth::place(const Placed &placed) {
 }
 
 bool LatticeGrowth::start(size_t seed) {
-    // The area clockwise from border 0 to border 1 is light, so the seed's first square is light.
+    // The seed gets cell (0, 0), with border 0 as x axis and border 1 as y axis. The area clockwise from border 0 to
+    // border 1 is light, so the square from (0, 0) to (1, 1) is light.
     Placed first;
     first.saddle = seed;
     first.axes = linkedSaddles[seed].border;

@@ -15,7 +15,9 @@ struct FittedMark {
     cv::Point cell;
     MarkFit fit;       // in image coordinates
     size_t level = 0;  // level in which the mark was fitted
-    double noise = 0;  // rms residual as a share of the contrast, converted from the level's pixels to the image's
+    // The rms residual divided by the contrast, times the level's scale, so that marks fitted in different levels can
+    // be compared.
+    double noise = 0;
     bool disturbed = false;
 };
 
@@ -64,7 +66,8 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
             break;
         }
         fit = rescale(fit, levels[number], levels[number - 1]);
-        // The blur does not double with the scale, because the pixel's own area is part of it and does not grow.
+        // In the next finer level, the blur is less than twice as many pixels, because one pixel's own area is a
+        // constant part of it.
         fit.blur = std::max(0.5, 0.8 * fit.blur);
     }
     mark.level = number;
@@ -182,8 +185,8 @@ double seenRadius(const std::vector<FittedMark> &marks, const MarkMap &map, doub
     return std::clamp(medianOf(radii), 0.85 * drawn, 1.2 * drawn);
 }
 
-// Compares a mark's shape with a circle that is mapped to the picture. Returns the factor of the greatest stretch or
-// shrinkage between the two, at least 1.
+// Compares a mark's shape with a circle that is mapped to the picture. Returns the greatest factor, at least 1, by
+// which one must be stretched or shrunk in some direction to match the other.
 double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit) {
     const cv::Matx22d m = mark.fit.toUnit * fromUnit;
     const cv::Matx22d square = m.t() * m;
@@ -216,11 +219,11 @@ bool judgeNeighbourhood(const MarkMap &map, double radius, std::vector<FittedMar
     return any;
 }
 
-// Returns the mean squared distance, in pixels², of the marks in and around a cell from their places in the map. The
+// For the marks in and around a cell: returns the mean squared distance from their places in the map, in pixels². The
 // part that the marks' noise explains is subtracted. Disturbed marks do not count.
 double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv::Point cell) {
-    // The map is fitted to these marks and partly follows the noise of each. Only this share of the variance of a
-    // mark's noise remains in the mark's distance from the map.
+    // The map is fitted to these marks and partly follows the noise of each, so only this share of the noise's variance
+    // is left in the distances.
     constexpr double left = 0.4;
     double sum = 0;
     int count = 0;

@@ -29,7 +29,7 @@ std::size_t numberAfter(std::string_view dictionary, std::string_view key) {
 }  // namespace
 
 std::string attachedPattern(std::string_view pdf) {
-    const std::runtime_error none("it has no attachment pattern.json of the camera library");
+    const std::runtime_error none("it has no attachment pattern.json that the camera library made");
     const std::size_t type = pdf.find("/Type /EmbeddedFile ");
     const std::size_t start = type == std::string_view::npos ? type : pdf.find("stream\n", type);
     if (start == std::string_view::npos) {

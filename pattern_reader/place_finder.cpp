@@ -13,8 +13,8 @@ using pattern_code::planeSide;
 using pattern_code::tileSide;
 
 constexpr float leastCertainty = 0.3F;  // squares whose reading is less certain are not used
-// A place is accepted if the probability that random marks would match some place equally well is less than 10 to this
-// power.
+// A place is accepted only if the probability that random marks would match some place as well as the readings match
+// this one is less than 10 to this power.
 constexpr double log10Doubt = -5;
 constexpr int leastReadings = 36;  // with fewer readings, no place can be certain enough
 constexpr double greatestMismatchShare = 0.16;
@@ -46,8 +46,8 @@ SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origi
     return seen;
 }
 
-// True if enough of the readings were compared with the code at this location, and if enough of those agree. Squares
-// outside the code, or in a tile's information block, are not compared.
+// True if enough of the readings were compared with the code at this location, if enough of those agree, and if chance
+// is unlikely to explain it. Squares outside the code, or in a tile's information block, are not compared.
 bool isAccepted(const Location &location, int readings) {
     const int compared = location.agreeing + location.disagreeing;
     const int leastCompared = readings * (location.place.tile == Place::plane ? 6 : 4);

@@ -55,11 +55,11 @@ public:
     // Determines the grey level relative to the marks nearby: 0 is as dark as a mark, 1 is as light as the paper. False
     // outside the picture.
     bool lightAt(cv::Point2d plate, double &light) const;
-    // Like lightAt, but in a sharper picture, for the fine lines of the dots.
+    // Like lightAt, but looks at sharpLevel, because a dot is a ring with a thin line.
     bool sharpLightAt(cv::Point2d plate, double &light) const;
     // True if a reflection makes the paper as light as a picture can show, so that fine lines on it may be lost.
     bool isBleached(cv::Point2d plate) const;
-    // Pixels of the sharper picture per grid spacing at a point, the geometric mean of both directions.
+    // The square root of the area of one grid cell at a point, in pixels of sharpLevel.
     double sharpSpacingAt(cv::Point2d plate) const;
     double sharpScale() const { return picture.sharpLevel->scale(); }
 

@@ -63,7 +63,8 @@ struct Location {
     CodePlace place;
     int agreeing = 0;
     int disagreeing = 0;
-    // log10 of the number of places expected to match random cells equally well; -8 means 1 in 10^8.
+    // If the cells were random, this is log10 of how many places would match them equally well on average. -8 means
+    // that one such patch in 10^8 finds a match.
     double chanceLog10 = 0;
     // The same counts for the next best place; both are 0 if there is no other place.
     int runnerUpAgreeing = 0;

@@ -13,7 +13,8 @@ namespace shell {
 // The kinds of target. Their names are those of the pages in the program's window.
 enum class TargetKind { Official, Custom, Flexible, Assembly, Halcon };
 
-// The pattern to draw. Lengths are in millimetres. For an absent value, the library uses its default.
+// The pattern to draw. Lengths are in millimetres. If a value is absent, the library uses its default. If there is no
+// default, the library refuses the pattern.
 struct PatternChoice {
     TargetKind kind = TargetKind::Official;
     std::string plate;  // "Type" of an official plate
@@ -21,7 +22,7 @@ struct PatternChoice {
     std::optional<double> gridSpacing;
     std::optional<double> thickness;
     std::optional<std::array<double, 2>> offset;
-    int patterns = 1;  // number of an assembly's patterns
+    int patterns = 1;  // how many patterns of an assembly to draw, from pattern 0 on
     bool isInverted = false;
     bool isPlain = false;
 };
@@ -37,12 +38,13 @@ struct Outputs {
 };
 
 // Draws the patterns and writes every output in the given order. The ending of an output's name selects its format. If
-// an output cannot be written, earlier outputs stay and later ones are not tried. Throws WrongCall if the library
-// refuses a parameter or if an input file cannot be used, and std::runtime_error for all other failures.
+// an output cannot be written, earlier outputs stay and later ones are not tried. Throws WrongCall if there is no file
+// to write, if the library refuses a parameter or if an input file cannot be used, and std::runtime_error for all other
+// failures.
 void drawChoice(const PatternChoice &choice, const Outputs &outputs);
 
-// Does the same with the command's "Parameters" from a JSON file; "-" is standard input. If there are no outputs, the
-// file that "Filename" in the JSON text names is written.
+// Does the same with parameters from a JSON file; "-" is standard input. The file's object becomes the command's
+// "Parameters". If there are no outputs, writes the file that "Filename" in the JSON names.
 void drawParameters(const std::string &file, const Outputs &outputs);
 
 // Does the same with the parameters that a pattern file (docs/pattern-file.md) lists.

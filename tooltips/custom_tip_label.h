@@ -2,10 +2,10 @@
 //
 // QCustomToolTip decides which text is shown, and when. The rest of the program uses only QCustomToolTip.
 //
-// Use it only on the GUI thread. At most one label exists: a new label deletes the previous one, and a label deletes
-// itself when it closes. A label's parent is the widget that the label was made for, so the label is deleted with that
-// widget at the latest. All intervals are in milliseconds. Placeholders in a text are replaced before the text is
-// shown, measured or compared.
+// Use a label only on the GUI thread. At most one label exists: a new label deletes the previous one, and a label
+// deletes itself when it closes. A label's parent is the widget that the label was made for, so the label is deleted
+// with that widget at the latest. All intervals are in milliseconds. Placeholders in a text are replaced before the
+// text is shown, measured or compared.
 #pragma once
 
 #include <QBasicTimer>
@@ -22,7 +22,8 @@ public:
     // The existing label, or null.
     static QCustomTipLabel *instance;
 
-    // Returns the palette of all new labels. At first, it is the palette that the application has at the first call.
+    // Returns the palette of all new labels. Until it is changed, this is the application's palette at the time of the
+    // first call.
     static QPalette &tipPalette();
 
     QCustomTipLabel(const QString &text, QWidget *owner);
@@ -31,11 +32,13 @@ public:
     // Replaces the text, adapts the size, restarts the display time and cancels a pending close.
     void reuseTip(const QString &text);
 
-    // Makes this the tip of the widget and of a rectangle in the widget's coordinates; a null rectangle means none. If
-    // the label already has a rectangle and the new widget is null, this function warns and changes nothing.
+    // Sets the widget that the tip belongs to, and the part of the widget to which the tip is limited: a rectangle in
+    // the widget's coordinates. A null rectangle sets no such limit. If the label already has a rectangle and the new
+    // widget is null, this function warns and changes nothing.
     void setTipRect(QWidget *newWidget, const QRect &newRect);
 
-    // Moves the window next to the global position so that all of it is on the screen.
+    // Moves the window next to the global position so that all of it is on the screen. If it is larger than the screen,
+    // its left and bottom edges are on the screen.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
     // Closes the label after the interval. If a close is already pending, it is replaced only if `force` is true and
@@ -61,12 +64,13 @@ private:
     void startHideTimer(int interval);
     void stopHideTimer();
 
-    // Valid only while `hideTimer` runs; otherwise `hideInterval` is 0.
+    // `hideElapsed` is valid only while `hideTimer` runs. At other times, `hideInterval` is 0.
     QElapsedTimer hideElapsed;
     int hideInterval = 0;
     QBasicTimer hideTimer;
     QBasicTimer expireTimer;
-    // This is a guarded pointer, because a label that was made for another widget may outlive this widget.
+    // A guarded pointer, because setTipRect can set a widget that is not the label's parent. That widget may be deleted
+    // before the label.
     QPointer<QWidget> widget;
     // The rectangle is in the coordinates of `widget`. Its name intentionally hides QWidget::rect().
     QRect rect;

@@ -284,7 +284,8 @@ void ViewerWindow::offerRecovery() {
 void ViewerWindow::keepCopy() {
     const SessionDocument document = session.document();
     const bool isUndecided = leftOver && document.photographs.isEmpty();  // the user may still restore the copy
-    if (isUndecided || kept == document) {  // nothing to keep has changed, for example if photographs were only read
+    // If kept == document, the copy already has all of this. For example, reading photographs changes no document.
+    if (isUndecided || kept == document) {
         return;
     }
     kept = document;

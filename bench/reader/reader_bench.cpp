@@ -2,16 +2,18 @@
 // the goals and whether they are met.
 //
 //   reader_bench [OPTIONS]
-//     --first N        number of the first picture with patterns, and of the first one without
+//     --first N        number at which the pictures with patterns start. The pictures without patterns and the
+//                      comparison start at this number, too
 //     --count N        number of pictures with patterns
 //     --empty N        number of pictures without patterns
 //     --condition ID   makes only pictures with this condition; the name "list" lists all conditions
 //     --compare N      number of boards on which the reader is compared with OpenCV's detectors
-//     --times          limits --compare to the times
+//     --times          makes --compare measure only processor times
 //     --threads N      number of threads
 //     --list           lists every failure
 //     --check          exits with 1 if a goal is missed
-//     --save FOLDER    writes the pictures, and the truth about them; with --list, only those with failures
+//     --save FOLDER    writes the pictures with patterns, and the truth about them. With --list, writes only pictures
+//                      with failures, but also the pictures without patterns in which something was read
 //
 // Picture n is the same in every run, whatever the number of threads. Pictures with numbers below 100,000 are for
 // tuning, and the others are for measuring.
@@ -127,14 +129,15 @@ void printEmpty(const std::vector<EmptyResult> &results) {
 void printComparison(const Comparison &comparison) {
     std::printf(
         "\n%d boards that are completely visible: the reader reads %d of them, %d with every corner. On the same "
-        "boards without marks, with their size given, it finds every corner of %d. Their median rms error is %.4f "
-        "px.\n\n",
+        "boards without marks, if it is told their size, it finds every corner of %d boards. The median of the rms "
+        "errors of these boards is %.4f px.\n\n",
         comparison.boards, comparison.readByReader, comparison.completeByReader, comparison.plainFound,
         comparison.plainMedianError);
     std::printf(
         "| OpenCV's detector | boards that it finds | of these, boards that the reader misses | of these, boards that "
-        "the reader reads without some corners | its error: rms over all corners, median over the boards, px "
-        "| reader's error on the same boards: rms, median, px | boards on which the reader is at least as exact |\n"
+        "the reader reads without some corners | its error in px: rms over all boards, median of the boards' rms "
+        "| the reader's error on the same boards in px: the same two numbers | boards on which the reader is at least "
+        "as exact |\n"
         "|---|---|---|---|---|---|---|\n");
     for (const DetectorTotals &totals : comparison.detectors) {
         std::printf("| %s | %d | %d | %d | %.4f, %.4f | %.4f, %.4f | %d/%d |\n", totals.name.c_str(), totals.found,

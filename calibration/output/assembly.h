@@ -13,7 +13,7 @@ namespace calibration {
 
 // Three corners that define the common coordinate system. The first corner is the origin, the x axis goes through the
 // second, and the third is on the side of the positive y axis. Without these corners, the coordinate system is that of
-// the first print's file.
+// the pattern file of the first print that has a pose.
 struct AssemblyAxes {
     struct Corner {
         int pattern = 0;  // Print::number; any value if there is only one print
@@ -26,7 +26,7 @@ struct AssemblyAxes {
 struct AssemblyPoint {
     Eigen::Vector2i cell;  // column and row in the pattern file
     Eigen::Vector3d place;
-    double sigma = 0;  // standard deviation along the worst direction, relative to the first print
+    double sigma = 0;  // largest standard deviation in any direction; the first print's pose counts as exact
 };
 
 struct AssemblyPattern {

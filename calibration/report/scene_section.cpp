@@ -111,8 +111,8 @@ std::vector<Outline> outlinesOf(const Calibration &calibration, int group) {
     return result;
 }
 
-// The direction from which a figure shows the scene. It is given by the directions in the world that point to the right
-// and down in the figure.
+// The direction from which a figure shows the scene. `right` and `down` are the world directions that point right and
+// down in the figure.
 struct Side {
     const char *title;
     Vector3d right, down;

@@ -77,8 +77,8 @@ std::string patternPdf(const PatternDocument &document) {
                 " /ViewerPreferences << /PrintScaling /None /PickTrayByPDFSize true /DisplayDocTitle true >>"
                 " /Names << /EmbeddedFiles << /Names [(pattern.json) " +
                 attachment + "] >> >> >>");
-    // PDF prescribes one encoding for the document information and another one for the captions. All characters that
-    // captions use have the same bytes in both.
+    // PDF prescribes an encoding for the document information. It differs from the encoding of the captions' font, but
+    // all characters that captions use have the same bytes in both.
     const int information = pdf.add("<< /Title " + pdfText(captionText(titleOf(document))) + " /Creator " +
                                     pdfText(captionText(libraryName())) + " >>");
     return pdf.finish(catalogue, information);

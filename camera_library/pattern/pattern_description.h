@@ -12,16 +12,17 @@ namespace lmlib64 {
 
 // One pattern. Lengths are in millimetres, pairs are x then y.
 struct PatternDescription {
-    const PatternType *type = nullptr;            // set in every description
-    std::string typeName;                         // "Type" as given; empty if there is none
-    double gridSpacing = 0.0;                     // 0: the pattern has no extent yet
-    double thickness = 0.0;                       // of the plate
-    bool polarity = true;                         // false: dark and light exchanged
-    std::array<int, 2> gridSize{};                // lattice points: inner corners, or marks
-    std::optional<std::array<double, 2>> offset;  // "Offset"; empty if the type has no offset or a plate's is not given
-    std::optional<int> assemblyNumber;            // position within an assembly, from 0
-    bool encodingParameter = true;                // the pattern's own "Encoding"
-    bool isCoded = true;                          // false if the pattern's or the command's "Encoding" is false
+    const PatternType *type = nullptr;  // set in every description
+    std::string typeName;               // "Type" as given; empty if there is none
+    double gridSpacing = 0.0;           // 0: the pattern has no extent yet
+    double thickness = 0.0;             // of the plate
+    bool polarity = true;               // false: dark and light exchanged
+    std::array<int, 2> gridSize{};      // lattice points: inner corners, or marks
+    // "Offset". Empty if the type has no "Offset", and for a plate whose "Offset" is not given.
+    std::optional<std::array<double, 2>> offset;
+    std::optional<int> assemblyNumber;  // position within an assembly, from 0
+    bool encodingParameter = true;      // the pattern's own "Encoding"
+    bool isCoded = true;                // false if the pattern's or the command's "Encoding" is false
 
     // Returns the position of the reference point in the coordinate system that patterns with different offsets share.
     std::array<double, 2> referencePosition() const { return offset.value_or(std::array<double, 2>{}); }

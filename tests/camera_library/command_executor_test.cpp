@@ -27,7 +27,8 @@ using lmlib64::Tree;
 // The command "Wait" of this test increments `begun`, and returns when `gateOpen` is true.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
-// The names given to the command "Echo". Only one command runs at a time, and tests read the names after the commands.
+// The names given to the command "Echo". It needs no lock: commands run one at a time, and a test reads it only after
+// its commands have ended.
 std::string order;
 
 Node echo(const Node &parameters) {
@@ -158,7 +159,7 @@ TEST_F(Executor, guardsTheCommandOfARunningSlot) {
     EXPECT_EQ(tree.erase("/Execute/s/Command"), LmLibResultOperationSucceeded);
 }
 
-TEST_F(Executor, refusesSlotsThatCannotBe) {
+TEST_F(Executor, refusesASlotThatIsNoObject) {
     tree.write("/Execute/leaf", 1);
     EXPECT_EQ(executor.start("leaf", "Echo"), LmLibResultItemTypeNotCompatible);
     EXPECT_EQ(tree.write("/Execute/leaf", 2), LmLibResultOperationSucceeded);

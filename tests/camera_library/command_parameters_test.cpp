@@ -94,7 +94,7 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
     }
 }
 
-TEST(PatternParameters, takesWhatNoCodeCanHoldForPlainPatterns) {
+TEST(PatternParameters, acceptsValuesForPlainPatternsThatNoCodeCanHold) {
     const char *patterns[]{
         R"({"Type": "SingleCustom", "GridSpacing": 12.345})",
         R"({"Type": "Assembly", "GridSpacing": 1000})",
@@ -108,7 +108,7 @@ TEST(PatternParameters, takesWhatNoCodeCanHoldForPlainPatterns) {
     EXPECT_EQ(outcomeOf(nodeFromJson(onePattern(R"({"GridSpacing": 12, "Offset": [1, 2], "Encoding": false})"))), "");
 }
 
-TEST(PatternParameters, shortensAndCleansTheTextOfAClient) {
+TEST(PatternParameters, shortensAndCleansAClientsTextInErrors) {
     NodeObject pattern{{"Type", "\n" + std::string(100000, 'x')}, {"GridSpacing", 12.0}};
     const std::string outcome = outcomeOf(NodeObject{{"ImageSize", 100}, {"Patterns", NodeArray{pattern}}});
     EXPECT_LT(outcome.size(), 500U);

@@ -89,13 +89,13 @@ TEST(JsonText, writesContainersOnOneLineOrMany) {
     EXPECT_EQ(textOf(node, true), "{\n    \"a\": [\n        1,\n        [],\n        {}\n    ],\n    \"b\": true\n}");
 }
 
-TEST(JsonText, keepsTheLastOfTwoMembersOfOneName) {
+TEST(JsonText, keepsTheLastOfTwoMembersWithTheSameName) {
     Node node;
     ASSERT_EQ(lmlib64::parseJson(R"( {"a":1, "a":[2]} )", 64, node), LmLibResultOperationSucceeded);
     EXPECT_EQ(textOf(node), R"({"a":[2]})");
 }
 
-TEST(JsonText, refusesWhatItCannotKeep) {
+TEST(JsonText, refusesMalformedTextAndWhatItCannotKeep) {
     // clang-format off
     const std::vector<std::string> refused{
         "", " ", "{", "[1,]", "[1 2]", "1 2", "nul", "'a'", "{\"a\" 1}", "{1:2}", "// c\n1", "01", "NaN", "1e999",

@@ -1,5 +1,7 @@
-// Fuzzes paths. Every function that takes a path gets each line of the input as its path. The only effect of a bad path
-// must be a result code. A node that was written must return its value. The library's own nodes must stay.
+// Fuzzes paths. Most functions that take a path get each line of the input as their path. lmLibSetDouble stands for all
+// functions that write, and every second line is also erased. The only effect of a bad path must be a result code. A
+// number that was written must be read back. At the end, /Path/Application/LmView must still exist, and the whole tree
+// must be writable as JSON.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

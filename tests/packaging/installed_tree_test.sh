@@ -21,7 +21,8 @@ diff "$source/tests/packaging/installed_files.txt" <(cd "$tree" && find . -type 
     s/_lmlib64\.cpython.*/_lmlib64.so/" |
   grep -v '^share/lmcaltab/manual/' | LC_ALL=C sort | uniq) || fail "these files differ from installed_files.txt"
 [ -f "$tree/share/lmcaltab/manual/index.html" ] || fail "no manual"
-grep -rIl -e "$build" -e "$source" -e "$folder/first" "$tree" && fail "these files name the place they come from"
+grep -rIl -e "$build" -e "$source" -e "$folder/first" "$tree" &&
+  fail "these files contain a path of the build, the source or the first installation"
 
 # Programs run from the moved tree and find their libraries in it.
 PATH="$tree/bin:$PATH"
@@ -31,7 +32,7 @@ for program in LmView calibrate_cameras draw_pattern read_pattern; do
 done
 ldd "$tree/bin/LmCalTab" | grep -E "libopencv|libceres|$build" && fail "LmCalTab links what it must not"
 
-# Shared libraries export the public names and nothing else.
+# PatternReader and Calibration export the public names and nothing else. check_exports.cmake checks LmLib64.
 for library in PatternReader Calibration; do
   nm -DC --defined-only "$libraries/lib$library.so" | sed -E 's/^[0-9a-f]* [A-Za-z] //; s/^pattern_reader::|calibration:://; s/\(.*//' |
     LC_ALL=C sort -u | sed "s/^/$library /"
@@ -104,7 +105,7 @@ examples/calibrate_target board.json view-*.png >calibrated || fail "calibrate_t
 sed -n 's/^camera_matrix.*data: .\([0-9.]*\),.*/focal lengths \1 \1/p' camera.yaml >>calibrated
 [ "$(awk '/focal lengths/ && $3 > 1190 && $3 < 1210 && $4 > 1190 && $4 < 1210' calibrated | wc -l)" = 2 ] ||
   fail "calibrated: $(cat calibrated)"
-# This camera has no distortion, and its image centre is at (639.5, 479.5). So it sees a point at (0.1, 0.05, 1) 120
+# This camera has no distortion, and its image centre is at (639.5, 479.5). So the point (0.1, 0.05, 1) appears 120
 # pixels to the right of the image centre and 60 pixels below it.
 calibrate_cameras --quiet --pattern board.json --out result view-*.png >log || { cat log; fail "calibrate_cameras"; }
 /usr/bin/python3 "$source/examples/python/use_camera_info.py" result/*.camera_info.yaml view-0.png 0.1 0.05 1 >projected

@@ -34,7 +34,7 @@ protected:
     const QTemporaryDir directory;
 };
 
-TEST_F(ManualPlaceholderTest, prefersTheFolderWithAnIndexInUtf8) {
+TEST_F(ManualPlaceholderTest, givesTheNameOfAFolderWithAnIndexInUtf8) {
     const LocalEncoding encoding;
     const std::string place = "file:///" + directory.path().toStdString() + "/";
     // Separators and blanks stay as they are.

@@ -10,7 +10,8 @@ namespace {
 constexpr int mostReaders = 8;
 // Changes that follow each other faster than this start only one calibration.
 constexpr int calibrationDelayMs = 20;
-// A first result is made from this many photographs with patterns, if at least as many are still to be read.
+// A first result is tried once this many photographs with patterns have been read, if at least this many photographs
+// are still to be read. After a failed attempt, firstResultFrom replaces the first of these two numbers.
 constexpr int fewestForFirstResult = 12;
 
 }  // namespace

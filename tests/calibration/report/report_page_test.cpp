@@ -1,4 +1,4 @@
-// Reads the page of the report back with an XML parser and checks what a user sees.
+// Parses the finished report page as XML and checks what a user sees.
 #include "calibration/report/report_page.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ using namespace calibration;
 
 struct Page {
     QString text;   // the visible text
-    QString drawn;  // coordinates and paths
+    QString drawn;  // coordinates, paths and all other attributes except src, href and aria-label
     QStringList resources;
     QString error;
 };
@@ -93,7 +93,7 @@ TEST(ReportPage, showsEveryPhotographAndHoldsHostileNames) {
     EXPECT_EQ(page.resources.size(), 1);
 }
 
-TEST(ReportPage, showsNoNumberThatIsNone) {
+TEST(ReportPage, showsNeitherNanNorInfinity) {
     constexpr double none = std::numeric_limits<double>::quiet_NaN();
     Calibration calibration = calibrated();
     calibration.cameras[0].rms = none;
