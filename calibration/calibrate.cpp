@@ -66,8 +66,9 @@ public:
     }
 
 private:
-    // True if the models of the previous result are kept. `lens` and `mayBend` must be the same as then. If these
-    // options leave a choice of models, the earlier choice must come from a similar number of photographs.
+    // True if the models of the previous result are kept. `lens` and `mayBend` must be the same as in the previous
+    // call. If these options leave a choice of models, the earlier choice must come from a similar number of
+    // photographs.
     bool keepsModels() const {
         if (!options.previous) {
             return false;

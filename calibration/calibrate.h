@@ -88,8 +88,8 @@ struct PrintTrust {
     // Standard deviations of the print's pose in the world; all 0 for the first print of a group.
     Eigen::Vector3d rotationSigma = Eigen::Vector3d::Zero();     // degrees, about the world's axes
     Eigen::Vector3d translationSigma = Eigen::Vector3d::Zero();  // mm
-    // The standard deviation of each point's place in the world along its worst direction, in mm. Empty if the print
-    // has no pose.
+    // The standard deviation of each point's place in the world, in the direction in which it is greatest, in mm. Empty
+    // if the print has no pose.
     std::vector<double> pointSigmas;
     // False if the photographs make the print's scale or ratio hardly more certain than the prior alone.
     bool isDetermined = true;
@@ -117,8 +117,8 @@ struct NextPhotograph {
     int camera = 0;
     int print = 0;
     RigidMotion cameraFromPrint;
-    double uncertaintyBefore = 0;  // pixels: the greatest in the picture without the new photograph
-    double uncertaintyAfter = 0;   // pixels: the same with the new photograph
+    double uncertaintyBefore = 0;  // pixels: the greatest uncertainty in the picture without the new photograph
+    double uncertaintyAfter = 0;   // pixels: the greatest uncertainty in the picture with the new photograph
     std::string text;              // where to hold the target, in words
 };
 

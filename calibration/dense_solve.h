@@ -10,10 +10,10 @@ namespace calibration {
 // Solves matrix * x = right for a regular matrix.
 Eigen::MatrixXd solve(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
-// Solves the same equation for a symmetric matrix.
+// Solves matrix * x = right for a regular symmetric matrix.
 Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
-// Solves the same equation for a positive definite matrix. Returns nothing if an eigenvalue is negative; a singular
+// Solves matrix * x = right for a positive definite matrix. Returns nothing if an eigenvalue is negative; a singular
 // matrix is not always noticed.
 std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 

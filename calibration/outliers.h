@@ -16,8 +16,8 @@ namespace calibration {
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate);
 
-// Makes the decisions of one such round: scales the standard deviations and decides for each sighting and corner
-// whether it is used. Returns true if a decision changed.
+// Makes the decisions of one round of solveWithoutOutliers: scales the standard deviations and decides for each
+// sighting and corner whether it is used. Returns true if a decision changed.
 bool decideOutliers(const Observations &given, Observations &observations, const Estimate &estimate);
 
 // Solves so that bad corners have little effect, without deciding which corners are bad. Scales the corners' standard

@@ -304,7 +304,8 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
     if (all.isEmpty()) {
         return std::nullopt;
     }
-    // A few sightings with few corners are enough to tell focal lengths apart. The start value itself needs some more.
+    // A few sightings with few corners are enough to tell focal lengths apart. The start value itself needs more
+    // sightings and corners.
     LensAlone few = all;
     few.keepFew(10, 50);
     all.keepFew(40, 100);

@@ -32,7 +32,7 @@ public:
     // `wait` is true, waits until the command has ended. Does not throw: the result code goes to `resultOut`, which may
     // be null. After a wait, the code is 17 (ExecutionFailed) if the command ended with an error.
     void execute(std::int32_t *resultOut, const std::string &commandNameOverride, bool wait) const;
-    // Does the same with the command's own name, and then calls checkResult.
+    // Executes the command under its own name, and then calls checkResult with the result code.
     void execute(bool wait) const;
     // Unless the code is 0, throws LmLibException with the slot's path and shared ownership of the temporary slot.
     void checkResult(std::int32_t code) const;
@@ -40,7 +40,8 @@ public:
     // True if the command has ended or was never started, or if the query fails. The result code of the query goes to
     // `resultOut`, which may be null; an absent node is not a failure.
     bool finished(std::int32_t *resultOut = nullptr) const;
-    // True if the result has no error symbol, or if the query fails. `resultOut` has the same meaning as above.
+    // True if the result has no error symbol, or if the query fails. The result code of the query goes to
+    // `resultOut`, which may be null.
     bool successful(std::int32_t *resultOut = nullptr) const;
     // Throws LmLibException with code 17 unless the command has finished successfully. If a query fails, the exception
     // has the code of the query.

@@ -16,7 +16,7 @@ namespace pattern_reader {
 struct LightPlane {
     bool known = false;
     std::array<float, 2> middle{};     // change over one step along each axis, grey levels
-    std::array<float, 2> amplitude{};  // the same for the magnitude of the amplitude
+    std::array<float, 2> amplitude{};  // change of the amplitude's magnitude, grey levels
     std::array<float, 2> spread{};     // standard deviation of each change, divided by that of a level
     float scatter = 0;                 // standard deviation of the levels from the plane, grey levels
 };

@@ -26,7 +26,8 @@ struct Place {
     LatticeMotion motion;
     int squaresCompared = 0;
     int mismatches = 0;
-    double log10Chance = 0;  // log10 of the expected number of places in the code that agree equally well by chance
+    // If the marks were random, this is log10 of how many places in the code would match them equally well on average.
+    double log10Chance = 0;
 };
 
 // Sets `bit` to the code's bit in a square of the plane or of a tile. False if the square has no position bit.

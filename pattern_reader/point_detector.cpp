@@ -17,7 +17,7 @@ constexpr auto blobThreshold = int32_t(-leastBlobStrength * greyScale * leastBlo
 // Computes the negative Hessian determinant along one row, in the units of ImageLevel::smoothed. It is positive at
 // saddles and negative at blobs. `worth` is 1 where the determinant is large enough for a saddle or a blob. Smoothed
 // values are at most 255 * 64, so the second derivatives fit into 16 bits. With 16 bits, the processor computes twice
-// as many at once as with 32.
+// as many determinants at once as with 32 bits.
 void respond(const ImageLevel &level, int y, int32_t *out, uchar *worth) {
     const int width = level.smoothed.cols;
     const auto *up = level.smoothed.ptr<int16_t>(y - 1);

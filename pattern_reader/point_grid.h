@@ -25,7 +25,7 @@ public:
     }
 
     // Calls `visit` with the number of every point that is within `reach` of `middle` in both x and y. It also visits
-    // the other points in the same cells.
+    // the other points in all grid cells that this area touches.
     template <class Visit>
     void visitAround(cv::Point2f middle, float reach, const Visit &visit) const {
         const int right = cellOf(middle.x + reach, columns);

@@ -119,8 +119,8 @@ int commonFactor(int a, int b) {
     return b == 0 ? a : commonFactor(b, a % b);
 }
 
-// Compares every cell of the patch with the code. Returns empty as soon as many cells have been compared and too few of
-// them agree.
+// Compares every cell of the patch with the code. Once many cells have been compared, stops and returns empty if too
+// few of them agree.
 std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
     Candidate candidate;
     int known = 0;

@@ -19,7 +19,8 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr size_t leastMarks = 12;  // so many of a plate's 49 marks must be found before the others are searched for
+// This many of a plate's 49 marks must be found before its other marks are searched for.
+constexpr size_t leastMarks = 12;
 
 // The approximate areas in which checkerboards were read. Plates are not searched for there, because the dark squares
 // and marks of a checkerboard look like round marks. Lattices that could not be read are not included, because they may

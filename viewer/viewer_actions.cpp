@@ -284,7 +284,8 @@ void ViewerWindow::offerRecovery() {
 void ViewerWindow::keepCopy() {
     const SessionDocument document = session.document();
     const bool isUndecided = leftOver && document.photographs.isEmpty();  // the user may still restore the copy
-    // If kept == document, the copy already has all of this. For example, reading photographs changes no document.
+    // If kept == document, the copy has the whole document already. Reading photographs, for example, does not change
+    // it.
     if (isUndecided || kept == document) {
         return;
     }

@@ -110,8 +110,9 @@ double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     return rms;
 }
 
-// Returns the same residual for our own solve from all corners, and sets the baseline in mm. `shape` lists the numbers
-// of the print's shape that this solve varies. All other numbers of the shape are 0. Returns -1 if the solve fails.
+// Returns the rms residual of our own solve from all corners, in pixels, and sets the baseline in mm. `shape` lists the
+// numbers of the print's shape that this solve varies. All other numbers of the shape are 0. Returns -1 if the solve
+// fails.
 double residualOfOurs(const Observations &observations, const std::vector<int> &shape, const Calibration &start,
                       double &baseline) {
     SolveOptions options;

@@ -59,8 +59,8 @@ RigidMotion randomView(const SceneDraft &draft, std::mt19937 &random) {
     unproject(first.camera.lens, first.intrinsics.data(), pixel, direction);
     const double distance = draft.least + (draft.most - draft.least) * (even(random) + 1) / 2;
     const Vector3d turn = Vector3d(draft.tilt * normal(random), draft.tilt * normal(random), 0.3 * normal(random));
-    // `face` alone would make the print face the camera, wherever the print is in the picture. `turn` tilts it away
-    // from that.
+    // `face` alone would make the print face the camera, wherever the print is in the picture. `turn` then tilts the
+    // print.
     const Vector3d facing = Vector3d::UnitZ().cross(direction);
     const RigidMotion face{facing.norm() > 1e-9
                                ? Vector3d(facing.normalized() * std::asin(std::min(1.0, facing.norm())))

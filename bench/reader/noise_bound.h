@@ -28,8 +28,8 @@ struct LocalView {
 // window has no information. The window is a disc around the corner. It reaches to the nearest mark or to the nearest
 // far side of the four squares that meet at the corner, whichever is closer.
 double leastCornerError(const LocalView &view);
-// Returns the same bound for a mark with a radius of half a lattice step. The measurement uses the mark's whole
-// outline.
+// Returns the least root mean square distance, in pixels, that an unbiased measurement of a mark with a radius of half
+// a lattice step can have. The measurement uses the mark's whole outline.
 double leastMarkError(const LocalView &view);
 
 }  // namespace reader_bench

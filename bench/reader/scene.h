@@ -28,7 +28,7 @@ struct ScenePattern {
 
 struct Scene {
     cv::Mat image;   // 8 bits, one channel
-    cv::Mat colour;  // the same in colour; empty if the camera is grey
+    cv::Mat colour;  // the picture in colour; empty if the camera is grey
     CameraModel camera;
     Exposure exposure;
     std::vector<ScenePattern> patterns;

@@ -87,9 +87,9 @@ public:
 
     void beginAgain() { longest = longestElapsed = 0; }
 
-    double longest = 0;         // ms of processor time of one event
-    double longestElapsed = 0;  // ms of the same event
-    QByteArray longestEvent;    // class of the event's receiver, and type of the event
+    double longest = 0;         // ms; the greatest processor time of one event
+    double longestElapsed = 0;  // ms; the elapsed time of that event
+    QByteArray longestEvent;    // class of that event's receiver, and type of that event
 
 private:
     int depth = 0;

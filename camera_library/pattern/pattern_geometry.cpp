@@ -113,7 +113,8 @@ PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geomet
 
 Polygon polygonOfCircle(double radius, double tolerance) {
     constexpr double pi = 3.141592653589793;
-    // The unit is the tolerance. A circle with a smaller radius gets as many corners as a circle with this radius.
+    // In units of the tolerance. A circle with a smaller radius gets the number of corners of a circle with this
+    // radius.
     constexpr double leastRadius = 10.0 / 3.0;
     const double share = 1.0 / std::max(radius / tolerance, leastRadius);
     const auto count = static_cast<int>(std::ceil(pi / std::acos(1.0 - share)));

@@ -85,7 +85,7 @@ TEST_F(LogMessageHandlerTest, writesAFatalMessageBeforeTheEnd) {
                  "^Fatal: the end \\(file.cpp:12, function\\)\n\n$");
 }
 
-TEST_F(LogMessageHandlerTest, keepsTheRecordsOfThreadsWholeWithoutAContextToo) {
+TEST_F(LogMessageHandlerTest, keepsTheRecordsOfThreadsWholeEvenWithoutAContext) {
     std::vector<std::thread> threads;
     testing::internal::CaptureStderr();
     for (const char letter : std::string("abcdefgh")) {

@@ -90,8 +90,8 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     EXPECT_EQ(result.prints[0].translationSigma.norm(), 0);
     EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
     EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
-    // The chosen model predicts held-out corners as well as their noise allows. The simplest pinhole and the fisheye
-    // predict them worse, unless they were chosen.
+    // The chosen model predicts held-out corners as well as their noise allows. The simplest pinhole and the fisheye,
+    // if not chosen, predict them worse than the chosen model.
     for (size_t camera = 0; camera < 2; camera++) {
         ASSERT_GE(result.cameras[camera].trials.size(), 5U);
         for (const ModelTrial &trial : result.cameras[camera].trials) {
@@ -122,7 +122,7 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     EXPECT_TRUE(next && next->text.rfind("More photographs hardly help", 0) == 0);
 }
 
-TEST(Calibrate, leavesOutWhatDoesNotFitAndSaysWhy) {
+TEST(Calibrate, leavesOutSightingsThatDoNotFitAndSaysWhy) {
     Scene scene = makeScene(0.05);
     std::vector<Sighting> &sightings = scene.observations.sightings;
     std::mt19937 random(1);
@@ -368,7 +368,7 @@ TEST(Calibrate, endsWithinAnIterationOfBeingCancelled) {
     EXPECT_LT(asked, 60 + 12);  // the difference allows for queries of threads that work at the same time
 }
 
-TEST(Calibrate, refusesWhatDeterminesNothing) {
+TEST(Calibrate, refusesPhotographsThatDetermineNoLens) {
     const Scene scene = makeScene(0.05);
     Observations none = scene.observations;
     none.sightings.clear();
@@ -388,7 +388,7 @@ TEST(Calibrate, refusesWhatDeterminesNothing) {
         }
         frontal.sightings.push_back(sighting);
     }
-    // The same kind of views without noise: the residuals are tiny, but the corners do not determine more.
+    // The same kind of views without noise: the residuals are tiny, but the corners determine no more than with noise.
     Observations exact = frontal;
     for (Sighting &sighting : exact.sightings) {
         for (SeenCorner &corner : sighting.corners) {

@@ -56,7 +56,7 @@ std::set<std::pair<int, int>> movedOf(const Scene &scene) {
     return moved;
 }
 
-TEST(MovedPrints, areThoseThatAreElsewhereThanUsually) {
+TEST(MovedPrints, areThoseThatAreNotAtTheirUsualPlace) {
     const Eigen::Vector3d away(4, -3, 2);
     const Eigen::Vector3d none = Eigen::Vector3d::Zero();
     struct Row {
@@ -100,7 +100,7 @@ TEST(MovedPrints, areThoseThatAreElsewhereThanUsually) {
     }
 }
 
-TEST(MovedPrints, areNotThoseOfAnotherSize) {
+TEST(MovedPrints, doNotIncludeAPrintThatIsLargerThanItsDrawing) {
     // A print that is larger than its drawing seems to be nearer, and therefore to be at a different place in each
     // photograph.
     Scene scene = makeScene([](int, int) { return Eigen::Vector3d::Zero().eval(); });

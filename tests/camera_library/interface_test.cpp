@@ -186,7 +186,7 @@ TEST_F(Interface, protectsTheRootAndPath) {
     EXPECT_EQ(result, LmLibResultOperationSucceeded);
 }
 
-TEST_F(Interface, makesItemsThatNoOtherWasOrIs) {
+TEST_F(Interface, makesItemsWithNamesThatWereNeverUsedBefore) {
     lmLibSetInt(&result, "/U/2", 0);
     lmLibSetInt(&result, "/U/A3", 0);
     std::vector<std::string> made;
@@ -254,7 +254,7 @@ TEST_F(Interface, takesNullForEmptyTextsAndForResults) {
     }
 }
 
-TEST_F(Interface, runsNoCommandForJsonNorBesideSlots) {
+TEST_F(Interface, startsNoCommandThroughJsonOrOutsideASlot) {
     setJson("/Execute/a/Command", R"("GetModelInfo")");
     for (const char *path : {"/Execute/Command", "/Execute/b/c/Command", "/Other/b/Command"}) {
         lmLibSetString(&result, path, "GetModelInfo");
@@ -333,7 +333,7 @@ TEST_F(Interface, keepsTheNewestLinesOfTheDebugLog) {
     EXPECT_EQ(lmLibGetDebugBuffer(&result), std::string(65535, 'x') + "\n");
 }
 
-TEST_F(Interface, isAsNewWhenFinalized) {
+TEST_F(Interface, returnsToItsFirstStateWhenFinalized) {
     const std::string fresh = json("");
     const std::string first = lmLibMakeUniqueItem(&result, "/Execute", "");
     lmLibSetString(&result, (first + "/Command").c_str(), "GetModelInfo");

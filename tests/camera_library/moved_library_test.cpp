@@ -65,7 +65,7 @@ protected:
     fs::path root;
 };
 
-TEST_F(MovedLibrary, tellsTheManualAndTheViewerFromWhereItIs) {
+TEST_F(MovedLibrary, findsTheManualAndTheViewerFromItsOwnPlace) {
     EXPECT_EQ(pathsOf(root / "a \xC3\xA4/lib64"), expected(root / "a \xC3\xA4"));
     // If the library is loaded through a link, the paths follow from the place of the library's file, not from the
     // place of the link.

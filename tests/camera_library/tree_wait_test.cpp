@@ -24,7 +24,7 @@ std::future<LmLibResult> startWait(Tree &tree, const std::string &path, LmLibTyp
     return wait;
 }
 
-TEST(TreeWait, answersAtOnceWhereNothingIsToBeWaitedFor) {
+TEST(TreeWait, answersAtOnceIfThereIsNothingToWaitFor) {
     Tree tree({});
     tree.write("/a/n", 1);
     struct Row {
@@ -82,7 +82,7 @@ TEST(TreeWait, endsWithTheFirstChangeThatSettlesIt) {
     }
 }
 
-TEST(TreeWait, missesNothingThatWasForAMomentOnly) {
+TEST(TreeWait, noticesChangesThatLastOnlyAMoment) {
     Tree tree({});
     tree.write("/a/n", 1);
     auto forNull = startWait(tree, "/a/n", LmLibTypeNull);
@@ -96,7 +96,7 @@ TEST(TreeWait, missesNothingThatWasForAMomentOnly) {
     EXPECT_EQ(forText.get(), LmLibResultItemInexistent);
 }
 
-TEST(TreeUniqueItems, endWithTheNumbers) {
+TEST(TreeUniqueItems, failWhenAllNumbersAreUsed) {
     Tree tree({}, 2);
     std::string path;
     tree.write("/u/1", 0);

@@ -63,7 +63,7 @@ TEST_F(HostileInput, namesThatAreNotUtf8) {
     }
 }
 
-TEST_F(HostileInput, numbersThatNoParameterCanBe) {
+TEST_F(HostileInput, numbersOutsideTheRangeOfEveryParameter) {
     const double infinity = std::numeric_limits<double>::infinity();
     for (const char *parameter : {"ImageSize", "Patterns/\\0/GridSize/\\1", "Patterns/\\0/GridSpacing",
                                   "Patterns/\\0/Thickness", "Patterns/\\0/Offset/\\0"}) {

@@ -61,7 +61,7 @@ TEST_F(MainWindowTest, opensOnTheOfficialPageWithThePictureUpright) {
     }
 }
 
-TEST_F(MainWindowTest, everyInputUpdatesOnceAndNoDisplayDoes) {
+TEST_F(MainWindowTest, updatesOnceForEachInputAndNeverForADisplay) {
     const struct {
         int updates;
         double value;
@@ -110,14 +110,14 @@ TEST_F(MainWindowTest, onlyTheEncodingChoiceEnablesAndDisables) {
     }
 }
 
-TEST_F(MainWindowTest, pictureWithoutBytesIsNone) {
+TEST_F(MainWindowTest, showsNoPictureIfItHasNoBytes) {
     setPictureOf(0, 0, 0);
     const MainWindow window;
     ASSERT_NE(picture(window), nullptr);
     EXPECT_TRUE(picture(window)->pixmap().isNull());
 }
 
-TEST_F(MainWindowTest, failureIsReportedAndChangesAllButThePictureUntilAnUpdateSucceeds) {
+TEST_F(MainWindowTest, reportsAFailureAndKeepsThePictureUntilAnUpdateSucceeds) {
     MainWindow window;
     const qint64 pictureBefore = picture(window)->pixmap().cacheKey();
     setPictureOf(20, 10, 200);
@@ -156,7 +156,7 @@ TEST_F(MainWindowTest, failureIsReportedAndChangesAllButThePictureUntilAnUpdateS
     EXPECT_EQ(picture(window)->pixmap().size(), QSize(20, 10));
 }
 
-TEST_F(MainWindowTest, firstUpdateMayFailButNotTheCatalogue) {
+TEST_F(MainWindowTest, opensIfTheFirstUpdateFailsButNotWithoutTheCatalogue) {
     scripted_lmlib64::failCommand("GenerateCalibrationPattern", "NotNow", "Later.");
     const auto message = driven_window::closeNextMessageBox();
     {

@@ -105,7 +105,7 @@ TEST_F(PatternParametersTest, writesThePattern) {
     }
 }
 
-TEST_F(PatternParametersTest, writesWhatItCanWhereNothingIsChosen) {
+TEST_F(PatternParametersTest, leavesOutParametersForWhichNothingIsChosen) {
     MainWindow window;
     set(window, {{"patternType", 4}});
     find<QAbstractButton>(window, "halconEncodeSpacing")->setAutoExclusive(false);

@@ -51,7 +51,7 @@ protected:
     void SetUp() override { scripted_lmlib64::reset(); }
 };
 
-TEST_F(TreeCommandTest, erasesItsOwnSlotButNoNamedOne) {
+TEST_F(TreeCommandTest, erasesTheSlotThatItMadeButNotANamedSlot) {
     {
         const TreeCommand named("Measure", "mine");
         const TreeCommand first("Measure");
@@ -97,7 +97,7 @@ TEST_F(TreeCommandTest, logsAFailureToEraseASlotUnlessItIsGone) {
     }
 }
 
-TEST_F(TreeCommandTest, endsAlikeWithAndWithoutThrowing) {
+TEST_F(TreeCommandTest, reportsTheSameCodeByExceptionAndByResult) {
     const Lines whole = {setCommandLine, typeLine, waitLine, symbolLine};
     const struct {
         const char *name;

@@ -128,7 +128,7 @@ TEST_F(TreeItemTest, tellsTheTypesApart) {
     }
 }
 
-TEST_F(TreeItemTest, takesAbsenceForNoFailureOfExists) {
+TEST_F(TreeItemTest, existsIsFalseForAnAbsentNodeWithoutAFailure) {
     EXPECT_FALSE(TreeItem("/absent").exists());
     EXPECT_TRUE(TreeItem("/A")["nothing"].exists());
     scripted_lmlib64::setResult("lmLibGetType", "/A", LmLibResultOperationSucceeded);
@@ -148,7 +148,7 @@ TEST_F(TreeItemTest, readsNullTextsAsEmpty) {
     EXPECT_EQ(item.makeUniqueItem("x").path(), "");
 }
 
-TEST_F(TreeItemTest, readsUncheckedWithoutAResult) {
+TEST_F(TreeItemTest, readsUncheckedTextsWithoutAskingForAResult) {
     EXPECT_EQ(TreeItem("/A")["text"].asStringUnchecked(), "moin");
     EXPECT_EQ(TreeItem("/A")["number"].asStringUnchecked(), "");
     EXPECT_EQ(TreeItem("/absent").asStringUnchecked(), "");
@@ -157,7 +157,7 @@ TEST_F(TreeItemTest, readsUncheckedWithoutAResult) {
                      "lmLibGetString /absent [no result]"}));
 }
 
-TEST_F(TreeItemTest, readsDefaultsForWhatIsNotThereButThrowsWhereItCannotAsk) {
+TEST_F(TreeItemTest, returnsTheDefaultForAMissingValueButThrowsIfTheTypeQueryFails) {
     const TreeItem item("/A");
     EXPECT_EQ(asStringOr(item["text"], "default"), "moin");
     EXPECT_EQ(asStringOr(item["absent"], "default"), "default");
@@ -194,7 +194,7 @@ TEST(LmLibExceptionTest, writesOneDebugLine) {
 }
 
 // The name of a code is the name of the interface's constant without the prefix LmLibResult.
-TEST(ErrorCodes, haveTheNamesOfTheInterfaceAndNoneBeyond) {
+TEST(ErrorCodes, haveExactlyTheNamesOfTheInterface) {
     std::ifstream header(INTERFACE_HEADER);
     const std::string prefix = "LmLibResult";
     std::int32_t count = 0;

@@ -27,7 +27,7 @@ PatternReading readingOf(const Part &part) {
     return reading;
 }
 
-TEST(BoardParts, becomeOneReadingWhereTheyContinueEachOther) {
+TEST(BoardParts, becomeOneReadingIfTheyContinueEachOther) {
     const struct {
         const char *name;
         Part second;

@@ -108,7 +108,7 @@ const View views[] = {{"small", 7, 0, true},      {"small and tilted", 9, 40, fa
                       {"middling", 14, 30, true}, {"large", 36, 20, false},
                       {"steep", 20, 58, true},    {"soft", 32, 10, true, 4}};
 
-TEST(BoardReading, findsEveryInnerCornerAndNoOther) {
+TEST(BoardReading, findsExactlyTheInnerCorners) {
     for (const View &view : views) {
         Board board = takeBoard(view);
         ASSERT_EQ(board.lattices.size(), 1U) << view.name;

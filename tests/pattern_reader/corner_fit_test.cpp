@@ -104,7 +104,7 @@ TEST(CornerFit, claimsTheErrorsThatItMakes) {
     }
 }
 
-TEST(CornerFit, refusesWhatIsNoCorner) {
+TEST(CornerFit, refusesPicturesAndPlacesWithoutACorner) {
     const CornerBorders upright{{cv::Point2f(1, 0), cv::Point2f(0, 1)}};
     CornerFit fit;
     fit.position = cv::Point2f(15, 15);

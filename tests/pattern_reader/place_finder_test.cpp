@@ -70,7 +70,7 @@ TEST(PlaceFinder, findsPartsOfTheCodeInEveryOrientation) {
     }
 }
 
-TEST(PlaceFinder, saysNothingThatChanceCouldSay) {
+TEST(PlaceFinder, reportsNoPlaceThatMayBeDueToChance) {
     LatticeMotion still;
     EXPECT_FALSE(findPlace({}));
     EXPECT_FALSE(findPlace(readingsOf(Place::plane, {50, 50, 5, 5}, still, 0, 1))) << "25 squares are too few";

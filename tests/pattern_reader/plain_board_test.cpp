@@ -90,7 +90,7 @@ TEST(PlainBoard, placesEveryCornerAndSaysWhichOrientationsAreOpen) {
     }
 }
 
-TEST(PlainBoard, saysNothingOfAnotherSizeOrOfAPartThatCouldLieElsewhere) {
+TEST(PlainBoard, readsNoBoardOfAnotherSizeAndNoPartWhosePlaceIsOpen) {
     const cv::Mat drawing = drawBoard({9, 6});
     EXPECT_TRUE(readPatterns(drawing).empty());
     for (const cv::Size other : {cv::Size(8, 6), cv::Size(9, 7), cv::Size(10, 6), cv::Size(5, 5)}) {

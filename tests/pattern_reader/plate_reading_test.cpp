@@ -131,7 +131,7 @@ TEST(PlateReading, refusesGridsWithoutATriangle) {
 
 // Dots that cannot be seen must not count as absent. Otherwise the plate would be refused because its information block
 // would seem to be wrong.
-TEST(PlateReading, readsPlatesOfWhichAPartCannotBeSeen) {
+TEST(PlateReading, readsPlatesThatAreHiddenInPart) {
     constexpr unsigned bleached = 14036;
     constexpr unsigned bandInFront = 5404;
     constexpr unsigned marksHalfCovered = 15100;

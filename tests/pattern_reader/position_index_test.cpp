@@ -79,7 +79,7 @@ struct LocateCase {
 
 class Locate : public testing::TestWithParam<LocateCase> {};
 
-TEST_P(Locate, findsTheTruePlaceAndIsNeverCertainOfAnother) {
+TEST_P(Locate, findsTheTruePlaceAndIsNeverCertainOfAWrongPlace) {
     const LocateCase &each = GetParam();
     PatchMaker maker;
     int certain = 0;
@@ -141,7 +141,7 @@ TEST(PositionIndex, findsTheDocumentedPatch) {
     EXPECT_EQ(location->disagreeing, 0);
 }
 
-TEST(PositionIndex, doesNotMindCellsOutsideATile) {
+TEST(PositionIndex, findsATileDespiteRandomCellsAroundIt) {
     // The lattice extends three cells beyond the pattern on every side, and these cells have random bits.
     PatchMaker maker;
     for (int i = 0; i < 50; ++i) {
@@ -161,7 +161,7 @@ TEST(PositionIndex, doesNotMindCellsOutsideATile) {
     }
 }
 
-TEST(PositionIndex, isCertainOfNoPatchWithoutTheCode) {
+TEST(PositionIndex, isNeverCertainOfAPatchWithoutTheCode) {
     PatchMaker maker;
     for (int i = 0; i < 300; ++i) {
         SeenCells seen(5 + maker.below(20), 5 + maker.below(20));

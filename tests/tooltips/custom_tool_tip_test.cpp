@@ -93,7 +93,7 @@ TEST_F(CustomToolTipTest, displayTimeAndSizeFollowTheText) {
     }
 }
 
-TEST_F(CustomToolTipTest, leavesTheSameTipAloneAndShowsAnotherAnew) {
+TEST_F(CustomToolTipTest, keepsTheSameTipAndReplacesADifferentTip) {
     const QRect none;
     const struct {
         QRect rect;

@@ -77,7 +77,7 @@ TEST_F(ToolTipHelperTest, emptyTipClosesOnlyOverAChild) {
     }
 }
 
-TEST_F(ToolTipHelperTest, firstRegisteredTextReplacesTheObjects) {
+TEST_F(ToolTipHelperTest, firstRegisteredTextReplacesTheObjectsOwnTip) {
     helper->registerObject(button, "first");
     helper->registerObject(button, "second");
     EXPECT_TRUE(sendToolTip(button));
@@ -137,7 +137,7 @@ TEST_F(ToolTipHelperTest, hoverShowsTheTipOfARegisteredObjectOnce) {
     EXPECT_FALSE(QCustomToolTip::isVisible());
 }
 
-TEST_F(ToolTipHelperTest, onlyTheFirstPendingTipOfThoseThatAreStillHoveredIsShown) {
+TEST_F(ToolTipHelperTest, showsTheFirstPendingTipWhoseObjectIsStillHovered) {
     QObject left;
     auto *destroyed = new QObject;
     QObject second;

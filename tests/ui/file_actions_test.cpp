@@ -58,7 +58,7 @@ TEST_F(SavePatternsTest, asksForAFileAndDoesNothingWhenCancelled) {
     EXPECT_EQ(recorded_calls::all(), QStringList());
 }
 
-TEST_F(SavePatternsTest, keepsNamesWithADotAndEndsOthersInPdf) {
+TEST_F(SavePatternsTest, appendsPdfToNamesWithoutADot) {
     ASSERT_TRUE(QDir(folder.path()).mkdir("with.dot"));
     const LocalEncoding encoding;
     const std::pair<QString, std::string> rows[] = {{"target", "target.pdf"},
@@ -100,7 +100,7 @@ TEST_F(SavePatternsTest, writesEveryPatternOfAnAssemblyAndOneOfAnyOtherType) {
               recorded_calls::inSlot(7, {"lmLibSetString @/Type SingleCustom"}));
 }
 
-TEST_F(SavePatternsTest, dialogOpensWhereTheLastFileWentAlsoIfItWasNotWritten) {
+TEST_F(SavePatternsTest, dialogOpensInTheFolderChosenLastEvenIfNoFileWasWritten) {
     ASSERT_TRUE(QDir(folder.path()).mkdir("a") && QDir(folder.path()).mkdir("b"));
     const MainWindow window;
     save(window, folder.filePath("a/target"));

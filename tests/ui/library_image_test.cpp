@@ -36,7 +36,7 @@ QString grays(const QImage &image) {
     return rows.join(" / ");
 }
 
-TEST(LibraryImage, isIndexedGrayOfOneChannelAndElseRgb) {
+TEST(LibraryImage, isIndexedGrayForOneChannelAndRgbForMore) {
     // The picture has three columns, so the toolkit pads each row to four bytes.
     const QImage gray = convert(Binary{3, 2, 1, {0, 1, 200, 254, 255, 128}});
     EXPECT_EQ(gray.format(), QImage::Format_Indexed8);
@@ -55,7 +55,7 @@ TEST(LibraryImage, isIndexedGrayOfOneChannelAndElseRgb) {
     EXPECT_TRUE(convert(Binary{2, 2, 1, {}}).isNull());
 }
 
-TEST(LibraryImage, isRefusedWhereTheFormatDoesNotFitTheBytes) {
+TEST(LibraryImage, isRefusedIfTheFormatDoesNotFitTheBytes) {
     const struct {
         const char *name;
         int width, height, channels;

@@ -283,7 +283,7 @@ TEST(ResultFiles, takeTheAxesFromThreeCorners) {
     EXPECT_THROW(assemblyJson(calibration, notes), std::invalid_argument);
 }
 
-TEST(ResultFiles, tellWhatWasLeftOut) {
+TEST(ResultFiles, tellWhichPhotographsAndSightingsWereLeftOutAndWhy) {
     const Calibration calibration = makeCalibration(LensModel::Pinhole5);
     const json document =
         json::parse(calibrationJson(calibration, {{{"b.jpg", "No pattern was found in it."}}, {}, {}, "test"}));
@@ -295,7 +295,7 @@ TEST(ResultFiles, tellWhatWasLeftOut) {
     EXPECT_EQ(document["Cameras"][0]["Uncertainty"], json::parse("[[0.25, null]]"));
 }
 
-TEST(ResultFiles, neverHaveANumberThatIsNotFinite) {
+TEST(ResultFiles, haveOnlyFiniteNumbers) {
     Calibration calibration = makeCalibration(LensModel::Pinhole5);
     calibration.cameras[1].rms = std::numeric_limits<double>::quiet_NaN();
     EXPECT_THROW(resultFiles(calibration, {}), std::runtime_error);
@@ -304,7 +304,7 @@ TEST(ResultFiles, neverHaveANumberThatIsNotFinite) {
     EXPECT_THROW(resultFiles(calibration, {}), std::runtime_error);
 }
 
-TEST(ResultFiles, areWrittenAllOrNone) {
+TEST(ResultFiles, areAllWrittenOrNone) {
     const TemporaryFolder folder;
     const std::string results = folder.file("new/results");
     writeResultFiles(results, {{"a", "old"}});

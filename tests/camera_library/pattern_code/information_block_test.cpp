@@ -93,7 +93,7 @@ struct DamageCase {
     bool isRepaired;
 };
 
-TEST(InformationBlock, repairsOrRefusesButNeverReadsAnotherValue) {
+TEST(InformationBlock, neverReadsAWrongValueFromADamagedBlock) {
     // Even damage that can normally be repaired is sometimes refused, because the repair is not unique. That is rare,
     // and a wrong value is never read.
     const DamageCase cases[] = {{16, 0, true},  {10, 1, true}, {4, 2, true},  {17, 0, false},
