@@ -118,7 +118,7 @@ TEST(Covariance, isAbsentIfNothingWasSeen) {
     Freedom nothing;
     nothing.intrinsics = nothing.rig = nothing.prints = false;
     const std::optional<Covariance> fixed = covarianceOf(scene.observations, nothing, scene.truth);
-    ASSERT_TRUE(fixed) << "of nothing but the poses";
+    ASSERT_TRUE(fixed) << "the covariance if only the poses are unknown";
     EXPECT_NEAR(fixed->varianceFactor(), 1, 0.1);
     scene.observations.sightings.clear();
     EXPECT_FALSE(covarianceOf(scene.observations, {}, scene.truth));

@@ -75,9 +75,9 @@ TEST_F(Outliers, areFoundByTheNoiseOfTheirOwnCamera) {
         EXPECT_FALSE(sighting.corners[1].isUsed) << camera;
         EXPECT_FALSE(sighting.corners[2].isUsed) << camera;
         EXPECT_TRUE(sighting.corners[3].isUsed) << camera;
-        EXPECT_NEAR(sighting.corners[0].sigma / noiseOf[camera], 1, 0.05) << "the statement is corrected";
+        EXPECT_NEAR(sighting.corners[0].sigma / noiseOf[camera], 1, 0.05) << "the standard deviation is corrected";
     }
-    EXPECT_FALSE(decideOutliers(scene.observations, decided, scene.truth)) << "nothing changes the second time";
+    EXPECT_FALSE(decideOutliers(scene.observations, decided, scene.truth)) << "the second round changes no decision";
 }
 
 TEST_F(Outliers, areWholeSightingsWithFewGoodCorners) {

@@ -97,7 +97,7 @@ TEST(MeasuredPrints, fixTheScaleAndLimitTheRatio) {
         EXPECT_EQ(freedom.shapes, row.free);
         for (size_t print = 0; print < 2; print++) {
             EXPECT_NEAR(estimate.shapes[print].numbers[PrintShape::scale], row.scale[print], 1e-12);
-            EXPECT_EQ(estimate.shapes[print].numbers[PrintShape::bend], 0) << "flat";
+            EXPECT_EQ(estimate.shapes[print].numbers[PrintShape::bend], 0) << "the print must be flat";
             EXPECT_NEAR(freedom.priors[print].mean[PrintShape::ratio], row.ratioMean[print], 1e-12);
             EXPECT_EQ(freedom.priors[print].sigma[PrintShape::ratio], row.ratioSigma[print]);
         }

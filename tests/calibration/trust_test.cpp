@@ -174,7 +174,7 @@ TEST(Trust, showsALensThatChangedBetweenTheHalves) {
     const double expected = rmsOf(truth, 0);
     EXPECT_GT(expected, 0.1);
     EXPECT_NEAR(rmsOf(*trust.halves, 0) / expected, 1, 0.2);
-    EXPECT_LT(rmsOf(*calibration.cameras[1].halves, 1), 0.5 * expected) << "the other camera did not change";
+    EXPECT_LT(rmsOf(*calibration.cameras[1].halves, 1), 0.5 * expected) << "camera 1 did not change";
 }
 
 }  // namespace

@@ -153,7 +153,7 @@ TEST_F(PatternOutput, drawsTheCellsThatTheDescriptionLists) {
                     const double y = column + row == 0 ? 1.0 : row + 0.5;
                     EXPECT_EQ(isDark(x + 0.14, y) == polarity(), isMarked);
                     EXPECT_EQ(isDark(x, y - 0.12) == polarity(), isMarked);
-                    EXPECT_NE(isDark(x, y + 0.1), polarity()) << "the hole";
+                    EXPECT_NE(isDark(x, y + 0.1), polarity()) << "the dot's light centre";
                     EXPECT_NE(isDark(x + 0.16, y), polarity()) << "around the dot";
                 } else {
                     const bool isDarkSquare = ((row + column) % 2 == 0) == polarity();

@@ -169,7 +169,7 @@ TEST_F(TreeCommandTest, tellsWhetherItHasFinishedAndSucceeded) {
         EXPECT_EQ(command.finished(&finishedCode), row.finished);
         std::int32_t successCode = -1;
         EXPECT_EQ(command.successful(&successCode), row.successful);
-        EXPECT_EQ(finishedCode + successCode, row.code) << "one of the two";
+        EXPECT_EQ(finishedCode + successCode, row.code) << "at most one of the two queries fails";
         EXPECT_EQ(thrownBy([&] { command.assertSuccessful(); }), row.assertedCode);
     }
 }

@@ -79,7 +79,7 @@ TEST(Manual, isReachedFromItsFirstPageAndStandsAlone) {
                 EXPECT_TRUE(address.startsWith("data:image/png;base64,"));
                 continue;
             }
-            EXPECT_FALSE(address.contains(QRegularExpression("^(/|[A-Za-z][A-Za-z0-9+.-]*:)"))) << "from elsewhere";
+            EXPECT_FALSE(address.contains(QRegularExpression("^(/|[A-Za-z][A-Za-z0-9+.-]*:)"))) << "outside the manual";
             const QString target = targetOf(page, address);
             EXPECT_TRUE(address.section('#', 1).isEmpty() ||
                         valuesOf("id", contentsOf(target)).contains(address.section('#', 1)));

@@ -178,8 +178,8 @@ TEST(PositionIndex, isNeverCertainOfAPatchWithoutTheCode) {
         const std::optional<Location> location = PositionIndex::shared().locate(seen);
         EXPECT_FALSE(location && isCertain(*location)) << "kind " << kind;
     }
-    EXPECT_FALSE(PositionIndex::shared().locate(SeenCells(9, 9))) << "nothing known";
-    EXPECT_FALSE(PositionIndex::shared().locate(SeenCells(0, 0))) << "nothing at all";
+    EXPECT_FALSE(PositionIndex::shared().locate(SeenCells(9, 9))) << "no cell is known";
+    EXPECT_FALSE(PositionIndex::shared().locate(SeenCells(0, 0))) << "no cells";
 }
 
 }  // namespace

@@ -261,7 +261,7 @@ TEST(CameraGroups, groupBySizeAndNameAndKeepGivenNames) {
                                        {"7", "camera", "B", 640, 480}});
     EXPECT_EQ(groups.cameraOf, (std::vector<int>{0, 1, 2, 0, -1, 2, 2}));
     ASSERT_EQ(groups.cameras.size(), 3U);
-    EXPECT_EQ(groups.cameras[0].name, "camera-2") << "the user has given the other name";
+    EXPECT_EQ(groups.cameras[0].name, "camera-2") << "the user has given the name \"camera\"";
     EXPECT_EQ(groups.cameras[1].name, "camera-3");
     EXPECT_EQ(groups.reasons[5],
               "has 320 x 240 pixels, but the camera camera has 640 x 480 pixels: it is scaled, cropped or from another "

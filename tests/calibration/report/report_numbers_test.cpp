@@ -84,7 +84,7 @@ void expectValue(const QString &text, double value, double sigma) {
     const double unit = std::pow(10, -(parts[1].size() - parts[1].indexOf('.') - 1));
     EXPECT_NEAR(parts[0].toDouble(), value, unit * 0.51) << text.toStdString();
     EXPECT_NEAR(parts[1].toDouble(), sigma, unit * 0.51) << text.toStdString();
-    EXPECT_GT(sigma, 9 * unit) << "two digits";
+    EXPECT_GT(sigma, 9 * unit) << "the standard deviation has two digits";
 }
 
 // Returns all numbers in the paths with this attribute, path by path. M and L are followed by x and y; h and v by one
