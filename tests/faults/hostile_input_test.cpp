@@ -1,5 +1,5 @@
-// Tests inputs that no reasonable client sends: huge texts, JSON beyond its size limit, invalid UTF-8, infinity, and
-// NaN.
+// Tests inputs that no reasonable client sends: huge texts, JSON beyond its size limit, names that are not UTF-8, and
+// numbers such as infinity, NaN and 1e308.
 #include <gtest/gtest.h>
 
 #include <cmath>

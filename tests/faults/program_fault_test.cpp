@@ -1,7 +1,8 @@
 // Plays a session with the real window: start, a change on every page, saving, starting the viewer, and a tool tip. The
-// session is repeated once for each of its library calls, and each time another one of these calls fails. If the
-// program cannot do without the call, the user gets exactly one report. In any case the window and the picture stay,
-// and the next action works. There is one exception: if the catalogue cannot be read at the start, no window appears.
+// session is repeated for each of its library calls and each of several result codes. In each repetition, this call
+// fails with this code. If the program cannot do without the call, the user gets exactly one report. In any case the
+// window and the picture stay, and the next action works. There is one exception: if the catalogue cannot be read at
+// the start, no window appears.
 #include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>

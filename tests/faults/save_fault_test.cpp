@@ -1,6 +1,8 @@
-// Tests everything that can go wrong with the file when a pattern is saved. After each failure, the old file must be
-// unchanged, the error must name the file and the reason, no other file may be left, and the next save must work. Only
-// a process that is killed reports nothing and leaves a temporary file, which the next save must remove.
+// Tests saving a pattern when something goes wrong with the file: a bad target, a full disk, a failing rename, a file
+// of another user, or a killed process. After each failure, the old file must be unchanged, the error must name the
+// file and the reason, no other file may be left, and the next save must work. Only a process that is killed reports
+// nothing and leaves a temporary file, which the next save must remove. Also tests permissions, links, and several
+// processes that save into one folder.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
