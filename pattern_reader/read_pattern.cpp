@@ -106,8 +106,9 @@ void interpret(Arguments &arguments) {
     if (arguments.images.size() != 1) {
         throw shell::WrongCall("--draw takes only one picture");
     }
+    namespace fs = std::filesystem;
     std::error_code absent;
-    if (std::filesystem::equivalent(arguments.drawing, arguments.images.front(), absent)) {
+    if (fs::equivalent(fs::u8path(arguments.drawing), fs::u8path(arguments.images.front()), absent)) {
         throw shell::WrongCall("--draw would replace the picture \"" + arguments.images.front() + "\"");
     }
 }

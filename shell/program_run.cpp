@@ -29,6 +29,7 @@ void report(const CLI::App &program, const std::string &text) {
 
 int runProgram(CLI::App &program, int argumentCount, char **arguments, const std::function<bool()> &work) {
     prepareStandardStreams();
+    program.allow_windows_style_options(false);  // "/photos/a.jpg" is a file name on Windows, too
     int code = 0;
     try {
         program.parse(argumentCount, arguments);

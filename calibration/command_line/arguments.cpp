@@ -152,7 +152,7 @@ void findPhotographsOf(Arguments &arguments) {
 void complete(ListedPhotograph &photograph, const std::string &list, const Arguments &arguments) {
     for (const std::string &text : arguments.texts.cameras) {
         const auto [name, glob] = parseCamera(text);
-        const std::string file = std::filesystem::path(photograph.name).filename().string();
+        const std::string file = std::filesystem::u8path(photograph.name).filename().u8string();
         if (photograph.camera.empty() && (matchesGlob(glob, photograph.name) || matchesGlob(glob, file))) {
             photograph.camera = name;
         }
@@ -178,7 +178,7 @@ void loadCornerLists(Arguments &arguments) {
     }
     for (const std::string &text : arguments.texts.cornerLists) {
         const size_t equals = text.find('=');
-        const bool hasName = equals != std::string::npos && !std::filesystem::exists(text);
+        const bool hasName = equals != std::string::npos && !std::filesystem::exists(std::filesystem::u8path(text));
         const std::string path = hasName ? text.substr(equals + 1) : text;
         for (ListedPhotograph &photograph : loadCornerList(path)) {
             photograph.camera = hasName ? parseCamera(text).first : "";
@@ -260,7 +260,8 @@ void addOptions(CLI::App &app, Arguments &arguments) {
 
 void interpret(Arguments &arguments) {
     const ArgumentTexts &texts = arguments.texts;
-    if (std::filesystem::exists(arguments.outputFolder) && !std::filesystem::is_directory(arguments.outputFolder)) {
+    const auto outputFolder = std::filesystem::u8path(arguments.outputFolder);
+    if (std::filesystem::exists(outputFolder) && !std::filesystem::is_directory(outputFolder)) {
         fail("--out: \"" + arguments.outputFolder + "\" is not a folder.");
     }
     if (!texts.board.empty()) {

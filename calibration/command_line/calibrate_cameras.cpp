@@ -172,7 +172,7 @@ void printResult(const Calibration &result) {
 // Puts "./" before a file name without a folder. Otherwise, writeResultFiles would write the file to the folder of the
 // results instead of the current folder.
 std::string reportPath(const std::string &path) {
-    return std::filesystem::path(path).has_parent_path() ? path : "./" + path;
+    return std::filesystem::u8path(path).has_parent_path() ? path : "./" + path;
 }
 
 calibration::ResultFile reportFile(const Arguments &arguments, const Calibration &result, Input &input) {

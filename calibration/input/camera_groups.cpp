@@ -90,7 +90,7 @@ std::string nextName(const std::vector<Group> &groups, std::set<std::string> &ta
 }
 
 std::string stemOf(const std::string &path) {
-    return std::filesystem::path(path).stem().string();
+    return std::filesystem::u8path(path).stem().u8string();
 }
 
 // Returns the last number in the file name, without leading zeros; empty if the name has no number.

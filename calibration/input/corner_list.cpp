@@ -133,8 +133,8 @@ std::vector<ListedPhotograph> loadCornerList(const std::string &path) {
 }
 
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath) {
-    const std::filesystem::path name(photograph.name);
-    const std::filesystem::path folder = std::filesystem::path(listPath).parent_path();
+    const std::filesystem::path name = std::filesystem::u8path(photograph.name);
+    const std::filesystem::path folder = std::filesystem::u8path(listPath).parent_path();
     for (const auto &path : {name, folder / name, folder / name.filename()}) {
         std::ifstream file(path, std::ios::binary);
         const auto size = file ? pattern_reader::declaredSize(file) : std::nullopt;

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 bool isPicture(const fs::path &path) {
     static const std::set<std::string> endings{".png", ".jpg", ".jpeg", ".tif", ".tiff",
                                                ".pgm", ".ppm", ".pnm",  ".bmp", ".webp"};
-    std::string ending = path.extension().string();
+    std::string ending = path.extension().u8string();
     std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](char c) { return char(std::tolower(static_cast<unsigned char>(c))); });
     return endings.count(ending) != 0;
@@ -46,21 +46,21 @@ bool matchesGlob(const std::string &pattern, const std::string &text) {
 
 std::vector<std::string> findPhotographs(const std::string &folderOrGlob) {
     std::error_code error;
-    const bool isFolder = fs::is_directory(folderOrGlob, error);
-    const bool isGlob = !fs::exists(folderOrGlob, error) && folderOrGlob.find_first_of("*?") != std::string::npos;
+    const fs::path path = fs::u8path(folderOrGlob);
+    const bool isFolder = fs::is_directory(path, error);
+    const bool isGlob = !fs::exists(path, error) && folderOrGlob.find_first_of("*?") != std::string::npos;
     if (!isFolder && !isGlob) {
         return {folderOrGlob};
     }
-    const fs::path path(folderOrGlob);
     const fs::path folder = isFolder ? path : path.parent_path();
-    const std::string pattern = path.filename().string();
+    const std::string pattern = path.filename().u8string();
     std::vector<std::string> found;
     for (fs::directory_iterator i(folder.empty() ? "." : folder, error), end; !error && i != end; i.increment(error)) {
         const fs::path &file = i->path();
-        const bool matches = isFolder ? isPicture(file) : matchesGlob(pattern, file.filename().string());
+        const bool matches = isFolder ? isPicture(file) : matchesGlob(pattern, file.filename().u8string());
         std::error_code unknown;
         if (matches && !fs::is_directory(file, unknown)) {
-            found.push_back((folder / file.filename()).string());
+            found.push_back((folder / file.filename()).u8string());
         }
     }
     std::sort(found.begin(), found.end());

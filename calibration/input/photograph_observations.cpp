@@ -37,8 +37,8 @@ std::vector<bool> repeatedFiles(const std::vector<ReadPhotograph> &photographs) 
     std::vector<bool> isRepeated;
     for (const ReadPhotograph &photograph : photographs) {
         std::error_code error;
-        const auto path = std::filesystem::weakly_canonical(photograph.file.path, error);
-        isRepeated.push_back(!known.insert(error ? photograph.file.path : path.string()).second);
+        const auto path = std::filesystem::weakly_canonical(std::filesystem::u8path(photograph.file.path), error);
+        isRepeated.push_back(!known.insert(error ? photograph.file.path : path.u8string()).second);
     }
     return isRepeated;
 }
