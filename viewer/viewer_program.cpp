@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QIcon>
 #include <QStandardPaths>
 #include <cstdint>
 #include <cstdio>
@@ -79,6 +80,8 @@ int runViewer(int argc, char **argv) {
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName("LmView");
     QCoreApplication::setApplicationVersion(LMCALTAB_VERSION);
+    Q_INIT_RESOURCE(vistrel);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/vistrel/vistrel.png")));
     if (isForToolkit) {
         arguments = parse(QCoreApplication::arguments().mid(1));
         if (arguments.exitCode >= 0) {
