@@ -6,13 +6,7 @@ set -u
 run=$1 windows=$2 linux=$3
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-cases=0 failures=0
-
-# expect NAME COMMAND...: counts a case and reports it if the command fails.
-expect() {
-  cases=$((cases + 1))
-  "${@:2}" || { failures=$((failures + 1)); echo "FAILED: $1" >&2; }
-}
+. "$(dirname "$0")/cases.sh"
 not() { ! "$@"; }
 
 draw() { "$run" "$windows" "$@"; }
@@ -69,5 +63,4 @@ done
 expect "keeps the protected file" grep -qx old "$folder/protected.pdf"
 expect "leaves nothing" test "$(find "$folder" -maxdepth 1 -name '.lmlib64-*' | wc -l)" -eq 2
 
-echo "$cases cases, $failures failed"
-[ "$failures" -eq 0 ]
+report_cases

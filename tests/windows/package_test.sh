@@ -4,32 +4,10 @@
 # removal without a trace, and a client of the library.
 #   package_test.sh FOLDER_OF_PACKAGES
 set -u
-packages=$(realpath "$1")
-source=$(realpath "$(dirname "$0")/../..")
-run=$source/packaging/windows/wine_run
-folder=$(mktemp -d)
-export WINEPREFIX=$folder/wine
-unset LMCALTAB_DLL_FOLDERS DISPLAY
-trap '/usr/lib/wine/wineserver64 -k 2>/dev/null; rm -rf "$folder"' EXIT
-cases=0 failures=0
-
-# expect NAME COMMAND...: counts a case and reports it if the command fails.
-expect() {
-  cases=$((cases + 1))
-  "${@:2}" || { failures=$((failures + 1)); echo "FAILED: $1" >&2; }
-}
-# is_soon COMMAND...: waits until the command succeeds, but at most a minute.
-is_soon() {
-  for _ in $(seq 120); do "$@" && return; sleep 0.5; done
-  return 1
-}
+unset DISPLAY
+. "$(dirname "$0")/unpacked_zip.sh" "$1"
+. "$(dirname "$0")/cases.sh"
 absent() { [ ! -e "$1" ]; }
-
-"$run" wineboot -i 2>/dev/null
-place="$folder/Prüf 図"
-mkdir "$place"
-unzip -q "$packages"/LmCalTab-*-win64.zip -d "$place"
-tree=$(echo "$place"/LmCalTab-*-win64)
 version=$(basename "$tree" | cut -d- -f2)
 
 # Types of resources: 14 is a group of icons, 16 the version, 24 the manifest.
@@ -49,8 +27,8 @@ done
 
 # draws TREE: tests that draw_pattern draws with only the files in the tree.
 draws() {
-  (cd "$place" && "$run" "$1/bin/draw_pattern.exe" custom --grid-spacing 12 --thickness 2 -o "日本語 Größe.pdf") &&
-    rm "$place/日本語 Größe.pdf"
+  (cd "$folder" && "$run" "$1/bin/draw_pattern.exe" custom --grid-spacing 12 --thickness 2 -o "日本語 Größe.pdf") &&
+    rm "$folder/日本語 Größe.pdf"
 }
 expect "draws from the zip" draws "$tree"
 expect "has the licences of what it contains" test "$(find "$tree/share/doc/LmCalTab/licences" -name '*.txt' | wc -l)" -ge 15
@@ -102,5 +80,4 @@ expect "leaves nothing" diff "$folder/before" <(list "$WINEPREFIX/drive_c")
 "$run" reg query "$uninstall_key" >"$folder/key" 2>&1
 expect "not in the list of programs" test $? -ne 0
 
-echo "$cases cases, $failures failed"
-[ "$failures" -eq 0 ]
+report_cases

@@ -1,22 +1,18 @@
 #!/usr/bin/env bash
-# Uses LmCalTab for Windows in a real window under wine, with the mouse and the keyboard. It changes a value on every
-# page, saves every page in every format into a folder whose name mixes writing systems, and closes the window. The
-# files must be identical to those that draw_pattern makes on this Linux system.
+# Uses LmCalTab and LmView for Windows in real windows under wine, with the mouse and the keyboard. All folders have
+# names that mix writing systems.
+# - In LmCalTab, it changes a value on every page and saves every page in every format. The files must be identical to
+#   those that draw_pattern makes on this Linux system.
+# - It starts LmView with LmCalTab's button, lets it read the example photographs, and saves the results. They must be
+#   those of calibrate_cameras on this Linux system.
 #   window_test.sh FOLDER_OF_PACKAGES BUILD [FOLDER_FOR_PICTURES]
-# BUILD is the folder of a build for this system that contains bin/draw_pattern. The test needs a desktop of its own
-# (tests/with_desktop.sh), wine and xclip.
+# BUILD is the folder of a build for this system that contains draw_pattern, calibrate_cameras and drop_files. The test
+# needs a desktop of its own (tests/with_desktop.sh), wine and xclip.
 set -u
-packages=$(realpath "$1") build=$(realpath "$2") pictures=${3:-}
-source=$(realpath "$(dirname "$0")/../..")
-run=$source/packaging/windows/wine_run
-folder=$(mktemp -d)
-export WINEPREFIX=$folder/wine
-unset LMCALTAB_DLL_FOLDERS QT_QPA_PLATFORM
-trap '/usr/lib/wine/wineserver64 -k 2>/dev/null; wait; rm -rf "$folder"' EXIT
+build=$(realpath "$2") pictures=${3:-}
+. "$(dirname "$0")/unpacked_zip.sh" "$1"
 target="$folder/日本語 Größe"
-mkdir "$target" "$folder/Prüf 図"
-unzip -q "$packages"/LmCalTab-*-win64.zip -d "$folder/Prüf 図"
-tree=$(echo "$folder/Prüf 図"/LmCalTab-*-win64)
+mkdir "$target"
 
 picture() { [ -z "$pictures" ] || import -window root "$pictures/$1.png"; }
 fail() {
@@ -28,11 +24,6 @@ fail() {
 window_named() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -1; }
 is_there() { [ -n "$(window_named "$1")" ]; }
 is_gone() { ! is_there "$1"; }
-# is_soon COMMAND...: waits until the command succeeds, but at most a minute.
-is_soon() {
-  for _ in $(seq 240); do "$@" && return; sleep 0.25; done
-  return 1
-}
 # activate TITLE: waits for the window, makes it the active one, and sets `window` to its number.
 activate() {
   is_soon is_there "$1" || fail "no window \"$1\""
@@ -69,7 +60,6 @@ save() {
   until_window is_gone "Save pattern..." keys Return
 }
 
-"$run" wineboot -i 2>/dev/null
 (cd "$folder" && exec "$run" "$tree/bin/LmCalTab.exe") 2>"$folder/said" &
 program=$!
 activate "Generate Calibration Pattern"
@@ -110,8 +100,60 @@ has flexible '"GridSize":[21,9]'
 has halcon '"GridSpacing":10'
 echo "LmCalTab: $(find "$target" -type f | wc -l) files, all as on this system"
 
+# The second button starts LmView, which takes photographs from another program.
+photographs="$folder/写真 Größe" results="$folder/結果 Größe"
+mkdir "$results"
+cp -r "$source/viewer/example" "$photographs"
+(cd "$photographs" && "$build/bin/calibrate_cameras" --quiet --out "$folder/linux results" photograph-*.jpg) || fail "no results"
+activate "Generate Calibration Pattern"
+click 190 25
+activate "LmView"
+xprop -id "$window" -f _NET_WM_ICON 32c _NET_WM_ICON | grep -q '= [0-9]' || fail "LmView's title has no icon"
+eval "$(xdotool getwindowgeometry --shell "$window")"
+"$build/tests/drop_files" $((X + WIDTH / 2)) $((Y + HEIGHT / 2)) "$photographs"/*.jpg 2>/dev/null ||
+  fail "LmView takes no photographs"
+
+# save_results: saves the results anew. A first result may be there before all photographs are read, and later results
+# start from earlier ones, so LmView calibrates anew first. wine does not show the title that LmView gives the dialog,
+# and its dialog takes folders only with "\".
+save_results() {
+  activate "LmView"
+  keys F5
+  sleep 3
+  until_window is_there "Select Folder" keys ctrl+r
+  activate "Select Folder"
+  enter "Z:${results//\//\\}"
+  until_window is_gone "Select Folder" keys Return
+  activate "Save Results"
+  until_window is_gone "Save Results" keys Return
+}
+# are_same: LmView's results are those of calibrate_cameras. Only the name of the program and the folder differ.
+are_same() {
+  local file
+  for file in calibration assembly; do
+    sed -E 's|"Z:[^"]*/|"|; s/"LmView /"calibrate_cameras /' "$results/$file.json" >"$folder/$file.json"
+    "$source/tests/windows/same_json.py" 1e-6 "$folder/$file.json" "$folder/linux results/$file.json" || return
+  done
+}
+for _ in $(seq 20); do
+  save_results
+  are_same >"$folder/compared" 2>&1 && break
+done
+picture lmview
+are_same || fail "not the results of this system"
+echo "LmView: the results of this system"
+activate "LmView"
+until_window is_gone "LmView" keys ctrl+q
+
 activate "Generate Calibration Pattern"
 keys alt+F4
 wait "$program"
 code=$?
 [ "$code" -eq 0 ] || fail "LmCalTab ended with $code: $(cat "$folder/said")"
+
+# LmView ends with 0, too. The exit code of the one that LmCalTab started is not known.
+(cd "$folder" && exec "$run" "$tree/bin/LmView.exe") 2>/dev/null &
+viewer=$!
+activate "LmView"
+until_window is_gone "LmView" keys ctrl+q
+wait "$viewer" || fail "LmView ended with $?"
