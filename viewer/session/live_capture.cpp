@@ -15,7 +15,6 @@
 namespace {
 
 constexpr int greatestShownWidth = 1000;  // pixels
-constexpr int mostNumbers = 100000;       // greatest number in the name of a saved picture
 
 QString tr(const char *text) {
     return QCoreApplication::translate("LiveCapture", text);
@@ -46,7 +45,7 @@ QString freeName(const QDir &folder, int &number) {
     QString file;
     do {
         file = folder.filePath(QString("picture-%1.png").arg(++number, 4, 10, QChar('0')));
-    } while (QFileInfo::exists(file) && number < mostNumbers);
+    } while (QFileInfo::exists(file));
     return file;
 }
 
