@@ -3,12 +3,15 @@
 #include <QCoreApplication>
 #include <QFontMetricsF>
 #include <QLineF>
+#include <QPixmap>
+#include <QtMath>
 #include <cmath>
 
 namespace {
 
 constexpr int labelMargin = 3;  // pixels
 constexpr int mostDecimals = 9;
+constexpr int mostExactCircles = 100;
 
 QString tr(const char *text) {
     return QCoreApplication::translate("Drawing", text);
@@ -62,6 +65,31 @@ QString rounded(double value) {
 
 QString pixels(double value) {
     return QString::number(value, 'f', value < 0.01 ? 4 : value < 1 ? 3 : 2) + QChar(0xa0) + "px";
+}
+
+void drawCircles(QPainter &painter, const QPolygonF &middles, double radius, const QColor &colour) {
+    const QPen pen(colour, 1.6);
+    if (middles.size() <= mostExactCircles) {
+        painter.setPen(pen);
+        painter.setBrush(Qt::NoBrush);
+        for (const QPointF &middle : middles) {
+            painter.drawEllipse(middle, radius, radius);
+        }
+        return;
+    }
+    const double ratio = painter.device()->devicePixelRatioF();
+    const double half = std::ceil(radius + pen.widthF());
+    QPixmap circle(qCeil(2 * half * ratio), qCeil(2 * half * ratio));
+    circle.setDevicePixelRatio(ratio);
+    circle.fill(Qt::transparent);
+    QPainter circlePainter(&circle);
+    circlePainter.setRenderHint(QPainter::Antialiasing);
+    circlePainter.setPen(pen);
+    circlePainter.drawEllipse(QPointF(half, half), radius, radius);
+    circlePainter.end();
+    for (const QPointF &middle : middles) {
+        painter.drawPixmap((middle - QPointF(half, half)).toPoint(), circle);
+    }
 }
 
 void drawArrow(QPainter &painter, QPointF from, QPointF to) {

@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QPointF>
+#include <QPolygonF>
 #include <QString>
 
 #include "calibration/calibrate.h"
@@ -27,6 +28,10 @@ QString rounded(double value);
 
 // Returns a text such as "0.027 px".
 QString pixels(double value);
+
+// Draws circles around these places, with a line 1.6 units wide. If there are many, they are drawn at whole pixels,
+// because that is much faster.
+void drawCircles(QPainter &painter, const QPolygonF &middles, double radius, const QColor &colour);
 
 void drawArrow(QPainter &painter, QPointF from, QPointF to);
 

@@ -197,9 +197,10 @@ void PhotographView::drawAxes(QPainter &painter, const PatternReading &reading) 
         middle += corner.image / float(reading.corners.size());
     }
     for (const PatternCorner &corner : reading.corners) {
-        if (cornerAt(reading, corner.lattice + cv::Point(step, 0)) != nullptr &&
-            cornerAt(reading, corner.lattice + cv::Point(0, step)) != nullptr &&
-            (best == nullptr || cv::norm(corner.image - middle) < cv::norm(best->image - middle))) {
+        // The search for the next corners takes long, so it comes last.
+        if ((best == nullptr || cv::norm(corner.image - middle) < cv::norm(best->image - middle)) &&
+            cornerAt(reading, corner.lattice + cv::Point(step, 0)) != nullptr &&
+            cornerAt(reading, corner.lattice + cv::Point(0, step)) != nullptr) {
             best = &corner;
         }
     }
@@ -230,20 +231,23 @@ void PhotographView::drawReading(QPainter &painter, int index) const {
     const PatternReading &reading = photograph.readings->at(size_t(index));
     const QColor colour = patternColour(qMax(0, reading.tile));
     const bool hasNumbers = scale >= numbersFromScale;
+    const double radius = qBound(1.5, 1.6 * scale, 7.0);
+    QPolygonF places;
+    QPolygonF disturbedPlaces;
     for (const PatternCorner &corner : reading.corners) {
         const auto at = place(pointOf(corner));
         if (!at || !rect().contains(at->toPoint())) {
             continue;
         }
-        painter.setPen(QPen(corner.disturbed ? residualColour() : colour, 1.6));
-        painter.setBrush(Qt::NoBrush);
-        const double radius = qBound(1.5, 1.6 * scale, 7.0);
-        painter.drawEllipse(*at, radius, radius);
+        (corner.disturbed ? disturbedPlaces : places) << *at;
         if (hasNumbers) {
+            painter.setPen(corner.disturbed ? residualColour() : colour);
             painter.drawText(*at + QPointF(radius + 2, -2),
                              QString("%1,%2").arg(corner.lattice.x).arg(corner.lattice.y));
         }
     }
+    drawCircles(painter, places, radius, colour);
+    drawCircles(painter, disturbedPlaces, radius, residualColour());
     drawAxes(painter, reading);
 }
 
