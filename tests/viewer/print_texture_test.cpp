@@ -37,10 +37,10 @@ calibration::Print printWith(const PrintLook &look, cv::Point first, cv::Size po
     return print;
 }
 
-std::vector<PatternReading> readFrom(const std::vector<PrintCell> &cells) {
+QImage drawn(const std::vector<PrintBlock> &texture, bool inDetail) {
     QPointF least(1e9, 1e9);
-    for (const PrintCell &cell : cells) {
-        for (const Eigen::Vector3d &corner : cell.whole) {
+    for (const PrintBlock &block : texture) {
+        for (const Eigen::Vector3d &corner : block.whole) {
             least = {qMin(least.x(), corner.x()), qMin(least.y(), corner.y())};
         }
     }
@@ -52,13 +52,27 @@ std::vector<PatternReading> readFrom(const std::vector<PrintCell> &cells) {
     const auto place = [&](const Eigen::Vector3d &at) {
         return std::optional(QPointF(40, 40) + pixelsPerMm * (QPointF(at.x(), at.y()) - least));
     };
-    for (const PrintCell &cell : cells) {
-        painter.fillPath(darkPartsOf({{}, {cell.whole}}, place), Qt::white);
-        painter.fillPath(darkPartsOf(cell, place), Qt::black);
+    for (const PrintBlock &block : texture) {
+        drawBlock(painter, block, inDetail, place, Qt::white, Qt::black);
     }
     painter.end();
+    return picture;
+}
+
+std::vector<PatternReading> readFrom(QImage picture) {
     return pattern_reader::readPatterns(
         cv::Mat(picture.height(), picture.width(), CV_8U, picture.bits(), size_t(picture.bytesPerLine())));
+}
+
+// Returns the share of the pixels that are dark in one picture and light in the other.
+double differenceOf(const QImage &a, const QImage &b) {
+    int count = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            count += qAbs(qGray(a.pixel(x, y)) - qGray(b.pixel(x, y))) > 100 ? 1 : 0;
+        }
+    }
+    return double(count) / (a.width() * a.height());
 }
 
 pattern_reader::PatternValues valuesWith(double thickness, std::optional<cv::Point> offset = {}) {
@@ -102,7 +116,11 @@ void PrintTextureTest::isWhatWasPrinted() {
     calibration::PrintShape flat;
     flat.reach = 100;
     const calibration::Print print = printWith(look, {first.x(), first.y()}, {points.width(), points.height()});
-    const std::vector<PatternReading> readings = readFrom(textureOf(print, flat, look));
+    const std::vector<PrintBlock> texture = textureOf(print, flat, look);
+    const QImage detailed = drawn(texture, true);
+    const double difference = differenceOf(detailed, drawn(texture, false));
+    QVERIFY2(difference > 0 && difference < 0.04, qPrintable(QString::number(difference)));
+    const std::vector<PatternReading> readings = readFrom(detailed);
     QCOMPARE(readings.size(), size_t(1));
     const PatternReading &reading = readings[0];
     QVERIFY(reading.kind == look.kind);

@@ -113,7 +113,7 @@ void addTextures(SessionResult &result, const QVector<SessionPhotograph> &photog
     for (size_t print = 0; print < looks.size(); ++print) {
         result.textures.push_back(looks[print] ? textureOf(result.calibration->observations.prints[print],
                                                            result.calibration->estimate.shapes[print], *looks[print])
-                                               : std::vector<PrintCell>());
+                                               : std::vector<PrintBlock>());
     }
 }
 

@@ -1,5 +1,6 @@
 #include "viewer/session/print_texture.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "camera_library/pattern/code_cells.h"
@@ -16,6 +17,9 @@ constexpr double leastTolerance = 0.02;  // allowed error of a circle's polygon,
 // Each cell extends beyond its edges by this share of the lattice's pitch. Without an overlap, the background would
 // shine through the common edge of two cells.
 constexpr double overlapShare = 0.02;
+constexpr size_t blockLength = 8;  // columns and rows of cells
+// A shape is large if its bounding box has at least this share of the area of a cell.
+constexpr double largeShare = 0.125;
 
 // Returns the camera library's type of pattern for this look.
 const lmlib64::PatternType *typeOf(const PrintLook &look) {
@@ -105,9 +109,103 @@ std::vector<lmlib64::Polygon> polygonsIn(const lmlib64::Rectangle &window, const
     return polygons;
 }
 
+bool isLarge(const lmlib64::Polygon &polygon, double pitch) {
+    const auto byX = [](const lmlib64::Point &a, const lmlib64::Point &b) { return a.x < b.x; };
+    const auto byY = [](const lmlib64::Point &a, const lmlib64::Point &b) { return a.y < b.y; };
+    const auto [left, right] = std::minmax_element(polygon.begin(), polygon.end(), byX);
+    const auto [top, bottom] = std::minmax_element(polygon.begin(), polygon.end(), byY);
+    return (right->x - left->x) * (bottom->y - top->y) >= largeShare * pitch * pitch;
+}
+
+// Cuts a print into cells and gives them the shape that the calibration found.
+class Cutter {
+public:
+    Cutter(const Print &print, const calibration::PrintShape &ownShape, const PatternGeometry &ownGeometry)
+        : shape(ownShape),
+          geometry(ownGeometry),
+          shift(print.points[pointAt(print, 0, 0)] -
+                Eigen::Vector2d(geometry.lattice.first.x, geometry.lattice.first.y)),
+          overlap(overlapShare * geometry.lattice.pitch),
+          across(cuts(geometry.width, geometry.lattice.first.x)),
+          down(cuts(geometry.height, geometry.lattice.first.y)) {}
+
+    std::vector<PrintBlock> blocks() const {
+        std::vector<PrintBlock> made;
+        for (size_t top = 0; top + 1 < down.size(); top += blockLength) {
+            // Each row is cut out first. A large pattern has tens of thousands of shapes, so cutting every block out of
+            // the whole pattern would take long.
+            const size_t bottom = std::min(top + blockLength, down.size() - 1);
+            const PatternGeometry strip = lmlib64::clippedTo(window(0, across.size() - 1, top, bottom), geometry);
+            for (size_t left = 0; left + 1 < across.size(); left += blockLength) {
+                const size_t right = std::min(left + blockLength, across.size() - 1);
+                made.push_back(blockAt(left, right, top, bottom, strip));
+            }
+        }
+        return made;
+    }
+
+private:
+    std::vector<double> cuts(double size, double first) const {
+        return cutsOf(size, first + geometry.cutDistance - geometry.lattice.pitch, geometry.lattice.pitch,
+                      geometry.quietZone);
+    }
+
+    // Returns the window between these cuts, with the overlap.
+    lmlib64::Rectangle window(size_t left, size_t right, size_t top, size_t bottom) const {
+        return {across[left] - overlap, down[top] - overlap, across[right] + overlap, down[bottom] + overlap};
+    }
+
+    Outline placed(const lmlib64::Polygon &polygon) const {
+        Outline outline;
+        for (const lmlib64::Point &corner : polygon) {
+            const Eigen::Vector2d drawn = shift + Eigen::Vector2d(corner.x, corner.y);
+            outline.push_back(calibration::printedPoint(shape.numbers.data(), shape.reach, drawn).place);
+        }
+        return outline;
+    }
+
+    Outline outlineOf(const lmlib64::Rectangle &window) const {
+        return placed({{window.left, window.top},
+                       {window.right, window.top},
+                       {window.right, window.bottom},
+                       {window.left, window.bottom}});
+    }
+
+    PrintBlock blockAt(size_t left, size_t right, size_t top, size_t bottom, const PatternGeometry &strip) const {
+        const lmlib64::Rectangle place = window(left, right, top, bottom);
+        const PatternGeometry part = lmlib64::clippedTo(place, strip);
+        PrintBlock block;
+        block.whole = outlineOf(place);
+        for (const lmlib64::Polygon &polygon : polygonsIn(place, part)) {
+            if (isLarge(polygon, geometry.lattice.pitch)) {
+                block.largeShapes.push_back(placed(polygon));
+            }
+        }
+        for (size_t row = top; row < bottom; ++row) {
+            for (size_t column = left; column < right; ++column) {
+                const lmlib64::Rectangle cellPlace = window(column, column + 1, row, row + 1);
+                PrintCell cell;
+                cell.whole = outlineOf(cellPlace);
+                for (const lmlib64::Polygon &polygon : polygonsIn(cellPlace, part)) {
+                    cell.shapes.push_back(placed(polygon));
+                }
+                block.cells.push_back(std::move(cell));
+            }
+        }
+        return block;
+    }
+
+    const calibration::PrintShape &shape;
+    const PatternGeometry &geometry;
+    const Eigen::Vector2d shift;
+    const double overlap;
+    const std::vector<double> across;
+    const std::vector<double> down;
+};
+
 }  // namespace
 
-std::vector<PrintCell> textureOf(const Print &print, const calibration::PrintShape &shape, const PrintLook &look) {
+std::vector<PrintBlock> textureOf(const Print &print, const calibration::PrintShape &shape, const PrintLook &look) {
     if (print.cells.empty()) {
         return {};
     }
@@ -116,43 +214,5 @@ std::vector<PrintCell> textureOf(const Print &print, const calibration::PrintSha
         return {};
     }
     const PatternGeometry geometry = lmlib64::geometryOf(description);
-    const lmlib64::Lattice &lattice = geometry.lattice;
-    const Eigen::Vector2d shift =
-        print.points[pointAt(print, 0, 0)] - Eigen::Vector2d(lattice.first.x, lattice.first.y);
-    const auto placed = [&](const lmlib64::Polygon &polygon) {
-        Outline outline;
-        for (const lmlib64::Point &corner : polygon) {
-            const Eigen::Vector2d drawn = shift + Eigen::Vector2d(corner.x, corner.y);
-            outline.push_back(calibration::printedPoint(shape.numbers.data(), shape.reach, drawn).place);
-        }
-        return outline;
-    };
-    const auto cuts = [&](double size, double first) {
-        return cutsOf(size, first + geometry.cutDistance - lattice.pitch, lattice.pitch, geometry.quietZone);
-    };
-    const std::vector<double> across = cuts(geometry.width, lattice.first.x);
-    const std::vector<double> down = cuts(geometry.height, lattice.first.y);
-    const double overlap = overlapShare * lattice.pitch;
-    std::vector<PrintCell> cells;
-    for (size_t row = 0; row + 1 < down.size(); ++row) {
-        // Each row is cut out first. A large pattern has about as many shapes as cells, so cutting every cell out of
-        // the whole pattern would take long.
-        const PatternGeometry strip = lmlib64::clippedTo(
-            {across.front() - overlap, down[row] - overlap, across.back() + overlap, down[row + 1] + overlap},
-            geometry);
-        for (size_t column = 0; column + 1 < across.size(); ++column) {
-            const lmlib64::Rectangle window{across[column] - overlap, down[row] - overlap, across[column + 1] + overlap,
-                                            down[row + 1] + overlap};
-            PrintCell cell;
-            cell.whole = placed({{window.left, window.top},
-                                 {window.right, window.top},
-                                 {window.right, window.bottom},
-                                 {window.left, window.bottom}});
-            for (const lmlib64::Polygon &polygon : polygonsIn(window, strip)) {
-                cell.shapes.push_back(placed(polygon));
-            }
-            cells.push_back(std::move(cell));
-        }
-    }
-    return cells;
+    return Cutter(print, shape, geometry).blocks();
 }

@@ -17,7 +17,15 @@ struct PrintCell {
     std::vector<Outline> shapes;  // what lies within an odd number of these is dark
 };
 
-// Returns the cells that cover a print and its quiet zone; none if the print has no lattice. Takes about 20 ms for a
+// A piece of the print with up to 8 x 8 cells. If a block is small on the screen, its code cannot be seen. Then only
+// its large shapes need to be drawn, which is much faster.
+struct PrintBlock {
+    Outline whole;  // the outline of the block, to be filled with the light colour
+    std::vector<PrintCell> cells;
+    std::vector<Outline> largeShapes;  // such as squares; what lies within an odd number of these is dark
+};
+
+// Returns the blocks that cover a print and its quiet zone; none if the print has no lattice. Takes about 20 ms for a
 // pattern of 91 x 91 points.
-std::vector<PrintCell> textureOf(const calibration::Print &print, const calibration::PrintShape &shape,
-                                 const PrintLook &look);
+std::vector<PrintBlock> textureOf(const calibration::Print &print, const calibration::PrintShape &shape,
+                                  const PrintLook &look);

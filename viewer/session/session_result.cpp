@@ -53,8 +53,8 @@ int SessionResult::indexOf(int photographId) const {
     return found == photographIds.end() ? -1 : int(found - photographIds.begin());
 }
 
-const std::vector<PrintCell> &SessionResult::textureOf(int print) const {
-    static const std::vector<PrintCell> none;
+const std::vector<PrintBlock> &SessionResult::textureOf(int print) const {
+    static const std::vector<PrintBlock> none;
     return size_t(print) < textures.size() ? textures[size_t(print)] : none;
 }
 

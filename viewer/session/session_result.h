@@ -33,13 +33,13 @@ struct SessionResult {
     std::vector<std::vector<std::optional<Eigen::Vector2d>>> estimated;
 
     // What is printed on each print of the calibration; empty for a print whose look is not known.
-    std::vector<std::vector<PrintCell>> textures;
+    std::vector<std::vector<PrintBlock>> textures;
 
     // Returns the index in calibration->observations.photographs of the photograph that has this id in the session; -1
     // if the calibration does not have the photograph.
     int indexOf(int photographId) const;
     // Returns what is printed on a print; empty if that is not known.
-    const std::vector<PrintCell> &textureOf(int print) const;
+    const std::vector<PrintBlock> &textureOf(int print) const;
 };
 
 // Returns the transformation from the axes of a print to those of the camera that took a photograph. Empty if the pose

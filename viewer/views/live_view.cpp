@@ -9,6 +9,7 @@ namespace {
 
 constexpr double cornerRadius = 3;
 constexpr int borderWidth = 4;
+const QColor adviceColour(255, 210, 0, 90);
 
 }  // namespace
 
@@ -38,15 +39,14 @@ void LiveView::setBorder(const QColor &colour) {
 }
 
 void LiveView::drawCorners(QPainter &painter, double scale) const {
-    painter.setBrush(Qt::NoBrush);
     for (const auto &reading : *frame.readings) {
-        painter.setPen(QPen(patternColour(qMax(0, reading.tile)), 1.6));
+        QPolygonF places;
         QPointF middle;
         for (const auto &corner : reading.corners) {
-            const QPointF at = scale * QPointF(double(corner.image.x) + 0.5, double(corner.image.y) + 0.5);
-            painter.drawEllipse(at, cornerRadius, cornerRadius);
-            middle += at / double(reading.corners.size());
+            places << scale * QPointF(double(corner.image.x) + 0.5, double(corner.image.y) + 0.5);
+            middle += places.last() / double(reading.corners.size());
         }
+        drawCircles(painter, places, cornerRadius, patternColour(qMax(0, reading.tile)));
         drawLabel(painter, middle, nameOf(reading));
     }
 }
@@ -65,10 +65,10 @@ void LiveView::drawAdvice(QPainter &painter) const {
     const calibration::NextPhotograph &next = *calibration.next;
     const auto seen = seenBy(calibration.observations.cameras[size_t(next.camera)],
                              calibration.estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(255, 210, 0, 90));
-    for (const PrintCell &cell : result->textureOf(next.print)) {
-        painter.drawPath(darkPartsOf(cell, seen));
+    const std::vector<PrintBlock> &texture = result->textureOf(next.print);
+    const bool inDetail = cellCount(texture) <= mostCellsInDetail;
+    for (const PrintBlock &block : texture) {
+        drawBlock(painter, block, inDetail, seen, {}, adviceColour);
     }
 }
 

@@ -50,9 +50,10 @@ void NextPhotographView::paintEvent(QPaintEvent *) {
     painter.translate(picture.topLeft());
     painter.scale(size.width() / camera.width, size.width() / camera.width);
     const auto seen = seenBy(camera, calibration.estimate.intrinsics[size_t(next.camera)], next.cameraFromPrint);
-    for (const PrintCell &cell : result->textureOf(next.print)) {
-        painter.fillPath(darkPartsOf({{}, {cell.whole}}, seen), lightColour);
-        painter.fillPath(darkPartsOf(cell, seen), darkColour);
+    const std::vector<PrintBlock> &texture = result->textureOf(next.print);
+    const bool inDetail = cellCount(texture) <= mostCellsInDetail;
+    for (const PrintBlock &block : texture) {
+        drawBlock(painter, block, inDetail, seen, lightColour, darkColour);
     }
     painter.resetTransform();
     painter.setClipping(false);

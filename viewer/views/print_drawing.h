@@ -1,19 +1,28 @@
-// Projects what is printed, so that it can be drawn as a camera sees it or as it looks in a scene.
+// Draws what is printed, as a camera sees it or as it looks in a scene.
 #pragma once
 
-#include <QPainterPath>
+#include <QColor>
+#include <QPointF>
 #include <functional>
 #include <optional>
 
 #include "viewer/session/print_texture.h"
 
-// Returns the dark parts of the cell as a path to be filled with a brush. `place` maps the corners of the outlines to
-// the path. If `place` returns nothing for at least one corner, the path is empty.
-QPainterPath darkPartsOf(const PrintCell &cell,
-                         const std::function<std::optional<QPointF>(const Eigen::Vector3d &)> &place);
+class QPainter;
 
-// Returns a function that maps points of a print to pixels of a camera's picture. The function returns nothing for a
-// point that the camera cannot see. The arguments must outlive the function.
-std::function<std::optional<QPointF>(const Eigen::Vector3d &)> seenBy(const calibration::Camera &camera,
-                                                                      const Eigen::VectorXd &intrinsics,
-                                                                      const calibration::RigidMotion &cameraFromPrint);
+// Maps points of a print to the painter's coordinates; returns nothing for a point that cannot be seen.
+using PlaceOnPicture = std::function<std::optional<QPointF>(const Eigen::Vector3d &)>;
+
+// If there are more cells than this to draw, drawing all their code would take longer than 30 ms.
+constexpr size_t mostCellsInDetail = 2500;
+size_t cellCount(const std::vector<PrintBlock> &blocks);
+
+// Draws a block without borders. A part of which `place` does not return all corners is left out. If `light` is not
+// valid, only the dark parts are drawn. If `inDetail` is false, only the large shapes are drawn.
+void drawBlock(QPainter &painter, const PrintBlock &block, bool inDetail, const PlaceOnPicture &place,
+               const QColor &light, const QColor &dark);
+
+// Returns a function that maps points of a print to pixels of a camera's picture. `camera` and `intrinsics` must
+// outlive the function.
+PlaceOnPicture seenBy(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
+                      const calibration::RigidMotion &cameraFromPrint);

@@ -14,7 +14,9 @@ using calibration::RigidMotion;
 
 namespace {
 
-constexpr double eyeDistance = 4;  // in units of `reach`
+constexpr double eyeDistance = 4;      // in units of `reach`
+constexpr double firstAzimuth = -0.5;  // radians
+constexpr double firstElevation = 0.5;
 constexpr double turnPerPixel = 0.008;
 constexpr double turnPerKey = 0.1;
 const QColor lightColour(244, 244, 240);
@@ -35,6 +37,7 @@ Eigen::Vector3d midpointOf(const Outline &points) {
 SceneView::SceneView(QWidget *parent) : ResultView(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(tr("Scene"));
+    setAngles(firstAzimuth, firstElevation);
 }
 
 void SceneView::setSettings(const SessionSettings &newSettings) {
@@ -51,9 +54,6 @@ void SceneView::refresh() {
     if (calibrated() != nullptr) {
         worldFromAxes = commonAxes(*calibrated(), settings).fromWorld.inverse();
         addPrints();
-        if (!wasTurned) {
-            lookAtAll();
-        }
         addCameras();
         lookAtAll();
     }
@@ -75,10 +75,14 @@ void SceneView::addPrints() {
                 corner = rotation * corner + pose.translation;
             }
         };
-        for (PrintCell cell : result->textureOf(int(print))) {
-            toWorld(cell.whole);
-            std::for_each(cell.shapes.begin(), cell.shapes.end(), toWorld);
-            facets.push_back({cell.whole, lightColour, {}, std::move(cell)});
+        for (PrintBlock block : result->textureOf(int(print))) {
+            toWorld(block.whole);
+            std::for_each(block.largeShapes.begin(), block.largeShapes.end(), toWorld);
+            for (PrintCell &cell : block.cells) {
+                toWorld(cell.whole);
+                std::for_each(cell.shapes.begin(), cell.shapes.end(), toWorld);
+            }
+            facets.push_back({block.whole, {}, {}, std::move(block)});
         }
         labels.push_back(
             {pose.translation, known.number >= 0 ? QString::number(known.number) : QString::fromStdString(known.name)});
@@ -145,9 +149,7 @@ void SceneView::lookAtAll() {
 }
 
 Eigen::Vector3d SceneView::fromEye(const Eigen::Vector3d &place) const {
-    const RigidMotion about{{0, azimuth, 0}, Eigen::Vector3d::Zero()};
-    const RigidMotion down{{elevation, 0, 0}, Eigen::Vector3d::Zero()};
-    return down * (about * (place - middle)) / reach + Eigen::Vector3d(0, 0, eyeDistance);
+    return eyeRotation * (place - middle) / reach + Eigen::Vector3d(0, 0, eyeDistance);
 }
 
 QPointF SceneView::onScreen(const Eigen::Vector3d &inEye) const {
@@ -185,6 +187,7 @@ void SceneView::paintEvent(QPaintEvent *) {
     };
     std::vector<Drawn> drawn;
     drawn.reserve(facets.size());
+    size_t cellsInView = 0;
     for (const Facet &facet : facets) {
         QPolygonF polygon;
         bool isInFront = true;
@@ -193,20 +196,22 @@ void SceneView::paintEvent(QPaintEvent *) {
             isInFront = isInFront && inEye.z() > 0.1;
             polygon << onScreen(inEye);
         }
-        if (isInFront) {
+        if (isInFront && polygon.boundingRect().adjusted(-1, -1, 1, 1).intersects(rect())) {
             drawn.push_back({&facet, polygon, fromEye(midpointOf(facet.corners)).z()});
+            cellsInView += facet.block.cells.size();
         }
     }
     std::sort(drawn.begin(), drawn.end(), [](const Drawn &a, const Drawn &b) { return a.depth > b.depth; });
     painter.setRenderHint(QPainter::Antialiasing);
     const auto inView = [this](const Eigen::Vector3d &place) { return std::optional(onScreen(fromEye(place))); };
     for (const Drawn &one : drawn) {
+        if (!one.facet->block.cells.empty()) {
+            drawBlock(painter, one.facet->block, cellsInView <= mostCellsInDetail, inView, lightColour, darkColour);
+            continue;
+        }
         painter.setBrush(one.facet->fill.isValid() ? QBrush(one.facet->fill) : QBrush(Qt::NoBrush));
         painter.setPen(one.facet->outline.isValid() ? QPen(one.facet->outline, 1) : QPen(Qt::NoPen));
         painter.drawPolygon(one.polygon);
-        if (!one.facet->print.shapes.empty()) {
-            painter.fillPath(darkPartsOf(one.facet->print, inView), darkColour);
-        }
     }
     drawAxes(painter);
     for (const Label &label : labels) {
@@ -220,10 +225,14 @@ void SceneView::paintEvent(QPaintEvent *) {
 }
 
 void SceneView::turn(double x, double y) {
-    azimuth = std::remainder(azimuth + x, 2 * M_PI);
-    elevation = qBound(-M_PI / 2, elevation + y, M_PI / 2);
-    wasTurned = true;
+    setAngles(std::remainder(azimuth + x, 2 * M_PI), qBound(-M_PI / 2, elevation + y, M_PI / 2));
     update();
+}
+
+void SceneView::setAngles(double newAzimuth, double newElevation) {
+    azimuth = newAzimuth;
+    elevation = newElevation;
+    eyeRotation = calibration::rotationMatrix({elevation, 0, 0}) * calibration::rotationMatrix({0, azimuth, 0});
 }
 
 void SceneView::mousePressEvent(QMouseEvent *event) {
@@ -242,11 +251,9 @@ void SceneView::mouseMoveEvent(QMouseEvent *event) {
 }
 
 void SceneView::mouseDoubleClickEvent(QMouseEvent *) {
-    azimuth = -0.5;
-    elevation = 0.5;
+    setAngles(firstAzimuth, firstElevation);
     zoom = 1;
     shift = {};
-    wasTurned = false;
     update();
 }
 

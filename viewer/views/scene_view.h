@@ -28,10 +28,10 @@ protected:
 
 private:
     struct Facet {
-        Outline corners;  // in the world, mm
-        QColor fill;      // if invalid, only the outline is drawn
-        QColor outline;   // if invalid, no outline is drawn
-        PrintCell print;  // in the world, mm; without shapes if the facet is not part of a print
+        Outline corners;   // in the world, mm
+        QColor fill;       // if invalid, only the outline is drawn
+        QColor outline;    // if invalid, no outline is drawn
+        PrintBlock block;  // in the world, mm; without cells if the facet is not part of a print
     };
     struct Label {
         Eigen::Vector3d place;
@@ -44,6 +44,7 @@ private:
                    const Eigen::VectorXd &intrinsics, const QColor &colour);
     void lookAtAll();
     void turn(double x, double y);
+    void setAngles(double newAzimuth, double newElevation);
     // Converts a place in the world to the coordinates of the eye that looks at the scene: x to the right, y down, z
     // away from the eye, in units of `reach`.
     Eigen::Vector3d fromEye(const Eigen::Vector3d &place) const;
@@ -55,12 +56,12 @@ private:
     std::vector<Facet> facets;
     std::vector<Label> labels;
     Eigen::Vector3d middle = Eigen::Vector3d::Zero();
-    double reach = 1000;                     // mm, from the middle to a corner of the box around everything
-    double cameraSize = 100;                 // mm
-    double printReach = 100;                 // mm, of the largest print
-    double azimuth = -0.5, elevation = 0.5;  // radians
+    double reach = 1000;                // mm, from the middle to a corner of the box around everything
+    double cameraSize = 100;            // mm
+    double printReach = 100;            // mm, of the largest print
+    double azimuth = 0, elevation = 0;  // radians
+    Eigen::Matrix3d eyeRotation;        // follows from the angles
     double zoom = 1;
     QPointF shift;
     QPointF lastMouse;
-    bool wasTurned = false;
 };
