@@ -137,25 +137,31 @@ void ViewerWindow::openSessionFile() {
 }
 
 void ViewerWindow::openSessionDocument(const QString &file) {
-    QString problem;
-    const std::optional<SessionDocument> document = openSession(file, problem);
-    if (!document) {
-        tell(problem);
-        return;
-    }
-    session.open(*document);
-    live->suggestFolder(QFileInfo(file).absolutePath());
-    QStringList gone;
-    for (const SessionEntry &entry : document->photographs) {
-        if (!QFileInfo::exists(entry.path)) {
-            gone << entry.path;
+    opening.cancel();
+    opening.add([this, file](const BackgroundWork::IsCancelled &isCancelled) -> BackgroundWork::Delivery {
+        QString problem;
+        const std::optional<SessionDocument> document = openSession(file, problem);
+        if (!document) {
+            return [this, problem] { tell(problem); };
         }
-    }
+        QStringList gone;
+        for (const SessionEntry &entry : document->photographs) {
+            if (!isCancelled() && !QFileInfo::exists(entry.path)) {
+                gone << entry.path;
+            }
+        }
+        return [this, file, document = *document, gone] { showOpenedSession(file, document, gone); };
+    });
+}
+
+void ViewerWindow::showOpenedSession(const QString &file, const SessionDocument &document, const QStringList &gone) {
+    session.open(document);
+    live->suggestFolder(QFileInfo(file).absolutePath());
     if (!gone.isEmpty()) {
         tell(tr("%1 of the session's %2 photographs are gone, such as %3. They stay in the list. Put them back where "
                 "they were, and open the session again.")
                  .arg(gone.size())
-                 .arg(document->photographs.size())
+                 .arg(document.photographs.size())
                  .arg(QDir::toNativeSeparators(gone.first())));
     }
 }

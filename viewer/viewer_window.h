@@ -63,7 +63,9 @@ private:
     void paste();
     void openSessionFile();
     void saveSessionFile();
+    // Reads the file and looks for its photographs in the background, because a network disk can be slow.
     void openSessionDocument(const QString &file);
+    void showOpenedSession(const QString &file, const SessionDocument &document, const QStringList &gone);
     void openExample();
     void saveResults();
     void saveReport();
@@ -111,6 +113,7 @@ private:
     QAction *saveResultsAction = nullptr;
     QAction *reportAction = nullptr;
     std::vector<NamedCorner> pickedCorners;
+    BackgroundWork opening{1};  // reads session files
     BackgroundWork saving{1};   // writes the files that the user asks for
     BackgroundWork keeping{1};  // writes the copy of the session
 };
