@@ -320,6 +320,21 @@ void ResultViewsTest::marksTheCornersOfALiveFrame() {
     }
     QCOMPARE(circles, QPolygonF(QVector<QPointF>{{50, 150}, {550, 450}}));
     QCOMPARE(drawnText(view), QString("2"));
+
+    // Many circles are drawn as copies of one, but in the same places.
+    while (reading.corners.size() < 150) {
+        const auto next = reading.corners[reading.corners.size() - 2];
+        reading.corners.push_back(next);
+    }
+    frame.readings = std::make_shared<const PatternReadings>(PatternReadings{reading});
+    view.showFrame(frame);
+    const QImage drawn = view.grab().toImage();
+    for (const QPoint &middle : {QPoint(50, 150), QPoint(550, 450)}) {
+        QCOMPARE(drawn.pixelColor(middle), QColor(Qt::white));
+        for (const QPoint &side : {QPoint(-4, 0), QPoint(3, 0), QPoint(0, -4), QPoint(0, 3)}) {
+            QVERIFY(drawn.pixelColor(middle + side).green() < 180);
+        }
+    }
     view.clear("Nothing yet.");
     QCOMPARE(drawnText(view), QString("Nothing yet."));
 }
