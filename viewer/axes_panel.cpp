@@ -6,6 +6,13 @@
 #include <QLabel>
 #include <QPushButton>
 
+namespace {
+
+// Marks the item that is shown while three corners define the axes. The data of other items are patterns' numbers.
+constexpr int threeCorners = -1;
+
+}  // namespace
+
 AxesPanel::AxesPanel(QWidget *parent)
     : QWidget(parent),
       reference(new QComboBox(this)),
@@ -39,6 +46,9 @@ AxesPanel::AxesPanel(QWidget *parent)
         emit settingsEdited(settings);
     });
     connect(reference, qOverload<int>(&QComboBox::activated), this, [this](int index) {
+        if (index == reference->findData(threeCorners)) {
+            return;
+        }
         settings.reference.reset();
         if (index > 0) {
             settings.reference = reference->itemData(index).toInt();
@@ -51,7 +61,18 @@ AxesPanel::AxesPanel(QWidget *parent)
 
 void AxesPanel::setSettings(const SessionSettings &newSettings) {
     settings = newSettings;
-    reference->setCurrentIndex(settings.reference ? qMax(0, reference->findData(*settings.reference)) : 0);
+    const int extra = reference->findData(threeCorners);
+    if (extra >= 0) {
+        reference->removeItem(extra);
+    }
+    int shown = 0;
+    if (settings.frame) {
+        shown = reference->count();
+        reference->addItem(tr("three corners"), threeCorners);
+    } else if (settings.reference) {
+        shown = qMax(0, reference->findData(*settings.reference));
+    }
+    reference->setCurrentIndex(shown);
     showChoice();
 }
 

@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSpinBox>
+#include <utility>
 
 using calibration::LensModel;
 
@@ -58,10 +59,13 @@ SettingsPanel::SettingsPanel(QWidget *parent)
       boardRows(makeCount(this, 6)),
       boardSquare(makeLength(this)),
       mayBend(new QCheckBox(tr("Prints may be bent"), this)) {
-    arrangement->addItems({tr("Cameras, each by itself"), tr("Rig: cameras fixed to each other"),
-                           tr("Assembly: patterns fixed to each other")});
-    for (int i = 0; i < arrangement->count(); ++i) {
-        arrangement->setItemData(i, arrangement->itemText(i), Qt::ToolTipRole);  // the closed box may cut off the text
+    // The texts are short, so that the closed box shows them whole. The tips of the open list explain them.
+    const std::pair<QString, QString> arrangements[] = {{tr("Single cameras"), tr("Cameras, each by itself")},
+                                                        {tr("Camera rig"), tr("Cameras that are fixed to each other")},
+                                                        {tr("Assembly"), tr("Patterns that are fixed to each other")}};
+    for (const auto &[text, tip] : arrangements) {
+        arrangement->addItem(text);
+        arrangement->setItemData(arrangement->count() - 1, tip, Qt::ToolTipRole);
     }
     lens->addItem(tr("Choose the best"));
     for (const LensModel model :

@@ -72,7 +72,7 @@ ViewerWindow::ViewerWindow(const QString &recoveryFolder) : session(calibratePho
     setCentralWidget(whole);
     makeMenus();
     resize(1280, 800);
-    columns->setSizes({280, 430, 550});
+    columns->setSizes({280, 380, 600});
     connectSession();
     if (!recoveryFolder.isEmpty()) {
         startRecovery(recoveryFolder);
