@@ -26,6 +26,7 @@
 #include "bench/viewer/file_drop.h"
 #include "tests/viewer/bad_photographs.h"
 #include "tests/viewer/example_truth.h"
+#include "viewer/axes_panel.h"
 #include "viewer/live_panel.h"
 #include "viewer/photograph_list.h"
 #include "viewer/settings_panel.h"
@@ -50,6 +51,26 @@ QString problemOf(const QListView &list, const QString &fileName) {
         }
     }
     return "not in the list";
+}
+
+QByteArray contentsOf(const QString &path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Returns the places of a pattern's corners in the written assembly, by column and row.
+QMap<QPair<int, int>, Eigen::Vector3d> placesIn(const QString &assemblyFile, int pattern) {
+    QMap<QPair<int, int>, Eigen::Vector3d> places;
+    const QJsonArray patterns = QJsonDocument::fromJson(contentsOf(assemblyFile)).object()["Patterns"].toArray();
+    for (const QJsonValue &one : patterns) {
+        const QJsonArray points = one["Number"].toInt() == pattern ? one["Points"].toArray() : QJsonArray();
+        for (const QJsonValue &point : points) {
+            const QJsonArray row = point.toArray();
+            places.insert({row[0].toInt(), row[1].toInt()},
+                          Eigen::Vector3d(row[2].toDouble(), row[3].toDouble(), row[4].toDouble()));
+        }
+    }
+    return places;
 }
 
 // Returns the smallest rectangle that contains everything that is not white.
@@ -153,6 +174,8 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
     }
     QVERIFY(text.contains(verdict));
     QVERIFY(!window.writeReportTo(results.filePath("no/such/folder.pdf")).isEmpty());
+    QCOMPARE(window.writeReportTo(results.filePath("report.html")), QString());
+    QCOMPARE(contentsOf(results.filePath("report.html")).count("data:image/jpeg;base64,"), 12);
 
     // Every page is A4, and everything is within its margins.
     QProcess painter;
@@ -189,6 +212,13 @@ void ViewerWindowTest::namesBadPhotographsAndIsNotSpoiledByThem() {
     const auto error = greatestCornerError(results.filePath("assembly.json"));
     QVERIFY(error.has_value());
     QVERIFY2(*error < 0.05, qPrintable(QString("%1 mm").arg(*error)));
+
+    // The photographs that are of no use at all are also named in the files.
+    QCOMPARE(window.writeReportTo(results.filePath("report.html")), QString());
+    for (const char *file : {"report.html", "calibration.json"}) {
+        const QByteArray contents = contentsOf(results.filePath(file));
+        QVERIFY2(contents.contains("blurred.jpg") && contents.contains("smaller.jpg"), file);
+    }
 }
 
 void ViewerWindowTest::opensPhotographsFromResiduals() {
@@ -253,22 +283,24 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     const QTemporaryDir results;
     QVERIFY(isCalibrated(window));
     QCOMPARE(window.writeResultsTo(results.path()), QString());
-    QFile file(results.filePath("assembly.json"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QMap<QPair<int, int>, Eigen::Vector3d> places;
-    for (const QJsonValue &pattern : QJsonDocument::fromJson(file.readAll()).object()["Patterns"].toArray()) {
-        for (const QJsonValue &point : pattern["Number"].toInt() == 1 ? pattern["Points"].toArray() : QJsonArray()) {
-            const QJsonArray row = point.toArray();
-            places.insert({row[0].toInt(), row[1].toInt()},
-                          Eigen::Vector3d(row[2].toDouble(), row[3].toDouble(), row[4].toDouble()));
-        }
-    }
+    const auto places = placesIn(results.filePath("assembly.json"), 1);
     const double length = 8 * example_assembly::gridSpacing / 2;
     const Eigen::Vector3d expected[] = {{0, 0, 0}, {length, 0, 0}, {0, length, 0}};
     for (int i = 0; i < 3; ++i) {
         const Eigen::Vector3d found = places.value({lattice[i].x - 1, lattice[i].y - 1}, Eigen::Vector3d(-1, -1, -1));
         QVERIFY2((found - expected[i]).norm() < 0.05, qPrintable(QString("%1").arg((found - expected[i]).norm())));
     }
+
+    // Another choice: the axes of pattern 2.
+    auto *reference = window.findChild<AxesPanel *>()->findChild<QComboBox *>();
+    QCOMPARE(reference->currentText(), QString("three corners"));
+    reference->setCurrentIndex(reference->findText("pattern 2"));
+    emit reference->activated(reference->currentIndex());
+    QCOMPARE(window.writeResultsTo(results.path()), QString());
+    const auto ownPlaces = placesIn(results.filePath("assembly.json"), 2);
+    const Eigen::Vector3d start = ownPlaces.value({3, 4}, Eigen::Vector3d(-1, -1, -1));
+    QVERIFY((ownPlaces.value({11, 4}) - start - Eigen::Vector3d(length, 0, 0)).norm() < 0.05);
+    QVERIFY((ownPlaces.value({3, 12}) - start - Eigen::Vector3d(0, length, 0)).norm() < 0.05);
 }
 
 void ViewerWindowTest::keepsACopyWhileChangesFollowEachOther() {
@@ -314,6 +346,20 @@ void ViewerWindowTest::showsPlacesInTheChosenAxes() {
     emit window.findChild<SettingsPanel *>()->edited(settings);
     QTRY_VERIFY(placeOf(2).norm() < 0.01);
     QVERIFY(qAbs(placeOf(0).norm() - distance) < 0.01);
+
+    // The last column takes what a caliper shows for the two check bars of a print. A length that no bar of 100 mm can
+    // have is refused.
+    connect(window.findChild<PatternsView *>(), &PatternsView::settingsEdited, this,
+            [&settings](const SessionSettings &edited) { settings = edited; });
+    const std::pair<QString, QPointF> entries[] = {{"99.7 x 100.1", {0.997, 1.001}},
+                                                   {"99.7 mm X 100.1 mm", {0.997, 1.001}},
+                                                   {"99.5", {0.995, 0.995}},
+                                                   {"50 x 100", {}},
+                                                   {"", {}}};
+    for (const auto &[entered, measured] : entries) {
+        table->item(1, table->columnCount() - 1)->setText(entered);
+        QVERIFY2(settings.measured.value(1) == measured, qPrintable(entered));
+    }
 }
 
 void ViewerWindowTest::takesPicturesOfAVideo() {
