@@ -19,6 +19,7 @@
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTextBrowser>
+#include <QtMath>
 #include <QtTest>
 #include <opencv2/videoio.hpp>
 #include <set>
@@ -338,6 +339,9 @@ void ViewerWindowTest::showsPlacesInTheChosenAxes() {
     const double distance = placeOf(2).norm();
     QCOMPARE(placeOf(0), Eigen::Vector3d(0, 0, 0));
     QVERIFY(distance > 100);
+    const Eigen::Vector3d rotation(example_assembly::worldFromPattern[1].rotation.data());
+    const double turn = table->item(1, 5)->text().section(QChar(0xa0), 0, 0).toDouble();
+    QVERIFY2(qAbs(turn - qRadiansToDegrees(rotation.norm())) < 0.05, qPrintable(QString::number(turn)));
     SessionSettings settings;
     settings.arrangement = Arrangement::Assembly;
     settings.lens = calibration::LensModel::Pinhole5;
