@@ -81,6 +81,7 @@ says <(tr -d ' \n' <replaced.json) '"PrintScale":[0.99,1],"Paper":[200,287]'
 printf '{"Patterns":[{"GridSpacing":12}]}\0{}' >zero.json
 sed 's/"Version": 1/"Version": 2/' first.json >version2.json
 while IFS='|' read -r arguments text; do
+  [[ $verb != opened || $arguments != *'<('* ]] || continue # wine waits for pipes for ever
   eval "ends 2 $arguments"
   says err "draw_pattern: ${text/VERB/$verb}"
   [ ! -e no.pdf ] || fail "$arguments wrote a file"

@@ -1,6 +1,7 @@
 // Tests the session without a window, from files to a result. A function of the test stands in for the calibration.
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QPainter>
 #include <QSemaphore>
@@ -256,7 +257,7 @@ void SessionTest::calibratesOnceAfterReadingAndAgainAfterChanges() {
     QTRY_COMPARE(session.result()->problem, QString("5"));
     QCOMPARE(includedIn(4), QVector<int>{second});
     QVERIFY(session.photograph(first) == nullptr);
-    QCOMPARE(session.photograph(second)->path, examplePhotograph(2));
+    QCOMPARE(session.photograph(second)->path, QFileInfo(examplePhotograph(2)).absoluteFilePath());
 
     settings.mayBend = false;
     session.setSettings(settings);
@@ -306,7 +307,7 @@ void SessionTest::takesOutWhileItReads() {
 void SessionTest::showsAFirstResultWhileManyAreRead() {
     const QTemporaryDir folder;
     for (int i = 0; i < 30; ++i) {
-        QVERIFY(QFile::link(examplePhotograph(1), folder.filePath(QString("%1.jpg").arg(i))));
+        QVERIFY(QFile::copy(examplePhotograph(1), folder.filePath(QString("%1.jpg").arg(i))));
     }
     Session session(scripted());
     QVector<bool> wasReading;

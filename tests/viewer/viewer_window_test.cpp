@@ -15,6 +15,7 @@
 #include <QMenuBar>
 #include <QProcess>
 #include <QPushButton>
+#include <QSysInfo>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -161,9 +162,16 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
     QVERIFY2(*error < 0.05, qPrintable(QString("%1 mm").arg(*error)));
     QVERIFY(QFile::exists(results.filePath("calibration.json")));
 
-    // The PDF has the texts of every part of the report, and the texts inside the figures.
     const QString pdf = results.filePath("report.pdf");
     QCOMPARE(window.writeReportTo(pdf), QString());
+    QVERIFY(!window.writeReportTo(results.filePath("no/such/folder.pdf")).isEmpty());
+    QCOMPARE(window.writeReportTo(results.filePath("report.html")), QString());
+    QCOMPARE(contentsOf(results.filePath("report.html")).count("data:image/jpeg;base64,"), 12);
+    if (QSysInfo::kernelType() == "winnt") {
+        return;  // the programs that read the PDF are Linux's
+    }
+
+    // The PDF has the texts of every part of the report, and the texts inside the figures.
     QProcess reader;
     reader.start("pdftotext", {"-layout", pdf, "-"});
     QVERIFY(reader.waitForFinished());
@@ -174,9 +182,6 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
         QVERIFY2(text.contains(part), part);
     }
     QVERIFY(text.contains(verdict));
-    QVERIFY(!window.writeReportTo(results.filePath("no/such/folder.pdf")).isEmpty());
-    QCOMPARE(window.writeReportTo(results.filePath("report.html")), QString());
-    QCOMPARE(contentsOf(results.filePath("report.html")).count("data:image/jpeg;base64,"), 12);
 
     // Every page is A4, and everything is within its margins.
     QProcess painter;
