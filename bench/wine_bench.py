@@ -10,7 +10,7 @@ import subprocess
 import sys
 import time
 
-ROUNDS = 31
+ROUNDS = 15
 run, folder = sys.argv[1:]
 
 
