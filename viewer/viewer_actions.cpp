@@ -91,8 +91,18 @@ void ViewerWindow::open(const QStringList &files) {
     }
     session.setSettings(settings);
     if (!pictures.isEmpty()) {
-        session.add(pictures);
+        add(pictures);
     }
+}
+
+void ViewerWindow::add(const QStringList &pictures) {
+    if (opening.open() == 0) {
+        session.add(pictures);
+        return;
+    }
+    opening.add([this, pictures](const BackgroundWork::IsCancelled &) -> BackgroundWork::Delivery {
+        return [this, pictures] { session.add(pictures); };
+    });
 }
 
 void ViewerWindow::setArrangement(Arrangement arrangement) {
@@ -102,7 +112,7 @@ void ViewerWindow::setArrangement(Arrangement arrangement) {
 }
 
 void ViewerWindow::addPhotographs() {
-    session.add(QFileDialog::getOpenFileNames(
+    add(QFileDialog::getOpenFileNames(
         this, tr("Add Photographs"), {},
         tr("Photographs (*.jpg *.jpeg *.png *.tif *.tiff *.pgm *.ppm *.bmp *.webp);;All files (*)")));
 }
@@ -110,7 +120,7 @@ void ViewerWindow::addPhotographs() {
 void ViewerWindow::addFolder() {
     const QString folder = QFileDialog::getExistingDirectory(this, tr("Add Folder"));
     if (!folder.isEmpty()) {
-        session.add({folder});
+        add({folder});
     }
 }
 

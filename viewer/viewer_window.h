@@ -57,6 +57,8 @@ private:
     void makeMenus();
     void connectSession();
 
+    // Adds photographs and folders. A session that is being opened will replace the list, so they are added after it.
+    void add(const QStringList &pictures);
     void addPhotographs();
     void addFolder();
     void showLive();
