@@ -1,7 +1,4 @@
 // Tests the whole window and all its views with the example's photographs, from dropping them to the written files.
-#include <QAbstractButton>
-#include <QAction>
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
@@ -10,9 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLabel>
 #include <QListView>
-#include <QMenuBar>
 #include <QProcess>
 #include <QPushButton>
 #include <QSysInfo>
@@ -113,8 +108,6 @@ private slots:
     void keepsACopyWhileChangesFollowEachOther();
     void showsPlacesInTheChosenAxes();
     void takesPicturesOfAVideo();
-    void hasAKeyForEverything();
-    void staysReadableWithLargeFontsAndDarkPalettes();
 
 private:
     // Fixes the lens model, and treats no print as bent. If the calibration chose the models, that would take most of
@@ -397,91 +390,6 @@ void ViewerWindowTest::takesPicturesOfAVideo() {
     QVERIFY2(live->statusText().contains("ended") && live->statusText().contains("2"), qPrintable(live->statusText()));
     QTRY_COMPARE(window.findChild<QListView *>("photographs")->model()->rowCount(), 2);
     QVERIFY(QFile::exists(folder.filePath("kept/picture-0002.png")));
-}
-
-void ViewerWindowTest::hasAKeyForEverything() {
-    ViewerWindow window{QString()};
-    window.show();
-    QSet<QString> shortcuts;
-    for (const QAction *action : window.findChildren<QAction *>()) {
-        if (action->menu() == nullptr && !action->isSeparator() && !action->text().isEmpty() &&
-            action->text().contains('&') && !action->shortcut().isEmpty()) {
-            QVERIFY2(!shortcuts.contains(action->shortcut().toString()), qPrintable(action->text()));
-            shortcuts.insert(action->shortcut().toString());
-        }
-    }
-    QVERIFY(shortcuts.size() >= 14);
-    // Each text, and the tab that shows the text; null if the text is outside the tabs. Texts in different tabs may
-    // have the same mnemonic, because only one tab is visible at a time.
-    QVector<QPair<QString, const QWidget *>> texts;
-    for (const QAction *action : window.menuBar()->actions()) {
-        texts.append({action->text(), nullptr});
-    }
-    const auto *tabs = window.findChild<QTabWidget *>("views");
-    for (int tab = 0; tab < tabs->count(); ++tab) {
-        texts.append({tabs->tabText(tab), nullptr});
-    }
-    const auto tabOf = [tabs](const QWidget *widget) -> const QWidget * {
-        for (int tab = 0; tab < tabs->count(); ++tab) {
-            if (tabs->widget(tab)->isAncestorOf(widget)) {
-                return tabs->widget(tab);
-            }
-        }
-        return nullptr;
-    };
-    for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
-        texts.append({button->text(), tabOf(button)});
-    }
-    for (const QLabel *label : window.findChildren<QLabel *>()) {
-        texts.append({label->buddy() == nullptr ? QString() : label->text(), tabOf(label)});
-    }
-    for (int i = 0; i < texts.size(); ++i) {
-        for (int j = 0; j < i; ++j) {
-            const bool isSeenTogether =
-                texts[i].second == nullptr || texts[j].second == nullptr || texts[i].second == texts[j].second;
-            const QKeySequence key = QKeySequence::mnemonic(texts[i].first);
-            QVERIFY2(!isSeenTogether || key.isEmpty() || key != QKeySequence::mnemonic(texts[j].first),
-                     qPrintable(texts[j].first + " and " + texts[i].first));
-        }
-    }
-    // Some buttons show another shortcut in their text. These buttons must have their mnemonic, too.
-    for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
-        QCOMPARE(button->shortcut(), QKeySequence::mnemonic(button->text()));
-    }
-    // Every widget that takes input can be reached with the tab key.
-    QSet<const QWidget *> reached;
-    const QWidget *widget = &window;
-    do {
-        reached.insert(widget);
-        widget = widget->nextInFocusChain();
-    } while (widget != &window);
-    for (const QWidget *input : window.findChildren<QWidget *>()) {
-        if (input->inherits("QAbstractButton") && input->isVisible() && input->focusPolicy() != Qt::NoFocus) {
-            QVERIFY2(reached.contains(input), qPrintable(input->objectName()));
-        }
-    }
-}
-
-void ViewerWindowTest::staysReadableWithLargeFontsAndDarkPalettes() {
-    const QFont font = QApplication::font();
-    const QPalette palette = QApplication::palette();
-    QPalette dark(QColor(40, 44, 52));
-    QApplication::setPalette(dark);
-    QFont large = font;
-    large.setPointSizeF(2 * font.pointSizeF());
-    QApplication::setFont(large);
-    {
-        ViewerWindow window{QString()};
-        window.show();
-        QCoreApplication::processEvents();
-        for (const QWidget *widget : window.findChildren<QWidget *>()) {
-            if (widget->inherits("QPushButton") && widget->isVisible()) {
-                QVERIFY2(widget->height() >= widget->fontMetrics().height(), qPrintable(widget->objectName()));
-            }
-        }
-    }
-    QApplication::setFont(font);
-    QApplication::setPalette(palette);
 }
 
 QTEST_MAIN(ViewerWindowTest)
