@@ -1,4 +1,5 @@
-// Tests which corners and sightings are left out, with the truth as the estimate. The two cameras have different noise.
+// Tests which corners and sightings are left out. The estimate is the truth, so nothing has to be solved. The first
+// camera has the noise that its corners state, the second has four times as much.
 #include "calibration/outliers.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ namespace {
 
 constexpr double stated = 0.1;              // the standard deviation that all corners claim, in pixels
 constexpr double noiseOf[] = {0.1, 0.4};    // the true standard deviation, for each camera
-const Eigen::Vector2d aside = {0.8, -0.6};  // a direction
+const Eigen::Vector2d aside = {0.8, -0.6};  // a unit vector; corners are moved along it
 
 class Outliers : public testing::Test {
 protected:

@@ -1,4 +1,4 @@
-// Tests what is assumed where photographs say nothing: the priors of lenses and prints, and measured prints.
+// Tests the priors of lenses and prints, which decide where photographs say nothing, and what measured prints change.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -38,7 +38,7 @@ TEST(Priors, limitWhatTheCornersDoNotDetermine) {
     for (int i = 0; i < 3; i++) {
         EXPECT_NEAR(sigmaOf(covariance->shape(1), i) / freedom.priors[1].sigma[size_t(i)], 1, 0.01) << i;
     }
-    // The squared radius of the picture's farthest corner, from the principal point (610, 440).
+    // The squared distance, in focal lengths, from the principal point (610, 440) to the picture's farthest corner.
     const double r2 = std::pow(610 / 1100.0, 2) + std::pow(460 / 1090.0, 2);
     const double expected[] = {0.3 / r2,  0.3 / (r2 * r2), 0.3 / (r2 * r2 * r2),  // k4, k5, k6
                                0.005,     0.005 / r2,      0.005,
@@ -78,7 +78,7 @@ TEST(MeasuredPrints, fixTheScaleAndLimitTheRatio) {
     const Scene scene = makeScene(0.1);
     struct Row {
         std::vector<MeasuredPrint> measured;
-        std::vector<std::vector<int>> free;
+        std::vector<std::vector<int>> free;  // for each print, the indices of the shape numbers that may vary
         std::vector<double> scale, ratioMean, ratioSigma;
     };
     const double sqrtOf = std::log(1.01 * 0.997) / 2;
@@ -113,10 +113,10 @@ TEST(MeasuredPrints, scaleAllLengths) {
     const Eigen::Vector3d place = scene.truth.worldFromPrint[1].translation;
     struct Row {
         std::vector<MeasuredPrint> measured;
-        double factor;  // of all lengths
+        double factor;  // found lengths divided by true lengths
     };
     for (const Row &row : {
-             Row{{}, std::exp(-0.003)},  // the first print is taken to be exact
+             Row{{}, std::exp(-0.003)},  // takes the first print to be exact, though it is too large
              Row{{{0, {std::exp(0.004), std::exp(0.002)}}}, 1},
              Row{{{1, {std::exp(-0.0015), std::exp(-0.0025)}}}, 1},
              Row{{{1, {1.01 * std::exp(-0.0015), 1.01 * std::exp(-0.0025)}}}, 1.01},

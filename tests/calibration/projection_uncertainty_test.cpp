@@ -20,8 +20,8 @@ Eigen::VectorXd lensWith(double focal, double k1) {
     return lens;
 }
 
-// Returns the middle of a cell of 100 x 100 pixels, relative to the principal point. The centre of the first pixel is
-// (0, 0).
+// Returns the middle of a cell of 100 x 100 pixels, relative to the principal point. The first pixel's centre has the
+// coordinates (0, 0), so the first cell's middle has the coordinates (49.5, 49.5).
 Eigen::Vector2d cellMiddle(int column, int row) {
     return {100 * column + 49.5 - 599.5, 100 * row + 49.5 - 399.5};
 }
@@ -90,7 +90,7 @@ TEST(ProjectionUncertainty, isUnknownWhereTheDistortionFoldsThePictureOver) {
     EXPECT_LT(known, 70);
 }
 
-TEST(ProjectionDifference, leavesOutTheMotionThatTwoLensesDifferBy) {
+TEST(ProjectionDifference, leavesOutWhatAMotionOfTheCameraExplains) {
     // The lenses differ in their principal points. In a narrow field of view, a rotation of the camera explains this
     // shift, so hardly any difference is left. In a wide field of view, a rotation explains only a part of the shift.
     const Eigen::VectorXd a = lensWith(1000, -0.1);
@@ -113,7 +113,7 @@ TEST(ProjectionDifference, leavesOutTheMotionThatTwoLensesDifferBy) {
     EXPECT_LT(*other.greatest(), std::hypot(1, 2));
 }
 
-TEST(ProjectionDifference, isDecidedByThePartsThatAreKnown) {
+TEST(ProjectionDifference, fitsTheMotionOnlyToThePartsThatAreKnown) {
     // The lenses differ by the term k2, which is felt only far from the middle. The uncertainty says that only the
     // middle is known, so no motion may be fitted to the errors at the edges.
     const Eigen::VectorXd a = lensWith(700, 0);

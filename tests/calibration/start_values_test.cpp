@@ -19,7 +19,7 @@ Eigen::Matrix3d openCvRotation(const Eigen::Vector3d &vector) {
     return Eigen::Map<Eigen::Matrix<double, 3, 3, Eigen::RowMajor>>(matrix.val);
 }
 
-TEST(RigidMotion, turnsAsOpenCvDoesByAnyAngle) {
+TEST(RigidMotion, agreesWithOpenCvAtEveryAngle) {
     const Eigen::Vector3d axis = Eigen::Vector3d(0.3, -0.8, 0.5).normalized();
     for (const double angle : {0.0, 1e-9, 1e-5, 9.9e-5, 1.01e-4, 9e-4, 1.1e-3, 0.05, 0.25, 1.0, 2.9, 3.1}) {
         SCOPED_TRACE(angle);

@@ -81,7 +81,7 @@ TEST(Trust, givesTheSpreadOfAPrintsPoseAndOfItsPoints) {
                                 error.segment<3>(3));
         }
     }
-    // With this number of runs, the estimate of a standard deviation is exact to 1 %.
+    // With this number of runs, an estimated standard deviation is itself uncertain by 1 % (one sigma).
     const PrintTrust &trust = calibration.prints[1];
     const Eigen::Vector3d degrees = spreadOf(turns).diagonal().cwiseSqrt() * 180 / CV_PI;
     for (int axis = 0; axis < 3; axis++) {

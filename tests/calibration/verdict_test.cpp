@@ -1,5 +1,5 @@
 // Tests what the user is told about a calibration: the grade, the text, the advice and the notices. The results that
-// are judged are written down here, so that each differs from a good one in a single respect.
+// are judged are not computed but written down here, so most of them can differ from a good one in a single respect.
 #include "calibration/verdict.h"
 
 #include <gtest/gtest.h>
@@ -138,7 +138,7 @@ TEST(Verdict, namesEachFault) {
     }
 }
 
-TEST(Verdict, isSilentJustBelowItsLimits) {
+TEST(Verdict, isSilentJustWithinItsLimits) {
     Calibration calibration = good();
     calibration.cameras[0].rms = 0.99;
     calibration.cameras[0].halves = evenMap(0.24);
@@ -189,7 +189,7 @@ TEST(Verdict, namesAPrintThatMoved) {
     }
 }
 
-TEST(Verdict, callsNoPrintMovedForTwoSightings) {
+TEST(Verdict, doesNotCallAPrintMovedIfOnlyTwoSightingsMoved) {
     // A third of this print's sightings are elsewhere, but two are too few to say that it moved.
     Calibration calibration = good();
     for (size_t i = 13; i < 24; i += 2) {

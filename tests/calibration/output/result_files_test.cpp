@@ -52,7 +52,8 @@ Calibration makeCalibration(LensModel lens) {
         calibration.prints.back().pointSigmas.assign(printed.points.size(), 0.01);
     }
     calibration.freedom.shapes = {{0, 1}, {0, 1, 3, 4, 5}};
-    calibration.covariance = covarianceOf(scene.observations, calibration.freedom, scene.truth).value();  // not tested
+    // The files need a covariance, but these tests do not check its values.
+    calibration.covariance = covarianceOf(scene.observations, calibration.freedom, scene.truth).value();
     calibration.cameras.resize(2);
     for (CameraTrust &trust : calibration.cameras) {
         trust.corners = 100;
@@ -62,7 +63,7 @@ Calibration makeCalibration(LensModel lens) {
     return calibration;
 }
 
-// True if a number has an exponent but no decimal point. YAML 1.1 takes such a number for a text.
+// True if a number has an exponent but no decimal point. YAML 1.1 takes such a number for a string.
 bool hasExponentWithoutPoint(const std::string &yaml) {
     for (const char *at = yaml.c_str(); (at = std::strpbrk(at, " [")) != nullptr;) {
         ++at;
@@ -95,8 +96,8 @@ std::vector<cv::Point3d> pointsInView() {
     return points;
 }
 
-// Projects points with the calibration, and with OpenCV and the numbers of a file. Returns the greatest distance in
-// pixels between the two projections of a point.
+// Projects points twice: with the calibration, and with OpenCV from the numbers in a file. Returns the greatest
+// distance in pixels between the two projections of a point.
 double projectionError(const Calibration &calibration, const cv::Mat &matrix, const cv::Mat &coefficients,
                        bool isFisheye) {
     const std::vector<cv::Point3d> points = pointsInView();
@@ -117,6 +118,7 @@ double projectionError(const Calibration &calibration, const cv::Mat &matrix, co
     return greatest;
 }
 
+// `shift` is the coordinate of the centre of the top-left pixel: 0 in OpenCV and most formats, 0.5 in COLMAP.
 cv::Mat cameraMatrix(const std::vector<double> &pinhole, double shift = 0) {
     return (cv::Mat_<double>(3, 3) << pinhole[0], 0, pinhole[2] - shift, 0, pinhole[1], pinhole[3] - shift, 0, 0, 1);
 }
@@ -134,9 +136,10 @@ std::vector<double> listAfter(const std::string &text, const std::string &key) {
     return {std::istream_iterator<double>(stream), {}};
 }
 
+// `ros`, `mrcal` and `colmap` are the names of the lens model in these formats; null if a format has no such model.
 struct Row {
     LensModel lens;
-    const char *ros;  // the name of the model in the format; null if the format has no such model
+    const char *ros;
     const char *mrcal;
     bool hasKalibr;
     const char *colmap;

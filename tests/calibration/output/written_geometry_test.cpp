@@ -19,7 +19,8 @@ using nlohmann::json;
 
 constexpr double noise = 0.1;
 
-// Three cameras of one rig see two prints. A third print is linked with nothing, and a fourth camera saw nothing.
+// Three cameras of one rig see two prints. No photograph links a third print with these two, and a fourth camera took
+// no photograph.
 Calibration makeRig() {
     Scene scene = makeScene(noise);
     Observations &observations = scene.observations;
@@ -176,7 +177,8 @@ TEST(CalibrationFile, givesThePosesOfARigFromItsFirstCamera) {
     for (size_t camera = 0; camera < 3; camera++) {
         EXPECT_EQ(file["Cameras"][camera]["RigOrigin"], "a");
         const Motion cameraFromRig = motionOf(file["Cameras"][camera]);
-        // The first photographs are those of cameras a and b at each moment, and those of camera c follow.
+        // The photographs of cameras a and b come first, in turn for each of the 14 moments; the 14 of camera c follow.
+        // The ones used here are those of moment 3.
         const Motion rigFromWorld = motionOf(file["Photographs"][6]);
         const Motion cameraFromWorld = motionOf(file["Photographs"][camera == 2 ? 28 + 3 : 6 + camera]);
         EXPECT_LT(cv::norm(cameraFromRig * (rigFromWorld * point), cameraFromWorld * point), 1e-9) << camera;
@@ -333,7 +335,7 @@ TEST(RigFiles, leaveACameraOfAnotherRigOutOfTheChain) {
               1);
 }
 
-TEST(CameraNames, areThoseOfFilesOnEverySystem) {
+TEST(CameraNames, mustBeFileNamesOnEverySystem) {
     for (const char *good : {"left", "a.b", "cam-2_x"}) {
         EXPECT_TRUE(isCameraName(good)) << good;
     }

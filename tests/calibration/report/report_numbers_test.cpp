@@ -87,8 +87,8 @@ void expectValue(const QString &text, double value, double sigma) {
     EXPECT_GT(sigma, 9 * unit) << "the standard deviation has two digits";
 }
 
-// Returns all numbers in the paths with this attribute, path by path. M and L are followed by x and y; h and v by one
-// number.
+// Returns, for each path with this attribute, all numbers of the path. In a path, M and L are followed by x and y, and
+// h and v by one number.
 std::vector<std::vector<double>> pathsOf(const std::string &svg, const QString &attribute) {
     std::vector<std::vector<double>> paths;
     const QRegularExpression path("<path " + attribute + " d=\"([^\"]*)\"");
@@ -171,7 +171,7 @@ TEST(ReportNumbers, ofTheRigAndThePrintsAreThoseOfTheCalibration) {
     EXPECT_EQ(flat.value(6), "The photographs do not determine its scale or x:y.");
 }
 
-TEST(ReportNumbers, ofPhotographsCountTheUsedCorners) {
+TEST(ReportNumbers, ofPhotographsCountOnlyTheUsedCorners) {
     Calibration calibration = makeCalibration();
     std::vector<Sighting> &sightings = calibration.observations.sightings;
     int seen = 0;

@@ -71,7 +71,7 @@ const Calibration &calibrated() {
     return result;
 }
 
-TEST(ReportPage, showsEveryPhotographAndHoldsHostileNames) {
+TEST(ReportPage, showsEveryPhotographAndEscapesHostileNames) {
     ReportInput input;
     input.title = "Robot <1> & \"2\"";
     input.thumbnails = {"\xFF\xD8picture", "no JPEG"};
