@@ -1,4 +1,5 @@
-# Fails unless the library exports exactly the functions that the header declares.
+# Fails unless the library exports exactly the functions that the header declares. Their number is given too, so that
+# declarations that the pattern below does not find are noticed.
 file(READ "${HEADER}" header)
 string(REGEX MATCHALL "lmLib[A-Z][A-Za-z]*\\(" declared "${header}")
 string(REPLACE "(" "" declared "${declared}")

@@ -90,6 +90,7 @@ protected:
     LmLibResult wait(const std::string &slot) {
         return tree.waitForType("/Execute/" + slot + "/Command", LmLibTypeNull, true);
     }
+    // Returns the node as JSON. If it cannot be read, returns "code " and the result code; 3 means that it is absent.
     std::string json(const std::string &path) {
         std::string text;
         const LmLibResult code = tree.read(path, [&text](const Node &node) {
@@ -166,7 +167,7 @@ TEST_F(Executor, refusesASlotThatIsNoObject) {
     EXPECT_EQ(json("/Execute"), R"({"leaf":2})");
 }
 
-TEST_F(Executor, dropsTheResultOfASlotThatWentAway) {
+TEST_F(Executor, dropsTheResultIfTheSlotWasRemoved) {
     const std::vector<std::function<void()>> removals{
         [this] { tree.erase("/Execute/s"); },
         [this] { tree.write("/Execute/s", NodeObject()); },
@@ -206,7 +207,7 @@ TEST_F(Executor, finalizesWithACommandRunningAndOthersQueued) {
         std::this_thread::yield();
     }
     auto finalizing = std::async(std::launch::async, [this] { executor.finalize(); });
-    // The waits end although the command still runs.
+    // The waits end although the command still runs. finalize() itself waits for the command.
     EXPECT_EQ(running.get(), LmLibResultOperationCanceled);
     EXPECT_EQ(queued.get(), LmLibResultOperationCanceled);
     EXPECT_EQ(finalizing.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);

@@ -28,7 +28,7 @@ public:
     ~Interface() override { lmLibFinalize(nullptr); }
 
 protected:
-    // The node as JSON, or the result code if the node cannot be read.
+    // Returns the node as JSON. If it cannot be read, returns "code " and the result code; 3 means that it is absent.
     std::string json(const std::string &path) {
         const char *text = lmLibGetJson(&result, path.c_str(), 0, 0, 0);
         return text == nullptr ? "code " + std::to_string(result) : text;
@@ -48,7 +48,7 @@ protected:
     std::int32_t result = -1;
 };
 
-TEST_F(Interface, judgesPathsBySyntaxAlone) {
+TEST_F(Interface, tellsInvalidPathsFromPathsOfAbsentNodes) {
     const std::pair<int, std::vector<std::string>> rows[] = {
         {LmLibResultOperationSucceeded, {"", "/Path"}},
         {LmLibResultItemInexistent,
@@ -99,7 +99,7 @@ TEST_F(Interface, writesWhatTheRulesAllowAndNothingElse) {
     }
 }
 
-TEST_F(Interface, erasesAndMovesElementsUp) {
+TEST_F(Interface, erasesNodesAndLeavesNoGapInArrays) {
     setJson("/T", R"({"Array":[1,2,{"a":3}],"Leaf":4})");
     const std::vector<std::pair<const char *, int>> rows{
         {"/T/Array/\\3", LmLibResultItemInexistent},       {"/T/Absent/X", LmLibResultItemInexistent},
@@ -161,7 +161,7 @@ TEST_F(Interface, givesIntegersOnlyForWholeNumbersInRange) {
     }
 }
 
-TEST_F(Interface, protectsTheRootAndPath) {
+TEST_F(Interface, protectsTheRootAndTheNodePath) {
     using Change = std::function<void(std::int32_t *, const char *)>;
     const std::vector<Change> changes{
         [](std::int32_t *code, const char *path) { lmLibSetString(code, path, "x"); },
@@ -239,7 +239,7 @@ TEST_F(Interface, boundsTheDepthOfTheTree) {
     EXPECT_EQ(json("/E"), "code 3");
 }
 
-TEST_F(Interface, takesNullForEmptyTextsAndForResults) {
+TEST_F(Interface, acceptsNullPointersAndRefusesWrongNumbers) {
     lmLibSetString(nullptr, "/S", nullptr);
     EXPECT_STREQ(lmLibGetString(nullptr, "/S"), "");
     EXPECT_EQ(lmLibGetString(nullptr, "/absent"), nullptr);
@@ -267,7 +267,7 @@ TEST_F(Interface, startsNoCommandThroughJsonOrOutsideASlot) {
     }
 }
 
-TEST_F(Interface, copiesBinaryOnlyIntoBuffersThatHoldIt) {
+TEST_F(Interface, copiesBinaryOnlyIntoBuffersThatAreLargeEnough) {
     setJson("/Execute/i/Parameters",
             R"({"ImageSize":40,"Patterns":[{"Type":"Flexible","GridSize":[3,5],"GridSpacing":10},)"
             R"({"Type":"Flexible","GridSize":[5,3],"GridSpacing":10}]})");
