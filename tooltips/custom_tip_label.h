@@ -41,8 +41,8 @@ public:
     // its left and bottom edges are on the screen.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
-    // Closes the label after the interval. If a close is already pending, it is replaced only if `force` is true and
-    // the new interval ends earlier.
+    // Closes the label after the interval, unless its display time ends earlier. If the interval of an earlier call
+    // still runs, the new one replaces it only if `force` is true and the new one ends earlier.
     void restartHideTimer(int interval, bool force);
 
     // True if the label shows this text for this widget, and if it either has no rectangle or its rectangle contains

@@ -25,9 +25,10 @@ public:
     // Does the same as the next function with a null rectangle.
     static void showText(const QPoint &position, const QString &text, QWidget *widget = nullptr);
 
-    // Shows the text next to the position. The rectangle is in the widget's coordinates. An empty text closes a visible
-    // tip after 200 ms. A tip that already shows the text for this widget stays unchanged if it has no rectangle, or if
-    // its rectangle contains the position. Even its display time does not start again.
+    // Shows the text next to the position. The rectangle, in the widget's coordinates, limits the tip: when the mouse
+    // has left the rectangle, the tip closes after 10 s at the latest. A null rectangle sets no limit. An empty text
+    // closes a visible tip after 200 ms. A tip that already shows the text for this widget stays unchanged if it has no
+    // rectangle, or if its rectangle contains the position. Even its display time does not start again.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
     // Closes a visible tip after 200 ms.

@@ -228,7 +228,7 @@ void MainWindowForm::setUpFlexibleSize() {
     }
     label_14 = create<QLabel>("label_14", tab);
     gridLayout->addWidget(label_14, 4, 0);
-    // Intentionally keeps the toolkit's default maximum of 99.99 mm.
+    // This box intentionally keeps the toolkit's default maximum of 99.99 mm.
     flexibleGridSpacing = createLengthBox("flexibleGridSpacing", tab);
     flexibleGridSpacing->setValue(12.5);
     gridLayout->addWidget(flexibleGridSpacing, 4, 1, 1, 3);

@@ -1,7 +1,7 @@
 // The main window's form: every widget, layout and spacer, with their ranges, defaults and texts.
 //
-// The form has no behaviour of its own. It connects only slots that are named after an object and a signal. It does not
-// fill the choice lists; the list of official plates fills itself.
+// The form has no behaviour of its own. Its only connections are those that QMetaObject::connectSlotsByName makes. It
+// does not fill the choice lists; the list of official plates fills itself.
 //
 // The window owns everything through the usual parents, so the pointers are valid as long as the window's widgets
 // exist. Use it only on the GUI thread. Lengths are in millimetres. The object name of a widget or layout is the name
@@ -29,7 +29,7 @@ class QWidget;
 class MainWindowForm {
 public:
     // Builds the whole form in the window, sets its texts and makes the Halcon page the current one. The list of
-    // official plates gets the catalogue from the library; an LmLibException from this call is not caught.
+    // official plates reads the catalogue from the library. If that fails, setUp throws the LmLibException.
     void setUp(QMainWindow *window);
 
     // Sets every text again, for use after a change of language. Values, ranges and enabled states stay.
