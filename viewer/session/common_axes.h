@@ -7,15 +7,16 @@
 #include "calibration/output/assembly.h"
 #include "viewer/session/session_settings.h"
 
-// Returns three corners that define the chosen coordinate system. Empty if the user has chosen none, or the axes of a
-// print that does not exist. The results then have the axes of the first print.
+// Returns three corners that define the chosen coordinate system. Empty if the user has chosen none, or has chosen the
+// axes of a print that has no lattice or is not in the calibration. The results then have the axes of the first print
+// that has a pose.
 std::optional<calibration::AssemblyAxes> chosenAxes(const calibration::Calibration &calibration,
                                                     const SessionSettings &settings);
 
 struct CommonAxes {
-    // Converts places from the world of the first group of prints to the chosen coordinate system.
+    // Converts places from the world of the calibration's firstGroup() to the chosen coordinate system.
     calibration::RigidMotion fromWorld;
-    // Why the chosen coordinate system cannot be made. `fromWorld` is then the identity.
+    // Why the chosen coordinate system cannot be made; empty if it can. If it cannot, `fromWorld` is the identity.
     QString problem;
 };
 

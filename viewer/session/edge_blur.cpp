@@ -11,7 +11,7 @@ using pattern_reader::PatternReading;
 namespace {
 
 // A profile is the series of grey levels along a line across an edge.
-constexpr double reach = 0.25;             // sides of a square; how far a profile extends on both sides of an edge
+constexpr double reach = 0.25;             // how far a profile extends on each side of a square's edge, in edge lengths
 constexpr double samplesPerPixel = 4;      // of a profile
 constexpr double slopeLength = 0.5;        // pixels over which a slope is measured
 constexpr double leastContrast = 20;       // grey levels

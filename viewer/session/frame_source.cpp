@@ -15,7 +15,7 @@
 namespace {
 
 constexpr double usualRate = 25;      // frames per second, for a file that does not state its own
-constexpr double greatestWait = 0.2;  // seconds
+constexpr double greatestWait = 0.2;  // seconds; for a frame of a file, and the greatest delay that is caught up
 constexpr int cameraTries = 5;        // a camera may lose single frames
 constexpr auto timeBetweenTries = std::chrono::milliseconds(100);
 

@@ -26,8 +26,8 @@ public:
 
     // Opens the source. Returns an empty text, or the reason why there are no frames.
     QString open();
-    // Returns the next frame in colour. The frames of a file come at the speed at which the file was recorded. Returns
-    // an empty frame at the end; endText() then says why.
+    // Returns the next frame in colour. The frames of a file come no faster than they were recorded. Returns an empty
+    // frame at the end; endText() then says why.
     cv::Mat next();
     QString endText() const;
     bool isFile() const { return !choice.file.isEmpty(); }

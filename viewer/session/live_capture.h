@@ -1,5 +1,5 @@
-// A live source. It reads the patterns in every frame. If a frame is worth keeping, it is saved as a PNG file. Reading
-// and saving happen on one background thread.
+// Reads the patterns in every frame of a camera or a video. Saves a frame as a PNG file if it is worth keeping, or if
+// the user asks for it. Reading and saving happen on one background thread.
 //
 // Use this object on one thread that has an event loop; its signals are emitted there. All functions return at once,
 // except that the destructor waits for the frame that is being read.

@@ -49,6 +49,6 @@ private:
     bool hasEnough = false;
 };
 
-// True if the frame shows little that is new: at least 60 % of its corners are in the other view, at nearly the same
-// place, and seen from nearly the same direction and distance.
+// True if the frame shows little that is new: both pictures have the same size, and at least 60 % of the frame's
+// corners are in the other view, at nearly the same place, and seen from nearly the same direction and distance.
 bool isSimilar(const TargetView &frame, const TargetView &other);

@@ -82,7 +82,7 @@ std::vector<calibration::MeasuredPrint> measuredPrints(const SessionSettings &se
     return measured;
 }
 
-// True if cameras and prints are the same, so that a calibration can start from the previous result.
+// True if cameras and prints are the same. Only then can a calibration start from the previous result.
 bool areAlike(const Observations &a, const Observations &b) {
     const auto sameCamera = [](const calibration::Camera &one, const calibration::Camera &other) {
         return one.name == other.name && one.width == other.width && one.height == other.height;

@@ -56,7 +56,9 @@ PatternDescription descriptionOf(const Print &print, const PrintLook &look) {
     PatternDescription description;
     description.type = typeOf(look);
     description.gridSize = {last.x() + 1, last.y() + 1};
-    constexpr double digits = 1e6;  // removes errors of the arithmetic; a code holds only whole hundredths of a mm
+    // Rounding removes the errors of the arithmetic. A code holds only whole hundredths of a mm, so with these errors,
+    // encodingFault() below would refuse the spacing.
+    constexpr double digits = 1e6;
     description.gridSpacing = std::round((look.kind == PatternKind::Plate ? pitch : 2 * pitch) * digits) / digits;
     description.polarity = look.isTopLeftSquareDark;
     description.isCoded = look.kind != PatternKind::Board;
@@ -132,8 +134,8 @@ public:
     std::vector<PrintBlock> blocks() const {
         std::vector<PrintBlock> made;
         for (size_t top = 0; top + 1 < down.size(); top += blockLength) {
-            // Each row is cut out first. A large pattern has tens of thousands of shapes, so cutting every block out of
-            // the whole pattern would take long.
+            // Each row of blocks is cut out first. A large pattern has tens of thousands of shapes, so cutting every
+            // block out of the whole pattern would take long.
             const size_t bottom = std::min(top + blockLength, down.size() - 1);
             const PatternGeometry strip = lmlib64::clippedTo(window(0, across.size() - 1, top, bottom), geometry);
             for (size_t left = 0; left + 1 < across.size(); left += blockLength) {

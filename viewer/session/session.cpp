@@ -6,7 +6,8 @@
 
 namespace {
 
-// Reading a colour photograph of 12 megapixels needs about 90 MB, so memory limits the number of readers, too.
+// Normally there is one reader for each processor. But reading a colour photograph of 12 megapixels needs about 90 MB,
+// so memory limits the number of readers, too.
 constexpr int mostReaders = 8;
 // Changes that follow each other faster than this start only one calibration.
 constexpr int calibrationDelayMs = 20;
@@ -111,7 +112,7 @@ void Session::photographRead(const SessionPhotograph &read) {
     if (!isReading()) {
         scheduleCalibration();
     } else if (canShowFirstResult()) {
-        firstResultFrom = 2 * helpfulInBatch;  // if this many are too few, the next attempt waits for twice as many
+        firstResultFrom = 2 * helpfulInBatch;  // if these are too few, the next attempt waits for twice as many
         startCalibration();
     }
 }

@@ -50,8 +50,8 @@ public:
 
     bool isReading() const { return reading.open() > 0; }
     bool isCalibrating() const { return calibrating.open() > 0; }
-    // Return the number of photographs that were added since reading began, and the number of those that have been
-    // read.
+    // Return the number of photographs in the present run of reading, and the number of those that have been read. A
+    // run ends when no photograph waits any longer; until the next run begins, both numbers stay.
     int readingTotal() const { return batchTotal; }
     int readingDone() const { return batchDone; }
 

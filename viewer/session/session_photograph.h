@@ -22,7 +22,7 @@ struct SessionPhotograph {
     bool isIncluded = true;  // false if the user took it out
 
     PhotographState state = PhotographState::Waiting;
-    QString problem;           // a sentence that says why the photograph cannot help; empty if patterns were found
+    QString problem;           // why the photograph cannot help, as a sentence; empty if it waits or shows patterns
     bool isTruncated = false;  // the file ends before its picture does, so the patterns found are shown but not used
     int width = 0;             // pixels of the stored picture, whatever its orientation tag says
     int height = 0;
@@ -34,7 +34,7 @@ struct SessionPhotograph {
 constexpr QSize thumbnailSize(160, 120);
 
 // Reads the file and sets the members that follow `isIncluded`. If `isCancelled` returns true, this function may return
-// without a result. Never throws. May be called from several threads at the same time.
+// early; the members then mean nothing. Never throws. May be called from several threads at the same time.
 void readFromFile(SessionPhotograph &photograph, const SessionSettings &settings,
                   const std::function<bool()> &isCancelled);
 
