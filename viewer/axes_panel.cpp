@@ -8,7 +8,8 @@
 
 namespace {
 
-// Marks the item that is shown while three corners define the axes. The data of other items are patterns' numbers.
+// The data of the item that is shown while three corners define the axes. Other items have the number of their pattern
+// as data; the first item, which stands for the first pattern, has none.
 constexpr int threeCorners = -1;
 
 }  // namespace

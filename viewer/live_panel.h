@@ -1,5 +1,5 @@
 // The tab "Camera". It shows the picture of a camera or a video, and marks the patterns found in it. It takes pictures
-// automatically. Before it takes the next one, it says what it waits for.
+// automatically, unless the user has switched this off, and says what it waits for before the next one.
 #pragma once
 
 #include <QTimer>
@@ -21,13 +21,14 @@ public:
     // The session must outlive the panel. Pictures that are taken are added to it.
     explicit LivePanel(Session *ownSession, QWidget *parent = nullptr);
 
-    // Pictures are kept in this folder from the next start on. Has no effect if the user has chosen another folder.
+    // Makes this the folder for the pictures of every source that is started from now on. Has no effect if the user has
+    // chosen a folder.
     void suggestFolder(const QString &path);
     // Starts to read a video file.
     void startFile(const QString &file);
 
     bool isRunning() const { return capture.isRunning(); }
-    // Returns what the panel waits for, or why the source ended.
+    // Returns the sentence above the picture. It says, for example, what the panel waits for or why the source ended.
     QString statusText() const;
 
 public slots:

@@ -119,7 +119,7 @@ const char *const styleSheet =
     "h1 { font-size: 20pt; } h2 { font-size: 14pt; margin-top: 14px; } h3 { font-size: 10pt; } "
     "th { color: #444444; } small { color: #444444; }";
 
-// Moves every part that would begin near the end of a page to the next page.
+// A part begins with a heading of level 2. Moves every part that would begin below `latestStart` to the next page.
 void beginPartsAtTheTop(QTextDocument &document, double pageHeight) {
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         const double top = std::fmod(document.documentLayout()->blockBoundingRect(block).top(), pageHeight);

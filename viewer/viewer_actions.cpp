@@ -300,8 +300,8 @@ void ViewerWindow::offerRecovery() {
 void ViewerWindow::keepCopy() {
     const SessionDocument document = session.document();
     const bool isUndecided = leftOver && document.photographs.isEmpty();  // the user may still restore the copy
-    // If kept == document, the copy has the whole document already. Reading photographs, for example, does not change
-    // it.
+    // If kept == document, the copy has the whole document already. This is so after a photograph was read, for
+    // example, because reading does not change the document.
     if (isUndecided || kept == document) {
         return;
     }

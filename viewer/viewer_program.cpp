@@ -67,7 +67,8 @@ Arguments parse(const QStringList &given) {
 }  // namespace
 
 int runViewer(int argc, char **argv) {
-    // The arguments are parsed before the application is made, because --help and --version need no display.
+    // The arguments are parsed before the application is made, because --help and --version need no display. But if
+    // they contain an option of the toolkit, they are parsed after the application has removed this option from them.
     QStringList given;
     for (int i = 1; i < argc; ++i) {
         given << QString::fromLocal8Bit(argv[i]);
@@ -88,7 +89,7 @@ int runViewer(int argc, char **argv) {
             return arguments.exitCode;
         }
     }
-    cv::setNumThreads(1);  // the session reads photographs on several threads, so more threads would not help
+    cv::setNumThreads(1);  // the session already reads photographs on several threads, so OpenCV's would not help
     int exitCode = 0;
     {
         ViewerWindow window(

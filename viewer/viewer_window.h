@@ -37,8 +37,8 @@ public:
     // `files` contains a session file, that session replaces the present one, and the other files are ignored.
     void open(const QStringList &files);
     void setArrangement(Arrangement arrangement);
-    // Writes the result's files. Returns an empty text, or the reason why they were not written. There must be a result
-    // with a calibration.
+    // Write the result's files, or its report. Return an empty text, or the reason why nothing was written. There must
+    // be a result with a calibration.
     QString writeResultsTo(const QString &folder) const;
     QString writeReportTo(const QString &file) const;
 
@@ -57,7 +57,8 @@ private:
     void makeMenus();
     void connectSession();
 
-    // Adds photographs and folders. A session that is being opened will replace the list, so they are added after it.
+    // Adds photographs and folders. If a session file is being opened, they are added only after its photographs have
+    // replaced the list.
     void add(const QStringList &pictures);
     void addPhotographs();
     void addFolder();
@@ -71,7 +72,8 @@ private:
     void openExample();
     void saveResults();
     void saveReport();
-    // Writes something in the background. `write` returns an empty text, or the reason why it was not written.
+    // Calls `write` in the background. If `write` returns an empty text, calls `whenDone` afterwards. Otherwise the
+    // text is the reason why nothing was written, and the user is told.
     void save(std::function<QString()> write, std::function<void()> whenDone);
     void showManual();
     void showAbout();
@@ -90,11 +92,10 @@ private:
     QVector<int> selectedIds() const;
 
     Session session;
-    // The work of `keeping` shares this object. So the object removes the copy only when the window and all of this
-    // work have released the object.
+    // Shared with the work of `keeping`, so the copy is removed only after this work has ended, too.
     std::shared_ptr<RecoveryCopy> recovery;
-    std::optional<SessionDocument> kept;  // what the copy has; empty if that is not known
-    std::optional<SessionDocument> leftOver;
+    std::optional<SessionDocument> kept;      // what the copy has; empty if that is not known
+    std::optional<SessionDocument> leftOver;  // what a crash left, until the user restores or discards it
     QTimer recoveryTimer;
     PhotographListModel photographs;
     QListView *list = nullptr;

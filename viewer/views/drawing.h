@@ -29,7 +29,7 @@ QString rounded(double value);
 // Returns a text such as "0.027 px".
 QString pixels(double value);
 
-// Draws circles around these places, with a line 1.6 units wide. If there are many, they are drawn at whole pixels,
+// Draws circles around these places, with a line 1.6 units wide. More than 100 circles are drawn at whole pixels,
 // because that is much faster.
 void drawCircles(QPainter &painter, const QPolygonF &middles, double radius, const QColor &colour);
 

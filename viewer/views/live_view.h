@@ -30,7 +30,8 @@ protected:
 
 private:
     void drawCorners(QPainter &painter, double scale) const;
-    // True if there is advice for the next photograph, and if its camera's pictures have the size of the frame.
+    // True if there is advice for the next photograph, and if the camera that should take it has pictures of the
+    // frame's size.
     bool hasAdvice() const;
     void drawAdvice(QPainter &painter) const;
 

@@ -110,7 +110,7 @@ void PatternsView::fillPlace(int row, int print) {
     }
     for (const int axis : {0, 1, 2}) {
         const double value = pose.translation[axis];
-        const bool isExact = sigma[axis] == 0 && value != 0;  // true for the first print if the axes are not its own
+        const bool isExact = sigma[axis] == 0 && value != 0;  // the first print, whose pose counts as exact
         set(row, X + axis, isExact ? QString::number(value, 'f', exactDecimals) : withSigma(value, sigma[axis]));
     }
     set(row, Turn,

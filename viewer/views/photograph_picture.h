@@ -18,16 +18,16 @@ struct StraightLens {
     static StraightLens of(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics);
 };
 
-// Returns where the undistorted picture shows a pixel of the photograph; empty if the pixel has no direction or looks
-// too far to the side. The place can lie outside the undistorted picture.
+// Returns where the undistorted picture shows a pixel of the photograph. Empty if the lens model has no direction of
+// view for the pixel, or if this direction is too far to the side. The place can lie outside the undistorted picture.
 std::optional<QPointF> undistorted(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
                                    const QPointF &pixel);
 
 struct PhotographPicture {
     int width = 0;  // pixels of the photograph
     int height = 0;
-    // The picture itself, followed by smaller copies, each half as large as the one before. Empty if the file cannot be
-    // read.
+    // The picture itself, followed by smaller copies, each with half the width and height of the one before. Empty if
+    // the file cannot be read.
     std::vector<QImage> levels;
 
     static PhotographPicture load(const QString &path);

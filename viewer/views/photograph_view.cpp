@@ -20,7 +20,7 @@ constexpr double greatestScale = 40;
 constexpr double smallestScale = 0.01;
 constexpr int panStep = 60;             // pixels of the view
 constexpr double arrowCell = 26;        // pixels of the view; in each square of this size, at most one arrow begins
-constexpr double pickReach = 12;        // pixels of the view
+constexpr double pickReach = 12;        // pixels of the view; the greatest distance of a click from its corner
 constexpr double namesFromLength = 60;  // pixels of the view; axes show their names if they are at least this long
 constexpr int numbersFromScale = 3;     // corners show their column and row at this scale or a larger one
 

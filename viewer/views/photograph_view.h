@@ -40,7 +40,7 @@ public slots:
     void centreOn(QPointF pixel);
 
 signals:
-    // A corner was clicked while corners are picked.
+    // A corner was clicked after setPicksCorners(true). `pixel` is where it is in the photograph.
     void cornerPicked(QPointF pixel);
 
 protected:
@@ -59,16 +59,16 @@ private:
     void zoom(double factor, QPointF about);
     void pick(QPointF place);
     bool showsUndistorted() const { return wantsUndistorted && !straight.levels.empty(); }
-    // Returns where the view shows a pixel of the photograph; empty if the undistorted picture does not show that
-    // pixel.
+    // Returns where the view shows a pixel of the photograph. Empty if the view shows the undistorted picture, and
+    // undistorted() is empty for the pixel.
     std::optional<QPointF> place(QPointF pixel) const;
     void drawPicture(QPainter &painter) const;
     void drawReading(QPainter &painter, int index) const;
     void drawAxes(QPainter &painter, const pattern_reader::PatternReading &reading) const;
     struct ResidualArrow {
-        QPointF from;      // in the view: where the corner was seen
-        QPointF residual;  // pixels of the photograph: where the corner was seen, minus where it was predicted
-        bool counts = true;
+        QPointF from;        // in the view: where the corner was seen
+        QPointF residual;    // pixels of the photograph: where the corner was seen, minus where it was predicted
+        bool counts = true;  // false if the calibration does not use the corner
     };
     // Returns the residuals to draw: only the largest one in each small square of the view.
     std::vector<ResidualArrow> residualArrows() const;
@@ -78,7 +78,7 @@ private:
     SessionPhotograph photograph;
     std::shared_ptr<const SessionResult> result;
     PhotographPicture picture;
-    PhotographPicture straight;
+    PhotographPicture straight;  // the undistorted picture; empty until it has been made
     bool isLoading = false;
     bool wantsUndistorted = false;
     bool wantsResiduals = true;

@@ -13,12 +13,13 @@ class QPainter;
 // Maps points of a print to the painter's coordinates; returns nothing for a point that cannot be seen.
 using PlaceOnPicture = std::function<std::optional<QPointF>(const Eigen::Vector3d &)>;
 
-// If there are more cells than this to draw, drawing all their code would take longer than 30 ms.
+// Drawing more cells than this with their marks and code would take longer than 30 ms.
 constexpr size_t mostCellsInDetail = 2500;
 size_t cellCount(const std::vector<PrintBlock> &blocks);
 
-// Draws a block without borders. A part of which `place` does not return all corners is left out. If `light` is not
-// valid, only the dark parts are drawn. If `inDetail` is false, only the large shapes are drawn.
+// Fills the areas of a block, without lines around them. If `inDetail` is false, only the large shapes are drawn. If
+// `light` is not valid, only the dark areas are drawn. An area is left out if `place` returns nothing for one of its
+// corners.
 void drawBlock(QPainter &painter, const PrintBlock &block, bool inDetail, const PlaceOnPicture &place,
                const QColor &light, const QColor &dark);
 

@@ -1,4 +1,4 @@
-// The base class of the tabs. Each tab shows the session's result, and updates itself only while it is visible.
+// The base classes of the tabs that show the session's result. Such a tab updates itself only while it is visible.
 #pragma once
 
 #include <QWidget>
@@ -41,9 +41,9 @@ public:
 
 protected:
     void refresh() final;
-    // Shows the camera with this index; `camera` is -1 if there is no calibrated camera.
+    // Shows the camera with this index; `camera` is -1 if the chosen camera is not calibrated.
     virtual void showCamera(int camera) = 0;
-    // Returns the layout below the choice of the camera, for the view's own widgets.
+    // Returns the layout to which the view adds its own widgets. The choice of the camera is already in it.
     QVBoxLayout *content() const { return column; }
 
 private:

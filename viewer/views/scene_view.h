@@ -57,8 +57,8 @@ private:
     std::vector<Label> labels;
     Eigen::Vector3d middle = Eigen::Vector3d::Zero();
     double reach = 1000;                // mm, from the middle to a corner of the box around everything
-    double cameraSize = 100;            // mm
-    double printReach = 100;            // mm, of the largest print
+    double cameraSize = 100;            // mm, height of the pyramid that stands for a camera
+    double printReach = 100;            // mm, half the diagonal of the largest print
     double azimuth = 0, elevation = 0;  // radians
     Eigen::Matrix3d eyeRotation;        // follows from the angles
     double zoom = 1;
