@@ -1,6 +1,6 @@
 // Lets work deep inside a calibration end early if the calibration is cancelled. Each thread stores the function that
-// tells whether it is cancelled, so the function need not be passed through every call. A thread that works for another
-// thread takes over that thread's function.
+// tells whether its calibration is cancelled, so the function need not be passed through every call. A thread that
+// works for another thread makes an Interruption with that thread's function, which current() returns.
 #pragma once
 
 #include <functional>
@@ -9,14 +9,14 @@ namespace calibration {
 
 class Interruption {
 public:
-    // Until this object is destroyed, the thread that made it calls `isCancelled` to find out whether to end. The
-    // function may be empty.
+    // Until this object is destroyed, isWanted() and check() call `isCancelled` in the thread that made the object. The
+    // function may be empty; then isWanted() is false.
     explicit Interruption(std::function<bool()> isCancelled);
     ~Interruption();
     Interruption(const Interruption &) = delete;
     Interruption &operator=(const Interruption &) = delete;
 
-    // Returns the function that this thread calls; empty if there is none.
+    // Returns the function of this thread; empty if there is none.
     static const std::function<bool()> &current();
     // True if this thread's work is to end.
     static bool isWanted();

@@ -199,10 +199,9 @@ private:
         }
     }
 
-    // Moments are eliminated first, because there are many of them and each sighting belongs to only one moment. Each
-    // other block has a group of its own. Ceres takes the blocks of a group in the order of their addresses, and this
-    // order differs from run to run. The moments can share a group, because they are in one array and so keep their
-    // order.
+    // Moments are eliminated first, because there are many of them and each sighting belongs to only one moment. Ceres
+    // takes the blocks of a group in the order of their addresses, and this order would differ from run to run. So each
+    // block has a group of its own. Only the moments share a group: they are in one array and so keep their order.
     ceres::ParameterBlockOrdering ordering() const {
         ceres::ParameterBlockOrdering order;
         int group = 0;

@@ -1,5 +1,5 @@
 // Solves for all unknowns (lenses, rig, moments, prints and their shapes) in a single least-squares problem. It needs
-// start values and does not judge its input. It uses Ceres Solver. The result does not depend on the number of
+// start values, and it does not look for outliers. It uses Ceres Solver. The result does not depend on the number of
 // processors.
 #pragma once
 
@@ -20,12 +20,12 @@ struct ShapePrior {
     std::array<double, PrintShape::bend> sigma{printPrior, printPrior, printPrior};
 };
 
-// Says what the solve may vary. The poses of the moments always vary. The solve leaves everything else unchanged.
+// Says what the solve may vary. What may not vary stays unchanged. The poses of the moments always vary.
 struct Freedom {
     bool intrinsics = true;
     bool coefficients = true;  // of the distortion; ignored if intrinsics is false
-    bool rig = true;
-    bool prints = true;
+    bool rig = true;           // the poses of the cameras in their rig
+    bool prints = true;        // the poses of the prints
     // For each print, the indices of the PrintShape numbers that may vary. Empty if no print's shape may vary.
     std::vector<std::vector<int>> shapes;
     // The prior of each print, for the numbers that may vary. Empty if all prints have the default.
@@ -38,7 +38,7 @@ struct SolveOptions {
     Freedom freedom;
     double robustScale = 0;  // as in SightingResiduals
     int iterations = 100;
-    double tolerance = 1e-12;  // the solve ends if a step decreases the sum of squares by a smaller share
+    double tolerance = 1e-12;  // the solve ends if a step changes the sum of squares or the unknowns by a smaller share
     bool isNear = false;       // the estimate is near the solution, so the solve takes full steps from the first one on
 };
 

@@ -95,7 +95,9 @@ void distortAngle(const double *k, double angle, double &distorted, double &slop
     slope = 1 + a2 * (3 * k[0] + a2 * (5 * k[1] + a2 * (7 * k[2] + 9 * a2 * k[3])));
 }
 
-constexpr double nearAxis = 1e-9;  // a fisheye is treated as a pinhole if radius / distance is below this
+// A fisheye is treated as a pinhole for points so near its optical axis that their distance from the axis, divided by
+// their distance from the camera, is below this.
+constexpr double nearAxis = 1e-9;
 
 bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &result) {
     const double radius = std::hypot(point.x(), point.y());
@@ -182,7 +184,7 @@ bool directionOfFisheye(const double *k, const Eigen::Vector2d &place, Eigen::Ve
 }
 
 // Uses Newton's method in the plane at distance 1, with a limited step. Returns false if a step leads to a place where
-// the distortion folds over.
+// the distortion folds over, or if 50 steps are not enough.
 bool directionOfPinhole(LensModel lens, const double *coefficients, const Eigen::Vector2d &place,
                         Eigen::Vector3d &direction) {
     Eigen::Vector2d guess = place;

@@ -8,7 +8,7 @@ namespace calibration {
 Eigen::VectorXd lensPrior(const Camera &camera, const Eigen::VectorXd &intrinsics) {
     constexpr Eigen::Index firstOfDenominator = pinholeParameters + 5;
     constexpr Eigen::Index firstOfPrism = pinholeParameters + 8;
-    // Standard deviations.
+    // Standard deviations; lens_prior.h gives the reasons for them.
     constexpr double greatestTerm = 0.3;
     constexpr double greatestPrism = 0.005;
     Eigen::VectorXd weights = Eigen::VectorXd::Zero(intrinsics.size());

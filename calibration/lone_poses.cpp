@@ -71,9 +71,9 @@ private:
         estimate.hasMoment.push_back(start.has_value());
     }
 
-    // Returns the start value of a sighting's pose. From far away, two poses look alike, and a single sighting could
-    // give the wrong one. So the start value is the pose in the joint estimate, unless this pose fits much worse than
-    // the pose from the sighting alone.
+    // Returns the start value of a sighting's pose. If the print is far away, it looks nearly the same when it is
+    // tilted the other way, and a single sighting could give the wrong one of these two poses. So the start value is
+    // the pose in the joint estimate, unless this pose fits much worse than the pose from the sighting alone.
     std::optional<RigidMotion> startOf(const Observations &all, const Sighting &sighting, const Sighting &alone,
                                        const Estimate &joint) const {
         const int camera = all.photographs[size_t(sighting.photograph)].camera;

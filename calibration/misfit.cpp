@@ -24,7 +24,7 @@ constexpr size_t leastCorners = 6;
 // The pose that fits a sighting best, and how well it fits.
 struct Alone {
     RigidMotion cameraFromPrint;
-    double scale = 0;  // the size of most residuals, in standard deviations
+    double scale = 0;  // scaleOfLengths() of the residuals, in standard deviations of good corners
 };
 
 std::optional<Alone> fitAlone(const Observations &observations, Sighting sighting, const Eigen::VectorXd &lens,

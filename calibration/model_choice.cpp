@@ -22,7 +22,7 @@ namespace {
 constexpr size_t enoughMoments = 60;
 constexpr size_t enoughCorners = 80;
 
-// The models that are compared, in order of preference.
+// The models that are compared. The fewer coefficients a model has, the more it is preferred.
 constexpr std::array<LensModel, 5> models = {LensModel::Pinhole4, LensModel::Fisheye, LensModel::Pinhole5,
                                              LensModel::Pinhole8, LensModel::Pinhole12};
 
@@ -86,7 +86,7 @@ struct Candidate {
     Estimate estimate;
     Freedom freedom;
     std::optional<std::vector<double>> deviations;  // the factors of solveRobustly(); empty if it failed
-    std::vector<std::optional<double>> errors;
+    std::vector<std::optional<double>> errors;      // those of heldOutErrors()
 
     void solve(const std::vector<Bend> &bends, const std::vector<MeasuredPrint> &measured) {
         setShapes(observations, bends, measured, estimate, freedom);
@@ -109,8 +109,9 @@ void forEach(std::vector<Candidate> &candidates, const std::function<void(Candid
     }
 }
 
-// Solves all candidates and computes their errors. All errors are in units of the standard deviations that the best
-// candidate shows. In units of its own standard deviations, a bad model would look as good as the best.
+// Solves all candidates and computes their errors. `bends` has one entry for each candidate, or a single one for all.
+// All errors are in units of the standard deviations that the best candidate shows. In units of its own standard
+// deviations, a bad model would look as good as the best.
 void compare(std::vector<Candidate> &candidates, const std::vector<std::vector<Bend>> &bends,
              const std::vector<MeasuredPrint> &measured) {
     forEach(candidates, [&](Candidate &candidate) {
@@ -153,9 +154,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     for (Eigen::Index i = 0; i < count; i++) {
         numbers(i) = candidate.estimate.shapes[print].numbers[size_t(free[size_t(from + i)])];
     }
-    // The covariance is a multiple of the variance of all residuals. This variance is divided out again, because it is
-    // useless until bad sightings are left out. The corners' standard deviations are right, because they come from the
-    // good residuals.
+    // The covariance is multiplied by the variance of all residuals (see covariance.h). Here it is divided by this
+    // variance again, because the variance is useless until bad sightings are left out. What remains follows from the
+    // corners' standard deviations. These are right, because they come from the good residuals.
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
     // Chi-squared with `count` degrees of freedom has the mean `count` and the variance 2 * `count`.
@@ -164,8 +165,8 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
 }
 
 // Takes back bends that cannot be distinguished from 0. The comparison lets either all prints bend or none. If one
-// print is really bent, a flat model of it makes the poses wrong. Then bends of the other prints predict better, too,
-// although these prints are flat.
+// print is really bent, a flat model of it makes the poses wrong. Then photographs of the other prints are predicted
+// better with bends, too, although these prints are flat.
 void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, std::vector<Bend> &bends) {
     for (bool changed = true; changed;) {
         changed = false;

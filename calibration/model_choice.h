@@ -24,12 +24,13 @@ struct LensChoice {
     std::vector<ModelTrial> trials;
 };
 
-// Compares all models on the sightings of one camera, with the given bends. Returns the first start if there are too
-// few photographs to compare models.
+// Compares all models for which `starts` has a lens of the same kind (pinhole or fisheye), on the sightings of one
+// camera and with the given bends. Returns the first start if there are too few photographs to compare models.
 LensChoice chooseLens(const Observations &observations, int camera, const std::vector<LensStart> &starts,
                       const std::vector<Bend> &bends, const std::vector<MeasuredPrint> &measured);
 
-// Compares flat prints with bent ones on all sightings. Starts from the estimate and keeps its lens models.
+// Returns the bend of each print. Compares flat prints with bent ones on the sightings of all cameras. Starts from the
+// estimate and keeps its lens models.
 std::vector<Bend> chooseBends(const Observations &observations, const Estimate &estimate,
                               const std::vector<MeasuredPrint> &measured);
 

@@ -47,9 +47,10 @@ std::optional<RelativePose> relativePose(const LonePose &a, const LonePose &b, c
 // Two prints, and the photographs that show both.
 struct Pair {
     size_t a = 0, b = 0;  // prints
-    std::vector<std::pair<size_t, size_t>> sightings;
-    std::vector<RelativePose> poses;
-    std::vector<int> places;
+    // One entry for each photograph:
+    std::vector<std::pair<size_t, size_t>> sightings;  // of a, and of b
+    std::vector<RelativePose> poses;                   // of b relative to a
+    std::vector<int> places;                           // the numbers from placesOf()
 };
 
 std::vector<Pair> pairsOf(const Observations &observations, const Estimate &estimate,

@@ -15,10 +15,11 @@ namespace {
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 constexpr double tilt = 35;  // degrees
-// Advice is worth the effort only if the greatest uncertainty falls below this share of its value.
+// Advice is worth the effort only if the greatest uncertainty falls below this share of its present value.
 constexpr double usefulShare = 0.95;
-// A lens whose uncertainty is below this share of the standard deviation of one corner adds at most 3 % to the error of
-// that corner. The limits in pixels apply if corners are very exact or fit badly.
+// The uncertainty of a lens is negligible below this share of the standard deviation of one corner, because it then
+// adds at most 3 % to the error of that corner. The limit that follows from the share is at least leastNegligible
+// pixels, even if corners are very exact, and at most mostNegligible pixels, even if they fit badly.
 constexpr double negligibleShare = 0.25;
 constexpr double leastNegligible = 0.005;
 constexpr double mostNegligible = 0.05;
@@ -87,8 +88,8 @@ public:
             return std::nullopt;
         }
         const Eigen::MatrixXd information = gramMatrix(*derivatives) / (sigma * sigma);
-        // This is (covariance^-1 + information)^-1, computed without inverting the covariance, which is nearly singular
-        // for some lenses.
+        // `lower` is (covariance^-1 + information)^-1, computed without inverting the covariance, which is nearly
+        // singular for some lenses.
         const Eigen::MatrixXd one = Eigen::MatrixXd::Identity(covariance.rows(), covariance.cols());
         const Eigen::MatrixXd lower = solve(one + covariance * information, covariance);
         return greatest((lower + lower.transpose()) / 2, columns, rows);

@@ -5,9 +5,9 @@
 
 namespace calibration {
 
-// Compares a fixed set of poses of the target. Returns the pose that, as the covariance predicts, would most reduce the
-// greatest uncertainty of the worst camera. Empty if no pose reduces this uncertainty by a useful amount. If more
-// photographs would hardly improve the lens, the text says this.
+// Compares a fixed set of poses of the target in front of the camera that has the greatest uncertainty. Returns the
+// pose that, as the covariance predicts, would reduce this uncertainty most. Empty if no pose reduces it by more than
+// 5 %. If more photographs would hardly improve the lens, the text says this.
 std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration);
 
 // True if the greatest uncertainty of every camera is far below the error of a single corner. More photographs then

@@ -56,7 +56,7 @@ bool decide(const Observations &observations, const Sighting &all, const Estimat
     bool changed = fits != sighting.isUsed;
     sighting.isUsed = fits;
     for (size_t k = 0; k < sighting.corners.size(); k++) {
-        // If a sighting is left out, its corners get the `isUsed` that was given.
+        // If a sighting is left out, its corners get back the `isUsed` that they have in the input.
         const bool isUsed = fits ? isGood[k] : all.corners[k].isUsed;
         changed = changed || (fits && isUsed != sighting.corners[k].isUsed);
         sighting.corners[k].isUsed = isUsed;

@@ -17,7 +17,8 @@ struct Cell {
     double weight = 1;
 };
 
-// Points at infinity are represented by points at distance 1. For them, the camera's motion is only a rotation.
+// The cells of a grid over the picture, for points at one distance from the camera. Points at infinity are represented
+// by points at distance 1. For them, the camera's motion is only a rotation.
 class Grid {
 public:
     Grid(const Camera &camera, const Eigen::VectorXd &intrinsics, double distance, int columns, int rows)

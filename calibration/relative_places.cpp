@@ -11,8 +11,9 @@ namespace calibration {
 
 namespace {
 
-// A change is not due to chance if its squared distance is larger than this. The limit is high because the change has 6
-// degrees of freedom, and because the time of the change is chosen from all times.
+// A change of place is clear, and not due to chance, if the squared distance between the poses before and after it is
+// larger than this. The limit is high because a pose has 6 degrees of freedom, and because the largest of the changes
+// at all times is tested.
 constexpr double clearDistance = 60;
 
 // The weighted mean of several poses at the same place.
@@ -33,6 +34,7 @@ Fused fusedOf(const RelativePose &pose) {
     return {pose.information, pose.information * pose.offset};
 }
 
+// Returns the squared Mahalanobis distance between two means.
 double distanceOf(const Fused &a, const Fused &b) {
     Fused both = a;
     both.add(b);

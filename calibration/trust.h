@@ -5,8 +5,8 @@
 
 namespace calibration {
 
-// Fills Calibration::cameras except for `trials`, and Calibration::prints except for isMeasured. Needs the
-// calibration's observations, estimate, freedom and covariance.
+// Makes Calibration::cameras and Calibration::prints anew, with all members except `trials` and `isMeasured`, which the
+// caller fills afterwards. Needs the calibration's observations, estimate, freedom and covariance.
 void judgeTrust(Calibration &calibration);
 
 }  // namespace calibration

@@ -198,8 +198,9 @@ private:
                 startNew(i);
                 fitting += result.observations.sightings[i].isUsed ? 1U : 0U;
             }
-            // If at most half of the sightings fit, it is not clear which of the prints moved. This is ignored if none
-            // of them fits even in a pose of its own, because then the photographs are blurred or misread.
+            // If at most half of the moment's sightings fit, it is not clear which of the prints moved. This does not
+            // matter if no sighting fits even in a pose of its own, because then the photographs are blurred or
+            // misread.
             if (2 * fitting <= sightings.size() && sharp.count(moment) > 0) {
                 return false;
             }

@@ -6,7 +6,7 @@
 //   left02.jpg - -
 //
 // Each photograph has all inner corners of its board, row by row. "-" in any of the columns x, y and level means that
-// the corner was not seen. If a photograph has a single line with "-", the whole board was not seen. The level says how
+// the corner was not seen. If the only line of a photograph has "-", the whole board was not seen. The level says how
 // many times the picture was halved before the corner was measured; each halving doubles the corner's standard
 // deviation. The level may be absent; it then counts as 0. A corner with a level below 0 or above 20 does not count.
 // The rest of a line after # is a comment. x and y are in pixels; the centre of the top-left pixel is (0, 0).
@@ -38,7 +38,7 @@ struct ListedPhotograph {
 std::vector<ListedPhotograph> loadCornerList(const std::string &path);
 
 // Sets the photograph's size to that of its picture file. The file is searched for in the current folder and in the
-// list's folder. The size stays as it is if the file is absent or is not a picture.
+// list's folder. The size stays as it is if the file is absent, is not a picture or has too many pixels.
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath);
 
 // The standard deviation of a corner of level 0, in pixels along one axis. calibrate() multiplies the standard
@@ -51,8 +51,9 @@ struct ListedBoard {
     double square = 0;  // mm
 };
 
-// Makes observations from corner lists, as photograph_observations.h does from photographs. Photographs whose number of
-// corners is not that of the board are left out.
+// Makes observations from corner lists, as photograph_observations.h does from photographs; `isRig` has the same
+// meaning as there. A photograph is left out if its size is not known, if no corner was seen in it, if it has another
+// number of corners than the board, or if a corner lies outside the picture.
 CollectedObservations collectObservations(const std::vector<ListedPhotograph> &photographs, const ListedBoard &board,
                                           bool isRig);
 

@@ -105,10 +105,10 @@ bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photog
            });
 }
 
-// The prints in one photograph. A print that the photograph shows twice is left out.
+// The prints in one photograph. A print that the photograph shows more than once is left out.
 struct Shown {
     std::vector<Sighting> sightings;
-    std::vector<std::string> reasons;  // why the other readings are not used
+    std::vector<std::string> reasons;  // why readings are not used; texture that looks like a board has no reason
 };
 
 Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue, int index) {

@@ -1,5 +1,6 @@
 // Makes the observations that calibrate() takes (cameras, moments, prints and corners) from the readings of
-// photographs. Everything that could not be used is named with the reason. All functions may be called from any thread.
+// photographs. Photographs and patterns that could not be used are named with the reason, except for small plain boards
+// that are probably texture in the background. All functions may be called from any thread.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// Reads the patterns in photographs, several photographs at a time. It does not yet convert to millimetres or group the
-// photographs by camera; photograph_observations.h does that.
+// Reads the patterns in photographs, several photographs at a time. It neither converts to millimetres nor groups the
+// photographs by camera; photograph_observations.h does both.
 //
 // Paths are in the system's narrow encoding. No exception is thrown for a photograph that cannot be read; its `error`
 // says why.
@@ -15,8 +15,8 @@ namespace calibration {
 
 struct PhotographFile {
     std::string path;
-    // The name of the camera that took the photograph. Photographs without such a name are grouped by size and by the
-    // camera's name in their EXIF data.
+    // The user's name for the camera, or empty. Photographs without such a name are grouped by size and by the camera's
+    // name in their EXIF data.
     std::string camera;
 };
 

@@ -17,9 +17,10 @@ constexpr int cornersOfTile = 15;
 constexpr int marksOfPlate = 7;
 constexpr int noOffset = -10000;  // no plate has this offset
 
-// Identifies a print if there are no pattern files. Tiles of an assembly come first, by number.
+// Identifies a print if there are no pattern files. In the order of keys, the patterns of an assembly come first, by
+// number.
 struct Key {
-    bool isAlone = false;
+    bool isAlone = false;  // true if the print is not a pattern of an assembly
     PatternKind kind = PatternKind::Tile;
     int tile = -1;
     int offsetX = noOffset;

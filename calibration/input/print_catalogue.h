@@ -1,7 +1,8 @@
 // Finds out which prints the photographs show, and which point of a print each corner is.
 //
-// The prints come from pattern files. Without pattern files, they come from the readings: the marks identify the
-// pattern, and the grid spacing comes from the pattern's information block or from the user.
+// The prints come from pattern files. Without pattern files, they come from the readings: each pattern that was read is
+// a print. Its grid spacing comes from its information block or from the user; that of a plain board, which has no
+// block, is twice the side of a square that the user gives.
 #pragma once
 
 #include <string>
@@ -22,14 +23,14 @@ struct PrintedTarget {
 
 class PrintCatalogue {
 public:
-    // Takes the readings of all photographs. If the information blocks of a print contradict each other, the majority
-    // counts.
+    // Takes the readings of all photographs. If the information blocks of a print state different grid spacings, the
+    // most frequent one counts.
     PrintCatalogue(const PrintedTarget &target, const std::vector<const pattern_reader::PatternReading *> &readings);
 
     struct Match {
-        int print = -1;            // an index of prints(), or -1 if no print matches
+        int print = -1;            // an index of prints(), or -1 if no print or more than one matches
         std::vector<int> corners;  // for each corner of the reading, its index in Print::points
-        // If no print matches, the reason: "shows pattern 7, which is not ...".
+        // If `print` is -1, the reason: "shows pattern 7, which is not ...".
         std::string reason;
     };
     Match match(const pattern_reader::PatternReading &reading) const;
@@ -47,8 +48,8 @@ private:
     bool isFromFiles = false;
 };
 
-// Returns "pattern 3" for a pattern of an assembly, "the coded pattern", "the Flexible pattern", "the plate" or "the
-// board".
+// Returns "pattern 3" for a pattern of an assembly (tile number 4), "the coded pattern" for tile number 0, "the
+// Flexible pattern", "the plate" or "the board".
 std::string nameOf(pattern_reader::PatternKind kind, int tile);
 
 }  // namespace calibration
