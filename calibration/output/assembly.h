@@ -1,5 +1,5 @@
-// Computes the prints of a calibration in their common coordinate system, with every corner on the bent surface.
-// Lengths are in millimetres.
+// Computes where the prints of a calibration and all their corners are in a common coordinate system. If a print is
+// bent, its corners are on the bent surface. Lengths are in millimetres.
 #pragma once
 
 #include <Eigen/Core>
@@ -16,7 +16,7 @@ namespace calibration {
 // the pattern file of the first print that has a pose.
 struct AssemblyAxes {
     struct Corner {
-        int pattern = 0;  // Print::number; any value if there is only one print
+        int pattern = 0;  // Print::number; any value if assemblyOf() returns only one print
         int column = 0;   // as in the pattern file
         int row = 0;
     };
@@ -39,7 +39,7 @@ struct AssemblyPattern {
 };
 
 // Returns the first print that has a pose, and all prints that photographs link with it. Throws std::invalid_argument
-// with a sentence for the user if a corner of `axes` does not exist or if the three corners lie on one line.
+// with a sentence for the user if a corner of `axes` is not in these prints or if the three corners lie on one line.
 std::vector<AssemblyPattern> assemblyOf(const Calibration &calibration, const std::optional<AssemblyAxes> &axes);
 
 }  // namespace calibration

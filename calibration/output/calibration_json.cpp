@@ -62,7 +62,7 @@ ordered_json rowsOf(const Eigen::MatrixXd &matrix) {
     return rows;
 }
 
-// Returns one array for each row of the map. A value is null where the lens has no direction.
+// Returns one array for each row of the map. A value is null if the map has none there.
 ordered_json mapJson(const PictureMap &map) {
     ordered_json rows = ordered_json::array();
     for (int row = 0; row < map.rows; row++) {

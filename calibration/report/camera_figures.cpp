@@ -128,7 +128,7 @@ Figure mapFigure(const Camera &camera, const PictureMap &map, const std::string 
 
 Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
     const PictureFrame frame(camera);
-    // Lines are drawn up to this angle from the axis, in degrees. It is the greatest angle that the picture shows.
+    // The greatest angle from the axis that the picture shows, in degrees. Nothing is drawn beyond it.
     double widest = 0;
     for (int i = 0; i <= 8; i++) {
         for (const Vector2d &pixel :

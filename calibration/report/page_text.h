@@ -21,13 +21,13 @@ std::string rounded(double value, int digits);
 // Returns the value with commas between thousands: "12,345".
 std::string count(std::ptrdiff_t value);
 
-// Returns the value and its standard deviation: "1234.56 ± 0.12". Both have so many decimal places that the standard
-// deviation has two significant digits. Only the value is shown if the standard deviation is 0 or not finite.
+// Returns the value and its standard deviation: "1234.56 ± 0.12". Both have as many decimal places as two significant
+// digits of the standard deviation need. Only the value is shown if the standard deviation is 0 or not finite.
 std::string withSigma(double value, double sigma);
 
 std::string base64(std::string_view bytes);
 
-// Make a cell of a table: the first one a cell with text, the second one a cell with a number.
+// Make a cell of a table from HTML. The first function is for text, the second one for a number.
 std::string cell(const std::string &html);
 std::string numberCell(const std::string &html);
 // Returns a table's heading row from HTML texts. A '>' at the beginning of a text says that its column has numbers.

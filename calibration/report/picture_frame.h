@@ -24,6 +24,7 @@ public:
         legend = legendHeight;
     }
 
+    // Returns the place of a pixel in the figure.
     Eigen::Vector2d operator()(const Eigen::Vector2d &pixel) const {
         return (pixel + Eigen::Vector2d(0.5, 0.5)) * scale;
     }

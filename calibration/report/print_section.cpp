@@ -52,7 +52,8 @@ bool mayBend(const Calibration &calibration, int print) {
                                                         [](int number) { return number >= PrintShape::bend; });
 }
 
-// Returns a number of the shape in percent, with its standard deviation or the note that it is fixed.
+// Returns a number of the shape in percent, with its standard deviation or the note that it is fixed. `nominal` is the
+// value of an exact print: 1 for the numbers that are stored as logarithms, 0 for the others.
 std::string percent(const Calibration &calibration, int print, int number, double nominal) {
     const double value = calibration.estimate.shapes[size_t(print)].numbers[size_t(number)];
     const double sigma = shapeSigma(calibration, print, number);

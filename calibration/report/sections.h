@@ -1,4 +1,4 @@
-// Makes the sections of the report's page as HTML. A section without content is empty.
+// Makes the sections of the report's page as HTML. If there is nothing to show in a section, its text is empty.
 #pragma once
 
 #include <string>
