@@ -31,9 +31,9 @@ struct MarkFit {
 };
 
 // Fits a mark, without a reflection, to a picture of 8 bits. All lengths are in pixels of this picture. The fit starts
-// from the centre, shape and blur in `fit`. If `light` and `dark` differ, it also starts from these. It takes at most
-// `steps` steps. False if the fit diverges, if the pixels do not determine the parameters, if the contrast is too low,
-// or if a part of the mark's border is outside the picture.
+// from the centre, shape and blur in `fit`. If `light` and `dark` differ, it also starts from these; otherwise it
+// guesses them from the picture. It takes at most `steps` steps. False if the fit diverges, if the pixels do not
+// determine the parameters, if the contrast is too low, or if a part of the mark's border is outside the picture.
 bool fitMark(const cv::Mat &picture, int steps, MarkFit &fit);
 
 // Adds a reflection to a fit of fitMark, in at most `steps` steps, if that explains the picture much better. Otherwise

@@ -73,8 +73,9 @@ private:
     std::vector<bool> taken;
 };
 
-// Finds the steps along both axes at a seed. They follow from one neighbour: a mark whose distance from the seed, in
-// the seed's radii, is about the pitch. False if there is no such mark.
+// Sets `a` and `b` to the steps, in pixels, from a seed to the next marks along both axes. Step `a` leads to a mark of
+// similar size whose distance on the plate is about the pitch. Step `b` is at a right angle to it on the plate. False
+// if there is no such mark.
 bool findAxes(const std::vector<RoundMark> &marks, const FreeMarks &freeMarks, size_t seed, cv::Point2f &a,
               cv::Point2f &b) {
     const RoundMark &here = marks[seed];

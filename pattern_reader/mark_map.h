@@ -27,8 +27,8 @@ public:
     cv::Point2d at(cv::Point2d cell) const;
     // The steps in the picture for one cell along each axis, in pixels. Each column of the matrix has one step.
     cv::Matx22d stepsAt(cv::Point2d cell) const;
-    // A circle appears as an ellipse in the picture. Returns the vector from the centre of the ellipse to the place
-    // where the circle's centre appears.
+    // A circle around a cell, with its radius in cells, appears as an ellipse in the picture. Returns the vector, in
+    // pixels, from the centre of the ellipse to the place where the circle's centre appears.
     cv::Point2d centreOffset(cv::Point2d cell, double radius) const;
     // The part of centreOffset that the bend causes. It is known less well than the part that the plane causes.
     cv::Point2d bentOffset(cv::Point2d cell, double radius) const;
@@ -49,7 +49,7 @@ private:
     static bool fit(const std::vector<MappedMark> &marks, cv::Point middle, Neighbourhood &here);
     const Neighbourhood &around(cv::Point2d cell) const;
 
-    cv::Rect middles;  // of the neighbourhoods, cells
+    cv::Rect middles;  // the cells that are the middle of a neighbourhood
     std::vector<Neighbourhood> neighbourhoods;
 };
 

@@ -9,8 +9,8 @@
 // In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down. Lattice
 //   coordinates are in lattice steps (half a grid spacing) in the pattern's own coordinate system, also with x to the
 //   right and y down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a
-//   plate, (0, 0) is the frame's top-left outer corner, and the marks lie on the even numbers from 2 to 14. In a plain
-//   board, the inner corners run from (1, 1) to (columns, rows).
+//   plate, (0, 0) is the frame's top-left outer corner, and the coordinates of the marks are the even numbers from 2 to
+//   14. In a plain board, the inner corners run from (1, 1) to (columns, rows).
 // Uncertain results are left out: a checkerboard of which too little is visible gives no reading, and the values of an
 //   information block are absent if the block cannot be read beyond doubt.
 // Every function may be called from any thread at the same time. readPatterns throws std::invalid_argument if the image
@@ -85,7 +85,7 @@ struct PatternReading {
     // 1 minus the probability that the reading is due to chance. For a plain board, the share of its corners that were
     // seen.
     double confidence = 0;
-    double log10Chance = 0;
+    double log10Chance = 0;  // log10 of that probability; 0 for a plain board
 };
 
 struct ReadingOptions {

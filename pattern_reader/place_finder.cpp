@@ -13,10 +13,8 @@ using pattern_code::planeSide;
 using pattern_code::tileSide;
 
 constexpr float leastCertainty = 0.3F;  // squares whose reading is less certain are not used
-// A place is accepted only if the probability that random marks would match some place as well as the readings match
-// this one is less than 10 to this power.
-constexpr double log10Doubt = -5;
-constexpr int leastReadings = 36;  // with fewer readings, no place can be certain enough
+constexpr double log10Doubt = -5;       // a place is accepted only if its Location::chanceLog10 is less than this
+constexpr int leastReadings = 36;       // with fewer readings, no place can be certain enough
 constexpr double greatestMismatchShare = 0.16;
 
 cv::Point turned(cv::Point p, int quarterTurns) {

@@ -26,7 +26,7 @@ struct Place {
     LatticeMotion motion;
     int squaresCompared = 0;
     int mismatches = 0;
-    // If the marks were random, this is log10 of how many places in the code would match them equally well on average.
+    // log10 of the average number of places in the code that match random marks at least as well as these.
     double log10Chance = 0;
 };
 

@@ -85,7 +85,8 @@ std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, do
 // Returns how much a place looks like a dot: 0 for paper, 1 if it is as dark as a dot can look there. Empty if that
 // cannot be determined.
 std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
-    // A dot is a ring, so the light is measured along the middle of its line. Blur darkens the hole too.
+    // A dot is a ring, so the light is measured along the middle of its line. It is compared with the paper around the
+    // ring and not with the ring's hole, because blur also darkens the hole.
     constexpr double lineRadius = (pattern_code::dotRadius + pattern_code::dotHoleRadius) / 2;
     const std::optional<CircleLight> around = circleLight(view, at, 0.23);
     const std::optional<CircleLight> line = circleLight(view, at, lineRadius);
@@ -99,8 +100,8 @@ std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
 
 // The appearance of a place that may have a dot.
 struct DotPlace {
-    double share = 0;  // 0 for paper, 1 if it is as dark as a dot can look there
-    bool known = false;
+    double share = 0;         // 0 for paper, 1 if it is as dark as a dot can look there
+    bool known = false;       // true if `share` could be measured
     bool canBeEmpty = false;  // true if a dot at this place would be visible
 };
 

@@ -17,6 +17,7 @@ FrameEvidence lookForFrame(const PlateView &view);
 // True if the grid of marks continues where the frame should be.
 bool isPartOfLargerGrid(const PlateView &view);
 
+// Hidden means that the picture does not show whether the corner has the triangle.
 enum class CornerLook { Hidden, Plain, Triangle };
 
 // Corner 0 is the top-left one; the others follow clockwise.

@@ -99,7 +99,7 @@ struct Orientation {
     LatticeMotion motion;
     SeenBlock block;
     bool readable = false;  // the dots were decoded as a block
-    bool possible = false;  // the dots that can be seen agree with a valid block
+    bool possible = false;  // the visible bits agree with a valid block, and they are enough to confirm the orientation
     BlockAgreement agreement;
 
     [[nodiscard]] bool showsDots() const { return pattern_code::onesIn(block.bits & ~block.unknown) >= leastDots; }

@@ -41,8 +41,7 @@ struct LevelPoints {
 constexpr float leastSaddleStrength = 1.5F;
 constexpr float leastBlobStrength = 5;
 
-// Smooths the level's picture into level.smoothed and finds all points in it. It finds at most one point for every four
-// pixels.
+// Smooths the level's picture into level.smoothed and finds all points in it.
 LevelPoints findPoints(ImageLevel &level);
 
 // Walks from the point `near` to the closest stationary point of the smoothed level and describes it. Returns false if

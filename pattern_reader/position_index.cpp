@@ -53,7 +53,8 @@ Extent knownExtent(const SeenCells &seen) {
     return right < 0 ? Extent{} : Extent{left, top, right - left + 1, bottom - top + 1};
 }
 
-// The known extent of a patch, turned so that its axes run like the code's.
+// The known extent of a patch, turned by a number of quarter turns. If this is the patch's orientation in the code, the
+// axes of the turned extent run like the code's.
 struct AlignedPatch {
     AlignedPatch(const SeenCells &seen, const Extent &extent, int quarterTurns)
         : turns(quarterTurns), bits(widthOf(extent, turns), heightOf(extent, turns)), known(bits) {

@@ -63,8 +63,8 @@ struct Location {
     CodePlace place;
     int agreeing = 0;
     int disagreeing = 0;
-    // If the cells were random, this is log10 of how many places would match them equally well on average. -8 means
-    // that one such patch in 10^8 finds a match.
+    // log10 of the average number of places that match a patch of random bits at least as well as this place matches
+    // this patch. -8 means that only one random patch in 10^8 finds such a place.
     double chanceLog10 = 0;
     // The same counts for the next best place; both are 0 if there is no other place.
     int runnerUpAgreeing = 0;

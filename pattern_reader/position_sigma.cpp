@@ -39,8 +39,8 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
 }
 
 // Perspective, lens and paper bend neighbouring rows of corners alike, so the fourth differences of these rows should
-// be the same. For each two neighbouring fourth differences, returns the squared distance between them, divided by the
-// value that the fits' standard deviations predict.
+// be the same. For each two fourth differences at the same place of neighbouring rows, returns the squared distance
+// between them, divided by the value that the fits' standard deviations predict.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {

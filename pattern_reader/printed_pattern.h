@@ -22,7 +22,7 @@ struct PrintedPattern {
     PatternKind kind = PatternKind::Board;
     int tile = -1;         // as in PatternReading
     cv::Point firstPoint;  // lattice coordinates of the first point
-    int latticeStep = 1;   // lattice coordinates from one point to the next
+    int latticeStep = 1;   // by how much the lattice coordinates of neighbouring points differ
     cv::Size size;         // columns and rows of points
     double gridSpacing = 0;
     std::vector<cv::Point2d> points;  // row after row
@@ -34,12 +34,13 @@ struct PrintedPattern {
 PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
 // Returns one point for each corner of the reading. Empty if none of the patterns fits the reading, or if several
-// patterns fit it and their points differ.
+// patterns fit it and their points differ. A pattern fits if it has the reading's kind, tile number and corners, and if
+// the reading's information block, if it was read, does not contradict it.
 PATTERN_READER_API std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                                         const std::vector<PrintedPattern> &patterns);
 
-// Computes the points from the grid spacing (twice the square's side) in millimetres. If a plate's block contains an
-// offset, it is added to the points.
+// Computes the points from the grid spacing in millimetres: twice the side of a square, or the distance between
+// neighbouring marks of a plate. If a plate's block contains an offset, it is added to the points.
 PATTERN_READER_API std::vector<cv::Point3d> objectPoints(const PatternReading &reading, double gridSpacing);
 
 }  // namespace pattern_reader

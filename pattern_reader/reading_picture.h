@@ -8,7 +8,7 @@
 
 namespace pattern_reader {
 
-// Returns a colour copy of the image with the readings drawn into it.
+// Returns a colour copy of an image with the readings drawn into it. The image must have one channel of 8 bits.
 PATTERN_READER_API cv::Mat drawReadings(const cv::Mat &image, const std::vector<PatternReading> &readings);
 
 }  // namespace pattern_reader

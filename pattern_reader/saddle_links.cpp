@@ -33,7 +33,7 @@ std::vector<LinkedSaddle> withBorders(const std::vector<SaddlePoint> &saddles) {
     return all;
 }
 
-// True if two saddles have the same borders with light and dark exchanged.
+// True if two saddles have a similar strength, and the same borders with light and dark exchanged.
 bool alternate(const LinkedSaddle &p, const LinkedSaddle &q) {
     constexpr float tolerance = 0.36F;  // sine of the angle between two borders
     return std::abs(cross(p.border[0], q.border[1])) < tolerance &&

@@ -127,8 +127,9 @@ bool MarkReader::predictCorner(cv::Point cell, size_t corner, Quad &quad) const 
     if (lattice.predict(here, quad.corners[corner])) {
         return true;
     }
-    // If the corner lies diagonally beyond a corner of the lattice, no corner in its row or column is known. It is then
-    // predicted as the fourth corner of the parallelogram that the square's other three corners form.
+    // If the corner lies diagonally outside the lattice, its row and its column have no corners from which the lattice
+    // could predict it. It is then predicted as the fourth corner of the parallelogram that the square's other three
+    // corners form.
     const size_t opposite = 3 - corner;
     const cv::Point there = cornerOf(cell, opposite);
     cv::Point2f a;
@@ -211,8 +212,9 @@ using Look = MarkReader::Look;
 
 // At the edge of the measured area, a cover (an object in front of the pattern) can look like the outer half of a
 // square. A cover that is as light as the paper looks like a light square, and one that is as dark as the ink looks
-// like a dark square. But a cover cannot look like two neighbouring squares. So a square at this edge is doubtful if it
-// has neighbours at the edge that were examined, and none of them looks like a square.
+// like a dark square. But a cover cannot look like two neighbouring squares, because one of them is light and the other
+// is dark. So a square at this edge is doubtful if it has neighbours at the edge that were examined, and none of them
+// looks like a square.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.
