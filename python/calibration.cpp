@@ -16,7 +16,8 @@ using Rows = py::array_t<double, py::array::c_style | py::array::forcecast>;
 
 namespace {
 
-// Collects the points of the print. Every place gets one point, and indexOf finds the point's index.
+// Collects the points of the print, one for each place. indexOf returns the index of the point at a place and adds the
+// point if it is new.
 class PrintedPoints {
 public:
     int indexOf(double x, double y) {

@@ -22,9 +22,9 @@ struct PatternChoice {
     std::optional<double> gridSpacing;
     std::optional<double> thickness;
     std::optional<std::array<double, 2>> offset;
-    int patterns = 1;  // how many patterns of an assembly to draw, from pattern 0 on
-    bool isInverted = false;
-    bool isPlain = false;
+    int patterns = 1;         // how many patterns of an assembly to draw, from pattern 0 on
+    bool isInverted = false;  // dark and light are exchanged
+    bool isPlain = false;     // the pattern has no code
 };
 
 // The files to write, and how they are drawn. A value given here replaces the value in a file of parameters.

@@ -7,8 +7,8 @@
         print(reading.image_points, reading.object_points)
 
 Lengths are in millimetres. Image coordinates are in pixels, with the centre of the top-left pixel at (0, 0). Every
-function may be called from any thread; long work runs without the interpreter's lock. A forked or spawned child process
-has a library of its own.
+function may be called from any thread; long work runs without the interpreter's lock. A child process, forked or
+spawned, starts with a new library, whose tree does not contain the nodes that its parent wrote.
 """
 import dataclasses
 import json
@@ -121,7 +121,8 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
     size           columns and rows of inner corners of a flexible pattern
     grid_spacing   length of two squares, or distance between the centres of neighbouring round marks
     thickness      thickness of the plate
-    offset         position (x, y) of a flexible pattern, or of a plate with round marks, in a common coordinate system
+    offset         position (x, y) of a flexible pattern, or of a plate with round marks, in a coordinate system that
+                   several patterns share
     patterns       number of patterns of an assembly
     inverted       exchanges dark and light
     plain          draws no code
@@ -164,6 +165,7 @@ class Reading:
     orientations: int  # number of possible orientations; more than 1 only for plain boards
     # What the pattern encodes: grid_spacing, thickness, offset, assembly_pattern.
     values: typing.Optional[typing.Dict[str, typing.Any]]
+    # 1 minus the probability that the reading is due to chance; for "board", the share of its corners that were seen.
     confidence: float
 
 
@@ -190,17 +192,17 @@ def read_patterns(image: _Array, *, patterns: typing.Union[_File, typing.Sequenc
 @dataclasses.dataclass(frozen=True)
 class Calibration:
     """The lens of a camera, and a verdict on how far it can be trusted."""
-    camera_matrix: _Array  # (3, 3)
+    camera_matrix: _Array  # (3, 3), pixels
     distortion: _Array  # in OpenCV's order
-    lens: str
+    lens: str  # the lens model that was used, such as "pinhole5"
     intrinsics_sigmas: _Array  # standard deviations of fx, fy, cx, cy and the distortion
-    rms: float  # pixels per point
-    # Pose of the print in each photograph: rotation vector and translation in mm, or None.
+    rms: float  # root mean square distance between the used points and their projections, pixels
+    # Pose of the print in each photograph: rotation vector and translation in mm. None if the pose is not known.
     poses: typing.List[typing.Optional[typing.Tuple[_Array, _Array]]]
     grade: str  # "good", "usable" or "poor"
-    verdict: str
-    advice: typing.List[str]
-    notices: typing.List[str]
+    verdict: str  # the reason for the grade, in words
+    advice: typing.List[str]  # what would improve the calibration; empty if nothing needs to be done
+    notices: typing.List[str]  # further information, for example about what defines the scale
     left_out: typing.List[typing.Tuple[int, str]]  # index of each photograph that was not used, and the reason
 
 
