@@ -48,7 +48,7 @@ protected:
     LogMessageHandlerTest() { installMessageHandler(); }
 };
 
-TEST_F(LogMessageHandlerTest, writesEachRecordAtOnce) {
+TEST_F(LogMessageHandlerTest, writesEachRecordInOnePiece) {
     const std::string collation = "Numeric mode unsupported in the posix collation implementation";
     const std::string longText(70000, 'y');
     const LocalEncoding encoding;

@@ -26,7 +26,7 @@ check() {  # check <what> <actual> <expected>
 start_program() {  # start_program <script JSON>
   printf '%s' "$1" >"$folder/script"
   rm -f "$folder/calls" "$folder/error"
-  # The variable is removed, because the program itself must set it.
+  # QT_XCB_GL_INTEGRATION, which ctest sets, is removed, because the program itself must set it.
   env -u QT_XCB_GL_INTEGRATION LD_LIBRARY_PATH="$scripted_folder" \
     LMLIB64_SCRIPT="$folder/script" LMLIB64_RECORD="$folder/calls" \
     timeout -s KILL 100 "$program" 2>"$folder/error" &

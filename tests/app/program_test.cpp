@@ -58,7 +58,7 @@ void lookAtTheRunningProgram() {
     EXPECT_TRUE(toolTipsAreTakenAway());
 }
 
-TEST(Program, goesFromItsFirstMessageToTheLoopsResultInOrder) {
+TEST(Program, startsInOrderAndReturnsTheResultOfTheEventLoop) {
     scripted_lmlib64::loadDefaultScript();
     whileApplicationStarts = [] {
         qDebug("left out");

@@ -74,7 +74,7 @@ int bendsOfPrint(const Calibration &result, size_t print) {
     return int(std::count_if(free.begin(), free.end(), [](int number) { return number >= PrintShape::bend; }));
 }
 
-TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
+TEST(Calibrate, choosesLensesAndBendsByPredictionAndJudgesTheResult) {
     const Scene scene = makeScene(0.05, 21);
     const Calibration result = calibrate(scene.observations);
     expectTruth(result, scene);
@@ -91,7 +91,7 @@ TEST(Calibrate, choosesLensesAndBendsThatPredictAndJudgesThem) {
     EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
     EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
     // The chosen model predicts held-out corners as well as their noise allows. The simplest pinhole and the fisheye,
-    // if not chosen, predict them worse than the chosen model.
+    // if they were not chosen, predict them worse than the noise allows.
     for (size_t camera = 0; camera < 2; camera++) {
         ASSERT_GE(result.cameras[camera].trials.size(), 5U);
         for (const ModelTrial &trial : result.cameras[camera].trials) {
@@ -293,8 +293,7 @@ TEST(Calibrate, findsTheSameFromAPreviousResultAsWithoutOne) {
     };
     EXPECT_EQ(leftOutOf(*calibrated({})),
               (std::vector<std::pair<int, Misfit>>{{int(misread), Misfit::Unclear}, {int(moved), Misfit::Moved}}));
-    // `before` lists the photographs that the previous calibration leaves out, and `after` those that the next one
-    // leaves out.
+    // The previous calibration is made without the photographs in `before`, and the next one without those in `after`.
     for (const auto &[before, after] : std::vector<std::pair<std::vector<int>, std::vector<int>>>{
              {{}, {20, 21}}, {{20, 21}, {}}, {{bad}, {}}, {{shifted}, {bad}}}) {
         CalibrateOptions options;
@@ -344,7 +343,7 @@ TEST(Calibrate, choosesModelsAgainOnlyIfThePreviousChoiceIsOutOfDate) {
     }
 }
 
-TEST(Calibrate, tellsHowFarItIs) {
+TEST(Calibrate, reportsItsProgressFromStartToEnd) {
     CalibrateOptions options;
     options.lens = LensModel::Pinhole5;
     options.mayBend = false;
@@ -365,7 +364,7 @@ TEST(Calibrate, endsWithinAnIterationOfBeingCancelled) {
     // 60 queries are more than there are stages, but far fewer than a complete calibration makes.
     options.isCancelled = [&]() { return ++asked >= 60; };
     EXPECT_THROW(calibrate(scene.observations, options), Cancelled);
-    EXPECT_LT(asked, 60 + 12);  // the difference allows for queries of threads that work at the same time
+    EXPECT_LT(asked, 60 + 12);  // 12 more, because other threads may still ask
 }
 
 TEST(Calibrate, refusesPhotographsThatDetermineNoLens) {

@@ -64,7 +64,7 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
     EXPECT_LT(projected / runs, 1.25);
 }
 
-TEST(Covariance, isAbsentIfAFocalLengthCannotBeKnown) {
+TEST(Covariance, isAbsentOrLargeIfTheFocalLengthCannotBeKnown) {
     Scene scene = makeScene(0.1);
     std::mt19937 random(1);
     std::normal_distribution<double> noise(0, 0.1);

@@ -29,7 +29,8 @@ TEST(JointSolve, findsLensesRigPosesAndShapesFromCornersAlone) {
     for (const Sighting &sighting : scene.observations.sightings) {
         corners += int(sighting.corners.size());
     }
-    EXPECT_NEAR(*cost / corners, 1, 0.1);  // a corner has two residuals of variance 1, and the cost is half their sum
+    EXPECT_NEAR(*cost / corners, 1,
+                0.1);  // the cost is half the sum of squares, and a corner has two residuals of variance 1
     for (size_t camera = 0; camera < 2; camera++) {
         const Eigen::VectorXd error = estimate.intrinsics[camera] - scene.truth.intrinsics[camera];
         EXPECT_LT(error.head<4>().cwiseAbs().maxCoeff(), 0.25) << error.transpose();
@@ -43,7 +44,7 @@ TEST(JointSolve, findsLensesRigPosesAndShapesFromCornersAlone) {
     EXPECT_NEAR(estimate.shapes[1].numbers[PrintShape::bend], 0.6, 0.02);
 }
 
-TEST(JointSolve, hasTheDerivativesOfItsResiduals) {
+TEST(JointSolve, computesTheDerivativesOfItsResiduals) {
     const Scene scene = makeScene(0.5);
     const Sighting &sighting = scene.observations.sightings[3];
     for (const double robustScale : {0.0, 3.0}) {

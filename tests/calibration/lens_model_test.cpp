@@ -56,7 +56,7 @@ TEST(LensModel, projectsAsOpenCvDoes) {
     }
 }
 
-TEST(LensModel, hasTheDerivativesOfItsProjection) {
+TEST(LensModel, computesTheDerivativesOfItsProjection) {
     constexpr double step = 1e-6;
     for (const Case &one : cases) {
         std::vector<double> parameters = parametersOf(one);

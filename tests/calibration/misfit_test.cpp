@@ -96,7 +96,7 @@ TEST_F(Misfits, areExplained) {
                      }
                  },
                  Misfit::Moved, "No print that was seen at this moment is where the other photographs show it."},
-             // Steps of 4 % are tried: 1.04^6 is 1.265, and 1.04^-6 is 0.790.
+             // Focal lengths are tried in steps of 4 %: 1.04^6 is 1.265, 1.04^-6 is 0.790, and 1.04^-18 is 0.494.
              Row{zoomBy(1.265, centre), Misfit::AnotherLens,
                  "The photograph fits only a focal length that is 27 % longer" + zoom},
              Row{zoomBy(0.79, centre), Misfit::AnotherLens,
@@ -110,7 +110,7 @@ TEST_F(Misfits, areExplained) {
     }
 }
 
-TEST_F(Misfits, tellHowFarTheCornersOfABlurredPhotographAreAway) {
+TEST_F(Misfits, tellHowFarTheCornersOfABlurredPhotographAreFromTheirPlaces) {
     constexpr double blur = 4;  // pixels along each axis
     std::normal_distribution<double> normal(0, blur);
     const LeftOut found = explained([&](Sighting &one, Calibration &) {

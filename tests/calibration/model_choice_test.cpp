@@ -18,8 +18,8 @@ using Errors = std::vector<std::optional<double>>;
 TEST(PreferredModel, isTheSimplestThatIsNotClearlyWorse) {
     struct Row {
         const char *what;
-        std::vector<Errors> errors;  // of each model, the simplest first
-        std::vector<bool> counts;
+        std::vector<Errors> errors;  // for each model, the errors of all photographs; the simplest model comes first
+        std::vector<bool> counts;    // for each photograph, whether its errors count
         size_t preferred;
     };
     const std::vector<bool> all(6, true);
@@ -45,8 +45,9 @@ TEST(PreferredModel, isTheSimplestThatIsNotClearlyWorse) {
     }
 }
 
-TEST(HeldOutErrors, areThoseOfPhotographsThatTheLensWasNotEstimatedFrom) {
-    // A lens with many coefficients fits so few corners well, but predicts other corners badly.
+TEST(HeldOutErrors, areThoseOfPhotographsThatWereNotUsedToEstimateTheLens) {
+    // Each photograph has only about eight corners. A lens with many coefficients fits so few corners well, but
+    // predicts the corners of other photographs badly.
     Scene scene = makeScene(0.3);
     Observations &observations = scene.observations;
     useFirstCameraOnly(scene);

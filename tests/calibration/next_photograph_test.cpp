@@ -176,7 +176,8 @@ TEST(NextPhotograph, isForTheWorstCameraAndThePrintThatItSeesMost) {
 
 TEST(NextPhotograph, isNotAdvisedIfItHardlyHelps) {
     Scene scene = makeScene(noise);
-    // If the corners of the next photograph are a million times less exact, this photograph is useless.
+    // The next photograph's corners are expected to be as exact as those of the sightings. These are now a million
+    // times less exact than when the covariance was computed, so the next photograph would be useless.
     Calibration calibration = calibrationOf(scene);
     for (Sighting &sighting : calibration.observations.sightings) {
         for (SeenCorner &corner : sighting.corners) {

@@ -95,7 +95,7 @@ ends 2 --corners corners.txt --board 9x6 --square 25 --out none
 says err 'give --image-size'
 
 # Two cameras of a rig see the same board. The right camera is 80 mm to the right of the left one. One photograph was
-# taken with another zoom. The measured bars are 200 mm long instead of 100 mm.
+# taken with another zoom. The bars measured here are drawn 200 mm long; those above were drawn 100 mm long.
 awk 'BEGIN { for (camera = 0; camera < 2; camera++) for (k = 0; k < 12; k++)
   for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
     a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
