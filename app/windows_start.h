@@ -6,5 +6,5 @@
 // - Windows are drawn at the scale that the user has set for the screen.
 // - File dialogs are those of the toolkit. The system's dialog would add the ending of the selected filter to the name
 //   that the user types, so the program would not know the typed name.
-// - A failure that ends the program is shown in a box first, because nobody sees the standard error stream.
+// - An exception that ends the program is shown in a box first, because nobody sees the standard error stream.
 void prepareProgram();
