@@ -31,7 +31,7 @@ struct Pairs {
     std::vector<Corners> left, right;
 };
 
-// Finds the corners as OpenCV's own sample does, with a half window of 5 pixels.
+// Finds the corners with the same functions as OpenCV's own sample, but with a half window of 5 pixels instead of 11.
 std::optional<Corners> cornersOf(const std::string &path, cv::Size &size) {
     const cv::Mat picture = cv::imread(path, cv::IMREAD_GRAYSCALE);
     Corners corners;
@@ -111,8 +111,7 @@ double residualOfOpenCv(const Pairs &pairs, double &baseline) {
 }
 
 // Returns the rms residual of our own solve from all corners, in pixels, and sets the baseline in mm. `shape` lists the
-// numbers of the print's shape that this solve varies. All other numbers of the shape are 0. Returns -1 if the solve
-// fails.
+// indices of the PrintShape numbers that this solve varies; all other numbers are 0. Returns -1 if the solve fails.
 double residualOfOurs(const Observations &observations, const std::vector<int> &shape, const Calibration &start,
                       double &baseline) {
     SolveOptions options;

@@ -18,7 +18,7 @@ struct RenderedScene {
 
 // The prints must be the patterns of an assembly, with 15 x 15 corners each; print n is pattern n. The first print is
 // bent: its middle is `bend` mm nearer to the viewer than points near its left and right edges. Each lens must have the
-// same focal length in x and y, and at most two coefficients that are not 0.
+// same focal length in x and y, and all its distortion coefficients but the first two must be 0.
 RenderedScene renderAndRead(const SceneDraft &draft, double bend, unsigned seed);
 
 }  // namespace calibration_bench

@@ -1,5 +1,5 @@
-// Makes scenes whose corners are computed from known cameras and prints, without pictures. So hundreds of calibrations
-// can be compared with the truth. The seed determines everything.
+// Makes scenes whose corners are computed from known cameras and prints. No pictures are rendered, so there is time to
+// compare hundreds of calibrations with the truth. The seed determines everything.
 #pragma once
 
 #include <array>

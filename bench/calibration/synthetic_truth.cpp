@@ -17,7 +17,7 @@ namespace {
 using Eigen::Vector3d;
 
 constexpr int corners = 15;
-constexpr double xyError = 0.005;  // the prints are longer in x than in y by this share
+constexpr double xyError = 0.005;  // the first print of a scene is longer in x than in y by this share
 
 CameraDraft distorted(const char *name) {
     CameraDraft draft{{name, 1640, 1230, LensModel::Pinhole5}, Eigen::VectorXd(9), {}};
@@ -118,8 +118,9 @@ struct Deviation {
     size_t prints = 0;
 };
 
-// Fits the first print to the truth by a similarity transformation. Then returns the errors of the positions of all
-// prints' corners. Also returns the greatest error of a print's ratio of x scale to y scale.
+// Finds the similarity transformation that fits the first print's estimated corners to their true positions, and
+// applies it to the corners of all prints. Returns the errors that remain, and the greatest error of a print's ratio of
+// x scale to y scale.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;

@@ -51,7 +51,8 @@ void addLens(const SimulatedScene &scene, const Calibration &result, int camera,
         errors.focalLengths.add(estimate[i] - truth[i], sigmas[size_t(i)]);
         errors.centres.add(estimate[i + 2] - truth[i + 2], sigmas[size_t(i) + 2]);
     }
-    // Compares the projections of fixed directions, over the part of the picture in which corners were seen.
+    // Compares where the estimated and the true lens project nine fixed directions. They are spread over the part of
+    // the picture in which corners were seen.
     const Camera &what = scene.observations.cameras[size_t(camera)];
     const Eigen::MatrixXd covariance = result.covariance.intrinsics(camera);
     for (const double x : {0.15, 0.5, 0.85}) {
