@@ -1,5 +1,5 @@
 // Makes the patterns of this system as targets for the synthetic camera, and states what a reader should report about
-// them. LmLib64 makes the patterns from a user's parameters.
+// them. The shapes come from the code with which LmLib64 draws a user's patterns.
 #pragma once
 
 #include <memory>

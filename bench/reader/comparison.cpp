@@ -39,14 +39,15 @@ struct Board {
     bool complete = false;
     int found = 0;     // corners that the reader found
     double error = 0;  // the reader's root mean square error over the corners that it found, pixels
-    // The reader's error on the same board without marks. The reader gets the size of that board.
+    // The reader's error on the same board without marks, if the reader is told the board's size. Empty if the reader
+    // misses a corner.
     std::optional<double> plainError;
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };
 
-// Returns the root mean square over all true corners of the distance to the closest found corner, in pixels. Empty if a
-// true corner has no found corner near it.
+// Takes the distance from each true corner to the closest found corner, and returns the root mean square of these
+// distances in pixels. Empty if a true corner has no found corner near it.
 std::optional<double> errorOf(const Corners &found, const Board &board) {
     double sum = 0;
     for (const cv::Point2d &corner : board.truth) {

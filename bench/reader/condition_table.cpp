@@ -21,9 +21,9 @@ std::string describe(const ScenePattern &pattern, const PatternScore &score) {
 
 // The values from which a row is computed.
 struct Collected {
-    std::vector<float> lengths;
-    std::vector<double> ratios;
-    std::vector<double> rms;  // of each pattern
+    std::vector<float> lengths;  // of all errors, pixels
+    std::vector<double> ratios;  // of each pattern: its rms divided by the least rms that the noise allows
+    std::vector<double> rms;     // of each pattern
     double squares = 0;
     double biasSquares = 0;
     double normalised = 0;  // sum of the squared errors per axis, each divided by the variance that the reader states

@@ -45,8 +45,8 @@ void small(SceneDraft &draft, Dice &dice) {
 }
 
 // The size of a picture is limited. The limit is 150 megapixels in 1 % of the pictures, 64 in 2 %, 12 in 7 %, and 1 to
-// 4 in all others. Pictures of boards always reach the limit; pictures of plates may be smaller. A board shows at least
-// 7 x 7 squares.
+// 4 in all others. Pictures of boards always reach the limit, and have the area of at least 7 x 7 squares. Pictures of
+// plates may be smaller.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);

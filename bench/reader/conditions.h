@@ -16,7 +16,7 @@ struct Condition {
     const char *text = "";
     bool boardsOnly = false;
     // Every draft begins with mild conditions, and `prepare` changes them. `finish` changes the exposure when the place
-    // of the pattern is known. Either may be null.
+    // of the pattern is known. Either may be null. If both are null, makeScene (scenes.h) makes the picture.
     void (*prepare)(SceneDraft &draft, Dice &dice) = nullptr;
     void (*finish)(ComposedScene &composed, Dice &dice) = nullptr;
 };

@@ -42,7 +42,7 @@ struct Exposure {
     std::vector<Glare> glares;
     std::vector<Obstacle> obstacles;
 
-    double blurSigma = 0.6;  // standard deviation of a Gaussian blur, in addition to that of the pixel's area
+    double blurSigma = 0.6;  // standard deviation of a Gaussian blur, in addition to the averaging over a pixel's area
     // The radius of the disc that a point becomes if it is out of focus: |radius + slope · (p - middle of the
     // picture)|.
     double defocusRadius = 0;
@@ -54,7 +54,7 @@ struct Exposure {
     bool bayer = false;       // one colour per pixel, interpolated afterwards
     cv::Vec3d cast{1, 1, 1};  // factors of the light for blue, green and red pixels
     double balanceError = 0;  // relative error of the white balance
-    double toneGain = 1;      // before clipping at 255
+    double toneGain = 1;      // factor of the levels, before they are clipped at 255
     double toneGamma = 1;     // 2.2 is a camera's usual curve
     double sharpening = 0;    // unsharp masking adds this multiple of (picture - smoothed picture)
     double sharpeningSigma = 1;

@@ -24,12 +24,13 @@ struct LocalView {
     double noise = 0;     // standard deviation, grey levels
 };
 
-// Returns the least root mean square distance, in pixels, that an unbiased measurement of a corner can have; 0 if the
-// window has no information. The window is a disc around the corner. It reaches to the nearest mark or to the nearest
-// far side of the four squares that meet at the corner, whichever is closer.
+// Returns the least root mean square error, in pixels, that an unbiased measurement of a corner can have. The
+// measurement uses a disc around the corner, which reaches to the nearest mark or to the nearest far side of the four
+// squares that meet at the corner, whichever is closer. The result is 0 if the picture within the disc says nothing
+// about the corner's position.
 double leastCornerError(const LocalView &view);
-// Returns the least root mean square distance, in pixels, that an unbiased measurement of a mark with a radius of half
-// a lattice step can have. The measurement uses the mark's whole outline.
+// Returns the same for a round mark with a radius of half a lattice step. The measurement uses the mark's whole
+// outline.
 double leastMarkError(const LocalView &view);
 
 }  // namespace reader_bench

@@ -6,7 +6,8 @@
 //                      comparison start at this number, too
 //     --count N        number of pictures with patterns
 //     --empty N        number of pictures without patterns
-//     --condition ID   makes only pictures with this condition; the name "list" lists all conditions
+//     --condition ID   makes only pictures with patterns under this condition, unless --empty or --compare is also
+//                      given. An ID that does not exist, such as "list", lists all conditions
 //     --compare N      number of boards on which the reader is compared with OpenCV's detectors
 //     --times          makes --compare measure only processor times
 //     --threads N      number of threads

@@ -16,7 +16,7 @@ Goal noneGoal(const std::string &what, long count, long of) {
     return {what, cv::format("%ld of %ld", count, of), count == 0};
 }
 
-// If there are fewer than 100 patterns, the goal counts as met whatever the value is.
+// If the value is not known or comes from fewer than 100 patterns, the goal counts as met.
 Goal rangeGoal(const std::string &what, double value, int patterns, double least, double greatest) {
     constexpr int enough = 100;
     const bool judged = value > 0 && patterns >= enough;
@@ -25,7 +25,7 @@ Goal rangeGoal(const std::string &what, double value, int patterns, double least
 }
 
 // Divides the error of plates by that of boards, separately for each of several conditions. The greatest of these
-// ratios decides.
+// ratios decides. A condition with fewer than ten plates or ten boards that were read does not count.
 Goal plateGoal(const std::vector<PictureResult> &results) {
     constexpr double greatestTilt = 70;
     constexpr int enough = 10;

@@ -50,8 +50,10 @@ struct Scene {
 
 // The part of a pattern that the picture shows.
 struct SeenPart {
-    std::vector<cv::Point> points;  // corners or marks whose surroundings can be seen; the reader's lattice coordinates
-    int squares = 0;                // squares of which all four corners can be seen; for a plate, marks
+    // The corners or marks whose surroundings can be seen, in the reader's lattice coordinates.
+    std::vector<cv::Point> points;
+    // The number of squares of which all four corners can be seen; for a plate, the number of marks in `points`.
+    int squares = 0;
 };
 SeenPart seenPartOf(const Scene &scene, const ScenePattern &pattern);
 

@@ -124,8 +124,8 @@ ScenePattern placePattern(Scene &scene, const SceneDraft &draft, CodedTarget cod
     return pattern;
 }
 
-// Chooses the picture's window: the pattern and some of its surroundings. The window cuts the pattern if a condition or
-// the number of pixels requires it.
+// Chooses the picture's window: the pattern and some of its surroundings. The window cuts the pattern if the draft says
+// so (`cutQuarter`), or if the picture would have more pixels than the draft allows.
 cv::Rect chooseWindow(const Scene &scene, const ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     const cv::Rect2d bounds = boundsOf(scene, pattern);
     const auto border = [&] { return dice.real(4, 20) + dice.real(0, std::min(200.0, 0.3 * bounds.width)); };

@@ -17,8 +17,8 @@ Exposure makeExposure(double pixelsPerSquare, Dice &dice);
 
 cv::Matx33d rotationBy(const cv::Vec3d &axis);
 
-// Rolls the target, and tilts it by `tilt` radians about an axis in the image plane. Then places it so that its middle
-// is seen at `at` and a square there has the given size.
+// Rolls the target, and tilts it by `tilt` radians about an axis in the image plane. Then places it so that a lens
+// without distortion sees its middle at `at`, and a square there has the given size.
 TargetPose makePose(const CameraModel &camera, const SyntheticTarget &target, cv::Point2d at, double pixelsPerSquare,
                     double tilt, Dice &dice);
 

@@ -19,10 +19,12 @@ enum class StockMethod {
     SectorBasedExhaustive,  // with CALIB_CB_ACCURACY | CALIB_CB_EXHAUSTIVE
 };
 
+// Returns the corners of a board with corners.width x corners.height corners; nothing if the detector does not find all
+// of them within the limit.
 std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners,
                                     unsigned limitSeconds);
 
-// Runs the detector in this process and without a limit, so that it can be timed.
+// Does the same in this process and without a limit, so that the caller can measure the time.
 std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners);
 
 }  // namespace reader_bench

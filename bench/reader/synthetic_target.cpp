@@ -10,7 +10,8 @@ namespace reader_bench {
 
 namespace {
 
-// Marks begin and end at thirds of a square, so the ink is uniform in most cells of this size.
+// The target is divided into square cells. Marks begin and end at thirds of a square, so with three cells per pitch,
+// the ink is uniform in most cells.
 constexpr int cellsPerPitch = 3;
 // The cells extend beyond the outer size by this number of pitches, because ink spreads.
 constexpr double margin = 1;
@@ -135,7 +136,8 @@ void SyntheticTarget::weighShapes() {
     }
 }
 
-// Lets dark shapes grow and light ones shrink. Two dark squares that touch at a corner then overlap.
+// Lets dark shapes grow and light ones shrink. Two dark squares that touch at a corner then overlap. A shape of weight
+// -1 covers each overlap, so that its ink counts only once.
 void SyntheticTarget::spreadInk(const std::vector<cv::Point2d> &squareCorners) {
     for (Shape &shape : shapes) {
         const double spread = printForm.inkSpread * shape.weight;
@@ -159,7 +161,7 @@ int SyntheticTarget::cellIndex(double coordinate) {
     return int(std::floor((coordinate + margin) * cellsPerPitch));
 }
 
-// Calls `visit` with every cell that a rectangle reaches into.
+// Calls `visit` with every cell that a rectangle reaches into, until `visit` returns false.
 template <typename Visit>
 void SyntheticTarget::visitCells(const cv::Rect2d &bounds, const Visit &visit) const {
     // Many shapes end on the border of a cell. The slack keeps a rounding error from adding the cell behind the border.

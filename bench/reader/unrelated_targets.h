@@ -1,4 +1,4 @@
-// Makes targets that are regular but are not patterns of this system, for the synthetic camera.
+// Makes targets for the synthetic camera that look like patterns of this system, but are none.
 #pragma once
 
 #include <memory>
@@ -14,7 +14,7 @@ using Target = std::shared_ptr<const SyntheticTarget>;
 Target makeBoard(bool marked, Dice &dice);
 // Round holes in straight or shifted rows, up to `most` on a side.
 Target makePerforatedSheet(int most, Dice &dice);
-// Crossing bars.
+// Crossing bars with up to `most` meshes on a side.
 Target makeNet(int most, Dice &dice);
 // Round marks in rows, sometimes in a frame, as on other makers' plates. Nothing on such a grid shows which way is up.
 Target makeMarkGrid(Dice &dice);
