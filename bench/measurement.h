@@ -1,5 +1,5 @@
 // Measures calls alternately in many short rounds, and prints the results as a table: a figure, the figure that it is
-// compared with, their ratio, and the bound on the ratio. Times are in milliseconds unless the caller divides them.
+// compared with, their ratio, and the bound on the ratio. Times are in milliseconds unless the caller converts them.
 //
 // The speed of a machine changes from one second to the next, most of all if other programs use it too. Therefore the
 // calls to be compared are measured in turn. In each round, their processor times are divided. The ratio in the table
@@ -71,9 +71,10 @@ inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::
     return times;
 }
 
-// Prints Markdown rows. `exitCode` returns 1 if a ratio was more than twice its bound, which noise does not explain. A
-// bound of 0 means that there is none. The column "Ratio of elapsed times" compares the elapsed times of the fastest
-// rounds. It has no bound, because these times still contain much noise on a busy machine.
+// Prints Markdown rows. A ratio above its bound is marked "(over)". `exitCode` returns 1 only if a ratio was more than
+// twice its bound, because noise does not explain that much. A bound of 0 means that there is none. The column "Ratio
+// of elapsed times" compares the elapsed times of the fastest rounds. It has no bound, because these times still
+// contain much noise on a busy machine.
 class Table {
 public:
     explicit Table(const char *title) {

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# run_all.sh BUILD_FOLDER: prints the tables of all benchmarks. Fails if a ratio is more than twice its bound.
+# run_all.sh BUILD_FOLDER: prints the tables of library_bench, window_bench, reader_time_bench and start_bench. Fails if
+# a ratio is more than twice its bound.
 set -uo pipefail
 folder=$1/bench
 export QT_QPA_PLATFORM=offscreen
@@ -11,6 +12,6 @@ MALLOC_MMAP_THRESHOLD_=33554432 MALLOC_TRIM_THRESHOLD_=1000000000 "$folder/libra
 for bench in window_bench reader_time_bench; do
   "$folder/$bench" 2>/dev/null || failed=1
 done
-# The time to start depends on the desktop, so this benchmark runs on a real X server.
+# The time to start depends on the X server, so this benchmark needs one; the others draw into memory.
 QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1600x1000x24" "$folder/start_bench" 2>/dev/null || failed=1
 exit $failed

@@ -1,7 +1,7 @@
 // Benchmarks of LmView with many photographs. They measure the time from dropping the photographs onto the window to
-// the result, and compare it with the time that decoding the photographs takes. They also measure the memory, how long
-// the window does not answer, and the time to calibrate anew. They take minutes, so run_all.sh does not run them. They
-// need a POSIX system.
+// the result, and compare it with the time that decoding the photographs takes. They also measure the memory, for how
+// long the window does not answer, and the time to calibrate anew. They take minutes, so run_all.sh does not run them.
+// They need a POSIX system.
 //
 //   viewer_bench FOLDER [ROUNDS]
 //
@@ -133,7 +133,7 @@ void decode(const QStringList &files, int flags) {
     print({{"processor", time.processor}, {"elapsed", time.elapsed}});
 }
 
-// A window of LmView, opened as the button of LmCalTab opens it.
+// A window of LmView with the arrangement that it has if LmCalTab's button opens it.
 class MeasuredWindow {
 public:
     explicit MeasuredWindow(const QString &recoveryFolder = {}) : window(recoveryFolder) {
@@ -227,7 +227,9 @@ void readMany(WatchedApplication &application, const QStringList &files) {
     }
     const QTemporaryDir copies;
     MeasuredWindow measured(copies.path());
-    SessionSettings settings;  // no models are chosen: choosing them for many copies of few pictures is not a real case
+    // The lens model is given and prints may not bend, so the calibration has no models to choose. Choosing them from
+    // many copies of few pictures would not be a real case.
+    SessionSettings settings;
     settings.arrangement = Arrangement::Assembly;
     settings.lens = calibration::LensModel::Pinhole5;
     settings.mayBend = false;
