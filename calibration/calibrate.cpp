@@ -25,8 +25,8 @@ constexpr double greatestFocalSigma = 0.02;
 // Models are chosen again if the number of photographs has grown or shrunk by more than this factor.
 constexpr double similarCount = 1.5;
 
-// No corner in a photograph is more certain than this standard deviation, in pixels. Computed corners can be exact.
-// Without this limit, even an undetermined focal length would then seem certain.
+// No corner in a photograph is more certain than this standard deviation, in pixels. Simulated corners can be exact.
+// Without this limit, even a focal length that they do not determine would seem certain.
 constexpr double leastNoise = 0.01;
 
 class Calibrator {
@@ -236,9 +236,9 @@ private:
         }
     }
 
-    // Finds prints that moved. If the solve has settled between two places of such a print, it still uses a sighting in
-    // which the print has moved, or it has left out other sightings. In either case, this function leaves out the
-    // sightings of moved prints, computes new start values and returns true.
+    // Finds the sightings in which a print has moved. If the solve still uses one of them, or has left out other
+    // sightings, too, it may have settled between two places of a print. Then this function leaves out the sightings in
+    // which a print has moved, computes new start values and returns true.
     bool leaveOutMoved() {
         Observations all = given;
         all.cameras = result.observations.cameras;

@@ -2,10 +2,10 @@
 // result also says how far each of them can be trusted, which photographs did not fit and why, and which photograph
 // would help most. Nothing here reads photographs or writes files.
 //
-// observations.h defines axes and units. Photographs do not determine the absolute scale. If no print of a group was
-// measured, the group's first print counts as exact: the geometric mean of its x and y scale is 1.
-// All functions may be called from several threads at the same time. The same input gives the same result, to the last
-// bit, with any number of processors. Texts are whole sentences in English for the user.
+// observations.h defines axes, units and groups of prints. Photographs do not determine the absolute scale. If
+// CalibrateOptions::measured has no print of a group, the group's first print counts as exact: the geometric mean of
+// its x and y scale is 1. All functions may be called from several threads at the same time. The same input gives the
+// same result, to the last bit, with any number of processors. Texts are whole sentences in English for the user.
 #pragma once
 
 #include <functional>

@@ -4,8 +4,8 @@
 //
 // The poses of the moments are eliminated one by one. So their covariance is not available, but time and memory grow
 // only linearly with the number of moments. The covariance is multiplied by the variance of the residuals. So a common
-// factor of all corners' standard deviations cancels. It only changes the weight of the priors, because their standard
-// deviations are absolute.
+// factor of all corners' standard deviations cancels. Such a factor only changes the weight of the priors, because the
+// standard deviations of the priors are absolute.
 #pragma once
 
 #include <Eigen/Core>
