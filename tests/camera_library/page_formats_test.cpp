@@ -159,7 +159,7 @@ std::map<std::string, DxfShapes> readDxf(const std::string &file) {
     return layers;
 }
 
-// The shapes on an A4 page, filled by the even-odd rule.
+// Returns the picture of an A4 page on which the shapes are filled by the even-odd rule.
 cv::Mat drawn(const DxfShapes &shapes) {
     constexpr int shift = 6;
     std::vector<std::vector<cv::Point>> outlines;
@@ -224,7 +224,7 @@ cv::Mat printed(const cv::Mat &picture, double scaleX, double scaleY) {
     return result;
 }
 
-TEST_F(PageFormats, printScaleMakesTheNextPrintTrue) {
+TEST_F(PageFormats, printScaleMakesThePrintTrueToSize) {
     const NodeObject options{{"PrintScale", NodeArray{0.98, 1.02}}, {"Resolution", resolution}};
     const std::string &pattern = plate;
     const std::string svg = saveBoth(pattern, ".svg", options);

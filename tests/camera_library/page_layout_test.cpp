@@ -145,7 +145,7 @@ TEST_F(PrintedLayout, drawsCheckBarsOfTheLengthTheySay) {
         double gridSpacing;
         double lengthAlongY;
     };
-    // The second pattern leaves no room beside it, so a shorter bar is drawn below it.
+    // The second pattern leaves no room for a bar beside it. So its bar along y is below it, too, and is shorter.
     for (const Case &test : {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", 12.5, 100.0},
                              Case{R"({"Type": "SingleCustom", "GridSpacing": 22})", 22.0, 30.0}}) {
         savePdf(test.pattern);

@@ -149,6 +149,7 @@ TEST_F(PatternOutput, drawsTheCellsThatTheDescriptionLists) {
                 const bool isMarked = cells[static_cast<std::size_t>(column)] == '1';
                 SCOPED_TRACE(pattern + " column " + std::to_string(column) + " row " + std::to_string(row));
                 if (isPlate()) {
+                    // The first dot is not in its cell: the frame's triangle is there, so it is between two marks.
                     const double x = column + row == 0 ? 1.5 : column + 0.5;
                     const double y = column + row == 0 ? 1.0 : row + 0.5;
                     EXPECT_EQ(isDark(x + 0.14, y) == polarity(), isMarked);
@@ -203,7 +204,7 @@ double farthestFromExpected(const std::vector<cv::Point2f> &found, const std::ve
     return farthest;
 }
 
-TEST_F(PatternOutput, isFoundByStockDetectors) {
+TEST_F(PatternOutput, isFoundByTheDetectorsOfOpenCv) {
     std::vector<std::string> patterns = allTypes;
     patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [5, 5], "GridSpacing": 12.5})");
     patterns.emplace_back(R"({"Type": "Flexible", "GridSize": [9, 6], "GridSpacing": 20, "Polarity": false})");

@@ -192,8 +192,8 @@ PatternGeometry invertedGrid() {
     return geometry;
 }
 
-// A pixel that several outlines cross is exact only if each outline has the opposite direction of the outline around
-// it.
+// A pixel that several outlines cross is exact only if each outline runs in the opposite direction to the outline
+// around it. So the direction in which the preview draws a shape must depend on the shapes around it.
 TEST(Preview, isExactHoweverTheShapesNest) {
     constexpr std::size_t times = 32;
     for (const PatternGeometry &geometry : {halconPlate(12.5, true), halconPlate(12.5, false), invertedGrid()}) {

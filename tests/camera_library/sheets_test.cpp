@@ -176,6 +176,7 @@ TEST(SheetPlan, fitsEveryPaper) {
             }
         }
     }
+    // Squares of 200 mm are too large: with the overlaps at two cuts, a sheet with one square is wider than A4.
     EXPECT_FALSE(planSheets(checkerboard({9, 9}, 400, true), a4, {1, 1}));
 }
 

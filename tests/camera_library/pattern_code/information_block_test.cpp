@@ -88,14 +88,14 @@ std::uint64_t randomBits(int count, std::mt19937_64 &random) {
 }
 
 struct DamageCase {
-    int unknown;
-    int wrong;
-    bool isRepaired;
+    int unknown;      // bits
+    int wrong;        // bits
+    bool isRepaired;  // true if decodeBlock repairs this damage, except in rare cases
 };
 
 TEST(InformationBlock, neverReadsAWrongValueFromADamagedBlock) {
-    // Even damage that can normally be repaired is sometimes refused, because the repair is not unique. That is rare,
-    // and a wrong value is never read.
+    // If more than one repair is possible, the block is refused. So a few blocks whose damage can normally be repaired
+    // are not read, but none is read wrongly.
     const DamageCase cases[] = {{16, 0, true},  {10, 1, true}, {4, 2, true},  {17, 0, false},
                                 {11, 1, false}, {5, 2, false}, {0, 4, false}, {4, 3, false}};
     std::mt19937_64 random(11);
@@ -125,8 +125,8 @@ TEST(InformationBlock, neverReadsAWrongValueFromADamagedBlock) {
 }
 
 TEST(InformationBlock, isReadFromRandomBitsLessThanOnceInAMillion) {
-    // For each step of the repair, one of these numbers of unknown bits is the worst case. If one try in a million
-    // succeeded, 0.1 of these tries would succeed on average.
+    // Each step of the repair is tried with up to 4, 10 or 16 unknown bits. Random bits pass it most often with exactly
+    // that many. If one try in a million succeeded, 100,000 tries would give 0.1 successes on average.
     std::mt19937_64 random(5);
     constexpr int tries = 100000;
     for (const int unknownCount : {0, 4, 10, 16}) {

@@ -46,7 +46,7 @@ struct WindowCase {
 TEST(PlaneWindowForPattern, putsTheCentralCornerAtTheOffset) {
     // The window's column plus the index of the central corner plus 1 is 136 + offset. The central corner has the index
     // 7 if there are 15 corners along an axis, and the index 1 if there are 4. LmCalTab's form offers up to 91 corners
-    // along an axis, and offsets from -90 to 90.
+    // along an axis, and offsets from -90 to 90, and all of these must fit into the plane.
     const WindowCase cases[] = {
         {15, 15, 3, -5, Square{131, 123}}, {4, 5, 0, 0, Square{134, 133}},     {2, 2, -90, 90, Square{45, 225}},
         {91, 91, -90, 90, Square{0, 180}}, {90, 91, -90, 90, Square{1, 180}},  {91, 91, -91, 0, std::nullopt},
