@@ -73,8 +73,8 @@ void ToolTipEndToEndTest::linkLeadsToTheManual() {
     }
     QVERIFY(startProgram(root));
 
-    // The buttons and the text of a spin box belong to different widgets. Here, the mouse is moved over the buttons;
-    // after that, it is moved over the text of another spin box.
+    // The buttons and the text of a spin box belong to different widgets, and both must show a tip. Here, the mouse is
+    // moved over the buttons; after that, it is moved over the text of another spin box.
     const QRect field = program.placeOf("halconOuterSize");
     QVERIFY(!hover({field.right() - 6, field.center().y()}).isEmpty());
     desktop.press({"Shift_L"});

@@ -1,4 +1,5 @@
-// Tests the way from the button in LmCalTab to the file of an assembly, with the real programs in real windows.
+// Tests the way from LmCalTab's button "Calibrate an Assembly Pattern..." to the assembly file that LmView saves, with
+// the real programs in real windows.
 #include <QApplication>
 #include <QDir>
 #include <QFile>

@@ -39,7 +39,7 @@ public:
     explicit RandomUseTest(const Desktop &usersDesktop) : desktop(usersDesktop) {}
 
 private slots:
-    void endsAsItBegan();
+    void keepsRespondingAndCanStillSave();
     void closesWhileCommandsRun();
 
 private:
@@ -136,7 +136,7 @@ bool RandomUseTest::closeOtherWindows() {
     return program->otherWindows().isEmpty();
 }
 
-void RandomUseTest::endsAsItBegan() {
+void RandomUseTest::keepsRespondingAndCanStillSave() {
     const int seconds = qEnvironmentVariableIsSet("LMCALTAB_RANDOM_SECONDS")
                             ? qEnvironmentVariableIntValue("LMCALTAB_RANDOM_SECONDS")
                             : 10;

@@ -71,7 +71,7 @@ public:
     explicit ViewerRandomUseTest(const Desktop &usersDesktop) : desktop(usersDesktop) {}
 
 private slots:
-    void survives();
+    void keepsRespondingAndEndsWithoutAnError();
 
 private:
     int below(int bound) { return int(random() % unsigned(bound)); }
@@ -184,7 +184,7 @@ void ViewerRandomUseTest::paste() {
     QTest::qWait(100);  // the viewer asks this process for the content
 }
 
-void ViewerRandomUseTest::survives() {
+void ViewerRandomUseTest::keepsRespondingAndEndsWithoutAnError() {
     const int seconds = qEnvironmentVariableIsSet("LMCALTAB_RANDOM_SECONDS")
                             ? qEnvironmentVariableIntValue("LMCALTAB_RANDOM_SECONDS")
                             : 8;

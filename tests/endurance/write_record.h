@@ -36,6 +36,7 @@ public:
         return keeps;
     }
 
+    // True if the record contains the end of this process, or if there is no record.
     bool isComplete(qint64 process) const {
         const QRegularExpression end(QString("^%1 +\\+\\+\\+ ").arg(process), QRegularExpression::MultilineOption);
         return !keeps || contents().contains(end);
