@@ -60,7 +60,7 @@ const Step treeSteps[]{
     },
     [](std::int32_t *result) {
         lmLibSetJson(result, "/C", R"({"A name that is not short":["a text that is not short",)");
-        *result = *result == LmLibResultCouldNotInterpretJsonText ? 0 : *result;  // the right code for this text
+        *result = *result == LmLibResultCouldNotInterpretJsonText ? 0 : *result;  // the text is incomplete
     },
     [](std::int32_t *result) { lmLibSetString(result, "/A/Array", longText); },
     [](std::int32_t *result) { lmLibMakeUniqueItem(result, "/Execute", "a longer base name"); },
@@ -137,11 +137,11 @@ class AllocationFault : public testing::TestWithParam<Failing> {};
 INSTANTIATE_TEST_SUITE_P(All, AllocationFault, testing::Values(Failing::Once, Failing::FromThenOn),
                          [](const auto &test) { return test.param == Failing::Once ? "once" : "fromThenOn"; });
 
-TEST_P(AllocationFault, treeStaysAsItWas) {
+TEST_P(AllocationFault, failingCallLeavesTheTreeUnchanged) {
     sweep(GetParam(), playTreeSteps);
 }
 
-TEST_P(AllocationFault, commandSaysWhy) {
+TEST_P(AllocationFault, failingCommandReportsThatMemoryRanOut) {
     const Command commands[]{
         {"GetModelInfo", R"({"ListCalTabs":true})"},
         {"GenerateCalibrationPattern",
@@ -155,7 +155,7 @@ TEST_P(AllocationFault, commandSaysWhy) {
     }
 }
 
-TEST_P(AllocationFault, saveKeepsTheOldFile) {
+TEST_P(AllocationFault, failingSaveKeepsTheOldFile) {
     const std::string oldContents = "the file of an earlier save";
     for (const lmlib64::FileFormat &format : lmlib64::FileFormats()) {
         const TemporaryFolder folder;

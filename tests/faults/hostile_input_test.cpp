@@ -23,7 +23,7 @@ protected:
     std::int32_t result = 0;
 };
 
-TEST_F(HostileInput, textsOfOneMebibyte) {
+TEST_F(HostileInput, keepsTextsOfOneMebibyte) {
     const std::string large(mebibyte, 'x');
     lmLibSetString(&result, "/T", large.c_str());
     EXPECT_EQ(lmLibGetString(&result, "/T"), large);
@@ -39,7 +39,7 @@ TEST_F(HostileInput, textsOfOneMebibyte) {
     EXPECT_GT(std::string(lmLibGetJson(&result, "", 1, 18, 0)).size(), 4 * mebibyte);
 }
 
-TEST_F(HostileInput, jsonUpToItsLimitAndNoFurther) {
+TEST_F(HostileInput, acceptsJsonUpToItsSizeLimit) {
     std::string json = "[\"" + std::string(LMLIB_MAXIMUM_JSON_SIZE - 4, 'x') + "\"]";
     lmLibSetJson(&result, "/J", json.c_str());
     EXPECT_EQ(result, LmLibResultOperationSucceeded);
@@ -48,7 +48,7 @@ TEST_F(HostileInput, jsonUpToItsLimitAndNoFurther) {
     EXPECT_EQ(result, LmLibResultCouldNotInterpretJsonText);
 }
 
-TEST_F(HostileInput, namesThatAreNotUtf8) {
+TEST_F(HostileInput, keepsNamesThatAreNotUtf8) {
     for (const char *name : {"\xff", "\xc3\x28", "\xed\xa0\x80", "\xf0\x9f\x98", "\x01\x7f", "\xe4\xf6\xfc"}) {
         const std::string path = std::string("/") + name;
         lmLibSetString(&result, path.c_str(), name);
@@ -63,7 +63,7 @@ TEST_F(HostileInput, namesThatAreNotUtf8) {
     }
 }
 
-TEST_F(HostileInput, numbersOutsideTheRangeOfEveryParameter) {
+TEST_F(HostileInput, refusesNumbersOutsideTheRangeOfEveryParameter) {
     const double infinity = std::numeric_limits<double>::infinity();
     for (const char *parameter : {"ImageSize", "Patterns/\\0/GridSize/\\1", "Patterns/\\0/GridSpacing",
                                   "Patterns/\\0/Thickness", "Patterns/\\0/Offset/\\0"}) {

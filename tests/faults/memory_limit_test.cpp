@@ -17,6 +17,7 @@ namespace {
 
 constexpr rlim_t plentyOfMemory = rlim_t(1) << 30U;
 
+// NoCommand: the memory was too small even for starting the command.
 enum Outcome { Saved = 0, OutOfMemory = 1, NoCommand = 2, Other = 3 };
 
 void allowMoreMemory(rlim_t bytes) {
@@ -55,7 +56,7 @@ int play(rlim_t bytes, const std::string &fileName) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-TEST(MemoryLimit, savesWholeOrSaysWhy) {
+TEST(MemoryLimit, savesTheWholeFileOrReportsThatMemoryRanOut) {
     const TemporaryFolder folder;
     for (const lmlib64::FileFormat &format : lmlib64::FileFormats()) {
         const std::string name = "pattern" + std::string(format.ending);

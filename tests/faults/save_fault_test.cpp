@@ -229,12 +229,14 @@ TEST_P(SaveFault, killedBeforeTheRename) {
     ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
     EXPECT_EQ(readBytes(target), oldContents);
     EXPECT_EQ(folder.entryCount(), 2U);  // a killed process cannot remove its file
+    // The next save must not remove these files. The first three do not have the name of a temporary file; the last one
+    // belongs to process 1, which still runs.
     const std::vector<std::string> others{".lmlib64-notes.tmp", ".lmlib64-7.tmp", ".lmlib64-7-notes.tmp",
-                                          ".lmlib64-1-7.tmp"};  // the last one belongs to a process that still runs
+                                          ".lmlib64-1-7.tmp"};
     for (const std::string &name : others) {
         writeBytes(folder.file(name), name);
     }
-    expectNextSaveWorks();  // it also removes the file of the killed process
+    expectNextSaveWorks();  // this also removes the file of the killed process
     for (const std::string &name : others) {
         EXPECT_TRUE(std::filesystem::remove(folder.file(name))) << name;
     }
@@ -273,7 +275,8 @@ TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     };
     writeBytes(files[0], oldContents);
     writeBytes(files[2], oldContents);
-    // Another save of this process looks for leftover files in the folder while the old files have temporary names.
+    // Another save of this process looks for leftover files in the folder while the old files have temporary names. It
+    // must leave them.
     beforeFailure = [&] {
         file_writing::SafeFiles other;
         other.write(folder.file("other"), "");
@@ -298,7 +301,8 @@ TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     }
 }
 
-// Each process looks for leftover files in the folder while the other processes create their temporary files.
+// Each process looks for leftover files in the folder while the other processes create their temporary files, which it
+// must leave.
 TEST(SaveFault, manyProcessesSaveIntoOneFolder) {
     constexpr int processes = 8;
     const TemporaryFolder folder;
