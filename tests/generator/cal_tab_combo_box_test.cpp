@@ -73,7 +73,7 @@ TEST_F(CalTabComboBoxTest, failuresEndTheLoadingAndLeaveNoSlot) {
         const char *function, *path;
         int code;
         const char *itemPath;
-        QStringList plates;
+        QStringList plates;  // those that were read before the failure
     } rows[] = {
         {"lmLibSetBool", "*/ListCalTabs", 13, "/Execute/2/Parameters/ListCalTabs", {}},
         {"lmLibSetString", "*/Command", 19, "/Execute/2", {}},

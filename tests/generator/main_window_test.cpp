@@ -86,13 +86,14 @@ TEST_F(MainWindowTest, updatesOnceForEachInputAndNeverForADisplay) {
             const MainWindow window;
             scripted_lmlib64::clearCalls();
             driven_window::setInput(window, name, row.value);
-            EXPECT_EQ(recorded_calls::count("lmLibSetInt /Execute"), row.updates) << name;  // "ImageSize"
+            // Here the only integer that an update writes is "ImageSize".
+            EXPECT_EQ(recorded_calls::count("lmLibSetInt /Execute"), row.updates) << name;
             EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), row.updates) << name;
         }
     }
 }
 
-TEST_F(MainWindowTest, onlyTheEncodingChoiceEnablesAndDisables) {
+TEST_F(MainWindowTest, onlyTheEncodingChoiceEnablesAndDisablesInputs) {
     const MainWindow window;
     const auto expectEnabled = [&window](bool thickness) {
         EXPECT_EQ(find(window, "halconThickness")->isEnabled(), thickness);
@@ -110,7 +111,7 @@ TEST_F(MainWindowTest, onlyTheEncodingChoiceEnablesAndDisables) {
     }
 }
 
-TEST_F(MainWindowTest, showsNoPictureIfItHasNoBytes) {
+TEST_F(MainWindowTest, showsNothingIfThePictureHasNoBytes) {
     setPictureOf(0, 0, 0);
     const MainWindow window;
     ASSERT_NE(picture(window), nullptr);
@@ -171,13 +172,13 @@ TEST_F(MainWindowTest, opensIfTheFirstUpdateFailsButNotWithoutTheCatalogue) {
     EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
 }
 
-TEST_F(MainWindowTest, emptyCatalogueWritesNoPattern) {
+TEST_F(MainWindowTest, writesNoPatternIfTheCatalogueIsEmpty) {
     scripted_lmlib64::setCommandResult("GetModelInfo", R"({"CalTabs": []})");
     const MainWindow window;
     EXPECT_EQ(recorded_calls::all().filter("/Execute/2"), recorded_calls::updateCalls(2, {}).mid(1));
 }
 
-TEST_F(MainWindowTest, refitsWhenShownAndResizedWithoutTheLibrary) {
+TEST_F(MainWindowTest, refitsThePictureWithoutCallingTheLibrary) {
     setPictureOf(2000, 1000, 128);
     MainWindow window;
     scripted_lmlib64::clearCalls();

@@ -108,6 +108,7 @@ TEST_F(PatternParametersTest, writesThePattern) {
 TEST_F(PatternParametersTest, leavesOutParametersForWhichNothingIsChosen) {
     MainWindow window;
     set(window, {{"patternType", 4}});
+    // Switches off the only button that is on. Users cannot do this, because one of the three is always on for them.
     find<QAbstractButton>(window, "halconEncodeSpacing")->setAutoExclusive(false);
     set(window, {{"halconEncodeSpacing", 0}});
     scripted_lmlib64::clearCalls();

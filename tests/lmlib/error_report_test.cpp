@@ -98,7 +98,7 @@ TEST_F(ErrorReportTest, saysWhatFailed) {
     }
 }
 
-TEST_F(ErrorReportTest, copiesAndStaysOpen) {
+TEST_F(ErrorReportTest, copiesTheWholeTextAndStaysOpen) {
     const LocalEncoding encoding;
     const QString shown = encoding.euro() + "\nline";
     const auto copyAgain = [&](QMessageBox *box) {
@@ -119,7 +119,7 @@ TEST_F(ErrorReportTest, copiesAndStaysOpen) {
 TEST_F(ErrorReportTest, offersTheButtonsItIsGiven) {
     const auto no = [](QMessageBox *box) {
         EXPECT_EQ(box->standardButtons(), QMessageBox::Yes | QMessageBox::No);
-        EXPECT_EQ(box->buttons().size(), 3);
+        EXPECT_EQ(box->buttons().size(), 3);  // the third one copies the text
         EXPECT_EQ(box->icon(), QMessageBox::Question);
         box->button(QMessageBox::No)->click();
     };
@@ -142,7 +142,7 @@ TEST_F(ErrorReportTest, rethrowsOnAnyOtherThread) {
             EXPECT_EQ(exception.errorCode, LmLibResultTimeout);
         }
     }).join();
-    EXPECT_EQ(scripted_lmlib64::callLines().size(), 1U);
+    EXPECT_EQ(scripted_lmlib64::callLines().size(), 1U);  // the exception's line in the debug log
 }
 
 }  // namespace
