@@ -44,8 +44,8 @@ struct Operation {
     std::function<std::string(Item)> run;
 };
 
-// Returns all operations on children of /A. For each operation, the list has the only library call that the operation
-// makes, and the value that it returns as text.
+// Returns all operations on children of /A. For each operation, the list has the one library call that the operation
+// makes (function, child and arguments), and the value that the operation returns, as text.
 std::vector<Operation> operations() {
     const auto none = [](auto operation) {
         return [operation](Item i) {
@@ -90,7 +90,7 @@ TEST_F(TreeItemTest, buildsPathsWithoutAskingTheLibrary) {
     EXPECT_EQ(scripted_lmlib64::callLines(), Lines());
 }
 
-TEST_F(TreeItemTest, makesOneCallPerOperationAndThrowsItsCodeWithThePath) {
+TEST_F(TreeItemTest, makesOneCallPerOperationAndThrowsTheCallsResultCodeWithThePath) {
     for (const Operation &operation : operations()) {
         const std::string function = std::string("lmLib") + operation.function;
         const std::string path = std::string("/A/") + operation.child;
@@ -128,7 +128,7 @@ TEST_F(TreeItemTest, tellsTheTypesApart) {
     }
 }
 
-TEST_F(TreeItemTest, existsIsFalseForAnAbsentNodeWithoutAFailure) {
+TEST_F(TreeItemTest, saysThatAnAbsentNodeDoesNotExistWithoutLoggingAnError) {
     EXPECT_FALSE(TreeItem("/absent").exists());
     EXPECT_TRUE(TreeItem("/A")["nothing"].exists());
     scripted_lmlib64::setResult("lmLibGetType", "/A", LmLibResultOperationSucceeded);
