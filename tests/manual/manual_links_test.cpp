@@ -60,7 +60,7 @@ void expectSoundPictures(const QString &page, const QString &html) {
     }
 }
 
-TEST(Manual, isReachedFromItsFirstPageAndStandsAlone) {
+TEST(Manual, hasLinksToAllItsFilesAndNoneToOtherPlaces) {
     QStringList open{"index.html"};
     QSet<QString> reached;
     while (!open.isEmpty()) {
@@ -90,7 +90,7 @@ TEST(Manual, isReachedFromItsFirstPageAndStandsAlone) {
             }
         }
     }
-    // The tool tip links to this page.
+    // The window's tool tip of "Grid Spacing" links to this page.
     EXPECT_TRUE(reached.contains("guides/calibration/patterns.html"));
     QDirIterator files(root.path(), QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
