@@ -2,9 +2,10 @@
 # Tries all ways in which new users install and use the project, in a Debian 12 with nothing else installed. Needs root,
 # debootstrap, Xvfb, xdotool and Debian's mirror. Downloaded files are kept in ~/.cache/lmcaltab-debian.
 #   bare_debian_test.sh [WAY...]    tries all ways if none is named
-#     packages   install packages/*.deb (from ./package), use everything, purge; compare the files before and after
+#     packages   install packages/*.deb (made by ./package), try the windows, the shell and Python, purge the packages,
+#                and check that the same files exist as before
 #     embedded   the source tree as a part of another project, with FetchContent
-#     run        build what ./run builds, with the packages that it installs, and start it
+#     run        build what ./run builds, with the Debian packages that ./run installs, and start LmCalTab
 #     tree       the tree that `cmake --install` makes, and the examples as another project that uses this tree
 #     pip        pip install . and the tests of the Python package
 set -euo pipefail
@@ -68,7 +69,8 @@ start_screen() {
   read -r number <&3
   export DISPLAY=:$number
 }
-# shows_window TITLE PROGRAM: checks that the installed program shows a window with this title. Then ends the program.
+# shows_window TITLE PROGRAM: starts the program in the new root, checks that it shows a window with this title, and
+# ends it.
 shows_window() {
   local program window
   "${enter[@]}" "$2" >"$work/window.log" 2>&1 &

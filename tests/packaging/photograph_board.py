@@ -1,5 +1,5 @@
-"""photograph_board.py PAGE.png DPI: writes eight views of the page, view-0.png to view-7.png. The camera has no
-distortion, a focal length of 1200 pixels and its centre at (639.5, 479.5)."""
+"""photograph_board.py PAGE.png DPI: writes eight views of the page, view-0.png to view-7.png. The simulated camera
+has no distortion, a focal length of 1200 pixels and its principal point at (639.5, 479.5)."""
 import math
 import sys
 
