@@ -15,7 +15,7 @@ struct Part {
     cv::Point2f aside;  // pixels; how far the part is displaced
 };
 
-// Returns a reading of a part of a sheared board: some columns of twelve rows.
+// Returns a reading of some columns of a board with twelve rows. The board is seen at an angle that shears its squares.
 PatternReading readingOf(const Part &part) {
     PatternReading reading;
     reading.kind = PatternKind::Plane;
@@ -34,7 +34,7 @@ TEST(BoardParts, becomeOneReadingIfTheyContinueEachOther) {
         size_t readings;
         size_t corners;
     } rows[] = {{"with corners in common", {18, 9, {}}, 1, 12 * 17},
-                {"cut apart", {25, 5, {}}, 1, 12 * 15},
+                {"with a gap between them", {25, 5, {}}, 1, 12 * 15},
                 {"with corners in common, a step aside", {18, 9, {12, 0}}, 2, 12 * 10},
                 {"the same corners of another board", {10, 9, {400, 90}}, 2, 12 * 10},
                 {"other corners of another board", {25, 5, {200, 45}}, 2, 12 * 10}};
@@ -46,7 +46,7 @@ TEST(BoardParts, becomeOneReadingIfTheyContinueEachOther) {
     }
 }
 
-TEST(BoardParts, areReadTogether) {
+TEST(BoardParts, areReplacedByTheReadingOfTheirJoinedCorners) {
     std::vector<PatternReading> readings = {readingOf({10, 10, {}}), readingOf({20, 5, {}})};
     joinParts(readings, [](CornerLattice &lattice) {
         PatternReading whole = readingOf({10, 15, {}});

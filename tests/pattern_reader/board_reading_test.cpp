@@ -25,9 +25,9 @@ using namespace reader_bench;
 
 struct View {
     const char *name;
-    double pixels;
-    double tilt;  // degrees
-    bool darkFirst;
+    double pixels;        // per square
+    double tilt;          // degrees
+    bool darkFirst;       // true if the board's top-left square is dark
     double blur = 0.6;    // pixels
     bool shadow = false;  // over the picture's left half
 };
@@ -226,7 +226,7 @@ TEST(HardPictures, areReadWithEveryPatternInThem) {
     const struct {
         unsigned number;
         const char *hard;
-    } pictures[] = {{619, "something beside a plate that looks like one more mark"},
+    } pictures[] = {{619, "a plate, and beside it something that looks like one more mark"},
                     {998, "a plate with the triangle cut, where the dots say which way is up"},
                     {1228, "a plate covered along a side"},
                     {1759, "a plate so small that the frame darkens the dots beside it"},

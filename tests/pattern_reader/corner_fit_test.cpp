@@ -12,13 +12,14 @@ using namespace pattern_reader;
 struct Corner {
     const char *name;
     cv::Point2d at;
-    double angle0, angle1;  // degrees
-    double sigma;
-    double amplitude;
-    double noise;
-    double tolerance;  // pixels
+    double angle0, angle1;  // of the two borders, degrees
+    double sigma;           // of the blur, pixels
+    double amplitude;       // grey levels
+    double noise;           // standard deviation of a pixel, grey levels
+    double tolerance;       // of the fitted position, pixels
 };
 
+// Returns a picture of the corner. `gradient` is the relative change of the light per pixel in x and y.
 cv::Mat draw(const Corner &corner, uint64_t seed = 7, cv::Point2d gradient = {0, 0}) {
     cv::Mat picture(31, 31, CV_32F);
     const cv::Point2d a(std::cos(corner.angle0 * CV_PI / 180), std::sin(corner.angle0 * CV_PI / 180));
@@ -88,9 +89,9 @@ double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     return sum / pictures;
 }
 
-// A gradient of the light must not move the fitted corner either. If the model of the fit had no slopes, the gradient
-// would move the corner by twice the standard deviation.
-TEST(CornerFit, claimsTheErrorsThatItMakes) {
+// In the last row of the table, a gradient of the light must not move the fitted corner. If the model of the fit had no
+// slopes, this gradient would move the corner by twice the standard deviation.
+TEST(CornerFit, statesStandardDeviationsThatMatchItsErrors) {
     const struct {
         Corner corner;
         cv::Point2d gradient;
@@ -104,7 +105,7 @@ TEST(CornerFit, claimsTheErrorsThatItMakes) {
     }
 }
 
-TEST(CornerFit, refusesPicturesAndPlacesWithoutACorner) {
+TEST(CornerFit, refusesUniformPicturesAndCornersTooCloseToThePicturesBorder) {
     const CornerBorders upright{{cv::Point2f(1, 0), cv::Point2f(0, 1)}};
     CornerFit fit;
     fit.position = cv::Point2f(15, 15);
@@ -112,7 +113,7 @@ TEST(CornerFit, refusesPicturesAndPlacesWithoutACorner) {
     fit = {};
     fit.position = cv::Point2f(2, 15);
     EXPECT_FALSE(fitCorner(draw({"", {2, 15}, 0, 90, 1, 90, 0, 0}), upright, 5, CornerParameters::Position, 4, fit))
-        << "at the border";
+        << "too close to the border";
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ int codeBit(int tile, cv::Point square) {
                                     : pattern_code::tileBit(tile, square.x, square.y));
 }
 
-// Returns what a camera would see of a part of the code. The lattice that the camera sees is turned and shifted
-// relative to the code's lattice. In up to `wrong` squares, the mark is misread.
+// Returns what a camera would see of a part of the code. `motion` maps the lattice that the camera sees to the code's
+// lattice. In up to `wrong` squares, the mark is misread.
 std::vector<SquareReading> readingsOf(int tile, cv::Rect part, const LatticeMotion &motion, int wrong, unsigned seed) {
     std::vector<SquareReading> readings;
     for (int y = -140; y < 140; y++) {
@@ -70,7 +70,7 @@ TEST(PlaceFinder, findsPartsOfTheCodeInEveryOrientation) {
     }
 }
 
-TEST(PlaceFinder, reportsNoPlaceThatMayBeDueToChance) {
+TEST(PlaceFinder, returnsNoPlaceThatMayBeDueToChance) {
     LatticeMotion still;
     EXPECT_FALSE(findPlace({}));
     EXPECT_FALSE(findPlace(readingsOf(Place::plane, {50, 50, 5, 5}, still, 0, 1))) << "25 squares are too few";

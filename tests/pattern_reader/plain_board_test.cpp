@@ -59,7 +59,7 @@ struct Case {
     int turnsToReading;  // quarter turns clockwise from the drawing's x axis to the reading's x axis
 };
 
-TEST(PlainBoard, placesEveryCornerAndSaysWhichOrientationsAreOpen) {
+TEST(PlainBoard, placesEveryCornerAndCountsTheOrientationsThatLookTheSame) {
     const Case cases[] = {
         {{9, 6}, 20, 1, 0}, {{9, 6}, 100, 1, 0},  {{9, 6}, 200, 1, 0}, {{6, 9}, -80, 1, 0},
         {{8, 6}, 30, 2, 0}, {{8, 6}, 170, 2, 2},  {{7, 7}, 10, 2, 0},  {{7, 7}, 190, 2, 2},
@@ -90,13 +90,13 @@ TEST(PlainBoard, placesEveryCornerAndSaysWhichOrientationsAreOpen) {
     }
 }
 
-TEST(PlainBoard, readsNoBoardOfAnotherSizeAndNoPartWhosePlaceIsOpen) {
+TEST(PlainBoard, readsNoBoardOfAnotherSizeOrWithoutItsLastColumns) {
     const cv::Mat drawing = drawBoard({9, 6});
     EXPECT_TRUE(readPatterns(drawing).empty());
     for (const cv::Size other : {cv::Size(8, 6), cv::Size(9, 7), cv::Size(10, 6), cv::Size(5, 5)}) {
         EXPECT_TRUE(readBoards(drawing, other).empty()) << other;
     }
-    // One column is outside the picture.
+    // The right edge of the picture cuts off the last two columns of corners.
     EXPECT_TRUE(readBoards(drawing.colRange(0, drawing.cols - 3 * int(square)), {9, 6}).empty());
     // If a hand covers the middle of one side, some corners of every line are still seen, so the board is read.
     cv::Mat covered = drawing.clone();

@@ -106,7 +106,8 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
         int clear = 0;
         for (const PatternCorner &mark : marks) {
             const cv::Point2d d = projectPoint(taken.camera, taken.pose, mark.lattice) - cv::Point2d(mark.image);
-            // The position of a mark that is half covered or in a shadow may be rough, but must not be wrong.
+            // A mark that is half covered or on the edge of a shadow may be measured less exactly than the others, but
+            // this limit holds for it, too.
             EXPECT_LT(std::hypot(d.x, d.y), 0.02 * view.pixels + 0.05) << view.name << ", mark " << mark.lattice;
             if (!mark.disturbed) {
                 sum += d.dot(d);
@@ -121,8 +122,9 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
     EXPECT_LT(squares / count, 1.6);
 }
 
-// The pictures show grids of round marks in a frame. Some grids have a wide frame; in a blurred picture, a corner of
-// that frame looks like a triangle. Other grids have more rows than a plate.
+// The pictures show grids of round marks in a frame. They are not plates, because they have no triangle. In some of the
+// pictures, the frame is wide and the picture is blurred, so that a corner of the frame looks like a triangle. Other
+// grids have more rows than a plate.
 TEST(PlateReading, refusesGridsWithoutATriangle) {
     for (const unsigned number : {318U, 7868U, 11898U, 12498U, 17378U}) {
         EXPECT_TRUE(readPatterns(makeEmptyPicture(EmptyKind::MarkGrid, number)).empty()) << number;
@@ -131,7 +133,7 @@ TEST(PlateReading, refusesGridsWithoutATriangle) {
 
 // Dots that cannot be seen must not count as absent. Otherwise the plate would be refused because its information block
 // would seem to be wrong.
-TEST(PlateReading, readsPlatesThatAreHiddenInPart) {
+TEST(PlateReading, readsPlatesWithDotsThatCannotBeSeen) {
     constexpr unsigned bleached = 14036;
     constexpr unsigned bandInFront = 5404;
     constexpr unsigned marksHalfCovered = 15100;

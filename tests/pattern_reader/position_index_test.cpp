@@ -27,7 +27,7 @@ struct Damage {
 // information block have random bits.
 class PatchMaker {
 public:
-    // A patch of the plane or of a tile at a random place.
+    // Returns a patch of the plane or of a tile at a random place, and sets `place` to this place.
     SeenCells make(bool ofPlane, int width, int height, Damage damage) {
         const int side = ofPlane ? planeSide : tileSide;
         place.tile = ofPlane ? CodePlace::plane : below(tileCount);
@@ -62,7 +62,7 @@ public:
 
     int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
 
-    CodePlace place;
+    CodePlace place;  // of the last patch
 
 private:
     std::mt19937_64 random{17};
@@ -114,6 +114,7 @@ TEST(PositionIndex, countsTheCellsThatCarryPosition) {
     PatchMaker maker;
     SeenCells seen = maker.make(false, 16, 16, {});
     seen.at(3, 4) = unknownCell;
+    // Exactly one of the cells (7, 7) and (8, 8) carries position. Its bit is inverted.
     const Square wrong = maker.place.squareOf(7, 7);
     ASSERT_NE(carriesPosition(wrong.column, wrong.row), carriesPosition(wrong.column + 1, wrong.row + 1));
     const int wrongColumn = carriesPosition(wrong.column, wrong.row) ? 7 : 8;

@@ -29,11 +29,11 @@ using pattern_reader::PatternKind;
 using pattern_reader::PatternReading;
 using pattern_reader::PatternValues;
 
-// The direction from which a page is seen. Angles are in degrees.
+// How a page is rendered, and from which direction it is photographed. Angles are in degrees.
 struct View {
     int dotsPerInch;
     double tilt;
-    double tiltAxis;  // direction of the axis in the page, from x towards y
+    double tiltAxis;  // direction of the axis of the tilt in the page, from x towards y
     double roll;      // clockwise, about the line of sight
 };
 
@@ -45,7 +45,7 @@ struct PrintedPattern {
     double gridSpacing;  // in millimetres, from the parameters; the pattern's information block need not contain it
     bool polarity = true;
     cv::Size corners{15, 15};  // number of corners or marks in x and y
-    int tile = -1;
+    int tile = -1;             // number of the tile that the reader must find; -1 if the pattern is no tile
     cv::Point cornerOffset{};  // offset of a Flexible pattern, in half grid spacings
     std::optional<PatternValues> values{};
 };
@@ -107,9 +107,9 @@ cv::Mat photographOf(const cv::Mat &page, const cv::Matx33d &homography) {
     return picture;
 }
 
-// Returns the lattice coordinate of the pattern's middle along one axis. The page has the same middle. A Flexible
-// pattern has a corner at planeOrigin + offset. If the number of corners is odd, this corner is in the middle. If the
-// number is even, the middle is half a step farther along the axis.
+// Returns the lattice coordinate of the pattern's middle along one axis. The page has the same middle. In tiles and
+// plates, the middle is at 8. A Flexible pattern has a corner at planeOrigin + offset. If the number of corners is odd,
+// this corner is in the middle. If the number is even, the middle is half a step farther along the axis.
 double middleInLattice(PatternKind kind, int corners, int offset) {
     if (kind != PatternKind::Plane) {
         return 8;

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Tests the command line of read_pattern: what it prints, which files it writes, and its exit codes.
 #   read_pattern_test.sh READ_PATTERN PICTURE
+# PICTURE must show one pattern, and its kind must be "tile".
 set -euo pipefail
 read_pattern=$1
 folder=$(mktemp -d)
@@ -11,13 +12,14 @@ cd "$folder"
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# ends CODE ARGUMENT...: runs read_pattern with its output in the files out and err, and checks its exit code.
+# ends CODE ARGUMENT...: runs read_pattern, writes its output to the files out and err, and checks its exit code.
 ends() {
   local expected=$1 code=0
   shift
   "$read_pattern" "$@" >out 2>err || code=$?
   [ "$code" = "$expected" ] || fail "read_pattern $* ended with $code instead of $expected: $(cat err)"
 }
+# says FILE EXPRESSION: checks that a line of the file matches the regular expression.
 says() { grep -q -- "$2" "$1" || fail "no \"$2\" in: $(cat "$1")"; }
 
 ends 0 --help

@@ -21,7 +21,7 @@ namespace {
 
 using namespace pattern_reader;
 
-TEST(ReaderInput, refusesOtherKindsOfImages) {
+TEST(ReaderInput, refusesImagesAndBoardSizesThatItCannotRead) {
     EXPECT_THROW(readPatterns(cv::Mat()), std::invalid_argument);
     EXPECT_THROW(readPatterns(cv::Mat(50, 50, CV_8UC2)), std::invalid_argument);
     ReadingOptions options;
@@ -168,7 +168,7 @@ void writeTagged(const std::string &path, const cv::Mat &image, int orientation)
     write(path, content);
 }
 
-TEST(ReaderInput, givesCornersOfTheStoredPictureWhateverItsOrientation) {
+TEST(ReaderInput, givesPositionsInTheStoredPictureWhateverItsOrientationTag) {
     const TemporaryFolder folder;
     const cv::Mat image = reader_bench::makeScene(0).image;
     const auto upright = readPatterns(image);
@@ -197,7 +197,7 @@ TEST(ReaderInput, givesCornersOfTheStoredPictureWhateverItsOrientation) {
     }
 }
 
-TEST(ReaderInput, namesJpegFilesThatEndTooSoon) {
+TEST(ReaderInput, recognisesJpegFilesThatEndTooSoon) {
     const TemporaryFolder folder;
     writeTagged(folder.file("whole.jpg"), reader_bench::makeScene(0).image, 1);
     const std::string content = contentOf(folder.file("whole.jpg"));
@@ -251,7 +251,7 @@ TEST(ReaderInput, survivesCutAndDamagedFilesOfEveryFormat) {
     }
 }
 
-TEST(ReaderInput, refusesTooManyPixelsByTheHeader) {
+TEST(ReaderInput, refusesPicturesWhoseHeaderStatesTooManyPixels) {
     const TemporaryFolder folder;
     const std::string jpegFrame("\xFF\xC0\x00\x0B\x08\x32\xC8\x32\xC8\x01\x01\x11\x00", 13);
     const std::string tiffTags(
