@@ -21,7 +21,7 @@ def draw_in_child(folder):
 
 
 def board_picture():
-    # The picture has 4 pixels per millimetre and 50 per square.
+    # The picture has 4 pixels per millimetre. A square is half a grid spacing, so its side has 50 pixels.
     return lmlib64.draw("flexible", size=(9, 7), grid_spacing=25, image_size=600)
 
 
@@ -65,7 +65,7 @@ class Drawing(unittest.TestCase):
             lmlib64.get("/absent")
         self.assertEqual(lmlib64.get("/Execute"), {}, "slots are left over")
 
-    def test_gives_the_tree(self):
+    def test_reads_and_writes_the_tree(self):
         lmlib64.set("/mine", {"a": [1, 2.5, None, True], "b": "\u00e4"})
         self.assertEqual(lmlib64.get("/mine"), {"a": [1, 2.5, None, True], "b": "\u00e4"})
         lmlib64.erase("/mine")

@@ -15,6 +15,7 @@ namespace scripted_lmlib64 {
 
 using Json = nlohmann::ordered_json;
 
+// What one call of setResult() sets. `matchCount` is the number of calls that have matched both patterns since then.
 struct ResultRule {
     std::string functionPattern;
     std::string pathPattern;

@@ -10,13 +10,14 @@ cd "$folder"
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-# ends CODE ARGUMENT...: runs draw_pattern, writes its output to the files out and err, and compares its exit code.
+# ends CODE ARGUMENT...: runs draw_pattern, writes its output to the files out and err, and checks its exit code.
 ends() {
   local expected=$1 code=0
   shift
   "$draw_pattern" "$@" >out 2>err </dev/null || code=$?
   [ "$code" = "$expected" ] || fail "draw_pattern $* ended with $code instead of $expected: $(cat err)"
 }
+# says FILE TEXT: checks that the file contains the text.
 says() { grep -qF -- "$2" "$1" || fail "no '$2' in: $(cat "$1")"; }
 
 # draws PARAMETERS ARGUMENT...: draws with these arguments to a JSON file and a PDF. The JSON file must list these
@@ -28,8 +29,8 @@ draws() {
   ends 0 "$@" -o first.json -o first.pdf
   says <(tr -d ' \n' <first.json | sed 's/.*"Parameters":{\([^}]*\)}.*/\1/') "$parameters"
   ends 0 --from first.json -o again.json -o again.pdf
-  cmp first.json again.json || fail "$*: another file when drawn again"
-  cmp first.pdf again.pdf || fail "$*: another PDF when drawn again"
+  cmp first.json again.json || fail "$*: drawing from the JSON file gives another JSON file"
+  cmp first.pdf again.pdf || fail "$*: drawing from the JSON file gives another PDF"
 }
 draws '"Type":"Plate12","GridSpacing":12,"Thickness":2,"Polarity":true' official --plate Plate12
 draws '"Type":"SingleCustom","GridSpacing":12.5,"Thickness":1.5,"Polarity":false' \
@@ -63,7 +64,7 @@ ends 0 --json parameters.json
 ends 0 --json parameters.json -o other.json
 cmp named.json other.json || fail "-o changed the pattern"
 "$draw_pattern" --json - -o piped.json <<<"$parameters"
-cmp named.json piped.json || fail "another pattern from standard input"
+cmp named.json piped.json || fail "parameters from standard input give another pattern"
 
 # Twice the resolution gives twice as many pixels, give or take one because of rounding.
 for dpi in 100 200; do
@@ -81,7 +82,8 @@ says <(tr -d ' \n' <replaced.json) '"PrintScale":[0.99,1],"Paper":[200,287]'
 printf '{"Patterns":[{"GridSpacing":12}]}\0{}' >zero.json
 sed 's/"Version": 1/"Version": 2/' first.json >version2.json
 while IFS='|' read -r arguments text; do
-  [[ $verb != opened || $arguments != *'<('* ]] || continue # wine waits for pipes for ever
+  # VERB is "opened" on Windows. There, a call that reads from a pipe is left out, because wine would wait for ever.
+  [[ $verb != opened || $arguments != *'<('* ]] || continue
   eval "ends 2 $arguments"
   says err "draw_pattern: ${text/VERB/$verb}"
   [ ! -e no.pdf ] || fail "$arguments wrote a file"
