@@ -122,7 +122,7 @@ TEST_F(CustomToolTipTest, keepsTheSameTipAndReplacesADifferentTip) {
     }
 }
 
-TEST_F(CustomToolTipTest, emptyTextClosesAVisibleTipAndAnInvisibleOneIsReplaced) {
+TEST_F(CustomToolTipTest, emptyTextClosesAVisibleTipAndANewTextReplacesAnInvisibleTip) {
     QCustomToolTip::showText(position, QString(), child);
     EXPECT_EQ(QCustomTipLabel::instance, nullptr);
     const QPointer<QCustomTipLabel> first = show("first", child);
@@ -137,7 +137,7 @@ TEST_F(CustomToolTipTest, emptyTextClosesAVisibleTipAndAnInvisibleOneIsReplaced)
     EXPECT_EQ(QCustomToolTip::text(), "second");
 }
 
-TEST_F(CustomToolTipTest, pressesAndLeavingStartTheHideTimerWhateverTheirObject) {
+TEST_F(CustomToolTipTest, pressingOrLeavingAnyObjectStartsTheHideTimer) {
     const std::pair<QEvent::Type, int> rows[] = {{QEvent::MouseButtonPress, 500},
                                                  {QEvent::MouseButtonRelease, 500},
                                                  {QEvent::MouseButtonDblClick, 500},
@@ -162,12 +162,12 @@ TEST_F(CustomToolTipTest, pressesAndLeavingStartTheHideTimerWhateverTheirObject)
     EXPECT_EQ(intervalOf(hideTimer()), 10000);
 }
 
-TEST_F(CustomToolTipTest, closeThatIsDueSoonerIsKept) {
+TEST_F(CustomToolTipTest, keepsAPendingCloseThatIsDueSooner) {
     const struct {
         const char *what;
         int remaining, requested;
         bool force, restarted;
-    } rows[] = {{"sooner without force", 10000, 200, false, false},
+    } rows[] = {{"would be sooner, but without force", 10000, 200, false, false},
                 {"press after leave", 10000, 500, true, true},
                 {"release after key press", 200, 500, true, false},
                 {"at the same time", 200, 200, true, false},
@@ -259,7 +259,7 @@ TEST_F(CustomToolTipTest, staysOnTheScreen) {
     }
 }
 
-TEST_F(CustomToolTipTest, storedRectangleNeedsAWidget) {
+TEST_F(CustomToolTipTest, keepsItsWidgetIfItHasARectangleAndTheNewWidgetIsNull) {
     show("text", child, tipRect);
     testing::internal::CaptureStderr();
     QCustomToolTip::showText(QPoint(300, 300), "other", nullptr);

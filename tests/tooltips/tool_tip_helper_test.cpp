@@ -26,7 +26,7 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
 
-    // True if the helper consumes the event.
+    // Sends a tool-tip event for the object to the helper. True if the helper consumes the event.
     bool sendToolTip(QObject *object) {
         QHelpEvent event(QEvent::ToolTip, QPoint(1, 1), QPoint(200, 200));
         return helper->eventFilter(object, &event);
@@ -48,7 +48,7 @@ protected:
     QWidget *plain = new QWidget(&window);
 };
 
-TEST_F(ToolTipHelperTest, showsTheCustomTipOnlyWithTheManualsPlace) {
+TEST_F(ToolTipHelperTest, readsTheManualsPathAndPutsItsAddressIntoTheTip) {
     EXPECT_EQ(scripted_lmlib64::callLines(), std::vector<std::string>{"lmLibGetString /Path/Manual [no result]"});
     EXPECT_TRUE(sendToolTip(button));
     EXPECT_TRUE(QCustomToolTip::isVisible());
@@ -57,12 +57,12 @@ TEST_F(ToolTipHelperTest, showsTheCustomTipOnlyWithTheManualsPlace) {
     EXPECT_EQ(QCustomTipLabel::instance->parentWidget(), button);
 }
 
-TEST_F(ToolTipHelperTest, emptyTipClosesOnlyOverAChild) {
+TEST_F(ToolTipHelperTest, eventForAnObjectWithoutATipClosesTheTipOnlyIfTheObjectHasAParent) {
     QObject parentless;
     QObject owned(&parentless);
     const auto tip = [] { return QCustomTipLabel::instance; };
-    // An event for a child without a tip closes a visible tip. The window of the tip has a parent, too. But an event
-    // for this window does not close the tip, because the helper recognises its own tip.
+    // An event for a child without a tip closes a visible tip. The label that shows the tip has a parent, too. But an
+    // event for the label does not close the tip, because the helper recognises the label.
     const std::vector<std::pair<std::function<QObject *()>, int>> rows = {
         {[&] { return plain; }, 200},  {[&] { return &window; }, 0},     {tip, 0},
         {[&] { return &owned; }, 200}, {[&] { return &parentless; }, 0},
@@ -84,7 +84,7 @@ TEST_F(ToolTipHelperTest, firstRegisteredTextReplacesTheObjectsOwnTip) {
     EXPECT_EQ(QCustomToolTip::text(), "first");
 }
 
-TEST_F(ToolTipHelperTest, takesToolTipEventsWhenNotEnabled) {
+TEST_F(ToolTipHelperTest, consumesToolTipEventsButShowsNoTipsWhileItIsDisabled) {
     helper->setEnabled(false);
     EXPECT_TRUE(sendToolTip(button));
     helper->registerObject(plain, "registered");
@@ -93,7 +93,7 @@ TEST_F(ToolTipHelperTest, takesToolTipEventsWhenNotEnabled) {
     EXPECT_EQ(QCustomTipLabel::instance, nullptr);
 }
 
-TEST_F(ToolTipHelperTest, pressesCloseTheTipAndGoOn) {
+TEST_F(ToolTipHelperTest, pressesCloseTheTipAndStillReachTheWidget) {
     for (const bool isKey : {true, false}) {
         delete QCustomTipLabel::instance;
         sendToolTip(button);

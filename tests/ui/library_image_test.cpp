@@ -23,7 +23,7 @@ QImage convert(const Binary &item, bool mirrorHorizontally = false, bool mirrorV
     return imageFromBinaryItem("/Image", mirrorHorizontally, mirrorVertically, rotate180, valueScale, quarterTurns);
 }
 
-// The grey values, rows separated by "/".
+// Returns the grey values. The rows are separated by "/".
 QString grays(const QImage &image) {
     QStringList rows;
     for (int y = 0; y < image.height(); ++y) {
@@ -136,7 +136,7 @@ TEST(LibraryImage, turnsThenMirrors) {
     }
 }
 
-TEST(LibraryImage, showsTheSameAsAPixmap) {
+TEST(LibraryImage, isTheSameAsAPixmap) {
     convert(Binary{2, 1, 1, {10, 20}});
     EXPECT_EQ(grays(pixmapFromBinaryItem("/Image", true, false, false, 2.0, 0).toImage()), "40 20");
 }

@@ -175,6 +175,7 @@ TEST_F(MainWindowFormTest, retranslatingChangesEveryTextAndNothingElse) {
         }
     }
     texts.removeAll(QString());
+    // Titles, tabs, labels, tool tips, suffixes, push buttons and check boxes, and radio buttons.
     EXPECT_EQ(texts.size(), 2 + 5 + 23 + 8 + 10 + 5 + 3);
     for (const auto &text : texts) {
         EXPECT_TRUE(text.startsWith('[') && text.endsWith(']')) << text.toStdString();
