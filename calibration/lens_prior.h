@@ -9,10 +9,10 @@ namespace calibration {
 //
 // The models with more than five coefficients need a prior in narrow fields of view, where photographs do not determine
 // all of them. The numerator and the denominator of the rational function can grow together until both pass through
-// zero within the picture and nearly cancel there. A shift of the principal point looks like a thin prism with
-// decentering. Either effect fits the noise slightly better, and then the standard deviation of the principal point is
-// far too small. So each term of the denominator has a standard deviation of 0.3 in the farthest corner of the picture.
-// Each term of the thin prism has a standard deviation of 0.5 % of the squared radius there.
+// zero within the picture and nearly cancel there. A shift of the principal point has nearly the same effect as a thin
+// prism together with decentering. In either case, wrong values can fit the noise slightly better, and then the
+// standard deviation of the principal point is far too small. So in the farthest corner of the picture, each term of
+// the denominator has a standard deviation of 0.3, and each term of the thin prism one of 0.5 % of the squared radius.
 Eigen::VectorXd lensPrior(const Camera &camera, const Eigen::VectorXd &intrinsics);
 
 }  // namespace calibration

@@ -15,8 +15,9 @@ struct LonePose {
 };
 
 // Returns the pose of each sighting; empty if the sighting is not in use, fits no pose, or is blurred or misread. The
-// lenses and shapes are estimated again, too. Because every sighting has a pose of its own, the result does not depend
-// on where prints are relative to each other. The scale of each print stays as in the joint estimate.
+// lenses and shapes are estimated again, together with these poses. Because every sighting has a pose of its own, the
+// result does not depend on where prints are relative to each other. The scale of each print stays as in the joint
+// estimate.
 std::vector<std::optional<LonePose>> findLonePoses(const Observations &observations, const Freedom &freedom,
                                                    const Estimate &joint);
 

@@ -66,7 +66,7 @@ Observations enough(const Observations &all, int camera) {
     Observations some{all.cameras, all.photographs, all.prints, {}, all.moments};
     if (camera >= 0) {
         // All photographs count as this camera's. Otherwise, this camera could belong to a rig with a different first
-        // camera. The first camera has no sightings here, so this camera would get no pose in the rig.
+        // camera. That first camera has no sightings here, so this camera would get no pose in the rig.
         for (Photograph &photograph : some.photographs) {
             photograph.camera = camera;
         }

@@ -11,7 +11,7 @@ namespace calibration {
 
 namespace {
 
-// The poses are compared on a coarse map.
+// The uncertainty after each pose is computed on a coarse map of the picture.
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 constexpr double tilt = 35;  // degrees
@@ -30,7 +30,7 @@ constexpr double leastVisible = 0.3;
 struct Hold {
     double x, y;            // of the target's middle, as shares of the picture's width and height
     double distance;        // mm
-    double aboutX, aboutY;  // degrees
+    double aboutX, aboutY;  // tilts about the x and y axes, degrees
 };
 
 std::vector<Hold> candidates(double usualDistance) {
@@ -116,8 +116,8 @@ private:
             .value_or(0);
     }
 
-    // Returns the derivatives of the visible corners with respect to the lens and the print's shape. They are projected
-    // so that the unknown pose of the print has no effect. Empty if too few corners are visible.
+    // Returns the derivatives of the visible corners with respect to the lens and the print's shape, without the part
+    // that has the same effect as a change of the print's unknown pose. Empty if too few corners are visible.
     std::optional<Eigen::MatrixXd> rowsOf(const RigidMotion &cameraFromPrint) const {
         const std::vector<Eigen::Vector2d> &points = calibration.observations.prints[size_t(printNumber)].points;
         const PrintShape &shape = calibration.estimate.shapes[size_t(printNumber)];
@@ -165,7 +165,7 @@ private:
     Eigen::Vector3d middle = Eigen::Vector3d::Zero();
 };
 
-// Returns the camera with the greatest uncertainty; -1 if none was seen.
+// Returns the camera with the greatest uncertainty; -1 if the uncertainty of no camera is known.
 int worstCamera(const Calibration &calibration) {
     int worst = -1;
     double greatest = 0;

@@ -13,9 +13,9 @@ struct PlanarPose {
 };
 
 // Starts from the homography between the print and the directions to its corners, and improves the pose by least
-// squares. From far away, two poses look alike; both are tried, and the one that fits better is returned. Empty if
-// fewer than six corners can be used or if these lie on one line. Also empty if one of them is seen more than 87° away
-// from their mean direction.
+// squares. If the print is far away, it looks nearly the same when it is tilted the other way; both poses are tried,
+// and the one that fits better is returned. Empty if fewer than six corners can be used or if these lie on one line.
+// Also empty if one of them is seen more than 87° away from their mean direction.
 std::optional<PlanarPose> planarPose(const Observations &observations, const Sighting &sighting,
                                      const Eigen::VectorXd &intrinsics, const PrintShape &shape);
 

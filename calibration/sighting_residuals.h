@@ -1,5 +1,5 @@
 // Computes the residuals of a sighting (projected minus observed corners, in standard deviations) and their derivatives
-// with respect to everything that can vary. Only this file has the model of the whole scene:
+// with respect to everything that can vary. The model of the whole scene is:
 //
 //   pixel = projection(cameraFromRig * rigFromWorld * worldFromPrint * printedPoint(shape, drawn))
 #pragma once

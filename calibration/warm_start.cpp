@@ -258,9 +258,9 @@ private:
         return used;
     }
 
-    // True if for each print, clearly more sightings are in use than are left out. Photographs that show the print
-    // together with other prints are counted separately, because these photographs decide which place of the print
-    // counts.
+    // True if at least twice as many sightings of each print are in use as are left out. This must hold among the
+    // photographs that show only this print and, separately, among those that also show other prints, because the
+    // latter decide which place of the print counts.
     bool isClearWhichCount() const {
         std::map<int, int> shown;  // sightings in each photograph
         for (const Sighting &sighting : given.sightings) {

@@ -26,7 +26,7 @@ struct ListedCorner {
 };
 
 struct ListedPhotograph {
-    std::string name;  // of the file, as the list has it
+    std::string name;  // the file's name as it stands in the list
     std::vector<ListedCorner> corners;
     std::string camera;  // the user's name for the camera, or empty
     int width = 0;       // pixels; must be set before collectObservations() is called

@@ -80,8 +80,9 @@ void addTogether(ResultFiles &result, const Calibration &calibration, const std:
     }
 }
 
-// On Windows, names are UTF-8, as the programs' manifest demands. The constructor of fs::path would take them for
-// another encoding there, so fs::u8path is used.
+// Returns the path of a file: in `folder`, unless its name contains a folder. On Windows, names are UTF-8, as the
+// programs' manifest demands. The constructor of fs::path would take them for another encoding there, so fs::u8path is
+// used.
 fs::path targetOf(const std::string &folder, const std::string &name) {
     return fs::u8path(name).has_parent_path() ? fs::u8path(name) : fs::u8path(folder) / name;
 }

@@ -20,7 +20,8 @@ constexpr double radian = 57.29577951308232;  // degrees
 // The colours go from light to dark, so that they can be told apart in a black-and-white print, too.
 const std::array<Vector3d, 6> mapRamp{Vector3d(226, 240, 217), Vector3d(168, 216, 185), Vector3d(102, 178, 178),
                                       Vector3d(72, 120, 172),  Vector3d(106, 60, 140),  Vector3d(92, 16, 60)};
-// The borders between the colours, in pixels. They are fixed, so that a value has the same colour in every report.
+// The values of a map, in pixels, at which the colour changes. They are fixed, so that a value has the same colour in
+// every report.
 constexpr std::array<double, 14> borders{0.005, 0.01, 0.015, 0.02, 0.03, 0.05, 0.07, 0.1, 0.15, 0.2, 0.3, 0.5, 1, 2};
 
 size_t bandOf(double value) {
