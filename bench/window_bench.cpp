@@ -63,7 +63,7 @@ Widget *field(const MainWindow &window, const char *name) {
     return window.findChild<Widget *>(QString::fromLatin1(name));
 }
 
-// Measures updates that switch a field between two values. The updates take turns with the least possible work (Floor).
+// Measures updates that switch a field between two values. The updates and the least possible work (Floor) take turns.
 void benchUpdate(Table &table, const MainWindow &window, const std::string &what,
                  const std::function<void(bool)> &change, double bound) {
     auto *view = field<QGraphicsView>(window, "preview");

@@ -83,7 +83,7 @@ void measureOneDirection(GoalTable &table) {
 void measureUnlinked(GoalTable &table) {
     SimulatedScene scene = simulate(twoBoards(), 9302);
     std::vector<Sighting> &sightings = scene.observations.sightings;
-    // Each photograph keeps only one of its prints.
+    // Each photograph keeps only one of the two prints, so no photograph links them.
     sightings.erase(std::remove_if(sightings.begin(), sightings.end(),
                                    [](const Sighting &sighting) { return sighting.photograph % 2 != sighting.print; }),
                     sightings.end());

@@ -17,8 +17,8 @@ struct RenderedScene {
 };
 
 // The prints must be the patterns of an assembly, with 15 x 15 corners each; print n is pattern n. The first print is
-// bent: its middle is `bend` mm nearer to the viewer than points near its left and right edges. Each lens must have the
-// same focal length in x and y, and all its distortion coefficients but the first two must be 0.
+// bent: its middle is `bend` mm nearer to the viewer than the points 7.5 squares to the left and right of the middle.
+// Each lens must have the same focal length in x and y. Only its first two distortion coefficients may differ from 0.
 RenderedScene renderAndRead(const SceneDraft &draft, double bend, unsigned seed);
 
 }  // namespace calibration_bench

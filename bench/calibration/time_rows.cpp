@@ -52,8 +52,8 @@ bool measureTime() {
             corners += sighting.corners.size();
         }
         const std::string what = std::to_string(count) + " views, " + std::to_string(corners) + " corners";
-        // The goal limits the processor time. On an idle machine with several cores, the elapsed time is no longer than
-        // this.
+        // The goal limits the processor time. On an idle machine with several cores, the elapsed time is not longer
+        // than the processor time.
         if (count == 200) {
             table.atMost(what + ", processor time", best.processor / 1000, 2, "s");
         } else {

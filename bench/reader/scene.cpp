@@ -89,7 +89,7 @@ double Scene::contrastAt(const ScenePattern &pattern, const cv::Point2d &onTarge
 SeenPart seenPartOf(const Scene &scene, const ScenePattern &pattern) {
     const bool plate = pattern.coded.kind == pattern_reader::PatternKind::Plate;
     // How far the surroundings of a point reach, in lattice steps: the radius of a plate's mark, or slightly less than
-    // the distance from a corner to a square's mark.
+    // a third of a square, where the squares' marks begin.
     const double around = plate ? 0.5 : 0.3;
     SeenPart part;
     for (const cv::Point2d &p : pattern.coded.target->points()) {
