@@ -35,7 +35,8 @@ struct CalibrateOptions {
     // The model of every camera. If absent, each camera gets the simplest model that predicts held-out photographs
     // nearly as well as the best one.
     std::optional<LensModel> lens;
-    // If true, prints may bend; a print gets a bend if that predicts held-out photographs better.
+    // If true, prints may bend. A print gets a bend if that predicts held-out photographs clearly better, and if the
+    // bend is larger than its own uncertainty explains.
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
     // An earlier result for similar observations with the same cameras and prints. Starting from it is much faster. Its

@@ -138,7 +138,7 @@ public:
         if (!inverse || !(freeRows > 0)) {
             return false;
         }
-        // Computed corners can fit exactly. A factor of 0 would make every parameter seem certain, even one that the
+        // Simulated corners can fit exactly. A factor of 0 would make every parameter seem certain, even one that the
         // corners do not determine.
         constexpr double leastFactor = 1e-30;
         result.factor = std::max(squares / freeRows, leastFactor);
@@ -221,9 +221,9 @@ private:
     }
 
     // Distortion coefficients can replace each other almost exactly, in particular those of a rational function.
-    // Rounding errors along such a direction would reach every other parameter. So the standard deviation along a
-    // direction is limited to 100,000 times the one that a coefficient would have if everything else were known.
-    // Projected points hardly depend on such a direction.
+    // Rounding errors along such a direction would reach every other parameter. So the standard deviation of each
+    // coefficient is limited to 100,000 times the one that it would have if everything else were known. This does not
+    // falsify the uncertainty of projected points, because they hardly depend on such a direction.
     void limitCoefficients() {
         constexpr double leastShare = 1e-10;
         for (const Covariance::CameraRanges &camera : result.cameras) {
