@@ -14,8 +14,8 @@ void MainWindow::savePatterns() {
     if (fileName.isEmpty()) {
         return;
     }
-    // Every name with a dot counts as a name with an extension, whatever follows the dot and whatever filter is
-    // selected.
+    // Only a name without a dot gets the extension. Whatever follows a dot counts as an extension, and the selected
+    // filter does not matter.
     if (!QFileInfo(fileName).fileName().contains(QLatin1Char('.'))) {
         fileName += QStringLiteral(".pdf");
     }

@@ -212,7 +212,7 @@ private:
         return QString("<img src=\"figure:%1\"/>").arg(document.figures.size() - 1) + rest;
     }
 
-    // A caption with coloured keys cannot be drawn as plain text, so it becomes part of the page's text.
+    // A caption with a coloured legend cannot be drawn as plain text, so it becomes part of the page's text.
     QString caption(QString &rest) {
         const QString html = content();
         if (html.contains("<span")) {

@@ -34,8 +34,8 @@ public:
     LiveCapture();
     ~LiveCapture() override;
 
-    // Ends the present run and starts a new one. Pictures are saved in the folder under names that no file has. The
-    // folder is made if needed.
+    // Starts a run: reads this source until it ends, or until stop() or start() is called. Pictures are saved in the
+    // folder under names that no file has. The folder is made if needed.
     void start(const FrameSourceChoice &choice, const QString &folder, const SessionSettings &settings);
     void stop();
     bool isRunning() const { return work.open() > 0; }
@@ -53,7 +53,8 @@ signals:
     // If frames are read faster than they can be shown, some are not shown.
     void frameShown(const LiveFrame &frame);
     void pictureTaken(const QString &file);
-    // The source ended by itself. `reason` is a sentence that says why. `isProblem` is false if a file came to its end.
+    // The run ended by itself, for example because a picture could not be saved. `reason` is a sentence that says why.
+    // `isProblem` is false if a file came to its end.
     void ended(const QString &reason, bool isProblem);
 
 protected:

@@ -22,7 +22,7 @@ constexpr double newShare = 0.4;      // share of the frame's corners that the p
 constexpr double newDistance = 0.12;  // between the centroids of the corners, as a share of the picture's diagonal
 constexpr double newScale = 1.25;     // times nearer or farther
 constexpr double newTurn = 0.7;       // radians around the line of sight
-constexpr double newShape = 0.05;     // change of shape, as a share of the target's extent: a tilt of about 25 degrees
+constexpr double newShape = 0.05;     // change of shape, as a share of the target's extent: about 25 degrees of tilt
 
 struct Pair {
     Place now, before;

@@ -35,7 +35,7 @@ public:
     // Returns null if the session has no photograph with this id.
     const SessionPhotograph *photograph(int id) const;
     const SessionSettings &settings() const { return currentSettings; }
-    // Returns the latest result; null before the first one. It stays until the next one is complete.
+    // Returns the latest result; null before the first one and after open(). It stays until the next one is complete.
     std::shared_ptr<const SessionResult> result() const { return latest; }
 
     // Adds these files and the pictures in these folders, except files that the session already has.

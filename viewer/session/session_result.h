@@ -17,7 +17,7 @@ struct PhotographFit {
     int corners = 0;            // number of used corners
     std::optional<double> rms;  // root mean square residual of the used corners, in pixels
     double worst = 0;           // greatest residual of a used corner, in pixels
-    QString reason;             // why some or all of its patterns are left out; empty if no pattern is left out
+    QString reason;             // why the photograph or some of its patterns are not used; empty if all are used
 };
 
 struct SessionResult {

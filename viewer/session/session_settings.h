@@ -37,7 +37,7 @@ struct SessionSettings {
     double boardSquare = 0;        // mm; 0 if unknown
     QStringList patternFiles;      // JSON or PDF files of the printed patterns
     QMap<int, QPointF> measured;   // by pattern number: measured size divided by drawn size, in x and y
-    std::optional<int> reference;  // number of the pattern whose axes the results have; if absent: the first print
+    std::optional<int> reference;  // number of the pattern whose axes the results have; if absent, the first print's
     // The corners at the origin, on the x axis, and in the plane of x and y. If they are set, they define the axes
     // instead of the reference pattern.
     std::optional<std::array<NamedCorner, 3>> frame;

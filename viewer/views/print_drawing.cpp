@@ -7,7 +7,7 @@
 
 namespace {
 
-// Returns a path with these outlines; an empty path if `place` returns nothing for any of their corners.
+// Returns a path with these outlines; an empty path if `place` returns nothing for one of their corners.
 QPainterPath pathOf(const std::vector<Outline> &outlines, const PlaceOnPicture &place) {
     QPainterPath path;
     path.setFillRule(Qt::OddEvenFill);
