@@ -78,10 +78,11 @@ void CoverageView::showCamera(int camera) {
     }
     const calibration::Camera &shown = observations.cameras[size_t(camera)];
     const int share = qRound(100.0 * coveredCells(usedPoints, shown) / (cellColumns * cellRows));
-    summary->setText(tr("%1 corners, in %2 % of the picture. Where there are none, the calibration is a guess: hold a "
-                        "pattern there. Red: corners that do not count.")
-                         .arg(usedPoints.size())
-                         .arg(share));
+    summary->setText(
+        tr("%1 corners, in %2 % of the picture. Where there are no corners, the calibration is a guess: hold "
+           "a pattern there. Red: corners that the calibration does not use.")
+            .arg(usedPoints.size())
+            .arg(share));
     used->setSamples(thinned(usedPoints));
     unused->setSamples(thinned(unusedPoints));
     plot->setCamera(shown);

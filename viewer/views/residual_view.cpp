@@ -122,8 +122,8 @@ void ResidualView::showCamera(int camera) {
     rescaler->setIntervalHint(QwtPlot::yLeft, {-range, range});
     rescaler->rescale();
     bars->setAxisScale(QwtPlot::xBottom, 0.5, qMax(1, heights.size()) + 0.5);
-    summary->setText(tr("%1 rms per corner. Click a point or a bar to open its photograph. Red: corners that do not "
-                        "count.")
+    summary->setText(tr("%1 rms per corner. Click a point or a bar to open its photograph. Red: corners that the "
+                        "calibration does not use.")
                          .arg(pixels(rms)));
     scatter->replot();
     bars->replot();

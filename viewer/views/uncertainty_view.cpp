@@ -125,7 +125,7 @@ void UncertaintyView::showCamera(int camera) {
                   .arg(pixels(greatest))
             : tr("Standard deviation of the projection of a point %1; at most %2.").arg(where, pixels(greatest));
     if (greatest > firstLine) {
-        text += " " + tr("The first line is at %1; each further line has twice the value of the line before.")
+        text += " " + tr("The first contour line is at %1; each further line has twice the value of the line before.")
                           .arg(pixels(firstLine));
     }
     summary->setText(text);
