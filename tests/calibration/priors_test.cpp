@@ -38,7 +38,8 @@ TEST(Priors, limitWhatTheCornersDoNotDetermine) {
     for (int i = 0; i < 3; i++) {
         EXPECT_NEAR(sigmaOf(covariance->shape(1), i) / freedom.priors[1].sigma[size_t(i)], 1, 0.01) << i;
     }
-    // The squared distance, in focal lengths, from the principal point (610, 440) to the picture's farthest corner.
+    // The squared distance, in focal lengths, from the principal point (610, 440) to the picture's farthest corner. The
+    // standard deviations of the priors follow from it (calibration/lens_prior.h).
     const double r2 = std::pow(610 / 1100.0, 2) + std::pow(460 / 1090.0, 2);
     const double expected[] = {0.3 / r2,  0.3 / (r2 * r2), 0.3 / (r2 * r2 * r2),  // k4, k5, k6
                                0.005,     0.005 / r2,      0.005,
@@ -68,7 +69,7 @@ TEST(Priors, pullTheSolveTowardsTheirMeans) {
     EXPECT_NEAR(estimate.shapes[1].numbers[PrintShape::shear], 0, 1e-4);
     EXPECT_EQ(estimate.shapes[1].numbers[PrintShape::bend], scene.truth.shapes[1].numbers[PrintShape::bend]);
     EXPECT_LT(estimate.intrinsics[0].tail(3).cwiseAbs().maxCoeff(), 1e-3) << "k4 to k6";
-    // What defines the coordinate systems never moves.
+    // The first print defines the world's coordinate system and the first camera that of the rig, so neither moves.
     EXPECT_EQ(estimate.worldFromPrint[0].translation, Eigen::Vector3d(0, 0, 0));
     EXPECT_EQ(estimate.worldFromPrint[0].rotation, Eigen::Vector3d(0, 0, 0));
     EXPECT_EQ(estimate.cameraFromRig[0].translation, Eigen::Vector3d(0, 0, 0));

@@ -1,5 +1,5 @@
 // Compares the maps of uncertainty with closed forms. The closed forms hold because the grid is symmetric about the
-// principal point: no rotation explains an error of the focal length.
+// principal point, so a rotation of the camera explains no part of an error of the focal length.
 #include "calibration/projection_uncertainty.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ TEST(ProjectionUncertainty, ofAFocalLengthGrowsWithTheRadius) {
              Row{sigma, sigma, 1, [](const Eigen::Vector2d &p) { return sigma * p.norm() / 1000; }},
              Row{sigma, 0, 0, [](const Eigen::Vector2d &p) { return sigma * std::abs(p.x()) / 1000; }},
              Row{0, sigma, 0, [](const Eigen::Vector2d &p) { return sigma * std::abs(p.y()) / 1000; }},
-             // The errors in x and y are independent: the worse of the two directions counts.
+             // If the errors in x and y are independent, the direction with the greater error counts.
              Row{sigma, sigma, 0, [](const Eigen::Vector2d &p) { return sigma * p.cwiseAbs().maxCoeff() / 1000; }},
          }) {
         covariance(0, 0) = row.sigmaX * row.sigmaX;
@@ -69,7 +69,8 @@ TEST(ProjectionUncertainty, isWhatNoMotionExplains) {
 }
 
 TEST(ProjectionUncertainty, isUnknownWhereTheDistortionFoldsThePictureOver) {
-    // r (1 + k1 r^2) is greatest at r = 1 / sqrt(-3 k1), where it is 2/3 of r. Pixels farther out have no direction.
+    // The distorted radius r (1 + k1 r^2) is greatest at r = 1 / sqrt(-3 k1), where it is 2/3 of r. Pixels farther out
+    // than that belong to no direction.
     constexpr double k1 = -0.9;
     constexpr double focal = 1000;
     const double greatest = focal * 2 / 3 / std::sqrt(-3 * k1);

@@ -227,7 +227,7 @@ TEST(ReportFigures, showWhereCornersWereSeen) {
     const std::string svg = coverageFigure(calibration, 0).svg;
     int shown = 0;
     for (const std::vector<double> &cells : pathsOf(svg, "fill=\"#[0-9a-f]{6}\"")) {
-        for (size_t i = 0; i + 4 < cells.size(); i += 5) {  // M x y h v h
+        for (size_t i = 0; i + 4 < cells.size(); i += 5) {  // five numbers: M x y h v h
             if (cells[i + 1] < 450) {                       // the legend is below
                 EXPECT_LT(cells[i], 201);
                 EXPECT_GE(cells[i + 1], 224);
@@ -286,7 +286,7 @@ TEST(ReportFigures, drawTheSceneToScale) {
 
 TEST(ReportFigures, labelTheTargetOfTheNextPhotograph) {
     Calibration calibration = makeCalibration();
-    // The print's top left corner is at (-80, -60) in the drawing.
+    // The print's top left corner is at (-80, -60) mm, relative to the print's middle.
     calibration.next = NextPhotograph{0, 0, {{0, 0, 0}, {0, 0, 400}}, 0.987, 0.123, "Hold it."};
     const QString svg = QString::fromStdString(nextPhotographFigure(calibration).svg);
     for (const auto &[label, side] : {std::pair("top left", -80), std::pair("top right", 80)}) {

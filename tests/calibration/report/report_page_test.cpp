@@ -109,7 +109,7 @@ TEST(ReportPage, showsNeitherNanNorInfinity) {
     expectReadable(readPage(reportPage(Calibration())));
 }
 
-TEST(ReportPage, staysBoundedWithManyPhotographs) {
+TEST(ReportPage, limitsItsSizeIfThereAreVeryManyPhotographs) {
     Calibration calibration = calibrated();
     Observations &observations = calibration.observations;
     const size_t all = observations.sightings.size();
