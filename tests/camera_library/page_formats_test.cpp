@@ -112,7 +112,7 @@ TEST_F(PageFormats, pngIsBlackAndWhiteIfTheSquaresAreWholePixels) {
     EXPECT_EQ(cv::norm(seen(cv::Rect(side, side, 10 * side, 7 * side)), pattern, cv::NORM_INF), 0.0);
 
     const std::string bytes = readBytes(file);
-    const std::string perMetre("\0\0\x5c\x46", 4);  // 23622
+    const std::string perMetre("\0\0\x5c\x46", 4);  // 23622, the highest byte first
     EXPECT_NE(bytes.find("pHYs" + perMetre + perMetre + '\1'), std::string::npos);
     const std::size_t text = bytes.find(std::string("pattern.json\0\1\0\0\0", 17));
     ASSERT_NE(text, std::string::npos);

@@ -175,6 +175,7 @@ TEST_F(PatternOutput, drawsAPlateInTheProportionsOfItsGridSpacing) {
         double x, y;  // in grid spacings
         bool isDark;
     };
+    // The frame has a triangle in its top left corner only.
     const Place places[]{
         {0.01, 4.1, true},  {0.24, 4.1, true},   {0.26, 4.1, false}, {7.74, 4.1, false}, {7.76, 4.1, true},  // frame
         {4.1, 0.24, true},  {4.1, 0.26, false},  {4.1, 7.74, false}, {4.1, 7.76, true},                      // frame
