@@ -92,7 +92,7 @@ private:
     std::mt19937 random{20261121};
     QStringList files;
     int longestBusyMs = 0;
-    int dropped = 0;  // drags that the viewer took
+    int dropped = 0;  // drags whose files the viewer took
 };
 
 bool ViewerRandomUseTest::answers(const QProcess &program) {

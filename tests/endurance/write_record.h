@@ -43,8 +43,8 @@ public:
     }
 
     // The files that were opened for writing, and all names in the other recorded calls, such as rename. Relative names
-    // are relative to the test's current folder. A call that another thread interrupts has two lines; the first has the
-    // name.
+    // are made absolute with the test's current folder. If another thread interrupts a call, strace writes the call as
+    // two lines; only the first has the names.
     QStringList paths() const {
         static const QRegularExpression opening(R"(^\d+ +(?:open|openat)\()");
         static const QRegularExpression opened(R"( = \d+<(.*)>)");

@@ -60,7 +60,7 @@ const Step treeSteps[]{
     },
     [](std::int32_t *result) {
         lmLibSetJson(result, "/C", R"({"A name that is not short":["a text that is not short",)");
-        *result = *result == LmLibResultCouldNotInterpretJsonText ? 0 : *result;  // the text is incomplete
+        *result = *result == LmLibResultCouldNotInterpretJsonText ? 0 : *result;  // expected: the text is incomplete
     },
     [](std::int32_t *result) { lmLibSetString(result, "/A/Array", longText); },
     [](std::int32_t *result) { lmLibMakeUniqueItem(result, "/Execute", "a longer base name"); },

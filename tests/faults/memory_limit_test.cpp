@@ -1,6 +1,6 @@
 // Tests saving with limited memory. The limits range from no additional memory to more than enough. Each save either
-// writes the whole file, or fails and reports that memory ran out. Each save has its own process, so that it cannot use
-// memory that an earlier one has freed.
+// writes the whole file, or reports that memory ran out and leaves the old file. Each save has its own process, so that
+// it cannot use memory that an earlier one has freed.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
