@@ -113,7 +113,7 @@ private slots:
     void noticesThatACameraIsUnplugged();
     void takesFramesOfEveryKind();
     void keepsColours();
-    void judgesSharpnessBySharpestFrame();
+    void judgesSharpnessByTheSharpestFrameSoFar();
     void stopsAtOnce();
 };
 
@@ -287,6 +287,7 @@ void LiveCaptureTest::keepsNoPartOfAPictureOnAFullDisk() {
     const QSignalSpy taken(&capture, &LiveCapture::pictureTaken);
     const QSignalSpy ends(&capture, &LiveCapture::ended);
     std::signal(SIGXFSZ, SIG_IGN);
+    // A limit on the size of files stands in for the full disk. With SIGXFSZ ignored, writing beyond it only fails.
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit full{100000, before.rlim_max};
@@ -354,7 +355,9 @@ void LiveCaptureTest::keepsColours() {
     QCOMPARE(QImage(taken[0][0].toString()).pixelColor(1, 1), QColor(250, 120, 10));
 }
 
-void LiveCaptureTest::judgesSharpnessBySharpestFrame() {
+// A blur of up to 1.5 px counts as sharp, and a blur above 2.5 px does not. Between these limits, the blur may be up to
+// 1.4 times that of the sharpest frame so far.
+void LiveCaptureTest::judgesSharpnessByTheSharpestFrameSoFar() {
     const struct {
         double sharpest;  // blur of all frames before the last one, in pixels
         double blur;      // of the last frame, in pixels
@@ -375,7 +378,7 @@ void LiveCaptureTest::judgesSharpnessBySharpestFrame() {
     }
 }
 
-// stop() must return at once. After that, no frame of the first run may be shown.
+// After stop() returns, no frame of the first run may be shown.
 void LiveCaptureTest::stopsAtOnce() {
     Film film;
     film.add(15, frameOf(1));

@@ -21,9 +21,9 @@ constexpr double distanceMm = 600;  // from the camera to the patterns; the true
 
 // How a pattern was printed.
 struct Printed {
-    int tile = 1;
-    double gridSpacing = 24;
-    Eigen::Vector2d scale{1, 1};
+    int tile = 1;                 // 0 for a plain board; the number of an assembly's pattern is one less
+    double gridSpacing = 24;      // mm
+    Eigen::Vector2d scale{1, 1};  // length in the print divided by nominal length, in x and y
     RigidMotion worldFromPrint;
 };
 
@@ -52,6 +52,7 @@ PatternReading readingOf(const Printed &printed, const RigidMotion &cameraFromWo
     return reading;
 }
 
+// Returns the photographs that one camera takes of the prints. Cameras are told apart by the folder.
 QVector<SessionPhotograph> photographsOf(const std::vector<Printed> &prints, const QString &folder = "/shots",
                                          const RigidMotion &cameraFromRig = {}) {
     QVector<SessionPhotograph> photographs;
@@ -88,8 +89,8 @@ SessionResult resultOf(const QVector<SessionPhotograph> &photographs, const Sess
 }
 
 TEST(PhotographCalibration, usesWhatTheUserMeasured) {
-    // Pattern 1 is printed too wide and not high enough, and pattern 0 too large. If the measured size of pattern 1
-    // were ignored, pattern 0 would count as exact.
+    // Pattern 1 is printed too wide and not high enough, and pattern 0 too large. Only pattern 1 was measured. If its
+    // measured size were ignored, the size of pattern 0 would count as exact.
     Printed first;
     Printed second;
     second.tile = 2;
@@ -156,7 +157,7 @@ TEST(PhotographCalibration, tellsThatABoardLooksTheSameAfterATurn) {
     }));
 }
 
-TEST(PhotographCalibration, leavesOutWhatIsTakenOutAndNamesTheRest) {
+TEST(PhotographCalibration, givesReasonsForUselessPhotographsButNotForThoseTakenOut) {
     QVector<SessionPhotograph> photographs = photographsOf({Printed()});
     photographs[1].isIncluded = false;
     photographs[2].state = PhotographState::Waiting;
@@ -177,7 +178,7 @@ TEST(PhotographCalibration, leavesOutWhatIsTakenOutAndNamesTheRest) {
     }
 }
 
-TEST(PhotographCalibration, findsTheRigOnlyIfThereIsOne) {
+TEST(PhotographCalibration, findsTheRigOnlyIfTheSettingsSayThatThereIsOne) {
     const RigidMotion secondFromFirst{{0, 0.1, 0}, {-80, 0, 5}};
     QVector<SessionPhotograph> photographs = photographsOf({Printed()}, "/left");
     for (SessionPhotograph photograph : photographsOf({Printed()}, "/right", secondFromFirst)) {
@@ -201,7 +202,8 @@ TEST(SessionResult, describesFitsByTheCornersThatCount) {
     calibration->observations = scene.observations;
     calibration->estimate = scene.truth;
     auto &observations = calibration->observations;
-    // The first photograph: 10 corners of one print are moved by 0.5 px, and the other print is left out.
+    // The first photograph: 10 corners of one print are moved by 0.5 px. An eleventh is moved by 50 px, but it is not
+    // used. The other print is left out.
     ASSERT_EQ(observations.sightings[0].photograph, observations.sightings[1].photograph);
     calibration::Sighting &moved = observations.sightings[0];
     for (size_t i = 0; i < 10; ++i) {

@@ -20,7 +20,7 @@ constexpr double fittedScale = 2.0 / 3;
 const QString arrowColour = "#ffd200";
 const QString uncountedColour = "#ff503c";
 
-// The last corner's x and y at a distance of 1 along the optical axis.
+// Where the last corner lies in the camera's coordinates: its x and y at a distance of 1 along the optical axis.
 const QPointF straightDirection(0.3, 0.2);
 // The pattern's x axis points down in the picture, and its y axis to the left. The last corner is far from the others.
 std::vector<pattern_reader::PatternCorner> cornersOf(const calibration::Calibration &calibration) {
@@ -70,7 +70,7 @@ private:
     bool isLoaded() {
         return QTest::qWaitFor([this] { return corners().size() == int(readings->at(0).corners.size()); }, 10000);
     }
-    // Returns the middle of the black pixels near a place.
+    // Returns the middle of the black pixels near a place; (-1, -1) if there are none.
     QPointF dotNear(QPointF place, int reach) {
         view->setShowsCorners(false);
         view->setShowsResiduals(false);
@@ -154,7 +154,7 @@ void PhotographViewTest::fitsAndMarksTheCorners() {
     QVERIFY(distance(name, places[0]) < 15);
     QVERIFY2(x.y() > name.y() + 60 && qAbs(x.x() - name.x()) < 10, "the x axis does not point down");
     QVERIFY2(y.x() < name.x() - 60 && qAbs(y.y() - name.y()) < 10, "the y axis does not point to the left");
-    wheel(places[1], 1200);  // corners have their numbers only in large pictures
+    wheel(places[1], 1200);  // corners show their column and row only in an enlarged picture
     const QPointF number = placeOfText(drawnMarks(*view), "2,1");
     QVERIFY(distance(number, corners()[1]) < 20);
 }
@@ -257,9 +257,10 @@ void PhotographViewTest::straightensPictureAndMarks() {
 
 void PhotographViewTest::picksTheNearestCorner() {
     QSignalSpy picked(view.get(), &PhotographView::cornerPicked);
+    // The picture is made so small that several corners are within reach of a click.
     QTest::keyClick(view.get(), Qt::Key_Minus);
     QTest::keyClick(view.get(), Qt::Key_Minus);
-    QTest::keyClick(view.get(), Qt::Key_Minus);  // so that several corners are within reach
+    QTest::keyClick(view.get(), Qt::Key_Minus);
     QTest::keyClick(view.get(), Qt::Key_Minus);
     for (int i = 0; i < 4; ++i) {
         const QPointF at = corners()[i];

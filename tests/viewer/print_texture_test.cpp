@@ -117,6 +117,7 @@ void PrintTextureTest::isWhatWasPrinted() {
     flat.reach = 100;
     const calibration::Print print = printWith(look, {first.x(), first.y()}, {points.width(), points.height()});
     const std::vector<PrintBlock> texture = textureOf(print, flat, look);
+    // Without detail, the code is not drawn, but the large shapes are the same. So the drawings differ in few pixels.
     const QImage detailed = drawn(texture, true);
     const double difference = differenceOf(detailed, drawn(texture, false));
     QVERIFY2(difference > 0 && difference < 0.04, qPrintable(QString::number(difference)));
@@ -130,7 +131,7 @@ void PrintTextureTest::isWhatWasPrinted() {
     if (look.kind != PatternKind::Plate) {
         QCOMPARE(reading.topLeftSquareDark, look.isTopLeftSquareDark);
     }
-    if (look.kind == PatternKind::Plane) {
+    if (look.kind == PatternKind::Plane) {  // its code carries no values
         return;
     }
     QVERIFY(reading.values.has_value());

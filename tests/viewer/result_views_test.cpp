@@ -321,7 +321,7 @@ void ResultViewsTest::marksTheCornersOfALiveFrame() {
     QCOMPARE(circles, QPolygonF(QVector<QPointF>{{50, 150}, {550, 450}}));
     QCOMPARE(drawnText(view), QString("2"));
 
-    // Many circles are drawn as copies of one, but in the same places.
+    // If there are many circles, one is drawn and then copied. The copies must be in the right places.
     while (reading.corners.size() < 150) {
         const auto next = reading.corners[reading.corners.size() - 2];
         reading.corners.push_back(next);
@@ -365,7 +365,7 @@ void ResultViewsTest::drawsPrintsAndCamerasInTheirPlaces() {
     const QPointF seven = placeOfText(marks, "7");
     QVERIFY(seven.x() > four.x() + 50);
     QVERIFY2(paper.contains(four) && paper.contains(seven), "a print is not where its number is");
-    QCOMPARE(cameraSides, 2 * 5);  // the photograph that is left out has none
+    QCOMPARE(cameraSides, 2 * 5);  // a camera has five sides; none is drawn for the photograph that is left out
     QVERIFY2(firstCamera > lastPaper, "prints cover cameras that are in front of them");
 
     // Seen from above, the z axis of the print points away from the cameras.

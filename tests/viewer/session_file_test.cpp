@@ -114,6 +114,7 @@ TEST(SessionFile, keepsTheOldFileOnAFullDisk) {
     ASSERT_EQ(saveSession(file, {}), QString());
     ASSERT_EQ(copy.keep({}), QString());
     std::signal(SIGXFSZ, SIG_IGN);
+    // A limit on the size of files stands in for the full disk. With SIGXFSZ ignored, writing beyond it only fails.
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit full{100, before.rlim_max};

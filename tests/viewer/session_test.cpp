@@ -53,13 +53,13 @@ class SessionTest : public QObject {
 
 private slots:
     void init();
-    void readsPhotographsAndNamesThoseThatDoNotHelp();
+    void readsPhotographsAndSaysWhyOthersDoNotHelp();
     void listsFoldersInNaturalOrderAndNoFileTwice();
     void readsFilesOfAnyNameAndSaysWhatIsWrongWithThem();
     void readsThePlainBoardOfTheSettings();
     void calibratesOnceAfterReadingAndAgainAfterChanges();
     void opensADocumentInPlaceOfItsPhotographs();
-    void takesOutWhileItReads();
+    void takesPhotographsOutWhileItReads();
     void showsAFirstResultWhileManyAreRead();
     void dropsResultsThatAreOutOfDate();
     void cancelsReading();
@@ -67,7 +67,8 @@ private slots:
     void answersWhileItWorks();
 
 private:
-    // Stands in for the calibration. It waits for `gate` if that is set, and records its arguments.
+    // Stands in for the calibration. It waits for `gate` if that is set, and records its arguments. The result's
+    // `problem` is the number of the call, so that a test knows which call made a result.
     SessionResult calibrate(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
                             const calibration::CalibrateOptions &options);
     QVector<int> includedIn(int call) const;
@@ -129,7 +130,7 @@ QVector<int> SessionTest::includedIn(int call) const {
     return record.value(call).included;
 }
 
-void SessionTest::readsPhotographsAndNamesThoseThatDoNotHelp() {
+void SessionTest::readsPhotographsAndSaysWhyOthersDoNotHelp() {
     const QTemporaryDir folder;
     QImage blank(320, 240, QImage::Format_Grayscale8);
     blank.fill(128);
@@ -181,7 +182,8 @@ void SessionTest::readsFilesOfAnyNameAndSaysWhatIsWrongWithThem() {
     QVERIFY(cut.isTruncated && !good.isTruncated);
 #ifdef Q_OS_UNIX
     const LocalEncoding encoding;
-    const QTemporaryDir localFolder;  // finds its files' names only while `encoding` exists, so it is removed first
+    // Declared after `encoding`, so that it is removed first. Without `encoding`, it could not find its file.
+    const QTemporaryDir localFolder;
     const QString euro = localFolder.filePath(LocalEncoding::euro() + ".jpg");
     write(euro, whole);
     QCOMPARE(readPhotograph(euro).state, PhotographState::Read);
@@ -292,7 +294,7 @@ void SessionTest::opensADocumentInPlaceOfItsPhotographs() {
     }
 }
 
-void SessionTest::takesOutWhileItReads() {
+void SessionTest::takesPhotographsOutWhileItReads() {
     Session session(scripted());
     session.add({examplePhotograph(1), examplePhotograph(2)});
     QTRY_COMPARE(session.photographs().size(), 2);
@@ -363,7 +365,7 @@ void SessionTest::readsAgainForAnotherBoard() {
     QCOMPARE(session.photographs()[0].readings->size(), size_t(5));
 }
 
-// The longest time without an event must stay short, however much work is going on.
+// While photographs are read, the thread of the session must still handle its events, here those of a timer.
 void SessionTest::answersWhileItWorks() {
     QElapsedTimer sinceTick;
     qint64 longest = 0;

@@ -62,7 +62,8 @@ void ViewerAccessTest::hasAKeyForEverything() {
                      qPrintable(texts[j].first + " and " + texts[i].first));
         }
     }
-    // Some buttons show another shortcut in their text. These buttons must have their mnemonic, too.
+    // The text of a button may also name a second shortcut, as in "(Ctrl+Space)". The button's own shortcut must still
+    // be its mnemonic.
     for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
         QCOMPARE(button->shortcut(), QKeySequence::mnemonic(button->text()));
     }

@@ -129,6 +129,7 @@ void ViewerActionsTest::restoresWhatACrashLeft() {
 
 void ViewerActionsTest::saysThatACrashWouldLoseTheSession() {
     const QTemporaryDir folder;
+    // The folder for the copy of the session cannot be made, because its parent is a file.
     ViewerWindow window(blankPhotograph(folder, "blank.png") + "/copies");
     window.open({folder.filePath("blank.png")});
     QTRY_VERIFY(window.statusBar()->currentMessage().contains("A crash would lose this session"));
@@ -172,7 +173,7 @@ void ViewerActionsTest::takesOutAndPutsBackTheSelection() {
     withText<QAction>(window, "&Remove from the List")->trigger();
     QCOMPARE(list->model()->rowCount(), 1);
     QCOMPARE(list->model()->index(0, 0).data().toString(), QString("a.png"));
-    // "Calibrate Anew" must give a new result.
+    // "Calibrate Anew" must give a new result, which changes the list's data.
     QSignalSpy changes(list->model(), &QAbstractItemModel::dataChanged);
     QTest::qWait(200);
     changes.clear();

@@ -161,7 +161,7 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
     QCOMPARE(window.writeReportTo(results.filePath("report.html")), QString());
     QCOMPARE(contentsOf(results.filePath("report.html")).count("data:image/jpeg;base64,"), 12);
     if (QSysInfo::kernelType() == "winnt") {
-        return;  // the programs that read the PDF are Linux's
+        return;  // the programs that read the PDF exist only on Linux
     }
 
     // The PDF has the texts of every part of the report, and the texts inside the figures.
@@ -252,12 +252,12 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     window.open({exampleFolder});
     QVERIFY(isCalibrated(window));
     auto *pick = window.findChild<QPushButton *>("pickCorners");
-    QVERIFY2(pick->isVisible() && pick->isEnabled(), "the choice is not in view");
+    QVERIFY2(pick->isVisible() && pick->isEnabled(), "the button for the choice cannot be clicked");
     auto *picture = window.findChild<PhotographView *>();
     QTRY_VERIFY(coloursIn(*picture) > 50);  // the photograph is loaded
 
-    // Three corners of pattern 1. Their columns and rows in the pattern's file are one less than these lattice
-    // coordinates.
+    // Three corners of pattern 1, which the reader calls tile 2. Their columns and rows in the pattern's file are one
+    // less than these lattice coordinates.
     const cv::Point lattice[] = {{4, 3}, {12, 3}, {4, 11}};
     QImage photograph(examplePhotograph(1));
     const double scale =
@@ -302,6 +302,7 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     QVERIFY((ownPlaces.value({3, 12}) - start - Eigen::Vector3d(0, length, 0)).norm() < 0.05);
 }
 
+// The copy must be written even if changes follow each other faster than the delay before it is written.
 void ViewerWindowTest::keepsACopyWhileChangesFollowEachOther() {
     const QTemporaryDir folder;
     const auto copies = [&folder] { return QDir(folder.path()).entryList({"*.json"}); };
