@@ -1,7 +1,7 @@
-// Draws the figure of docs/pattern-code.md from the code itself, and writes docs/images/pattern-code.svg to the
-// standard output. The left part shows a Custom pattern with a grid spacing of 12 mm. The middle part shows a plate
-// with a grid spacing of 12.5 mm and a thickness of 3.25 mm. Both parts show the number of every bit of the information
-// block. The right part shows how a Flexible pattern is cut out of the plane.
+// Writes the figure of docs/pattern-code.md, docs/images/pattern-code.svg, to standard output. The bits in it come from
+// the library's own functions for the code. The left part shows a Custom pattern with a grid spacing of 12 mm. The
+// middle part shows a plate with a grid spacing of 12.5 mm and a thickness of 3.25 mm. Both parts show the number of
+// every bit of the information block. The right part shows how a Flexible pattern is cut out of the plane.
 #include <cstdint>
 #include <cstdio>
 
@@ -81,7 +81,7 @@ void drawTile(double left, double top) {
 }
 
 void drawPlate(double left, double top) {
-    constexpr double s = 48;
+    constexpr double s = 48;  // the grid spacing
     const std::uint64_t block = encodeBlock({BlockKind::SpacingAndThickness, 1250, 325, 0, 0, 0});
     rectangle(left, top, 8 * s, 8 * s, "#222");
     rectangle(left + s / 4, top + s / 4, 7.5 * s, 7.5 * s, "#fff");

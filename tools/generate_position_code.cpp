@@ -2,11 +2,13 @@
 // the number of squares that were filled again on standard error. The bits are frozen as pattern version 1. The program
 // is kept only to show how the bits were made; it makes the same bits on every machine.
 //
-// A window is a part of the code with 5 x 5 to 8 x 8 squares. The squares of the code are filled with random bits one
-// after the other, row by row. If a bit completes a window that is too similar to an earlier window, the bit is
-// inverted. If neither value of the bit works, the last few squares are emptied and filled again. Every completed
-// window of the plane is added to an index, which finds similar windows by the pigeonhole principle. The windows of
-// tiles are kept in plain lists. If squares are emptied, the windows that they completed are removed in reverse order.
+// A window is a part of the code with 5 x 5 to 8 x 8 squares. Two windows are too similar if they differ, in any of
+// their orientations, in fewer bits than planeWindowDistance() or tileWindowDistance() requires. The squares of the
+// code are filled with random bits one after the other, row by row. If a bit completes a window that is too similar to
+// an earlier window, the bit is inverted. If neither value of the bit works, the last few squares are emptied and
+// filled again. Every completed window of the plane is added to an index, which finds similar windows by the pigeonhole
+// principle. The windows of tiles are kept in plain lists. If squares are emptied, the windows that they completed are
+// removed in reverse order.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -120,11 +122,11 @@ public:
 
 private:
     struct Part {
-        int shift;
-        Word mask;
-        std::vector<int> heads;
-        std::vector<int> next;
-        std::vector<Word> patterns;
+        int shift;                   // the part begins at this bit of the word
+        Word mask;                   // applied after the shift
+        std::vector<int> heads;      // for each key, the last word with this key; -1 if there is none
+        std::vector<int> next;       // for each word, the previous word with the same key; -1 if there is none
+        std::vector<Word> patterns;  // the sets of up to `flips` bits of a key
     };
 
     static std::size_t index(int entry) { return static_cast<std::size_t>(entry); }
@@ -166,7 +168,7 @@ struct Grid {
 };
 
 // Fills a grid. `tryCell(cell)` puts a bit into a square and returns false if neither value works. `undo(cell)`
-// reverses a successful `tryCell`. Returns how often a square had to be emptied.
+// reverses the last successful `tryCell`. Returns how often a square had to be emptied.
 template <typename TryCell, typename Undo>
 int fill(int cellCount, std::mt19937_64 &random, const TryCell &tryCell, const Undo &undo) {
     int emptied = 0;
@@ -177,6 +179,7 @@ int fill(int cellCount, std::mt19937_64 &random, const TryCell &tryCell, const U
             ++cell;
             continue;
         }
+        // The more often the filling fails without getting further, the more squares may be emptied at once.
         failures = cell > furthest ? 1 : failures + 1;
         furthest = std::max(furthest, cell);
         const int reach = 4 + failures / 16;
@@ -253,7 +256,7 @@ private:
         WindowIndex(7, planeWindowDistance(7), 3), WindowIndex(8, planeWindowDistance(8), 4)};
 };
 
-// Fills the tiles, one after the other, with windows that differ from those of the finished plane.
+// Fills the tiles, one after the other. Their windows differ from each other and from those of the finished plane.
 class TileMaker {
 public:
     TileMaker(std::mt19937_64 &generator, const PlaneMaker &finishedPlane) : random(generator), plane(finishedPlane) {
@@ -282,6 +285,7 @@ private:
 
     bool tryCell(int cell) {
         std::uint8_t &bit = tile->bits[static_cast<std::size_t>(cell)];
+        // A square that is not free carries the information block. Its bit is 0 here, and no comparison counts it.
         const bool isFree = pattern_code::carriesPosition(cell % tileSide, cell / tileSide);
         bit = isFree ? static_cast<std::uint8_t>(random() & 1U) : std::uint8_t{0};
         if (!accepts(cell)) {
@@ -354,7 +358,7 @@ private:
     std::array<std::vector<Window>, 2> windows;
 };
 
-// Writes the words of each row of the grid. The leftmost square is the highest bit of a word.
+// Writes each row of the grid as words of tileSide bits. The leftmost square is the highest bit of a word.
 void write(std::FILE *file, const Grid &grid) {
     for (int row = 0; row < grid.side; ++row) {
         std::fputs(grid.side > tileSide ? "{" : "", file);
