@@ -20,6 +20,7 @@ namespace {
 constexpr int PressHideInterval = 500;
 constexpr int LeaveHideInterval = 10000;
 
+// Returns how long a text is shown, in milliseconds: 10 s, and 40 ms more for each character beyond 100.
 int displayTime(int textLength) {
     return 40 * (std::max(0, textLength - 100) + 250);
 }
