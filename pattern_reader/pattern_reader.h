@@ -11,7 +11,7 @@
 //   right and y down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a
 //   plate, (0, 0) is the frame's top-left outer corner, and the coordinates of the marks are the even numbers from 2 to
 //   14. In a plain board, the inner corners run from (1, 1) to (columns, rows).
-// Uncertain results are left out: a checkerboard of which too little is visible gives no reading, and the values of an
+// Uncertain results are left out: a pattern of which too little is visible gives no reading, and the values of an
 //   information block are absent if the block cannot be read beyond doubt.
 // Every function may be called from any thread at the same time. readPatterns throws std::invalid_argument if the image
 //   is empty, too large or of another kind, or if the board in the options has fewer than 3 x 3 inner corners.

@@ -7,8 +7,8 @@
 
 namespace pattern_reader {
 
-// Returns the attached JSON text. If there is none, throws std::runtime_error with the reason, a clause without a full
-// stop.
+// Returns the attached JSON text. If there is none, or if it is damaged, throws std::runtime_error. Its text is the
+// reason, as a clause without a full stop.
 std::string attachedPattern(std::string_view pdf);
 
 }  // namespace pattern_reader

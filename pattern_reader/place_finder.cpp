@@ -30,7 +30,7 @@ cv::Point turned(cv::Point p, int quarterTurns) {
     }
 }
 
-// Returns the readings in the form that the index searches for. Sets `origin` to the cell of the first square.
+// Returns the readings in the form that the index searches for. Sets `origin` to the lattice cell that becomes (0, 0).
 SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origin) {
     cv::Rect extent;
     for (const SquareReading &reading : readings) {

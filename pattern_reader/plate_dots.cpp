@@ -56,8 +56,8 @@ struct CircleLight {
     double darkest = 2;
 };
 
-// Returns the light on a circle around a dot, without the parts that the frame or a mark darkens. Empty if a part of
-// the circle is outside the picture.
+// Returns the light on a circle around a dot, without the parts that the frame or a mark darkens. Empty if the light
+// cannot be determined everywhere on the circle, or if the frame and the marks darken all of it.
 std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, double radius) {
     constexpr int points = 12;
     CircleLight circle;

@@ -74,7 +74,7 @@ FrameEvidence lookForFrame(const PlateView &view) {
 
 CornerLook lookAtCorner(const PlateView &view, int corner) {
     // Returns the light at a point that lies x along the side that starts in this corner, and y inward from this side.
-    // Returns `otherwise` outside the picture.
+    // Returns `otherwise` if the light cannot be determined, for example outside the picture.
     const auto at = [&](double x, double y, double otherwise) {
         double light = 0;
         return view.lightAt(onSide(corner, x, y), light) ? light : otherwise;

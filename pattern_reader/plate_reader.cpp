@@ -47,9 +47,10 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
             }
         }
     }
-    // If one side is covered, a wrong shift away from the cover may find the frame at more samples of the two adjacent
-    // sides than the right shift does. However, the wrong shift misses the side opposite the cover. So a smaller margin
-    // is enough if the best shift has more good sides than the second best.
+    // If one side of the plate is covered, a wrong shift away from the cover may find the frame at more samples of the
+    // two sides next to the covered one than the right shift does. So the right shift leads by only a few samples.
+    // However, the wrong shift misses the side opposite the cover. So a smaller margin is enough if the best shift has
+    // more good sides than the second best.
     const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
     if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {

@@ -53,7 +53,7 @@ public:
     // True if a mark was found at these plate coordinates.
     bool hasMark(cv::Point plate) const;
     // Determines the grey level relative to the marks nearby: 0 is as dark as a mark, 1 is as light as the paper. False
-    // outside the picture.
+    // outside the picture, or if the marks nearby have too little contrast.
     bool lightAt(cv::Point2d plate, double &light) const;
     // Like lightAt, but looks at sharpLevel, because a dot is a ring with a thin line.
     bool sharpLightAt(cv::Point2d plate, double &light) const;

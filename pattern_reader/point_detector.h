@@ -1,5 +1,5 @@
-// Finds the points that patterns consist of: saddle points and dark blobs. It uses only the second derivatives of the
-// picture and knows nothing about lattices.
+// Finds the points that patterns consist of: saddle points and dark blobs. Each point is judged only by the picture in
+// its close surroundings. Lattices are not considered here.
 //
 // Saddle points are places where four areas meet, dark opposite dark and light opposite light, as at the inner
 // corners of a checkerboard.
@@ -22,7 +22,7 @@ namespace pattern_reader {
 struct SaddlePoint {
     cv::Point2f position;   // level coordinates
     float brightAxis = 0;   // direction of the light areas, radians, modulo half a turn
-    float halfOpening = 0;  // half the angle of a light area, 0 to pi/2; its borders are brightAxis ± halfOpening
+    float halfOpening = 0;  // half the angle of a light area, 0.4 to 1.2; its borders are brightAxis ± halfOpening
     float strength = 0;     // square root of the negative determinant, grey levels per pixel²
 };
 

@@ -31,7 +31,7 @@ cv::Point pointOf(const json &pair) {
     return {pair.at(0).get<int>(), pair.at(1).get<int>()};
 }
 
-// Sets the lattice coordinates of the framed plate's marks.
+// Sets the lattice coordinates of a plate's marks.
 void setPlateLattice(PrintedPattern &printed) {
     if (printed.size != cv::Size(marksPerSide, marksPerSide)) {
         throw std::runtime_error("its round marks are not " + std::to_string(marksPerSide) + " x " +

@@ -5,8 +5,8 @@
 //
 // Coordinates are in millimetres in the coordinate system of the pattern's file, with x to the right, y down and z = 0.
 // Without a file, the origin is that of a pattern without an offset: the middle corner of a tile, the middle mark of a
-// plate, (136, 136) of the plane, or the first inner corner of a plain board. Every function may be called from any
-// thread at the same time.
+// plate, the lattice point (136, 136) of the plane, or the first inner corner of a plain board. Every function may be
+// called from any thread at the same time.
 #pragma once
 
 #include <opencv2/core.hpp>

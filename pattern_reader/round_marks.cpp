@@ -40,7 +40,7 @@ const std::array<cv::Point2f, rayCount> &rays() {
 }
 
 // Finds the first strong rise along a ray: its distance, interpolated between samples, and the grey level behind it.
-// False if there is none.
+// False if there is none, or if the ray leaves the picture.
 bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction, float longest, float &distance,
                 float &behind) {
     std::array<float, raySteps + 2> grey{};

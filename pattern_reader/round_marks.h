@@ -17,7 +17,7 @@ struct RoundMark {
 };
 
 // Measures the mark around a point of the image. `radius` is a first guess in image pixels and may be wrong by a factor
-// of two. False if there is no closed round border.
+// of two. False if there is no closed elliptical border, if the ellipse is too flat, or if the contrast is too low.
 bool measureMark(const ImageLevel &level, cv::Point2f image, float radius, RoundMark &mark);
 
 }  // namespace pattern_reader
