@@ -146,7 +146,7 @@ TEST(Calibrate, leavesOutSightingsThatDoNotFitAndSaysWhy) {
     }
     const size_t fewCorners = secondPrintFrom(zoomed + 3);
     sightings[fewCorners].corners.resize(3);
-    // In each sighting, one of about fifty corners is displaced.
+    // In each sighting, one corner is displaced. Most sightings have about sixty corners.
     for (Sighting &sighting : sightings) {
         sighting.corners[size_t(sighting.photograph) % sighting.corners.size()].image += Eigen::Vector2d(3, -4);
     }
