@@ -1,6 +1,7 @@
 // The placeholders of tool-tip texts: "%MANUAL%" stands for the address of the manual.
 //
-// Placeholders are replaced only in tool-tip texts. It is not checked whether the page behind a link exists.
+// The tool tip replaces the placeholders in its texts. Other code that needs the address calls replacePlaceholders()
+// itself. It is not checked whether the page behind a link exists.
 //
 // Use these functions only on the GUI thread. The table is written once at start-up and only read afterwards. Both
 // strings of a pair are UTF-8.

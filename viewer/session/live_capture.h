@@ -2,7 +2,7 @@
 // the user asks for it. Reading and saving happen on one background thread.
 //
 // Use this object on one thread that has an event loop; its signals are emitted there. All functions return at once,
-// except that the destructor waits for the frame that is being read.
+// except that the destructor waits until the background thread has ended.
 #pragma once
 
 #include <QImage>

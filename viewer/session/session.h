@@ -3,8 +3,9 @@
 //
 // Data goes one way: photographs -> readings -> calibration. Reading and calibrating run in the background. Every
 // change of the photographs or settings cancels the work that is out of date and starts it again. While many
-// photographs are still being read, a first result is made from those that are ready. All functions return at once. Use
-// a session on one thread that has an event loop; its signals are emitted there.
+// photographs are still being read, a first result is made from those that are ready. All functions return at once,
+// except that the destructor waits until the work in progress has ended. Use a session on one thread that has an event
+// loop; its signals are emitted there.
 #pragma once
 
 #include <QMap>
