@@ -12,8 +12,8 @@ struct FileWriteError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Writes several files that belong together. Each file is first written beside its target and flushed to the disk.
-// After the last file, all files are renamed to their targets, one after the other. So at any time, even if the machine
+// Writes several files that belong together. Each call of write() writes one file beside its target and flushes it to
+// the disk. Then commit() renames all files to their targets, one after the other. So at any time, even if the machine
 // stops, a target has either its old content or all of its new content. No target changes before all files are written.
 //
 // If a target is a link, the file that it leads to is replaced. Folders, devices and write-protected files are refused.

@@ -55,8 +55,8 @@ mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     if (!S_ISREG(status.st_mode)) {
         fail(fileName, EINVAL);
     }
-    // A write-protected file is refused even for the superuser, who could write to it, because the protection is also
-    // meant against mistakes.
+    // A write-protected file is refused even if the user is the superuser, who could write to it: the protection is
+    // also meant against mistakes.
     if ((status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(target.c_str(), W_OK) != 0) {
         fail(fileName, EACCES);
     }
@@ -218,7 +218,8 @@ public:
     static std::unique_ptr<OldFile> keep(const std::string &target, const std::string &folder) {
         std::random_device random;
         auto kept = std::make_unique<OldFile>();
-        // Without this lock, another thread would take the second name for that of an abandoned file and remove it.
+        // A lock belongs to the file and not to its name. Without this lock, another thread would take the second name
+        // for that of an abandoned file and remove it.
         kept->lock = open(target.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
         if (kept->lock >= 0) {
             flock(kept->lock, LOCK_SH | LOCK_NB);
