@@ -16,7 +16,8 @@ constexpr int detailPrecisionDigits = 18;
 
 std::string detailText(const LmLibException &exception) {
     if (exception.itemPath.empty()) {
-        return "Unavailable";  // The library as a whole failed; printing its whole tree would not explain that.
+        // The library as a whole failed. The value at the empty path is the whole tree, which would not explain that.
+        return "Unavailable";
     }
     try {
         return "Current node value:\n" + TreeItem(exception.itemPath).asJson(true, detailPrecisionDigits, false);

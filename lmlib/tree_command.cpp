@@ -8,7 +8,8 @@
 
 namespace {
 
-// When the state of a command is queried, an absent node is not an error.
+// Turns the code for an absent node into success, because absence is not a failure here: a command that was never
+// started has no "Command", and one that succeeded has no "ErrorSymbol".
 std::int32_t toleratingAbsence(std::int32_t code) {
     return code == LmLibResultItemInexistent ? static_cast<std::int32_t>(LmLibResultOperationSucceeded) : code;
 }
