@@ -59,7 +59,8 @@ BlockFamily spacingFamily() {
         other.thickness = 1 << bit;
         family.add(other);
     }
-    // Bit 1 of the spacing is set in all blocks above. A spacing of 1 clears it.
+    // Bit 1 of the spacing is set in all blocks above, because for this bit the loop only repeats the block of bit 2. A
+    // spacing of 1 clears it.
     content.gridSpacing = 1;
     family.add(content);
     return family;
@@ -164,7 +165,8 @@ BlockAgreement comparePlateBlock(const SeenBlock &seen) {
 
 SeenBlock mirrorPlateBlock(const SeenBlock &seen) {
     SeenBlock mirrored;
-    // The dot of bit 0 is left out, because it is not on the grid that mirroring maps to itself.
+    // The dot of bit 0 is left out: it is beside the grid of the other dots, so its mirror image is not the place of a
+    // dot.
     for (int bit = 1; bit < pattern_code::blockBitCount; bit++) {
         const std::uint64_t mask = std::uint64_t(1) << (pattern_code::blockBitCount - 1 - bit);
         const pattern_code::BlockCell cell = pattern_code::blockCell(bit);
@@ -186,8 +188,8 @@ void SeenBlock::see(int bit, bool set) {
 
 SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeMotion &motion) {
     SeenBlock seen;
-    // Squares that may in fact be a cover (SquareReading::maybeCover) are used too, because the block's check bits
-    // detect errors.
+    // Squares that may in fact be an object in front of the pattern (SquareReading::maybeCover) are used, too, because
+    // the block's check bits detect errors.
     for (const SquareReading &reading : readings) {
         const cv::Point square = motion.square(reading.cell);
         if (reading.certainty < clearEnough || square.x % 2 != 0 || square.y % 2 != 0) {

@@ -27,8 +27,9 @@ SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeM
 // if the block cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// States how well the visible bits of a plate's block agree with the most similar valid block. The probability that
-// random bits agree completely with some valid block is 2^-checks.
+// States how well the visible bits of a plate's block agree with the most similar valid block. `checks` is the number
+// of independent conditions that the visible bits of every valid block of this kind fulfil. So random bits agree
+// completely with some valid block of this kind with the probability 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 

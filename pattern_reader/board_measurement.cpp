@@ -10,10 +10,10 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr float largestDoubtful = 7;  // pixels; the blur may be misjudged if squares are smaller
-constexpr size_t leastCorners = 25;   // with fewer corners, there are too few squares to be read
-constexpr int windowSide = 14;        // blurs are tried on a part of the lattice with this many corners on a side
-constexpr float leastCertainty = 0.3F;
+constexpr float largestDoubtful = 7;    // pixels; the blur may be misjudged if squares are smaller
+constexpr size_t leastCorners = 25;     // with fewer corners, too few squares show whether the blur is right
+constexpr int windowSide = 14;          // blurs are tried on a part of the lattice with this many corners on a side
+constexpr float leastCertainty = 0.3F;  // a square's reading counts as certain from here on
 
 MeasuredBoard measureWith(const std::vector<ImageLevel> &levels, CornerLattice &lattice, std::optional<float> blur) {
     MeasuredBoard board;

@@ -1,5 +1,5 @@
 // Joins boards that were read in parts. A board is read in parts if something in front of it divides it, or if two
-// levels of the pyramid show different corners of it. Two boards with the same number stay separate, because they show
+// levels of the pyramid show different corners of it. Two prints of the same pattern stay separate, because they show
 // the same lattice points at different places.
 #pragma once
 

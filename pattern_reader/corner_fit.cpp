@@ -143,7 +143,8 @@ void addPrior(NormalEquations<everything.size()> &equations, const CornerBorders
     equations.add(Window::Blur, 1, Window::Blur, 1, double(prior.blur - fit.blur), weight(prior.blurDeviation));
 }
 
-// Estimates residual, noise and sigma from the errors.
+// Estimates residual, noise and sigma from the errors. Noise and sigma use only the part of the errors that changes
+// sign after half a turn, see corner_fit.h.
 void assess(const Window &window, const CornerPrior &prior, double positionVariance, CornerFit &fit) {
     const size_t pairs = window.count() / 2;
     float odd = 0;
@@ -151,8 +152,9 @@ void assess(const Window &window, const CornerPrior &prior, double positionVaria
         const float difference = window.error(i) - window.error(window.count() - 1 - i);
         odd += 0.5F * difference * difference;
     }
-    // The degrees of freedom that the fit uses: two for the position, and only one for the slopes, because the prior
-    // restricts the slopes.
+    // The degrees of freedom that the fit takes from this part of the errors: two for the position, and only one for
+    // the slopes, because the prior restricts the slopes. The other parameters affect only the part that stays the same
+    // after half a turn.
     constexpr float fitted = 3;
     const float weight = std::max(1.0F, float(pairs) - fitted);
     fit.residual = std::sqrt(window.sumOfSquares() / float(window.count()));
@@ -172,8 +174,8 @@ bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radiu
     if (levels) {
         fit.middle = 0;
     }
-    // If only the position is fitted in a large window, a fairly short step is enough. Otherwise the fit continues
-    // until its steps are very short. In a small window, a small remaining error more often leads to a wrong position.
+    // If only the position is fitted in a large window, the fit ends after the first fairly short step. Otherwise it
+    // ends only after a very short step. In a small window, a fit that ends earlier more often has a wrong position.
     const double enough = free == CornerParameters::Position && radius > 2.5F ? 0.15 : 0.004;
     Window window;
     Step last{};

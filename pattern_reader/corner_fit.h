@@ -58,7 +58,7 @@ enum class CornerParameters { Position, PositionAndBlur };
 
 // Fits the model with uniform light to a disc of pixels around the corner, in at most `steps` steps. `radius` is in
 // pixels. The fit starts from the position and the blur in `fit`. False if the position moves away from the start by
-// more than half the radius (0.8 pixels for small discs), if the parameters are not determined, or if the disc leaves
+// more than 0.8 pixels and by more than half the radius, if the parameters are not determined, or if the disc leaves
 // the picture.
 bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit);

@@ -20,7 +20,7 @@ struct Parabola {
 // steps, errors of the corners would look like a bend.
 constexpr int farthest = 3;
 
-// Returns the border through a corner. The corner must have neighbours on both sides.
+// Returns the border through a corner. The corner must have neighbours in both directions of the border.
 Parabola symmetricParabola(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step) {
     const cv::Point2f before = lattice.at(corner.cell - step)->position;
     const cv::Point2f after = lattice.at(corner.cell + step)->position;

@@ -12,7 +12,8 @@
 
 namespace pattern_reader {
 
-// A plane fitted to the grey levels of the corners around a corner: the levels as linear functions of column and row.
+// The levels `middle` and `amplitude` of the corners around a corner (see CornerFit), as linear functions of column and
+// row.
 struct LightPlane {
     bool known = false;
     std::array<float, 2> middle{};     // change over one step along each axis, grey levels
@@ -27,7 +28,7 @@ public:
     explicit CornerSurroundings(const CornerLattice &board) : lattice(board) {}
 
     // The borders through a corner, in image pixels. If the corner has no neighbour along an axis, the step comes from
-    // a homography fitted to all corners. Empty if that does not give a step either.
+    // a homography fitted to up to 100 corners spread over the lattice. Empty if that does not give a step either.
     std::optional<CornerBorders> bordersOf(const LatticeCorner &corner) const;
     // Like bordersOf, but empty if the corner has no neighbour along an axis. The corner itself need not be part of the
     // lattice.

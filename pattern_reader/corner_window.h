@@ -18,7 +18,8 @@ public:
     static constexpr float largestRadius = 16;  // pixels
     static constexpr std::size_t lanes = 8;
 
-    // The model's parameters. Position comes last in each set that is fitted, because NormalEquations needs it there.
+    // The model's parameters. Position comes last in each set that is fitted, because NormalEquations (corner_fit.cpp)
+    // needs it there.
     enum Parameter : std::size_t {
         Middle,
         Amplitude,

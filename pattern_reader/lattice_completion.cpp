@@ -38,8 +38,8 @@ float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
     return float(smoothed.at<int16_t>(std::clamp(y, 0, smoothed.rows - 1), std::clamp(x, 0, smoothed.cols - 1))) / 64;
 }
 
-// The contrast (light minus dark) across the border between two neighbouring corners. Negative if light and dark are
-// exchanged. The second corner need not be in the lattice.
+// The contrast across the border between two neighbouring corners: the grey level on the side that is light according
+// to the lattice, minus that on the other side. The second corner need not be in the lattice.
 float borderContrast(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &from,
                      const LatticeCorner &to) {
     const cv::Point step = to.cell - from.cell;

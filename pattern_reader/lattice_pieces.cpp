@@ -13,9 +13,9 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr size_t piecesTried = 16;
+constexpr size_t piecesTried = 16;       // only so many of the largest lattices are joined
 constexpr size_t leastBase = 12;         // fewest corners of a lattice that is extrapolated
-constexpr size_t cornersCarriedOn = 80;  // corners from which a lattice is extrapolated
+constexpr size_t cornersCarriedOn = 80;  // greatest number of corners from which a lattice is extrapolated
 constexpr float latticeReach = 0.4F;     // greatest distance of a corner from its lattice point, lattice steps
 
 cv::Point2d transform(const cv::Matx33d &h, cv::Point2f p) {
@@ -88,7 +88,7 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        // A corner that both lattices contain needs no special treatment, because both found it at about the same
+        // A corner may be in both lattices already. That does not matter, because both found it at about the same
         // place.
         const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
         off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;

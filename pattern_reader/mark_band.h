@@ -10,8 +10,8 @@
 namespace pattern_reader {
 
 // The pixels between two ellipses with a mark's shape. They include all pixels that the mark's border affects, and a
-// part of the plain area on each side of the border. The plain areas show the slope of the light. If the mark has
-// enough rows, the plain areas are taken only from every third row.
+// part of the plain area on each side of the border. The plain areas show the slope of the light. If the shorter radius
+// of the mark is at least 5 pixels, the plain areas are taken only from every third row.
 class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);

@@ -12,7 +12,7 @@ namespace pattern_reader {
 
 namespace {
 
-// The unknowns of every fit, and those that a reflection adds.
+// The unknowns of every fit, up to `plainUnknowns`, and then those that a reflection adds.
 enum Unknown : size_t {
     light,
     dark,
