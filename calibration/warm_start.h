@@ -13,12 +13,12 @@ namespace calibration {
 // corners; -1 if there is none.
 std::vector<int> sameSightings(const Observations &given, const Observations &previous);
 
-// Solves for `given` with the lens models and the orders of the bends of the previous result. Sets result.observations,
-// result.estimate and result.freedom. `same` is what sameSightings() returns. Returns false if a solve fails. Also
-// returns false if a search for outliers from the beginning could have another outcome. That is so if fewer than half
-// of the sightings are the same as before, or if a camera has none of these sightings. It is also so if a decision
-// about an earlier sighting changes, or if it is not clear which sightings are bad. If the function returns false,
-// `result` is undefined.
+// Solves for `given` with the lens models of the previous result. Each print bends by a polynomial of the same order as
+// in that result, or stays flat. Sets result.observations, result.estimate and result.freedom. `same` is what
+// sameSightings() returns. Returns false if a solve fails. Also returns false if a search for outliers from the
+// beginning could have another outcome. That is so if fewer than half of the sightings are the same as before, or if a
+// camera has none of these sightings. It is also so if a decision about an earlier sighting changes, or if it is not
+// clear which sightings are bad. If the function returns false, `result` is undefined.
 bool solveFromPrevious(const Observations &given, const Calibration &previous, const std::vector<int> &same,
                        const CalibrateOptions &options, Calibration &result);
 

@@ -12,8 +12,9 @@ namespace calibration {
 // Returns the text with a capital first letter. A text that starts with a quotation mark stays as it is.
 std::string capitalised(std::string text);
 
-// Returns "pattern 3" or "patterns 3 and 7". A print without a number is called by its name in quotation marks. If it
-// has no name either, it is called "the target".
+// Returns "pattern 3" or "patterns 3 and 7" if all these prints have numbers. Otherwise, returns the list without
+// "patterns" before it. In the list, a print without a number is called by its name in quotation marks, or "the target"
+// if it has no name either.
 std::string namesOf(const Observations &observations, const std::vector<int> &prints);
 
 // Returns "1 corner" or "5 corners".
