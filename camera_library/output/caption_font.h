@@ -1,5 +1,5 @@
-// The font for the texts of a page: DejaVu Sans, reduced to the characters that captionText keeps. It is part of the
-// library. So PDF and PNG pages look the same on every machine, and no fonts have to be found.
+// The font for the texts of a page: DejaVu Sans, reduced to the characters that captionText keeps. The font file is
+// compiled into the library, so PDF and PNG pages look the same on every machine, and no fonts have to be found.
 //
 // Texts in this font have one byte per character, in the encoding that PDF calls WinAnsiEncoding.
 #pragma once

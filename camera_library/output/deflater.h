@@ -1,5 +1,5 @@
-// Compresses data in zlib's format. zlib is made to allocate with operator new. So running out of memory throws
-// std::bad_alloc, as it does everywhere else in the library.
+// Compresses data in zlib's format. zlib takes its memory from operator new, like the rest of the library, so that
+// tests of failing allocations reach zlib, too. Running out of memory throws std::bad_alloc.
 #pragma once
 
 #include <zlib.h>
@@ -10,8 +10,8 @@
 namespace lmlib64 {
 
 // The repetitions that the compression searches for: any, or only the same byte many times in a row. Searching for the
-// second kind is much faster. If the data mostly repeats one byte, the compressed data is about as small as with the
-// first kind.
+// second kind is much faster. If the data consists mostly of long runs of one byte, the compressed data is about as
+// small as with the first kind.
 enum class Repetitions { Anywhere, OfOneByte };
 
 // One stream of compressed data. The same data, added in the same portions, gives the same bytes. Every function may

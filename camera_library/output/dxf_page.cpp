@@ -28,8 +28,8 @@ struct Layer {
 constexpr std::array layers{Layer{darkLayer, 7}, Layer{outlineLayer, 1}, Layer{barLayer, 3}, Layer{cutLayer, 6},
                             Layer{captionLayer, 5}};
 
-// Returns the text in ASCII: the multiplication sign becomes an "x", and other characters of the font that are not
-// ASCII become a "-".
+// Returns the text in ASCII. Of the font's characters beyond ASCII, the multiplication sign becomes an "x" and the
+// middle dot a "-". A character that the font does not have becomes a "?".
 std::string asciiText(std::string_view utf8) {
     std::string text = captionText(utf8);
     for (char &character : text) {

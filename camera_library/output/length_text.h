@@ -6,8 +6,8 @@
 
 namespace lmlib64 {
 
-// Converts a length to grains; a grain is 0.00001 of the length's unit. Each coordinate is rounded to grains once, so
-// that shapes that touch still touch in the file.
+// Converts a length to grains; a grain is 0.00001 of the length's unit. To get a distance, convert the coordinates of
+// its two ends and subtract, so that shapes that touch still touch in the file.
 std::int64_t lengthGrains(double length);
 
 // Appends the shortest text of the length, with at most five decimals.

@@ -26,7 +26,7 @@ struct Edge {
     PixelPoint top;
     PixelPoint bottom;
     std::int64_t asidePerUnitDown = 0;  // units to the right per unit down, times slopeGrain
-    // Parts of height per unit to the side, times slopeGrain; never negative. This slope is not used for an upright
+    // Parts of height per unit to the side, times slopeGrain; never negative. This slope is not used for a vertical
     // edge.
     std::int64_t partsPerUnitAside = 0;
 };
@@ -52,8 +52,8 @@ public:
     std::int32_t top() const { return position.y; }
     bool isDone() const { return edge == end; }
 
-    // Adds the changes of area that the chain causes in this row to `changes`. The next call continues at the end of
-    // the row.
+    // Adds to `changes` the changes of area that the chain causes in one row of pixels. `rowEnd` is the y of the row's
+    // lower edge. The next call continues there.
     void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
         std::int32_t left = position.x;
         std::int32_t right = position.x;
@@ -212,7 +212,8 @@ private:
     // Most chains have changes in two or three columns. Handling columns three at a time avoids branches that the
     // processor would mispredict.
     static constexpr std::uint32_t step = 3;
-    // An edge on the right border has changes in two columns to the right of the picture.
+    // A chain on the right border has changes in two columns to the right of the picture. A step of draw() may begin in
+    // the second of them.
     static constexpr std::uint32_t spare = step + 1;
     std::uint32_t width;
     std::vector<std::uint8_t> greys;

@@ -25,8 +25,8 @@ struct PixelPoint {
 };
 
 // Closed outlines. In `points`, an outline begins where the previous outline ends. The last point of an outline is
-// connected to its first point. All outlines share two lists. A large board has tens of thousands of outlines, so lists
-// of their own would take many allocations.
+// connected to its first point. All outlines share these two lists. A large board has tens of thousands of outlines, so
+// a list for each outline would take many allocations.
 struct PixelOutlines {
     std::vector<PixelPoint> points;
     std::vector<std::size_t> ends;  // for each outline, the index in `points` after its last point

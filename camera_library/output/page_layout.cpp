@@ -19,7 +19,7 @@ constexpr double labelGap = 1.5;  // between a bar and its label
 constexpr double longestBar = 100.0;
 constexpr double barStep = 10.0;
 constexpr double smallestMeasuredSide = 210.0;  // least side of a custom page's area, so that bars and caption fit
-constexpr double tolerance = 1e-9;              // a pattern that fits exactly is accepted
+constexpr double tolerance = 1e-9;              // so that a pattern that fits exactly is accepted
 
 constexpr std::array standardPages{
     PageSize{210, 297}, PageSize{297, 210}, PageSize{297, 420}, PageSize{420, 297},  PageSize{420, 594},

@@ -36,7 +36,7 @@ struct PageLayout {
     CheckBar barAlongX;
     CheckBar barAlongY;
     Point caption;              // middle of the caption's baseline
-    double captionWidth = 0.0;  // the greatest width of the caption
+    double captionWidth = 0.0;  // the greatest width that the caption may have
 };
 
 // Lays out the smallest page from A4 to A0 that holds the pattern with its quiet zone, the check bars, a caption line

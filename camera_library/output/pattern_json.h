@@ -10,7 +10,7 @@ namespace lmlib64 {
 // Returns the whole file in UTF-8. It ends in a line break.
 std::string patternJson(const PatternDocument &document);
 
-// Returns the same text with only one pattern of the document. A file that shows only this pattern contains this text.
+// Returns the same text with only one pattern of the document. Every .svg and .png file contains this text.
 std::string patternJson(const PatternDocument &document, const DrawnPattern &pattern);
 
 }  // namespace lmlib64

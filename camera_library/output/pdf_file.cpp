@@ -61,7 +61,7 @@ std::string PdfFile::finish(int catalogue, int information) {
         if (offset == 0) {
             throw std::logic_error("An object of the PDF has not been written.");
         }
-        constexpr std::size_t digits = 10;  // the format prescribes this number, which limits the size of the file
+        constexpr std::size_t digits = 10;  // the format prescribes ten digits, which limits the size of the file
         const std::string place = std::to_string(offset);
         bytes.append(digits - place.size(), '0').append(place).append(" 00000 n \n");
     }

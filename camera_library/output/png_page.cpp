@@ -74,9 +74,9 @@ private:
                               : scale.point(text.start.x + along, text.start.y - above);
     }
 
-    // Every control point stands for a piece of the curve. The piece begins at the previous point if that point is on
-    // the curve, otherwise in the middle between the previous point and the control point. By the same rule, the piece
-    // ends at the next point or in the middle before it.
+    // Every control point, that is, every point off the curve, stands for a piece of the curve. The piece begins at the
+    // previous point if that point is on the curve, otherwise in the middle between the previous point and the control
+    // point. By the same rule, the piece ends at the next point or in the middle before it.
     void addCurve(const std::vector<GlyphPoint> &curve, PixelOutlines &outlines) const {
         constexpr int steps = 8;
         for (std::size_t i = 0; i < curve.size(); ++i) {
@@ -136,7 +136,8 @@ void appendNumber(std::string &bytes, std::uint32_t number) {
     }
 }
 
-// Starts a chunk with these four letters. The data is appended between the calls of beginChunk and endChunk.
+// Starts a chunk with these four letters and returns where it starts. The caller then appends the chunk's data and
+// passes the returned position to endChunk.
 std::size_t beginChunk(std::string &png, const char *letters) {
     const std::size_t start = png.size();
     appendNumber(png, 0);

@@ -5,12 +5,13 @@
 namespace lmlib64 {
 namespace {
 
-// Returns the heights of all edges within the picture, from top to bottom. The first is the top of the picture, and the
-// last is its bottom. Two neighbouring rows differ only if one of these heights is between them.
+// Returns the y coordinates of all horizontal edges within the picture, from top to bottom. The first is the top of the
+// picture, and the last is its bottom. Between two consecutive coordinates, all horizontal lines through the picture
+// look the same.
 std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rectangles, std::int32_t height) {
     std::vector<std::int32_t> edges{0, height};
     const auto add = [&edges, height](std::int32_t y, std::int32_t &last) {
-        // Neighbouring squares in a row share their edges; skipping repeated values keeps the sort short.
+        // The squares in a row of a board have the same top and bottom. Skipping repeated values leaves less to sort.
         if (y != last && y > 0 && y < height) {
             edges.push_back(y);
         }
@@ -75,20 +76,21 @@ void drawRow(const std::vector<std::int32_t> &crossings, std::vector<std::uint8_
     settle();
 }
 
-// A band of rows that look the same, with the crossings from which the rows are drawn.
+// A band of the picture in which all horizontal lines look the same, with the crossings from which it is drawn. Its
+// height need not be a whole number of pixels.
 struct Band {
     std::vector<std::int32_t> crossings;
     std::vector<std::uint8_t> greys;
 };
 
-// Adds bands of rows to the picture, from the top. The height of a band need not be a whole number of pixels.
+// Adds bands to the picture, from the top.
 class RowWriter {
 public:
     RowWriter(std::int32_t width, std::int32_t height) : sum(static_cast<std::size_t>(width)) {
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // Gives these greys to the rows down to `y`, from where the previous call ended. The unit of `y` is 1/256 pixel.
+    // Gives these greys to a band that begins where the previous call ended and ends at `y`, in 1/256 pixel.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;
@@ -112,9 +114,9 @@ public:
     std::vector<std::uint8_t> take() { return std::move(picture); }
 
 private:
-    // If several bands share a row of pixels, the row is the sum of their greys, weighted by their shares in 1/256. The
-    // shares add up to 256. So the sum fits into 16 bits, even with 128 added for rounding. This keeps the loops in
-    // narrow registers.
+    // If several bands share a row of pixels, the row is the sum of their greys, weighted by their shares of the row's
+    // height in 1/256. The shares add up to 256. So the sum fits into 16 bits, even with 128 added for rounding, and
+    // the vectorised loops handle more pixels at once than with 32 bits.
     void beginRow(std::uint16_t share, const std::uint8_t *greys) {
         std::uint16_t *const to = sum.data();
         for (std::size_t x = 0; x < sum.size(); ++x) {
