@@ -32,7 +32,7 @@ bool blockHoldsOffset(const PatternDescription &description) {
 }
 
 // Returns the content of the pattern's information block; empty if a length or an offset is not a whole multiple of the
-// unit in which the block holds it.
+// unit that the block uses. The thickness of an Assembly pattern is checked, too, although its block does not hold it.
 std::optional<BlockContent> contentOf(const PatternDescription &description) {
     BlockContent content;
     if (blockHoldsOffset(description)) {

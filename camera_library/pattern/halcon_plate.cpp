@@ -36,7 +36,7 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     geometry.squareSide = gridSpacing / 2.0;
     geometry.quietZone = geometry.squareSide;
     geometry.lattice = {halconMarksPerSide, halconMarksPerSide, gridSpacing, {gridSpacing, gridSpacing}};
-    constexpr double cutDistance = 0.3;  // in grid spacings; between the marks (up to 0.25) and the dots (from 0.35)
+    constexpr double cutDistance = 0.3;  // in grid spacings from a mark's centre; marks end at 0.25, dots begin at 0.35
     geometry.cutDistance = cutDistance * gridSpacing;
     if (gridSpacing <= 0.0) {
         return geometry;

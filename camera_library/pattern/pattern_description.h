@@ -14,8 +14,8 @@ namespace lmlib64 {
 struct PatternDescription {
     const PatternType *type = nullptr;  // set in every description
     std::string typeName;               // "Type" as given; empty if there is none
-    double gridSpacing = 0.0;           // 0: the pattern has no extent yet
-    double thickness = 0.0;             // of the plate
+    double gridSpacing = 0.0;           // 0: the pattern has no extent
+    double thickness = 0.0;             // of the board that carries the print
     bool polarity = true;               // false: dark and light exchanged
     std::array<int, 2> gridSize{};      // lattice points: inner corners, or marks
     // "Offset". Empty if the type has no "Offset", and for a plate whose "Offset" is not given.

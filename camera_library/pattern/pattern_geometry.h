@@ -6,8 +6,8 @@
 //
 // A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole. A mark is one
 // more shape, whether its square is dark or light. An output makes one path of all shapes and fills it by the even-odd
-// rule. Then no two shapes need a common edge, and the picture has no seams. Shapes may touch but do not cross.
-// shape_nesting.h finds the shapes that are holes.
+// rule. So a dark area with a hole is not put together from pieces with common edges, at which the picture would have
+// seams. Shapes may touch but do not cross. shape_nesting.h finds the shapes that are holes.
 #pragma once
 
 #include <vector>

@@ -91,8 +91,9 @@ struct DecodedBlock {
 // - Up to 4 unknown bits, and one wrong byte or any two wrong bits.
 // - Up to 10 unknown bits, and one wrong bit.
 // - Up to 16 unknown bits (such as two lost bytes), and no wrong bit.
-// Within these limits, random bits are accepted as a block less than once in 1,000,000 times. The result is empty if no
-// such repair gives a block, if more than one block is possible, or if the carrier cannot hold the content.
+// Within these limits, random bits are accepted as a block less than once in 1,000,000 times. A repair counts only if
+// the carrier can hold the content of the repaired block. The result is empty if no repair counts, if repairs that
+// count give different blocks, or if the known bits leave several values for the unknown ones.
 std::optional<DecodedBlock> decodeBlock(std::uint64_t bits, std::uint64_t unknown, BlockCarrier carrier);
 
 // The column and row, 0 to 7, of a bit in the 8 x 8 grid of a block. A byte is 2 columns wide and 4 rows high.

@@ -37,7 +37,8 @@ bool tileBit(int tile, int column, int row) {
 }
 
 OffsetRange offsetRangeForCorners(int count) {
-    // Corner i lies to the right of square i, so the first square is i + 1 squares to the left of the origin.
+    // The central corner, number i, lies at the right edge of square i, so the pattern begins i + 1 squares to the left
+    // of it. With the offset 0, the central corner lies on planeOrigin.
     const int first = planeOrigin - 1 - centralCorner(count);
     return {-first, planeSide - (count + 1) - first};
 }
