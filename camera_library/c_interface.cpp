@@ -36,8 +36,8 @@ std::string_view textOf(const char *text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// Returns the text that was last returned to the calling thread. The text is freed when the thread ends. If the
-// destructor of a static object calls this function after the text has been freed, a new text is made.
+// Returns the string that holds the text last returned to the calling thread. The string is freed when the thread ends.
+// If the destructor of a static object calls this function after that, a new string is made.
 std::string &returnedText() {
     struct Release {
         std::string **text = nullptr;

@@ -24,8 +24,8 @@
 //   library. A client may have been built with a header of another version.
 // Results. The first parameter of every function points to a result code, which the function always sets; the pointer
 //   may be null. If a function sets any code other than LmLibResultOperationSucceeded, the tree is unchanged, and every
-//   value that the function returns or writes through pointers is 0 or null. A null path or text counts as the empty
-//   text.
+//   value that the function returns or writes through pointers is 0 or null. LmLibResultInternalError means that
+//   memory ran out or that the library has a fault. A null path or text counts as the empty text.
 // Texts. Texts are NUL-terminated strings of char, and the library does not change their bytes. File names are in the
 //   system's local 8-bit encoding, and names in the catalogue are in UTF-8. Returned texts belong to the library and
 //   stay valid until the calling thread's next call into the library.
@@ -74,7 +74,7 @@ extern "C" {
 // The greatest number of bytes in a text that lmLibSetJson reads.
 #define LMLIB_MAXIMUM_JSON_SIZE 16777216
 
-// Result codes.
+// Result codes. This library sets only those that the comments in this file mention.
 enum LmLibResult {
     LmLibResultOperationSucceeded = 0,
     LmLibResultItemProtected = 1,

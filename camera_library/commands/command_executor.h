@@ -28,8 +28,8 @@ public:
     // too and fails when its turn comes. Returns the codes of Tree::write.
     LmLibResult start(std::string_view slot, std::string_view command);
 
-    // Ends every wait, waits for the running command, drops the commands that have not started, ends the thread and
-    // resets the tree. A command that another thread starts in the meantime is dropped too.
+    // Ends every wait in Tree::waitForType, waits for the running command, drops the commands that have not started,
+    // ends the thread and resets the tree. A command that another thread starts in the meantime is dropped too.
     void finalize();
 
     // Does the same as finalize, but does not end the waits and does not reset the tree.

@@ -37,7 +37,8 @@ public:
     std::optional<std::array<double, 2>> numberPair(std::string_view name, NumberRange range) const;
     std::optional<std::array<int, 2>> integerPair(std::string_view name, NumberRange range) const;
 
-    // `required` describes the allowed values, such as "a number from 0 to 1000 mm".
+    // Throw the failure for a parameter that is missing, and for one that is present but has a value that is not
+    // allowed. `required` describes the allowed values, such as "a number from 0 to 1000 mm".
     [[noreturn]] void failMissing(std::string_view name, const std::string &required) const;
     [[noreturn]] void failValue(std::string_view name, const std::string &required) const;
 

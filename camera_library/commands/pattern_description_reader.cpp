@@ -119,8 +119,8 @@ PatternDescription readPatternDescription(const ParameterReader &reader, bool en
     for (const PatternParameter parameter : type.parameters) {
         readParameter(reader, parameter, board, description);
     }
-    // The code of a pattern that is cut out of the plane always holds an offset, so an absent "Offset" becomes 0, 0.
-    // The code of a plate holds an offset only if "Offset" is given.
+    // The marks of a pattern that is cut out of the code's plane always show its offset, so an absent "Offset" becomes
+    // 0, 0. The code of a plate holds an offset only if "Offset" is given.
     if (type.codeCarrier == CodeCarrier::Plane && !description.offset) {
         description.offset = {0.0, 0.0};
     }

@@ -7,8 +7,8 @@
 //   "Filename"    string in the local 8-bit encoding; its ending, in upper or lower case, selects a format of
 //                 output/file_formats.cpp. The formats .svg, .png and .dxf have one page per file and write a document
 //                 of several pages to numbered files: name-00.svg, name-01.svg, ...
-//   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file; it does not change other files. The
-//                 picture has at most 65,535 pixels along each side
+//   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file, which has at most 65,535 pixels along
+//                 each side. No other file is drawn differently
 //   "PrintScale"  two numbers, 0.9 to 1.1, for x and y: the printed length divided by the true length, as measured on a
 //                 print made at 100 %. All lengths in a file are divided by this number, so that the next print has the
 //                 true size. Captions and the pattern file state the sizes of the finished print. Previews do not
@@ -21,8 +21,8 @@
 //                 sheets. The page before the sheets shows how to put them together
 //   "Patterns"    array of 1 to 64 objects
 //
-// At least one of "ImageSize" and "Filename" must be given. Every pattern has these parameters; lengths are in
-// millimetres:
+// At least one of "ImageSize" and "Filename" must be given. A pattern can have these parameters; each type of pattern
+// has only those that pattern/pattern_types.cpp lists for it. Lengths are in millimetres:
 //
 //   "Type"             type of a catalogue board, "SingleCustom", "Flexible" or "Assembly"; if absent, the pattern is
 //                      the Halcon-style plate
@@ -34,15 +34,17 @@
 //   "Polarity"         boolean, default true; false exchanges dark and light
 //   "Encoding"         boolean, default true; false draws this pattern without its code
 //
-// pattern/pattern_types.cpp lists the parameters of each type. A pattern carries its code if its own "Encoding" and the
-// command's are both true. The code of a plate holds the offset if "Offset" is given, otherwise the grid spacing and
-// the thickness. A value that the code cannot hold is refused:
+// A pattern carries its code if its own "Encoding" and the command's are both true. The code of a Halcon-style plate
+// holds the offset if "Offset" is given, otherwise the grid spacing and the thickness. If a pattern carries its code, a
+// value that the code cannot hold is refused:
 // - The grid spacing must be a multiple of 0.01 mm and at most 130 mm.
 // - The thickness must be a multiple of 0.01 mm.
-// - Plates with an "Offset" and Flexible patterns are exempt from both rules, because their code holds neither value.
+// - Flexible patterns, and Halcon-style plates with an "Offset", are exempt from both rules, because their code holds
+//   neither value.
 // - The offset of a Flexible pattern must be a multiple of half the grid spacing, to within 0.005 mm, and the pattern
 //   must lie inside the code's plane.
-// - The offset of a plate must be -128 to 127 grid spacings.
+// - The offset of a Halcon-style plate must be a multiple of the grid spacing, to within 0.005 mm, and from -128 to 127
+//   grid spacings.
 //
 // Any other parameter is refused, because a misspelled name would otherwise print a wrong target. A pattern with a grid
 // spacing of 0 has no extent. Such a pattern is allowed only if no file is written.

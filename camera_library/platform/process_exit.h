@@ -5,7 +5,8 @@ namespace lmlib64 {
 
 // Registers an action that is called when the process exits or the library is unloaded. At that time, the library's
 // thread still runs and everything that it uses still exists. On Windows, the function does nothing, because there the
-// exit ends the thread first. Must be called from within the library.
+// exit ends the thread first. Call this only from code that is linked into the library, because the action runs when
+// the binary that registered it is unloaded.
 void callAtExit(void (*action)());
 
 }  // namespace lmlib64

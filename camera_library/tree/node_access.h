@@ -13,8 +13,8 @@ namespace lmlib64 {
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
 // Puts the value at the path and makes the objects and arrays on the way. Leaves the previous value in `value`, or null
-// if there was none. Returns the same errors as findNode, except that the node may be absent. Returns
-// LmLibResultItemPathInvalid if an index is beyond the end of its array.
+// if there was none. Returns LmLibResultItemTypeNotCompatible in the same cases as findNode. Returns
+// LmLibResultItemPathInvalid if an index is greater than the number of elements of its array.
 LmLibResult placeNode(Node &root, const Path &path, Node &value);
 
 // Removes the node and leaves it in `removed`. Returns the same errors as findNode. The path must not be the root.
