@@ -1,6 +1,6 @@
-# Settings for the compilers and the folders of the results. The build tree has the layout of an installation, so that
-# paths relative to the program are valid in both. If this project is part of another project, the settings apply only
-# to this project's own folders.
+# Settings for the compilers, and the folders into which everything is built. The build tree has the layout of an
+# installation, so that paths relative to the program are valid in both. If this project is part of another project, the
+# settings apply only to this project's own folders.
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -39,7 +39,8 @@ if(MSVC)
 endif()
 
 # GNU ld for Windows searches an archive, or an import library, only for symbols that earlier files need. If an archive
-# needs other archives, CMake puts these at the end. So the libraries must be searched as a group.
+# needs other archives, CMake puts these at the end, after an import library that they may need. So all libraries are
+# searched as a group, that is, repeatedly.
 if(MINGW)
   foreach(language IN ITEMS C CXX)
     string(REPLACE "<LINK_LIBRARIES>" "-Wl,--start-group <LINK_LIBRARIES> -Wl,--end-group"
@@ -61,7 +62,8 @@ if(LMCALTAB_SANITIZE)
   endif()
 endif()
 
-# A sanitized build makes only those benchmarks that its tests run. clang-tidy reports clang's warnings about the others.
+# A sanitized build makes only those benchmarks that its tests run. .ci/run does not compile the others with clang, but
+# clang-tidy reports clang's warnings about them.
 if(LMCALTAB_SANITIZE)
   set(LMCALTAB_BENCH_ONLY_IF_USED EXCLUDE_FROM_ALL)
 endif()

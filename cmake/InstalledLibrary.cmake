@@ -1,4 +1,4 @@
-# Functions that install a target. They install nothing unless LMCALTAB_INSTALL is on.
+# Functions for the targets that are installed. They install nothing unless LMCALTAB_INSTALL is on.
 include(CMakePackageConfigHelpers)
 
 function(lmcaltab_install_program target)

@@ -1,5 +1,5 @@
 # The warnings for our own code. Targets link this privately. A switch that lacks a value of its enumeration is an error
-# in every build, so that the compiler names every switch that a new value concerns.
+# in every build, so that after a value has been added, the compiler names every switch that must handle it.
 add_library(lmcaltab_warnings INTERFACE)
 if(MSVC)
   target_compile_options(lmcaltab_warnings INTERFACE /W4 /we4062 $<$<BOOL:${LMCALTAB_WARNINGS_AS_ERRORS}>:/WX>)
