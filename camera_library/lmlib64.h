@@ -20,8 +20,8 @@
 //   function gives LmLibResultItemTypeNotCompatible.
 // Protected nodes. The root, /Path and every node below /Path belong to the library. Writing or erasing any of them
 //   gives LmLibResultItemProtected. /Path/Manual is the folder of the manual and /Path/Application/LmView is the file
-//   of the viewer. Both are absolute paths, and neither needs to exist. /Path/Version is the LMLIB_VERSION of the
-//   library. A client may have been built with a header of another version.
+//   of the viewer. Both are absolute paths, and neither needs to exist. /Path/Version is the LMLIB_VERSION with
+//   which the library was built. It can differ from that of the header with which the client was built.
 // Results. The first parameter of every function points to a result code, which the function always sets; the pointer
 //   may be null. If a function sets any code other than LmLibResultOperationSucceeded, the tree is unchanged, and every
 //   value that the function returns or writes through pointers is 0 or null. LmLibResultInternalError means that
@@ -172,7 +172,8 @@ LMLIB64_API int32_t lmLibGetCount(int32_t *result, const char *path);
 // Returns the name of the node: the last part of its path, without a backslash. The name of the root is empty.
 LMLIB64_API const char *lmLibGetName(int32_t *result, const char *path);
 
-// Removes the node and everything below it. The elements after an erased element of an array move up.
+// Removes the node and everything below it. The index of each element after an erased element of an array becomes
+// lower by 1.
 LMLIB64_API void lmLibErase(int32_t *result, const char *path);
 
 // Makes a new empty object below the parent and returns its path. The object's name consists of `baseName`, an

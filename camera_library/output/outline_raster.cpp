@@ -81,8 +81,8 @@ private:
         return static_cast<std::int32_t>(static_cast<std::uint64_t>(x) / slopeGrain);
     }
 
-    // Adds the changes of area that a piece of the edge within the row causes. The piece may lean to the left or to the
-    // right; the changes are the same.
+    // Adds the changes of area that a piece of the edge within the row causes. The piece reaches from `left` to `right`
+    // and is `height` parts high. The changes do not depend on whether its upper end is the left or the right one.
     void addPiece(std::int32_t left, std::int32_t right, std::uint32_t height, std::uint32_t *changes) const {
         const std::uint32_t column = static_cast<std::uint32_t>(left) / pixelUnits;
         auto start = static_cast<std::int32_t>(column * pixelUnits);
