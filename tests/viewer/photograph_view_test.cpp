@@ -197,7 +197,7 @@ void PhotographViewTest::keepsMarksOnThePicture_data() {
     QTest::newRow("reduced") << -300;
     QTest::newRow("fitted") << 0;
     QTest::newRow("enlarged") << 900;
-    QTest::newRow("pixels seen") << 1800;
+    QTest::newRow("enlarged until single pixels are seen") << 1800;
 }
 
 void PhotographViewTest::keepsMarksOnThePicture() {
