@@ -30,7 +30,8 @@ for program in LmView calibrate_cameras draw_pattern read_pattern; do
   ldd "$tree/bin/$program" | grep "$build" && fail "$program uses the build tree"
   "$program" --version >/dev/null || fail "$program does not start"
 done
-ldd "$tree/bin/LmCalTab" | grep -E "libopencv|libceres|$build" && fail "LmCalTab links what it must not"
+ldd "$tree/bin/LmCalTab" | grep -E "libopencv|libceres|$build" &&
+  fail "LmCalTab links OpenCV, Ceres or a file of the build tree"
 
 # PatternReader and Calibration export the public names and nothing else. check_exports.cmake checks LmLib64.
 for library in PatternReader Calibration; do
@@ -73,17 +74,18 @@ for picture in $(sed -n 's,.*@LMCALTAB_SCREENSHOT_URL@/\(.*\)</image>,\1,p' "$sc
   [ -f "$source/manual/pages/images/$picture" ] || fail "no screenshot $picture"
 done
 
-[ "$(cat "$libraries"/cmake/*/*Targets.cmake | grep -c 'SPDX_LICENSE "MIT"')" = 3 ] || fail "no licence in the targets"
+[ "$(cat "$libraries"/cmake/*/*Targets.cmake | grep -c 'SPDX_LICENSE "MIT"')" = 3 ] || fail "a target states no licence"
 # Other projects find the tree and use it: with CMake, with pkg-config and from the shell.
 cmake -G Ninja -S "$source/examples" -B examples -DCMAKE_PREFIX_PATH="$tree" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_BUILD_TYPE=Debug >log 2>&1 || { cat log; exit 1; }
 cmake --build examples >log 2>&1 || { cat log; exit 1; }
 export PKG_CONFIG_PATH="$libraries/pkgconfig"
 for module in lmlib64 patternreader calibration; do
-  [ "$(pkg-config --modversion $module)" = "$(draw_pattern --version | sed 's/.* //')" ] || fail "version of $module.pc"
+  [ "$(pkg-config --modversion $module)" = "$(draw_pattern --version | sed 's/.* //')" ] ||
+    fail "$module.pc and draw_pattern have different versions"
 done
 eval "cc $source/examples/draw_target.c -o with_pkg_config $(pkg-config --cflags --libs lmlib64)"
-LD_LIBRARY_PATH=$libraries ./with_pkg_config >/dev/null || fail "the program built with pkg-config"
+LD_LIBRARY_PATH=$libraries ./with_pkg_config >/dev/null || fail "the program built with pkg-config ended with an error"
 
 "$source/examples/draw_targets.sh"
 [ "$(ls targets | wc -l)" = 8 ] || fail "draw_targets.sh wrote: $(ls targets)"

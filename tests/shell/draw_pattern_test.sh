@@ -39,7 +39,7 @@ draws '"Type":"Flexible","GridSize":[15,9],"GridSpacing":25,"Thickness":0,"Offse
   flexible --size 15x9 --grid-spacing 25 --offset -12.5,37.5
 draws '"Type":"Assembly","AssemblyPattern":4,"GridSpacing":12,"Thickness":0,"Polarity":true' \
   assembly --patterns 5 --grid-spacing 12
-[ "$(grep -c AssemblyPattern.:.[0-4], first.json)" = 5 ] || fail "not five patterns of an assembly"
+[ "$(grep -c AssemblyPattern.:.[0-4], first.json)" = 5 ] || fail "the file does not list five patterns of an assembly"
 draws '"GridSpacing":8,"Thickness":0,"Offset":[16,-8],"Polarity":true,"Encoding":true' \
   halcon --grid-spacing 8 --offset 16,-8
 draws '"GridSpacing":8,"Thickness":0,"Polarity":true,"Encoding":true' \
@@ -114,6 +114,6 @@ says err 'draw_pattern: The file "absent/no.pdf" could not be written'
 for call in --list --help; do
   code=0
   "$draw_pattern" $call >/dev/full 2>err || code=$?
-  [ "$code" = 1 ] || fail "$call to a full output ended with $code"
+  [ "$code" = 1 ] || fail "draw_pattern $call with a full standard output ended with $code"
   says err 'draw_pattern: Standard output cannot be written.'
 done
