@@ -32,7 +32,7 @@ protected:
     }
 };
 
-// Returns the number of lines in the debug log. Every exception writes one line.
+// Returns the number of lines that were written to the debug log. Every LmLibException writes one line when it is made.
 std::ptrdiff_t loggedCount() {
     const Lines lines = scripted_lmlib64::callLines();
     return std::count_if(lines.begin(), lines.end(), [](auto &line) { return line.rfind("lmLibWriteDebug", 0) == 0; });
@@ -148,7 +148,7 @@ TEST_F(TreeItemTest, readsNullTextsAsEmpty) {
     EXPECT_EQ(item.makeUniqueItem("x").path(), "");
 }
 
-TEST_F(TreeItemTest, readsUncheckedTextsWithoutAskingForAResult) {
+TEST_F(TreeItemTest, readsUncheckedTextsWithoutAskingForTheResultCode) {
     EXPECT_EQ(TreeItem("/A")["text"].asStringUnchecked(), "moin");
     EXPECT_EQ(TreeItem("/A")["number"].asStringUnchecked(), "");
     EXPECT_EQ(TreeItem("/absent").asStringUnchecked(), "");
@@ -180,7 +180,7 @@ TEST_F(TreeItemTest, returnsTheDefaultForAMissingValueButThrowsIfTheTypeQueryFai
     }
 }
 
-TEST(LmLibExceptionTest, writesOneDebugLine) {
+TEST(LmLibExceptionTest, writesOneDebugLineAlsoIfItIsCopied) {
     scripted_lmlib64::reset();
     const LmLibException exception("/A", LmLibResultItemInexistent, nullptr);
     const LmLibException copy = exception;

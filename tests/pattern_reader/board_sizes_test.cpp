@@ -48,7 +48,7 @@ struct DrawnBoard {
             for (int x = 0; x < side(); x++) {
                 const double dx = x - side() / 2.0;
                 const double dy = y - side() / 2.0;
-                // The grey level of a pixel is sampled in a tiny square of the paper, far smaller than the pixel.
+                // A pixel is as dark as the paper at its centre. inkShare() needs an area, so it gets a tiny one there.
                 const cv::Point2d p(u * dx + v * dy + middle(), u * dy - v * dx + middle());
                 const double tiny = 1e-4 / pixels;
                 const double ink = target.inkShare(

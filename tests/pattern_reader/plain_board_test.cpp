@@ -12,8 +12,8 @@ using namespace pattern_reader;
 
 constexpr double square = 24;  // pixels, in the drawing
 
-// Returns a drawing of a board with this number of inner corners. The board's first corner is at (2, 2) squares, and
-// its top-left square is dark.
+// Returns a drawing of a board with this number of inner corners and a margin of one square. The board's top-left
+// square is dark.
 cv::Mat drawBoard(cv::Size corners) {
     cv::Mat image(int(square) * (corners.height + 3), int(square) * (corners.width + 3), CV_8U, cv::Scalar(230));
     for (int y = 0; y <= corners.height; y++) {

@@ -125,8 +125,8 @@ TEST(PositionIndex, countsTheCellsThatCarryPosition) {
     EXPECT_EQ(location->place, maker.place);
     EXPECT_EQ(location->disagreeing, 1);
     EXPECT_EQ(location->agreeing, carriesPosition(lost.column, lost.row) ? 190 : 191);
-    // The probability that at most one of n random bits disagrees with a place is (1 + n) / 2^n. There are 369,000
-    // places.
+    // The probability that at most one of n random bits disagrees with a place is (1 + n) / 2^n. In all four
+    // orientations together, there are 369,000 places.
     const int count = location->agreeing + 1;
     EXPECT_NEAR(location->chanceLog10, 5.567 + std::log10(1 + count) - count * 0.30103, 0.01);
 }

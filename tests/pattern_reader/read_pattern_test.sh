@@ -49,7 +49,8 @@ says out '"kind": "tile"'
 says out '"object": \['
 
 ends 0 --lines --jobs 2 a.png b.png a.png
-[ "$(grep -c '^{"file":"[ab].png",.*"kind":"tile".*}$' out)" = 3 ] || fail "not three lines: $(cat out)"
+[ "$(grep -c '^{"file":"[ab].png",.*"kind":"tile".*}$' out)" = 3 ] ||
+  fail "the output is not one line for each of the three pictures: $(cat out)"
 
 ends 0 --draw drawn.png a.png
 cmp -s drawn.png a.png && fail "nothing was drawn"
@@ -65,5 +66,5 @@ says out '"kind": "tile"'
 
 code=0
 "$read_pattern" a.png >/dev/full 2>err || code=$?
-[ "$code" = 1 ] || fail "a full output ended with $code"
+[ "$code" = 1 ] || fail "read_pattern with a full standard output ended with $code"
 says err 'Standard output cannot be written.'

@@ -51,7 +51,7 @@ class Drawing(unittest.TestCase):
         moved = lmlib64.read_patterns(drawn(offset=(50, -25)))[0].lattice - lmlib64.read_patterns(usual)[0].lattice
         self.assertTrue((moved == [4, -2]).all(), moved)
 
-    def test_raises_the_librarys_texts(self):
+    def test_raises_errors_with_the_librarys_texts(self):
         with self.assertRaisesRegex(ValueError, r'"GridSize" is \[5, 900\]; it must be') as caught:
             lmlib64.draw("flexible", size=(5, 900), grid_spacing=10, image_size=100)
         self.assertEqual(caught.exception.symbol, "InvalidParameter")
@@ -76,6 +76,7 @@ class Drawing(unittest.TestCase):
         drawing = threading.Thread(target=lambda: lmlib64.draw("flexible", size=(91, 91), grid_spacing=5,
                                                                image_size=8000))
         drawing.start()
+        # If drawing held the interpreter's lock, this thread would get hardly any turns.
         turns = 0
         while drawing.is_alive():
             time.sleep(0.001)
@@ -93,7 +94,7 @@ class Drawing(unittest.TestCase):
 
 
 class Reading(unittest.TestCase):
-    def test_gives_points_of_picture_and_object(self):
+    def test_gives_image_points_and_object_points(self):
         [reading] = lmlib64.read_patterns(board_picture(), grid_spacing=25)
         self.assertEqual((reading.kind, reading.image_points.shape, reading.object_points.shape),
                          ("plane", (63, 2), (63, 3)))
@@ -104,7 +105,7 @@ class Reading(unittest.TestCase):
         self.assertEqual((tile.tile, tile.values), (0, {"grid_spacing": 12.0, "thickness": 2.0}))
         self.assertEqual(tuple(numpy.ptp(tile.object_points, axis=0)), (84, 84, 0))
 
-    def test_takes_sizes_from_boards_and_files(self):
+    def test_takes_lengths_from_the_board_or_a_pattern_file(self):
         plain = lmlib64.draw("flexible", size=(9, 7), grid_spacing=25, image_size=600, plain=True)
         with tempfile.TemporaryDirectory() as folder:
             file = lmlib64.draw("flexible", size=(9, 7), grid_spacing=40, file=pathlib.Path(folder) / "target.json")
@@ -118,7 +119,7 @@ class Reading(unittest.TestCase):
                     self.assertEqual(tuple(numpy.ptp(reading.object_points, axis=0)), extent)
                     self.assertEqual(tuple(numpy.ptp(reading.lattice, axis=0)), (8, 6))
 
-    def test_takes_every_layout_of_a_picture(self):
+    def test_reads_pictures_of_every_layout_and_type(self):
         picture = board_picture()
         expected = lmlib64.read_patterns(picture)[0].image_points
         large = numpy.full((picture.shape[0] + 40, 900), 77, numpy.uint8)
@@ -136,7 +137,7 @@ class Reading(unittest.TestCase):
             with self.subTest(name):
                 self.assertLess(abs(lmlib64.read_patterns(layout)[0].image_points - expected).max(), tolerance)
 
-    def test_refuses_other_pictures(self):
+    def test_refuses_other_arrays_and_absent_pattern_files(self):
         for picture, error in ((numpy.zeros((9, 9)), TypeError), (numpy.zeros(9, numpy.uint8), ValueError),
                                (numpy.zeros((9, 9, 2), numpy.uint8), ValueError),
                                (numpy.zeros((0, 9), numpy.uint8), ValueError)):

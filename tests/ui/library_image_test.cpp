@@ -118,7 +118,7 @@ TEST(LibraryImage, scalesRoundsAndClampsValues) {
 TEST(LibraryImage, turnsThenMirrors) {
     const struct {
         bool mirrorHorizontally, mirrorVertically, rotate180;
-        int quarterTurns;
+        int quarterTurns;    // clockwise; a negative number turns nothing
         const char *values;  // the result for "1 2 3 4 / 5 6 7 8"
     } rows[] = {
         {false, false, false, 0, "1 2 3 4 / 5 6 7 8"},     {true, false, false, 0, "4 3 2 1 / 8 7 6 5"},
