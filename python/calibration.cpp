@@ -47,7 +47,8 @@ void addPhotograph(const Rows &object, const Rows &image, const Rows *sigmas, Pr
     requireRows(image, 2, "image_points");
     if (object.shape(0) != image.shape(0) ||
         (sigmas != nullptr && (sigmas->ndim() != 1 || sigmas->shape(0) != image.shape(0)))) {
-        throw py::value_error("Every photograph needs as many object points, and sigmas if any, as image points.");
+        throw py::value_error(
+            "Every photograph needs one object point for each image point, and one sigma if sigmas are given.");
     }
     const int photograph = int(observations.photographs.size());
     observations.photographs.push_back({"photograph " + std::to_string(photograph), 0, photograph});

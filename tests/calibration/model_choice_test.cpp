@@ -31,7 +31,7 @@ TEST(PreferredModel, isTheSimplestThatIsNotClearlyWorse) {
                  {{3, 3.1, 3, 2.9, 3, 3}, {1.0, 1.1, 0.9, 1.0, 1.1, 1.0}, {1.0, 0.9, 1.0, 1.1, 1.0, 1.0}},
                  all,
                  1},
-             Row{"one photograph is blurred in every model",
+             Row{"one photograph is blurred, so its error is large in every model",
                  {{1.5, 1.6, 1.4, 1.5, 1.7, 7}, {1.0, 1.1, 0.9, 1.0, 1.2, 25}},
                  all,
                  1},
