@@ -163,7 +163,7 @@ class Reading:
     disturbed: _Array  # (N,), True if the picture does not look like a corner there
     angle: float  # from the picture's x axis to the pattern's x axis, in degrees clockwise
     orientations: int  # number of possible orientations; more than 1 only for plain boards
-    # What the pattern encodes: grid_spacing, thickness, offset, assembly_pattern.
+    # What the pattern encodes: grid_spacing, thickness, offset, assembly_pattern. None if that could not be read.
     values: typing.Optional[typing.Dict[str, typing.Any]]
     # 1 minus the probability that the reading is due to chance; for "board", the share of its corners that were seen.
     confidence: float

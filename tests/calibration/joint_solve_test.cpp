@@ -29,8 +29,8 @@ TEST(JointSolve, findsLensesRigPosesAndShapesFromCornersAlone) {
     for (const Sighting &sighting : scene.observations.sightings) {
         corners += int(sighting.corners.size());
     }
-    EXPECT_NEAR(*cost / corners, 1,
-                0.1);  // the cost is half the sum of squares, and a corner has two residuals of variance 1
+    // The cost is half the sum of the squared residuals, and a corner has two residuals of variance 1.
+    EXPECT_NEAR(*cost / corners, 1, 0.1);
     for (size_t camera = 0; camera < 2; camera++) {
         const Eigen::VectorXd error = estimate.intrinsics[camera] - scene.truth.intrinsics[camera];
         EXPECT_LT(error.head<4>().cwiseAbs().maxCoeff(), 0.25) << error.transpose();
