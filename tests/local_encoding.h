@@ -1,4 +1,4 @@
-// While an object of this class exists, the local 8-bit encoding is ISO-8859-15, where the byte A4 is the euro sign.
+// While an object of this class exists, Qt's local 8-bit encoding is ISO-8859-15, where the byte A4 is the euro sign.
 // Code that takes this byte for UTF-8 or Latin-1 gets another text.
 #pragma once
 

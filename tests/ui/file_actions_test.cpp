@@ -94,6 +94,7 @@ TEST_F(SavePatternsTest, writesEveryPatternOfAnAssemblyAndOneOfAnyOtherType) {
                  << "lmLibSetBool " + item + "Polarity true";
     }
     expected << recorded_calls::runCalls("GenerateCalibrationPattern") << "lmLibErase $";
+    // Earlier commands of the window used the slots 1 to 4, and the change of the page below uses slot 6.
     EXPECT_EQ(recorded_calls::all(), recorded_calls::inSlot(5, expected));
     savePage(1);
     EXPECT_EQ(recorded_calls::all().filter("/Type "),

@@ -1,5 +1,6 @@
-// Tests the texture of prints. The texture is drawn as seen from straight above, and the drawing is read like a
-// photograph. The reader must find in the drawing what was printed.
+// Tests the texture of prints, which is the list of shapes with which the viewer draws a print. The texture is drawn as
+// seen from straight above, and the drawing is read like a photograph. The reader must find in the drawing what was
+// printed.
 #include <QImage>
 #include <QPainter>
 #include <QtTest>

@@ -278,7 +278,7 @@ void ResultViewsTest::drawsTheNextPhotograph() {
     next.uncertaintyAfter = 0.25;
     next.text = "Hold pattern 7 to the left.";
     known.calibration->next = next;
-    known.result.textures[0].clear();
+    known.result.textures[0].clear();  // the view must draw the texture of print 1
     NextPhotographView view;
     view.setResult(known.make());
     view.resize(600, 480);
@@ -298,7 +298,7 @@ void ResultViewsTest::drawsTheNextPhotograph() {
     QVERIFY2(left > 3000 && right < left / 10, qPrintable(QString("%1 and %2 pixels").arg(left).arg(right)));
 }
 
-// The frame is shown at half its width, and the view is higher than the frame.
+// The frame is shown at half its size, in the middle of a view that is 100 pixels higher than that.
 void ResultViewsTest::marksTheCornersOfALiveFrame() {
     LiveFrame frame;
     frame.size = {1200, 900};
