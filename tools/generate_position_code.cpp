@@ -1,6 +1,6 @@
-// Makes the bits of the position code and writes the two files that position_code.cpp includes. Reports the time and
-// the number of squares that were filled again on standard error. The bits are frozen as pattern version 1. The program
-// is kept only to show how the bits were made; it makes the same bits on every machine.
+// Makes the bits of the position code and writes the two files that position_code.cpp includes. Reports on standard
+// error how long this takes and how many squares were filled again. The bits are frozen as pattern version 1. The
+// program is kept only to show how the bits were made; it makes the same bits on every machine.
 //
 // A window is a part of the code with 5 x 5 to 8 x 8 squares. Two windows are too similar if they differ, in any of
 // their orientations, in fewer bits than planeWindowDistance() or tileWindowDistance() requires. The squares of the
