@@ -2,9 +2,9 @@
 //
 //   grey = M(d) + A(d) * erf(a / (sqrt 2 * blur)) * erf(b / (sqrt 2 * blur))
 //
-// a and b are the distances from the two borders, and d is the vector from the corner. M, the middle grey, and A, the
-// amplitude, are linear functions of d, because the light changes about linearly. The caller passes the directions and
-// bends of the borders, because the lattice determines them far better than a few pixels can.
+// a and b are the signed distances from the two borders, and d is the vector from the corner. M, the middle grey, and
+// A, the amplitude, are linear functions of d, because the light changes about linearly. The caller passes the
+// directions and bends of the borders, because the lattice determines them far better than a few pixels can.
 //
 // An error of the model that stays the same after half a turn about the corner does not move the fitted position. The
 // position is therefore right for any blur with this symmetry, such as the disc of a defocused lens. Such an error of
@@ -35,9 +35,9 @@ struct CornerFit {
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels
-    float noise = 0;  // standard deviation of a pixel, grey levels; from the errors that change sign after half a turn
-    float sigma = 0;  // standard deviation of the position along one axis, pixels
-    int pixels = 0;   // number of pixels in the window
+    float noise = 0;             // standard deviation of a pixel, estimated as described above, grey levels
+    float sigma = 0;             // standard deviation of the position along one axis, pixels
+    int pixels = 0;              // number of pixels in the window
 };
 
 // The light and blur of a corner as its surroundings predict them.
@@ -56,10 +56,11 @@ struct CornerPrior {
 
 enum class CornerParameters { Position, PositionAndBlur };
 
-// Fits the model with uniform light to a disc of pixels around the corner, in at most `steps` steps. `radius` is in
-// pixels. The fit starts from the position and the blur in `fit`. False if the position moves away from the start by
-// more than 0.8 pixels and by more than half the radius, if the parameters are not determined, or if the disc leaves
-// the picture.
+// Fits the model with uniform light to a disc of pixels around the corner, in at most `steps` steps. Fits the grey
+// levels and the parameters that `free` names, and sets `residual`. `radius` is in pixels. The fit starts from the
+// values in `fit`. If the amplitude there is 0, the grey levels have no start values. False if the position moves away
+// from the start by more than 0.8 pixels and by more than half the radius, if the parameters are not determined, or if
+// the disc leaves the picture.
 bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radius, CornerParameters free, int steps,
                CornerFit &fit);
 

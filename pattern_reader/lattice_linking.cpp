@@ -59,6 +59,7 @@ Placed LatticeGrowth::neighbour(const Placed &from, size_t slot) const {
     const size_t axis = from.swapped ? 1 - slot % 2 : slot % 2;
     const int sign = from.axes[axis].dot(there.position - here.position) > 0 ? 1 : -1;
     to.cell = from.cell + (axis == 0 ? cv::Point(sign, 0) : cv::Point(0, sign));
+    // Neighbouring corners have light and dark exchanged, so border 0 of one lies along border 1 of the other.
     to.swapped = !from.swapped;
     for (size_t i = 0; i < 2; i++) {
         const cv::Point2f along = there.border[to.swapped ? 1 - i : i];

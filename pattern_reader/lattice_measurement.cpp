@@ -103,8 +103,8 @@ public:
     std::vector<CornerFit> measure(std::optional<float> knownBlur);
 
 private:
-    static constexpr size_t sampleCount = 24;
-    static constexpr float searchRadius = 7;   // pixels
+    static constexpr size_t sampleCount = 24;  // about so many corners are examined for the values of the whole board
+    static constexpr float searchRadius = 7;   // greatest radius of the disc for fitCorner, in the level's pixels
     static constexpr float leastBlur = 0.36F;  // least blur that a level can show, in the level's pixels
 
     size_t sampleStride() const { return std::max<size_t>(1, fits.size() / sampleCount); }
@@ -153,9 +153,10 @@ const ImageLevel &CornerMeasurement::searchLevel() const {
     return levels[number];
 }
 
-// Returns the level in which the corners are refined. Several levels may be about as exact as the best one. The
-// coarsest of these is taken, because it is the fastest. Longer borders in the window make a corner's position more
-// exact, and blur makes it less exact. In a coarser level, the larger pixels add to the blur.
+// Returns the level in which the corners are refined. `merit` tells how exact a level is: longer borders in the window
+// make a corner's position more exact, and blur makes it less exact. In a coarser level, the larger pixels add to the
+// blur. If several levels are about as exact as the best one, the coarsest of these is taken, because it is the
+// fastest.
 const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
     const float step = typicalStep();
     const auto merit = [&](const ImageLevel &level) {

@@ -79,7 +79,7 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     bool solved = false;
     const cv::Matx<double, count, count> inverse = matrix.inv(cv::DECOMP_CHOLESKY, &solved);
     // The inverse's first entry is the ratio of the prediction's variance to the variance of a single corner's
-    // position.
+    // position. It is large if all these trusted corners are on one side of the corner.
     if (seen < 2 * count || !solved || !(inverse(0, 0) < 4)) {
         return std::nullopt;
     }
