@@ -24,7 +24,7 @@ if(DEFINED ENV{DEBEMAIL})
 endif()
 set(CPACK_PACKAGE_CONTACT ${maintainer})
 
-# Every package gets its documents and compressed manual pages.
+# The script add_documents.cmake adds the documents to each package and compresses the manual pages.
 string(TIMESTAMP LMCALTAB_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(LMCALTAB_MAINTAINER ${maintainer})
 configure_file(packaging/debian/changelog.in ${PROJECT_BINARY_DIR}/packaging/changelog @ONLY)
@@ -32,7 +32,8 @@ set(CPACK_LMCALTAB_SOURCE ${PROJECT_SOURCE_DIR})
 set(CPACK_LMCALTAB_CHANGELOG ${PROJECT_BINARY_DIR}/packaging/changelog)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/add_documents.cmake)
 
-# debian_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION DEPENDS...)
+# debian_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION DEPENDS...): makes a package NAME from the files of an
+# install component.
 macro(debian_package component name section summary description)
   string(TOUPPER ${component} upper)
   list(APPEND CPACK_COMPONENTS_ALL ${component})

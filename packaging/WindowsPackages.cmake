@@ -48,7 +48,7 @@ set(CPACK_INSTALL_CMAKE_PROJECTS "")
 foreach(component IN ITEMS programs LmLib64 LmLib64Development)
   list(APPEND CPACK_INSTALL_CMAKE_PROJECTS ${PROJECT_BINARY_DIR} LmCalTab ${component} /)
 endforeach()
-# The folder of our NSIS.template.in; the one that comes with CMake asks for an administrator.
+# This folder has our NSIS.template.in. CMake takes it instead of its own, whose installer asks for an administrator.
 set(CPACK_MODULE_PATH ${PROJECT_SOURCE_DIR}/packaging/windows)
 set(CPACK_LMCALTAB_ICON ${PROJECT_SOURCE_DIR}/packaging/windows/lmcaltab.ico)
 set(CPACK_LMCALTAB_HAS_VIEWER 0)
