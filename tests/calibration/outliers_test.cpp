@@ -100,7 +100,7 @@ TEST_F(Outliers, areWholeSightingsWithFewGoodCorners) {
         EXPECT_EQ(std::count_if(decided.sightings[number].corners.begin(), decided.sightings[number].corners.end(),
                                 [](const SeenCorner &corner) { return corner.isUsed; }),
                   std::ptrdiff_t(row.isUsed ? row.corners - row.bad : row.corners))
-            << "a sighting that is left out keeps its corners";
+            << "if a sighting is left out, its corners stay marked as used";
         // If the sighting fits later, it is used again.
         scene = before;
         decided.sightings[number] = makeExact(number);

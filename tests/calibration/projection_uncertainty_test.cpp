@@ -110,7 +110,7 @@ TEST(ProjectionDifference, leavesOutWhatAMotionOfTheCameraExplains) {
     const PictureMap same = projectionDifference(camera, a, a, 500, mapColumns, mapRows);
     EXPECT_LT(*same.greatest(), 1e-9);
     const PictureMap other = projectionDifference(camera, a, b, infinitelyFar, mapColumns, mapRows);
-    EXPECT_GT(*other.greatest(), 0.3) << "in a wide one, it is not";
+    EXPECT_GT(*other.greatest(), 0.3) << "in a wide field of view, a shift is not a rotation";
     EXPECT_LT(*other.greatest(), std::hypot(1, 2));
 }
 
@@ -139,7 +139,7 @@ TEST(ProjectionDifference, fitsTheMotionOnlyToThePartsThatAreKnown) {
         const double shift = std::hypot(image[0].x - a(2) - pixel.x(), image[0].y - a(3) - pixel.y());
         EXPECT_NEAR(*weighted.at(x, y), shift, 0.02 + 0.05 * shift) << x << ", " << y;
     }
-    EXPECT_LT(*equal.at(0, 0), 0.7 * *weighted.at(0, 0)) << "with equal weights, a motion hides part of it";
+    EXPECT_LT(*equal.at(0, 0), 0.7 * *weighted.at(0, 0)) << "with equal weights, a motion hides part of the difference";
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ TEST(Raster, givesEachPixelTheShareOfItsAreaThatIsCovered) {
         Pixels expected;
     } cases[] = {
         {"nothing", {}, {255, 255, 255, 255}},
-        {"off the pixels", {{128, 64, 512, 512}}, {159, 64, 127, 0}},
+        {"edges within pixels", {{128, 64, 512, 512}}, {159, 64, 127, 0}},
         {"hole", {{0, 0, 512, 512}, {256, 0, 512, 256}}, {0, 255, 0, 0}},
         {"beyond the border", {{-900, -900, 9000, 256}}, {0, 0, 255, 255}},
     };
@@ -100,7 +100,7 @@ TEST(Raster, takesOutlinesOfEveryShapeAndDirection) {
     } cases[] = {
         {"no area", {{{0, 0}, {512, 0}}, {{9, 9}}, {}}, {255, 255, 255, 255}},
         {"diagonal half", {{{0, 0}, {512, 512}, {0, 512}}}, {127, 255, 0, 127}},
-        {"the same the other way round", {{{0, 512}, {512, 512}, {0, 0}}}, {127, 255, 0, 127}},
+        {"diagonal half, opposite direction", {{{0, 512}, {512, 512}, {0, 0}}}, {127, 255, 0, 127}},
         {"hole in the same pixel",
          {{{64, 0}, {512, 0}, {512, 512}, {64, 512}}, {{128, 0}, {128, 512}, {512, 512}, {512, 0}}},
          {191, 255, 191, 255}},

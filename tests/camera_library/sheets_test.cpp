@@ -109,7 +109,7 @@ TEST_F(Sheets, giveTheWholeBoardWhenTheyArePutTogether) {
     const SheetPlan plan = planSheets(checkerboard({15, 11}, 48, true), a4, {1, 1}).value();
     EXPECT_EQ(plan.count(), 4U);
     for (const double cut : {plan.cutsX[1], plan.cutsY[1]}) {
-        EXPECT_EQ(std::fmod(cut, 24.0), 0.0) << "not between squares";
+        EXPECT_EQ(std::fmod(cut, 24.0), 0.0) << "the cut is not between squares";
     }
     const cv::Mat expected = whole(pattern, plan);
     saveSheets(pattern, "sheet.png");

@@ -139,14 +139,14 @@ void LongUseTest::updatesLeaveNothingBehind() {
     }
     last = heldNow();
     const double grownMiB = static_cast<double>(last.bytes - first.bytes) / (1024.0 * 1024.0);
-    qInfo("%d updates with %d reports; memory grown by %.2f MiB after the first %d", updates, boxes, grownMiB, warmUp);
+    qInfo("%d updates with %d reports; after the first %d, memory grew by %.2f MiB", updates, boxes, warmUp, grownMiB);
     QVERIFY(pictures > updates / 4);
     // There may be fewer threads than at first, because some of the toolkit's threads may have ended.
     QVERIFY2(last.openFiles <= first.openFiles, qPrintable(QString::number(first.openFiles)));
     QVERIFY2(last.threads <= first.threads, qPrintable(QString::number(first.threads)));
     QCOMPARE(last.nodes, 0);
 #if defined(MEMORY_IS_MEASURED)
-    QVERIFY2(grownMiB < 1.0, qPrintable(QString("grown by %1 MiB").arg(grownMiB)));
+    QVERIFY2(grownMiB < 1.0, qPrintable(QString("memory grew by %1 MiB").arg(grownMiB)));
 #endif
 }
 

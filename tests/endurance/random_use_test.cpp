@@ -164,7 +164,7 @@ void RandomUseTest::keepsRespondingAndCanStillSave() {
         act();
         QVERIFY2(answers(), qPrintable(QString("after action %1").arg(actions)));
     }
-    qInfo("%d actions in %d s; the longest wait was %lld ms; %d files saved on the way", actions, seconds,
+    qInfo("%d actions in %d s; the longest wait was %lld ms; %d files were saved", actions, seconds,
           static_cast<long long>(longestWaitMs), QDir(chosen.path()).entryList(QDir::Files).size());
 
     // The program can still save. The Official page is used because a plate of the catalogue can always be drawn.
@@ -196,7 +196,7 @@ void RandomUseTest::keepsRespondingAndCanStillSave() {
     }
     if (record.isKept()) {
         QVERIFY(paths.contains(chosen.filePath("last.pdf")));
-        qInfo("%d changes of files recorded", paths.size());
+        qInfo("%d changes of files were recorded", paths.size());
     }
     // The toolkit's file dialog stores its history in a file of its own; the program itself stores no settings.
     const QString settings = QDir(home.path()).entryList(QDir::Files | QDir::Hidden).join(' ');

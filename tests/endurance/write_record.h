@@ -16,7 +16,7 @@ public:
         keeps = QProcess::execute("strace", {"-o", "/dev/null", "true"}) == 0;
 #endif
         if (!keeps) {
-            qWarning("Only some folders are watched: files cannot be traced here.");
+            qWarning("Changes of files are not recorded here.");
         }
     }
 

@@ -41,7 +41,7 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
                  R"([{"Name": "A", "Type": "a", "GridSpacing": 1.5, "Thickness": 2},
              {"Name": "B", "Type": "b", "GridSpacing": 3, "Thickness": 4}])",
                  {"B: b 3 4", "A: a 1.5 2"}},
-                {"missing values and values of another type count as none",
+                {"missing values and values of another type are read as empty or 0",
                  R"([{"Name": "A"}, {"Name": "B", "Type": 7, "GridSpacing": "8", "Thickness": true}])",
                  {"B:  0 0", "A:  0 0"}},
                 {"equal names are not merged, and names are not sorted",

@@ -224,7 +224,7 @@ TEST(CalibrationFile, repeatsTheVerdictTheNoticesAndTheAdvice) {
         EXPECT_EQ(next["UncertaintyBefore"], 0.9);
         EXPECT_EQ(next["UncertaintyAfter"], 0.4);
         const cv::Vec3d quarter = motionOf(next) * cv::Vec3d(1, 0, 0);
-        EXPECT_NEAR(quarter[1], 2 + std::sin(0.5), 1e-12) << "turned clockwise, from x to y";
+        EXPECT_NEAR(quarter[1], 2 + std::sin(0.5), 1e-12) << "the print is turned clockwise, from x to y";
         const int photograph = calibration.observations.sightings[out].photograph;
         const json &sightings = file["Photographs"][size_t(photograph)]["Sightings"];
         const auto shown =
@@ -286,7 +286,8 @@ TEST(RigFiles, moveAPointOfTheRigToEachCamera) {
         ros["projection_matrix"]["data"] >> projection;
         ASSERT_EQ(projection.size(), 12U);
         for (size_t i = 0; i < 12; i++) {
-            EXPECT_EQ(projection[i], i % 4 == 3 ? 0 : matrix[i / 4 * 3 + i % 4]) << "an unrectified camera";
+            EXPECT_EQ(projection[i], i % 4 == 3 ? 0 : matrix[i / 4 * 3 + i % 4])
+                << "without rectification, this matrix is the camera matrix with a column of zeros";
         }
     }
 }
@@ -343,7 +344,7 @@ TEST(CameraNames, mustBeFileNamesOnEverySystem) {
                                    std::string("a:b"), std::string("\xC3\xA4"), std::string(101, 'a')}) {
         EXPECT_FALSE(isCameraName(bad)) << bad;
     }
-    EXPECT_THROW(resultFiles(makeRig(), {}), std::runtime_error) << "a name with a space and quotes";
+    EXPECT_THROW(resultFiles(makeRig(), {}), std::runtime_error) << "the name of a camera has a space and quotes";
 }
 
 TEST(AssemblyFile, placesEveryCornerInTheAxesOfThreeCorners) {
@@ -375,7 +376,7 @@ TEST(AssemblyFile, placesEveryCornerInTheAxesOfThreeCorners) {
         }
     }
     notes.axes = AssemblyAxes{{{{0, 2, 1}, {0, 7, 1}, {0, 3, 1}}}};
-    EXPECT_THROW(assemblyJson(calibration, notes), std::invalid_argument) << "on one line of a flat print";
+    EXPECT_THROW(assemblyJson(calibration, notes), std::invalid_argument) << "three corners on one line define no axes";
 }
 
 TEST(AssemblyFile, hasAMeshWhoseFacesShowTheirPrintedSides) {

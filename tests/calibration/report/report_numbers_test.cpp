@@ -138,7 +138,7 @@ TEST(ReportNumbers, ofTheRigAndThePrintsAreThoseOfTheCalibration) {
     const RigidMotion &pose = calibration.estimate.worldFromPrint[1];
     const QStringList placed = rowOf(html, {"sheet 4", "4", "1"});
     ASSERT_EQ(placed.size(), 10);
-    EXPECT_EQ(placed[9].toStdString(), "0.50") << "the greatest of its points";
+    EXPECT_EQ(placed[9].toStdString(), "0.50") << "the greatest standard deviation of its points";
     for (int axis = 0; axis < 3; axis++) {
         expectValue(row[3 + axis], second.translation[axis], std::sqrt(rig(3 + axis, 3 + axis)));
         expectValue(row[6 + axis], second.rotation[axis] / degree, std::sqrt(rig(axis, axis)) / degree);
