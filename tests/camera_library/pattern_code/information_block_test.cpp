@@ -125,8 +125,8 @@ TEST(InformationBlock, neverReadsAWrongValueFromADamagedBlock) {
 }
 
 TEST(InformationBlock, isReadFromRandomBitsLessThanOnceInAMillion) {
-    // Each step of the repair is tried with up to 4, 10 or 16 unknown bits. Random bits pass it most often with exactly
-    // that many. If one try in a million succeeded, 100,000 tries would give 0.1 successes on average.
+    // A step of the repair is tried with up to 4, 10 or 16 unknown bits, and random bits pass it most often if there
+    // are exactly that many. If one try in a million succeeded, 100,000 tries would give 0.1 successes on average.
     std::mt19937_64 random(5);
     constexpr int tries = 100000;
     for (const int unknownCount : {0, 4, 10, 16}) {
