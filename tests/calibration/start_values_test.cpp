@@ -128,8 +128,8 @@ TEST(StartPoses, linkTheCamerasOfARigThroughEachOther) {
 }
 
 TEST(StartPoses, followTheBestSightingsFirst) {
-    // At one moment, the first camera sees the second print with corners that are wrong by many pixels. The link
-    // between the prints must come from another photograph.
+    // In one sighting of the second print, the corners are wrong by many pixels. The link between the prints must come
+    // from another photograph.
     Scene scene = makeScene(0.02);
     std::mt19937 random(9);
     std::normal_distribution<double> blur(0, 120);

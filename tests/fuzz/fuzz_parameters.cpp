@@ -1,5 +1,5 @@
 // Fuzzes the parameters of the commands. Each input is the JSON text of the parameters. Every command must either
-// succeed, or fail with an error symbol and an error text. No file is written, and pictures are small.
+// succeed, or fail with an error symbol and an error text. No file is written, and previews are small.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +16,7 @@ namespace {
 using lmlib64::Node;
 using lmlib64::NodeObject;
 
-// Makes pictures small, and puts files below /dev/null, where no file can be written. The library still makes the
+// Makes previews small, and puts files below /dev/null, where no file can be written. The library still makes the
 // contents of the files.
 void tame(Node &parameters) {
     auto *object = std::get_if<NodeObject>(&parameters.value);
