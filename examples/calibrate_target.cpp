@@ -55,7 +55,7 @@ void addPicture(const char *file, const std::vector<pattern_reader::PrintedPatte
 int main(int count, char **arguments) {
     try {
         if (count < 3) {
-            throw std::runtime_error("calibrate_target PATTERN.json PICTURE...");
+            throw std::runtime_error("Usage: calibrate_target PATTERN.json PICTURE...");
         }
         const auto patterns = pattern_reader::loadPrintedPatterns(arguments[1]);
         Observations observations;

@@ -9,7 +9,7 @@
 
 int main(int count, char **arguments) {
     if (count != 3) {
-        std::cerr << "read_target PICTURE GRID_SPACING\n";
+        std::cerr << "Usage: read_target PICTURE GRID_SPACING\n";
         return 2;
     }
     const cv::Mat picture = cv::imread(arguments[1], cv::IMREAD_GRAYSCALE);
