@@ -2,7 +2,6 @@
 //
 // Reads the patterns in pictures and prints one JSON document, or one line of JSON per picture. The exit codes are
 // those of shell/program_run.h.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <atomic>
 #include <exception>
@@ -42,33 +41,31 @@ struct Arguments {
     std::vector<pattern_reader::PrintedPattern> patterns;
 };
 
-void addOptions(CLI::App &app, Arguments &arguments) {
-    app.add_option("IMAGE", arguments.images, "Pictures: PNG, JPEG, TIFF or PGM")->required();
-    app.add_option("--pattern", arguments.patternFiles,
-                   "JSON or PDF file of the printed patterns, written by LmCalTab or draw_pattern; adds the corners in "
-                   "millimetres; may be repeated")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
-    app.add_option("--grid-spacing", arguments.gridSpacing,
-                   "Grid spacing of patterns that do not encode theirs; adds the corners in millimetres")
-        ->type_name("MM")
-        ->check(CLI::PositiveNumber);
-    app.add_option("--board", arguments.board,
-                   "Also reads plain checkerboards with this many inner corners, for example 9x6")
-        ->type_name("CxR");
-    app.add_option("--square", arguments.square, "Side of a plain checkerboard's square")
-        ->type_name("MM")
-        ->check(CLI::PositiveNumber)
-        ->needs("--board");
-    app.add_option("--draw", arguments.drawing,
-                   "Writes a copy of the picture with the results drawn into it; takes only one picture")
-        ->type_name("OUT.png");
-    app.add_flag("--lines", arguments.lines, "Prints a line of JSON for each picture as soon as it is read");
-    app.add_option("--jobs", arguments.jobs,
-                   "Number of pictures to read at the same time; 0 means one for each processor")
-        ->type_name("N");
-    app.set_version_flag("--version", "read_pattern " LMCALTAB_VERSION);
-    app.footer(
+void addOptions(shell::CommandLine &line, Arguments &arguments) {
+    line.add("IMAGE", arguments.images, "Pictures: PNG, JPEG, TIFF or PGM").required();
+    line.add("--pattern", arguments.patternFiles,
+             "JSON or PDF file of the printed patterns, written by LmCalTab or draw_pattern; adds the corners in "
+             "millimetres; may be repeated")
+        .typeName("FILE")
+        .oneValueEachTime();
+    line.add("--grid-spacing", arguments.gridSpacing,
+             "Grid spacing of patterns that do not encode theirs; adds the corners in millimetres")
+        .typeName("MM")
+        .positive();
+    line.add("--board", arguments.board, "Also reads plain checkerboards with this many inner corners, for example 9x6")
+        .typeName("CxR");
+    line.add("--square", arguments.square, "Side of a plain checkerboard's square")
+        .typeName("MM")
+        .positive()
+        .needs("--board");
+    line.add("--draw", arguments.drawing,
+             "Writes a copy of the picture with the results drawn into it; takes only one picture")
+        .typeName("OUT.png");
+    line.addFlag("--lines", arguments.lines, "Prints a line of JSON for each picture as soon as it is read");
+    line.add("--jobs", arguments.jobs, "Number of pictures to read at the same time; 0 means one for each processor")
+        .typeName("N");
+    line.addVersion("read_pattern " LMCALTAB_VERSION);
+    line.setExamples(
         "Examples:\n"
         "  read_pattern photo.jpg\n"
         "  read_pattern --pattern target.json --lines photos/*.jpg\n"
@@ -222,9 +219,9 @@ bool readAll(const Arguments &arguments) {
 
 int main(int count, char **values) {
     Arguments arguments;
-    CLI::App app("Prints the calibration patterns found in pictures as JSON.", "read_pattern");
-    addOptions(app, arguments);
-    return shell::runProgram(app, count, values, [&] {
+    shell::CommandLine line("read_pattern", "Prints the calibration patterns found in pictures as JSON.");
+    addOptions(line, arguments);
+    return shell::runProgram(line, count, values, [&] {
         interpret(arguments);
         return readAll(arguments);
     });

@@ -11,6 +11,7 @@
 
 namespace {
 
+using shell::CommandLine;
 using shell::PatternChoice;
 using shell::TargetKind;
 
@@ -19,6 +20,7 @@ struct Arguments {
     shell::Outputs outputs;
     std::string parameterFile;
     std::string patternFile;
+    bool hasKind = false;
     bool listsPlates = false;
 };
 
@@ -37,116 +39,105 @@ std::optional<std::array<Number, 2>> pairOf(std::string_view text, char separato
 }
 
 template <typename Number>
-CLI::Option *addPair(CLI::App &app, const std::string &name, std::optional<std::array<Number, 2>> &pair, char separator,
-                     const std::string &form, const std::string &description) {
-    return app
-        .add_option_function<std::string>(
-            name,
-            [&pair, separator, form, name](const std::string &text) {
-                pair = pairOf<Number>(text, separator);
-                if (!pair) {
-                    throw CLI::ValidationError(name, "\"" + text + "\" is not of the form " + form);
-                }
-            },
-            description)
-        ->type_name(form);
+shell::Option addPair(CommandLine &line, const std::string &name, std::optional<std::array<Number, 2>> &pair,
+                      char separator, const std::string &form, const std::string &description) {
+    const auto take = [&pair, separator, form](const std::string &text) -> std::string {
+        pair = pairOf<Number>(text, separator);
+        return pair ? "" : "\"" + text + "\" is not of the form " + form;
+    };
+    return line.addText(name, take, description).typeName(form);
 }
 
-void addOutput(CLI::App &app, Arguments &arguments) {
+void addOutput(CommandLine &line, Arguments &arguments) {
     shell::Outputs &outputs = arguments.outputs;
-    app.add_option("-o,--output", outputs.files,
-                   "File to write; its ending selects the format. May be repeated for several formats")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
-    app.add_option("--resolution", outputs.resolution, "Pixels per inch of a .png file")->type_name("DPI");
-    addPair(app, "--print-scale", outputs.printScale, ',', "X,Y",
+    line.add("-o,--output", outputs.files,
+             "File to write; its ending selects the format. May be repeated for several formats")
+        .typeName("FILE")
+        .oneValueEachTime();
+    line.add("--resolution", outputs.resolution, "Pixels per inch of a .png file").typeName("DPI");
+    addPair(line, "--print-scale", outputs.printScale, ',', "X,Y",
             "Measured length divided by true length of a print at 100 %, such as 0.995,1; corrects the next print");
-    app.add_option_function<std::string>(
-           "--paper",
-           [&outputs](const std::string &text) {
-               if (const auto size = pairOf<double>(text, 'x')) {
-                   outputs.paper = *size;
-               } else {
-                   outputs.paper = text;
-               }
-           },
-           "Paper to print on: A4 to A0, Letter, Legal, Tabloid or a size in mm; by default the smallest of A4 to A0 "
-           "that "
-           "fits")
-        ->type_name("NAME|WxH");
-    app.add_flag("--sheets", outputs.splitsOverSheets,
+    const auto takePaper = [&outputs](const std::string &text) -> std::string {
+        if (const auto size = pairOf<double>(text, 'x')) {
+            outputs.paper = *size;
+        } else {
+            outputs.paper = text;
+        }
+        return {};
+    };
+    line.addText(
+            "--paper", takePaper,
+            "Paper to print on: A4 to A0, Letter, Legal, Tabloid or a size in mm; by default the smallest of A4 to A0 "
+            "that fits")
+        .typeName("NAME|WxH");
+    line.addFlag("--sheets", outputs.splitsOverSheets,
                  "If a pattern does not fit on the paper, splits it over several sheets");
 }
 
-CLI::App &addKind(CLI::App &app, Arguments &arguments, TargetKind kind, const std::string &name,
-                  const std::string &description) {
-    CLI::App &command = *app.add_subcommand(name, description);
-    command.group("Kinds of pattern");
-    command.callback([&arguments, kind] { arguments.choice.kind = kind; });
-    command.add_flag("--inverted", arguments.choice.isInverted, "Exchanges dark and light");
-    command.add_flag("--plain", arguments.choice.isPlain, "Draws no code");
+CommandLine &addKind(CommandLine &line, Arguments &arguments, TargetKind kind, const std::string &name,
+                     const std::string &description) {
+    CommandLine &command = line.addCommand(name, "Kinds of pattern", description, [&arguments, kind] {
+        arguments.hasKind = true;
+        arguments.choice.kind = kind;
+    });
+    command.addFlag("--inverted", arguments.choice.isInverted, "Exchanges dark and light");
+    command.addFlag("--plain", arguments.choice.isPlain, "Draws no code");
     addOutput(command, arguments);
     return command;
 }
 
-void addGridSpacing(CLI::App &command, Arguments &arguments) {
+void addGridSpacing(CommandLine &command, Arguments &arguments) {
     command
-        .add_option("--grid-spacing", arguments.choice.gridSpacing,
-                    "Length of two squares, or distance between the centres of neighbouring marks")
-        ->type_name("MM")
-        ->required();
-    command.add_option("--thickness", arguments.choice.thickness, "Thickness of the plate")->type_name("MM");
+        .add("--grid-spacing", arguments.choice.gridSpacing,
+             "Length of two squares, or distance between the centres of neighbouring marks")
+        .typeName("MM")
+        .required();
+    command.add("--thickness", arguments.choice.thickness, "Thickness of the plate").typeName("MM");
 }
 
-void addKinds(CLI::App &app, Arguments &arguments) {
+void addKinds(CommandLine &line, Arguments &arguments) {
     PatternChoice &choice = arguments.choice;
-    CLI::App &official =
-        addKind(app, arguments, TargetKind::Official, "official", "A plate in a common size, see --list");
-    official.add_option("--plate", choice.plate, "Type of the plate, as --list shows it")
-        ->type_name("TYPE")
-        ->required();
+    CommandLine &official =
+        addKind(line, arguments, TargetKind::Official, "official", "A plate in a common size, see --list");
+    official.add("--plate", choice.plate, "Type of the plate, as --list shows it").typeName("TYPE").required();
 
-    CLI::App &custom = addKind(app, arguments, TargetKind::Custom, "custom",
-                               "A board of 15 x 15 corners that encodes its grid spacing and thickness");
+    CommandLine &custom = addKind(line, arguments, TargetKind::Custom, "custom",
+                                  "A board of 15 x 15 corners that encodes its grid spacing and thickness");
     addGridSpacing(custom, arguments);
 
-    CLI::App &flexible =
-        addKind(app, arguments, TargetKind::Flexible, "flexible", "A board of any size, cut out of one large plane");
-    addPair(flexible, "--size", choice.gridSize, 'x', "CxR", "Columns and rows of inner corners")->required();
+    CommandLine &flexible =
+        addKind(line, arguments, TargetKind::Flexible, "flexible", "A board of any size, cut out of one large plane");
+    addPair(flexible, "--size", choice.gridSize, 'x', "CxR", "Columns and rows of inner corners").required();
     addGridSpacing(flexible, arguments);
     addPair(flexible, "--offset", choice.offset, ',', "X,Y",
             "Position in the plane in mm; a multiple of half the grid spacing, except with --plain");
 
-    CLI::App &assembly =
-        addKind(app, arguments, TargetKind::Assembly, "assembly", "Several patterns for one common coordinate system");
-    assembly.add_option("--patterns", choice.patterns, "Number of patterns")
-        ->type_name("N")
-        ->required()
-        ->check(CLI::Range(1, 18));
+    CommandLine &assembly =
+        addKind(line, arguments, TargetKind::Assembly, "assembly", "Several patterns for one common coordinate system");
+    assembly.add("--patterns", choice.patterns, "Number of patterns").typeName("N").required().range(1, 18);
     addGridSpacing(assembly, arguments);
 
-    CLI::App &halcon = addKind(app, arguments, TargetKind::Halcon, "halcon", "A plate of 7 x 7 round marks in a frame");
+    CommandLine &halcon =
+        addKind(line, arguments, TargetKind::Halcon, "halcon", "A plate of 7 x 7 round marks in a frame");
     addGridSpacing(halcon, arguments);
     addPair(halcon, "--offset", choice.offset, ',', "X,Y",
             "Position in mm, encoded instead of the grid spacing and the thickness; a multiple of the grid spacing, "
             "except with --plain");
 }
 
-void addOptions(CLI::App &app, Arguments &arguments) {
-    addKinds(app, arguments);
-    app.require_subcommand(0, 1);
-    app.get_formatter()->label("SUBCOMMAND", "KIND");
-    app.add_flag("--list", arguments.listsPlates, "Lists the official plates");
-    app.add_option("--json", arguments.parameterFile,
-                   "Draws with the library's parameters in this JSON file; - stands for standard input")
-        ->type_name("FILE");
-    app.add_option("--from", arguments.patternFile,
-                   "Draws the patterns of this pattern file (a .json that was written before) again")
-        ->type_name("FILE");
-    addOutput(app, arguments);
-    app.set_version_flag("--version", "draw_pattern " LMCALTAB_VERSION);
-    app.set_help_all_flag("--help-all", "Print this help message with the options of every kind");
-    app.footer(
+void addOptions(CommandLine &line, Arguments &arguments) {
+    addKinds(line, arguments);
+    line.addFlag("--list", arguments.listsPlates, "Lists the official plates");
+    line.add("--json", arguments.parameterFile,
+             "Draws with the library's parameters in this JSON file; - stands for standard input")
+        .typeName("FILE");
+    line.add("--from", arguments.patternFile,
+             "Draws the patterns of this pattern file (a .json that was written before) again")
+        .typeName("FILE");
+    addOutput(line, arguments);
+    line.addVersion("draw_pattern " LMCALTAB_VERSION);
+    line.describeCommands("KIND");
+    line.setExamples(
         "Examples:\n"
         "  draw_pattern flexible --size 15x9 --grid-spacing 25 -o target.pdf -o target.json\n"
         "  draw_pattern official --plate Plate12 -o plate.pdf\n"
@@ -156,14 +147,13 @@ void addOptions(CLI::App &app, Arguments &arguments) {
         "Exit codes: 0 success, 1 something could not be drawn or written, 2 wrong options or an unusable input file.");
 }
 
-bool draw(const CLI::App &app, const Arguments &arguments) {
-    const bool hasKind = !app.get_subcommands().empty();
-    const int asked = (hasKind ? 1 : 0) + (arguments.listsPlates ? 1 : 0) + (arguments.parameterFile.empty() ? 0 : 1) +
-                      (arguments.patternFile.empty() ? 0 : 1);
+bool draw(const Arguments &arguments) {
+    const int asked = (arguments.hasKind ? 1 : 0) + (arguments.listsPlates ? 1 : 0) +
+                      (arguments.parameterFile.empty() ? 0 : 1) + (arguments.patternFile.empty() ? 0 : 1);
     if (asked != 1) {
         throw shell::WrongCall("give one of official, custom, flexible, assembly, halcon, --json, --from and --list");
     }
-    if (hasKind) {
+    if (arguments.hasKind) {
         shell::drawChoice(arguments.choice, arguments.outputs);
     } else if (!arguments.parameterFile.empty()) {
         shell::drawParameters(arguments.parameterFile, arguments.outputs);
@@ -179,7 +169,7 @@ bool draw(const CLI::App &app, const Arguments &arguments) {
 
 int main(int count, char **values) {
     Arguments arguments;
-    CLI::App app("Draws calibration targets as files that print at true size.", "draw_pattern");
-    addOptions(app, arguments);
-    return shell::runProgram(app, count, values, [&] { return draw(app, arguments); });
+    CommandLine line("draw_pattern", "Draws calibration targets as files that print at true size.");
+    addOptions(line, arguments);
+    return shell::runProgram(line, count, values, [&] { return draw(arguments); });
 }

@@ -188,70 +188,70 @@ void loadCornerLists(Arguments &arguments) {
     }
 }
 
-void addInputOptions(CLI::App &app, Arguments &arguments) {
+void addInputOptions(shell::CommandLine &line, Arguments &arguments) {
     ArgumentTexts &texts = arguments.texts;
-    app.add_option("PHOTO", texts.photographs, "Photographs: PNG, JPEG, TIFF or PGM; also folders and name patterns");
-    app.add_option("--camera", texts.cameras,
-                   "The photographs of one camera, as a folder or a name pattern such as \"left*.jpg\"; may be "
-                   "repeated. Other photographs are grouped by size and by the camera's name in EXIF")
-        ->type_name("NAME=FOLDER|GLOB")
-        ->allow_extra_args(false);
-    app.add_flag("--rig", arguments.isRig,
+    line.add("PHOTO", texts.photographs, "Photographs: PNG, JPEG, TIFF or PGM; also folders and name patterns");
+    line.add("--camera", texts.cameras,
+             "The photographs of one camera, as a folder or a name pattern such as \"left*.jpg\"; may be "
+             "repeated. Other photographs are grouped by size and by the camera's name in EXIF")
+        .typeName("NAME=FOLDER|GLOB")
+        .oneValueEachTime();
+    line.addFlag("--rig", arguments.isRig,
                  "The cameras are fixed to each other: photographs with the same name or number were taken at the same "
                  "moment");
-    app.add_option("--pattern", texts.patternFiles,
-                   "The printed patterns, as a JSON or PDF file of the camera library; may be repeated")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
-    app.add_option("--grid-spacing", arguments.target.gridSpacing, "Grid spacing of patterns that do not encode theirs")
-        ->type_name("MM")
-        ->check(CLI::PositiveNumber);
-    CLI::Option *board = app.add_option("--board", texts.board, "Reads plain checkerboards of this many inner corners")
-                             ->type_name("CxR");
-    CLI::Option *square = app.add_option("--square", arguments.target.square, "Side of a plain checkerboard's square")
-                              ->type_name("MM")
-                              ->check(CLI::PositiveNumber);
-    board->needs(square);
-    square->needs(board);
-    app.add_option("--corners", texts.cornerLists,
-                   "Corners from another detector in place of photographs: a text file with the columns filename, x, y "
-                   "and level; may be repeated")
-        ->type_name("[NAME=]FILE")
-        ->allow_extra_args(false);
-    app.add_option("--image-size", texts.imageSize, "Size of the pictures of --corners, if their files are absent")
-        ->type_name("WxH")
-        ->needs("--corners");
-    app.add_option("--jobs", arguments.jobs, "Photographs to read at the same time; if 0, one for each processor")
-        ->type_name("N");
+    line.add("--pattern", texts.patternFiles,
+             "The printed patterns, as a JSON or PDF file of the camera library; may be repeated")
+        .typeName("FILE")
+        .oneValueEachTime();
+    line.add("--grid-spacing", arguments.target.gridSpacing, "Grid spacing of patterns that do not encode theirs")
+        .typeName("MM")
+        .positive();
+    shell::Option board =
+        line.add("--board", texts.board, "Reads plain checkerboards of this many inner corners").typeName("CxR");
+    shell::Option square = line.add("--square", arguments.target.square, "Side of a plain checkerboard's square")
+                               .typeName("MM")
+                               .positive();
+    board.needs(square);
+    square.needs(board);
+    line.add("--corners", texts.cornerLists,
+             "Corners from another detector in place of photographs: a text file with the columns filename, x, y "
+             "and level; may be repeated")
+        .typeName("[NAME=]FILE")
+        .oneValueEachTime();
+    line.add("--image-size", texts.imageSize, "Size of the pictures of --corners, if their files are absent")
+        .typeName("WxH")
+        .needs("--corners");
+    line.add("--jobs", arguments.jobs, "Photographs to read at the same time; if 0, one for each processor")
+        .typeName("N");
 }
 
 }  // namespace
 
-void addOptions(CLI::App &app, Arguments &arguments) {
+void addOptions(shell::CommandLine &line, Arguments &arguments) {
     ArgumentTexts &texts = arguments.texts;
-    addInputOptions(app, arguments);
-    app.add_option("--model", texts.model,
-                   "Lens model: auto, pinhole4, pinhole5, pinhole8, pinhole12 or fisheye; auto takes the "
-                   "simplest one that predicts held-out photographs nearly as well as the best")
-        ->type_name("MODEL")
-        ->check(CLI::IsMember({"auto", "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye"}));
-    app.add_option("--measured", texts.measured,
-                   "Lengths of a sheet's two check bars, measured across and along the sheet; N is the pattern's "
-                   "number. May be repeated")
-        ->type_name("[N=]99.7x100.1")
-        ->allow_extra_args(false);
-    app.add_option("--axes", texts.axes,
-                   "Three corners that define the coordinate system of assembly.json: the origin, one on the x axis, "
-                   "and one on the side of positive y")
-        ->type_name("N:COLUMN:ROW")
-        ->expected(3);
-    app.add_option("--report", arguments.report, "Writes a report as one HTML page")->type_name("FILE");
-    app.add_option("--out", arguments.outputFolder, "Folder for the results; it is made if it is absent")
-        ->type_name("FOLDER")
-        ->required();
-    app.add_flag("--quiet", arguments.isQuiet, "Prints nothing but errors");
-    app.set_version_flag("--version", "calibrate_cameras " LMCALTAB_VERSION);
-    app.footer(
+    addInputOptions(line, arguments);
+    line.add("--model", texts.model,
+             "Lens model: auto, pinhole4, pinhole5, pinhole8, pinhole12 or fisheye; auto takes the "
+             "simplest one that predicts held-out photographs nearly as well as the best")
+        .typeName("MODEL")
+        .oneOf({"auto", "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye"});
+    line.add("--measured", texts.measured,
+             "Lengths of a sheet's two check bars, measured across and along the sheet; N is the pattern's "
+             "number. May be repeated")
+        .typeName("[N=]99.7x100.1")
+        .oneValueEachTime();
+    line.add("--axes", texts.axes,
+             "Three corners that define the coordinate system of assembly.json: the origin, one on the x axis, "
+             "and one on the side of positive y")
+        .typeName("N:COLUMN:ROW")
+        .expected(3);
+    line.add("--report", arguments.report, "Writes a report as one HTML page").typeName("FILE");
+    line.add("--out", arguments.outputFolder, "Folder for the results; it is made if it is absent")
+        .typeName("FOLDER")
+        .required();
+    line.addFlag("--quiet", arguments.isQuiet, "Prints nothing but errors");
+    line.addVersion("calibrate_cameras " LMCALTAB_VERSION);
+    line.setExamples(
         "Examples:\n"
         "  calibrate_cameras --out result --report report.html photos/*.jpg\n"
         "  calibrate_cameras --rig --camera left=left/ --camera right=right/ --out result\n"

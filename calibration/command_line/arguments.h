@@ -1,7 +1,6 @@
 // The command-line arguments of calibrate_cameras, as texts and as values.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "calibration/input/corner_list.h"
 #include "calibration/input/photograph_observations.h"
 #include "calibration/output/assembly.h"
+#include "shell/command_line.h"
 
 namespace calibration {
 
@@ -49,7 +49,7 @@ struct Arguments {
     std::optional<AssemblyAxes> axes;
 };
 
-void addOptions(CLI::App &app, Arguments &arguments);
+void addOptions(shell::CommandLine &line, Arguments &arguments);
 
 // Computes the values from the texts, finds the photographs, and reads pattern files and corner lists. Throws
 // std::runtime_error with a sentence that says what is wrong.

@@ -243,9 +243,9 @@ bool calibrateOrReport(const Arguments &arguments) {
 
 int main(int count, char **values) {
     Arguments arguments;
-    CLI::App app("Calibrates cameras and assemblies of patterns from photographs.", "calibrate_cameras");
-    calibration::addOptions(app, arguments);
-    return shell::runProgram(app, count, values, [&arguments] {
+    shell::CommandLine line("calibrate_cameras", "Calibrates cameras and assemblies of patterns from photographs.");
+    calibration::addOptions(line, arguments);
+    return shell::runProgram(line, count, values, [&arguments] {
         try {
             calibration::interpret(arguments);
         } catch (const std::exception &error) {
