@@ -62,10 +62,10 @@ if(LMCALTAB_SANITIZE)
   endif()
 endif()
 
-# A sanitized build makes only those benchmarks that its tests run. .ci/run does not compile the others with clang, but
-# clang-tidy reports clang's warnings about them.
+# A sanitized build makes only those benchmarks that its tests run. It does not make the Python package, because an
+# interpreter without sanitizers cannot load it. clang-tidy reports clang's warnings about all that is not made.
 if(LMCALTAB_SANITIZE)
-  set(LMCALTAB_BENCH_ONLY_IF_USED EXCLUDE_FROM_ALL)
+  set(LMCALTAB_NOT_IF_SANITIZED EXCLUDE_FROM_ALL)
 endif()
 
 # The thread sanitizer's build leaves out the longest tests of single-threaded code, the tests of failing allocations,

@@ -20,7 +20,7 @@ using namespace reader_bench;
 
 constexpr double pixelsPerSquare = 10;
 constexpr double megapixel = 1e6;
-constexpr int rounds = 31;
+constexpr int rounds = 15;
 
 Time readingTime(const cv::Mat &picture) {
     return timeOf([&] { pattern_reader::readPatterns(picture); });
