@@ -1,6 +1,7 @@
 #include "camera_library/output/rectangle_raster.h"
 
 #include <algorithm>
+#include <array>
 
 namespace lmlib64 {
 namespace {
@@ -29,13 +30,18 @@ std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rec
 }
 
 // Sorts values that usually consist of two sorted runs: first the edges of a row's squares, then the edges of their
-// marks.
-void sortRuns(std::vector<std::int32_t> &values) {
+// marks. `room` only keeps its memory from one call to the next.
+void sortRuns(std::vector<std::int32_t> &values, std::vector<std::int32_t> &room) {
     const auto secondRun = std::is_sorted_until(values.begin(), values.end());
+    if (secondRun == values.end()) {
+        return;
+    }
     if (!std::is_sorted(secondRun, values.end())) {
         std::sort(secondRun, values.end());
     }
-    std::inplace_merge(values.begin(), secondRun, values.end());
+    room.resize(values.size());
+    std::merge(values.begin(), secondRun, secondRun, values.end(), room.begin());
+    values.swap(room);
 }
 
 std::uint8_t greyOf(std::int32_t covered) {
@@ -90,7 +96,8 @@ public:
         picture.reserve(sum.size() * static_cast<std::size_t>(height));
     }
 
-    // Gives these greys to a band that begins where the previous call ended and ends at `y`, in 1/256 pixel.
+    // Gives these greys to a band that begins where the previous call ended and ends at `y`, in 1/256 pixel. The greys
+    // must not change before the next call has returned.
     void fillDownTo(std::int32_t y, const std::vector<std::uint8_t> &greys) {
         while (position < y) {
             const std::int32_t start = position % pixelUnits;
@@ -116,15 +123,15 @@ public:
 private:
     // If several bands share a row of pixels, the row is the sum of their greys, weighted by their shares of the row's
     // height in 1/256. The shares add up to 256. So the sum fits into 16 bits, even with 128 added for rounding, and
-    // the vectorised loops handle more pixels at once than with 32 bits.
+    // the vectorised loops handle more pixels at once than with 32 bits. Usually only two bands share a row, so the
+    // first one is added when the second one is known, in the same loop.
     void beginRow(std::uint16_t share, const std::uint8_t *greys) {
-        std::uint16_t *const to = sum.data();
-        for (std::size_t x = 0; x < sum.size(); ++x) {
-            to[x] = static_cast<std::uint16_t>(share * greys[x] + 128);
-        }
+        firstShare = share;
+        firstGreys = greys;
     }
 
     void continueRow(std::uint16_t share, const std::uint8_t *greys) {
+        addFirstBand();
         std::uint16_t *const to = sum.data();
         for (std::size_t x = 0; x < sum.size(); ++x) {
             to[x] = static_cast<std::uint16_t>(to[x] + share * greys[x]);
@@ -132,13 +139,35 @@ private:
     }
 
     void endRow(std::uint16_t share, const std::uint8_t *greys) {
-        continueRow(share, greys);
+        const std::size_t width = sum.size();
         const std::size_t rowStart = picture.size();
-        picture.resize(rowStart + sum.size());
-        std::transform(sum.begin(), sum.end(), picture.data() + rowStart,
-                       [](std::uint16_t grey) { return static_cast<std::uint8_t>(grey >> 8U); });
+        picture.resize(rowStart + width);
+        std::uint8_t *const to = picture.data() + rowStart;
+        if (firstGreys != nullptr) {
+            std::transform(firstGreys, firstGreys + width, greys, to,
+                           [first = firstShare, share](std::uint8_t firstGrey, std::uint8_t grey) {
+                               const auto both = static_cast<std::uint16_t>(first * firstGrey + share * grey + 128);
+                               return static_cast<std::uint8_t>(both >> 8U);
+                           });
+            firstGreys = nullptr;
+            return;
+        }
+        std::transform(sum.begin(), sum.end(), greys, to, [share](std::uint16_t before, std::uint8_t grey) {
+            return static_cast<std::uint8_t>(static_cast<std::uint16_t>(before + share * grey) >> 8U);
+        });
     }
 
+    void addFirstBand() {
+        if (firstGreys != nullptr) {
+            std::transform(firstGreys, firstGreys + sum.size(), sum.begin(), [share = firstShare](std::uint8_t grey) {
+                return static_cast<std::uint16_t>(share * grey + 128);
+            });
+            firstGreys = nullptr;
+        }
+    }
+
+    const std::uint8_t *firstGreys = nullptr;  // of the first band of the unfinished row; null once it is in `sum`
+    std::uint16_t firstShare = 0;
     std::int32_t position = 0;          // all rows above are finished
     std::vector<std::uint16_t> sum;     // greys of the unfinished row, in 1/256
     std::vector<std::uint8_t> picture;  // grows by whole rows
@@ -158,12 +187,13 @@ public:
         active.erase(std::remove_if(active.begin(), active.end(),
                                     [edge](const PixelRectangle *rectangle) { return rectangle->bottom <= edge; }),
                      active.end());
-        crossings.clear();
+        crossings.resize(2 * active.size());
+        std::int32_t *crossing = crossings.data();
         for (const PixelRectangle *rectangle : active) {
-            crossings.push_back(std::clamp(rectangle->left, 0, right));
-            crossings.push_back(std::clamp(rectangle->right, 0, right));
+            *crossing++ = std::clamp(rectangle->left, 0, right);
+            *crossing++ = std::clamp(rectangle->right, 0, right);
         }
-        sortRuns(crossings);
+        sortRuns(crossings, room);
         return crossings;
     }
 
@@ -173,6 +203,7 @@ private:
     std::int32_t right;
     std::vector<const PixelRectangle *> active;
     std::vector<std::int32_t> crossings;
+    std::vector<std::int32_t> room;  // for sorting the crossings
 };
 
 }  // namespace
@@ -187,13 +218,16 @@ std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangle
 
     Sweep sweep(rectangles, width);
     RowWriter writer(width, height);
-    // The bands above and below the marks in a row of squares look the same, so a band often equals the band before the
-    // previous one.
-    Band band{{}, std::vector<std::uint8_t>(static_cast<std::size_t>(width), 255)};
-    Band previous = band;
+    // The bands that were used last, the latest first. The bands above and below the marks in a row of squares look the
+    // same, and so do those in the next row but one.
+    std::array<Band, 4> bands;
+    bands.fill({{}, std::vector<std::uint8_t>(static_cast<std::size_t>(width), 255)});
     for (std::size_t edge = 0; edge + 1 < edges.size(); ++edge) {
         const std::vector<std::int32_t> &crossings = sweep.crossingsBelow(edges[edge]);
-        std::swap(band, previous);
+        const auto known = std::find_if(bands.begin(), bands.end() - 1,
+                                        [&crossings](const Band &band) { return band.crossings == crossings; });
+        std::rotate(bands.begin(), known, known + 1);
+        Band &band = bands.front();
         if (band.crossings != crossings) {
             band.crossings = crossings;
             drawRow(crossings, band.greys);
