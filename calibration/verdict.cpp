@@ -148,8 +148,10 @@ private:
         std::copy_if(bad.begin(), bad.end(), std::back_inserter(useless),
                      [](const PartOfPicture &part) { return part.greatest > uselessUncertainty; });
         if (middle > goodUncertainty) {
-            say("Uncertain in the whole picture (" + rounded(middle) + " px in the middle, up to " +
-                    rounded(worst->greatest) + " px " + placeInPicture(worst->x, worst->y) + ").",
+            const bool isWhole = bad.size() == all.size();
+            say((isWhole ? "Uncertain in the whole picture (" : "Uncertain even in the middle (") + rounded(middle) +
+                    (isWhole ? " px in the middle, up to " : " px; up to ") + rounded(worst->greatest) + " px " +
+                    placeInPicture(worst->x, worst->y) + ").",
                 worst->greatest <= usableUncertainty ? Grade::Usable : Grade::Poor);
         } else if (useless.empty()) {
             say("Good in the middle (" + rounded(middle) + " px), but not " + placesOf(bad) + " (up to " +
@@ -187,13 +189,18 @@ private:
         for (const LeftOut &one : calibration.leftOut) {
             isLeftOut[size_t(observations.sightings[size_t(one.sighting)].photograph)] = true;
         }
+        // True if another print in the same photograph is used.
+        const bool isPrintLeftOut = std::any_of(
+            observations.sightings.begin(), observations.sightings.end(),
+            [&](const Sighting &sighting) { return sighting.isUsed && isLeftOut[size_t(sighting.photograph)]; });
         const auto total = std::count(isCounted.begin(), isCounted.end(), true);
         const auto bad = std::count(isLeftOut.begin(), isLeftOut.end(), true);
         if (double(bad) > greatestShareLeftOut * double(total)) {
             // This text is about all cameras. It follows the texts about single cameras, so it must mention all
             // cameras.
             const std::string cameras = observations.cameras.size() > 1 ? " of all cameras" : "";
-            say(std::to_string(bad) + " of the " + counted(total, "photograph") + cameras + " did not fit.",
+            say(std::to_string(bad) + " of the " + counted(total, "photograph") + cameras +
+                    (isPrintLeftOut ? " did not fit completely." : " did not fit."),
                 Grade::Usable);
             advise("Find out why so many photographs did not fit; the reason is given with each.");
         }
@@ -211,7 +218,7 @@ private:
         for (size_t print = 0; print < moved.size(); print++) {
             if (moved[print] >= fewMoved && moved[print] > greatestShareLeftOut * all[print]) {
                 calibration.notices.push_back(
-                    capitalised(namesOf(observations, {int(print)})) + " is elsewhere in " +
+                    capitalised(namesOf(observations, {int(print)})) + " is not at its usual place in " +
                     std::to_string(moved[print]) + " of the " + std::to_string(all[print]) +
                     " photographs that show it: it moved meanwhile, or two boards have the same number. Calibrate the "
                     "photographs before and after the move separately.");
@@ -236,9 +243,9 @@ private:
             if (!group.empty()) {
                 const std::string names = capitalised(namesOf(observations, group));
                 calibration.notices.push_back(names + (group.size() > 1 ? " are" : " is") +
-                                              " in no photograph with the others, so " +
-                                              (group.size() > 1 ? "their places" : "its place") +
-                                              " among them cannot be known. Take photographs that show " +
+                                              " in no photograph with the others, so where " +
+                                              (group.size() > 1 ? "they are" : "it is") +
+                                              " relative to the others cannot be known. Take photographs that show " +
                                               (group.size() > 1 ? "them" : "it") + " together with the others.");
             }
         }
@@ -251,7 +258,9 @@ private:
     void nameUndetermined() {
         std::vector<int> undetermined;
         for (size_t print = 0; print < calibration.prints.size(); print++) {
-            if (calibration.estimate.groups[print] >= 0 && !calibration.prints[print].isDetermined) {
+            // The prior of a measured print is its measurement, not the printer.
+            const PrintTrust &trust = calibration.prints[print];
+            if (calibration.estimate.groups[print] >= 0 && !trust.isDetermined && !trust.isMeasured) {
                 undetermined.push_back(int(print));
             }
         }
@@ -264,24 +273,30 @@ private:
         }
     }
 
+    // Only measured prints of the first group determine its scale.
     void nameScale() {
+        const int group = calibration.firstGroup();
+        std::vector<int> linked;
         std::vector<int> measured;
         for (size_t print = 0; print < calibration.prints.size(); print++) {
-            if (calibration.prints[print].isMeasured) {
-                measured.push_back(int(print));
-            }
-        }
-        for (size_t print = 0; measured.empty() && print < calibration.prints.size(); print++) {
-            if (calibration.estimate.groups[print] == calibration.firstGroup() && calibration.firstGroup() >= 0) {
-                calibration.notices.push_back(
-                    "No print was measured, so all lengths assume that " + namesOf(observations, {int(print)}) +
-                    " was printed in its exact size (the geometric mean of width and height).");
-                return;
+            if (group >= 0 && calibration.estimate.groups[print] == group) {
+                linked.push_back(int(print));
+                if (calibration.prints[print].isMeasured) {
+                    measured.push_back(int(print));
+                }
             }
         }
         if (!measured.empty()) {
             calibration.notices.push_back("All lengths rest on the measured size of " +
                                           namesOf(observations, measured) + ".");
+        } else if (!linked.empty()) {
+            const bool isAnyMeasured = std::any_of(calibration.prints.begin(), calibration.prints.end(),
+                                                   [](const PrintTrust &trust) { return trust.isMeasured; });
+            const std::string first = namesOf(observations, {linked.front()});
+            calibration.notices.push_back(
+                (isAnyMeasured ? "No print that is linked with " + first + " was measured" : "No print was measured") +
+                ", so all lengths assume that " + first +
+                " was printed true to size: its width and height may be wrong, but not their geometric mean.");
         }
     }
 

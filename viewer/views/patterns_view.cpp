@@ -141,7 +141,7 @@ void PatternsView::fillRow(int row, int print) {
         measured == settings.measured.end()
             ? QString("–")
             : QString("%1 x %2").arg(barLength * measured->x()).arg(barLength * measured->y()));
-    if (!trust.isDetermined) {
+    if (!trust.isDetermined && !trust.isMeasured) {
         table->item(row, ScaleX)->setToolTip(tr("The photographs tell little about the scale of this print."));
         table->item(row, ScaleX)->setText("≈ " + table->item(row, ScaleX)->text());
     }
