@@ -219,9 +219,9 @@ std::string legend(const Observations &observations) {
         return {};
     }
     std::string html = "<p class=\"legend\">";
-    for (size_t i = 0; i < std::min(observations.cameras.size(), size_t(styles)); i++) {
-        html +=
-            "<span class=\"key camera" + std::to_string(i) + "\">" + escaped(observations.cameras[i].name) + "</span> ";
+    for (size_t i = 0; i < observations.cameras.size(); i++) {
+        html += "<span class=\"key camera" + std::to_string(i % styles) + "\">" +
+                escaped(observations.cameras[i].name) + "</span> ";
     }
     return html + "</p>\n";
 }
