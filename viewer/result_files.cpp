@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <stdexcept>
 
 #include "calibration/output/result_files.h"
 #include "calibration/report/report_page.h"
@@ -21,6 +22,14 @@ std::string jpegOf(const QImage &picture) {
     buffer.open(QIODevice::WriteOnly);
     picture.save(&buffer, "JPEG", thumbnailQuality);
     return bytes.toStdString();
+}
+
+QByteArray reportBytes(const std::string &page, bool isPdf) {
+    const QByteArray bytes = isPdf ? reportPdf(page) : QByteArray::fromStdString(page);
+    if (bytes.isEmpty()) {
+        throw std::runtime_error("The report could not be converted to a PDF.");
+    }
+    return bytes;
 }
 
 }  // namespace
@@ -49,7 +58,10 @@ QString writeReport(const SessionResult &result, const QVector<SessionPhotograph
     for (const calibration::UnusedPhotograph &unused : result.unused) {
         input.unread.push_back({unused.name, unused.reason});
     }
-    const std::string page = calibration::reportPage(*result.calibration, input);
-    const bool isPdf = file.endsWith(".pdf", Qt::CaseInsensitive);
-    return writeWholeFile(file, isPdf ? reportPdf(page) : QByteArray::fromStdString(page));
+    try {
+        const std::string page = calibration::reportPage(*result.calibration, input);
+        return writeWholeFile(file, reportBytes(page, file.endsWith(".pdf", Qt::CaseInsensitive)));
+    } catch (const std::exception &error) {
+        return QString::fromLocal8Bit(error.what());
+    }
 }

@@ -72,14 +72,17 @@ void ViewerWindow::makeMenus() {
 }
 
 void ViewerWindow::open(const QStringList &files) {
+    const auto endingOf = [](const QString &file) { return QFileInfo(file).suffix().toLower(); };
+    const auto sessionFile = std::find_if(files.begin(), files.end(),
+                                          [&endingOf](const QString &file) { return endingOf(file) == sessionEnding; });
+    if (sessionFile != files.end()) {
+        openSessionDocument(*sessionFile);
+        return;
+    }
     QStringList pictures;
     SessionSettings settings = session.settings();
     for (const QString &file : files) {
-        const QString ending = QFileInfo(file).suffix().toLower();
-        if (ending == sessionEnding) {
-            openSessionDocument(file);
-            return;
-        }
+        const QString ending = endingOf(file);
         if (ending == "json" || ending == "pdf") {
             settings.patternFiles << QFileInfo(file).absoluteFilePath();
         } else if (isVideoName(file)) {

@@ -113,6 +113,9 @@ TEST(SessionFile, keepsTheOldFileOnAFullDisk) {
     RecoveryCopy copy(folder.filePath("copies"));
     ASSERT_EQ(saveSession(file, {}), QString());
     ASSERT_EQ(copy.keep({}), QString());
+    const QTemporaryDir other;
+    ASSERT_EQ(saveSession(other.filePath("crashed.json"), someDocument(other.path())), QString());
+    RecoveryCopy next(other.path());
     std::signal(SIGXFSZ, SIG_IGN);
     // A limit on the size of files stands in for the full disk. With SIGXFSZ ignored, writing beyond it only fails.
     rlimit before{};
@@ -121,7 +124,10 @@ TEST(SessionFile, keepsTheOldFileOnAFullDisk) {
     setrlimit(RLIMIT_FSIZE, &full);
     const QString problem = saveSession(file, someDocument(folder.path()));
     const QString copyProblem = copy.keep(someDocument(folder.path()));
+    const auto leftOver = next.takeLeftOver();
     setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_TRUE(leftOver);
+    EXPECT_TRUE(QFile::exists(other.filePath("crashed.json"))) << "the only copy on disk is gone";
     EXPECT_TRUE(problem.contains("a.lmview")) << problem.toStdString();
     EXPECT_TRUE(copyProblem.contains(".json")) << copyProblem.toStdString();
     QString openProblem;

@@ -100,9 +100,12 @@ std::optional<SessionDocument> RecoveryCopy::takeLeftOver() {
         }
         QString problem;
         std::optional<SessionDocument> document = openSession(path, problem);
-        QFile::remove(path);
-        if (document && !document->photographs.isEmpty()) {
-            keep(*document);
+        const bool isWorthKeeping = document && !document->photographs.isEmpty();
+        // If this program cannot keep a copy of its own, the old one stays for the next start.
+        if (!isWorthKeeping || keep(*document).isEmpty()) {
+            QFile::remove(path);
+        }
+        if (isWorthKeeping) {
             return document;
         }
     }
