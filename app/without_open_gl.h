@@ -1,9 +1,10 @@
-// While an object of this class exists, windows open without the desktop's OpenGL. The program does not draw with
-// OpenGL. On X11, setting up OpenGL takes as long as everything else that an empty window needs.
+// If the program's first window opens while an object of this class exists, the toolkit does not set up the desktop's
+// OpenGL for the program, which does not draw with it. On X11, setting up OpenGL takes as long as everything else
+// together that an empty window needs.
 //
-// The toolkit's X11 plugin reads the environment variable QT_XCB_GL_INTEGRATION once, for the first window. The
-// destructor removes the variable, so that processes started later do not inherit it. If the user has set the variable,
-// it stays unchanged. Other platforms ignore it.
+// The constructor sets the environment variable QT_XCB_GL_INTEGRATION, which the toolkit's X11 plugin reads only for
+// the first window. The destructor removes the variable, so that processes started later do not inherit it. If the user
+// has set the variable, it stays unchanged. Other platforms ignore the variable.
 #pragma once
 
 #include <QtGlobal>
