@@ -31,7 +31,8 @@ struct Pairs {
     std::vector<Corners> left, right;
 };
 
-// Finds the corners with the same functions as OpenCV's own sample, but with a half window of 5 pixels instead of 11.
+// Finds the corners with the same functions as OpenCV's sample for stereo calibration, but cornerSubPix has a half
+// window of 5 pixels instead of 11.
 std::optional<Corners> cornersOf(const std::string &path, cv::Size &size) {
     const cv::Mat picture = cv::imread(path, cv::IMREAD_GRAYSCALE);
     Corners corners;
@@ -110,8 +111,9 @@ double residualOfOpenCv(const Pairs &pairs, double &baseline) {
     return rms;
 }
 
-// Returns the rms residual of our own solve from all corners, in pixels, and sets the baseline in mm. `shape` lists the
-// indices of the PrintShape numbers that this solve varies; all other numbers are 0. Returns -1 if the solve fails.
+// Solves with all corners, starting from `start`. Returns the rms residual in pixels, and sets the baseline in mm.
+// `shape` lists the indices of the PrintShape numbers that the solve varies; all other numbers are 0. Returns -1 if the
+// solve fails.
 double residualOfOurs(const Observations &observations, const std::vector<int> &shape, const Calibration &start,
                       double &baseline) {
     SolveOptions options;

@@ -25,11 +25,12 @@ cv::Point2d pixelOf(const CameraModel &camera, const cv::Vec3d &ray);
 cv::Vec3d rayOf(const CameraModel &camera, const cv::Point2d &pixel);
 
 // A sheet of paper that is rolled, waved or creased along parallel straight lines without stretching. Sheet coordinates
-// are measured on the paper from its middle; the flat sheet would lie in the plane z = 0.
+// are measured on the paper from its middle, in pitches (synthetic_target.h). The flat sheet would lie in the plane
+// z = 0.
 class PaperSheet {
 public:
     struct Form {
-        double direction = 0;                            // direction in the paper across the bending lines, radians
+        double direction = 0;                            // of the perpendicular to the bending lines, radians
         double curvature = 0;                            // curvature of a rolled sheet, 1 / pitch
         double waveSlope = 0;                            // greatest slope of a waved sheet, radians
         double waveLength = 1;                           // pitches

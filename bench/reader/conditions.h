@@ -15,8 +15,9 @@ struct Condition {
     const char *id = "";
     const char *text = "";
     bool boardsOnly = false;
-    // Every draft begins with mild conditions, and `prepare` changes them. `finish` changes the exposure when the place
-    // of the pattern is known. Either may be null. If both are null, makeScene (scenes.h) makes the picture.
+    // Every draft begins as an easy picture (makeDraft), and `prepare` makes it harder. `finish` changes the exposure
+    // after the scene has been composed, because only then is the place of the pattern in the picture known. Either may
+    // be null. If both are null, makeScene (scenes.h) makes the picture instead.
     void (*prepare)(SceneDraft &draft, Dice &dice) = nullptr;
     void (*finish)(ComposedScene &composed, Dice &dice) = nullptr;
 };

@@ -45,8 +45,8 @@ double leastErrorAt(const Scene &scene, const ScenePattern &pattern, const cv::P
     return pattern.coded.kind == PatternKind::Plate ? leastMarkError(view) : leastCornerError(view);
 }
 
-// Compares the reading's corners with a pattern, and sets the corners and errors in `score`. Returns true if more than
-// 95 % of the corners are within a quarter of a square of their true positions.
+// Compares the reading's corners with a pattern, and sets `corners`, `strayCorners` and `errors` in `score`. Returns
+// true if more than 95 % of the corners are within a quarter of a lattice step of their true positions.
 bool agrees(const Scene &scene, const ScenePattern &pattern, const PatternReading &reading, PatternScore &score) {
     constexpr double strayDistance = 0.25;
     score.corners = int(reading.corners.size());
@@ -88,7 +88,8 @@ PatternScore unreadScore(const Scene &scene, const ScenePattern &pattern) {
     return score;
 }
 
-// If the reading is of this pattern, adds it to the pattern's score and returns true.
+// If the reading is of the pattern that `score` belongs to, adds it to the score and returns true. Also counts values
+// of the reading that are not those of the pattern.
 bool take(const Scene &scene, const PatternReading &reading, PatternScore &score, int &falseValues) {
     const CodedTarget &coded = score.pattern->coded;
     PatternScore measured = score;
