@@ -2,10 +2,10 @@
 // shapes of prints. Only what the solve varied has a covariance. The covariance follows from the derivatives of the
 // residuals at the solution and from the priors.
 //
-// The poses of the moments are eliminated one by one. So their covariance is not available, but time and memory grow
-// only linearly with the number of moments. The covariance is multiplied by the variance of the residuals. So a common
-// factor of all corners' standard deviations cancels. Such a factor only changes the weight of the priors, because the
-// standard deviations of the priors are absolute.
+// The poses of the moments are eliminated one moment at a time. Time and memory therefore grow only linearly with the
+// number of moments, but the covariance of these poses is not available. The covariance is multiplied by the variance
+// of the residuals. So it hardly changes if all corners' standard deviations are wrong by the same factor: the factor
+// affects only the weight of the priors, whose standard deviations are absolute.
 #pragma once
 
 #include <Eigen/Core>
@@ -64,9 +64,9 @@ private:
     int corners = 0;
 };
 
-// Computes the covariance. A direction that the sightings do not determine gets a huge variance. Returns nothing if a
-// parameter has no information at all, or if the residuals do not outnumber the unknowns. Also returns nothing if a
-// corner cannot be projected or a number is not finite.
+// Computes the covariance. A combination of parameters that the sightings do not determine gets a huge variance.
+// Returns nothing if one of the parameters affects neither a residual nor a prior, or if the residuals do not outnumber
+// the unknowns. Also returns nothing if a corner cannot be projected or a number is not finite.
 std::optional<Covariance> covarianceOf(const Observations &observations, const Freedom &freedom,
                                        const Estimate &estimate);
 

@@ -95,8 +95,8 @@ void distortAngle(const double *k, double angle, double &distorted, double &slop
     slope = 1 + a2 * (3 * k[0] + a2 * (5 * k[1] + a2 * (7 * k[2] + 9 * a2 * k[3])));
 }
 
-// A fisheye is treated as a pinhole for points so near its optical axis that their distance from the axis, divided by
-// their distance from the camera, is below this.
+// The formulas of the fisheye divide by the distance of a point from the optical axis. If this distance, divided by the
+// point's distance from the camera, is below this limit, the formulas of a pinhole are used instead.
 constexpr double nearAxis = 1e-9;
 
 bool distortFisheye(const double *k, const Eigen::Vector3d &point, Distorted &result) {
@@ -183,8 +183,8 @@ bool directionOfFisheye(const double *k, const Eigen::Vector2d &place, Eigen::Ve
     return std::abs(distorted - wanted) < 1e-9;
 }
 
-// Uses Newton's method in the plane at distance 1, with a limited step. Returns false if a step leads to a place where
-// the distortion folds over, or if 50 steps are not enough.
+// Uses Newton's method in the plane at distance 1, with steps of limited length. Returns false if the start or a later
+// guess is at a place where the distortion folds over, or nearly does. Also returns false if 50 steps are not enough.
 bool directionOfPinhole(LensModel lens, const double *coefficients, const Eigen::Vector2d &place,
                         Eigen::Vector3d &direction) {
     Eigen::Vector2d guess = place;

@@ -65,8 +65,8 @@ Observations enough(const Observations &all, int camera) {
     }
     Observations some{all.cameras, all.photographs, all.prints, {}, all.moments};
     if (camera >= 0) {
-        // All photographs count as this camera's. Otherwise, this camera could belong to a rig with a different first
-        // camera. That first camera has no sightings here, so this camera would get no pose in the rig.
+        // All photographs count as this camera's. If they did not, another camera could be the first one of this
+        // camera's rig. That first camera would have no sightings here, so this camera would get no pose in the rig.
         for (Photograph &photograph : some.photographs) {
             photograph.camera = camera;
         }
@@ -110,8 +110,8 @@ void forEach(std::vector<Candidate> &candidates, const std::function<void(Candid
 }
 
 // Solves all candidates and computes their errors. `bends` has one entry for each candidate, or a single one for all.
-// All errors are in units of the standard deviations that the best candidate shows. In units of its own standard
-// deviations, a bad model would look as good as the best.
+// For each camera, all errors are in units of one standard deviation, the smallest that a candidate shows. In units of
+// its own standard deviation, a bad model would look as good as the best.
 void compare(std::vector<Candidate> &candidates, const std::vector<std::vector<Bend>> &bends,
              const std::vector<MeasuredPrint> &measured) {
     forEach(candidates, [&](Candidate &candidate) {
@@ -154,9 +154,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     for (Eigen::Index i = 0; i < count; i++) {
         numbers(i) = candidate.estimate.shapes[print].numbers[size_t(free[size_t(from + i)])];
     }
-    // The covariance is multiplied by the variance of all residuals (see covariance.h). Here it is divided by this
-    // variance again, because the variance is useless until bad sightings are left out. What remains follows from the
-    // corners' standard deviations. These are right, because they come from the good residuals.
+    // The covariance has the variance of all residuals as a factor (see covariance.h). Here this factor is divided out
+    // again, because it is meaningless as long as bad sightings are not left out. The result follows only from the
+    // corners' standard deviations. These are right, because solveRobustly() derives them from the good residuals.
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
     // Chi-squared with `count` degrees of freedom has the mean `count` and the variance 2 * `count`.
@@ -164,9 +164,9 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
     return square > double(count) + 5 * std::sqrt(2 * double(count));
 }
 
-// Takes back bends that cannot be distinguished from 0. The comparison lets either all prints bend or none. If one
-// print is really bent, a flat model of it makes the poses wrong. Then photographs of the other prints are predicted
-// better with bends, too, although these prints are flat.
+// Takes back bends that cannot be distinguished from 0. The comparison chooses such bends because it lets either all
+// prints bend or none: if one print is really bent, a flat model of it makes the poses wrong. Then photographs of the
+// other prints are predicted better with bends, too, although these prints are flat.
 void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, std::vector<Bend> &bends) {
     for (bool changed = true; changed;) {
         changed = false;

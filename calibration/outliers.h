@@ -7,17 +7,19 @@
 
 namespace calibration {
 
-// Solves with a robust loss, drops corners whose residuals exceed four standard deviations, and leaves out sightings
-// that do not fit. This is repeated until no decision changes, but at most six times. Then solves without the robust
-// loss, and solves again as long as decisions change, at most three times. Corners and sightings that fit later are
-// used again. Changes `isUsed` in the observations, but never uses a sighting or corner that `given` does not use. Also
-// multiplies the corners' standard deviations by one factor for each camera, so that they agree with the residuals.
-// Returns false if a solve fails.
+// Solves with a robust loss and decides what is used: drops corners whose residuals exceed four standard deviations,
+// leaves out sightings of which too few corners remain, and uses again what fits after all. Both steps are repeated
+// until no decision changes, but at most six times. Then solves without the robust loss and decides again. As long as a
+// decision changes, solves again in this way, at most three more times.
+//
+// Changes `isUsed` in the observations, but never uses a sighting or corner that `given` does not use. Also multiplies
+// the corners' standard deviations by one factor for each camera, so that they agree with the residuals. Returns false
+// if a solve fails.
 bool solveWithoutOutliers(const Observations &given, Observations &observations, const Freedom &freedom,
                           Estimate &estimate);
 
 // Makes the decisions of one round of solveWithoutOutliers: scales the standard deviations and decides for each
-// sighting and corner whether it is used. Returns true if a decision changed.
+// sighting with a pose, and for each of its corners, whether it is used. Returns true if a decision changed.
 bool decideOutliers(const Observations &given, Observations &observations, const Estimate &estimate);
 
 // Solves so that bad corners have little effect, without deciding which corners are bad. Scales the corners' standard
@@ -28,17 +30,17 @@ std::optional<std::vector<double>> solveRobustly(Observations &observations, con
 // Multiplies the corners' standard deviations by a factor for each camera.
 void scaleDeviations(Observations &observations, const std::vector<double> &factors);
 
-// Returns the lengths of the residuals of all corners of a sighting, used or not, in standard deviations along one
-// axis. Empty if a corner cannot be projected.
+// Returns, for each corner of a sighting, used or not, the length of its residual divided by its standard deviation.
+// (A corner's standard deviation is that along one axis.) Empty if a corner cannot be projected.
 std::vector<double> residualLengths(const Observations &observations, const Sighting &sighting,
                                     const BlockPointers &blocks);
 
 // Estimates the standard deviation of residuals along one axis from their lengths. Up to half of the residuals may be
-// bad.
+// bad. Returns 1 if there are none.
 double scaleOfLengths(std::vector<double> lengths);
 
 // Returns for each camera the standard deviation of the residuals of good corners, in units of the corners' stated
-// standard deviations. 1 for a camera without sightings.
+// standard deviations. 1 for a camera if none of its sightings takes part.
 std::vector<double> residualScales(const Observations &observations, const Estimate &estimate);
 
 // A corner is bad if its residual is longer than this, in standard deviations along one axis. One good corner in 3,000

@@ -11,9 +11,9 @@ namespace calibration {
 
 namespace {
 
-// A change of place is clear, and not due to chance, if the squared distance between the poses before and after it is
-// larger than this. The limit is high because a pose has 6 degrees of freedom, and because the largest of the changes
-// at all times is tested.
+// A change of place is clear, and not due to chance, if the squared Mahalanobis distance between the mean poses before
+// and after it is larger than this. The limit is high because a pose has 6 degrees of freedom, and because the largest
+// of the distances for all possible times of the change is compared with it.
 constexpr double clearDistance = 60;
 
 // The weighted mean of several poses at the same place.
@@ -26,7 +26,7 @@ struct Fused {
         weighted += other.weighted;
     }
     Fused without(const Fused &other) const { return {information - other.information, weighted - other.weighted}; }
-    // Returns how much of the weighted sum of the squared offsets the mean explains.
+    // Returns by how much the weighted sum of the squared offsets shrinks if the mean is subtracted from each offset.
     double explained() const { return weighted.dot(Vector6(solveSymmetric(information, weighted))); }
 };
 
@@ -82,8 +82,8 @@ private:
 
     Fused between(size_t first, size_t last) const { return sums[last].without(sums[first]); }
 
-    // If the greatest change between the poses is clear, cuts the poses there, and then cuts both parts in the same
-    // way. Otherwise adds the poses as one stretch.
+    // Finds the time at which the means of the poses before and after it differ most. If this change is clear, cuts the
+    // poses there, and then cuts both parts in the same way. Otherwise adds the poses as one stretch.
     void cut(size_t first, size_t last) {
         double greatest = clearSquare;
         size_t middle = first;

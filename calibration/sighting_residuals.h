@@ -35,7 +35,8 @@ public:
 private:
     bool evaluateResiduals(const BlockPointers &blocks, double *residuals) const;
     bool evaluateAll(const BlockPointers &blocks, double *residuals, double *const *jacobians) const;
-    // Sets the two residuals of a corner. Returns the derivative of both with respect to the corner's image.
+    // Sets the two residuals of a corner that is projected to `image`. Returns their derivatives with respect to
+    // `image`.
     Eigen::Matrix2d weigh(const SeenCorner &corner, const Eigen::Vector2d &image, double *residual) const;
 
     const Camera &camera;

@@ -16,7 +16,8 @@ namespace calibration {
 
 namespace {
 
-// A new sighting is left out at first if its residuals are at least this many times those of good sightings.
+// A new sighting is left out at first if the scale of its residuals (scaleOfLengths) is at least this large. Good
+// sightings have a scale of about 1.
 constexpr double greatestScale = 3;
 constexpr double robustScale = 6;
 // At least this share of the sightings must be the same as before.

@@ -23,8 +23,8 @@ struct UnreadFile {
 
 struct ReportInput {
     std::string title = "Camera calibration";
-    // The bytes of a small JPEG file for each photograph. An entry may be empty, and so may the list. At most 300
-    // thumbnails are shown. A thumbnail of more than 40,000 bytes is left out.
+    // The bytes of a small JPEG file for each photograph of the observations. An entry may be empty, and so may the
+    // list. At most 300 thumbnails are shown. A thumbnail of more than 40,000 bytes is left out.
     std::vector<std::string> thumbnails;
     std::vector<UnreadFile> unread;
 };
