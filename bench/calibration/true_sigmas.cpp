@@ -51,8 +51,8 @@ void addLens(const SimulatedScene &scene, const Calibration &result, int camera,
         errors.focalLengths.add(estimate[i] - truth[i], sigmas[size_t(i)]);
         errors.centres.add(estimate[i + 2] - truth[i + 2], sigmas[size_t(i) + 2]);
     }
-    // Compares where the estimated and the true lens project nine fixed directions. They are spread over the part of
-    // the picture in which corners were seen.
+    // Takes nine pixels in the part of the picture in which corners were seen, and the directions in which the true
+    // lens sees them. Compares where the estimated and the true lens project these directions.
     const Camera &what = scene.observations.cameras[size_t(camera)];
     const Eigen::MatrixXd covariance = result.covariance.intrinsics(camera);
     for (const double x : {0.15, 0.5, 0.85}) {

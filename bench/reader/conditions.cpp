@@ -44,9 +44,9 @@ void small(SceneDraft &draft, Dice &dice) {
     draft.exposure.noiseSigma = dice.real(0.5, 3);
 }
 
-// The size of a picture is limited. The limit is 150 megapixels in 1 % of the pictures, 64 in 2 %, 12 in 7 %, and 1 to
-// 4 in all others. Pictures of boards always reach the limit, and have the area of at least 7 x 7 squares. Pictures of
-// plates may be smaller.
+// Limits the size of the picture: to 150 megapixels in 1 % of the pictures, to 64 in 2 %, to 12 in 7 %, and to 1 to 4
+// in all others. A board is larger than the limit, so the picture shows only its middle, with an area of 7 x 7 squares
+// or more. A plate always fits, so its picture may be smaller than the limit.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);

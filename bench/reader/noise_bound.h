@@ -26,11 +26,11 @@ struct LocalView {
 
 // Returns the least root mean square error, in pixels, that an unbiased measurement of a corner can have. The
 // measurement uses a disc around the corner, which reaches to the nearest mark or to the nearest far side of the four
-// squares that meet at the corner, whichever is closer. The result is 0 if the picture within the disc says nothing
-// about the corner's position.
+// squares that meet at the corner, whichever is closer. The result is 0 if there is no contrast, or if the blur is so
+// large that no usable length of the borders is left within the disc.
 double leastCornerError(const LocalView &view);
-// Returns the same for a round mark with a radius of half a lattice step. The measurement uses the mark's whole
-// outline.
+// Returns this least error for the centre of a round mark with a radius of half a lattice step. The measurement uses
+// the mark's whole outline. The result is 0 if there is no contrast.
 double leastMarkError(const LocalView &view);
 
 }  // namespace reader_bench

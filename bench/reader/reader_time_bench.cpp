@@ -88,9 +88,9 @@ void benchMegapixels(Table &table) {
     }
 }
 
-// A picture and the number of its items: thousands of corners, or patterns. The time for an empty picture of the same
-// size is subtracted from the time for this picture. The rest is divided by the number of items. The table compares
-// this time per item with that of the first subject.
+// A picture and the number of its items. The items are patterns, or corners counted in thousands. The time for an empty
+// picture of the same size is subtracted from the time for this picture. The rest is divided by the number of items.
+// The table compares this time per item with that of the first subject.
 struct Subject {
     std::string what;
     cv::Mat picture;

@@ -1,6 +1,7 @@
-// Makes everyday pictures. They show one to four patterns of all types and both polarities. The light is mild. The
-// patterns are tilted by up to 60°, and a square has a side of 4 to 40 pixels. The patterns are completely visible, or
-// a quarter is hidden. The number of a picture determines everything in it.
+// Makes everyday pictures. Each shows one to four patterns; together, they show all types and both polarities. The
+// light is mild. The patterns are tilted by up to 60°, and a square has a side of 4 to 40 pixels. If a picture shows
+// only one pattern, a quarter of it may be hidden. Otherwise, all patterns are completely visible. The number of a
+// picture determines everything in it, except whether the patterns have their marks (`marks`).
 #pragma once
 
 #include "bench/reader/scene.h"

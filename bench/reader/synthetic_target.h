@@ -1,9 +1,9 @@
 // Tells the synthetic camera how much ink a small piece of a flat target carries. The target has the shapes that
-// LmLib64 prints.
+// LmLib64 prints, or those of a checkerboard with any marks (CheckerTarget).
 //
-// The unit of length is one lattice pitch (a checkerboard's square side, half the grid spacing of a plate). The
-// origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 where the paper is
-// fully inked and 0 where it is not; the camera converts it to grey levels.
+// The unit of length is one lattice pitch (a checkerboard's square side, half the grid spacing of a plate). The origin
+// is the pattern's top-left outer corner, x to the right, y down. Ink is 1 where the paper is fully inked and 0 where
+// it has no ink; the camera converts it to grey levels.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,7 +16,7 @@ namespace reader_bench {
 
 // How the printer renders the shapes. Lengths are in pitches.
 struct Print {
-    double inkSpread = 0;       // the distance by which dark shapes extend farther on every side
+    double inkSpread = 0;       // how much farther dark shapes extend on every side; negative if less far
     double halftonePeriod = 0;  // period of the halftone screen; 0 if there is no screen
     double halftoneDepth = 0;   // the share of the ink that is missing between the screen's dots
     double halftoneAngle = 0;   // radians
