@@ -56,6 +56,8 @@ public:
         }
     }
 
+    // True if the rows say nothing about shared parameters: they do not depend on any, or they are no more than the six
+    // numbers of the pose.
     bool isEmpty() const { return taken.empty() || byPose.rows() <= 6; }
 
     // Adds the information about the shared parameters that does not depend on the moment's pose. To this end, the rows
@@ -78,8 +80,8 @@ private:
 
 // Inverts an information matrix. Parameters of a lens can be correlated so strongly that the matrix is nearly singular
 // although every projection is well determined. So eigenvalues below the rounding error are raised to the rounding
-// error, and a direction about which nothing is known gets a huge variance. Returns nothing if a number is not finite
-// or a parameter has no information at all.
+// error, and a direction about which nothing is known gets a huge variance. Returns nothing if a number is not finite,
+// if there is no information at all about a parameter, or if the eigenvalues cannot be computed.
 std::optional<Eigen::MatrixXd> inverseOf(const Eigen::MatrixXd &information) {
     const Eigen::VectorXd diagonal = information.diagonal();
     if (!information.allFinite() || (diagonal.size() > 0 && !(diagonal.minCoeff() > 0))) {

@@ -34,11 +34,14 @@ struct CameraGroups {
 CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs);
 
 // Returns the moment of each photograph, counted from 0. Photographs of different cameras count as taken at the same
-// moment if their file names (without endings) are equal. If too few names match, or if two photographs of one camera
-// have the same name, the last number in each name is compared instead (left01.jpg and right01.jpg). If too few of
-// these numbers match, one is absent, or two of one camera are equal, the position among the camera's photographs
-// decides. In that case, std::runtime_error is thrown if the cameras have different numbers of photographs. `cameraOf`
-// is -1 for photographs that do not count; their moments have no meaning.
+// moment if they agree in one of the following, of which the first that is usable is taken for all photographs:
+// - the file name without its ending;
+// - the last number in the file name (left01.jpg and right01.jpg);
+// - the position among the photographs of the same camera.
+// Names or numbers are usable if no photograph lacks one, if no camera has the same one twice, and if each camera
+// except the first shares at least half of its own with other cameras. Positions are usable if all cameras have the
+// same number of photographs; otherwise, std::runtime_error is thrown. `cameraOf` is -1 for photographs that do not
+// count; their moments have no meaning.
 std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::vector<int> &cameraOf);
 
 }  // namespace calibration

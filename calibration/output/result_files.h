@@ -1,9 +1,9 @@
 // Makes all files of a calibration in memory, and writes them to the disk, all or none. docs/calibration-file.md and
 // docs/assembly-file.md describe our own formats.
 //
-// The same calibration gives the same bytes. std::runtime_error is thrown if the name of a camera cannot be part of a
-// file name, or if a number is not finite. So no file ever has such a number. std::invalid_argument is thrown if `axes`
-// cannot be used (see assembly.h).
+// The same calibration and notes give the same bytes. std::runtime_error is thrown if the name of a camera cannot be
+// part of a file name, or if a number is not finite. std::invalid_argument is thrown if `axes` cannot be used (see
+// assembly.h).
 #pragma once
 
 #include <optional>

@@ -1,4 +1,5 @@
-// Computes the residuals of corners in pixels, and sums of them for each photograph.
+// Computes the residuals of corners in pixels, and a summary of each photograph: its corners, its residuals, its
+// prints, and why some of these prints are left out.
 #pragma once
 
 #include <vector>
@@ -12,7 +13,8 @@ struct CornerResidual {
     Eigen::Vector2d error;  // the corner as the calibration projects it, minus `image`; pixels
 };
 
-// Returns the residuals of the used corners of one sighting; empty if the sighting does not take part.
+// Returns the residuals of the used corners of one sighting. Empty if the sighting does not take part, or if one of
+// these corners cannot be projected.
 std::vector<CornerResidual> cornerResiduals(const Calibration &calibration, const Sighting &sighting);
 
 // A row of the table of photographs.
