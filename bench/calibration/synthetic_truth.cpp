@@ -17,7 +17,7 @@ namespace {
 using Eigen::Vector3d;
 
 constexpr int corners = 15;
-constexpr double xyError = 0.005;  // the first print of a scene is longer in x than in y by this share
+constexpr double xyError = 0.005;  // by this share, the first print of every scene is longer in x than in y
 
 CameraDraft distorted(const char *name) {
     CameraDraft draft{{name, 1640, 1230, LensModel::Pinhole5}, Eigen::VectorXd(9), {}};
@@ -118,9 +118,10 @@ struct Deviation {
     size_t prints = 0;
 };
 
-// Finds the similarity transformation that fits the first print's estimated corners to their true positions, and
-// applies it to the corners of all prints. Returns the errors that remain, and the greatest error of a print's ratio of
-// x scale to y scale.
+// Compares the corners of the result's first group with the truth. The result may have another scale than the truth,
+// and other axes. So all estimated corners are first transformed by the similarity that fits those of the first print
+// to their true positions. Returns the distances that remain, in mm, the greatest error of a print's ratio of x scale
+// to y scale, and the number of prints that were compared.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;

@@ -7,7 +7,8 @@ namespace reader_bench {
 
 namespace {
 
-// A convex polygon that is cut by half planes. Every cut adds at most one point. There is room for `limit` points.
+// A convex polygon that is cut by half planes. Every cut adds at most one point, and there is room for `limit` points.
+// That is enough for a quadrilateral and ten cuts.
 class Clipped {
 public:
     explicit Clipped(const Quad &quad) {

@@ -11,8 +11,9 @@
 
 namespace reader_bench {
 
-// A shadow on the half plane that begins at the point `edge` and extends in the direction `side`. It removes the share
-// `depth` of the light. Across its straight edge, the light changes over `penumbra` pixels.
+// A shadow with one straight edge, which runs through the point `edge`. The shadow covers everything on that side of
+// the edge to which `side` points, and removes the share `depth` of the light there. Across the edge, the light changes
+// over `penumbra` pixels.
 struct Shadow {
     cv::Point2d edge;
     cv::Point2d side;  // a unit vector
@@ -36,18 +37,18 @@ struct Obstacle {
 struct Exposure {
     float paperLevel = 220;
     float inkLevel = 30;
-    cv::Point2d lightSlope;  // relative change of light over the whole image
-    double vignette = 0;     // relative loss in the corners
+    cv::Point2d lightSlope;  // relative change of the light over the picture's width, and over its height
+    double vignette = 0;     // relative loss of light in the corners
     std::vector<Shadow> shadows;
     std::vector<Glare> glares;
     std::vector<Obstacle> obstacles;
 
     double blurSigma = 0.6;  // standard deviation of a Gaussian blur, in addition to the averaging over a pixel's area
-    // The radius of the disc that a point becomes if it is out of focus: |radius + slope · (p - middle of the
-    // picture)|.
+    // If the picture is out of focus, the point at p becomes a disc with the radius |defocusRadius + defocusSlope ·
+    // (p - middle of the picture)|.
     double defocusRadius = 0;
     cv::Point2d defocusSlope;
-    cv::Point2d motion;  // how far a point of the picture moves while the shutter is open
+    cv::Point2d motion;  // how far the picture moves along x and y while the shutter is open
 
     double noiseSigma = 2;    // grey levels
     double shotNoise = 0;     // variance that is added per grey level of light

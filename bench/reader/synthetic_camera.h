@@ -1,6 +1,7 @@
-// Photographs printed targets with a synthetic camera: true perspective through any lens, bent paper, a rolling
-// shutter, and the exact average over each pixel's area. Its known geometry is the truth with which the reader's
-// results are compared. exposure.h makes a photograph from what the camera sees.
+// Renders photographs of printed targets, as a synthetic camera would take them: with the true perspective, a
+// distorting lens, bent paper and a rolling shutter. Each pixel is the exact average over its area, except at the edges
+// of covers, where it is the average of samples. The known geometry is the truth with which the reader's results are
+// compared. exposure.h makes a photograph from what the camera sees.
 //
 // In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down.
 // Everything random comes from the caller's generator, so a seed determines an image.
@@ -25,9 +26,9 @@ struct TargetPose {
     cv::Vec3d translation{0, 0, 1};
     cv::Point2d anchor;
     std::shared_ptr<const PaperSheet> sheet;  // flat if empty
-    // The movement between camera and target while the rows of the picture are read one after the other. It is given
-    // per row, and is zero at middleRow. It consists of a turn about the camera's centre (axis times radians) and then
-    // a shift.
+    // The movement between camera and target while the rows of the picture are read one after the other. At row y, the
+    // target has been turned about the camera's centre by (y - middleRow) · turnPerRow (axis times angle, in radians),
+    // and then shifted by (y - middleRow) · shiftPerRow.
     cv::Vec3d turnPerRow;
     cv::Vec3d shiftPerRow;
     double middleRow = 0;
@@ -40,9 +41,9 @@ using Cover = std::function<bool(double x, double y)>;
 struct PlacedTarget {
     std::shared_ptr<const SyntheticTarget> target;
     TargetPose pose;
-    double quietZone = 1;  // pitches of paper around the pattern
-    Cover cover;           // may be empty
-    float coverLevel = 90;
+    double quietZone = 1;   // width of the paper around the pattern, in pitches (synthetic_target.h)
+    Cover cover;            // may be empty
+    float coverLevel = 90;  // grey level of the cover
 };
 
 // Returns where the camera sees a point of the target, in image coordinates.
