@@ -32,17 +32,18 @@ struct MeasuredPrint {
 enum class Stage { StartValues, ChoosingModels, Solving, JudgingTrust };
 
 struct CalibrateOptions {
-    // The model of every camera. If absent, each camera gets the simplest model that predicts held-out photographs
-    // nearly as well as the best one.
+    // The model of every camera. If absent, each camera gets the simplest model that is nearly as good as the
+    // best one at predicting photographs that were held out (not used to estimate it).
     std::optional<LensModel> lens;
-    // If true, prints may bend. A print gets a bend if that predicts held-out photographs clearly better, and if the
-    // bend is larger than its own uncertainty explains.
+    // If true, prints may bend. A print gets a bend only if that predicts held-out photographs clearly better, and
+    // if the bend differs from 0 by clearly more than its standard deviations.
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
-    // An earlier result for similar observations with the same cameras and prints. Starting from it is much faster. Its
-    // lens models and bends are kept if the earlier call had the same `lens` and `mayBend`, and chose the models from a
-    // similar number of photographs. If they are kept, the result is the same as without an earlier result, to within a
-    // small share of its standard deviations.
+    // An earlier result for similar observations with the same cameras and prints. If its lens models and bends can be
+    // kept, the calibration starts from it, which is much faster, and the result is the same as without it, to within a
+    // small share of its standard deviations. They can be kept if the earlier call had the same `lens` and `mayBend`.
+    // If these leave anything to choose, the earlier call must also have chosen it from a similar number of photographs
+    // (a factor of at most 1.5). Otherwise, the earlier result is ignored.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0
     // to 1.
@@ -76,11 +77,12 @@ struct CameraTrust {
     int corners = 0;  // the number of used corners
     int photographs = 0;
     std::vector<double> sigmas;  // standard deviations of the intrinsics, in their order
-    double distance = 0;         // mm: the median distance from the camera to the prints
-    PictureMap uncertainty;      // at that distance; see projection_uncertainty.h
+    // mm: the median, over the used sightings, of the distance from the camera to the middle of the corners
+    double distance = 0;
+    PictureMap uncertainty;  // at that distance; see projection_uncertainty.h
     PictureMap uncertaintyAtInfinity;
-    // The difference between the lens from one half of the moments and the lens from the other half. Empty if a half
-    // does not determine the lens.
+    // How far the projections by two lenses are apart at that distance. One lens is estimated from every second moment
+    // (Photograph::moment), the other from the remaining ones. Empty if one of the halves does not determine the lens.
     std::optional<PictureMap> halves;
     std::vector<ModelTrial> trials;  // empty if no models were compared
 };
@@ -92,9 +94,10 @@ struct PrintTrust {
     // The standard deviation of each point's place in the world, in the direction in which it is greatest, in mm. Empty
     // if the print has no pose.
     std::vector<double> pointSigmas;
-    // False if the photographs make the print's scale or ratio hardly more certain than the prior alone.
+    // False if the photographs say little about the print's scale or about its ratio of x to y: one of the two has a
+    // standard deviation of at least 70 % of the one that is assumed before any photograph (ShapePrior).
     bool isDetermined = true;
-    bool isMeasured = false;
+    bool isMeasured = false;  // true if CalibrateOptions::measured has this print
 };
 
 // How the models were chosen: the options `lens` and `mayBend`, and the number of photographs that show a pattern.
@@ -113,7 +116,7 @@ struct Verdict {
     std::vector<std::string> advice;
 };
 
-// The photograph that would most reduce the greatest uncertainty.
+// The photograph, of those that findNextPhotograph() compares, that would most reduce the greatest uncertainty.
 struct NextPhotograph {
     int camera = 0;
     int print = 0;
@@ -141,8 +144,8 @@ struct Calibration {
     // are not determined, and which define the scale.
     std::vector<std::string> notices;
 
-    // Returns the group of the first print with a pose. The world of this group is the coordinate system of the
-    // results. -1 if no print has a pose.
+    // Returns the group of the first print with a pose, or -1 if no print has a pose. The world of this group is the
+    // coordinate system of the results.
     CALIBRATION_API int firstGroup() const;
 };
 
@@ -157,9 +160,9 @@ public:
     Cancelled() : std::runtime_error("The calibration was cancelled.") {}
 };
 
-// Throws CalibrationImpossible if the observations do not determine a calibration, for example because there are no
-// corners, too few photographs or only photographs from one direction. Throws Cancelled if options.isCancelled returns
-// true.
+// Throws CalibrationImpossible if the observations do not determine a calibration (for example, because there are no
+// corners, too few photographs or only photographs from one direction), or if they contradict each other. Throws
+// Cancelled if options.isCancelled returns true.
 CALIBRATION_API Calibration calibrate(const Observations &observations, const CalibrateOptions &options = {});
 
 }  // namespace calibration

@@ -1,6 +1,7 @@
 // Lets work deep inside a calibration end early if the calibration is cancelled. Each thread stores the function that
-// tells whether its calibration is cancelled, so the function need not be passed through every call. A thread that
-// works for another thread makes an Interruption with that thread's function, which current() returns.
+// tells whether its calibration is cancelled, so the function need not be passed through every call. A new thread has
+// no function yet. So whoever starts a thread that works for a calibration passes it the result of current(), and the
+// new thread makes an Interruption with it.
 #pragma once
 
 #include <functional>
@@ -9,8 +10,8 @@ namespace calibration {
 
 class Interruption {
 public:
-    // Until this object is destroyed, isWanted() and check() call `isCancelled` in the thread that made the object. The
-    // function may be empty; then isWanted() is false.
+    // Stores the function for this thread until this object is destroyed. Then the thread has its earlier function
+    // again. The function may be empty; then isWanted() is false.
     explicit Interruption(std::function<bool()> isCancelled);
     ~Interruption();
     Interruption(const Interruption &) = delete;

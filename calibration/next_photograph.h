@@ -5,13 +5,15 @@
 
 namespace calibration {
 
-// Compares a fixed set of poses of the target in front of the camera that has the greatest uncertainty. Returns the
-// pose that, as the covariance predicts, would reduce this uncertainty most. Empty if no pose reduces it by more than
-// 5 %. If more photographs would hardly improve the lens, the text says this.
+// Takes the camera that has the greatest uncertainty and the print of which it saw the most corners, and compares a
+// fixed set of poses of this print in front of this camera. Returns the pose that, as the covariance predicts, would
+// reduce the camera's uncertainty most. Empty if no uncertainty is known or if no pose reduces it by more than 5 %. The
+// text also says so if more photographs would hardly improve the lenses.
 std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration);
 
-// True if the greatest uncertainty of every camera is far below the error of a single corner. More photographs then
-// hardly improve the lens, but they may still improve the poses of prints.
+// True if the greatest uncertainty of every camera is at most about a quarter of the error of a single corner. More
+// photographs then hardly improve the lenses, but they may still improve the poses of prints. Cameras whose uncertainty
+// is not known do not count; if there are no others, the result is false.
 bool isLensCertain(const Calibration &calibration);
 
 }  // namespace calibration

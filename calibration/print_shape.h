@@ -31,13 +31,14 @@ struct PrintedPoint {
 };
 PrintedPoint printedPoint(const double *numbers, double reach, const Eigen::Vector2d &drawn);
 
-// Computes the same as printedPoint(), but is faster for many points of one print.
+// Computes the same as printedPoint(), but is faster for many points of one print. Keeps a pointer to the shape's
+// numbers, which must outlive this object.
 class PreparedShape {
 public:
     struct Point {
         Eigen::Vector3d place;
         double plainX, byShear;        // mm: x without shear, and how much x grows per unit of shear
-        std::array<double, 7> powers;  // products of powers of x and y; each has a factor in the bend
+        std::array<double, 7> powers;  // x^2, xy, ..., y^3 in units of reach, in the order of the bend's factors
     };
 
     PreparedShape(const double *numbers, double reach);

@@ -1,4 +1,4 @@
-// Finds photographs in a folder or by a pattern for their file names.
+// Finds the photographs in a folder, and the files whose names match a pattern.
 #pragma once
 
 #include <string>
@@ -6,13 +6,14 @@
 
 namespace calibration {
 
-// True if the text matches the pattern. In the pattern, * stands for any number of characters and ? for exactly one.
+// True if the text matches the pattern. In the pattern, * stands for any text and ? for exactly one byte.
 bool matchesGlob(const std::string &pattern, const std::string &text);
 
-// Returns the paths of photographs, sorted by name, in the system's narrow encoding:
-// - for a folder, the files in it that have the ending of a picture, without subfolders;
-// - for a pattern such as photos/left*.jpg (with * or ? only in the file's name), the files whose names match it;
-// - for any other text, the text itself, even if there is no such file.
+// Returns the paths of photographs, sorted by name. Paths are in UTF-8.
+// - For a folder, returns the files in it that have the ending of a picture. Subfolders are not searched.
+// - For a pattern such as photos/left*.jpg (with * or ? only in the file's name), returns all files whose names match.
+//   If a file has exactly this name, returns only that file.
+// - For any other text, returns the text itself, even if there is no such file.
 // The list is empty if the folder has no pictures or no file matches.
 std::vector<std::string> findPhotographs(const std::string &folderOrGlob);
 

@@ -39,7 +39,7 @@ const char *parameterName(LensModel lens, int index) {
     return lens == LensModel::Fisheye ? fisheye[size_t(index)] : pinhole[size_t(index)];
 }
 
-// Returns the angle between the directions of two pixels as text.
+// Returns the angle between the directions of two pixels as text; a dash if the lens has no direction for a pixel.
 std::string angleBetween(const Camera &camera, const Eigen::VectorXd &intrinsics, const Vector2d &a,
                          const Vector2d &b) {
     // The two halves of the angle are added, because the whole angle may exceed 180 degrees.

@@ -1,4 +1,4 @@
-// Draws the frame that all figures of a camera's picture have in common, and computes colours between given ones.
+// Draws the frame that all figures of a camera's picture have in common, and interpolates between colours.
 #pragma once
 
 #include <Eigen/Core>
@@ -15,7 +15,7 @@ namespace calibration {
 
 constexpr double figureWidth = 600;
 
-// The frame of a camera's picture. The longer side of the picture is as long as the figure is wide.
+// The frame of a camera's picture. It has the shape of the picture, and its longer side is `figureWidth` long.
 class PictureFrame {
 public:
     explicit PictureFrame(const Camera &camera, double legendHeight = 0)
