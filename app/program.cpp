@@ -12,7 +12,7 @@
 
 namespace {
 
-// Version 5.15.10 of the toolkit. QApplication gets this number even if another 5.15 version is installed.
+// Version 5.15.10 of Qt. QApplication always gets this number, whichever 5.15 version is installed.
 constexpr int toolkitVersion = 0x050F0A;
 
 void finalizeLibrary() {
@@ -40,7 +40,8 @@ int runProgram(int argc, char **argv) {
     }
     const int exitCode = QApplication::exec();
 
-    // The library is finalised while the window, the helper and the application still exist.
+    // This call must stand here: the library is finalised before the window, the tool tip helper and the application
+    // are destroyed.
     finalizeLibrary();
     return exitCode;
 }
