@@ -1,10 +1,11 @@
-// Measures calls alternately in many short rounds, and prints the results as a table: a figure, the figure that it is
-// compared with, their ratio, and the bound on the ratio. Times are in milliseconds unless the caller converts them.
+// Measures calls alternately in many short rounds, and prints the results as a table. Each row has a figure, the figure
+// that it is compared with, their ratio, and the bound on the ratio. Times are in milliseconds unless the caller
+// converts them.
 //
 // The speed of a machine changes from one second to the next, most of all if other programs use it too. Therefore the
-// calls to be compared are measured in turn. In each round, their processor times are divided. The ratio in the table
-// is the median of these quotients. Waiting costs no processor time, so elapsed times are measured too. Of these, the
-// time of the fastest round is used, because other programs have disturbed it least.
+// calls to be compared are measured in turn. Each round gives one quotient of their processor times, and the ratio in
+// the table is the median of these quotients. Waiting costs no processor time, so elapsed times are measured too. Of
+// these, the time of the fastest round is used, because other programs have disturbed it least.
 #pragma once
 
 #include <algorithm>
@@ -54,8 +55,8 @@ inline double median(const std::vector<double> &values) {
     return quantile(values, 0.5);
 }
 
-// Measures each kind of call once per round. The first three rounds do not count. Each round begins with a different
-// kind.
+// Measures each kind of call once per round. The first three rounds do not count. The kinds take turns in being the
+// first of a round.
 inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::function<Time()>> &kinds) {
     constexpr int warmUps = 3;
     std::vector<Times> times(kinds.size());
@@ -72,9 +73,9 @@ inline std::vector<Times> measureAlternately(int rounds, const std::vector<std::
 }
 
 // Prints Markdown rows. A ratio above its bound is marked "(over)". `exitCode` returns 1 only if a ratio was more than
-// twice its bound, because noise does not explain that much. A bound of 0 means that there is none. The column "Ratio
-// of elapsed times" compares the elapsed times of the fastest rounds. It has no bound, because these times still
-// contain much noise on a busy machine.
+// twice its bound, because noise alone does not make a ratio that large. A bound of 0 means that there is none. The
+// column "Ratio of elapsed times" compares the elapsed times of the fastest rounds. It has no bound, because these
+// times still contain much noise on a busy machine.
 class Table {
 public:
     explicit Table(const char *title) {

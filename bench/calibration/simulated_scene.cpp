@@ -36,7 +36,7 @@ Vector3d middleOf(const std::vector<PrintDraft> &prints) {
     return sum / double(prints.size());
 }
 
-// Returns a view in a random direction from a place near the middle of the prints.
+// Returns a view in a random direction from a place near the mean position of the prints, for prints around the camera.
 RigidMotion viewFromInside(const SceneDraft &draft, std::mt19937 &random) {
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> even(-1, 1);
@@ -47,7 +47,7 @@ RigidMotion viewFromInside(const SceneDraft &draft, std::mt19937 &random) {
     return view;
 }
 
-// Returns a view with the middle of the prints at a random place of the first camera's picture.
+// Returns a view in which the mean position of the prints is at a random place of the first camera's picture.
 RigidMotion randomView(const SceneDraft &draft, std::mt19937 &random) {
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> even(-1, 1);
@@ -100,8 +100,8 @@ Sighting sightingOf(const SimulatedScene &scene, int photograph, int print, cons
         const Vector3d place = printedPoint(shape.numbers.data(), shape.reach, points[point]).place;
         const Vector3d seen = rotation * place + cameraFromPrint.translation;
         Vector2d image;
-        // Noise is drawn for every corner, even for corners outside the picture. So the noise of a corner is the same
-        // whichever other corners are seen.
+        // Noise is drawn for every corner, even for corners outside the picture. So the noise of a corner does not
+        // depend on which other corners the picture shows.
         const Vector2d error(noise * normal(random), noise * normal(random));
         constexpr double margin = 5;  // pixels that a detector needs around a corner
         if (seen.z() > 1 && project(camera.lens, scene.truth.intrinsics[size_t(shot.camera)].data(), seen, image) &&

@@ -15,7 +15,7 @@ namespace reader_bench {
 
 namespace {
 
-constexpr unsigned limitSeconds = 5;
+constexpr unsigned limitSeconds = 5;  // processor time of one of OpenCV's detectors for one board
 // OpenCV's detectors take minutes for larger boards.
 constexpr int mostCorners = 32 * 32;
 
@@ -39,15 +39,15 @@ struct Board {
     bool complete = false;
     int found = 0;     // corners that the reader found
     double error = 0;  // the reader's root mean square error over the corners that it found, pixels
-    // The reader's error on the same board without marks, if the reader is told the board's size. Empty if the reader
-    // misses a corner.
+    // The reader's error on the same board without marks. Here the reader is told the board's size. Empty if it misses
+    // a corner.
     std::optional<double> plainError;
     double readerSeconds = 0;
     double sectorBasedSeconds = 0;
 };
 
 // Takes the distance from each true corner to the closest found corner, and returns the root mean square of these
-// distances in pixels. Empty if a true corner has no found corner near it.
+// distances in pixels. Empty if one of these distances is at least Board::reach.
 std::optional<double> errorOf(const Corners &found, const Board &board) {
     double sum = 0;
     for (const cv::Point2d &corner : board.truth) {
@@ -64,8 +64,8 @@ std::optional<double> errorOf(const Corners &found, const Board &board) {
     return std::sqrt(sum / double(board.truth.size()));
 }
 
-// The error of cornerSubPix with the window that gives the smallest error for this picture. No user could know this
-// window.
+// The error of cornerSubPix with the best of four window sizes for this picture. This choice favours OpenCV: it needs
+// the true corners, which a user does not have.
 std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coarse, const Board &board) {
     std::optional<double> best;
     for (const int window : {2, 3, 5, 8}) {

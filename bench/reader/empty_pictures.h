@@ -1,5 +1,5 @@
-// Makes pictures that show none of the patterns that the reader reads without options. The kind and the number of a
-// picture determine everything in it.
+// Makes pictures in which the reader, without options, must not read anything. The kind and the number of a picture
+// determine everything in it.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -12,7 +12,7 @@ enum class EmptyKind {
     Text,
     PlainBoard,
     Dots,
-    Lattice,
+    Lattice,      // lines or shapes at the points of a regular grid
     RandomMarks,  // boards with marks that are not from the code
     PerforatedSheet,
     Net,

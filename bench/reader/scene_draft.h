@@ -1,5 +1,5 @@
-// Makes the draft of a picture with one pattern, and composes the scene from the draft. In between, a condition can
-// change the draft's values.
+// Makes the draft of a picture with one pattern, and composes the scene from the draft. Between these two steps, a
+// condition (conditions.h) can change the draft's values.
 #pragma once
 
 #include <optional>
@@ -19,10 +19,13 @@ struct SceneDraft {
     double quietZone = 1;
 
     bool fisheye = false;
-    double viewShare = 0;   // the pattern's diagonal divided by the focal length, both in pixels; 0 for a usual lens
+    // The pattern's diagonal divided by the focal length, both in pixels. If it is 0, a usual focal length is chosen at
+    // random. A fisheye lens needs a value.
+    double viewShare = 0;
     double distortion = 0;  // greatest radial distortion in the pattern, as a share of the distance from the centre
     std::optional<PaperSheet::Form> sheet;
-    cv::Vec3d turnPerRow;   // radians
+    // The target's motion while the picture is exposed row by row (see TargetPose).
+    cv::Vec3d turnPerRow;   // axis times angle in radians
     cv::Vec3d shiftPerRow;  // pixels in the picture
 
     Exposure exposure;
@@ -30,11 +33,11 @@ struct SceneDraft {
     bool coverQuarter = false;
     bool cutQuarter = false;
     bool mirrored = false;
-    double megapixels = 2;  // the limit; of a larger picture, only the middle part is used
+    double megapixels = 2;  // the largest size of the picture; a larger one is cut to its middle part
 };
 
-// Returns a draft of a picture with mild conditions: 8 to 40 pixels per square, tilt to 45°, some noise and blur, and
-// light that changes slowly over the picture.
+// Returns a draft of an easy picture: 8 to 40 pixels per square, a tilt of at most 45°, some noise and blur, and light
+// that changes slowly over the picture.
 SceneDraft makeDraft(bool plate, Dice &dice);
 
 // The scene before the picture is taken: the camera, the pattern and the size of the picture. Conditions may still
@@ -42,9 +45,8 @@ SceneDraft makeDraft(bool plate, Dice &dice);
 struct ComposedScene {
     Scene scene;
     cv::Size size;
-    // The bounds of the pattern in the picture, and the least distance between neighbouring lattice lines.
-    cv::Rect2d bounds;
-    double leastStep = 0;
+    cv::Rect2d bounds;     // of the pattern in the picture
+    double leastStep = 0;  // the least distance between neighbouring lattice lines in the picture, pixels
 };
 ComposedScene compose(const SceneDraft &draft, Dice &dice);
 

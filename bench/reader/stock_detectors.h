@@ -1,8 +1,9 @@
 // Runs the chessboard detectors of OpenCV.
 //
 // Unlike the reader, these detectors need the size of the board. Some of them can run for minutes on a board that they
-// do not find. So each detector runs in its own process, which ends after `limitSeconds` of processor time. On Windows
-// there is no limit. The functions may be called from any thread.
+// do not find. So the first function runs each detector in its own process, which ends after `limitSeconds` of
+// processor time. On Windows, both functions run it in this process and without a limit. They may be called from any
+// thread.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -20,7 +21,7 @@ enum class StockMethod {
 };
 
 // Returns the corners of a board with corners.width x corners.height corners; nothing if the detector does not find all
-// of them within the limit.
+// of them within the limit, or if its process cannot be started.
 std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, const cv::Size &corners,
                                     unsigned limitSeconds);
 
