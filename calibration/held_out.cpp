@@ -12,8 +12,8 @@ namespace {
 
 constexpr int parts = 3;
 constexpr size_t leastMoments = 6;
-// The limit of a squared residual, in units of the corners' variance. A larger square means that the corner is wrong,
-// not the model.
+// Squared residuals are limited to this value, in units of the corners' variance. A larger square means that the corner
+// is wrong, not the model.
 constexpr double greatestSquare = 25;
 // A sighting is bad if its mean square is larger than this in every model. Such a sighting says nothing about the
 // models.
@@ -24,7 +24,7 @@ constexpr double clearDifference = 1.5;
 constexpr size_t leastPairs = 4;
 
 // Returns for each moment the number of the part to which it belongs, from 0. The number is -1 if none of the moment's
-// sightings takes part. All numbers are -1 if too few moments have such sightings.
+// sightings takes part in the solve. All numbers are -1 if fewer than leastMoments moments have a sighting that does.
 std::vector<int> partsOfMoments(const Observations &observations, const Estimate &estimate) {
     std::set<int> moments;
     for (const Sighting &sighting : observations.sightings) {
@@ -49,8 +49,8 @@ Observations onlyPart(const Observations &observations, const std::vector<int> &
     return some;
 }
 
-// Returns the estimate from all parts except `part`. The poses of that part's moments are an exception: they are
-// estimated from that part's own sightings. Empty if a solve fails.
+// Returns the estimate from all parts except `part`. Only the poses of that part's moments are estimated from its own
+// sightings. Empty if a solve fails.
 std::optional<Estimate> trainedWithout(const Observations &observations, const std::vector<int> &partOf, int part,
                                        const Freedom &freedom, const Estimate &estimate) {
     SolveOptions training;

@@ -11,9 +11,9 @@ enum class Bend { Flat, Quadratic, Cubic };
 struct MeasuredPrint;
 
 // Sets `shapes` and `priors` of `freedom`. In the estimate's shapes, sets `reach` and the numbers that may not vary.
-// The scale of a measured print is fixed to the measured scale, and the prior of its ratio is as exact as a caliper. If
-// no print of a group was measured, the scale of the group's first print is fixed to 1. Bends that may not vary are set
-// to 0.
+// These are the following: the scale of a measured print gets its measured value. If no print of a group was measured,
+// the scale of the group's first print is set to 1. The terms of the bend that `bends` does not allow are set to 0. The
+// ratio of a measured print may vary, but its prior is the measured ratio with the standard deviation of a caliper.
 void setShapes(const Observations &observations, const std::vector<Bend> &bends,
                const std::vector<MeasuredPrint> &measured, Estimate &estimate, Freedom &freedom);
 

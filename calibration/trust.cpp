@@ -16,7 +16,7 @@ namespace {
 
 constexpr int mapColumns = 60;
 constexpr int mapRows = 40;
-// A lens from half of the moments is used only if the standard deviation of its focal length is less than this share of
+// The halves of the moments determine a lens if the standard deviation of its focal length is less than this share of
 // the focal length.
 constexpr double greatestFocalSigma = 0.02;
 // A number of a print's shape is not determined if its standard deviation is at least this share of the prior's
@@ -150,7 +150,7 @@ std::vector<std::optional<Eigen::VectorXd>> lensesOfHalf(const Calibration &cali
 }
 
 void compareHalves(Calibration &calibration) {
-    // The halves are independent, so the result does not depend on which is computed first.
+    // The halves are computed independently of each other, so the result does not depend on their order in time.
     auto second = std::async(std::launch::async, [&calibration, isCancelled = Interruption::current()]() {
         const Interruption interruption(isCancelled);
         return lensesOfHalf(calibration, 1);

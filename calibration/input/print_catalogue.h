@@ -1,8 +1,10 @@
 // Finds out which prints the photographs show, and which point of a print each corner is.
 //
-// The prints come from pattern files. Without pattern files, they come from the readings: each pattern that was read is
-// a print. Its grid spacing comes from its information block or from the user; that of a plain board, which has no
-// block, is twice the side of a square that the user gives.
+// If the user gives pattern files, the patterns in these files are the prints. Otherwise, each different pattern that
+// was read is a print, provided that its grid spacing is known. The grid spacing is the first of these that there is:
+// the one in the print's information blocks, the one that the user gives, and, for a pattern of an assembly, the one in
+// the blocks of the assembly's other patterns. A plain board has no block. Its grid spacing is twice the side of a
+// square, which the user gives.
 #pragma once
 
 #include <string>
@@ -15,9 +17,9 @@ namespace calibration {
 
 // The user's information about the prints. Lengths are in millimetres; 0 if not given.
 struct PrintedTarget {
-    // The patterns of the given files. If there are any, no other patterns count.
+    // The patterns of the given files. If there are any, other patterns in the photographs are not used.
     std::vector<pattern_reader::PrintedPattern> patterns;
-    double gridSpacing = 0;  // of patterns that do not encode theirs
+    double gridSpacing = 0;  // of coded patterns whose grid spacing was not read from their own blocks
     double square = 0;       // side of a plain checkerboard's square
 };
 
@@ -30,7 +32,7 @@ public:
     struct Match {
         int print = -1;            // an index of prints(), or -1 if no print or more than one matches
         std::vector<int> corners;  // for each corner of the reading, its index in Print::points
-        // If `print` is -1, the reason: "shows pattern 7, which is not ...".
+        // If `print` is -1, the reason as the end of a sentence: "shows pattern 7, which is not among ...".
         std::string reason;
     };
     Match match(const pattern_reader::PatternReading &reading) const;
@@ -48,8 +50,8 @@ private:
     bool isFromFiles = false;
 };
 
-// Returns "pattern 3" for a pattern of an assembly (tile number 4), "the coded pattern" for tile number 0, "the
-// Flexible pattern", "the plate" or "the board".
+// Returns a name for texts. Pattern N of an assembly has the tile number N + 1, so tile number 4 gives "pattern 3".
+// Tile number 0 gives "the coded pattern". The other names are "the Flexible pattern", "the plate" and "the board".
 std::string nameOf(pattern_reader::PatternKind kind, int tile);
 
 }  // namespace calibration

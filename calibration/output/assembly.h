@@ -1,5 +1,6 @@
-// Computes where the prints of a calibration and all their corners are in a common coordinate system. If a print is
-// bent, its corners are on the bent surface. Lengths are in millimetres.
+// Computes the poses of prints, and the places of all their corners, in a common coordinate system. This is done for
+// the first print that has a pose and for all prints that photographs link with it. If a print is bent, its corners are
+// on the bent surface. Lengths are in millimetres.
 #pragma once
 
 #include <Eigen/Core>
@@ -12,11 +13,11 @@
 namespace calibration {
 
 // Three corners that define the common coordinate system. The first corner is the origin, the x axis goes through the
-// second, and the third is on the side of the positive y axis. Without these corners, the coordinate system is that of
-// the pattern file of the first print that has a pose.
+// second, and the third is on the side of the positive y axis. Without these corners, the coordinate system is that in
+// which the first print that has a pose is drawn (the one of its pattern file).
 struct AssemblyAxes {
     struct Corner {
-        int pattern = 0;  // Print::number; any value if assemblyOf() returns only one print
+        int pattern = 0;  // Print::number; has no effect if assemblyOf() returns only one print
         int column = 0;   // as in the pattern file
         int row = 0;
     };
@@ -34,12 +35,12 @@ struct AssemblyPattern {
     // Rotation and translation take points from the print's own axes to the common ones.
     Eigen::Matrix3d rotation;
     Eigen::Vector3d translation;
-    Eigen::Vector2d scale;              // the size of the print along x and y, divided by that of its drawing
+    Eigen::Vector2d scale;              // the size of the print divided by that of its drawing, along x and along y
     std::vector<AssemblyPoint> points;  // every corner of the print, seen or not
 };
 
-// Returns the first print that has a pose, and all prints that photographs link with it. Throws std::invalid_argument
-// with a sentence for the user if a corner of `axes` is not in these prints or if the three corners lie on one line.
+// Returns these prints; none if no print has a pose. Throws std::invalid_argument with a sentence for the user if a
+// corner of `axes` is not in these prints or if the three corners lie on one line.
 std::vector<AssemblyPattern> assemblyOf(const Calibration &calibration, const std::optional<AssemblyAxes> &axes);
 
 }  // namespace calibration

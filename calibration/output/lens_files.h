@@ -1,5 +1,5 @@
-// Makes files with cameras in the formats of OpenCV, ROS, mrcal, Kalibr and COLMAP. Each function returns the text of a
-// file, or an empty text if the format has no such lens model.
+// Makes files with cameras in the formats of OpenCV, ROS, mrcal, Kalibr and COLMAP. Each function whose name ends in
+// File returns the text of a file, or an empty text if the format has no lens model for any of the given cameras.
 //
 // For COLMAP, the centre of the top-left pixel is (0.5, 0.5). For the other programs and for our calibration, it is
 // (0, 0). Poses are in metres in the files for mrcal and Kalibr.
@@ -19,8 +19,8 @@ struct SolvedCamera {
     const RigidMotion &cameraFromRig;
 };
 
-// NAME.opencv.yaml, for cv::FileStorage. The file can have every lens model. The model "fisheye" is the one of
-// cv::fisheye.
+// NAME.opencv.yaml, for cv::FileStorage. Never empty. The lens model "fisheye" is that of OpenCV's functions in the
+// namespace cv::fisheye.
 std::string opencvFile(const SolvedCamera &camera);
 
 // NAME.camera_info.yaml, in the format of ROS's camera_calibration_parsers. Empty for a lens with 12 coefficients.
@@ -29,14 +29,14 @@ std::string rosFile(const SolvedCamera &camera);
 // NAME.cameramodel, for mrcal. Its reference coordinate system is that of the rig. Empty for a fisheye lens.
 std::string mrcalFile(const SolvedCamera &camera);
 
-// camchain.yaml, for Kalibr: those cameras of one rig that the format can express (pinholes with 4 coefficients, and
-// fisheye lenses). Each pose is relative to the previous camera in the file. kalibrHas() says whether the format can
-// express a lens model.
+// camchain.yaml, for Kalibr. `cameras` are the cameras of one rig. The file has only those with 4 coefficients or with
+// a fisheye lens, because the format has no other lens models. Each pose is relative to the previous camera in the
+// file. kalibrHas() says whether the format has a lens model.
 bool kalibrHas(LensModel lens);
 std::string kalibrFile(const std::vector<SolvedCamera> &cameras);
 
-// cameras.txt, for COLMAP: all cameras except those with 12 coefficients. colmapHas() says whether the format can
-// express a lens model.
+// cameras.txt, for COLMAP: all given cameras except those with 12 coefficients. The file has no poses. colmapHas()
+// says whether the format has a lens model.
 bool colmapHas(LensModel lens);
 std::string colmapFile(const std::vector<SolvedCamera> &cameras);
 

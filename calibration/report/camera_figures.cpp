@@ -17,7 +17,7 @@ using Eigen::Vector3d;
 
 constexpr double radian = 57.29577951308232;  // degrees
 
-// The colours go from light to dark, so that they can be told apart in a black-and-white print, too.
+// The colours go from light to dark, so that they can also be told apart in a black-and-white print.
 const std::array<Vector3d, 6> mapRamp{Vector3d(226, 240, 217), Vector3d(168, 216, 185), Vector3d(102, 178, 178),
                                       Vector3d(72, 120, 172),  Vector3d(106, 60, 140),  Vector3d(92, 16, 60)};
 // The values of a map, in pixels, at which the colour changes. They are fixed, so that a value has the same colour in
@@ -77,8 +77,8 @@ void drawScale(Drawing &drawing, const PictureFrame &frame, size_t first, size_t
         if (band == last) {
             break;
         }
-        // If there are many borders, only those at 1, 2 or 5 times a power of ten have a label. The lowest border never
-        // has a label then, because the label of the next border is too near.
+        // If there are many borders, only those at 1, 2 or 5 times a power of ten have a label. In that case, the
+        // lowest border (0.005) has none, because the label of the next border (0.01) would be too near.
         const bool isLabelled = band > 0 && niceBelow(borders[band] * 1.001) > borders[band] * 0.99;
         if (last - first < 8 || isLabelled) {
             drawing.text("note", {left + double(band - first + 1) * width, top + 30}, Drawing::Anchor::Middle,
@@ -152,7 +152,7 @@ Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
             std::vector<Vector2d> points;
             const double across = line * spacing / radian;
             for (int i = -24; i <= 24; i++) {
-                // The points have equal angles between them. Points at equal distances on the line would be crowded far
+                // The points are at equal angles. Points at equal distances along a straight line would be crowded far
                 // from the axis.
                 const double along = i / 24.0 * limit / radian;
                 Vector3d direction(std::sin(across) * std::cos(along), std::sin(along),
@@ -160,7 +160,8 @@ Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
                 if (axis == 1) {
                     std::swap(direction.x(), direction.y());
                 }
-                // Points outside the picture are left out, because the distortion may fold over there.
+                // Points at greater angles than the picture shows are left out, because the model of the distortion may
+                // bring them back into the picture.
                 Vector2d image;
                 const double angle = std::acos(std::clamp(direction.z(), -1.0, 1.0)) * radian;
                 const bool isSeen =
