@@ -13,11 +13,11 @@ namespace lmlib64 {
 
 class DebugLog {
 public:
-    // The greatest number of bytes that are kept, including line feeds.
+    // The greatest number of bytes that read() returns, including line feeds.
     static constexpr std::size_t capacity = 65536;
 
-    // Adds the message and a line feed. Returns LmLibResultDebugMessageOverflow if the message and the line feed
-    // together have more than `capacity` bytes.
+    // Adds the message and a line feed. If the two together have more than `capacity` bytes, adds nothing and returns
+    // LmLibResultDebugMessageOverflow.
     LmLibResult write(std::string_view message);
 
     // Sets the text to all lines, oldest first. Returns LmLibResultNoDebugData if there are none.
@@ -28,7 +28,8 @@ public:
 private:
     mutable std::mutex mutex;
     std::string lines;
-    std::size_t start = 0;  // index of the oldest kept line; write() erases the text before it from time to time
+    // Where the oldest line that is not dropped begins in `lines`. write() erases the text before it from time to time.
+    std::size_t start = 0;
 };
 
 }  // namespace lmlib64

@@ -1,5 +1,5 @@
-// The document that a file is made from: the patterns of one run of the command, drawn once. Every format takes the
-// same document.
+// The document that a file is made from: the patterns of one GenerateCalibrationPattern command and their geometry. It
+// is made once, and every file format is written from it.
 #pragma once
 
 #include <array>
@@ -22,14 +22,14 @@ struct DrawnPattern {
 // The paper of all pages.
 struct Paper {
     std::string name;  // the value of "Paper"; empty if that value is a size
-    PageSize size;     // a named paper is in portrait here and may be turned
+    PageSize size;     // a named paper is in portrait here, and a page may use it in landscape
 };
 
 // The parameters of the command that determine how a file is drawn. A parameter that is not given is empty.
 struct DrawingOptions {
     std::optional<int> resolution;  // of pictures, in dots per inch
-    // The printed length divided by the true length, along x and y, as measured on a print made at 100 %. All lengths
-    // in a file are divided by these numbers.
+    // The printed length divided by the true length, along x and y, as measured on an earlier print made at 100 %. All
+    // lengths on a page are divided by these numbers, so that the next print has the true size.
     std::optional<std::array<double, 2>> printScale;
     std::optional<Paper> paper;  // if empty, every page has the smallest paper on which its pattern fits
     std::optional<bool> sheets;  // true: a pattern that is larger than the paper is split over several sheets
@@ -40,7 +40,7 @@ struct DrawingOptions {
 constexpr int defaultResolution = 600;
 
 struct PatternDocument {
-    bool encodingParameter = true;  // the command's own "Encoding"
+    bool encodingParameter = true;  // the "Encoding" of the whole command; a plate has its own, too
     DrawingOptions options;
     std::vector<DrawnPattern> patterns;  // at least one
 };

@@ -1,7 +1,5 @@
-// Writes a PDF file: one object after the other, and then the table of their offsets. The caller makes the content of
-// the objects.
-//
-// Objects refer to each other by their numbers. The body of an object is in PDF notation.
+// Writes a PDF file: one object after the other, and then the table of their offsets. The caller makes the body of each
+// object in PDF notation. Objects refer to each other by their numbers.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +13,9 @@ class PdfFile {
 public:
     PdfFile();
 
-    // Reserves a number for an object that `write` writes later.
+    // Reserves a number, so that other objects can refer to an object before `write` writes it.
     int reserve();
+    // Writes the object of a reserved number.
     void write(int number, std::string_view body);
 
     // Writes an object and returns its number.

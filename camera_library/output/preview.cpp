@@ -43,7 +43,8 @@ Binary renderPreview(const PatternGeometry &geometry, int imageSize) {
     image.width = std::clamp(static_cast<int>(std::lround(widthMm * pixelsPerMm)), 1, imageSize);
     image.height = std::clamp(static_cast<int>(std::lround(heightMm * pixelsPerMm)), 1, imageSize);
 
-    // The pattern is centred, so opposite borders are equally wide even if the picture's size is rounded.
+    // The picture's size is rounded to whole pixels. The pattern is centred, so that opposite borders stay equally
+    // wide.
     const PixelScale scale{
         {(image.width - geometry.width * pixelsPerMm) / 2.0, (image.height - geometry.height * pixelsPerMm) / 2.0},
         {pixelsPerMm, pixelsPerMm}};

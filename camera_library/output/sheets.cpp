@@ -6,7 +6,7 @@ namespace lmlib64 {
 
 namespace {
 
-// The range of a pattern along x or along y.
+// The range of a pattern with its quiet zone, along x or along y.
 struct Extent {
     double begin = 0.0;         // where the quiet zone begins
     double end = 0.0;           // where the quiet zone ends
@@ -23,8 +23,9 @@ Extent extentOf(double length, double quietZone, double firstLine, double pitch)
     return extent;
 }
 
-// Returns the cuts with which every sheet is as long as possible. Including its overlaps, a sheet is at most `longest`
-// long. The result is empty if two neighbouring lines are too far apart for that.
+// Returns the places of the cuts, from the beginning of the extent to its end. A sheet with its overlaps is at most
+// `longest` long. Each sheet but the last is as long as the lines allow. The result is empty if two neighbouring lines
+// are too far apart for sheets of this length.
 std::vector<double> cutsFor(const Extent &extent, double longest) {
     std::vector<double> cuts{extent.begin};
     while (true) {
@@ -41,7 +42,8 @@ std::vector<double> cutsFor(const Extent &extent, double longest) {
     }
 }
 
-// Returns the cuts that give the fewest sheets. Among these, the longest sheet is as short as possible.
+// Like cutsFor, with as many sheets, but the sheets are about equally long: the longest of them is as short as
+// possible, to within 0.01 mm.
 std::vector<double> evenCuts(const Extent &extent, double longest) {
     std::vector<double> cuts = cutsFor(extent, longest);
     double tooShort = 0.0;

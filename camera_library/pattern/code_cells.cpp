@@ -14,7 +14,7 @@ using pattern_code::BlockKind;
 // Clients send offsets that they rounded to hundredths of a millimetre.
 constexpr double offsetTolerance = 0.005 + 1e-6;
 
-// Returns the offset in multiples of the unit; empty if it is not a whole multiple.
+// Returns the offset in multiples of the unit; empty if it differs from a whole multiple by more than the tolerance.
 std::optional<int> wholeUnits(double offset, double unit) {
     const double count = std::round(offset / unit);
     const bool isWhole = std::abs(count) < 1e6 && std::abs(offset - count * unit) <= offsetTolerance;
@@ -31,8 +31,10 @@ bool blockHoldsOffset(const PatternDescription &description) {
     return description.type->codeCarrier == CodeCarrier::Plate && description.offset;
 }
 
-// Returns the content of the pattern's information block; empty if a length or an offset is not a whole multiple of the
-// unit that the block uses. The thickness of an Assembly pattern is checked, too, although its block does not hold it.
+// Returns the content of the pattern's information block: the offset of a plate, if it has one, otherwise the grid
+// spacing with the thickness or with the number in an assembly. Empty if one of these lengths is not a whole multiple
+// of the unit that the block uses. The thickness of an Assembly pattern is checked, too, although its block does not
+// hold it.
 std::optional<BlockContent> contentOf(const PatternDescription &description) {
     BlockContent content;
     if (blockHoldsOffset(description)) {

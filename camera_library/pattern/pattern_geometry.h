@@ -6,8 +6,8 @@
 //
 // A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole. A mark is one
 // more shape, whether its square is dark or light. An output makes one path of all shapes and fills it by the even-odd
-// rule. So a dark area with a hole is not put together from pieces with common edges, at which the picture would have
-// seams. Shapes may touch but do not cross. shape_nesting.h finds the shapes that are holes.
+// rule. So a dark area with a hole need not be divided into pieces, which would leave visible seams at their common
+// edges. Shapes may touch but do not cross. shape_nesting.h finds the shapes that are holes.
 #pragma once
 
 #include <vector>
@@ -56,8 +56,8 @@ struct PatternGeometry {
     double quietZone = 0.0;   // width of the light border around the outer size
     double squareSide = 0.0;  // half the grid spacing
     Lattice lattice;
-    // A board may be cut along every line of the lattice after the lattice has been moved right and down by this
-    // length. These lines run between squares, or between marks.
+    // If the pattern is cut into sheets, the cuts may be this far to the right of a column of the lattice or below a
+    // row of it. There they run between squares, or between marks.
     double cutDistance = 0.0;
     std::vector<Rectangle> rectangles;
     std::vector<Circle> circles;
@@ -65,8 +65,8 @@ struct PatternGeometry {
 };
 
 // Returns the geometry with only the part of its shapes that is within the window. The window is in the same
-// coordinates as the shapes. Circles that the window cuts become polygons with errors of at most 0.2 um. All other
-// values are copied.
+// coordinates as the shapes. Circles that the window cuts become polygons that deviate from them by at most 0.2 um. The
+// other members of the geometry, such as its size, are copied unchanged.
 PatternGeometry clippedTo(const Rectangle &window, const PatternGeometry &geometry);
 
 // Returns the corners of the regular polygon that is drawn instead of a circle of this radius around the origin. It has

@@ -1,4 +1,5 @@
-// A node of the library's tree as a plain value. It does not know its own path and has no lock; tree.h adds both.
+// A node of the library's tree, with everything below it, as a plain value. It has neither a path nor a lock; tree.h
+// adds both.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +29,8 @@ using NodeObject = std::map<std::string, Node, std::less<>>;
 using NodeArray = std::vector<Node>;
 using NodeBinary = std::shared_ptr<const Binary>;
 
-// One node and everything below it. A default-constructed node is null. There is no Node object for an absent node.
+// One node and everything below it. A default-constructed node is null: it exists and has the type null. An absent node
+// has no Node object.
 class Node {
 public:
     // The alternatives are in the order of LmLibType, from null to binary.
