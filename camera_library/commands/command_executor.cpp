@@ -15,8 +15,8 @@ NodeObject failureResult(const std::string &command, std::string symbol, std::st
             {"Execute", NodeObject{{"Command", command}}}};
 }
 
-// Returns the slot's "Result" for a command that ran out of memory. This result is made before the command runs,
-// because afterwards there may be no memory left for it.
+// Returns the node "Result" that a slot gets if its command runs out of memory. The node is made before the command
+// runs, because afterwards there may be no memory left for it.
 NodeObject::node_type readyResult(const std::string &command) {
     NodeObject slot;
     slot.emplace("Result", failureResult(command, "OutOfMemory",

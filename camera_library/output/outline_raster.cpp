@@ -8,8 +8,8 @@ namespace lmlib64 {
 namespace {
 
 // Heights are counted in parts. A unit (a fraction of a pixel, pixel_units.h) has partsPerUnit parts. This number is
-// chosen so that the area of a pixel is 2^31. In 32-bit arithmetic, a pixel that is enclosed twice therefore has the
-// area 0, as the even-odd rule requires.
+// chosen so that the area of a pixel is 2^31, half of the range of 32-bit numbers. So the area of a pixel that is
+// enclosed twice overflows to 0, as the even-odd rule requires.
 constexpr std::uint32_t partsPerUnit = 1U << 14U;
 constexpr std::uint32_t pixelArea = partsPerUnit * pixelUnits * 2U * pixelUnits;  // in parts × half units
 static_assert(pixelArea == 1U << 31U);
@@ -52,8 +52,8 @@ public:
     std::int32_t top() const { return position.y; }
     bool isDone() const { return edge == end; }
 
-    // Adds to `changes` the changes of area that the chain causes in one row of pixels. `rowEnd` is the y of the row's
-    // lower edge. The next call continues there.
+    // Adds what the chain contributes to `changes` in one row of pixels. A change is the enclosed area of a pixel minus
+    // that of the pixel to its left. `rowEnd` is the y of the row's lower edge. The next call continues there.
     void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
         std::int32_t left = position.x;
         std::int32_t right = position.x;
