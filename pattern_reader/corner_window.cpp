@@ -15,7 +15,8 @@ struct EdgeValue {
 // erf(t / sqrt 2) and its derivative, with an error of about 1e-5. There are no branches or tables, so that loops that
 // call this function can be vectorised.
 inline EdgeValue edgeAt(float t) {
-    // Half of the smaller of t² and 21. The limit is allowed, because beyond a distance of 4.6 the edge has no effect.
+    // Half of the smaller of t² and 21. Limiting t² to 21 does no harm: if |t| is more than 4.6, the root of 21, the
+    // function is constant to within the error above.
     const float square = 0.25F * (t * t + 21 - std::abs(t * t - 21));
     // exp(-t²/2) as the sixteenth power of a short series.
     const float u = square * (1.0F / 16);
@@ -69,7 +70,8 @@ cv::Point pixelAt(cv::Point2f p) {
     return {int(std::lround(p.x)), int(std::lround(p.y))};
 }
 
-// Decides which pixels of a disc are taken: those that are at most `reach` from one of the borders and see no mark.
+// Decides which pixels of a disc are taken: those that are at most `reach` pixels from one of the two borders, and
+// whose grey level is not affected by the mark of a square.
 class PixelChoice {
 public:
     PixelChoice(const CornerBorders &borders, float blur, float greatestDistance)
@@ -78,8 +80,9 @@ public:
           mark0(borders.marks[0]),
           mark1(borders.marks[1]),
           reach(greatestDistance) {
-        // The corner of a square's mark affects pixels up to a distance of about twice the blur. In small squares, too
-        // few pixels would remain if all of these were left out, so some of them are taken.
+        // In each square at the checkerboard's corner, the nearest corner of the mark affects pixels up to a distance
+        // of about twice the blur. In small squares, too few pixels would remain if all of these were left out, so some
+        // of them are taken.
         const float glow = std::min(2 * blur, 0.6F * std::min(mark0, mark1));
         squaredGlow = 4 * glow * glow;
     }
@@ -93,8 +96,9 @@ public:
             const auto along = float(dx + i);
             const float across0 = std::abs(from0 - axis0.y * along);
             const float across1 = std::abs(from1 - axis1.y * along);
-            // For each border, twice the distance from the pixel to the line where the marks begin, measured at right
-            // angles to the border; 0 if the pixel is beyond that line.
+            // For each border, the distance from the pixel to the line where the marks begin, measured at right angles
+            // to the border; 0 if the pixel is beyond that line. All of this is doubled: v + |v| is twice v, or 0,
+            // without a branch.
             const float free0 = mark0 - across0 + std::abs(mark0 - across0);
             const float free1 = mark1 - across1 + std::abs(mark1 - across1);
             taken[i] =
@@ -137,7 +141,7 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
     const PixelChoice choice(borders, fit.blur, reach);
     const cv::Point middle = pixelAt(fit.position);
     const int side = int(radius);
-    constexpr size_t together = 4;  // pixels of a row for which `choice` decides at the same time
+    constexpr size_t together = 4;  // rows are padded to a multiple of this, so that the loop of inRow has no rest
     constexpr size_t longestRow = 2 * size_t(largestRadius) + 1;
     std::array<int, (longestRow + together - 1) / together * together> taken{};
     pixelCount = 0;

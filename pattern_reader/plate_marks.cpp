@@ -10,7 +10,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Returns the finest level in which this radius has at most `most` pixels.
+// Returns the finest level in which this radius has at most `most` pixels, or the coarsest level if there is none.
 const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float radius, float most) {
     size_t number = 0;
     while (number + 1 < levels.size() && radius / levels[number].scale() > most) {
@@ -19,8 +19,8 @@ const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float ra
     return levels[number];
 }
 
-// For each mark, true if it has the size that the map and the other marks suggest. A mark that is partly covered has
-// another size, and its measured centre is wrong.
+// For each mark, true if its area, as a share of the area of a lattice cell there, is close to the median of all marks.
+// A mark that is partly covered has another area, and its measured centre is wrong.
 std::vector<bool> haveUsualSize(const MarkLattice &found, const MarkMap &imageFromCell) {
     std::vector<double> sizes;
     sizes.reserve(found.marks.size());
@@ -69,7 +69,8 @@ double cellsBetween(const cv::Matx22d &steps, cv::Point2d a, cv::Point2d b) {
     return cv::norm(steps.inv() * cv::Vec2d(a.x - b.x, a.y - b.y));
 }
 
-// Looks for marks wherever the plate may extend, even beyond something that covers a part of it.
+// Looks for a mark in every cell that may belong to the plate: in all blocks of 7 × 7 cells that contain the marks
+// found so far. It is found even if the marks between it and those are covered. Returns false if none was added.
 bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &imageFromCell, MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     const cv::Rect picture({0, 0}, levels.front().picture.size());
@@ -99,8 +100,8 @@ bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &image
     return added;
 }
 
-// Keeps the marks in the block of 7 × 7 cells that contains the most marks. What was found outside this block only
-// looks like a mark and is removed. If more than an eighth of the marks are outside, returns false and removes nothing.
+// Keeps the marks in the block of 7 × 7 cells that contains the most of them. The others cannot belong to the same
+// plate and are removed. If more than an eighth of the marks are outside the block, returns false and removes nothing.
 bool keepOnePlate(MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     if (extent.width <= marksPerSide && extent.height <= marksPerSide) {
@@ -140,7 +141,8 @@ bool keepOnePlate(MarkLattice &found) {
 
 bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell) {
     const auto prepare = [&] { return keepOnePlate(found) && mapCells(found, imageFromCell); };
-    // Each round extends the lattice outwards from the marks that the previous round found.
+    // Each round computes the map from more marks. With this better map, the next round can find marks that this one
+    // missed.
     bool usable = prepare();
     for (int round = 0; round < 3 && usable && addMissingMarks(levels, imageFromCell, found); round++) {
         usable = prepare();

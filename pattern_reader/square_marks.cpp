@@ -158,9 +158,10 @@ float MarkReader::centreGrey(const Quad &quad) const {
     return sum / 9;
 }
 
-// True if the square's outer parts have the square's colour on every side. The factor `toLevel` converts a difference
-// from the middle grey to a level that is 1 for the square's own colour. `expected` is the level to which blur reduces
-// this 1.
+// True if the square's outer parts have the square's colour on average, and if no side is much nearer to the other
+// colour. If a corner of the square was predicted, every side must have at least a trace of the square's own colour.
+// The factor `toLevel` converts a difference from the middle grey to a level that is 1 for the square's own colour.
+// `expected` is the level to which blur reduces this 1.
 bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
     const std::array<cv::Point2f, 4> sides{
         {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};
