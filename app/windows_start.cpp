@@ -11,9 +11,10 @@
 
 namespace {
 
-// Shows the exception that is about to end the process. The process then ends as it would without this function.
+// Shows the text of the exception that is about to end the process; an exception of an unknown type has none. The
+// process then ends as it would without this function.
 [[noreturn]] void showFailure() {
-    std::set_terminate(std::abort);
+    std::set_terminate(std::abort);  // an exception that escapes from this function must not call it again
     if (const std::exception_ptr failure = std::current_exception()) {
         try {
             std::rethrow_exception(failure);
