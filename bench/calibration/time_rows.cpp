@@ -40,7 +40,8 @@ bool measureTime() {
     std::vector<double> perView;
     for (const int count : {100, 200, 500, 2000}) {
         const SimulatedScene scene = views(count);
-        // Short calibrations are measured twice, and the faster time counts, because other programs disturb them.
+        // Other programs disturb short measurements most. So calibrations of few photographs are measured twice, and
+        // the shorter time counts.
         Time best = timeToCalibrate(scene.observations, result);
         if (count <= 200) {
             const Time again = timeToCalibrate(scene.observations, result);
@@ -52,8 +53,8 @@ bool measureTime() {
             corners += sighting.corners.size();
         }
         const std::string what = std::to_string(count) + " views, " + std::to_string(corners) + " corners";
-        // The goal limits the processor time. On an idle machine with several cores, the elapsed time is not longer
-        // than the processor time.
+        // The goal limits the processor time and not the elapsed time, because other programs lengthen the elapsed
+        // time. On an idle machine with several cores, the elapsed time is not longer than the processor time.
         if (count == 200) {
             table.atMost(what + ", processor time", best.processor / 1000, 2, "s");
         } else {

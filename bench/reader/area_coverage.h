@@ -1,5 +1,5 @@
-// Computes how much of a small quadrilateral lies within a shape. The areas are exact, so a picture made from
-// them has no sampling error. A polygon may have at most ten corners. All functions are pure.
+// Computes the area that a quadrilateral (for example, what one pixel sees of the target) has in common with a shape.
+// The areas are exact, so a picture made from them has no sampling error. All functions are pure.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@ using Quad = std::array<cv::Point2d, 4>;
 double areaOf(const Quad &quad);
 double areaInRectangle(const Quad &quad, const cv::Rect2d &rectangle);
 double areaInCircle(const Quad &quad, const cv::Point2d &centre, double radius);
-// `polygon` is convex. Its corners may run clockwise or counter-clockwise.
+// `polygon` is convex and has at most ten corners, which may run clockwise or counter-clockwise.
 double areaInPolygon(const Quad &quad, const std::vector<cv::Point2d> &polygon);
 
 }  // namespace reader_bench

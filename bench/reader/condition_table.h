@@ -10,15 +10,15 @@
 
 namespace reader_bench {
 
-// The result for a pattern. It is kept when the picture itself is no longer needed.
+// How one pattern of a picture was read. The picture itself is not kept.
 struct PatternResult {
     bool plate = false;
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
-    bool asked = false;  // the pattern must be read, see isAsked
+    bool asked = false;  // the reader is required to read the pattern, see isAsked
     bool whole = false;  // completely visible
     bool hasBlock = false;
-    std::string text;  // description of the pattern for lists of failures
+    std::string text;  // description of the pattern, for failures()
     PatternScore score;
 };
 
@@ -33,12 +33,13 @@ struct PictureResult {
     double readSeconds = 0;
     double megapixels = 0;
 
-    // One line for each thing that went wrong.
+    // Returns one line for each fault in the reading of this picture.
     std::vector<std::string> failures() const;
 };
 
-// True if the goal requires that the pattern is read. The squares must be at least 6 pixels wide, and the tilt at most
-// 60°. At least 60 squares, or 12 marks of a plate, must be visible. The picture must not be mirrored.
+// True if the reader is required to read the pattern (reader_goals.h has the goals). This is so if the pattern has at
+// least 6 pixels per square and a tilt of at most 60°, if at least 60 of its squares (12 marks of a plate) are visible,
+// and if the picture is not mirrored.
 bool isAsked(const Scene &scene, const PatternScore &score);
 
 PictureResult resultOf(unsigned number, const Scene &scene,
@@ -47,9 +48,9 @@ PictureResult resultOf(unsigned number, const Scene &scene,
 struct Row {
     int patterns = 0;
     int read = 0;
-    int asked = 0;  // patterns that must be read, see isAsked
+    int asked = 0;  // patterns that the reader is required to read, see isAsked
     int askedAndRead = 0;
-    int blocks = 0;  // patterns that must be read, have an information block and are completely visible
+    int blocks = 0;  // those of the required patterns that have an information block and are completely visible
     int blocksRead = 0;
     long seenPoints = 0;
     long foundPoints = 0;
@@ -60,16 +61,20 @@ struct Row {
     int wrongPolarity = 0;
     // Errors in pixels, of the corners that were found in their right places.
     double rms = 0;
-    double medianRms = 0;  // the median over the patterns of each pattern's rms
+    double medianRms = 0;  // each pattern has an rms; this is the median of these
     double percentile95 = 0;
-    double bias = 0;  // the rms over the patterns of the length of each pattern's mean error
-    // Ratios; 0 if not known.
-    double ratioToLeast = 0;   // the median over the patterns of (rms / least rms that noise allows)
-    double sigmaVariance = 0;  // the variance of (error / standard deviation that the reader states)
+    // Each pattern has a mean error, which is a vector; this is the rms of the lengths of these vectors.
+    double bias = 0;
+    // Each pattern's rms is divided by the least rms that the noise allows; this is the median of the quotients, or 0
+    // if not known.
+    double ratioToLeast = 0;
+    // Each corner's error along one axis is divided by the standard deviation that the reader states for it; this is
+    // the mean square of the quotients, or 0 if not known. Corners that the reader calls disturbed are left out.
+    double sigmaVariance = 0;
 };
 
-// Sums up the patterns that `pick` selects. False places and false values are counted in every picture that has a
-// selected pattern.
+// Sums up the patterns that `pick` selects. False places and false values belong to a picture and not to a pattern, so
+// all of a picture's are counted if any of its patterns is selected.
 using Pick = std::function<bool(const PictureResult &picture, const PatternResult &pattern)>;
 Row rowOf(const std::vector<PictureResult> &results, const Pick &pick);
 

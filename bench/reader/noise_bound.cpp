@@ -34,11 +34,12 @@ double leastCornerError(const LocalView &view) {
     const cv::Vec2d x = column(view.steps, 0);
     const cv::Vec2d y = column(view.steps, 1);
     const double area = std::abs(cv::determinant(view.steps));
+    // A mark is the middle third of a square, so its nearest corner is a third of the square's diagonal away.
     const double toMark = std::min(cv::norm(x + y), cv::norm(x - y)) / 3;
     const double toBorder = area / std::max(cv::norm(x), cv::norm(y));
     const double sine = area / (cv::norm(x) * cv::norm(y));
-    // Each border fades near the crossing. This costs a length of 4 s / (sqrt(pi) * sine), the integral of 1 - erf²
-    // along the border, where s is the blur.
+    // Each border fades near the corner, where it crosses the other one. This costs a length of 4 s / (sqrt(pi) *
+    // sine), the integral of 1 - erf² along the border, where s is the blur.
     const double length = 2 * std::min(toMark, toBorder) - 4 * view.blur / (std::sqrt(CV_PI) * sine);
     if (length <= 0 || view.contrast <= 0) {
         return 0;

@@ -9,10 +9,11 @@
 
 namespace reader_bench {
 
+// The result for a picture without a pattern.
 struct EmptyResult {
     unsigned number = 0;
-    int kind = 0;
-    int readings = 0;
+    int kind = 0;      // an EmptyKind
+    int readings = 0;  // patterns that the reader reports all the same
 };
 
 struct Goal {

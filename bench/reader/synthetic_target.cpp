@@ -13,7 +13,7 @@ namespace {
 // The target is divided into square cells. Marks begin and end at thirds of a square, so with three cells per pitch,
 // the ink is uniform in most cells.
 constexpr int cellsPerPitch = 3;
-// The cells extend beyond the outer size by this number of pitches, because ink spreads.
+// The cells extend beyond the pattern's outer size by this number of pitches, because ink may spread beyond it.
 constexpr double margin = 1;
 
 cv::Rect2d grown(const cv::Rect2d &rect, double by) {
@@ -136,8 +136,9 @@ void SyntheticTarget::weighShapes() {
     }
 }
 
-// Lets dark shapes grow and light ones shrink. Two dark squares that touch at a corner then overlap. A shape of weight
-// -1 covers each overlap, so that its ink counts only once.
+// Lets dark shapes grow and light ones shrink, or the other way round if the spread is negative. Two dark squares that
+// touch at a corner overlap once they have grown. There, a shape of weight -1 is added, so that the ink of the overlap
+// counts only once.
 void SyntheticTarget::spreadInk(const std::vector<cv::Point2d> &squareCorners) {
     for (Shape &shape : shapes) {
         const double spread = printForm.inkSpread * shape.weight;
@@ -243,8 +244,8 @@ double SyntheticTarget::inkShare(const Quad &quad) const {
         bounds.x >= outerSize.width + margin || bounds.y >= outerSize.height + margin) {
         return 0;
     }
-    // In most pixels the ink is uniform. This is assumed until a cell is found whose ink differs from that of the cells
-    // before it.
+    // In most pixels the ink is uniform. This is assumed until a cell is found that is not uniform, or whose ink
+    // differs from that of the cells before it.
     double ink = -1;
     bool even = cellIndex(bounds.x) >= 0 && cellIndex(bounds.y) >= 0 &&
                 cellIndex(bounds.x + bounds.width) < cellCount.width &&
