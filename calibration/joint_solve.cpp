@@ -17,7 +17,8 @@ namespace calibration {
 namespace {
 
 // The first radius of the trust region if the estimate is near the solution. With Ceres's default of 1e4, the first
-// steps would have only half the right length along directions in which parameters of a lens depend on each other.
+// steps would be only half as long as they should be along directions in which parameters of a lens nearly have the
+// same effect.
 constexpr double nearRadius = 1e8;
 
 class SightingCost : public ceres::CostFunction {
@@ -39,7 +40,7 @@ private:
     SightingResiduals residualsOf;
 };
 
-// Pulls a print's scale, ratio and shear towards the means of their prior, as far as they may vary.
+// Pulls a print's scale, ratio and shear towards the means of their prior. Those that may not vary are left out.
 class PrintPriorCost : public ceres::SizedCostFunction<3, PrintShape::count> {
 public:
     PrintPriorCost(const std::vector<int> &free, const ShapePrior &prior) : mean(prior.mean) {

@@ -13,11 +13,11 @@ namespace calibration {
 
 namespace {
 
-// No pose explains a sighting if its residuals in the best pose are larger than this many standard deviations of good
-// corners.
+// If the residuals of a sighting scatter by more than this many standard deviations of good corners, even in the pose
+// that fits best, then no pose explains the sighting.
 constexpr double greatestScaleAlone = 3;
-// The limit while focal lengths are tried in steps of 4 %. It is higher than greatestScaleAlone, because the exact
-// focal length lies between two steps.
+// The same limit while focal lengths are tried in steps of 4 %. It is higher than greatestScaleAlone, because the exact
+// focal length may lie between two steps.
 constexpr double coarseScale = 12;
 constexpr size_t leastCorners = 6;
 
@@ -122,8 +122,9 @@ private:
                 Eigen::VectorXd other = lens;
                 other.head(scaled) *= factor;
                 const std::optional<Alone> alone = fitAlone(observations, sighting, other, shape);
-                // The residuals must be less than half as large as with the estimated lens: a slightly different focal
-                // length makes even a disturbed photograph fit a little better.
+                // The residuals must be less than half as large as with the estimated lens, because a slightly
+                // different focal length makes even a disturbed photograph fit a little better. A later step only has
+                // to fit better than the best one so far.
                 if (alone && alone->scale < coarseScale && alone->scale < scale / 2) {
                     scale = alone->scale * 2;
                     best = factor;

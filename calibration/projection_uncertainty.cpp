@@ -17,8 +17,8 @@ struct Cell {
     double weight = 1;
 };
 
-// The cells of a grid over the picture, for points at one distance from the camera. Points at infinity are represented
-// by points at distance 1. For them, the camera's motion is only a rotation.
+// The cells of a grid over the picture, for points at one distance from the camera. If this distance is infinite,
+// points at distance 1 stand for them, and the camera's motion is only a rotation.
 class Grid {
 public:
     Grid(const Camera &camera, const Eigen::VectorXd &intrinsics, double distance, int columns, int rows)
@@ -101,8 +101,9 @@ std::optional<double> PictureMap::greatest() const {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows) {
     Grid grid(camera, intrinsics, distance, columns, rows);
-    // The first weights come from the uncertainty before a motion is subtracted. With equal weights, the parts that are
-    // far less certain than others would decide the motion, and later rounds would not correct this.
+    // The first weights come from the uncertainty before a motion is subtracted. If all first weights were equal, the
+    // parts of the picture that are far less certain than others would decide the motion, and later rounds would not
+    // correct this.
     for (std::optional<Cell> &cell : grid.cells) {
         if (cell) {
             const double sigma = worseSigma(propagated(covariance, cell->byLens));

@@ -30,8 +30,9 @@ std::string textOf(const Size &size) {
     return std::to_string(size.first) + " x " + std::to_string(size.second) + " pixels";
 }
 
-// Makes one group for each combination of the user's name, EXIF name and size, in the order of the first photographs.
-// The EXIF name of a photograph does not count if the user has named its camera.
+// Makes one group for each combination of the user's name for the camera, the camera's name in EXIF, and the size of
+// the photographs. The groups are in the order in which their first photographs were given. If the user has named the
+// camera of a photograph, its name in EXIF does not count. Photographs that could not be loaded are in no group.
 std::vector<Group> groupsOf(const std::vector<PhotographOrigin> &photographs) {
     std::vector<Group> groups;
     std::map<std::tuple<std::string, std::string, Size>, size_t> known;
@@ -106,9 +107,10 @@ std::string lastNumber(const std::string &path) {
 
 using KeyOf = std::function<std::string(const std::string &)>;
 
-// Returns the moment of each photograph. Photographs with the same key belong to the same moment. Returns no moments if
-// a photograph has no key or if two photographs of one camera have the same key. Also returns no moments if a camera
-// other than the first shares fewer than half of its photographs' keys with other cameras.
+// Returns the moment of each photograph; photographs with the same key belong to the same moment. Photographs without a
+// camera are not examined. Returns no moments if a photograph has no key or if two photographs of one camera have the
+// same key. Also returns no moments if a camera other than the first shares fewer than half of its photographs' keys
+// with other cameras.
 std::optional<std::vector<int>> momentsByKey(const std::vector<std::string> &paths, const std::vector<int> &cameraOf,
                                              const KeyOf &keyOf) {
     std::map<std::string, std::set<int>> camerasOf;
@@ -160,6 +162,8 @@ CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs) {
             result.cameraOf[photograph] = reason.empty() ? int(result.cameras.size()) - 1 : -1;
         }
     }
+    // A photograph whose camera the user has named belongs to that camera even if it is left out or could not be
+    // loaded.
     for (size_t i = 0; i < photographs.size(); i++) {
         for (size_t camera = 0; camera < result.cameras.size(); camera++) {
             if (!photographs[i].camera.empty() && photographs[i].camera == result.cameras[camera].name) {
@@ -176,6 +180,8 @@ std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::
             return *moments;
         }
     }
+    // Neither the names nor the numbers in them match, so the first photographs of all cameras belong to one moment,
+    // the second ones to the next moment, and so on.
     std::map<int, int> counts;
     std::vector<int> moments;
     for (size_t i = 0; i < paths.size(); i++) {

@@ -95,8 +95,8 @@ double areaOf(const PatternReading &reading) {
     return reading.corners.empty() ? 0 : (most - least).prod();
 }
 
-// True if a plain board is much smaller than another one in the same photograph. Plain boards have no marks, so texture
-// in the background can look like a small board.
+// True if the reading is a plain board that is much smaller than another one in the same photograph. It is then taken
+// for texture in the background, which can look like a small board, because plain boards have no marks.
 bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photograph) {
     constexpr double timesLarger = 8;
     return reading.kind == PatternKind::Board &&
@@ -105,7 +105,8 @@ bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photog
            });
 }
 
-// The prints in one photograph. A print that the photograph shows more than once is left out.
+// The prints in one photograph. A print is left out if the photograph shows it more than once, or if none of its
+// corners can be used.
 struct Shown {
     std::vector<Sighting> sightings;
     std::vector<std::string> reasons;  // why readings are not used; texture that looks like a board has no reason
@@ -140,7 +141,7 @@ Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue,
     return shown;
 }
 
-// Adds a notice for each print that no photograph shows.
+// Adds a notice for each print that has no sighting. If there are no sightings at all, the calibration itself says so.
 void noteUnseenPrints(const Observations &observations, std::vector<std::string> &notices) {
     std::vector<bool> isSeen(observations.prints.size(), false);
     for (const Sighting &sighting : observations.sightings) {
@@ -179,7 +180,7 @@ void noteAmbiguousBoard(const std::vector<ReadPhotograph> &photographs, std::vec
     }
 }
 
-// Returns the new number of each old index: the used ones are counted from 0 in the same order, the others get -1.
+// Returns the new number of each index: the used ones are numbered from 0 in the same order, and the others get -1.
 std::vector<int> renumbering(std::vector<bool> isUsed) {
     std::vector<int> numbers(isUsed.size(), -1);
     int next = 0;
@@ -272,7 +273,7 @@ CollectedObservations collectObservations(const std::vector<ReadPhotograph> &pho
         observations.sightings.insert(observations.sightings.end(), shown.sightings.begin(), shown.sightings.end());
     }
     for (const auto &[reason, count] : ignored) {
-        // The reason begins with "shows".
+        // Every reason in `ignored` begins with "shows", which has five letters.
         collected.notices.push_back(
             (count == 1 ? "One photograph also shows" : std::to_string(count) + " photographs also show") +
             reason.substr(5) + ". This is ignored.");

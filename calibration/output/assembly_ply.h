@@ -7,8 +7,9 @@
 
 namespace calibration {
 
-// Returns the text of an ASCII file, with lengths in mm. Each corner is a vertex with its standard deviation and the
-// index of its print in the calibration. Four neighbouring corners make a face.
+// Returns the text of an ASCII file, with lengths in mm. Each corner or mark is a vertex, with the standard deviation
+// of its position and the index of its print in the calibration. Every cell of a print's grid that has points at all
+// four corners is a face.
 std::string assemblyPly(const std::vector<AssemblyPattern> &patterns);
 
 }  // namespace calibration

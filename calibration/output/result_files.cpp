@@ -44,8 +44,7 @@ void addCamera(ResultFiles &result, const SolvedCamera &camera) {
     add(result, name + ".cameramodel", mrcalFile(camera), camera);
 }
 
-// A file for several cameras has only those whose lens model its format can express. Adds an omission for each of the
-// other cameras.
+// Adds an omission for each of these cameras that is not in the file, because the file's format has no such lens model.
 void noteMissing(ResultFiles &result, const std::string &file, const std::vector<SolvedCamera> &cameras,
                  bool (*has)(LensModel)) {
     for (const SolvedCamera &camera : cameras) {
@@ -57,6 +56,8 @@ void noteMissing(ResultFiles &result, const std::string &file, const std::vector
     }
 }
 
+// Adds the files that hold several cameras: camchain.yaml has those of the first camera's rig, and cameras.txt has all,
+// as far as the formats can express their lenses.
 void addTogether(ResultFiles &result, const Calibration &calibration, const std::vector<size_t> &numbers) {
     std::vector<SolvedCamera> all;
     std::vector<SolvedCamera> rig;

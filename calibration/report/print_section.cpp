@@ -15,7 +15,8 @@ using Eigen::Vector3d;
 constexpr double radian = 57.29577951308232;  // degrees
 constexpr size_t mostRows = 1000;
 
-// Returns the standard deviation of one number of a print's shape; 0 if the number did not vary.
+// Returns the standard deviation of one number of a print's shape; 0 if the number did not vary or its covariance is
+// not known.
 double shapeSigma(const Calibration &calibration, int print, int number) {
     const std::vector<std::vector<int>> &shapes = calibration.freedom.shapes;
     if (size_t(print) >= shapes.size() || calibration.covariance.usedCorners() == 0) {
@@ -52,8 +53,8 @@ bool mayBend(const Calibration &calibration, int print) {
                                                         [](int number) { return number >= PrintShape::bend; });
 }
 
-// Returns a number of the shape in percent, with its standard deviation or the note that it is fixed. `nominal` is the
-// value of an exact print: 1 for the numbers that are stored as logarithms, 0 for the others.
+// Returns a number of the shape in percent, with its standard deviation or the note that it is fixed. `nominal` is 1 if
+// the number is stored as a logarithm, so that an exact print has 100 %, and 0 otherwise.
 std::string percent(const Calibration &calibration, int print, int number, double nominal) {
     const double value = calibration.estimate.shapes[size_t(print)].numbers[size_t(number)];
     const double sigma = shapeSigma(calibration, print, number);
