@@ -1,5 +1,5 @@
 // Makes scenes whose corners are computed from known cameras and prints. No pictures are rendered, so there is time to
-// compare hundreds of calibrations with the truth. The seed determines everything.
+// compare hundreds of calibrations with the truth. A draft and a seed determine the scene.
 #pragma once
 
 #include <array>
@@ -54,7 +54,8 @@ CameraDraft fisheyeCamera();
 
 SimulatedScene simulate(const SceneDraft &draft, unsigned seed);
 
-// Returns the corners that the photograph would show if the print had the pose `worldFromPrint`.
+// Returns the corners that the photograph would show if the print had the pose `worldFromPrint`. `noise` and
+// `saidNoise` mean the same as in SceneDraft.
 calibration::Sighting sightingOf(const SimulatedScene &scene, int photograph, int print,
                                  const calibration::RigidMotion &worldFromPrint, double noise, double saidNoise,
                                  std::mt19937 &random);

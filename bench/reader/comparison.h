@@ -14,14 +14,15 @@ struct DetectorTotals {
     StockMethod method = StockMethod::Classic;
     bool withoutMarks = false;
     std::string name;
-    int found = 0;             // boards of which all corners were found in the right places
+    int found = 0;             // boards on which every corner was found, each within a third of a square
     int foundButMissed = 0;    // boards of `found` that the reader does not read
     int foundMoreCorners = 0;  // boards of `found` that the reader reads, but not with every corner
-    // Root mean square error in pixels over the boards that both the detector and the reader found. A board's error is
-    // that of the corners that were found, and its weight is the number of all its corners.
+    // Root mean square errors in pixels, over the boards that both the detector and the reader found. On each board,
+    // the mean square error is taken over the corners that were found. These means are averaged over the boards, each
+    // weighted with the number of all corners of its board.
     double ownError = 0;
     double readerError = 0;
-    // The median of the boards' root mean square errors, in pixels.
+    // The medians of the root mean square errors of the same boards, in pixels.
     double ownMedian = 0;
     double readerMedian = 0;
     int readerBetter = 0;  // boards that both found and on which the reader's error is not larger
@@ -44,8 +45,8 @@ struct Comparison {
 
 // Uses the first `boards` pictures that can be compared, from picture number `first` on. These are pictures of any
 // condition that are not mirrored and show a single checkerboard. The board is completely visible and has at most 1,024
-// corners. Every detector is compared with the reader's results on the boards with marks. If `timesOnly` is true,
-// `detectors` stays empty.
+// corners. A detector's result, even on a board without marks, is compared with the reader's result on the same board
+// with marks. If `timesOnly` is true, `detectors` stays empty.
 Comparison compareWithStock(unsigned first, unsigned boards, unsigned threads, bool timesOnly);
 
 }  // namespace reader_bench

@@ -60,8 +60,9 @@ void addNoise(cv::Mat &image, const Exposure &exposure, std::mt19937 &random) {
     }
 }
 
-// Each square of 2 x 2 pixels has blue and green in its first row, and green and red in its second. OpenCV names this
-// order RG, after the second and the third pixel of the second row.
+// Returns the colour of a pixel of the sensor: 0 for blue, 1 for green, 2 for red. Each square of 2 x 2 pixels has blue
+// and green in its first row, and green and red in its second. OpenCV names this order RG, after the second and the
+// third pixel of the second row of the picture.
 int colourAt(int x, int y) {
     return x % 2 + y % 2;
 }
@@ -95,7 +96,7 @@ cv::Mat demosaic(cv::Mat mosaic, const Exposure &exposure) {
     return colours;
 }
 
-// Clips the levels and applies the camera's tone curve, to one or three channels.
+// Clips the levels and applies the camera's tone curve, if it has one. The image has one or three channels.
 void bendTones(cv::Mat &image, const Exposure &exposure) {
     if (exposure.toneGain == 1 && exposure.toneGamma == 1) {
         return;

@@ -6,12 +6,12 @@
 //                      comparison start at this number, too
 //     --count N        number of pictures with patterns
 //     --empty N        number of pictures without patterns
-//     --condition ID   makes only pictures with patterns under this condition, unless --empty or --compare is also
-//                      given. An ID that does not exist, such as "list", lists all conditions
+//     --condition ID   makes the pictures with patterns under this condition only. Then --empty and --compare are 0
+//                      unless they are given. An ID that does not exist, such as "list", lists all conditions
 //     --compare N      number of boards on which the reader is compared with OpenCV's detectors
 //     --times          makes --compare measure only processor times
 //     --threads N      number of threads
-//     --list           lists every failure
+//     --list           lists every failure to read a picture, and every reading in a picture without patterns
 //     --check          exits with 1 if a goal is missed
 //     --save FOLDER    writes the pictures with patterns, and the truth about them. With --list, writes only pictures
 //                      with failures, but also the pictures without patterns in which something was read

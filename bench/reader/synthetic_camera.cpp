@@ -17,7 +17,7 @@ cv::Matx33d rotationBy(const cv::Vec3d &axis) {
     return cv::Matx33d::eye() + std::sin(angle) * cross + (1 - std::cos(angle)) * (cross * cross);
 }
 
-// The pose at the moment when the row at y is read.
+// The pose of the target at the moment when one row of the picture is read.
 struct Moment {
     cv::Matx33d rotation;
     cv::Vec3d translation;
@@ -33,7 +33,8 @@ bool isMoving(const TargetPose &pose) {
     return pose.turnPerRow != cv::Vec3d() || pose.shiftPerRow != cv::Vec3d();
 }
 
-// Finds the points of the paper that the pixels of a row see, one row after the other.
+// Finds the points of the target's plane that are seen in the picture, one row after the other. If the paper is flat
+// and a ray does not meet its plane in front of the camera, the coordinates are about `nowhere`.
 class PaperFinder {
 public:
     PaperFinder(const CameraModel &camera, const TargetPose &pose)
@@ -41,6 +42,7 @@ public:
         prepare();
     }
 
+    // Finds what is seen at (left, y), (left + 1, y) and so on.
     void findRow(double left, double y, std::vector<cv::Point2d> &row) {
         if (moves) {
             current = momentAt(targetPose, y);
@@ -75,7 +77,7 @@ private:
     bool moves;
     cv::Matx33d toBoard;
     cv::Vec3d origin;
-    double firstStart = 0;
+    double firstStart = 0;  // where the search for the first point of the next row starts on a bent sheet
 };
 
 cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, const cv::Size &image) {
@@ -101,8 +103,8 @@ cv::Rect imageBounds(const CameraModel &camera, const PlacedTarget &placed, cons
     return cv::Rect(cv::Point(int(bounds.x), int(bounds.y)), end) & cv::Rect({0, 0}, image);
 }
 
-// Returns the covered share of a pixel. Covers are much larger than pixels. So a pixel is completely covered if all its
-// corners are covered, and not covered at all if none of them is.
+// Returns the covered share of a pixel. Covers are much larger than pixels. So a pixel is taken as completely covered
+// if all its corners are covered, and as not covered at all if none of them is. Other pixels are sampled.
 double coveredShare(const Cover &cover, const Quad &quad) {
     int covered = 0;
     for (const cv::Point2d &p : quad) {
