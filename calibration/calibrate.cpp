@@ -22,11 +22,13 @@ namespace {
 // A focal length counts as unknown if its standard deviation is more than this share of the focal length.
 constexpr double greatestFocalSigma = 0.02;
 
-// Models are chosen again if the number of photographs has grown or shrunk by more than this factor.
+// An earlier choice of models is kept only if the number of photographs has not grown or shrunk by more than this
+// factor since then.
 constexpr double similarCount = 1.5;
 
-// No corner in a photograph is more certain than this standard deviation, in pixels. Simulated corners can be exact.
-// Without this limit, even a focal length that they do not determine would seem certain.
+// In the check of the focal lengths, the standard deviations of the corners count as at least this many pixels.
+// Simulated corners can be exact. Without this limit, even a focal length that they do not determine would seem
+// certain.
 constexpr double leastNoise = 0.01;
 
 class Calibrator {
@@ -89,7 +91,8 @@ private:
         search();
     }
 
-    // Solves, and leaves out the sightings that do not fit.
+    // Solves, and leaves out the sightings that do not fit. Chooses the models again if these sightings may have spoilt
+    // the choice.
     void search() {
         enter(Stage::Solving, 0);
         solve();
@@ -100,7 +103,6 @@ private:
             solve();
         }
         if (leaveOut()) {
-            // The sightings that are left out now may have spoilt the choice of models.
             enter(Stage::ChoosingModels, 0);
             chooseModels();
             enter(Stage::Solving, 0.5);
@@ -175,7 +177,7 @@ private:
         search();
     }
 
-    // Finds all poses for the chosen lenses.
+    // Computes start values of all poses and of the prints' shapes, for the chosen lenses and bends.
     void place() {
         result.observations = good;
         std::vector<Eigen::VectorXd> lenses;
@@ -188,7 +190,7 @@ private:
     }
 
     // A lens that was chosen with flat prints can be wrong, and so can a bend that was chosen with the wrong lens. So
-    // both are chosen again until neither changes, but at most three times.
+    // lenses and bends are chosen in turn until they no longer change, in at most three rounds.
     void chooseModels() {
         if (hasModels || (options.lens && !options.mayBend)) {
             return;
@@ -236,9 +238,10 @@ private:
         }
     }
 
-    // Finds the sightings in which a print has moved. If the solve still uses one of them, or has left out other
-    // sightings, too, it may have settled between two places of a print. Then this function leaves out the sightings in
-    // which a print has moved, computes new start values and returns true.
+    // Finds the sightings in which a print has moved. If there are any, the solve should have left out exactly these.
+    // If it still uses one of them, or has left out any other sighting as well, it may have settled between two places
+    // of a print. In that case, this function leaves out the sightings in which a print has moved, computes new start
+    // values and returns true.
     bool leaveOutMoved() {
         Observations all = given;
         all.cameras = result.observations.cameras;
@@ -264,7 +267,8 @@ private:
     }
 
     // Marks the sightings that the solve left out, so that the choice of models ignores them. Returns true if there are
-    // such sightings and models are to be chosen.
+    // such sightings and the models have to be chosen again. They have not if the options fix them or if they are kept
+    // from the previous result.
     bool leaveOut() {
         bool isAny = false;
         for (size_t i = 0; i < good.sightings.size(); i++) {
@@ -291,7 +295,8 @@ private:
         }
     }
 
-    // Returns the standard deviation of a camera's least certain corner along one axis, in pixels.
+    // Returns the standard deviation along one axis of the least certain corner in a camera's used sightings, in
+    // pixels. The variance factor adapts it to the residuals. Never 0, because the caller divides by it.
     double noiseOf(int camera) const {
         double greatest = 0;
         for (const Sighting &sighting : result.observations.sightings) {

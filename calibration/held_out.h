@@ -12,15 +12,16 @@ namespace calibration {
 // take part. Each square is limited, so that a single bad corner does not decide a comparison. Models can be compared
 // only if they were tried on the same corners with the same standard deviations.
 //
-// The moments are split into three parts. For each part, all unknowns are estimated from the other two parts, with
-// `estimate` as the start. Then only the poses of this part's moments are estimated, from this part's own sightings.
-// All values are empty if too few moments take part or a solve fails.
+// The moments at which photographs were taken are split into three parts. For each part, all unknowns are estimated
+// from the other two parts, with `estimate` as the start. Then only the poses of this part's moments are estimated,
+// from this part's own sightings. The residuals of these sightings are the result. All values are empty if too few
+// moments take part or a solve fails.
 std::vector<std::optional<double>> heldOutErrors(const Observations &observations, const Freedom &freedom,
                                                  const Estimate &estimate);
 
-// Returns the index of the model to take, given the held-out errors of each model. The models are in order of
-// preference. The function takes the first model whose errors are not clearly larger than those of the best one.
-// `counts` tells for each sighting whether its errors are compared. Sightings that no model predicts well are ignored.
+// Chooses a model by the held-out errors of all models, which are in order of preference. Returns the index of the
+// first model whose errors are not clearly larger than those of the best one. `counts` tells for each sighting whether
+// its errors are compared. A sighting that no model predicts well is ignored even if `counts` is true for it.
 size_t preferredModel(const std::vector<std::vector<std::optional<double>>> &errors, std::vector<bool> counts);
 
 // Returns the mean of the errors that count; empty if there are none.

@@ -12,7 +12,7 @@ namespace calibration {
 
 namespace {
 
-// This number of a sighting's corners is enough for its pose.
+// The pose of a sighting is estimated from about this many of its corners, because more would hardly improve it.
 constexpr size_t enoughCorners = 60;
 // If the residuals of a sighting are more than this many times those of good sightings, it is blurred or misread, and
 // its pose is useless.
@@ -73,7 +73,8 @@ private:
 
     // Returns the start value of a sighting's pose. If the print is far away, it looks nearly the same when it is
     // tilted the other way, and a single sighting could give the wrong one of these two poses. So the start value is
-    // the pose in the joint estimate, unless this pose fits much worse than the pose from the sighting alone.
+    // the pose in the joint estimate, unless this pose is unknown or fits much worse than the pose from the sighting
+    // alone.
     std::optional<RigidMotion> startOf(const Observations &all, const Sighting &sighting, const Sighting &alone,
                                        const Estimate &joint) const {
         const int camera = all.photographs[size_t(sighting.photograph)].camera;

@@ -15,7 +15,8 @@ namespace {
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 constexpr double tilt = 35;  // degrees
-// Advice is worth the effort only if the greatest uncertainty falls below this share of its present value.
+// A pose is advised only if a photograph of it lowers the greatest uncertainty to less than this share of its present
+// value.
 constexpr double usefulShare = 0.95;
 // The uncertainty of a lens is negligible below this share of the standard deviation of one corner, because it then
 // adds at most 3 % to the error of that corner. The limit that follows from the share is at least leastNegligible
@@ -23,7 +24,8 @@ constexpr double usefulShare = 0.95;
 constexpr double negligibleShare = 0.25;
 constexpr double leastNegligible = 0.005;
 constexpr double mostNegligible = 0.05;
-// A reader finds the corners of a print only if at least this share of them is in the picture.
+// A pose is not considered unless at least this share of the corners, and at least six, would be in the picture.
+// Otherwise, a reader could hardly find them.
 constexpr double leastVisible = 0.3;
 
 // The place and the tilt of the target, in terms that a user understands.
@@ -48,8 +50,8 @@ std::vector<Hold> candidates(double usualDistance) {
     return holds;
 }
 
-// Returns the standard deviation in pixels that the corners of a camera usually have along one axis; 1 if the camera
-// saw none.
+// Returns a standard deviation along one axis, in pixels, that stands for all corners of a camera: that of the first
+// corner in its first used sighting. 1 if the camera has no such corner.
 double sigmaOfCorner(const Calibration &calibration, int camera) {
     for (const Sighting &sighting : calibration.observations.sightings) {
         const Photograph &photograph = calibration.observations.photographs[size_t(sighting.photograph)];
