@@ -6,7 +6,8 @@
 // The values are the indices of the form's pages.
 enum class PatternType { Official = 0, Single = 1, Flexible = 2, Assembly = 3, Halcon = 4 };
 
-// The choices in millimetres, in the order of the items. A choice is found by its index.
+// The choices in millimetres, in the order of the items of the form's lists. The index of the selected item is the
+// index of the choice.
 constexpr std::array<double, 14> GridSpacingChoices{1, 1.5, 2, 3, 4, 6, 8, 12, 16, 24, 32, 48, 64, 96};
 constexpr std::array<double, 6> ThicknessChoices{0, 1, 2, 3, 4, 5};
 

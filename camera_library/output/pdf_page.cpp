@@ -76,8 +76,8 @@ private:
     }
 };
 
-// Draws eight Bézier curves. The distance of a control point from its end of the curve is 4/3 tan(angle / 4) times the
-// radius, where `angle` is the angle of one curve.
+// Draws eight Bézier curves, each over the same angle of the circle. Each of the two inner control points of a curve
+// lies on the tangent at one end of the curve, 4/3 tan(angle / 4) times the radius from that end.
 void Contents::addCircle(const Circle &circle) {
     constexpr int curves = 8;
     constexpr double angle = 6.283185307179586 / curves;

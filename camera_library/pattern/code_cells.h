@@ -1,5 +1,6 @@
 // Makes the code of one pattern. The code states which squares of a checkerboard carry a mark, or which dots a plate
-// has, and what the marks or dots encode. The description must have been checked. Marks and dots are not drawn here.
+// has, and what the marks or dots encode. Every value of the description must be in its range. Marks and dots are not
+// drawn here.
 #pragma once
 
 #include <array>
@@ -32,11 +33,11 @@ struct CodeCells {
     pattern_code::Square planeSquare;                   // Plane: the plane's square at the pattern's top left
     std::array<int, 2> offset{};                        // Plane: the pattern's offset in half grid spacings
     std::optional<pattern_code::BlockContent> content;  // Tile and Plate; empty for a Plane
-    std::uint64_t block = 0;                            // the content's bits
+    std::uint64_t block = 0;                            // the information block with this content; 0 for a Plane
 };
 
-// Returns the code of the pattern; empty if the pattern is plain or has no extent. The description must have no
-// encodingFault.
+// Returns the code of the pattern; empty if the pattern is plain or its grid spacing is 0. encodingFault() must have
+// found no fault in the description.
 std::optional<CodeCells> codeCellsOf(const PatternDescription &description);
 
 // A parameter whose value the code cannot hold.
@@ -45,7 +46,8 @@ struct EncodingFault {
     std::string required;  // completes the sentence "it must be ..."
 };
 
-// Returns the first value that the code cannot hold; empty if there is none or if the pattern carries no code.
+// Returns the first parameter whose value the code cannot hold; empty if there is none or if the pattern carries no
+// code.
 std::optional<EncodingFault> encodingFault(const PatternDescription &description);
 
 }  // namespace lmlib64

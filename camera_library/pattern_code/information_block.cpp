@@ -89,9 +89,9 @@ constexpr Polynomial makeGenerator() {
 
 constexpr Polynomial generator = makeGenerator();
 
-// Returns the check bytes that complete the data to a word of the code. They are the remainder of the data's polynomial
-// divided by the generator. The generator is a constant that the compiler computes, so a forked process can never find
-// a half-made table.
+// Returns the check bytes that complete the data to a word of the code. They are the remainder of the data's
+// polynomial times x^4, divided by the generator. The compiler computes the generator. If it were computed at its
+// first use, a fork at that moment could leave a half-made table in the child.
 std::uint32_t checkBytesOf(std::uint32_t data) {
     std::uint32_t remainder = 0;
     for (int byte = 3; byte >= 0; --byte) {

@@ -5,8 +5,9 @@
 namespace lmlib64 {
 
 void callAtExit(void (*action)()) {
-    // Handlers run in reverse order, so everything that was made before the library's first call still exists when the
-    // handler runs. If the handler cannot be registered, the process exits without it.
+    // The library registers its action at its first call. The process runs such actions in the reverse order of their
+    // registration, so everything that was made before the first call still exists when the action runs. If the action
+    // cannot be registered, the process exits without it.
     static_cast<void>(std::atexit(action));
 }
 
