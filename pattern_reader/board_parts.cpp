@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-// Returns the reading's corners as a lattice. The cells are the lattice coordinates of the code.
+// Returns the reading's corners as a lattice. The cell of a corner is its place in the lattice of the code.
 CornerLattice latticeOf(const PatternReading &reading) {
     CornerLattice lattice;
     lattice.originLight = !reading.evenSquaresDark;
@@ -47,7 +47,8 @@ void addMissing(PatternReading &board, const PatternReading &part) {
     });
 }
 
-// Reads the corners of two parts together and returns one reading for both.
+// Reads the corners of two parts together. If that fails, or gives another pattern or fewer corners than the board has
+// alone, the board's reading is kept, and the corners that only the part has are added to it.
 PatternReading join(const PatternReading &board, const PatternReading &part, const ReadLattice &read) {
     CornerLattice both = latticeOf(board);
     for (const PatternCorner &corner : part.corners) {
@@ -75,7 +76,7 @@ void joinParts(std::vector<PatternReading> &readings, const ReadLattice &read) {
             }
             readings[i] = join(readings[i], readings[k], read);
             readings.erase(readings.begin() + std::ptrdiff_t(k));
-            // The joined part is larger, so it may now reach parts that it did not reach before.
+            // The joined board is larger, so it may now reach parts that it did not reach before.
             k = i + 1;
         }
     }

@@ -1,8 +1,8 @@
 // The corners of a checkerboard or of a part of one, each with its column and row in a lattice.
 //
 // Axes: column steps go along axis 0, and row steps go along axis 1. In the image (x right, y down), the turn from axis
-// 0 to axis 1 is clockwise, so a lattice is never mirrored. The origin and the directions of the axes are arbitrary.
-// Positions are image coordinates.
+// 0 to axis 1 is always clockwise, even if the image shows the board mirrored. Otherwise, the origin and the directions
+// of the axes are arbitrary. Positions are image coordinates.
 #pragma once
 
 #include <array>

@@ -66,8 +66,8 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
             break;
         }
         fit = rescale(fit, levels[number], levels[number - 1]);
-        // In the next finer level, the blur is less than twice as many pixels, because one pixel's own area is a
-        // constant part of it.
+        // rescale() has doubled the blur. In the finer level, it is really less than twice as many pixels: the part of
+        // it that comes from the area of a pixel is the same in every level.
         fit.blur = std::max(0.5, 0.8 * fit.blur);
     }
     mark.level = number;
@@ -97,8 +97,9 @@ std::vector<bool> inReflection(const std::vector<FittedMark> &marks) {
     return raised;
 }
 
-// Fits a reflection to the marks that may be in one. If a mark's residual is still much greater than those of the best
-// marks, the cause is something else, such as a shadow or a cover. The fit without a reflection is then kept.
+// Fits a reflection to the marks that may be in one. If a mark's residual is still clearly greater than those of the
+// best quarter of the marks, the cause is something else, such as a shadow or a cover. The fit without a reflection is
+// then kept.
 void fitReflections(const std::vector<ImageLevel> &levels, std::vector<FittedMark> &marks) {
     const std::vector<bool> raised = inReflection(marks);
     std::vector<MarkFit> lit;

@@ -2,8 +2,8 @@
 // files.
 //
 // Coordinates are those of the picture as it is stored: column 0 of row 0 of the file's data is the top-left pixel,
-// whatever the orientation tag says. Every function may be called from any thread at the same time. Paths are in the
-// system's narrow encoding.
+// whatever the orientation tag says. Several threads may call the functions at the same time. Paths are in the system's
+// narrow encoding.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -34,8 +34,9 @@ struct PlatePicture {
 
     const MarkLattice &marks;
     const MarkMap &map;
-    const ImageLevel *level = nullptr;       // the finest level in which a grid spacing has at most 26 pixels
-    const ImageLevel *sharpLevel = nullptr;  // the next finer level, if there is one
+    // The finest level in which a grid spacing has at most 26 pixels; the coarsest level if there is none.
+    const ImageLevel *level = nullptr;
+    const ImageLevel *sharpLevel = nullptr;  // the next finer level; if `level` is the finest, the same level
 
 private:
     cv::Rect extent;  // of the lattice
