@@ -38,8 +38,8 @@ public:
     void setTipRect(QWidget *newWidget, const QRect &newRect);
 
     // Moves the window next to the global position so that all of it is on the screen. If it is larger than the screen,
-    // its left and bottom edges are on the screen. The screen is that of `placeWidget` if this is a window of its own,
-    // otherwise that of the position.
+    // its left and bottom edges are on the screen. The screen is that of `placeWidget` if that widget is a window of
+    // its own; otherwise it is the screen at the position.
     void placeTip(const QPoint &position, QWidget *placeWidget);
 
     // Closes the label after the interval, unless its display time ends earlier. If the interval of an earlier call

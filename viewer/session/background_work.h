@@ -17,7 +17,7 @@
 class BackgroundWork : public QObject {
 public:
     using IsCancelled = std::function<bool()>;
-    // Delivers a result. This function runs on the owner's thread. It is not called if the work was cancelled before.
+    // Delivers the result of work. It is called on the owner's thread, unless the work has been cancelled by then.
     using Delivery = std::function<void()>;
     // Runs on a background thread. The work must catch its exceptions, and should now and then check whether it is
     // cancelled.
@@ -29,7 +29,7 @@ public:
     // Work starts in the order in which it is added.
     void add(Work work);
 
-    // Removes all waiting work and discards the results of running work.
+    // Removes all waiting work. Running work is told that it is cancelled, and its results are discarded.
     void cancel();
 
     // Returns the number of results that are still to be delivered.

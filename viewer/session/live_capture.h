@@ -42,6 +42,7 @@ public:
 
     // Saves the next frame, whatever it shows.
     void takePicture();
+    // If `takes` is true, as at first, frames that are worth keeping are saved automatically.
     void setTakesByItself(bool takes);
     // Sets the photographs that the session has. A frame that is similar to one of them is not saved automatically.
     void setPhotographs(std::vector<TargetView> views);
@@ -53,8 +54,8 @@ signals:
     // If frames are read faster than they can be shown, some are not shown.
     void frameShown(const LiveFrame &frame);
     void pictureTaken(const QString &file);
-    // The run ended by itself, for example because a picture could not be saved. `reason` is a sentence that says why.
-    // `isProblem` is false if a file came to its end.
+    // The run ended by itself, and not by stop() or start(). `reason` is a sentence that says why. `isProblem` is false
+    // if the video came to its end, and true otherwise, for example if a picture could not be saved.
     void ended(const QString &reason, bool isProblem);
 
 protected:

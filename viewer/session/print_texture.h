@@ -11,7 +11,7 @@
 
 using Outline = std::vector<Eigen::Vector3d>;  // corners in the print's axes, mm
 
-// A piece of the print about as large as one of its squares. It overlaps its neighbours a little.
+// A piece of the print, about as large as one square. Neighbouring cells overlap a little.
 struct PrintCell {
     Outline whole;                // the outline of the cell, to be filled with the light colour
     std::vector<Outline> shapes;  // what lies within an odd number of these is dark

@@ -21,15 +21,16 @@ struct PhotographFit {
 };
 
 struct SessionResult {
-    // Null if no calibration is possible. `problem` then says why; it is empty if no photograph takes part.
+    // Null if there is no calibration. Then `problem` says why a calibration is impossible; it is empty only if no
+    // photograph takes part.
     std::shared_ptr<const calibration::Calibration> calibration;
     QString problem;
 
     std::vector<int> photographIds;  // the session's id of each photograph in calibration->observations
     QMap<int, PhotographFit> fits;   // by the session's ids; an unused photograph has only a reason
     std::vector<calibration::UnusedPhotograph> unused;  // photographs that the calibration got no corners from
-    // estimated[i][j] is the pixel to which the estimate projects corner j of sighting i. Empty if a pose is not known
-    // or the corner cannot be projected.
+    // estimated[i][j] is the pixel to which the estimate projects corner j of sighting i in calibration->observations.
+    // It is empty if a pose is not known or the corner cannot be projected.
     std::vector<std::vector<std::optional<Eigen::Vector2d>>> estimated;
 
     // What is printed on each print of the calibration; empty for a print whose look is not known.
@@ -47,9 +48,10 @@ struct SessionResult {
 std::optional<calibration::RigidMotion> cameraFromPrint(const calibration::Calibration &calibration, int photograph,
                                                         int print);
 
-// Returns the corner that was seen within one pixel of this place in a photograph; empty if there is none. The result
-// must have a calibration.
+// Returns a corner that was seen less than one pixel from this place in a photograph; empty if there is none, or if the
+// print has no columns and rows with which to name the corner. The result must have a calibration.
 std::optional<NamedCorner> cornerAt(const SessionResult &result, int photographId, const Eigen::Vector2d &pixel);
 
-// Sets `fits` and `estimated` from the calibration. Reasons that `fits` already has are kept.
+// Sets `fits` and `estimated` from the calibration. Reasons that `fits` already has are kept, and the calibration's
+// reasons are added to them.
 void describeFits(SessionResult &result);

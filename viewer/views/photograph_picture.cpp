@@ -9,7 +9,7 @@ namespace {
 
 constexpr int smallestLevel = 256;   // pixels; the longer side of the smallest level is at most this
 constexpr double mostPixels = 4e6;   // of an undistorted picture
-constexpr double fisheyeZoom = 0.6;  // factor of a fisheye's focal length, to show more of its picture
+constexpr double fisheyeZoom = 0.6;  // share of its focal length that an undistorted fisheye keeps, to show more
 constexpr int bandRows = 64;         // rows undistorted at a time; limits the memory of the maps
 
 cv::Mat matrixOf(QImage &image) {
