@@ -1,6 +1,7 @@
 # Reads a DXF file with ezdxf and prints one line for each entity: its kind, its layer, how many numbers follow, and
-# these numbers. Lengths are in mm and angles in degrees. Fails if ezdxf finds an error in the file, or if the file has
-# an entity that the library does not write.
+# these numbers. Lengths are in mm and angles in degrees. Fails if ezdxf finds an error in the file, if the file is not
+# of version AC1009 (R12), if it does not define the layer of an entity, or if it has an entity that the library does
+# not write.
 import sys
 
 import ezdxf

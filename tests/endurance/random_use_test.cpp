@@ -23,8 +23,8 @@ QByteArray contentsOf(const QString &fileName) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// True if the main thread of the program waits for events, in poll; false while it computes or waits for a command of
-// the library.
+// True if the main thread of the program waits for events, in poll or ppoll (the numbers 7 and 271 of x86-64). False
+// while it computes or waits for a command of the library.
 bool waitsForEvents(qint64 process) {
     const QByteArray call = contentsOf(QString("/proc/%1/syscall").arg(process)).split(' ').value(0);
     return call == QByteArray::number(7) || call == QByteArray::number(271);

@@ -1,6 +1,6 @@
-// Tests eight threads that make random library calls at the same time, and processes that exit or fork while a command
-// runs. The seed of a thread determines its calls, but not how the threads interleave. The environment variable
-// LMCALTAB_THREAD_SECONDS sets how long the eight threads run.
+// Tests eight threads that make random library calls at the same time, processes that exit while a command runs, and a
+// process that forks while its threads use the library. The seed of a thread determines its calls, but not how the
+// threads interleave. The environment variable LMCALTAB_THREAD_SECONDS sets how long the eight threads run.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Tries all ways in which new users install and use the project, in a Debian 12 with nothing else installed. Needs root,
-# debootstrap, Xvfb, xdotool and Debian's mirror. Downloaded files are kept in ~/.cache/lmcaltab-debian.
+# debootstrap, dpkg, ccache, Xvfb, xdotool and Debian's mirror. Downloaded files are kept in ~/.cache/lmcaltab-debian.
 #   bare_debian_test.sh [WAY...]    tries all ways if none is named
 #     packages   install packages/*.deb (made by ./package), try the windows, the shell and Python, purge the packages,
 #                and check that the same files exist as before
@@ -20,7 +20,8 @@ if [ -z "${LMCALTAB_BARE_DEBIAN:-}" ]; then
       { tail "$cache/log"; exit 1; }
     tar -C "$cache/new" --numeric-owner -cf "$cache/root.tar" . && rm -rf "$cache/new"
   fi
-  # The mounts and the processes below end with the process that unshare starts.
+  # The script starts itself again in mount and process namespaces of its own. When that run ends, all its mounts and
+  # background processes disappear, so nothing needs to be unmounted or killed.
   work=$(mktemp -d)
   trap 'rm -rf "$work"; rmdir "$source/build-bare" 2>/dev/null || true' EXIT
   LMCALTAB_BARE_DEBIAN=$work unshare --mount --pid --fork --kill-child --mount-proc "$0" "$@"

@@ -61,8 +61,9 @@ TEST_F(ToolTipHelperTest, eventForAnObjectWithoutATipClosesTheTipOnlyIfTheObject
     QObject parentless;
     QObject owned(&parentless);
     const auto tip = [] { return QCustomTipLabel::instance; };
-    // An event for a child without a tip closes a visible tip. The label that shows the tip has a parent, too. But an
-    // event for the label does not close the tip, because the helper recognises the label.
+    // In each row: an object without a tip of its own, and after how many milliseconds an event for it closes the
+    // visible tip (0: never). The label that shows the tip has a parent, too. But an event for the label does not close
+    // the tip, because the helper recognises the label.
     const std::vector<std::pair<std::function<QObject *()>, int>> rows = {
         {[&] { return plain; }, 200},  {[&] { return &window; }, 0},     {tip, 0},
         {[&] { return &owned; }, 200}, {[&] { return &parentless; }, 0},

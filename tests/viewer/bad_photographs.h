@@ -7,7 +7,7 @@
 #include <QStringList>
 
 // Makes three files in a folder from a good photograph. One is too blurred to be read, one has another size, and one
-// looks as if taken with another zoom. Returns the file names; empty if a file could not be written.
+// looks as if it had been taken with another zoom. Returns the file names; empty if a file could not be written.
 inline QStringList writeBadPhotographs(const QDir &folder, const QString &goodPhotograph) {
     const QImage good(goodPhotograph);
     const QSize size = good.size();

@@ -298,7 +298,7 @@ void ResultViewsTest::drawsTheNextPhotograph() {
     QVERIFY2(left > 3000 && right < left / 10, qPrintable(QString("%1 and %2 pixels").arg(left).arg(right)));
 }
 
-// The frame is shown at half its size, in the middle of a view that is 100 pixels higher than that.
+// The view has 600 x 550 pixels. It shows the frame of 1200 x 900 pixels at half its size, 50 pixels below its top.
 void ResultViewsTest::marksTheCornersOfALiveFrame() {
     LiveFrame frame;
     frame.size = {1200, 900};

@@ -52,8 +52,8 @@ std::string reasonFor(const CollectedObservations &collected, const std::string 
 }
 
 TEST(PhotographObservations, placeCornersByKindNumberAndBlock) {
-    // The information block of pattern 1 was never read. Its grid spacing is that of pattern 2, because both belong to
-    // one assembly.
+    // Tile 0 is a single pattern, and tile n is pattern n - 1 of an assembly. The information block of pattern 1 was
+    // never read. Its grid spacing is that of pattern 2, because both belong to one assembly.
     const auto collected =
         collectObservations({photograph("a", {tile(0, 20), tile(3, 10)}), photograph("b", {tile(2)})}, {}, false);
     const Observations &observations = collected.observations;
@@ -282,7 +282,7 @@ TEST(CameraGroups, findTheMomentsOfARig) {
              Row{{"left01.jpg", "left12.jpg", "right012.jpg", "right2.jpg"}, {0, 1, 1, 2}},
              Row{{"left1.jpg", "left2.jpg", "front8.jpg", "front9.jpg"}, {0, 1, 0, 1}},
              Row{{"a/x.jpg", "a/y.jpg", "b/z.jpg", "b/w.jpg"}, {0, 1, 0, 1}},
-             // If only one of three numbers matches, the match counts as chance.
+             // If only one of three numbers matches, that counts as chance. The photographs are then paired in order.
              Row{{"left1.jpg", "left2.jpg", "left3.jpg", "right3.jpg", "right4.jpg", "right5.jpg"}, {0, 1, 2, 0, 1, 2}},
          }) {
         std::vector<int> cameras(row.paths.size(), 0);
