@@ -59,9 +59,9 @@ std::wstring wideName(const std::string &fileName) {
     return wide;
 }
 
-// The beginning of the names of devices, such as \\.\NUL. The system turns names such as NUL.pdf, in any folder, into
-// this name.
+// The beginning of the names of devices, such as \\.\NUL. The system turns even NUL.pdf in any folder into \\.\NUL.
 constexpr wchar_t devicePrefix[] = L"\\\\.\\";
+// A name that begins with this may be longer than 260 characters. The system takes the rest of it as it stands.
 constexpr wchar_t verbatimPrefix[] = L"\\\\?\\";
 
 bool startsWith(const std::wstring &text, const wchar_t *prefix) {
@@ -133,8 +133,8 @@ bool isSuitableTarget(const std::wstring &target, const std::string &fileName) {
     if ((attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DEVICE)) != 0) {
         fail(fileName, ERROR_ACCESS_DENIED);
     }
-    // The folder's permissions may allow this user to replace a file that the user may not write. So the file is opened
-    // for writing, as a test.
+    // A file that this user may not write must not be replaced, even if the folder's permissions would allow that. So
+    // the file is opened for writing, as a test.
     const Handle file(CreateFileW(target.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                   nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.isOpen()) {

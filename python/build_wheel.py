@@ -1,5 +1,5 @@
-"""Builds the wheel for pip with CMake. It uses only Python's standard library, so pip needs no network. Compiler,
-CMake, pybind11, OpenCV and Ceres Solver come from the system; see packaging/debian_packages.sh.
+"""Builds the wheel for pip with CMake. This script needs only Python's standard library, so the build needs no
+network. The compiler, CMake, Ninja and all libraries must be installed; see packaging/debian_packages.sh.
 
 The environment variable CMAKE_ARGS may contain further options for CMake. `pip install --config-settings
 build-dir=FOLDER .` keeps the object files in FOLDER for the next build.
