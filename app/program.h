@@ -2,6 +2,6 @@
 // main thread.
 #pragma once
 
-// Passes the arguments to the toolkit and returns the result of the event loop. It catches no exception, so an
-// exception from building the window or finalising the library ends the process.
+// Passes the arguments to Qt, shows the window and returns the exit code of the event loop. It catches no exception, so
+// an exception while the window is built or the library is finalised ends the process.
 int runProgram(int argc, char **argv);
