@@ -8,8 +8,8 @@
 
 namespace {
 
-// The data of the item that is shown while three corners define the axes. Other items have the number of their pattern
-// as data; the first item, which stands for the first pattern, has none.
+// The data of the item "three corners", which is in the list only while three corners define the axes. The item "the
+// first pattern" has no data. Each other item has the number of its pattern as data.
 constexpr int threeCorners = -1;
 
 }  // namespace

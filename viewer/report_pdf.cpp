@@ -22,7 +22,7 @@ constexpr double marginMm = 16;
 constexpr double footerPoints = 22;
 constexpr double textPoints = 9.5;
 constexpr double captionPoints = 8;
-constexpr double greatestHeight = 0.6;  // of a figure, as a share of the page's height
+constexpr double greatestHeight = 0.6;  // of a figure's drawing, as a share of the page's height
 constexpr double latestStart = 0.65;    // no part begins farther down than this share of the page's height
 constexpr double columnShare = 0.485;   // width of a figure in a column, as a share of the page's width
 constexpr double pictureWidthPoints = 54;
@@ -127,7 +127,9 @@ void beginPartsAtTheTop(QTextDocument &document, double pageHeight) {
             QTextBlockFormat format = block.blockFormat();
             format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
             QTextCursor(block).setBlockFormat(format);
-            document.setPageSize(document.pageSize());  // forces a new layout, because a partial one loses lines
+            // Forces a new layout of the whole document. Qt's own layout after setBlockFormat is partial and loses
+            // lines.
+            document.setPageSize(document.pageSize());
         }
     }
 }

@@ -30,8 +30,7 @@ protected:
 
 private:
     void drawCorners(QPainter &painter, double scale) const;
-    // True if there is advice for the next photograph, and if the camera that should take it has pictures of the
-    // frame's size.
+    // True if there is advice for the next photograph, and if it is for a camera whose pictures have the frame's size.
     bool hasAdvice() const;
     void drawAdvice(QPainter &painter) const;
 

@@ -1,6 +1,6 @@
 // Shows one photograph with the patterns read in it. The wheel and the keys + and - zoom. Dragging and the arrow keys
-// move the picture. The key 0 fits the picture into the view. The view can also show residuals as arrows, and the
-// picture without distortion.
+// move the picture. The key 0 and a double click fit the picture into the view. The view can also show residuals as
+// arrows, and the picture without distortion.
 #pragma once
 
 #include <QPointer>
@@ -59,8 +59,8 @@ private:
     void zoom(double factor, QPointF about);
     void pick(QPointF place);
     bool showsUndistorted() const { return wantsUndistorted && !straight.levels.empty(); }
-    // Returns where the view shows a pixel of the photograph. Empty if the view shows the undistorted picture, and
-    // undistorted() is empty for the pixel.
+    // Returns where the view shows a pixel of the photograph; the place may be outside the view. Empty if the view
+    // shows the undistorted picture and this has no place for the pixel (see undistorted() in photograph_picture.h).
     std::optional<QPointF> place(QPointF pixel) const;
     void drawPicture(QPainter &painter) const;
     void drawReading(QPainter &painter, int index) const;
