@@ -60,10 +60,11 @@ bool isLikeItselfTurned(Word word, Word mask, int n, int distance) {
     return false;
 }
 
-// An index of windows of side n. All bits of the windows count. Each window is stored in four orientations, each of
-// which is one word. The words are cut into parts, which are the keys of the index. Two words that differ in fewer than
-// `distance` bits have at least one part in which they differ in at most `flips` bits. So it is enough to look up each
-// part of a word with up to `flips` of its bits inverted.
+// An index of windows of side n. Windows are compared by all their bits, because every square of the plane carries the
+// position code. Each window is stored in four orientations, each of which is one word. The words are cut into parts,
+// which are the keys of the index. Two words that differ in fewer than `distance` bits have at least one part in which
+// they differ in at most `flips` bits. So it is enough to look up each part of a word with up to `flips` of its bits
+// inverted.
 class WindowIndex {
 public:
     WindowIndex(int windowSide, int leastDistance, int partCount)
@@ -209,7 +210,8 @@ public:
     }
 
     [[nodiscard]] const Grid &grid() const { return plane; }
-    // Returns the windows of side n (7 or 8), in four orientations each.
+    // Returns the windows of side n, and those without marks and with a mark in every square, in four orientations
+    // each.
     [[nodiscard]] const std::vector<Word> &words(int n) const {
         return indexes[static_cast<std::size_t>(n - 5)].words();
     }
