@@ -1,5 +1,6 @@
-// Compares the maps of uncertainty with closed forms. The closed forms hold because the grid is symmetric about the
-// principal point, so a rotation of the camera explains no part of an error of the focal length.
+// Tests the maps of uncertainty and of differences between lenses. The uncertainty of a focal length is compared with
+// closed forms. These hold because the grid is symmetric about the principal point, so a rotation of the camera
+// explains no part of an error of the focal length. Differences are also compared with OpenCV's projection.
 #include "calibration/projection_uncertainty.h"
 
 #include <gtest/gtest.h>

@@ -275,8 +275,8 @@ TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     };
     writeBytes(files[0], oldContents);
     writeBytes(files[2], oldContents);
-    // Another save of this process looks for leftover files in the folder while the old files have temporary names. It
-    // must leave them.
+    // During the renaming, each old file also has a temporary name (a hard link), from which it can be restored.
+    // Another save of this process, which looks for leftover files in the folder, must not remove these names.
     beforeFailure = [&] {
         file_writing::SafeFiles other;
         other.write(folder.file("other"), "");

@@ -1,5 +1,5 @@
-// Tests the live source without a camera. The frames are numbered pictures that are made from the example's
-// photographs.
+// Tests the live source without a real camera. Most frames are numbered pictures that are made from the example's
+// photographs; others come from an object that stands in for a camera.
 #include <QDir>
 #include <QImage>
 #include <QSignalSpy>
@@ -203,7 +203,7 @@ void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
     Film film;
     film.add(5, frameOf(1));
     for (int i = 1; i <= 3; ++i) {
-        film.add(1, frameOf(1, 53 * i));  // the target moves; if it were still, its last place would be a new view
+        film.add(1, frameOf(1, 53 * i));  // not kept, because the target moves; its last place would be a new view
     }
     film.add(4, frameOf(5, 0, 2));
     film.add(5, frameOf(5));
