@@ -133,7 +133,7 @@ TEST_F(Misfits, keepTheReasonsThatAreKnown) {
     calibration.observations.sightings[number].isUsed = false;
     const LeftOut known{int(number), Misfit::Unclear, "known before"};
     const std::vector<LeftOut> all = findLeftOut(given, calibration, {{0, Misfit::Moved, "of another"}, known});
-    ASSERT_EQ(all.size(), 1U) << "what the user left out needs no reason";
+    ASSERT_EQ(all.size(), 1U) << "a sighting that is used again needs no reason";
     EXPECT_EQ(all[0].reason, "known before");
 }
 
