@@ -17,7 +17,7 @@ public:
         if (event->type() == QEvent::Paint && object->parent() != nullptr &&
             object->parent()->inherits(FIRST_PAINT_OF)) {
             qApp->removeEventFilter(this);
-            // The paint event is handled only after this filter, so the time is taken once the event has been handled.
+            // This filter sees the paint event before the view handles it. The timer fires after the view has painted.
             QTimer::singleShot(0, [] {
                 const Time time = now();
                 std::printf("%.3f %.3f\n", time.processor, time.elapsed);

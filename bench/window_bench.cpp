@@ -23,8 +23,9 @@ namespace {
 constexpr int pixels = 2000;
 constexpr int rounds = 151;
 
-// Shows a picture with as little work as possible. It fills 4 MB of memory, copies this memory twice, makes a pixmap of
-// an indexed image, and repaints the view.
+// Shows a picture with as little work as possible. It does only what every update must do: it fills 4 MB of memory as
+// the library does, copies this memory twice (out of the library, and into an image), makes a pixmap of the indexed
+// image, and repaints the view.
 class Floor {
 public:
     explicit Floor(QGraphicsView *graphicsView) : view(graphicsView), palette(makeColorTable("gray", 256)) {}

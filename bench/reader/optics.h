@@ -6,10 +6,11 @@
 
 namespace reader_bench {
 
-// Spreads each point to a disc of radius |radius + slope · (p - middle)|, which may change over the picture.
+// Spreads each point p to a disc. The disc's radius in pixels is |radius + slope · (p - m)|, where m is the middle of
+// the picture.
 void defocus(cv::Mat &image, double radius, const cv::Point2d &slope);
 
-// Spreads each point to a line with the length and direction of `way`, with the point in its middle.
+// Spreads each point to a line with the length (in pixels) and the direction of `way`. The point is the line's middle.
 void moveDuringExposure(cv::Mat &image, const cv::Point2d &way);
 
 }  // namespace reader_bench

@@ -10,7 +10,7 @@ namespace reader_bench {
 
 struct PointError {
     cv::Point2f error;       // measured minus true, pixels
-    float least = 0;         // least root mean square distance that the noise allows; 0 if it is not known
+    float least = 0;         // least rms error that the noise allows (noise_bound.h); 0 if it is not known
     float sigma = 0;         // the reader's own estimate of the error along one axis; 0 if there is none
     bool disturbed = false;  // the reading reports that the corner is disturbed
 };
@@ -19,9 +19,9 @@ struct PatternScore {
     const ScenePattern *pattern = nullptr;
     int seenPoints = 0;       // corners or marks that the picture shows
     int seenSquares = 0;      // squares whose corners the picture shows; for a plate, marks
-    bool placed = false;      // read as the right pattern, in the right place and orientation
-    bool valuesRead = false;  // the values of its block were read and are right
-    int corners = 0;          // number of corners in the reading
+    bool placed = false;      // there is a reading of this pattern, in the right place and orientation
+    bool valuesRead = false;  // a reading of this pattern has the values of its block, and they are right
+    int corners = 0;          // number of corners in the first reading
     // Number of corners, in all readings of the pattern, with an error of more than a quarter of a square. The error is
     // converted to the pattern's plane.
     int strayCorners = 0;
@@ -33,8 +33,8 @@ struct PatternScore {
 
 struct PictureScore {
     std::vector<PatternScore> patterns;
-    int falsePlaces = 0;  // readings that match no pattern in the picture
-    int falseValues = 0;  // information blocks read with wrong values
+    int falsePlaces = 0;  // readings that match no pattern in the picture; all readings if the picture is mirrored
+    int falseValues = 0;  // readings with values that are wrong, or with any values if the place is false
 };
 
 // The scene must outlive the score.
