@@ -36,15 +36,16 @@ struct Projection {
     Eigen::Matrix<double, 2, Eigen::Dynamic, Eigen::RowMajor, 2, greatestParameters> byParameters;
 };
 
-// Projects a point given in the camera's axes. Returns false if the camera cannot see the point; a pinhole camera sees
-// only points in front of it.
+// Projects a point given in the camera's axes. Returns false if the camera cannot see the point. A pinhole camera sees
+// all points in front of it. A fisheye sees all points but its own centre and those on the optical axis behind it.
 CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point,
                              Projection &projection);
 CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eigen::Vector3d &point,
                              Eigen::Vector2d &image);
 
 // Finds the direction that projects to a pixel, as a vector of unit length. Returns false if no direction is found.
-// This can happen where the distortion folds the picture over: there, a pixel has no direction or several.
+// This can happen where the distortion folds the picture over, so that a pixel has no direction or several. It also
+// happens if a pixel of a fisheye lies farther out than a direction 3.1 radians from the optical axis projects to.
 CALIBRATION_API bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image,
                                Eigen::Vector3d &direction);
 

@@ -10,8 +10,8 @@ namespace calibration {
 using Vector6 = Eigen::Matrix<double, 6, 1>;
 using Matrix6 = Eigen::Matrix<double, 6, 6>;
 
-// The pose of one print relative to another in one photograph, as the difference from a common reference: a rotation
-// vector in radians, then a translation in millimetres.
+// The pose of one print relative to another in one photograph. It is given as the difference from a reference pose that
+// is the same for all photographs: a rotation vector in radians, then a translation in millimetres.
 struct RelativePose {
     Vector6 offset;
     Matrix6 information;  // the inverse of the offset's covariance
@@ -22,13 +22,14 @@ struct RelativePose {
 double squaredDistance(const RelativePose &a, const RelativePose &b);
 
 // Corrects all poses for an error in the scale of the second print, because a single photograph cannot tell a larger
-// print from a nearer one. All poses get the same scale: the one with which they agree best, as far as the prior allows
-// it. The poses are given in the order of time.
+// print from a nearer one. All poses get the same scale. Each pair of successive poses suggests the scale with which
+// the two agree best, and the prior (printPrior) suggests no change. The weighted median of these suggestions is taken.
+// The poses are given in the order of time.
 void agreeOnScale(std::vector<RelativePose> &poses);
 
-// Returns the number of the place that each pose belongs to, from 0. The poses are given in the order of time. They are
-// cut into stretches of time without a clear change. Stretches that agree belong to the same place. `excess` is the
-// ratio of the true variances to those that the poses state.
+// Returns, for each pose, the number of the place that it belongs to, counted from 0. The poses are given in the order
+// of time. They are cut into stretches of time in which the print did not clearly move. Stretches that agree belong to
+// the same place. `excess` is the ratio of the true variances of the poses to those that `information` states.
 std::vector<int> placesOf(const std::vector<RelativePose> &poses, double excess);
 
 }  // namespace calibration

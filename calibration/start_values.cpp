@@ -38,8 +38,8 @@ public:
     void keepFew(size_t fewSightings, size_t fewCorners) {
         if (alone.sightings.size() > fewSightings) {
             // The sightings with the most corners come first. The kept ones are spread over about the first half, so
-            // that their poses usually differ. If there are fewer than four times as many sightings as are kept, the
-            // first ones are kept.
+            // that their poses usually differ. If there are fewer than 4 * fewSightings sightings, the first ones are
+            // kept.
             const size_t stride = std::max<size_t>(1, alone.sightings.size() / 2 / fewSightings);
             std::vector<Sighting> few;
             for (size_t i = 0; few.size() < fewSightings; i += stride) {
@@ -60,8 +60,8 @@ public:
         alone.moments = int(alone.sightings.size());
     }
 
-    // Improves the lens. Returns the rms of the residuals in standard deviations. Each sighting contributes to this rms
-    // only up to a limit, so that a bad sighting does not dominate.
+    // Improves the lens. Returns the rms of the residuals in standard deviations; infinity if the solve fails. Each
+    // sighting contributes to this rms only up to a limit, so that a bad sighting does not dominate.
     double improve(Eigen::VectorXd &intrinsics, double robustScale, int iterations) const {
         constexpr double roughly = 1e-4;
         Estimate estimate = poses(intrinsics);
@@ -141,7 +141,7 @@ std::vector<double> focalLengths(const Camera &camera) {
     }
     std::vector<double> lengths;
     const double degree = std::acos(-1.0) / 180;
-    for (const double degrees : {40, 70, 100, 130, 160, 190, 220}) {
+    for (const double degrees : {40, 70, 100, 130, 160, 190, 220}) {  // that the longer side of the picture spans
         lengths.push_back(side / (degrees * degree));
     }
     return lengths;
@@ -275,8 +275,9 @@ private:
 }  // namespace
 
 int rigOrigin(const Observations &observations, int camera) {
-    // Cameras that took photographs at the same moment belong together. Two cameras may be linked only through others,
-    // so the least index is passed on until nothing changes.
+    // Cameras that took photographs at the same moment belong together. Two cameras may be linked only through others.
+    // So each camera takes over the least index among the cameras of its moments, again and again, until no index
+    // changes.
     std::vector<int> origin(observations.cameras.size());
     for (size_t i = 0; i < origin.size(); i++) {
         origin[i] = int(i);
@@ -309,8 +310,8 @@ std::optional<double> startLens(const Observations &observations, int camera, Ei
     LensAlone few = all;
     few.keepFew(10, 50);
     all.keepFew(40, 100);
-    // Residuals beyond the robust scale have little weight, even in the first solve. The first solve's scale is wide,
-    // because all residuals are large while the focal length is wrong.
+    // Residuals beyond the robust scale, which is in standard deviations, have little weight. The scale of the first
+    // solve is large, because all residuals are large as long as the focal length is wrong.
     constexpr double firstScale = 300;
     constexpr double secondScale = 30;
     double least = std::numeric_limits<double>::infinity();

@@ -7,9 +7,9 @@
 //
 // Each photograph has all inner corners of its board, row by row. "-" in any of the columns x, y and level means that
 // the corner was not seen. If the only line of a photograph has "-", the whole board was not seen. The level says how
-// many times the picture was halved before the corner was measured; each halving doubles the corner's standard
-// deviation. The level may be absent; it then counts as 0. A corner with a level below 0 or above 20 does not count.
-// The rest of a line after # is a comment. x and y are in pixels; the centre of the top-left pixel is (0, 0).
+// many times the picture's size was halved before the corner was measured. Each halving doubles the corner's standard
+// deviation. The level may be absent; it then counts as 0. A corner with a level below 0 or above 20 counts as not
+// seen. The rest of a line after # is a comment. x and y are in pixels; the centre of the top-left pixel is (0, 0).
 #pragma once
 
 #include <string>
@@ -37,12 +37,13 @@ struct ListedPhotograph {
 // that names the file and the wrong line.
 std::vector<ListedPhotograph> loadCornerList(const std::string &path);
 
-// Sets the photograph's size to that of its picture file. The file is searched for in the current folder and in the
-// list's folder. The size stays as it is if the file is absent, is not a picture or has too many pixels.
+// Sets the photograph's size to that of its picture file. The file is searched for by its listed name in the current
+// folder and in the list's folder, and by its name without folders in the list's folder. The size stays as it is if the
+// file is absent, is not a picture or has too many pixels.
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath);
 
 // The standard deviation of a corner of level 0, in pixels along one axis. calibrate() multiplies the standard
-// deviations of each camera by a common factor, so only the ratios between standard deviations matter.
+// deviations of each camera's corners by a common factor, so only the ratios between them matter.
 constexpr double listedSigma = 0.1;
 
 struct ListedBoard {
@@ -52,8 +53,8 @@ struct ListedBoard {
 };
 
 // Makes observations from corner lists, as photograph_observations.h does from photographs; `isRig` has the same
-// meaning as there. A photograph is left out if its size is not known, if no corner was seen in it, if it has another
-// number of corners than the board, or if a corner lies outside the picture.
+// meaning as there. A photograph is left out if its size is not known, if groupByCamera() leaves it out, if no corner
+// was seen in it, if it has another number of corners than the board, or if a corner lies outside the picture.
 CollectedObservations collectObservations(const std::vector<ListedPhotograph> &photographs, const ListedBoard &board,
                                           bool isRig);
 

@@ -32,7 +32,7 @@ class Drawing {
 public:
     enum class Anchor { Start, Middle, End };
 
-    // `label` describes the figure for people who cannot see it. This class escapes this text and all others.
+    // `label` describes the figure for people who cannot see it. The class escapes all texts that it is given.
     Drawing(double width, double height, const std::string &label);
 
     void add(const char *styleClass, const Path &path);
