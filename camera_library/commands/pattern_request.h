@@ -10,15 +10,15 @@
 //   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file, which has at most 65,535 pixels along
 //                 each side. No other file is drawn differently
 //   "PrintScale"  two numbers, 0.9 to 1.1, for x and y: the printed length divided by the true length, as measured on a
-//                 print made at 100 %. All lengths in a file are divided by this number, so that the next print has the
-//                 true size. Captions and the pattern file state the sizes of the finished print. Previews do not
-//                 change
+//                 print made at 100 %. On the pages of a file, lengths along x are divided by the first number and
+//                 lengths along y by the second, so that the next print has the true size. Captions and the pattern
+//                 file state the sizes of the finished print. Previews do not change
 //   "Paper"       "A4", "A3", "A2", "A1", "A0", "Letter", "Legal" or "Tabloid", used in portrait or landscape; or two
 //                 numbers, 150 to 5080: width and height in mm. If absent, every page has the smallest of the sizes A4
 //                 to A0 that holds the pattern, or a custom size if none does. A pattern that does not fit on the paper
 //                 is refused unless "Sheets" is true
-//   "Sheets"      boolean, default false; true splits a pattern that does not fit on "Paper" over up to 200 numbered
-//                 sheets. The page before the sheets shows how to put them together
+//   "Sheets"      boolean, default false; true requires "Paper", and splits a pattern that does not fit on it over up
+//                 to 200 numbered sheets. The page before the sheets shows how to put them together
 //   "Patterns"    array of 1 to 64 objects
 //
 // At least one of "ImageSize" and "Filename" must be given. A pattern can have these parameters; each type of pattern

@@ -19,7 +19,7 @@ constexpr double labelGap = 1.5;  // between a bar and its label
 constexpr double longestBar = 100.0;
 constexpr double barStep = 10.0;
 constexpr double smallestMeasuredSide = 210.0;  // least side of a custom page's area, so that bars and caption fit
-constexpr double tolerance = 1e-9;              // so that a pattern that fits exactly is accepted
+constexpr double tolerance = 1e-9;              // a pattern that fits exactly must not fail because of rounding
 
 constexpr std::array standardPages{
     PageSize{210, 297}, PageSize{297, 210}, PageSize{297, 420}, PageSize{420, 297},  PageSize{420, 594},
@@ -36,7 +36,8 @@ double wholeSteps(double length) {
 }
 
 // Places one bar to the left of the pattern and the other below it. If the pattern is small, the bars are placed
-// farther away from it, so that they do not overlap each other.
+// farther away from it, so that they do not overlap each other. `freeX` is the length between the block and the page's
+// margin on its left, `freeY` that below it.
 void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
     const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double reach = longestBar / 2.0;
@@ -61,7 +62,7 @@ void placeBarsBelow(PageLayout &layout, PageSize block, double lengthAlongY) {
     layout.caption = {centre.x, bottom + captionDepth};
 }
 
-// Returns the size of the part of the paper that is laid out.
+// Returns PageLayout::area for this paper.
 PageSize areaOf(PageSize paper, std::array<double, 2> printScale) {
     return {paper.width * std::min(1.0, printScale[0]), paper.height * std::min(1.0, printScale[1])};
 }

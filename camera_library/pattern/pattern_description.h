@@ -24,7 +24,7 @@ struct PatternDescription {
     bool encodingParameter = true;      // the pattern's own "Encoding"
     bool isCoded = true;                // false if the pattern's or the command's "Encoding" is false
 
-    // Returns the position of the reference point in the coordinate system that patterns with different offsets share.
+    // Returns the position of the reference point (see Lattice) in the coordinate system that all offsets refer to.
     std::array<double, 2> referencePosition() const { return offset.value_or(std::array<double, 2>{}); }
     bool hasExtent() const { return gridSpacing > 0.0; }
 };

@@ -149,7 +149,8 @@ TEST_F(PatternOutput, drawsTheCellsThatTheDescriptionLists) {
                 const bool isMarked = cells[static_cast<std::size_t>(column)] == '1';
                 SCOPED_TRACE(pattern + " column " + std::to_string(column) + " row " + std::to_string(row));
                 if (isPlate()) {
-                    // The first dot is not in its cell: the frame's triangle is there, so it is between two marks.
+                    // The first dot is not in its cell, because the frame's triangle is there. The dot is between the
+                    // first two marks of the top row.
                     const double x = column + row == 0 ? 1.5 : column + 0.5;
                     const double y = column + row == 0 ? 1.0 : row + 0.5;
                     EXPECT_EQ(isDark(x + 0.14, y) == polarity(), isMarked);
