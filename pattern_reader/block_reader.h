@@ -27,9 +27,10 @@ SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeM
 // if the block cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// States how well the visible bits of a plate's block agree with the most similar valid block. `checks` is the number
-// of independent conditions that the visible bits of every valid block of this kind fulfil. So random bits agree
-// completely with some valid block of this kind with the probability 2^-checks.
+// States how well the visible bits of a plate's block agree with the most similar valid block. Plates have two kinds
+// of blocks: with spacing and thickness, and with an offset. `checks` is the number of independent conditions that the
+// visible bits fulfil in every valid block of the same kind as the most similar one. So random bits agree completely
+// with some valid block of this kind with the probability 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 

@@ -22,8 +22,8 @@ constexpr std::array<Window::Parameter, 9> everything{
     Window::Middle,          Window::Amplitude,       Window::Blur,      Window::MiddleSlopeX, Window::MiddleSlopeY,
     Window::AmplitudeSlopeX, Window::AmplitudeSlopeY, Window::PositionX, Window::PositionY};
 
-// The normal equations of one step for `size` of the parameters. The position's two parameters come last. So the last
-// two pivots of the elimination tell how well the position is determined if all other parameters are unknown.
+// The normal equations of one step for `size` of the parameters. The position's two parameters come last. So after the
+// elimination, the last two rows tell how well the position is determined if all other parameters are unknown.
 template <size_t size>
 class NormalEquations {
 public:
@@ -37,7 +37,8 @@ public:
         }
     }
 
-    // Adds prior knowledge: the sum of factor * parameter over both parameters is `error` below its expected value.
+    // Adds prior knowledge: the sum of factor * parameter over both parameters is `error` below its expected value. If
+    // both parameters are the same, it is counted once, with the first factor.
     void add(Window::Parameter first, double firstFactor, Window::Parameter second, double secondFactor, double error,
              double weight) {
         const size_t i = indexOf(first);
@@ -82,7 +83,7 @@ public:
     double positionVariance() const {
         const double xx = matrix[size - 2][size - 2];
         const double xy = matrix[size - 2][size - 1];
-        const double yy = matrix[size - 1][size - 1];  // with x unknown
+        const double yy = matrix[size - 1][size - 1];  // the information about y if x is unknown, too
         return 0.5 * (1 / yy + 1 / xx + xy * xy / (xx * xx * yy));
     }
 

@@ -18,13 +18,15 @@ std::vector<int> cornersByLine(const CornerLattice &lattice, bool columns) {
     return counts;
 }
 
+// True if a line with this many corners is probably not on the board. `counts` has the numbers of all parallel lines.
 bool isStray(int corners, std::vector<int> counts) {
     const auto middle = counts.begin() + std::ptrdiff_t(counts.size() / 2);
     std::nth_element(counts.begin(), middle, counts.end());
     return corners < 2 || corners * 4 < *middle;
 }
 
-// Removes one outermost column or row of corners that has far fewer corners than the others. False if there is none.
+// Removes one outermost column or row that has only one corner, or less than a quarter of the median number of corners.
+// False if there is no such column or row.
 bool dropStrayLine(CornerLattice &lattice) {
     for (const bool columns : {true, false}) {
         const std::vector<int> counts = cornersByLine(lattice, columns);

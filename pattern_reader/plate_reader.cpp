@@ -47,10 +47,10 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
             }
         }
     }
-    // If one side of the plate is covered, a wrong shift away from the cover may find the frame at more samples of the
-    // two sides next to the covered one than the right shift does. So the right shift leads by only a few samples.
-    // However, the wrong shift misses the side opposite the cover. So a smaller margin is enough if the best shift has
-    // more good sides than the second best.
+    // If one side of the plate is covered, the right shift may lead by only a few samples. The rival is a shift away
+    // from the covered side: it places the two adjacent sides on the same lines of the frame, with fewer samples under
+    // the cover. But it does not find the opposite side. So if the best shift has more good sides than the second best,
+    // a smaller margin (in samples) is enough.
     const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
     if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {
@@ -157,7 +157,8 @@ std::optional<Orientation> findOrientation(const PlatePicture &picture, const La
 
 // Returns log10 of the probability that the reading of a plate is wrong.
 double chanceOf(const Orientation &oriented, int framePassed, size_t marks) {
-    // Each sample of the frame, and each mark in its place, is right by chance with a probability of at most 1/2.
+    // Each sample of the frame, and each mark in its place, is right by chance with a probability of at most 1/2. The
+    // log10 of 1/2 is -0.301.
     const double place = -0.301 * double(framePassed + int(marks));
     if (oriented.readable) {
         return place;

@@ -21,7 +21,7 @@ using Word = std::uint64_t;
 
 constexpr int slotBits = 18;
 constexpr int tileMargin = 4;
-constexpr double randomVisits = 100;
+constexpr double randomVisits = 100;  // the average number of windows that a window of random bits may visit
 
 Word positionMask(int columnParity, int rowParity) {
     Word mask = 0;
@@ -69,7 +69,7 @@ CodeGrid tileGrid(int tile) {
 using Limits = std::array<int, WindowTable::scanSide * WindowTable::scanSide + 1>;
 
 // Returns an array `limits`. If n bits of a window are compared, the window is visited if at most limits[n] bits
-// disagree. If n bits are too few to visit any window, limits[n] is -1.
+// disagree. If n bits are so few that even full agreement says too little, limits[n] is -1.
 const Limits &disagreementLimits() {
     static const Limits limits = [] {
         Limits made{};

@@ -22,7 +22,7 @@ enum class Lens { Straight, Radial, Fisheye };
 
 struct View {
     const char *name;
-    double pixels;  // per square
+    double pixels;  // per lattice step, which is half the grid spacing
     double tilt;    // degrees
     Lens lens;
     double shadow;      // share of the light that it removes
@@ -84,7 +84,7 @@ bool cable(double x, double y) {
 
 const View views[] = {{"small", 8, 20, Lens::Straight, 0, 0, nullptr, 49, 0.02},
                       {"large", 60, 20, Lens::Straight, 0, 0, nullptr, 49, 0.01},
-                      {"beyond a hundred pixels per square", 120, 0, Lens::Straight, 0, 0, nullptr, 49, 0.01},
+                      {"beyond a hundred pixels per step", 120, 0, Lens::Straight, 0, 0, nullptr, 49, 0.01},
                       {"steep", 20, 70, Lens::Straight, 0, 0, nullptr, 40, 0.025},
                       {"bent by the lens", 20, 10, Lens::Radial, 0, 0, nullptr, 45, 0.02},
                       {"through a fisheye", 20, 10, Lens::Fisheye, 0, 0, nullptr, 45, 0.02},
@@ -118,6 +118,7 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
         EXPECT_LT(std::sqrt(sum / clear), view.greatestRms) << view.name;
         count += clear;
     }
+    // If sigma is right, the mean of the squared errors in units of sigma is 1.
     EXPECT_GT(squares / count, 0.6);
     EXPECT_LT(squares / count, 1.6);
 }
