@@ -1,8 +1,8 @@
 // Lists the official calibration plates of the camera library's catalogue. Each plate has an item with the plate's name
 // and an entry with the parameters of the plate's pattern. This class does not write parameters to the library.
 //
-// Item i and entry i describe the same plate. Use it only on the GUI thread. Failures of the library are thrown as
-// LmLibException.
+// Item i and entry i describe the same plate. Use the class only on the GUI thread. Failures of the library are thrown
+// as LmLibException.
 #pragma once
 
 #include <QComboBox>

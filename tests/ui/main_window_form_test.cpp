@@ -31,8 +31,9 @@ QString describedBox(const Box &box) {
     return box.objectName() + range + (box.singleStep() == 1 ? QString() : QString(" by %1").arg(box.singleStep()));
 }
 
-// Describes a label by its text in quotation marks; a button by its name, "on" or "-", and its text; a spin box by its
-// name, value, range and step; and any other widget by its name. Adds "off" if the widget is disabled.
+// Describes a label by its text in quotation marks, with "wrapped" or "right" if the text is wrapped or right-aligned;
+// a button by its name, "on" or "-", and its text; a spin box by its name, value, range and step; and any other widget
+// by its name. Adds "off" if the widget is disabled.
 QString described(const QWidget *widget) {
     QString text = widget->objectName();
     if (const auto *label = qobject_cast<const QLabel *>(widget)) {
