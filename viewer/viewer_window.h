@@ -1,5 +1,5 @@
 // The window of LmView: photographs and settings on the left, the chosen photograph in the middle, the results on the
-// right. It holds no data; everything is in the session. The actions of its menus are in viewer_actions.cpp.
+// right. All photographs, settings and results are in the session. The actions of its menus are in viewer_actions.cpp.
 #pragma once
 
 #include <QListView>
@@ -33,8 +33,9 @@ public:
     explicit ViewerWindow(const QString &recoveryFolder);
     ~ViewerWindow() override;
 
-    // Adds photographs and folders to the session, adds pattern files to its settings, and starts to read a video. If
-    // `files` contains a session file, that session replaces the present one, and the other files are ignored.
+    // Adds photographs and folders to the session, adds pattern files to its settings, and plays a video as the live
+    // source. If `files` contains a session file, that session replaces the present one, and no photographs or pattern
+    // files are added.
     void open(const QStringList &files);
     void setArrangement(Arrangement arrangement);
     // Write the result's files, or its report. Return an empty text, or the reason why nothing was written. There must
@@ -92,7 +93,7 @@ private:
     QVector<int> selectedIds() const;
 
     Session session;
-    // Shared with the work of `keeping`, so the copy is removed only after this work has ended, too.
+    // Shared with the work of `keeping`. The copy is removed when the window is closed and this work has ended.
     std::shared_ptr<RecoveryCopy> recovery;
     std::optional<SessionDocument> kept;      // what the copy has; empty if that is not known
     std::optional<SessionDocument> leftOver;  // what a crash left, until the user restores or discards it

@@ -174,7 +174,7 @@ void PhotographViewTest::movesWithKeysAndMouse() {
     QVERIFY(distance(corners()[0], first + QPointF(30, -20)) < 0.01);
     QTest::mouseDClick(view.get(), Qt::LeftButton);
     QVERIFY(distance(corners()[0], first) < 0.01);
-    // If another photograph is shown, it is fitted into the view, whatever the zoom was before.
+    // A photograph that is shown anew is fitted into the view, whatever the zoom was before.
     QTest::keyClick(view.get(), Qt::Key_Plus);
     QVERIFY(distance(corners()[0], first) > 10);
     view->showPhotograph(nullptr);

@@ -15,8 +15,8 @@
 namespace {
 
 constexpr double usualRate = 25;      // frames per second, for a file that does not state its own
-constexpr double greatestWait = 0.2;  // seconds; for a frame of a file, and the greatest delay that is caught up
-constexpr int cameraTries = 5;        // a camera may lose single frames
+constexpr double greatestWait = 0.2;  // seconds; longest wait for a frame of a file, and longest delay to be caught up
+constexpr int cameraTries = 5;        // per frame, because a camera may lose single frames
 constexpr auto timeBetweenTries = std::chrono::milliseconds(100);
 
 QString tr(const char *text) {

@@ -1,5 +1,7 @@
-// The tab "Scene". It shows the prints, the cameras and the chosen coordinate system in three dimensions. Dragging and
-// the arrow keys turn the scene, and dragging with Shift moves it. The wheel and the keys + and - zoom.
+// The tab "Scene". It shows the prints of the first group (prints that photographs link), the cameras that saw them,
+// and the chosen coordinate system in three dimensions. Dragging with the left button and the arrow keys turn the
+// scene. Dragging with Shift or with another button moves it. The wheel and the keys + and - zoom. A double click
+// restores the first view.
 #pragma once
 
 #include <Eigen/Core>
