@@ -1,6 +1,6 @@
-// Joins boards that were read in parts. A board is read in parts if something in front of it divides it, or if two
-// levels of the pyramid show different corners of it. Two prints of the same pattern stay separate, because they show
-// the same lattice points at different places.
+// Joins coded boards that were read in parts. A board is read in parts if something in front of it divides it, or if
+// two levels of the pyramid show different corners of it. Two prints of the same pattern stay separate, because they
+// show the same lattice points at different places.
 #pragma once
 
 #include <functional>
@@ -15,8 +15,9 @@ namespace pattern_reader {
 // Reads a lattice: removes and adds corners, and determines which board it is. Empty if it is not a coded board.
 using ReadLattice = std::function<std::optional<PatternReading>(CornerLattice &lattice)>;
 
-// Joins the readings that are parts of the same board into one, by reading their corners together. The result contains
-// a lattice point only once, even if several parts have it.
+// Joins the readings that are parts of the same board into one, by reading their corners together. If that does not
+// give this board, or gives fewer corners than the larger part has, the larger part only gets the corners that it
+// lacks. The result contains a lattice point only once, even if several parts have it.
 void joinParts(std::vector<PatternReading> &readings, const ReadLattice &read);
 
 }  // namespace pattern_reader

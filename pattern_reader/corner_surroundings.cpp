@@ -16,8 +16,8 @@ struct Parabola {
     cv::Point2f step, curve;
 };
 
-// The bend of a border is measured over up to this many steps to both sides, or twice as many to one side. Over fewer
-// steps, errors of the corners would look like a bend.
+// The bend of a border is measured over up to this many steps to both sides, or over up to twice as many to one side.
+// The fewer steps there are, the more an error of a corner looks like a bend.
 constexpr int farthest = 3;
 
 // Returns the border through a corner. The corner must have neighbours in both directions of the border.
@@ -130,7 +130,7 @@ std::optional<CornerBorders> CornerSurroundings::bordersOf(const LatticeCorner &
     return borders;
 }
 
-// Fits a plane to the levels of up to nine corners around a cell.
+// Fits a plane to the middle levels of up to nine corners around a cell, and another one to their amplitudes.
 LightPlane CornerSurroundings::planeAround(cv::Point cell, const std::vector<CornerFit> &fits) const {
     // At the edge of the lattice, the nine corners are shifted towards its inside.
     const auto shift = [&](cv::Point axis) {

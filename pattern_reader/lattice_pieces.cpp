@@ -88,8 +88,7 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        // A corner may be in both lattices already. That does not matter, because both found it at about the same
-        // place.
+        // A corner that is already in both lattices fits like any other, because both found it at about the same place.
         const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
         off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;
     }

@@ -9,9 +9,10 @@
 
 namespace pattern_reader {
 
-// The pixels between two ellipses with a mark's shape. They include all pixels that the mark's border affects, and a
-// part of the plain area on each side of the border. The plain areas show the slope of the light. If the shorter radius
-// of the mark is at least 5 pixels, the plain areas are taken only from every third row.
+// The pixels between two ellipses with a mark's shape. They include the pixels that the mark's border affects, and a
+// part of the plain area on each side of the border, but nothing more than 1.75 radii from the centre. The plain areas
+// show the slope of the light. If the shorter radius of the mark is at least 5 pixels, the plain areas are taken only
+// from every third row.
 class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);

@@ -13,7 +13,7 @@ namespace pattern_reader {
 
 struct MeasuredMark {
     cv::Point cell;
-    cv::Point2d centre;      // image of the mark's centre; the centre of the mark's ellipse is elsewhere
+    cv::Point2d centre;      // where the mark's centre is seen, which is not the centre of the ellipse
     double sigma = 0;        // standard deviation along one axis, pixels
     bool disturbed = false;  // looks worse than the other marks, as in PatternCorner
 };

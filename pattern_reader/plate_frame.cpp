@@ -6,8 +6,9 @@ namespace pattern_reader {
 
 namespace {
 
-// The plate coordinates of a point near a side. Side 0 is the top; the others follow clockwise. `along` runs clockwise
-// from 0 to 8, and `inward` is the distance from the outer edge.
+// Returns the plate coordinates (plate_view.h) of a point near a side. Side 0 is the top; the others follow clockwise.
+// `along` is the distance from the corner in which the side starts, going clockwise, from 0 to 8 grid spacings.
+// `inward` is the distance from the outer edge.
 cv::Point2d onSide(int side, double along, double inward) {
     switch (side) {
         case 0:

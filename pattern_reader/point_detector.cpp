@@ -14,8 +14,8 @@ constexpr float greyScale = 64;  // of ImageLevel::smoothed
 constexpr auto saddleThreshold = int32_t(leastSaddleStrength * greyScale * leastSaddleStrength * greyScale);
 constexpr auto blobThreshold = int32_t(-leastBlobStrength * greyScale * leastBlobStrength * greyScale);
 
-// Computes the negative Hessian determinant along one row, in the units of ImageLevel::smoothed. It is positive at
-// saddles and negative at blobs. `worth` is 1 where the determinant is large enough for a saddle or a blob. Smoothed
+// Computes the negated determinant of the Hessian along one row, in the units of ImageLevel::smoothed. It is positive
+// at saddles and negative at blobs. `worth` is 1 where the determinant is large enough for a saddle or a blob. Smoothed
 // values are at most 255 * 64, so the second derivatives fit into 16 bits. With 16 bits, the processor computes twice
 // as many determinants at once as with 32 bits.
 void respond(const ImageLevel &level, int y, int32_t *out, uchar *worth) {
@@ -93,9 +93,9 @@ float sample(const cv::Mat &smoothed, float x, float y) {
     return top + fy * (bottom - top);
 }
 
-// True if a ring around the point looks the same after half a turn and inverted after a quarter turn. Also determines
-// the opening angle of the light areas. The derivatives at the point do not show this angle, because blur makes every
-// angle look like a right angle.
+// True if a ring around the point has two light and two dark areas that alternate, and looks nearly the same after half
+// a turn. Also determines the opening angle of the light areas. The derivatives at the point do not show this angle,
+// because blur makes every angle look like a right angle.
 bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
     constexpr float radius = 2;
     const cv::Point2f p = saddle.position;
