@@ -18,9 +18,8 @@ namespace lmlib64 {
 // reader.
 class ParameterReader {
 public:
-    // `place` says where the object is in the parameters, such as "Patterns"[0]. It is empty for the parameters
-    // themselves.
-    // A null node counts as an object without children.
+    // `place` says where the object is in the command's parameters, such as "Patterns"[0]. It is empty if the object is
+    // all of the parameters. A null node counts as an object without children.
     ParameterReader(const Node &object, std::string place);
 
     // Fails if the object has a child whose name is not in `names`. `what` tells the user which pattern or command has
@@ -37,8 +36,9 @@ public:
     std::optional<std::array<double, 2>> numberPair(std::string_view name, NumberRange range) const;
     std::optional<std::array<int, 2>> integerPair(std::string_view name, NumberRange range) const;
 
-    // Throw the failure for a parameter that is missing, and for one that is present but has a value that is not
-    // allowed. `required` describes the allowed values, such as "a number from 0 to 1000 mm".
+    // Both functions throw the failure: failMissing for a parameter that is absent, failValue for one that is present
+    // but has a value that is not allowed. `required` describes the allowed values, such as "a number from 0 to 1000
+    // mm".
     [[noreturn]] void failMissing(std::string_view name, const std::string &required) const;
     [[noreturn]] void failValue(std::string_view name, const std::string &required) const;
 

@@ -41,8 +41,9 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     if (gridSpacing <= 0.0) {
         return geometry;
     }
-    // The whole plate is a shape whose outer part is the frame. Exchanging dark and light would add a second shape of
-    // the same size, and the two would cancel each other. So an exchanged plate has neither.
+    // A point is dark if an odd number of shapes contain it. The first shape is the whole plate; the next one makes it
+    // light inside the frame. To exchange dark and light everywhere, another shape of the plate's size would be added,
+    // and the two would cancel each other. So a plate with dark and light exchanged has neither.
     if (polarity) {
         geometry.rectangles.push_back({0.0, 0.0, outerSize, outerSize});
     }

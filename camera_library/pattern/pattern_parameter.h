@@ -27,7 +27,7 @@ public:
     constexpr const PatternParameter *end() const { return parameters.data() + count; }
 
 private:
-    std::array<PatternParameter, 8> parameters{};  // a longer list does not compile, because all lists are constants
+    std::array<PatternParameter, 8> parameters{};  // all lists are constexpr, so a longer one does not compile
     std::size_t count = 0;
 };
 
@@ -40,8 +40,8 @@ struct NumberRange {
 
 constexpr NumberRange gridSizeRange{2, 200, ""};  // each of the two numbers
 constexpr NumberRange assemblyPatternRange{0, 17, ""};
-constexpr NumberRange gridSpacingRange{0, 1000, "mm"};  // but nothing between 0 and smallestExtent
-constexpr double smallestExtent = 0.001;
+constexpr NumberRange gridSpacingRange{0, 1000, "mm"};  // 0, or at least smallestExtent
+constexpr double smallestExtent = 0.001;                // mm
 constexpr NumberRange thicknessRange{0, 100, "mm"};
 constexpr NumberRange offsetRange{-9999, 9999, "mm"};  // each of the two numbers
 

@@ -12,8 +12,8 @@
 //   number of the pattern, and the 9 bits 0x0B5. The constant bits and the ranges of the values help to detect errors.
 // Protection. The four data bytes and four check bytes are a word of the Reed-Solomon code RS(8,4) over GF(256). The
 //   field polynomial is x^8 + x^4 + x^3 + x^2 + 1, the generator has the roots 2^1 to 2^4, and the first data byte is
-//   the coefficient of the highest power. The word is XORed with the constant blockWhitening. So a pattern with no
-//   marks, or with every mark, is far from every block.
+//   the coefficient of the highest power. The word is XORed with the constant blockWhitening. So 64 zeros (a
+//   pattern without marks) and 64 ones differ from every block in many bits.
 // Repair. See decodeBlock.
 // Threads. All functions may be called from any thread.
 #pragma once
@@ -52,8 +52,8 @@ inline bool operator!=(const BlockContent &a, const BlockContent &b) {
     return !(a == b);
 }
 
-// Converts a length to hundredths of a millimetre; empty if it is not a multiple of 0.01 mm or does not fit into an
-// int.
+// Converts a length to hundredths of a millimetre. Empty if it differs by more than 1e-6 mm from the nearest multiple
+// of 0.01 mm, or if it is 10 km or more.
 std::optional<int> hundredthsOfMillimetre(double millimetres);
 
 // True if every value is in its range, so that the content can be encoded.
@@ -117,8 +117,8 @@ struct DotPosition {
     double y = 0;
 };
 
-// A dot lies in the middle between four marks, or between marks and the frame. The first dot would lie in the triangle,
-// so it is moved to a place between two marks.
+// A dot lies in the middle between four marks, or between marks and the frame. The dot of bit 0 would lie in the
+// triangle in the frame's corner, so it is between two marks instead.
 constexpr DotPosition dotPosition(int bit) {
     const BlockCell cell = blockCell(bit);
     return cell.column == 0 && cell.row == 0 ? DotPosition{1.5, 1.0} : DotPosition{cell.column + 0.5, cell.row + 0.5};
