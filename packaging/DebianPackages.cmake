@@ -17,7 +17,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 
-# The person who builds the packages is their maintainer. The environment variables are those of Debian's own tools.
+# If DEBEMAIL is set, the person who builds the packages is named as their maintainer. DEBEMAIL and DEBFULLNAME are the
+# environment variables that Debian's own tools use.
 set(maintainer "the LmCalTab authors <authors@example.org>")
 if(DEFINED ENV{DEBEMAIL})
   set(maintainer "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")

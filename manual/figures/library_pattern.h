@@ -1,9 +1,9 @@
 // A pattern made by the camera library: its picture, and its dimensions from its pattern file. The manual's figures
 // take dimensions from nowhere else.
 //
-// Lengths are in millimetres. The points' origin is the top-left corner of the outer size, with x to the right and y
-// down. Failures of the library throw LmLibException; a pattern file without the expected values throws
-// std::runtime_error.
+// Lengths are in millimetres. The points' origin is the top-left corner of the pattern's outer edge, with x to the
+// right and y down. Failures of the library throw LmLibException. A pattern file without points, or with another number
+// of points than its lattice has, throws std::runtime_error.
 #pragma once
 
 #include <QImage>
@@ -24,7 +24,7 @@ struct LibraryPattern {
     int columns = 0;
     int rows = 0;
     std::vector<QPointF> points;
-    // The indices of the point that lies at the pattern's offset.
+    // The column and the row of the point that lies at the pattern's offset.
     int referenceColumn = 0;
     int referenceRow = 0;
 
@@ -35,6 +35,6 @@ struct LibraryPattern {
     QPointF referencePoint() const { return point(referenceColumn, referenceRow); }
 };
 
-// Lets the library make a pattern and a picture of it with this number of pixels along its longer side. `write` must
-// write the pattern's parameters below the item that it is given.
+// Lets the library make a pattern, and a picture of it whose longer side has this number of pixels. `write` must write
+// the pattern's parameters below the item that it is given.
 LibraryPattern makeLibraryPattern(const std::function<void(const TreeItem &pattern)> &write, int longerSidePixels);
