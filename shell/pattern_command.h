@@ -32,7 +32,9 @@ struct Outputs {
     std::vector<std::string> files;
     std::optional<int> resolution;                    // dots per inch, for formats with pixels
     std::optional<std::array<double, 2>> printScale;  // measured / true length of a print at 100 %, in x and y
-    // A name such as "A4", or a size in mm. If absent, the smallest of A4 to A0 that holds the pattern is used.
+    // A name such as "A4", or a size in mm. If absent, the paper that the input file names is used. If there is no
+    // input file or it names no paper, the library takes the smallest of A4 to A0 that holds the pattern, or a custom
+    // size if none does.
     std::variant<std::monostate, std::string, std::array<double, 2>> paper;
     bool splitsOverSheets = false;
 };
@@ -43,11 +45,12 @@ struct Outputs {
 // failures.
 void drawChoice(const PatternChoice &choice, const Outputs &outputs);
 
-// Does the same with parameters from a JSON file; "-" is standard input. The file's object becomes the command's
-// "Parameters". If there are no outputs, writes the file that "Filename" in the JSON names.
+// Does the same as drawChoice with parameters from a JSON file; "-" is standard input. The file's object becomes the
+// command's "Parameters". If there are no outputs, writes the file that "Filename" in the JSON names.
 void drawParameters(const std::string &file, const Outputs &outputs);
 
-// Does the same with the parameters that a pattern file (docs/pattern-file.md) lists.
+// Draws the patterns of a pattern file (docs/pattern-file.md) again, with the parameters with which the file was made.
+// Outputs and errors are as for drawChoice.
 void drawAgain(const std::string &file, const Outputs &outputs);
 
 // Returns the plates of the catalogue as a table with a line of titles and one line for each plate.
