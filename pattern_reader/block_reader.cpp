@@ -59,8 +59,8 @@ BlockFamily spacingFamily() {
         other.thickness = 1 << bit;
         family.add(other);
     }
-    // Bit 1 of the spacing is set in all blocks above, because for this bit the loop only repeats the block of bit 2. A
-    // spacing of 1 clears it.
+    // In all blocks so far, bit 1 of the spacing is set. Clearing it in the first block would give the spacing 0, so
+    // for bit 1 the loop has only repeated the block of bit 2. The spacing 1 supplies the missing difference.
     content.gridSpacing = 1;
     family.add(content);
     return family;
@@ -165,8 +165,8 @@ BlockAgreement comparePlateBlock(const SeenBlock &seen) {
 
 SeenBlock mirrorPlateBlock(const SeenBlock &seen) {
     SeenBlock mirrored;
-    // The dot of bit 0 is left out: it is beside the grid of the other dots, so its mirror image is not the place of a
-    // dot.
+    // The dot of bit 0 is left out. It does not lie in the grid of the other dots, so its mirror image is not the place
+    // of a dot.
     for (int bit = 1; bit < pattern_code::blockBitCount; bit++) {
         const std::uint64_t mask = std::uint64_t(1) << (pattern_code::blockBitCount - 1 - bit);
         const pattern_code::BlockCell cell = pattern_code::blockCell(bit);

@@ -13,7 +13,8 @@ public:
     using Vector = std::array<double, size>;
     using Matrix = std::array<Vector, size>;
 
-    // Reads the lower left triangle of a symmetric matrix. False if the matrix is not positive definite.
+    // Factors a symmetric matrix, of which only the lower left triangle is read. False if the matrix is not positive
+    // definite or is nearly singular.
     bool decompose(const Matrix &matrix) {
         lower = matrix;
         for (size_t i = 0; i < size; i++) {

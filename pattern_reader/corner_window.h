@@ -18,8 +18,8 @@ public:
     static constexpr float largestRadius = 16;  // pixels
     static constexpr std::size_t lanes = 8;
 
-    // The model's parameters. Position comes last in each set that is fitted, because NormalEquations (corner_fit.cpp)
-    // needs it there.
+    // The model's parameters. A fit varies all of them or a part. If the position is varied, its two parameters come
+    // last, because NormalEquations (corner_fit.cpp) needs them there.
     enum Parameter : std::size_t {
         Middle,
         Amplitude,
@@ -34,7 +34,8 @@ public:
     };
 
     // Takes those pixels of a disc around the fit's position that are at most `reach` from one of the borders and see
-    // no mark. False if the disc leaves the picture. If there is no room for all pixels, the disc is made smaller.
+    // no mark. The radius is limited to largestRadius. False if the disc reaches beyond the picture. If the lists have
+    // no room for all pixels, the disc is made smaller.
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
     // Compares the pixels with the model: sets errors and slopes.
     void compare(const CornerBorders &borders, const CornerFit &fit);

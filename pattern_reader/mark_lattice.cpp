@@ -139,7 +139,8 @@ std::vector<MarkLattice> findMarkLattices(const std::vector<ImageLevel> &levels,
         return lattices;
     }
     const ImageLevel &level = levels[number];
-    // Marks are measured in the next finer level, in which their radius has twice as many pixels.
+    // Marks are measured in the next finer level, in which their radius has twice as many pixels. The marks of the
+    // finest level are measured in that level itself.
     const ImageLevel &finer = levels[number == 0 ? 0 : number - 1];
     std::vector<RoundMark> marks;
     for (const DarkBlob &blob : blobs) {

@@ -26,7 +26,8 @@ struct Place {
     LatticeMotion motion;
     int squaresCompared = 0;
     int mismatches = 0;
-    // log10 of the average number of places in the code that match random marks at least as well as these.
+    // log10 of the average number of places in the code that match random marks at least as well as this place matches
+    // the readings.
     double log10Chance = 0;
 };
 

@@ -53,8 +53,8 @@ Extent knownExtent(const SeenCells &seen) {
     return right < 0 ? Extent{} : Extent{left, top, right - left + 1, bottom - top + 1};
 }
 
-// The known extent of a patch, turned by a number of quarter turns. If this is the patch's orientation in the code, the
-// axes of the turned extent run like the code's.
+// The known extent of a patch, turned by a number of quarter turns. If the number is right, the axes of the turned
+// extent run like the code's.
 struct AlignedPatch {
     AlignedPatch(const SeenCells &seen, const Extent &extent, int quarterTurns)
         : turns(quarterTurns), bits(widthOf(extent, turns), heightOf(extent, turns)), known(bits) {
@@ -120,8 +120,8 @@ int commonFactor(int a, int b) {
     return b == 0 ? a : commonFactor(b, a % b);
 }
 
-// Compares every cell of the patch with the code. Once many cells have been compared, stops and returns empty if too
-// few of them agree.
+// Compares every cell of the patch with the code. Stops and returns empty if at least 64 cells have been compared and
+// too few of them agree.
 std::optional<Candidate> compared(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
     Candidate candidate;
     int known = 0;
@@ -212,8 +212,8 @@ public:
     }
 
 private:
-    // Compares the whole patch with the code. The patch's top-left corner lies on this square of the grid. Keeps the
-    // place if it is one of the best two.
+    // Compares the whole patch with the code at the place where the patch's top-left cell lies on the square `corner`
+    // of the grid. Keeps the place if it is one of the best two.
     void consider(const AlignedPatch &patch, const CodeGrid &grid, Square corner) {
         const CodePlace place{grid.tile, {corner.column + patch.zero.column, corner.row + patch.zero.row}, patch.turns};
         if (std::any_of(best.begin(), best.end(), [&](const Candidate &other) { return other.place == place; })) {
