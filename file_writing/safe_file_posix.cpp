@@ -110,8 +110,8 @@ void removeAbandonedFiles(const std::string &folder) {
 // A new file beside the target. It is removed unless it is renamed.
 class TemporaryFile {
 public:
-    // Creates the file with these permissions, minus those in the process's umask. If `permissions` is 0, the file gets
-    // the usual permissions of a new file.
+    // Creates the file with these permissions, without those that the process's umask takes away. If `permissions` is
+    // 0, the file gets the usual permissions of a new file.
     TemporaryFile(const std::string &folder, const std::string &reportedName, mode_t permissions)
         : fileName(reportedName) {
         std::random_device random;
@@ -187,8 +187,8 @@ private:
             fail(fileName, errno);
         }
         struct stat status {};
-        // If another process has locked the file in order to remove it, lockFile() waits until it is removed. On a file
-        // system without locks, no process removes such a file.
+        // If another process has locked the file in order to remove it, lockFile() waits until it is removed. If the
+        // file system has no locks, no process removes the file, because removeIfAbandoned() needs a lock.
         if (descriptor >= 0 && lockFile() && fstat(descriptor, &status) == 0 && status.st_nlink == 0) {
             close(descriptor);
             descriptor = -1;
@@ -271,7 +271,8 @@ struct SafeFiles::Replacement {
     bool replacesFile = false;
     std::unique_ptr<OldFile> oldFile;  // null if there is none, if it cannot be kept, or if nothing has to be undone
 
-    // Brings back what was there before the renaming. If that fails, nothing more can be done.
+    // Brings back what was there before the renaming: the old file, or no file. If the old file could not be kept, the
+    // new one stays. If bringing it back fails, nothing more can be done.
     void undo() const noexcept {
         if (oldFile) {
             oldFile->restore(target);

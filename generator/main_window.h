@@ -34,7 +34,9 @@ public slots:
     // format.
     void savePatterns();
 
-    // Starts the viewer to calibrate an assembly. The library's tree states the path of the viewer.
+    // Starts the viewer, with which an assembly can be calibrated. The viewer's path is the value of
+    // /Path/Application/LmView in the library's tree. If this file does not exist or is not executable, shows a
+    // message.
     void openCalTabCalibration();
 
 protected:

@@ -1,6 +1,7 @@
 // Owns a command's temporary slot in the library's tree, and erases the slot when it is destroyed. The command and
 // every exception thrown for it share one TemporarySlot through std::shared_ptr. So the result of a failed command can
-// be read until the failure has been shown. A slot to which the caller gave a name has no owner and stays in the tree.
+// be read until the failure has been shown. If the caller of a command chooses the slot's name, the slot has no owner
+// and stays in the tree.
 //
 // The last owner may be destroyed on any thread.
 #pragma once

@@ -41,7 +41,7 @@ public:
     void write(const QString &fileName) const;
 
 private:
-    // Draws an arrow that points to each end. The arrows start between the ends if there is room, otherwise outside.
+    // Draws two arrows, one pointing to each end. They lie between the ends if there is room, otherwise outside them.
     void arrowsBetween(QPointF from, QPointF to);
     void writeText(QPointF baseLine, const QString &text, Anchor anchor, const char *style);
 
