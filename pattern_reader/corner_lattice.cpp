@@ -149,8 +149,8 @@ float CornerLattice::spacingAt(cv::Point cell) const {
     return shortest;
 }
 
-// Finds the step along one axis from the closest pair of corners: on both sides of the cell, on one side of it, or in a
-// neighbouring line.
+// Finds the step along one axis from a pair of corners. The order of preference is: a pair with one corner on each side
+// of the cell, a pair on one side of it (which may include the cell itself), a pair in a neighbouring line.
 bool CornerLattice::stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const {
     const auto between = [&](cv::Point from, cv::Point to, float share) {
         const LatticeCorner *a = at(from);

@@ -33,7 +33,7 @@ double whiteOf(int depth) {
     return depth == CV_8U ? 255 : depth == CV_16U ? 65535 : 1;
 }
 
-// Returns the partly transparent grey picture as it looks on white paper.
+// Returns a grey picture with transparency as it looks on white paper.
 cv::Mat onWhite(const cv::Mat &grey, const cv::Mat &alpha) {
     const double white = whiteOf(grey.depth());
     if (cv::countNonZero(alpha < white) == 0) {
@@ -68,8 +68,8 @@ cv::Mat oneChannel(const cv::Mat &picture) {
     return grey;
 }
 
-// Returns the level that only one pixel in 2,000 exceeds. If this level is 0, returns the greatest level in the
-// picture.
+// Returns the level above which there is only about one pixel in 2,000. This pixel may be a defect of the camera. If
+// the level is 0, returns the greatest level in the picture.
 float lightestLevel(const cv::Mat &real) {
     std::vector<float> levels;
     levels.reserve(real.total());

@@ -103,7 +103,8 @@ public:
     std::vector<CornerFit> measure(std::optional<float> knownBlur);
 
 private:
-    static constexpr size_t sampleCount = 24;  // about so many corners are examined for the values of the whole board
+    // The blur, noise and light of the whole board are measured at about this many corners.
+    static constexpr size_t sampleCount = 24;
     static constexpr float searchRadius = 7;   // greatest radius of the disc for fitCorner, in the level's pixels
     static constexpr float leastBlur = 0.36F;  // least blur that a level can show, in the level's pixels
 
@@ -133,7 +134,7 @@ private:
     float boardBlur = 1;          // image pixels
     float blurTolerance = 0.25F;  // standard deviation of the corners' blur, relative to the board's blur
     float boardNoise = 1;         // standard deviation of one pixel in the best level, grey levels
-    float lightScatter = 1;       // how much the grey levels at the corners typically differ from a fitted plane
+    float lightScatter = 1;  // how much the levels fitted at the corners typically differ from a plane, grey levels
 };
 
 float CornerMeasurement::typicalStep() const {
@@ -156,7 +157,7 @@ const ImageLevel &CornerMeasurement::searchLevel() const {
 // Returns the level in which the corners are refined. `merit` tells how exact a level is: longer borders in the window
 // make a corner's position more exact, and blur makes it less exact. In a coarser level, the larger pixels add to the
 // blur. If several levels are about as exact as the best one, the coarsest of these is taken, because it is the
-// fastest.
+// fastest. A level in which the squares or the blur are too small is not taken.
 const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
     const float step = typicalStep();
     const auto merit = [&](const ImageLevel &level) {

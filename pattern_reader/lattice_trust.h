@@ -10,9 +10,9 @@
 
 namespace pattern_reader {
 
-// Corners are trusted if the marks of their squares agree with the code. Removes the corners that are not in line with
-// the trusted ones. If the remaining corners form several connected pieces, removes every piece with too few agreeing
-// squares.
+// A corner is trusted if the marks of the squares around it agree with the code. One square that disagrees cancels two
+// that agree. Removes all corners that are not in line with the trusted ones. If the remaining corners form several
+// separate pieces, removes every piece in which too few squares agree with the code.
 void keepTrustedCorners(CornerLattice &lattice, const std::vector<SquareReading> &marks, const Place &place);
 
 }  // namespace pattern_reader

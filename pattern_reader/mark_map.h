@@ -1,5 +1,6 @@
 // Maps the cells of a lattice of marks to the picture, near the marks and a little beyond them. Every neighbourhood of
-// 5 × 5 marks has its own map: the homography of a plane, plus the bend that a lens or curved paper causes there.
+// 5 × 5 cells (more where marks are missing) has its own map: the homography of a plane, plus the bend that a lens or
+// curved paper causes there.
 #pragma once
 
 #include <array>

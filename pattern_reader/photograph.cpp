@@ -53,16 +53,15 @@ int exifOrientation(const Bytes &bytes) {
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
-// True if the end marker is missing after the segments and the compressed data. The end marker of a thumbnail is inside
-// a segment and does not count.
+// True if a JPEG file ends before the end marker of its picture. The segments are skipped as a whole, because a
+// thumbnail inside a segment has an end marker, too.
 bool endsBeforeItsPicture(const Bytes &bytes) {
     constexpr unsigned char endOfImage = 0xD9;
     const auto standsAlone = [](unsigned char marker) { return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8); };
     size_t at = 2;
     while (at + 1 < bytes.size()) {
         if (bytes[at] != 0xFF) {
-            // Skips compressed data up to the next FF byte. If a zero byte follows, the FF byte does not begin a
-            // marker.
+            // Skips compressed data up to the next FF byte. This byte begins a marker unless a zero byte follows it.
             const void *next = std::memchr(&bytes[at], 0xFF, bytes.size() - at);
             if (next == nullptr) {
                 return true;

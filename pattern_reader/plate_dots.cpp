@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-// True if the mark's border is completely inside the picture.
+// True if the light just outside a mark can be determined on all four sides, so that the whole mark is in the picture.
 bool isInPicture(const PlateView &view, cv::Point2d mark) {
     constexpr double reach = markRadius + 0.05;
     double light = 0;
@@ -17,8 +17,8 @@ bool isInPicture(const PlateView &view, cv::Point2d mark) {
            view.lightAt(mark - cv::Point2d(0, reach), light) && view.lightAt(mark + cv::Point2d(0, reach), light);
 }
 
-// The numbers of marks next to a dot. If a mark is hidden (inside the picture but not found), a blank object may cover
-// the dot too. The place would then look empty although it has a dot.
+// The numbers of marks next to a dot. A mark is hidden if it is inside the picture but was not found. The blank object
+// that may hide it may cover the dot, too. The place would then look empty although it has a dot.
 struct NextMarks {
     int all = 0;
     int found = 0;

@@ -23,8 +23,8 @@ bool between(const cv::Mat &picture, cv::Point2f p, double &value) {
     return true;
 }
 
-// Returns the number of the finest level in which the grid spacing, estimated from the marks' median size, is small
-// enough.
+// Returns the number of the finest level in which a grid spacing has at most 26 pixels; the coarsest level if there is
+// none. The grid spacing is estimated from the median area of the marks.
 size_t levelForLooks(const std::vector<ImageLevel> &levels, const std::vector<RoundMark> &marks) {
     constexpr double mostPixels = 26;
     std::vector<float> areas;
