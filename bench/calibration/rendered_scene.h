@@ -1,5 +1,5 @@
-// Makes scenes as simulated_scene.h does, but photographs them with the synthetic camera and reads the pictures with
-// the pattern reader. So the whole chain from a print to its corners is tested.
+// Makes scenes as simulated_scene.h does, but renders their photographs with the synthetic camera and reads these with
+// the pattern reader. So the corners have the reader's real errors instead of simulated noise.
 #pragma once
 
 #include <vector>

@@ -27,7 +27,8 @@ std::string nameOf(EmptyKind kind) {
 
 namespace {
 
-// Returns an exposure. It is mild in most pictures; in a few it is as bad as a camera's exposure can be.
+// Returns an exposure with random faults: JPEG compression, sharpening, a changed tone curve, motion blur, defocus and
+// strong noise. Each of them is in 20 % or 30 % of the pictures, so about a quarter of the pictures have none.
 Exposure anyExposure(double pixels, Dice &dice) {
     Exposure exposure = makeExposure(pixels, dice);
     if (dice.chance(0.3)) {
@@ -110,7 +111,7 @@ void drawLattice(cv::Mat &picture, Dice &dice) {
 }  // namespace
 
 cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number) {
-    // A perforated sheet has at most this many holes in a row, and a net at most this many meshes.
+    // The greatest number of holes in a row of a perforated sheet, and of meshes along a side of a net.
     constexpr int most = 60;
     Dice dice(number * 104729 + unsigned(kind) * 31 + 5);
     const cv::Size size(dice.whole(320, 1000), dice.whole(240, 800));

@@ -21,7 +21,8 @@ CodedTarget makeTarget(const SceneDraft &draft, Dice &dice) {
     return makeTile(dice.chance(0.5) ? 0 : dice.whole(1, 18), dice.random, draft.print);
 }
 
-// Returns the approximate length of the pattern's diagonal in pixels, before the pattern is tilted.
+// Returns the approximate length of the pattern's diagonal in pixels, before the pattern is tilted. The tilt shortens
+// one side of each square by the cosine; `pixelsPerSquare` is the geometric mean of both sides after the tilt.
 double extentOf(const SceneDraft &draft, const SyntheticTarget &target) {
     return std::hypot(target.size().width, target.size().height) * draft.pixelsPerSquare /
            std::sqrt(std::cos(draft.tiltDegrees * degree));
@@ -70,7 +71,8 @@ double widestAngle(const ScenePattern &pattern) {
     return widest;
 }
 
-// Places the pattern away from the axis of a fisheye lens, but so that all of it is less than 90° from the axis.
+// Places the pattern away from the axis of a fisheye lens, but so that all of it is less than 90° from the axis. If no
+// such place is found, the pattern faces the camera on the axis.
 void placeBeforeFisheye(Scene &scene, ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     TargetPose &pose = pattern.placed.pose;
     pose.anchor = {pattern.coded.target->size().width / 2, pattern.coded.target->size().height / 2};
@@ -124,8 +126,9 @@ ScenePattern placePattern(Scene &scene, const SceneDraft &draft, CodedTarget cod
     return pattern;
 }
 
-// Chooses the picture's window: the pattern and some of its surroundings. The window cuts the pattern if the draft says
-// so (`cutQuarter`), or if the picture would have more pixels than the draft allows.
+// Chooses the picture's window: the pattern and some of its surroundings. If the draft says so (`cutQuarter`), the
+// window is moved and cuts off about a quarter of the pattern. If the picture would have more pixels than the draft
+// allows, only the middle part of the window remains, which may cut the pattern, too.
 cv::Rect chooseWindow(const Scene &scene, const ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     const cv::Rect2d bounds = boundsOf(scene, pattern);
     const auto border = [&] { return dice.real(4, 20) + dice.real(0, std::min(200.0, 0.3 * bounds.width)); };
@@ -143,7 +146,8 @@ cv::Rect chooseWindow(const Scene &scene, const ScenePattern &pattern, const Sce
     return {window.tl(), size};
 }
 
-// The least distance between neighbouring lattice lines anywhere on the pattern.
+// Returns the least distance between neighbouring lattice lines at 25 places on the pattern, in pixels. The result is
+// at most the pattern's `pixelsPerSquare`.
 double leastStepOf(const Scene &scene, const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     double least = pattern.pixelsPerSquare;

@@ -37,8 +37,9 @@ std::optional<Corners> stockCorners(StockMethod method, const cv::Mat &image, co
 
 namespace {
 
-// Runs in the child process. Writes the corners to the pipe if all of them were found. Exits without running
-// destructors.
+// Runs in the child process. Writes the corners to the pipe if all of them were found. The system ends the process when
+// it has used `limitSeconds` of processor time. The process exits without running destructors, which would act on a
+// copy of the parent's objects.
 [[noreturn]] void answer(int pipeEnd, StockMethod method, const cv::Mat &image, const cv::Size &corners,
                          unsigned limitSeconds) {
     const rlimit limit{limitSeconds, limitSeconds};

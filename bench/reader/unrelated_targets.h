@@ -1,4 +1,5 @@
-// Makes targets for the synthetic camera that look like patterns of this system, but are none.
+// Makes targets for the synthetic camera that look like this project's patterns, but are none. The reader should find
+// nothing in their pictures.
 #pragma once
 
 #include <memory>
@@ -10,7 +11,7 @@ namespace reader_bench {
 
 using Target = std::shared_ptr<const SyntheticTarget>;
 
-// A checkerboard, plain or with marks that are not from the code.
+// A checkerboard, plain or with marks that are random and not taken from the position code.
 Target makeBoard(bool marked, Dice &dice);
 // Round holes in straight or shifted rows, up to `most` on a side.
 Target makePerforatedSheet(int most, Dice &dice);
