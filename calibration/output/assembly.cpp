@@ -29,6 +29,7 @@ AssemblyPattern patternOf(const Calibration &calibration, int print) {
     return pattern;
 }
 
+// Returns the place of a corner. If there is only one pattern, `corner.pattern` does not have to be its number.
 Eigen::Vector3d placeOf(const AssemblyAxes::Corner &corner, const Calibration &calibration,
                         const std::vector<AssemblyPattern> &patterns) {
     for (const AssemblyPattern &pattern : patterns) {
@@ -42,8 +43,9 @@ Eigen::Vector3d placeOf(const AssemblyAxes::Corner &corner, const Calibration &c
         }
     }
     throw std::invalid_argument("The coordinate system cannot be made: pattern " + std::to_string(corner.pattern) +
-                                " has no corner in column " + std::to_string(corner.column) + ", row " +
-                                std::to_string(corner.row) + ", or is not linked with the others.");
+                                " is not in the photographs, is not linked with the other patterns, or has no corner "
+                                "in column " +
+                                std::to_string(corner.column) + ", row " + std::to_string(corner.row) + ".");
 }
 
 // Converts the patterns from the first print's coordinate system to that of the three corners.

@@ -16,7 +16,8 @@ namespace {
 using Eigen::Vector2d;
 using Eigen::Vector3d;
 
-// The number of arrows for all cameras together. A camera's share of this number is at least `fewestArrows`.
+// About this many arrows are drawn for all cameras together. Each camera gets the same share, but at least
+// `fewestArrows`.
 constexpr size_t arrowsInAll = 6000;
 constexpr size_t fewestArrows = 200;
 
@@ -38,8 +39,8 @@ std::vector<CornerResidual> residualsOf(const Calibration &calibration, int came
     return result;
 }
 
-// Returns the factor by which arrows are enlarged. It is 1, 2 or 5 times a power of ten, and the greatest such number
-// for which nine in ten arrows are at most `wanted` long. `lengths` and `wanted` have the same unit.
+// Returns the factor by which arrows are enlarged: the greatest of the numbers 1, 2 and 5 times a power of ten with
+// which nine in ten arrows are at most `wanted` long. `lengths` and `wanted` have the same unit.
 double enlargement(std::vector<double> lengths, double wanted) {
     if (lengths.empty()) {
         return 1;
@@ -151,7 +152,8 @@ Figure meanResidualFigure(const Calibration &calibration, int camera) {
     drawing.add("strong", arrows);
     frame.outline(drawing);
     return {"Mean residuals", drawing.svg(),
-            "The mean of all residuals in each part of the picture, enlarged " + times(factor) +
+            "The mean of the residuals in each part of the picture that has at least " + std::to_string(fewest) +
+                " corners, enlarged " + times(factor) +
                 " times. If neighbours point the same way, the lens model does not fit there. Greatest mean: " +
                 rounded(*std::max_element(lengths.begin(), lengths.end()), 2) + " px."};
 }
