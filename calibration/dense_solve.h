@@ -7,10 +7,10 @@
 
 namespace calibration {
 
-// Solves matrix * x = right for a regular matrix.
+// Solves matrix * x = right for an invertible matrix.
 Eigen::MatrixXd solve(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
-// Solves matrix * x = right for a regular symmetric matrix.
+// Solves matrix * x = right for an invertible symmetric matrix.
 Eigen::MatrixXd solveSymmetric(const Eigen::MatrixXd &matrix, const Eigen::MatrixXd &right);
 
 // Solves matrix * x = right for a positive definite matrix. Returns nothing if an eigenvalue is negative; a singular
@@ -22,7 +22,8 @@ std::optional<Eigen::MatrixXd> solvePositive(const Eigen::MatrixXd &matrix, cons
 Eigen::VectorXd leastSquaresResiduals(const Eigen::MatrixXd &matrix, const Eigen::VectorXd &right);
 
 // Projects the columns of `matrix` onto the space that is orthogonal to the columns of `removed`, which must be
-// independent. The result is in coordinates of this space, so it has removed.cols() rows fewer than the matrix.
+// independent. The result is in coordinates of an orthonormal basis of this space, so it has removed.cols() rows fewer
+// than the matrix.
 Eigen::MatrixXd orthogonalPart(Eigen::MatrixXd matrix, const Eigen::MatrixXd &removed);
 
 // Returns matrix^T * matrix.

@@ -90,9 +90,9 @@ std::vector<Pair> pairsOf(const Observations &observations, const Estimate &esti
     return result;
 }
 
-// Returns the ratio of the true variances to those that the poses state. It is computed from the changes between
-// successive poses. Most successive poses are at the same place, even if a print sometimes moved, so most changes are
-// only noise.
+// Returns the ratio of the true variances to those that the poses state, limited to the range from 1 to greatestExcess.
+// It is computed from the lower quartile of the changes between successive poses: even if a print sometimes moved, most
+// successive poses are at the same place, so the smaller changes are only noise.
 double excessOf(const std::vector<Pair> &pairs) {
     constexpr double quarter = 3.4546;  // the first quartile of chi-squared with 6 degrees of freedom
     std::vector<double> changes;
@@ -137,7 +137,8 @@ public:
     }
 
 private:
-    // Returns the number of photographs that do not show a pair at its most frequent place.
+    // Returns the number of photographs that show a pair, but not at its most frequent place. Sightings that are
+    // already marked as moved do not count.
     size_t contradictions(const Pair &pair) const {
         std::map<int, size_t> counts;
         size_t all = 0;
@@ -176,9 +177,9 @@ private:
         return result;
     }
 
-    // Keeps the place on which most sightings of a print agree. Each sighting at another place forms pairs with the
-    // sightings at the kept place. If the sum of these pairs' votes (see votesAbout) is negative, the sighting is
-    // marked as moved.
+    // Groups the sightings of a print by place. Two sightings are joined if the sum of their votes (see votesAbout) is
+    // positive. The place with the most sightings is kept. A sighting at another place is marked as moved if the sum of
+    // the votes between it and all sightings at the kept place is negative.
     void settle(size_t print) {
         isSettled[print] = true;
         const std::map<std::pair<size_t, size_t>, int> votes = votesAbout(print);
@@ -219,9 +220,9 @@ private:
     }
 
     // Returns the sum of votes for each pair of sightings of a print. Every other print that both photographs show has
-    // a vote. The vote is 1 if the print has the same place relative to that other print in both photographs, and -1 if
-    // the places differ. The pairs are sorted by the indices of their sightings, so they are in the order of time if
-    // the photographs are.
+    // a vote, unless one of its two sightings is marked as moved. The vote is 1 if the print has the same place
+    // relative to that other print in both photographs, and -1 if the places differ. The pairs are sorted by the
+    // indices of their sightings, so they are in the order of time if the photographs are.
     std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
         std::map<std::pair<size_t, size_t>, int> votes;
         for (const Pair &pair : pairs) {

@@ -161,7 +161,7 @@ PrintCatalogue::PrintCatalogue(const PrintedTarget &target, const std::vector<co
 void PrintCatalogue::add(const PrintedPattern &pattern) {
     patterns.push_back(pattern);
     printList.push_back(printOf(pattern));
-    // Several plates or several parts of the plane would otherwise have the same name.
+    // Several plates or several Flexible patterns would otherwise have the same name.
     const std::string name = printList.back().name;
     const auto sameKind = std::count_if(patterns.begin(), patterns.end(), [&](const PrintedPattern &known) {
         return nameOf(known.kind, known.tile) == name;
@@ -189,8 +189,8 @@ void PrintCatalogue::addFromReadings(const PrintedTarget &target, const std::vec
         if (spacing == 0 && !key.isAlone) {
             spacing = majority(ofAssembly);  // the patterns of an assembly have the same grid spacing
         }
-        // If the block of some plate was read, a plate whose block could not be read is assumed to be that plate and is
-        // not added.
+        // If no reading of a plate states an offset or a grid spacing, its block was not read. If other readings state
+        // the offset of a plate, this plate is assumed to be the same one, and is not added.
         const bool isUnreadPlate = key.kind == PatternKind::Plate && key.offsetX == noOffset;
         const bool hasOtherPlate = std::any_of(sighted.begin(), sighted.end(), [](const auto &other) {
             return other.first.kind == PatternKind::Plate && other.first.offsetX != noOffset;

@@ -106,7 +106,8 @@ const char *colmapModel(LensModel lens) {
     return nullptr;
 }
 
-// Returns the rows of a 4 x 4 matrix, with the translation in metres.
+// Returns the entry with the 4 x 4 matrix that takes points from the previous camera's coordinate system to this
+// camera's, with the translation in metres.
 std::string kalibrPose(const RigidMotion &motion) {
     const Eigen::Matrix3d rotation = rotationMatrix(motion.rotation);
     std::string text = "  T_cn_cnm1:\n";
@@ -198,7 +199,7 @@ std::string colmapFile(const std::vector<SolvedCamera> &cameras) {
         }
         const bool isFull = std::string(model) == "FULL_OPENCV";
         Eigen::Vector4d pinhole = camera.intrinsics.head<pinholeParameters>();
-        pinhole.tail<2>().array() += 0.5;  // the centre of COLMAP's top-left pixel
+        pinhole.tail<2>().array() += 0.5;  // in COLMAP, the centre of the top-left pixel is at (0.5, 0.5)
         const std::vector<double> coefficients = coefficientsOf(camera, isFull ? colmapCoefficients : 0);
         number++;
         names += "# Camera " + std::to_string(number) + " is " + camera.camera.name + ".\n";
