@@ -1,5 +1,5 @@
 // The font for the texts of a page: DejaVu Sans, reduced to the characters that captionText keeps. The font file is
-// compiled into the library, so PDF and PNG pages look the same on every machine, and no fonts have to be found.
+// compiled into the library, so PDF and PNG pages look the same on every machine, and no font has to be installed.
 //
 // Texts in this font have one byte per character, in the encoding that PDF calls WinAnsiEncoding.
 #pragma once

@@ -30,7 +30,7 @@ struct PageSize {
 
 struct PageLayout {
     PageSize paper;
-    PageSize area;  // the part of the paper that is laid out, as large as on the finished print
+    PageSize area;  // size of the part of the paper that is laid out, as measured on the finished print
     Point block;    // top-left corner of what the page shows: the pattern with its quiet zone, or a part of them
     Point pattern;  // top-left corner of the pattern without its quiet zone; the pattern is centred on the page
     CheckBar barAlongX;
@@ -56,7 +56,7 @@ std::optional<PageLayout> layOutOnPaper(PageSize paper, const PatternGeometry &g
 // place of the part within the pattern is not known here.
 std::optional<PageLayout> layOutOnPaper(PageSize paper, PageSize block, std::array<double, 2> printScale);
 
-// Returns the largest block that fits on this paper with check bars beside it.
+// Returns the largest block that fits on this paper with the check bars beside it and the caption below it.
 PageSize largestBlock(PageSize paper, std::array<double, 2> printScale);
 
 // The longest side that a page of a PDF may have: 14400 pt.
