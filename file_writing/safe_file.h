@@ -17,12 +17,15 @@ struct FileWriteError : std::runtime_error {
 // stops, a target has either its old content or all of its new content. No target changes before all files are written.
 //
 // If a target is a link, the file that it leads to is replaced. Folders, devices and write-protected files are refused.
-// If anything fails, the files beside the targets are removed, and every target is as it was. There is one exception:
-// if a renaming fails after earlier renamings have succeeded, the earlier targets get their old files back only if the
-// file system has hard links. If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp, where
-// PROCESS and RANDOM are decimal numbers. The next write to the folder removes these files; on Windows, only those that
-// are more than ten minutes old. If the process is killed during the renaming, some of the targets are new and the
-// others are old.
+// If anything fails, the files beside the targets are removed. If it is a renaming that fails, the renamings before it
+// are undone: a file that is new is removed, and a file that was replaced comes back. On a file system without hard
+// links, however, a replaced file cannot come back, and its target keeps the new content. In all other cases, every
+// target is as it was.
+//
+// If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp, where PROCESS and RANDOM are decimal
+// numbers. If it is killed during the renaming, some of the targets are new and the others are old. The first write()
+// of each object removes such files of ended processes from the folder of its target; on Windows, only files that are
+// more than ten minutes old.
 //
 // File names are in the local 8-bit encoding. Use each object once, from one thread.
 class SafeFiles {
