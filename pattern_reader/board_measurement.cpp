@@ -12,8 +12,8 @@ namespace {
 
 constexpr float largestDoubtful = 7;    // pixels; the blur may be misjudged if squares are smaller
 constexpr size_t leastCorners = 25;     // with fewer corners, too few squares show whether the blur is right
-constexpr int windowSide = 14;          // blurs are tried on a part of the lattice with this many corners on a side
-constexpr float leastCertainty = 0.3F;  // a square's reading counts as certain from here on
+constexpr int windowSide = 14;          // blurs are tried on a part of the lattice with at most 14 x 14 corners
+constexpr float leastCertainty = 0.3F;  // a square's reading counts as certain if it has at least this certainty
 
 MeasuredBoard measureWith(const std::vector<ImageLevel> &levels, CornerLattice &lattice, std::optional<float> blur) {
     MeasuredBoard board;
@@ -47,8 +47,8 @@ int rarerKind(const std::vector<SquareReading> &marks) {
     return std::min(marked, unmarked);
 }
 
-// The patterns' code marks about half of the squares. If at least three squares in ten are certainly of the rarer kind,
-// the blur is taken to be right.
+// The patterns' code marks about half of the squares. If at least three in ten squares are certainly marked, and at
+// least three in ten certainly unmarked, the blur is taken to be right.
 bool isDivided(const std::vector<SquareReading> &marks) {
     return rarerKind(marks) * 10 >= int(marks.size()) * 3;
 }
@@ -68,7 +68,8 @@ CornerLattice middlePart(const CornerLattice &lattice) {
     return part;
 }
 
-// Returns the blur with which the squares divide best into marked and unmarked ones. Empty if no blur shows both kinds.
+// Returns the blur with which the squares in the middle of the lattice divide best into marked and unmarked ones. Empty
+// if no blur makes at least `leastRarer` squares of each kind certain.
 std::optional<float> dividingBlur(const std::vector<ImageLevel> &levels, const CornerLattice &lattice) {
     constexpr std::array<float, 6> blurs{0.45F, 0.55F, 0.7F, 0.85F, 1.05F, 1.3F};  // pixels
     constexpr int leastRarer = 4;

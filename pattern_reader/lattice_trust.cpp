@@ -26,8 +26,7 @@ std::array<cv::Point, 4> cornersOf(cv::Point square) {
     return {square, square + cv::Point(1, 0), square + cv::Point(0, 1), square + cv::Point(1, 1)};
 }
 
-// Returns, for each corner, true if the squares around it agree with the code. A square that disagrees cancels two that
-// agree.
+// Returns, for each corner, true if, of the squares around it, more than twice as many agree with the code as disagree.
 std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vector<SquareReading> &marks,
                                   const Place &place) {
     std::vector<int> votes(lattice.corners.size(), 0);
@@ -56,8 +55,8 @@ cv::Vec6d termsAt(double x, double y, std::integral_constant<int, 6>) {
 }
 
 // Returns the distance of a corner from its predicted position, in lattice steps. The prediction uses a map from cells
-// to the image. The map is fitted to the trusted corners within `reach` cells. It is affine if `count` is 3, and
-// quadratic if `count` is 6. Empty if there are too few trusted corners.
+// to the image. The map is fitted to the other trusted corners within `reach` cells. It is affine if `count` is 3, and
+// quadratic if `count` is 6. Empty if there are too few trusted corners, or if they are all on one side.
 template <int count>
 std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const LatticeCorner &corner,
                                          const std::vector<bool> &trusted, int reach) {

@@ -259,10 +259,11 @@ cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
 
 cv::Point2d MarkMap::bentOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
-    // The computation uses units in which the map without bend is the identity. There, the second derivatives xx, xy
-    // and yy displace the circle's point in direction t by radius² (constant + cosine cos 2t + sine sin 2t). Only the
-    // component of this vector along the direction t, from the centre outwards, changes the circle's shape. The part of
-    // this component that varies with cos t and sin t shifts the ellipse that fits the displaced points best.
+    // The computation uses units in which the map without bend is the identity. There, the bend, with the second
+    // derivatives xx, xy and yy, moves the circle's point in direction t by the vector radius² (constant + cosine cos
+    // 2t + sine sin 2t). Only the component of this vector along t, that is, outwards, changes the shape of the
+    // outline. `moved` is the shift of the ellipse that fits the moved outline best. It follows from the terms of this
+    // component that are proportional to cos t and sin t.
     const cv::Matx22d steps = stepsAt(cell);
     const cv::Matx22d toCells = steps.inv();
     const std::array<cv::Vec2d, 3> curvature = here.curvatureAt(cell);

@@ -7,7 +7,7 @@
 
 namespace pattern_reader {
 
-// Returns the attached JSON text. If there is none, or if it is damaged, throws std::runtime_error. Its text is the
+// Returns the attached JSON text. If there is none, or if it is damaged, throws std::runtime_error. what() gives the
 // reason, as a clause without a full stop.
 std::string attachedPattern(std::string_view pdf);
 

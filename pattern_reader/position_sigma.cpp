@@ -39,8 +39,9 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
 }
 
 // Perspective, lens and paper bend neighbouring rows of corners alike, so the fourth differences of these rows should
-// be the same. For each two fourth differences at the same place of neighbouring rows, returns the squared distance
-// between them, divided by the value that the fits' standard deviations predict.
+// be the same. Returns, for each corner and the corner beside it in the next row, the squared distance between their
+// fourth differences along the rows, divided by the value that the fits' standard deviations predict. Columns are
+// treated in the same way.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {
@@ -60,7 +61,7 @@ std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vecto
 
 // Returns the variance of a board's corners divided by the variance that the noise of their pixels explains. The result
 // can be larger than 1 because compression, colour sensors and print cause errors that are alike in neighbouring
-// pixels. It is 1 if there are too few corners.
+// pixels. It is 1 if there are too few corners, and close to 1 if there are few.
 float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses = excessesInRows(lattice, fits);
     constexpr size_t least = 10;

@@ -1,5 +1,7 @@
 // Holds all windows of the position code and searches them by their bits. A hash table finds the 5 x 5 windows that
-// equal a given one. The 8 x 8 windows that resemble a given one are found by comparing all of them.
+// equal a given one. The 8 x 8 windows that resemble a given one are found by comparing all of them. Windows are held
+// in the orientation of the code only. The caller, who does not know how the camera was turned, searches four times,
+// with the seen bits in all four orientations.
 #pragma once
 
 #include <array>
@@ -21,7 +23,8 @@ struct CodeGrid {
     BitGrid position;  // 1 if the square has a bit of the position code
 };
 
-// A part of a patch: its bits, and a mask of the bits that are known. Both are ordered as in BitGrid::window.
+// A window of the squares that were seen in the picture: their bits, and a mask of the bits that are known. Both are
+// ordered as in BitGrid::window.
 struct SeenWindow {
     std::uint64_t bits = 0;
     std::uint64_t known = 0;
@@ -42,10 +45,10 @@ public:
     void visitEqual(std::uint64_t bits, const Visit &visit) const;
 
     // Visits the 8 x 8 windows in which few bits disagree. The limit is chosen so that random bits cause at most about
-    // 100 visits. In the plane, the window's top left square must lie inside. Known squares beyond the plane's edge are
-    // compared with 0, so a window that reaches over the edge is not found reliably. On a tile, the window's top left
-    // square may lie anywhere inside the tile, or up to 4 squares beyond the tile's left and top edges. Squares outside
-    // the tile are not compared.
+    // 100 visits in the searches for all four orientations together. In the plane, only windows whose top left square
+    // lies inside the plane are searched. Known squares beyond the plane's edge are compared with 0, so a window that
+    // reaches over the edge is not found reliably. On a tile, the window's top left square may lie anywhere inside the
+    // tile, or up to 4 squares beyond the tile's left and top edges. Squares outside the tile are not compared.
     void visitAlike(const SeenWindow &seen, const Visit &visit) const;
 
 private:
@@ -68,8 +71,8 @@ private:
 // log10 of the chance that at most `disagreeing` of `count` random bits disagree.
 double chanceLog10(int count, int disagreeing);
 
-// The number of places at which a patch can lie, in all four orientations, including those where it reaches over the
-// edge of a tile.
+// The number of places of the seen squares on the plane and the tiles, in all four orientations. It includes places
+// where they reach over the edge of a tile.
 constexpr double placeCount =
     4.0 * (pattern_code::planeSide * pattern_code::planeSide + pattern_code::tileCount * 31 * 31);
 
