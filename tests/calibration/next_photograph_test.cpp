@@ -24,7 +24,7 @@ PictureMap uncertaintyOf(const Calibration &calibration, const Covariance &covar
                                  calibration.cameras[size_t(camera)].distance, mapColumns, mapRows);
 }
 
-// Makes a calibration from those photographs of the scene that are in use. The estimate is the truth.
+// Makes a calibration from the sightings of the scene that are in use. Its estimate is the truth.
 Calibration calibrationOf(const Scene &scene) {
     Calibration calibration;
     calibration.observations = scene.observations;
@@ -42,7 +42,8 @@ Calibration calibrationOf(const Scene &scene) {
     return calibration;
 }
 
-// Uses only those 60 % of one camera's sightings that lie farthest in a direction of the picture.
+// Uses only those 60 % of one camera's sightings that lie farthest in a direction of the picture. The other camera's
+// sightings are not used.
 void keepSide(Scene &scene, int camera, const Eigen::Vector2d &direction) {
     std::vector<std::pair<double, Sighting *>> places;
     for (Sighting &sighting : scene.observations.sightings) {
@@ -103,7 +104,7 @@ void expectWordsFit(const Calibration &calibration, const NextPhotograph &next) 
     }
 }
 
-TEST(NextPhotograph, isDescribedAsItIsAndHelpsAsPromised) {
+TEST(NextPhotograph, textFitsThePoseAndUncertaintyFallsAsPredicted) {
     struct Row {
         int camera;
         Eigen::Vector2d direction;

@@ -69,7 +69,7 @@ double difference(const cv::Mat &picture, const cv::Mat &expected) {
     return cv::norm(a, b, cv::NORM_INF);
 }
 
-// A checkerboard and plates, one of them with dark and light exchanged.
+// A checkerboard, a plate, and a plate with dark and light exchanged.
 const std::vector<std::string> samples{single, plate, plateWithOffset};
 
 TEST_F(PageFormats, svgDrawsThePageOfThePdf) {
@@ -135,7 +135,7 @@ struct DxfShapes {
 };
 
 std::map<std::string, DxfShapes> readDxf(const std::string &file) {
-    // Only the system's own interpreter finds the system's packages.
+    // The script needs a Python package of the system, which only the system's own interpreter finds.
     std::istringstream lines(outputOf("/usr/bin/python3 '" DXF_SHAPES "' '" + file + "'"));
     std::map<std::string, DxfShapes> layers;
     std::string kind;

@@ -1,4 +1,5 @@
-// Compares the two rasterisers of the preview with exact areas and with Cairo's pictures of the same shapes.
+// Compares the two rasterisers of the preview with exact areas and with Cairo's pictures of the same shapes, and small
+// previews with large ones of the same pattern.
 #include <cairo.h>
 #include <gtest/gtest.h>
 

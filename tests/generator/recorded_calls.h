@@ -20,7 +20,8 @@ inline int count(const QString &beginning) {
     return all().filter(QRegularExpression("^" + QRegularExpression::escape(beginning))).size();
 }
 
-// Returns the lines, with "$" replaced by the slot and "@" by the first element of the slot's "Patterns".
+// Returns the lines, with "$" replaced by the path of the slot and "@" by the path of the first element of the slot's
+// "Patterns".
 inline QStringList inSlot(int slot, const QStringList &lines) {
     QStringList filled;
     for (QString line : lines) {

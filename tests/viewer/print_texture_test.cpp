@@ -89,11 +89,11 @@ class PrintTextureTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void isWhatWasPrinted_data();
-    void isWhatWasPrinted();
+    void isReadAsThePatternThatWasPrinted_data();
+    void isReadAsThePatternThatWasPrinted();
 };
 
-void PrintTextureTest::isWhatWasPrinted_data() {
+void PrintTextureTest::isReadAsThePatternThatWasPrinted_data() {
     QTest::addColumn<PrintLook>("look");
     QTest::addColumn<QPoint>("first");
     QTest::addColumn<QSize>("points");
@@ -103,14 +103,13 @@ void PrintTextureTest::isWhatWasPrinted_data() {
         << PrintLook{PatternKind::Tile, 4, false, {}} << QPoint(1, 1) << QSize(15, 15);
     QTest::newRow("single, with its thickness")
         << PrintLook{PatternKind::Tile, 0, true, valuesWith(3.5)} << QPoint(1, 1) << QSize(15, 15);
-    QTest::newRow("piece of the plane") << PrintLook{PatternKind::Plane, -1, true, {}} << QPoint(101, 60)
-                                        << QSize(12, 9);
+    QTest::newRow("Flexible pattern") << PrintLook{PatternKind::Plane, -1, true, {}} << QPoint(101, 60) << QSize(12, 9);
     QTest::newRow("plate") << PrintLook{PatternKind::Plate, -1, true, valuesWith(2)} << QPoint(2, 2) << QSize(7, 7);
     QTest::newRow("plate with offset") << PrintLook{PatternKind::Plate, -1, true, valuesWith(0, cv::Point(5, -7))}
                                        << QPoint(2, 2) << QSize(7, 7);
 }
 
-void PrintTextureTest::isWhatWasPrinted() {
+void PrintTextureTest::isReadAsThePatternThatWasPrinted() {
     QFETCH(const PrintLook, look);
     QFETCH(const QPoint, first);
     QFETCH(const QSize, points);

@@ -256,8 +256,8 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     auto *picture = window.findChild<PhotographView *>();
     QTRY_VERIFY(coloursIn(*picture) > 50);  // the photograph is loaded
 
-    // Three corners of pattern 1, which the reader calls tile 2. Their columns and rows in the pattern's file are one
-    // less than these lattice coordinates.
+    // Three corners of pattern 1, which the reader calls tile 2. In the written assembly, columns and rows are counted
+    // from 0, so they are one less than these lattice coordinates.
     const cv::Point lattice[] = {{4, 3}, {12, 3}, {4, 11}};
     QImage photograph(examplePhotograph(1));
     const double scale =
@@ -302,7 +302,8 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     QVERIFY((ownPlaces.value({3, 12}) - start - Eigen::Vector3d(0, length, 0)).norm() < 0.05);
 }
 
-// The copy must be written even if changes follow each other faster than the delay before it is written.
+// A copy of the session, for use after a crash, is written a short time after a change. It must be written even if
+// further changes follow each other faster than this.
 void ViewerWindowTest::keepsACopyWhileChangesFollowEachOther() {
     const QTemporaryDir folder;
     const auto copies = [&folder] { return QDir(folder.path()).entryList({"*.json"}); };
