@@ -26,8 +26,8 @@ public:
 
     // Opens the source. Returns an empty text, or the reason why there are no frames.
     QString open();
-    // Returns the next frame in colour. The frames of a file come no faster than they were recorded. Returns an empty
-    // frame at the end; endText() then says why.
+    // Returns the next frame in colour. The frames of a file come at about the rate at which they were recorded; a file
+    // with fewer than five frames per second plays at five. Returns an empty frame at the end; endText() then says why.
     cv::Mat next();
     QString endText() const;
     bool isFile() const { return !choice.file.isEmpty(); }
@@ -44,5 +44,6 @@ private:
 // True if the file's name has the ending of a video format.
 bool isVideoName(const QString &path);
 
-// Returns the names of the cameras in the order of the system's numbers; empty if the system has no such list.
+// Returns the names of the cameras 0, 1, 2 and so on, up to the first number that the system does not know. Empty if
+// the system has no such list.
 QStringList cameraNames();

@@ -110,7 +110,8 @@ void PatternsView::fillPlace(int row, int print) {
     }
     for (const int axis : {0, 1, 2}) {
         const double value = pose.translation[axis];
-        const bool isExact = sigma[axis] == 0 && value != 0;  // the first print, whose pose counts as exact
+        // True for the first print, whose pose counts as exact, unless it is at the origin of the axes.
+        const bool isExact = sigma[axis] == 0 && value != 0;
         set(row, X + axis, isExact ? QString::number(value, 'f', exactDecimals) : withSigma(value, sigma[axis]));
     }
     set(row, Turn,
