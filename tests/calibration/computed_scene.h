@@ -31,8 +31,8 @@ inline Print makePrint() {
 // deviation of each image coordinate in pixels.
 inline Sighting see(const Scene &scene, int photograph, int print, const RigidMotion &worldFromPrint, double noise,
                     std::mt19937 &random) {
-    // Vectors of random numbers are made with braces, which fix the order of the calls. So all compilers make the same
-    // scene.
+    // Vectors of random numbers are made with braces, which fix the order of the calls. With parentheses, each compiler
+    // could choose the order, and so make another scene.
     std::normal_distribution<double> normal;
     const Photograph &shot = scene.observations.photographs[size_t(photograph)];
     const Camera &camera = scene.observations.cameras[size_t(shot.camera)];

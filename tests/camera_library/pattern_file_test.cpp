@@ -79,8 +79,8 @@ TEST_F(PatternFile, attachesWhatTheJsonFileHolds) {
     EXPECT_EQ(readBytes(folder.file("again.pdf")), readBytes(pdf));
 }
 
-// A client may round lengths to hundredths of a millimetre. The command replaces a rounded length with the closest
-// multiple of the step in which the code counts.
+// A client may round an offset to hundredths of a millimetre. The pattern's code then holds the closest whole number of
+// grid spacings (plate) or of half grid spacings (Flexible).
 TEST_F(PatternFile, listsWhatTheCodeHolds) {
     const struct {
         const char *pattern;

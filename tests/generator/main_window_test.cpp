@@ -50,8 +50,8 @@ TEST_F(MainWindowTest, opensOnTheOfficialPageWithThePictureUpright) {
     EXPECT_EQ(shown.pixel(0, 3), qRgb(192, 192, 192));
     EXPECT_EQ(picture(window)->transformationMode(), Qt::SmoothTransformation);
     EXPECT_EQ(find<QGraphicsView>(window, "preview")->sceneRect(), picture(window)->sceneBoundingRect());
-    // The catalogue takes one slot, and the only update takes the other. Building the form, filling the lists and
-    // connecting the signals cause no update.
+    // Each command runs in a slot of its own. One slot was made for reading the catalogue, and one for the only update.
+    // Building the form, filling the lists and connecting the signals cause no update.
     EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), 2);
     EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
     const QMetaObject &meta = MainWindow::staticMetaObject;
