@@ -22,7 +22,7 @@ namespace {
 using example_assembly::gridSpacing;
 using example_assembly::patternCount;
 
-constexpr double pitch = gridSpacing / 2;  // mm; the synthetic camera measures lengths in squares of this size
+constexpr double pitch = gridSpacing / 2;  // the side of a square in mm; the synthetic camera's unit of length
 constexpr int photographCount = 12;
 constexpr int quality = 80;
 const cv::Size pictureSize(1440, 1080);

@@ -6,8 +6,9 @@
 #include "viewer/session/session_photograph.h"
 #include "viewer/session/session_result.h"
 
-// Calibrates with the included photographs that are no longer waiting. If that is impossible, `problem` in the result
-// says why. If there is no such photograph, the whole result is empty, including `problem`. Throws
-// calibration::Cancelled if options.isCancelled returns true. This takes long, so call it on a background thread.
+// Calibrates with the included photographs that are no longer waiting to be read. If there is no such photograph, the
+// whole result is empty, including `problem`. If there are some, but the calibration is impossible, `problem` in the
+// result says why. Throws calibration::Cancelled if options.isCancelled returns true. This takes long, so call it on a
+// background thread.
 SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
                                    const calibration::CalibrateOptions &options);
