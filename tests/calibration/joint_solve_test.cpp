@@ -1,4 +1,5 @@
-// Tests the joint solve with computed corners: it must find the values from which they were computed.
+// Tests the joint solve with computed corners. It must find the values from which the corners were computed, and the
+// derivatives that it uses must be right. Prints that no photograph links must stay in separate groups.
 #include "calibration/joint_solve.h"
 
 #include <gtest/gtest.h>

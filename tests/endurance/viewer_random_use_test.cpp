@@ -1,6 +1,6 @@
 // Opens the example in the viewer, and then uses the viewer with random keys, clicks and window sizes, and pastes and
-// drops random files. The seed is fixed. Some of the files are bad. The viewer must always respond in time, write only
-// to its own folder, and end without an error.
+// drops random files. The seed is fixed. Some of the files are bad. The viewer must always respond in time, write files
+// only to its home folder, and end without an error.
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
@@ -129,7 +129,7 @@ bool ViewerRandomUseTest::answers(const QProcess &program) {
 
 void ViewerRandomUseTest::act(const QProcess &program, const QString &window) {
     if (windows(program).size() > 1 && activeWindow() != window) {
-        desktop.press({"Escape"});  // a name in a file dialog could lead to any folder, so none is typed
+        desktop.press({"Escape"});  // closes the dialog; keys typed into a file dialog could lead to any folder
         return;
     }
     const QStringList keys{"Tab",   "shift+Tab", "Up",     "Down",   "Left", "Right",  "space",      "plus",
@@ -167,7 +167,7 @@ void ViewerRandomUseTest::drop(const QString &window) {
             .captured(1)
             .toInt();
     };
-    FileDrag drag(desktop, 60);  // few moves, because an open dialog or menu takes no files
+    FileDrag drag(desktop, 60);  // gives up soon, because the viewer takes no files while a dialog or menu is open
     const QPoint middle(value("X") + value("WIDTH") / 2, value("Y") + value("HEIGHT") / 2);
     dropped += drag.drop(someFiles(), middle) ? 1 : 0;
 }

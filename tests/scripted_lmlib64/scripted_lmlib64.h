@@ -35,9 +35,10 @@
 namespace scripted_lmlib64 {
 
 // One call into the library. `value` has the arguments after the path, separated by spaces: a text, "true" or "false",
-// or a number with the fewest digits that still give the same number. If a caller asks lmLibGetBinaryInfo or
-// lmLibGetBinary for something that the program does not use, `value` also contains the word "more" or "timestamp". If
-// the call writes a message to the debug log, `value` is the message.
+// or a number with the fewest digits that still give the same number. `value` also has the word "more" if the caller
+// asks lmLibGetBinaryInfo for the bytes per element or the timestamp, and the word "timestamp" if it asks
+// lmLibGetBinary for the timestamp: the program needs none of these. If the call writes a message to the debug log,
+// `value` is the message.
 struct Call {
     std::string function;
     std::string path;

@@ -12,7 +12,7 @@
 
 struct DrawnMark {
     QString element;   // "circle", "polyline", "path" or "text"
-    QPolygonF points;  // of a circle: its centre; of a text: where its line begins
+    QPolygonF points;  // of a circle: its centre; of a text: the left end of its baseline
     QColor stroke;
     QColor fill;
     QString text;

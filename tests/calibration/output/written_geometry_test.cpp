@@ -1,5 +1,6 @@
-// Uses the written files as another program would. Places and projects points with nothing but the files' numbers and
-// OpenCV, and compares the results with the corners in the photographs.
+// Uses the written files as another program would: places and projects points with nothing but the files' numbers and
+// OpenCV. The results must agree with the corners in the photographs or with the calibration. Also tests what the files
+// say in words, and which cameras they leave out.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -177,8 +178,8 @@ TEST(CalibrationFile, givesThePosesOfARigFromItsFirstCamera) {
     for (size_t camera = 0; camera < 3; camera++) {
         EXPECT_EQ(file["Cameras"][camera]["RigOrigin"], "a");
         const Motion cameraFromRig = motionOf(file["Cameras"][camera]);
-        // The photographs of cameras a and b come first, in turn for each of the 14 moments; the 14 of camera c follow.
-        // The ones used here are those of moment 3.
+        // First come the photographs of cameras a and b: two for each of the 14 moments. Then come the 14 of camera c.
+        // Here, the three photographs of moment 3 are compared.
         const Motion rigFromWorld = motionOf(file["Photographs"][6]);
         const Motion cameraFromWorld = motionOf(file["Photographs"][camera == 2 ? 28 + 3 : 6 + camera]);
         EXPECT_LT(cv::norm(cameraFromRig * (rigFromWorld * point), cameraFromWorld * point), 1e-9) << camera;

@@ -125,8 +125,9 @@ TEST(InformationBlock, neverReadsAWrongValueFromADamagedBlock) {
 }
 
 TEST(InformationBlock, isReadFromRandomBitsLessThanOnceInAMillion) {
-    // A step of the repair is tried with up to 4, 10 or 16 unknown bits, and random bits pass it most often if there
-    // are exactly that many. If one try in a million succeeded, 100,000 tries would give 0.1 successes on average.
+    // decodeBlock repairs fewer wrong bits if more than 4, more than 10 or more than 16 bits are unknown. Just at these
+    // limits, it takes random bits for a block most often. If one try in a million succeeded, 100,000 tries would give
+    // 0.1 successes on average.
     std::mt19937_64 random(5);
     constexpr int tries = 100000;
     for (const int unknownCount : {0, 4, 10, 16}) {
