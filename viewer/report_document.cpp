@@ -72,7 +72,7 @@ public:
 private:
     QString styleClass() const { return xml.attributes().value("class").toString(); }
 
-    // Converts all children of the present element, and leaves the reader at the end of this element.
+    // Converts all children of the current element, and leaves the reader at the end of this element.
     void children(QString &html) {
         while (!xml.atEnd()) {
             xml.readNext();

@@ -16,8 +16,9 @@ constexpr int leastStillFrames = 3;   // in a row
 constexpr double alwaysSharp = 1.5;   // pixels of blur
 constexpr double neverSharp = 2.5;    // pixels of blur
 constexpr double sharpRatio = 1.4;    // between the two limits: sharp up to this many times the least blur so far
-// A frame's view differs from that of a photograph if at least one of these limits is exceeded. It is new if it differs
-// from the views of all photographs.
+// A frame's view differs from that of a photograph if at least one of these limits is exceeded, if they have fewer than
+// `leastCorners` corners in common, or if the two pictures differ in size. It is new if it differs from the views of
+// all photographs.
 constexpr double newShare = 0.4;      // share of the frame's corners that the photograph does not show
 constexpr double newDistance = 0.12;  // between the centroids of the corners, as a share of the picture's diagonal
 constexpr double newScale = 1.25;     // times nearer or farther

@@ -11,8 +11,9 @@ namespace {
 constexpr int mostReaders = 8;
 // Changes that follow each other faster than this start only one calibration.
 constexpr int calibrationDelayMs = 20;
-// A first result is tried once this many photographs with patterns have been read, if at least this many photographs
-// are still to be read. After a failed attempt, firstResultFrom replaces the first of these two numbers.
+// While photographs are being read, a first calibration is tried early. For this, at least this many photographs with
+// patterns must have been read, and at least this many photographs must be left to read. After a failed attempt, more
+// must have been read (see firstResultFrom).
 constexpr int fewestForFirstResult = 12;
 
 }  // namespace

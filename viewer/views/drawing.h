@@ -19,11 +19,12 @@ QColor residualColour();
 
 bool isDark(const QPalette &palette);
 
-// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both are rounded to the second significant
-// digit of the standard deviation, but never to tens or more. Without a positive deviation, returns only the value.
+// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both have as many decimals as give the
+// standard deviation two significant digits, or none if it is 10 or more. If the standard deviation is not positive and
+// finite, returns only the value.
 QString withSigma(double value, double sigma, const QString &unit = {});
 // Returns the value with three significant digits and without an exponent. All digits before the decimal point are
-// kept.
+// kept. Returns a dash if the value is not finite.
 QString rounded(double value);
 
 // Returns a text such as "0.027 px".

@@ -10,16 +10,18 @@
 
 #include "calibration/observations.h"
 
-// A pinhole camera without distortion. It looks in the same direction as the real camera.
+// A pinhole camera without distortion. It looks in the same direction as the real camera. For a fisheye, its focal
+// length is 0.6 times that of the fisheye, so that the picture shows more.
 struct StraightLens {
     double focalLength = 0;  // pixels of the photograph
-    Eigen::Vector2d centre;
+    Eigen::Vector2d centre;  // principal point, pixels of the photograph
 
     static StraightLens of(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics);
 };
 
 // Returns where the undistorted picture shows a pixel of the photograph. Empty if the lens model has no direction of
-// view for the pixel, or if this direction is too far to the side. The place can lie outside the undistorted picture.
+// view for the pixel, or if this direction is more than 87 degrees from the optical axis. The place can lie outside the
+// undistorted picture.
 std::optional<QPointF> undistorted(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics,
                                    const QPointF &pixel);
 

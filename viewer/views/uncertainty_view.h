@@ -1,4 +1,6 @@
-// The tab "Uncertainty". It shows how uncertain the projection is in each part of a camera's picture.
+// The tab "Uncertainty". It shows, for each part of a camera's picture, how uncertain the projection of a point is (at
+// the patterns' distance or far away), or how much it differs between two calibrations with half of the photographs
+// each.
 #pragma once
 
 #include "viewer/views/result_view.h"
