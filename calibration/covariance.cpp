@@ -60,9 +60,9 @@ public:
     // numbers of the pose.
     bool isEmpty() const { return taken.empty() || byPose.rows() <= 6; }
 
-    // Adds the information about the shared parameters that does not depend on the moment's pose. To this end, the rows
-    // are projected onto the space that is orthogonal to `byPose`. Subtracting normal equations (the Schur complement)
-    // would be less exact, because the two terms nearly cancel for focal lengths.
+    // Adds the information that the residuals give about the shared parameters if the moment's pose is unknown. To get
+    // it, the rows are projected onto the space that is orthogonal to `byPose`. Subtracting normal equations (the Schur
+    // complement) would be less exact, because the two terms nearly cancel for focal lengths.
     void addTo(Eigen::MatrixXd &information) {
         const Eigen::MatrixXd products = gramMatrix(orthogonalPart(shared, byPose));
         for (size_t i = 0; i < taken.size(); i++) {
@@ -222,10 +222,11 @@ private:
         stacked.add(derivatives, places, byShared);
     }
 
-    // Distortion coefficients can replace each other almost exactly, in particular those of a rational function.
-    // Rounding errors along such a direction would reach every other parameter. So the standard deviation of each
-    // coefficient is limited to 100,000 times the one that it would have if everything else were known. This does not
-    // falsify the uncertainty of projected points, because they hardly depend on such a direction.
+    // Distortion coefficients can replace each other almost exactly, in particular those of a rational function: some
+    // combinations of them have nearly no effect. Rounding errors of such a combination would reach every other
+    // parameter. So the standard deviation of each coefficient is limited to 100,000 times the one that it would have
+    // if everything else were known. This does not falsify the uncertainty of projected points, because they hardly
+    // depend on such a combination.
     void limitCoefficients() {
         constexpr double leastShare = 1e-10;
         for (const Covariance::CameraRanges &camera : result.cameras) {

@@ -123,6 +123,7 @@ void scaleDeviations(Observations &observations, const std::vector<double> &fact
 std::optional<std::vector<double>> solveRobustly(Observations &observations, const Freedom &freedom,
                                                  Estimate &estimate) {
     std::vector<double> factors(observations.cameras.size(), 1.0);
+    // The last scale, 0, stands for no solve: after the second solve, only the standard deviations are made to agree.
     for (const double scale : {firstRobustScale, robustScale, 0.0}) {
         const std::vector<double> more = agreeWithResiduals(observations, estimate);
         std::transform(factors.begin(), factors.end(), more.begin(), factors.begin(), std::multiplies<>());
