@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Tests the command line of draw_pattern: the library's parameters, the files, the messages and the exit codes.
 #   draw_pattern_test.sh DRAW_PATTERN VERB
-# If a folder is given as a file, the message must end with "it cannot be VERB". VERB is "opened" or "read".
+# If a folder is given as a file, the message must end with "it cannot be VERB". VERB is "opened" on Windows
+# and "read" elsewhere.
 set -euo pipefail
 draw_pattern=$1 verb=$2
 folder=$(mktemp -d)
@@ -82,7 +83,7 @@ says <(tr -d ' \n' <replaced.json) '"PrintScale":[0.99,1],"Paper":[200,287]'
 printf '{"Patterns":[{"GridSpacing":12}]}\0{}' >zero.json
 sed 's/"Version": 1/"Version": 2/' first.json >version2.json
 while IFS='|' read -r arguments text; do
-  # VERB is "opened" on Windows. There, a call that reads from a pipe is left out, because wine would wait for ever.
+  # On Windows, where VERB is "opened", a call that reads from a pipe is left out, because wine would wait for ever.
   [[ $verb != opened || $arguments != *'<('* ]] || continue
   eval "ends 2 $arguments"
   says err "draw_pattern: ${text/VERB/$verb}"
