@@ -12,8 +12,8 @@
 
 namespace lmlib64 {
 
-// A format has one of the two functions; the other is null. The same document gives the same bytes. Both functions
-// throw PatternTooLarge and std::bad_alloc.
+// A format has one of the two functions; the other is null. The same document always gives the same bytes. Both
+// functions may throw PatternTooLarge and std::bad_alloc.
 struct FileFormat {
     std::string_view ending;                                    // in lower case, with its dot
     std::string (*wholeFile)(const PatternDocument &document);  // all patterns in one file

@@ -34,11 +34,12 @@ struct SheetPlan {
 
 // Returns the plan with the fewest sheets, all of about the same size. If the paper may be turned, it is in landscape
 // only if that saves sheets or if portrait is impossible. No cut runs through a square, a mark or a dot. The result is
-// empty if the paper is too small for such cuts.
+// empty if the paper is too small for such cuts. The number of sheets has no limit here.
 std::optional<SheetPlan> planSheets(const PatternGeometry &geometry, const Paper &paper,
                                     std::array<double, 2> printScale);
 
-// Returns the size of the paper and, if the paper may be turned, its size after a turn by 90 degrees.
+// Returns the size of the paper and, if the paper may be turned, its size after a turn by 90 degrees. Only a paper with
+// a name, such as A4, may be turned.
 std::vector<PageSize> orientations(const Paper &paper);
 
 }  // namespace lmlib64
