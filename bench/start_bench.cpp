@@ -72,7 +72,7 @@ void startInTurn(std::vector<Runs> &kinds, std::size_t rounds) {
 
 int main(int /*argc*/, char **argv) {
     const std::string folder = std::string(argv[0]).substr(0, std::string(argv[0]).rfind('/') + 1);
-    // With a new data folder, the programs find no settings and no sessions left by a crash.
+    // With a new data folder, LmView finds no sessions that a crash has left.
     std::string home = "/tmp/start_bench-XXXXXX";
     if (mkdtemp(home.data()) == nullptr || setenv("XDG_DATA_HOME", home.c_str(), 1) != 0) {
         return 2;

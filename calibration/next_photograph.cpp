@@ -11,7 +11,7 @@ namespace calibration {
 
 namespace {
 
-// The uncertainty after each pose is computed on a coarse map of the picture.
+// To save time, the poses are compared by the uncertainty on a coarse map of the picture.
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 constexpr double tilt = 35;  // degrees

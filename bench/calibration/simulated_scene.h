@@ -34,11 +34,12 @@ struct SceneDraft {
     std::vector<PrintDraft> prints;
     int moments = 40;
     double noise = 0.1;      // pixels, standard deviation along one axis
-    double saidNoise = 0.1;  // standard deviation that the corners state, in pixels
+    double saidNoise = 0.1;  // pixels, the standard deviation that is given to the calibration; may be wrong
     double least = 500;      // mm, distance from the first camera to the middle of the prints
     double most = 800;
-    double reach = 0.7;  // the middle of the prints is seen within this central share of the picture's width and height
-    double tilt = 0.6;   // radians, standard deviation about x and about y; about z it is 0.3
+    // The first camera sees the middle of the prints within this central share of its picture's width and height.
+    double reach = 0.7;
+    double tilt = 0.6;  // radians, standard deviation about x and about y; about z it is 0.3
     // True if the camera is among the prints, near their middle, and looks in random directions. Then `least`, `most`,
     // `reach` and `tilt` are not used.
     bool isInside = false;
