@@ -19,6 +19,8 @@ CornerLattice latticeOf(const PatternReading &reading) {
     return lattice;
 }
 
+// True if the part belongs to the board. Most of the corners that both have must be at the same place in the picture.
+// If they share no corner, the part must continue the board.
 bool areParts(const CornerLattice &board, const CornerLattice &part) {
     constexpr float samePlace = 0.3F;  // lattice steps
     int same = 0;

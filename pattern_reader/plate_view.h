@@ -58,7 +58,7 @@ public:
     bool lightAt(cv::Point2d plate, double &light) const;
     // Like lightAt, but looks at sharpLevel, because a dot is a ring with a thin line.
     bool sharpLightAt(cv::Point2d plate, double &light) const;
-    // True if a reflection makes the paper as light as a picture can show, so that fine lines on it may be lost.
+    // True if a reflection makes the paper nearly as light as a picture can show, so that fine lines on it may be lost.
     bool isBleached(cv::Point2d plate) const;
     // The square root of the area of one grid cell at a point, in pixels of sharpLevel.
     double sharpSpacingAt(cv::Point2d plate) const;
