@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs a command on a desktop of its own: an X server that draws into memory, and a window manager. The session and the
-# settings of the user who runs this script have no effect on the command:
+# Runs a command on a desktop of its own: an X server that draws into memory, and a window manager. The environment
+# variables that describe the desktop of the user are unset, so that they have no effect on the command.
 #   with_desktop.sh COMMAND ARGUMENT...
 # Needs Xvfb, openbox and xprop.
 set -u

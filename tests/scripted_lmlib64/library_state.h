@@ -15,7 +15,8 @@ namespace scripted_lmlib64 {
 
 using Json = nlohmann::ordered_json;
 
-// What one call of setResult() sets. `matchCount` is the number of calls that have matched both patterns since then.
+// The parameters of one call of setResult(). `matchCount` is the number of library calls that have matched both
+// patterns since then.
 struct ResultRule {
     std::string functionPattern;
     std::string pathPattern;
