@@ -136,9 +136,9 @@ void printComparison(const Comparison &comparison) {
         comparison.plainMedianError);
     std::printf(
         "| OpenCV's detector | boards that it finds | of these, boards that the reader misses | of these, boards that "
-        "the reader reads without some corners | its error in px: rms over all boards, median of the boards' rms "
-        "| the reader's error on the same boards in px: the same two numbers | boards on which the reader is at least "
-        "as exact |\n"
+        "the reader reads, but not with every corner | its error in px on the boards that both find: rms weighted by "
+        "corners, median of the boards' rms | the reader's error in px on the same boards: rms weighted by corners, "
+        "median of the boards' rms | boards on which the reader is at least as exact, of those that both find |\n"
         "|---|---|---|---|---|---|---|\n");
     for (const DetectorTotals &totals : comparison.detectors) {
         std::printf("| %s | %d | %d | %d | %.4f, %.4f | %.4f, %.4f | %d/%d |\n", totals.name.c_str(), totals.found,
@@ -173,7 +173,7 @@ bool parse(int count, char **arguments, Options &options) {
         } else if (hasValue && numbers.count(name) != 0) {
             *numbers.at(name) = unsigned(std::max(0, std::atoi(arguments[++i])));
         } else {
-            std::fprintf(stderr, "unknown argument %s\n", name.c_str());
+            std::fprintf(stderr, "%s is not an option, or its value is missing\n", name.c_str());
             return false;
         }
     }
