@@ -36,8 +36,8 @@ struct Scene {
     bool mirrored = false;
     Marks marks = Marks::Drawn;
 
-    // The position of a pattern's point in the picture. The point is given in the reader's lattice coordinates or in
-    // the target's own coordinates.
+    // The position of a pattern's point in the picture, before it was mirrored. The point is given in the reader's
+    // lattice coordinates or in the target's own coordinates.
     cv::Point2d imageOf(const ScenePattern &pattern, const cv::Point &lattice) const;
     cv::Point2d imageOf(const ScenePattern &pattern, const cv::Point2d &onTarget) const;
     // The derivatives of the image point with respect to the target's coordinates: by x in the first column, by y in
