@@ -83,7 +83,7 @@ public:
             addLength(40, circle.radius * placement.scale.x);
             return;
         }
-        constexpr double tolerance = 0.0002;
+        constexpr double tolerance = 0.0002;  // mm
         Polygon corners = polygonOfCircle(circle.radius, tolerance);
         for (Point &corner : corners) {
             corner = {circle.centre.x + corner.x, circle.centre.y + corner.y};

@@ -64,7 +64,7 @@ std::vector<std::string> instructions(const PatternGeometry &geometry, const She
 
 constexpr double textStep = 5.0;
 
-// Returns the number of a sheet, in the middle of the sheet's place in the plan.
+// Returns the number of a sheet as a text in the middle of the sheet's place in the plan.
 PageText numberIn(const Rectangle &place, std::size_t number) {
     constexpr double largest = 12.0;
     constexpr double halfDigit = 0.36;  // half the height of a digit, in text sizes
