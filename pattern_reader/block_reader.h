@@ -41,7 +41,7 @@ struct BlockAgreement {
 BlockAgreement comparePlateBlock(const SeenBlock &seen);
 
 // Returns the block that would have been seen if the plate were mirrored across the diagonal through the corner with
-// the triangle.
+// the triangle. Bit 0 becomes unknown, because no dot is at the mirror image of its dot.
 SeenBlock mirrorPlateBlock(const SeenBlock &seen);
 
 }  // namespace pattern_reader

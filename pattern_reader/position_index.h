@@ -67,7 +67,7 @@ struct Location {
     // log10 of the average number of places that match a patch of random bits at least as well as this place matches
     // this patch. -8 means that only one random patch in 10^8 finds such a place.
     double chanceLog10 = 0;
-    // The same counts for the next best place; both are 0 if there is no other place.
+    // The same counts for the second best of the compared places; both are 0 if only one place was compared.
     int runnerUpAgreeing = 0;
     int runnerUpDisagreeing = 0;
 };
@@ -81,7 +81,7 @@ public:
     // How thoroughly to search.
     enum class Effort {
         Quick,  // finds patches that contain 5 x 5 known cells without an error; takes about 10 us
-        Full    // if Quick is not certain, compares every place; takes up to about 1 ms
+        Full    // if Quick is not certain, compares 8 x 8 cells with every place; takes up to about 1 ms
     };
 
     // Takes about 10 ms.
@@ -93,7 +93,8 @@ public:
     // An index shared by all callers, made at the first call.
     static const PositionIndex &shared();
 
-    // The likeliest place. Empty if there is no place where more cells agree than disagree.
+    // The likeliest of the compared places. Empty if more cells disagree than agree, or equally many, at each of
+    // them.
     [[nodiscard]] std::optional<Location> locate(const SeenCells &seen, Effort effort = Effort::Full) const;
 
 private:
