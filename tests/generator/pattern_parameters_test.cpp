@@ -79,7 +79,7 @@ TEST_F(PatternParametersTest, writesThePattern) {
         {"assembly, the first of its patterns",
          {{"patternType", 3}, {"assemblyGridSpacing", 13}, {"assemblyNumberOfPatterns", 18}, {"assemblyPolarity", 0}},
          {"String Type Assembly", "Int AssemblyPattern 0", "Double GridSpacing 96", "Bool Polarity false"}},
-        {"halcon without data",
+        {"halcon, nothing encoded",
          {{"patternType", 4}, {"halconOffsetXSpacings", 3}, {"halconEncodeNothing", 1}},
          {"Double GridSpacing 12.5", "Bool Encoding false"}},
         {"halcon with thickness, spacing rounded as shown",
@@ -108,7 +108,8 @@ TEST_F(PatternParametersTest, writesThePattern) {
 TEST_F(PatternParametersTest, leavesOutParametersForWhichNothingIsChosen) {
     MainWindow window;
     set(window, {{"patternType", 4}});
-    // Switches off the only button that is on. Users cannot do this, because one of the three is always on for them.
+    // Switches off the only one of the three radio buttons that is on. Users cannot do this, because they can only
+    // switch another one on.
     find<QAbstractButton>(window, "halconEncodeSpacing")->setAutoExclusive(false);
     set(window, {{"halconEncodeSpacing", 0}});
     scripted_lmlib64::clearCalls();
