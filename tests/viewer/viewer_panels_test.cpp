@@ -44,13 +44,13 @@ class ViewerPanelsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void handsOnEverySetting();
+    void passesOnEverySetting();
     void choosesTheAxesOfTheResults();
     void listsWhatIsKnownOfEachPhotograph();
     void takesPicturesByItselfOnlyIfAskedTo();
 };
 
-void ViewerPanelsTest::handsOnEverySetting() {
+void ViewerPanelsTest::passesOnEverySetting() {
     SettingsPanel panel;
     SessionSettings edited;
     connect(&panel, &SettingsPanel::edited, this, [&edited](const SessionSettings &settings) { edited = settings; });
