@@ -57,7 +57,7 @@ protected:
     Scene scene = makeScene(stated);
 };
 
-TEST_F(Outliers, areFoundByTheNoiseOfTheirOwnCamera) {
+TEST_F(Outliers, areJudgedByTheNoiseOfTheirOwnCamera) {
     const std::vector<double> scales = residualScales(scene.observations, scene.truth);
     EXPECT_NEAR(scales[0], 1, 0.04);
     EXPECT_NEAR(scales[1], 4, 0.16);
@@ -65,7 +65,7 @@ TEST_F(Outliers, areFoundByTheNoiseOfTheirOwnCamera) {
         Sighting &sighting = makeExact(sightingOf(camera));
         sighting.corners[0].image += 3.5 * noiseOf[camera] * aside;
         sighting.corners[1].image += 4.5 * noiseOf[camera] * aside;
-        sighting.corners[2].isUsed = false;  // the reader has said that this corner is disturbed
+        sighting.corners[2].isUsed = false;  // as if the reader had found that this corner is disturbed
     }
     Observations decided = scene.observations;
     decideOutliers(scene.observations, decided, scene.truth);

@@ -26,7 +26,7 @@ TEST(RigidMotion, agreesWithOpenCvAtEveryAngle) {
         const Eigen::Vector3d vector = angle * axis;
         EXPECT_LT((rotationMatrix(vector) - openCvRotation(vector)).norm(), 1e-11);
         EXPECT_LT((rotationVector(openCvRotation(vector)) - vector).norm(), 1e-7);
-        // A small change of the vector adds the small rotation leftJacobian * change.
+        // If the vector changes a little, the rotation leftJacobian * change is applied after the old rotation.
         for (int i = 0; i < 3; i++) {
             const double step = 1e-5;
             Eigen::Vector3d more = vector;
@@ -102,8 +102,8 @@ Scene makeChain() {
     observations.photographs.clear();
     for (int moment = 0; moment < observations.moments; moment++) {
         const bool isFirstHalf = moment < observations.moments / 2;
-        // For each moment, the camera with the higher index is listed first, so that links lead from higher indices to
-        // lower ones.
+        // For each moment, the photograph of the camera with the higher index is listed first, because the result must
+        // not depend on the order of the list.
         observations.photographs.push_back({"", isFirstHalf ? 1 : 2, moment});
         observations.photographs.push_back({"", isFirstHalf ? 0 : 1, moment});
     }

@@ -29,7 +29,7 @@ std::string onePattern(const std::string &pattern) {
 
 const std::string single = R"({"Type": "SingleCustom", "GridSpacing": 12})";
 
-TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
+TEST(PatternParameters, namesParameterValueAndRangeWhenItRefusesAValue) {
     const std::vector<Refusal> refusals{
         {"{}", {"\"Patterns\"", "missing", "1 to 64"}},
         {R"({"ImageSize": 100, "Patterns": []})", {"\"Patterns\"", "1 to 64"}},
@@ -94,7 +94,7 @@ TEST(PatternParameters, refusesWhatIsOutOfRangeNamingParameterValueAndRange) {
     }
 }
 
-TEST(PatternParameters, acceptsValuesForPlainPatternsThatNoCodeCanHold) {
+TEST(PatternParameters, acceptsValuesThatNoCodeCanHoldIfThePatternIsPlain) {
     const char *patterns[]{
         R"({"Type": "SingleCustom", "GridSpacing": 12.345})",
         R"({"Type": "Assembly", "GridSpacing": 1000})",

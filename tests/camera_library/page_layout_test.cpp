@@ -84,8 +84,9 @@ TEST(PageLayout, takesTheSmallestPageThatHoldsThePattern) {
         double width, height;
     };
     // A standard page must be at least 10 mm wider and 31 mm higher than the pattern with its quiet zone: all margins
-    // are 5 mm, and the pattern is centred between two strips of 10.5 mm. A custom page is 20 mm wider than the pattern
-    // with its quiet zone, because it has room for a bar beside the pattern.
+    // are 5 mm, and the pattern is centred between two strips that are 10.5 mm high. A pattern that is too large for
+    // all standard pages gets a custom page. It is 20 mm wider than the pattern with its quiet zone, because it has
+    // room for a bar beside the pattern.
     const Case cases[]{
         {15, 15, 22.2, 210, 297}, {15, 15, 22.3, 297, 420}, {29, 15, 16, 297, 210}, {29, 15, 24, 420, 297},
         {15, 15, 45, 420, 594},   {29, 15, 35, 594, 420},   {15, 15, 64, 594, 841}, {29, 15, 50, 841, 594},

@@ -1,4 +1,4 @@
-// Renders a page of a PDF with another program.
+// Renders a page of a PDF with pdftoppm.
 #pragma once
 
 #include <cstdio>
@@ -8,7 +8,8 @@
 
 #include "tests/camera_library/temporary_folder.h"
 
-// Returns what the command writes to standard output and standard error. Throws if the command fails.
+// Runs a command in the shell, and returns what it writes to standard output and standard error. Throws
+// std::runtime_error if the command fails.
 inline std::string outputOf(const std::string &command) {
     FILE *pipe = popen((command + " 2>&1").c_str(), "r");
     if (pipe == nullptr) {

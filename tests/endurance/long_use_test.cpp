@@ -1,5 +1,5 @@
-// Tests that many updates over all pages and values leak no memory, open files, threads or nodes, and that the program
-// can be started and ended many times.
+// Tests that many random changes of the inputs, on all pages, leak no memory, open files, threads or nodes of the
+// library's tree. Also tests that the program can be started and ended many times.
 #include <malloc.h>
 #include <unistd.h>
 #include <QCheckBox>
@@ -36,7 +36,7 @@ int entryCount(const QString &folder) {
 }
 
 Held heldNow() {
-    // Freed memory is returned to the system first, because the allocator keeps a varying part of the pictures' memory.
+    // Freed memory is first returned to the system. Otherwise, a varying part of it would count as held.
     malloc_trim(0);
     QFile memory("/proc/self/statm");
     memory.open(QIODevice::ReadOnly);

@@ -1,7 +1,7 @@
-// Fuzzes paths. Most functions that take a path get each line of the input as their path. lmLibSetDouble stands for all
-// functions that write, and every second line is also erased. The only effect of a bad path must be a result code. A
-// number that was written must be read back. At the end, /Path/Application/LmView must still exist, and the whole tree
-// must be writable as JSON.
+// Fuzzes paths. Each line of the input is given, as a path, to most of the functions that take one. lmLibSetDouble
+// stands for all functions that set a value. The node of every second line is also erased. The only effect of a bad
+// path must be a result code. A number that was written must be read back. At the end, the whole tree must be writable
+// as JSON, and /Path/Application/LmView must still exist, because the library protects it.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,5 @@
-// Tests the window with the real library: every page shows a picture, and the saved files can be read back.
+// Tests the window with the real library. Every page must show a picture and save a PDF and a pattern file. The pattern
+// file is read back and must have the patterns of the page. Of the PDF, only the first bytes are checked.
 #include <gtest/gtest.h>
 
 #include <QJsonArray>

@@ -1,4 +1,4 @@
-// Tests when two readings of the same pattern are joined because they are parts of one board.
+// Tests in which cases two readings of the same pattern are taken for parts of one board and are joined.
 #include <gtest/gtest.h>
 
 #include <opencv2/core.hpp>

@@ -18,8 +18,8 @@ public:
     ~ManualPlaceholderTest() override { std::filesystem::remove_all(directory.path().toStdString()); }
 
 protected:
-    // Makes a folder with this name and an index page, and lets the library publish the folder. Returns the text that
-    // then replaces the placeholder.
+    // Makes a folder with this name and with an index page, and sets /Path/Manual in the library's tree to the folder.
+    // Returns the text that then replaces the placeholder.
     std::string manualIn(const std::string &name) const {
         const std::string folder = directory.path().toStdString() + "/" + name;
         std::filesystem::create_directories(folder);
@@ -34,7 +34,7 @@ protected:
     const QTemporaryDir directory;
 };
 
-TEST_F(ManualPlaceholderTest, givesTheNameOfAFolderWithAnIndexInUtf8) {
+TEST_F(ManualPlaceholderTest, givesTheFolderInUtf8IfItHasAnIndexPage) {
     const LocalEncoding encoding;
     const std::string place = "file:///" + directory.path().toStdString() + "/";
     // Separators and blanks stay as they are.

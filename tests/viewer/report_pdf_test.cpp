@@ -121,7 +121,7 @@ void ReportPdfTest::drawsFiguresWithTheirCaptions() {
     for (const char *part : {"Alpha", "Beta", "Less is < 1 px & good.", "A second one."}) {
         QVERIFY2(pages[0].contains(part), qPrintable(part + (" is not in " + pages[0])));
     }
-    // Two figures beside each other: each is 86 mm wide and half as high.
+    // The two figures are beside each other. Each is 86 mm wide, which is 487 pixels here, and half as high.
     const int bars = pixelsLike(barColour, folder);
     QVERIFY2(bars > 2 * 470 * 235 && bars < 2 * 500 * 250, qPrintable(QString::number(bars)));
 }
