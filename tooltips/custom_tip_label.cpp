@@ -17,6 +17,7 @@
 
 namespace {
 
+// How long a tip is still shown, in milliseconds, after a mouse button or after the mouse has left the tip's area.
 constexpr int PressHideInterval = 500;
 constexpr int LeaveHideInterval = 10000;
 
@@ -107,7 +108,8 @@ void QCustomTipLabel::placeTip(const QPoint &position, QWidget *placeWidget) {
     if (p.y() + height() > bottom) {
         p.ry() -= 24 + height();
     }
-    // If the tip is larger than the screen, this order of the limits makes its left and bottom edges visible.
+    // The limits are applied in this order, so that the left and bottom edges of a tip that is larger than the screen
+    // are visible.
     p.setY(std::max(p.y(), screen.y()));
     p.setX(std::min(p.x(), right - width()));
     p.setX(std::max(p.x(), screen.x()));

@@ -5,6 +5,6 @@
 class QString;
 
 // The file must exist, and QFileInfo must have found it executable. On POSIX systems, QFileInfo checks the file's
-// permission, so a start that still fails is intentionally not reported. On Windows, QFileInfo checks only the file
-// name extension. If the file is not a program after all, the start fails and a message box says so.
+// permission. If the start fails nevertheless, this is intentionally not reported. On Windows, QFileInfo checks only
+// the file name extension. If the file is not a program after all, the start fails and a message box says so.
 void startViewer(const QString &program);
