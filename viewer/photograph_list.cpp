@@ -30,7 +30,8 @@ void PhotographListModel::photographsChanged() {
     for (const SessionPhotograph &photograph : session->photographs()) {
         now.append(photograph.id);
     }
-    // Inserting rows instead of resetting the model keeps the selection and the scroll position.
+    // If photographs were only added at the end, rows are inserted instead of resetting the model. This keeps the
+    // selection and the scroll position.
     if (now.size() > ids.size() && now.mid(0, ids.size()) == ids) {
         beginInsertRows({}, ids.size(), now.size() - 1);
         ids = now;

@@ -119,7 +119,7 @@ bool isLarge(const lmlib64::Polygon &polygon, double pitch) {
     return (right->x - left->x) * (bottom->y - top->y) >= largeShare * pitch * pitch;
 }
 
-// Cuts a print into cells and gives them the shape that the calibration found.
+// Cuts a drawn pattern into cells, and gives them the print's shape, which the calibration found.
 class Cutter {
 public:
     Cutter(const Print &print, const calibration::PrintShape &ownShape, const PatternGeometry &ownGeometry)
@@ -134,8 +134,8 @@ public:
     std::vector<PrintBlock> blocks() const {
         std::vector<PrintBlock> made;
         for (size_t top = 0; top + 1 < down.size(); top += blockLength) {
-            // Each row of blocks is cut out first. A large pattern has tens of thousands of shapes, so cutting every
-            // block out of the whole pattern would take long.
+            // Each row of blocks is cut out of the pattern first, and the blocks are then cut out of this row. A large
+            // pattern has tens of thousands of shapes, so cutting every block out of the whole pattern would take long.
             const size_t bottom = std::min(top + blockLength, down.size() - 1);
             const PatternGeometry strip = lmlib64::clippedTo(window(0, across.size() - 1, top, bottom), geometry);
             for (size_t left = 0; left + 1 < across.size(); left += blockLength) {

@@ -1,4 +1,5 @@
-// The tab "Coverage". It shows where corners were seen in the picture of each camera.
+// The tab "Coverage". For the chosen camera, it shows where in the picture corners were seen, which of them the
+// calibration does not use, and what share of the picture the used ones cover.
 #pragma once
 
 #include "viewer/views/result_view.h"

@@ -1,4 +1,6 @@
-// The tab "Patterns". It shows the pose of every print in the chosen coordinate system, and its scale and bend.
+// The tab "Patterns". For every print, it shows the position in the chosen coordinate system, the angle of the
+// rotation, the scale along x and y, and the bend. A print that photographs do not link with the first one has no
+// position and no angle. The user can enter the measured lengths of a print's check bars in the last column.
 #pragma once
 
 #include "viewer/session/common_axes.h"
@@ -15,6 +17,7 @@ public:
     void setSettings(const SessionSettings &newSettings);
 
 signals:
+    // The user has entered the lengths of check bars, or has deleted them.
     void settingsEdited(const SessionSettings &settings);
 
 protected:

@@ -1,4 +1,4 @@
-// Draws what is printed, as a camera sees it or as it looks in a scene.
+// Draws the light and dark areas of a print, in the picture of a camera or in a view of the scene.
 #pragma once
 
 #include <QColor>
@@ -18,8 +18,8 @@ constexpr size_t mostCellsInDetail = 2500;
 size_t cellCount(const std::vector<PrintBlock> &blocks);
 
 // Fills the areas of a block, without lines around them. If `inDetail` is false, only the large shapes are drawn. If
-// `light` is not valid, only the dark areas are drawn. An area is left out if `place` returns nothing for one of its
-// corners.
+// `light` is not valid, only the dark areas are drawn. If `place` returns nothing for a corner of a dark area, all dark
+// areas of its cell are left out (of its block, if `inDetail` is false). The same holds for the light area.
 void drawBlock(QPainter &painter, const PrintBlock &block, bool inDetail, const PlaceOnPicture &place,
                const QColor &light, const QColor &dark);
 

@@ -1,4 +1,5 @@
-// The tab "Result". It shows the verdict, what to do next, and the numbers of every camera.
+// The tab "Result". It shows the verdict, what to do next, the numbers of every calibrated camera, and which
+// photographs were left out and why. Without a calibration, it says why there is none.
 #pragma once
 
 #include "viewer/views/result_view.h"
