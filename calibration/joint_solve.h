@@ -43,8 +43,8 @@ struct SolveOptions {
 };
 
 // Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of the squared residuals,
-// including those of the priors. If the solve fails, returns nothing and leaves the estimate unchanged. Throws
-// Cancelled after an iteration if the calibration was cancelled in the meantime (interruption.h).
+// including those of the priors. If no sighting takes part or the solve fails, returns nothing and leaves the estimate
+// unchanged. Throws Cancelled after an iteration if the calibration was cancelled in the meantime (interruption.h).
 std::optional<double> solveJointly(const Observations &observations, const SolveOptions &options, Estimate &estimate);
 
 // True if the camera, the moment and the print of a sighting have a pose.

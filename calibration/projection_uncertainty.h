@@ -21,7 +21,7 @@ namespace calibration {
 constexpr double infinitelyFar = std::numeric_limits<double>::infinity();
 
 // Values at the centres of the cells of a grid over the picture, row by row. A value is empty if the lens has no
-// direction for that pixel.
+// direction for that pixel or, in a difference, if the other lens cannot project the point.
 struct CALIBRATION_API PictureMap {
     int columns = 0;
     int rows = 0;
