@@ -13,7 +13,7 @@ namespace pattern_reader {
 
 // Measures a lattice and reads it. The measurement removes and adds corners. `plainBoard` is the size, in inner
 // corners, of the plain board to search for, if any. Empty if the lattice is neither a coded board nor this plain
-// board.
+// board, or if fewer than leastLatticeCorners corners can be measured.
 std::optional<PatternReading> readBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                         const std::optional<cv::Size> &plainBoard);
 
