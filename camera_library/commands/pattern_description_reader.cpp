@@ -52,8 +52,8 @@ double readGridSpacing(const ParameterReader &reader) {
     return *gridSpacing;
 }
 
-// True if the value is the board's. A small difference is allowed, because a client may have converted the catalogue's
-// value to a text with fewer digits.
+// True if a value equals that of a board of the catalogue. A small difference is allowed, because a client may have
+// converted the catalogue's value to a text with fewer digits.
 bool equalsCatalogue(double value, double ofBoard) {
     constexpr double tolerance = 1e-6;
     return value - ofBoard < tolerance && ofBoard - value < tolerance;
@@ -119,8 +119,8 @@ PatternDescription readPatternDescription(const ParameterReader &reader, bool en
     for (const PatternParameter parameter : type.parameters) {
         readParameter(reader, parameter, board, description);
     }
-    // The marks of a pattern that is cut out of the code's plane always show its offset, so an absent "Offset" becomes
-    // 0, 0. The code of a plate holds an offset only if "Offset" is given.
+    // A pattern on the code's plane is always cut out at the place that its offset states, so an absent "Offset"
+    // becomes 0, 0. The code of a plate holds an offset only if "Offset" is given.
     if (type.codeCarrier == CodeCarrier::Plane && !description.offset) {
         description.offset = {0.0, 0.0};
     }

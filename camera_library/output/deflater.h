@@ -29,7 +29,8 @@ public:
     // Appends the rest of the stream. Nothing may be added after that.
     void finish(std::string &to);
 
-    // Compresses a whole stream at once. Nothing may have been added to the stream before.
+    // Compresses the data as a whole stream. Nothing may have been added to the stream before, and nothing may be added
+    // after that.
     std::string deflated(std::string_view data);
 
 private:

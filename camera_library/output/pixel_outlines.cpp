@@ -45,8 +45,8 @@ void reverseOutline(PixelOutlines &outlines, std::size_t index) {
     std::reverse(first + static_cast<std::ptrdiff_t>(start), first + static_cast<std::ptrdiff_t>(outlines.ends[index]));
 }
 
-// Returns the outlines of all shapes, in the order of holesOf. All outlines run clockwise, although the polygons of a
-// geometry may have either direction.
+// Returns the outlines of all shapes, in the same order as holesOf(): rectangles, polygons, circles. All outlines run
+// clockwise; the polygons of a geometry, which may have either direction, are reversed if necessary.
 PixelOutlines clockwiseOutlines(const PatternGeometry &geometry, const PixelScale &scale) {
     PixelOutlines outlines;
     outlines.ends.reserve(geometry.rectangles.size() + geometry.polygons.size() + geometry.circles.size());
