@@ -30,7 +30,7 @@ PatternReading describe(const CornerLattice &lattice, const LatticeMotion &motio
     std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {
         return a.lattice.y != b.lattice.y ? a.lattice.y < b.lattice.y : a.lattice.x < b.lattice.x;
     });
-    // The direction of the x axis is the mean of all steps along it.
+    // The direction of the x axis is that of the sum of all steps between neighbours along it.
     cv::Point2f along;
     cv::Point low(1 << 20, 1 << 20);
     for (size_t i = 0; i < reading.corners.size(); i++) {

@@ -33,11 +33,12 @@ public:
     // Like bordersOf, but empty if the corner has no neighbour along an axis. The corner itself need not be part of the
     // lattice.
     std::optional<CornerBorders> bordersByNeighbours(const LatticeCorner &corner) const;
-    // Returns how much the fitted levels around a corner typically differ from a plane, in grey levels. Examines only
-    // one of every `stride` corners. fits[i] is the fit of the lattice's corner i.
+    // Returns how much the fitted levels around a corner typically differ from a plane, in grey levels: the median over
+    // one of every `stride` corners, but at least 0.05. It is 1 if no corner has enough fits around it. fits[i] is the
+    // fit of the lattice's corner i.
     float lightScatter(const std::vector<CornerFit> &fits, size_t stride) const;
-    // Estimates, from the fits around a corner, how much the levels change over one step along each axis. `scatter` is
-    // the result of lightScatter.
+    // Estimates, from the fits around a corner, how much the levels change over one step along each axis. If there are
+    // too few fits, the changes are 0 with a large deviation. `scatter` is the result of lightScatter.
     std::array<CornerPrior::Change, 2> lightAround(const LatticeCorner &corner, const std::vector<CornerFit> &fits,
                                                    float scatter) const;
 

@@ -245,7 +245,8 @@ bool solveStep(const PixelSums<unknowns> &sums, typename Cholesky<unknowns>::Vec
     return true;
 }
 
-// Adds a step to the fit. The step is shortened if it would leave the range in which the derivatives are about right.
+// Adds a step to the fit. The changes of the centre, the shape and the blur are limited, because the derivatives are
+// about right only in a small range. The slope is limited, too.
 template <class Vector>
 void change(MarkFit &fit, const Vector &step) {
     const double reach = std::max(0.7 * fit.blur, 0.1 * fit.shortRadius());
@@ -299,8 +300,8 @@ bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
         if (!isEllipse(fit) || !(std::hypot(moved.x, moved.y) < reach) || fit.blur > 2 * fit.longRadius()) {
             return false;
         }
-        // Convergence is quadratic: the next step would be shorter than this one by the factor step / blur, so it is
-        // not needed.
+        // Convergence is quadratic: the next step would be shorter than this one by about the factor step / blur. So
+        // after a step this short, no further one is needed.
         if (std::hypot(step[centreX], step[centreY]) < 0.03 * fit.blur && std::abs(step[blurWidth]) < 0.1 * fit.blur) {
             break;
         }
@@ -308,7 +309,8 @@ bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
     return fit.light - fit.dark > 4;
 }
 
-// Sets start values for the grey levels, taken from the middle of the mark and from places well outside it.
+// Sets start values for the grey levels: dark is taken from the middle of the mark, and light from four places well
+// outside it.
 void guessLevels(const cv::Mat &picture, MarkFit &fit) {
     const cv::Matx22d fromUnit = fit.toUnit.inv();
     const auto at = [&](double x, double y) {

@@ -2,8 +2,8 @@
 // refused before any memory is allocated for it. Supports PNG, JPEG, TIFF and PNM. Does not check whether a picture is
 // intact.
 //
-// Each function reads from a seekable stream, whatever its current position. The result is empty if the file has
-// another format or does not contain the value.
+// Each function reads from a seekable stream. The stream's current position does not matter. The result is empty if the
+// file has another format or does not contain the value.
 #pragma once
 
 #include <cstdint>

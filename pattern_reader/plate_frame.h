@@ -5,11 +5,11 @@
 
 namespace pattern_reader {
 
-// Samples along the frame's four sides.
+// What samples of the picture along the frame's four sides show.
 struct FrameEvidence {
-    int passed = 0;     // samples that show the frame
+    int passed = 0;     // samples that show the dark frame between lighter paper
     int looked = 0;     // all samples inside the picture
-    int goodSides = 0;  // sides on which most samples show the frame
+    int goodSides = 0;  // sides with at least 4 samples, 60 % of which show the frame
 };
 
 FrameEvidence lookForFrame(const PlateView &view);

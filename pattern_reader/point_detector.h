@@ -6,10 +6,11 @@
 //
 // The measure of a saddle point is the negative determinant of the Hessian of the smoothed image. A pixel with a high
 // measure must meet two conditions to be a saddle point: a stationary point of the smoothed image lies close to it, and
-// the surroundings of that point look the same after half a turn. The surroundings of a single square's corner do not.
+// the surroundings of that point look the same after half a turn, and inverted after a quarter turn. The surroundings
+// of a single square's corner do not.
 //
-// Dark blobs are spots that are darker than everything around them, with a radius of one to three pixels of their
-// level.
+// Dark blobs are spots that are darker than everything around them, with a radius of one to three pixels of the level
+// in which they are found.
 #pragma once
 
 #include <opencv2/core.hpp>

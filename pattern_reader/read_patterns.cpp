@@ -23,8 +23,8 @@ namespace {
 constexpr size_t leastMarks = 12;
 
 // The approximate areas in which checkerboards were read. Plates are not searched for there, because the dark squares
-// and marks of a checkerboard look like round marks. Lattices that could not be read are not included, because they may
-// belong to a plate: there are saddles between a plate's marks too.
+// and marks of a checkerboard look like round marks. Checkerboard lattices that were found but could not be read are
+// not included: they may belong to a plate, because there are saddles between a plate's marks, too.
 class BoardArea {
 public:
     explicit BoardArea(const cv::Size &size)
@@ -63,7 +63,8 @@ bool isRead(const MarkLattice &found, const PatternReading &plate) {
     return size_t(known) * 2 > found.marks.size() && plate.corners.size() >= found.marks.size();
 }
 
-// Reads the plates among the blobs that are not part of a checkerboard. Each plate is returned once.
+// Reads the plates whose marks are among the dark blobs outside the checkerboards. A plate that is found several times
+// is returned once, as it was read best.
 std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, std::vector<LevelPoints> &points,
                                        const BoardArea &boards) {
     std::vector<PatternReading> plates;

@@ -1,5 +1,6 @@
-// Links saddles that look like neighbouring corners of a checkerboard: their two borders have the same directions, but
-// light and dark are exchanged.
+// Links saddles that look like neighbouring corners of a checkerboard: one lies in the direction of a border of the
+// other, their two borders have nearly the same directions but light and dark exchanged, and their strengths are
+// similar.
 #pragma once
 
 #include <array>
