@@ -63,8 +63,8 @@ def get(path: str = "") -> typing.Any:
 
 
 def set(path: str, value: typing.Any) -> None:
-    """Sets the node to ``value``, which may be anything that JSON can hold. If ``value`` is a string or a path, it is
-    written in the encoding of file names. Texts within a list or a dictionary are written in UTF-8."""
+    """Sets the node to ``value``, which may be a path or anything that JSON can hold. A string or a path is written in
+    the encoding of file names. Texts within a list or a dictionary are written in UTF-8."""
     if isinstance(value, (str, os.PathLike)):
         _lmlib64.set_string(path, os.fsencode(value))
     else:
@@ -126,7 +126,7 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
     patterns       number of patterns of an assembly
     inverted       exchanges dark and light
     plain          draws no code
-    more           further parameters of the library's command; their names are those in docs/commands.md
+    more           further parameters of the command "GenerateCalibrationPattern", which docs/commands.md lists
 
     If image_size is given, returns the picture as an array (height, width) of uint8; for an assembly, returns a list of
     such arrays. Otherwise returns ``file``."""
@@ -155,7 +155,7 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
 class Reading:
     """A pattern that was found in a picture. The arrays have a row for each corner or mark that was seen."""
     kind: str  # "plane" (flexible), "tile" (official, custom, assembly), "plate" (round marks) or "board" (plain)
-    tile: typing.Optional[int]  # 0: official or custom; n + 1: pattern n of an assembly
+    tile: typing.Optional[int]  # 0: official or custom; n + 1: pattern n of an assembly; None if the kind is not "tile"
     image_points: _Array  # (N, 2), pixels
     object_points: typing.Optional[_Array]  # (N, 3), mm; None if the grid spacing is not known
     lattice: _Array  # (N, 2), half grid spacings in the pattern's own coordinate system
@@ -182,8 +182,8 @@ def read_patterns(image: _Array, *, patterns: typing.Union[_File, typing.Sequenc
     board          also reads plain checkerboards with these columns and rows of inner corners
     square         side of a square of these checkerboards, to compute their object points
 
-    Raises TypeError or ValueError if the array is of another type or shape, and RuntimeError if a file cannot be
-    used."""
+    Raises TypeError or ValueError if the array is of another type or shape or is too large, ValueError if the board has
+    fewer than 3 x 3 inner corners, and RuntimeError if a file cannot be used."""
     files = [patterns] if isinstance(patterns, (str, os.PathLike)) else patterns
     return [Reading(**reading) for reading in
             _lmlib64.read_patterns(image, [os.fsencode(file) for file in files], grid_spacing, board, square)]
@@ -215,7 +215,8 @@ def calibrate(object_points: typing.Sequence[_Array], image_points: typing.Seque
     image_points   for each photograph, an array (N, 2) in pixels
     image_size     (width, height) in pixels
     lens           "pinhole4", "pinhole5", "pinhole8", "pinhole12" or "fisheye"; "auto" chooses one of them
-    sigmas         for each photograph, an array (N,) with the standard deviations of the image points in pixels
+    sigmas         for each photograph, an array (N,) with the standard deviations of the image points in pixels; if
+                   absent, all points have the same
 
     Raises CalibrationImpossible with the reason if the photographs do not determine a calibration."""
     return Calibration(**_lmlib64.calibrate(object_points, image_points, image_size, lens, sigmas))
