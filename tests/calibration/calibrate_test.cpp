@@ -1,4 +1,5 @@
-// Tests complete calibrations, from good and from bad computed corners.
+// Tests complete calibrations. Their corners are computed from a known scene; in some tests, a part of them is then
+// made wrong.
 #include "calibration/calibrate.h"
 
 #include <gtest/gtest.h>
@@ -146,7 +147,8 @@ TEST(Calibrate, leavesOutSightingsThatDoNotFitAndSaysWhy) {
     }
     const size_t fewCorners = secondPrintFrom(zoomed + 3);
     sightings[fewCorners].corners.resize(3);
-    // In each sighting, one corner is displaced. Most sightings have about sixty corners.
+    // In each sighting, one corner is displaced. This corner must be left out, but not the whole sighting: most
+    // sightings have about sixty corners.
     for (Sighting &sighting : sightings) {
         sighting.corners[size_t(sighting.photograph) % sighting.corners.size()].image += Eigen::Vector2d(3, -4);
     }
@@ -276,7 +278,8 @@ TEST(Calibrate, findsTheSameFromAPreviousResultAsWithoutOne) {
         }
         return some;
     };
-    // With these options, a calibration keeps the models, but has nothing else to start from.
+    // With these options, a calibration keeps the models and starts from the true lenses. It must find all poses
+    // itself, because the previous result has no sightings.
     CalibrateOptions fromNothing;
     Calibration models = calibrationOf(scene);
     models.observations.sightings.clear();

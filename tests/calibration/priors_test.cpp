@@ -1,4 +1,5 @@
-// Tests the priors of lenses and prints, which decide where photographs say nothing, and what measured prints change.
+// Tests the priors of lenses and prints, which decide whatever the photographs do not determine. Also tests how prints
+// that the user has measured change the scale and the priors.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -130,7 +130,8 @@ TEST_F(Sheets, ofAPdfGiveTheWholePlate) {
     const cv::Mat board = putTogether(plan, [&](int number) { return renderPage(file, number + 1, resolution); });
     cv::Mat difference;
     cv::absdiff(board, expected, difference);
-    // The programs draw edges differently, but in every block of 2 x 2 pixels, at least one pixel agrees.
+    // The library, which drew the PNG, and the program that rendered the PDF draw edges differently. But in every block
+    // of 2 x 2 pixels, at least one pixel agrees.
     cv::erode(difference > 100, difference, cv::Mat::ones(2, 2, CV_8U));
     EXPECT_EQ(cv::countNonZero(difference), 0);
 
@@ -176,7 +177,8 @@ TEST(SheetPlan, fitsEveryPaper) {
             }
         }
     }
-    // Squares of 200 mm are too large: with the overlaps at two cuts, a sheet with one square is wider than A4.
+    // Squares of 200 mm are too large for A4: a sheet with one of them and the overlaps at its two cuts would be wider
+    // than the paper.
     EXPECT_FALSE(planSheets(checkerboard({9, 9}, 400, true), a4, {1, 1}));
 }
 

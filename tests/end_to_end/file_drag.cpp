@@ -74,6 +74,7 @@ void FileDrag::moveAndRelease() {
     if (steps <= stepsToTarget) {
         desktop.xdotool(moveTo(ownPlace.center() + (target - ownPlace.center()) * steps / stepsToTarget));
     } else if (!wouldBeTaken && steps < mostSteps) {
+        // Moves to and fro by a pixel, so that the program is asked again whether it would take the files.
         desktop.xdotool(moveTo(target + QPoint(steps % 2, 0)));
     } else {
         desktop.xdotool({"mouseup", "1"});

@@ -20,8 +20,8 @@ public:
         }
     }
 
-    // The command that starts the program and records its writes. With strace's option -D, the started process becomes
-    // the program, not the tracer, so its number is the program's.
+    // The command that starts the program and records its writes. With strace's option -D, the process that is started
+    // becomes the program and not the tracer, so its process number is that of the program.
     QStringList commandFor(const QString &program) const {
         const QString calls =
             "open,openat,creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"

@@ -12,8 +12,8 @@
 #include "calibration/rigid_motion.h"
 #include "viewer/example/example_assembly.h"
 
-// Returns the greatest distance, in mm, between the place of a corner in the file and its true place. The places in
-// the file must be in the axes of pattern 0. Empty if the file does not have all corners of all patterns.
+// Returns the greatest distance, in mm, between the place of a corner in the file and its true place. The places in the
+// file must be in the axes of pattern 0. Empty if the file cannot be read or lacks a corner of a pattern.
 inline std::optional<double> greatestCornerError(const QString &fileName) {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {

@@ -182,7 +182,8 @@ void SessionTest::readsFilesOfAnyNameAndSaysWhatIsWrongWithThem() {
     QVERIFY(cut.isTruncated && !good.isTruncated);
 #ifdef Q_OS_UNIX
     const LocalEncoding encoding;
-    // Declared after `encoding`, so that it is removed first. Without `encoding`, it could not find its file.
+    // The folder is declared after `encoding`, so it is removed while `encoding` still exists. Otherwise it could not
+    // find its file.
     const QTemporaryDir localFolder;
     const QString euro = localFolder.filePath(LocalEncoding::euro() + ".jpg");
     write(euro, whole);
@@ -305,7 +306,8 @@ void SessionTest::takesPhotographsOutWhileItReads() {
     QCOMPARE(includedIn(calls() - 1), QVector<int>{session.photographs()[1].id});
 }
 
-// Models that were chosen from some of the photographs must be chosen again from all of them.
+// The first result comes from some of the photographs only. So the second calibration must not start from it, because
+// the models must be chosen again from all photographs.
 void SessionTest::showsAFirstResultWhileManyAreRead() {
     const QTemporaryDir folder;
     const QImage photograph = QImage(examplePhotograph(1)).scaledToWidth(720, Qt::SmoothTransformation);
@@ -332,7 +334,7 @@ void SessionTest::dropsResultsThatAreOutOfDate() {
     session.calibrateAnew();
     QTRY_VERIFY(session.isCalibrating());
     session.setIncluded({session.photographs()[0].id}, false);
-    gate->release(2);
+    gate->release(2);  // one for the call that is out of date, one for the call that follows
     QTRY_COMPARE(session.result()->problem, QString("3"));
     QVERIFY(record[1].wasCancelled);
     QCOMPARE(results.count(), 1);

@@ -22,8 +22,8 @@ void addRow(std::uint64_t &hash, int squares, const Bit &bit) {
     }
 }
 
-// Printed patterns cannot be changed, so the bits must not change either. tools/generate_position_code finds the same
-// bits again; it accepts only bits that keep the distances guaranteed in docs/pattern-code.md.
+// Printed patterns cannot be changed, so the bits must not change either. Every run of tools/generate_position_code
+// makes these bits, and it accepts only bits that keep the distances guaranteed in docs/pattern-code.md.
 TEST(PositionCode, isThatOfVersionOne) {
     EXPECT_EQ(patternVersion, 1);
     std::uint64_t hash = 0xcbf29ce484222325U;
