@@ -1,5 +1,6 @@
-// The program's tool tip. It is one window with links that can be clicked, and it stays open long enough for the mouse
-// to reach it.
+// The program's tool tip. It is one window with links that can be clicked. It is shown for 10 s and another 40 ms for
+// each character beyond 100, so there is time to reach a link with the mouse. A click anywhere in the program closes it
+// after 500 ms.
 //
 // It replaces the toolkit's own tool tip. VistrelToolTipHelper handles the events and calls this class.
 //
@@ -25,10 +26,10 @@ public:
     // Does the same as the next function with a null rectangle.
     static void showText(const QPoint &position, const QString &text, QWidget *widget = nullptr);
 
-    // Shows the text next to the position. The rectangle, in the widget's coordinates, limits the tip: when the mouse
-    // has left the rectangle, the tip closes after 10 s at the latest. A null rectangle sets no limit. An empty text
-    // closes a visible tip after 200 ms. A tip that already shows the text for this widget stays unchanged if it has no
-    // rectangle, or if its rectangle contains the position. Even its display time does not start again.
+    // Shows the text next to the position. The rectangle is in the widget's coordinates: the tip closes at the latest
+    // 10 s after the mouse has left it. If it is null, it has no effect. An empty text closes a visible tip after 200
+    // ms. If a tip already shows this text for this widget, and its rectangle is null or contains the position, it
+    // stays unchanged: even its display time does not start again.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
     // Closes a visible tip after 200 ms.
