@@ -141,7 +141,7 @@ void MainWindowForm::setUpPatternType() {
     patternType->setSizePolicy(policy);
     patternType->setMinimumSize(400, 0);
     horizontalLayout_3->addWidget(patternType);
-    // The index of a page is the number of its pattern type.
+    // The order matters: the index of a page is the number of its PatternType (generator/pattern_choices.h).
     setUpOfficialPage();
     setUpSinglePage();
     setUpFlexiblePage();
