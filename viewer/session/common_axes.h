@@ -1,4 +1,4 @@
-// Finds the coordinate system that the user has chosen for the results.
+// Finds the coordinate system that the user has chosen for the results, by a reference pattern or by three corners.
 #pragma once
 
 #include <QString>
@@ -8,8 +8,8 @@
 #include "viewer/session/session_settings.h"
 
 // Returns three corners that define the chosen coordinate system. Empty if the user has chosen none, or has chosen the
-// axes of a print that has no lattice or is not in the calibration. The results then have the axes of the first print
-// that has a pose.
+// axes of a print that has no lattice or is not in the calibration; the results then have the axes of the first print
+// that has a pose. Does not check whether the three corners can be used.
 std::optional<calibration::AssemblyAxes> chosenAxes(const calibration::Calibration &calibration,
                                                     const SessionSettings &settings);
 

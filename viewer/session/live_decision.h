@@ -1,6 +1,6 @@
-// Decides when a frame of a camera is worth keeping as a photograph. The target must be still and sharp, and the view
-// must differ from the views of all existing photographs. Another photograph must also still help the calibration. This
-// file uses no threads, no clock and no widgets.
+// Decides when a frame of a camera is worth keeping as a photograph. The target must be still and sharp, the view must
+// differ from those of all existing photographs, and the calibration must still gain from another photograph. This file
+// uses no threads, no clock and no widgets.
 #pragma once
 
 #include <QSize>
@@ -11,8 +11,8 @@
 #include "viewer/session/session_photograph.h"
 
 enum class LiveState {
-    NoPattern,
-    Moving,
+    NoPattern,  // fewer than eight corners
+    Moving,     // the target was not still in each of the last three frames
     Blurred,
     Known,   // a photograph with a similar view exists
     Enough,  // another photograph would hardly improve the calibration
@@ -27,7 +27,8 @@ struct TargetView {
 
 class LiveDecision {
 public:
-    // Call this for each frame in turn. `blur` is the result of edgeBlur() for this frame, in pixels.
+    // Call this for each frame in turn. `blur` is the result of edgeBlur() for this frame, in pixels. If it is empty,
+    // the frame counts as blurred.
     LiveState judge(const TargetView &frame, std::optional<double> blur);
 
     // Sets the existing photographs. A frame is compared only with photographs of its own size.
@@ -49,6 +50,7 @@ private:
     bool hasEnough = false;
 };
 
-// True if the frame shows little that is new: both pictures have the same size, and at least 60 % of the frame's
-// corners are in the other view, at nearly the same place, and seen from nearly the same direction and distance.
+// True if the frame shows little that is new. This is so if all of the following hold: both pictures have the same
+// size; the other view has at least eight of the frame's corners, and at least 60 % of them; and these corners are at
+// nearly the same place in both pictures, seen from nearly the same direction and distance.
 bool isSimilar(const TargetView &frame, const TargetView &other);

@@ -2,7 +2,8 @@
 // widgets.
 //
 // Data goes one way: photographs -> readings -> calibration. Reading and calibrating run in the background. Every
-// change of the photographs or settings cancels the work that is out of date and starts it again. While many
+// change of the photographs or settings cancels a calibration that is out of date and starts another; if the settings
+// name another plain board, all photographs are read again before that. If there is no calibration yet and many
 // photographs are still being read, a first result is made from those that are ready. All functions return at once,
 // except that the destructor waits until the work in progress has ended. Use a session on one thread that has an event
 // loop; its signals are emitted there.
@@ -39,7 +40,8 @@ public:
     // Returns the latest result; null before the first one and after open(). It stays until the next one is complete.
     std::shared_ptr<const SessionResult> result() const { return latest; }
 
-    // Adds these files and the pictures in these folders, except files that the session already has.
+    // Adds these files, and the pictures in these folders and in all folders below them, except files that the session
+    // already has.
     void add(const QStringList &filesAndFolders);
     void setIncluded(const QVector<int> &ids, bool isIncluded);
     void remove(const QVector<int> &ids);
@@ -52,7 +54,7 @@ public:
     bool isReading() const { return reading.open() > 0; }
     bool isCalibrating() const { return calibrating.open() > 0; }
     // Return the number of photographs in the present run of reading, and the number of those that have been read. A
-    // run ends when no photograph waits any longer; until the next run begins, both numbers stay.
+    // run ends when no photograph waits any longer. Both numbers then stay until the next run begins.
     int readingTotal() const { return batchTotal; }
     int readingDone() const { return batchDone; }
 
@@ -62,9 +64,9 @@ public:
 
 signals:
     void photographsChanged();       // photographs were added, removed or all replaced
-    void photographChanged(int id);  // this photograph was read, taken out or put back
+    void photographChanged(int id);  // this photograph was read, or setIncluded() changed it
     void settingsChanged();
-    void progressChanged();  // of reading or calibrating
+    void progressChanged();  // reading or calibrating began, went on or ended
     void resultChanged();
 
 private:

@@ -37,7 +37,7 @@ struct SessionSettings {
     double boardSquare = 0;        // mm; 0 if unknown
     QStringList patternFiles;      // JSON or PDF files of the printed patterns
     QMap<int, QPointF> measured;   // by pattern number: measured size divided by drawn size, in x and y
-    std::optional<int> reference;  // number of the pattern whose axes the results have; if absent, the first print's
+    std::optional<int> reference;  // the results have the axes of the pattern with this number, see chosenAxes()
     // The corners at the origin, on the x axis, and in the plane of x and y. If they are set, they define the axes
     // instead of the reference pattern.
     std::optional<std::array<NamedCorner, 3>> frame;
@@ -46,6 +46,6 @@ bool operator==(const SessionSettings &a, const SessionSettings &b);
 
 QJsonObject toJson(const SessionSettings &settings);
 
-// Ignores unknown keys. Also ignores lengths, ratios, board sizes and reference patterns that are out of range. A
-// session from a newer version can therefore be opened.
+// A session from a newer version can be opened, because unknown keys, and lenses and arrangements of unknown names, are
+// ignored. Lengths, ratios, board sizes and reference patterns that are out of range are ignored, too.
 SessionSettings settingsFromJson(const QJsonObject &json);

@@ -173,7 +173,8 @@ std::optional<QPointF> PhotographView::place(QPointF pixel) const {
 
 void PhotographView::drawPicture(QPainter &painter) const {
     const std::vector<QImage> &levels = showsUndistorted() ? straight.levels : picture.levels;
-    // Takes the smallest level that still has a pixel for each pixel of the view.
+    // Takes the smallest level that has at least one pixel for each pixel of the view; if no level has, the largest
+    // one.
     size_t level = 0;
     while (level + 1 < levels.size() && scale * picture.width <= levels[level + 1].width()) {
         ++level;
