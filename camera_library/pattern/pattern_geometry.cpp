@@ -72,7 +72,7 @@ void addClipped(const Rectangle &window, const Circle &circle, PatternGeometry &
         result.circles.push_back(circle);
         return;
     }
-    constexpr double tolerance = 0.0002;
+    constexpr double tolerance = 0.0002;  // mm
     Polygon polygon = polygonOfCircle(r, tolerance);
     for (Point &corner : polygon) {
         corner = {x + corner.x, y + corner.y};

@@ -14,7 +14,7 @@ namespace lmlib64 {
 // The format of numbers and lines; see lmLibGetJson.
 struct JsonFormat {
     bool pretty = false;           // one line per child, indented by four spaces
-    int precision = 0;             // significant digits of a number that is not whole; 0: as few as needed
+    int precision = 0;             // significant digits of a number that is not whole; 0: as few as identify it
     bool allowScientific = false;  // exponents for very small and very large numbers
 };
 

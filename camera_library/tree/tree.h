@@ -53,8 +53,8 @@ public:
     // Removes the node and everything below it.
     LmLibResult erase(std::string_view path);
 
-    // Makes an empty object below the parent and sets `path` to the object's path. The object's name is the base name,
-    // an underscore if the base name ends in a digit, and a number that no other unique item has. Returns
+    // Makes an empty object below the parent and sets `path` to the object's path. The object's name consists of the
+    // base name, an underscore if the base name ends in a digit, and a number that no other unique item has. Returns
     // LmLibResultItemPathInvalid if the base name is not allowed in a path, and
     // LmLibResultItemMaximumUniqueCountReached if no number is left.
     LmLibResult makeUniqueItem(std::string_view parentPath, std::string_view baseName, std::string &path);
@@ -79,7 +79,7 @@ public:
     // Ends every wait with LmLibResultOperationCanceled.
     void cancelWaits() noexcept;
 
-    // Cancels the waits and resets the tree to its first state.
+    // Cancels the waits and resets the tree to its state after construction.
     void reset();
 
 private:
