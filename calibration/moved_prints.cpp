@@ -109,7 +109,7 @@ double excessOf(const std::vector<Pair> &pairs) {
     return std::clamp(*one / quarter, 1.0, greatestExcess);
 }
 
-// Decides which prints moved.
+// Decides in which sightings a print has moved. Prints are settled one by one, the most contradicted one first.
 class Settlement {
 public:
     Settlement(const Observations &seen, std::vector<Pair> all)
@@ -152,6 +152,8 @@ private:
         return all - most;
     }
 
+    // Returns the print to settle next: of the prints that are not settled, the one that is in the most pairs with
+    // contradictions; of those, the one with the most contradicting photographs. Empty if no such print is left.
     std::optional<size_t> mostContradicted() const {
         struct Count {
             size_t prints = 0, photographs = 0;
