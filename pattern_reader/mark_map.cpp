@@ -11,8 +11,8 @@ namespace {
 
 constexpr int reach = 2;  // how far a neighbourhood extends from its middle, in cells
 
-// Returns the marks within `reach` cells of a cell. This distance is enlarged, up to `longest`, until there are enough
-// marks on enough lines.
+// Returns the marks within `reach` cells of a cell. This distance is enlarged, up to `longest`, until there are 18
+// marks that span at least three columns and three rows.
 std::vector<MappedMark> marksAround(const std::vector<MappedMark> &marks, cv::Point middle, int longest) {
     std::vector<MappedMark> near;
     for (int distance = reach; distance <= longest; distance++) {
