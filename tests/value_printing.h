@@ -1,4 +1,4 @@
-// Prints the toolkit's values when a comparison fails. GoogleTest finds these functions by the types of the values.
+// Prints Qt's values when a comparison fails. GoogleTest finds these functions by the types of the values.
 #pragma once
 
 #include <QPoint>

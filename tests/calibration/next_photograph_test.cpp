@@ -153,7 +153,7 @@ TEST(NextPhotograph, textFitsThePoseAndUncertaintyFallsAsPredicted) {
     EXPECT_GE(std::unique(texts.begin(), texts.end()) - texts.begin(), 4);
 }
 
-TEST(NextPhotograph, isForTheWorstCameraAndThePrintThatItSeesMost) {
+TEST(NextPhotograph, isForTheCameraWithTheGreatestUncertaintyAndThePrintThatItSeesMost) {
     const Scene scene = makeScene(noise);
     Calibration calibration = calibrationOf(scene);
     const double a = *calibration.cameras[0].uncertainty.greatest();

@@ -27,8 +27,8 @@ using lmlib64::Tree;
 // The command "Wait" of this test increments `begun`, and returns when `gateOpen` is true.
 std::atomic<int> begun{0};
 std::atomic<bool> gateOpen{false};
-// The names given to the command "Echo". It needs no lock: commands run one at a time, and a test reads it only after
-// its commands have ended.
+// The names given to the command "Echo". The text needs no lock: commands run one at a time, and a test reads the text
+// only after its commands have ended.
 std::string order;
 
 Node echo(const Node &parameters) {
