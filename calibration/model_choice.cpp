@@ -110,8 +110,8 @@ void forEach(std::vector<Candidate> &candidates, const std::function<void(Candid
 }
 
 // Solves all candidates and computes their errors. `bends` has one entry for each candidate, or a single one for all.
-// For each camera, all errors are in units of one standard deviation, the smallest that a candidate shows. In units of
-// its own standard deviation, a bad model would look as good as the best.
+// For each camera, the errors of all candidates are in units of the same standard deviation: the smallest that any of
+// them shows. In units of its own standard deviation, a bad model would look as good as the best.
 void compare(std::vector<Candidate> &candidates, const std::vector<std::vector<Bend>> &bends,
              const std::vector<MeasuredPrint> &measured) {
     forEach(candidates, [&](Candidate &candidate) {
@@ -263,7 +263,8 @@ LensChoice chooseLens(const Observations &observations, int camera, const std::v
     for (const Candidate &candidate : candidates) {
         const std::vector<Sighting> &sightings = candidate.observations.sightings;
         if (const std::optional<double> mean = meanError(candidate.errors, all)) {
-            // Converts the mean square along one axis, in units of the variance, to the rms of distances in pixels.
+            // Converts the mean square along one axis, in units of the variance, to the rms of distances in pixels. The
+            // standard deviation of the first corner stands for that of all corners.
             const double sigma = sightings.front().corners.front().sigma;
             choice.trials.push_back(
                 {candidate.observations.cameras[size_t(camera)].lens, std::sqrt(2 * *mean) * sigma});

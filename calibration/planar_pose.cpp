@@ -54,8 +54,8 @@ std::optional<Eigen::Matrix3d> homography(const std::vector<Eigen::Vector2d> &fr
     return toScale.inverse() * matrix * fromScale;
 }
 
-// Returns the rotation that is nearest to a matrix with a positive determinant, by polar decomposition. Returns nothing
-// if the matrix is nearly singular.
+// Returns the rotation that is nearest to the matrix, by polar decomposition. The matrix must have a positive
+// determinant. Returns nothing if it is nearly singular.
 std::optional<Eigen::Matrix3d> nearestRotation(const Eigen::Matrix3d &matrix) {
     const std::optional<Eigensystem> system = eigensystemOf(matrix.transpose() * matrix);
     if (!system || !(system->values(0) > 1e-12 * system->values(2))) {

@@ -223,8 +223,9 @@ private:
     }
 
     // Solves and decides about outliers in turn, until no decision changes, but at most four times. Returns false if a
-    // solve fails or the decision about an earlier sighting changes. Also returns false if the decision about any
-    // sighting still changes in the last round. In that round, only decisions about single corners may change.
+    // solve fails, or if the decision changes about a sighting that is also in the earlier result. Also returns false
+    // if the decision about any sighting still changes in the last round. In that round, only decisions about single
+    // corners may change, and a last solve follows.
     bool solve() {
         SolveOptions exact;
         exact.freedom = result.freedom;
