@@ -12,8 +12,8 @@ CalTabComboBox::CalTabComboBox(QWidget *parent) : QComboBox(parent) {
 }
 
 void CalTabComboBox::reload() {
-    // Signals are blocked while the list changes. Their receivers use the current entry, but each item is added before
-    // its entry.
+    // Signals are blocked while the list changes. Their receivers use the current entry, which does not exist yet when
+    // the first item is added.
     QSignalBlocker blocker(this);
     clear();
     entries.clear();

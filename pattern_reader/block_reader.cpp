@@ -84,8 +84,9 @@ BlockFamily offsetFamily() {
     return family;
 }
 
-// Finds the smallest word that can result from combining a word with some of a family's differences by XOR. It is 0 if
-// and only if the word is itself a combination of differences. Bits outside `known` are ignored in the differences.
+// Finds the smallest word that can result from combining a word with some of a family's differences by XOR. The result
+// is 0 if and only if the word is itself a combination of differences. Bits outside `known` are ignored in the
+// differences, and the word must not have any.
 class Remainder {
 public:
     Remainder(const BlockFamily &family, std::uint64_t known) {

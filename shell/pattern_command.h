@@ -27,7 +27,7 @@ struct PatternChoice {
     bool isPlain = false;     // the pattern has no code
 };
 
-// The files to write, and how they are drawn. A value given here replaces the value in a file of parameters.
+// The files to write, and how they are drawn. A value given here replaces the value in the input file, if there is one.
 struct Outputs {
     std::vector<std::string> files;
     std::optional<int> resolution;                    // dots per inch, for formats with pixels

@@ -35,7 +35,8 @@ double leastErrorAt(const Scene &scene, const ScenePattern &pattern, const cv::P
     if (!hasPlainNoise(exposure, pattern.coded.target->print())) {
         return 0;
     }
-    // The averaging over a pixel's area and the rounding of grey levels each add a variance of 1/12.
+    // The averaging over a pixel's area adds a variance of 1/12 to that of the blur, and the rounding of grey levels
+    // adds 1/12 to that of the noise.
     constexpr double unitVariance = 1 / 12.0;
     LocalView view;
     view.steps = steps;
