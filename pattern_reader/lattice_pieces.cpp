@@ -13,7 +13,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr size_t piecesTried = 16;       // only so many of the largest lattices are joined
+constexpr size_t piecesTried = 16;       // only this many of the largest lattices are tried
 constexpr size_t leastBase = 12;         // fewest corners of a lattice that is extrapolated
 constexpr size_t cornersCarriedOn = 80;  // greatest number of corners from which a lattice is extrapolated
 constexpr float latticeReach = 0.4F;     // greatest distance of a corner from its lattice point, lattice steps

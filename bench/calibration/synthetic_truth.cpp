@@ -100,7 +100,7 @@ SceneDraft boxOfEighteen() {
     return draft;
 }
 
-// Returns the estimated position of a print's corner in the world.
+// Returns the estimated position of a print's corner in the world; NaN if the print has no such corner.
 Vector3d estimated(const Calibration &result, int print, int column, int row) {
     const Print &what = result.observations.prints[size_t(print)];
     const PrintShape &shape = result.estimate.shapes[size_t(print)];

@@ -26,7 +26,9 @@ struct Collected {
     std::vector<double> rms;     // of each pattern
     double squares = 0;
     double biasSquares = 0;
-    double normalised = 0;  // sum of the squared errors per axis, each divided by the variance that the reader states
+    // The sum, over the points that the reader does not call disturbed, of the squared error per axis, divided by the
+    // variance that the reader states for the point.
+    double normalised = 0;
     long normalisedCount = 0;
 };
 

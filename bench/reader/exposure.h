@@ -69,8 +69,8 @@ struct Light {
 };
 Light lightAt(const Exposure &exposure, const cv::Size &picture, const cv::Point2d &at);
 
-// Makes a picture from the irradiance (32-bit float, one channel). The picture has 8 bits. It has three channels if
-// `exposure.bayer` is true, otherwise one.
+// Makes the picture of a scene. `irradiance` is the scene under even light: grey levels in 32-bit float, one channel.
+// The picture has 8 bits. It has three channels if `exposure.bayer` is true, otherwise one.
 cv::Mat expose(const cv::Mat &irradiance, const Exposure &exposure, std::mt19937 &random);
 
 }  // namespace reader_bench

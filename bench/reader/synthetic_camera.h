@@ -19,8 +19,8 @@
 
 namespace reader_bench {
 
-// The pose of a target in front of the camera. Point p of the target's plane is at rotation · (p - anchor, 0) +
-// translation. If the sheet is bent, the point is at rotation · sheet(p - anchor) + translation.
+// The pose of a target in front of the camera. In camera coordinates, in pitches, point p of the target's plane is at
+// rotation · (p - anchor, 0) + translation. If the sheet is bent, it is at rotation · sheet(p - anchor) + translation.
 struct TargetPose {
     cv::Matx33d rotation = cv::Matx33d::eye();
     cv::Vec3d translation{0, 0, 1};

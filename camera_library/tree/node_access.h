@@ -12,9 +12,9 @@ namespace lmlib64 {
 // the path goes below a leaf, has a name where an array is, or has an index where an object is.
 LmLibResult findNode(const Node &root, const Path &path, const Node *&found);
 
-// Puts the value at the path and makes the objects and arrays on the way. Leaves the previous value in `value`, or null
-// if there was none. Returns LmLibResultItemTypeNotCompatible in the same cases as findNode. Returns
-// LmLibResultItemPathInvalid if an index is greater than the number of elements of its array.
+// Puts the value at the path and makes the objects and arrays on the way that do not exist yet. Leaves the previous
+// value in `value`, or null if there was none. Returns LmLibResultItemTypeNotCompatible in the same cases as findNode.
+// Returns LmLibResultItemPathInvalid if an index is greater than the number of elements of its array.
 LmLibResult placeNode(Node &root, const Path &path, Node &value);
 
 // Removes the node and leaves it in `removed`. Returns the same errors as findNode. The path must not be the root.
