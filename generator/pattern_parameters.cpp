@@ -1,5 +1,6 @@
-// Translates the form's values into the parameters of the library's pattern command. The nodes of a pattern are written
-// in a fixed order. For parameters that are not written here, the command's defaults are used intentionally.
+// Translates the form's values into the parameters of the library's pattern command. The order in which the nodes of a
+// pattern are written is fixed, and pattern_parameters_test compares it. For parameters that are not written here, the
+// command's defaults are used intentionally.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>

@@ -1,8 +1,9 @@
 // The only exception type for failures of the camera library. It holds the item, the result code and the slot of the
 // failed command. It does not show the failure; error_report.h does.
 //
-// It is thrown by value and caught by constant reference. It has no base class, so only a handler that names it (or
-// catches everything) catches it. Texts are in the library's narrow encoding.
+// It is thrown by value and caught by constant reference. It is intentionally not a std::exception and has no base
+// class, so only a handler that names it (or catches everything) catches it. Texts are in the library's narrow
+// encoding.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +12,6 @@
 
 class TemporarySlot;
 
-// This is intentionally not a std::exception.
 class LmLibException {
 public:
     // Also writes "LmLibException <name> at <path>" to the library's debug log.

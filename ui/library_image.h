@@ -1,6 +1,6 @@
 // Turns a binary item of the camera library's tree into a picture, and fits a view to its scene.
 //
-// Items are read with 8 bits per channel, interleaved channels, and rows from the top down without padding. An item
+// Items are taken to have 8 bits per channel, interleaved channels, and rows from the top down without padding. An item
 // with one channel gives an indexed picture with a grey palette; any other item gives an RGB picture. Pictures own
 // their pixels. Use these functions only on the GUI thread. Paths are in the library's narrow encoding. A failed
 // library call throws LmLibException with the item's path.

@@ -38,7 +38,8 @@ public:
 
     bool showPage(Page page);
 
-    // The rectangles of the widget with this object name, and of the text in the spin box with this name.
+    // placeOf returns the rectangle of the widget with this object name, on the screen. placeOfText returns that of the
+    // text in a spin box.
     QRect placeOf(const QString &objectName) const;
     QRect placeOfText(const QString &spinBoxName) const;
 

@@ -1,5 +1,6 @@
-// The tab "Residuals". Points show where corners were seen, relative to the positions that the calibration predicts.
-// Bars show the residual of every photograph. A click on a point or a bar opens the photograph.
+// The tab "Residuals", for one camera. Points show where corners were seen, relative to the positions that the
+// calibration predicts. If there are more than 20,000 corners, only some of them are shown. Bars show the residual of
+// every photograph of the camera. A click on a point or a bar opens the photograph.
 #pragma once
 
 #include <QPointF>

@@ -46,7 +46,7 @@ TEST(InformationBlock, isThatOfVersionOne) {
     EXPECT_EQ(encodeBlock(contentCases[2].content), 0x780A6BCD9ED570DAU);
     EXPECT_EQ(encodeBlock(contentCases[4].content), 0x4C08D0D478302B50U);
     EXPECT_EQ(encodeBlock(contentCases[5].content), 0x5D5F483D61BC459EU);
-    // A byte is 2 cells wide and 4 high, so that a hidden quarter of the pattern loses only two bytes.
+    // A byte is 2 cells wide and 4 high, so that only two bytes are lost if a quadrant of the pattern is hidden.
     for (const auto &[bit, column, row] : {std::array{0, 0, 0}, std::array{13, 6, 4}, std::array{63, 14, 14}}) {
         EXPECT_EQ(blockSquare(bit).column, column);
         EXPECT_EQ(blockSquare(bit).row, row);
