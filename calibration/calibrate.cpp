@@ -267,8 +267,8 @@ private:
     }
 
     // Marks the sightings that the solve left out, so that the choice of models ignores them. Returns true if there are
-    // such sightings and the models have to be chosen again. They have not if the options fix them or if they are kept
-    // from the previous result.
+    // such sightings and there is a choice of models: the options do not fix them, and they are not kept from the
+    // previous result.
     bool leaveOut() {
         bool isAny = false;
         for (size_t i = 0; i < good.sightings.size(); i++) {

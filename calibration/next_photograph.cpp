@@ -15,8 +15,8 @@ namespace {
 constexpr int mapColumns = 12;
 constexpr int mapRows = 9;
 constexpr double tilt = 35;  // degrees
-// A pose is advised only if a photograph of it lowers the greatest uncertainty to less than this share of its present
-// value.
+// A pose is advised only if a photograph of the target in this pose lowers the greatest uncertainty to less than this
+// share of its present value.
 constexpr double usefulShare = 0.95;
 // The uncertainty of a lens is negligible below this share of the standard deviation of one corner, because it then
 // adds at most 3 % to the error of that corner. The limit that follows from the share is at least leastNegligible
