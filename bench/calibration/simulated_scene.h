@@ -24,8 +24,8 @@ struct CameraDraft {
 struct PrintDraft {
     int columns = 14;  // number of corners
     int rows = 14;
-    double pitch = 20;  // mm
-    calibration::RigidMotion pose;
+    double pitch = 20;              // mm
+    calibration::RigidMotion pose;  // worldFromPrint
     std::array<double, calibration::PrintShape::count> shape{};
 };
 

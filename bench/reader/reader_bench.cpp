@@ -11,7 +11,7 @@
 //     --compare N      number of boards on which the reader is compared with OpenCV's detectors
 //     --times          makes --compare measure only processor times
 //     --threads N      number of threads
-//     --list           lists every failure to read a picture, and every reading in a picture without patterns
+//     --list           lists every failure. A reading in a picture without patterns is a failure, too
 //     --check          exits with 1 if a goal is missed
 //     --save FOLDER    writes the pictures with patterns, and the truth about them. With --list, writes only pictures
 //                      with failures, but also the pictures without patterns in which something was read
