@@ -24,8 +24,8 @@ struct LatticeCorner {
 
 class CornerLattice {
 public:
-    // Cells run from `-reach` to `reach` in both directions. That is enough for the largest pattern, of 271 x 271
-    // corners, whichever of its corners is found first.
+    // Cells run from `-reach` to `reach` in both directions. That is enough for the whole code plane, with its
+    // 271 x 271 corners, whichever of them is found first.
     static constexpr int reach = 300;
 
     // True if the square between the corners (0, 0) and (1, 1) is light. Colours alternate from there.

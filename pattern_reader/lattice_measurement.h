@@ -19,8 +19,9 @@ namespace pattern_reader {
 
 // Fits every corner of the lattice and moves it to the measured position. Returns the fits, one for each corner, in the
 // image's pixels. Corners that cannot be fitted, or whose contrast has the wrong sign or is too weak, are removed.
-// Missing corners are added at the places that the measured ones predict. If `knownBlur` is given (in pixels), it is
-// used instead of a measured blur.
+// Corners that the lattice lacks are fitted at the places that the measured ones predict, and are added if they are
+// clear. Sets `sigma` and `disturbed` of every corner. If `knownBlur` is given (in pixels), it is used instead of a
+// measured blur.
 std::vector<CornerFit> measureCorners(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                       std::optional<float> knownBlur = std::nullopt);
 
