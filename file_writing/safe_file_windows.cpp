@@ -278,7 +278,7 @@ struct SafeFiles::Replacement {
     std::unique_ptr<TemporaryFile> file;
     bool replacesFile = false;
     // A second name (a hard link) of the file that is replaced, with which undo() brings the file back. Empty if no
-    // file is replaced or if the old file is not kept.
+    // file is replaced, if only one file is written, or if no hard link could be made.
     std::wstring oldFile;
 
     // Brings back what was there before the renaming. If that fails, nothing more can be done.
