@@ -28,7 +28,7 @@ struct SessionResult {
 
     std::vector<int> photographIds;  // the session's id of each photograph in calibration->observations
     QMap<int, PhotographFit> fits;   // by the session's ids; an unused photograph has only a reason
-    std::vector<calibration::UnusedPhotograph> unused;  // photographs that the calibration got no corners from
+    std::vector<calibration::UnusedPhotograph> unused;  // photographs that were left out before the calibration
     // estimated[i][j] is the pixel to which the estimate projects corner j of sighting i in calibration->observations.
     // It is empty if a pose is not known or the corner cannot be projected.
     std::vector<std::vector<std::optional<Eigen::Vector2d>>> estimated;
