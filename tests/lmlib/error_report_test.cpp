@@ -129,7 +129,7 @@ TEST_F(ErrorReportTest, offersTheButtonsItIsGiven) {
     });
 }
 
-TEST_F(ErrorReportTest, rethrowsOnAnyOtherThread) {
+TEST_F(ErrorReportTest, rethrowsOnEveryThreadButTheGuiThread) {
     std::thread([] {
         try {
             try {
