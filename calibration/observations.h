@@ -1,10 +1,10 @@
 // The input and the result of a calibration, as plain values. The input has cameras, photographs, prints and observed
 // corners. The result is the estimate of all unknowns.
 //
-// The axes of the world are those of the first print's drawing: seen from the printed side, x points to the right, y
-// points down, and z points into the plate. The axes of a rig are those of its first camera. In a camera's axes, x
-// points to the right, y points down, and the camera looks along z. Lengths are in millimetres, angles in radians, and
-// image coordinates in pixels with the centre of the top-left pixel at (0, 0).
+// The axes of a world are those of its first print's drawing (see Estimate): seen from the printed side, x points to
+// the right, y points down, and z points into the plate. The axes of a rig are those of its first camera. In a camera's
+// axes, x points to the right, y points down, and the camera looks along z. Lengths are in millimetres, angles in
+// radians, and image coordinates in pixels with the centre of the top-left pixel at (0, 0).
 #pragma once
 
 #include <Eigen/Core>
@@ -36,7 +36,7 @@ struct Print {
     std::string name;
     int number = -1;                      // of the pattern in its assembly, from 0; -1 if it has none
     std::vector<Eigen::Vector2d> points;  // the drawn corners or marks
-    // Column and row of each point in the pattern's file; empty if there is no such grid.
+    // Column and row of each point, as in the pattern file; empty if the points form no grid.
     std::vector<Eigen::Vector2i> cells;
 };
 
@@ -72,9 +72,9 @@ int rigOrigin(const Observations &observations, int camera);
 struct Estimate {
     std::vector<Eigen::VectorXd> intrinsics;  // of each camera, in the order of lens_model.h
     std::vector<RigidMotion> cameraFromRig;   // the identity for the first camera of a rig
-    std::vector<bool> hasCamera;
-    std::vector<RigidMotion> rigFromWorld;  // of each moment
-    std::vector<bool> hasMoment;
+    std::vector<bool> hasCamera;              // true if the camera's pose in its rig is known
+    std::vector<RigidMotion> rigFromWorld;    // of each moment
+    std::vector<bool> hasMoment;              // true if the moment's pose is known
     std::vector<RigidMotion> worldFromPrint;
     std::vector<int> groups;  // of each print; -1 if its pose is not known
     std::vector<PrintShape> shapes;
