@@ -167,7 +167,7 @@ TEST(Calibrate, leavesOutSightingsThatDoNotFitAndSaysWhy) {
     }
 }
 
-TEST(Calibrate, keepsToThePlaceOfAPrintBeforeItMoved) {
+TEST(Calibrate, keepsThePlaceThatAPrintHadBeforeItMoved) {
     // There are 14 moments. If the print moves before moment 7, both places are seen equally often.
     for (const int movedAt : {8, 7}) {
         Scene scene = makeSmallScene();

@@ -85,7 +85,7 @@ TEST(LensModel, computesTheDerivativesOfItsProjection) {
     }
 }
 
-TEST(LensModel, seesBehindItselfOnlyAsAFisheye) {
+TEST(LensModel, projectsPointsBehindTheCameraOnlyIfItIsAFisheye) {
     const std::vector<double> parameters = parametersOf(cases[4]);
     const Eigen::Vector3d behind(1, 0.4, -0.2);
     Eigen::Vector2d image;

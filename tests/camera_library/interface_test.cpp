@@ -161,7 +161,7 @@ TEST_F(Interface, givesIntegersOnlyForWholeNumbersInRange) {
     }
 }
 
-TEST_F(Interface, protectsTheRootAndTheNodePath) {
+TEST_F(Interface, protectsTheRootAndTheNodeNamedPath) {
     using Change = std::function<void(std::int32_t *, const char *)>;
     const std::vector<Change> changes{
         [](std::int32_t *code, const char *path) { lmLibSetString(code, path, "x"); },
