@@ -40,8 +40,8 @@ int runProgram(int argc, char **argv) {
     }
     const int exitCode = QApplication::exec();
 
-    // This call must stand here: the library is finalised before the window, the tool tip helper and the application
-    // are destroyed.
+    // The library is finalised here, while the window, the tool tip helper and the application still exist. They are
+    // destroyed at the end of this function.
     finalizeLibrary();
     return exitCode;
 }

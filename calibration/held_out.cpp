@@ -49,8 +49,8 @@ Observations onlyPart(const Observations &observations, const std::vector<int> &
     return some;
 }
 
-// Returns the estimate from all parts except `part`. Only the poses of that part's moments are estimated from its own
-// sightings. Empty if a solve fails.
+// Returns an estimate for testing the prediction of `part`. The poses of that part's moments are estimated from its own
+// sightings, and everything else from the other parts. Empty if a solve fails.
 std::optional<Estimate> trainedWithout(const Observations &observations, const std::vector<int> &partOf, int part,
                                        const Freedom &freedom, const Estimate &estimate) {
     SolveOptions training;

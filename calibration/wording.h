@@ -12,9 +12,9 @@ namespace calibration {
 // Returns the text with a capital first letter. A text that starts with a quotation mark stays as it is.
 std::string capitalised(std::string text);
 
-// Returns "pattern 3" or "patterns 3 and 7" if all these prints have numbers. Otherwise, returns only the list, such as
-// "3 and "the plate"". In the list, a print without a number is called by its name in quotation marks, or "the target"
-// if it has no name either.
+// Returns "pattern 3" or "patterns 3 and 7" if all these prints have numbers. Otherwise, returns the list without the
+// word "patterns". In the list, a print without a number is called by its name in quotation marks, or "the target" if
+// it has no name either.
 std::string namesOf(const Observations &observations, const std::vector<int> &prints);
 
 // Returns "1 corner" or "5 corners".

@@ -27,6 +27,7 @@ namespace {
 }
 
 // Returns the name of the file that a link leads to. Returns `fileName` if it is not a link or if there is no file yet.
+// Throws FileWriteError if the link leads nowhere.
 std::string followLinks(const std::string &fileName) {
     struct stat status {};
     if (lstat(fileName.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
@@ -39,8 +40,8 @@ std::string followLinks(const std::string &fileName) {
     return resolved.get();
 }
 
-// Returns the permissions of the file to be replaced; 0 if there is none. Throws FileWriteError if the target must not
-// be replaced.
+// Returns the permissions of the file to be replaced; 0 if there is no such file yet. Throws FileWriteError if the
+// target is not a regular file or is write-protected.
 mode_t permissionsOf(const std::string &target, const std::string &fileName) {
     struct stat status {};
     if (stat(target.c_str(), &status) != 0) {

@@ -68,8 +68,8 @@ cv::Mat oneChannel(const cv::Mat &picture) {
     return grey;
 }
 
-// Returns the level above which there is only about one pixel in 2,000. This pixel may be a defect of the camera. If
-// the level is 0, returns the greatest level in the picture.
+// Returns the level that only about one pixel in 2,000 exceeds. A few hot pixels do not change it. If it is 0, returns
+// the greatest level in the picture.
 float lightestLevel(const cv::Mat &real) {
     std::vector<float> levels;
     levels.reserve(real.total());

@@ -17,7 +17,8 @@
 
 namespace {
 
-// How long a tip is still shown, in milliseconds, after a mouse button or after the mouse has left the tip's area.
+// Milliseconds until a tip is hidden: after a mouse button was used or the window lost the focus, and after the mouse
+// left the place that the tip is about.
 constexpr int PressHideInterval = 500;
 constexpr int LeaveHideInterval = 10000;
 

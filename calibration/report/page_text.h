@@ -8,8 +8,8 @@
 
 namespace calibration {
 
-// Escapes a text for HTML, within elements and quoted attributes. Bytes that are not UTF-8 and characters that XML
-// forbids become U+FFFD.
+// Escapes a text, so that it can be the content of an HTML element or of an attribute in quotation marks. Bytes that
+// are not UTF-8 and characters that XML forbids become U+FFFD.
 std::string escaped(std::string_view text);
 
 // Returns the value with this many decimal places; "–" if it is not finite.
@@ -30,7 +30,8 @@ std::string base64(std::string_view bytes);
 // Make a cell of a table from HTML. The first function is for text, the second one for a number.
 std::string cell(const std::string &html);
 std::string numberCell(const std::string &html);
-// Returns a table's heading row from HTML texts. A '>' at the beginning of a text says that its column has numbers.
+// Returns a table's heading row from HTML texts. A '>' at the beginning of a text says that its column has numbers. It
+// is not shown.
 std::string headings(std::initializer_list<const char *> texts);
 
 }  // namespace calibration
