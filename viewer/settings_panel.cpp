@@ -75,8 +75,8 @@ SettingsPanel::SettingsPanel(QWidget *parent)
     gridSpacing->setSpecialValueText(tr("as printed"));
     boardSquare->setSpecialValueText(tr("unknown"));
     arrangement->setToolTip(tr("How the photographs belong together.") + link("arrangement"));
-    lens->setToolTip(tr("The lens model. LmView can choose the one that best predicts photographs left out of its "
-                        "computation.") +
+    lens->setToolTip(tr("The lens model. LmView can choose the one that best predicts photographs that were not used "
+                        "to compute it.") +
                      link("lens"));
     gridSpacing->setToolTip(tr("Twice the side of a square, or the distance from mark to mark. Enter it for Flexible "
                                "patterns, and for plates that do not encode it.") +
