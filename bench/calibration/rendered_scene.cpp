@@ -24,8 +24,8 @@ constexpr int corners = 15;  // along a side of an assembly's pattern
 struct Target {
     std::shared_ptr<const reader_bench::SyntheticTarget> drawn;
     cv::Point2d middle;  // the origin of the print's coordinates, in pitches from the pattern's top-left corner
-    std::shared_ptr<const reader_bench::PaperSheet> sheet;
-    double pitch = 1;  // mm
+    std::shared_ptr<const reader_bench::PaperSheet> sheet;  // null if the print is flat
+    double pitch = 1;                                       // mm
 };
 
 Target targetOf(const PrintDraft &print, int number, double bend) {
