@@ -1,5 +1,5 @@
 // Simulates many calibrations of one scene and tests that errors are as large as the estimated covariance predicts.
-// Also tests when there is no covariance.
+// Also tests in which cases there is no covariance.
 #include "calibration/covariance.h"
 
 #include <gtest/gtest.h>
