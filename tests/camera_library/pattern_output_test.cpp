@@ -104,9 +104,9 @@ TEST_F(PatternOutput, placesPointsToAMicrometre) {
     }
 }
 
-// Preview and PDF are filled by different rasterisers. A pixel of the preview is compared with the mean of many pixels
-// of the page. Positions on the page are rounded to whole pixels of the page, so the pixel and the mean differ by a few
-// grey levels.
+// Preview and PDF are filled by different rasterisers. Each pixel of the preview is compared with the mean of the
+// 16 x 16 pixels of the page at the same place. Positions on the page are rounded to whole pixels of the page, so the
+// pixel and the mean differ by a few grey levels.
 TEST_F(PatternOutput, previewsWhatItPrints) {
     constexpr int times = 16;
     constexpr int imageSize = 200;
