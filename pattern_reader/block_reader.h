@@ -12,7 +12,7 @@
 
 namespace pattern_reader {
 
-// The block's bits as they were seen, before any repair. Bits in `unknown` were not seen clearly.
+// The block's bits as they were seen, before any repair. A bit is set in `unknown` if it was not seen clearly.
 struct SeenBlock {
     std::uint64_t bits = 0;
     std::uint64_t unknown = ~std::uint64_t(0);

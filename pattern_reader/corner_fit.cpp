@@ -145,7 +145,7 @@ void addPrior(NormalEquations<everything.size()> &equations, const CornerBorders
 }
 
 // Estimates residual, noise and sigma from the errors. Noise and sigma use only the part of the errors that changes
-// sign after half a turn, see corner_fit.h.
+// sign after half a turn, see corner_fit.h. Sigma also uses the prior's noise.
 void assess(const Window &window, const CornerPrior &prior, double positionVariance, CornerFit &fit) {
     const size_t pairs = window.count() / 2;
     float odd = 0;

@@ -5,7 +5,8 @@
 // The local lattice. The patch is a rectangle of cells in any orientation, but not mirrored: its columns and rows run
 //   like a picture's x and y, to the right and downwards. A cell is 0, 1 or unknown; cells outside the pattern, or not
 //   seen clearly, should be unknown.
-// Certainty. The place that is returned is the likeliest one, but it can still be wrong. Check the chance that random
+// Certainty. The place that is returned is the likeliest one found, but it can still be wrong. Check the chance that
+// random
 //   bits match some place equally well (Location::chanceLog10), and how well the next best place matches. isCertain
 //   does both.
 // Threads. An index does not change after its construction and may be used from any thread. It takes about 4 MB.
