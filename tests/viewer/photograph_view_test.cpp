@@ -128,7 +128,7 @@ void PhotographViewTest::initTestCase() {
     photograph.readings = readings;
     QVERIFY(picture.save(photograph.path));
 
-    // The first two corners are close together, so only the larger residual, that of the first, is drawn.
+    // The two corners of the first print are close together, so only the larger of the two residuals is drawn.
     known.add(0, 0, true, {{{700, 300}, {0.3, 0.1}}, {{692, 302}, {0.05, 0}}});
     known.add(0, 1, false, {{{200, 600}, {-0.2, 0}}});
 }

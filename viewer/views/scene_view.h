@@ -1,6 +1,6 @@
 // The tab "Scene". It shows the prints of the first group (prints that photographs link), the cameras that saw them,
-// and the chosen coordinate system in three dimensions. Dragging with the left button and the arrow keys turn the
-// scene. Dragging with Shift or with another button moves it. The wheel and the keys + and - zoom. A double click
+// and the chosen coordinate system in three dimensions. Dragging with the left button turns the scene, and so do the
+// arrow keys. Dragging with Shift or with another button moves it. The wheel and the keys + and - zoom. A double click
 // restores the first view.
 #pragma once
 
