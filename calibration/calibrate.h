@@ -107,8 +107,8 @@ struct ModelOrigin {
     int photographs = 0;
 };
 
-// The summary of the result. `advice` says what to do; the most useful advice comes first. The list is empty if nothing
-// needs to be done.
+// The summary of the result. `advice` says what to do: first for each camera, then for all of them. The list is empty
+// if nothing needs to be done.
 enum class Grade { Good, Usable, Poor };
 struct Verdict {
     Grade grade = Grade::Poor;

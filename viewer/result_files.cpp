@@ -25,7 +25,7 @@ std::string jpegOf(const QImage &picture) {
 }
 
 QByteArray reportBytes(const std::string &page, bool isPdf) {
-    const QByteArray bytes = isPdf ? reportPdf(page) : QByteArray::fromStdString(page);
+    QByteArray bytes = isPdf ? reportPdf(page) : QByteArray::fromStdString(page);
     if (bytes.isEmpty()) {
         throw std::runtime_error("The report could not be converted to a PDF.");
     }
