@@ -111,7 +111,7 @@ Scene makeChain() {
     return scene;
 }
 
-TEST(StartPoses, linkTheCamerasOfARigThroughEachOther) {
+TEST(StartPoses, linkTheCamerasOfARigThroughOtherCameras) {
     const Scene scene = makeChain();
     for (int camera = 0; camera < 3; camera++) {
         EXPECT_EQ(rigOrigin(scene.observations, camera), 0);

@@ -86,7 +86,7 @@ class ReportPdfTest : public QObject {
 private slots:
     void hasEveryPartInOrder();
     void drawsFiguresWithTheirCaptions();
-    void showsGradesAndWhatIsLeftOutInColour();
+    void showsGradesAndLeftOutRowsInColour();
     void keepsTheFormOfTables();
     void refusesAPageThatIsNotXml();
 };
@@ -126,7 +126,7 @@ void ReportPdfTest::drawsFiguresWithTheirCaptions() {
     QVERIFY2(bars > 2 * 470 * 235 && bars < 2 * 500 * 250, qPrintable(QString::number(bars)));
 }
 
-void ReportPdfTest::showsGradesAndWhatIsLeftOutInColour() {
+void ReportPdfTest::showsGradesAndLeftOutRowsInColour() {
     const QTemporaryDir folder;
     QVERIFY(!textsOf(pageWith("poor", ""), folder).isEmpty());
     QVERIFY(pixelsLike(red, folder) > 500 && pixelsLike(green, folder) == 0);

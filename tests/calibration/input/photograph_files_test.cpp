@@ -11,7 +11,7 @@
 namespace calibration {
 namespace {
 
-TEST(PhotographList, findsPicturesInAFolderOrByAPattern) {
+TEST(PhotographList, findsPicturesInAFolderOrByWildcard) {
     const TemporaryFolder folder;
     for (const char *name : {"left10.PNG", "left2.png", "right1.jpg", "notes.txt", "b.Tiff"}) {
         writeBytes(folder.file(name), "");
@@ -84,7 +84,7 @@ std::string jpegWith(const std::string &maker, const std::string &model, const s
     return std::string("\xFF\xD8\xFF\xE1") + char(length >> 8) + char(length & 0xFF) + data + "\xFF\xD9";
 }
 
-TEST(ExifCamera, tellsTwoCamerasOfAModelApart) {
+TEST(ExifCamera, tellsTwoCamerasOfTheSameModelApart) {
     const TemporaryFolder folder;
     const std::string path = folder.file("a.jpg");
     struct Row {
