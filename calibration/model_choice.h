@@ -16,7 +16,8 @@ struct LensStart {
 };
 
 // Returns start values of a camera's lens, the best first: one for `model` if that is given, otherwise one for a
-// pinhole and one for a fisheye. Empty if the camera has no usable sighting.
+// pinhole and one for a fisheye. Start values that cannot be found are left out, so the result is empty if, for
+// example, the camera has no usable sighting.
 std::vector<LensStart> startLenses(const Observations &observations, int camera, std::optional<LensModel> model);
 
 struct LensChoice {
@@ -29,8 +30,9 @@ struct LensChoice {
 LensChoice chooseLens(const Observations &observations, int camera, const std::vector<LensStart> &starts,
                       const std::vector<Bend> &bends, const std::vector<MeasuredPrint> &measured);
 
-// Returns the bend of each print. Compares flat prints with bent ones on the sightings of all cameras. Starts from the
-// estimate and keeps its lens models.
+// Returns the bend of each print. Compares flat prints with bent ones on the sightings of all cameras. A print also
+// counts as flat if its bend is not clearly larger than the bend's uncertainty. Starts from the estimate and keeps its
+// lens models.
 std::vector<Bend> chooseBends(const Observations &observations, const Estimate &estimate,
                               const std::vector<MeasuredPrint> &measured);
 
