@@ -30,9 +30,9 @@ struct LensChoice {
 LensChoice chooseLens(const Observations &observations, int camera, const std::vector<LensStart> &starts,
                       const std::vector<Bend> &bends, const std::vector<MeasuredPrint> &measured);
 
-// Returns the bend of each print. Compares flat prints with bent ones on the sightings of all cameras. A print also
-// counts as flat if its bend is not clearly larger than the bend's uncertainty. Starts from the estimate and keeps its
-// lens models.
+// Returns the bend of each print. Compares flat prints with bent ones on the sightings of all cameras. After that,
+// lowers the order of every bend whose highest order is not clearly larger than its uncertainty. Starts from the
+// estimate and keeps its lens models.
 std::vector<Bend> chooseBends(const Observations &observations, const Estimate &estimate,
                               const std::vector<MeasuredPrint> &measured);
 
