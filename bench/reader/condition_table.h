@@ -74,7 +74,7 @@ struct Row {
 };
 
 // Sums up the patterns that `pick` selects. False places and false values belong to a picture and not to a pattern, so
-// all of a picture's are counted if any of its patterns is selected.
+// all those of a picture are counted if any of its patterns is selected.
 using Pick = std::function<bool(const PictureResult &picture, const PatternResult &pattern)>;
 Row rowOf(const std::vector<PictureResult> &results, const Pick &pick);
 
