@@ -63,12 +63,12 @@ struct Observations {
     int moments = 0;
 };
 
-// Returns the first camera of the rig that a camera belongs to. Cameras that took photographs at the same moment form a
-// rig.
+// Returns the first camera of the rig that a camera belongs to. Cameras that took photographs at the same moment belong
+// to one rig. Two cameras of a rig may be linked only through others.
 int rigOrigin(const Observations &observations, int camera);
 
-// Prints that photographs link with each other form a group. Each group has a world of its own, in which the pose of
-// its first print is the identity.
+// Prints that photographs link, directly or through other prints, form a group. Each group has a world of its own, in
+// which the pose of its first print is the identity.
 struct Estimate {
     std::vector<Eigen::VectorXd> intrinsics;  // of each camera, in the order of lens_model.h
     std::vector<RigidMotion> cameraFromRig;   // the identity for the first camera of a rig

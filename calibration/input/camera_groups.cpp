@@ -52,10 +52,10 @@ std::vector<Group> groupsOf(const std::vector<PhotographOrigin> &photographs) {
     return groups;
 }
 
-// Returns the reason why a group is not a camera; empty if it is one. Of the groups to which the user gave the same
-// name, only the one with the most photographs is a camera. If several have the most, it is the first of these. A group
-// without a name is not a camera if it has at most three photographs and another group without a name has at least five
-// times as many photographs.
+// Returns the reason why the photographs of a group are left out; empty if the group is a camera. Of the groups to
+// which the user gave the same name, only the one with the most photographs is a camera. If several have the most, it
+// is the first of these. A group without a name is not a camera if it has at most three photographs and another group
+// without a name has at least five times as many photographs.
 std::string reasonAgainst(const Group &group, const std::vector<Group> &groups) {
     for (const Group &other : groups) {
         const size_t count = group.photographs.size();

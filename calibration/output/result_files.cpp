@@ -44,7 +44,8 @@ void addCamera(ResultFiles &result, const SolvedCamera &camera) {
     add(result, name + ".cameramodel", mrcalFile(camera), camera);
 }
 
-// Adds an omission for each of these cameras that is not in the file, because the file's format has no such lens model.
+// Adds an omission for each camera whose lens model the file's format cannot express. The file leaves out these
+// cameras.
 void noteMissing(ResultFiles &result, const std::string &file, const std::vector<SolvedCamera> &cameras,
                  bool (*has)(LensModel)) {
     for (const SolvedCamera &camera : cameras) {
