@@ -14,7 +14,7 @@ namespace {
 
 using P = PatternParameter;
 
-// The inner corners of a board whose squares are one tile of the position code.
+// Columns and rows of the inner corners of a board that shows one tile of the position code.
 constexpr std::array<int, 2> tileCorners{pattern_code::tileSide - 1, pattern_code::tileSide - 1};
 
 PatternGeometry drawCheckerboard(const PatternDescription &description, const CodeCells *code) {
