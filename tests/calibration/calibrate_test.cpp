@@ -333,8 +333,8 @@ TEST(Calibrate, choosesModelsAgainOnlyIfThePreviousChoiceIsOutOfDate) {
         Calibration previous = calibrationOf(scene);
         previous.modelOrigin = {LensModel::Pinhole5, true, row.photographs};
         previous.observations.sightings.clear();
-        // No corner needs this bend. It stays if the previous models are kept, and disappears if models are chosen
-        // again.
+        // The corners of the first print do not need this bend. It stays if the previous models are kept, and
+        // disappears if models are chosen again.
         previous.freedom.shapes[0] = {PrintShape::ratio, 3, 4, 5};
         CalibrateOptions options;
         options.previous = std::make_shared<Calibration>(previous);

@@ -107,7 +107,7 @@ TEST_F(SavePatternsTest, dialogOpensInTheFolderChosenLastEvenIfNoFileWasWritten)
     save(window, folder.filePath("a/target"));
     EXPECT_EQ(offeredFolder(window), folder.filePath("a"));
     scripted_lmlib64::failCommand("GenerateCalibrationPattern", "NotWritten", "There is no room.");
-    // The error report opens before click() returns, so what closes it must be installed before.
+    // The error report opens while click() is still running, so the code that closes it is set up before the click.
     const auto message = driven_window::closeNextMessageBox();
     save(window, folder.filePath("b/target"));
     EXPECT_TRUE(message->endsWith("NotWritten: There is no room.")) << message->toStdString();
