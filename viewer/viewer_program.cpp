@@ -68,8 +68,8 @@ Arguments parse(const QStringList &given) {
 
 int runViewer(int argc, char **argv) {
     // The arguments are parsed before the application is made, because --help and --version need no display. But if
-    // they contain one of these three options of the toolkit, they are parsed after the application has removed this
-    // option and its value from them.
+    // they contain -platform, -style or -display, which belong to the toolkit, they are parsed after the application
+    // has removed this option and its value from them.
     QStringList given;
     for (int i = 1; i < argc; ++i) {
         given << QString::fromLocal8Bit(argv[i]);

@@ -12,7 +12,7 @@
 
 enum class LiveState {
     NoPattern,  // fewer than eight corners
-    Moving,     // the target was not still in each of the last three frames
+    Moving,     // the target has not yet been still for three frames in a row
     Blurred,
     Known,   // a photograph with a similar view exists
     Enough,  // another photograph would hardly improve the calibration
