@@ -8,7 +8,7 @@ namespace calibration {
 Eigen::VectorXd lensPrior(const Camera &camera, const Eigen::VectorXd &intrinsics) {
     constexpr Eigen::Index firstOfDenominator = pinholeParameters + 5;
     constexpr Eigen::Index firstOfPrism = pinholeParameters + 8;
-    // Standard deviations of single terms in the farthest corner of the picture; lens_prior.h gives the reasons.
+    // The standard deviation of each term in the farthest corner of the picture; lens_prior.h gives the reasons.
     constexpr double greatestTerm = 0.3;
     constexpr double greatestPrism = 0.005;  // as a share of the squared radius
     Eigen::VectorXd weights = Eigen::VectorXd::Zero(intrinsics.size());

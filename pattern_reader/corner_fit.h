@@ -19,8 +19,8 @@ namespace pattern_reader {
 // The two borders that cross in a corner. In the image (x right, y down) axis 1 is clockwise of axis 0.
 struct CornerBorders {
     std::array<cv::Point2f, 2> steps;  // to the next corner along each axis, pixels
-    // Half the curvature of each border, per pixel; positive if the border bends to the clockwise side of axis 0, or to
-    // the counterclockwise side of axis 1.
+    // Half the curvature of each border, per pixel; positive if the border bends to the side to which the other axis
+    // points.
     std::array<float, 2> bends{0, 0};
     // The distance from each border at which the marks of the squares may begin, in pixels. Pixels that see a mark are
     // left out.
