@@ -34,8 +34,8 @@ public:
     ~ViewerWindow() override;
 
     // Adds photographs and folders to the session, adds pattern files to its settings, and plays a video as the live
-    // source. If `files` contains a session file, that session replaces the present one, and no photographs or pattern
-    // files are added.
+    // source. If `files` contains a session file, that session replaces the present one, and the other files are
+    // ignored.
     void open(const QStringList &files);
     void setArrangement(Arrangement arrangement);
     // Write the result's files, or its report. Return an empty text, or the reason why nothing was written. There must

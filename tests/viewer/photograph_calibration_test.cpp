@@ -21,7 +21,7 @@ constexpr double distanceMm = 600;  // from the camera to the patterns; the true
 
 // How a pattern was printed.
 struct Printed {
-    int tile = 1;                 // 0 for a plain board; the number of an assembly's pattern is one less
+    int tile = 1;  // one more than the number of an assembly's pattern; 0 for a plain board, -1 for a Flexible pattern
     double gridSpacing = 24;      // mm
     Eigen::Vector2d scale{1, 1};  // length in the print divided by nominal length, in x and y
     RigidMotion worldFromPrint;
@@ -37,8 +37,8 @@ PatternReading readingOf(const Printed &printed, const RigidMotion &cameraFromWo
     Eigen::VectorXd intrinsics(8);
     intrinsics << 1100, 1090, 610, 440, -0.1, 0.02, 0.001, -0.0005;
     PatternReading reading;
-    reading.kind = printed.tile > 0 ? PatternKind::Tile : PatternKind::Board;
-    reading.tile = printed.tile;
+    reading.kind = printed.tile > 0 ? PatternKind::Tile : printed.tile == 0 ? PatternKind::Board : PatternKind::Plane;
+    reading.tile = std::max(printed.tile, 0);
     for (int row = 2; row <= 14; row += 3) {
         for (int column = 2; column <= 14; column += 3) {
             const Eigen::Vector2d drawn = printed.gridSpacing / 2 * Eigen::Vector2d(column - 8, row - 8);
@@ -111,6 +111,25 @@ TEST(PhotographCalibration, usesWhatTheUserMeasured) {
     }
     // The corners alone would show the ratio of width to height, too. So this checks what the calibration was told.
     EXPECT_NEAR(result.calibration->freedom.priors[1].mean[PrintShape::ratio], std::log(1.004 / 0.998), 1e-9);
+}
+
+TEST(PhotographCalibration, usesAMeasurementOnlyIfOnePrintCanBeMeant) {
+    Printed board;
+    board.tile = 0;
+    Printed flexible;
+    flexible.tile = -1;
+    flexible.worldFromPrint = {{0, 0.3, 0}, {190, 0, 0}};
+    SessionSettings settings = fixedModels();
+    settings.arrangement = Arrangement::Assembly;
+    settings.board = QSize(5, 5);
+    settings.boardSquare = 36;
+    settings.measured[-1] = {1.004, 0.998};
+    const SessionResult both = resultOf(photographsOf({board, flexible}), settings);
+    ASSERT_EQ(both.calibration->prints.size(), 2U);
+    EXPECT_FALSE(both.calibration->prints[0].isMeasured || both.calibration->prints[1].isMeasured);
+    EXPECT_NE(both.calibration->notices.back().find("are not used"), std::string::npos);
+    const SessionResult alone = resultOf(photographsOf({flexible}), settings);
+    EXPECT_TRUE(alone.calibration->prints[0].isMeasured);
 }
 
 TEST(PhotographCalibration, leavesOutAPhotographWhoseFileIsIncomplete) {

@@ -69,15 +69,30 @@ private:
 };
 
 // Returns the measured sizes in the form that the calibration needs: by the index of the print. In the settings, they
-// are listed by pattern number. Sizes of patterns that are not among the prints are dropped.
+// are listed by pattern number. Sizes of patterns that are not among the prints are dropped. A size that may belong to
+// several prints is dropped, too, and a notice says so.
 std::vector<calibration::MeasuredPrint> measuredPrints(const SessionSettings &settings,
-                                                       const Observations &observations) {
+                                                       const Observations &observations,
+                                                       std::vector<std::string> &notices) {
     std::vector<calibration::MeasuredPrint> measured;
+    bool isAmbiguous = false;
     for (size_t i = 0; i < observations.prints.size(); ++i) {
         const auto entry = settings.measured.find(observations.prints[i].number);
-        if (entry != settings.measured.end()) {
-            measured.push_back({int(i), {entry->x(), entry->y()}});
+        if (entry == settings.measured.end()) {
+            continue;
         }
+        if (canBeMeasured(observations, i)) {
+            measured.push_back({int(i), {entry->x(), entry->y()}});
+        } else {
+            isAmbiguous = true;
+        }
+    }
+    if (isAmbiguous) {
+        notices.push_back(
+            QCoreApplication::translate("PhotographCalibration",
+                                        "The lengths that were entered for a print without a number are not used, "
+                                        "because several prints here have none.")
+                .toStdString());
     }
     return measured;
 }
@@ -98,12 +113,13 @@ void calibrateInto(SessionResult &result, const CollectedObservations &collected
                    CalibrateOptions options) {
     options.lens = settings.lens;
     options.mayBend = settings.mayBend;
-    options.measured = measuredPrints(settings, collected.observations);
+    std::vector<std::string> notices = collected.notices;
+    options.measured = measuredPrints(settings, collected.observations, notices);
     if (options.previous && !areAlike(options.previous->observations, collected.observations)) {
         options.previous = nullptr;
     }
     auto calibration = calibration::calibrate(collected.observations, options);
-    calibration.notices.insert(calibration.notices.end(), collected.notices.begin(), collected.notices.end());
+    calibration.notices.insert(calibration.notices.end(), notices.begin(), notices.end());
     result.calibration = std::make_shared<const calibration::Calibration>(std::move(calibration));
     describeFits(result);
 }
@@ -148,4 +164,10 @@ SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs
         result.problem = QString::fromStdString(error.what());
     }
     return result;
+}
+
+bool canBeMeasured(const Observations &observations, size_t print) {
+    const int number = observations.prints[print].number;
+    return std::count_if(observations.prints.begin(), observations.prints.end(),
+                         [number](const calibration::Print &other) { return other.number == number; }) == 1;
 }

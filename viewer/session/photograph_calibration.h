@@ -12,3 +12,7 @@
 // background thread.
 SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
                                    const calibration::CalibrateOptions &options);
+
+// True if SessionSettings::measured can name this print, so no other print has the same number. Only the patterns of an
+// assembly have numbers.
+bool canBeMeasured(const calibration::Observations &observations, size_t print);

@@ -36,7 +36,7 @@ struct SessionSettings {
     std::optional<QSize> board;    // columns and rows of inner corners of a plain checkerboard, at least 3 x 3
     double boardSquare = 0;        // mm; 0 if unknown
     QStringList patternFiles;      // JSON or PDF files of the printed patterns
-    QMap<int, QPointF> measured;   // by pattern number: measured size divided by drawn size, in x and y
+    QMap<int, QPointF> measured;   // measured size / drawn size in x and y, by pattern number; -1: no number
     std::optional<int> reference;  // the results have the axes of the pattern with this number, see chosenAxes()
     // The corners at the origin, on the x axis, and in the plane of x and y. If they are set, they define the axes
     // instead of the reference pattern.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "viewer/session/photograph_calibration.h"
 #include "viewer/views/drawing.h"
 
 using calibration::PrintShape;
@@ -142,6 +143,14 @@ void PatternsView::fillRow(int row, int print) {
         measured == settings.measured.end()
             ? QString("–")
             : QString("%1 x %2").arg(barLength * measured->x()).arg(barLength * measured->y()));
+    if (!canBeMeasured(calibrated()->observations, size_t(print))) {
+        QTableWidgetItem *item = table->item(row, Measured);
+        item->setText("–");
+        item->setFlags(item->flags() & ~Qt::ItemIsEditable);
+        item->setToolTip(
+            tr("Several prints here have no number, so entered lengths could belong to any of them. "
+               "Calibrate this print alone to enter its lengths."));
+    }
     if (!trust.isDetermined && !trust.isMeasured) {
         table->item(row, ScaleX)->setToolTip(tr("The photographs tell little about the scale of this print."));
         table->item(row, ScaleX)->setText("≈ " + table->item(row, ScaleX)->text());
