@@ -57,7 +57,8 @@ int main(int count, char **arguments) {
         if (count < 3) {
             throw std::runtime_error("Usage: calibrate_target PATTERN.json PICTURE...");
         }
-        const auto patterns = pattern_reader::loadPrintedPatterns(arguments[1]);
+        auto patterns = pattern_reader::loadPrintedPatterns(arguments[1]);
+        patterns.erase(patterns.begin() + 1, patterns.end());  // of an assembly, only the first pattern is used
         Observations observations;
         const PointIndex index = addPrint(patterns.front(), observations);
         for (int i = 2; i < count; ++i) {
