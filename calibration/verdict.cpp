@@ -15,7 +15,7 @@ namespace {
 // about 0.1 px.
 constexpr double goodUncertainty = 0.2;
 constexpr double usableUncertainty = 1;
-// A part of the picture with a greater uncertainty is useless: no photograph shows the target there.
+// A part of the picture with a greater uncertainty is useless. Usually no photograph shows the target there.
 constexpr double uselessUncertainty = 5;
 constexpr double greatestRms = 1;  // pixels
 constexpr int fewPhotographs = 8;

@@ -38,9 +38,9 @@ if(MSVC)
   add_link_options(/MANIFEST:NO) # the programs' resources contain the manifest
 endif()
 
-# GNU ld for Windows searches an archive, or an import library, only for symbols that earlier files need. If an archive
-# needs other archives, CMake puts these at the end, after an import library that they may need. So all libraries are
-# searched as a group, that is, repeatedly.
+# GNU ld for Windows searches each archive and import library once, for symbols that earlier files need. CMake's order
+# may put an archive after an import library whose symbols the archive needs. So all libraries are searched as a group,
+# that is, repeatedly.
 if(MINGW)
   foreach(language IN ITEMS C CXX)
     string(REPLACE "<LINK_LIBRARIES>" "-Wl,--start-group <LINK_LIBRARIES> -Wl,--end-group"

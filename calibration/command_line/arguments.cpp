@@ -218,7 +218,7 @@ void addInputOptions(shell::CommandLine &line, Arguments &arguments) {
              "and level; may be repeated")
         .typeName("[NAME=]FILE")
         .oneValueEachTime();
-    line.add("--image-size", texts.imageSize, "Size of the pictures of --corners, if their files are absent")
+    line.add("--image-size", texts.imageSize, "Size of the pictures of --corners; by default that of their files")
         .typeName("WxH")
         .needs("--corners");
     line.add("--jobs", arguments.jobs, "Photographs to read at the same time; if 0, one for each processor")
