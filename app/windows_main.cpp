@@ -30,7 +30,8 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     if (wideArguments == nullptr) {
         return -1;
     }
-    // `arguments` owns the texts. The toolkit removes the arguments that it uses from `vector`.
+    // `arguments` owns the texts. `vector` has pointers to them, and the toolkit removes from it the arguments that it
+    // uses.
     std::vector<Argument> arguments;
     std::vector<char *> vector;
     for (int i = 0; i < count; ++i) {

@@ -44,7 +44,7 @@ Time timeOf(Call call) {
     return now() - start;
 }
 
-// Returns a quantile: the given share of all values does not exceed it. A share of 0.5 gives the median.
+// Returns a quantile: the value below which about this share of the values lies. A share of 0.5 gives the median.
 inline double quantile(std::vector<double> values, double share) {
     const auto at = values.begin() + std::lround(share * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), at, values.end());

@@ -16,9 +16,9 @@ namespace calibration {
 
 namespace {
 
-// The first radius of the trust region if the estimate is near the solution. With Ceres's default of 1e4, the first
-// steps would be only half as long as they should be along directions in which parameters of a lens nearly have the
-// same effect.
+// The first radius of the trust region if the estimate is near the solution. Some parameters of a lens have nearly the
+// same effect, so they can be changed together with hardly any change of the residuals. In such directions, Ceres's
+// default radius of 1e4 would make the first steps only half as long as they should be.
 constexpr double nearRadius = 1e8;
 
 class SightingCost : public ceres::CostFunction {

@@ -13,8 +13,8 @@ namespace calibration {
 
 namespace {
 
-// If the residuals of a sighting scatter by more than this many standard deviations of good corners, even in the pose
-// that fits best, then no pose explains the sighting.
+// A limit for the standard deviation of a sighting's residuals (scaleOfLengths()), as a multiple of that of good
+// corners. If it is not below this limit even in the pose that fits best, no pose explains the sighting.
 constexpr double greatestScaleAlone = 3;
 // The same limit while focal lengths are tried in steps of 4 %. It is higher than greatestScaleAlone, because the exact
 // focal length may lie between two steps.

@@ -1,10 +1,11 @@
 // The input and the result of a calibration, as plain values. The input has cameras, photographs, prints and observed
 // corners. The result is the estimate of all unknowns.
 //
-// The axes of a world are those of its first print's drawing (see Estimate): seen from the printed side, x points to
-// the right, y points down, and z points into the plate. The axes of a rig are those of its first camera. In a camera's
-// axes, x points to the right, y points down, and the camera looks along z. Lengths are in millimetres, angles in
-// radians, and image coordinates in pixels with the centre of the top-left pixel at (0, 0).
+// Prints that are linked by photographs share a coordinate system, which is called their world (see Estimate). Its axes
+// are those of the drawing of its first print: seen from the printed side, x points to the right, y points down, and z
+// points into the print. The axes of a rig are those of its first camera. In a camera's axes, x points to the right, y
+// points down, and the camera looks along z. Lengths are in millimetres, angles in radians, and image coordinates in
+// pixels with the centre of the top-left pixel at (0, 0).
 #pragma once
 
 #include <Eigen/Core>
@@ -34,7 +35,7 @@ struct Photograph {
 
 struct Print {
     std::string name;
-    int number = -1;                      // of the pattern in its assembly, from 0; -1 if it has none
+    int number = -1;                      // the pattern's number in its assembly, from 0; -1 if the print has none
     std::vector<Eigen::Vector2d> points;  // the drawn corners or marks
     // Column and row of each point, as in the pattern file; empty if the points form no grid.
     std::vector<Eigen::Vector2i> cells;
@@ -64,11 +65,12 @@ struct Observations {
 };
 
 // Returns the first camera of the rig that a camera belongs to. Cameras that took photographs at the same moment belong
-// to one rig. Two cameras of a rig may be linked only through others.
+// to one rig. Two cameras can belong to one rig without ever having taken a photograph at the same moment, if other
+// cameras link them.
 int rigOrigin(const Observations &observations, int camera);
 
-// Prints that photographs link, directly or through other prints, form a group. Each group has a world of its own, in
-// which the pose of its first print is the identity.
+// Prints that are linked by photographs, directly or through other prints, form a group. Each group has a world of its
+// own, in which the pose of its first print is the identity.
 struct Estimate {
     std::vector<Eigen::VectorXd> intrinsics;  // of each camera, in the order of lens_model.h
     std::vector<RigidMotion> cameraFromRig;   // the identity for the first camera of a rig

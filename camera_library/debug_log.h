@@ -28,7 +28,8 @@ public:
 private:
     mutable std::mutex mutex;
     std::string lines;
-    // Where the oldest line that is not dropped begins in `lines`. write() erases the text before it from time to time.
+    // Where the oldest line that has not been dropped begins in `lines`. The dropped lines before it are still there,
+    // because write() erases them only from time to time.
     std::size_t start = 0;
 };
 

@@ -68,7 +68,8 @@ bool startsWith(const std::wstring &text, const wchar_t *prefix) {
     return text.rfind(prefix, 0) == 0;
 }
 
-// Returns the full name in the form that may be longer than 260 characters, whatever the settings of the system are.
+// Returns the full name with verbatimPrefix, so that it may be longer than 260 characters whatever the settings of the
+// system are. The name of a device stays without this prefix.
 std::wstring longName(const std::string &fileName) {
     const std::wstring given = wideName(fileName);
     if (startsWith(given, verbatimPrefix)) {

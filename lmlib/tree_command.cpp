@@ -91,7 +91,8 @@ bool TreeCommand::finished(std::int32_t *resultOut) const {
         report(resultOut, toleratingAbsence(code));
         return true;
     }
-    // The type is intentionally queried twice: the first query only finds out if there is a command at all.
+    // The type is intentionally queried again. If the first query fails, the command counts as finished. If this one
+    // fails, for example because the slot has been erased in the meantime, the command counts as not finished.
     type = lmLibGetType(&code, command.path().c_str());
     report(resultOut, toleratingAbsence(code));
     return type == LmLibTypeNull;

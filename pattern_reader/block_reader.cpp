@@ -32,9 +32,9 @@ PatternValues valuesOf(const pattern_code::BlockContent &content) {
 
 namespace {
 
-// All blocks of one kind. They are stored as a first block and a list of differences (XOR), one for each free bit of
-// the content. The code is linear, so every block of the kind is the first block combined with some of the differences
-// by XOR.
+// All blocks of one kind. They are stored as a first block and a list of differences (XOR). The code is linear. So if
+// the differences of all free bits of the content can be combined from the list, every block of the kind is the first
+// block combined with some of the differences by XOR.
 struct BlockFamily {
     std::uint64_t first = 0;
     std::vector<std::uint64_t> differences;
@@ -59,8 +59,9 @@ BlockFamily spacingFamily() {
         other.thickness = 1 << bit;
         family.add(other);
     }
-    // In all blocks so far, bit 1 of the spacing is set. Clearing it in the first block would give the spacing 0, so
-    // for bit 1 the loop has only repeated the block of bit 2. The spacing 1 supplies the missing difference.
+    // The difference of bit 1 is still missing, because all blocks so far have bit 1 of the spacing set. (For bit 1,
+    // the loop has added the spacing 6, which gives the difference of bit 2 again.) The spacing 1 differs from the
+    // first block in bits 0 and 1. Since the difference of bit 0 is in the list, this also gives that of bit 1.
     content.gridSpacing = 1;
     family.add(content);
     return family;
@@ -85,8 +86,8 @@ BlockFamily offsetFamily() {
 }
 
 // Finds the smallest word that can result from combining a word with some of a family's differences by XOR. The result
-// is 0 if and only if the word is itself a combination of differences. Bits outside `known` are ignored in the
-// differences, and the word must not have any.
+// is 0 if and only if the word is itself a combination of differences. In the differences, the bits outside `known` are
+// ignored. In the word, the caller must have cleared them.
 class Remainder {
 public:
     Remainder(const BlockFamily &family, std::uint64_t known) {

@@ -27,10 +27,11 @@ SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeM
 // if the block cannot be read with certainty.
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
-// States how well the visible bits of a plate's block agree with the most similar valid block. Plates have two kinds
-// of blocks: with spacing and thickness, and with an offset. `checks` is the number of independent conditions that the
-// visible bits fulfil in every valid block of the same kind as the most similar one. So random bits agree completely
-// with some valid block of this kind with the probability 2^-checks.
+// How well the visible bits of a plate's block agree with the most similar valid block. Plates have two kinds of valid
+// blocks: with spacing and thickness, and with an offset. Consider the valid blocks of the same kind as the most
+// similar one. In these, only some of the visible bits can be chosen freely; the others follow from them. `checks` is
+// the number of these others. So random bits agree completely with some valid block of this kind with the probability
+// 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 
@@ -40,8 +41,9 @@ struct BlockAgreement {
 
 BlockAgreement comparePlateBlock(const SeenBlock &seen);
 
-// Returns the block that would have been seen if the plate were mirrored across the diagonal through the corner with
-// the triangle. Bit 0 becomes unknown, because no dot is at the mirror image of its dot.
+// Returns the block as it would have been seen if the plate were mirrored across the diagonal through the corner with
+// the triangle. Bit 0 becomes unknown: its dot does not lie in the grid of the other dots, so its mirror image is not
+// the place of any dot.
 SeenBlock mirrorPlateBlock(const SeenBlock &seen);
 
 }  // namespace pattern_reader

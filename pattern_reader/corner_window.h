@@ -33,9 +33,9 @@ public:
         ParameterCount
     };
 
-    // Takes those pixels of a disc around the fit's position that are at most `reach` from one of the borders and see
-    // no mark. The radius is limited to largestRadius. False if the disc reaches beyond the picture. If the lists have
-    // no room for all pixels, the disc is made smaller.
+    // Takes those pixels of a disc around the fit's position that are at most `reach` pixels from one of the two
+    // borders, and whose grey level is not affected by a mark. The radius is limited to largestRadius. If the lists
+    // have no room for all these pixels, the disc is made smaller. False if the disc reaches beyond the picture.
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
     // Compares the pixels with the model: sets errors and slopes.
     void compare(const CornerBorders &borders, const CornerFit &fit);

@@ -53,8 +53,9 @@ cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
 // neighbourhood.
 constexpr double unit = reach;
 
-// Returns the bend's terms x^i y^j, sorted by i + j, after byX differentiations with respect to x and byY with respect
-// to y. Here x and y are lengths in the unit above.
+// Returns the values of the bend's terms x^i y^j at `p`, sorted by i + j. If byX or byY is above 0, returns the values
+// of the terms' derivatives instead: byX times with respect to x and byY times with respect to y. `p` is in cells; x
+// and y are in the unit above.
 MarkMap::Terms derivatives(cv::Point2d p, int byX, int byY) {
     const auto powers = [](double v, int times) {
         std::array<double, MarkMap::bendOrder + 1> all{};
@@ -158,7 +159,7 @@ void MarkMap::fitBend(const std::vector<MappedMark> &marks, const std::vector<do
     Cholesky<bendTerms>::Matrix m{};
     Cholesky<bendTerms>::Vector rightX{};
     Cholesky<bendTerms>::Vector rightY{};
-    // Small weights pull all terms towards 0, so there is a bend only if the marks show one.
+    // The small numbers on the diagonal pull all terms towards 0. So terms that the marks do not determine stay near 0.
     for (size_t j = 0; j < bendTerms; j++) {
         m[j][j] = 0.01;
     }
@@ -259,11 +260,12 @@ cv::Point2d MarkMap::centreOffset(cv::Point2d cell, double radius) const {
 
 cv::Point2d MarkMap::bentOffset(cv::Point2d cell, double radius) const {
     const Neighbourhood &here = around(cell);
-    // The computation uses units in which the map without bend is the identity. There, the bend, with the second
-    // derivatives xx, xy and yy, moves the circle's point in direction t by the vector radius² (constant + cosine cos
-    // 2t + sine sin 2t). Only the component of this vector along t, that is, outwards, changes the shape of the
-    // outline. `moved` is the shift of the ellipse that fits the moved outline best. It follows from the terms of this
-    // component that are proportional to cos t and sin t.
+    // The computation uses units in which the linear part of the map at the cell is the identity. In these units, the
+    // quadratic part of the bend moves the circle's point at the angle t by radius² · (constant + cosine · cos(2t) +
+    // sine · sin(2t)). The vectors `constant`, `cosine` and `sine` (below) follow from the bend's second derivatives
+    // xx, xy and yy. Only the component of this shift in the direction t, that is, outwards, changes the shape of the
+    // outline. `moved`, times radius², is the shift of the ellipse that fits the moved outline best. It follows from
+    // the terms of this component that are proportional to cos t and sin t.
     const cv::Matx22d steps = stepsAt(cell);
     const cv::Matx22d toCells = steps.inv();
     const std::array<cv::Vec2d, 3> curvature = here.curvatureAt(cell);

@@ -5,10 +5,9 @@
 // The local lattice. The patch is a rectangle of cells in any orientation, but not mirrored: its columns and rows run
 //   like a picture's x and y, to the right and downwards. A cell is 0, 1 or unknown; cells outside the pattern, or not
 //   seen clearly, should be unknown.
-// Certainty. The place that is returned is the likeliest one found, but it can still be wrong. Check the chance that
-// random
-//   bits match some place equally well (Location::chanceLog10), and how well the next best place matches. isCertain
-//   does both.
+// Certainty. The place that is returned is the likeliest one found, but it can still be wrong. The caller must check
+//   the chance that random bits match some place equally well (Location::chanceLog10), and how well the next best place
+//   matches. isCertain does both.
 // Threads. An index does not change after its construction and may be used from any thread. It takes about 4 MB.
 #pragma once
 
@@ -65,10 +64,11 @@ struct Location {
     CodePlace place;
     int agreeing = 0;
     int disagreeing = 0;
-    // log10 of the average number of places that match a patch of random bits at least as well as this place matches
-    // this patch. -8 means that only one random patch in 10^8 finds such a place.
+    // log10 of the number of places that would, on average, match at least this well if the patch consisted of random
+    // bits. At -8, only one random patch in 10^8 finds such a place.
     double chanceLog10 = 0;
-    // The same counts for the second best of the compared places; both are 0 if only one place was compared.
+    // The same counts for the second best of the compared places. Both are 0 if there is no second one, because places
+    // that clearly do not match are dropped.
     int runnerUpAgreeing = 0;
     int runnerUpDisagreeing = 0;
 };
@@ -94,8 +94,8 @@ public:
     // An index shared by all callers, made at the first call.
     static const PositionIndex &shared();
 
-    // The likeliest of the compared places. Empty if more cells disagree than agree, or equally many, at each of
-    // them.
+    // Returns the best of the compared places. Empty if no place was compared, if all places clearly do not match, or
+    // if at least as many cells disagree as agree at the best one.
     [[nodiscard]] std::optional<Location> locate(const SeenCells &seen, Effort effort = Effort::Full) const;
 
 private:

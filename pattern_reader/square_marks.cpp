@@ -158,10 +158,10 @@ float MarkReader::centreGrey(const Quad &quad) const {
     return sum / 9;
 }
 
-// True if the square's outer parts have the square's colour on average, and if no side is much nearer to the other
-// colour. If a corner of the square was predicted, every side must have at least a trace of the square's own colour.
-// The factor `toLevel` converts a difference from the middle grey to a level that is 1 for the square's own colour.
-// `expected` is the level to which blur reduces this 1.
+// Checks the colour of the square near the middles of its four sides. The factor `toLevel` converts a difference from
+// the middle grey to a level, which is 1 for the square's own colour and -1 for the other colour. `expected` is what
+// blur leaves of the 1. True if the mean of the four levels is high enough and if none is clearly negative. If a corner
+// of the square was predicted, each level must even be slightly above 0.
 bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
     const std::array<cv::Point2f, 4> sides{
         {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};
@@ -211,11 +211,11 @@ MarkReader::Look MarkReader::look(cv::Point cell, SquareReading &reading) const 
 
 using Look = MarkReader::Look;
 
-// At the edge of the measured area, a cover (an object in front of the pattern) can look like the outer half of a
+// At the edge of the measured area, an object in front of the pattern (a cover) can look like the outer half of a
 // square. A cover that is as light as the paper looks like a light square, and one that is as dark as the ink looks
 // like a dark square. But a cover cannot look like two neighbouring squares, because one of them is light and the other
-// is dark. So a square at this edge is doubtful if it has neighbours at the edge that were examined, and none of them
-// looks like a square.
+// is dark. So a square at this edge is doubtful if at least one of its neighbours at the edge was examined and none of
+// those looks like a square.
 class EdgeSquares {
 public:
     // Squares may lie one step outside the corners' extent.

@@ -93,7 +93,8 @@ private:
     QVector<int> selectedIds() const;
 
     Session session;
-    // Shared with the work of `keeping`. The copy is removed when the window is closed and this work has ended.
+    // Shared with the work of `keeping`. When the window has been closed and this work has ended, nobody holds the
+    // object any more, and its destructor removes the copy.
     std::shared_ptr<RecoveryCopy> recovery;
     std::optional<SessionDocument> kept;      // what the copy has; empty if that is not known
     std::optional<SessionDocument> leftOver;  // what a crash left, until the user restores or discards it

@@ -51,8 +51,8 @@ void addLens(const SimulatedScene &scene, const Calibration &result, int camera,
         errors.focalLengths.add(estimate[i] - truth[i], sigmas[size_t(i)]);
         errors.centres.add(estimate[i + 2] - truth[i + 2], sigmas[size_t(i) + 2]);
     }
-    // Takes nine pixels in the part of the picture in which corners were seen, and the directions in which the true
-    // lens sees them. Compares where the estimated and the true lens project these directions.
+    // For nine pixels in the part of the picture in which corners were seen: takes the direction that the true lens
+    // projects to the pixel, and compares where the estimated lens and the true lens project this direction.
     const Camera &what = scene.observations.cameras[size_t(camera)];
     const Eigen::MatrixXd covariance = result.covariance.intrinsics(camera);
     for (const double x : {0.15, 0.5, 0.85}) {

@@ -60,9 +60,9 @@ void addNoise(cv::Mat &image, const Exposure &exposure, std::mt19937 &random) {
     }
 }
 
-// Returns the colour of a pixel of the sensor: 0 for blue, 1 for green, 2 for red. Each square of 2 x 2 pixels has blue
-// and green in its first row, and green and red in its second. OpenCV names this order RG, after the second and the
-// third pixel of the second row of the picture.
+// Returns the colour of a pixel of the sensor: 0 for blue, 1 for green, 2 for red. In each square of 2 x 2 pixels, the
+// first row is blue and green, and the second row is green and red. OpenCV names this order RG, because the second and
+// the third pixel of the picture's second row are red and green.
 int colourAt(int x, int y) {
     return x % 2 + y % 2;
 }
@@ -96,7 +96,8 @@ cv::Mat demosaic(cv::Mat mosaic, const Exposure &exposure) {
     return colours;
 }
 
-// Clips the levels and applies the camera's tone curve, if it has one. The image has one or three channels.
+// Applies the camera's tone curve, if it has one: amplifies the levels, clips them and applies the gamma. The image has
+// one or three channels.
 void bendTones(cv::Mat &image, const Exposure &exposure) {
     if (exposure.toneGain == 1 && exposure.toneGamma == 1) {
         return;

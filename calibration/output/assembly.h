@@ -13,8 +13,8 @@
 namespace calibration {
 
 // Three corners that define the common coordinate system. The first corner is the origin, the x axis goes through the
-// second, and the third is on the side of the positive y axis. Without these corners, the coordinate system is that in
-// which the first print that has a pose is drawn (the one of its pattern file).
+// second, and the third is on the side of the positive y axis. If no corners are given, the coordinate system is that
+// in which the first print that has a pose is drawn, as in its pattern file.
 struct AssemblyAxes {
     struct Corner {
         int pattern = 0;  // Print::number; has no effect if assemblyOf() returns only one print
@@ -39,8 +39,9 @@ struct AssemblyPattern {
     std::vector<AssemblyPoint> points;  // every corner of the print, seen or not
 };
 
-// Returns these prints; none if no print has a pose. Throws std::invalid_argument with a sentence for the user if a
-// corner of `axes` is not in these prints or if the three corners lie on one line.
+// Returns the first print that has a pose and all prints that photographs link with it; none if no print has a pose.
+// Throws std::invalid_argument with a sentence for the user if a corner of `axes` is not in these prints or if the
+// three corners lie on one line.
 std::vector<AssemblyPattern> assemblyOf(const Calibration &calibration, const std::optional<AssemblyAxes> &axes);
 
 }  // namespace calibration

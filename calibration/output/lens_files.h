@@ -1,5 +1,6 @@
 // Makes files with cameras in the formats of OpenCV, ROS, mrcal, Kalibr and COLMAP. Each function whose name ends in
-// File returns the text of a file, or an empty text if the format has no lens model for any of the given cameras.
+// File returns the text of a file. Cameras whose lens model the format does not have are left out. If no camera
+// remains, the text is empty.
 //
 // For COLMAP, the centre of the top-left pixel is (0.5, 0.5). For the other programs and for our calibration, it is
 // (0, 0). Poses are in metres in the files for mrcal and Kalibr.

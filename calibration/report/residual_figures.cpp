@@ -16,8 +16,8 @@ namespace {
 using Eigen::Vector2d;
 using Eigen::Vector3d;
 
-// About this many arrows are drawn for all cameras together. Each camera gets the same share, but at least
-// `fewestArrows`.
+// At most this many arrows are drawn for all cameras together. All cameras get the same share. But if there are so many
+// cameras that the share would be less than `fewestArrows`, each camera gets `fewestArrows`.
 constexpr size_t arrowsInAll = 6000;
 constexpr size_t fewestArrows = 200;
 
@@ -39,8 +39,8 @@ std::vector<CornerResidual> residualsOf(const Calibration &calibration, int came
     return result;
 }
 
-// Returns the factor by which arrows are enlarged: the greatest of the numbers 1, 2 and 5 times a power of ten with
-// which nine in ten arrows are at most `wanted` long. `lengths` and `wanted` have the same unit.
+// Returns the factor by which arrows are enlarged. It is the greatest round number (..., 0.5, 1, 2, 5, 10, 20, ...) for
+// which about nine in ten enlarged arrows are at most `wanted` long. `lengths` and `wanted` have the same unit.
 double enlargement(std::vector<double> lengths, double wanted) {
     if (lengths.empty()) {
         return 1;

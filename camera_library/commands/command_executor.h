@@ -1,5 +1,5 @@
 // Runs the commands in the slots of a tree on one thread, one after the other in the order in which they were started.
-// The thread starts with the first command. A lookup function maps the name of a command to its function.
+// The first command starts the thread. A lookup function returns the function for a command's name.
 //
 // Every function may be called from any thread except the thread that runs the commands.
 #pragma once

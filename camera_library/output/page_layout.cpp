@@ -36,8 +36,8 @@ double wholeSteps(double length) {
 }
 
 // Places one bar to the left of the pattern and the other below it. If the pattern is small, the bars are placed
-// farther away from it, so that they do not overlap each other. `freeX` is the length between the block and the page's
-// margin on its left, `freeY` that below it.
+// farther away from it, so that they do not overlap each other. `block` is the size of the pattern with its quiet zone.
+// `freeX` is the distance from its left side to the page's margin, and `freeY` that from its lower side.
 void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
     const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double reach = longestBar / 2.0;

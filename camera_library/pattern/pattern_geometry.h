@@ -4,10 +4,10 @@
 // Coordinates: the origin is the top-left corner of the outer size, x runs to the right and y down, as seen on the
 // printed side. All shapes lie within the outer size; the quiet zone around it is light.
 //
-// A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole. A mark is one
-// more shape, whether its square is dark or light. An output makes one path of all shapes and fills it by the even-odd
-// rule. So a dark area with a hole need not be divided into pieces, which would leave visible seams at their common
-// edges. Shapes may touch but do not cross. shape_nesting.h finds the shapes that are holes.
+// A point is dark if it lies within an odd number of shapes. So a shape inside another one cuts a hole. A mark is
+// always an additional shape: in a light square it appears dark, and in a dark square it is a hole and appears light.
+// An output fills one path of all shapes by the even-odd rule, so it need not divide dark areas with holes into pieces
+// with visible seams. Shapes may touch but do not cross. shape_nesting.h finds the shapes that are holes.
 #pragma once
 
 #include <vector>
@@ -44,8 +44,8 @@ struct Lattice {
 
     Point at(int column, int row) const { return {first.x + column * pitch, first.y + row * pitch}; }
 
-    // Return the column and the row of the reference point, whose position is the offset of the pattern. The reference
-    // point is the middle point, or the point before the middle if the count is even.
+    // Return the column and the row of the reference point, which lies at the offset of the pattern. It is the middle
+    // point. If the number of columns or rows is even, it is the one just before the middle.
     int referenceColumn() const { return (columns - 1) / 2; }
     int referenceRow() const { return (rows - 1) / 2; }
 };
@@ -56,8 +56,8 @@ struct PatternGeometry {
     double quietZone = 0.0;   // width of the light border around the outer size
     double squareSide = 0.0;  // half the grid spacing
     Lattice lattice;
-    // If the pattern is cut into sheets, the cuts may be this far to the right of a column of the lattice or below a
-    // row of it. There they run between squares, or between marks.
+    // Cuts into sheets are allowed only at exactly this distance to the right of a column of the lattice or below a row
+    // of it, or of the column or row just before the first. There they run between squares, or between marks.
     double cutDistance = 0.0;
     std::vector<Rectangle> rectangles;
     std::vector<Circle> circles;

@@ -48,7 +48,7 @@ public:
 
     LmLibType type() const { return static_cast<LmLibType>(value.index() + 1); }
 
-    // Returns the child of this name; null if there is none or if the node is not an object.
+    // Returns the child with this name; nullptr if there is none or if this node is not an object.
     const Node *find(std::string_view name) const;
 
     Value value;

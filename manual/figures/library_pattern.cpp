@@ -29,8 +29,8 @@ QPointF pairOf(const QJsonValue &value) {
     return {pair[0].toDouble(), pair[1].toDouble()};
 }
 
-// In the file, positions are in the coordinate system of the pattern's offset. In `pattern.points`, they are relative
-// to the top-left corner of the outer size.
+// In the file, the origin is chosen so that the reference point lies at the pattern's offset. In `pattern.points`,
+// positions are relative to the top-left corner of the outer size.
 void readDimensions(const QJsonObject &file, LibraryPattern &pattern) {
     const QPointF outerSize = pairOf(file["OuterSize"]);
     pattern.outerSize = QSizeF(outerSize.x(), outerSize.y());

@@ -35,7 +35,8 @@ wchar_t **CommandLineToArgvW(const wchar_t *line, int *count) {
     return splitFails ? nullptr : splitArguments.data();
 }
 
-// This stand-in converts a euro sign to "E" for the system's code page, and to "?" for any other code page.
+// In this stand-in, every character outside ASCII (here, the euro sign) becomes "E" in the system's code page, and "?"
+// in any other code page.
 int WideCharToMultiByte(unsigned codePage, unsigned /*flags*/, const wchar_t *text, int length, char *target, int size,
                         const char * /*defaultCharacter*/, int * /*usedDefaultCharacter*/) {
     EXPECT_EQ(length, -1);

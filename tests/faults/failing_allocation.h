@@ -8,8 +8,9 @@ namespace failing_allocation {
 
 enum class Failing { Once, FromThenOn };
 
-// Starts to count the calls of all threads, from 1. The call with this number fails with std::bad_alloc. If
-// `failing` is FromThenOn, all later calls fail, too.
+// Starts to count the calls of operator new in all threads; the next one is number 1. The call with the number `call`
+// fails: it throws std::bad_alloc, or returns null in the form with std::nothrow. If `failing` is FromThenOn, all later
+// calls fail, too.
 void arm(std::int64_t call, Failing failing);
 
 // Stops failing and counting calls. Returns true if a call has failed.

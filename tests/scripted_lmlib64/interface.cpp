@@ -45,8 +45,9 @@ const char *kept(std::string text) {
     return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): `last` outlives the call
 }
 
-// Does what all functions have in common. Records the call. Then returns the scripted result if there is one; otherwise
-// performs the action. Turns an exception into a result code.
+// Does what all functions of the interface have in common. Records the call. If a result code is scripted for this
+// call, reports this code and returns `failureValue`. Otherwise performs the action and returns its value. If the
+// action throws because a node is missing or has another type, reports the code for this.
 template <typename Value, typename Action>
 Value answer(std::int32_t *result, const char *function, const char *path, const std::string &value,
              const Value &failureValue, Action action) {
@@ -202,7 +203,7 @@ void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t w
 
 void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height, int32_t *channelCount,
                         int32_t *bytesPerElement, int32_t *isFloat, double *timestamp) {
-    // The program does not use these two values, so it must not ask for them. If it does, the recorded call shows that.
+    // The program does not need these two values, so it must not ask for them. If it does, "more" is recorded.
     const bool asksForMore = bytesPerElement != nullptr || timestamp != nullptr;
     perform(result, "lmLibGetBinaryInfo", path, asksForMore ? "more" : "", [&](const std::string &at) {
         const Binary &binary = library().binaryAt(at);

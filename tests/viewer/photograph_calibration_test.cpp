@@ -21,7 +21,8 @@ constexpr double distanceMm = 600;  // from the camera to the patterns; the true
 
 // How a pattern was printed.
 struct Printed {
-    int tile = 1;  // one more than the number of an assembly's pattern; 0 for a plain board, -1 for a Flexible pattern
+    // The pattern n of an assembly has the tile n + 1. Here, 0 means a plain board, and -1 a Flexible pattern.
+    int tile = 1;
     double gridSpacing = 24;      // mm
     Eigen::Vector2d scale{1, 1};  // length in the print divided by nominal length, in x and y
     RigidMotion worldFromPrint;
@@ -89,8 +90,9 @@ SessionResult resultOf(const QVector<SessionPhotograph> &photographs, const Sess
 }
 
 TEST(PhotographCalibration, usesWhatTheUserMeasured) {
-    // Pattern 1 is printed too wide and not high enough, and pattern 0 too large. Only pattern 1 was measured. If its
-    // measured size were ignored, the size of pattern 0 would count as exact.
+    // Pattern 0 is printed too large, and pattern 1 too wide and not high enough. Only pattern 1 was measured, so its
+    // measured size determines all lengths. If the measurement were ignored, the size of pattern 0 would count as
+    // exact, and all lengths would be wrong.
     Printed first;
     Printed second;
     second.tile = 2;

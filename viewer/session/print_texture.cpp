@@ -119,7 +119,8 @@ bool isLarge(const lmlib64::Polygon &polygon, double pitch) {
     return (right->x - left->x) * (bottom->y - top->y) >= largeShare * pitch * pitch;
 }
 
-// Cuts a drawn pattern into cells, and gives them the print's shape, which the calibration found.
+// Cuts a drawn pattern into cells and converts their outlines to the print's axes, with the size and the bend that the
+// calibration found for this print (PrintShape).
 class Cutter {
 public:
     Cutter(const Print &print, const calibration::PrintShape &ownShape, const PatternGeometry &ownGeometry)

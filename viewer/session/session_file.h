@@ -48,8 +48,8 @@ public:
 
     // Goes through the copies that crashed processes left, from the newest to the oldest. Returns the first session
     // that has photographs; empty if there is none. Copies without photographs and unreadable copies are removed on the
-    // way. The returned session becomes this object's copy, so that another crash does not lose it. If this copy cannot
-    // be written, the old one stays.
+    // way. The returned session becomes this object's copy, so that another crash does not lose it. If this object's
+    // copy cannot be written, the crashed process's copy is not removed.
     std::optional<SessionDocument> takeLeftOver();
 
 private:

@@ -1,5 +1,5 @@
-// Reads the written files back, with OpenCV or with parsing of our own. The files must project and place points in the
-// same way as the calibration.
+// Parses the texts of the result files, with OpenCV or with code of this test. With the numbers in the files, points
+// must be projected to the same pixels and have the same places as in the calibration.
 #include "calibration/output/result_files.h"
 
 #include <gtest/gtest.h>

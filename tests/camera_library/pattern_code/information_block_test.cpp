@@ -125,9 +125,9 @@ TEST(InformationBlock, neverReadsAWrongValueFromADamagedBlock) {
 }
 
 TEST(InformationBlock, isReadFromRandomBitsLessThanOnceInAMillion) {
-    // decodeBlock repairs fewer wrong bits if more than 4, more than 10 or more than 16 bits are unknown. Just at these
-    // limits, it takes random bits for a block most often. If one try in a million succeeded, 100,000 tries would give
-    // 0.1 successes on average.
+    // The more bits are unknown, the fewer kinds of error decodeBlock repairs: the limits are 4, 10 and 16 unknown
+    // bits. Exactly at a limit, it is most likely to mistake random bits for a block. If one try in a million
+    // succeeded, 100,000 tries would give 0.1 successes on average.
     std::mt19937_64 random(5);
     constexpr int tries = 100000;
     for (const int unknownCount : {0, 4, 10, 16}) {
