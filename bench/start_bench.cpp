@@ -99,8 +99,8 @@ int main(int /*argc*/, char **argv) {
     table.figure("peak memory", median(program.peakMegabytes), "MiB", "an empty window and the pictures",
                  median(emptyWithoutOpenGl.peakMegabytes) + picturesMegabytes, 1.4);
 #ifdef WITH_VIEWER
-    table.row("LmView: start to the first picture", viewers[0].firstPicture, "ms", "an empty window with its libraries",
-              viewers[1].firstPicture, 1.5);
+    table.row("LmView: start to the first picture", viewers[0].firstPicture, "ms",
+              "an empty window with LmView's libraries", viewers[1].firstPicture, 1.5);
 #endif
     return table.exitCode();
 }

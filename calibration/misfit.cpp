@@ -99,10 +99,11 @@ private:
             return &other != &sighting && other.photograph == sighting.photograph && other.print == sighting.print;
         };
         if (std::any_of(observations.sightings.begin(), observations.sightings.end(), isTwin)) {
-            return "The photograph shows two boards that both are " + print + ": print a number only once.";
+            return "The photograph shows two copies of " + print + ". Print each pattern only once.";
         }
         if (!hasPose(observations, sighting, calibration.estimate)) {
-            return "No print that was seen at this moment is where the other photographs show it.";
+            return "The photographs that fit do not show where " + print +
+                   " should be in this one: boards or cameras may have moved.";
         }
         const RigidMotion expected = calibration.estimate.cameraFromRig[size_t(photograph.camera)] *
                                      calibration.estimate.rigFromWorld[size_t(photograph.moment)] *

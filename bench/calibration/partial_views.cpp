@@ -61,8 +61,8 @@ bool measurePartialViews() {
         }
         const std::string lens = nameOf(camera.camera.lens);
         table.figure(lens + ": completely visible boards in 40 photographs", double(wholeBoards) / runs, "");
-        table.figure(lens + ": greatest uncertainty, calibrated from completely visible boards", median(whole), "px");
-        table.figure(lens + ": greatest uncertainty, calibrated from all visible corners", median(all), "px");
+        table.figure(lens + ": greatest uncertainty if only completely visible boards are used", median(whole), "px");
+        table.figure(lens + ": greatest uncertainty if all visible corners are used", median(all), "px");
         table.atLeast(lens + ": ratio of these uncertainties, median of 5 runs", median(ratios), 3, "");
     }
     return !table.isMissed();

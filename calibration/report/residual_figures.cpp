@@ -106,8 +106,8 @@ Figure residualFigure(const Calibration &calibration, int camera) {
     frame.outline(drawing);
     figure.svg = drawing.svg();
     figure.caption =
-        "Each arrow points from a corner in a photograph to the same corner as the calibration projects "
-        "it, enlarged " +
+        "Each arrow starts at a corner seen in a photograph and points towards the place to which the calibration "
+        "projects this corner. Its length is the distance between the two, enlarged " +
         times(factor) + " times. " +
         (step > 1 ? count(long(shown)) + " of " + count(long(residuals.size())) + " corners are shown. " : "") +
         "The arrows should point in all directions.";
@@ -199,7 +199,7 @@ Figure coverageFigure(const Calibration &calibration, int camera) {
     }
     frame.outline(drawing);
     return {"Coverage", drawing.svg(),
-            "How many corners each part of the picture has. " +
+            "How many used corners each part of the picture has. " +
                 number(100.0 * double(grid.size() - empty) / double(grid.size()), 0) +
                 " % of the picture has at least one."};
 }

@@ -86,7 +86,7 @@ TEST_F(Misfits, areExplained) {
                      Sighting twin = one;
                      calibration.observations.sightings.push_back(twin);
                  },
-                 Misfit::Moved, "The photograph shows two boards that both are pattern 1: print a number only once."},
+                 Misfit::Moved, "The photograph shows two copies of pattern 1. Print each pattern only once."},
              Row{[](Sighting &one, Calibration &calibration) {
                      const Photograph &photograph = calibration.observations.photographs[size_t(one.photograph)];
                      calibration.estimate.hasMoment[size_t(photograph.moment)] = false;
@@ -95,7 +95,9 @@ TEST_F(Misfits, areExplained) {
                          other.isUsed = &other == &one || moment != photograph.moment;
                      }
                  },
-                 Misfit::Moved, "No print that was seen at this moment is where the other photographs show it."},
+                 Misfit::Moved,
+                 "The photographs that fit do not show where pattern 1 should be in this one: boards or cameras may "
+                 "have moved."},
              // Focal lengths are tried in steps of 4 %: 1.04^6 is 1.265, 1.04^-6 is 0.790, and 1.04^-18 is 0.494.
              Row{zoomBy(1.265, centre), Misfit::AnotherLens,
                  "The photograph fits only a focal length that is 27 % longer" + zoom},

@@ -193,8 +193,8 @@ void ResultViewsTest::showsTheChosenUncertaintyInItsPlace() {
     const struct {
         const char *said;
         QPoint darkest;
-    } quantities[] = {{"at 530 mm; at most 0.500 px", {0, 0}},
-                      {"far away; at most 1.50 px", {1, 1}},
+    } quantities[] = {{"at a distance of 530 mm is projected; at most 0.500 px", {0, 0}},
+                      {"far away is projected; at most 1.50 px", {1, 1}},
                       {"one half of the photographs; at most 0.0080 px", {0, 1}}};
     for (int i = 0; i < 3; ++i) {
         choose(view, "Quantity", i);

@@ -60,8 +60,8 @@ CoverageView::CoverageView(QWidget *parent)
 
 void CoverageView::showCamera(int camera) {
     plot->setVisible(camera >= 0);
-    summary->setText(tr("Nothing is calibrated yet."));
     if (camera < 0) {
+        summary->setText(whyNoCamera());
         return;
     }
     const auto &observations = calibrated()->observations;

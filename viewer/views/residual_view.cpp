@@ -98,7 +98,7 @@ void ResidualView::showCamera(int camera) {
     scatter->setVisible(camera >= 0);
     bars->setVisible(camera >= 0);
     if (camera < 0) {
-        summary->setText(tr("Nothing is calibrated yet."));
+        summary->setText(whyNoCamera());
         return;
     }
     collect(camera);

@@ -46,3 +46,7 @@ void CameraView::showChosen() {
     const bool isKnown = calibrated() != nullptr && camera >= 0 && calibrated()->estimate.hasCamera[size_t(camera)];
     showCamera(isKnown ? camera : -1);
 }
+
+QString CameraView::whyNoCamera() const {
+    return calibrated() == nullptr ? tr("Nothing is calibrated yet.") : tr("This camera is not calibrated.");
+}

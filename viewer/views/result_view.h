@@ -43,6 +43,8 @@ protected:
     void refresh() final;
     // Shows the camera with this index; `camera` is -1 if the chosen camera is not calibrated.
     virtual void showCamera(int camera) = 0;
+    // Says why showCamera() was called with -1.
+    QString whyNoCamera() const;
     // Returns the layout to which the view adds its own widgets. The choice of the camera is already in it.
     QVBoxLayout *content() const { return column; }
 

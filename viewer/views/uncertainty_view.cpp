@@ -100,6 +100,22 @@ void UncertaintyView::showMap(const calibration::PictureMap &map) {
     plot->replot();
 }
 
+QString UncertaintyView::meaningOf(int camera, const QString &greatest) const {
+    switch (Quantity(quantity->currentIndex())) {
+        case AtDistance:
+            return tr("Standard deviation of where a point at a distance of %1 mm is projected; at most %2.")
+                .arg(qRound(calibrated()->cameras[size_t(camera)].distance))
+                .arg(greatest);
+        case AtInfinity:
+            return tr("Standard deviation of where a point far away is projected; at most %1.").arg(greatest);
+        case BetweenHalves:
+            break;
+    }
+    return tr("How much the projection differs between two calibrations, each with one half of the photographs; at "
+              "most %1.")
+        .arg(greatest);
+}
+
 void UncertaintyView::showCamera(int camera) {
     shownCamera = camera;
     const calibration::PictureMap *map = camera < 0 ? nullptr : chosenMap(camera);
@@ -107,23 +123,16 @@ void UncertaintyView::showCamera(int camera) {
     plot->setVisible(isThere);
     quantity->setVisible(camera >= 0);
     if (camera < 0) {
-        summary->setText(tr("Nothing is calibrated yet."));
+        summary->setText(whyNoCamera());
         return;
     }
     if (!isThere) {
-        summary->setText(tr("There are too few photographs for two calibrations, each with one half of them."));
+        summary->setText(tr("One half of the photographs is not enough to calibrate this camera, so two halves cannot "
+                            "be compared."));
         return;
     }
-    const double distance = calibrated()->cameras[size_t(camera)].distance;
-    const QString where =
-        quantity->currentIndex() == AtDistance ? tr("at %1 mm").arg(qRound(distance)) : tr("far away");
     const double greatest = map->greatest().value_or(0);
-    QString text =
-        quantity->currentIndex() == BetweenHalves
-            ? tr("How much the projection differs between two calibrations, each with one half of the "
-                 "photographs; at most %1.")
-                  .arg(pixels(greatest))
-            : tr("Standard deviation of the projection of a point %1; at most %2.").arg(where, pixels(greatest));
+    QString text = meaningOf(camera, pixels(greatest));
     if (greatest > firstLine) {
         text += " " + tr("The first contour line is at %1; each further line has twice the value of the line before.")
                           .arg(pixels(firstLine));

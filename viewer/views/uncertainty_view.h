@@ -23,6 +23,8 @@ private:
     enum Quantity { AtDistance, AtInfinity, BetweenHalves };
 
     const calibration::PictureMap *chosenMap(int camera) const;
+    // Says what the map shows. `greatest` is its greatest value, with the unit.
+    QString meaningOf(int camera, const QString &greatest) const;
     void showMap(const calibration::PictureMap &map);
 
     QComboBox *quantity;

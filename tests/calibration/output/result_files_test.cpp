@@ -155,7 +155,7 @@ TEST_P(LensFiles, projectAsTheCalibrationDoes) {
     const size_t omitted = size_t(row.ros == nullptr) + size_t(row.mrcal == nullptr) + size_t(!row.hasKalibr) +
                            size_t(row.colmap == nullptr);
     EXPECT_EQ(files.omissions.size(), omitted + 1)
-        << "one more: mrcal lacks the lens model of the right camera, a fisheye";
+        << "one more: the right camera has a fisheye lens, which the format of mrcal does not have";
 
     cv::FileStorage opencv(fileOf(files, "left.opencv.yaml"), cv::FileStorage::READ | cv::FileStorage::MEMORY);
     cv::Mat matrix;
