@@ -78,7 +78,7 @@ int main(int /*argc*/, char **argv) {
         return 2;
     }
     std::vector<Runs> kinds{{folder + "start_probe"}, {folder + "empty_window"}, {folder + "empty_window", false}};
-    startInTurn(kinds, 45);
+    startInTurn(kinds, 31);
 #ifdef WITH_VIEWER
     std::vector<Runs> viewers{{folder + "viewer_start_probe"}, {folder + "empty_viewer_window"}};
     startInTurn(viewers, 15);

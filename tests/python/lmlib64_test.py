@@ -180,7 +180,7 @@ class Calibrating(unittest.TestCase):
             self.assertAlmostEqual(numpy.linalg.norm(vector), math.acos((numpy.trace(turned) - 1) / 2), delta=0.005)
         with self.assertRaises(lmlib64.CalibrationImpossible):
             lmlib64.calibrate([target], pictures[:1], (1280, 960))
-        with self.assertRaisesRegex(ValueError, "as image points"):
+        with self.assertRaisesRegex(ValueError, "for each image point"):
             lmlib64.calibrate([target[:5]], pictures[:1], (1280, 960))
         with self.assertRaisesRegex(ValueError, 'lens "wide" is not known'):
             lmlib64.calibrate([target], pictures[:1], (1280, 960), lens="wide")
