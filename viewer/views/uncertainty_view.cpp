@@ -127,8 +127,9 @@ void UncertaintyView::showCamera(int camera) {
         return;
     }
     if (!isThere) {
-        summary->setText(tr("One half of the photographs is not enough to calibrate this camera, so two halves cannot "
-                            "be compared."));
+        summary->setText(
+            tr("One half of the photographs is not enough to calibrate this camera, so two halves cannot "
+               "be compared."));
         return;
     }
     const double greatest = map->greatest().value_or(0);
