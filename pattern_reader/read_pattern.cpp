@@ -65,7 +65,7 @@ void addOptions(shell::CommandLine &line, Arguments &arguments) {
     line.add("--jobs", arguments.jobs, "Number of pictures to read at the same time; 0 means one for each processor")
         .typeName("N");
     line.addVersion("read_pattern " LMCALTAB_VERSION);
-    line.setExamples(
+    line.setFooter(
         "Examples:\n"
         "  read_pattern photo.jpg\n"
         "  read_pattern --pattern target.json --lines photos/*.jpg\n"

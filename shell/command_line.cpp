@@ -107,7 +107,7 @@ void CommandLine::describeCommands(const std::string &label) {
     parser->set_help_all_flag("--help-all", "Print this help message with the options of every kind");
 }
 
-void CommandLine::setExamples(const std::string &text) {
+void CommandLine::setFooter(const std::string &text) {
     parser->footer(text);
 }
 

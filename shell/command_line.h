@@ -90,7 +90,7 @@ public:
     void describeCommands(const std::string &label);
 
     // Help ends with this text.
-    void setExamples(const std::string &text);
+    void setFooter(const std::string &text);
 
     // Sets the variables and returns true. If only help or the version was asked for, prints it and returns false.
     // Throws WrongCall if the arguments are wrong.

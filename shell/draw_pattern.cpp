@@ -137,7 +137,7 @@ void addOptions(CommandLine &line, Arguments &arguments) {
     addOutput(line, arguments);
     line.addVersion("draw_pattern " LMCALTAB_VERSION);
     line.describeCommands("KIND");
-    line.setExamples(
+    line.setFooter(
         "Examples:\n"
         "  draw_pattern flexible --size 15x9 --grid-spacing 25 -o target.pdf -o target.json\n"
         "  draw_pattern official --plate Plate12 -o plate.pdf\n"

@@ -24,6 +24,19 @@ std::string jpegOf(const QImage &picture) {
     return bytes.toStdString();
 }
 
+calibration::ReportInput reportInput(const SessionResult &result, const QVector<SessionPhotograph> &photographs) {
+    calibration::ReportInput input;
+    for (const int id : result.photographIds) {
+        const auto found = std::find_if(photographs.begin(), photographs.end(),
+                                        [id](const SessionPhotograph &photograph) { return photograph.id == id; });
+        input.thumbnails.push_back(found == photographs.end() ? std::string() : jpegOf(found->thumbnail));
+    }
+    for (const calibration::UnusedPhotograph &unused : result.unused) {
+        input.unread.push_back({unused.name, unused.reason});
+    }
+    return input;
+}
+
 QByteArray reportBytes(const std::string &page, bool isPdf) {
     QByteArray bytes = isPdf ? reportPdf(page) : QByteArray::fromStdString(page);
     if (bytes.isEmpty()) {
@@ -49,17 +62,8 @@ QString writeResults(const SessionResult &result, const SessionSettings &setting
 }
 
 QString writeReport(const SessionResult &result, const QVector<SessionPhotograph> &photographs, const QString &file) {
-    calibration::ReportInput input;
-    for (const int id : result.photographIds) {
-        const auto found = std::find_if(photographs.begin(), photographs.end(),
-                                        [id](const SessionPhotograph &photograph) { return photograph.id == id; });
-        input.thumbnails.push_back(found == photographs.end() ? std::string() : jpegOf(found->thumbnail));
-    }
-    for (const calibration::UnusedPhotograph &unused : result.unused) {
-        input.unread.push_back({unused.name, unused.reason});
-    }
     try {
-        const std::string page = calibration::reportPage(*result.calibration, input);
+        const std::string page = calibration::reportPage(*result.calibration, reportInput(result, photographs));
         return writeWholeFile(file, reportBytes(page, file.endsWith(".pdf", Qt::CaseInsensitive)));
     } catch (const std::exception &error) {
         return QString::fromLocal8Bit(error.what());

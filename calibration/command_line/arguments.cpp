@@ -251,7 +251,7 @@ void addOptions(shell::CommandLine &line, Arguments &arguments) {
         .required();
     line.addFlag("--quiet", arguments.isQuiet, "Prints nothing but errors");
     line.addVersion("calibrate_cameras " LMCALTAB_VERSION);
-    line.setExamples(
+    line.setFooter(
         "Examples:\n"
         "  calibrate_cameras --out result --report report.html photos/*.jpg\n"
         "  calibrate_cameras --rig --camera left=left/ --camera right=right/ --out result\n"
