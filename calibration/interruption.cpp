@@ -8,26 +8,25 @@ namespace calibration {
 
 namespace {
 
-std::function<bool()> &question() {
-    thread_local std::function<bool()> ofThisThread;
-    return ofThisThread;
-}
+// A pointer and not the function itself, because g++ for Windows frees the memory of thread_local objects before it
+// calls their destructors.
+thread_local const Interruption *innermost = nullptr;
 
 }  // namespace
 
 Interruption::Interruption(std::function<bool()> isCancelled)
-    : before(std::exchange(question(), std::move(isCancelled))) {}
+    : question(std::move(isCancelled)), before(std::exchange(innermost, this)) {}
 
 Interruption::~Interruption() {
-    question() = std::move(before);
+    innermost = before;
 }
 
-const std::function<bool()> &Interruption::current() {
-    return question();
+std::function<bool()> Interruption::current() {
+    return innermost != nullptr ? innermost->question : nullptr;
 }
 
 bool Interruption::isWanted() {
-    return question() && question()();
+    return innermost != nullptr && innermost->question && innermost->question();
 }
 
 void Interruption::check() {

@@ -18,14 +18,15 @@ public:
     Interruption &operator=(const Interruption &) = delete;
 
     // Returns the function of this thread; empty if there is none.
-    static const std::function<bool()> &current();
+    static std::function<bool()> current();
     // True if this thread's work is to end.
     static bool isWanted();
     // Throws Cancelled if this thread's work is to end.
     static void check();
 
 private:
-    std::function<bool()> before;
+    const std::function<bool()> question;
+    const Interruption *const before;  // of this thread; null if there was none
 };
 
 }  // namespace calibration

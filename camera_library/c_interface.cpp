@@ -8,6 +8,7 @@
 
 #include "camera_library/library.h"
 #include "camera_library/lmlib64.h"
+#include "camera_library/platform/returned_text.h"
 #include "camera_library/tree/json_text.h"
 
 namespace {
@@ -15,6 +16,7 @@ namespace {
 using lmlib64::Binary;
 using lmlib64::Library;
 using lmlib64::Node;
+using lmlib64::returnedText;
 
 // Runs the operation. Sets the result to the code that the operation returns, or to LmLibResultInternalError if it
 // throws. Returns true on success.
@@ -34,28 +36,6 @@ bool guard(std::int32_t *result, Operation operation) noexcept {
 
 std::string_view textOf(const char *text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
-}
-
-// Returns the string that holds the text last returned to the calling thread. The string is freed when the thread ends.
-// If the destructor of a static object calls this function after that, a new string is made.
-std::string &returnedText() {
-    struct Release {
-        std::string **text = nullptr;
-        ~Release() {
-            if (text != nullptr) {
-                delete *text;
-                *text = nullptr;
-            }
-        }
-    };
-    static thread_local std::string *text = nullptr;
-    if (text == nullptr) {
-        auto *made = new std::string();
-        text = made;
-        static thread_local Release release;
-        release.text = &text;
-    }
-    return *text;
 }
 
 // Sets `value` to the node's value if the node is a leaf of this type.

@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -47,6 +48,18 @@ protected:
 
     std::int32_t result = -1;
 };
+
+TEST_F(Interface, keepsTheTextOfAThreadWhileOthersReadTextsAndEnd) {
+    setJson("/Texts", R"({"Mine": "the text of this thread", "Theirs": "the text of the other threads"})");
+    const char *mine = lmLibGetString(&result, "/Texts/Mine");
+    for (int i = 0; i < 20; ++i) {
+        std::thread([] {
+            const char *theirs = lmLibGetString(nullptr, "/Texts/Theirs");
+            EXPECT_STREQ(theirs, "the text of the other threads");
+        }).join();
+    }
+    EXPECT_STREQ(mine, "the text of this thread");
+}
 
 TEST_F(Interface, tellsInvalidPathsFromPathsOfAbsentNodes) {
     const std::pair<int, std::vector<std::string>> rows[] = {
