@@ -60,9 +60,11 @@ LivePanel::LivePanel(Session *ownSession, QWidget *parent)
       folderButton(new QPushButton(this)),
       status(new QLabel(this)),
       view(new LiveView(this)) {
-    const QStringList names = cameraNames();
-    for (int i = 0; i < (names.isEmpty() ? camerasWithoutList : names.size()); ++i) {
-        source->addItem(names.isEmpty() ? tr("Camera %1").arg(i + 1) : names[i], i);
+    for (const NamedCamera &camera : namedCameras()) {
+        source->addItem(camera.name, camera.number);
+    }
+    for (int i = 0; source->count() < camerasWithoutList && i < camerasWithoutList; ++i) {
+        source->addItem(tr("Camera %1").arg(i + 1), i);
     }
     source->addItem(tr("Video file..."), fileEntry);
     size->addItem(tr("usual"), QSize());

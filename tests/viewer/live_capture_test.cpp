@@ -115,6 +115,7 @@ private slots:
 #endif
     void noticesThatACameraIsUnplugged();
     void takesFramesOfEveryKind();
+    void listsCamerasWithGapsInTheirNumbers();
     void keepsColours();
     void judgesSharpnessByTheSharpestFrameSoFar();
     void stopsAtOnce();
@@ -339,6 +340,21 @@ void LiveCaptureTest::takesFramesOfEveryKind() {
         QCOMPARE(asked.at(cv::CAP_PROP_FRAME_WIDTH), 1280.0);
         QCOMPARE(asked.at(cv::CAP_PROP_FRAME_HEIGHT), 720.0);
     }
+}
+
+void LiveCaptureTest::listsCamerasWithGapsInTheirNumbers() {
+    const QTemporaryDir folder;
+    for (const char *entry : {"video10", "video2", "video4", "video-old"}) {
+        QVERIFY(QDir(folder.path()).mkdir(entry));
+        QFile name(folder.filePath(QString(entry) + "/name"));
+        QVERIFY(name.open(QIODevice::WriteOnly) && name.write(QByteArray("the ") + entry + "\n") > 0);
+    }
+    QVERIFY(QFile::remove(folder.filePath("video4/name")));
+    const std::vector<NamedCamera> cameras = namedCameras(folder.path());
+    QCOMPARE(cameras.size(), size_t(2));
+    QCOMPARE(cameras[0].number, 2);
+    QCOMPARE(cameras[1].number, 10);
+    QCOMPARE(cameras[1].name, QString("the video10"));
 }
 
 void LiveCaptureTest::keepsColours() {

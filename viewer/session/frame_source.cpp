@@ -106,13 +106,19 @@ bool isVideoName(const QString &path) {
     return endings.contains(QFileInfo(path).suffix().toLower());
 }
 
-QStringList cameraNames() {
-    QStringList names;
-    for (int i = 0;; ++i) {
-        QFile name(QString("/sys/class/video4linux/video%1/name").arg(i));
-        if (!name.open(QIODevice::ReadOnly)) {
-            return names;
+std::vector<NamedCamera> namedCameras(const QString &folder) {
+    const QString beginning = "video";
+    std::vector<NamedCamera> cameras;
+    // The numbers have gaps, because a camera that is unplugged leaves the others theirs.
+    for (const QString &entry : QDir(folder).entryList({beginning + "*"}, QDir::Dirs)) {
+        bool isNumber = false;
+        const int number = entry.mid(beginning.size()).toInt(&isNumber);
+        QFile name(folder + "/" + entry + "/name");
+        if (isNumber && name.open(QIODevice::ReadOnly)) {
+            cameras.push_back({number, QString::fromUtf8(name.readAll()).trimmed()});
         }
-        names << QString::fromUtf8(name.readAll()).trimmed();
     }
+    std::sort(cameras.begin(), cameras.end(),
+              [](const NamedCamera &a, const NamedCamera &b) { return a.number < b.number; });
+    return cameras;
 }

@@ -6,6 +6,7 @@
 #include <QString>
 #include <memory>
 #include <opencv2/core.hpp>
+#include <vector>
 
 namespace cv {
 class VideoCapture;
@@ -44,6 +45,11 @@ private:
 // True if the file's name has the ending of a video format.
 bool isVideoName(const QString &path);
 
-// Returns the names of the cameras 0, 1, 2 and so on, up to the first number that the system does not know. Empty if
-// the system has no such list.
-QStringList cameraNames();
+struct NamedCamera {
+    int number;  // FrameSourceChoice::camera
+    QString name;
+};
+
+// Returns the cameras in the system's list, which is in this folder, ordered by number. Empty if the system has no such
+// list.
+std::vector<NamedCamera> namedCameras(const QString &folder = "/sys/class/video4linux");
