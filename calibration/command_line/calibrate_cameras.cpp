@@ -107,6 +107,11 @@ std::string textOf(calibration::Stage stage) {
 }
 
 int printOf(const calibration::MeasuredSheet &sheet, const calibration::Observations &observations) {
+    if (!sheet.number && observations.prints.size() != 1) {
+        throw std::runtime_error(
+            "--measured: there are several patterns. Put the number of the measured one before its lengths, as in "
+            "3=99.7x100.1.");
+    }
     for (size_t i = 0; i < observations.prints.size(); i++) {
         if (!sheet.number || observations.prints[i].number == *sheet.number) {
             return int(i);

@@ -110,6 +110,7 @@ bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photog
 struct Shown {
     std::vector<Sighting> sightings;
     std::vector<std::string> reasons;  // why readings are not used; texture that looks like a board has no reason
+    std::vector<int> repeated;         // prints that the photograph shows more than once
 };
 
 Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue, int index) {
@@ -129,8 +130,9 @@ Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue,
     }
     for (const auto &[print, count] : counts) {
         if (count > 1) {
-            shown.reasons.push_back("shows " + catalogue.prints()[size_t(print)].name + " " + std::to_string(count) +
-                                    " times, so it is not known which of them is meant");
+            shown.repeated.push_back(print);
+            shown.reasons.push_back("shows " + catalogue.prints()[size_t(print)].name + " in " +
+                                    std::to_string(count) + " places, so it is not known which of them is meant");
         }
     }
     const auto isTwice = [&](const Sighting &sighting) {
@@ -141,9 +143,9 @@ Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue,
     return shown;
 }
 
-// Adds a notice for each print that has no sighting. If there are no sightings at all, the calibration itself says so.
-void noteUnseenPrints(const Observations &observations, std::vector<std::string> &notices) {
-    std::vector<bool> isSeen(observations.prints.size(), false);
+// Adds a notice for each print that has no sighting and is not in `isSeen`. If there are no sightings at all, the
+// calibration itself says so.
+void noteUnseenPrints(const Observations &observations, std::vector<bool> isSeen, std::vector<std::string> &notices) {
     for (const Sighting &sighting : observations.sightings) {
         isSeen[size_t(sighting.print)] = true;
     }
@@ -254,6 +256,7 @@ CollectedObservations collectObservations(const std::vector<ReadPhotograph> &pho
     const PrintCatalogue catalogue(target, readings);
     observations.cameras = groups.cameras;
     observations.prints = catalogue.prints();
+    std::vector<bool> isRepeatedPrint(catalogue.prints().size(), false);
     std::map<std::string, int> ignored;  // number of photographs for each reason why readings are ignored
     for (size_t i = 0; i < photographs.size(); i++) {
         if (!reasons[i].empty()) {
@@ -261,12 +264,15 @@ CollectedObservations collectObservations(const std::vector<ReadPhotograph> &pho
             continue;
         }
         const Shown shown = shownBy(photographs[i], catalogue, int(observations.photographs.size()));
+        for (const int print : shown.repeated) {
+            isRepeatedPrint[size_t(print)] = true;
+        }
         if (shown.sightings.empty()) {
             const std::string reason = shown.reasons.empty() ? "shows too little of a pattern" : shown.reasons.front();
             collected.unused.push_back({photographs[i].file.path, sentence(reason)});
             continue;
         }
-        for (const std::string &reason : shown.reasons) {
+        for (const std::string &reason : std::set<std::string>(shown.reasons.begin(), shown.reasons.end())) {
             ignored[reason]++;
         }
         observations.photographs.push_back({photographs[i].file.path, groups.cameraOf[i], moments[i]});
@@ -278,7 +284,7 @@ CollectedObservations collectObservations(const std::vector<ReadPhotograph> &pho
             (count == 1 ? "One photograph also shows" : std::to_string(count) + " photographs also show") +
             reason.substr(5) + ". This is ignored.");
     }
-    noteUnseenPrints(observations, collected.notices);
+    noteUnseenPrints(observations, isRepeatedPrint, collected.notices);
     noteUnseenCameras(observations, collected.notices);
     noteAmbiguousBoard(photographs, collected.notices);
     dropUnseen(observations);

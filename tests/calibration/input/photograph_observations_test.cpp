@@ -100,7 +100,7 @@ TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
     EXPECT_EQ(reasonFor(collected, "truncated"), "The file ends before its picture does. Copy it again.");
     EXPECT_EQ(reasonFor(collected, "empty"), "No pattern was found in it.");
     EXPECT_EQ(reasonFor(collected, "flexible"), "It shows the Flexible pattern, but its grid spacing is not known.");
-    EXPECT_EQ(reasonFor(collected, "twice"), "It shows pattern 0 2 times, so it is not known which of them is meant.");
+    EXPECT_EQ(reasonFor(collected, "twice"), "It shows pattern 0 in 2 places, so it is not known which of them is meant.");
     EXPECT_EQ(reasonFor(collected, "other"), "It shows pattern 0 with a grid spacing of 16 mm and not of 12 mm.");
     EXPECT_EQ(reasonFor(collected, "scaled"),
               "It has 320 x 480 pixels, but 12 others have 640 x 480 pixels: it is scaled, cropped or from another "
@@ -112,6 +112,18 @@ TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
     ASSERT_EQ(observations.prints.size(), 2U);
     EXPECT_EQ(observations.prints[1].points.size(), 54U);
     EXPECT_EQ(observations.prints[1].points.back(), Eigen::Vector2d(200, 125)) << "from the first inner corner";
+}
+
+// In each of two photographs, two pieces of pattern 0 were read that do not belong together.
+TEST(PhotographObservations, sayOnceThatAPatternIsShownTwice) {
+    PrintedTarget target;
+    target.square = 25;
+    const std::vector<PatternReading> readings{tile(1, 12), tile(1), reading(PatternKind::Board, -1, {1, 1}, {9, 6})};
+    const auto collected = collectObservations({photograph("a", readings), photograph("b", readings)}, target, false);
+    EXPECT_EQ(collected.observations.sightings.size(), 2U);
+    ASSERT_EQ(collected.notices.size(), 1U) << collected.notices.back();
+    EXPECT_EQ(collected.notices[0],
+              "2 photographs also show pattern 0 in 2 places, so it is not known which of them is meant. This is ignored.");
 }
 
 TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
@@ -219,7 +231,7 @@ TEST(PhotographObservations, takeTheLargestOfSeveralPlainBoards) {
         {photograph("texture", {texture, board}), photograph("two", {board, other})}, target, false);
     ASSERT_EQ(collected.observations.sightings.size(), 1U);
     EXPECT_EQ(collected.observations.sightings[0].corners[0].image, Eigen::Vector2d(10, 10));
-    EXPECT_EQ(reasonFor(collected, "two"), "It shows the board 2 times, so it is not known which of them is meant.");
+    EXPECT_EQ(reasonFor(collected, "two"), "It shows the board in 2 places, so it is not known which of them is meant.");
     ASSERT_EQ(collected.notices.size(), 1U);
     EXPECT_EQ(collected.notices[0].find("The board looks the same after a turn"), 0U) << "half a turn";
 }
