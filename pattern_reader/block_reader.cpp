@@ -53,15 +53,17 @@ BlockFamily spacingFamily() {
     family.first = pattern_code::encodeBlock(content);
     for (int bit = 0; bit < 14; bit++) {
         pattern_code::BlockContent other = content;
-        other.gridSpacing = bit == 1 ? 2 + 4 : 2 | 1 << bit;
-        family.add(other);
-        other = content;
         other.thickness = 1 << bit;
         family.add(other);
+        if (bit != 1) {
+            other = content;
+            other.gridSpacing |= 1 << bit;
+            family.add(other);
+        }
     }
-    // The difference of bit 1 is still missing, because all blocks so far have bit 1 of the spacing set. (For bit 1,
-    // the loop has added the spacing 6, which gives the difference of bit 2 again.) The spacing 1 differs from the
-    // first block in bits 0 and 1. Since the difference of bit 0 is in the list, this also gives that of bit 1.
+    // The difference of bit 1 is still missing, because all blocks so far have bit 1 of the spacing set. The spacing 1
+    // differs from the first block in bits 0 and 1. Since the difference of bit 0 is in the list, this also gives that
+    // of bit 1.
     content.gridSpacing = 1;
     family.add(content);
     return family;
