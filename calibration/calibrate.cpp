@@ -189,8 +189,9 @@ private:
         setShapes(result.observations, bends, options.measured, result.estimate, result.freedom);
     }
 
-    // A lens that was chosen with flat prints can be wrong, and so can a bend that was chosen with the wrong lens. So
-    // lenses and bends are chosen in turn until they no longer change, in at most three rounds.
+    // The choice of a lens can be wrong while bent prints are assumed to be flat, and the choice of a bend can be wrong
+    // while the lens is wrong. So lenses and bends are chosen in turn until they no longer change, in at most three
+    // rounds.
     void chooseModels() {
         if (hasModels || (options.lens && !options.mayBend)) {
             return;
@@ -267,8 +268,7 @@ private:
     }
 
     // Marks the sightings that the solve left out, so that the choice of models ignores them. Returns true if there are
-    // such sightings and there is a choice of models: the options do not fix them, and they are not kept from the
-    // previous result.
+    // such sightings and the models must be chosen, because neither the options nor the previous result give them.
     bool leaveOut() {
         bool isAny = false;
         for (size_t i = 0; i < good.sightings.size(); i++) {

@@ -224,8 +224,8 @@ private:
 
     // Solves and decides about outliers in turn, until no decision changes, but at most four times. Returns false if a
     // solve fails, or if the decision changes about a sighting that is also in the earlier result. Also returns false
-    // if the decision about any sighting still changes in the last round. In that round, only decisions about single
-    // corners may change, and a last solve follows.
+    // if the decision about any sighting still changes in the last round. If only decisions about single corners change
+    // in the last round, solves once more and accepts the result.
     bool solve() {
         SolveOptions exact;
         exact.freedom = result.freedom;
@@ -260,9 +260,9 @@ private:
         return used;
     }
 
-    // True if at least twice as many sightings of each print are in use as are left out. This must hold among the
-    // photographs that show only this print and, separately, among those that also show other prints, because the
-    // latter decide which place of the print counts.
+    // True if at least twice as many sightings of each print are in use as are left out. This must hold separately for
+    // the photographs that show only this print and for those that also show other prints. If the print was moved, the
+    // photographs with several prints decide which of its places is used.
     bool isClearWhichCount() const {
         std::map<int, int> shown;  // sightings in each photograph
         for (const Sighting &sighting : given.sightings) {

@@ -57,7 +57,7 @@ struct CornerPrior {
 enum class CornerParameters { Position, PositionAndBlur };
 
 // Fits the model to a disc of pixels around the corner, in at most `steps` iterations. The light is taken to be
-// uniform: M and A do not change with d. Fits the grey levels and the parameters that `free` names, and sets
+// uniform: M and A do not change with d. Fits M, A and the parameters that `free` names, and sets
 // `residual`. `radius` is in pixels. The fit starts from the values in `fit`. If the amplitude there is 0, the first
 // iteration finds start values for the grey levels. False if the position moves away from the start by more than 0.8
 // pixels and by more than half the radius, if the parameters are not determined, or if the disc leaves the picture.

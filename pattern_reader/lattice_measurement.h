@@ -1,6 +1,6 @@
 // Measures all corners of a lattice. The directions and bends of the borders at a corner, and the change of light, are
-// estimated from the neighbouring corners. If a corner has no neighbour along an axis, that step is computed with a
-// homography fitted to corners spread over the lattice.
+// estimated from the neighbouring corners. If a neighbour is missing, its place is computed with a homography fitted to
+// corners spread over the lattice.
 //
 // The corners are first fitted in the finest level in which a lattice step is at most 28 pixels long (in the coarsest
 // level if there is none). Then they are fitted again in the level that suits the blur and the step best. Halving the

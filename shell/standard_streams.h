@@ -10,9 +10,9 @@ namespace shell {
 // solve to std::cerr.
 void writeError(const std::string &text);
 
-// After this call, lines end with a line feed alone. Until the program ends, a terminal takes the output for text in
-// the local 8-bit encoding. Call it once, before anything is read or written. On POSIX systems it does nothing, because
-// both statements always hold there.
+// After this call, lines end with a line feed alone, and a terminal shows the output as text in the local 8-bit
+// encoding until the program ends. Call it once, before anything is read or written. On POSIX systems, where all of
+// this always holds, it does nothing.
 void prepareStandardStreams();
 
 }  // namespace shell

@@ -17,7 +17,7 @@ namespace {
 using Eigen::Vector3d;
 
 constexpr int corners = 15;
-constexpr double xyError = 0.005;  // by this share, the first print of every scene is longer in x than in y
+constexpr double xyError = 0.005;  // the first print of every scene is longer in x than in y by this share
 
 CameraDraft distorted(const char *name) {
     CameraDraft draft{{name, 1640, 1230, LensModel::Pinhole5}, Eigen::VectorXd(9), {}};

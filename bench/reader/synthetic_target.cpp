@@ -10,8 +10,8 @@ namespace reader_bench {
 
 namespace {
 
-// The target is divided into square cells. Marks begin and end at thirds of a square, so with three cells per pitch,
-// the ink is uniform in most cells.
+// The target is divided into cells. The marks on a square of the checkerboard begin and end at thirds of its side, so
+// with three cells per pitch, the ink is uniform in most cells.
 constexpr int cellsPerPitch = 3;
 // The cells extend beyond the pattern's outer size by this number of pitches, because ink may spread beyond it.
 constexpr double margin = 1;

@@ -9,8 +9,9 @@ namespace lmlib64 {
 
 // Returns the drawing; its unit is a millimetre. The pattern is one path, filled by the even-odd rule. The error of its
 // coordinates is at most 0.01 um. Circles are arcs, but a circle that the edge of a sheet cuts is a polygon with errors
-// of about 0.2 um. The check bars are a second path. The cut marks, or the lines of the plan of sheets, are a third
-// one. Texts remain texts. The JSON text of the pattern is the drawing's metadata. Throws std::bad_alloc.
+// of about 0.2 um. The check bars are a second path. The third path has the cut marks of a
+// sheet, or the lines of the page that shows how the sheets go together. Texts remain texts. The JSON text of the
+// pattern is the drawing's metadata. Throws std::bad_alloc.
 std::string svgPage(const PrintedPage &page, const PatternDocument &document);
 
 }  // namespace lmlib64

@@ -19,7 +19,8 @@ PatternGeometry checkerboard(std::array<int, 2> innerCorners, double gridSpacing
     if (side <= 0.0) {
         return geometry;
     }
-    // About half of the squares are dark, and about half of all squares carry a mark. A quarter is added as a reserve.
+    // There is about one rectangle per square: half of the squares are dark, and half of all squares, dark or light,
+    // carry a mark. Space for a quarter more is reserved.
     geometry.rectangles.reserve(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows) * 5 / 4 + 1);
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < columns; ++column) {

@@ -56,8 +56,9 @@ struct PatternGeometry {
     double quietZone = 0.0;   // width of the light border around the outer size
     double squareSide = 0.0;  // half the grid spacing
     Lattice lattice;
-    // Cuts into sheets are allowed only at exactly this distance to the right of a column of the lattice or below a row
-    // of it, or of the column or row just before the first. There they run between squares, or between marks.
+    // A cut into sheets runs between squares or marks: exactly this distance to the right of a column of the lattice,
+    // or below a row of it. It may also run this distance after the place where a column or row before the first would
+    // be.
     double cutDistance = 0.0;
     std::vector<Rectangle> rectangles;
     std::vector<Circle> circles;

@@ -38,8 +38,8 @@ protected:
     bool polarity() const { return first()["Polarity"].get<bool>(); }
     bool isPlate() const { return first()["Kind"] == "RoundMarks"; }
 
-    // Returns the printed picture around a place on an A4 page. `place` is in millimetres from the page's middle. It
-    // lies within half a pixel of the picture's middle; `shift` is set to the remaining difference in pixels.
+    // Returns the printed picture around a place on an A4 page. `place` is in millimetres from the page's middle. In
+    // the picture, the place is at most half a pixel away from the middle; `shift` is set to this distance in pixels.
     cv::Mat renderAround(cv::Point2d place, double pixelsPerMm, cv::Size size, cv::Point2d *shift = nullptr) const {
         const cv::Point2d corner = (middleOfA4 + place) * pixelsPerMm - cv::Point2d(size.width, size.height) / 2;
         const cv::Point pixel(cvRound(corner.x), cvRound(corner.y));
@@ -65,7 +65,7 @@ double edgePosition(const cv::Mat &image, int across, int reach, bool isAlongX) 
 }
 
 // Returns the place of a checkerboard's corner near the image's middle, computed from the four edges that meet there.
-// Each edge is measured between the corner and the marks.
+// Each edge is measured so close to the corner that the marks inside the squares do not disturb.
 cv::Point2d measuredCorner(const cv::Mat &image, double side) {
     const int reach = cvRound(side * 0.4);
     const int step = cvRound(side / 4.0);

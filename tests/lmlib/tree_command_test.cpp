@@ -169,7 +169,8 @@ TEST_F(TreeCommandTest, tellsWhetherItHasFinishedAndSucceeded) {
         EXPECT_EQ(command.finished(&finishedCode), row.finished);
         std::int32_t successCode = -1;
         EXPECT_EQ(command.successful(&successCode), row.successful);
-        EXPECT_EQ(finishedCode + successCode, row.code) << "at most one of the two queries fails";
+        EXPECT_EQ(finishedCode + successCode, row.code)
+            << "the sum is the code of the query that fails; the other code is 0";
         EXPECT_EQ(thrownBy([&] { command.assertSuccessful(); }), row.assertedCode);
     }
 }

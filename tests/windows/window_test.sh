@@ -100,7 +100,7 @@ has flexible '"GridSize":[21,9]'
 has halcon '"GridSpacing":10'
 echo "LmCalTab: $(find "$target" -type f | wc -l) files, all as on this system"
 
-# The second button starts LmView, which takes photographs from another program.
+# The second button starts LmView. Another program then drags photographs into LmView's window.
 photographs="$folder/写真 Größe" results="$folder/結果 Größe"
 mkdir "$results"
 cp -r "$source/viewer/example" "$photographs"
@@ -113,8 +113,9 @@ eval "$(xdotool getwindowgeometry --shell "$window")"
 "$build/tests/drop_files" $((X + WIDTH / 2)) $((Y + HEIGHT / 2)) "$photographs"/*.jpg 2>/dev/null ||
   fail "LmView takes no photographs"
 
-# save_results: saves the results anew. A first result may be there before all photographs are read, and later results
-# start from earlier ones, so LmView calibrates anew first. wine does not show the title that LmView gives the dialog,
+# save_results: calibrates anew and saves the results. LmView may show a result before it has read all photographs, and
+# each later result starts from the one before, which changes its last digits. With F5, the result is the same every
+# time. wine does not show the title that LmView gives the dialog,
 # and its dialog takes folders only with "\".
 save_results() {
   activate "LmView"

@@ -19,9 +19,9 @@ QColor residualColour();
 
 bool isDark(const QPalette &palette);
 
-// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both have as many decimals as give the
-// standard deviation two significant digits, or none if it is 10 or more. If the standard deviation is not positive and
-// finite, returns only the value.
+// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both numbers have
+// the same number of decimals, so that the standard deviation has two significant digits. If the standard deviation is
+// 10 or more, there are no decimals. If it is not positive and finite, returns only the value.
 QString withSigma(double value, double sigma, const QString &unit = {});
 // Returns the value with three significant digits and without an exponent. All digits before the decimal point are
 // kept. Returns a dash if the value is not finite.
@@ -30,8 +30,8 @@ QString rounded(double value);
 // Returns a text such as "0.027 px".
 QString pixels(double value);
 
-// Draws circles around these places, with a line 1.6 units wide. More than 100 circles are drawn at whole pixels,
-// because that is much faster.
+// Draws circles around these places, with a line 1.6 units wide. If there are more than 100 circles, their
+// middles are rounded to whole pixels, because that is much faster.
 void drawCircles(QPainter &painter, const QPolygonF &middles, double radius, const QColor &colour);
 
 void drawArrow(QPainter &painter, QPointF from, QPointF to);
