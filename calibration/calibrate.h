@@ -42,8 +42,9 @@ struct CalibrateOptions {
     // An earlier result for similar observations with the same cameras and prints. If its lens models and bends can be
     // kept, the calibration starts from it, which is much faster, and the result is the same as without it, to within a
     // small share of its standard deviations. They can be kept if the earlier call had the same `lens` and `mayBend`.
-    // If these leave anything to choose, the earlier call must also have chosen it from a similar number of photographs
-    // (a factor of at most 1.5). Otherwise, the earlier result is ignored.
+    // If `lens` is absent or `mayBend` is true, models or bends were chosen from photographs. The number of these
+    // photographs must then also be similar to the number in this call (a factor of at most 1.5). Otherwise, the
+    // earlier result is ignored.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0
     // to 1.
@@ -81,8 +82,9 @@ struct CameraTrust {
     double distance = 0;
     PictureMap uncertainty;  // at that distance; see projection_uncertainty.h
     PictureMap uncertaintyAtInfinity;
-    // How far the projections by two lenses are apart at that distance. One lens is estimated from every second moment
-    // (Photograph::moment), the other from the remaining ones. Empty if one of the halves does not determine the lens.
+    // How far apart the projections by two lenses are, for points at `distance`. One lens is estimated from every
+    // second moment (Photograph::moment), the other from the remaining ones. Empty if one of the halves does not
+    // determine the lens.
     std::optional<PictureMap> halves;
     std::vector<ModelTrial> trials;  // empty if no models were compared
 };
@@ -94,8 +96,9 @@ struct PrintTrust {
     // The standard deviation of each point's place in the world, in the direction in which it is greatest, in mm. Empty
     // if the print has no pose.
     std::vector<double> pointSigmas;
-    // False if the photographs say little about the print's scale or about its ratio of x to y: one of the two has a
-    // standard deviation of at least 70 % of the one that is assumed before any photograph (ShapePrior).
+    // False if the photographs say little about the print's scale or about its ratio of x to y. This is so if the
+    // standard deviation of the scale or of the ratio is at least 70 % of the standard deviation that ShapePrior
+    // assumes for it before any photograph is used.
     bool isDetermined = true;
     bool isMeasured = false;  // true if CalibrateOptions::measured has this print
 };
@@ -107,8 +110,8 @@ struct ModelOrigin {
     int photographs = 0;
 };
 
-// The summary of the result. `advice` says what to do: first for each camera, then for all of them. The list is empty
-// if nothing needs to be done.
+// The summary of the result. `advice` says what to do: first for each camera, then for the calibration as a
+// whole. The list is empty if nothing needs to be done.
 enum class Grade { Good, Usable, Poor };
 struct Verdict {
     Grade grade = Grade::Poor;

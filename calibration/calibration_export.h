@@ -1,9 +1,9 @@
 // Marks the functions and classes that the shared library offers to other projects.
 #pragma once
 
-// On Windows, these functions and classes are exported while the DLL itself is built (CALIBRATION_BUILDING), and
-// otherwise imported from it. With CALIBRATION_STATIC, they are neither; the build tree defines it for everything that
-// links the static library.
+// On Windows, these functions and classes are exported if CALIBRATION_BUILDING is defined, which is so only while the
+// library itself is built. Otherwise, they are imported from the DLL unless CALIBRATION_STATIC is defined. The build
+// tree defines CALIBRATION_STATIC for everything that links the static library.
 #if !defined(_WIN32)
 #define CALIBRATION_API __attribute__((visibility("default")))
 #elif defined(CALIBRATION_BUILDING)

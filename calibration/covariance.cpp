@@ -56,13 +56,13 @@ public:
         }
     }
 
-    // True if the rows say nothing about shared parameters: they do not depend on any, or they are no more than the six
-    // numbers of the pose.
+    // True if the rows say nothing about shared parameters. Either no row depends on a shared parameter, or there are
+    // at most six rows. The six numbers of the pose alone can fit that many rows.
     bool isEmpty() const { return taken.empty() || byPose.rows() <= 6; }
 
     // Adds the information that the residuals give about the shared parameters if the moment's pose is unknown. To get
-    // it, the rows are projected onto the space that is orthogonal to `byPose`. Subtracting normal equations (the Schur
-    // complement) would be less exact, because the two terms nearly cancel for focal lengths.
+    // it, the rows are projected onto the space that is orthogonal to `byPose`. The Schur complement of the normal
+    // equations would be less exact. It is the difference of two terms, which are nearly equal for focal lengths.
     void addTo(Eigen::MatrixXd &information) {
         const Eigen::MatrixXd products = gramMatrix(orthogonalPart(shared, byPose));
         for (size_t i = 0; i < taken.size(); i++) {

@@ -3,9 +3,10 @@
 // residuals at the solution and from the priors.
 //
 // The poses of the moments are eliminated one moment at a time. Time and memory therefore grow only linearly with the
-// number of moments, but the covariance of these poses is not available. The covariance is multiplied by the variance
-// of the residuals. So it hardly changes if all corners' standard deviations are wrong by the same factor: the factor
-// affects only the weight of the priors, whose standard deviations are absolute.
+// number of moments, but the covariance of these poses is not available. The covariance is multiplied by
+// varianceFactor(). If all corners' standard deviations are wrong by the same ratio, this multiplication corrects the
+// covariance almost completely. Only the weight of the priors relative to the corners stays wrong, because the standard
+// deviations of the priors do not have this error.
 #pragma once
 
 #include <Eigen/Core>

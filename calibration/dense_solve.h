@@ -29,7 +29,9 @@ Eigen::MatrixXd orthogonalPart(Eigen::MatrixXd matrix, const Eigen::MatrixXd &re
 // Returns matrix^T * matrix.
 Eigen::MatrixXd gramMatrix(const Eigen::MatrixXd &matrix);
 
-// Returns derivatives * covariance * derivatives^T, the covariance of values with these derivatives.
+// Returns derivatives * covariance * derivatives^T. If `covariance` is the covariance of some parameters, and each row
+// of `derivatives` has the derivatives of one value with respect to these parameters, the result is the covariance of
+// the values.
 Eigen::MatrixXd propagated(const Eigen::MatrixXd &covariance, const Eigen::MatrixXd &derivatives);
 
 struct Eigensystem {

@@ -1,7 +1,7 @@
-// Lets work deep inside a calibration end early if the calibration is cancelled. Each thread stores the function that
-// tells whether its calibration is cancelled, so the function need not be passed through every call. A new thread has
-// no function yet. So whoever starts a thread that works for a calibration passes it the result of current(), and the
-// new thread makes an Interruption with it.
+// If a calibration is cancelled, the work deep inside it can end early. Each thread stores the function that tells
+// whether its calibration is cancelled, so the function need not be passed through every call. A new thread has no
+// function yet. Code that starts a thread for a calibration therefore passes the result of current() to the new thread,
+// and the new thread makes an Interruption with this function.
 #pragma once
 
 #include <functional>

@@ -17,8 +17,8 @@ namespace calibration {
 namespace {
 
 // The first radius of the trust region if the estimate is near the solution. Some parameters of a lens have nearly the
-// same effect, so they can be changed together with hardly any change of the residuals. In such directions, Ceres's
-// default radius of 1e4 would make the first steps only half as long as they should be.
+// same effect, so a change of one can compensate a change of another, and the residuals hardly change. With Ceres's
+// default radius of 1e4, the first steps would make such combined changes only half as large as they should be.
 constexpr double nearRadius = 1e8;
 
 class SightingCost : public ceres::CostFunction {
@@ -40,7 +40,8 @@ private:
     SightingResiduals residualsOf;
 };
 
-// Pulls a print's scale, ratio and shear towards the means of their prior. Those that may not vary are left out.
+// Pulls a print's scale, ratio and shear towards the means of their prior. Each of the three gets the weight 0 if it
+// is held constant.
 class PrintPriorCost : public ceres::SizedCostFunction<3, PrintShape::count> {
 public:
     PrintPriorCost(const std::vector<int> &free, const ShapePrior &prior) : mean(prior.mean) {

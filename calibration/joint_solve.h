@@ -38,8 +38,9 @@ struct SolveOptions {
     Freedom freedom;
     double robustScale = 0;  // as in SightingResiduals
     int iterations = 100;
-    double tolerance = 1e-12;  // the solve ends if a step changes the sum of squares or the unknowns by a smaller share
-    bool isNear = false;       // the estimate is near the solution, so the solve takes full steps from the first one on
+    // The solve ends if the relative change of the sum of squares or of the unknowns in a step is below this value.
+    double tolerance = 1e-12;
+    bool isNear = false;  // the estimate is near the solution, so the solve takes full steps from the first one on
 };
 
 // Improves the estimate, using the sightings that takesPart() selects. Returns half the sum of the squared residuals,

@@ -44,8 +44,8 @@ CALIBRATION_API bool project(LensModel lens, const double *parameters, const Eig
                              Eigen::Vector2d &image);
 
 // Finds the direction that projects to a pixel, as a vector of unit length. Returns false if no direction is found.
-// This can happen where the distortion folds the picture over, so that a pixel has no direction or several. It also
-// happens if a pixel of a fisheye lies farther out than a direction 3.1 radians from the optical axis projects to.
+// This can happen where the distortion folds the picture over, so that a pixel has no direction or several. For a
+// fisheye, only directions up to 3.1 radians from the optical axis are found. Pixels farther out give false.
 CALIBRATION_API bool unproject(LensModel lens, const double *parameters, const Eigen::Vector2d &image,
                                Eigen::Vector3d &direction);
 

@@ -8,9 +8,9 @@ namespace calibration {
 Eigen::VectorXd lensPrior(const Camera &camera, const Eigen::VectorXd &intrinsics) {
     constexpr Eigen::Index firstOfDenominator = pinholeParameters + 5;
     constexpr Eigen::Index firstOfPrism = pinholeParameters + 8;
-    // The standard deviation of each term in the farthest corner of the picture; lens_prior.h gives the reasons.
-    constexpr double greatestTerm = 0.3;
-    constexpr double greatestPrism = 0.005;  // as a share of the squared radius
+    // The standard deviations of the prior in the farthest corner of the picture; lens_prior.h gives the reasons.
+    constexpr double greatestTerm = 0.3;     // of each term of the denominator
+    constexpr double greatestPrism = 0.005;  // of each term of the thin prism, as a share of the squared radius
     Eigen::VectorXd weights = Eigen::VectorXd::Zero(intrinsics.size());
     if (camera.lens != LensModel::Pinhole8 && camera.lens != LensModel::Pinhole12) {
         return weights;

@@ -14,8 +14,8 @@ namespace {
 
 // The pose of a sighting is estimated from about this many of its corners, because more would hardly improve it.
 constexpr size_t enoughCorners = 60;
-// If the residuals of a sighting are more than this many times those of good sightings, it is blurred or misread, and
-// its pose is useless.
+// The limit for the standard deviation of a sighting's residuals, as a multiple of the standard deviation in good
+// sightings. A sighting above the limit is blurred or misread, and its pose is useless.
 constexpr double greatestScaleAlone = 3;
 
 // Gives each sighting a pose of its own, so that no pose depends on where prints are relative to each other.
@@ -34,7 +34,8 @@ public:
         freedom.prints = false;
         for (std::vector<int> &shape : freedom.shapes) {
             // The scale may not vary, because one sighting cannot tell a larger print from a nearer one. The bend may
-            // vary even if flat prints were chosen, because prints that moved may have spoilt that choice.
+            // vary even if the joint estimate has flat prints, because prints that moved may have spoilt the choice
+            // between flat and bent prints.
             shape = {PrintShape::ratio, PrintShape::shear, PrintShape::bend, PrintShape::bend + 1,
                      PrintShape::bend + 2};
         }

@@ -13,8 +13,8 @@ namespace calibration {
 
 namespace {
 
-// A limit for the standard deviation of a sighting's residuals (scaleOfLengths()), as a multiple of that of good
-// corners. If it is not below this limit even in the pose that fits best, no pose explains the sighting.
+// No pose explains a sighting if its residuals are too large even in the pose that fits best. This is the limit for the
+// standard deviation of these residuals (scaleOfLengths()), in standard deviations of good corners.
 constexpr double greatestScaleAlone = 3;
 // The same limit while focal lengths are tried in steps of 4 %. It is higher than greatestScaleAlone, because the exact
 // focal length may lie between two steps.
@@ -82,9 +82,10 @@ public:
                             " % " + (*factor > 1 ? "longer" : "shorter") +
                             ": it was taken with another zoom or focus, or it was scaled or cropped.";
         } else {
-            result.reason = "The corners of " + print + " are " + rounded(lengthInPixels(alone->scale)) +
-                            " px away from where any pose puts them: the photograph is blurred or disturbed, or the "
-                            "print bends.";
+            result.reason = "Even in the pose that fits best, the corners of " + print + " are " +
+                            rounded(lengthInPixels(alone->scale)) +
+                            " px away from where they should be: the photograph is blurred or disturbed, or the print "
+                            "bends.";
         }
         return result;
     }

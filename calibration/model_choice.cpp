@@ -65,8 +65,8 @@ Observations enough(const Observations &all, int camera) {
     }
     Observations some{all.cameras, all.photographs, all.prints, {}, all.moments};
     if (camera >= 0) {
-        // All photographs count as this camera's. If they did not, another camera could be the first one of this
-        // camera's rig. That first camera would have no sightings here, so this camera would get no pose in the rig.
+        // Assigns all photographs to this camera, so that this camera is the first one of its rig. Otherwise, the first
+        // one could be a camera that has no sightings here. Then this camera would get no pose in the rig.
         for (Photograph &photograph : some.photographs) {
             photograph.camera = camera;
         }
@@ -145,7 +145,8 @@ std::vector<std::vector<std::optional<double>>> errorsOf(const std::vector<Candi
     return errors;
 }
 
-// True if the free numbers of a print's shape from `first` on differ from 0 by more than their uncertainty explains.
+// True if the free numbers of a print's shape differ from 0 by more than their uncertainty explains. Checks only the
+// numbers with index `first` and higher.
 bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_t print, int first) {
     const std::vector<int> &free = candidate.freedom.shapes[print];
     const auto from = std::find(free.begin(), free.end(), first) - free.begin();
@@ -155,7 +156,7 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
         numbers(i) = candidate.estimate.shapes[print].numbers[size_t(free[size_t(from + i)])];
     }
     // The covariance has the variance of all residuals as a factor (see covariance.h). Here this factor is divided out
-    // again, because it is meaningless as long as bad sightings are not left out. The result follows only from the
+    // again: it is meaningless, because it includes the residuals of bad sightings. The result follows only from the
     // corners' standard deviations. These are right, because solveRobustly() derives them from the good residuals.
     const Eigen::MatrixXd spread =
         covariance.shape(int(print)).bottomRightCorner(count, count) / covariance.varianceFactor();
@@ -165,8 +166,8 @@ bool isBendClear(const Candidate &candidate, const Covariance &covariance, size_
 }
 
 // Takes back bends that cannot be distinguished from 0. The comparison chooses such bends because it lets either all
-// prints bend or none: if one print is really bent, a flat model of it makes the poses wrong. Then photographs of the
-// other prints are predicted better with bends, too, although these prints are flat.
+// prints bend or none. If one print is really bent but is treated as flat, the poses become wrong. The model in which
+// all prints bend avoids this, so it predicts even photographs of flat prints better.
 void takeBack(Candidate &candidate, const std::vector<MeasuredPrint> &measured, std::vector<Bend> &bends) {
     for (bool changed = true; changed;) {
         changed = false;

@@ -25,14 +25,15 @@ struct LensChoice {
     std::vector<ModelTrial> trials;
 };
 
-// Compares all models for which `starts` has a lens of the same kind (pinhole or fisheye), on the sightings of one
-// camera and with the given bends. Returns the first start if there are too few photographs to compare models.
+// Compares lens models on the sightings of one camera, with the given bends of the prints. The models are those for
+// which `starts` has a lens of the same kind (pinhole or fisheye). Returns the first start if there are too few
+// photographs to compare models.
 LensChoice chooseLens(const Observations &observations, int camera, const std::vector<LensStart> &starts,
                       const std::vector<Bend> &bends, const std::vector<MeasuredPrint> &measured);
 
 // Returns the bend of each print. Compares flat prints with bent ones on the sightings of all cameras. After that,
-// lowers the order of every bend whose highest order is not clearly larger than its uncertainty. Starts from the
-// estimate and keeps its lens models.
+// lowers the order of a bend as long as its terms of the highest order differ from 0 by no more than their uncertainty
+// explains. Starts from the estimate and keeps its lens models.
 std::vector<Bend> chooseBends(const Observations &observations, const Estimate &estimate,
                               const std::vector<MeasuredPrint> &measured);
 

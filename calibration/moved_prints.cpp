@@ -18,8 +18,8 @@ namespace {
 // factor.
 constexpr double greatestExcess = 25;
 
-// Returns the pose of print b relative to print a in one photograph, as its difference from `reference`, and the
-// inverse of its covariance. Empty if the covariance cannot be inverted.
+// Returns the pose of print b relative to print a in one photograph, as a difference from `reference` (see
+// RelativePose). Empty if the covariance of the difference cannot be inverted.
 std::optional<RelativePose> relativePose(const LonePose &a, const LonePose &b, const RigidMotion &reference) {
     const Eigen::Matrix3d back = rotationMatrix(a.cameraFromPrint.rotation).transpose();
     const Eigen::Vector3d apart = b.cameraFromPrint.translation - a.cameraFromPrint.translation;
@@ -109,7 +109,9 @@ double excessOf(const std::vector<Pair> &pairs) {
     return std::clamp(*one / quarter, 1.0, greatestExcess);
 }
 
-// Decides in which sightings a print has moved. Prints are settled one by one, the most contradicted one first.
+// Decides in which sightings a print has moved. Prints are settled one by one: the decision is made for all sightings
+// of one print before the next print is chosen. The next print is the one with the most contradictions (see
+// mostContradicted).
 class Settlement {
 public:
     Settlement(const Observations &seen, std::vector<Pair> all)
@@ -179,9 +181,10 @@ private:
         return result;
     }
 
-    // Groups the sightings of a print by place. Two sightings are joined if the sum of their votes (see votesAbout) is
-    // positive. The place with the most sightings is kept. A sighting at another place is marked as moved if the sum of
-    // the votes between it and all sightings at the kept place is negative.
+    // Groups the sightings of a print by place. The other prints vote on whether two sightings are at the same place
+    // (see votesAbout). If the sum of these votes is positive, the two sightings get the same place. The place with the
+    // most sightings is kept. For a sighting at another place, the votes on all of its pairs with sightings at the kept
+    // place are added. If this sum is negative, the sighting is marked as moved.
     void settle(size_t print) {
         isSettled[print] = true;
         const std::map<std::pair<size_t, size_t>, int> votes = votesAbout(print);
@@ -221,10 +224,11 @@ private:
         }
     }
 
-    // Returns the sum of votes for each pair of sightings of a print. Every other print that both photographs show has
-    // a vote, unless one of its two sightings is marked as moved. The vote is 1 if the print has the same place
-    // relative to that other print in both photographs, and -1 if the places differ. The pairs are sorted by the
-    // indices of their sightings, so they are in the order of time if the photographs are.
+    // Returns the sum of votes for each pair of sightings of `print`. The two sightings are in two photographs. Every
+    // other print that both photographs show has a vote, unless its sighting in one of these photographs is marked as
+    // moved. The vote is 1 if `print` has the same place relative to the other print in both photographs, and -1 if the
+    // places differ. The pairs are sorted by the indices of their sightings. So the pairs are in the order of time if
+    // the sightings are.
     std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
         std::map<std::pair<size_t, size_t>, int> votes;
         for (const Pair &pair : pairs) {

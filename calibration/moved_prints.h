@@ -1,5 +1,6 @@
-// Finds prints that moved relative to the others. It compares single photographs instead of using the poses from a
-// joint solve, because a joint solve puts a print that moved somewhere between its places.
+// Finds prints that moved relative to the others. The poses that are compared come from single photographs, not from a
+// joint solve. A joint solve has only one pose for each print. For a print that has moved, this pose lies between the
+// places where the print was.
 #pragma once
 
 #include <vector>
@@ -13,8 +14,8 @@ namespace calibration {
 //
 // A photograph that shows two prints determines where they are relative to each other, independently of all other
 // photographs. If these relative poses contradict each other, the print that disagrees with the most other prints has
-// moved. If two prints contradict only each other, the second one counts as moved. Only prints that appear together in
-// a photograph are compared. The lenses and shapes of the estimate need not be exact.
+// moved. If two prints contradict only each other, the one with the higher index counts as moved. Only prints that
+// appear together in a photograph are compared. The lenses and shapes of the estimate need not be exact.
 std::vector<size_t> findMoved(const Observations &observations, const Freedom &freedom, const Estimate &estimate);
 
 }  // namespace calibration

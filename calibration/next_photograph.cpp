@@ -24,8 +24,8 @@ constexpr double usefulShare = 0.95;
 constexpr double negligibleShare = 0.25;
 constexpr double leastNegligible = 0.005;
 constexpr double mostNegligible = 0.05;
-// A pose is not considered unless at least this share of the corners, and at least six, would be in the picture.
-// Otherwise, a reader could hardly find them.
+// A pose is considered only if at least this share of the corners, and at least six corners, would be in the picture.
+// With fewer corners in the picture, the target could hardly be recognised.
 constexpr double leastVisible = 0.3;
 
 // The place and the tilt of the target, in terms that a user understands.
@@ -50,8 +50,8 @@ std::vector<Hold> candidates(double usualDistance) {
     return holds;
 }
 
-// Returns a standard deviation along one axis, in pixels, that stands for all corners of a camera: that of the first
-// corner in its first used sighting. 1 if the camera has no such corner.
+// Returns a typical standard deviation of a camera's corners along one axis, in pixels. The value is that of the first
+// corner in the camera's first used sighting; 1 if the camera has no such corner.
 double sigmaOfCorner(const Calibration &calibration, int camera) {
     for (const Sighting &sighting : calibration.observations.sightings) {
         const Photograph &photograph = calibration.observations.photographs[size_t(sighting.photograph)];

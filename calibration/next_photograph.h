@@ -5,10 +5,10 @@
 
 namespace calibration {
 
-// Takes the camera that has the greatest uncertainty and the print of which it saw the most corners, and compares a
-// fixed set of poses of this print in front of this camera. Returns the pose that, as the covariance predicts, would
-// reduce the camera's uncertainty most. Empty if no uncertainty is known or if no pose reduces it by more than 5 %. The
-// text also says so if more photographs would hardly improve the lenses.
+// Chooses the camera that has the greatest uncertainty. Of the prints, chooses the one with the most corners seen by
+// this camera. Compares a fixed set of poses of this print in front of this camera. Returns the pose that, as the
+// covariance predicts, would reduce the camera's uncertainty most. Empty if no uncertainty is known or if no pose
+// reduces it by more than 5 %. If more photographs would hardly improve the lenses, NextPhotograph::text says so.
 std::optional<NextPhotograph> findNextPhotograph(const Calibration &calibration);
 
 // True if the greatest uncertainty of every camera is at most about a quarter of the error of a single corner. More

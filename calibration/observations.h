@@ -1,11 +1,11 @@
 // The input and the result of a calibration, as plain values. The input has cameras, photographs, prints and observed
 // corners. The result is the estimate of all unknowns.
 //
-// Prints that are linked by photographs share a coordinate system, which is called their world (see Estimate). Its axes
-// are those of the drawing of its first print: seen from the printed side, x points to the right, y points down, and z
-// points into the print. The axes of a rig are those of its first camera. In a camera's axes, x points to the right, y
-// points down, and the camera looks along z. Lengths are in millimetres, angles in radians, and image coordinates in
-// pixels with the centre of the top-left pixel at (0, 0).
+// Prints that are linked by photographs share a coordinate system, which is called their world (see Estimate). The axes
+// of a world are those of the drawing of the world's first print: seen from the printed side, x points to the right, y
+// points down, and z points into the print. The axes of a rig are those of its first camera. In a camera's axes, x
+// points to the right, y points down, and the camera looks along z. Lengths are in millimetres, angles in radians, and
+// image coordinates in pixels with the centre of the top-left pixel at (0, 0).
 #pragma once
 
 #include <Eigen/Core>

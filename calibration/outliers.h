@@ -8,9 +8,9 @@
 namespace calibration {
 
 // Solves with a robust loss and decides what is used: drops corners whose residuals exceed four standard deviations,
-// leaves out sightings of which too few corners remain, and uses again what fits after all. Both steps are repeated
-// until no decision changes, but at most six times. Then solves without the robust loss and decides again. As long as a
-// decision changes, solves again in this way, at most three more times.
+// leaves out sightings of which too few corners remain, and uses again what fits after all. Solving and deciding are
+// repeated until no decision changes, but at most six times. Then solves without the robust loss and decides again. As
+// long as a decision changes, solves again in this way, at most three more times.
 //
 // Changes `isUsed` in the observations, but never uses a sighting or corner that `given` does not use. Also multiplies
 // the corners' standard deviations by one factor for each camera, so that they agree with the residuals. Returns false
@@ -36,7 +36,7 @@ std::vector<double> residualLengths(const Observations &observations, const Sigh
                                     const BlockPointers &blocks);
 
 // Estimates the standard deviation of residuals along one axis from their lengths. Up to half of the residuals may be
-// bad. Returns 1 if there are none.
+// bad. Returns 1 if `lengths` is empty.
 double scaleOfLengths(std::vector<double> lengths);
 
 // Returns for each camera the standard deviation of the residuals of good corners, in units of the corners' stated

@@ -9,7 +9,9 @@ namespace calibration {
 
 struct PlanarPose {
     RigidMotion cameraFromPrint;
-    double rms = 0;  // of the corners' residuals, in standard deviations per axis
+    // Root mean square of the residuals in x and y of all used corners. Each residual is divided by its standard
+    // deviation.
+    double rms = 0;
 };
 
 // Starts from the homography between the print and the directions to its corners, and improves the pose by least

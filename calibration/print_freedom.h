@@ -10,10 +10,12 @@ enum class Bend { Flat, Quadratic, Cubic };
 
 struct MeasuredPrint;
 
-// Sets `shapes` and `priors` of `freedom`. In the estimate's shapes, sets `reach` and the numbers that may not vary.
-// These are the following: the scale of a measured print gets its measured value. If no print of a group was measured,
-// the scale of the group's first print is set to 1. The terms of the bend that `bends` does not allow are set to 0. The
-// ratio of a measured print may vary, but its prior is the measured ratio with the standard deviation of a caliper.
+// Sets `shapes` and `priors` of `freedom`. In the estimate's shapes, sets `reach` and the numbers that may not vary:
+// - The scale of a measured print is set to its measured value.
+// - If no print of a group was measured, the scale of the group's first print is set to 1.
+// - The terms of the bend that `bends` does not allow are set to 0.
+// The ratio of the x scale to the y scale may vary for every print. For a measured print, this ratio has a prior. Its
+// mean is the measured ratio, and its standard deviation is the one that a measurement with a caliper gives.
 void setShapes(const Observations &observations, const std::vector<Bend> &bends,
                const std::vector<MeasuredPrint> &measured, Estimate &estimate, Freedom &freedom);
 

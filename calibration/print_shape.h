@@ -23,8 +23,8 @@ struct PrintShape {
     double reach = 1;  // mm: see reachOf(); makes the bends of prints of different sizes comparable
 };
 
-// Where a point of the drawing is on the real print, in mm, and its derivatives with respect to the shape's numbers. x
-// and y are in the plane of the print, and z is the bend.
+// `place` says where a point of the drawing is on the real print, in mm. `byNumbers` has the derivatives of `place`
+// with respect to the shape's numbers. x and y are in the plane of the print, and z is the bend.
 struct PrintedPoint {
     Eigen::Vector3d place;
     Eigen::Matrix<double, 3, PrintShape::count, Eigen::RowMajor> byNumbers;

@@ -18,7 +18,7 @@ struct Cell {
 };
 
 // The cells of a grid over the picture, for points at one distance from the camera. If this distance is infinite,
-// points at distance 1 stand for them, and the camera's motion is only a rotation.
+// the grid has points at distance 1 instead, and the camera's motion is only a rotation.
 class Grid {
 public:
     Grid(const Camera &camera, const Eigen::VectorXd &intrinsics, double distance, int columns, int rows)
@@ -57,8 +57,8 @@ private:
     }
 };
 
-// Returns the motion of the camera that cancels as much of the lens's error as possible, as a linear function of that
-// error.
+// Returns a matrix that maps an error of the lens parameters to a motion of the camera. Of all motions, this motion
+// shifts the pixels in the way most similar to the error. Subtracting these shifts leaves the smallest error.
 Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
     const int size = grid.motionSize();
     Eigen::MatrixXd normal = Eigen::MatrixXd::Zero(size, size);
@@ -70,8 +70,8 @@ Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
             right += cell->weight * byMotion.transpose() * cell->byLens;
         }
     }
-    // In a narrow field of view, rotation and translation look nearly alike. The larger diagonal keeps the matrix from
-    // being singular.
+    // In a narrow field of view, rotation and translation look nearly alike. The diagonal is made slightly larger, so
+    // that the matrix is not singular.
     normal.diagonal() *= 1 + 1e-12;
     return solveSymmetric(normal, right);
 }
@@ -135,7 +135,7 @@ PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, 
             cell->weight = 1 / std::max(sigma * sigma, 1e-18);
         }
     }
-    RigidMotion motion;  // from the axes of the camera with lens a to those with lens b
+    RigidMotion motion;  // from the axes of the camera with lens a to those of the camera with lens b
     constexpr int rounds = 8;
     const int size = grid.motionSize();
     for (int round = 0; round < rounds; round++) {

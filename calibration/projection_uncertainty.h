@@ -20,8 +20,9 @@ namespace calibration {
 
 constexpr double infinitelyFar = std::numeric_limits<double>::infinity();
 
-// Values at the centres of the cells of a grid over the picture, row by row. A value is empty if the lens has no
-// direction for that pixel or, in a difference, if the other lens cannot project the point.
+// Values at the centres of the cells of a grid over the picture, row by row. A value is empty if no direction is found
+// that the lens projects to the centre of the cell. In a difference, this lens is the first of the two, and a value is
+// also empty if the second lens cannot project the point.
 struct CALIBRATION_API PictureMap {
     int columns = 0;
     int rows = 0;
@@ -39,9 +40,10 @@ struct CALIBRATION_API PictureMap {
 PictureMap projectionUncertainty(const Camera &camera, const Eigen::VectorXd &intrinsics,
                                  const Eigen::MatrixXd &covariance, double distance, int columns, int rows);
 
-// Returns the distance in pixels between the two projections of the same point through two lenses of one camera.
-// `uncertainty` has the same columns and rows, and determines the weight of each part of the picture. Without it, all
-// parts have the same weight, and the motion may follow parts of the picture in which neither lens is known.
+// `a` and `b` are the intrinsics of two lenses that are compared for one camera. Returns the distance in pixels between
+// the projections of the same point through both lenses. `uncertainty` has the same columns and rows, and determines
+// the weight of each part of the picture. Without it, all parts have the same weight. The fitted motion may then depend
+// on parts of the picture in which the intrinsics of both lenses are inaccurate.
 PictureMap projectionDifference(const Camera &camera, const Eigen::VectorXd &a, const Eigen::VectorXd &b,
                                 double distance, int columns, int rows, const PictureMap *uncertainty = nullptr);
 

@@ -11,9 +11,9 @@ namespace calibration {
 
 namespace {
 
-// A change of place is clear, and not due to chance, if the squared Mahalanobis distance between the mean poses before
-// and after it is larger than this. The limit is high because a pose has 6 degrees of freedom, and because the largest
-// of the distances for all possible times of the change is compared with it.
+// Two mean poses count as clearly different, and not just by chance, if their squared Mahalanobis distance is larger
+// than this number times `excess` (see placesOf). The limit is high for two reasons: a pose has 6 degrees of freedom,
+// and the time of a change is chosen to make the distance between the means before and after it as large as possible.
 constexpr double clearDistance = 60;
 
 // The weighted mean of several poses at the same place.

@@ -148,8 +148,8 @@ bool SightingResiduals::evaluateAll(const BlockPointers &blocks, double *residua
     const PreparedMotions motions(blocks);
     const auto &[cameraFromRig, rigFromWorld, worldFromPrint] = motions;
     const PreparedShape shape(blocks[size_t(Block::Shape)], reach);
-    // Returns the address at which the two rows of a corner begin; null if the derivatives with respect to that block
-    // are not wanted.
+    // Returns the address at which the two rows of a corner begin in the Jacobian of `block`; null if that Jacobian is
+    // not wanted.
     const auto rowsOf = [&](Block block, size_t i) {
         double *all = jacobians[size_t(block)];
         return all == nullptr ? nullptr : all + 2 * i * size_t(blockSize(block));

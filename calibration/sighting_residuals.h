@@ -49,7 +49,7 @@ private:
 // Returns half the diagonal of the rectangle around the print's drawn points, in mm.
 double reachOf(const Print &print);
 
-// Returns the blocks of a sighting within an estimate.
+// Returns pointers to those blocks of parameters in the estimate that the sighting depends on.
 BlockPointers blocksOf(const Observations &observations, const Sighting &sighting, const Estimate &estimate);
 
 }  // namespace calibration

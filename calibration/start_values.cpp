@@ -141,7 +141,8 @@ std::vector<double> focalLengths(const Camera &camera) {
     }
     std::vector<double> lengths;
     const double degree = std::acos(-1.0) / 180;
-    for (const double degrees : {40, 70, 100, 130, 160, 190, 220}) {  // that the longer side of the picture spans
+    // Fields of view to try, along the longer side of the picture.
+    for (const double degrees : {40, 70, 100, 130, 160, 190, 220}) {
         lengths.push_back(side / (degrees * degree));
     }
     return lengths;
@@ -239,8 +240,8 @@ private:
         return false;
     }
 
-    // Computes the poses of moments and cameras from those of photographs, and from these the poses of further
-    // photographs. Repeats this until there are no new poses.
+    // Computes the poses of moments and cameras from the poses of photographs. From the poses of moments and cameras,
+    // computes the poses of further photographs. Repeats this until there are no new poses.
     void spread() {
         for (bool isNew = true; isNew;) {
             isNew = false;
@@ -275,9 +276,9 @@ private:
 }  // namespace
 
 int rigOrigin(const Observations &observations, int camera) {
-    // Cameras that took photographs at the same moment belong together. Two cameras may be linked only through others.
-    // So each camera takes over the least index among the cameras of its moments, again and again, until no index
-    // changes.
+    // Cameras that took photographs at the same moment belong together. Cameras that are linked only through other
+    // cameras belong together, too. At first, the origin of each camera is its own index. Then each camera takes the
+    // least origin among the cameras that share a moment with it, again and again, until no origin changes.
     std::vector<int> origin(observations.cameras.size());
     for (size_t i = 0; i < origin.size(); i++) {
         origin[i] = int(i);

@@ -16,11 +16,11 @@ namespace {
 
 constexpr int mapColumns = 60;
 constexpr int mapRows = 40;
-// The halves of the moments determine a lens if the standard deviation of its focal length is less than this share of
-// the focal length.
+// The moments are divided into two halves, and each lens is estimated once from each half. A half determines a lens if
+// the standard deviation of the focal length is less than this share of the focal length.
 constexpr double greatestFocalSigma = 0.02;
-// A number of a print's shape is not determined if its standard deviation is at least this share of the prior's
-// standard deviation.
+// A print's scale, or its ratio of x to y, is not determined if its standard deviation is at least this share of the
+// prior's standard deviation.
 constexpr double undeterminedShare = 0.7;
 
 // Sums over the used sightings of one camera.

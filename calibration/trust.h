@@ -5,8 +5,9 @@
 
 namespace calibration {
 
-// Makes Calibration::cameras and Calibration::prints anew, with all members except `trials` and `isMeasured`, which the
-// caller fills afterwards. Needs the calibration's observations, estimate, freedom and covariance.
+// Replaces the elements of Calibration::cameras and Calibration::prints. Sets all members of the new elements except
+// `trials` and `isMeasured`, which the caller sets afterwards. Needs the calibration's observations, estimate, freedom
+// and covariance.
 void judgeTrust(Calibration &calibration);
 
 }  // namespace calibration

@@ -15,13 +15,15 @@ namespace {
 // about 0.1 px.
 constexpr double goodUncertainty = 0.2;
 constexpr double usableUncertainty = 1;
-// A part of the picture with a greater uncertainty is useless. Usually no photograph shows the target there.
+// A part of the picture is useless if its greatest uncertainty is above this limit, in pixels. Usually no photograph
+// shows the target there.
 constexpr double uselessUncertainty = 5;
 constexpr double greatestRms = 1;  // pixels
 constexpr int fewPhotographs = 8;
 constexpr double greatestShareLeftOut = 0.2;
 constexpr int fewMoved = 3;
-// Random errors alone make the lenses from the two halves differ by about twice the uncertainty.
+// The photographs are divided into two halves, and one lens is estimated from each half. Random errors alone make these
+// two lenses differ by about twice the uncertainty.
 constexpr double greatestHalvesRatio = 5;
 
 constexpr int parts = 3;  // along the picture's width, and along its height
@@ -111,14 +113,14 @@ private:
         if (trust.rms > greatestRms) {
             say("The corners fit only to " + rounded(trust.rms) + " px.", Grade::Usable);
             advise("Take sharp photographs without motion blur, and fix the prints to a flat, stiff plate" +
-                   std::string(isLensGiven ? ", or let the lens model be chosen." : "."));
+                   std::string(isLensGiven ? ", or let the program choose the lens model." : "."));
         }
         if (trust.halves && medianOf(*trust.halves) > greatestHalvesRatio * medianOf(trust.uncertainty)) {
             say("Two halves of the photographs give lenses that differ by " + rounded(medianOf(*trust.halves)) +
                     " px, more than their uncertainty explains.",
                 Grade::Usable);
             advise("Make sure that neither zoom nor focus changed and that no print moved or bent between photographs" +
-                   std::string(isLensGiven ? ", or let the lens model be chosen." : "."));
+                   std::string(isLensGiven ? ", or let the program choose the lens model." : "."));
         }
         if (trust.photographs < fewPhotographs) {
             say("Only " + counted(trust.photographs, "photograph") + (trust.photographs == 1 ? " counts." : " count."),
@@ -189,7 +191,7 @@ private:
         for (const LeftOut &one : calibration.leftOut) {
             isLeftOut[size_t(observations.sightings[size_t(one.sighting)].photograph)] = true;
         }
-        // True if another print in the same photograph is used.
+        // True if at least one photograph has both a sighting that was left out and a sighting that is used.
         const bool isPrintLeftOut = std::any_of(
             observations.sightings.begin(), observations.sightings.end(),
             [&](const Sighting &sighting) { return sighting.isUsed && isLeftOut[size_t(sighting.photograph)]; });
@@ -217,11 +219,12 @@ private:
         }
         for (size_t print = 0; print < moved.size(); print++) {
             if (moved[print] >= fewMoved && moved[print] > greatestShareLeftOut * all[print]) {
-                calibration.notices.push_back(
-                    capitalised(namesOf(observations, {int(print)})) + " is not at its usual place in " +
-                    std::to_string(moved[print]) + " of the " + std::to_string(all[print]) +
-                    " photographs that show it: it moved meanwhile, or two boards have the same number. Calibrate the "
-                    "photographs before and after the move separately.");
+                calibration.notices.push_back(capitalised(namesOf(observations, {int(print)})) +
+                                              " is not at its usual place in " + std::to_string(moved[print]) +
+                                              " of the " + std::to_string(all[print]) +
+                                              " photographs that show it: it was moved between photographs, or two "
+                                              "boards have the same number. Calibrate the photographs before and after "
+                                              "the move separately.");
             }
         }
     }
@@ -243,8 +246,8 @@ private:
             if (!group.empty()) {
                 const std::string names = capitalised(namesOf(observations, group));
                 calibration.notices.push_back(names + (group.size() > 1 ? " are" : " is") +
-                                              " in no photograph with the others, so where " +
-                                              (group.size() > 1 ? "they are" : "it is") +
+                                              " in no photograph with the others, so " +
+                                              (group.size() > 1 ? "their poses" : "its pose") +
                                               " relative to the others cannot be known. Take photographs that show " +
                                               (group.size() > 1 ? "them" : "it") + " together with the others.");
             }
@@ -258,7 +261,8 @@ private:
     void nameUndetermined() {
         std::vector<int> undetermined;
         for (size_t print = 0; print < calibration.prints.size(); print++) {
-            // The prior of a measured print is its measurement, not the printer.
+            // A measured print needs no notice: its size rests on the measurement, not on the assumed accuracy of
+            // printers.
             const PrintTrust &trust = calibration.prints[print];
             if (calibration.estimate.groups[print] >= 0 && !trust.isDetermined && !trust.isMeasured) {
                 undetermined.push_back(int(print));

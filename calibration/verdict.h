@@ -6,7 +6,8 @@
 namespace calibration {
 
 // Fills Calibration::verdict and adds to Calibration::notices. All other members must be complete, except for `next`.
-// `isLensGiven` tells whether the user gave the lens model; if so, the advice can be to let the model be chosen.
+// `isLensGiven` tells whether the user gave the lens model; if so, the advice can be to let the program choose the
+// model.
 void giveVerdict(Calibration &calibration, bool isLensGiven);
 
 }  // namespace calibration

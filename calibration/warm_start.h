@@ -13,12 +13,14 @@ namespace calibration {
 // corners; -1 if there is none.
 std::vector<int> sameSightings(const Observations &given, const Observations &previous);
 
-// Solves for `given` with the lens models of the previous result. Each print bends by a polynomial of the same order as
-// in that result, or stays flat. Sets result.observations, result.estimate and result.freedom. `same` is what
-// sameSightings() returns. Returns false if a solve fails. Also returns false if a search for outliers from the
-// beginning could have another outcome. That is so if fewer than half of the sightings are the same as before, or if a
-// camera has none of these sightings. It is also so if a decision about an earlier sighting changes, or if it is not
-// clear which sightings are bad. If the function returns false, `result` is undefined.
+// Solves for `given` with the lens models of the previous result. A print that is flat in the previous result stays
+// flat. The bend of any other print is a polynomial of the same order as before. Sets result.observations,
+// result.estimate and result.freedom. `same` is what sameSightings() returns. Returns false if a solve fails. Also
+// returns false in these cases, because a search for outliers from scratch could then find different ones:
+// - Fewer than half of the sightings are the same as before, or a camera has none of these sightings.
+// - For a sighting that is also in the previous result, the decision whether it is bad changes.
+// - It is not clear which sightings are bad.
+// If the function returns false, `result` is undefined.
 bool solveFromPrevious(const Observations &given, const Calibration &previous, const std::vector<int> &same,
                        const CalibrateOptions &options, Calibration &result);
 

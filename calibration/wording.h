@@ -12,15 +12,16 @@ namespace calibration {
 // Returns the text with a capital first letter. A text that starts with a quotation mark stays as it is.
 std::string capitalised(std::string text);
 
-// Returns "pattern 3" or "patterns 3 and 7" if all these prints have numbers. Otherwise, returns the list without the
-// word "patterns". In the list, a print without a number is called by its name in quotation marks, or "the target" if
-// it has no name either.
+// Returns a list of these prints. If all of them have numbers, the list is "pattern 3" or "patterns 3 and 7".
+// Otherwise, the list does not begin with the word "pattern" or "patterns". A print without a number then appears with
+// its name in quotation marks, or as "the target" if it has no name either.
 std::string namesOf(const Observations &observations, const std::vector<int> &prints);
 
 // Returns "1 corner" or "5 corners".
 std::string counted(std::ptrdiff_t count, const std::string &noun);
 
-// Returns the number with about two digits, and with all digits before the decimal point: "0.06", "2.1", "350".
+// Returns the number rounded to 0 to 3 decimals. The larger the number, the fewer decimals it gets: "0.004", "0.06",
+// "2.1", "350".
 std::string rounded(double value);
 
 // Returns the name of one of nine parts of the picture: "in the middle", "in the lower left corner", "at the upper

@@ -48,7 +48,8 @@ void addPhotograph(const Rows &object, const Rows &image, const Rows *sigmas, Pr
     if (object.shape(0) != image.shape(0) ||
         (sigmas != nullptr && (sigmas->ndim() != 1 || sigmas->shape(0) != image.shape(0)))) {
         throw py::value_error(
-            "Every photograph needs one object point for each image point, and one sigma if sigmas are given.");
+            "Every photograph needs one object point for each image point. If sigmas are given, it also needs one "
+            "sigma for each image point.");
     }
     const int photograph = int(observations.photographs.size());
     observations.photographs.push_back({"photograph " + std::to_string(photograph), 0, photograph});

@@ -7,7 +7,9 @@
 
 namespace lmlib64_python {
 
-// A picture for the reader: height x width, or height x width x channels (1, 3 as BGR, 4 as BGRA), of uint8 or uint16.
+// A picture for the reader. The shape of the array is height x width or height x width x channels, with 1, 3 (BGR) or 4
+// (BGRA) channels. The elements are uint8 or uint16.
+//
 // `matrix` uses the memory of `array`, so `array` must exist, and nobody may write to it, as long as `matrix` is used.
 // `array` is the given picture itself if each of its rows is contiguous, even if there are gaps between the rows, as in
 // a part of a larger picture. Otherwise `array` is a copy. Throws pybind11::value_error for another shape and

@@ -84,9 +84,10 @@ py::dict dictionaryOf(const PatternReading &reading, const std::optional<std::ve
     return result;
 }
 
-// The object points come from a pattern file if one matches, otherwise from the grid spacing in the pattern's own
-// block, otherwise from the caller's grid spacing. A plain board has no block, and its grid spacing is twice the
-// caller's `square`. Empty if none of these is known. The program read_pattern does the same.
+// Returns the object points of a reading. They come from a pattern file if one matches, otherwise from the grid spacing
+// in the pattern's information block, otherwise from the caller's grid spacing. A plain board has no information block,
+// and its grid spacing is twice the caller's `square`. The result is empty if no pattern file matches and the grid
+// spacing is not known. The program read_pattern does the same.
 std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                      const std::vector<pattern_reader::PrintedPattern> &patterns,
                                                      std::optional<double> gridSpacing, std::optional<double> square) {

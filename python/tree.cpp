@@ -46,8 +46,8 @@ void setString(const std::string &path, const std::string &text) {
     check(result, path);
 }
 
-// Returns an array of rows, columns and, if there are several, channels. Its elements are unsigned integers or
-// floating-point numbers, with as many bytes as in the node.
+// Returns an array of rows x columns, or of rows x columns x channels if the node has more than one channel. The values
+// are unsigned integers or floating-point numbers. Each value has as many bytes in the array as in the node.
 py::array binary(const std::string &path) {
     std::int32_t result = 0;
     std::int32_t width = 0;

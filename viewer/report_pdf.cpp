@@ -22,8 +22,8 @@ constexpr double marginMm = 16;
 constexpr double footerPoints = 22;
 constexpr double textPoints = 9.5;
 constexpr double captionPoints = 8;
-constexpr double greatestHeight = 0.6;  // of a figure's drawing, as a share of the page's height
-constexpr double latestStart = 0.65;    // no part begins farther down than this share of the page's height
+constexpr double greatestHeight = 0.6;  // the greatest height of a figure's drawing, as a share of the page's height
+constexpr double latestStart = 0.65;    // no part of the report begins below this share of the page's height
 constexpr double columnShare = 0.485;   // width of a figure in a column, as a share of the page's width
 constexpr double pictureWidthPoints = 54;
 

@@ -158,8 +158,9 @@ void SettingsPanel::showPatternFiles() {
 void SettingsPanel::choosePatternFiles() {
     QFileDialog dialog(this, tr("Pattern Files"), {}, tr("Patterns of LmCalTab (*.json *.pdf)"));
     dialog.setFileMode(QFileDialog::ExistingFiles);
-    // If the dialog is cancelled, no pattern files remain chosen. This is intentional: in this way, the user can
-    // choose none again, so that the sizes come from what the patterns encode.
+    // If the dialog is cancelled, no pattern files remain chosen. This is intentional: cancelling the dialog is the
+    // way to remove the chosen files. Without files, the sizes come from what the patterns encode, or from the
+    // settings.
     current.patternFiles = dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
     showPatternFiles();
     emit edited(current);

@@ -302,7 +302,8 @@ void ViewerWindow::offerRecovery() {
 
 void ViewerWindow::keepCopy() {
     const SessionDocument document = session.document();
-    const bool isUndecided = leftOver && document.photographs.isEmpty();  // the user may still restore the copy
+    // As long as this is true, the user may still restore the session that a crash left.
+    const bool isUndecided = leftOver && document.photographs.isEmpty();
     // If kept == document, the copy has the whole document already. This is so after a photograph was read, for
     // example, because reading does not change the document.
     if (isUndecided || kept == document) {

@@ -67,9 +67,9 @@ Arguments parse(const QStringList &given) {
 }  // namespace
 
 int runViewer(int argc, char **argv) {
-    // The arguments are parsed before the application is made, because --help and --version need no display. But if
-    // they contain -platform, -style or -display, which belong to the toolkit, they are parsed after the application
-    // has removed this option and its value from them.
+    // The arguments are parsed before the application is made, because --help and --version need no display. But
+    // -platform, -style and -display are options of the toolkit. If one of them is given, the arguments are parsed
+    // after the application has removed this option and its value.
     QStringList given;
     for (int i = 1; i < argc; ++i) {
         given << QString::fromLocal8Bit(argv[i]);

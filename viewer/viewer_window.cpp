@@ -33,7 +33,8 @@
 
 namespace {
 
-constexpr int factorSteps = 12;  // of the slider, for the factors 1, 2, 5, 10 ... 10,000
+// The last position of the slider. The positions, from 0, stand for the factors 1, 2, 5, 10 ... 10,000.
+constexpr int factorSteps = 12;
 
 int factorAt(int step) {
     const int digits[] = {1, 2, 5};
@@ -264,8 +265,8 @@ void ViewerWindow::connectSession() {
     });
     connect(settingsPanel, &SettingsPanel::edited, &session, &Session::setSettings);
     connect(list->selectionModel(), &QItemSelectionModel::currentChanged, this, &ViewerWindow::showCurrentPhotograph);
-    // A running timer is not started again. While many photographs are read, changes follow each other all the time. A
-    // timer that every change started again would never end.
+    // A running timer is not started again. While many photographs are read, changes follow each other all the time. If
+    // every change restarted the timer, it would not fire before the last photograph is read.
     const auto keepLater = [this] {
         if (recovery && !recoveryTimer.isActive()) {
             recoveryTimer.start();

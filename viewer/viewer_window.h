@@ -1,5 +1,6 @@
 // The window of LmView: photographs and settings on the left, the chosen photograph in the middle, the results on the
-// right. All photographs, settings and results are in the session. The actions of its menus are in viewer_actions.cpp.
+// right. All photographs, settings and results are in the session. The actions of the window's menus are in
+// viewer_actions.cpp.
 #pragma once
 
 #include <QListView>

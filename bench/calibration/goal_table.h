@@ -1,4 +1,4 @@
-// Prints what a part of the benchmark measures as a Markdown table, and remembers whether a goal was missed.
+// Prints the measurements of one part of the benchmark as a Markdown table, and remembers whether a goal was missed.
 #pragma once
 
 #include <cstdio>

@@ -11,7 +11,7 @@ bool measureTrueSigmas(int runs);
 bool measureTime();
 // Compares calibrations from all visible corners with calibrations from completely visible targets only.
 bool measurePartialViews();
-// Checks what the engine does if the input does not determine a calibration, or if some photographs contradict the
+// Checks what calibrate() does if the input does not determine a calibration, or if some photographs contradict the
 // others.
 bool measureBadInput();
 // Renders pictures, reads the patterns in them, calibrates, and compares the result with the truth.

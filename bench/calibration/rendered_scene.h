@@ -10,7 +10,7 @@ namespace calibration_bench {
 
 struct RenderedScene {
     SimulatedScene scene;  // contains the truth
-    // The true position of every corner of each print in the world, in mm. The bend is included.
+    // The true world coordinates of every corner of each print, in mm. The bend is included.
     std::vector<std::vector<Eigen::Vector3d>> corners;
     // The observations that follow from reading the pictures.
     calibration::Observations read;

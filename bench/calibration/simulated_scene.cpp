@@ -36,7 +36,8 @@ Vector3d middleOf(const std::vector<PrintDraft> &prints) {
     return sum / double(prints.size());
 }
 
-// Returns a view in a random direction from a place near the mean position of the prints, for prints around the camera.
+// Returns a view for a scene in which the prints surround the camera. The camera is near the mean position of the
+// prints and looks in a random direction.
 RigidMotion viewFromInside(const SceneDraft &draft, std::mt19937 &random) {
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> even(-1, 1);

@@ -51,8 +51,9 @@ void addLens(const SimulatedScene &scene, const Calibration &result, int camera,
         errors.focalLengths.add(estimate[i] - truth[i], sigmas[size_t(i)]);
         errors.centres.add(estimate[i + 2] - truth[i + 2], sigmas[size_t(i) + 2]);
     }
-    // For nine pixels in the part of the picture in which corners were seen: takes the direction that the true lens
-    // projects to the pixel, and compares where the estimated lens and the true lens project this direction.
+    // Compares the estimated lens with the true lens at nine pixels in the part of the picture in which corners were
+    // seen. The true lens gives the direction of each pixel. Both lenses then project this direction, and the error is
+    // the difference between the two projections.
     const Camera &what = scene.observations.cameras[size_t(camera)];
     const Eigen::MatrixXd covariance = result.covariance.intrinsics(camera);
     for (const double x : {0.15, 0.5, 0.85}) {
@@ -99,8 +100,8 @@ SceneDraft draftOf() {
                     {8, 6, 24, {{0.1, 0.7, -0.05}, {205, 10, -70}}, other},
                     {8, 6, 24, {{-0.6, 0.05, 0.1}, {5, 170, -60}}, {}}};
     draft.moments = 14;
-    // The standard deviations that the corners state are half of the true ones. The calibration must find this factor
-    // from the residuals.
+    // The calibration is given only half of the corners' true standard deviation. It must find the factor of 2 from the
+    // residuals.
     draft.noise = 0.1;
     draft.saidNoise = 0.05;
     draft.reach = 0.5;
@@ -132,7 +133,7 @@ bool measureTrueSigmas(int runs) {
             std::printf("run %d: %s\n", run, impossible.what());
         }
     }
-    GoalTable table("The standard deviations are true");
+    GoalTable table("The standard deviations of the results agree with their errors");
     table.atLeast("simulated calibrations", done, runs, "");
     errors.focalLengths.report(table, "focal lengths");
     errors.centres.report(table, "principal points");

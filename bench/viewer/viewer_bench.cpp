@@ -1,7 +1,7 @@
 // Benchmarks of LmView with many photographs. They measure the time from dropping the photographs onto the window to
-// the result, and compare it with the time that decoding the photographs takes. They also measure the memory, for how
-// long the window does not answer, and the time to calibrate anew. They take minutes, so run_all.sh does not run them.
-// They need a POSIX system.
+// the result, and compare it with the time that decoding the photographs takes. They also measure the memory, the
+// longest time during which the window does not answer, and the time to calibrate anew. They take minutes, so
+// run_all.sh does not run them. They need a POSIX system.
 //
 //   viewer_bench FOLDER [ROUNDS]
 //
@@ -133,7 +133,7 @@ void decode(const QStringList &files, int flags) {
     print({{"processor", time.processor}, {"elapsed", time.elapsed}});
 }
 
-// A window of LmView with the arrangement that it has if LmCalTab's button opens it.
+// A window of LmView that is set to Arrangement::Assembly, as it is if LmView is opened with the button in LmCalTab.
 class MeasuredWindow {
 public:
     explicit MeasuredWindow(const QString &recoveryFolder = {}) : window(recoveryFolder) {
@@ -311,8 +311,8 @@ int measureAll(const QString &folder, int rounds) {
     table.figure("longest event of the window while 50 are calibrated anew", again["longest event"], "ms", "limit", 100,
                  1.0);
     Figures many = measureInProcess({"many", folder});
-    table.figure("longest event of the window while 1,000 are read and the session is kept", many["longest event"],
-                 "ms", "limit", 100, 1.0);
+    table.figure("longest event of the window while 1,000 are read and a recovery copy of the session is saved",
+                 many["longest event"], "ms", "limit", 100, 1.0);
     table.figure("memory for each of 1,000 photographs", many["megabytes"], "MiB", "limit", 0.3, 1.0);
     table.figure("longest step of scrolling through 1,000 photographs", many["longest scroll"], "ms", "limit", 16, 1.0);
     return table.exitCode();

@@ -120,7 +120,8 @@ std::pair<std::string, std::string> parseCamera(const std::string &text) {
     }
     if (!isCameraName(camera.first)) {
         fail("--camera: \"" + camera.first +
-             "\" cannot be a name, because files are named after it: use letters, digits, - and _.");
+             "\" cannot be a camera's name, because files are named after it. Use at most 100 characters: "
+             "A to Z, a to z, 0 to 9, \"-\", \"_\" and \".\". The first must not be \".\".");
     }
     return camera;
 }
@@ -147,8 +148,9 @@ void findPhotographsOf(Arguments &arguments) {
     }
 }
 
-// Completes a photograph of a corner list. If it has no camera yet, the name patterns of --camera decide. Its size
-// comes from --image-size or, without this option, from its picture file.
+// Completes an entry of a corner list. If the photograph has no camera yet, it gets the camera of the first --camera
+// option whose name pattern matches the photograph's path or file name. The photograph's size comes from --image-size
+// or, without this option, from its picture file.
 void complete(ListedPhotograph &photograph, const std::string &list, const Arguments &arguments) {
     for (const std::string &text : arguments.texts.cameras) {
         const auto [name, glob] = parseCamera(text);
@@ -218,10 +220,12 @@ void addInputOptions(shell::CommandLine &line, Arguments &arguments) {
              "and level; may be repeated")
         .typeName("[NAME=]FILE")
         .oneValueEachTime();
-    line.add("--image-size", texts.imageSize, "Size of the pictures of --corners; by default that of their files")
+    line.add("--image-size", texts.imageSize,
+             "Size of the pictures named in the files of --corners; by default, it is read from the picture files")
         .typeName("WxH")
         .needs("--corners");
-    line.add("--jobs", arguments.jobs, "Photographs to read at the same time; if 0, one for each processor")
+    line.add("--jobs", arguments.jobs,
+             "Number of photographs to read at the same time; 0 means one photograph per processor")
         .typeName("N");
 }
 

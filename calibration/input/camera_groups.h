@@ -33,15 +33,15 @@ struct CameraGroups {
 // "camera", "camera-2" and so on, in the order of their first photographs; names that the user gave are skipped.
 CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs);
 
-// Returns the moment of each photograph, counted from 0. Photographs of different cameras count as taken at the same
-// moment if they agree in one of the following, of which the first that is usable is taken for all photographs:
+// Returns the moment of each photograph, counted from 0. Photographs of different cameras belong to the same moment if
+// they have the same key. For all photographs, the key is the first of the following that is usable:
 // - the file name without its ending;
 // - the last number in the file name (left01.jpg and right01.jpg);
 // - the position among the photographs of the same camera.
-// Names or numbers are usable if no photograph lacks one, if no camera has the same one twice, and if each camera
-// except the first shares at least half of its own with other cameras. Positions are usable if all cameras have the
-// same number of photographs; otherwise, std::runtime_error is thrown. `cameraOf` is -1 for photographs that do not
-// count; their moments have no meaning.
+// Names or numbers are usable as keys if every photograph has a key, if no two photographs of the same camera have the
+// same key, and if each camera except the first shares at least half of its keys with other cameras. Positions are
+// usable if all cameras have the same number of photographs; otherwise, std::runtime_error is thrown. `cameraOf` is -1
+// for photographs that do not count; their moments have no meaning.
 std::vector<int> momentsOfRig(const std::vector<std::string> &paths, const std::vector<int> &cameraOf);
 
 }  // namespace calibration

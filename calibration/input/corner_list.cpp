@@ -117,7 +117,7 @@ std::vector<ListedPhotograph> loadCornerList(const std::string &path) {
             continue;
         }
         if (columns.size() < 3 || columns.size() > 4) {
-            fail(path, line, "it does not have the columns filename, x, y and level");
+            fail(path, line, "the columns must be filename, x, y and, optionally, level");
         }
         const auto [place, isNew] = known.try_emplace(columns[0], photographs.size());
         if (isNew) {

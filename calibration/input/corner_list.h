@@ -6,7 +6,7 @@
 //   left02.jpg - -
 //
 // Each photograph has all inner corners of its board, row by row. "-" in any of the columns x, y and level means that
-// the corner was not seen. If the only line of a photograph has "-", the whole board was not seen. The level says how
+// the corner was not seen. If the only line of a photograph has "-", the board was not seen at all. The level says how
 // many times the picture's size was halved before the corner was measured. Each halving doubles the corner's standard
 // deviation. The level may be absent; it then counts as 0. A corner with a level below 0 or above 20 counts as not
 // seen. The rest of a line after # is a comment. x and y are in pixels; the centre of the top-left pixel is (0, 0).
@@ -37,9 +37,10 @@ struct ListedPhotograph {
 // that names the file and the wrong line.
 std::vector<ListedPhotograph> loadCornerList(const std::string &path);
 
-// Sets the photograph's size to that of its picture file. The file is searched for by its listed name in the current
-// folder and in the list's folder, and by its name without folders in the list's folder. The size stays as it is if the
-// file is absent, is not a picture or has too many pixels.
+// Sets the photograph's size to that of its picture file. Three paths are tried in this order: the listed name relative
+// to the current folder, the listed name relative to the list's folder, and the listed name without its folders in the
+// list's folder. The first file that is a picture and does not have too many pixels is used. If there is none, the size
+// stays as it is.
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath);
 
 // The standard deviation of a corner of level 0, in pixels along one axis. calibrate() multiplies the standard

@@ -25,7 +25,7 @@ bool isPicture(const fs::path &path) {
 bool matchesGlob(const std::string &pattern, const std::string &text) {
     size_t p = 0;
     size_t t = 0;
-    size_t star = std::string::npos;  // position in the pattern of the last * reached
+    size_t star = std::string::npos;  // the position of the last * that was reached in the pattern
     size_t starEnd = 0;               // the end of the text that this * stands for so far
     while (t < text.size()) {
         if (p < pattern.size() && pattern[p] == '*') {

@@ -95,8 +95,9 @@ double areaOf(const PatternReading &reading) {
     return reading.corners.empty() ? 0 : (most - least).prod();
 }
 
-// True if the reading is a plain board that is much smaller than another one in the same photograph. It is then taken
-// for texture in the background, which can look like a small board, because plain boards have no marks.
+// True if the reading is a plain board that is much smaller than another one in the same photograph. Such a reading
+// is treated as texture in the background: because plain boards have no marks, texture can look like a small plain
+// board.
 bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photograph) {
     constexpr double timesLarger = 8;
     return reading.kind == PatternKind::Board &&
@@ -109,7 +110,7 @@ bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photog
 // corners can be used.
 struct Shown {
     std::vector<Sighting> sightings;
-    std::vector<std::string> reasons;  // why readings are not used; texture that looks like a board has no reason
+    std::vector<std::string> reasons;  // why readings are not used; readings that are treated as texture add none
     std::vector<int> repeated;         // prints that the photograph shows more than once
 };
 
@@ -131,8 +132,8 @@ Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue,
     for (const auto &[print, count] : counts) {
         if (count > 1) {
             shown.repeated.push_back(print);
-            shown.reasons.push_back("shows " + catalogue.prints()[size_t(print)].name + " in " +
-                                    std::to_string(count) + " places, so it is not known which of them is meant");
+            shown.reasons.push_back("shows " + catalogue.prints()[size_t(print)].name + " in " + std::to_string(count) +
+                                    " places, so it is not known which of them is meant");
         }
     }
     const auto isTwice = [&](const Sighting &sighting) {

@@ -45,9 +45,10 @@ struct PhotographsOptions {
 };
 
 // Reads all photographs and returns them in the order of the list. Once options.reading.isCancelled returns true, the
-// function ends early. Photographs that were not begun then have empty entries, and those in progress have no readings.
-// Several threads may call isCancelled at the same time. An exception that onPhotograph throws is passed on. While the
-// function runs, OpenCV's own number of threads is 1 in the whole process.
+// function ends early. A photograph whose reading has not started by that time has an empty entry. A photograph whose
+// reading is in progress at that time has an entry without readings. Several threads may call isCancelled at the same
+// time. An exception that onPhotograph throws is passed on. While the function runs, OpenCV's own number of threads is
+// 1 in the whole process.
 std::vector<ReadPhotograph> readPhotographs(const std::vector<PhotographFile> &files,
                                             const PhotographsOptions &options);
 

@@ -189,8 +189,9 @@ void PrintCatalogue::addFromReadings(const PrintedTarget &target, const std::vec
         if (spacing == 0 && !key.isAlone) {
             spacing = majority(ofAssembly);  // the patterns of an assembly have the same grid spacing
         }
-        // If no reading of a plate states an offset or a grid spacing, its block was not read. If other readings state
-        // the offset of a plate, this plate is assumed to be the same one, and is not added.
+        // If no reading of a plate states an offset or a grid spacing, the plate's block was not read. If other
+        // readings state a plate's offset, the plate with the unread block is assumed to be that plate, and is not
+        // added again.
         const bool isUnreadPlate = key.kind == PatternKind::Plate && key.offsetX == noOffset;
         const bool hasOtherPlate = std::any_of(sighted.begin(), sighted.end(), [](const auto &other) {
             return other.first.kind == PatternKind::Plate && other.first.offsetX != noOffset;
@@ -213,7 +214,7 @@ PrintCatalogue::Match PrintCatalogue::match(const PatternReading &reading) const
         if (!pattern_reader::objectPoints(reading, {pattern})) {
             otherSpacing = pattern.gridSpacing;
         } else if (match.print >= 0) {
-            return {-1, {}, "shows " + name + ", which may be any of several of the patterns"};
+            return {-1, {}, "shows " + name + ", which fits more than one of the patterns"};
         } else {
             match.print = int(i);
         }
@@ -223,7 +224,7 @@ PrintCatalogue::Match PrintCatalogue::match(const PatternReading &reading) const
                              *reading.values->gridSpacing != *otherSpacing;
         match.reason = "shows " + name;
         if (isOther) {
-            match.reason += " with a grid spacing of " + spacingText(*reading.values->gridSpacing) + " and not of " +
+            match.reason += " with a grid spacing of " + spacingText(*reading.values->gridSpacing) + " instead of " +
                             spacingText(*otherSpacing);
         } else if (isFromFiles) {
             match.reason += ", which is not among the given patterns";

@@ -1,10 +1,10 @@
 // Finds out which prints the photographs show, and which point of a print each corner is.
 //
 // If the user gives pattern files, the patterns in these files are the prints. Otherwise, each different pattern that
-// was read is a print, provided that its grid spacing is known. The grid spacing is the first of these that there is:
-// the one in the print's information blocks, the one that the user gives, and, for a pattern of an assembly, the one in
-// the blocks of the assembly's other patterns. A plain board has no block. Its grid spacing is twice the side of a
-// square, which the user gives.
+// was read is a print, provided that its grid spacing is known. The grid spacing comes from the first of these sources
+// that states it: the print's information blocks, the user, and, for a pattern of an assembly, the blocks of the
+// assembly's other patterns. A plain board has no block. Its grid spacing is twice the side of a square, which the user
+// gives.
 #pragma once
 
 #include <string>
@@ -50,8 +50,9 @@ private:
     bool isFromFiles = false;
 };
 
-// Returns a name for texts. Pattern N of an assembly has the tile number N + 1, so tile number 4 gives "pattern 3".
-// Tile number 0 gives "the coded pattern". The other names are "the Flexible pattern", "the plate" and "the board".
+// Returns the name of a pattern in texts for the user. Pattern N of an assembly has the tile number N + 1, so tile
+// number 4 gives "pattern 3". Tile number 0 gives "the coded pattern". The patterns of other kinds are named "the
+// Flexible pattern", "the plate" and "the board".
 std::string nameOf(pattern_reader::PatternKind kind, int tile);
 
 }  // namespace calibration

@@ -13,8 +13,8 @@
 namespace calibration {
 
 // Three corners that define the common coordinate system. The first corner is the origin, the x axis goes through the
-// second, and the third is on the side of the positive y axis. If no corners are given, the coordinate system is that
-// in which the first print that has a pose is drawn, as in its pattern file.
+// second, and the third is on the side of the positive y axis. If no corners are given, the common coordinate system is
+// that of the first print that has a pose, with the origin and the axes of its pattern file.
 struct AssemblyAxes {
     struct Corner {
         int pattern = 0;  // Print::number; has no effect if assemblyOf() returns only one print
@@ -27,7 +27,9 @@ struct AssemblyAxes {
 struct AssemblyPoint {
     Eigen::Vector2i cell;  // column and row in the pattern file
     Eigen::Vector3d place;
-    double sigma = 0;  // largest standard deviation in any direction; the first print's pose counts as exact
+    // The standard deviation of the place, in the direction in which it is greatest. The pose of the first print counts
+    // as exact.
+    double sigma = 0;
 };
 
 struct AssemblyPattern {

@@ -8,8 +8,8 @@
 namespace calibration {
 
 // Returns the text of an ASCII file, with lengths in mm. Each corner or mark is a vertex, with the standard deviation
-// of its position and the index of its print in the calibration. Every cell of a print's grid that has points at all
-// four corners is a face.
+// of its position and the index of its print in the calibration. A cell of a print's grid is a face if there
+// is a vertex at each of the cell's four corners.
 std::string assemblyPly(const std::vector<AssemblyPattern> &patterns);
 
 }  // namespace calibration

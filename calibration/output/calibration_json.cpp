@@ -148,8 +148,9 @@ ordered_json printJson(const Calibration &calibration, size_t index) {
     return json;
 }
 
-// Returns the rms residual of a sighting's corners that are marked as used, in pixels. The sighting itself may be left
-// out. Null if no corner is marked as used, if one of these corners cannot be projected, or if a pose is unknown.
+// Returns the rms residual of a sighting's corners that are marked as used, in pixels, even if the calibration does not
+// use the sighting itself. Null if no corner is marked as used, if one of these corners cannot be projected, or if a
+// pose is unknown.
 ordered_json residualOf(const Calibration &calibration, const Sighting &sighting) {
     const Observations &observations = calibration.observations;
     const Estimate &estimate = calibration.estimate;

@@ -13,7 +13,8 @@ using nlohmann::ordered_json;
 
 std::string plainText(const ordered_json &json) {
     if (json.is_number_float() && !std::isfinite(json.get<double>())) {
-        throw std::runtime_error("The calibration has a value that is not a number, so no files were written.");
+        throw std::runtime_error(
+            "The calibration has a value that is infinite or undefined, so no files were written.");
     }
     return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }

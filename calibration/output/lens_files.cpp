@@ -7,7 +7,8 @@ namespace calibration {
 namespace {
 
 constexpr double metresPerMillimetre = 1e-3;
-constexpr int rosCoefficients = 5;     // plumb_bob has five, the rational polynomial eight
+// ROS's plumb_bob always has five coefficients, so LensModel::Pinhole4 gets a zero as the fifth.
+constexpr int rosCoefficients = 5;
 constexpr int colmapCoefficients = 8;  // FULL_OPENCV has eight
 
 std::string listText(const double *numbers, int count, const char *separator = ", ") {

@@ -1,5 +1,5 @@
 // Makes files with cameras in the formats of OpenCV, ROS, mrcal, Kalibr and COLMAP. Each function whose name ends in
-// File returns the text of a file. Cameras whose lens model the format does not have are left out. If no camera
+// File returns the text of a file. A camera is left out if the format does not have its lens model. If no camera
 // remains, the text is empty.
 //
 // For COLMAP, the centre of the top-left pixel is (0.5, 0.5). For the other programs and for our calibration, it is
@@ -32,12 +32,12 @@ std::string mrcalFile(const SolvedCamera &camera);
 
 // camchain.yaml, for Kalibr. `cameras` are the cameras of one rig. The file has only those with 4 coefficients or with
 // a fisheye lens, because the format has no other lens models. Each pose is relative to the previous camera in the
-// file. kalibrHas() says whether the format has a lens model.
+// file. kalibrHas() returns true if the format has the lens model `lens`.
 bool kalibrHas(LensModel lens);
 std::string kalibrFile(const std::vector<SolvedCamera> &cameras);
 
 // cameras.txt, for COLMAP: all given cameras except those with 12 coefficients. The file has no poses. colmapHas()
-// says whether the format has a lens model.
+// returns true if the format has the lens model `lens`.
 bool colmapHas(LensModel lens);
 std::string colmapFile(const std::vector<SolvedCamera> &cameras);
 

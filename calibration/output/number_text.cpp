@@ -9,7 +9,8 @@ namespace calibration {
 
 std::string numberText(double number) {
     if (!std::isfinite(number)) {
-        throw std::runtime_error("The calibration has a value that is not a number, so no files were written.");
+        throw std::runtime_error(
+            "The calibration has a value that is infinite or undefined, so no files were written.");
     }
     std::array<char, 32> digits{};
     const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number == 0 ? 0 : number);

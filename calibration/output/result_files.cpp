@@ -37,7 +37,10 @@ void add(ResultFiles &result, const std::string &name, std::string content, cons
 void addCamera(ResultFiles &result, const SolvedCamera &camera) {
     const std::string &name = camera.camera.name;
     if (!isCameraName(name)) {
-        throw std::runtime_error("\"" + name + "\" cannot be a camera's name, because files are named after it.");
+        throw std::runtime_error(
+            "\"" + name +
+            "\" cannot be a camera's name, because files are named after it. Use at most 100 characters: "
+            "A to Z, a to z, 0 to 9, \"-\", \"_\" and \".\". The first must not be \".\".");
     }
     add(result, name + ".opencv.yaml", opencvFile(camera), camera);
     add(result, name + ".camera_info.yaml", rosFile(camera), camera);
@@ -83,8 +86,7 @@ void addTogether(ResultFiles &result, const Calibration &calibration, const std:
 }
 
 // Returns the path of a file: in `folder`, unless its name contains a folder. On Windows, names are UTF-8, as the
-// programs' manifest demands. The constructor of fs::path would take them for another encoding there, so fs::u8path is
-// used.
+// programs' manifest demands, but the constructor of fs::path assumes another encoding. So fs::u8path is used.
 fs::path targetOf(const std::string &folder, const std::string &name) {
     return fs::u8path(name).has_parent_path() ? fs::u8path(name) : fs::u8path(folder) / name;
 }

@@ -152,8 +152,8 @@ Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
             std::vector<Vector2d> points;
             const double across = line * spacing / radian;
             for (int i = -24; i <= 24; i++) {
-                // The points are at equal angles. Points at equal distances along a straight line would be crowded far
-                // from the axis.
+                // The angle between neighbouring points is always the same. Points at equal distances along a straight
+                // line would be crowded far from the axis.
                 const double along = i / 24.0 * limit / radian;
                 Vector3d direction(std::sin(across) * std::cos(along), std::sin(along),
                                    std::cos(across) * std::cos(along));
@@ -175,7 +175,7 @@ Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics) {
     }
     frame.outline(drawing);
     return {"Distortion", drawing.svg(),
-            "Lines that are straight in the world, every " + rounded(spacing, 1) +
+            "Straight lines of the world, drawn every " + rounded(spacing, 1) +
                 " degrees, as this lens shows them. The strong lines cross on the optical axis."};
 }
 

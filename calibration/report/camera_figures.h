@@ -1,4 +1,4 @@
-// Draws those figures of the report that have the shape of a camera's picture.
+// Draws those figures of the report whose frame has the proportions of a camera's picture.
 #pragma once
 
 #include <string>
@@ -22,7 +22,8 @@ Figure residualFigure(const Calibration &calibration, int camera);
 Figure meanResidualFigure(const Calibration &calibration, int camera);
 // Draws how many used corners each part of the picture has.
 Figure coverageFigure(const Calibration &calibration, int camera);
-// Draws values in pixels as colours. A colour means the same value in every report.
+// Draws the values of a map as colours. The unit of the values is the pixel. A value has the same colour in every
+// report.
 Figure mapFigure(const Camera &camera, const PictureMap &map, const std::string &title, const std::string &caption);
 // Draws straight vertical and horizontal lines as the lens shows them.
 Figure lensFigure(const Camera &camera, const Eigen::VectorXd &intrinsics);

@@ -134,7 +134,7 @@ std::string cameraSection(const Calibration &calibration, int camera) {
     html += "<div class=\"figures\">\n";
     html += mapFigure(what, trust.uncertainty, "Uncertainty",
                       "The uncertainty of the projection of a point at " + rounded(trust.distance, 3) +
-                          " mm: one standard deviation in px, in the worse direction.")
+                          " mm: one standard deviation in px, in the direction in which it is greatest.")
                 .html();
     html += mapFigure(what, trust.uncertaintyAtInfinity, "Uncertainty at infinity",
                       "The uncertainty of the projection of a point that is very far away.")

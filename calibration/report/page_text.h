@@ -21,8 +21,9 @@ std::string rounded(double value, int digits);
 // Returns the value with commas between thousands: "12,345".
 std::string count(std::ptrdiff_t value);
 
-// Returns the value and its standard deviation: "1234.56 ± 0.12". Both have as many decimal places as two significant
-// digits of the standard deviation need. Only the value is shown if the standard deviation is 0 or not finite.
+// Returns the value and its standard deviation: "1234.56 ± 0.12". The standard deviation has two significant digits, as
+// far as 0 to 9 decimal places allow. The value has the same number of decimal places. Only the value is shown if the
+// standard deviation is 0 or not finite.
 std::string withSigma(double value, double sigma);
 
 std::string base64(std::string_view bytes);
@@ -30,7 +31,7 @@ std::string base64(std::string_view bytes);
 // Make a cell of a table from HTML. The first function is for text, the second one for a number.
 std::string cell(const std::string &html);
 std::string numberCell(const std::string &html);
-// Returns a table's heading row from HTML texts. A '>' at the beginning of a text says that its column has numbers. It
+// Returns a table's heading row from HTML texts. If a text begins with '>', the column below it has numbers. The '>'
 // is not shown.
 std::string headings(std::initializer_list<const char *> texts);
 

@@ -16,7 +16,7 @@ constexpr size_t mostRows = 4000;
 constexpr size_t openRows = 60;  // a table with more rows is folded at first
 constexpr size_t mostThumbnails = 300;
 constexpr size_t mostThumbnailBytes = 40000;
-constexpr size_t mostTips = 400;  // if there are more photographs, the bars have no tips
+constexpr size_t mostTips = 400;  // if there are more photographs, the bars have no tooltips
 
 const Photograph &photographOf(const Calibration &calibration, size_t index) {
     return calibration.observations.photographs[index];

@@ -15,8 +15,14 @@ using Eigen::Vector3d;
 constexpr double radian = 57.29577951308232;  // degrees
 constexpr size_t mostRows = 1000;
 
-// Returns the standard deviation of one number of a print's shape; 0 if the number did not vary or its covariance is
-// not known.
+bool isFixed(const Calibration &calibration, int print, int number) {
+    const std::vector<std::vector<int>> &shapes = calibration.freedom.shapes;
+    return size_t(print) >= shapes.size() ||
+           std::count(shapes[size_t(print)].begin(), shapes[size_t(print)].end(), number) == 0;
+}
+
+// Returns the standard deviation of one number of a print's shape. Returns 0 if the calibration kept the number fixed,
+// or if its covariance is not known.
 double shapeSigma(const Calibration &calibration, int print, int number) {
     const std::vector<std::vector<int>> &shapes = calibration.freedom.shapes;
     if (size_t(print) >= shapes.size() || calibration.covariance.usedCorners() == 0) {
@@ -53,13 +59,16 @@ bool mayBend(const Calibration &calibration, int print) {
                                                         [](int number) { return number >= PrintShape::bend; });
 }
 
-// Returns a number of the shape in percent, with its standard deviation or the note that it is fixed. `nominal` is 1 if
-// the number is stored as a logarithm, so that an exact print has 100 %, and 0 otherwise.
+// Returns a number of the shape in percent, with its standard deviation or the note that it is fixed. The number stands
+// alone if it was free and its standard deviation is not known. `nominal` is the value for an exact print: 1 if the
+// number is stored as a logarithm, and 0 otherwise.
 std::string percent(const Calibration &calibration, int print, int number, double nominal) {
     const double value = calibration.estimate.shapes[size_t(print)].numbers[size_t(number)];
     const double sigma = shapeSigma(calibration, print, number);
     const double shown = 100 * (nominal > 0 ? std::exp(value) : value);
-    return sigma > 0 ? withSigma(shown, 100 * sigma) : calibration::number(shown, 3) + " <small>(fixed)</small>";
+    return sigma > 0
+               ? withSigma(shown, 100 * sigma)
+               : calibration::number(shown, 3) + (isFixed(calibration, print, number) ? " <small>(fixed)</small>" : "");
 }
 
 bool hasPlace(const Calibration &calibration, size_t print) {

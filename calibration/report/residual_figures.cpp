@@ -107,7 +107,7 @@ Figure residualFigure(const Calibration &calibration, int camera) {
     figure.svg = drawing.svg();
     figure.caption =
         "Each arrow starts at a corner seen in a photograph and points towards the place to which the calibration "
-        "projects this corner. Its length is the distance between the two, enlarged " +
+        "projects this corner. The length of the arrow is the distance between the corner and this place, enlarged " +
         times(factor) + " times. " +
         (step > 1 ? count(long(shown)) + " of " + count(long(residuals.size())) + " corners are shown. " : "") +
         "The arrows should point in all directions.";
@@ -151,11 +151,12 @@ Figure meanResidualFigure(const Calibration &calibration, int camera) {
     drawing.add("dots", dots);
     drawing.add("strong", arrows);
     frame.outline(drawing);
-    return {"Mean residuals", drawing.svg(),
-            "The mean of the residuals in each part of the picture that has at least " + std::to_string(fewest) +
-                " corners, enlarged " + times(factor) +
-                " times. If neighbours point the same way, the lens model does not fit there. Greatest mean: " +
-                rounded(*std::max_element(lengths.begin(), lengths.end()), 2) + " px."};
+    return {
+        "Mean residuals", drawing.svg(),
+        "The mean of the residuals in each part of the picture that has at least " + std::to_string(fewest) +
+            " corners, enlarged " + times(factor) +
+            " times. If neighbouring arrows point the same way, the lens model does not fit there. Greatest mean: " +
+            rounded(*std::max_element(lengths.begin(), lengths.end()), 2) + " px."};
 }
 
 Figure coverageFigure(const Calibration &calibration, int camera) {

@@ -40,7 +40,9 @@ std::array<Vector3d, 4> pictureCorners(const Camera &camera, const Eigen::Vector
     for (size_t i = 0; i < pixels.size(); i++) {
         Vector3d direction;
         const bool isSeen = unproject(camera.lens, intrinsics.data(), pixels[i], direction);
-        // A direction more than about 66 degrees from the axis is replaced, because the pyramid would be nearly flat.
+        // A camera is drawn as a pyramid. Directions more than about 66 degrees from the axis would make the pyramid
+        // nearly flat. Such directions, and those that are not found, are replaced by the directions of a pinhole
+        // camera whose focal length is the picture's width.
         const Vector2d fallback = pixels[i] / camera.width - Vector2d(0.5, 0.5 * camera.height / camera.width);
         const Vector2d across =
             isSeen && direction.z() > 0.4 ? Vector2d(direction.head<2>() / direction.z()) : fallback;

@@ -8,7 +8,7 @@
 
 Lengths are in millimetres. Image coordinates are in pixels, with the centre of the top-left pixel at (0, 0). Every
 function may be called from any thread; long work runs without the interpreter's lock. A child process, forked or
-spawned, starts with a new library, whose tree does not contain the nodes that its parent wrote.
+spawned, starts with a new library, whose tree does not contain the nodes that the parent process wrote.
 """
 import dataclasses
 import json
@@ -63,8 +63,8 @@ def get(path: str = "") -> typing.Any:
 
 
 def set(path: str, value: typing.Any) -> None:
-    """Sets the node to ``value``, which may be a path or anything that JSON can hold. A string or a path is written in
-    the encoding of file names. Texts within a list or a dictionary are written in UTF-8."""
+    """Sets the node at ``path`` to ``value``, which may be an os.PathLike or anything that JSON can hold. A string or
+    an os.PathLike is written in the encoding of file names. Texts in a list or a dictionary are written in UTF-8."""
     if isinstance(value, (str, os.PathLike)):
         _lmlib64.set_string(path, os.fsencode(value))
     else:
@@ -125,7 +125,7 @@ def draw(kind: str, *, file: typing.Optional[_File] = None, image_size: typing.O
                    several patterns share
     patterns       number of patterns of an assembly
     inverted       exchanges dark and light
-    plain          draws no code
+    plain          draws the pattern without its code
     more           further parameters of the command "GenerateCalibrationPattern", which docs/commands.md lists
 
     If image_size is given, returns the picture as an array (height, width) of uint8; for an assembly, returns a list of
@@ -216,7 +216,7 @@ def calibrate(object_points: typing.Sequence[_Array], image_points: typing.Seque
     image_size     (width, height) in pixels
     lens           "pinhole4", "pinhole5", "pinhole8", "pinhole12" or "fisheye"; "auto" chooses one of them
     sigmas         for each photograph, an array (N,) with the standard deviations of the image points in pixels; if
-                   absent, all points have the same
+                   absent, all points get the same standard deviation
 
     Raises CalibrationImpossible with the reason if the photographs do not determine a calibration."""
     return Calibration(**_lmlib64.calibrate(object_points, image_points, image_size, lens, sigmas))

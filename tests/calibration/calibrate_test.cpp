@@ -91,8 +91,8 @@ TEST(Calibrate, choosesLensesAndBendsByPredictionAndJudgesTheResult) {
     EXPECT_EQ(result.prints[0].translationSigma.norm(), 0);
     EXPECT_GT(result.prints[1].translationSigma.norm(), 0.002);
     EXPECT_EQ(result.prints[1].pointSigmas.size(), scene.observations.prints[1].points.size());
-    // The chosen model predicts held-out corners as well as their noise allows. The simplest pinhole and the fisheye,
-    // if they were not chosen, predict them worse than the noise allows.
+    // For held-out corners, the error of the chosen model is about equal to the noise. If the simplest pinhole or the
+    // fisheye was not chosen, its error is greater than the noise.
     for (size_t camera = 0; camera < 2; camera++) {
         ASSERT_GE(result.cameras[camera].trials.size(), 5U);
         for (const ModelTrial &trial : result.cameras[camera].trials) {
@@ -147,8 +147,8 @@ TEST(Calibrate, leavesOutSightingsThatDoNotFitAndSaysWhy) {
     }
     const size_t fewCorners = secondPrintFrom(zoomed + 3);
     sightings[fewCorners].corners.resize(3);
-    // In each sighting, one corner is displaced. This corner must be left out, but not the whole sighting: most
-    // sightings have about sixty corners.
+    // In each sighting, one corner is displaced. If the other corners fit, only this corner must be left out, not the
+    // whole sighting. Most sightings have about sixty corners, so one bad corner is a small share.
     for (Sighting &sighting : sightings) {
         sighting.corners[size_t(sighting.photograph) % sighting.corners.size()].image += Eigen::Vector2d(3, -4);
     }
@@ -196,7 +196,8 @@ TEST(Calibrate, keepsThePlaceThatAPrintHadBeforeItMoved) {
             return one.misfit == Misfit::Moved && scene.observations.sightings[size_t(one.sighting)].print == 1;
         }));
         ASSERT_FALSE(result.notices.empty());
-        EXPECT_NE(result.notices.front().find("it moved meanwhile"), std::string::npos) << result.notices.front();
+        EXPECT_NE(result.notices.front().find("it was moved between photographs"), std::string::npos)
+            << result.notices.front();
     }
 }
 
@@ -225,7 +226,7 @@ TEST(Calibrate, namesPrintsThatNoPhotographLinks) {
         << result.notices.front();
 }
 
-// Returns the greatest difference between two results in the intrinsics and the second print's place, in standard
+// Compares the intrinsics and the second print's place in two results. Returns the greatest difference, in standard
 // deviations.
 double greatestDifference(const Calibration &a, const Calibration &b) {
     double greatest = ((a.estimate.worldFromPrint[1].translation - b.estimate.worldFromPrint[1].translation).array() /
@@ -323,7 +324,7 @@ TEST(Calibrate, choosesModelsAgainIfAnotherChoiceIsWanted) {
 
 TEST(Calibrate, choosesModelsAgainOnlyIfThePreviousChoiceIsOutOfDate) {
     struct Row {
-        int photographs;  // from which the previous choice was made; now there are 14
+        int photographs;  // how many photographs the previous choice was made from; this calibration uses 14
         bool mayBend;
         bool isKept;
     };

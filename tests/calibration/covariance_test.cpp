@@ -59,7 +59,9 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
     // the variance of this mean is below 0.006.
     EXPECT_NEAR(lens / runs, 1, 0.2);
     EXPECT_NEAR(pose / runs, 1, 0.2);
-    // If the standard deviation in the worse direction is 1, the median of the distance lies between 0.67 and 1.18.
+    // Each ratio is the length of an error, divided by the standard deviation in the worse direction. The median of the
+    // ratios is 0.67 if all errors are along this direction, and 1.18 if errors are equally large in all directions.
+    // In all other cases, it is between these two values.
     EXPECT_GT(projected / runs, 0.6);
     EXPECT_LT(projected / runs, 1.25);
 }
@@ -118,7 +120,7 @@ TEST(Covariance, isAbsentIfNothingWasSeen) {
     Freedom nothing;
     nothing.intrinsics = nothing.rig = nothing.prints = false;
     const std::optional<Covariance> fixed = covarianceOf(scene.observations, nothing, scene.truth);
-    ASSERT_TRUE(fixed) << "the covariance if only the poses are unknown";
+    ASSERT_TRUE(fixed) << "the covariance exists even if only the poses are unknown";
     EXPECT_NEAR(fixed->varianceFactor(), 1, 0.1);
     scene.observations.sightings.clear();
     EXPECT_FALSE(covarianceOf(scene.observations, {}, scene.truth));

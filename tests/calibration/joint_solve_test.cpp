@@ -1,5 +1,5 @@
 // Tests the joint solve with computed corners. It must find the values from which the corners were computed, and the
-// derivatives that it uses must be right. Prints that no photograph links must stay in separate groups.
+// derivatives that it uses must be right. Prints that are not linked by photographs must stay in separate groups.
 #include "calibration/joint_solve.h"
 
 #include <gtest/gtest.h>
@@ -84,7 +84,7 @@ TEST(JointSolve, computesTheDerivativesOfItsResiduals) {
     }
 }
 
-TEST(JointSolve, keepsPrintsApartThatNoPhotographLinks) {
+TEST(JointSolve, keepsUnlinkedPrintsInSeparateGroups) {
     Scene scene = makeScene(0.02);
     scene.observations.prints.push_back(makePrint());
     for (Sighting &sighting : scene.observations.sightings) {

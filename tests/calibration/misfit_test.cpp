@@ -122,7 +122,9 @@ TEST_F(Misfits, tellHowFarTheCornersOfABlurredPhotographAreFromTheirPlaces) {
     });
     EXPECT_EQ(found.misfit, Misfit::Unclear);
     double pixels = 0;
-    ASSERT_EQ(std::sscanf(found.reason.c_str(), "The corners of pattern 1 are %lf px away", &pixels), 1)
+    ASSERT_EQ(std::sscanf(found.reason.c_str(),
+                          "Even in the pose that fits best, the corners of pattern 1 are %lf px away", &pixels),
+              1)
         << found.reason;
     EXPECT_NEAR(pixels, blur * std::sqrt(2), 1.2);
 }

@@ -46,8 +46,8 @@ TEST(PreferredModel, isTheSimplestThatIsNotClearlyWorse) {
 }
 
 TEST(HeldOutErrors, areThoseOfPhotographsThatWereNotUsedToEstimateTheLens) {
-    // Each photograph has only about eight corners. A lens with many coefficients fits so few corners well, but
-    // predicts the corners of other photographs badly.
+    // Each photograph has only about eight corners. A lens with many coefficients can be fitted well to these few
+    // corners, but predicts the corners of other photographs badly.
     Scene scene = makeScene(0.3);
     Observations &observations = scene.observations;
     useFirstCameraOnly(scene);
@@ -73,7 +73,7 @@ TEST(HeldOutErrors, areThoseOfPhotographsThatWereNotUsedToEstimateTheLens) {
     const auto mean = meanError(errors, std::vector<bool>(errors.size(), true));
     ASSERT_TRUE(mean);
     EXPECT_GT(*mean, 1.5 * factor);
-    // Fewer than six moments are too few to hold any out.
+    // If there are fewer than six moments, none of them is held out.
     for (Sighting &sighting : observations.sightings) {
         sighting.isUsed = sighting.isUsed && observations.photographs[size_t(sighting.photograph)].moment < 5;
     }

@@ -1,5 +1,5 @@
-// Tests which sightings are recognised as those of a print that moved. The poses are the truth, so only the search is
-// tested and not the solve.
+// Tests which sightings are recognised as those of a print that moved. findMoved() gets an estimate with the true
+// poses, so the tests do not depend on a solve.
 #include "calibration/moved_prints.h"
 
 #include <gtest/gtest.h>
@@ -71,10 +71,10 @@ TEST(MovedPrints, areThoseThatAreNotAtTheirUsualPlace) {
              Row{"once, early: the later place has more photographs",
                  [&](int print, int moment) { return print == 1 && moment < 4 ? away : none; },
                  [](int print, int moment) { return print == 1 && moment < 4; }},
-             Row{"once, half way: the earlier place counts",
+             Row{"once, half way: the earlier place is the usual one",
                  [&](int print, int moment) { return print == 1 && moment >= 7 ? away : none; },
                  [](int print, int moment) { return print == 1 && moment >= 7; }},
-             Row{"away and back again: both stays at the first place count",
+             Row{"away and back again: the print is at its usual place before and after",
                  [&](int print, int moment) { return print == 2 && moment >= 5 && moment < 10 ? away : none; },
                  [](int print, int moment) { return print == 2 && moment >= 5 && moment < 10; }},
              Row{"to two other places",

@@ -42,8 +42,8 @@ Calibration calibrationOf(const Scene &scene) {
     return calibration;
 }
 
-// Uses only those 60 % of one camera's sightings that lie farthest in a direction of the picture. The other camera's
-// sightings are not used.
+// Of one camera's sightings, uses only the 60 % that lie farthest towards `direction` in the picture (x to the right, y
+// down). The other camera's sightings are not used.
 void keepSide(Scene &scene, int camera, const Eigen::Vector2d &direction) {
     std::vector<std::pair<double, Sighting *>> places;
     for (Sighting &sighting : scene.observations.sightings) {

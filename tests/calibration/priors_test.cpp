@@ -70,7 +70,8 @@ TEST(Priors, pullTheSolveTowardsTheirMeans) {
     EXPECT_NEAR(estimate.shapes[1].numbers[PrintShape::shear], 0, 1e-4);
     EXPECT_EQ(estimate.shapes[1].numbers[PrintShape::bend], scene.truth.shapes[1].numbers[PrintShape::bend]);
     EXPECT_LT(estimate.intrinsics[0].tail(3).cwiseAbs().maxCoeff(), 1e-3) << "k4 to k6";
-    // The first print defines the world's coordinate system and the first camera that of the rig, so neither moves.
+    // The first print defines the world's coordinate system, and the first camera defines the rig's coordinate system.
+    // So neither of them moves.
     EXPECT_EQ(estimate.worldFromPrint[0].translation, Eigen::Vector3d(0, 0, 0));
     EXPECT_EQ(estimate.worldFromPrint[0].rotation, Eigen::Vector3d(0, 0, 0));
     EXPECT_EQ(estimate.cameraFromRig[0].translation, Eigen::Vector3d(0, 0, 0));

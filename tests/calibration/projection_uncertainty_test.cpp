@@ -1,6 +1,7 @@
-// Tests the maps of uncertainty and of differences between lenses. The uncertainty of a focal length is compared with
-// closed forms. These hold because the grid is symmetric about the principal point, so a rotation of the camera
-// explains no part of an error of the focal length. Differences are also compared with OpenCV's projection.
+// Tests the maps of a lens's uncertainty and the maps of the difference between two lenses. The uncertainty of a focal
+// length is compared with closed forms. These hold because the cells of the map are symmetric about the principal
+// point, so a rotation of the camera explains no part of an error of the focal length. Differences are also compared
+// with OpenCV's projection.
 #include "calibration/projection_uncertainty.h"
 
 #include <gtest/gtest.h>
@@ -70,8 +71,8 @@ TEST(ProjectionUncertainty, isWhatNoMotionExplains) {
 }
 
 TEST(ProjectionUncertainty, isUnknownWhereTheDistortionFoldsThePictureOver) {
-    // The distorted radius r (1 + k1 r^2) is greatest at r = 1 / sqrt(-3 k1), where it is 2/3 of r. Pixels farther out
-    // than that belong to no direction.
+    // The distorted radius r (1 + k1 r^2) is greatest at r = 1 / sqrt(-3 k1), where it is 2/3 of r. Pixels beyond
+    // this greatest distorted radius belong to no direction.
     constexpr double k1 = -0.9;
     constexpr double focal = 1000;
     const double greatest = focal * 2 / 3 / std::sqrt(-3 * k1);

@@ -26,7 +26,8 @@ TEST(RigidMotion, agreesWithOpenCvAtEveryAngle) {
         const Eigen::Vector3d vector = angle * axis;
         EXPECT_LT((rotationMatrix(vector) - openCvRotation(vector)).norm(), 1e-11);
         EXPECT_LT((rotationVector(openCvRotation(vector)) - vector).norm(), 1e-7);
-        // If the vector changes a little, the rotation leftJacobian * change is applied after the old rotation.
+        // If the rotation vector changes by a small `change`, the new rotation is the old rotation followed by a small
+        // turn. The rotation vector of this turn is leftJacobian * change.
         for (int i = 0; i < 3; i++) {
             const double step = 1e-5;
             Eigen::Vector3d more = vector;

@@ -1,5 +1,5 @@
-// Tests the figures that say how far a result can be trusted. Those for the pose and the points of a print are compared
-// with errors that are simulated with the estimated covariance.
+// Tests the numbers that say how far a result can be trusted. For the rotation and the points of a print, random errors
+// with the estimated covariance are simulated, and the numbers are compared with the spread of these errors.
 #include "calibration/trust.h"
 
 #include <gtest/gtest.h>
@@ -137,7 +137,7 @@ TEST(Trust, saysIfOnlyThePriorDeterminesTheSizeOfAPrint) {
     EXPECT_TRUE(calibration.prints[1].isDetermined);
 }
 
-TEST(Trust, showsALensThatChangedBetweenTheHalves) {
+TEST(Trust, showsALensThatDiffersBetweenTheHalvesOfThePhotographs) {
     Scene scene = makeScene(noise);
     Scene changed = scene;
     changed.truth.intrinsics[0](4) += 0.05;  // k1

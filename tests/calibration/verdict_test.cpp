@@ -1,5 +1,5 @@
-// Tests what the user is told about a calibration: the grade, the text, the advice and the notices. The results that
-// are judged are not computed but written down here, so most of them can differ from a good one in a single respect.
+// Tests what the user is told about a calibration: the grade, the text, the advice and the notices. The tests do not
+// compute a calibration. They take a good one that is written down here, and change it, mostly in a single respect.
 #include "calibration/verdict.h"
 
 #include <gtest/gtest.h>
@@ -176,7 +176,7 @@ TEST(Verdict, isThatOfTheWorstCameraAndNamesIt) {
     // If the user chose the lens model, another model may be the cure.
     calibration.cameras[1].rms = 2;
     calibration = judged(calibration, true);
-    EXPECT_NE(joined(calibration.verdict.advice).find("stiff plate, or let the lens model be chosen."),
+    EXPECT_NE(joined(calibration.verdict.advice).find("stiff plate, or let the program choose the lens model."),
               std::string::npos);
 }
 
@@ -191,9 +191,8 @@ TEST(Verdict, namesAPrintThatMoved) {
         leaveOut(calibration, row.count, row.misfit, 1);
         const std::string notices = joined(judged(calibration).notices);
         EXPECT_EQ(
-            notices.find(
-                "Pattern 4 is not at its usual place in 3 of the 12 photographs that show it: it moved meanwhile") !=
-                std::string::npos,
+            notices.find("Pattern 4 is not at its usual place in 3 of the 12 photographs that show it: it was moved "
+                         "between photographs, or two boards have the same number.") != std::string::npos,
             row.isNamed)
             << notices;
     }
@@ -229,8 +228,7 @@ TEST(Verdict, saysWhatTheLengthsRestOnAndWhichPrintsAreNotLinked) {
              Row{{0, 0, 1},
                  {false, false, true},
                  {true, true, true},
-                 "Pattern 7 is in no photograph with the others, so where it is relative to the others cannot be "
-                 "known. "
+                 "Pattern 7 is in no photograph with the others, so its pose relative to the others cannot be known. "
                  "Take photographs that show it together with the others.\nNo print that is linked with pattern 0 was "
                  "measured" +
                      exact.substr(exact.find(", so"))},
@@ -246,17 +244,16 @@ TEST(Verdict, saysWhatTheLengthsRestOnAndWhichPrintsAreNotLinked) {
              Row{{0, 1, 1},
                  {false, false, false},
                  {true, true, true},
-                 "Patterns 4 and 7 are in no photograph with the others, so where they are relative to the "
-                 "others cannot be known. Take photographs that show them together with the others.\n" +
+                 "Patterns 4 and 7 are in no photograph with the others, so their poses relative to the others cannot "
+                 "be known. Take photographs that show them together with the others.\n" +
                      exact},
              Row{{0, 1, 2},
                  {true, false, false},
                  {true, true, true},
-                 "Pattern 4 is in no photograph with the others, so where it is relative to the others cannot be "
-                 "known. Take photographs that show it together with the others.\nPattern 7 is in no photograph with "
-                 "the others, "
-                 "so where it is relative to the others cannot be known. Take photographs that show it together with "
-                 "the others.\n"
+                 "Pattern 4 is in no photograph with the others, so its pose relative to the others cannot be known. "
+                 "Take photographs that show it together with the others.\n"
+                 "Pattern 7 is in no photograph with the others, so its pose relative to the others cannot be known. "
+                 "Take photographs that show it together with the others.\n"
                  "All lengths rest on the measured size of pattern 0.\n"},
          }) {
         Calibration calibration = good();

@@ -166,7 +166,7 @@ class Calibrating(unittest.TestCase):
     def calibrate(self, pictures, **options):
         return lmlib64.calibrate([self.target] * 12, pictures, (1280, 960), lens="pinhole4", **options)
 
-    def test_finds_the_camera_that_computed_the_points(self):
+    def test_finds_the_camera_that_the_points_were_computed_with(self):
         target = self.target
         pictures, poses = self.photographs(0.05)
         result = self.calibrate(pictures, sigmas=[numpy.full(len(target), 0.05)] * 12)

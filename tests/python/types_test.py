@@ -20,7 +20,7 @@ class Types(unittest.TestCase):
     def test_are_complete_and_consistent(self):
         self.assertEqual(complaint_of("mypy", "--strict", "-p", "lmlib64"), "")
 
-    def test_name_everything_that_the_package_has(self):
+    def test_include_everything_that_the_package_has(self):
         self.assertEqual(complaint_of("mypy.stubtest", "lmlib64"), "")
 
     # stubtest cannot see the arguments of compiled functions. So this test compares the stub with the documentation of

@@ -107,8 +107,8 @@ private slots:
     void measuresTheBlurOfEdges();
     void tellsNewViewsFromKnownOnes_data();
     void tellsNewViewsFromKnownOnes();
-    void keepsStillSharpAndNewFramesOnly();
-    void keepsWhatTheUserAsksForUnderAFreeName();
+    void keepsOnlySharpNewFramesOfAStillTarget();
+    void savesARequestedPictureUnderAFreeName();
     void saysWhyASourceEnds();
 #ifdef Q_OS_UNIX
     void keepsNoPartOfAPictureOnAFullDisk();
@@ -154,9 +154,9 @@ void LiveCaptureTest::measuresTheBlurOfEdges() {
 }
 
 void LiveCaptureTest::tellsNewViewsFromKnownOnes_data() {
-    // The frame has the corners of the other view, moved in three steps: they are scaled and turned, then squeezed in x
-    // by a factor, then moved to the right by `shift` times the diagonal. After that, the other view keeps only
-    // `share` of its corners.
+    // Each row compares a frame with an earlier view. Both are made from the corners of the same photograph. The
+    // frame's corners are moved in three steps: they are scaled and turned, then squeezed in x by a factor, then moved
+    // to the right by `shift` times the picture's diagonal. The earlier view has only `share` of the corners.
     QTest::addColumn<double>("scale");
     QTest::addColumn<double>("turn");
     QTest::addColumn<double>("squeeze");
@@ -200,11 +200,13 @@ void LiveCaptureTest::tellsNewViewsFromKnownOnes() {
     QVERIFY(!isSimilar(other, ofAnotherCamera));
 }
 
-void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
+void LiveCaptureTest::keepsOnlySharpNewFramesOfAStillTarget() {
     Film film;
     film.add(5, frameOf(1));
+    // The target moves in these frames, so none of them is kept. The last one would be a new view if the target were
+    // still.
     for (int i = 1; i <= 3; ++i) {
-        film.add(1, frameOf(1, 53 * i));  // not kept, because the target moves; its last place would be a new view
+        film.add(1, frameOf(1, 53 * i));
     }
     film.add(4, frameOf(5, 0, 2));
     film.add(5, frameOf(5));
@@ -235,7 +237,7 @@ void LiveCaptureTest::keepsStillSharpAndNewFramesOnly() {
     }
 }
 
-void LiveCaptureTest::keepsWhatTheUserAsksForUnderAFreeName() {
+void LiveCaptureTest::savesARequestedPictureUnderAFreeName() {
     Film film;
     film.add(15, frameOf(1));
     const QTemporaryDir folder;
@@ -292,7 +294,8 @@ void LiveCaptureTest::keepsNoPartOfAPictureOnAFullDisk() {
     const QSignalSpy taken(&capture, &LiveCapture::pictureTaken);
     const QSignalSpy ends(&capture, &LiveCapture::ended);
     std::signal(SIGXFSZ, SIG_IGN);
-    // A limit on the size of files stands in for the full disk. With SIGXFSZ ignored, writing beyond it only fails.
+    // A limit on the size of files stands in for the full disk. Because SIGXFSZ is ignored, a write beyond the limit
+    // fails but does not end the program.
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit full{100000, before.rlim_max};

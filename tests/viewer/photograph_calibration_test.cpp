@@ -21,7 +21,8 @@ constexpr double distanceMm = 600;  // from the camera to the patterns; the true
 
 // How a pattern was printed.
 struct Printed {
-    // The pattern n of an assembly has the tile n + 1. Here, 0 means a plain board, and -1 a Flexible pattern.
+    // Pattern n of an assembly has the tile number n + 1. In this test, 0 means a plain board, and -1 a Flexible
+    // pattern.
     int tile = 1;
     double gridSpacing = 24;      // mm
     Eigen::Vector2d scale{1, 1};  // length in the print divided by nominal length, in x and y
@@ -53,7 +54,8 @@ PatternReading readingOf(const Printed &printed, const RigidMotion &cameraFromWo
     return reading;
 }
 
-// Returns the photographs that one camera takes of the prints. Cameras are told apart by the folder.
+// Returns the photographs that one camera takes of the prints. The folder also serves as the name of the camera in the
+// EXIF data, so photographs from different folders belong to different cameras.
 QVector<SessionPhotograph> photographsOf(const std::vector<Printed> &prints, const QString &folder = "/shots",
                                          const RigidMotion &cameraFromRig = {}) {
     QVector<SessionPhotograph> photographs;
@@ -111,11 +113,12 @@ TEST(PhotographCalibration, usesWhatTheUserMeasured) {
         EXPECT_NEAR(std::exp(numbers[PrintShape::scale] + numbers[PrintShape::ratio] / 2), expected.x(), 2e-4);
         EXPECT_NEAR(std::exp(numbers[PrintShape::scale] - numbers[PrintShape::ratio] / 2), expected.y(), 2e-4);
     }
-    // The corners alone would show the ratio of width to height, too. So this checks what the calibration was told.
+    // The corners alone determine the ratio of width to height, too, so the estimate does not show whether the measured
+    // ratio was used. The prior shows it.
     EXPECT_NEAR(result.calibration->freedom.priors[1].mean[PrintShape::ratio], std::log(1.004 / 0.998), 1e-9);
 }
 
-TEST(PhotographCalibration, usesAMeasurementOnlyIfOnePrintCanBeMeant) {
+TEST(PhotographCalibration, usesAMeasurementOnlyIfItClearlyBelongsToOnePrint) {
     Printed board;
     board.tile = 0;
     Printed flexible;

@@ -117,7 +117,8 @@ void PrintTextureTest::isReadAsThePatternThatWasPrinted() {
     flat.reach = 100;
     const calibration::Print print = printWith(look, {first.x(), first.y()}, {points.width(), points.height()});
     const std::vector<PrintBlock> texture = textureOf(print, flat, look);
-    // Without detail, the code is not drawn, but the large shapes are the same. So the drawings differ in few pixels.
+    // Without detail, only the large shapes are drawn. The small marks of the pattern's code are missing, so the two
+    // drawings differ in few pixels.
     const QImage detailed = drawn(texture, true);
     const double difference = differenceOf(detailed, drawn(texture, false));
     QVERIFY2(difference > 0 && difference < 0.04, qPrintable(QString::number(difference)));

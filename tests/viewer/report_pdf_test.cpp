@@ -1,5 +1,5 @@
-// Tests the PDF of a report. The PDF is made from small web pages that are built like the report. Other programs read
-// the PDF.
+// Tests the PDF of a report. The PDF is made from small web pages that are built like the report. The tests read the
+// PDF with the programs pdftotext and pdftoppm.
 #include <QDir>
 #include <QImage>
 #include <QProcess>

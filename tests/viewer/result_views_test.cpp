@@ -74,7 +74,7 @@ class ResultViewsTest : public QObject {
 private slots:
     void showsTheCornersOfTheChosenCamera();
     void showsResidualsAndOpensTheirPhotographs();
-    void showsTheChosenUncertaintyInItsPlace();
+    void showsTheChosenUncertaintyInTheRightCells();
     void summarisesTheResult();
     void saysWhyThereIsNoResult();
     void drawsTheNextPhotograph();
@@ -166,7 +166,7 @@ void ResultViewsTest::showsResidualsAndOpensTheirPhotographs() {
     QCOMPARE(photographs.takeFirst()[0].toInt(), firstId + 3);
 }
 
-void ResultViewsTest::showsTheChosenUncertaintyInItsPlace() {
+void ResultViewsTest::showsTheChosenUncertaintyInTheRightCells() {
     Builder known;
     calibration::CameraTrust &trust = known.calibration->cameras[0];
     trust.distance = 530;
@@ -285,7 +285,7 @@ void ResultViewsTest::drawsTheNextPhotograph() {
     view.show();
     QCOMPARE(drawnText(view), QString("Next photograph: Hold pattern 7 to the left. It lowers the greatest uncertainty "
                                       "from 0.800 px to 0.250 px."));
-    // The target is black and white on grey, in the left half of the picture.
+    // Pattern 7 is drawn in black and white, in the left half of the grey picture.
     const QImage drawn = view.grab().toImage();
     int left = 0;
     int right = 0;
@@ -298,7 +298,8 @@ void ResultViewsTest::drawsTheNextPhotograph() {
     QVERIFY2(left > 3000 && right < left / 10, qPrintable(QString("%1 and %2 pixels").arg(left).arg(right)));
 }
 
-// The view has 600 x 550 pixels. It shows the frame of 1200 x 900 pixels at half its size, 50 pixels below its top.
+// The view has 600 x 550 pixels. It shows the frame of 1200 x 900 pixels at half the frame's size. The top of the frame
+// is 50 pixels below the top of the view.
 void ResultViewsTest::marksTheCornersOfALiveFrame() {
     LiveFrame frame;
     frame.size = {1200, 900};
@@ -365,7 +366,8 @@ void ResultViewsTest::drawsPrintsAndCamerasInTheirPlaces() {
     const QPointF seven = placeOfText(marks, "7");
     QVERIFY(seven.x() > four.x() + 50);
     QVERIFY2(paper.contains(four) && paper.contains(seven), "a print is not where its number is");
-    QCOMPARE(cameraSides, 2 * 5);  // a camera has five sides; none is drawn for the photograph that is left out
+    // Each camera has five sides. No camera is drawn for the photograph that is left out.
+    QCOMPARE(cameraSides, 2 * 5);
     QVERIFY2(firstCamera > lastPaper, "prints cover cameras that are in front of them");
 
     // Seen from above, the z axis of the print points away from the cameras.

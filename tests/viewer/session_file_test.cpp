@@ -117,7 +117,8 @@ TEST(SessionFile, keepsTheOldFileOnAFullDisk) {
     ASSERT_EQ(saveSession(other.filePath("crashed.json"), someDocument(other.path())), QString());
     RecoveryCopy next(other.path());
     std::signal(SIGXFSZ, SIG_IGN);
-    // A limit on the size of files stands in for the full disk. With SIGXFSZ ignored, writing beyond it only fails.
+    // A limit on the size of files stands in for the full disk. SIGXFSZ is ignored, so that a write beyond the limit
+    // fails without ending this process.
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     const rlimit full{100, before.rlim_max};

@@ -58,7 +58,7 @@ private slots:
     void readsFilesOfAnyNameAndSaysWhatIsWrongWithThem();
     void readsThePlainBoardOfTheSettings();
     void calibratesOnceAfterReadingAndAgainAfterChanges();
-    void opensADocumentInPlaceOfItsPhotographs();
+    void opensADocumentThatReplacesAllPhotographs();
     void takesPhotographsOutWhileItReads();
     void showsAFirstResultWhileManyAreRead();
     void dropsResultsThatAreOutOfDate();
@@ -182,8 +182,8 @@ void SessionTest::readsFilesOfAnyNameAndSaysWhatIsWrongWithThem() {
     QVERIFY(cut.isTruncated && !good.isTruncated);
 #ifdef Q_OS_UNIX
     const LocalEncoding encoding;
-    // The folder is declared after `encoding`, so it is removed while `encoding` still exists. Otherwise it could not
-    // find its file.
+    // The folder is declared after `encoding`, so it is removed while `encoding` still exists. With another encoding,
+    // the file in the folder would not be found and not be removed.
     const QTemporaryDir localFolder;
     const QString euro = localFolder.filePath(LocalEncoding::euro() + ".jpg");
     write(euro, whole);
@@ -268,7 +268,7 @@ void SessionTest::calibratesOnceAfterReadingAndAgainAfterChanges() {
     QVERIFY(!record[5].settings.mayBend);
 }
 
-void SessionTest::opensADocumentInPlaceOfItsPhotographs() {
+void SessionTest::opensADocumentThatReplacesAllPhotographs() {
     Session session(scripted());
     session.add({examplePhotograph(1), examplePhotograph(4)});
     QTRY_VERIFY_WITH_TIMEOUT(session.result() != nullptr, 20000);
@@ -306,8 +306,8 @@ void SessionTest::takesPhotographsOutWhileItReads() {
     QCOMPARE(includedIn(calls() - 1), QVector<int>{session.photographs()[1].id});
 }
 
-// The first result comes from some of the photographs only. So the second calibration must not start from it, because
-// the models must be chosen again from all photographs.
+// The first result comes from only some of the photographs. The second calibration must choose the lens models and the
+// bends of the prints again, from all photographs. So it must not start from the first result.
 void SessionTest::showsAFirstResultWhileManyAreRead() {
     const QTemporaryDir folder;
     const QImage photograph = QImage(examplePhotograph(1)).scaledToWidth(720, Qt::SmoothTransformation);

@@ -1,5 +1,5 @@
-// Tests that the window gives no key to two things at a time, that the tab key reaches its inputs, and that its buttons
-// have room for large fonts.
+// Tests that no key has two meanings at the same time in the window, that the tab key reaches the window's inputs, and
+// that its buttons have room for large fonts.
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
@@ -14,12 +14,12 @@ class ViewerAccessTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void givesNoKeyToTwoThings();
+    void givesNoKeyTwoMeanings();
     void reachesEveryInputWithTheTabKey();
     void hasRoomForLargeFonts();
 };
 
-void ViewerAccessTest::givesNoKeyToTwoThings() {
+void ViewerAccessTest::givesNoKeyTwoMeanings() {
     ViewerWindow window{QString()};
     window.show();
     QSet<QString> shortcuts;
@@ -31,8 +31,8 @@ void ViewerAccessTest::givesNoKeyToTwoThings() {
         }
     }
     QVERIFY(shortcuts.size() >= 14);
-    // Each text, and the tab that shows the text; null if the text is outside the tabs. Texts in different tabs may
-    // have the same mnemonic, because only one tab is visible at a time.
+    // The texts that can have a mnemonic. Each text is stored with the tab that contains it, or with null if it is
+    // outside the tabs. Texts in different tabs may have the same mnemonic, because only one tab is visible at a time.
     QVector<QPair<QString, const QWidget *>> texts;
     for (const QAction *action : window.menuBar()->actions()) {
         texts.append({action->text(), nullptr});
@@ -64,8 +64,8 @@ void ViewerAccessTest::givesNoKeyToTwoThings() {
                      qPrintable(texts[j].first + " and " + texts[i].first));
         }
     }
-    // The text of a button may also name a second shortcut, as in "(Ctrl+Space)". The button's own shortcut must still
-    // be its mnemonic.
+    // The text of a button may also name another key, as in "(Ctrl+Space)". QAbstractButton::shortcut() must still be
+    // the mnemonic in the text.
     for (const QAbstractButton *button : window.findChildren<QAbstractButton *>()) {
         QCOMPARE(button->shortcut(), QKeySequence::mnemonic(button->text()));
     }
@@ -76,7 +76,8 @@ void ViewerAccessTest::reachesEveryInputWithTheTabKey() {
     window.show();
     int inputs = 0;
     for (const QWidget *input : window.findChildren<QWidget *>()) {
-        // The buttons of tool bars, and those that scroll a tab bar, are left out: menus and keys do the same.
+        // The buttons of tool bars, and those that scroll a tab bar, need not be reached, because menus and keys do
+        // what these buttons do.
         const bool isInput = input->inherits("QAbstractButton") || input->inherits("QComboBox") ||
                              input->inherits("QAbstractSpinBox") || input->inherits("QAbstractItemView");
         const bool isPartOfAnother = input->inherits("QHeaderView") || input->inherits("QTableCornerButton") ||

@@ -91,7 +91,7 @@ private slots:
     void takesOutAndPutsBackTheSelection();
     void cancelsReading();
     void opensTheExampleAsAnAssembly();
-    void showsWhatIsReadOfTheChosenPhotograph();
+    void showsWhatIsReadInTheChosenPhotograph();
     void showsTheFactorOfTheArrows();
     void takesPatternFilesAndOffersNoResultsBeforeThereAreAny();
     void obeysItsCommandLine();
@@ -201,7 +201,7 @@ void ViewerActionsTest::opensTheExampleAsAnAssembly() {
     withText<QPushButton>(window, "Cancel")->click();
 }
 
-void ViewerActionsTest::showsWhatIsReadOfTheChosenPhotograph() {
+void ViewerActionsTest::showsWhatIsReadInTheChosenPhotograph() {
     ViewerWindow window{QString()};
     window.show();
     window.open({exampleFolder + "/photograph-01.jpg"});
@@ -227,7 +227,7 @@ void ViewerActionsTest::takesPatternFilesAndOffersNoResultsBeforeThereAreAny() {
     ViewerWindow window{QString()};
     window.open({folder.filePath("my target.json"), blankPhotograph(folder, "blank.png")});
     QVERIFY(withText<QPushButton>(window, "my target.json") != nullptr);
-    QTRY_VERIFY(withText<QLabel>(window, "1 photograph") != nullptr);  // it was read, and no calibration is possible
+    QTRY_VERIFY(withText<QLabel>(window, "1 photograph") != nullptr);  // reading has ended, and no calibration follows
     for (const char *action : {"Save &Results...", "Repor&t..."}) {
         QVERIFY2(!withText<QAction>(window, action)->isEnabled(), action);
     }

@@ -1,4 +1,4 @@
-// Tests the panels of the window and the list of photographs with a session whose results come from the test.
+// Tests the window's panels and its list of photographs. The results of the session come from the test itself.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -44,13 +44,13 @@ class ViewerPanelsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void passesOnEverySetting();
+    void reportsEveryEditedSetting();
     void choosesTheAxesOfTheResults();
     void listsWhatIsKnownOfEachPhotograph();
     void takesPicturesByItselfOnlyIfAskedTo();
 };
 
-void ViewerPanelsTest::passesOnEverySetting() {
+void ViewerPanelsTest::reportsEveryEditedSetting() {
     SettingsPanel panel;
     SessionSettings edited;
     connect(&panel, &SettingsPanel::edited, this, [&edited](const SessionSettings &settings) { edited = settings; });
@@ -77,9 +77,9 @@ void ViewerPanelsTest::passesOnEverySetting() {
          [](SessionSettings &s) { s.arrangement = Arrangement::Rig; }},
         {"grid spacing", [&] { lengths[0]->setValue(12.5); }, [](SessionSettings &s) { s.gridSpacing = 12.5; }},
         {"board", [&] { checks[0]->click(); }, [](SessionSettings &s) { s.board = QSize(9, 6); }},
-        {"its columns", [&] { counts[0]->setValue(11); }, [](SessionSettings &s) { s.board = QSize(11, 6); }},
-        {"its rows", [&] { counts[1]->setValue(4); }, [](SessionSettings &s) { s.board = QSize(11, 4); }},
-        {"its squares", [&] { lengths[1]->setValue(30); }, [](SessionSettings &s) { s.boardSquare = 30; }},
+        {"board columns", [&] { counts[0]->setValue(11); }, [](SessionSettings &s) { s.board = QSize(11, 6); }},
+        {"board rows", [&] { counts[1]->setValue(4); }, [](SessionSettings &s) { s.board = QSize(11, 4); }},
+        {"board squares", [&] { lengths[1]->setValue(30); }, [](SessionSettings &s) { s.boardSquare = 30; }},
         {"bend", [&] { checks[1]->click(); }, [](SessionSettings &s) { s.mayBend = false; }},
         {"lens",
          [&] {

@@ -110,8 +110,8 @@ private slots:
     void takesPicturesOfAVideo();
 
 private:
-    // Fixes the lens model, and treats no print as bent. If the calibration chose the models, that would take most of
-    // the test's time. The calibration's own tests cover this choice.
+    // Fixes the lens model, and treats no print as bent. Otherwise, the calibration would choose the lens model and the
+    // bends, and this choice would take most of the test's time. The calibration's own tests cover it.
     static void useFixedModels(ViewerWindow &window) {
         SessionSettings settings;
         settings.arrangement = Arrangement::Assembly;
@@ -161,7 +161,7 @@ void ViewerWindowTest::leadsFromADropToTheAssembly() {
     QCOMPARE(window.writeReportTo(results.filePath("report.html")), QString());
     QCOMPARE(contentsOf(results.filePath("report.html")).count("data:image/jpeg;base64,"), 12);
     if (QSysInfo::kernelType() == "winnt") {
-        return;  // the programs that read the PDF exist only on Linux
+        return;  // only on Linux, the test has the programs that read the PDF
     }
 
     // The PDF has the texts of every part of the report, and the texts inside the figures.
@@ -252,7 +252,7 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     window.open({exampleFolder});
     QVERIFY(isCalibrated(window));
     auto *pick = window.findChild<QPushButton *>("pickCorners");
-    QVERIFY2(pick->isVisible() && pick->isEnabled(), "the button for the choice cannot be clicked");
+    QVERIFY2(pick->isVisible() && pick->isEnabled(), "the button for picking corners cannot be clicked");
     auto *picture = window.findChild<PhotographView *>();
     QTRY_VERIFY(coloursIn(*picture) > 50);  // the photograph is loaded
 
@@ -302,8 +302,8 @@ void ViewerWindowTest::writesTheAssemblyInTheAxesOfThreeClickedCorners() {
     QVERIFY((ownPlaces.value({3, 12}) - start - Eigen::Vector3d(0, length, 0)).norm() < 0.05);
 }
 
-// A copy of the session, for use after a crash, is written a short time after a change. It must be written even if
-// further changes follow each other faster than this.
+// A copy of the session, for use after a crash, is written a short time after a change. Further changes during
+// this time must not delay the copy.
 void ViewerWindowTest::keepsACopyWhileChangesFollowEachOther() {
     const QTemporaryDir folder;
     const auto copies = [&folder] { return QDir(folder.path()).entryList({"*.json"}); };
@@ -318,7 +318,7 @@ void ViewerWindowTest::keepsACopyWhileChangesFollowEachOther() {
         QCOMPARE(copies().size(), 1);
         window.close();
     }
-    QVERIFY2(copies().isEmpty(), "a session that ended well left its copy");
+    QVERIFY2(copies().isEmpty(), "closing the window did not remove the copy of the session");
 }
 
 void ViewerWindowTest::showsPlacesInTheChosenAxes() {
@@ -351,8 +351,8 @@ void ViewerWindowTest::showsPlacesInTheChosenAxes() {
     QTRY_VERIFY(placeOf(2).norm() < 0.01);
     QVERIFY(qAbs(placeOf(0).norm() - distance) < 0.01);
 
-    // The last column takes what a caliper shows for the two check bars of a print. A length that no bar of 100 mm can
-    // have is refused.
+    // In the last column, the user enters the lengths of a print's two check bars, measured with a caliper. The bars
+    // are drawn 100 mm long. A length that differs from this by 10 mm or more is refused.
     connect(window.findChild<PatternsView *>(), &PatternsView::settingsEdited, this,
             [&settings](const SessionSettings &edited) { settings = edited; });
     const std::pair<QString, QPointF> entries[] = {{"99.7 x 100.1", {0.997, 1.001}},

@@ -1,4 +1,4 @@
-// Finds the coordinate system that the user has chosen for the results, by a reference pattern or by three corners.
+// Finds the coordinate system that the user has chosen for the results. A reference pattern or three corners define it.
 #pragma once
 
 #include <QString>

@@ -14,9 +14,11 @@
 
 namespace {
 
-constexpr double usualRate = 25;      // frames per second, for a file that does not state its own
-constexpr double greatestWait = 0.2;  // seconds; longest wait for a frame of a file, and longest delay to be caught up
-constexpr int cameraTries = 5;        // per frame, because a camera may lose single frames
+constexpr double usualRate = 25;  // frames per second, for a file that does not state its own
+// Seconds. The source waits at most this long before it reads a frame of a file. If it is late, it makes up for at
+// most this much of the delay.
+constexpr double greatestWait = 0.2;
+constexpr int cameraTries = 5;  // per frame, because a camera may lose single frames
 constexpr auto timeBetweenTries = std::chrono::milliseconds(100);
 
 QString tr(const char *text) {

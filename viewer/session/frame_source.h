@@ -21,7 +21,8 @@ struct FrameSourceChoice {
 class FrameSource {
 public:
     explicit FrameSource(FrameSourceChoice sourceChoice);
-    // Reads the frames from `ownCapture` instead of a new cv::VideoCapture. open() opens it in the same way.
+    // Reads the frames from `ownCapture` instead of a new cv::VideoCapture. open() opens `ownCapture` exactly as it
+    // opens a new one.
     FrameSource(FrameSourceChoice sourceChoice, std::unique_ptr<cv::VideoCapture> ownCapture);
     ~FrameSource();
 

@@ -39,8 +39,8 @@ cv::Mat greyOf(const cv::Mat &bgr) {
     return grey;
 }
 
-// Returns the path of a new picture, with a name that no file in the folder has: "picture-0001.png". The search begins
-// with the number after `number`. Sets `number` to the number in the name.
+// Returns a path in the folder for a new picture, such as "picture-0001.png". No file in the folder has this name. The
+// search begins with the number after `number`. Sets `number` to the number in the name.
 QString freeName(const QDir &folder, int &number) {
     QString file;
     do {

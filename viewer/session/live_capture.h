@@ -42,7 +42,7 @@ public:
 
     // Saves the next frame, whatever it shows.
     void takePicture();
-    // If `takes` is true, as at first, frames that are worth keeping are saved automatically.
+    // Turns the automatic saving of frames that are worth keeping on or off. At first, it is on.
     void setTakesByItself(bool takes);
     // Sets the photographs that the session has. A frame that is similar to one of them is not saved automatically.
     void setPhotographs(std::vector<TargetView> views);

@@ -15,10 +15,13 @@ constexpr double greatestMotion = 1;  // pixels between two frames, root mean sq
 constexpr int leastStillFrames = 3;   // in a row
 constexpr double alwaysSharp = 1.5;   // pixels of blur
 constexpr double neverSharp = 2.5;    // pixels of blur
-constexpr double sharpRatio = 1.4;    // between the two limits: sharp up to this many times the least blur so far
-// A frame's view differs from that of a photograph if at least one of these limits is exceeded, if they have fewer than
-// `leastCorners` corners in common, or if the two pictures differ in size. It is new if it differs from the views of
-// all photographs.
+// A frame with a blur between alwaysSharp and neverSharp is sharp if its blur is at most this many times the least blur
+// so far.
+constexpr double sharpRatio = 1.4;
+
+// A frame's view differs from that of a photograph if at least one of the limits below is exceeded, if the two pictures
+// have fewer than `leastCorners` corners in common, or if they differ in size. A frame's view is new if it differs from
+// the views of all photographs.
 constexpr double newShare = 0.4;      // share of the frame's corners that the photograph does not show
 constexpr double newDistance = 0.12;  // between the centroids of the corners, as a share of the picture's diagonal
 constexpr double newScale = 1.25;     // times nearer or farther

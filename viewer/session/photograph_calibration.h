@@ -13,6 +13,6 @@
 SessionResult calibratePhotographs(const QVector<SessionPhotograph> &photographs, const SessionSettings &settings,
                                    const calibration::CalibrateOptions &options);
 
-// True if SessionSettings::measured can name this print, so no other print has the same number. Only the patterns of an
-// assembly have numbers.
+// True if the number of this print identifies it in SessionSettings::measured, that is, if no other print has the same
+// number. The patterns of an assembly have numbers from 0 on. All other prints have the number -1.
 bool canBeMeasured(const calibration::Observations &observations, size_t print);

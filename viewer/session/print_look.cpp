@@ -14,7 +14,8 @@ struct Match {
     const PatternCorner *corner = nullptr;    // the sighting's first corner
 };
 
-// Returns the reading that a sighting was made from: the one that has the sighting's first corner at the same pixel.
+// Returns the reading that a sighting was made from: the one with a corner at exactly the image position of the
+// sighting's first corner.
 Match readingOf(const calibration::Sighting &sighting, const PatternReadings &readings) {
     const Eigen::Vector2d &image = sighting.corners.front().image;
     for (const PatternReading &reading : readings) {

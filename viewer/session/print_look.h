@@ -17,8 +17,8 @@ struct PrintLook {
     std::optional<pattern_reader::PatternValues> values;  // empty if no information block was read
 };
 
-// Returns the look of each print; empty for a print whose points have no cells, and for a print of which `photographs`
-// has no reading. `photographIds` has the session's id of each photograph of the calibration.
+// Returns the look of each print; empty for a print whose points form no grid (Print::cells is empty), and for a print
+// of which `photographs` has no reading. `photographIds` has the session's id of each photograph of the calibration.
 std::vector<std::optional<PrintLook>> looksOf(const calibration::Calibration &calibration,
                                               const std::vector<int> &photographIds,
                                               const QVector<SessionPhotograph> &photographs);

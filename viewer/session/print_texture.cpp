@@ -17,7 +17,7 @@ constexpr double leastTolerance = 0.02;  // allowed error of a circle's polygon,
 // Each cell extends beyond its edges by this share of the lattice's pitch. Without an overlap, the background would
 // shine through the common edge of two cells.
 constexpr double overlapShare = 0.02;
-constexpr size_t blockLength = 8;  // columns and rows of cells
+constexpr size_t blockLength = 8;  // greatest number of cells along a side of a block
 // A shape is large if its bounding box has at least this share of the area of a cell.
 constexpr double largeShare = 0.125;
 

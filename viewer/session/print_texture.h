@@ -1,6 +1,7 @@
 // Makes the outlines of everything that is printed: squares, round marks and the code. With these outlines, a print can
-// be drawn in a picture or in a scene. The camera library provides the flat outlines. They are then scaled and bent as
-// the calibration found. If what is known of a print does not fit into a code, the print is drawn without its code.
+// be drawn in a picture or in a scene. The camera library provides the flat outlines. They are then scaled and bent
+// into the shape that the calibration found for the print. If a code cannot hold the known values of a print, such as
+// its grid spacing, the print is drawn without its code.
 #pragma once
 
 #include <Eigen/Core>

@@ -9,11 +9,11 @@ namespace {
 // Normally there is one reader for each processor. But reading a colour photograph of 12 megapixels needs about 90 MB,
 // so memory limits the number of readers, too.
 constexpr int mostReaders = 8;
-// Changes that follow each other faster than this start only one calibration.
+// Several changes start only one calibration if each follows the one before within this time.
 constexpr int calibrationDelayMs = 20;
-// While photographs are being read, a first calibration is tried early. For this, at least this many photographs with
-// patterns must have been read, and at least this many photographs must be left to read. After a failed attempt, more
-// must have been read (see firstResultFrom).
+// A first calibration is tried before all photographs have been read. It is tried if patterns have been found in at
+// least this many photographs and at least this many photographs are left to read. After a failed attempt, the next one
+// needs patterns in twice as many photographs as the failed one had (see firstResultFrom).
 constexpr int fewestForFirstResult = 12;
 
 }  // namespace
@@ -203,7 +203,8 @@ void Session::takeResult(SessionResult result, bool isOfAll) {
     if (!isOfAll && !result.calibration) {
         return;  // the photographs that are still being read may make a calibration possible
     }
-    startsFromLatest = isOfAll;  // models that were chosen from a few photographs are chosen again
+    // If only some of the photographs had been read, the next calibration chooses the lens models again.
+    startsFromLatest = isOfAll;
     latest = std::make_shared<const SessionResult>(std::move(result));
     emit resultChanged();
     emit progressChanged();

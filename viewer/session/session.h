@@ -2,11 +2,12 @@
 // widgets.
 //
 // Data goes one way: photographs -> readings -> calibration. Reading and calibrating run in the background. Every
-// change of the photographs or settings cancels a calibration that is out of date and starts another; if the settings
-// name another plain board, all photographs are read again before that. If there is no calibration yet and many
-// photographs are still being read, a first result is made from those that are ready. All functions return at once,
-// except that the destructor waits until the work in progress has ended. Use a session on one thread that has an event
-// loop; its signals are emitted there.
+// change of the photographs or settings leads to a new calibration, which starts when all photographs have been read. A
+// calibration that is still running is cancelled, because its result would be out of date. If SessionSettings::board
+// changes, all photographs are read again first. If there is no calibration yet and many photographs are still being
+// read, a first result is made from those that are ready. All functions return at once, except that the destructor
+// waits until the work in progress has ended. Use a session on one thread that has an event loop; its signals are
+// emitted there.
 #pragma once
 
 #include <QMap>

@@ -22,7 +22,7 @@ struct SessionPhotograph {
     bool isIncluded = true;  // false if the user took it out
 
     PhotographState state = PhotographState::Waiting;
-    QString problem;           // why the photograph cannot help, as a sentence; empty if it waits or shows patterns
+    QString problem;           // why no pattern was read, as a sentence; empty while waiting or if patterns were read
     bool isTruncated = false;  // the file ends before its picture does, so the patterns found are shown but not used
     int width = 0;             // pixels of the stored picture, whatever its orientation tag says
     int height = 0;

@@ -21,8 +21,8 @@ struct PhotographFit {
 };
 
 struct SessionResult {
-    // Null if there is no calibration. Then `problem` says why a calibration is impossible; it is empty only if no
-    // photograph takes part.
+    // Null if there is no calibration. Then `problem` says why a calibration is impossible. If no photograph takes part
+    // in the calibration, `problem` is empty.
     std::shared_ptr<const calibration::Calibration> calibration;
     QString problem;
 

@@ -32,11 +32,12 @@ struct SessionSettings {
     Arrangement arrangement = Arrangement::Cameras;
     std::optional<calibration::LensModel> lens;  // chosen automatically if absent
     bool mayBend = true;
-    double gridSpacing = 0;        // mm, of patterns that do not encode it; 0 if unknown
-    std::optional<QSize> board;    // columns and rows of inner corners of a plain checkerboard, at least 3 x 3
-    double boardSquare = 0;        // mm; 0 if unknown
-    QStringList patternFiles;      // JSON or PDF files of the printed patterns
-    QMap<int, QPointF> measured;   // measured size / drawn size in x and y, by pattern number; -1: no number
+    double gridSpacing = 0;      // mm, of patterns that do not encode it; 0 if unknown
+    std::optional<QSize> board;  // columns and rows of inner corners of a plain checkerboard, at least 3 x 3
+    double boardSquare = 0;      // mm; 0 if unknown
+    QStringList patternFiles;    // JSON or PDF files of the printed patterns
+    // Measured size divided by drawn size, in x and y. The key is the number of the pattern, or -1 if it has no number.
+    QMap<int, QPointF> measured;
     std::optional<int> reference;  // the results have the axes of the pattern with this number, see chosenAxes()
     // The corners at the origin, on the x axis, and in the plane of x and y. If they are set, they define the axes
     // instead of the reference pattern.
@@ -46,6 +47,6 @@ bool operator==(const SessionSettings &a, const SessionSettings &b);
 
 QJsonObject toJson(const SessionSettings &settings);
 
-// A session from a newer version can be opened, because unknown keys, and lenses and arrangements of unknown names, are
-// ignored. Lengths, ratios, board sizes and reference patterns that are out of range are ignored, too.
+// A session from a newer version can be opened, because unknown keys are ignored. Lenses and arrangements with unknown
+// names are ignored, too. Lengths, ratios, board sizes and reference patterns are ignored if they are out of range.
 SessionSettings settingsFromJson(const QJsonObject &json);

@@ -75,7 +75,7 @@ QString PatternsView::axesText() const {
     if (!axes.problem.isEmpty()) {
         return axes.problem + " " + ownAxes;
     }
-    const QString relation = tr("± is relative to %1.").arg(firstName);
+    const QString relation = tr("The standard deviations (±) are relative to %1.").arg(firstName);
     if (settings.frame) {
         return tr("The positions are in the axes of the three corners.") + " " + relation;
     }
@@ -111,7 +111,8 @@ void PatternsView::fillPlace(int row, int print) {
     }
     for (const int axis : {0, 1, 2}) {
         const double value = pose.translation[axis];
-        // True for the first print, whose pose counts as exact, unless it is at the origin of the axes.
+        // The pose of the first print counts as exact, so its coordinates have no standard deviation. A coordinate
+        // that is 0 is excluded, because it is shown as 0 without decimals.
         const bool isExact = sigma[axis] == 0 && value != 0;
         set(row, X + axis, isExact ? QString::number(value, 'f', exactDecimals) : withSigma(value, sigma[axis]));
     }

@@ -1,6 +1,7 @@
 // The tab "Patterns". For every print, it shows the position in the chosen coordinate system, the angle of the
-// rotation, the scale along x and y, and the bend. A print that photographs do not link with the first one has no
-// position and no angle. The user can enter the measured lengths of a print's check bars in the last column.
+// rotation, the scale along x and y, and the bend. A print has no position and no angle if the photographs do not link
+// it with the first print that has a pose. A print without a pose has no scale and no bend either. The user can enter
+// the measured lengths of a print's check bars in the last column.
 #pragma once
 
 #include "viewer/session/common_axes.h"

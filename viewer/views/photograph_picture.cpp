@@ -7,10 +7,12 @@
 
 namespace {
 
-constexpr int smallestLevel = 256;   // pixels; the longer side of the smallest level is at most this
-constexpr double mostPixels = 4e6;   // of an undistorted picture
-constexpr double fisheyeZoom = 0.6;  // share of its focal length that an undistorted fisheye keeps, to show more
-constexpr int bandRows = 64;         // rows undistorted at a time; limits the memory of the maps
+constexpr int smallestLevel = 256;  // pixels; the longer side of the smallest level is at most this
+constexpr double mostPixels = 4e6;  // of an undistorted picture
+// The focal length of an undistorted fisheye picture, as a share of the lens's focal length. With the shorter focal
+// length, the picture shows a wider view.
+constexpr double fisheyeZoom = 0.6;
+constexpr int bandRows = 64;  // rows undistorted at a time, so that the map for cv::remap() needs little memory
 
 cv::Mat matrixOf(QImage &image) {
     return {image.height(), image.width(), CV_8UC1, image.bits(), size_t(image.bytesPerLine())};

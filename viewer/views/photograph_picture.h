@@ -33,7 +33,7 @@ struct PhotographPicture {
     std::vector<QImage> levels;
 
     static PhotographPicture load(const QString &path);
-    // Returns the undistorted picture. Its width and height are those of the photograph, but its first level has at
-    // most 4 megapixels.
+    // Returns the undistorted picture. Its `width` and `height` are those of the photograph, even if its first level is
+    // smaller: that level has at most 4 megapixels.
     PhotographPicture undistort(const calibration::Camera &camera, const Eigen::VectorXd &intrinsics) const;
 };

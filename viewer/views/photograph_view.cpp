@@ -20,7 +20,7 @@ constexpr double greatestScale = 40;
 constexpr double smallestScale = 0.01;
 constexpr int panStep = 60;             // pixels of the view
 constexpr double arrowCell = 26;        // pixels of the view; in each square of this size, at most one arrow begins
-constexpr double pickReach = 12;        // pixels of the view; the greatest distance of a click from its corner
+constexpr double pickReach = 12;        // pixels of the view; a click picks the nearest corner within this distance
 constexpr double namesFromLength = 60;  // pixels of the view; axes show their names if they are at least this long
 constexpr int numbersFromScale = 3;     // corners show their column and row at this scale or a larger one
 
@@ -173,8 +173,8 @@ std::optional<QPointF> PhotographView::place(QPointF pixel) const {
 
 void PhotographView::drawPicture(QPainter &painter) const {
     const std::vector<QImage> &levels = showsUndistorted() ? straight.levels : picture.levels;
-    // Takes the smallest level that has at least one pixel for each pixel of the view; if no level has, the largest
-    // one.
+    // Takes the smallest level that has at least one pixel for each pixel of the view. If even the largest level has
+    // fewer pixels than that, takes the largest level.
     size_t level = 0;
     while (level + 1 < levels.size() && scale * picture.width <= levels[level + 1].width()) {
         ++level;

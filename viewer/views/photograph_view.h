@@ -35,8 +35,8 @@ public slots:
     void zoomIn() { zoom(1.25, rect().center()); }
     void zoomOut() { zoom(0.8, rect().center()); }
     void fit();
-    // Moves this pixel of the photograph to the middle of the view, and shows the photograph at twice its size or
-    // larger.
+    // Moves this pixel of the photograph to the middle of the view. If the scale is less than two pixels of the view
+    // per pixel of the photograph, it is first raised to two.
     void centreOn(QPointF pixel);
 
 signals:
@@ -60,7 +60,7 @@ private:
     void pick(QPointF place);
     bool showsUndistorted() const { return wantsUndistorted && !straight.levels.empty(); }
     // Returns where the view shows a pixel of the photograph; the place may be outside the view. Empty if the view
-    // shows the undistorted picture and this has no place for the pixel (see undistorted() in photograph_picture.h).
+    // shows the undistorted picture and the pixel has no place in it (see undistorted() in photograph_picture.h).
     std::optional<QPointF> place(QPointF pixel) const;
     void drawPicture(QPainter &painter) const;
     void drawReading(QPainter &painter, int index) const;

@@ -13,13 +13,14 @@ class QPainter;
 // Maps points of a print to the painter's coordinates; returns nothing for a point that cannot be seen.
 using PlaceOnPicture = std::function<std::optional<QPointF>(const Eigen::Vector3d &)>;
 
-// Drawing more cells than this with their marks and code would take longer than 30 ms.
+// The greatest number of cells that are drawn in detail. Drawing all shapes of more cells would take longer than 30 ms.
 constexpr size_t mostCellsInDetail = 2500;
 size_t cellCount(const std::vector<PrintBlock> &blocks);
 
 // Fills the areas of a block, without lines around them. If `inDetail` is false, only the large shapes are drawn. If
 // `light` is not valid, only the dark areas are drawn. If `place` returns nothing for a corner of a dark area, all dark
-// areas of its cell are left out (of its block, if `inDetail` is false). The same holds for the light area.
+// areas of the same cell are left out. If `inDetail` is false, all dark areas of the block are left out instead. A
+// light area is left out if `place` returns nothing for one of its own corners.
 void drawBlock(QPainter &painter, const PrintBlock &block, bool inDetail, const PlaceOnPicture &place,
                const QColor &light, const QColor &dark);
 

@@ -20,7 +20,7 @@ namespace {
 
 constexpr size_t mostDots = 20000;  // more dots would make the window slow without showing more
 constexpr double rangeInRms = 5;    // the scatter plot shows this many times the rms in each direction
-constexpr double clickReach = 10;   // pixels of the screen; the greatest distance of a click from its point
+constexpr double clickReach = 10;   // pixels of the screen; a click chooses the nearest dot if it is closer than this
 
 QwtPlotCurve *makeDots(QwtPlot *plot, const QColor &colour) {
     auto *dots = new QwtPlotCurve;  // the plot owns it

@@ -45,7 +45,7 @@ protected:
     virtual void showCamera(int camera) = 0;
     // Says why showCamera() was called with -1.
     QString whyNoCamera() const;
-    // Returns the layout to which the view adds its own widgets. The choice of the camera is already in it.
+    // Returns the layout to which the view adds its own widgets. It already contains the combo box for the camera.
     QVBoxLayout *content() const { return column; }
 
 private:

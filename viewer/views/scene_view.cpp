@@ -21,8 +21,8 @@ constexpr double turnPerPixel = 0.008;
 constexpr double turnPerKey = 0.1;
 const QColor lightColour(244, 244, 240);
 const QColor darkColour(38, 42, 50);
-// A camera is drawn for each photograph. From this many photographs on, one is drawn only for every second photograph;
-// from twice as many on, only for every third; and so on.
+// A camera is drawn for each photograph. If there are at least this many photographs, a camera is drawn only for every
+// second photograph; if there are at least twice as many, only for every third; and so on.
 constexpr size_t mostCameras = 300;
 
 Eigen::Vector3d midpointOf(const Outline &points) {

@@ -1,7 +1,7 @@
-// The tab "Scene". It shows the prints of the first group (prints that photographs link), the cameras that saw them,
-// and the chosen coordinate system in three dimensions. Dragging with the left button turns the scene, and so do the
-// arrow keys. Dragging with Shift or with another button moves it. The wheel and the keys + and - zoom. A double click
-// restores the first view.
+// The tab "Scene". It shows the prints of the first group, the cameras that saw them, and the chosen coordinate system
+// in three dimensions. A group consists of prints that are linked by photographs. Dragging with the left button turns
+// the scene, and so do the arrow keys. Dragging with Shift or with another button moves it. The wheel and the keys
+// + and - zoom. A double click restores the first view.
 #pragma once
 
 #include <Eigen/Core>
@@ -47,8 +47,8 @@ private:
     void lookAtAll();
     void turn(double x, double y);
     void setAngles(double newAzimuth, double newElevation);
-    // Converts a place in the world to the coordinates of the eye that looks at the scene: x to the right, y down, z
-    // away from the eye, in units of `reach`.
+    // Converts a place in the world to the coordinate system of the eye that looks at the scene. The origin is at the
+    // eye, x points to the right, y down, and z away from the eye. The unit is `reach`.
     Eigen::Vector3d fromEye(const Eigen::Vector3d &place) const;
     QPointF onScreen(const Eigen::Vector3d &inEye) const;
     void drawAxes(QPainter &painter) const;

@@ -84,7 +84,8 @@ QString cameraHtml(const Calibration &calibration, size_t camera) {
         html += row(SummaryView::tr("Greatest uncertainty at that distance"), pixels(*greatest));
     }
     if (trust.halves && trust.halves->greatest()) {
-        html += row(SummaryView::tr("Greatest difference between two halves"), pixels(*trust.halves->greatest()));
+        html += row(SummaryView::tr("Greatest difference between two halves of the photographs"),
+                    pixels(*trust.halves->greatest()));
     }
     return html + "</table>";
 }

@@ -1,6 +1,6 @@
-// The tab "Uncertainty". It shows, for each part of a camera's picture, how uncertain the projection of a point is (at
-// the patterns' distance or far away), or how much it differs between two calibrations with half of the photographs
-// each.
+// The tab "Uncertainty". For each part of a camera's picture, it shows how uncertain the projection of a point is,
+// either for points at the patterns' distance or for points far away. It can also show how much the projection differs
+// between two calibrations, each made from one half of the photographs.
 #pragma once
 
 #include "viewer/views/result_view.h"

@@ -2,8 +2,8 @@
 # Tests the command line of calibrate_cameras: the files that it makes from photographs and from corner lists, and its
 # messages about bad input.
 #   calibrate_cameras_test.sh CALIBRATE_CAMERAS PICTURE
-# PICTURE is a picture of the manual, in which the middle of the pattern is at (652, 336). ImageMagick makes photographs
-# of it.
+# PICTURE is one of the manual's pictures. It shows a pattern with its middle at (652, 336). ImageMagick makes
+# photographs of this pattern.
 set -euo pipefail
 calibrate_cameras=$1
 folder=$(mktemp -d)
@@ -95,7 +95,8 @@ ends 2 --corners corners.txt --board 9x6 --square 25 --out none
 says err 'give --image-size'
 
 # Two cameras of a rig see the same board. The right camera is 80 mm to the right of the left one. One photograph was
-# taken with another zoom. The bars measured here are drawn 200 mm long; those above were drawn 100 mm long.
+# taken with another zoom. Here, --measured gives the lengths of check bars that are 200 mm long in the drawing. In the
+# test above, the check bars are 100 mm long in the drawing.
 awk 'BEGIN { for (camera = 0; camera < 2; camera++) for (k = 0; k < 12; k++)
   for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
     a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60

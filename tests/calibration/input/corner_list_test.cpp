@@ -50,7 +50,7 @@ TEST_F(CornerList, readsLevelsAndCornersThatWereNotSeen) {
     EXPECT_EQ(observations.prints[0].points[6], Eigen::Vector2d(50, 25));
 }
 
-TEST_F(CornerList, findsPicturesBesideTheListAndTheMomentsOfARig) {
+TEST_F(CornerList, findsTheMomentsOfARigAndPicturesBesideTheList) {
     std::string text;
     for (const char *name : {"l/1.pgm", "l/2.pgm", "r/2.pgm", "r/1.pgm"}) {
         for (int i = 0; i < 12; i++) {

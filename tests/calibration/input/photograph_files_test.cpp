@@ -62,7 +62,8 @@ std::string directory(const std::vector<Tag> &tags, size_t offset, size_t pointe
     std::string entries = littleEndian(count, 2);
     std::string texts;
     const size_t textsAt = offset + 2 + 12 * count + 4;
-    for (const Tag &tag : tags) {  // a text of more than 4 bytes, as all are here, is stored behind the entries
+    // Each text here has more than 4 bytes. TIFF stores such texts behind the entries.
+    for (const Tag &tag : tags) {
         entries += littleEndian(size_t(tag.number), 2) + littleEndian(2, 2) + littleEndian(tag.text.size() + 1, 4) +
                    littleEndian(textsAt + texts.size(), 4);
         texts += tag.text + std::string(1, '\0');

@@ -100,8 +100,9 @@ TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
     EXPECT_EQ(reasonFor(collected, "truncated"), "The file ends before its picture does. Copy it again.");
     EXPECT_EQ(reasonFor(collected, "empty"), "No pattern was found in it.");
     EXPECT_EQ(reasonFor(collected, "flexible"), "It shows the Flexible pattern, but its grid spacing is not known.");
-    EXPECT_EQ(reasonFor(collected, "twice"), "It shows pattern 0 in 2 places, so it is not known which of them is meant.");
-    EXPECT_EQ(reasonFor(collected, "other"), "It shows pattern 0 with a grid spacing of 16 mm and not of 12 mm.");
+    EXPECT_EQ(reasonFor(collected, "twice"),
+              "It shows pattern 0 in 2 places, so it is not known which of them is meant.");
+    EXPECT_EQ(reasonFor(collected, "other"), "It shows pattern 0 with a grid spacing of 16 mm instead of 12 mm.");
     EXPECT_EQ(reasonFor(collected, "scaled"),
               "It has 320 x 480 pixels, but 12 others have 640 x 480 pixels: it is scaled, cropped or from another "
               "camera.");
@@ -122,8 +123,9 @@ TEST(PhotographObservations, sayOnceThatAPatternIsShownTwice) {
     const auto collected = collectObservations({photograph("a", readings), photograph("b", readings)}, target, false);
     EXPECT_EQ(collected.observations.sightings.size(), 2U);
     ASSERT_EQ(collected.notices.size(), 1U) << collected.notices.back();
-    EXPECT_EQ(collected.notices[0],
-              "2 photographs also show pattern 0 in 2 places, so it is not known which of them is meant. This is ignored.");
+    EXPECT_EQ(
+        collected.notices[0],
+        "2 photographs also show pattern 0 in 2 places, so it is not known which of them is meant. This is ignored.");
 }
 
 TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
@@ -145,7 +147,7 @@ TEST(PhotographObservations, takeFlexiblePatternsFromTheFilesThatWereGiven) {
                              photograph("b", {reading(PatternKind::Plane, -1, {49, 20}, {53, 21})})},
                             target, false);
     const Observations &observations = collected.observations;
-    ASSERT_EQ(observations.prints.size(), 1U) << "the piece that is seen";
+    ASSERT_EQ(observations.prints.size(), 1U) << "only the part that is seen";
     const SeenCorner corner = observations.sightings.at(0).corners.back();
     EXPECT_EQ(observations.prints[0].points[size_t(corner.point)], Eigen::Vector2d(62, 4));
     EXPECT_EQ(reasonFor(collected, "b"), "It shows the Flexible pattern, which is not among the given patterns.");
@@ -197,10 +199,10 @@ TEST(PhotographObservations, tellPlatesApartByTheirOffsets) {
     EXPECT_EQ(two.observations.prints[0].name, "the plate");
     EXPECT_EQ(two.observations.prints[1].name, "the plate (2)");
     EXPECT_EQ(two.observations.prints[1].points[0] - two.observations.prints[0].points[0], Eigen::Vector2d(270, 0));
-    EXPECT_EQ(reasonFor(two, "c"), "It shows the plate, which may be any of several of the patterns.");
+    EXPECT_EQ(reasonFor(two, "c"), "It shows the plate, which fits more than one of the patterns.");
 }
 
-TEST(PhotographObservations, takeTheGridSpacingOfMostBlocksAndOnlyMeasuredCorners) {
+TEST(PhotographObservations, takeTheGridSpacingThatMostBlocksStateAndOnlyMeasuredCorners) {
     PatternReading partly = tile(3, 12);
     partly.corners[0].sigma = 0;  // this corner could not be measured
     const auto collected = collectObservations({photograph("a", {tile(3, 16)}), photograph("b", {partly}),
@@ -231,9 +233,11 @@ TEST(PhotographObservations, takeTheLargestOfSeveralPlainBoards) {
         {photograph("texture", {texture, board}), photograph("two", {board, other})}, target, false);
     ASSERT_EQ(collected.observations.sightings.size(), 1U);
     EXPECT_EQ(collected.observations.sightings[0].corners[0].image, Eigen::Vector2d(10, 10));
-    EXPECT_EQ(reasonFor(collected, "two"), "It shows the board in 2 places, so it is not known which of them is meant.");
+    EXPECT_EQ(reasonFor(collected, "two"),
+              "It shows the board in 2 places, so it is not known which of them is meant.");
     ASSERT_EQ(collected.notices.size(), 1U);
-    EXPECT_EQ(collected.notices[0].find("The board looks the same after a turn"), 0U) << "half a turn";
+    EXPECT_EQ(collected.notices[0].find("The board looks the same after a turn"), 0U)
+        << "a board that looks the same after half a turn";
 }
 
 TEST(PhotographObservations, linkTheCamerasOfARigAndLeaveOutThoseThatSawNothing) {
@@ -256,7 +260,8 @@ TEST(PhotographObservations, linkTheCamerasOfARigAndLeaveOutThoseThatSawNothing)
     for (const Photograph &one : observations.photographs) {
         taken.emplace_back(one.camera, one.moment);
     }
-    // Moments are numbered from 0 in the order in which they appear: left/8, left/9, and right/7 alone.
+    // Moments are numbered from 0 in the order in which they appear. Moments 0 and 1 are those of left/8 and left/9.
+    // Moment 2 is that of right/7, because only this camera saw the pattern then.
     EXPECT_EQ(taken, (std::vector<std::pair<int, int>>{{0, 0}, {0, 1}, {1, 2}, {1, 0}, {1, 1}}));
     EXPECT_EQ(observations.moments, 3);
     ASSERT_EQ(collected.notices.size(), 1U);

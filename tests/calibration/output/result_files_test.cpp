@@ -1,5 +1,5 @@
-// Parses the texts of the result files, with OpenCV or with code of this test. With the numbers in the files, points
-// must be projected to the same pixels and have the same places as in the calibration.
+// Parses the texts of the result files, with OpenCV or with code of this test. The numbers in the files must project
+// points to the same pixels as the calibration does, and must put the corners in the same places.
 #include "calibration/output/result_files.h"
 
 #include <gtest/gtest.h>
@@ -63,7 +63,7 @@ Calibration makeCalibration(LensModel lens) {
     return calibration;
 }
 
-// True if a number has an exponent but no decimal point. YAML 1.1 takes such a number for a string.
+// True if a number has an exponent but no decimal point. A YAML 1.1 parser reads such a number as a string.
 bool hasExponentWithoutPoint(const std::string &yaml) {
     for (const char *at = yaml.c_str(); (at = std::strpbrk(at, " [")) != nullptr;) {
         ++at;
@@ -155,7 +155,7 @@ TEST_P(LensFiles, projectAsTheCalibrationDoes) {
     const size_t omitted = size_t(row.ros == nullptr) + size_t(row.mrcal == nullptr) + size_t(!row.hasKalibr) +
                            size_t(row.colmap == nullptr);
     EXPECT_EQ(files.omissions.size(), omitted + 1)
-        << "one more: the right camera has a fisheye lens, which the format of mrcal does not have";
+        << "one more omission: the right camera has a fisheye lens, and the format of mrcal has no model for it";
 
     cv::FileStorage opencv(fileOf(files, "left.opencv.yaml"), cv::FileStorage::READ | cv::FileStorage::MEMORY);
     cv::Mat matrix;

@@ -172,7 +172,7 @@ TEST(CalibrationFile, projectsEveryCornerWhereItWasSeen) {
     }
 }
 
-TEST(CalibrationFile, givesThePosesOfARigFromItsFirstCamera) {
+TEST(CalibrationFile, givesThePosesOfARigRelativeToItsFirstCamera) {
     const json file = json::parse(calibrationJson(makeRig(), {}));
     const cv::Vec3d point(30, -20, 10);
     for (size_t camera = 0; camera < 3; camera++) {
@@ -372,7 +372,7 @@ TEST(AssemblyFile, placesEveryCornerInTheAxesOfThreeCorners) {
             const cv::Vec3d place(point[2], point[3], point[4]);
             EXPECT_LT(cv::norm(commonFromPrint * vectorOf(onPrint), place), 5e-6);
             EXPECT_EQ(point[5], 0.01 * double(print + 1));
-            // The new axes keep the distances from the corner that is their origin.
+            // The new axes do not change the distance between a corner and the corner that is the origin.
             EXPECT_NEAR(cv::norm(place), ((world * onPrint) - origin).norm(), 5e-6);
         }
     }
@@ -380,7 +380,7 @@ TEST(AssemblyFile, placesEveryCornerInTheAxesOfThreeCorners) {
     EXPECT_THROW(assemblyJson(calibration, notes), std::invalid_argument) << "three corners on one line define no axes";
 }
 
-TEST(AssemblyFile, hasAMeshWhoseFacesShowTheirPrintedSides) {
+TEST(AssemblyFile, hasAMeshWhoseFaceNormalsPointOutOfThePrintedSides) {
     Calibration calibration = makeRig();
     calibration.observations.cameras[2].name = "c";
     std::istringstream ply(fileOf(resultFiles(calibration, {}), "assembly.ply"));

@@ -169,6 +169,12 @@ TEST(ReportNumbers, ofTheRigAndThePrintsAreThoseOfTheCalibration) {
     EXPECT_EQ(flat.value(2), "100.000 (fixed)");
     EXPECT_EQ(flat.value(5), "0 (flat)");
     EXPECT_EQ(flat.value(6), "The photographs do not determine its scale or x:y.");
+
+    // A number that was free is not called fixed, even if its covariance is not known.
+    calibration.freedom.shapes[0].push_back(PrintShape::scale);
+    const QString others = QString::fromStdString(reportPage(calibration));
+    const std::string otherShapes = others.mid(others.indexOf("How the prints differ")).toStdString();
+    EXPECT_EQ(rowOf(otherShapes, {"sheet 3", "3"}).value(2), "100.000");
 }
 
 TEST(ReportNumbers, ofPhotographsCountOnlyTheUsedCorners) {
