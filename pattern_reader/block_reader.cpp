@@ -32,9 +32,10 @@ PatternValues valuesOf(const pattern_code::BlockContent &content) {
 
 namespace {
 
-// All blocks of one kind. They are stored as a first block and a list of differences (XOR). The code is linear. So if
-// the differences of all free bits of the content can be combined from the list, every block of the kind is the first
-// block combined with some of the differences by XOR.
+// All blocks of one kind, stored as a first block and a list of differences (XOR) from it. Because the code is linear,
+// flipping one bit of the content always changes the same bits of the block. For every bit of the content that is free
+// in this kind, this change must be in the list or be the XOR of several differences in the list. Then every block of
+// the kind is the XOR of the first block and some of the differences.
 struct BlockFamily {
     std::uint64_t first = 0;
     std::vector<std::uint64_t> differences;

@@ -28,10 +28,10 @@ SeenBlock blockOfTile(const std::vector<SquareReading> &readings, const LatticeM
 void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, PatternReading &reading);
 
 // How well the visible bits of a plate's block agree with the most similar valid block. Plates have two kinds of valid
-// blocks: with spacing and thickness, and with an offset. Consider the valid blocks of the same kind as the most
-// similar one. In these, only some of the visible bits can be chosen freely; the others follow from them. `checks` is
-// the number of these others. So random bits agree completely with some valid block of this kind with the probability
-// 2^-checks.
+// blocks: with spacing and thickness, and with an offset. In the valid blocks of one kind, some of the visible bits can
+// have any values, and the other visible bits follow from these. `checks` is the number of visible bits that follow,
+// for the kind of the most similar block. So random bits agree completely with some valid block of this kind with the
+// probability 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 

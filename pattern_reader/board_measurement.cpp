@@ -47,8 +47,8 @@ int rarerKind(const std::vector<SquareReading> &marks) {
     return std::min(marked, unmarked);
 }
 
-// The patterns' code marks about half of the squares. If at least three in ten squares are certainly marked, and at
-// least three in ten certainly unmarked, the blur is taken to be right.
+// About half of the squares of a coded pattern are marked. If at least three in ten squares are certainly marked, and
+// at least three in ten certainly unmarked, the blur is taken to be right.
 bool isDivided(const std::vector<SquareReading> &marks) {
     return rarerKind(marks) * 10 >= int(marks.size()) * 3;
 }
@@ -68,8 +68,8 @@ CornerLattice middlePart(const CornerLattice &lattice) {
     return part;
 }
 
-// Returns the blur with which the squares in the middle of the lattice divide best into marked and unmarked ones. Empty
-// if no blur makes at least `leastRarer` squares of each kind certain.
+// Tries several blurs on the middle part of the lattice, and returns the blur with the greatest rarerKind(). Empty
+// if rarerKind() is less than `leastRarer` with every blur.
 std::optional<float> dividingBlur(const std::vector<ImageLevel> &levels, const CornerLattice &lattice) {
     constexpr std::array<float, 6> blurs{0.45F, 0.55F, 0.7F, 0.85F, 1.05F, 1.3F};  // pixels
     constexpr int leastRarer = 4;

@@ -1,9 +1,9 @@
 // Measures a lattice's corners and reads the marks of its squares.
 //
 // If squares are only a few pixels large, the pixels around a corner hardly distinguish strong blur with strong
-// contrast from weak blur with weak contrast, so the measured blur may be wrong. Then nearly all squares look marked,
-// or nearly none does, although a code marks about half of them. If this happens, several blurs are tried, and the one
-// with which the squares divide best into marked and unmarked ones is used.
+// contrast from weak blur with weak contrast, so the measured blur may be wrong. If it is wrong, nearly all squares
+// look marked, or nearly all look unmarked, although a code marks about half of them. If this happens, several blurs
+// are tried. The blur that divides the squares most evenly into marked and unmarked ones is used.
 #pragma once
 
 #include <vector>

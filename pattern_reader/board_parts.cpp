@@ -9,7 +9,8 @@ namespace pattern_reader {
 
 namespace {
 
-// Returns the reading's corners as a lattice. The cell of a corner is its place in the lattice of the code.
+// Returns the reading's corners as a lattice. The cell of a corner is its place in the plane or tile of the position
+// code.
 CornerLattice latticeOf(const PatternReading &reading) {
     CornerLattice lattice;
     lattice.originLight = !reading.evenSquaresDark;

@@ -15,9 +15,10 @@ namespace pattern_reader {
 // Reads a lattice: removes and adds corners, and determines which board it is. Empty if it is not a coded board.
 using ReadLattice = std::function<std::optional<PatternReading>(CornerLattice &lattice)>;
 
-// Joins the readings that are parts of the same board into one, by reading their corners together. If that does not
-// give this board, or gives fewer corners than the larger part has, the larger part only gets the corners that it
-// lacks. The result contains a lattice point only once, even if several parts have it.
+// Joins the readings that are parts of the same board, two at a time, by calling `read` with the corners of both parts.
+// If `read` fails, gives a different board, or gives fewer corners than the larger part has, the reading of the larger
+// part is kept, and the corners that only the smaller part has are added to it. The result contains a lattice point
+// only once, even if several parts have it.
 void joinParts(std::vector<PatternReading> &readings, const ReadLattice &read);
 
 }  // namespace pattern_reader

@@ -30,7 +30,8 @@ PatternReading describe(const CornerLattice &lattice, const LatticeMotion &motio
     std::sort(reading.corners.begin(), reading.corners.end(), [](const PatternCorner &a, const PatternCorner &b) {
         return a.lattice.y != b.lattice.y ? a.lattice.y < b.lattice.y : a.lattice.x < b.lattice.x;
     });
-    // The direction of the x axis is that of the sum of all steps between neighbours along it.
+    // Adds up the steps in the image from each corner to its neighbour in the direction of x. The direction of the sum
+    // is taken as the direction of the x axis.
     cv::Point2f along;
     cv::Point low(1 << 20, 1 << 20);
     for (size_t i = 0; i < reading.corners.size(); i++) {

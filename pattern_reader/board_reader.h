@@ -1,4 +1,5 @@
-// Determines what a lattice of corners is: a tile, a part of the plane, or a plain board of a known size.
+// Determines what a lattice of corners is: a tile of the position code, a part of the position code's plane, or a plain
+// board of a known size.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -37,8 +37,8 @@ public:
         }
     }
 
-    // Adds prior knowledge: the sum of factor * parameter over both parameters is `error` below its expected value. If
-    // both parameters are the same, it is counted once, with the first factor.
+    // Adds prior knowledge: firstFactor * first + secondFactor * second is less than its expected value by `error`. If
+    // `first` and `second` are the same parameter, the knowledge is only about firstFactor * first.
     void add(Window::Parameter first, double firstFactor, Window::Parameter second, double secondFactor, double error,
              double weight) {
         const size_t i = indexOf(first);
@@ -176,7 +176,7 @@ bool fitCorner(const cv::Mat &picture, const CornerBorders &borders, float radiu
         fit.middle = 0;
     }
     // If only the position is fitted in a large window, the fit ends after the first fairly short step. Otherwise it
-    // ends only after a very short step. In a small window, a fit that ends earlier more often has a wrong position.
+    // ends only after a very short step. In a small window, ending earlier would more often give a wrong position.
     const double enough = free == CornerParameters::Position && radius > 2.5F ? 0.15 : 0.004;
     Window window;
     Step last{};

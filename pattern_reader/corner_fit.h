@@ -31,7 +31,7 @@ struct CornerFit {
     cv::Point2f position;
     float middle = 0;
     float amplitude = 0;         // positive if the area between axis 0 and axis 1 is light
-    float blur = 1;              // standard deviation in pixels, the pixel's own area included
+    float blur = 1;              // standard deviation in pixels, including the averaging over a pixel's area
     cv::Point2f middleSlope;     // grey levels per pixel
     cv::Point2f amplitudeSlope;  // grey levels per pixel
     float residual = 0;          // root mean square of all errors, grey levels

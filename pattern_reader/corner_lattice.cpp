@@ -149,8 +149,9 @@ float CornerLattice::spacingAt(cv::Point cell) const {
     return shortest;
 }
 
-// Finds the step along one axis from a pair of corners. The order of preference is: a pair with one corner on each side
-// of the cell, a pair on one side of it (which may include the cell itself), a pair in a neighbouring line.
+// Estimates the lattice step at a cell along one axis from the positions of two corners. These pairs of corners are
+// tried in this order: one corner on each side of the cell; the cell's own corner and a neighbour; two corners on the
+// same side of the cell; two corners in a neighbouring line that is parallel to the axis.
 bool CornerLattice::stepAlong(cv::Point cell, cv::Point step, cv::Point2f &length) const {
     const auto between = [&](cv::Point from, cv::Point to, float share) {
         const LatticeCorner *a = at(from);

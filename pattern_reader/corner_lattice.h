@@ -1,8 +1,8 @@
 // The corners of a checkerboard or of a part of one, each with its column and row in a lattice.
 //
 // Axes: column steps go along axis 0, and row steps go along axis 1. In the image (x right, y down), the turn from axis
-// 0 to axis 1 is always clockwise, even if the image shows the board mirrored. Otherwise, the origin and the directions
-// of the axes are arbitrary. Positions are image coordinates.
+// 0 to axis 1 is always clockwise, even if the image shows the board mirrored. Apart from this rule, the origin and the
+// directions of the axes are arbitrary. Positions are image coordinates.
 #pragma once
 
 #include <array>
@@ -24,8 +24,8 @@ struct LatticeCorner {
 
 class CornerLattice {
 public:
-    // Cells run from `-reach` to `reach` in both directions. That is enough for the whole code plane, with its
-    // 271 x 271 corners, whichever of them is found first.
+    // Cells run from `-reach` to `reach` in both directions. That is enough for all 271 x 271 corners of the position
+    // code's plane, whichever of these corners has the cell (0, 0).
     static constexpr int reach = 300;
 
     // True if the square between the corners (0, 0) and (1, 1) is light. Colours alternate from there.
@@ -49,7 +49,9 @@ public:
     // Predicts, from pairs of neighbours on opposite sides, the position of a corner that the lattice has. False if
     // there is no such pair.
     bool interpolate(cv::Point cell, cv::Point2f &position) const;
-    // The length of the shortest lattice step at a cell, in pixels; 0 if the cell has no neighbours that show a step.
+    // The length of the shortest lattice step at a cell, in pixels. If the cell has a corner, the steps from this
+    // corner to its neighbours are compared. If the cell has no corner, the steps from its neighbours to the corners
+    // one cell farther out are compared. 0 if there are no such steps.
     float spacingAt(cv::Point cell) const;
     // Estimates the column step and the row step at a cell from the corners around it. The cell itself may lack a
     // corner. Empty if the corners do not determine both steps.

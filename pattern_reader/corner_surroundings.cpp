@@ -10,8 +10,8 @@ namespace {
 
 const std::array<cv::Point, 2> axes{cv::Point(1, 0), cv::Point(0, 1)};
 
-// A border as a parabola through a corner. The point t lattice steps along the border is at step * t + curve * t²,
-// relative to the corner.
+// A border as a parabola through a corner. After t lattice steps from the corner, the border is at
+// step * t + curve * t², relative to the corner.
 struct Parabola {
     cv::Point2f step, curve;
 };
@@ -53,8 +53,8 @@ Parabola oneSidedParabola(const CornerLattice &lattice, const LatticeCorner &cor
 }
 
 // Sets the lattice step through a corner along one axis, and the bend, which is half the curvature of the border. The
-// bend is positive if the border bends to the clockwise side of the step. False if the corner has no neighbour along
-// the axis.
+// bend is positive if the border, followed in the direction of the step, turns clockwise in the image. False if the
+// corner has no neighbour along the axis.
 bool stepThrough(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step, cv::Point2f &direction,
                  float &bend) {
     const bool before = lattice.at(corner.cell - step) != nullptr;

@@ -27,15 +27,16 @@ public:
     // Keeps a reference to the lattice. Corners of the lattice may later be moved or added.
     explicit CornerSurroundings(const CornerLattice &board) : lattice(board) {}
 
-    // The borders through a corner, in image pixels. If the corner has no neighbour along an axis, the step comes from
-    // a homography fitted to up to 100 corners spread over the lattice. Empty if that does not give a step either.
+    // The borders through a corner, in image pixels. If the corner has no neighbour along an axis, the border's step
+    // along this axis is computed from a homography, which is fitted to up to 100 corners spread over the lattice.
+    // Empty if the homography does not give a step either.
     std::optional<CornerBorders> bordersOf(const LatticeCorner &corner) const;
     // Like bordersOf, but empty if the corner has no neighbour along an axis. The corner itself need not be part of the
     // lattice.
     std::optional<CornerBorders> bordersByNeighbours(const LatticeCorner &corner) const;
-    // Returns how much the fitted levels around a corner typically differ from a plane, in grey levels: the median over
-    // one of every `stride` corners, but at least 0.05. It is 1 if no corner has enough fits around it. fits[i] is the
-    // fit of the lattice's corner i.
+    // Returns how much the fitted levels around a corner typically differ from a plane, in grey levels. This is the
+    // median over every stride-th corner of the lattice, but at least 0.05. It is 1 if none of these corners has enough
+    // fits around it. fits[i] is the fit of the lattice's corner i.
     float lightScatter(const std::vector<CornerFit> &fits, size_t stride) const;
     // Estimates, from the fits around a corner, how much the levels change over one step along each axis. If there are
     // too few fits, the changes are 0 with a large deviation. `scatter` is the result of lightScatter.

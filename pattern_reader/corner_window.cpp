@@ -80,9 +80,9 @@ public:
           mark0(borders.marks[0]),
           mark1(borders.marks[1]),
           reach(greatestDistance) {
-        // In each square at the checkerboard's corner, the nearest corner of the mark affects pixels up to a distance
-        // of about twice the blur. In small squares, too few pixels would remain if all of these were left out, so some
-        // of them are taken.
+        // Four squares meet at the fitted corner. If a square has a mark, the part of the mark that is nearest to the
+        // fitted corner affects pixels up to a distance of about twice the blur. In small squares, too few pixels would
+        // remain if all affected pixels were left out, so some of them are taken.
         const float glow = std::min(2 * blur, 0.6F * std::min(mark0, mark1));
         squaredGlow = 4 * glow * glow;
     }
@@ -141,7 +141,9 @@ bool CornerWindow::gather(const cv::Mat &picture, const CornerBorders &borders, 
     const PixelChoice choice(borders, fit.blur, reach);
     const cv::Point middle = pixelAt(fit.position);
     const int side = int(radius);
-    constexpr size_t together = 4;  // rows are padded to a multiple of this, so that the loop of inRow has no rest
+    // The number of pixels that inRow processes is rounded up to a multiple of this, so that every step of inRow's
+    // vectorised loop is full.
+    constexpr size_t together = 4;
     constexpr size_t longestRow = 2 * size_t(largestRadius) + 1;
     std::array<int, (longestRow + together - 1) / together * together> taken{};
     pixelCount = 0;

@@ -45,15 +45,17 @@ float borderContrast(const ImageLevel &level, const CornerLattice &lattice, cons
     const cv::Point step = to.cell - from.cell;
     const cv::Point2f a = level.fromImage(from.position);
     const cv::Point2f b = level.fromImage(to.position);
-    // The direction across the border is that of the other axis. In a sheared lattice, the direction at a right angle
-    // to the border could lead into the mark of the next square.
+    // The border runs along one axis of the lattice. If the lattice steps are known here, `across` runs along the other
+    // axis. In a sheared lattice, a direction at a right angle to the border could lead into the mark of the next
+    // square.
     cv::Point2f across(a.y - b.y, b.x - a.x);
     if (const std::optional<LatticeSteps> steps = lattice.stepsAt(from.cell)) {
         across = (step.x != 0 ? steps->row : -steps->column) * (float(step.x + step.y) / level.scale());
     }
     across *= 0.22F;
     const cv::Point2f middle = (a + b) / 2;
-    // The top-left corner of the square on the clockwise side of the step.
+    // The square to the right of the step, for an observer who looks along the step. It is given by its top-left
+    // corner.
     const cv::Point square = step.x == 1    ? from.cell
                              : step.y == 1  ? from.cell + cv::Point(-1, 0)
                              : step.x == -1 ? from.cell + cv::Point(-1, -1)

@@ -9,8 +9,8 @@
 namespace pattern_reader {
 
 // Removes corners that are out of line with their neighbours. Then looks for missing corners inside and around the
-// lattice, in the pyramid level that suits the local spacing, until no more are found. Finally removes corners that are
-// out of line once more.
+// lattice, in the pyramid level that suits the local spacing, until no more are found. Finally, once more removes
+// corners that are out of line.
 void completeLattice(CornerLattice &lattice, const std::vector<ImageLevel> &levels);
 
 }  // namespace pattern_reader

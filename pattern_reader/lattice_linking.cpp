@@ -28,8 +28,8 @@ public:
     // `used` marks the saddles that were placed in earlier lattices. They are ignored here, and the saddles of this
     // lattice are marked too. All lattices share the vector `cornerOf`, because a new vector for each of many small
     // lattices would take time in proportion to the number of all saddles. While withoutContradiction runs, `cornerOf`
-    // has the index in `members` of each placed saddle. All other values are -1, and so are all values at any other
-    // time.
+    // maps each saddle in `members` to its index there, and all other saddles to -1. At all other times, all values of
+    // `cornerOf` are -1.
     LatticeGrowth(const std::vector<LinkedSaddle> &saddles, std::vector<bool> &used, std::vector<int> &cornerOf)
         : linkedSaddles(saddles), usedSaddles(used), cornerNumbers(cornerOf) {}
 

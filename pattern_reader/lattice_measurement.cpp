@@ -134,7 +134,9 @@ private:
     float boardBlur = 1;          // image pixels
     float blurTolerance = 0.25F;  // standard deviation of the corners' blur, relative to the board's blur
     float boardNoise = 1;         // standard deviation of one pixel in the best level, grey levels
-    float lightScatter = 1;  // how much the levels fitted at the corners typically differ from a plane, grey levels
+    // Typical difference between the grey levels that were fitted at neighbouring corners and a plane fitted to
+    // these levels, in grey levels (see CornerSurroundings::lightScatter).
+    float lightScatter = 1;
 };
 
 float CornerMeasurement::typicalStep() const {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t piecesTried = 16;       // only this many of the largest lattices are tried
 constexpr size_t leastBase = 12;         // fewest corners of a lattice that is extrapolated
-constexpr size_t cornersCarriedOn = 80;  // greatest number of corners from which a lattice is extrapolated
+constexpr size_t cornersCarriedOn = 80;  // a lattice is extrapolated from at most this many of its corners
 constexpr float latticeReach = 0.4F;     // greatest distance of a corner from its lattice point, lattice steps
 
 cv::Point2d transform(const cv::Matx33d &h, cv::Point2f p) {
@@ -88,7 +88,8 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        // A corner that is already in both lattices fits like any other, because both found it at about the same place.
+        // A corner that both lattices contain is treated like any other. Both lattices found it at about the same
+        // place, so it lies close to its lattice point.
         const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
         off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;
     }
@@ -147,8 +148,8 @@ bool continues(const CornerLattice &base, const CornerLattice &piece) {
     constexpr size_t compared = 20;
     const std::vector<LatticeCorner> others = closestTo(middleOf(near), piece, compared);
     const auto fits = std::count_if(others.begin(), others.end(), [&](const LatticeCorner &corner) {
-        // The number of cells by which the corner lies outside the part of the base that is extrapolated, along each
-        // axis.
+        // How many cells the corner lies outside `extent` along each axis; zero or negative if it is inside. `extent`
+        // contains the corners from which the base is extrapolated.
         const int across = std::max(extent.x - corner.cell.x, corner.cell.x - extent.br().x + 1);
         const int down = std::max(extent.y - corner.cell.y, corner.cell.y - extent.br().y + 1);
         const double allowed = 0.4 + 0.06 * std::max({across, down, 0});

@@ -12,7 +12,8 @@ namespace {
 
 constexpr float leastCertainty = 0.3F;
 
-// True if a square's mark agrees with the code. Empty if the square carries no code or its reading is not certain.
+// True if a square is read as the position code requires: as marked, or as unmarked. Empty if the code has no bit for
+// the square, if the reading is not certain, or if the square may be a cover.
 std::optional<bool> agreement(const SquareReading &reading, const Place &place) {
     bool expected = false;
     if (reading.certainty < leastCertainty || reading.maybeCover ||
@@ -26,7 +27,8 @@ std::array<cv::Point, 4> cornersOf(cv::Point square) {
     return {square, square + cv::Point(1, 0), square + cv::Point(0, 1), square + cv::Point(1, 1)};
 }
 
-// Returns, for each corner, true if, of the squares around it, more than twice as many agree with the code as disagree.
+// Returns one value for each corner: true if the squares around the corner that agree with the code are more than twice
+// as many as those that disagree.
 std::vector<bool> agreeingCorners(const CornerLattice &lattice, const std::vector<SquareReading> &marks,
                                   const Place &place) {
     std::vector<int> votes(lattice.corners.size(), 0);
@@ -87,9 +89,9 @@ std::optional<float> distanceFromTrusted(const CornerLattice &lattice, const Lat
     return LatticeSteps{row(1), row(2)}.count(row(0));
 }
 
-// True if a corner is within a fifth of a lattice step of the position that the trusted corners predict. This limit
-// rejects a corner of a mark that was mistaken for a corner of the lattice: it is a third of a step away from the
-// predicted position along both axes.
+// True if a corner is within a fifth of a lattice step of the position that the trusted corners predict. A corner of
+// a mark can be mistaken for a corner of the lattice. This limit rejects such a corner, because it is a third of a step
+// away from the predicted position along both axes.
 bool isInLine(const CornerLattice &lattice, const LatticeCorner &corner, const std::vector<bool> &trusted) {
     constexpr float farthest = 0.2F;
     std::optional<float> distance;
@@ -146,8 +148,8 @@ void dropUnprovenPieces(CornerLattice &lattice, const std::vector<SquareReading>
     if (pieces < 2) {
         return;
     }
-    // The marks of a piece that does not belong here agree with the code only by chance. Ten squares all agree once in
-    // about a thousand cases. A square that disagrees cancels three that agree.
+    // If a piece is at a wrong place in the lattice, its squares agree with the code only by chance. Then ten squares
+    // all agree once in about a thousand cases. A square that disagrees cancels three that agree.
     constexpr int proof = 10;
     std::vector<int> score(size_t(pieces), 0);
     for (const SquareReading &reading : marks) {

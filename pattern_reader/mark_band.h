@@ -10,9 +10,9 @@
 namespace pattern_reader {
 
 // The pixels between two ellipses with a mark's shape. They include the pixels that the mark's border affects, and a
-// part of the plain area on each side of the border, but nothing more than 1.75 radii from the centre. The plain areas
-// show the slope of the light. If the shorter radius of the mark is at least 5 pixels, the plain areas are taken only
-// from every third row.
+// part of the plain area on each side of the border. Pixels farther than 1.75 radii from the centre are left out. The
+// plain areas show the slope of the light. If the shorter radius of the mark is at least 5 pixels, the plain areas are
+// taken only from every third row.
 class MarkBand {
 public:
     explicit MarkBand(const MarkFit &fit);
@@ -54,8 +54,9 @@ private:
 
     cv::Point2d centre;
     cv::Matx22d shape;
-    // Distances in radii of the mark. On each side of the border, the affected pixels reach as far as `border`, and the
-    // plain areas as far as `plain`. Points up to `needed` from the centre must be inside the picture.
+    // Distances in radii of the mark. `border` and `plain` are measured from the mark's border, to both sides. Pixels
+    // up to `border` are affected by the mark's border, and the plain areas extend from there to `plain`. `needed` is
+    // measured from the mark's centre: all points up to this distance must be inside the picture.
     double border = 0;
     double plain = 0;
     double needed = 0;

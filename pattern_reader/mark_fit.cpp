@@ -12,7 +12,7 @@ namespace pattern_reader {
 
 namespace {
 
-// The unknowns of every fit, up to `plainUnknowns`, and then those that a reflection adds.
+// The unknowns before `plainUnknowns` belong to every fit. The others are added for a fit with a reflection.
 enum Unknown : size_t {
     light,
     dark,
@@ -277,7 +277,7 @@ bool isEllipse(const MarkFit &fit) {
     return determinant > 0 && fit.toUnit(0, 0) > 0 && fit.shortRadius() > 0.7;
 }
 
-// Fits the mark in at most `steps` steps. False in the cases that fitMark names.
+// Fits the mark in at most `steps` steps. False in the same cases as fitMark (see mark_fit.h).
 template <size_t unknowns>
 bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
     const cv::Point2d start = fit.centre;
@@ -300,8 +300,8 @@ bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
         if (!isEllipse(fit) || !(std::hypot(moved.x, moved.y) < reach) || fit.blur > 2 * fit.longRadius()) {
             return false;
         }
-        // Convergence is quadratic: the next step would be shorter than this one by about the factor step / blur. So
-        // after a step this short, no further one is needed.
+        // Convergence is quadratic: the ratio of the next step to this one would be about as small as the ratio of this
+        // step to the blur. So no further step is needed if this step is much shorter than the blur.
         if (std::hypot(step[centreX], step[centreY]) < 0.03 * fit.blur && std::abs(step[blurWidth]) < 0.1 * fit.blur) {
             break;
         }

@@ -20,7 +20,7 @@ struct MarkFit {
     double dark = 0;
     cv::Vec2d slope{0, 0};               // relative change of light per pixel
     std::array<double, 5> reflection{};  // coefficients of x, y, x², xy, y²
-    double blur = 0.7;                   // standard deviation in pixels, the pixel's own area included
+    double blur = 0.7;                   // standard deviation in pixels, including the averaging over a pixel's area
     double residual = 0;                 // root mean square, grey levels
     double sigma = 0;                    // standard deviation of the centre along one axis, pixels
     size_t pixels = 0;                   // number of pixels compared with the model

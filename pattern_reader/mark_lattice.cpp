@@ -74,8 +74,8 @@ private:
 };
 
 // Sets `a` and `b` to the steps, in pixels, from a seed to the next marks along both axes. Step `a` leads to a mark of
-// similar size whose distance on the plate is about the pitch. Step `b` is at a right angle to it on the plate. False
-// if there is no such mark.
+// similar size whose distance on the plate is about the pitch. Returns false if there is no such mark. Step `b` is
+// computed: on the plate, it is as long as step `a` and at a right angle to step `a`.
 bool findAxes(const std::vector<RoundMark> &marks, const FreeMarks &freeMarks, size_t seed, cv::Point2f &a,
               cv::Point2f &b) {
     const RoundMark &here = marks[seed];

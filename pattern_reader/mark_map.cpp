@@ -49,13 +49,13 @@ cv::Point2d project(const cv::Matx33d &map, cv::Point2d p) {
     return {v[0] / v[2], v[1] / v[2]};
 }
 
-// In the bend's terms, lengths are divided by this unit (in cells), so that all terms have about the same size in a
-// neighbourhood.
+// The bend is a polynomial with the terms x^i y^j. There, x and y are distances from the neighbourhood's middle,
+// divided by this unit (in cells), so that all terms have about the same size in a neighbourhood.
 constexpr double unit = reach;
 
-// Returns the values of the bend's terms x^i y^j at `p`, sorted by i + j. If byX or byY is above 0, returns the values
-// of the terms' derivatives instead: byX times with respect to x and byY times with respect to y. `p` is in cells; x
-// and y are in the unit above.
+// Returns the values of the bend's terms x^i y^j at `p`, sorted by i + j. If byX or byY is above 0, every term is first
+// differentiated: byX times with respect to x and byY times with respect to y. `p` is in cells; x and y are in the unit
+// above.
 MarkMap::Terms derivatives(cv::Point2d p, int byX, int byY) {
     const auto powers = [](double v, int times) {
         std::array<double, MarkMap::bendOrder + 1> all{};
@@ -108,8 +108,9 @@ std::array<cv::Vec2d, 3> MarkMap::Neighbourhood::curvatureAt(cv::Point2d cell) c
 }
 
 // Fits the homography of a plane by weighted least squares, in a few rounds. In each round, a mark's weight depends on
-// its error in the previous round. It also depends on the mark's distance from the camera, so that the errors whose
-// squares are minimised are in pixels.
+// its error in the previous round. The linear equations contain a mark's error in pixels multiplied by the mark's
+// depth, which is 1 at the middle. So the weight is also divided by the square of the depth, as known from the previous
+// round. The errors whose squares are minimised are then in pixels.
 bool MarkMap::fitPlane(const std::vector<MappedMark> &marks, std::vector<double> &weights, Neighbourhood &here) {
     const cv::Point2d origin = marks.front().image;
     cv::Matx33d map;
@@ -263,9 +264,9 @@ cv::Point2d MarkMap::bentOffset(cv::Point2d cell, double radius) const {
     // The computation uses units in which the linear part of the map at the cell is the identity. In these units, the
     // quadratic part of the bend moves the circle's point at the angle t by radius² · (constant + cosine · cos(2t) +
     // sine · sin(2t)). The vectors `constant`, `cosine` and `sine` (below) follow from the bend's second derivatives
-    // xx, xy and yy. Only the component of this shift in the direction t, that is, outwards, changes the shape of the
-    // outline. `moved`, times radius², is the shift of the ellipse that fits the moved outline best. It follows from
-    // the terms of this component that are proportional to cos t and sin t.
+    // xx, xy and yy. Only the outward component of the point's shift, that is, its component in the direction t,
+    // changes the outline. `moved`, times radius², is the shift of the ellipse that fits the moved outline best.
+    // `moved` is computed from those terms of the outward component that are proportional to cos t and sin t.
     const cv::Matx22d steps = stepsAt(cell);
     const cv::Matx22d toCells = steps.inv();
     const std::array<cv::Vec2d, 3> curvature = here.curvatureAt(cell);

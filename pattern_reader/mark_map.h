@@ -23,10 +23,11 @@ public:
     MarkMap() = default;
     explicit MarkMap(const std::vector<MappedMark> &marks);
 
-    // False if there are too few marks, or marks on too few lines, to predict where other marks are.
+    // False if the marks do not determine the map, for example because they are too few or all lie on one line.
     bool isKnown() const { return !neighbourhoods.empty(); }
     cv::Point2d at(cv::Point2d cell) const;
-    // The steps in the picture for one cell along each axis, in pixels. Each column of the matrix has one step.
+    // Returns the vectors in the picture, in pixels, that belong to a step of one cell. Column 0 of the matrix is for a
+    // step along the lattice's x axis, and column 1 for a step along its y axis.
     cv::Matx22d stepsAt(cv::Point2d cell) const;
     // A circle around a cell, with its radius in cells, appears as an ellipse in the picture. Returns the vector, in
     // pixels, from the centre of the ellipse to the place where the circle's centre appears.

@@ -66,8 +66,9 @@ bool fitThroughLevels(const std::vector<ImageLevel> &levels, double usualBlur, F
             break;
         }
         fit = rescale(fit, levels[number], levels[number - 1]);
-        // rescale() has doubled the blur. In the finer level, it is really less than twice as many pixels: the part of
-        // it that comes from the area of a pixel is the same in every level.
+        // rescale() has doubled the blur in pixels. The real blur in the finer level is smaller than that. A part of
+        // the blur comes from the averaging over a pixel's area, and this part is the same number of pixels in every
+        // level.
         fit.blur = std::max(0.5, 0.8 * fit.blur);
     }
     mark.level = number;
@@ -242,8 +243,8 @@ double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv:
 // The standard deviation of a mark's position. It consists of the standard deviation of the fit and of errors that
 // noise does not explain:
 // - The model is not exactly what a camera sees.
-// - A bend in the picture of the plate moves the mark's centre away from the ellipse's centre. This offset is known to
-//   about seven per cent.
+// - The bend that a lens or curved paper causes moves the image of the mark's centre away from the centre of the
+//   fitted ellipse. This offset is known to about seven per cent.
 // - Where waves or creases bend the paper more than the map can follow, that offset is wrong by about a quarter of the
 //   marks' distance from the map.
 // - A disturbed mark may be wrong by its distance from the position that its neighbours predict.

@@ -1,6 +1,6 @@
-// Measures the marks of a plate. Each mark is fitted to the grey levels of the full picture. If it is blurred there, it
-// is fitted to those of a coarser pyramid level, in which its blur is one or two pixels. Then the marks are compared
-// with their neighbours, and those that disagree are left out.
+// Measures the marks of a plate. A blurred ellipse is fitted to each mark in the full picture. If a mark is large and
+// strongly blurred, the ellipse is fitted in a coarser level of the image pyramid, where the blur is about two pixels.
+// Then the marks are compared with their neighbours, and those that disagree are left out.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -13,9 +13,9 @@ namespace pattern_reader {
 
 struct MeasuredMark {
     cv::Point cell;
-    cv::Point2d centre;      // where the mark's centre is seen, which is not the centre of the ellipse
+    cv::Point2d centre;      // where the mark's centre is seen; not the same as the centre of the ellipse
     double sigma = 0;        // standard deviation along one axis, pixels
-    bool disturbed = false;  // looks worse than the other marks, as in PatternCorner
+    bool disturbed = false;  // looks worse than the other marks; copied to PatternCorner::disturbed
 };
 
 // `radius` is the drawn radius of the marks, in cells. The result is empty if too few marks can be measured.

@@ -8,9 +8,9 @@
 //   size that the options name.
 // In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down. Lattice
 //   coordinates are in lattice steps (half a grid spacing) in the pattern's own coordinate system, also with x to the
-//   right and y down. In a tile and in the plane, (x, y) is the top-left corner of the square in column x, row y. In a
-//   plate, (0, 0) is the frame's top-left outer corner, and the coordinates of the marks are the even numbers from 2 to
-//   14. In a plain board, the inner corners run from (1, 1) to (columns, rows).
+//   right and y down. In a tile and in the coded plane, (x, y) is the top-left corner of the square in column x, row y.
+//   In a plate, (0, 0) is the frame's top-left outer corner, and the coordinates of the marks are the even numbers from
+//   2 to 14. In a plain board, the inner corners run from (1, 1) to (columns, rows).
 // Uncertain results are left out: a pattern of which too little is visible gives no reading, and the values of an
 //   information block are absent if the block cannot be read beyond doubt.
 // Every function may be called from any thread at the same time. readPatterns throws std::invalid_argument if the image
@@ -31,7 +31,7 @@ namespace pattern_reader {
 constexpr long maximumPixels = 150L * 1000 * 1000;
 
 enum class PatternKind {
-    Plane,  // a part of the plane: a Flexible pattern
+    Plane,  // a Flexible pattern: a part of one large coded plane
     Tile,   // an Official or Custom pattern, or one of an assembly
     Plate,  // a plate with 7 × 7 round marks
     Board,  // a plain checkerboard of the size given in the options

@@ -14,7 +14,7 @@ namespace {
 // megabyte.
 constexpr std::size_t greatestSize = 100'000'000;
 
-// The whole number that follows a key after any number of blanks; 0 if there is none.
+// Returns the integer that follows a key. Spaces may lie between them. Returns 0 if no integer follows the key.
 std::size_t numberAfter(std::string_view dictionary, std::string_view key) {
     const std::size_t place = dictionary.find(key);
     std::size_t number = 0;
@@ -29,7 +29,7 @@ std::size_t numberAfter(std::string_view dictionary, std::string_view key) {
 }  // namespace
 
 std::string attachedPattern(std::string_view pdf) {
-    const std::runtime_error none("it has no attachment pattern.json that the camera library made");
+    const std::runtime_error none(R"(it has no attachment "pattern.json" from the camera library)");
     const std::size_t type = pdf.find("/Type /EmbeddedFile ");
     const std::size_t start = type == std::string_view::npos ? type : pdf.find("stream\n", type);
     if (start == std::string_view::npos) {

@@ -3,7 +3,7 @@
 // intact.
 //
 // Each function reads from a seekable stream. The stream's current position does not matter. The result is empty if the
-// file has another format or does not contain the value.
+// function does not support the file's format, or if the header contains no valid value for the function to return.
 #pragma once
 
 #include <cstdint>

@@ -44,8 +44,9 @@ SeenCells seenCells(const std::vector<SquareReading> &readings, cv::Point &origi
     return seen;
 }
 
-// True if enough of the readings were compared with the code at this location, if enough of those agree, and if chance
-// is unlikely to explain it. Squares outside the code, or in a tile's information block, are not compared.
+// True if enough of the readings were compared with the code at this location, if enough of the compared readings agree
+// with the code, and if random readings would be unlikely to match the code equally well at any place. Squares outside
+// the code, or in a tile's information block, are not compared.
 bool isAccepted(const Location &location, int readings) {
     const int compared = location.agreeing + location.disagreeing;
     const int leastCompared = readings * (location.place.tile == Place::plane ? 6 : 4);

@@ -26,8 +26,8 @@ struct Place {
     LatticeMotion motion;
     int squaresCompared = 0;
     int mismatches = 0;
-    // log10 of the average number of places in the code that match random marks at least as well as this place matches
-    // the readings.
+    // log10 of the number of places in the code that would, on average, match at least as well as this one if the
+    // readings were random.
     double log10Chance = 0;
 };
 

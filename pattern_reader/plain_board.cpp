@@ -18,7 +18,8 @@ std::vector<int> cornersByLine(const CornerLattice &lattice, bool columns) {
     return counts;
 }
 
-// True if a line with this many corners is probably not on the board. `counts` has the numbers of all parallel lines.
+// True if a line with this many corners is probably not on the board. `counts` has the number of corners on this line
+// and on each line parallel to it.
 bool isStray(int corners, std::vector<int> counts) {
     const auto middle = counts.begin() + std::ptrdiff_t(counts.size() / 2);
     std::nth_element(counts.begin(), middle, counts.end());
@@ -48,8 +49,8 @@ bool dropStrayLine(CornerLattice &lattice) {
     return false;
 }
 
-// Returns the motion that turns the lattice by this number of quarter turns and then shifts it. The shift moves the
-// corner that is at the top left after the turn to (1, 1). Sets `size` to the lattice's size after the motion.
+// Returns the motion that turns the lattice by this number of quarter turns and then shifts it so that its smallest
+// column and its smallest row are both 1. Sets `size` to the lattice's size after the motion.
 LatticeMotion turnedToOrigin(const CornerLattice &lattice, int quarterTurns, cv::Size &size) {
     const cv::Rect extent = lattice.extent();
     LatticeMotion motion{quarterTurns, {}};

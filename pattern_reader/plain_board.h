@@ -21,11 +21,12 @@ struct BoardPlace {
     int orientations = 1;
 };
 
-// Removes the outermost columns and rows of the lattice that have far fewer corners than the others, because these are
-// stray corners beyond the board. Then determines the place of the lattice. `board` is the number of columns and rows
-// of inner corners. If the top-left square would be dark in some orientations and light in others, only those with a
-// dark one are considered. Of these, the one whose x axis points most to the right in the image is chosen. Empty if the
-// lattice has another size, or if it has fewer than half of the board's corners.
+// Removes the outermost columns and rows of the lattice that have far fewer corners than the others, because the
+// corners in them are stray corners beyond the board. Then determines the place of the lattice. `board` is the number
+// of columns and rows of inner corners. If the top-left square is dark in some possible orientations and light in
+// others, the orientations in which it is light are ruled out. Of the remaining orientations, the one whose x axis
+// points most to the right in the image is chosen. Empty if the lattice has another size, or if it has fewer than half
+// of the board's corners.
 std::optional<BoardPlace> placeOnBoard(CornerLattice &lattice, cv::Size board);
 
 }  // namespace pattern_reader

@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-// True if the light just outside a mark can be determined on all four sides, so that the whole mark is in the picture.
+// True if the light just outside a mark can be determined on all four sides. The whole mark is then in the picture.
 bool isInPicture(const PlateView &view, cv::Point2d mark) {
     constexpr double reach = markRadius + 0.05;
     double light = 0;
@@ -17,8 +17,8 @@ bool isInPicture(const PlateView &view, cv::Point2d mark) {
            view.lightAt(mark - cv::Point2d(0, reach), light) && view.lightAt(mark + cv::Point2d(0, reach), light);
 }
 
-// The numbers of marks next to a dot. A mark is hidden if it is inside the picture but was not found. The blank object
-// that may hide it may cover the dot, too. The place would then look empty although it has a dot.
+// The numbers of marks next to a dot. A mark is hidden if it is inside the picture but was not found. In this case, an
+// object may lie on the mark. If the object is blank and also covers the dot, the dot's place looks empty.
 struct NextMarks {
     int all = 0;
     int found = 0;
@@ -82,8 +82,8 @@ std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, do
     return circle;
 }
 
-// Returns how much a place looks like a dot: 0 for paper, 1 if it is as dark as a dot can look there. Empty if that
-// cannot be determined.
+// Returns how much a place looks like a dot: 0 for paper, 1 for a dot in a sharp picture. The result allows for the
+// fact that small dots are paler than large ones even in a sharp picture. Empty if the place cannot be measured.
 std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
     // A dot is a ring, so the light is measured along the middle of its line. It is compared with the paper around the
     // ring and not with the ring's hole, because blur also darkens the hole.
@@ -100,7 +100,7 @@ std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
 
 // The appearance of a place that may have a dot.
 struct DotPlace {
-    double share = 0;         // 0 for paper, 1 if it is as dark as a dot can look there
+    double share = 0;         // 0 for paper, 1 for a dot in a sharp picture
     bool known = false;       // true if `share` could be measured
     bool canBeEmpty = false;  // true if a dot at this place would be visible
 };

@@ -7,8 +7,8 @@ namespace pattern_reader {
 namespace {
 
 // Returns the plate coordinates (plate_view.h) of a point near a side. Side 0 is the top; the others follow clockwise.
-// `along` is the distance from the corner in which the side starts, going clockwise, from 0 to 8 grid spacings.
-// `inward` is the distance from the outer edge.
+// A side runs clockwise from one corner to the next and is 8 grid spacings long. `along` is the distance along the side
+// from the first of these corners. `inward` is the distance from the outer edge. Both are in grid spacings.
 cv::Point2d onSide(int side, double along, double inward) {
     switch (side) {
         case 0:
@@ -74,8 +74,9 @@ FrameEvidence lookForFrame(const PlateView &view) {
 }
 
 CornerLook lookAtCorner(const PlateView &view, int corner) {
-    // Returns the light at a point that lies x along the side that starts in this corner, and y inward from this side.
-    // Returns `otherwise` if the light cannot be determined, for example outside the picture.
+    // Returns the light at a point. `x` is the distance from this corner along the side that runs clockwise from here,
+    // and `y` is the distance inward from that side. Returns `otherwise` if the light cannot be determined, for example
+    // outside the picture.
     const auto at = [&](double x, double y, double otherwise) {
         double light = 0;
         return view.lightAt(onSide(corner, x, y), light) ? light : otherwise;

@@ -5,11 +5,11 @@
 
 namespace pattern_reader {
 
-// What samples of the picture along the frame's four sides show.
+// Says how many samples of the picture show the frame. The samples lie along the frame's four sides.
 struct FrameEvidence {
     int passed = 0;     // samples that show the dark frame between lighter paper
     int looked = 0;     // all samples inside the picture
-    int goodSides = 0;  // sides with at least 4 samples, 60 % of which show the frame
+    int goodSides = 0;  // sides with at least 4 samples in the picture, at least 60 % of which show the frame
 };
 
 FrameEvidence lookForFrame(const PlateView &view);

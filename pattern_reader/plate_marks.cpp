@@ -19,8 +19,9 @@ const ImageLevel &levelForRadius(const std::vector<ImageLevel> &levels, float ra
     return levels[number];
 }
 
-// For each mark, true if its area, as a share of the area of a lattice cell there, is close to the median of all marks.
-// A mark that is partly covered has another area, and its measured centre is wrong.
+// The size of a mark is its area divided by the area of a lattice cell at the same place. For each mark, the result is
+// true if its size is close to the median size of all marks. A mark that is partly covered has another size, and its
+// measured centre is wrong.
 std::vector<bool> haveUsualSize(const MarkLattice &found, const MarkMap &imageFromCell) {
     std::vector<double> sizes;
     sizes.reserve(found.marks.size());
@@ -70,7 +71,8 @@ double cellsBetween(const cv::Matx22d &steps, cv::Point2d a, cv::Point2d b) {
 }
 
 // Looks for a mark in every cell that may belong to the plate: in all blocks of 7 × 7 cells that contain the marks
-// found so far. It is found even if the marks between it and those are covered. Returns false if none was added.
+// found so far. A cell's mark is found even if the marks between this cell and the known marks are covered. Returns
+// false if no mark was added.
 bool addMissingMarks(const std::vector<ImageLevel> &levels, const MarkMap &imageFromCell, MarkLattice &found) {
     const cv::Rect extent = found.lattice.extent();
     const cv::Rect picture({0, 0}, levels.front().picture.size());
@@ -141,8 +143,8 @@ bool keepOnePlate(MarkLattice &found) {
 
 bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell) {
     const auto prepare = [&] { return keepOnePlate(found) && mapCells(found, imageFromCell); };
-    // Each round computes the map from more marks. With this better map, the next round can find marks that this one
-    // missed.
+    // Each round adds marks and then computes the map again. The new map is better because it uses more marks, so the
+    // next round can find marks that were missed before.
     bool usable = prepare();
     for (int round = 0; round < 3 && usable && addMissingMarks(levels, imageFromCell, found); round++) {
         usable = prepare();

@@ -19,7 +19,8 @@ namespace pattern_reader {
 namespace {
 
 constexpr size_t leastMarks = 9;
-constexpr int leastChecks = 10;       // BlockAgreement::checks needed before a part of a block confirms the orientation
+// With fewer BlockAgreement::checks, the visible part of a block does not confirm the orientation.
+constexpr int leastChecks = 10;
 constexpr int leastDots = 6;          // dots that must be seen before the plate counts as having dots
 constexpr double leastSpacing = 9.5;  // pixels; with a smaller grid spacing, the frame's corners cannot be told apart
 
@@ -47,10 +48,10 @@ std::optional<Assumption> findShift(const PlatePicture &picture) {
             }
         }
     }
-    // If one side of the plate is covered, the right shift may lead by only a few samples. The rival is a shift away
-    // from the covered side: it places the two adjacent sides on the same lines of the frame, with fewer samples under
-    // the cover. But it does not find the opposite side. So if the best shift has more good sides than the second best,
-    // a smaller margin (in samples) is enough.
+    // If one side of the plate is covered, the correct shift may lead the second best by only a few samples. The second
+    // best moves the plate away from the covered side. The two sides next to the covered side then still lie on lines
+    // of the frame, and fewer of their samples are covered. But the side opposite the covered one does not lie on the
+    // frame. So if the best shift has more good sides than the second best, a smaller margin (in samples) is enough.
     const int margin = best && best->frame.goodSides > second.goodSides ? 4 : 8;
     if (!best || best->frame.goodSides < 2 || best->frame.passed < second.passed + margin ||
         best->frame.passed * 10 < best->frame.looked * 5) {

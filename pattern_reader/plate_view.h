@@ -1,4 +1,5 @@
-// Looks up the grey levels of a picture at places on a plate, relative to those of the marks and the paper there.
+// Looks up the grey levels of a picture at places on a plate. The result is relative to the grey levels of the marks
+// and of the paper near that place.
 //
 // Plate coordinates are in grid spacings from the top-left corner of the frame's outer edge. The marks are at 1 to 7.
 #pragma once
@@ -56,7 +57,8 @@ public:
     // Determines the grey level relative to the marks nearby: 0 is as dark as a mark, 1 is as light as the paper. False
     // outside the picture, or if the marks nearby have too little contrast.
     bool lightAt(cv::Point2d plate, double &light) const;
-    // Like lightAt, but looks at sharpLevel, because a dot is a ring with a thin line.
+    // Like lightAt, but reads sharpLevel. The dots of the code between the marks are rings with thin lines, and these
+    // lines are blurred in the level that lightAt reads.
     bool sharpLightAt(cv::Point2d plate, double &light) const;
     // True if a reflection makes the paper nearly as light as a picture can show, so that fine lines on it may be lost.
     bool isBleached(cv::Point2d plate) const;

@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr float greyScale = 64;  // of ImageLevel::smoothed
+constexpr float greyScale = 64;  // units of ImageLevel::smoothed per grey level
 
 constexpr auto saddleThreshold = int32_t(leastSaddleStrength * greyScale * leastSaddleStrength * greyScale);
 constexpr auto blobThreshold = int32_t(-leastBlobStrength * greyScale * leastBlobStrength * greyScale);

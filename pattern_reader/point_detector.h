@@ -6,8 +6,8 @@
 //
 // The measure of a saddle point is the negative determinant of the Hessian of the smoothed image. A pixel with a high
 // measure must meet two conditions to be a saddle point: a stationary point of the smoothed image lies close to it, and
-// the surroundings of that point look the same after half a turn, and inverted after a quarter turn. The surroundings
-// of a single square's corner do not.
+// a ring around that point has two light and two dark areas that alternate, and looks nearly the same after half a
+// turn. The corner of a single square does not meet the second condition.
 //
 // Dark blobs are spots that are darker than everything around them, with a radius of one to three pixels of the level
 // in which they are found.

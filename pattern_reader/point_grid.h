@@ -24,8 +24,8 @@ public:
         head = int(older.size()) - 1;
     }
 
-    // Calls `visit` with the number of every point that is within `reach` of `middle` in both x and y. It also visits
-    // the other points in all grid cells that this area touches.
+    // Calls `visit` with the number of every point that is within `reach` of `middle` in both x and y. Also calls
+    // `visit` for all other points in the grid cells that this area touches.
     template <class Visit>
     void visitAround(cv::Point2f middle, float reach, const Visit &visit) const {
         const int right = cellOf(middle.x + reach, columns);

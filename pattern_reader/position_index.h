@@ -67,8 +67,8 @@ struct Location {
     // log10 of the number of places that would, on average, match at least this well if the patch consisted of random
     // bits. At -8, only one random patch in 10^8 finds such a place.
     double chanceLog10 = 0;
-    // The same counts for the second best of the compared places. Both are 0 if there is no second one, because places
-    // that clearly do not match are dropped.
+    // The same counts for the second best of the compared places. Both counts are 0 if there is no second place: either
+    // only one place was compared, or all others were dropped because they clearly do not match.
     int runnerUpAgreeing = 0;
     int runnerUpDisagreeing = 0;
 };
@@ -95,7 +95,7 @@ public:
     static const PositionIndex &shared();
 
     // Returns the best of the compared places. Empty if no place was compared, if all places clearly do not match, or
-    // if at least as many cells disagree as agree at the best one.
+    // if at most half of the counted cells agree at the best place.
     [[nodiscard]] std::optional<Location> locate(const SeenCells &seen, Effort effort = Effort::Full) const;
 
 private:

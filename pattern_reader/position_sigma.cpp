@@ -39,9 +39,9 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
 }
 
 // Perspective, lens and paper bend neighbouring rows of corners alike, so the fourth differences of these rows should
-// be the same. Compares each corner with the corner beside it in the next row. At both, the fourth difference along the
-// row is taken. Returns the squared distance between the two, divided by its expected value, which follows from the
-// fits' standard deviations. Columns are treated in the same way.
+// be the same. Compares each corner with the corner beside it in the next row: takes the fourth difference along the
+// row at both corners. Returns the squared distance between these two fourth differences, divided by its expected
+// value, which follows from the fits' standard deviations. Columns are treated in the same way.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {
@@ -61,7 +61,8 @@ std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vecto
 
 // Returns the variance of the errors of a board's corner positions, divided by the variance that the noise of their
 // pixels explains. The result can be larger than 1 because compression, colour sensors and print cause errors that are
-// alike in neighbouring pixels. It is 1 if there are too few corners, and close to 1 if there are few.
+// alike in neighbouring pixels. The fewer pairs of corners can be compared, the closer the result is kept to 1. With
+// fewer than ten pairs, it is 1.
 float excessOf(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses = excessesInRows(lattice, fits);
     constexpr size_t least = 10;

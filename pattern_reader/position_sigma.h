@@ -1,5 +1,6 @@
-// Estimates the standard deviations of the positions of a lattice's corners. They are those of the fits, multiplied by
-// one factor for the whole lattice. The factor follows from how smooth the rows of corners are.
+// Estimates the standard deviation of the position of each corner of a lattice: the standard deviation that the
+// corner's fit gives, multiplied by a factor. The factor is the same for all undisturbed corners of the lattice. It
+// follows from how much the shapes of neighbouring rows and columns of corners differ.
 #pragma once
 
 #include <vector>

@@ -4,10 +4,13 @@
 // drawn or measured here, and the real size of a print is not known.
 //
 // Coordinates are in millimetres, with x to the right, y down and z = 0. If there is a pattern file, they are in its
-// coordinate system. objectPoints() with a grid spacing needs no file. Its origin is the middle corner of a tile, the
-// lattice point (136, 136) of the plane, or the first inner corner of a plain board. The middle mark of a plate is at
-// the offset that its block contains, or at the origin if no offset was read. Every function may be called from any
-// thread at the same time.
+// coordinate system. objectPoints() with a grid spacing needs no file. The origin of its points depends on the pattern:
+// - Tile: the middle corner.
+// - Plane: the lattice point (136, 136).
+// - Plain board: the first inner corner.
+// - Plate: the middle mark if no offset was read. Otherwise, the middle mark is at the offset in the information block.
+//
+// Every function may be called from any thread at the same time.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -29,9 +32,9 @@ struct PrintedPattern {
     std::vector<cv::Point2d> points;  // mm, row after row
 };
 
-// Loads the patterns of a file. Throws std::runtime_error with a sentence that names the file if the file cannot be
-// opened, if it is neither a pattern's JSON nor a PDF with this JSON, if something in it is missing or does not fit
-// together, or if its version or the kind of a pattern in it is not known.
+// Loads the patterns of a file. Throws std::runtime_error if the file cannot be opened, if it is neither a pattern's
+// JSON nor a PDF with this JSON, if something in it is missing or does not fit together, or if its version or the kind
+// of a pattern in it is not known. The text of the exception is a sentence that names the file.
 PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::string &path);
 
 // Returns one point for each corner of the reading. Empty if none of the patterns fits the reading, or if several

@@ -44,12 +44,14 @@ struct Arguments {
 void addOptions(shell::CommandLine &line, Arguments &arguments) {
     line.add("IMAGE", arguments.images, "Pictures: PNG, JPEG, TIFF or PGM").required();
     line.add("--pattern", arguments.patternFiles,
-             "JSON or PDF file of the printed patterns, written by LmCalTab or draw_pattern; adds the corners in "
-             "millimetres; may be repeated")
+             "JSON or PDF file of the printed patterns, written by LmCalTab or draw_pattern; the output then also "
+             "contains the corners in millimetres; may be repeated")
         .typeName("FILE")
         .oneValueEachTime();
-    line.add("--grid-spacing", arguments.gridSpacing,
-             "Grid spacing of patterns that do not encode theirs; adds the corners in millimetres")
+    line.add(
+            "--grid-spacing", arguments.gridSpacing,
+            "Grid spacing of the patterns that do not encode their own grid spacing; the output then also contains the "
+            "corners in millimetres")
         .typeName("MM")
         .positive();
     line.add("--board", arguments.board, "Also reads plain checkerboards with this many inner corners, for example 9x6")
@@ -62,7 +64,7 @@ void addOptions(shell::CommandLine &line, Arguments &arguments) {
              "Writes a copy of the picture with the results drawn into it; takes only one picture")
         .typeName("OUT.png");
     line.addFlag("--lines", arguments.lines, "Prints a line of JSON for each picture as soon as it is read");
-    line.add("--jobs", arguments.jobs, "Number of pictures to read at the same time; 0 means one for each processor")
+    line.add("--jobs", arguments.jobs, "Number of pictures to read at the same time; 0 means one picture per processor")
         .typeName("N");
     line.addVersion("read_pattern " LMCALTAB_VERSION);
     line.setFooter(
@@ -126,7 +128,7 @@ bool draw(const cv::Mat &image, const std::vector<PatternReading> &readings, con
 }
 
 // Returns the corners in millimetres: from a pattern file if one fits, otherwise from the grid spacing in the pattern's
-// own block, otherwise from the options.
+// information block, otherwise from the options.
 std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading, const Arguments &arguments) {
     if (auto points = pattern_reader::objectPoints(reading, arguments.patterns)) {
         return points;

@@ -63,8 +63,8 @@ bool isRead(const MarkLattice &found, const PatternReading &plate) {
     return size_t(known) * 2 > found.marks.size() && plate.corners.size() >= found.marks.size();
 }
 
-// Reads the plates whose marks are among the dark blobs outside the checkerboards. A plate that is found several times
-// is returned once, as it was read best.
+// Reads the plates whose marks are among the dark blobs outside the checkerboards. If a plate is found several times,
+// only the best of its readings is returned.
 std::vector<PatternReading> readPlates(const std::vector<ImageLevel> &levels, std::vector<LevelPoints> &points,
                                        const BoardArea &boards) {
     std::vector<PatternReading> plates;

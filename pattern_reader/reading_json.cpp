@@ -30,7 +30,7 @@ nlohmann::ordered_json toJson(const PatternValues &values) {
     return json;
 }
 
-// Adds the values that the marks encode, and the figures for the marks' agreement with the code.
+// Adds the values that the marks encode, and numbers that show how well the marks agree with the pattern's code.
 void addCode(const PatternReading &reading, nlohmann::ordered_json &json) {
     if (reading.kind == PatternKind::Board) {
         return;
@@ -49,7 +49,8 @@ nlohmann::ordered_json toJson(const PatternCorner &corner, const cv::Point3d *ob
                                    {"image", {rounded(corner.image.x, 0.0001), rounded(corner.image.y, 0.0001)}},
                                    {"sigma", rounded(corner.sigma, 0.0001)}};
     if (objectPoint != nullptr) {
-        // Rounding to nanometres removes the digits that rounding errors leave in products.
+        // Multiplications leave floating-point errors in the last digits of a coordinate. Rounding to nanometres
+        // removes these digits.
         json["object"] = {rounded(objectPoint->x, 1e-6), rounded(objectPoint->y, 1e-6), rounded(objectPoint->z, 1e-6)};
     }
     if (corner.disturbed) {

@@ -8,7 +8,7 @@
 
 namespace pattern_reader {
 
-// `objectPoints` has one point in millimetres for each corner; null if these are not known.
+// `objectPoints` has one point for each corner, in millimetres. It is null if the points are not known.
 nlohmann::ordered_json toJson(const PatternReading &reading, const std::vector<cv::Point3d> *objectPoints = nullptr);
 
 }  // namespace pattern_reader

@@ -49,7 +49,8 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     if (last.x < 0 || last.y < 0 || last.x >= float(smoothed.cols - 1) || last.y >= float(smoothed.rows - 1)) {
         return false;
     }
-    // To save time, the ray is sampled only up to three samples beyond the border.
+    // To save time, sampling ends when the rise has fallen below 30 % of the steepest rise, but not less than three
+    // samples beyond the steepest rise. If the steepest rise is at most 6 grey levels, the whole ray is sampled.
     int sampled = 0;
     const auto sampleTo = [&](int end) {
         for (; sampled <= std::min(end, count + 1); sampled++) {
@@ -155,7 +156,8 @@ bool fitConic(const std::vector<cv::Point2f> &points, Conic &conic) {
     return true;
 }
 
-// Sets the mark's shape from an ellipse in pixels of a level with the given scale. False if the ellipse is too flat.
+// Sets the mark's shape from an ellipse. `ellipse` and `middle` are in pixels of an image level. Each of these pixels
+// is `scale` image pixels wide. False if the ellipse is too flat.
 bool takeShape(const Conic &ellipse, cv::Point2f middle, float scale, RoundMark &mark) {
     // If v is measured from the ellipse's middle, the border is vᵀ Q v = 1.
     const double level =

@@ -10,7 +10,7 @@ namespace pattern_reader {
 
 struct RoundMark {
     cv::Point2f centre;    // image coordinates
-    cv::Matx22f toUnit;    // maps the border, seen from the centre, onto the unit circle
+    cv::Matx22f toUnit;    // maps the border, relative to the centre, onto the unit circle
     float area = 0;        // pixels²
     float darkLevel = 0;   // grey level in the middle
     float lightLevel = 0;  // grey level around the mark

@@ -9,7 +9,7 @@ namespace pattern_reader {
 
 namespace {
 
-constexpr float farthestLink = 22;  // level pixels; longer steps are found in the next coarser level
+constexpr float farthestLink = 22;  // pixels of the level; longer links are found in the next coarser level
 constexpr float shortestLink = 2.2F;
 constexpr int gridCell = 8;
 
@@ -41,7 +41,8 @@ bool alternate(const LinkedSaddle &p, const LinkedSaddle &q) {
            p.strength < 4 * q.strength;
 }
 
-// Links a saddle, in each direction, to the closest saddle that alternates with it.
+// Links a saddle to others. In each of the two directions along each of its two borders, the saddle is linked to the
+// closest saddle for which alternate() is true.
 void linkToClosest(std::vector<LinkedSaddle> &saddles, const PointGrid &grid, size_t number) {
     LinkedSaddle &p = saddles[number];
     std::array<float, 4> closest{};

@@ -1,6 +1,6 @@
-// Links saddles that look like neighbouring corners of a checkerboard: one lies in the direction of a border of the
-// other, their two borders have nearly the same directions but light and dark exchanged, and their strengths are
-// similar.
+// Links saddles that look like neighbouring corners of a checkerboard. In a linked pair, each saddle lies in the
+// direction of a border of the other saddle. The borders of both saddles have nearly the same directions, but where one
+// saddle is light, the other is dark. The strengths of both saddles are similar.
 #pragma once
 
 #include <array>

@@ -159,9 +159,10 @@ float MarkReader::centreGrey(const Quad &quad) const {
 }
 
 // Checks the colour of the square near the middles of its four sides. The factor `toLevel` converts a difference from
-// the middle grey to a level, which is 1 for the square's own colour and -1 for the other colour. `expected` is what
-// blur leaves of the 1. True if the mean of the four levels is high enough and if none is clearly negative. If a corner
-// of the square was predicted, each level must even be slightly above 0.
+// the middle grey to a level, which is 1 for the square's own colour and -1 for the other colour. `expected` is the
+// level, at most 1, that the blurred checkerboard should have at these four places. True if the mean of the four levels
+// is high enough and if none is clearly negative. If a corner of the square was predicted, each level must even be
+// slightly above 0.
 bool MarkReader::hasOwnColour(const Quad &quad, float toLevel, float expected) const {
     const std::array<cv::Point2f, 4> sides{
         {{0.5F - ringReach, 0.5F}, {0.5F + ringReach, 0.5F}, {0.5F, 0.5F - ringReach}, {0.5F, 0.5F + ringReach}}};

@@ -1,8 +1,8 @@
 // Reads which squares of a lattice carry a mark. A mark is a smaller square of the opposite colour in the centre, with
 // sides a third as long.
 //
-// The grey levels and the blur measured at a square's corners predict how its centre looks with and without a mark. So
-// even a small or blurred square is compared with what the camera can show of its mark.
+// The grey levels and the blur measured at a square's corners predict how its centre looks with and without a mark. The
+// centre is compared with both predictions, so even small and blurred squares can be read.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -19,7 +19,7 @@ struct SquareReading {
     float certainty = 0;  // 0: no better than a guess, 1: looks exactly as predicted for `marked`
     int measuredCorners = 0;
     // True if the square is at the edge of the measured area and may in fact be a cover: an object in front of the
-    // pattern with the same grey level.
+    // pattern that is as light or as dark as the square.
     bool maybeCover = false;
 };
 

@@ -21,7 +21,8 @@ using Word = std::uint64_t;
 
 constexpr int slotBits = 18;
 constexpr int tileMargin = 4;
-constexpr double randomVisits = 100;  // the average number of windows that a window of random bits may visit
+// If the seen bits are random, at most this many windows are visited on average, in all four orientations together.
+constexpr double randomVisits = 100;
 
 Word positionMask(int columnParity, int rowParity) {
     Word mask = 0;
@@ -85,7 +86,8 @@ const Limits &disagreementLimits() {
     return limits;
 }
 
-// Counts the ones in 64 columns of bits at once: bit i of level k is bit k of column i's count.
+// Counts the ones in 64 columns of bits at once. The bits of a count are spread over the levels: bit k of the count of
+// column i is bit i of levels[k].
 class ColumnCounts {
 public:
     void add(Word bits) {

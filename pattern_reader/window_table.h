@@ -1,7 +1,7 @@
 // Holds all windows of the position code and searches them by their bits. A hash table finds the 5 x 5 windows that
-// equal a given one. The 8 x 8 windows that resemble a given one are found by comparing all of them. Windows are held
-// in the orientation of the code only. The caller, who does not know how the camera was turned, searches four times,
-// with the seen bits in all four orientations.
+// equal a given one. To find the 8 x 8 windows that resemble a given one, the given window is compared with every 8 x 8
+// window. Windows are held only in the orientation of the code. The caller does not know how the camera was turned, so
+// it searches four times, once with the seen bits in each of the four orientations.
 #pragma once
 
 #include <array>
@@ -44,11 +44,12 @@ public:
     // Visits every 5 x 5 window whose position bits agree with `bits`.
     void visitEqual(std::uint64_t bits, const Visit &visit) const;
 
-    // Visits the 8 x 8 windows in which few bits disagree. The limit is chosen so that random bits cause at most about
-    // 100 visits in the searches for all four orientations together. In the plane, only windows whose top left square
-    // lies inside the plane are searched. Known squares beyond the plane's edge are compared with 0, so a window that
-    // reaches over the edge is not found reliably. On a tile, the window's top left square may lie anywhere inside the
-    // tile, or up to 4 squares beyond the tile's left and top edges. Squares outside the tile are not compared.
+    // Visits the 8 x 8 windows in which few bits disagree with `seen`. The allowed number depends on how many bits are
+    // compared. It is chosen so that, if the seen bits are random, the searches in all four orientations together make
+    // at most about 100 visits on average. In the plane, only windows whose top left square lies inside the plane are
+    // searched. Known squares beyond the plane's edge are compared with 0, so a window that reaches over the edge is
+    // not found reliably. On a tile, the window's top left square may lie anywhere inside the tile, or up to 4 squares
+    // beyond the tile's left and top edges. Squares outside the tile are not compared.
     void visitAlike(const SeenWindow &seen, const Visit &visit) const;
 
 private:
@@ -71,8 +72,8 @@ private:
 // log10 of the chance that at most `disagreeing` of `count` random bits disagree.
 double chanceLog10(int count, int disagreeing);
 
-// The number of places of the seen squares on the plane and the tiles, in all four orientations. It includes places
-// where they reach over the edge of a tile.
+// The number of places where the seen squares can lie, in the plane and on the tiles, in all four orientations. Places
+// where the seen squares reach over an edge of the plane or of a tile are counted, too.
 constexpr double placeCount =
     4.0 * (pattern_code::planeSide * pattern_code::planeSide + pattern_code::tileCount * 31 * 31);
 

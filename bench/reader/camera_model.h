@@ -24,13 +24,13 @@ struct CameraModel {
 cv::Point2d pixelOf(const CameraModel &camera, const cv::Vec3d &ray);
 cv::Vec3d rayOf(const CameraModel &camera, const cv::Point2d &pixel);
 
-// A sheet of paper that is rolled, waved or creased along parallel straight lines without stretching. Sheet coordinates
-// are measured on the paper from its middle, in pitches (synthetic_target.h). The flat sheet would lie in the plane
-// z = 0.
+// A sheet of paper that is rolled, waved or creased along parallel straight lines (the bending lines) without
+// stretching. Sheet coordinates are measured on the paper from its middle, in pitches (synthetic_target.h). The flat
+// sheet would lie in the plane z = 0.
 class PaperSheet {
 public:
     struct Form {
-        double direction = 0;                            // of the perpendicular to the bending lines, radians
+        double direction = 0;                            // direction perpendicular to the bending lines, radians
         double curvature = 0;                            // curvature of a rolled sheet, 1 / pitch
         double waveSlope = 0;                            // greatest slope of a waved sheet, radians
         double waveLength = 1;                           // pitches
@@ -42,9 +42,9 @@ public:
     PaperSheet(const Form &form, double reach);
 
     cv::Vec3d at(const cv::Point2d &onPaper) const;
-    // Returns where the ray from `origin` meets the sheet. `start` is the distance across the bending lines at which
-    // the search starts. It is replaced by the distance that was found, which is a good start for the ray of the next
-    // pixel.
+    // Returns where the ray from `origin` meets the sheet. The search starts at the distance `start` from the middle of
+    // the sheet, measured perpendicular to the bending lines, in pitches. `start` is then replaced by the distance that
+    // was found, which is a good start for the ray of the next pixel.
     cv::Point2d hit(const cv::Vec3d &origin, const cv::Vec3d &direction, double &start) const;
 
 private:

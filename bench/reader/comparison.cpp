@@ -64,8 +64,8 @@ std::optional<double> errorOf(const Corners &found, const Board &board) {
     return std::sqrt(sum / double(board.truth.size()));
 }
 
-// The error of cornerSubPix with the best of four window sizes for this picture. This choice favours OpenCV: it needs
-// the true corners, which a user does not have.
+// The error of cornerSubPix with the best of four window sizes for this picture. This favours OpenCV, because a user
+// does not know the true corners and so cannot choose the best window.
 std::optional<double> bestRefinedError(const cv::Mat &image, const Corners &coarse, const Board &board) {
     std::optional<double> best;
     for (const int window : {2, 3, 5, 8}) {

@@ -14,7 +14,7 @@ struct DetectorTotals {
     StockMethod method = StockMethod::Classic;
     bool withoutMarks = false;
     std::string name;
-    int found = 0;             // boards on which every corner was found, each within a third of a square
+    int found = 0;             // boards with every corner found, less than a third of a square from its true place
     int foundButMissed = 0;    // boards of `found` that the reader does not read
     int foundMoreCorners = 0;  // boards of `found` that the reader reads, but not with every corner
     // Root mean square errors in pixels, over the boards that both the detector and the reader found. On each board,
@@ -43,10 +43,10 @@ struct Comparison {
     double medianSectorBasedMs = 0;
 };
 
-// Uses the first `boards` pictures that can be compared, from picture number `first` on. These are pictures of any
-// condition that are not mirrored and show a single checkerboard. The board is completely visible and has at most 1,024
-// corners. A detector's result, even on a board without marks, is compared with the reader's result on the same board
-// with marks. If `timesOnly` is true, `detectors` stays empty.
+// Uses the first `boards` pictures that can be compared, from picture number `first` on. A picture can be compared
+// if it is not mirrored and shows a single checkerboard that is completely visible and has at most 1,024 corners. Its
+// condition (see conditions.h) does not matter. A detector's result, even on a board without marks, is compared with
+// the reader's result on the same board with marks. If `timesOnly` is true, `detectors` stays empty.
 Comparison compareWithStock(unsigned first, unsigned boards, unsigned threads, bool timesOnly);
 
 }  // namespace reader_bench

@@ -26,8 +26,9 @@ struct Collected {
     std::vector<double> rms;     // of each pattern
     double squares = 0;
     double biasSquares = 0;
-    // The sum, over the points that the reader does not call disturbed, of the squared error per axis, divided by the
-    // variance that the reader states for the point.
+    // Each point's squared error (the mean of both axes) is divided by the variance that the reader states for the
+    // point; this is the sum of the quotients. Points without a stated variance are left out, and so are points that
+    // the reader calls disturbed.
     double normalised = 0;
     long normalisedCount = 0;
 };

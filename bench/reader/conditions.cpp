@@ -46,7 +46,7 @@ void small(SceneDraft &draft, Dice &dice) {
 
 // Limits the size of the picture: to 150 megapixels in 1 % of the pictures, to 64 in 2 %, to 12 in 7 %, and to 1 to 4
 // in all others. A board is larger than the limit, so the picture shows only its middle, with an area of 7 x 7 squares
-// or more. A plate always fits, so its picture may be smaller than the limit.
+// or more. A plate is at most about as large as the limit. If the plate is smaller, its picture is smaller, too.
 void large(SceneDraft &draft, Dice &dice) {
     const double draw = dice.real(0, 1);
     draft.megapixels = draw < 0.01 ? 150 : draw < 0.03 ? 64 : draw < 0.1 ? 12 : dice.real(1, 4);
@@ -312,7 +312,7 @@ const std::vector<Condition> &conditions() {
         {"ink-spread", "ink that spreads by -0.04 to 0.08 squares", false, inkSpread, nullptr},
         {"halftone", "ink printed as a halftone", false, halftone, nullptr},
         {"gradient", "light that changes by 60 to 120 % over the picture", false, gradient, nullptr},
-        {"hard-shadow", "a shadow with a sharp border that takes 30 to 75 % of the light", false, nullptr,
+        {"hard-shadow", "a shadow that takes 30 to 75 % of the light and has a sharp border", false, nullptr,
          hardShadowFinish},
         {"glare", "a reflection", false, nullptr, glareFinish},
         {"hands", "one to three fingers in front", false, nullptr, handsFinish},

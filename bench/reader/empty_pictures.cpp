@@ -111,7 +111,7 @@ void drawLattice(cv::Mat &picture, Dice &dice) {
 }  // namespace
 
 cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number) {
-    // The greatest number of holes in a row of a perforated sheet, and of meshes along a side of a net.
+    // A perforated sheet has at most this many holes along each side, and a net at most this many meshes.
     constexpr int most = 60;
     Dice dice(number * 104729 + unsigned(kind) * 31 + 5);
     const cv::Size size(dice.whole(320, 1000), dice.whole(240, 800));

@@ -13,7 +13,7 @@ enum class EmptyKind {
     PlainBoard,
     Dots,
     Lattice,      // lines or shapes at the points of a regular grid
-    RandomMarks,  // boards with marks that are not from the code
+    RandomMarks,  // boards with random marks, which are not taken from the position code
     PerforatedSheet,
     Net,
     MarkGrid,  // round marks in rows; some pictures have a frame around all marks

@@ -11,8 +11,8 @@ cv::Vec2d column(const cv::Matx22d &steps, int index) {
     return {steps(0, index), steps(1, index)};
 }
 
-// Returns the Fisher information that one pixel of a border's length gives about the border's position. The position is
-// measured at right angles to the border.
+// Returns the Fisher information about a border's position, per pixel of the border's length. The position is measured
+// at right angles to the border.
 double informationPerPixel(const LocalView &view) {
     const double perLevel = view.contrast / view.noise;
     return perLevel * perLevel / (2 * std::sqrt(CV_PI) * view.blur);
@@ -38,8 +38,8 @@ double leastCornerError(const LocalView &view) {
     const double toMark = std::min(cv::norm(x + y), cv::norm(x - y)) / 3;
     const double toBorder = area / std::max(cv::norm(x), cv::norm(y));
     const double sine = area / (cv::norm(x) * cv::norm(y));
-    // Each border fades near the corner, where it crosses the other one. This costs a length of 4 s / (sqrt(pi) *
-    // sine), the integral of 1 - erf² along the border, where s is the blur.
+    // Each border fades near the corner, where it crosses the other one. With the blur s, this shortens the border's
+    // useful length by 4 s / (sqrt(pi) * sine), which is the integral of 1 - erf² along the border.
     const double length = 2 * std::min(toMark, toBorder) - 4 * view.blur / (std::sqrt(CV_PI) * sine);
     if (length <= 0 || view.contrast <= 0) {
         return 0;

@@ -7,9 +7,12 @@
 //   c² L / (2 sqrt(pi) s n²)
 //
 // This is the integral of the squared derivative of the grey levels, divided by n². The derivative is a Gaussian of
-// width s. A corner consists of two such borders, and a mark has one closed border. The other unknowns (levels, blur,
-// directions) change the picture in the same way on both sides of the point, whereas a shift changes it in opposite
-// ways. So the bound stays the same if the other unknowns are estimated too.
+// width s. A corner consists of two such borders, and a mark has one closed border.
+//
+// Besides the position, the grey levels, the blur and the directions of the borders are unknown. Compare two places at
+// the same distance on opposite sides of the corner or of the mark's centre. A change of the levels, the blur or the
+// directions makes both places lighter or darker by the same amount. A shift changes them by opposite amounts. So the
+// bound stays the same if these other unknowns are estimated too.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -20,14 +23,15 @@ namespace reader_bench {
 struct LocalView {
     cv::Matx22d steps;    // pixels per lattice step: the x direction in the first column, y in the second
     double contrast = 0;  // grey levels between paper and ink
-    double blur = 0;      // standard deviation of the Gaussian blur, the pixel's own area included, pixels
-    double noise = 0;     // standard deviation, grey levels
+    // Standard deviation of the Gaussian blur, including the averaging over a pixel's area, pixels.
+    double blur = 0;
+    double noise = 0;  // standard deviation, grey levels
 };
 
 // Returns the least root mean square error, in pixels, that an unbiased measurement of a corner can have. The
-// measurement uses a disc around the corner, which reaches to the nearest mark or to the nearest far side of the four
-// squares that meet at the corner, whichever is closer. The result is 0 if there is no contrast, or if the blur is so
-// large that no usable length of the borders is left within the disc.
+// measurement uses the largest disc around the corner that lies within the four squares that meet there and contains no
+// part of a mark. The result is 0 if there is no contrast, or if the blur is so large that no usable length of the
+// borders is left within the disc.
 double leastCornerError(const LocalView &view);
 // Returns this least error for the centre of a round mark with a radius of half a lattice step. The measurement uses
 // the mark's whole outline. The result is 0 if there is no contrast.

@@ -13,8 +13,8 @@
 //     --threads N      number of threads
 //     --list           lists every failure. A reading in a picture without patterns is a failure, too
 //     --check          exits with 1 if a goal is missed
-//     --save FOLDER    writes the pictures with patterns, and the truth about them. With --list, writes only pictures
-//                      with failures, but also the pictures without patterns in which something was read
+//     --save FOLDER    writes the pictures with patterns, and the truth about them. With --list, writes only
+//                      the pictures that have a failure. These can be pictures without patterns, too
 //
 // Picture n is the same in every run, whatever the number of threads. Pictures with numbers below 100,000 are for
 // tuning, and the others are for measuring.
@@ -136,9 +136,10 @@ void printComparison(const Comparison &comparison) {
         comparison.plainMedianError);
     std::printf(
         "| OpenCV's detector | boards that it finds | of these, boards that the reader misses | of these, boards that "
-        "the reader reads, but not with every corner | its error in px on the boards that both find: rms weighted by "
-        "corners, median of the boards' rms | the reader's error in px on the same boards: rms weighted by corners, "
-        "median of the boards' rms | boards on which the reader is at least as exact, of those that both find |\n"
+        "the reader reads, but not with every corner | its error in px on the boards that both find: (1) rms weighted "
+        "by corners, (2) median of the boards' rms | the reader's error in px on the same boards: (1) rms weighted by "
+        "corners, (2) median of the boards' rms | boards on which the reader is at least as exact, of those that both "
+        "find |\n"
         "|---|---|---|---|---|---|---|\n");
     for (const DetectorTotals &totals : comparison.detectors) {
         std::printf("| %s | %d | %d | %d | %.4f, %.4f | %.4f, %.4f | %d/%d |\n", totals.name.c_str(), totals.found,

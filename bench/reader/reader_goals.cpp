@@ -25,7 +25,7 @@ Goal rangeGoal(const std::string &what, double value, int patterns, double least
 }
 
 // Divides the error of plates by that of boards, separately for each of several conditions. The greatest of these
-// ratios decides. A condition with fewer than ten plates or ten boards that were read does not count.
+// ratios decides. A condition does not count if fewer than ten of its plates or fewer than ten of its boards were read.
 Goal plateGoal(const std::vector<PictureResult> &results) {
     constexpr double greatestTilt = 70;
     constexpr int enough = 10;
@@ -68,7 +68,7 @@ std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const 
                   boards.asked, 0.995),
         shareGoal("plates that must be read because enough of them is visible: 99.5 % are read", plates.askedAndRead,
                   plates.asked, 0.995),
-        shareGoal("information blocks of required patterns that are completely visible: 99 % are read", all.blocksRead,
+        shareGoal("information blocks of completely visible patterns that must be read: 99 % are read", all.blocksRead,
                   all.blocks, 0.99),
         noneGoal("readings that match no pattern in the picture: none", all.falsePlaces, all.patterns),
         noneGoal("information blocks read with wrong values: none", all.falseValues, all.patterns),
@@ -103,8 +103,9 @@ std::vector<Goal> comparisonGoals(const Comparison &comparison) {
     for (const DetectorTotals &totals : comparison.detectors) {
         goals.push_back(noneGoal("boards found by " + totals.name + " but missed by the reader: none",
                                  totals.foundButMissed, totals.found));
-        goals.push_back(shareGoal("boards on which the reader is at least as exact as " + totals.name + ": 99.5 %",
-                                  totals.readerBetter, totals.both, 0.995));
+        goals.push_back(
+            shareGoal("boards found by both: the reader is at least as exact as " + totals.name + " on 99.5 %",
+                      totals.readerBetter, totals.both, 0.995));
     }
     goals.push_back({"processor time of findChessboardCornersSB divided by the reader's, at least 10",
                      cv::format("%.1f", comparison.medianTimeRatio), comparison.medianTimeRatio >= 10});

@@ -13,7 +13,7 @@ namespace reader_bench {
 struct EmptyResult {
     unsigned number = 0;
     int kind = 0;      // an EmptyKind
-    int readings = 0;  // patterns that the reader reports all the same
+    int readings = 0;  // patterns that the reader reports although there are none
 };
 
 struct Goal {

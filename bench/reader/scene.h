@@ -22,7 +22,7 @@ struct ScenePattern {
     double pixelsPerSquare = 0;
     double tiltDegrees = 0;
     // Whole if nothing hides the pattern, Covered if a cover hides a quarter of it, CutByBorder if a part of it is
-    // outside the picture. Shadows and obstacles of the exposure do not count.
+    // outside the picture. Shadows and obstacles, which belong to the exposure, do not count.
     Visibility visibility = Visibility::Whole;
 };
 
@@ -32,7 +32,7 @@ struct Scene {
     CameraModel camera;
     Exposure exposure;
     std::vector<ScenePattern> patterns;
-    // True if the picture was mirrored after it was taken. Then nothing in it may be read.
+    // True if the picture was mirrored after it was taken. Then every reading of a pattern counts as false.
     bool mirrored = false;
     Marks marks = Marks::Drawn;
 

@@ -72,7 +72,7 @@ double widestAngle(const ScenePattern &pattern) {
 }
 
 // Places the pattern away from the axis of a fisheye lens, but so that all of it is less than 90° from the axis. If no
-// such place is found, the pattern faces the camera on the axis.
+// such place is found, the pattern is placed on the axis and faces the camera without tilt.
 void placeBeforeFisheye(Scene &scene, ScenePattern &pattern, const SceneDraft &draft, Dice &dice) {
     TargetPose &pose = pattern.placed.pose;
     pose.anchor = {pattern.coded.target->size().width / 2, pattern.coded.target->size().height / 2};

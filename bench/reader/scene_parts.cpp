@@ -135,7 +135,8 @@ double shareInside(const Scene &scene, const ScenePattern &pattern, const cv::Re
 cv::Rect2d boundsOf(const Scene &scene, const ScenePattern &pattern) {
     const cv::Size2d size = pattern.coded.target->size();
     const double q = pattern.placed.quietZone;
-    // Points inside the outline are included too, because bent paper may bulge beyond its outline.
+    // Points between the edges are included too. If the paper is bent, such a point may lie beyond the edges in the
+    // picture.
     constexpr int steps = 16;
     cv::Rect2d bounds;
     for (int row = 0; row <= steps; row++) {

@@ -35,8 +35,8 @@ cv::Rect2d boundsOf(const Scene &scene, const ScenePattern &pattern);
 // direction, so that about a quarter of the pattern is outside.
 cv::Point cutQuarter(const Scene &scene, const ScenePattern &pattern, cv::Rect window, Dice &dice);
 
-// Makes this point of the picture the origin of the coordinates of the camera and the patterns. The exposure does not
-// change.
+// Moves the origin of the image coordinates to this point of the picture. This changes camera.centre and the
+// middleRow of each pattern's pose, but not the exposure.
 void moveOrigin(Scene &scene, cv::Point origin);
 
 // Photographs the scene's patterns over the background with the scene's camera and exposure. Sets scene.image, and

@@ -1,7 +1,8 @@
 // Makes everyday pictures. Each shows one to four patterns; together, they show all types and both polarities. The
 // light is mild. The patterns are tilted by up to 60°, and a square has a side of 4 to 40 pixels. If a picture shows
-// only one pattern, a quarter of it may be hidden. Otherwise, all patterns are completely visible. The number of a
-// picture determines everything in it, except whether the patterns have their marks (`marks`).
+// only one pattern, a quarter of the pattern may be hidden. Otherwise, all patterns are completely visible. The number
+// of a picture determines everything in it except the marks on the squares of checkerboards. `marks` says whether the
+// marks are drawn. It has no effect on a picture that can show several patterns; such a picture always has the marks.
 #pragma once
 
 #include "bench/reader/scene.h"

@@ -89,8 +89,9 @@ PatternScore unreadScore(const Scene &scene, const ScenePattern &pattern) {
     return score;
 }
 
-// If the reading is of the pattern that `score` belongs to, adds it to the score and returns true. Also counts values
-// of the reading that are not those of the pattern.
+// If the reading is of the pattern that `score` belongs to, adds it to the score and returns true. If such a reading
+// has wrong values, also adds 1 to `falseValues`. Values are wrong if they differ from those in the pattern's
+// information block, or if the pattern has no information block.
 bool take(const Scene &scene, const PatternReading &reading, PatternScore &score, int &falseValues) {
     const CodedTarget &coded = score.pattern->coded;
     PatternScore measured = score;

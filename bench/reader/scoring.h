@@ -18,9 +18,9 @@ struct PointError {
 struct PatternScore {
     const ScenePattern *pattern = nullptr;
     int seenPoints = 0;       // corners or marks that the picture shows
-    int seenSquares = 0;      // squares whose corners the picture shows; for a plate, marks
+    int seenSquares = 0;      // squares of which the picture shows all corners; for a plate, equal to seenPoints
     bool placed = false;      // there is a reading of this pattern, in the right place and orientation
-    bool valuesRead = false;  // a reading of this pattern has the values of its block, and they are right
+    bool valuesRead = false;  // a reading of this pattern has the same values as the pattern's information block
     int corners = 0;          // number of corners in the first reading
     // Number of corners, in all readings of the pattern, with an error of more than a quarter of a square. The error is
     // converted to the pattern's plane.
@@ -34,7 +34,8 @@ struct PatternScore {
 struct PictureScore {
     std::vector<PatternScore> patterns;
     int falsePlaces = 0;  // readings that match no pattern in the picture; all readings if the picture is mirrored
-    int falseValues = 0;  // readings with values that are wrong, or with any values if the place is false
+    // Number of readings with wrong values. If a reading matches no pattern, any values that it has are wrong.
+    int falseValues = 0;
 };
 
 // The scene must outlive the score.

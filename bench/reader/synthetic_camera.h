@@ -1,7 +1,7 @@
 // Renders photographs of printed targets, as a synthetic camera would take them: with the true perspective, a
 // distorting lens, bent paper and a rolling shutter. Each pixel is the exact average over its area, except at the edges
 // of covers, where it is the average of samples. The known geometry is the truth with which the reader's results are
-// compared. exposure.h makes a photograph from what the camera sees.
+// compared. The scene is first rendered under even light. exposure.h then turns the result into a photograph.
 //
 // In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down.
 // Everything random comes from the caller's generator, so a seed determines an image.
@@ -20,7 +20,8 @@
 namespace reader_bench {
 
 // The pose of a target in front of the camera. In camera coordinates, in pitches, point p of the target's plane is at
-// rotation · (p - anchor, 0) + translation. If the sheet is bent, it is at rotation · sheet(p - anchor) + translation.
+// rotation · (p - anchor, 0) + translation. On a bent sheet, the point is at
+// rotation · sheet->at(p - anchor) + translation.
 struct TargetPose {
     cv::Matx33d rotation = cv::Matx33d::eye();
     cv::Vec3d translation{0, 0, 1};
@@ -34,8 +35,8 @@ struct TargetPose {
     double middleRow = 0;
 };
 
-// An object in front of a target: a function that returns true for every point that it covers. The point is given in
-// the target's own coordinates.
+// An object in front of a target. The function returns true for every point of the target that the object covers. The
+// point is given in the target's own coordinates.
 using Cover = std::function<bool(double x, double y)>;
 
 struct PlacedTarget {

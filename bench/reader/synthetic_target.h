@@ -1,9 +1,9 @@
 // Tells the synthetic camera how much ink a small piece of a flat target carries. The target has the shapes that
-// LmLib64 prints, or those of a checkerboard with any marks (CheckerTarget).
+// LmLib64 prints, or is a checkerboard with marks of the caller's choice (CheckerTarget).
 //
-// The unit of length is one lattice pitch (a checkerboard's square side, half the grid spacing of a plate). The origin
-// is the pattern's top-left outer corner, x to the right, y down. Ink is 1 where the paper is fully inked and 0 where
-// it has no ink; the camera converts it to grey levels.
+// The unit of length is one lattice pitch. On a checkerboard, this is the side of a square; on a plate, it is half the
+// grid spacing. The origin is the pattern's top-left outer corner, x to the right, y down. Ink is 1 where the paper is
+// fully inked and 0 where it has no ink; the camera converts it to grey levels.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,7 +16,7 @@ namespace reader_bench {
 
 // How the printer renders the shapes. Lengths are in pitches.
 struct Print {
-    double inkSpread = 0;       // how much farther dark shapes extend on every side; negative if less far
+    double inkSpread = 0;       // how far the edges of dark shapes move outwards; negative if they move inwards
     double halftonePeriod = 0;  // period of the halftone screen; 0 if there is no screen
     double halftoneDepth = 0;   // the share of the ink that is missing between the screen's dots
     double halftoneAngle = 0;   // radians
@@ -36,7 +36,8 @@ public:
 
 private:
     enum class Form { Rectangle, Circle, Polygon };
-    // A shape whose ink is added (weight 1), or taken away (-1) if the shape lies within a dark one.
+    // A shape that adds ink (weight 1) or takes ink away (weight -1). The shapes that take ink away are the light ones
+    // within dark ones, and the overlaps of dark ones that have spread.
     struct Shape {
         Form form = Form::Rectangle;
         double weight = 1;
@@ -77,8 +78,8 @@ private:
 // long.
 class CheckerTarget : public SyntheticTarget {
 public:
-    // `marks` has columns × rows values 0 or 1, row by row, or is empty if there are no marks. If `darkFirst` is
-    // true, the top-left square is inked.
+    // `marks` has one value for each of the columns × rows squares, row by row: 1 if the square carries a mark, 0 if
+    // not. It may be empty if no square carries a mark. If `darkFirst` is true, the top-left square is inked.
     CheckerTarget(int columns, int rows, const std::vector<int> &marks, bool darkFirst, const Print &print = {});
 };
 

@@ -1,5 +1,5 @@
-// Makes targets for the synthetic camera that look like this project's patterns, but are none. The reader should find
-// nothing in their pictures.
+// Makes targets for the synthetic camera. They resemble this project's patterns, but none of them is such a pattern.
+// The reader should find nothing in their pictures.
 #pragma once
 
 #include <memory>
@@ -15,7 +15,7 @@ using Target = std::shared_ptr<const SyntheticTarget>;
 Target makeBoard(bool marked, Dice &dice);
 // Round holes in straight or shifted rows, up to `most` on a side.
 Target makePerforatedSheet(int most, Dice &dice);
-// Crossing bars with up to `most` meshes on a side.
+// Crossing bars that leave up to `most` rectangular openings on a side.
 Target makeNet(int most, Dice &dice);
 // Round marks in rows, sometimes in a frame, as on other makers' plates. Nothing on such a grid shows which way is up.
 Target makeMarkGrid(Dice &dice);

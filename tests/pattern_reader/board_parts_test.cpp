@@ -1,4 +1,5 @@
-// Tests in which cases two readings of the same pattern are taken for parts of one board and are joined.
+// Tests joinParts(): two readings of the same pattern are joined if they are parts of one board, and otherwise stay
+// separate.
 #include <gtest/gtest.h>
 
 #include <opencv2/core.hpp>
@@ -35,7 +36,7 @@ TEST(BoardParts, becomeOneReadingIfTheyContinueEachOther) {
         size_t corners;
     } rows[] = {{"with corners in common", {18, 9, {}}, 1, 12 * 17},
                 {"with a gap between them", {25, 5, {}}, 1, 12 * 15},
-                {"with corners in common, a step aside", {18, 9, {12, 0}}, 2, 12 * 10},
+                {"with corners in common, but displaced by one column", {18, 9, {12, 0}}, 2, 12 * 10},
                 {"the same corners of another board", {10, 9, {400, 90}}, 2, 12 * 10},
                 {"other corners of another board", {25, 5, {200, 45}}, 2, 12 * 10}};
     for (const auto &row : rows) {

@@ -227,9 +227,9 @@ TEST(HardPictures, areReadWithEveryPatternInThem) {
         unsigned number;
         const char *hard;
     } pictures[] = {{619, "a plate, and beside it something that looks like one more mark"},
-                    {998, "a plate with the triangle cut, where the dots say which way is up"},
+                    {998, "a plate whose triangle is cut off, so that its dots must show which way is up"},
                     {1228, "a plate covered along a side"},
-                    {1759, "a plate so small that the frame darkens the dots beside it"},
+                    {1759, "a plate so small that its frame darkens the nearest dots"},
                     {1957, "a board tilted about its diagonal, which shears its squares"}};
     for (const auto &[number, hard] : pictures) {
         const Scene scene = makeScene(number);

@@ -89,8 +89,8 @@ double normalisedVariance(const Corner &corner, cv::Point2d gradient) {
     return sum / pictures;
 }
 
-// In the last row of the table, a gradient of the light must not move the fitted corner. If the model of the fit had no
-// slopes, this gradient would move the corner by twice the standard deviation.
+// In the last row of the table, a gradient of the light must not move the fitted corner. If the fit assumed uniform
+// light, this gradient would move the corner by twice the standard deviation.
 TEST(CornerFit, statesStandardDeviationsThatMatchItsErrors) {
     const struct {
         Corner corner;

@@ -16,7 +16,7 @@ int codeBit(int tile, cv::Point square) {
 }
 
 // Returns what a camera would see of a part of the code. `motion` maps the lattice that the camera sees to the code's
-// lattice. In up to `wrong` squares, the mark is misread.
+// lattice. Up to `wrong` of the squares are misread.
 std::vector<SquareReading> readingsOf(int tile, cv::Rect part, const LatticeMotion &motion, int wrong, unsigned seed) {
     std::vector<SquareReading> readings;
     for (int y = -140; y < 140; y++) {

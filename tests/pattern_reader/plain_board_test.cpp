@@ -1,4 +1,4 @@
-// Tests plain checkerboards of a size that the caller names.
+// Tests the reading of plain checkerboards. The caller of readPatterns gives the number of their inner corners.
 #include <gtest/gtest.h>
 
 #include <cmath>

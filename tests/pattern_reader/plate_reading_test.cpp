@@ -88,7 +88,7 @@ const View views[] = {{"small", 8, 20, Lens::Straight, 0, 0, nullptr, 49, 0.02},
                       {"steep", 20, 70, Lens::Straight, 0, 0, nullptr, 40, 0.025},
                       {"bent by the lens", 20, 10, Lens::Radial, 0, 0, nullptr, 45, 0.02},
                       {"through a fisheye", 20, 10, Lens::Fisheye, 0, 0, nullptr, 45, 0.02},
-                      {"in half a shadow", 20, 10, Lens::Straight, 0.4, 0, nullptr, 40, 0.02},
+                      {"half in shadow", 20, 10, Lens::Straight, 0.4, 0, nullptr, 40, 0.02},
                       {"in a reflection", 20, 10, Lens::Straight, 0, 80, nullptr, 49, 0.02},
                       {"half hidden", 20, 10, Lens::Straight, 0, 0, halfHidden, 33, 0.02},
                       {"behind a cable", 20, 10, Lens::Straight, 0, 0, cable, 38, 0.02}};

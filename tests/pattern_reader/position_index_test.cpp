@@ -143,7 +143,7 @@ TEST(PositionIndex, findsTheDocumentedPatch) {
 }
 
 TEST(PositionIndex, findsATileDespiteRandomCellsAroundIt) {
-    // The lattice extends three cells beyond the pattern on every side, and these cells have random bits.
+    // The patch extends three cells beyond the tile on every side. These outer cells have random bits.
     PatchMaker maker;
     for (int i = 0; i < 50; ++i) {
         const SeenCells tile = maker.make(false, 16, 16, {});

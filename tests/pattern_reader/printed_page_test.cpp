@@ -33,7 +33,7 @@ using pattern_reader::PatternValues;
 struct View {
     int dotsPerInch;
     double tilt;
-    double tiltAxis;  // direction of the axis of the tilt in the page, from x towards y
+    double tiltAxis;  // angle in the page from the x axis to the axis of the tilt, positive towards y
     double roll;      // clockwise, about the line of sight
 };
 

@@ -79,7 +79,8 @@ TEST(ReaderInput, readsWhatTheOptionsAskFor) {
 
     options.leastConfidence = 1.1;
     EXPECT_TRUE(readPatterns(twice, options).empty());
-    // Reading is cancelled when the reader asks for the first time, for the second time, and so on.
+    // In the first round, only the first call of isCancelled returns true; in the second round, only the second call;
+    // and so on.
     for (int patience = 0; patience < 6; patience++) {
         ReadingOptions cancelled;
         int asked = 0;
@@ -155,7 +156,7 @@ void writeTagged(const std::string &path, const cv::Mat &image, int orientation)
     std::string content = contentOf(path);
     const std::string value(1, char(orientation));
     if (content[0] == 'I') {
-        // In a TIFF file, the entry of the tag that gives the order of the planes becomes the entry of the orientation.
+        // In a TIFF file, the entry with the tag PlanarConfiguration is replaced by one with the tag Orientation.
         const size_t entry = content.find(std::string("\x1C\x01\x03\0\x01\0\0\0", 8));
         ASSERT_NE(entry, std::string::npos);
         content.replace(entry, 9, std::string("\x12\x01\x03\0\x01\0\0\0", 8) + value);
