@@ -30,8 +30,8 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     if (wideArguments == nullptr) {
         return -1;
     }
-    // `arguments` owns the texts. `vector` has pointers to them, and the toolkit removes from it the arguments that it
-    // uses.
+    // `arguments` owns the texts, and `vector` has pointers to them. The toolkit uses some of the arguments and removes
+    // their pointers from `vector`.
     std::vector<Argument> arguments;
     std::vector<char *> vector;
     for (int i = 0; i < count; ++i) {

@@ -11,8 +11,8 @@
 
 namespace {
 
-// Shows the text of the exception that is about to end the process; an exception of an unknown type has none. The
-// process then ends as it would without this function.
+// Shows the text of the exception that is about to end the process; an exception of an unknown type has none.
+// Afterwards, ends the process with std::abort, as the default handler does.
 [[noreturn]] void showFailure() {
     std::set_terminate(std::abort);  // an exception that escapes from this function must not call it again
     if (const std::exception_ptr failure = std::current_exception()) {

@@ -1,6 +1,6 @@
-// If the program's first window opens while an object of this class exists, the toolkit does not set up the desktop's
-// OpenGL for the program, which does not draw with it. On X11, setting up OpenGL takes as long as everything else
-// together that an empty window needs.
+// If the program's first window opens while an object of this class exists, the toolkit does not set up OpenGL. The
+// program does not draw with OpenGL. On X11, setting up OpenGL takes as long as all the other work of opening an empty
+// window.
 //
 // The constructor sets the environment variable QT_XCB_GL_INTEGRATION, which the toolkit's X11 plugin reads only for
 // the first window. The destructor removes the variable, so that processes started later do not inherit it. If the user

@@ -28,7 +28,7 @@ public:
 private:
     mutable std::mutex mutex;
     std::string lines;
-    // Where the oldest line that has not been dropped begins in `lines`. The dropped lines before it are still there,
+    // The oldest line that read() returns begins at this index of `lines`. The dropped lines before it are still there,
     // because write() erases them only from time to time.
     std::size_t start = 0;
 };

@@ -1,7 +1,8 @@
-// Finds the files of the installation from the location of the library's own file. The library is in a folder named
-// bin, lib, lib32, lib64 or libx32 (in upper or lower case), or in a subfolder such as lib/x86_64-linux-gnu. Of the
-// folders above the file, the nearest one with such a name counts. Its parent is the root of the installation. If there
-// is no such folder, the root is the parent of the library's folder. Only the names matter; the folders need not exist.
+// Finds the files of the installation from the location of the library's own file. The library is usually in a folder
+// named bin, lib, lib32, lib64 or libx32 (in upper or lower case), or in a subfolder such as lib/x86_64-linux-gnu. From
+// the library's file upwards, the first folder with one of these five names is taken. The root of the installation is
+// the parent of that folder. If no folder has one of these names, the root is the parent of the library's folder. Only
+// the names matter; the folders need not exist.
 #pragma once
 
 #include <string>

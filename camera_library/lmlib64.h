@@ -27,8 +27,8 @@
 //   value that the function returns or writes through pointers is 0 or null. LmLibResultInternalError means that
 //   memory ran out or that the library has a fault. A null path or text counts as the empty text.
 // Texts. Texts are NUL-terminated strings of char, and the library does not change their bytes. File names are in the
-//   system's local 8-bit encoding, and names in the catalogue are in UTF-8. Returned texts belong to the library and
-//   stay valid until the calling thread's next call into the library.
+//   system's local 8-bit encoding. The names of the boards that the command GetModelInfo lists are in UTF-8. Returned
+//   texts belong to the library and stay valid until the calling thread's next call into the library.
 // Flags. Flags and booleans are int32_t; any non-zero value is true, and the library returns 1.
 // Threads. Every function may be called from any thread at any time. Commands run one after the other on a thread of
 //   the library.

@@ -18,9 +18,9 @@ struct FileWriteError : std::runtime_error {
 //
 // If a target is a link, the file that it leads to is replaced. Folders, devices and write-protected files are refused.
 // If anything fails, the files beside the targets are removed. If it is a renaming that fails, the renamings before it
-// are undone: a file that is new is removed, and a file that was replaced comes back. On a file system without hard
-// links, however, a replaced file cannot come back, and its target keeps the new content. In all other cases, every
-// target is as it was.
+// are undone: a file that is new is removed, and a file that was replaced comes back. So after a failure, every target
+// is as it was, with two exceptions: on a file system without hard links, a replaced file cannot come back, and the
+// undoing of a renaming can itself fail. In both cases, the target keeps its new content.
 //
 // If the process is killed, it leaves files named .lmlib64-PROCESS-RANDOM.tmp, where PROCESS and RANDOM are decimal
 // numbers. If it is killed during the renaming, some of the targets are new and the others are old. The first write()

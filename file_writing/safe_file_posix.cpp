@@ -83,7 +83,8 @@ bool isGone(ProcessNumber number) {
 }
 
 // Removes a temporary file whose process is gone, unless the file is locked. A process keeps each of its temporary
-// files locked until the renaming. So a file without a lock belonged to a process that ended before the renaming.
+// files locked until it has renamed or removed the file. So a file without a lock was left behind when its process
+// ended.
 void removeIfAbandoned(const std::string &path) {
     const int descriptor = open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor >= 0) {
@@ -179,8 +180,8 @@ public:
     [[noreturn]] void failBecauseOf(int error) const { fail(fileName, error); }
 
 private:
-    // False if the name is taken. Also false if another process took the file for abandoned and removed it before it
-    // was locked.
+    // False if the name is taken. Also false if another thread or process found the new file without a lock, and
+    // removed it as abandoned.
     bool create(mode_t permissions) {
         descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                           permissions == 0 ? mode_t{0666} : permissions);
@@ -188,8 +189,8 @@ private:
             fail(fileName, errno);
         }
         struct stat status {};
-        // If another process has locked the file in order to remove it, lockFile() waits until it is removed. If the
-        // file system has no locks, no process removes the file, because removeIfAbandoned() needs a lock.
+        // If another thread or process has locked the file in order to remove it, lockFile() waits until it is removed.
+        // If the file system has no locks, nobody removes the file, because removeIfAbandoned() needs a lock.
         if (descriptor >= 0 && lockFile() && fstat(descriptor, &status) == 0 && status.st_nlink == 0) {
             close(descriptor);
             descriptor = -1;
@@ -219,8 +220,8 @@ public:
     static std::unique_ptr<OldFile> keep(const std::string &target, const std::string &folder) {
         std::random_device random;
         auto kept = std::make_unique<OldFile>();
-        // A lock belongs to the file and not to its name. Without this lock, another thread would take the second name
-        // for that of an abandoned file and remove it.
+        // A lock belongs to the file and not to its name, so this lock also protects the second name. Without it,
+        // another thread could remove the second name as an abandoned temporary file.
         kept->lock = open(target.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
         if (kept->lock >= 0) {
             flock(kept->lock, LOCK_SH | LOCK_NB);

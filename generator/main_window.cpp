@@ -52,8 +52,8 @@ void MainWindow::connectInputs() {
         {form.saveBtn, SIGNAL(clicked()), SLOT(savePatterns())},
         {form.calibrateBtn, SIGNAL(clicked()), SLOT(openCalTabCalibration())},
     };
-    // Connecting by signature finds this class's slot update(), not the widget's, because the search starts at this
-    // class.
+    // The base class QWidget has a slot update(), too. With a signature, connect() finds MainWindow::update(), because
+    // it searches MainWindow before its base classes.
     for (const auto &connection : connections) {
         connect(connection.sender, connection.signal, this, connection.slot);
     }
@@ -70,7 +70,7 @@ void MainWindow::update() {
 }
 
 void MainWindow::enableHalconInputs() {
-    // Intentionally, the offsets stay enabled if no data is encoded, although they are not sent then.
+    // If no data is encoded, the offsets are not passed to the library, but their fields intentionally stay enabled.
     const bool encodesSpacing = form.halconEncodeSpacing->isChecked();
     form.halconThickness->setEnabled(encodesSpacing);
     form.halconOffsetXSpacings->setEnabled(!encodesSpacing);

@@ -26,8 +26,8 @@ public:
     MainWindow();
 
 public slots:
-    // Enables or disables the Halcon inputs, recomputes the shown values and draws the pattern again. Its name
-    // intentionally hides the widget's repaint operation.
+    // Enables or disables the Halcon inputs, recomputes the fields that only show computed values, and draws the
+    // pattern again. The name `update` intentionally hides QWidget::update().
     void update();
 
     // Asks for a file name and makes the library write all current patterns to that file. The name's ending selects the
@@ -54,7 +54,8 @@ private:
     PatternType currentPatternType() const;
     // Returns the number of patterns that the form describes: 1 on every page except Assembly.
     std::int32_t patternCount() const;
-    // Writes one pattern below its element of "Patterns"; `patternIndex` counts from 0.
+    // Writes the parameters of one pattern below `patternItem`, which is the element for this pattern in the command's
+    // "Patterns" parameter. `patternIndex` counts from 0.
     void writePatternParameters(const TreeItem &patternItem, std::int32_t patternIndex) const;
     void writeOfficialPattern(const TreeItem &patternItem) const;
     void writeSinglePattern(const TreeItem &patternItem) const;

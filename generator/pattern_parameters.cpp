@@ -1,5 +1,5 @@
 // Translates the form's values into the parameters of the library's pattern command. The order in which the nodes of a
-// pattern are written is fixed, and pattern_parameters_test compares it. For parameters that are not written here, the
+// pattern are written is fixed, and pattern_parameters_test checks it. For parameters that are not written here, the
 // command's defaults are used intentionally.
 #include <QCheckBox>
 #include <QComboBox>

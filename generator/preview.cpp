@@ -17,7 +17,8 @@ constexpr std::int32_t previewImageSize = 2000;
 
 void MainWindow::generatePreview() {
     const TreeCommand command("GenerateCalibrationPattern");
-    // This is the command's own "Encoding". A Halcon pattern has a second one in its element of "Patterns".
+    // This "Encoding" belongs to the whole command. A Halcon pattern also has its own "Encoding", which
+    // writePatternParameters sets.
     command.parameters()["Encoding"] = true;
     command.parameters()["ImageSize"] = previewImageSize;
     writePatternParameters(command.parameters()["Patterns"][0], 0);

@@ -4,7 +4,8 @@
 
 class LmLibException;
 
-// Shows the failure and the value of its node in a modal box, and returns when the user has closed the box. Parts of
-// the library's tree that cannot be read are left out. On any thread except the application's, or without an
-// application, it shows nothing and rethrows the exception that is being handled.
+// Opens a modal box that shows the failure and the value of the library node at which it occurred. Returns when the
+// user has closed the box. If the node's value cannot be read, the box shows "Unavailable" instead. If the texts of a
+// failed command cannot be read, they are left out. On any thread except the application's, or without an application,
+// this function shows nothing and rethrows the exception that is being handled.
 void showErrorReport(const LmLibException &exception);

@@ -34,17 +34,19 @@ public:
     void execute(std::int32_t *resultOut, const std::string &commandNameOverride, bool wait) const;
     // Executes the command under its own name, and then calls checkResult with the result code.
     void execute(bool wait) const;
-    // Unless the code is 0, throws LmLibException with the slot's path and shared ownership of the temporary slot.
+    // Unless the code is 0, throws LmLibException with the slot's path. If the constructor made a new slot, the
+    // exception shares the ownership of this slot.
     void checkResult(std::int32_t code) const;
 
-    // True if the command has ended or was never started, or if the query fails. The result code of the query goes to
-    // `resultOut`, which may be null; an absent node is not a failure.
+    // Queries the type of the node "Command", up to twice. True if the command has ended or was never started, or if
+    // the first query fails; false if only the second query fails. The result code of the last query goes to
+    // `resultOut`, which may be null. If the node does not exist, this code is 0.
     bool finished(std::int32_t *resultOut = nullptr) const;
-    // True if the result has no error symbol, or if the query fails. The result code of the query goes to
-    // `resultOut`, which may be null.
+    // Queries the type of the node "ErrorSymbol" of the result. True if the node does not exist, or if the query fails.
+    // The result code of the query goes to `resultOut`, which may be null. If the node does not exist, this code is 0.
     bool successful(std::int32_t *resultOut = nullptr) const;
-    // Throws LmLibException with code 17 unless the command has finished successfully. If a query fails, the exception
-    // has the code of the query.
+    // Throws LmLibException with code 17 if the command has not finished, or if its result has an "ErrorSymbol". A
+    // command that was never started counts as finished. If a query fails, the exception has the code of the query.
     void assertSuccessful() const;
 
 private:

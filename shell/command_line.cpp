@@ -102,9 +102,9 @@ CommandLine &CommandLine::addCommand(const std::string &name, const std::string 
     return *commands.back();
 }
 
-void CommandLine::describeCommands(const std::string &label) {
+void CommandLine::describeCommands(const std::string &label, const std::string &helpAllDescription) {
     parser->get_formatter()->label("SUBCOMMAND", label);
-    parser->set_help_all_flag("--help-all", "Print this help message with the options of every kind");
+    parser->set_help_all_flag("--help-all", helpAllDescription);
 }
 
 void CommandLine::setFooter(const std::string &text) {

@@ -1,10 +1,10 @@
 // Declares the options and commands of a command-line program, parses the arguments into the program's variables, and
 // prints the help. It does not run the program's work; program_run.h does.
 //
-// It hides CLI11, whose only header takes compilers longer than all the rest of such a program. Help lists options in
-// the order in which they were added. A variable that was given to add() or addFlag() keeps its value if the option is
-// absent, and must exist until parse() returns. Options and commands are valid as long as the CommandLine that made
-// them.
+// It hides CLI11 because the headers of CLI11 take longer to compile than all the rest of such a program. Help lists
+// options in the order in which they were added. A variable that was given to add() or addFlag() keeps its value if the
+// option is absent, and must exist until parse() returns. Options and commands are valid as long as the CommandLine
+// that made them.
 #pragma once
 
 #include <functional>
@@ -65,9 +65,9 @@ public:
 
     const std::string &name() const { return ownName; }
 
-    // Adds an option that sets a variable. `names` is such as "-o,--output", or "PHOTO" for arguments without an
-    // option's name. Value may be std::string, std::vector<std::string>, double, unsigned, int, std::optional<int> or
-    // std::optional<double>.
+    // Adds an option that sets a variable. `names` gives the option's names, as in "-o,--output". For a positional
+    // argument, it is a name without a dash, such as "PHOTO". Value may be std::string, std::vector<std::string>,
+    // double, unsigned, int, std::optional<int> or std::optional<double>.
     template <typename Value>
     Option add(const std::string &names, Value &value, const std::string &description);
 
@@ -82,12 +82,13 @@ public:
     void addVersion(const std::string &text);
 
     // Adds a command with options of its own, such as "official" of "draw_pattern official --plate Plate12". At most
-    // one command may be given. `whenGiven` is called if it is this one. Help lists the commands below `title`.
+    // one command may be given; parse() calls the `whenGiven` of that command. Help lists the commands below `title`.
     CommandLine &addCommand(const std::string &name, const std::string &title, const std::string &description,
                             std::function<void()> whenGiven);
 
-    // Help calls a command by this name, such as KIND, and --help-all prints the options of all commands.
-    void describeCommands(const std::string &label);
+    // Sets the placeholder that stands for a command in the help, such as KIND. Also adds the option --help-all, which
+    // prints the options of all commands. The help describes this option with the text `helpAllDescription`.
+    void describeCommands(const std::string &label, const std::string &helpAllDescription);
 
     // Help ends with this text.
     void setFooter(const std::string &text);
@@ -100,7 +101,7 @@ private:
     CommandLine(const std::string &name, CLI::App &command);
 
     std::string ownName;
-    std::unique_ptr<CLI::App> program;  // null for a command, whose parser belongs to that of the program
+    std::unique_ptr<CLI::App> program;  // null for a command; the program's parser owns the command's parser
     CLI::App *parser;
     std::vector<std::unique_ptr<CommandLine>> commands;
 };

@@ -55,8 +55,10 @@ void addOutput(CommandLine &line, Arguments &arguments) {
         .typeName("FILE")
         .oneValueEachTime();
     line.add("--resolution", outputs.resolution, "Pixels per inch of a .png file").typeName("DPI");
-    addPair(line, "--print-scale", outputs.printScale, ',', "X,Y",
-            "Measured length divided by true length of a print at 100 %, such as 0.995,1; corrects the next print");
+    addPair(
+        line, "--print-scale", outputs.printScale, ',', "X,Y",
+        "Measured length divided by true length on a print at 100 %, from left to right and from top to bottom of the "
+        "page, such as 0.995,1; corrects the next print");
     const auto takePaper = [&outputs](const std::string &text) -> std::string {
         if (const auto size = pairOf<double>(text, 'x')) {
             outputs.paper = *size;
@@ -81,7 +83,7 @@ CommandLine &addKind(CommandLine &line, Arguments &arguments, TargetKind kind, c
         arguments.choice.kind = kind;
     });
     command.addFlag("--inverted", arguments.choice.isInverted, "Exchanges dark and light");
-    command.addFlag("--plain", arguments.choice.isPlain, "Draws no code");
+    command.addFlag("--plain", arguments.choice.isPlain, "Draws the pattern without its code");
     addOutput(command, arguments);
     return command;
 }
@@ -105,8 +107,8 @@ void addKinds(CommandLine &line, Arguments &arguments) {
                                   "A board of 15 x 15 corners that encodes its grid spacing and thickness");
     addGridSpacing(custom, arguments);
 
-    CommandLine &flexible =
-        addKind(line, arguments, TargetKind::Flexible, "flexible", "A board of any size, cut out of one large plane");
+    CommandLine &flexible = addKind(line, arguments, TargetKind::Flexible, "flexible",
+                                    "A board of any size; it is a freely chosen part of one large coded plane");
     addPair(flexible, "--size", choice.gridSize, 'x', "CxR", "Columns and rows of inner corners").required();
     addGridSpacing(flexible, arguments);
     addPair(flexible, "--offset", choice.offset, ',', "X,Y",
@@ -129,14 +131,14 @@ void addOptions(CommandLine &line, Arguments &arguments) {
     addKinds(line, arguments);
     line.addFlag("--list", arguments.listsPlates, "Lists the official plates");
     line.add("--json", arguments.parameterFile,
-             "Draws with the library's parameters in this JSON file; - stands for standard input")
+             "Draws what the library's parameters in this JSON file describe; - stands for standard input")
         .typeName("FILE");
     line.add("--from", arguments.patternFile,
-             "Draws the patterns of this pattern file (a .json that was written before) again")
+             "Draws the patterns of this pattern file again (a .json file that draw_pattern or LmCalTab wrote)")
         .typeName("FILE");
     addOutput(line, arguments);
     line.addVersion("draw_pattern " LMCALTAB_VERSION);
-    line.describeCommands("KIND");
+    line.describeCommands("KIND", "Print this help message with the options of all kinds of pattern");
     line.setFooter(
         "Examples:\n"
         "  draw_pattern flexible --size 15x9 --grid-spacing 25 -o target.pdf -o target.json\n"

@@ -46,7 +46,7 @@ struct Outputs {
 void drawChoice(const PatternChoice &choice, const Outputs &outputs);
 
 // Does the same as drawChoice with parameters from a JSON file; "-" is standard input. The file's object becomes the
-// command's "Parameters". If there are no outputs, writes the file that "Filename" in the JSON names.
+// command's "Parameters". If `outputs` has no files, the object's "Filename" is the file to write.
 void drawParameters(const std::string &file, const Outputs &outputs);
 
 // Draws the patterns of a pattern file (docs/pattern-file.md) again, with the parameters with which the file was made.

@@ -17,9 +17,9 @@
 
 namespace {
 
-// Milliseconds until a tip is hidden: after a mouse button was used or the window lost the focus, and after the mouse
-// left the place that the tip is about.
+// Milliseconds until a tip is hidden after a mouse button was used or a window lost the focus.
 constexpr int PressHideInterval = 500;
+// Milliseconds until a tip is hidden after the mouse left the place that the tip is about, or left any widget.
 constexpr int LeaveHideInterval = 10000;
 
 // Returns how long a text is shown, in milliseconds: 10 s, and 40 ms more for each character beyond 100.

@@ -15,8 +15,8 @@ PlaceholderTable &placeholderTable() {
     return table;
 }
 
-// The library's texts are in the local encoding, but the table's texts are UTF-8. If a text is valid UTF-8, it stays
-// unchanged in every locale, because in the C locale a conversion would lose characters. Other texts are converted.
+// The table's texts are UTF-8, but the library's texts are in the local encoding. A text that is already valid UTF-8 is
+// not converted, because the conversion would lose characters if the locale is the C locale. Other texts are converted.
 std::string utf8FromLocal8Bit(const std::string &text) {
     QTextCodec::ConverterState state;
     const int size = static_cast<int>(text.size());

@@ -3,8 +3,8 @@
 // The tool tip replaces the placeholders in its texts. Other code that needs the address calls replacePlaceholders()
 // itself. It is not checked whether the page behind a link exists.
 //
-// Use these functions only on the GUI thread. The table is written once at start-up and only read afterwards. Both
-// strings of a pair are UTF-8.
+// Use these functions only on the GUI thread. Each process has one table of placeholders and their replacements. It is
+// written once at start-up and only read afterwards. All its strings are UTF-8.
 #pragma once
 
 #include <QString>

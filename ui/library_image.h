@@ -18,9 +18,10 @@ class QGraphicsView;
 // Returns the picture of the item at `path`; null if the item has no bytes. First, every byte is multiplied by
 // `valueScale`, rounded (half away from zero) and clamped to 0 to 255. Next, the picture is turned clockwise by 90
 // degrees `quarterTurns` times, or not at all if `quarterTurns` is not positive. Last, the picture is mirrored.
-// `rotate180` mirrors in both directions; together with `mirrorHorizontally`, only the vertical mirroring is left, and
-// vice versa. Throws LmLibException with code 7 (InternalError) if the library copies more or fewer bytes than the item
-// has, and with code 16 (BufferNotDivisibleByElementSize) if the number of bytes is not width x height x channels.
+// `rotate180` mirrors in both directions. Mirroring twice in the same direction has no effect: `rotate180` together
+// with `mirrorHorizontally` only mirrors vertically, and together with `mirrorVertically` only horizontally. Throws
+// LmLibException with code 7 (InternalError) if the library copies more or fewer bytes than the item has, and with
+// code 16 (BufferNotDivisibleByElementSize) if the number of bytes is not width x height x channels.
 QImage imageFromBinaryItem(const std::string &path, bool mirrorHorizontally, bool mirrorVertically, bool rotate180,
                            double valueScale, std::int32_t quarterTurns);
 

@@ -3,9 +3,9 @@
 // The form has no behaviour of its own. Its only connections are those that QMetaObject::connectSlotsByName makes. It
 // does not fill the choice lists; the list of official plates fills itself.
 //
-// The window owns everything through the usual parents, so the pointers are valid as long as the window's widgets
-// exist. Use it only on the GUI thread. Lengths are in millimetres. The object name of a widget or layout is the name
-// of its member. Every text is translated with the context "MainWindow".
+// The window owns all widgets, layouts and spacers through Qt's parent-child relation, so the pointers are valid as
+// long as the window's widgets exist. Use the form only on the GUI thread. Lengths are in millimetres. The object name
+// of a widget or layout is the name of its member. Every text is translated with the context "MainWindow".
 #pragma once
 
 class CalTabComboBox;

@@ -146,7 +146,7 @@ void MainWindowForm::retranslateHalconPage() {
         QCoreApplication::translate("MainWindow",
                                     "<html><head/><body><p>Specifies the outer dimension of the border around the "
                                     "pattern.</p></body></html>"));
-    // The placeholder is replaced only when the tool tip is shown.
+    // %MANUAL% is replaced only when the tool tip is shown.
     halconGridSpacing->setToolTip(QCoreApplication::translate(
         "MainWindow",
         "<html><head/><body><p>Shows the resulting <a href=\"%MANUAL%/guides/calibration/patterns.html\"><span "

@@ -14,8 +14,8 @@ void MainWindow::savePatterns() {
     if (fileName.isEmpty()) {
         return;
     }
-    // Only a name without a dot gets the extension .pdf, even if the user has selected the filter for JSON files.
-    // Whatever follows a dot counts as the user's own extension.
+    // A name without a dot gets the extension .pdf, even if the user has selected the filter for JSON files. Any other
+    // name stays as it is: whatever follows a dot counts as the user's own extension.
     if (!QFileInfo(fileName).fileName().contains(QLatin1Char('.'))) {
         fileName += QStringLiteral(".pdf");
     }

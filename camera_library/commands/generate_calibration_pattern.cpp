@@ -73,7 +73,7 @@ Node generateCalibrationPattern(const Node &parameters) {
         result.emplace("Patterns", previewsOf(document, *request.imageSize));
     }
     // The files are written last, so that they are written only if everything else has succeeded. Nothing may fail
-    // after that, so the result's node "Files" is made before the files are written.
+    // after the files are written, so the result's node "Files" is made beforehand.
     if (request.fileName) {
         Node &names = result["Files"];
         NodeArray written = save(document, *request.fileName);

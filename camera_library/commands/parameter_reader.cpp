@@ -123,7 +123,8 @@ void ParameterReader::allowOnly(const std::vector<std::string_view> &names, std:
         }
         throw CommandFailure{"InvalidParameter", "Parameter " + fullName(child.first) + " is " +
                                                      describe(child.second) + ", but " + std::string(what) +
-                                                     " has no such parameter; allowed are " + list + "."};
+                                                     " has no such parameter. The allowed parameters are " + list +
+                                                     "."};
     }
 }
 
@@ -182,7 +183,7 @@ std::optional<std::array<double, 2>> ParameterReader::numberPair(std::string_vie
     }
     const auto value = pairWithin<double>(*child, range, numberWithin);
     if (!value) {
-        failValue(name, "an array of two, each " + numberDescription(range));
+        failValue(name, "an array of two elements, each " + numberDescription(range));
     }
     return value;
 }
@@ -194,7 +195,7 @@ std::optional<std::array<int, 2>> ParameterReader::integerPair(std::string_view 
     }
     const auto value = pairWithin<int>(*child, range, integerWithin);
     if (!value) {
-        failValue(name, "an array of two, each " + integerDescription(range));
+        failValue(name, "an array of two elements, each " + integerDescription(range));
     }
     return value;
 }

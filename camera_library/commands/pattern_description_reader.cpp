@@ -20,7 +20,7 @@ const PatternType &readType(const ParameterReader &reader) {
                 names += (names.empty() ? "\"" : ", \"") + std::string(each.name) + '"';
             }
         }
-        reader.failValue("Type", names + R"( or the type of a plate that "GetModelInfo" lists)");
+        reader.failValue("Type", names + R"(, or the type of a plate in the list that "GetModelInfo" returns)");
     }
     return *type;
 }
@@ -36,7 +36,7 @@ void allowParametersOf(const PatternType &type, const ParameterReader &reader) {
 std::array<int, 2> readGridSize(const ParameterReader &reader) {
     const auto gridSize = reader.integerPair("GridSize", gridSizeRange);
     if (!gridSize) {
-        reader.failMissing("GridSize", "an array of two, each " + integerDescription(gridSizeRange));
+        reader.failMissing("GridSize", "an array of two elements, each " + integerDescription(gridSizeRange));
     }
     return *gridSize;
 }
@@ -65,8 +65,8 @@ double readBoardValue(const ParameterReader &reader, PatternParameter parameter,
     const std::string_view name = nameOf(parameter);
     const std::optional<double> value = reader.number(name, range);
     if (value && !equalsCatalogue(*value, ofBoard)) {
-        reader.failValue(name,
-                         numberText(ofBoard) + " mm, as the catalogue has it for \"" + std::string(board.type) + '"');
+        reader.failValue(
+            name, numberText(ofBoard) + " mm, the value of \"" + std::string(board.type) + "\" in the catalogue");
     }
     return ofBoard;
 }
@@ -119,8 +119,9 @@ PatternDescription readPatternDescription(const ParameterReader &reader, bool en
     for (const PatternParameter parameter : type.parameters) {
         readParameter(reader, parameter, board, description);
     }
-    // A pattern on the code's plane is always cut out at the place that its offset states, so an absent "Offset"
-    // becomes 0, 0. The code of a plate holds an offset only if "Offset" is given.
+    // A pattern that is cut out of the plane of the position code needs an offset, which states where it is cut out. So
+    // an absent "Offset" means 0, 0. The code of a plate holds an offset only if "Offset" is given, and holds other
+    // values otherwise. So an absent "Offset" of a plate stays absent.
     if (type.codeCarrier == CodeCarrier::Plane && !description.offset) {
         description.offset = {0.0, 0.0};
     }

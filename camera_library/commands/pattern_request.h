@@ -8,7 +8,7 @@
 //                 output/file_formats.cpp. The formats .svg, .png and .dxf have one page per file and write a document
 //                 of several pages to numbered files: name-00.svg, name-01.svg, ...
 //   "Resolution"  integer, 20 to 4800, default 600: dots per inch of a .png file, which has at most 65,535 pixels along
-//                 each side. No other file is drawn differently
+//                 each side. "Resolution" does not affect how files of other formats are drawn
 //   "PrintScale"  two numbers, 0.9 to 1.1, for x and y: the printed length divided by the true length, as measured on a
 //                 print made at 100 %. On the pages of a file, lengths along x are divided by the first number and
 //                 lengths along y by the second, so that the next print has the true size. Captions and the pattern

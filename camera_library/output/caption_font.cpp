@@ -144,7 +144,7 @@ std::vector<std::vector<GlyphPoint>> captionGlyph(unsigned char character) {
     GlyphReader reader(data);
     const int count = reader.signedWord();
     if (count < 0) {
-        throw std::logic_error("The captions' font has a glyph that is made of others.");
+        throw std::logic_error("The captions' font has a glyph that is made of other glyphs.");
     }
     reader.skip(8);  // the bounding box
     std::vector<std::vector<GlyphPoint>> curves(static_cast<std::size_t>(count));

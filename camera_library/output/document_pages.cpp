@@ -32,16 +32,17 @@ std::string limitText(const DrawingOptions &options, const std::optional<SheetPl
                std::to_string(maximumSheets) + " are allowed.";
     }
     if (options.paper && options.sheets.value_or(false)) {
-        return "cannot be split over sheets of this paper, because a square is larger than a sheet.";
+        return "cannot be split over sheets of this paper: with margins, check bars and a caption, a sheet has so "
+               "little room that a cut would have to run through a square, mark or dot.";
     }
     if (options.paper) {
         return "does not fit on the paper with its quiet zone, check bars and margins; set \"Sheets\" to true to split "
                "it over several sheets.";
     }
     const std::string side = numberText(largestPageSide);
-    return "needs a page larger than a file can have; with its quiet zone, check bars and margins it must fit on a "
-           "page of " +
-           side + " mm x " + side + " mm.";
+    return "is too large for one page; with its quiet zone, check bars, caption and margins, it must fit on a page "
+           "of " +
+           side + " mm x " + side + " mm. This limit of PDF applies to all formats with pages.";
 }
 
 }  // namespace

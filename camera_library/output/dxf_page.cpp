@@ -94,7 +94,7 @@ public:
     void addText(const PageText &text, const Placement &placement) {
         addEntity("TEXT", captionLayer);
         addPoint(placement.at(text.start));
-        constexpr double capitalsPerSize = 0.729;  // a text's height is the height of its capitals
+        constexpr double capitalsPerSize = 0.729;  // in DXF, the height of a text is that of its capitals
         addLength(40, text.size * capitalsPerSize);
         add(1, asciiText(text.text));
         add(50, text.isUpwards ? 90 : 0);

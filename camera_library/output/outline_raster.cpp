@@ -20,8 +20,8 @@ std::uint8_t greyOf(std::uint32_t area) {
     return static_cast<std::uint8_t>(255U - (enclosed * 255U + pixelArea / 2U) / pixelArea);
 }
 
-// An edge stores its slopes, because one division takes longer than all other work that a row of pixels needs for the
-// edge.
+// An edge stores its slopes so that they are not computed again in every row of pixels. The division for a slope takes
+// longer than all other work on the edge in one row.
 struct Edge {
     PixelPoint top;
     PixelPoint bottom;
@@ -52,8 +52,9 @@ public:
     std::int32_t top() const { return position.y; }
     bool isDone() const { return edge == end; }
 
-    // Adds what the chain contributes to `changes` in one row of pixels. A change is the enclosed area of a pixel minus
-    // that of the pixel to its left. `rowEnd` is the y of the row's lower edge. The next call continues there.
+    // Adds the chain's changes in one row of pixels to those already in `changes`. A change is the enclosed area of a
+    // pixel minus that of the pixel to its left. `rowEnd` is the y of the row's lower edge. The next call continues
+    // there.
     void addRow(std::int32_t rowEnd, std::uint32_t *changes) {
         std::int32_t left = position.x;
         std::int32_t right = position.x;
@@ -217,7 +218,7 @@ private:
     static constexpr std::uint32_t spare = step + 1;
     std::uint32_t width;
     std::vector<std::uint8_t> greys;
-    std::vector<std::uint32_t> changes;  // difference of the enclosed area from the previous pixel
+    std::vector<std::uint32_t> changes;  // the enclosed area of each pixel minus that of the pixel to its left
 };
 
 }  // namespace

@@ -5,9 +5,9 @@
 // The outlines are split into chains of edges that only go down or only go up. Each row of pixels has a list of
 // differences: the enclosed area of each pixel minus that of the pixel to its left. A chain changes only the
 // differences of the pixels that it passes through and of the next pixel to the right. Adding up the differences from
-// left to right gives the enclosed areas. Between the pixels that chains have changed, the enclosed area stays the
-// same, so these pixels are filled with one grey value without adding anything up. Apart from this filling, the time
-// grows only with the length of the outlines.
+// left to right gives the enclosed areas. Where no chain has changed a difference, the enclosed area is the same from
+// pixel to pixel. Such a run of pixels is filled with one grey value without adding anything up. Apart from this
+// filling, the time grows only with the length of the outlines.
 #pragma once
 
 #include <cstddef>

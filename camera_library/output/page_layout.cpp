@@ -36,8 +36,9 @@ double wholeSteps(double length) {
 }
 
 // Places one bar to the left of the pattern and the other below it. If the pattern is small, the bars are placed
-// farther away from it, so that they do not overlap each other. `block` is the size of the pattern with its quiet zone.
-// `freeX` is the distance from its left side to the page's margin, and `freeY` that from its lower side.
+// farther away from it, so that they do not overlap each other. `block` is the size of what the page shows:
+// the pattern with its quiet zone, or a part of them. `freeX` is the distance from the left side of the block to the
+// margin of the page. `freeY` is the distance from the lower side of the block to the margin.
 void placeBarsAlongside(PageLayout &layout, PageSize block, double freeX, double freeY) {
     const Point centre{layout.area.width / 2.0, layout.area.height / 2.0};
     const double reach = longestBar / 2.0;

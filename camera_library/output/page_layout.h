@@ -44,8 +44,9 @@ struct PageLayout {
 // custom size. The result is empty if a side of that page would exceed largestPageSide.
 //
 // The printer multiplies all lengths by `printScale`, so drawing divides them by `printScale`. If the scale of an axis
-// is less than 1, drawing makes everything longer along this axis. The area must still fit on the paper, so it is
-// shorter than the paper by this factor. Along any other axis, the area is as long as the paper.
+// is less than 1, drawing makes everything longer along this axis. The drawn area must still fit on the paper, so
+// PageLayout::area is shorter than the paper: its length along this axis is the paper's length times the scale. Along
+// any other axis, the area is as long as the paper.
 std::optional<PageLayout> layOutPage(const PatternGeometry &geometry, std::array<double, 2> printScale = {1.0, 1.0});
 
 // Lays out a page on this paper; empty if the pattern does not fit on it.

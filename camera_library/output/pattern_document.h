@@ -40,7 +40,7 @@ struct DrawingOptions {
 constexpr int defaultResolution = 600;
 
 struct PatternDocument {
-    bool encodingParameter = true;  // the "Encoding" of the whole command; a plate has its own, too
+    bool encodingParameter = true;  // the command's "Encoding"; a Halcon-style plate also has an "Encoding" of its own
     DrawingOptions options;
     std::vector<DrawnPattern> patterns;  // at least one
 };

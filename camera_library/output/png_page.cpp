@@ -76,7 +76,8 @@ private:
 
     // Every control point, that is, every point off the curve, stands for a piece of the curve. The piece begins at the
     // previous point if that point is on the curve, otherwise in the middle between the previous point and the control
-    // point. By the same rule, the piece ends at the next point or in the middle before it.
+    // point. The piece ends at the next point if that point is on the curve, otherwise in the middle between the
+    // control point and the next point.
     void addCurve(const std::vector<GlyphPoint> &curve, PixelOutlines &outlines) const {
         constexpr int steps = 8;
         for (std::size_t i = 0; i < curve.size(); ++i) {
@@ -157,7 +158,8 @@ void addHeader(std::string &png, PixelSize size, double pixelsPerMm) {
     std::size_t start = beginChunk(png, "IHDR");
     appendNumber(png, static_cast<std::uint32_t>(size.width));
     appendNumber(png, static_cast<std::uint32_t>(size.height));
-    png.append({8, 0, 0, 0, 0});  // 8 bits, grey, the only methods of compression and filtering, not interlaced
+    // 8 bits per pixel, grey, compression method 0, filter method 0 (PNG has only these two methods), not interlaced
+    png.append({8, 0, 0, 0, 0});
     endChunk(png, start);
     start = beginChunk(png, "pHYs");
     const auto perMetre = static_cast<std::uint32_t>(std::lround(pixelsPerMm * 1000.0));

@@ -4,7 +4,7 @@
 //
 // A page is laid out in the size of the finished print. When the page is drawn, all lengths are divided by the
 // document's print scale, because the printer multiplies them by that scale. The page's placement does this division
-// and leaves the middle of the paper where it is.
+// and puts the middle of the area that was laid out on the middle of the paper.
 #pragma once
 
 #include <optional>
@@ -43,7 +43,8 @@ struct PrintedPage {
     // The part of the pattern that is on the page, in the coordinates of the pattern's geometry. If empty, the whole
     // pattern is on the page.
     std::optional<Rectangle> window;
-    std::vector<Rectangle> lines;  // cut marks, or the lines of the plan of sheets; they do not overlap
+    // The cut marks, or the lines of the drawing that shows how the sheets fit together. They do not overlap.
+    std::vector<Rectangle> lines;
     std::vector<CheckBar> bars;
     std::vector<PageText> texts;  // all texts except the labels of the bars
 

@@ -30,7 +30,7 @@ std::vector<std::int32_t> horizontalEdges(const std::vector<PixelRectangle> &rec
 }
 
 // Sorts values that usually consist of two sorted runs: first the edges of a row's squares, then the edges of their
-// marks. `room` only keeps its memory from one call to the next.
+// marks. `room` is working memory. The caller keeps it between calls, so that it need not be allocated each time.
 void sortRuns(std::vector<std::int32_t> &values, std::vector<std::int32_t> &room) {
     const auto secondRun = std::is_sorted_until(values.begin(), values.end());
     if (secondRun == values.end()) {
@@ -123,8 +123,8 @@ public:
 private:
     // If several bands share a row of pixels, the row is the sum of their greys, weighted by their shares of the row's
     // height in 1/256. The shares add up to 256. So the sum fits into 16 bits, even with 128 added for rounding, and
-    // the vectorised loops handle more pixels at once than with 32 bits. Usually only two bands share a row, so the
-    // first one is added when the second one is known, in the same loop.
+    // the vectorised loops handle more pixels at once than with 32 bits. Usually only two bands share a row. So
+    // beginRow does not add the first band yet, and endRow adds both bands in one loop.
     void beginRow(std::uint16_t share, const std::uint8_t *greys) {
         firstShare = share;
         firstGreys = greys;
@@ -218,8 +218,9 @@ std::vector<std::uint8_t> rasterRectangles(std::vector<PixelRectangle> rectangle
 
     Sweep sweep(rectangles, width);
     RowWriter writer(width, height);
-    // The bands that were used last, the latest first. The bands above and below the marks in a row of squares look the
-    // same, and so do those in the next row but one.
+    // The bands that were used last, the latest first. They are kept because the same bands occur again: in a row of
+    // squares, the band above the marks looks like the band below the marks, and both of them look like the bands above
+    // and below the marks in the next row but one.
     std::array<Band, 4> bands;
     bands.fill({{}, std::vector<std::uint8_t>(static_cast<std::size_t>(width), 255)});
     for (std::size_t edge = 0; edge + 1 < edges.size(); ++edge) {

@@ -67,7 +67,7 @@ constexpr double textStep = 5.0;
 // Returns the number of a sheet as a text in the middle of the sheet's place in the plan.
 PageText numberIn(const Rectangle &place, std::size_t number) {
     constexpr double largest = 12.0;
-    constexpr double halfDigit = 0.36;  // half the height of a digit, in text sizes
+    constexpr double halfDigit = 0.36;  // half the height of a digit at text size 1
     const double width = place.right - place.left;
     const double height = place.bottom - place.top;
     PageText text{std::to_string(number), std::min({largest, width / 2.5, height / 2.5}), {}, false};

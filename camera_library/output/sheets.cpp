@@ -42,8 +42,8 @@ std::vector<double> cutsFor(const Extent &extent, double longest) {
     }
 }
 
-// Like cutsFor, with as many sheets, but the sheets are about equally long: the longest of them is as short as
-// possible, to within 0.01 mm.
+// Returns the same number of cuts as cutsFor, but chooses their places so that the longest sheet is as short as
+// possible, to within 0.01 mm. This makes the lengths of the sheets more even.
 std::vector<double> evenCuts(const Extent &extent, double longest) {
     std::vector<double> cuts = cutsFor(extent, longest);
     double tooShort = 0.0;

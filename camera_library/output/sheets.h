@@ -32,9 +32,10 @@ struct SheetPlan {
     Rectangle window(std::size_t column, std::size_t row) const;
 };
 
-// Returns the plan with the fewest sheets, all of about the same size. If the paper may be turned, it is in landscape
-// only if that saves sheets or if portrait is impossible. No cut runs through a square, a mark or a dot. The result is
-// empty if the paper is too small for such cuts. The number of sheets has no limit here.
+// Returns the plan with the fewest sheets. The cuts are placed so that, along x and along y, the longest sheet is as
+// short as possible. If the paper may be turned, it is in landscape only if that saves sheets or if portrait is
+// impossible. No cut runs through a square, a mark or a dot. The result is empty if the paper is so small that a cut
+// would have to run through one of them. The number of sheets has no limit here.
 std::optional<SheetPlan> planSheets(const PatternGeometry &geometry, const Paper &paper,
                                     std::array<double, 2> printScale);
 

@@ -9,7 +9,7 @@ namespace lmlib64 {
 
 // One board. Lengths are in millimetres; texts are UTF-8 and live as long as the program.
 struct CatalogueBoard {
-    std::string_view name;  // shown to users, who choose by it: outer size and grid spacing
+    std::string_view name;  // outer size and grid spacing as text; users choose a board by its name
     std::string_view type;  // short identifier, never empty
     double gridSpacing;     // the length of two squares; the outer size is 8 times as long
     double thickness;       // 0 to 5

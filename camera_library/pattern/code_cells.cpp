@@ -31,10 +31,10 @@ bool blockHoldsOffset(const PatternDescription &description) {
     return description.type->codeCarrier == CodeCarrier::Plate && description.offset;
 }
 
-// Returns the content of the pattern's information block: the offset of a plate, if it has one, otherwise the grid
-// spacing with the thickness or with the number in an assembly. Empty if one of these lengths is not a whole multiple
-// of the unit that the block uses. The thickness of an Assembly pattern is checked, too, although its block does not
-// hold it.
+// Returns the content of the pattern's information block. For a plate with an offset, this is the offset. Otherwise it
+// is the grid spacing and a second value: the pattern's number for an Assembly pattern, the thickness for all others.
+// Empty if one of these lengths is not a whole multiple of the unit that the block uses. For an Assembly pattern, the
+// thickness is checked, too, although the block does not hold the thickness.
 std::optional<BlockContent> contentOf(const PatternDescription &description) {
     BlockContent content;
     if (blockHoldsOffset(description)) {
@@ -143,9 +143,10 @@ std::optional<EncodingFault> planeFault(const PatternDescription &description) {
                                                       (*offset)[1])) {
         return std::nullopt;
     }
-    return EncodingFault{"Offset", unlessPlain("a whole multiple of half the grid spacing, " + numberText(unit) +
-                                               " mm, at this size from " + countsText("x", x.least, x.greatest) +
-                                               " and from " + countsText("y", y.least, y.greatest))};
+    return EncodingFault{"Offset", unlessPlain("N times half the grid spacing (" + numberText(unit) +
+                                               " mm), where N is, at this grid size, a whole number from " +
+                                               countsText("x", x.least, x.greatest) + " and from " +
+                                               countsText("y", y.least, y.greatest))};
 }
 
 std::optional<EncodingFault> blockFault(const PatternDescription &description) {
@@ -154,10 +155,10 @@ std::optional<EncodingFault> blockFault(const PatternDescription &description) {
         return std::nullopt;
     }
     if (blockHoldsOffset(description)) {
-        return EncodingFault{
-            "Offset", unlessPlain("a whole multiple of the grid spacing, " + numberText(description.gridSpacing) +
-                                  " mm, from " + std::to_string(pattern_code::leastBlockOffset) + " to " +
-                                  std::to_string(pattern_code::greatestBlockOffset))};
+        return EncodingFault{"Offset", unlessPlain("N times the grid spacing (" + numberText(description.gridSpacing) +
+                                                   " mm), where N is a whole number from " +
+                                                   std::to_string(pattern_code::leastBlockOffset) + " to " +
+                                                   std::to_string(pattern_code::greatestBlockOffset))};
     }
     PatternDescription withoutThickness = description;
     withoutThickness.thickness = 0.0;

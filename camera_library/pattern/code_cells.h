@@ -1,6 +1,6 @@
 // Makes the code of one pattern. The code states which squares of a checkerboard carry a mark, or which dots a plate
-// has, and what the marks or dots encode. Every value of the description must be in its range. Marks and dots are not
-// drawn here.
+// has, and what the marks or dots encode. Every value of a given PatternDescription must be in the range that its
+// parameter allows. Marks and dots are not drawn here.
 #pragma once
 
 #include <array>

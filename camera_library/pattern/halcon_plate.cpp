@@ -4,8 +4,8 @@ namespace lmlib64 {
 
 namespace {
 
-// Returns the light area inside the frame. The triangle cuts off its top-left corner, so that triangle and frame are
-// one dark shape without an edge between them.
+// Returns the light area inside the frame. The top-left corner of this area is cut off to leave room for the dark
+// triangle, so that triangle and frame are one dark shape without an edge between them.
 Polygon insideOfFrame(double outerSize, double frameWidth, double triangleLeg) {
     const double near = frameWidth;
     const double far = outerSize - frameWidth;
@@ -42,8 +42,8 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
         return geometry;
     }
     // A point is dark if an odd number of shapes contain it. The first shape is the whole plate; the next one makes it
-    // light inside the frame. To exchange dark and light everywhere, another shape of the plate's size would be added,
-    // and the two would cancel each other. So a plate with dark and light exchanged has neither.
+    // light inside the frame. Another shape of the plate's size would exchange dark and light everywhere, but it would
+    // also cancel the first shape. So if dark and light are exchanged, both of these shapes are left out.
     if (polarity) {
         geometry.rectangles.push_back({0.0, 0.0, outerSize, outerSize});
     }

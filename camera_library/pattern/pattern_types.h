@@ -15,7 +15,8 @@ struct CodeCells;
 struct PatternDescription;
 struct PatternGeometry;
 
-// The carrier of a pattern's code: a part of the position code's plane, one of its tiles, or a plate's dots.
+// The carrier of a pattern's code. Plane: a part of the plane of the position code. Tile: one of the tiles of the
+// position code, which are not parts of the plane. Plate: the dots of a plate.
 enum class CodeCarrier { Plane, Tile, Plate };
 
 // The way in which the parameter "Type" selects a type of pattern: "Type" is the type's own name, it names a board of

@@ -7,7 +7,8 @@ namespace lmlib64 {
 
 namespace {
 
-// A shape of any kind. A rectangle is its own extent and has neither pointer.
+// A shape of any kind. `circle` or `polygon` points to the shape. If both are null, the shape is a rectangle and equals
+// `extent`.
 struct Shape {
     Rectangle extent;
     Point ownPoint;  // within the shape or on its outline

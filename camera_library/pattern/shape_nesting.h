@@ -10,8 +10,8 @@ namespace lmlib64 {
 
 // Returns a value for every shape: first the rectangles, then the polygons, then the circles. The value is true if the
 // shape is a hole, that is, if it lies within an odd number of other shapes. The shapes may touch but must not cross.
-// Throws std::bad_alloc. The time is proportional to the number of shapes, multiplied by the number of shapes at the
-// same height.
+// Throws std::bad_alloc. Each shape is compared only with shapes that the horizontal line through its top meets. Apart
+// from sorting the shapes, the time is proportional to the number of these comparisons.
 std::vector<bool> holesOf(const PatternGeometry &geometry);
 
 }  // namespace lmlib64

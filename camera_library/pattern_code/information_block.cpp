@@ -15,9 +15,10 @@ constexpr std::uint32_t blockVersion = 1;
 constexpr std::uint32_t offsetConstant = 0xA5C;
 constexpr std::uint32_t assemblyConstant = 0x0B5;
 
-// The greatest number of unknown bits with which each step of repair is tried. A step that accepts n patterns of wrong
-// bits mistakes random bits for a block with a probability of at most n / 2^(32 - u) if u bits are unknown. The checks
-// of version, kind and ranges divide this probability by more than 32.
+// The greatest numbers of unknown bits with which decoding looks for one wrong byte or two wrong bits, for one wrong
+// bit, and for no wrong bit. If decoding tries n sets of wrong bits and u bits are unknown, it accepts random bits as a
+// block with a probability of at most n / 2^(32 - u). The checks of version, kind and ranges divide this probability by
+// more than 32.
 constexpr int unknownBitsWithWrongByte = 4;
 constexpr int unknownBitsWithWrongBit = 10;
 constexpr int unknownBitsAlone = 16;
@@ -91,7 +92,7 @@ constexpr Polynomial generator = makeGenerator();
 
 // Returns the check bytes that complete the data to a word of the code. They are the remainder of the data's
 // polynomial times x^4, divided by the generator. The compiler computes the generator. If it were computed at its
-// first use, a fork at that moment could leave a half-made table in the child.
+// first use, a fork at that moment could leave the child process with an incomplete generator.
 std::uint32_t checkBytesOf(std::uint32_t data) {
     std::uint32_t remainder = 0;
     for (int byte = 3; byte >= 0; --byte) {
@@ -212,7 +213,8 @@ std::uint32_t dataOf(const BlockContent &content) {
     return head | bits(content.gridSpacing) << 14U | bits(content.assemblyPattern) << 9U | assemblyConstant;
 }
 
-// Tries patterns of wrong bits and keeps the block that results, unless more than one block is possible.
+// Decodes a block by trying sets of wrong bits. The result is empty if no set gives a block, or if different sets give
+// different blocks.
 class BlockSearch {
 public:
     BlockSearch(std::uint64_t seenWord, std::uint64_t unknownBits, BlockCarrier blockCarrier)

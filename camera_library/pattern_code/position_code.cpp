@@ -37,8 +37,8 @@ bool tileBit(int tile, int column, int row) {
 }
 
 OffsetRange offsetRangeForCorners(int count) {
-    // The central corner, number i, lies at the right edge of square i, so the pattern begins i + 1 squares to the left
-    // of it. With the offset 0, the central corner lies on planeOrigin.
+    // `first` is the column or row of the plane at which the pattern begins if the offset is 0. The central corner then
+    // lies on planeOrigin. If its index is i, the squares 0 to i of the pattern lie before the corner.
     const int first = planeOrigin - 1 - centralCorner(count);
     return {-first, planeSide - (count + 1) - first};
 }

@@ -13,8 +13,8 @@
 // Distances. The distance of two windows is the number of bits in which they differ. Take an n by n window of the
 //   plane in any of its four orientations. Its distance is at least planeWindowDistance(n) to every other window of the
 //   plane, to its own rotations, to a window with no marks and to a window with a mark in every square. If one or both
-//   windows belong to tiles, the least distance is tileWindowDistance(n). That comparison counts only squares that
-//   carry the position code in both windows, so no content of an information block can make one place look like
+//   windows belong to tiles, the least distance is tileWindowDistance(n). In this case, only the squares that carry the
+//   position code in both windows are compared, so no content of an information block can make one place look like
 //   another.
 // Threads. Everything is constant and may be used from any thread.
 #pragma once
@@ -42,7 +42,7 @@ constexpr int tileWindowDistance(int n) {
     return n == 7 ? 3 : 6;
 }
 
-// The x and y of the plane's lattice point on which a pattern with the offset 0, 0 has its central corner.
+// A pattern with the offset 0, 0 has its central corner on the plane's lattice point (planeOrigin, planeOrigin).
 constexpr int planeOrigin = planeSide / 2;
 
 // Returns the tile that carries a pattern of an assembly. The patterns are counted from 0 to 17.
@@ -76,13 +76,15 @@ inline bool operator!=(Square a, Square b) {
 }
 
 // Returns the square of the plane that becomes the top-left square of a Flexible pattern with width x height corners,
-// that is (width + 1) x (height + 1) squares. The central corner of the pattern (the corner before the middle if the
-// count is even) lies on the lattice point (planeOrigin + offsetX, planeOrigin + offsetY). Offsets are in squares, that
-// is, in half grid spacings. The result is empty if the pattern would reach beyond the edge of the plane. That cannot
-// happen with offsets from -90 to 90 and up to 91 corners.
+// that is (width + 1) x (height + 1) squares. The central corner of the pattern lies on the lattice point
+// (planeOrigin + offsetX, planeOrigin + offsetY). If the width or the height is even, the central corner is the one
+// before the middle. Offsets are counted in squares; the side of a square is half the grid spacing. The result is empty
+// if the pattern would reach beyond the edge of the plane. That cannot happen with offsets from -90 to 90 and up to
+// 91 corners.
 std::optional<Square> planeWindowForPattern(int width, int height, int offsetX, int offsetY);
 
-// The range of offsets that planeWindowForPattern accepts for a count of corners.
+// The range of offsets along one axis that planeWindowForPattern accepts. It depends on the number of corners along
+// this axis.
 struct OffsetRange {
     int least = 0;
     int greatest = -1;

@@ -23,8 +23,8 @@ std::string libraryFile() {
         length = GetModuleFileNameW(module, file.data(), static_cast<DWORD>(file.size()));
     } while (length == file.size() && length < 32768);
     file.resize(length);
-    // The backslashes are replaced before the conversion, because in some 8-bit encodings the byte of a backslash can
-    // also be the second byte of another character.
+    // The backslashes are replaced before the conversion, because in some multi-byte encodings the byte of a backslash
+    // can also be the second byte of another character.
     std::replace(file.begin(), file.end(), L'\\', L'/');
     const int size =
         WideCharToMultiByte(CP_ACP, 0, file.data(), static_cast<int>(file.size()), nullptr, 0, nullptr, nullptr);

@@ -239,8 +239,8 @@ private:
     // True if the text has no null character, at which the interface's C strings would end.
     static bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
-    // Returns the node to set next. This is a new node or, if the object already has a child of this name, that child.
-    // So the last value of a repeated name counts.
+    // Returns the node that gets the next value: the root, a new element of the innermost open array, or the child
+    // `name` of the innermost open object. If the object already has this child, the new value replaces the old one.
     Node &next() {
         if (containers.empty()) {
             return root;

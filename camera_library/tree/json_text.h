@@ -1,5 +1,5 @@
-// Converts a node and everything below it to JSON text, and back. It uses neither paths nor locks and does not depend
-// on the locale.
+// Converts a node and everything below it to JSON text, and back. The conversion uses neither paths nor locks and
+// does not depend on the locale.
 #pragma once
 
 #include <cstddef>
@@ -13,14 +13,15 @@ namespace lmlib64 {
 
 // The format of numbers and lines; see lmLibGetJson.
 struct JsonFormat {
-    bool pretty = false;           // one line per child, indented by four spaces
-    int precision = 0;             // significant digits of a number that is not whole; 0: as few as identify it
+    bool pretty = false;  // one line per child, indented by four spaces
+    // Significant digits of a number that is not whole; 0: the fewest from which the same number can be read back.
+    int precision = 0;
     bool allowScientific = false;  // exponents for very small and very large numbers
 };
 
 constexpr int maximumJsonPrecision = 18;
 
-// Adds the node's JSON text. Bytes of texts and names that are not UTF-8 become U+FFFD.
+// Adds the node's JSON text. In strings and names, each byte that is not valid UTF-8 becomes U+FFFD.
 void appendJson(std::string &text, const Node &node, const JsonFormat &format);
 
 // Adds the number as JSON; null for infinities and not-a-number.

@@ -141,7 +141,7 @@ LmLibResult Tree::makeUniqueItem(std::string_view parentPath, std::string_view b
     return LmLibResultItemMaximumUniqueCountReached;
 }
 
-// If the current tree ends the wait, sets the wait's code and returns true.
+// Ends the wait if its node has the awaited type or is absent: sets the wait's `code` and `over`, and returns true.
 bool Tree::settle(Wait &wait) const {
     const Node *node = nullptr;
     const LmLibResult code = findNode(root, wait.path, node);

@@ -34,7 +34,7 @@ struct Run {
 
 class Tree {
 public:
-    // Makes a tree whose node "Path" is this object. The numbers of unique items go up to `greatestNumber`.
+    // Makes a tree whose node "Path" is the object `path`. The numbers of unique items go up to `greatestNumber`.
     explicit Tree(NodeObject path, std::uint64_t greatestNumber = std::numeric_limits<std::uint64_t>::max());
 
     // Calls the reader with the node, under the lock, and returns the reader's result. Returns an error if there is no

@@ -72,8 +72,8 @@ TEST_F(LogMessageHandlerTest, writesEachRecordInOnePiece) {
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
     for (const auto &row : rows) {
         const auto writes = writesToStandardError([&] {
-            // The handler is called directly, as the toolkit calls it, because no logging function sends some of the
-            // types that are tested.
+            // The test calls the handler directly, as the toolkit calls it. No logging function sends the unknown type,
+            // and the logging function for a fatal message would end the test.
             handler(row.type, QMessageLogContext("f.cpp", 7, "g", "default"), QString::fromStdString(row.text));
         });
         EXPECT_EQ(writes, row.written.empty() ? Writes() : Writes{row.written + " (f.cpp:7, g)\n\n"});

@@ -33,7 +33,8 @@ start_program() {  # start_program <script JSON>
   pid=$!
 }
 
-wait_until() {  # wait_until <command>: at most half a minute, and while the program runs
+# Repeats a command until it succeeds or the program ends, but at most 100 times: half a minute if the command is quick.
+wait_until() {  # wait_until <command>
   for _ in $(seq 100); do
     eval "$1" && return
     kill -0 $pid 2>/dev/null || return 1
@@ -84,15 +85,15 @@ check 'last call' "$(tail -n 1 "$folder/calls")" lmLibFinalize
 check 'number of finalisations' "$(grep -c lmLibFinalize "$folder/calls")" 1
 check 'commands' "$(grep -o 'Command G.*' "$folder/calls" | tr '\n' ' ')" \
   'Command GetModelInfo Command GenerateCalibrationPattern Command GenerateCalibrationPattern '
-# The dialog may ask for the place of a frame that the window manager has just taken away. The error BadWindow that
-# results is ignored.
+# The dialog may ask for the position of its window frame just after the window manager has removed the frame. The
+# resulting error BadWindow is ignored.
 check 'error stream' "$(grep -v BadWindow "$folder/error")" ''
 
 aborted=$((128 + 6))
 start_program '{"codes": {"lmLibFinalize": 7}}'
 close_program
 check 'exit code when finalising fails' "$code" $aborted
-check 'uncaught when finalising fails' "$(grep -c "instance of 'LmLibException'" "$folder/error")" 1
+check 'uncaught exceptions when finalising fails' "$(grep -c "instance of 'LmLibException'" "$folder/error")" 1
 check 'last call when finalising fails' "$(tail -n 1 "$folder/calls")" \
   'lmLibWriteDebugMessage LmLibException InternalError at  [no result]'
 

@@ -82,8 +82,8 @@ TEST(Program, startsInOrderAndReturnsTheResultOfTheEventLoop) {
     EXPECT_NE(written.find("Warning: early (:0, )\n\n"), std::string::npos) << written;
     EXPECT_EQ(written.find("left out"), std::string::npos);
 
-    // The picture is drawn first, and its slot is erased. Then the tool tips ask for the manual, once. The last call
-    // finalises the library.
+    // First, the command that draws the pattern ends, and its slot in the library's tree is erased. Then the tool tips
+    // ask where the manual is, once. The last call finalises the library.
     const std::string askForManual = "lmLibGetString /Path/Manual [no result]";
     const std::vector<std::string> calls = scripted_lmlib64::callLines();
     ASSERT_GE(calls.size(), 3U);

@@ -44,7 +44,7 @@ std::string section(const std::string &heading) {
 // The names that the parser lists as allowed when it refuses a parameter that does not exist.
 Names allowed(const std::string &parameters) {
     const std::string text = outcomeOf(lmlib64::nodeFromJson(parameters));
-    return namesIn(text.substr(std::min(text.size(), text.find("allowed are"))), "\"([A-Za-z]+)\"");
+    return namesIn(text.substr(std::min(text.size(), text.find("allowed parameters are"))), "\"([A-Za-z]+)\"");
 }
 
 TEST(CommandDocument, hasTheParametersThatTheParserAllows) {

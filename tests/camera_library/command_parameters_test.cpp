@@ -80,7 +80,7 @@ TEST(PatternParameters, namesParameterValueAndRangeWhenItRefusesAValue) {
         {onePattern(R"({"GridSpacing": 12, "Offset": [12, 13]})"), {"\"Offset\"", "[12, 13]", "12 mm", "-128 to 127"}},
         {onePattern(R"({"GridSpacing": 10, "Offset": [0, 1280]})"), {"\"Offset\"", "[0, 1280]", "-128 to 127"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [9, 6], "Offset": [0, 6.1]})"),
-         {"\"Offset\"", "[0, 6.1]", "half the grid spacing, 6 mm", "\"Encoding\" is false"}},
+         {"\"Offset\"", "[0, 6.1]", "half the grid spacing (6 mm)", "\"Encoding\" is false"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 2, "GridSize": [91, 200], "Offset": [90, 36]})"),
          {"\"Offset\"", "[90, 36]", "-90 to 90 in x", "-36 to 35 in y"}},
         {onePattern(R"({"Type": "Plate12", "GridSpacing": 12.5})"), {"\"GridSpacing\"", "12.5", "12 mm", "Plate12"}},
@@ -94,7 +94,7 @@ TEST(PatternParameters, namesParameterValueAndRangeWhenItRefusesAValue) {
     }
 }
 
-TEST(PatternParameters, acceptsValuesThatNoCodeCanHoldIfThePatternIsPlain) {
+TEST(PatternParameters, allowsAPlainPatternToHaveValuesThatNoCodeCanHold) {
     const char *patterns[]{
         R"({"Type": "SingleCustom", "GridSpacing": 12.345})",
         R"({"Type": "Assembly", "GridSpacing": 1000})",

@@ -39,7 +39,7 @@ protected:
         ASSERT_EQ(result, LmLibResultOperationSucceeded) << text;
     }
 
-    // Runs the command in the slot to its end.
+    // Starts the command in the slot and waits until it has ended.
     void run(const std::string &slot, const char *command) {
         lmLibSetString(&result, (slot + "/Command").c_str(), command);
         lmLibWaitForType(&result, (slot + "/Command").c_str(), LmLibTypeNull, 1);
@@ -61,7 +61,7 @@ TEST_F(Interface, keepsTheTextOfAThreadWhileOthersReadTextsAndEnd) {
     EXPECT_STREQ(mine, "the text of this thread");
 }
 
-TEST_F(Interface, tellsInvalidPathsFromPathsOfAbsentNodes) {
+TEST_F(Interface, distinguishesInvalidPathsFromPathsOfAbsentNodes) {
     const std::pair<int, std::vector<std::string>> rows[] = {
         {LmLibResultOperationSucceeded, {"", "/Path"}},
         {LmLibResultItemInexistent,
@@ -205,7 +205,9 @@ TEST_F(Interface, makesItemsWithNamesThatWereNeverUsedBefore) {
     std::vector<std::string> made;
     std::vector<const char *> baseNames{"", "", "A1_", "", nullptr};
     for (int i = 0; i < 30; ++i) {
-        baseNames.push_back(i % 3 == 1 ? "A1" : "A");  // "A1" with the number 8 must differ from "A" with 18
+        // The library appends a number to the base name. The name made from "A1" and the number 8 must differ from the
+        // name made from "A" and the number 18.
+        baseNames.push_back(i % 3 == 1 ? "A1" : "A");
     }
     for (const char *baseName : baseNames) {
         const char *path = lmLibMakeUniqueItem(&result, "/U", baseName);

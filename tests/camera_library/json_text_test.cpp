@@ -95,7 +95,7 @@ TEST(JsonText, keepsTheLastOfTwoMembersWithTheSameName) {
     EXPECT_EQ(textOf(node), R"({"a":[2]})");
 }
 
-TEST(JsonText, refusesMalformedTextAndWhatItCannotKeep) {
+TEST(JsonText, refusesMalformedTextAndContentThatANodeCannotHold) {
     // clang-format off
     const std::vector<std::string> refused{
         "", " ", "{", "[1,]", "[1 2]", "1 2", "nul", "'a'", "{\"a\" 1}", "{1:2}", "// c\n1", "01", "NaN", "1e999",

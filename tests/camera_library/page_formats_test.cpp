@@ -1,6 +1,6 @@
-// Tests the formats with one page per file. Other programs render SVG files and read DXF files, and OpenCV reads PNG
-// files. The results are compared with the page of the PDF. Other tests compare the PDF with the preview and with the
-// stated sizes.
+// Tests the file formats that store each page in a file of its own. Other programs render SVG files and read DXF files,
+// and OpenCV reads PNG files. The results are compared with the page of the PDF. Other tests compare the PDF with the
+// preview and with the stated sizes.
 #include <zlib.h>
 
 #include <algorithm>

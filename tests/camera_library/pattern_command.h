@@ -14,7 +14,7 @@ Node generateCalibrationPattern(const Node &parameters);
 inline Node nodeFromJson(const std::string &json) {
     Node node;
     if (parseJson(json, LMLIB_MAXIMUM_DEPTH, node) != LmLibResultOperationSucceeded) {
-        throw std::invalid_argument("no JSON: " + json);
+        throw std::invalid_argument("not valid JSON: " + json);
     }
     return node;
 }

@@ -1,5 +1,5 @@
-// Compares the two rasterisers of the preview with exact areas and with Cairo's pictures of the same shapes, and small
-// previews with large ones of the same pattern.
+// Compares the pictures of the preview's two rasterisers with exact areas, and with Cairo's pictures of the same
+// shapes. Also compares small previews with large previews of the same pattern.
 #include <cairo.h>
 #include <gtest/gtest.h>
 
@@ -39,8 +39,8 @@ std::vector<PixelOutline> outlinesOf(const std::vector<PixelRectangle> &rectangl
     return outlines;
 }
 
-// Returns the grey levels of Cairo's picture. Cairo draws round shapes exactly only in a large picture. So it draws the
-// picture `times` times as wide and as high, and the pixels are averaged.
+// Returns the grey levels of Cairo's picture. In a small picture, Cairo's round shapes are not exact. So Cairo draws
+// the picture `times` times as wide and as high, and the pixels are averaged.
 std::vector<double> drawnByCairo(const std::vector<PixelOutline> &outlines, int width, int height, int times) {
     const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
         cairo_image_surface_create(CAIRO_FORMAT_A8, width * times, height * times), cairo_surface_destroy);
@@ -136,7 +136,7 @@ std::vector<PixelRectangle> markedBoard(int squares, double side) {
     return rectangles;
 }
 
-TEST(Raster, drawsBoardsAsCairoDoesInAnyOrderOfTheirRectangles) {
+TEST(Raster, drawsBoardsLikeCairoWhateverTheOrderOfTheirRectangles) {
     const struct {
         int squares;
         double side;

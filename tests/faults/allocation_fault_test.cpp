@@ -89,7 +89,8 @@ std::string playTreeSteps() {
         step(&result);
         const Pause pause;
         ++number;
-        // Later steps may need nodes that a failed step did not write, so their codes are not checked.
+        // After a step has failed, the result codes of later steps are not checked, because these steps may need nodes
+        // that the failed step did not write.
         if (result != LmLibResultOperationSucceeded && result != LmLibResultInternalError && !hasFailed) {
             complaint += "step " + std::to_string(number) + ": code " + std::to_string(result) + "\n";
         }

@@ -13,7 +13,7 @@ enum class Failing { Once, FromThenOn };
 // calls fail, too.
 void arm(std::int64_t call, Failing failing);
 
-// Stops failing and counting calls. Returns true if a call has failed.
+// Stops counting calls and making them fail. Returns true if a call has failed.
 bool disarm();
 
 // While an object of this class exists, no call fails or is counted.

@@ -28,7 +28,7 @@ TEST_F(HostileInput, keepsTextsOfOneMebibyte) {
     lmLibSetString(&result, "/T", large.c_str());
     EXPECT_EQ(lmLibGetString(&result, "/T"), large);
     const std::string path = "/" + large;
-    lmLibSetString(&result, path.c_str(), "a name can be as long");
+    lmLibSetString(&result, path.c_str(), "a name can be as long as a text");
     EXPECT_EQ(result, LmLibResultOperationSucceeded);
     EXPECT_EQ(lmLibGetName(&result, path.c_str()), large);
     EXPECT_EQ(lmLibMakeUniqueItem(&result, "/Items", large.c_str()), "/Items/" + large + "1");
@@ -63,7 +63,7 @@ TEST_F(HostileInput, keepsNamesThatAreNotUtf8) {
     }
 }
 
-TEST_F(HostileInput, refusesNumbersOutsideTheRangeOfEveryParameter) {
+TEST_F(HostileInput, refusesNumbersOutOfRangeForEachParameter) {
     const double infinity = std::numeric_limits<double>::infinity();
     for (const char *parameter : {"ImageSize", "Patterns/\\0/GridSize/\\1", "Patterns/\\0/GridSpacing",
                                   "Patterns/\\0/Thickness", "Patterns/\\0/Offset/\\0"}) {

@@ -36,7 +36,7 @@ void write(Random &random, std::int32_t *result) {
     static const std::array<Write, 6> writes{
         [](std::int32_t *code, const char *path) { lmLibSetInt(code, path, 7); },
         [](std::int32_t *code, const char *path) {
-            lmLibSetString(code, path, "a text too long to be kept in a string");
+            lmLibSetString(code, path, "a text that is too long for the short-string buffer");
         },
         [](std::int32_t *code, const char *path) {
             lmLibSetJson(code, path, R"({"Number":1,"Array":[1,{"A":null}]})");

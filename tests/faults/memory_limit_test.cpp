@@ -73,8 +73,10 @@ TEST(MemoryLimit, savesTheWholeFileOrReportsThatMemoryRanOut) {
                 << name << " with " << kibibytes << " KiB";
             ++outcomes[outcome];
         }
-        std::printf("%s: %d processes saved, %d had too little memory for it, %d could not start\n", name.c_str(),
-                    outcomes[Saved], outcomes[OutOfMemory], outcomes[NoCommand]);
+        std::printf(
+            "%s: %d processes saved the file, %d had too little memory to save it, %d had too little memory to start "
+            "the command\n",
+            name.c_str(), outcomes[Saved], outcomes[OutOfMemory], outcomes[NoCommand]);
         EXPECT_GT(outcomes[Saved], 0);
         EXPECT_GT(outcomes[OutOfMemory], 0);
     }

@@ -41,8 +41,8 @@ const QString commandReport("An LmLib error occurred while executing the command
 
 }  // namespace
 
-// Replaces the toolkit's function. The toolkit's dialog would take longer to open than the rest of a session takes, and
-// it makes no library call. The tests of the save action use the real dialog.
+// Replaces the toolkit's function. The toolkit's dialog would take longer to open than the rest of a session takes. The
+// dialog makes no library call, so the sessions do not need it. The tests of the save action use the real dialog.
 QString QFileDialog::getSaveFileName(QWidget * /*parent*/, const QString & /*caption*/, const QString & /*directory*/,
                                      const QString & /*filter*/, QString * /*selectedFilter*/, Options /*options*/) {
     return "pattern.pdf";
@@ -249,7 +249,7 @@ void ProgramFaultTest::everyFailedCallIsReportedOnce() {
 // Returns what is wrong with the only report of a failed call; empty if nothing is wrong.
 QString complaintAboutReport(const QString &report, const Call &call, int code) {
     QString path = QString::fromStdString(call.path);
-    path.remove(QRegularExpression("/Command$"));  // the report names a command's slot
+    path.remove(QRegularExpression("/Command$"));  // the report names the slot, not its child "Command"
     const bool isRight = code == LmLibResultExecutionFailed
                              ? report.startsWith(commandReport)
                              : report == accessReport + path + ": \n\t" + QString::fromStdString(errorName(code));

@@ -207,8 +207,8 @@ TEST_P(SaveFault, permissionsOfAnotherUser) {
         });
     };
     // Case 1: the file belongs to another user, and the saving user may not write to it. Case 2: the saving user may
-    // not create files in the folder. Permissions do not stop the superuser, so if the superuser runs the test, it
-    // saves as another user. Only the superuser can set up case 1.
+    // not create files in the folder. Permissions do not stop the superuser. So if the superuser runs the test, the
+    // child process saves as another user. Only the superuser can set up case 1.
     if (geteuid() == 0) {
         EXPECT_EQ(failsAsOtherUser(), 0);
     }
@@ -243,6 +243,7 @@ TEST_P(SaveFault, killedBeforeTheRename) {
     EXPECT_EQ(folder.entryCount(), 1U);
 }
 
+// If only the owner may read the old file, only the owner may read the temporary file, even while it is being written.
 TEST_P(SaveFault, bytesOfAPrivateFileAreNeverInAReadableOne) {
     chmod(target.c_str(), 0600);
     const int status = inOtherProcess([this] {
@@ -259,7 +260,8 @@ TEST_P(SaveFault, bytesOfAPrivateFileAreNeverInAReadableOne) {
     }
 }
 
-// Saves three pages as three files. The first and the last file exist already and must be replaced.
+// Saves three pages as three files. The first and the last file exist already. If the save fails, both must keep their
+// old contents; if it succeeds, both must be replaced.
 TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     const TemporaryFolder folder;
     const std::vector<std::string> files{folder.file("page-00.svg"), folder.file("page-01.svg"),
@@ -301,8 +303,8 @@ TEST(SaveFault, replacesTheFilesOfAllPagesOrNone) {
     }
 }
 
-// Each process looks for leftover files in the folder while the other processes create their temporary files, which it
-// must leave.
+// Each process looks for leftover files in the folder while the other processes create their temporary files. No
+// process may remove a temporary file of another process.
 TEST(SaveFault, manyProcessesSaveIntoOneFolder) {
     constexpr int processes = 8;
     const TemporaryFolder folder;

@@ -68,7 +68,7 @@ TEST_F(CalTabComboBoxTest, listsWhatTheCatalogueHolds) {
     }
 }
 
-TEST_F(CalTabComboBoxTest, failuresEndTheLoadingAndLeaveNoSlot) {
+TEST_F(CalTabComboBoxTest, failuresEndTheLoadingAndLeaveNoCommandSlot) {
     const struct {
         const char *function, *path;
         int code;

@@ -64,7 +64,8 @@ void whenOpened(const std::function<void(Dialog *)> &action) {
     poll->start(1);
 }
 
-// Closes the next message box. Returns its text, which is empty until a box has been closed.
+// Closes the next message box as soon as it is open. Does not wait for the box. The returned text is empty at first,
+// and becomes the text of the box when the box is closed.
 inline std::shared_ptr<QString> closeNextMessageBox() {
     auto text = std::make_shared<QString>();
     whenOpened<QMessageBox>([text](QMessageBox *box) {

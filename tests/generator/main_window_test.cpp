@@ -50,8 +50,9 @@ TEST_F(MainWindowTest, opensOnTheOfficialPageWithThePictureUpright) {
     EXPECT_EQ(shown.pixel(0, 3), qRgb(192, 192, 192));
     EXPECT_EQ(picture(window)->transformationMode(), Qt::SmoothTransformation);
     EXPECT_EQ(find<QGraphicsView>(window, "preview")->sceneRect(), picture(window)->sceneBoundingRect());
-    // Each command runs in a slot of its own. One slot was made for reading the catalogue, and one for the only update.
-    // Building the form, filling the lists and connecting the signals cause no update.
+    // Each command of the library runs in its own slot of the tree. One of these slots was made for reading the
+    // catalogue, and one for the only update. Building the form, filling the lists and connecting the signals cause no
+    // update.
     EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), 2);
     EXPECT_EQ(scripted_lmlib64::nodeJson("/Execute"), "{}");
     const QMetaObject &meta = MainWindow::staticMetaObject;
@@ -61,7 +62,7 @@ TEST_F(MainWindowTest, opensOnTheOfficialPageWithThePictureUpright) {
     }
 }
 
-TEST_F(MainWindowTest, updatesOnceForEachInputAndNeverForADisplay) {
+TEST_F(MainWindowTest, updatesOnceForEachSignalOfAnInputAndNeverForADerivedValue) {
     const struct {
         int updates;
         double value;

@@ -31,14 +31,15 @@ inline QStringList inSlot(int slot, const QStringList &lines) {
     return filled;
 }
 
-// Returns the calls that run a command in its slot, "$", until it has succeeded.
+// Returns the calls that start a command in the slot "$", wait until the command has ended, and check that it
+// succeeded.
 inline QStringList runCalls(const QString &command) {
     return {"lmLibSetString $/Command " + command, "lmLibGetType $/Command", "lmLibWaitForType $/Command 1 true",
             "lmLibGetType $/Result/ErrorSymbol"};
 }
 
-// Returns all calls of one update; `patternWrites` are its calls that write the pattern. The picture is that of the
-// default script, with 4 x 4 pixels.
+// Returns all calls of one update; `patternWrites` are its calls that write the pattern. The update is expected to read
+// the picture of the default script, which has 4 x 4 pixels.
 inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
     return inSlot(slot,
                   QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",

@@ -132,7 +132,7 @@ TEST_F(TreeItemTest, saysThatAnAbsentNodeDoesNotExistWithoutLoggingAnError) {
     EXPECT_FALSE(TreeItem("/absent").exists());
     EXPECT_TRUE(TreeItem("/A")["nothing"].exists());
     scripted_lmlib64::setResult("lmLibGetType", "/A", LmLibResultOperationSucceeded);
-    EXPECT_FALSE(TreeItem("/A").exists()) << "type 0 without a failure";
+    EXPECT_FALSE(TreeItem("/A").exists()) << "lmLibGetType reports success but returns 0";
     EXPECT_EQ(loggedCount(), 0);
 }
 

@@ -21,9 +21,9 @@ ends() {
 # says FILE TEXT: checks that the file contains the text.
 says() { grep -qF -- "$2" "$1" || fail "no '$2' in: $(cat "$1")"; }
 
-# draws PARAMETERS ARGUMENT...: draws with these arguments to a JSON file and a PDF. The JSON file must list these
-# parameters of its last pattern (compared without blanks and line ends). Drawing from the JSON file must give the same
-# JSON file and the same PDF.
+# draws PARAMETERS ARGUMENT...: runs draw_pattern with the arguments and lets it write a JSON file and a PDF. In the
+# JSON file, the parameters of the last pattern must contain the text PARAMETERS (compared without blanks and line
+# ends). Drawing from the JSON file must give the same JSON file and the same PDF.
 draws() {
   local parameters=$1
   shift

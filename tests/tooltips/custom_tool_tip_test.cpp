@@ -167,7 +167,7 @@ TEST_F(CustomToolTipTest, keepsAPendingCloseThatIsDueSooner) {
         const char *what;
         int remaining, requested;
         bool force, restarted;
-    } rows[] = {{"would be sooner, but without force", 10000, 200, false, false},
+    } rows[] = {{"sooner, but not forced", 10000, 200, false, false},
                 {"press after leave", 10000, 500, true, true},
                 {"release after key press", 200, 500, true, false},
                 {"at the same time", 200, 200, true, false},

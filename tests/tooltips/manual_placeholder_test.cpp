@@ -14,7 +14,7 @@ namespace {
 
 class ManualPlaceholderTest : public testing::Test {
 public:
-    // The toolkit cannot remove the folder, because the folder contains names that are invalid in the local encoding.
+    // QTemporaryDir cannot remove the folder, because the folder contains names that are invalid in the local encoding.
     ~ManualPlaceholderTest() override { std::filesystem::remove_all(directory.path().toStdString()); }
 
 protected:

@@ -1,5 +1,5 @@
-// Tests what the two buttons do: saving and starting the viewer. The tests answer the file dialog as a user does, and a
-// script replaces the viewer.
+// Tests the two buttons: one saves patterns, and the other starts the viewer. The tests answer the file dialog as a
+// user does, and a script replaces the viewer.
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -94,7 +94,7 @@ TEST_F(SavePatternsTest, writesEveryPatternOfAnAssemblyAndOneOfAnyOtherType) {
                  << "lmLibSetBool " + item + "Polarity true";
     }
     expected << recorded_calls::runCalls("GenerateCalibrationPattern") << "lmLibErase $";
-    // Earlier commands of the window used the slots 1 to 4, and the change of the page below uses slot 6.
+    // Earlier commands of the window used the slots 1 to 4. When savePage(1) changes the page, this uses slot 6.
     EXPECT_EQ(recorded_calls::all(), recorded_calls::inSlot(5, expected));
     savePage(1);
     EXPECT_EQ(recorded_calls::all().filter("/Type "),

@@ -32,8 +32,8 @@ QString describedBox(const Box &box) {
 }
 
 // Describes a label by its text in quotation marks, with "wrapped" or "right" if the text is wrapped or right-aligned;
-// a button by its name, "on" or "-", and its text; a spin box by its name, value, range and step; and any other widget
-// by its name. Adds "off" if the widget is disabled.
+// a button by its name, "on" if it is checked or "-" if it is not, and its text; a spin box by its name, value, range
+// and step; and any other widget by its name. Adds "off" if the widget is disabled.
 QString described(const QWidget *widget) {
     QString text = widget->objectName();
     if (const auto *label = qobject_cast<const QLabel *>(widget)) {
@@ -95,7 +95,7 @@ TEST_F(MainWindowFormTest, looksAsDescribed) {
         QCoreApplication::processEvents();
         seen << "" << pages->tabText(page) + ":" << readInOrder(pages->widget(page));
     }
-    QStringList tips{"", "Tool tips, over the text of a spin box, too:"};
+    QStringList tips{"", "Tool tips of the widgets, and of the text fields inside the spin boxes:"};
     for (const auto *widget : window.findChildren<QWidget *>()) {
         const bool isText = widget->objectName() == "qt_spinbox_lineedit";
         const QString name = isText ? widget->parent()->objectName() + ", text" : widget->objectName();
@@ -176,7 +176,8 @@ TEST_F(MainWindowFormTest, retranslatingChangesEveryTextAndNothingElse) {
         }
     }
     texts.removeAll(QString());
-    // Titles, tabs, labels, tool tips, suffixes, push buttons and check boxes, and radio buttons.
+    // The terms are the numbers of titles, tabs, labels, tool tips, suffixes, push buttons plus check boxes, and radio
+    // buttons, in this order.
     EXPECT_EQ(texts.size(), 2 + 5 + 23 + 8 + 10 + 5 + 3);
     for (const auto &text : texts) {
         EXPECT_TRUE(text.startsWith('[') && text.endsWith(']')) << text.toStdString();

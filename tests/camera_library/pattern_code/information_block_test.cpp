@@ -32,7 +32,7 @@ const ContentCase contentCases[] = {
 
 void expectRead(const ContentCase &each, std::uint64_t seen, std::uint64_t unknown, int corrected) {
     const std::optional<DecodedBlock> read = decodeBlock(seen, unknown, each.carrier);
-    ASSERT_TRUE(read) << std::hex << seen << " without " << unknown;
+    ASSERT_TRUE(read) << std::hex << seen << " with the unknown bits " << unknown;
     EXPECT_EQ(read->content, each.content);
     EXPECT_EQ(read->block, encodeBlock(each.content));
     EXPECT_EQ(read->correctedBits, corrected);
@@ -53,7 +53,7 @@ TEST(InformationBlock, isThatOfVersionOne) {
     }
 }
 
-TEST(InformationBlock, repairsEveryWrongByteEveryTwoWrongBitsAndEveryTwoLostBytes) {
+TEST(InformationBlock, repairsAnyWrongByteOrAnyTwoWrongBitsOrAnyTwoLostBytes) {
     std::mt19937_64 random(7);
     for (const ContentCase &each : contentCases) {
         const std::uint64_t block = encodeBlock(each.content);

@@ -23,7 +23,7 @@ void addRow(std::uint64_t &hash, int squares, const Bit &bit) {
 }
 
 // Printed patterns cannot be changed, so the bits must not change either. Every run of tools/generate_position_code
-// makes these bits, and it accepts only bits that keep the distances guaranteed in docs/pattern-code.md.
+// makes these bits. This tool accepts only bits that keep the distances guaranteed in docs/pattern-code.md.
 TEST(PositionCode, isThatOfVersionOne) {
     EXPECT_EQ(patternVersion, 1);
     std::uint64_t hash = 0xcbf29ce484222325U;
@@ -44,8 +44,9 @@ struct WindowCase {
 };
 
 TEST(PlaneWindowForPattern, putsTheCentralCornerAtTheOffset) {
-    // The window's column plus the index of the central corner plus 1 is 136 + offset. The central corner has the index
-    // 7 if there are 15 corners along an axis, and the index 1 if there are 4. LmCalTab's form offers up to 91 corners
+    // Along each axis, 136 + offset squares of the plane lie before the central corner. Of these, i + 1 squares belong
+    // to the pattern, where i is the index of the central corner. So the pattern begins at square 135 + offset - i. The
+    // index i is 7 if there are 15 corners along an axis, and 1 if there are 4. LmCalTab's form offers up to 91 corners
     // along an axis, and offsets from -90 to 90, and all of these must fit into the plane.
     const WindowCase cases[] = {
         {15, 15, 3, -5, Square{131, 123}}, {4, 5, 0, 0, Square{134, 133}},     {2, 2, -90, 90, Square{45, 225}},
