@@ -147,7 +147,7 @@ void benchAccess(Table &table) {
     const TreeItem large = root["Large"]["Object"]["Number"];
     small = 1.5;
     large = 1.5;
-    // Each read accesses a different node, so that hardly any of them is in the processor's caches.
+    // Successive reads access different nodes, so the node that is read is hardly ever in the processor's caches.
     std::vector<TreeItem> scattered;
     for (long i = 0; i < manyNodes; i += 5) {
         scattered.push_back(root["Large"]["Object"][std::to_string(i * 7919L % 1000003L)]);

@@ -80,7 +80,7 @@ class Table {
 public:
     explicit Table(const char *title) {
         std::printf(
-            "\n### %s\n\n| What | Measured | Compared with | Ratio | Ratios of the middle half | Ratio of "
+            "\n### %s\n\n| What | Measured | Compared with | Ratio | Middle half of the ratios | Ratio of "
             "elapsed times | Highest allowed ratio |\n|---|---|---|---|---|---|---|\n",
             title);
     }

@@ -78,7 +78,7 @@ void benchUpdate(Table &table, const MainWindow &window, const std::string &what
         });
     };
     const auto times = measureAlternately(rounds, {update, [&] { return floor.time(); }});
-    table.row("update of page " + what, times[0], "ms", "showing any such picture", times[1], bound);
+    table.row("update of page " + what, times[0], "ms", "showing any picture of this size", times[1], bound);
     table.row("elapsed time of this update", times[0], "ms", 20.0);
 }
 

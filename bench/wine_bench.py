@@ -32,7 +32,7 @@ def describe(values, digits):
 
 times('empty_window')
 rounds = [(times('start_probe'), times('empty_window')) for _ in range(ROUNDS)]
-print('start to exit: median of the rounds (middle half)')
+print('start to exit: median of all rounds (range of the middle half of the values)')
 for kind, name in enumerate(['processor time', 'elapsed time']):
     ours, empty = ([one[program][kind] for one in rounds] for program in (0, 1))
     ratios = [a / b for a, b in zip(ours, empty)]

@@ -63,7 +63,8 @@ if(LMCALTAB_SANITIZE)
 endif()
 
 # A sanitized build makes only those benchmarks that its tests run. It does not make the Python package, because an
-# interpreter without sanitizers cannot load it. clang-tidy reports clang's warnings about all that is not made.
+# interpreter without sanitizers cannot load it. For the source files that are left out in this way, clang-tidy reports
+# the warnings of clang.
 if(LMCALTAB_SANITIZE)
   set(LMCALTAB_NOT_IF_SANITIZED EXCLUDE_FROM_ALL)
 endif()

@@ -12,7 +12,8 @@ endfunction()
 #   DESCRIPTION        one line
 #   HEADERS            the public headers
 #   HEADER_DIRECTORY   the folder below include/ in which they are installed
-#   DEPENDENCIES       lines of the CMake package; they find the libraries whose headers the public headers include
+#   DEPENDENCIES       find_dependency() lines for the CMake package, which find the libraries whose headers the public
+#                      headers include
 #   REQUIRES           the pkg-config modules of these libraries
 function(lmcaltab_install_library target)
   cmake_parse_arguments(PARSE_ARGV 1 library "" "DESCRIPTION;HEADER_DIRECTORY;REQUIRES" "HEADERS;DEPENDENCIES")
@@ -52,10 +53,11 @@ function(lmcaltab_install_library target)
 endfunction()
 
 # Adds a shared library for other projects. It consists of the objects of a static library, so that tests can link the
-# static library and call its internal functions. The shared library exports the symbols that its headers mark and that
-# exported_symbols.map in its folder lists. On Windows, PREFIX_BUILDING makes the headers export their functions, and
-# PREFIX_STATIC marks code that links the static library. Versions 0.x promise no fixed ABI, so the minor number is part
-# of the library's file name.
+# static library and call its internal functions. The shared library exports the symbols that its headers mark for
+# export. On Unix systems other than macOS, exported_symbols.map in the library's folder must also list these symbols.
+# On Windows, the headers export their functions if PREFIX_BUILDING is defined, and otherwise import them. Code that
+# links the static library is compiled with PREFIX_STATIC, so that the headers do not import the functions. Versions 0.x
+# promise no fixed ABI, so the minor number is part of the library's file name.
 function(lmcaltab_add_shared_library target objects prefix)
   if(WIN32)
     target_compile_definitions(${objects} PRIVATE ${prefix}_BUILDING PUBLIC ${prefix}_STATIC)

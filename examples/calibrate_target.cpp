@@ -35,7 +35,7 @@ void addPicture(const char *file, const std::vector<pattern_reader::PrintedPatte
     for (const pattern_reader::PatternReading &reading : pattern_reader::readPhotograph(photograph)) {
         const auto places = pattern_reader::objectPoints(reading, patterns);
         if (!places) {
-            continue;  // this is not the pattern of the file
+            continue;  // the reading does not fit the printed pattern
         }
         calibration::Sighting &sighting = observations.sightings.emplace_back();
         sighting.photograph = number;

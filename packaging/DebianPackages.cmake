@@ -1,5 +1,5 @@
-# Defines the Debian packages that ./package makes: one with the programs, one for each shared library, one with the
-# development files of each library, and one with the Python package.
+# Defines the Debian packages that ./package makes: one with the programs, two for each library (one with the shared
+# library, one with its development files), and one with the Python package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME lmcaltab)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -81,8 +81,9 @@ which finds printed calibration targets in images."
   "${reader} ${same}" libopencv-dev)
 debian_package(Calibration ${calibration} libs
   "computes camera calibrations with their uncertainty"
-  "Calibration computes lenses, poses of cameras and the shape of prints from
-corners in images in one solve, and states how far each can be trusted.")
+  "Calibration computes lenses, the poses of cameras and prints, and the shapes
+of prints in one solve. Its input is corners that were found in images. It
+states how far each result can be trusted.")
 debian_package(CalibrationDevelopment libcalibration-dev libdevel
   "computes camera calibrations with their uncertainty, development files"
   "The headers, the CMake package and the pkg-config file of Calibration,

@@ -1,5 +1,5 @@
-# The Debian 12 packages that the project needs, and a function that installs them. run, test, package and .ci/run
-# source this file.
+# The Debian 12 packages that the project needs, and a function that installs them. This file is sourced by other
+# scripts, such as ./run and .ci/run.
 
 build_packages=(g++ cmake ninja-build qtbase5-dev zlib1g-dev nlohmann-json3-dev libcli11-dev fonts-dejavu-core)
 viewer_packages=(
@@ -18,8 +18,8 @@ lint_packages=(clang lld clang-format clang-tidy git dpkg-dev lintian)
 install_packages() {
   local missing=() name
   if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-    echo "This is not a Debian system, so nothing can be installed here automatically." >&2
-    echo "Debian's names of the packages that are needed: $*" >&2
+    echo "dpkg-query or apt-get is missing, so nothing can be installed here automatically." >&2
+    echo "The required packages have these names in Debian: $*" >&2
     echo "Install them, and then set LMCALTAB_SKIP_INSTALL=1." >&2
     [ -n "${LMCALTAB_SKIP_INSTALL:-}" ]
     return

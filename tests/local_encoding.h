@@ -1,5 +1,5 @@
 // While an object of this class exists, Qt's local 8-bit encoding is ISO-8859-15, where the byte A4 is the euro sign.
-// Code that takes this byte for UTF-8 or Latin-1 gets another text.
+// Code that decodes this byte as UTF-8 or Latin-1 does not get a euro sign.
 #pragma once
 
 #include <QString>

@@ -1,4 +1,4 @@
-// Runs the tests of one executable with an application object, because widgets need one.
+// Runs all tests of an executable. First creates a QApplication, because widgets need an application object.
 #include <gtest/gtest.h>
 
 #include <QApplication>

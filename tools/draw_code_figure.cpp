@@ -1,8 +1,8 @@
-// Writes the figure of docs/pattern-code.md, docs/images/pattern-code.svg, to standard output. The bits in the figure
-// come from the functions with which the library makes the code. The left part shows a Custom pattern with a grid
-// spacing of 12 mm. The middle part shows a plate with a grid spacing of 12.5 mm and a thickness of 3.25 mm. Both parts
-// show the number of every bit of the information block. The right part shows how a Flexible pattern is cut out of the
-// plane.
+// Writes docs/images/pattern-code.svg to standard output. This is the figure of docs/pattern-code.md. The bits in the
+// figure come from the functions with which the library makes the code. The left part shows a Custom pattern with a
+// grid spacing of 12 mm. The middle part shows a plate with a grid spacing of 12.5 mm and a thickness of 3.25 mm. Both
+// parts show the number of every bit of the information block. The right part shows how a Flexible pattern is cut out
+// of the plane.
 #include <cstdint>
 #include <cstdio>
 
@@ -111,8 +111,8 @@ void drawPlane(double left, double top) {
     constexpr int corners = 91;
     const Square window = *planeWindowForPattern(corners, corners, 60, -40);
     rectangle(left, top, planeSide * side, planeSide * side, "#eee");
-    // The bits are drawn as one path whose unit is a square. Only those within the pattern are drawn, because all bits
-    // of the plane would make the file large.
+    // The bits are drawn as one path, whose unit of length is the side of a square. Only the bits within the pattern
+    // are drawn, because all bits of the plane would make the file large.
     std::printf("<path transform=\"translate(%g %g) scale(%g)\" fill=\"#3182bd\" d=\"", left, top, side);
     for (int row = window.row; row <= window.row + corners; ++row) {
         for (int column = window.column; column <= window.column + corners; ++column) {

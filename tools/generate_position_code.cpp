@@ -1,6 +1,7 @@
-// Makes the bits of the position code and writes the two files that position_code.cpp includes. Reports on standard
-// error how long this takes and how many squares were filled again. The bits are frozen as pattern version 1. The
-// program is kept only to show how the bits were made; it makes the same bits on every machine.
+// Makes the bits of the position code and writes the two files that position_code.cpp includes. One file has the bits
+// of the plane, and the other has those of the tiles (position_code.h explains both). Reports on standard error how
+// long this takes and how often a square had to be emptied and filled again. The bits are frozen as pattern version 1.
+// The program is kept only to show how the bits were made; it makes the same bits on every machine.
 //
 // A window is a part of the code with 5 x 5 to 8 x 8 squares. Two windows are too similar if they differ, in any of
 // their orientations, in fewer bits than planeWindowDistance() or tileWindowDistance() requires. The squares of the
@@ -127,7 +128,7 @@ private:
         Word mask;                   // applied after the shift
         std::vector<int> heads;      // for each key, the last word with this key; -1 if there is none
         std::vector<int> next;       // for each word, the previous word with the same key; -1 if there is none
-        std::vector<Word> patterns;  // the sets of up to `flips` bits of a key
+        std::vector<Word> patterns;  // for each choice of up to `flips` bits of a key, a word with ones at these bits
     };
 
     static std::size_t index(int entry) { return static_cast<std::size_t>(entry); }
@@ -210,8 +211,8 @@ public:
     }
 
     [[nodiscard]] const Grid &grid() const { return plane; }
-    // Returns the windows of side n, and those without marks and with a mark in every square, in four orientations
-    // each.
+    // Returns the windows of side n, in four orientations each. They include a window without marks and a window with
+    // a mark in every square.
     [[nodiscard]] const std::vector<Word> &words(int n) const {
         return indexes[static_cast<std::size_t>(n - 5)].words();
     }
@@ -390,7 +391,7 @@ int main(int argc, char **argv) {
     std::mt19937_64 random(1);
     PlaneMaker plane(random);
     const int planeEmptied = plane.make();
-    std::fprintf(stderr, "plane: %d squares filled again, %.1f s\n", planeEmptied, seconds());
+    std::fprintf(stderr, "plane: %d squares emptied and filled again, %.1f s\n", planeEmptied, seconds());
     std::FILE *file = std::fopen(argv[1], "w");
     if (file == nullptr) {
         std::perror(argv[1]);
@@ -408,7 +409,7 @@ int main(int argc, char **argv) {
     for (int tile = 0; tile < tileCount; ++tile) {
         Grid grid(tileSide);
         const int emptied = tiles.make(grid);
-        std::fprintf(stderr, "tile %d: %d squares filled again, %.1f s\n", tile, emptied, seconds());
+        std::fprintf(stderr, "tile %d: %d squares emptied and filled again, %.1f s\n", tile, emptied, seconds());
         std::fputs("{", file);
         write(file, grid);
         std::fputs("},\n", file);

@@ -1,5 +1,5 @@
-// Renders the viewer's example: twelve photographs of an assembly of five patterns. If COUNT is given, renders instead
-// that many colour photographs of 12 megapixels, for the viewer's benchmark.
+// Renders the viewer's example: twelve photographs of an assembly of five patterns. If COUNT is given, renders
+// COUNT colour photographs of 12 megapixels instead, for the viewer's benchmark.
 //
 //   BUILD/tools/render_example viewer/example
 //   BUILD/tools/render_example FOLDER COUNT

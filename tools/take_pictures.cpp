@@ -50,8 +50,8 @@ void takeWindow(const Desktop &desktop, const QDir &folder) {
         qFatal("The tool tip does not show.");
     }
     QTest::qWait(500);
-    // The picture includes the window's frame. The mouse pointer is drawn onto the link, because a picture of the
-    // screen does not contain the pointer.
+    // The picture includes the window's frame. A mouse pointer is drawn onto the link in the tool tip, because a
+    // picture of the screen does not contain the pointer.
     const QRect place = program.placeOf("MainWindow").adjusted(-1, -20, 1, 5);
     QImage picture = screenAt(place);
     drawMouse(picture, program.geometryOf(tip).topLeft() - place.topLeft() + QPoint(50, 28));

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""use_camera_info.py NAME.camera_info.yaml PICTURE X Y Z: uses a calibration file that calibrate_cameras wrote, in the
-same way as image_proc and image_geometry of ROS, but without ROS. Removes the distortion from the picture and writes
-the result to undistorted.png. Also prints where the point (X, Y, Z) appears, in pixels, in the picture and in
+"""use_camera_info.py NAME.camera_info.yaml PICTURE X Y Z: uses a calibration file that calibrate_cameras wrote. Works
+like image_proc and image_geometry of ROS, but does not need ROS. Removes the distortion from the picture and writes the
+result to undistorted.png. Also prints where the point (X, Y, Z) appears, in pixels, in the picture and in
 undistorted.png. X, Y and Z are in metres in the camera's coordinate system."""
 import sys
 

@@ -80,7 +80,8 @@ void dimensionSquareSide(Figure &figure, const PlacedPattern &placed) {
                            millimetres((placed.pattern.point(column, 1) - placed.pattern.point(column, 0)).y()));
 }
 
-// Marks the first and the last corner. A size such as 21 × 13 counts the corners from the first to the last.
+// Marks the first and the last corner. A size such as 21 × 13 is the number of corners along x and along y, including
+// these two corners.
 void ringOuterCorners(Figure &figure, const PlacedPattern &placed) {
     const int columns = placed.pattern.columns;
     const int rows = placed.pattern.rows;

@@ -24,7 +24,7 @@ struct LibraryPattern {
     int columns = 0;
     int rows = 0;
     std::vector<QPointF> points;
-    // The column and the row of the point that lies at the pattern's offset.
+    // The column and the row of the reference point: the point whose position the pattern's parameter `Offset` gives.
     int referenceColumn = 0;
     int referenceRow = 0;
 

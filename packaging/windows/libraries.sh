@@ -1,5 +1,5 @@
-# Builds the libraries that the Windows programs link, for mingw-w64 and from Debian's sources. ../../windows sources
-# this file.
+# Builds the libraries that the Windows programs link. The compiler is mingw-w64, and the sources are Debian's. The
+# script ../../windows loads this file.
 #
 # build_NAME builds one library in the current folder and installs it to $prefix. The function is run again after an
 # interruption, so each of its steps must either continue or find that it has nothing to do. The library is built anew,
@@ -10,13 +10,14 @@ target=x86_64-w64-mingw32
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/lmcaltab-windows
 jobs=${LMCALTAB_WINDOWS_JOBS:-$(nproc)}
 toolchain=$PWD/packaging/windows/toolchain.cmake
-own_projects=$PWD/packaging/windows # for libraries whose own build does not suit
+own_projects=$PWD/packaging/windows # CMake projects for libraries whose own build scripts are unsuitable here
 
 # The libraries in the order in which they are built. Short builds come first, so that their errors show early.
 libraries=(headers googletest libexif png jpeg tiff ceres qt qtsvg qwt opencv)
 declare -A source_package=([qt]=qtbase-opensource-src [qtsvg]=qtsvg-opensource-src [png]=libpng1.6 [jpeg]=libjpeg-turbo [tiff]=tiff
   [opencv]=opencv [ceres]=ceres-solver [qwt]=qwt [libexif]=libexif)
-# The versions in Debian 12. Of each version, the newest revision of Debian is taken, because it has the security fixes.
+# The versions in Debian 12. If Debian has several revisions of a version, the newest one is taken, because it has the
+# security fixes.
 declare -A version=([qt]=5.15.8 [qtsvg]=5.15.8 [png]=1.6.39 [jpeg]=2.1.5 [tiff]=4.5.0 [opencv]=4.6.0 [ceres]=2.1.0 [qwt]=6.1.4
   [libexif]=0.6.24)
 declare -A needs=([tiff]=jpeg [opencv]="png jpeg tiff" [ceres]=headers [qtsvg]=qt [qwt]=qt)
@@ -52,7 +53,8 @@ use_compilers() {
   export PATH=$cache/bin:$PATH
 }
 
-# Runs a command of apt with its own package lists, so that neither root nor a change of the system's sources is needed.
+# Runs an apt command that uses the package sources and lists in $cache/apt instead of the system's. So root privileges
+# are not needed, and the system's package sources stay unchanged.
 source_apt() {
   local command=$1 state=$cache/apt
   mkdir -p "$state/lists/partial" "$state/archives/partial"
@@ -130,8 +132,8 @@ build_ceres() {
     -DUSE_CUDA=OFF
 }
 
-# Debian's source has no headers for graphics tablets. Only the "qmake_all" of src/ is made, because that of the whole
-# of Qt also enters tests/ and fails there.
+# Debian's source has no headers for graphics tablets. Only the "qmake_all" of src/ is made, because the "qmake_all"
+# of the top folder also enters tests/ and fails there.
 build_qt() {
   [ -e .configured ] || MAKEFLAGS=-j$jobs "$sources/configure" -opensource -confirm-license \
     -xplatform win32-g++ -device-option CROSS_COMPILE=$target- \
@@ -185,8 +187,8 @@ build_library() {
     fetch "$name" >"$cache/log/$name-source.log" 2>&1 || { tail -n 20 "$cache/log/$name-source.log" >&2; return 1; }
     sources=$cache/sources/$name-${version[$name]}
   fi
-  # The build runs in a process group of its own, so that all of its processes can be ended. It is not part of a
-  # condition, because "set -e" has no effect there.
+  # The build runs in a process group of its own, so that all of its processes can be ended. It must not be started
+  # in the condition of an "if" or to the left of "||", because bash ignores "set -e" in such places.
   set -m
   (set -e; cd "$build"; "build_$name") >"$log" 2>&1 8>&- &
   set +m

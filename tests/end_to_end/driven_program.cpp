@@ -13,8 +13,9 @@
 
 namespace {
 
-// Finds the places of the program's widgets in a window of this process. This window has the same size, style and fonts
-// as the program's window, but is never visible on the screen.
+// Returns the places of the widgets in the program's main window. The program runs in another process, so the places
+// are measured in a second main window, which belongs to this process. The second window has the same size, style and
+// fonts as the program's window, but is never visible on the screen.
 QMap<QString, QRect> layOutWidgets() {
     MainWindow window;
     QMap<QString, QRect> places{{"MainWindow", window.rect()}};
@@ -89,7 +90,7 @@ bool DrivenProgram::endsWell(int milliseconds) {
 bool DrivenProgram::showPage(Page page) {
     moveMouse(placeOf(QString("tab/%1").arg(page)).center());
     click();
-    // Moves the mouse off the tab, so that no tip of the tab disturbs what follows.
+    // Moves the mouse off the tab, so that no tool tip of the tab disturbs what follows.
     moveMouse(placeOf("groupBox").center());
     QTest::qWait(200);
     return isRunning();

@@ -26,8 +26,8 @@ public:
     DrivenProgram(const DrivenProgram &) = delete;
     DrivenProgram &operator=(const DrivenProgram &) = delete;
 
-    // Starts the program and waits for its window. The program gets the environment of this process, with these entries
-    // changed.
+    // Starts the program and waits for its window. The program gets the environment of this process. The entries of
+    // `environment` are added to it and override entries of the same name.
     bool start(const QString &program, const QMap<QString, QString> &environment, const QStringList &arguments = {});
     void stop();
     // Waits for the program to end. True if it ends in time, without a crash and with the exit code 0.

@@ -12,8 +12,8 @@ class FileDrag : public QWidget {
     Q_OBJECT
 
 public:
-    // The mouse is moved every 30 ms. If the program does not show within `mostMoves` moves that it would take the
-    // files, the drag is given up.
+    // The mouse is moved every 30 ms. The program at the target must show that it would take the files. If it has not
+    // shown this after `mostMoves` moves of the mouse, the drag is given up.
     explicit FileDrag(const Desktop &usersDesktop, int mostMoves = 700);
 
     // Drops the files at a place of the screen, in pixels. True if the program there took them.

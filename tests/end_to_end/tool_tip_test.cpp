@@ -91,8 +91,8 @@ void ToolTipEndToEndTest::linkLeadsToTheManual() {
     const QPoint link = linkIn(DrivenProgram::contentsOf(tip));
     QVERIFY(link.x() >= 0);
 
-    // The toolkit's own tip would close while the mouse moves to the link. The wait is longer than the time after which
-    // a tip is shown or closed for the widget under the mouse.
+    // The toolkit's own tip would close while the mouse moves to the link. After a delay, a tool-tip
+    // event for the widget under the mouse could also replace or close the tip. The wait is longer than this delay.
     program.moveMouse(place.topLeft() + link);
     QTest::qWait(1500);
     QCOMPARE(program.otherWindows(), QStringList{tip});

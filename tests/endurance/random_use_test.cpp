@@ -23,8 +23,8 @@ QByteArray contentsOf(const QString &fileName) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// True if the main thread of the program waits for events, in poll or ppoll (the numbers 7 and 271 of x86-64). False
-// while it computes or waits for a command of the library.
+// True if the main thread of the program waits for events: it is then in the system call poll or ppoll, which have the
+// numbers 7 and 271 on x86-64. False while the thread computes or waits for a command of the library.
 bool waitsForEvents(qint64 process) {
     const QByteArray call = contentsOf(QString("/proc/%1/syscall").arg(process)).split(' ').value(0);
     return call == QByteArray::number(7) || call == QByteArray::number(271);
@@ -78,7 +78,7 @@ bool RandomUseTest::answers() {
 QString RandomUseTest::word() {
     QString text;
     for (int length = 1 + below(8); length > 0; --length) {
-        text += QChar("abcdefgh0123456789,-"[below(20)]);  // no dots, because two of them name a folder
+        text += QChar("abcdefgh0123456789,-"[below(20)]);  // no dots, because ".." is the parent folder
     }
     return text;
 }
@@ -186,8 +186,8 @@ void RandomUseTest::keepsRespondingAndCanStillSave() {
     program->stop();
     QTRY_VERIFY(record.isComplete(process));
 
-    // Files in /proc/self/fd/ are expected because a file that was created without a name is given one through its
-    // descriptor there.
+    // Paths in /proc/self/fd/ are expected, because a file may be created without a name. The call that later gives the
+    // file its name refers to the file by such a path.
     const QStringList expected{chosen.path() + "/", home.path() + "/", "/dev/", "/proc/self/fd/"};
     const QStringList paths = record.paths();
     for (const QString &path : paths) {
@@ -203,7 +203,8 @@ void RandomUseTest::keepsRespondingAndCanStillSave() {
     QVERIFY2(settings.isEmpty() || settings == "QtProject.conf", qPrintable(settings));
 }
 
-// Closes the window while the pictures of many earlier changes are still being drawn.
+// Changes the pattern 1, 13 or 25 times and closes the window at once, while the pictures of these changes are still
+// being drawn.
 void RandomUseTest::closesWhileCommandsRun() {
     for (int changes = 1; changes <= 25; changes += 12) {
         DrivenProgram closing(desktop);

@@ -108,7 +108,8 @@ bool ViewerRandomUseTest::answers(const QProcess &program) {
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
         return 10 * (fields.value(11).toInt() + fields.value(12).toInt());
     };
-    // True if the main thread waits for events, in poll.
+    // True if the main thread waits for events, which it does in the system call poll or ppoll. Their numbers on x86-64
+    // are 7 and 271.
     const auto waits = [&contentOf] {
         const QByteArray call = contentOf("syscall").split(' ').value(0);
         return call == "7" || call == "271";
@@ -233,8 +234,8 @@ void ViewerRandomUseTest::keepsRespondingAndEndsWithoutAnError() {
     QCOMPARE(program.exitCode(), 0);
     QCOMPARE(QDir(work.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     QTRY_VERIFY(record.isComplete(process));
-    // Files in /proc/self/fd/ are expected because a file that was created without a name is given one through its
-    // descriptor there.
+    // Some files are created without a name. Such a file is named by a call that links its path in /proc/self/fd/ to
+    // the new path. The record contains both paths, so /proc/self/fd/ is expected, too.
     const QStringList expected{home.path() + "/", "/dev/", "/proc/self/fd/"};
     for (const QString &path : record.paths()) {
         const auto isWithin = [&path](const QString &folder) { return path.startsWith(folder); };

@@ -1,7 +1,8 @@
-// Fuzzes paths. Each line of the input is given, as a path, to most of the functions that take one. lmLibSetDouble
-// stands for all functions that set a value. The node of every second line is also erased. The only effect of a bad
-// path must be a result code. A number that was written must be read back. At the end, the whole tree must be writable
-// as JSON, and /Path/Application/LmView must still exist, because the library protects it.
+// Fuzzes paths. Each line of the input is given, as a path, to most of the functions that take one. Of the functions
+// that set a value, only lmLibSetDouble is called, as a representative of all. For every second line, the node at the
+// path is then erased. The only effect of a bad path must be a result code. A number that was written must be read
+// back. At the end, the whole tree must be writable as JSON, and /Path/Application/LmView must still exist, because the
+// library protects it.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,6 @@
 // Runs a fuzz target once for every file in the folders named on the command line. A fuzzer needs clang, but this
-// program does not. So every build shows whether one of the known inputs leads to a fault. Fails if there are no files.
+// program does not. So the tests of every build can run it, with any compiler, and show whether one of these files
+// leads to a fault. The program fails if there are no files.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

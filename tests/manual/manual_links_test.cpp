@@ -90,7 +90,7 @@ TEST(Manual, hasLinksToAllItsFilesAndNoneToOtherPlaces) {
             }
         }
     }
-    // The window's tool tip of "Grid Spacing" links to this page.
+    // The tool tip of "Grid Spacing" in the generator's "Halcon" tab links to this page.
     EXPECT_TRUE(reached.contains("guides/calibration/patterns.html"));
     QDirIterator files(root.path(), QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {

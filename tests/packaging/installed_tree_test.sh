@@ -19,7 +19,8 @@ libraries=$(dirname "$(find "$tree" -name 'libLmLib64.so')")
 diff "$source/tests/packaging/installed_files.txt" <(cd "$tree" && find . -type f -o -type l |
   sed "s,^\./,,; s,^lib/[a-z0-9_]*-linux-gnu/,lib/,; s/\.so\.[0-9.]*$/.so.VERSION/; s/-[a-z]*\.cmake$/-CONFIG.cmake/
     s/_lmlib64\.cpython.*/_lmlib64.so/" |
-  grep -v '^share/lmcaltab/manual/' | LC_ALL=C sort | uniq) || fail "these files differ from installed_files.txt"
+  grep -v '^share/lmcaltab/manual/' | LC_ALL=C sort | uniq) ||
+  fail "the list of installed files differs from installed_files.txt"
 [ -f "$tree/share/lmcaltab/manual/index.html" ] || fail "no manual"
 grep -rIl -e "$build" -e "$source" -e "$folder/first" "$tree" &&
   fail "these files contain a path of the build, the source or the first installation"

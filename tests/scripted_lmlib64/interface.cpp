@@ -203,7 +203,8 @@ void lmLibWaitForType(int32_t *result, const char *path, int32_t type, int32_t w
 
 void lmLibGetBinaryInfo(int32_t *result, const char *path, int32_t *width, int32_t *height, int32_t *channelCount,
                         int32_t *bytesPerElement, int32_t *isFloat, double *timestamp) {
-    // The program does not need these two values, so it must not ask for them. If it does, "more" is recorded.
+    // The program must not ask for the bytes per element or the timestamp, because it does not need them. If a caller
+    // asks for one of them, the word "more" is recorded with the call.
     const bool asksForMore = bytesPerElement != nullptr || timestamp != nullptr;
     perform(result, "lmLibGetBinaryInfo", path, asksForMore ? "more" : "", [&](const std::string &at) {
         const Binary &binary = library().binaryAt(at);

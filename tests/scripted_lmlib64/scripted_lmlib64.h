@@ -35,10 +35,10 @@
 namespace scripted_lmlib64 {
 
 // One call into the library. `value` has the arguments after the path, separated by spaces: a text, "true" or "false",
-// or a number with the fewest digits that still give the same number. `value` also has the word "more" if the caller
-// asks lmLibGetBinaryInfo for the bytes per element or the timestamp, and the word "timestamp" if it asks
-// lmLibGetBinary for the timestamp: the program needs none of these. If the call writes a message to the debug log,
-// `value` is the message.
+// or a number as std::to_chars writes it (the shortest text that gives the same number when it is read). `value` also
+// has the word "more" if the caller asks lmLibGetBinaryInfo for the bytes per element or the timestamp, and the word
+// "timestamp" if it asks lmLibGetBinary for the timestamp: the program needs none of these. If the call writes a
+// message to the debug log, `value` is the message.
 struct Call {
     std::string function;
     std::string path;
@@ -75,10 +75,10 @@ LMLIB64_API void setBinary(const std::string &path, const Binary &binary);
 // The compact JSON of a node, which must exist.
 LMLIB64_API std::string nodeJson(const std::string &path);
 
-// Sets the answer to calls whose function and path match the patterns; "*" stands for any number of characters. Such a
-// call only sets this code and returns 0 or null, even if the code is 0. If `occurrence` is above 0, the rule applies
-// only to the matching call with this number, counted from now on. If several rules match, the one that was set last
-// applies.
+// Sets the result code of calls whose function and path match the patterns; "*" stands for any number of characters.
+// Such a call has no effect: it reports `code` and returns 0 or null, even if `code` is 0. If `occurrence` is above 0,
+// the rule applies only to the matching call with this number, counted from now on. If several rules match, the one
+// that was set last applies.
 LMLIB64_API void setResult(const std::string &functionPattern, const std::string &pathPattern, std::int32_t code,
                            std::int32_t occurrence = 0);
 

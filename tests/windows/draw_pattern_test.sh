@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Compares draw_pattern for Windows, under wine, with the one of this system: both must write the same bytes. Also tests
-# those promises of file_writing/safe_file.h that wine can show.
+# Runs draw_pattern for Windows under wine, and compares it with draw_pattern for this system: both must write the same
+# bytes. Also tests those promises of file_writing/safe_file.h that can be tested under wine.
 #   draw_pattern_test.sh WINE_RUN WINDOWS_PROGRAM PROGRAM
 set -u
 run=$1 windows=$2 linux=$3
@@ -37,9 +37,9 @@ expect "the same version" cmp <(draw --version) <("$linux" --version)
 long="$folder/$(printf 'x%.0s' {1..120})/$(printf 'y%.0s' {1..120})/日本語 Größe"
 mkdir -p "$long"
 save() { draw custom --grid-spacing 12 --thickness 2 -o "$1" 2>"$folder/said"; }
-expect "a long name in several scripts" save "$long/図 Ω.pdf"
-expect "its file" test -s "$long/図 Ω.pdf"
-expect "nothing else beside it" test "$(find "$long" -type f | wc -l)" -eq 1
+expect "writes a file with a long path in several writing systems" save "$long/図 Ω.pdf"
+expect "the file with the long path is not empty" test -s "$long/図 Ω.pdf"
+expect "no other file is beside the file with the long path" test "$(find "$long" -type f | wc -l)" -eq 1
 
 # Tests replacing a file, refusing names that cannot be written, and cleaning up.
 target=$folder/target.pdf
@@ -49,18 +49,18 @@ echo left >"$folder/.lmlib64-999999-8.tmp"
 echo mine >"$folder/.lmlib64-notes.tmp"
 touch -d '1 hour ago' "$folder/.lmlib64-999999-7.tmp" "$folder/.lmlib64-notes.tmp"
 expect "replaces a file" save "$target"
-expect "with the new one" cmp "$target" "$long/図 Ω.pdf"
+expect "the replaced file has the new content" cmp "$target" "$long/図 Ω.pdf"
 expect "removes what a killed process left" test ! -e "$folder/.lmlib64-999999-7.tmp"
-expect "but nothing new" test -e "$folder/.lmlib64-999999-8.tmp"
-expect "and no other file" test -e "$folder/.lmlib64-notes.tmp"
+expect "keeps a recent temporary file" test -e "$folder/.lmlib64-999999-8.tmp"
+expect "keeps an old file with a similar name" test -e "$folder/.lmlib64-notes.tmp"
 mkdir "$folder/folder.pdf"
 echo old >"$folder/protected.pdf"
 chmod a-w "$folder/protected.pdf"
 for name in "$folder/folder.pdf" "$folder/protected.pdf" "$folder/missing/図.pdf" "$folder/NUL.pdf"; do
   expect "refuses $name" not save "$name"
-  expect "names $name" grep -qF "$name" "$folder/said"
+  expect "the message names $name" grep -qF "$name" "$folder/said"
 done
 expect "keeps the protected file" grep -qx old "$folder/protected.pdf"
-expect "leaves nothing" test "$(find "$folder" -maxdepth 1 -name '.lmlib64-*' | wc -l)" -eq 2
+expect "leaves no temporary file of its own" test "$(find "$folder" -maxdepth 1 -name '.lmlib64-*' | wc -l)" -eq 2
 
 report_cases

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Tests the zip and the installer under wine, without any other build product of this project. It tests the resources of
-# the programs, a start from a folder whose name has any characters, an installation without administrator rights, a
-# removal without a trace, and a client of the library.
+# the programs, a start from a folder whose name has a space and characters of several scripts, an installation without
+# administrator rights, a removal without a trace, and a client of the library.
 #   package_test.sh FOLDER_OF_PACKAGES
 set -u
 unset DISPLAY
@@ -19,7 +19,7 @@ for file in "$tree"/bin/{*.exe,LmLib64.dll}; do
   case $name in
     *.exe)
       expect "$name has icons" test "$(wrestool -l -t3 "$file" | wc -l)" -ge 4
-      expect "$name has its group" test "$(wrestool -l -t14 "$file" | wc -l)" -eq 1
+      expect "$name has one group of icons" test "$(wrestool -l -t14 "$file" | wc -l)" -eq 1
       expect "$name has its manifest" cmp <(wrestool -x --raw -t24 "$file") "$source/packaging/windows/program.manifest"
       ;;
   esac
@@ -56,15 +56,15 @@ link_client() {
 }
 expect "links a client of another compiler" link_client
 "$run" "$tree/bin/client.exe"
-expect "runs it" test $? -eq 42
+expect "runs the client" test $? -eq 42
 
-# Installs for this user only, starts, and removes everything again.
+# Installs for this user only, runs an installed program, and removes everything again.
 list() { (cd "$1" && find . -not -path './users/*/Temp/*' -not -name client.exe -not -name Uninstall.exe | LC_ALL=C sort); }
 list "$WINEPREFIX/drive_c" >"$folder/before"
 installer=$(echo "$packages"/LmCalTab-*-win64.exe)
 expect "installs" "$run" "$installer" /S
 installed=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/LmCalTab)
-expect "what is in the zip" diff <(list "$tree") <(list "$installed")
+expect "installs what is in the zip" diff <(list "$tree") <(list "$installed")
 menu=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Roaming/Microsoft/Windows/"Start Menu"/Programs/LmCalTab)
 expect "a start menu entry" test -e "$menu/LmCalTab.lnk"
 uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\LmCalTab'
@@ -76,13 +76,13 @@ expect "installs over it" "$run" "$installer" /S
 expect "draws again" draws "$installed"
 echo mine >"$installed/my own file.txt"
 expect "uninstalls" "$run" "$installed/Uninstall.exe" /S
-expect "all files" is_soon absent "$installed/Uninstall.exe"
-expect "but those of others" test -e "$installed/my own file.txt"
+expect "removes Uninstall.exe" is_soon absent "$installed/Uninstall.exe"
+expect "keeps a file of the user" test -e "$installed/my own file.txt"
 rm -r "$installed"
 
 expect "installs anew" "$run" "$installer" /S
 expect "uninstalls again" "$run" "$installed/Uninstall.exe" /S
-expect "the folder" is_soon absent "$(dirname "$installed")"
+expect "removes the empty Programs folder" is_soon absent "$(dirname "$installed")"
 expect "leaves nothing" diff "$folder/before" <(list "$WINEPREFIX/drive_c")
 "$run" reg query "$uninstall_key" >"$folder/key" 2>&1
 expect "not in the list of programs" test $? -ne 0

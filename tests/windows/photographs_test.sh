@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Runs read_pattern and calibrate_cameras for Windows, under wine, on the example photographs and on a list of corners,
-# and compares them with the same programs of this system. All files and folders have names in other scripts. Both must
-# write the same documents. The documents' numbers may differ in the last digits, because the C libraries round
-# functions such as sin differently; the largest differences are printed.
+# and compares them with the same programs of this system. All paths that the programs get contain characters outside
+# ASCII. The programs of both systems must write the same JSON documents and the same drawing. The documents' numbers
+# may differ in the last digits, because the C libraries round functions such as sin differently; the largest
+# differences are printed.
 #   photographs_test.sh WINE_RUN WINDOWS_BIN BIN
 set -euo pipefail
 run=$1 windows=$2 linux=$3
@@ -21,8 +22,8 @@ awk 'BEGIN { for (k = 1; k <= 12; k++) for (row = 0; row < 6; row++) for (column
   printf "写真-%02d.jpg %.4f %.4f 0\n", k, 900 * (x + 40 * cos(k)) / w + 720 + noise, 900 * y / w + 540 - noise
 } }' >"$folder/隅 Ω.txt"
 
-# Runs the programs of one system and writes their documents to a folder of that name. Names of files begin with "/" in
-# some places, because options could do so on Windows.
+# use SYSTEM: runs the programs of one system and writes their documents to the folder SYSTEM. Some of the paths begin
+# with "/", to check that the programs for Windows do not take such a path for an option.
 use() {
   local out=$folder/$1
   mkdir "$out"

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Compares two JSON documents: same_json.py BOUND FILE FILE.
 
-Both must have the same structure and texts, and no two numbers may differ by more than BOUND, absolutely or as a share
-of the larger one. "\\" and "/" are the same in texts, because both separate folders on Windows. Prints the largest
-difference.
+Both must have the same structure and texts, and the difference between two corresponding numbers must not exceed BOUND.
+If the larger absolute value of the two numbers is more than 1, the difference is divided by this value first. "\\" and
+"/" are the same in texts, because both separate folders on Windows. Prints the largest difference.
 """
 import json
 import sys

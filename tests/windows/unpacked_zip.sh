@@ -1,7 +1,7 @@
 # Unpacks the zip for the tests that use nothing else from the build. Source it with the folder of the packages as its
 # argument. It sets
 #   packages, source, folder   the folder of the packages, the folder of the project, and a temporary folder
-#   run                        the program that runs a Windows program, in a fresh folder of wine
+#   run                        the script that runs a Windows program; wine keeps its files in the temporary folder
 #   tree                       what was in the zip; the path has a space and characters of several scripts
 # When the script ends, the Windows programs are ended and the temporary folder is removed.
 packages=$(realpath "$1")
