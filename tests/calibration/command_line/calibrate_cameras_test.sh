@@ -3,12 +3,13 @@
 # messages about bad input.
 #   calibrate_cameras_test.sh CALIBRATE_CAMERAS PICTURE
 # PICTURE is one of the manual's pictures. It shows a pattern with its middle at (652, 336). ImageMagick makes
-# photographs of this pattern.
+# photographs of this pattern. The picture assembly.png in the same folder shows another pattern.
 set -euo pipefail
 calibrate_cameras=$1
 folder=$(mktemp -d)
 trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
 cp "$2" "$folder/whole.png"
+cp "$(dirname "$2")/assembly.png" "$folder/other.png"
 cd "$folder"
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
@@ -87,7 +88,8 @@ awk 'BEGIN { print "# filename x y level"
     u = 900 * (x + 40 * cos(k)) / w + 500 + noise; v = 900 * (y + 30 * sin(k)) / w + 400 - noise
     print "view" k ".png", u, v, (k == 3 && row == 2 && column == 2 ? "-" : 0)
   } }' >corners.txt
-ends 0 --corners corners.txt --board 9x6 --square 25 --image-size 1000x800 --model pinhole4 --measured 99.8x100 --out listed
+ends 0 --corners corners.txt --board 9x6 --square 25 --image-size 1000x800 --model pinhole4 --measured 99.8x100 \
+  --out listed
 is_near listed/calibration.json 900 0.001
 says out '12 photographs'
 says listed/camchain.yaml 'distortion_model: radtan'
@@ -124,6 +126,9 @@ numbers_of PrintScale rig/assembly.json 1 | awk '{ exit !(($1 * $2 - 0.998)^2 < 
   fail "the print's scale is $(numbers_of PrintScale rig/assembly.json 1)"
 ends 1 --corners corners.txt --board 9x6 --square 25 --image-size 1000x800 --measured 3=99.8x100 --out none
 says err 'pattern 3 is in no photograph'
+convert other.png -gravity center -background gray -extent 800x600 other.png
+ends 1 --measured 99.8x100 --out none photo?.png other.png
+says err 'there are several patterns'
 
 # Photographs that determine no calibration are refused.
 photographs same 3 0
