@@ -8,8 +8,8 @@ namespace calibration {
 
 namespace {
 
-// A pointer and not the function itself, because g++ for Windows frees the memory of thread_local objects before it
-// calls their destructors.
+// This is a plain pointer, because no thread_local object may have a destructor: g++ for Windows frees the memory of
+// thread_local objects before it calls their destructors.
 thread_local const Interruption *innermost = nullptr;
 
 }  // namespace

@@ -38,10 +38,11 @@ std::optional<FourthDifference> fourthDifference(const CornerLattice &lattice, c
     return difference;
 }
 
-// Perspective, lens and paper bend neighbouring rows of corners alike, so the fourth differences of these rows should
-// be the same. Compares each corner with the corner beside it in the next row: takes the fourth difference along the
-// row at both corners. Returns the squared distance between these two fourth differences, divided by its expected
-// value, which follows from the fits' standard deviations. Columns are treated in the same way.
+// The perspective, the lens and the shape of the paper change neighbouring rows of corners in the same way, so the
+// fourth differences of these rows should be the same. Compares each corner with the corner beside it in the next row:
+// takes the fourth difference along the row at both corners. Returns the squared distance between these two fourth
+// differences, divided by its expected value, which follows from the fits' standard deviations. Columns are treated in
+// the same way.
 std::vector<float> excessesInRows(const CornerLattice &lattice, const std::vector<CornerFit> &fits) {
     std::vector<float> excesses;
     for (const LatticeCorner &corner : lattice.corners) {

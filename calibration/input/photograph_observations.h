@@ -1,8 +1,8 @@
-// Makes the observations that calibrate() takes (cameras, moments, prints and corners) from the readings of
-// photographs. A photograph that could not be used is named with a reason. The other photographs may also show patterns
-// that could not be used. These patterns are counted by reason, with one notice for each reason. Two kinds of patterns
-// are ignored without a word: those without a measured corner, and small plain boards beside a much larger one, which
-// are probably texture in the background. All functions may be called from any thread.
+// Converts the readings of photographs to observations (cameras, moments, prints and corners), which calibrate() needs
+// as its input. A photograph that could not be used is named with a reason. The other photographs may also show
+// patterns that could not be used. These patterns are counted by reason, with one notice for each reason. Two kinds of
+// patterns are ignored without a word: those without a measured corner, and small plain boards beside a much larger
+// one, which are probably texture in the background. All functions may be called from any thread.
 #pragma once
 
 #include <string>

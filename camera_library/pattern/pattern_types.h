@@ -26,7 +26,7 @@ enum class SelectedBy { Name, CatalogueBoard, NoType };
 struct PatternType {
     SelectedBy selectedBy;
     std::string_view name;            // the value of "Type"; empty unless `selectedBy` is Name
-    std::string_view errorName;       // the type's name in error texts, such as: a pattern of type "Flexible"
+    std::string_view errorName;       // what error texts call such a pattern: `a pattern of type "Flexible"`
     std::string_view title;           // titles and captions begin with this text; if empty, with the value of "Type"
     std::string_view fileKind;        // "Kind" in the pattern file
     PatternParameterList parameters;  // the parameters that the type can have

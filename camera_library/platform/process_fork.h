@@ -1,5 +1,5 @@
-// Calls an action in each child process that fork() makes. The library uses this to give the child a new tree
-// instead of a copy of the parent's tree. Each system has its own source file.
+// Calls an action in each child process that fork() makes. The library uses this to give the child a new, empty tree of
+// nodes instead of a copy of the parent's nodes. Each system has its own source file.
 #pragma once
 
 namespace lmlib64 {

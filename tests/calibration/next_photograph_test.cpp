@@ -187,7 +187,7 @@ TEST(NextPhotograph, isNotAdvisedIfItHardlyHelps) {
     }
     EXPECT_FALSE(findNextPhotograph(calibration));
     calibration.cameras.assign(2, CameraTrust());
-    EXPECT_FALSE(findNextPhotograph(calibration)) << "no camera was seen";
+    EXPECT_FALSE(findNextPhotograph(calibration)) << "no advice can be given if no camera has a result";
 }
 
 }  // namespace

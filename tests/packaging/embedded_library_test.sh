@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Tests the source tree as a folder of another project: the library alone is built, it needs neither Qt nor OpenCV, and
-# the other project's settings stay as they are.
+# Builds another project that includes this source tree. Tests that only the library is built, that it needs neither Qt
+# nor OpenCV, and that the other project's settings stay as they are.
 #   embedded_library_test.sh BUILD SOURCE COMPILER
 # BUILD is not used. It is there because installed_tree_test.sh is called with the same arguments.
 set -euo pipefail

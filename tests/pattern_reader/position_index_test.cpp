@@ -166,7 +166,7 @@ TEST(PositionIndex, isNeverCertainOfAPatchWithoutTheCode) {
     PatchMaker maker;
     for (int i = 0; i < 300; ++i) {
         SeenCells seen(5 + maker.below(20), 5 + maker.below(20));
-        // The five kinds of patches have no marks, marks everywhere, stripes, a checkered pattern, and random bits. In
+        // There are five kinds of patches: without marks, with marks everywhere, striped, checkered, and random. In
         // the first four kinds, 2 % of the bits are wrong.
         const int kind = i % 5;
         for (int row = 0; row < seen.height; ++row) {
