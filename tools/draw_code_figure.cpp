@@ -102,8 +102,8 @@ void drawPlate(double left, double top) {
         circle(x, y, dotHoleRadius * s, "#fff");
         number(x, y + 2.4, 7, bit, byteColours[bit / 8]);
     }
-    text(left, top + 8 * s + 22, 13, "#222", "start", "Plate with the block 780A6BCD9ED570DA: black rings are dots,");
-    text(left, top + 8 * s + 38, 13, "#222", "start", "pale ones the places of bits that are 0 and are not printed");
+    text(left, top + 8 * s + 22, 13, "#222", "start", "Plate with the block 780A6BCD9ED570DA: black rings are dots;");
+    text(left, top + 8 * s + 38, 13, "#222", "start", "pale rings are bits that are 0, which are not printed");
 }
 
 void drawPlane(double left, double top) {
@@ -130,8 +130,8 @@ void drawPlane(double left, double top) {
     circle(left + origin + 60 * side, top + origin - 40 * side, 4, "#08519c");
     std::printf("<path d=\"M%g %gh%gv%g\" fill=\"none\" stroke=\"#d62728\" stroke-width=\"2\"/>\n", left + origin,
                 top + origin, 60 * side, -40 * side);
-    text(left, top + planeSide * side + 22, 13, "#222", "start", "The plane, 272 x 272; red its origin (136, 136);");
-    text(left, top + planeSide * side + 38, 13, "#222", "start", "blue a 91 x 91 pattern with the offset (60, -40)");
+    text(left, top + planeSide * side + 22, 13, "#222", "start", "The plane, 272 x 272. Red: its origin (136, 136).");
+    text(left, top + planeSide * side + 38, 13, "#222", "start", "Blue: a 91 x 91 pattern with the offset (60, -40)");
 }
 
 }  // namespace
