@@ -295,8 +295,9 @@ private:
         }
     }
 
-    // Returns the standard deviation along one axis of the least certain corner in a camera's used sightings, in
-    // pixels. The variance factor adapts it to the residuals. Never 0, because the caller divides by it.
+    // Finds the least certain corner in the camera's used sightings. Returns its standard deviation along one axis, in
+    // pixels, multiplied by the square root of the variance factor, so that it agrees with the residuals. The result is
+    // never 0, because the caller divides by it.
     double noiseOf(int camera) const {
         double greatest = 0;
         for (const Sighting &sighting : result.observations.sightings) {

@@ -40,10 +40,10 @@ struct CalibrateOptions {
     bool mayBend = true;
     std::vector<MeasuredPrint> measured;
     // An earlier result for similar observations with the same cameras and prints. If its lens models and bends can be
-    // kept, the calibration starts from it, which is much faster, and the result is the same as without it, to within a
-    // small share of its standard deviations. They can be kept if the earlier call had the same `lens` and `mayBend`.
-    // If `lens` is absent or `mayBend` is true, models or bends were chosen from photographs. The number of these
-    // photographs must then also be similar to the number in this call (a factor of at most 1.5). Otherwise, the
+    // kept, the calibration starts from the earlier result. This is much faster and changes the new result by only a
+    // small share of its standard deviations. Models and bends can be kept if the earlier call had the same `lens` and
+    // `mayBend`. If `lens` is absent or `mayBend` is true, models or bends were chosen from photographs. The number of
+    // these photographs must then also be similar to the number in this call (a factor of at most 1.5). Otherwise, the
     // earlier result is ignored.
     std::shared_ptr<const Calibration> previous;
     // Called from time to time in the thread that called calibrate(), with the completed share of the stage, from 0

@@ -23,8 +23,9 @@ constexpr double robustScale = 6;
 constexpr double clearDifference = 1.5;
 constexpr size_t leastPairs = 4;
 
-// Returns for each moment the number of the part to which it belongs, from 0. A moment whose sightings all do not take
-// part in the solve has no part: its number is -1. If fewer than leastMoments moments remain, all numbers are -1.
+// Returns for each moment the number of the part to which it belongs, from 0. If takesPart() selects none of a moment's
+// sightings, the moment belongs to no part: its number is -1. If fewer than leastMoments moments remain, all numbers
+// are -1.
 std::vector<int> partsOfMoments(const Observations &observations, const Estimate &estimate) {
     std::set<int> moments;
     for (const Sighting &sighting : observations.sightings) {

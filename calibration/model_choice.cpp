@@ -65,8 +65,8 @@ Observations enough(const Observations &all, int camera) {
     }
     Observations some{all.cameras, all.photographs, all.prints, {}, all.moments};
     if (camera >= 0) {
-        // Assigns all photographs to this camera, so that this camera is the first one of its rig. Otherwise, the first
-        // one could be a camera that has no sightings here. Then this camera would get no pose in the rig.
+        // Assigns all photographs to `camera`, so that `camera` is the first camera of its rig. Otherwise, the first
+        // camera of the rig could be one without sightings here, and `camera` would get no pose in the rig.
         for (Photograph &photograph : some.photographs) {
             photograph.camera = camera;
         }
@@ -110,8 +110,8 @@ void forEach(std::vector<Candidate> &candidates, const std::function<void(Candid
 }
 
 // Solves all candidates and computes their errors. `bends` has one entry for each candidate, or a single one for all.
-// For each camera, the errors of all candidates are in units of the same standard deviation: the smallest that any of
-// them shows. In units of its own standard deviation, a bad model would look as good as the best.
+// For each camera, the errors of all candidates are in units of the same standard deviation: the smallest among
+// the candidates. If each candidate's own standard deviation were the unit, a bad model would look as good as the best.
 void compare(std::vector<Candidate> &candidates, const std::vector<std::vector<Bend>> &bends,
              const std::vector<MeasuredPrint> &measured) {
     forEach(candidates, [&](Candidate &candidate) {

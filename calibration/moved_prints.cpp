@@ -154,8 +154,9 @@ private:
         return all - most;
     }
 
-    // Returns the print to settle next: of the prints that are not settled, the one that is in the most pairs with
-    // contradictions; of those, the one with the most contradicting photographs. Empty if no such print is left.
+    // Returns the print to settle next. This is the unsettled print that is in the most pairs with contradictions. If
+    // several unsettled prints are in equally many of these pairs, it is the one with the most contradicting
+    // photographs. Empty if no unsettled print is in a pair with contradictions.
     std::optional<size_t> mostContradicted() const {
         struct Count {
             size_t prints = 0, photographs = 0;
@@ -227,8 +228,8 @@ private:
     // Returns the sum of votes for each pair of sightings of `print`. The two sightings are in two photographs. Every
     // other print that both photographs show has a vote, unless its sighting in one of these photographs is marked as
     // moved. The vote is 1 if `print` has the same place relative to the other print in both photographs, and -1 if the
-    // places differ. The pairs are sorted by the indices of their sightings. So the pairs are in the order of time if
-    // the sightings are.
+    // places differ. The pairs are sorted by the indices of their sightings. If the sightings are in the order of
+    // time, so are the pairs.
     std::map<std::pair<size_t, size_t>, int> votesAbout(size_t print) const {
         std::map<std::pair<size_t, size_t>, int> votes;
         for (const Pair &pair : pairs) {

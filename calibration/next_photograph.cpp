@@ -200,7 +200,8 @@ std::string request(const Calibration &calibration, int camera) {
     }
     return "More photographs hardly help: the lens is uncertain by at most " +
            rounded(calibration.cameras[size_t(camera)].uncertainty.greatest().value_or(0)) +
-           " px, a single corner by " + rounded(sigmaOfCorner(calibration, camera)) + " px. The best would be one ";
+           " px, a single corner by " + rounded(sigmaOfCorner(calibration, camera)) +
+           " px. The most useful photograph would be one ";
 }
 
 std::string describe(const Calibration &calibration, int camera, int print, const Hold &hold) {

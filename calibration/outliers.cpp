@@ -13,8 +13,8 @@ constexpr int exactRounds = 3;
 // The median length of a vector whose two components are normally distributed with variance 1.
 constexpr double medianLength = 1.17741;
 constexpr double leastScale = 1e-6;
-// Scales of the robust loss, in standard deviations. The first scale is wide, because bad sightings distort the whole
-// estimate before the first solve.
+// Scales of the robust loss, in standard deviations. Before the first solve, bad sightings distort the whole estimate,
+// so good corners can have large residuals too. The first scale is wide, so that these corners still count.
 constexpr double firstRobustScale = 20;
 constexpr double robustScale = 6;
 // The tolerance of the robust solves, which need not be exact.
@@ -123,7 +123,8 @@ void scaleDeviations(Observations &observations, const std::vector<double> &fact
 std::optional<std::vector<double>> solveRobustly(Observations &observations, const Freedom &freedom,
                                                  Estimate &estimate) {
     std::vector<double> factors(observations.cameras.size(), 1.0);
-    // The last scale, 0, stands for no solve: after the second solve, only the standard deviations are made to agree.
+    // The last scale, 0, stands for no solve. It only makes the standard deviations agree with the residuals of the
+    // second solve.
     for (const double scale : {firstRobustScale, robustScale, 0.0}) {
         const std::vector<double> more = agreeWithResiduals(observations, estimate);
         std::transform(factors.begin(), factors.end(), more.begin(), factors.begin(), std::multiplies<>());

@@ -30,17 +30,17 @@ std::optional<std::vector<double>> solveRobustly(Observations &observations, con
 // Multiplies the corners' standard deviations by a factor for each camera.
 void scaleDeviations(Observations &observations, const std::vector<double> &factors);
 
-// Returns, for each corner of a sighting, used or not, the length of its residual divided by its standard deviation.
-// (A corner's standard deviation is that along one axis.) Empty if a corner cannot be projected.
+// Returns, for each corner of a sighting, used or not, the length of its residual divided by its standard deviation
+// along one axis (SeenCorner::sigma). Empty if a corner cannot be projected.
 std::vector<double> residualLengths(const Observations &observations, const Sighting &sighting,
                                     const BlockPointers &blocks);
 
-// Estimates the standard deviation of residuals along one axis from their lengths. Up to half of the residuals may be
-// bad. Returns 1 if `lengths` is empty.
+// Returns the standard deviation of residuals along one axis. It is estimated from the lengths of the residuals, of
+// which up to half may be bad. Returns 1 if `lengths` is empty.
 double scaleOfLengths(std::vector<double> lengths);
 
 // Returns for each camera the standard deviation of the residuals of good corners, in units of the corners' stated
-// standard deviations. 1 for a camera if none of its sightings takes part.
+// standard deviations. Uses the sightings for which takesPart() is true. A camera without such a sighting gets 1.
 std::vector<double> residualScales(const Observations &observations, const Estimate &estimate);
 
 // A corner is bad if its residual is longer than this, in standard deviations along one axis. One good corner in 3,000

@@ -13,7 +13,7 @@ struct MeasuredPrint;
 // Sets `shapes` and `priors` of `freedom`. In the estimate's shapes, sets `reach` and the numbers that may not vary:
 // - The scale of a measured print is set to its measured value.
 // - If no print of a group was measured, the scale of the group's first print is set to 1.
-// - The terms of the bend that `bends` does not allow are set to 0.
+// - `bends` limits the order of each print's bend. All bend terms of a higher order are set to 0.
 // The ratio of the x scale to the y scale may vary for every print. For a measured print, this ratio has a prior. Its
 // mean is the measured ratio, and its standard deviation is the one that a measurement with a caliper gives.
 void setShapes(const Observations &observations, const std::vector<Bend> &bends,

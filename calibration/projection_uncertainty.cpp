@@ -57,8 +57,9 @@ private:
     }
 };
 
-// Returns a matrix that maps an error of the lens parameters to a motion of the camera. Of all motions, this motion
-// shifts the pixels in the way most similar to the error. Subtracting these shifts leaves the smallest error.
+// Returns a matrix that maps an error of the lens parameters to a motion of the camera. Both the error and the motion
+// shift the pixels. The matrix gives the motion whose shifts are closest to those of the error: the weighted sum of the
+// squared differences is the smallest.
 Eigen::MatrixXd bestMotion(const Grid &grid, Eigen::Index lensSize) {
     const int size = grid.motionSize();
     Eigen::MatrixXd normal = Eigen::MatrixXd::Zero(size, size);

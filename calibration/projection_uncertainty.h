@@ -21,8 +21,8 @@ namespace calibration {
 constexpr double infinitelyFar = std::numeric_limits<double>::infinity();
 
 // Values at the centres of the cells of a grid over the picture, row by row. A value is empty if no direction is found
-// that the lens projects to the centre of the cell. In a difference, this lens is the first of the two, and a value is
-// also empty if the second lens cannot project the point.
+// that the lens projects to the centre of the cell. In a map that compares two lenses, this is the first lens. The
+// direction gives a point, and the value is also empty if the second lens cannot project this point.
 struct CALIBRATION_API PictureMap {
     int columns = 0;
     int rows = 0;

@@ -10,8 +10,8 @@ namespace calibration {
 using Vector6 = Eigen::Matrix<double, 6, 1>;
 using Matrix6 = Eigen::Matrix<double, 6, 6>;
 
-// The pose of one print relative to another in one photograph. It is given as the difference from a reference pose that
-// is the same for all photographs: a rotation vector in radians, then a translation in millimetres.
+// The pose of a second print relative to a first print in one photograph. It is given as the difference from a
+// reference pose that is the same for all photographs: a rotation vector in radians, then a translation in millimetres.
 struct RelativePose {
     Vector6 offset;
     Matrix6 information;  // the inverse of the offset's covariance

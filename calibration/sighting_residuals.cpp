@@ -25,9 +25,9 @@ struct PreparedMotion {
           jacobian(leftJacobian(Eigen::Map<const Eigen::Vector3d>(six))),
           translation(Eigen::Map<const Eigen::Vector3d>(six + 3)) {}
 
-    // Let p be the point after this motion, and `rotated` the point after its rotation only. Computes the
-    // derivative of `map` * p with respect to the six numbers of the motion. Writes it into `rows`, as two rows of six
-    // numbers. Does nothing if `rows` is null.
+    // Let p be a point after this motion (rotation and translation), and `rotated` the same point after the rotation
+    // alone. Computes the derivative of `map` * p with respect to the six numbers of the motion. Writes it into `rows`,
+    // as two rows of six numbers. Does nothing if `rows` is null.
     void differentiate(const Matrix23 &map, const Eigen::Vector3d &rotated, double *rows) const {
         for (std::ptrdiff_t row = 0; rows != nullptr && row < 2; row++) {
             const double x = map(row, 0);

@@ -1,6 +1,7 @@
 // Computes start values for the joint solve from the corners. The lens of each camera comes first, from this camera's
-// photographs alone. Next, the pose of each print relative to the camera is found in each photograph. The poses of all
-// prints, moments and cameras follow from these poses, because photographs link them.
+// photographs alone. Next, the pose of each print relative to the camera is found in each photograph. A photograph
+// links its prints, its moment and its camera. By following these links, the poses of all prints, moments and cameras
+// are computed from the relative poses.
 #pragma once
 
 #include "calibration/observations.h"

@@ -19,8 +19,8 @@ constexpr int mapRows = 40;
 // The moments are divided into two halves, and each lens is estimated once from each half. A half determines a lens if
 // the standard deviation of the focal length is less than this share of the focal length.
 constexpr double greatestFocalSigma = 0.02;
-// A print's scale, or its ratio of x to y, is not determined if its standard deviation is at least this share of the
-// prior's standard deviation.
+// A print's scale is not determined if its standard deviation is at least this share of the prior's standard deviation.
+// The same holds for the ratio of the print's x scale to its y scale.
 constexpr double undeterminedShare = 0.7;
 
 // Sums over the used sightings of one camera.
@@ -150,7 +150,8 @@ std::vector<std::optional<Eigen::VectorXd>> lensesOfHalf(const Calibration &cali
 }
 
 void compareHalves(Calibration &calibration) {
-    // The halves are computed independently of each other, so the result does not depend on their order in time.
+    // The lenses of the two halves are computed at the same time. Neither computation uses the other's results, so it
+    // does not matter which of them ends first.
     auto second = std::async(std::launch::async, [&calibration, isCancelled = Interruption::current()]() {
         const Interruption interruption(isCancelled);
         return lensesOfHalf(calibration, 1);

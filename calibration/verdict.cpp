@@ -277,7 +277,8 @@ private:
         }
     }
 
-    // Only measured prints of the first group determine its scale.
+    // Says which prints determine the scale of the first group: its measured prints or, if it has none, its first
+    // print. Measured prints of other groups have no effect on this scale.
     void nameScale() {
         const int group = calibration.firstGroup();
         std::vector<int> linked;
@@ -300,7 +301,8 @@ private:
             calibration.notices.push_back(
                 (isAnyMeasured ? "No print that is linked with " + first + " was measured" : "No print was measured") +
                 ", so all lengths assume that " + first +
-                " was printed true to size: its width and height may be wrong, but not their geometric mean.");
+                " has the right size on average: its width and its height may each be wrong, but their geometric mean "
+                "is right.");
         }
     }
 

@@ -262,7 +262,8 @@ private:
 
     // True if at least twice as many sightings of each print are in use as are left out. This must hold separately for
     // the photographs that show only this print and for those that also show other prints. If the print was moved, the
-    // photographs with several prints decide which of its places is used.
+    // photographs with several prints decide which of its places is used, and photographs that show only this print
+    // must not outvote them.
     bool isClearWhichCount() const {
         std::map<int, int> shown;  // sightings in each photograph
         for (const Sighting &sighting : given.sightings) {

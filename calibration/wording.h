@@ -13,8 +13,8 @@ namespace calibration {
 std::string capitalised(std::string text);
 
 // Returns a list of these prints. If all of them have numbers, the list is "pattern 3" or "patterns 3 and 7".
-// Otherwise, the list does not begin with the word "pattern" or "patterns". A print without a number then appears with
-// its name in quotation marks, or as "the target" if it has no name either.
+// Otherwise, the word "pattern" is left out. A print with a number then appears as this number, another print as its
+// name in quotation marks, and a print with neither a number nor a name as "the target".
 std::string namesOf(const Observations &observations, const std::vector<int> &prints);
 
 // Returns "1 corner" or "5 corners".

@@ -1,5 +1,6 @@
-"""Builds the wheel for pip with CMake. This script needs only Python's standard library, so the build needs no
-network. The compiler, CMake, Ninja and all libraries must be installed; see packaging/debian_packages.sh.
+"""Uses CMake to build the wheel that pip installs. This script needs only Python's standard library, so pip has nothing
+to download for the build. The compiler, CMake, Ninja and all libraries must be installed; see
+packaging/debian_packages.sh.
 
 The environment variable CMAKE_ARGS may contain further options for CMake. `pip install --config-settings
 build-dir=FOLDER .` keeps the object files in FOLDER for the next build.

@@ -33,7 +33,8 @@ NumpyImage::NumpyImage(const py::array &picture) : array(picture) {
     const bool isPicture = (picture.ndim() == 2 || picture.ndim() == 3) && picture.shape(0) > 0 &&
                            picture.shape(1) > 0 && (channels == 1 || channels == 3 || channels == 4);
     if (!isPicture || picture.shape(0) > INT_MAX || picture.shape(1) > INT_MAX) {
-        throw py::value_error("The picture must have the shape (height, width) or (height, width, 1, 3 or 4).");
+        throw py::value_error(
+            "The picture must have the shape (height, width) or (height, width, channels) with 1, 3 or 4 channels.");
     }
     const int depth = depthOf(picture);
     if (!hasWholeRows(picture, channels)) {

@@ -38,7 +38,7 @@ QString wordsFor(LiveState state) {
         case LiveState::Blurred:
             return LivePanel::tr("Too blurred: wait for the focus, or use more light.");
         case LiveState::Known:
-            return LivePanel::tr("There is already such a view: move, tilt or turn the target.");
+            return LivePanel::tr("A picture already shows the target like this: move, tilt or turn it.");
         case LiveState::Enough:
             return LivePanel::tr("Enough: another picture would hardly improve the calibration.");
         case LiveState::Worth:
@@ -56,7 +56,7 @@ LivePanel::LivePanel(Session *ownSession, QWidget *parent)
       size(new QComboBox(this)),
       startButton(new QPushButton(this)),
       takeButton(new QPushButton(tr("Ta&ke Picture (Ctrl+Space)"), this)),
-      byItself(new QCheckBox(tr("By itself"), this)),
+      byItself(new QCheckBox(tr("Automatically"), this)),
       folderButton(new QPushButton(this)),
       status(new QLabel(this)),
       view(new LiveView(this)) {
@@ -67,7 +67,7 @@ LivePanel::LivePanel(Session *ownSession, QWidget *parent)
         source->addItem(tr("Camera %1").arg(i + 1), i);
     }
     source->addItem(tr("Video file..."), fileEntry);
-    size->addItem(tr("usual"), QSize());
+    size->addItem(tr("Default"), QSize());
     for (const QSize &one : {QSize(640, 480), QSize(1280, 720), QSize(1920, 1080), QSize(3840, 2160)}) {
         size->addItem(QString("%1 × %2").arg(one.width()).arg(one.height()), one);
     }

@@ -212,7 +212,8 @@ private:
         return QString("<img src=\"figure:%1\"/>").arg(document.figures.size() - 1) + rest;
     }
 
-    // A caption with a coloured legend cannot be drawn as plain text, so it becomes part of the page's text.
+    // Returns the caption as plain text, which is drawn together with the figure. If the caption has a coloured legend,
+    // plain text would lose the colours. Then the caption is added to `rest` as HTML, and the result is empty.
     QString caption(QString &rest) {
         const QString html = content();
         if (html.contains("<span")) {

@@ -171,8 +171,8 @@ void ViewerWindow::showOpenedSession(const QString &file, const SessionDocument 
     session.open(document);
     live->suggestFolder(QFileInfo(file).absolutePath());
     if (!gone.isEmpty()) {
-        tell(tr("%1 of the session's %2 photographs are gone, such as %3. They stay in the list. Put them back where "
-                "they were, and open the session again.")
+        tell(tr("Photographs that cannot be found: %1 of the session's %2, such as %3. They stay in the list. Put them "
+                "back where they were, and open the session again.")
                  .arg(gone.size())
                  .arg(document.photographs.size())
                  .arg(QDir::toNativeSeparators(gone.first())));
@@ -302,7 +302,8 @@ void ViewerWindow::offerRecovery() {
 
 void ViewerWindow::keepCopy() {
     const SessionDocument document = session.document();
-    // As long as this is true, the user may still restore the session that a crash left.
+    // If `isUndecided` is true, the user may still restore the session that a crash left. The copy holds that session,
+    // so a session without photographs must not replace it.
     const bool isUndecided = leftOver && document.photographs.isEmpty();
     // If kept == document, the copy has the whole document already. This is so after a photograph was read, for
     // example, because reading does not change the document.

@@ -108,8 +108,8 @@ void measureMoved(GoalTable &table) {
     std::mt19937 random(1);
     RigidMotion moved = scene.truth.worldFromPrint[1];
     moved.translation.x() += 15;
-    // The pattern moves before the last three of twenty photographs. Its sightings in these three are appended to the
-    // list, so their indices show which sightings must be left out.
+    // Print 1 moves before the last three of the 20 photographs. Its sightings in these three are appended to the list,
+    // so their indices show which sightings must be left out.
     std::vector<Sighting> &sightings = scene.observations.sightings;
     sightings.erase(
         std::remove_if(sightings.begin(), sightings.end(),

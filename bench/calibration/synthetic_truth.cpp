@@ -120,8 +120,8 @@ struct Deviation {
 
 // Compares the corners of the result's first group with the truth. The result may have another scale than the truth,
 // and other axes. So all estimated corners are first transformed by the similarity that fits those of the first print
-// to their true positions. Returns the distances that remain, in mm, the greatest error of a print's ratio of x scale
-// to y scale, and the number of prints that were compared.
+// to their true positions. Returns four numbers: the rms and the maximum of the distances that remain, both in mm; the
+// greatest relative error of a print's ratio of x scale to y scale; and the number of prints that were compared.
 Deviation deviationOf(const RenderedScene &rendered, const Calibration &result) {
     const size_t all = rendered.scene.observations.prints.size();
     std::vector<Vector3d> truth;

@@ -227,8 +227,8 @@ void readMany(WatchedApplication &application, const QStringList &files) {
     }
     const QTemporaryDir copies;
     MeasuredWindow measured(copies.path());
-    // The lens model is given and prints may not bend, so the calibration has no models to choose. Choosing them from
-    // many copies of few pictures would not be a real case.
+    // The settings give the lens model and rule out bent prints, so the calibration has no models to choose.
+    // Choosing models from so few pictures would not be realistic for a session with this many photographs.
     SessionSettings settings;
     settings.arrangement = Arrangement::Assembly;
     settings.lens = calibration::LensModel::Pinhole5;
@@ -303,16 +303,19 @@ int measureAll(const QString &folder, int rounds) {
     table.row("from the drop to the first result", first, "ms", "decoding them in grey", grey, 0);
     table.row("from the drop to the result of all 100", all, "ms", "decoding them in colour", colour, 0);
     table.figure("peak memory", peak, "MiB", "limit", 600, 1.0);
-    table.figure("longest event of the window while 100 are read and calibrated", longest, "ms", "limit", 100, 1.0);
+    table.figure("longest event of the window while 100 photographs are read and calibrated", longest, "ms", "limit",
+                 100, 1.0);
     Figures again = measureInProcess({"recalibrate", folder});
-    table.figure("calibrating 50 photographs anew when one more is left out", again["processor"], "ms", "limit", 500,
+    table.figure("calibrating anew when one more of 50 photographs is left out", again["processor"], "ms", "limit", 500,
                  1.0);
     table.figure("elapsed time of calibrating anew", again["elapsed"], "ms", "limit", 500, 1.0);
-    table.figure("longest event of the window while 50 are calibrated anew", again["longest event"], "ms", "limit", 100,
-                 1.0);
+    table.figure("longest event of the window while up to 49 of 50 photographs are calibrated anew",
+                 again["longest event"], "ms", "limit", 100, 1.0);
     Figures many = measureInProcess({"many", folder});
-    table.figure("longest event of the window while 1,000 are read and a recovery copy of the session is saved",
-                 many["longest event"], "ms", "limit", 100, 1.0);
+    table.figure(
+        "longest event of the window while photographs 101 to 1,000 are read and a recovery copy of the session is "
+        "saved",
+        many["longest event"], "ms", "limit", 100, 1.0);
     table.figure("memory for each of 1,000 photographs", many["megabytes"], "MiB", "limit", 0.3, 1.0);
     table.figure("longest step of scrolling through 1,000 photographs", many["longest scroll"], "ms", "limit", 16, 1.0);
     return table.exitCode();

@@ -28,7 +28,7 @@ struct ArgumentTexts {
 
 // The measured lengths of a sheet's two check bars, divided by their lengths in the drawing.
 struct MeasuredSheet {
-    std::optional<int> number;    // of the pattern; only a single print needs none
+    std::optional<int> number;    // the number of the pattern; may be absent only if there is a single print
     Eigen::Vector2d ratio{1, 1};  // of the bar along x, and of the bar along y
 };
 

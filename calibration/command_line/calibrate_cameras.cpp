@@ -1,8 +1,9 @@
 // calibrate_cameras [OPTIONS] --out FOLDER PHOTO...
 //
-// Calibrates cameras and assemblies of patterns from photographs. The exit code is 0 if a calibration was written or
-// only --help or --version was asked for, and 2 if the arguments are wrong. It is 1 if no calibration was written or if
-// standard output could not be written; in the second case, the files of the calibration may be complete.
+// Calibrates cameras and assemblies of patterns from photographs. The exit code is 0 if a calibration was written. It
+// is also 0 if only --help or --version was asked for. It is 2 if the arguments are wrong. It is 1 if no calibration
+// was written or if standard output could not be written; in the second case, the files of the calibration may be
+// complete.
 #include <algorithm>
 #include <array>
 #include <cstdio>

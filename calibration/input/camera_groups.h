@@ -28,9 +28,10 @@ struct CameraGroups {
 };
 
 // Photographs for which the user names a camera belong to that camera, and only those of the most frequent size are
-// kept. All others are grouped by size and by the camera's name in EXIF, and each group is a camera. A group of at most
-// three photographs is left out if another of these groups has at least five times as many. The cameras are named
-// "camera", "camera-2" and so on, in the order of their first photographs; names that the user gave are skipped.
+// kept. Photographs for which the user names no camera are grouped by size and by the camera's name in EXIF, and each
+// group is a camera. A group of at most three photographs is left out if another of these groups has at least five
+// times as many. These cameras are named "camera", "camera-2" and so on, in the order of their first photographs; names
+// that the user gave are skipped.
 CameraGroups groupByCamera(const std::vector<PhotographOrigin> &photographs);
 
 // Returns the moment of each photograph, counted from 0. Photographs of different cameras belong to the same moment if

@@ -94,7 +94,7 @@ std::string faultOf(const ListedPhotograph &photograph, const Print &board) {
     for (const SeenCorner &corner : corners) {
         if (corner.image.minCoeff() < -1 || corner.image.x() > photograph.width ||
             corner.image.y() > photograph.height) {
-            return "A corner lies outside its " + std::to_string(photograph.width) + " x " +
+            return "A corner lies outside the picture of " + std::to_string(photograph.width) + " x " +
                    std::to_string(photograph.height) + " pixels.";
         }
     }

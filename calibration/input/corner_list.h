@@ -38,9 +38,9 @@ struct ListedPhotograph {
 std::vector<ListedPhotograph> loadCornerList(const std::string &path);
 
 // Sets the photograph's size to that of its picture file. Three paths are tried in this order: the listed name relative
-// to the current folder, the listed name relative to the list's folder, and the listed name without its folders in the
-// list's folder. The first file that is a picture and does not have too many pixels is used. If there is none, the size
-// stays as it is.
+// to the current folder, the listed name relative to the list's folder, and the listed name without its folders, also
+// relative to the list's folder. The first file that is a picture and does not have too many pixels is used. If there
+// is none, the size stays as it is.
 void findPictureSize(ListedPhotograph &photograph, const std::string &listPath);
 
 // The standard deviation of a corner of level 0, in pixels along one axis. calibrate() multiplies the standard

@@ -12,7 +12,7 @@ bool matchesGlob(const std::string &pattern, const std::string &text);
 // Returns the paths of photographs, sorted by name. Paths are in UTF-8.
 // - For a folder, returns the files in it that have the ending of a picture. Subfolders are not searched.
 // - For a pattern such as photos/left*.jpg (with * or ? only in the file's name), returns all files whose names match.
-//   If a file has exactly this name, returns only that file.
+//   If the name of one file is literally left*.jpg, returns only that file.
 // - For any other text, returns the text itself, even if there is no such file.
 // The list is empty if the folder has no pictures or no file matches.
 std::vector<std::string> findPhotographs(const std::string &folderOrGlob);

@@ -26,7 +26,7 @@ std::string faultOf(const ReadPhotograph &photograph) {
         return photograph.error;
     }
     if (photograph.isTruncated) {
-        return "The file ends before its picture does. Copy it again.";
+        return "The file is cut off before the end of its picture. Copy it again.";
     }
     return photograph.readings.empty() ? "No pattern was found in it." : "";
 }
@@ -107,11 +107,12 @@ bool isTextureBeside(const PatternReading &reading, const ReadPhotograph &photog
 }
 
 // The prints in one photograph. A print is left out if the photograph shows it more than once, or if none of its
-// corners can be used.
+// corners was measured.
 struct Shown {
     std::vector<Sighting> sightings;
-    std::vector<std::string> reasons;  // why readings are not used; readings that are treated as texture add none
-    std::vector<int> repeated;         // prints that the photograph shows more than once
+    // Why readings are not used. Texture, and readings without a measured corner, add no reason.
+    std::vector<std::string> reasons;
+    std::vector<int> repeated;  // prints that the photograph shows more than once
 };
 
 Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue, int index) {

@@ -26,7 +26,7 @@ struct ReadPhotograph {
     std::string exifCamera;  // maker, model and serial number from the EXIF data; empty if there are none
     int width = 0;           // pixels, as the picture is stored
     int height = 0;
-    bool isTruncated = false;  // the file ends before its picture does
+    bool isTruncated = false;  // the file is cut off before the end of its picture
     std::vector<pattern_reader::PatternReading> readings;
     std::string error;  // a sentence; empty if the photograph was loaded and searched for patterns without a failure
     std::string thumbnail;  // the bytes of a small JPEG file; empty if not asked for

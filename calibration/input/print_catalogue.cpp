@@ -82,7 +82,8 @@ PrintedPattern makePattern(const Key &key, const Sighted &sighted, double gridSp
             break;
         case PatternKind::Plane:
         case PatternKind::Board:
-            // The size of the print is not known, so the pattern consists of the corners that were seen.
+            // The size of the print is not known, so the pattern consists of all lattice points in the smallest
+            // rectangle that contains every corner that was seen.
             pattern.firstPoint = sighted.least;
             pattern.size = sighted.most - sighted.least + cv::Point(1, 1);
             break;
@@ -189,9 +190,9 @@ void PrintCatalogue::addFromReadings(const PrintedTarget &target, const std::vec
         if (spacing == 0 && !key.isAlone) {
             spacing = majority(ofAssembly);  // the patterns of an assembly have the same grid spacing
         }
-        // If no reading of a plate states an offset or a grid spacing, the plate's block was not read. If other
-        // readings state a plate's offset, the plate with the unread block is assumed to be that plate, and is not
-        // added again.
+        // All readings of plates that state no offset share one key. If none of them states a grid spacing either, no
+        // information block was read in them. If another reading states the offset of a plate, the readings without a
+        // block are assumed to show that plate, so no print is added for them.
         const bool isUnreadPlate = key.kind == PatternKind::Plate && key.offsetX == noOffset;
         const bool hasOtherPlate = std::any_of(sighted.begin(), sighted.end(), [](const auto &other) {
             return other.first.kind == PatternKind::Plate && other.first.offsetX != noOffset;

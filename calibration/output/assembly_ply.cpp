@@ -11,8 +11,9 @@ namespace {
 
 constexpr int nanometres = 6;  // decimal places of a length in mm that is rounded to nanometres
 
-// Returns the lines of the file for the faces of a pattern whose first point is vertex `first`, and adds the number of
-// faces to `count`. The vertices of a face are counter-clockwise as seen from the printed side.
+// Returns the lines that describe the pattern's faces in the file, and adds the number of these faces to `count`.
+// `first` is the vertex number of the pattern's first point. The vertices of a face are counter-clockwise as seen from
+// the printed side.
 std::string facesOf(const AssemblyPattern &pattern, size_t first, int &count) {
     std::map<std::pair<int, int>, size_t> vertices;
     for (size_t i = 0; i < pattern.points.size(); i++) {

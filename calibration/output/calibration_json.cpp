@@ -13,7 +13,7 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr int formatVersion = 1;
-constexpr int mapDigits = 5;  // decimal places of the pixels in maps and residuals
+constexpr int mapDigits = 5;  // decimal places of lengths in pixels: the values in maps and the residuals of sightings
 
 const char *nameOf(Grade grade) {
     switch (grade) {

@@ -85,8 +85,9 @@ void addTogether(ResultFiles &result, const Calibration &calibration, const std:
     }
 }
 
-// Returns the path of a file: in `folder`, unless its name contains a folder. On Windows, names are UTF-8, as the
-// programs' manifest demands, but the constructor of fs::path assumes another encoding. So fs::u8path is used.
+// Returns the path of a file. If the file's name contains a folder, the path is the name itself. Otherwise, the file is
+// in `folder`. On Windows, names are UTF-8, as the programs' manifest demands, but the constructor of fs::path assumes
+// another encoding. So fs::u8path is used.
 fs::path targetOf(const std::string &folder, const std::string &name) {
     return fs::u8path(name).has_parent_path() ? fs::u8path(name) : fs::u8path(folder) / name;
 }

@@ -46,11 +46,11 @@ std::string assemblyJson(const Calibration &calibration, const ResultNotes &note
 // ".". It must not start with ".".
 bool isCameraName(const std::string &name);
 
-// Writes the files to `folder`, which is made if it is absent. A file is not put into `folder` if its name contains a
-// folder itself, as in "./report.html": such a name is used as a path as it is. All files are complete on the disk
-// before the first one replaces an older file. If something cannot be written, throws std::runtime_error with a
-// sentence that names it. In this case no file has changed, unless the system fails while files are being renamed.
-// Paths are in the system's narrow encoding.
+// Writes the files to `folder`, which is made if it is absent. If a file's name contains a folder itself, as in
+// "./report.html", the name is the file's whole path, and `folder` is not put before it. All files are complete on the
+// disk before the first one replaces an older file. If `folder` cannot be made or a file cannot be written, throws
+// std::runtime_error with a sentence that names the folder or the file. In this case, no file has changed, apart from
+// the exceptions that file_writing/safe_file.h lists. Paths are in the system's narrow encoding.
 void writeResultFiles(const std::string &folder, const std::vector<ResultFile> &files);
 
 }  // namespace calibration

@@ -9,21 +9,21 @@
 namespace calibration {
 
 // Escapes a text, so that it can be the content of an HTML element or of an attribute in quotation marks. Bytes that
-// are not UTF-8 and characters that XML forbids become U+FFFD.
+// are not UTF-8, characters that XML forbids, the carriage return and U+007F become U+FFFD.
 std::string escaped(std::string_view text);
 
-// Returns the value with this many decimal places; "–" if it is not finite.
+// Returns the value with this many decimal places, but at least 0 and at most 12; "–" if it is not finite.
 std::string number(double value, int decimals);
 // Returns the value with at most this many decimal places, without zeros at the end.
 std::string shortest(double value, int decimals);
-// Returns the value with this many significant digits, but never in exponential form.
+// Returns the value with this many significant digits, but with 0 to 12 decimal places and never in exponential form.
 std::string rounded(double value, int digits);
 // Returns the value with commas between thousands: "12,345".
 std::string count(std::ptrdiff_t value);
 
-// Returns the value and its standard deviation: "1234.56 ± 0.12". The standard deviation has two significant digits, as
-// far as 0 to 9 decimal places allow. The value has the same number of decimal places. Only the value is shown if the
-// standard deviation is 0 or not finite.
+// Returns the value and its standard deviation: "1234.56 ± 0.12". Both have the same number of decimal places, 0 to 9.
+// Within this range, the number of places is chosen so that the standard deviation has two significant digits. Only the
+// value is shown if the standard deviation is 0 or not finite.
 std::string withSigma(double value, double sigma);
 
 std::string base64(std::string_view bytes);

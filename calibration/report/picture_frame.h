@@ -49,7 +49,8 @@ private:
     double width, height, scale, legend = 0;
 };
 
-// Returns a colour between the given ones as "#rrggbb". The share is from 0, for the first colour, to 1, for the last.
+// Interpolates between the colours of `ramp` and returns the result as a text "#rrggbb". A share of 0 gives the first
+// colour of the ramp, and a share of 1 gives the last.
 template <size_t size>
 std::string colourAt(const std::array<Eigen::Vector3d, size> &ramp, double share) {
     const double place = std::clamp(share, 0.0, 1.0) * double(size - 1);

@@ -60,8 +60,8 @@ bool mayBend(const Calibration &calibration, int print) {
 }
 
 // Returns a number of the shape in percent, with its standard deviation or the note that it is fixed. The number stands
-// alone if it was free and its standard deviation is not known. `nominal` is the value for an exact print: 1 if the
-// number is stored as a logarithm, and 0 otherwise.
+// alone if it was free and its standard deviation is not known. If the number is stored as a logarithm, `nominal` must
+// be 1: the function then shows the factor itself, which is 1 for an exact print. Otherwise, `nominal` must be 0.
 std::string percent(const Calibration &calibration, int print, int number, double nominal) {
     const double value = calibration.estimate.shapes[size_t(print)].numbers[size_t(number)];
     const double sigma = shapeSigma(calibration, print, number);

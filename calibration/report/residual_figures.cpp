@@ -200,9 +200,9 @@ Figure coverageFigure(const Calibration &calibration, int camera) {
     }
     frame.outline(drawing);
     return {"Coverage", drawing.svg(),
-            "How many used corners each part of the picture has. " +
+            "The number of used corners in each part of the picture. " +
                 number(100.0 * double(grid.size() - empty) / double(grid.size()), 0) +
-                " % of the picture has at least one."};
+                " % of the parts have at least one corner."};
 }
 
 }  // namespace calibration

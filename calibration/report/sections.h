@@ -7,7 +7,7 @@
 
 namespace calibration {
 
-// Returns the style sheet for screens in light and dark, and for paper.
+// Returns the style sheet. It has light and dark colours for screens, and a layout and colours for paper.
 const char *reportStyle();
 
 // Returns the numbers and figures of one camera.

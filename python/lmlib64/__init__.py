@@ -160,7 +160,7 @@ class Reading:
     object_points: typing.Optional[_Array]  # (N, 3), mm; None if the grid spacing is not known
     lattice: _Array  # (N, 2), half grid spacings in the pattern's own coordinate system
     sigmas: _Array  # (N,), standard deviation of the image points, pixels
-    disturbed: _Array  # (N,), True if the picture does not look like a corner there
+    disturbed: _Array  # (N,), True if the picture around the point does not look like a corner or mark
     angle: float  # from the picture's x axis to the pattern's x axis, in degrees clockwise
     orientations: int  # number of possible orientations; more than 1 only for plain boards
     # What the pattern encodes: grid_spacing, thickness, offset, assembly_pattern. None if that could not be read.
@@ -174,11 +174,12 @@ def read_patterns(image: _Array, *, patterns: typing.Union[_File, typing.Sequenc
                   square: typing.Optional[float] = None) -> typing.List[Reading]:
     """Finds the patterns in a picture and returns them. The pattern with the most corners comes first.
 
-    image          array of uint8 or uint16 with the shape (height, width) or (height, width, 1, 3 or 4). The channels
-                   are BGR or BGRA, as in OpenCV. The array is not copied if the values of each row are contiguous
-    patterns       JSON or PDF files of the printed patterns, written by the library. The object points are then those
-                   of the file
-    grid_spacing   grid spacing of patterns that do not encode theirs, to compute their object points
+    image          array of uint8 or uint16 with the shape (height, width) or (height, width, channels). The number of
+                   channels is 1 (grey), 3 (BGR) or 4 (BGRA). The array is not copied if the values of each row are
+                   contiguous and every row lies behind the previous one in memory
+    patterns       JSON or PDF files of the printed patterns, written by the library. If a reading fits one of these
+                   patterns, its object points come from the pattern's file
+    grid_spacing   grid spacing for the object points of patterns that do not encode a grid spacing
     board          also reads plain checkerboards with these columns and rows of inner corners
     square         side of a square of these checkerboards, to compute their object points
 

@@ -60,7 +60,8 @@ Scene makeSmallScene() {
     return scene;
 }
 
-// Returns the truth in the form of a previous result. A calibration that starts from it does not choose models.
+// Returns the truth in the form of a previous result. A calibration that starts from this result keeps its models if
+// the options are the default ones and at least two thirds of the photographs show a pattern.
 Calibration calibrationOf(const Scene &scene) {
     Calibration result;
     result.observations = scene.observations;
@@ -75,7 +76,7 @@ int bendsOfPrint(const Calibration &result, size_t print) {
     return int(std::count_if(free.begin(), free.end(), [](int number) { return number >= PrintShape::bend; }));
 }
 
-TEST(Calibrate, choosesLensesAndBendsByPredictionAndJudgesTheResult) {
+TEST(Calibrate, choosesLensModelsAndPrintBendsByPredictionAndJudgesTheResult) {
     const Scene scene = makeScene(0.05, 21);
     const Calibration result = calibrate(scene.observations);
     expectTruth(result, scene);
@@ -110,7 +111,7 @@ TEST(Calibrate, choosesLensesAndBendsByPredictionAndJudgesTheResult) {
     EXPECT_LT(result.next->uncertaintyAfter, result.next->uncertaintyBefore);
     EXPECT_EQ(result.next->text.rfind("Take a photograph", 0), 0U) << result.next->text;
 
-    // Once every lens is far more certain than a corner, more photographs hardly help.
+    // If the uncertainty of every lens is far smaller than the error of a single corner, more photographs hardly help.
     Calibration certain = result;
     for (CameraTrust &trust : certain.cameras) {
         EXPECT_FALSE(isLensCertain(certain));
@@ -201,7 +202,7 @@ TEST(Calibrate, keepsThePlaceThatAPrintHadBeforeItMoved) {
     }
 }
 
-TEST(Calibrate, namesPrintsThatNoPhotographLinks) {
+TEST(Calibrate, namesPrintsThatAreInNoPhotographWithTheOthers) {
     Scene scene = makeScene(0.05);
     Observations &observations = scene.observations;
     observations.prints.push_back(makePrint());

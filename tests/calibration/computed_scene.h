@@ -54,7 +54,8 @@ inline Sighting see(const Scene &scene, int photograph, int print, const RigidMo
 }
 
 // Makes a scene in which a rig of a pinhole and a fisheye camera looks at two prints. The prints are at an angle to
-// each other. The second print is bent, and its scale in x differs from that in y. Only the noise depends on the seed.
+// each other. In both prints, the scale in x differs from that in y. The second print also has another scale, is
+// sheared and is bent. Only the noise depends on the seed.
 inline Scene makeScene(double noise, unsigned seed = 3) {
     Scene scene;
     scene.observations.cameras = {{"a", 1200, 900, LensModel::Pinhole5}, {"b", 1000, 800, LensModel::Fisheye}};

@@ -55,8 +55,8 @@ TEST(Covariance, tellsHowLargeErrorsAre) {
         std::nth_element(ratios.begin(), ratios.begin() + 40, ratios.end());
         projected += ratios[40];
     }
-    // The mean of the squared normalised errors is 1 if the covariance is right. Over 60 runs of at least 6 numbers,
-    // the variance of this mean is below 0.006.
+    // The mean of the squared normalised errors is 1 if the covariance is right. Each of the 60 runs contributes at
+    // least 6 errors, so the variance of this mean is below 0.006.
     EXPECT_NEAR(lens / runs, 1, 0.2);
     EXPECT_NEAR(pose / runs, 1, 0.2);
     // Each ratio is the length of an error, divided by the standard deviation in the worse direction. The median of the
@@ -94,7 +94,8 @@ TEST(Covariance, isAbsentOrLargeIfTheFocalLengthCannotBeKnown) {
 }
 
 TEST(Covariance, countsThePoseOfEachMomentAsUnknown) {
-    // Each print keeps six corners in each photograph, so a moment has 48 residuals, and its pose takes up six of them.
+    // About six corners of each print are kept in each photograph, and each corner has two residuals. Two cameras see
+    // two prints, so a moment has about 48 residuals. Its pose takes up six of them.
     constexpr int runs = 12;
     double mean = 0;
     for (int run = 0; run < runs; run++) {
@@ -120,7 +121,7 @@ TEST(Covariance, isAbsentIfNothingWasSeen) {
     Freedom nothing;
     nothing.intrinsics = nothing.rig = nothing.prints = false;
     const std::optional<Covariance> fixed = covarianceOf(scene.observations, nothing, scene.truth);
-    ASSERT_TRUE(fixed) << "the covariance exists even if only the poses are unknown";
+    ASSERT_TRUE(fixed) << "there is no covariance if only the poses of the moments are unknown";
     EXPECT_NEAR(fixed->varianceFactor(), 1, 0.1);
     scene.observations.sightings.clear();
     EXPECT_FALSE(covarianceOf(scene.observations, {}, scene.truth));

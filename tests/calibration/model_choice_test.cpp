@@ -18,8 +18,8 @@ using Errors = std::vector<std::optional<double>>;
 TEST(PreferredModel, isTheSimplestThatIsNotClearlyWorse) {
     struct Row {
         const char *what;
-        std::vector<Errors> errors;  // for each model, the errors of all photographs; the simplest model comes first
-        std::vector<bool> counts;    // for each photograph, whether its errors count
+        std::vector<Errors> errors;  // for each model, the errors of all sightings; the simplest model comes first
+        std::vector<bool> counts;    // for each sighting, whether its errors count
         size_t preferred;
     };
     const std::vector<bool> all(6, true);
@@ -31,15 +31,15 @@ TEST(PreferredModel, isTheSimplestThatIsNotClearlyWorse) {
                  {{3, 3.1, 3, 2.9, 3, 3}, {1.0, 1.1, 0.9, 1.0, 1.1, 1.0}, {1.0, 0.9, 1.0, 1.1, 1.0, 1.0}},
                  all,
                  1},
-             Row{"one photograph is blurred, so its error is large in every model",
+             Row{"one sighting is blurred, so its error is large in every model",
                  {{1.5, 1.6, 1.4, 1.5, 1.7, 7}, {1.0, 1.1, 0.9, 1.0, 1.2, 25}},
                  all,
                  1},
-             Row{"only the first five count",
+             Row{"only the errors of the first five sightings count",
                  {{1.0, 1.1, 0.9, 1.0, 1.1, 5}, {1.0, 0.9, 1.1, 1.1, 1.0, 1}},
                  {true, true, true, true, true, false},
                  0},
-             Row{"the first has no errors, because its solve failed", {Errors(6), {1, 1, 1, 1, 1, 1}}, all, 1},
+             Row{"the first model has no errors, because its solve failed", {Errors(6), {1, 1, 1, 1, 1, 1}}, all, 1},
          }) {
         EXPECT_EQ(preferredModel(row.errors, row.counts), row.preferred) << row.what;
     }

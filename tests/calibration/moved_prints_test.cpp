@@ -101,8 +101,8 @@ TEST(MovedPrints, areThoseThatAreNotAtTheirUsualPlace) {
 }
 
 TEST(MovedPrints, doNotIncludeAPrintThatIsLargerThanItsDrawing) {
-    // A print that is larger than its drawing seems to be nearer, and therefore to be at a different place in each
-    // photograph.
+    // A print that is larger than its drawing seems to be nearer to the camera. The camera is at a different place in
+    // each photograph, so the print seems to be at a different place, too.
     Scene scene = makeScene([](int, int) { return Eigen::Vector3d::Zero().eval(); });
     scene.truth.shapes[2].numbers[PrintShape::scale] = 0.006;
     std::mt19937 random(4);

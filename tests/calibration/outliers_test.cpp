@@ -1,5 +1,6 @@
-// Tests which corners and sightings are left out. The estimate is the truth, so nothing has to be solved. The first
-// camera has the noise that its corners state, the second has four times as much.
+// Tests which corners and sightings are left out. The estimate is the truth, so nothing has to be solved. All corners
+// state the same standard deviation. In the first camera, the true noise is as large as stated. In the second camera,
+// it is four times as large.
 #include "calibration/outliers.h"
 
 #include <gtest/gtest.h>
@@ -81,7 +82,7 @@ TEST_F(Outliers, areJudgedByTheNoiseOfTheirOwnCamera) {
     EXPECT_FALSE(decideOutliers(scene.observations, decided, scene.truth)) << "the second round changes no decision";
 }
 
-TEST_F(Outliers, areWholeSightingsWithFewGoodCorners) {
+TEST_F(Outliers, includeWholeSightingsWithFewGoodCorners) {
     struct Row {
         size_t corners, bad;
         bool isUsed;

@@ -119,7 +119,7 @@ TEST(MeasuredPrints, scaleAllLengths) {
         double factor;  // found lengths divided by true lengths
     };
     for (const Row &row : {
-             Row{{}, std::exp(-0.003)},  // takes the first print to be exact, though it is too large
+             Row{{}, std::exp(-0.003)},  // without a measurement, the first print counts as exact, but it is too large
              Row{{{0, {std::exp(0.004), std::exp(0.002)}}}, 1},
              Row{{{1, {std::exp(-0.0015), std::exp(-0.0025)}}}, 1},
              Row{{{1, {1.01 * std::exp(-0.0015), 1.01 * std::exp(-0.0025)}}}, 1.01},

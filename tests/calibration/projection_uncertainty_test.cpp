@@ -118,7 +118,7 @@ TEST(ProjectionDifference, leavesOutWhatAMotionOfTheCameraExplains) {
 
 TEST(ProjectionDifference, fitsTheMotionOnlyToThePartsThatAreKnown) {
     // The lenses differ by the term k2, which is felt only far from the middle. The uncertainty says that only the
-    // middle is known, so no motion may be fitted to the errors at the edges.
+    // middle is known, so the motion must not be fitted to the difference at the edges.
     const Eigen::VectorXd a = lensWith(700, 0);
     Eigen::VectorXd b = a;
     b(5) = 0.05;

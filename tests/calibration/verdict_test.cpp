@@ -215,8 +215,8 @@ TEST(Verdict, saysWhatTheLengthsRestOnAndWhichPrintsAreNotLinked) {
         std::string notices;
     };
     const std::string exact =
-        "No print was measured, so all lengths assume that pattern 0 was printed true to size: its width and height "
-        "may be wrong, but not their geometric mean.\n";
+        "No print was measured, so all lengths assume that pattern 0 has the right size on average: its width and its "
+        "height may each be wrong, but their geometric mean is right.\n";
     const std::string printers = "; printers are assumed to be exact to 0.5 %.\n";
     const std::string little = "The photographs tell little about the true size or the ratio of width to height of ";
     for (const Row &row : {

@@ -63,7 +63,7 @@ class Drawing(unittest.TestCase):
         self.assertNotIsInstance(caught.exception, ValueError)
         with self.assertRaisesRegex(KeyError, "ItemInexistent at \"/absent\""):
             lmlib64.get("/absent")
-        self.assertEqual(lmlib64.get("/Execute"), {}, "slots are left over")
+        self.assertEqual(lmlib64.get("/Execute"), {}, "command slots are left in the tree")
 
     def test_reads_and_writes_the_tree(self):
         lmlib64.set("/mine", {"a": [1, 2.5, None, True], "b": "\u00e4"})

@@ -310,7 +310,7 @@ void LiveCaptureTest::keepsNoPartOfAPictureOnAFullDisk() {
 }
 #endif
 
-// The source must not stop if the camera loses single frames, as this one does.
+// The source must not stop if the camera loses single frames. UnreliableCamera loses every second frame.
 void LiveCaptureTest::noticesThatACameraIsUnplugged() {
     constexpr int frameCount = 3;
     FrameSource source({0, {}, {}}, std::make_unique<UnreliableCamera>(frameCount));

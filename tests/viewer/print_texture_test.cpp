@@ -19,7 +19,8 @@ namespace {
 constexpr double gridSpacing = 24;
 constexpr double pixelsPerMm = 2;
 
-// Returns a print with `points` columns and rows. `first` has the lattice coordinates of its first point.
+// Returns a print with points.width columns and points.height rows of points. `first` has the lattice coordinates of
+// the first point.
 calibration::Print printWith(const PrintLook &look, cv::Point first, cv::Size points) {
     const int step = look.kind == PatternKind::Plate ? 2 : 1;
     PatternReading whole;

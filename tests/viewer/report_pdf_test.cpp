@@ -1,5 +1,5 @@
-// Tests the PDF of a report. The PDF is made from small web pages that are built like the report. The tests read the
-// PDF with the programs pdftotext and pdftoppm.
+// Tests the PDF of a report. LmView makes this PDF from the report's web page. The tests make PDFs from small web pages
+// with the same structure, and read them with the programs pdftotext and pdftoppm.
 #include <QDir>
 #include <QImage>
 #include <QProcess>

@@ -59,7 +59,7 @@ private slots:
     void readsThePlainBoardOfTheSettings();
     void calibratesOnceAfterReadingAndAgainAfterChanges();
     void opensADocumentThatReplacesAllPhotographs();
-    void takesPhotographsOutWhileItReads();
+    void excludesPhotographsWhileItReads();
     void showsAFirstResultWhileManyAreRead();
     void dropsResultsThatAreOutOfDate();
     void cancelsReading();
@@ -295,7 +295,7 @@ void SessionTest::opensADocumentThatReplacesAllPhotographs() {
     }
 }
 
-void SessionTest::takesPhotographsOutWhileItReads() {
+void SessionTest::excludesPhotographsWhileItReads() {
     Session session(scripted());
     session.add({examplePhotograph(1), examplePhotograph(2)});
     QTRY_COMPARE(session.photographs().size(), 2);

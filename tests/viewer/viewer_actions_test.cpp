@@ -1,4 +1,5 @@
-// Tests what the window does without a result: messages, recovery after a crash, and actions on photographs.
+// Tests what the window can do before it has a calibration: messages, recovery after a crash, and actions on
+// photographs.
 #include <QAction>
 #include <QApplication>
 #include <QDir>
@@ -32,7 +33,7 @@ QByteArray contentsOf(const QString &path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Returns the copy of a running session in this folder; empty if there is none.
+// Returns the copy of a running session in this folder; empty if there is none or more than one.
 QByteArray copyIn(const QDir &folder) {
     const QStringList copies = folder.entryList({"*.json"}, QDir::Files);
     return copies.size() == 1 ? contentsOf(folder.filePath(copies[0])) : QByteArray();

@@ -13,8 +13,8 @@ AssemblyAxes::Corner cornerOf(const Print &print, size_t point) {
     return {print.number, print.cells[point].x(), print.cells[point].y()};
 }
 
-// Returns three corners that define axes with the same directions as in the print's own file. The origin of the axes is
-// the corner nearest to the file's origin. Empty if the print has no lattice.
+// Returns three corners that define axes with the same directions as x and y in `print.points`. The origin of the axes
+// is the corner nearest to (0, 0). Empty if the print has no lattice.
 std::optional<AssemblyAxes> axesOf(const Print &print) {
     if (print.cells.empty()) {
         return std::nullopt;

@@ -7,9 +7,9 @@
 #include "calibration/output/assembly.h"
 #include "viewer/session/session_settings.h"
 
-// Returns three corners that define the chosen coordinate system. Empty if the user has chosen none, or has chosen the
-// axes of a print that has no lattice or is not in the calibration; the results then have the axes of the first print
-// that has a pose. Does not check whether the three corners can be used.
+// Returns three corners that define the chosen coordinate system. Empty if the user has not chosen a coordinate system,
+// or has chosen the axes of a print that has no lattice or is not in the calibration; the results then have the axes of
+// the first print that has a pose. Does not check whether the three corners can be used.
 std::optional<calibration::AssemblyAxes> chosenAxes(const calibration::Calibration &calibration,
                                                     const SessionSettings &settings);
 

@@ -12,10 +12,10 @@ namespace {
 
 // A profile is the series of grey levels along a line across an edge.
 constexpr double reach = 0.25;             // how far a profile extends on each side of a square's edge, in edge lengths
-constexpr double samplesPerPixel = 4;      // of a profile
+constexpr double samplesPerPixel = 4;      // along a profile
 constexpr double slopeLength = 0.5;        // pixels over which a slope is measured
 constexpr double leastContrast = 20;       // grey levels
-constexpr double greatestBlurPerHalf = 2;  // limit of the result of blurOf(), in half lengths of a profile
+constexpr double greatestBlurPerHalf = 2;  // upper limit of blurOf(), as a multiple of its `half`
 constexpr size_t leastEdges = 8;
 constexpr double gaussianPeak = 0.3989;  // height of the normal distribution with deviation 1
 
@@ -34,9 +34,10 @@ std::optional<double> greyAt(const cv::Mat &grey, const cv::Point2d &at) {
            down * ((1 - right) * lower[0] + right * lower[1]);
 }
 
-// Returns the blur of a step. `length` is the step's rise between -half and half, divided by its greatest slope. A
-// blurred step from 0 to 1 rises by erf(half / (sqrt 2 * blur)) in this range. Its greatest slope is gaussianPeak /
-// blur. As `length` approaches 2 * half, the blur would grow without bounds, so the result is limited.
+// Returns the blur of a step. `half` is half the length of the profile, so the profile extends from -half to half
+// across the step. `length` is the step's rise in this range, divided by its greatest slope. A blurred step from 0 to 1
+// rises by erf(half / (sqrt 2 * blur)) in this range. Its greatest slope is gaussianPeak / blur. As `length` approaches
+// 2 * half, the blur would grow without bounds, so the result is limited.
 double blurOf(double length, double half) {
     double low = 0;
     double high = greatestBlurPerHalf * half;

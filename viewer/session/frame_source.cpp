@@ -15,8 +15,8 @@
 namespace {
 
 constexpr double usualRate = 25;  // frames per second, for a file that does not state its own
-// Seconds. The source waits at most this long before it reads a frame of a file. If it is late, it makes up for at
-// most this much of the delay.
+// Seconds. The source waits at most this long before it reads a frame of a file. If the source is late, it reads the
+// next frames without waiting until it is on time again. If the delay is longer than this, only this much is made up.
 constexpr double greatestWait = 0.2;
 constexpr int cameraTries = 5;  // per frame, because a camera may lose single frames
 constexpr auto timeBetweenTries = std::chrono::milliseconds(100);
@@ -111,7 +111,7 @@ bool isVideoName(const QString &path) {
 std::vector<NamedCamera> namedCameras(const QString &folder) {
     const QString beginning = "video";
     std::vector<NamedCamera> cameras;
-    // The numbers have gaps, because a camera that is unplugged leaves the others theirs.
+    // The numbers can have gaps: if a camera is unplugged, the other cameras keep their numbers.
     for (const QString &entry : QDir(folder).entryList({beginning + "*"}, QDir::Dirs)) {
         bool isNumber = false;
         const int number = entry.mid(beginning.size()).toInt(&isNumber);

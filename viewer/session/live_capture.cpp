@@ -39,8 +39,8 @@ cv::Mat greyOf(const cv::Mat &bgr) {
     return grey;
 }
 
-// Returns a path in the folder for a new picture, such as "picture-0001.png". No file in the folder has this name. The
-// search begins with the number after `number`. Sets `number` to the number in the name.
+// Returns the path for a new picture in the folder. The file names have the form "picture-0001.png". Counts `number`
+// up, at least by one, until no file in the folder has the name with this number.
 QString freeName(const QDir &folder, int &number) {
     QString file;
     do {

@@ -91,7 +91,7 @@ std::vector<calibration::MeasuredPrint> measuredPrints(const SessionSettings &se
         notices.push_back(
             QCoreApplication::translate("PhotographCalibration",
                                         "The lengths that were entered for a print without a number are not used, "
-                                        "because several prints here have none.")
+                                        "because several prints here have no number.")
                 .toStdString());
     }
     return measured;

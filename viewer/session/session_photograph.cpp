@@ -89,7 +89,7 @@ void readFromFile(SessionPhotograph &photograph, const SessionSettings &settings
             photograph.problem =
                 picture.truncated
                     ? tr("The file is incomplete, and no pattern was found in the part that could be read.")
-                    : tr("No pattern is found: it may be too small, blurred, or outside the picture.");
+                    : tr("No pattern was found: it may be too small, blurred, or outside the picture.");
         }
     } catch (const std::bad_alloc &) {
         photograph.problem = tr("There is not enough memory to read this photograph.");

@@ -22,9 +22,10 @@ struct SessionPhotograph {
     bool isIncluded = true;  // false if the user took it out
 
     PhotographState state = PhotographState::Waiting;
-    QString problem;           // why no pattern was read, as a sentence; empty while waiting or if patterns were read
-    bool isTruncated = false;  // the file ends before its picture does, so the patterns found are shown but not used
-    int width = 0;             // pixels of the stored picture, whatever its orientation tag says
+    QString problem;  // why no pattern was read, as a sentence; empty while waiting or if patterns were read
+    bool isTruncated =
+        false;      // the file is cut off before the end of its picture, so the patterns found are shown but not used
+    int width = 0;  // pixels of the stored picture, whatever its orientation tag says
     int height = 0;
     std::shared_ptr<const PatternReadings> readings;  // null if the photograph is waiting or unreadable
     std::string exifCamera;                           // maker, model and serial number, as far as the file has them

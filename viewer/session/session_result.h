@@ -21,8 +21,8 @@ struct PhotographFit {
 };
 
 struct SessionResult {
-    // Null if there is no calibration. Then `problem` says why a calibration is impossible. If no photograph takes part
-    // in the calibration, `problem` is empty.
+    // Null if there is no calibration. Then `problem` says why a calibration is impossible. But `problem` is empty if
+    // no photograph is included, or if all included photographs are still waiting to be read.
     std::shared_ptr<const calibration::Calibration> calibration;
     QString problem;
 

@@ -1,5 +1,5 @@
-// The tab "Coverage". For the chosen camera, it shows where in the picture corners were seen, which of them the
-// calibration does not use, and what share of the picture the used ones cover.
+// The tab "Coverage". For the chosen camera, it shows the places where corners were seen in the picture, which of these
+// corners the calibration does not use, and what share of the picture the used corners cover.
 #pragma once
 
 #include "viewer/views/result_view.h"

@@ -19,9 +19,9 @@ QColor residualColour();
 
 bool isDark(const QPalette &palette);
 
-// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". Both numbers have
-// the same number of decimals, so that the standard deviation has two significant digits. If the standard deviation is
-// 10 or more, there are no decimals. If it is not positive and finite, returns only the value.
+// Returns the value and its standard deviation, as in "2241.37 ± 0.12 px". The standard deviation has two significant
+// digits, and the value has the same number of decimals. If the standard deviation is 10 or more, both are rounded to
+// whole numbers. If the standard deviation is not positive and finite, returns only the value.
 QString withSigma(double value, double sigma, const QString &unit = {});
 // Returns the value with three significant digits and without an exponent. All digits before the decimal point are
 // kept. Returns a dash if the value is not finite.

@@ -11,7 +11,7 @@ class NextPhotographView : public QWidget {
 
 public:
     explicit NextPhotographView(QWidget *parent = nullptr);
-    // The view is empty if the result is null or has no advice.
+    // The view is empty if the result is null or does not propose a next photograph.
     void setResult(std::shared_ptr<const SessionResult> newResult);
     QSize minimumSizeHint() const override { return {200, 170}; }
 

@@ -111,8 +111,8 @@ void PatternsView::fillPlace(int row, int print) {
     }
     for (const int axis : {0, 1, 2}) {
         const double value = pose.translation[axis];
-        // The pose of the first print counts as exact, so its coordinates have no standard deviation. A coordinate
-        // that is 0 is excluded, because it is shown as 0 without decimals.
+        // The pose of the first print counts as exact, so its coordinates have no standard deviation. They are shown
+        // with `exactDecimals` decimals, except for a coordinate that is exactly 0, which is shown as "0".
         const bool isExact = sigma[axis] == 0 && value != 0;
         set(row, X + axis, isExact ? QString::number(value, 'f', exactDecimals) : withSigma(value, sigma[axis]));
     }

@@ -10,8 +10,9 @@
 
 #include "calibration/observations.h"
 
-// A pinhole camera without distortion. It looks in the same direction as the real camera. For a fisheye, its focal
-// length is 0.6 times that of the fisheye, so that the picture shows more.
+// A pinhole camera without distortion. It looks in the same direction as the real camera. If the real camera has a
+// fisheye lens, the focal length of the pinhole camera is 0.6 times that of the fisheye lens, so that the picture shows
+// more.
 struct StraightLens {
     double focalLength = 0;  // pixels of the photograph
     Eigen::Vector2d centre;  // principal point, pixels of the photograph

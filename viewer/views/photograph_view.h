@@ -40,7 +40,7 @@ public slots:
     void centreOn(QPointF pixel);
 
 signals:
-    // A corner was clicked after setPicksCorners(true). `pixel` is where it is in the photograph.
+    // A corner was clicked after setPicksCorners(true). `pixel` is the corner's position in the photograph.
     void cornerPicked(QPointF pixel);
 
 protected:

@@ -66,7 +66,7 @@ head -c 9000 photo1.jpg >truncated.jpg
 ends 0 --jobs 2 --out result --report report.html photo?.png scaled.png empty.png truncated.jpg absent.png
 says err 'scaled.png: It has 400 x 300 pixels'
 says err 'empty.png: No pattern was found in it.'
-says err 'truncated.jpg: The file ends before its picture does.'
+says err 'truncated.jpg: The file is cut off before the end of its picture.'
 says err 'absent.png: The file "absent.png" cannot be opened.'
 is_near result/calibration.json 700 0.002
 says result/assembly.json '"Points": \['
@@ -97,8 +97,8 @@ ends 2 --corners corners.txt --board 9x6 --square 25 --out none
 says err 'give --image-size'
 
 # Two cameras of a rig see the same board. The right camera is 80 mm to the right of the left one. One photograph was
-# taken with another zoom. Here, --measured gives the lengths of check bars that are 200 mm long in the drawing. In the
-# test above, the check bars are 100 mm long in the drawing.
+# taken with another zoom. The check bars (see --measured) are 200 mm long in the drawing of this board. In the test
+# above, they are 100 mm long in the drawing.
 awk 'BEGIN { for (camera = 0; camera < 2; camera++) for (k = 0; k < 12; k++)
   for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
     a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
@@ -118,8 +118,8 @@ says out '^left is not in camchain.yaml, because this file format has no lens mo
 says rig/assembly.json 'defined by three corners'
 # numbers_of KEY FILE NUMBER: prints the numbers in the brackets after occurrence NUMBER of the key, counted from 1.
 numbers_of() { grep "\"$1\"" "$2" | sed -n "$3p" | tr -d '[]",' | cut -d: -f2; }
-# The baseline would be 80 mm if the print had the size of the drawing, but the print is smaller by a factor of 0.999 on
-# average.
+# The baseline would be 80 mm if the print had the size of the drawing. But the print is smaller: on average over x and
+# y, lengths on the print are 0.999 times the lengths in the drawing.
 numbers_of Translation rig/calibration.json 2 | awk '{ exit !(($1 + 80 * 0.999)^2 + $2^2 + $3^2 < 0.3) }' ||
   fail "the baseline is $(numbers_of Translation rig/calibration.json 2)"
 numbers_of PrintScale rig/assembly.json 1 | awk '{ exit !(($1 * $2 - 0.998)^2 < 1e-10 && $1 < $2) }' ||

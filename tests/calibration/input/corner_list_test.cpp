@@ -39,7 +39,7 @@ TEST_F(CornerList, readsLevelsAndCornersThatWereNotSeen) {
     ASSERT_EQ(collected.unused.size(), 3U);
     EXPECT_EQ(collected.unused[0].reason, "No board was found in it.");
     EXPECT_EQ(collected.unused[1].reason, "It has 1 corner in the list, but the board has 12.");
-    EXPECT_EQ(collected.unused[2].reason, "A corner lies outside its 100 x 80 pixels.");
+    EXPECT_EQ(collected.unused[2].reason, "A corner lies outside the picture of 100 x 80 pixels.");
     const Observations &observations = collected.observations;
     ASSERT_EQ(observations.sightings.size(), 1U);
     const std::vector<SeenCorner> &corners = observations.sightings[0].corners;

@@ -97,7 +97,7 @@ TEST(PhotographObservations, nameTheReasonOfEachPhotographThatGivesNothing) {
     photographs.push_back(photograph("good1", {tile(1, 12)}));
     const auto collected = collectObservations(photographs, target, false);
     EXPECT_EQ(reasonFor(collected, "broken"), broken.error);
-    EXPECT_EQ(reasonFor(collected, "truncated"), "The file ends before its picture does. Copy it again.");
+    EXPECT_EQ(reasonFor(collected, "truncated"), "The file is cut off before the end of its picture. Copy it again.");
     EXPECT_EQ(reasonFor(collected, "empty"), "No pattern was found in it.");
     EXPECT_EQ(reasonFor(collected, "flexible"), "It shows the Flexible pattern, but its grid spacing is not known.");
     EXPECT_EQ(reasonFor(collected, "twice"),
@@ -202,7 +202,7 @@ TEST(PhotographObservations, tellPlatesApartByTheirOffsets) {
     EXPECT_EQ(reasonFor(two, "c"), "It shows the plate, which fits more than one of the patterns.");
 }
 
-TEST(PhotographObservations, takeTheGridSpacingThatMostBlocksStateAndOnlyMeasuredCorners) {
+TEST(PhotographObservations, takeOnlyMeasuredCornersAndTheGridSpacingThatMostBlocksState) {
     PatternReading partly = tile(3, 12);
     partly.corners[0].sigma = 0;  // this corner could not be measured
     const auto collected = collectObservations({photograph("a", {tile(3, 16)}), photograph("b", {partly}),

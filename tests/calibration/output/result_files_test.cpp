@@ -167,7 +167,8 @@ TEST_P(LensFiles, projectAsTheCalibrationDoes) {
     EXPECT_EQ(opencv["distortion_model"].string() == "fisheye", isFisheye);
     EXPECT_LT(projectionError(calibration, matrix, coefficients, isFisheye), 1e-9);
 
-    // OpenCV can read the other YAML files if the first lines that it expects are added.
+    // The other YAML files lack the two header lines that OpenCV expects. The tests add these lines, so that OpenCV can
+    // read the files.
     const std::string ros = fileOf(files, "left.camera_info.yaml");
     ASSERT_EQ(ros.empty(), row.ros == nullptr);
     if (!ros.empty()) {

@@ -237,7 +237,7 @@ TEST(CalibrationFile, repeatsTheVerdictTheNoticesAndTheAdvice) {
     }
 }
 
-TEST(RigFiles, moveAPointOfTheRigToEachCamera) {
+TEST(RigFiles, transformAPointFromTheRigToEachCamera) {
     Calibration calibration = makeRig();
     calibration.observations.cameras[2].name = "c-right";
     const ResultFiles files = resultFiles(calibration, {});
@@ -348,7 +348,7 @@ TEST(CameraNames, mustBeFileNamesOnEverySystem) {
     EXPECT_THROW(resultFiles(makeRig(), {}), std::runtime_error) << "the name of a camera has a space and quotes";
 }
 
-TEST(AssemblyFile, placesEveryCornerInTheAxesOfThreeCorners) {
+TEST(AssemblyFile, placesEveryCornerInTheAxesThatThreeCornersDefine) {
     const Calibration calibration = makeRig();
     ResultNotes notes;
     notes.axes = AssemblyAxes{{{{1, 2, 1}, {1, 7, 1}, {0, 4, 5}}}};
@@ -418,7 +418,8 @@ TEST(AssemblyFile, hasAMeshWhoseFaceNormalsPointOutOfThePrintedSides) {
         const cv::Vec3d onwards = vertices[i[2]].place - vertices[i[1]].place;
         EXPECT_NEAR(cv::norm(along), pitch, 0.5);
         EXPECT_NEAR(cv::norm(onwards), pitch, 0.5);
-        // z points into the plate, so a face that is counter-clockwise as seen from outside has its normal along -z.
+        // z points into the print, so a face whose vertices are counter-clockwise as seen from the printed side has its
+        // normal along -z.
         const Eigen::Vector3d into = rotationMatrix(calibration.estimate.worldFromPrint[size_t(print)].rotation).col(2);
         EXPECT_LT(along.cross(onwards).dot(vectorOf(into)), -0.9 * pitch * pitch);
     }

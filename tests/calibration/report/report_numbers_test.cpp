@@ -283,7 +283,8 @@ TEST(ReportFigures, drawTheSceneToScale) {
         const RigidMotion &pose = calibration.estimate.rigFromWorld[moment];
         const Vector3d centre = -(rotationMatrix(pose.rotation).transpose() * pose.translation);
         EXPECT_NEAR((cameras[moment][0] - (left + right) / 2) / scale, centre.x(), 3);
-        EXPECT_NEAR((cameras[moment][1] - print[1]) / scale, -centre.z(), 3) << "in front of the print";
+        EXPECT_NEAR((cameras[moment][1] - print[1]) / scale, -centre.z(), 3)
+            << "the camera's distance in front of the print";
     }
     const QRegularExpression text("text-anchor=\"start\">(\\d+) mm<");
     const std::vector<double> bar = pathsOf(svg, "class=\"frame\"").at(0);
