@@ -33,9 +33,10 @@ PatternValues valuesOf(const pattern_code::BlockContent &content) {
 namespace {
 
 // All blocks of one kind, stored as a first block and a list of differences (XOR) from it. Because the code is linear,
-// flipping one bit of the content always changes the same bits of the block. For every bit of the content that is free
-// in this kind, this change must be in the list or be the XOR of several differences in the list. Then every block of
-// the kind is the XOR of the first block and some of the differences.
+// flipping a given bit of the content always flips the same bits of the block. The word with these bits set is called
+// the difference of the content's bit. The list must contain the difference of every bit of the content that can vary
+// within the kind, or several entries whose XOR is this difference. Then every block of the kind is the XOR of the
+// first block and some entries of the list.
 struct BlockFamily {
     std::uint64_t first = 0;
     std::vector<std::uint64_t> differences;
@@ -63,8 +64,8 @@ BlockFamily spacingFamily() {
         }
     }
     // The difference of bit 1 is still missing, because all blocks so far have bit 1 of the spacing set. The spacing 1
-    // differs from the first block in bits 0 and 1. Since the difference of bit 0 is in the list, this also gives that
-    // of bit 1.
+    // differs from the first block in bits 0 and 1, so its entry is the XOR of the differences of bits 0 and 1. The XOR
+    // of this entry and the difference of bit 0, which is also in the list, is the difference of bit 1.
     content.gridSpacing = 1;
     family.add(content);
     return family;

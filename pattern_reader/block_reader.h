@@ -29,9 +29,10 @@ void readBlock(const SeenBlock &seen, pattern_code::BlockCarrier carrier, Patter
 
 // How well the visible bits of a plate's block agree with the most similar valid block. Plates have two kinds of valid
 // blocks: with spacing and thickness, and with an offset. In the valid blocks of one kind, some of the visible bits can
-// have any values, and the other visible bits follow from these. `checks` is the number of visible bits that follow,
-// for the kind of the most similar block. So random bits agree completely with some valid block of this kind with the
-// probability 2^-checks.
+// have any values, and these values determine the other visible bits. Blocks whose values are out of range
+// (information_block.h) count as valid here. `checks` is the number of visible bits that are determined in this way, in
+// the kind of the most similar block. If the visible bits were random, the probability that they agree completely with
+// a valid block of this kind would be 2^-checks.
 struct BlockAgreement {
     static constexpr int tooMany = 5;
 

@@ -50,8 +50,8 @@ void addMissing(PatternReading &board, const PatternReading &part) {
     });
 }
 
-// Reads the corners of two parts together. If that fails, or gives another pattern or fewer corners than the board has
-// alone, the board's reading is kept, and the corners that only the part has are added to it.
+// Reads the corners of the board and of the part together. If that fails, or gives another pattern or fewer corners
+// than the board already has, the board's reading is kept, and the corners that only the part has are added to it.
 PatternReading join(const PatternReading &board, const PatternReading &part, const ReadLattice &read) {
     CornerLattice both = latticeOf(board);
     for (const PatternCorner &corner : part.corners) {

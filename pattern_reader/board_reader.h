@@ -13,8 +13,9 @@
 namespace pattern_reader {
 
 // Measures a lattice and reads it. The measurement removes and adds corners. `plainBoard` is the size, in inner
-// corners, of the plain board to search for, if any. Empty if the lattice is neither a coded board nor this plain
-// board, or if fewer than leastLatticeCorners corners can be measured.
+// corners, of the plain board to search for, if any. The result is empty if the lattice is neither a coded board nor
+// this plain board. It is also empty if fewer than leastLatticeCorners corners can be measured, or if fewer than
+// leastLatticeCorners corners of a coded board can be trusted (lattice_trust.h).
 std::optional<PatternReading> readBoard(const std::vector<ImageLevel> &levels, CornerLattice &lattice,
                                         const std::optional<cv::Size> &plainBoard);
 

@@ -78,12 +78,12 @@ public:
         return step;
     }
 
-    // Returns the variance of the position along one axis, averaged over both axes, for pixels with a variance of 1.
-    // Call it only after solve.
+    // Returns the mean of the position's two variances, along x and along y, for pixels whose noise has a variance
+    // of 1. Call it only after solve.
     double positionVariance() const {
         const double xx = matrix[size - 2][size - 2];
         const double xy = matrix[size - 2][size - 1];
-        const double yy = matrix[size - 1][size - 1];  // the information about y if x is unknown, too
+        const double yy = matrix[size - 1][size - 1];  // the information about y if x and all others are unknown
         return 0.5 * (1 / yy + 1 / xx + xy * xy / (xx * xx * yy));
     }
 

@@ -7,8 +7,9 @@
 // directions and bends of the borders, because the lattice determines them far better than a few pixels can.
 //
 // An error of the model that stays the same after half a turn about the corner does not move the fitted position. The
-// position is therefore right for any blur with this symmetry, such as the disc of a defocused lens. Such an error of
-// the model is not noise, so noise is estimated only from the part of the errors that changes sign after half a turn.
+// position is therefore right for any blur with this symmetry, such as the disc of a defocused lens. Errors of the
+// model with this symmetry are not noise, so noise is estimated only from the part of the errors that changes sign
+// after half a turn.
 #pragma once
 
 #include <array>

@@ -52,8 +52,9 @@ Parabola oneSidedParabola(const CornerLattice &lattice, const LatticeCorner &cor
     return border;
 }
 
-// Sets the lattice step through a corner along one axis, and the bend, which is half the curvature of the border. The
-// bend is positive if the border, followed in the direction of the step, turns clockwise in the image. False if the
+// Finds the border that runs through a corner along the axis `step` of the lattice. Sets `direction` to the border's
+// step from one lattice corner to the next, in image pixels, and `bend` to half the border's curvature. The bend is
+// positive if the border turns clockwise in the image when it is followed in this direction. Returns false if the
 // corner has no neighbour along the axis.
 bool stepThrough(const CornerLattice &lattice, const LatticeCorner &corner, cv::Point step, cv::Point2f &direction,
                  float &bend) {

@@ -2,7 +2,7 @@
 //
 // Pixels are kept as lists, one value for each pixel, so that the loops over them can be vectorised. The disc is
 // symmetric: pixel i and pixel count() - 1 - i are opposite each other. The lists are padded to a multiple of
-// `lanes`. The errors and slopes are padded with zeros.
+// `lanes`. The errors and the slopes (see compare) are padded with zeros.
 #pragma once
 
 #include <array>
@@ -37,7 +37,8 @@ public:
     // borders, and whose grey level is not affected by a mark. The radius is limited to largestRadius. If the lists
     // have no room for all these pixels, the disc is made smaller. False if the disc reaches beyond the picture.
     bool take(const cv::Mat &picture, const CornerBorders &borders, const CornerFit &fit, float radius, float reach);
-    // Compares the pixels with the model: sets errors and slopes.
+    // Compares the pixels with the model. Sets the errors and the slopes. A slope is the derivative of the model's grey
+    // level at a pixel with respect to one parameter.
     void compare(const CornerBorders &borders, const CornerFit &fit);
     // Sets the errors to those that would remain after the parameters change by `step`, according to the slopes.
     void predictErrors(const std::array<double, ParameterCount> &step);

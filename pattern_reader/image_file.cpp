@@ -33,7 +33,7 @@ double whiteOf(int depth) {
     return depth == CV_8U ? 255 : depth == CV_16U ? 65535 : 1;
 }
 
-// Returns a grey picture with transparency as it looks on white paper.
+// Returns what a grey picture with transparency looks like on white paper.
 cv::Mat onWhite(const cv::Mat &grey, const cv::Mat &alpha) {
     const double white = whiteOf(grey.depth());
     if (cv::countNonZero(alpha < white) == 0) {

@@ -38,8 +38,9 @@ float greyAt(const cv::Mat &smoothed, cv::Point2f p) {
     return float(smoothed.at<int16_t>(std::clamp(y, 0, smoothed.rows - 1), std::clamp(x, 0, smoothed.cols - 1))) / 64;
 }
 
-// The contrast across the border between two neighbouring corners: the grey level on the side that is light according
-// to the lattice, minus that on the other side. The second corner need not be in the lattice.
+// The border between two squares runs from the corner `from` to its neighbour `to`. Returns the contrast across this
+// border: the grey level on the side that is light according to the lattice, minus the grey level on the other side.
+// `to` need not be in the lattice.
 float borderContrast(const ImageLevel &level, const CornerLattice &lattice, const LatticeCorner &from,
                      const LatticeCorner &to) {
     const cv::Point step = to.cell - from.cell;

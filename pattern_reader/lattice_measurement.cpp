@@ -134,8 +134,8 @@ private:
     float boardBlur = 1;          // image pixels
     float blurTolerance = 0.25F;  // standard deviation of the corners' blur, relative to the board's blur
     float boardNoise = 1;         // standard deviation of one pixel in the best level, grey levels
-    // Typical difference between the grey levels that were fitted at neighbouring corners and a plane fitted to
-    // these levels, in grey levels (see CornerSurroundings::lightScatter).
+    // How much the grey levels that were fitted around a corner typically differ from a plane, in grey levels (see
+    // CornerSurroundings::lightScatter).
     float lightScatter = 1;
 };
 
@@ -159,7 +159,7 @@ const ImageLevel &CornerMeasurement::searchLevel() const {
 // Returns the level in which the corners are refined. `merit` tells how exact a level is: longer borders in the window
 // make a corner's position more exact, and blur makes it less exact. In a coarser level, the larger pixels add to the
 // blur. If several levels are about as exact as the best one, the coarsest of these is taken, because it is the
-// fastest. A level in which the squares or the blur are too small is not taken.
+// fastest. Apart from the finest level, a level in which the squares or the blur are too small is not taken.
 const ImageLevel &CornerMeasurement::bestLevel(const ImageLevel &search, float blur) const {
     const float step = typicalStep();
     const auto merit = [&](const ImageLevel &level) {

@@ -3,8 +3,8 @@
 // corners spread over the lattice.
 //
 // The corners are first fitted in the finest level in which a lattice step is at most 28 pixels long (in the coarsest
-// level if there is none). Then they are fitted again in the level that suits the blur and the step best. Halving the
-// picture of a blurred or very large board loses little accuracy, and keeps the windows small.
+// level if there is none). Then they are fitted again in the level that suits the blur and the step best. If a board is
+// blurred or very large, a coarser level loses little accuracy, and fewer pixels around each corner have to be fitted.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -31,8 +31,8 @@ cv::Point2f middleOf(const std::vector<LatticeCorner> &corners) {
     return sum / float(corners.size());
 }
 
-// Returns the `wanted` corners of a lattice that are closest to a place (or all corners if there are fewer), in no
-// particular order.
+// Returns the corners of a lattice that are closest to a place, in no particular order. Their number is `wanted`. If
+// the lattice has fewer corners, all are returned.
 std::vector<LatticeCorner> closestTo(cv::Point2f where, const CornerLattice &lattice, size_t wanted) {
     std::vector<LatticeCorner> closest = lattice.corners;
     if (closest.size() > wanted) {
@@ -88,8 +88,8 @@ std::optional<LatticeMotion> continuation(const CornerLattice &base, const Corne
     motion.shift = {int(std::lround(sum.x)), int(std::lround(sum.y))};
     size_t off = 0;
     for (const LatticeCorner &corner : piece.corners) {
-        // A corner that both lattices contain is treated like any other. Both lattices found it at about the same
-        // place, so it lies close to its lattice point.
+        // A corner that both lattices contain needs no special treatment. Its position is about the same in both, so it
+        // lies close to a lattice point of the base.
         const cv::Point2d d = transform(cellFromImage, corner.position) - cv::Point2d(motion.point(corner.cell));
         off += std::max(std::abs(d.x), std::abs(d.y)) > latticeReach ? 1U : 0U;
     }

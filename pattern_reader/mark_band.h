@@ -54,9 +54,9 @@ private:
 
     cv::Point2d centre;
     cv::Matx22d shape;
-    // Distances in radii of the mark. `border` and `plain` are measured from the mark's border, to both sides. Pixels
-    // up to `border` are affected by the mark's border, and the plain areas extend from there to `plain`. `needed` is
-    // measured from the mark's centre: all points up to this distance must be inside the picture.
+    // Distances in radii of the mark. The first two are measured from the mark's border, to both sides: the border
+    // affects the pixels up to the distance `border`, and the plain areas extend from there to the distance `plain`.
+    // `needed` is measured from the mark's centre: all points up to this distance must be inside the picture.
     double border = 0;
     double plain = 0;
     double needed = 0;

@@ -34,7 +34,7 @@ enum Unknown : size_t {
 };
 
 // Computes the derivatives and errors of a fit, and sums their products over all pixels. Pixels are processed in
-// groups, in loops without branches, so that the compiler can vectorise the loops.
+// blocks. Most loops over a block have no branches, so that the compiler can vectorise them.
 template <size_t unknowns>
 class PixelSums {
 public:
@@ -300,8 +300,8 @@ bool fitUnknowns(const cv::Mat &picture, int steps, MarkFit &fit) {
         if (!isEllipse(fit) || !(std::hypot(moved.x, moved.y) < reach) || fit.blur > 2 * fit.longRadius()) {
             return false;
         }
-        // Convergence is quadratic: the ratio of the next step to this one would be about as small as the ratio of this
-        // step to the blur. So no further step is needed if this step is much shorter than the blur.
+        // Convergence is quadratic: if this step is a small fraction of the blur, the next step would be about the same
+        // small fraction of this step. So no further step is needed if this step is much shorter than the blur.
         if (std::hypot(step[centreX], step[centreY]) < 0.03 * fit.blur && std::abs(step[blurWidth]) < 0.1 * fit.blur) {
             break;
         }

@@ -162,8 +162,8 @@ void judgeLooks(std::vector<FittedMark> &marks) {
 }
 
 // Fits a map to the undisturbed marks, or to all marks if there are too few undisturbed ones. Disturbed marks are left
-// out because the map could follow them. For example, a cover that hides a part of each mark in a row displaces all
-// their centres in the same direction.
+// out because the map could follow their errors. For example, a cover that hides a part of each mark in a row displaces
+// all their centres in the same direction.
 MarkMap mapOf(const std::vector<FittedMark> &marks) {
     std::vector<MappedMark> clear;
     std::vector<MappedMark> all;
@@ -187,8 +187,8 @@ double seenRadius(const std::vector<FittedMark> &marks, const MarkMap &map, doub
     return std::clamp(medianOf(radii), 0.85 * drawn, 1.2 * drawn);
 }
 
-// Compares a mark's shape with a circle that is mapped to the picture. Returns the greatest factor, at least 1, by
-// which one must be stretched or shrunk in some direction to match the other.
+// Compares a mark's shape with a circle that is mapped to the picture. In each direction, the longer of their two radii
+// is divided by the shorter one. Returns the greatest of these ratios.
 double shapeError(const FittedMark &mark, const cv::Matx22d &fromUnit) {
     const cv::Matx22d m = mark.fit.toUnit * fromUnit;
     const cv::Matx22d square = m.t() * m;
@@ -245,8 +245,8 @@ double unexplained(const std::vector<FittedMark> &marks, const MarkMap &map, cv:
 // - The model is not exactly what a camera sees.
 // - The bend that a lens or curved paper causes moves the image of the mark's centre away from the centre of the
 //   fitted ellipse. This offset is known to about seven per cent.
-// - Where waves or creases bend the paper more than the map can follow, that offset is wrong by about a quarter of the
-//   marks' distance from the map.
+// - Where waves or creases bend the paper more than the map can follow, the marks lie away from their places in the
+//   map. The offset is then wrong by about a quarter of this distance.
 // - A disturbed mark may be wrong by its distance from the position that its neighbours predict.
 double sigmaOf(const FittedMark &mark, const std::vector<FittedMark> &marks, const MarkMap &map, double radius) {
     constexpr double model = 0.001;  // pixels

@@ -85,7 +85,7 @@ struct PatternReading {
     // 1 minus the probability that the reading is due to chance. For a plain board, the share of its corners that were
     // seen.
     double confidence = 0;
-    double log10Chance = 0;  // log10 of that probability; 0 for a plain board
+    double log10Chance = 0;  // log10 of the probability that the reading is due to chance; 0 for a plain board
 };
 
 struct ReadingOptions {

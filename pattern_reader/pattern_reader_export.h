@@ -1,8 +1,9 @@
 // Marks the functions that the shared library offers to other projects.
 #pragma once
 
-// On Windows, these functions are imported from the DLL unless PATTERN_READER_STATIC is defined. PATTERN_READER_STATIC
-// is defined for everything that links the static library of the build tree.
+// On Windows, these functions are exported if PATTERN_READER_BUILDING is defined, which is so only while the library
+// itself is built. Otherwise, they are imported from the DLL unless PATTERN_READER_STATIC is defined. The build tree
+// defines PATTERN_READER_STATIC for everything that links the static library.
 #if !defined(_WIN32)
 #define PATTERN_READER_API __attribute__((visibility("default")))
 #elif defined(PATTERN_READER_BUILDING)

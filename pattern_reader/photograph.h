@@ -19,7 +19,7 @@ struct Photograph {
     // The orientation tag of a JPEG (EXIF) or TIFF file, 1 to 8; 1 if there is none. It says how to turn or mirror the
     // stored picture so that it is upright. 2, 4, 5 and 7 mean that it is stored mirrored.
     int orientation = 1;
-    bool truncated = false;  // true if a JPEG file ends before its picture does; the missing part is grey
+    bool truncated = false;  // true if a JPEG file is cut off before the end of its picture; the missing part is grey
 };
 
 // Loads PNG, JPEG, TIFF, PGM and all other formats that OpenCV reads. If the file cannot be read or its picture is too

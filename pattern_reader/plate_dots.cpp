@@ -85,8 +85,8 @@ std::optional<CircleLight> circleLight(const PlateView &view, cv::Point2d at, do
 // Returns how much a place looks like a dot: 0 for paper, 1 for a dot in a sharp picture. The result allows for the
 // fact that small dots are paler than large ones even in a sharp picture. Empty if the place cannot be measured.
 std::optional<double> dotShare(const PlateView &view, cv::Point2d at) {
-    // A dot is a ring, so the light is measured along the middle of its line. It is compared with the paper around the
-    // ring and not with the ring's hole, because blur also darkens the hole.
+    // A dot is a printed ring. The light is measured on the circle halfway between the ring's inner and outer edges. It
+    // is compared with the paper around the ring and not with the ring's hole, because blur also darkens the hole.
     constexpr double lineRadius = (pattern_code::dotRadius + pattern_code::dotHoleRadius) / 2;
     const std::optional<CircleLight> around = circleLight(view, at, 0.23);
     const std::optional<CircleLight> line = circleLight(view, at, lineRadius);
@@ -120,7 +120,7 @@ DotPlace lookAtDot(const PlateView &view, int bit) {
 }
 
 // Returns the usual DotPlace::share of a dot in this picture; empty if dots and paper cannot be told apart. About half
-// of all bits are set, so the upper quartile of all shares is the share of a dot.
+// of the places have a dot, so the upper quartile of all shares is about the median of the dots' shares.
 std::optional<double> lookOfDots(const std::array<DotPlace, pattern_code::blockBitCount> &places) {
     std::vector<double> known;
     for (const DotPlace &place : places) {

@@ -51,8 +51,8 @@ FrameEvidence lookForFrame(const PlateView &view) {
         int passed = 0;
         int looked = 0;
         for (int i = 0; i < 12; i++) {
-            // The samples avoid the marks, because a row of marks could be taken for a frame. They also avoid the dots,
-            // which are half way between the marks.
+            // The samples avoid the marks, because a row of marks could be taken for a frame. They also avoid the code
+            // dots, which are half way between the marks.
             const int gap = i / 2;
             const double along = 1.35 + gap + (i % 2) * 0.3;
             double outside = 1;

@@ -9,8 +9,8 @@
 
 namespace pattern_reader {
 
-// Adds the missing marks, removes what is not a mark, and maps cells to the image. False if the result cannot be the
-// marks of one plate.
+// Adds the missing marks to `found`, removes marks that cannot belong to the plate, and sets `imageFromCell` to the map
+// from cells to the image. False if the result cannot be the marks of one plate.
 bool completeMarks(const std::vector<ImageLevel> &levels, MarkLattice &found, MarkMap &imageFromCell);
 
 }  // namespace pattern_reader

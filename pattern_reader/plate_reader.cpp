@@ -75,7 +75,8 @@ LatticeMotion turnPlate(const LatticeMotion &motion, int turns) {
 // The corners of the unturned plate that can be its top-left corner.
 struct TopLefts {
     std::vector<int> corners;
-    bool showsTriangle = false;  // true: the only corner shows the triangle; false: all of them are hidden
+    // True if `corners` holds the only corner that shows a triangle; false if it holds hidden corners or is empty.
+    bool showsTriangle = false;
 };
 
 // Returns the corner that shows the triangle. If no corner shows a triangle, returns all hidden corners; if several

@@ -14,10 +14,10 @@ constexpr float greyScale = 64;  // units of ImageLevel::smoothed per grey level
 constexpr auto saddleThreshold = int32_t(leastSaddleStrength * greyScale * leastSaddleStrength * greyScale);
 constexpr auto blobThreshold = int32_t(-leastBlobStrength * greyScale * leastBlobStrength * greyScale);
 
-// Computes the negated determinant of the Hessian along one row, in the units of ImageLevel::smoothed. It is positive
-// at saddles and negative at blobs. `worth` is 1 where the determinant is large enough for a saddle or a blob. Smoothed
-// values are at most 255 * 64, so the second derivatives fit into 16 bits. With 16 bits, the processor computes twice
-// as many determinants at once as with 32 bits.
+// Computes the negated determinant of the Hessian of ImageLevel::smoothed along one row. The result is positive at
+// saddles and negative at blobs. `worth` is 1 where the result's magnitude is large enough for a saddle or a blob.
+// Smoothed values are at most 255 * 64, so the second derivatives fit into 16 bits. With 16 bits, the processor
+// computes twice as many determinants at once as with 32 bits.
 void respond(const ImageLevel &level, int y, int32_t *out, uchar *worth) {
     const int width = level.smoothed.cols;
     const auto *up = level.smoothed.ptr<int16_t>(y - 1);
@@ -118,8 +118,9 @@ bool looksLikeSaddle(const cv::Mat &smoothed, SaddlePoint &saddle) {
         second += even * cv::Point2f(circle.x[2 * i], circle.y[2 * i]);
         fourth += even * cv::Point2f(circle.x[4 * i % Circle::count], circle.y[4 * i % Circle::count]);
     }
-    // A pure second harmonic of amplitude A gives `second` a length of 8 A. `odd` is the sum of the differences after
-    // half a turn.
+    // `second` measures the second harmonic of the ring: an amplitude A gives it the length 8 A. `odd` is the sum of
+    // the absolute differences between opposite points of the ring. The length of `second` must be more than 1.2
+    // times `odd`.
     const float length2 = second.dot(second);
     if (!(length2 > 1.44F * odd * odd)) {
         return false;
@@ -178,7 +179,7 @@ bool locateSaddle(const ImageLevel &level, cv::Point2f near, float reach, Saddle
 
 namespace {
 
-// The responses of three neighbouring rows.
+// The results of respond() for three neighbouring rows.
 struct ResponseRows {
     const int32_t *up, *mid, *down;
 

@@ -2,9 +2,9 @@
 // tile or the place in the plane, and the orientation. It works only on bits: it does not look at pictures, and it
 // ignores the information block.
 //
-// The local lattice. The patch is a rectangle of cells in any orientation, but not mirrored: its columns and rows run
-//   like a picture's x and y, to the right and downwards. A cell is 0, 1 or unknown; cells outside the pattern, or not
-//   seen clearly, should be unknown.
+// The local lattice. The patch is a rectangle of cells. It may be turned relative to the code by any number of quarter
+//   turns, but it is not mirrored. Its columns are counted to the right and its rows downwards, like a picture's x and
+//   y. A cell is 0, 1 or unknown; cells outside the pattern, or not seen clearly, should be unknown.
 // Certainty. The place that is returned is the likeliest one found, but it can still be wrong. The caller must check
 //   the chance that random bits match some place equally well (Location::chanceLog10), and how well the next best place
 //   matches. isCertain does both.

@@ -39,8 +39,8 @@ PATTERN_READER_API std::vector<PrintedPattern> loadPrintedPatterns(const std::st
 
 // Returns one point for each corner of the reading. Empty if none of the patterns fits the reading, or if several
 // patterns fit it and their points differ. A pattern fits if it has the kind and the tile number of the reading and
-// contains all of the reading's corners. If the information block was read, the pattern must also have the grid spacing
-// or the offset that the block contains.
+// contains all of the reading's corners. An information block contains either a grid spacing or an offset. If the block
+// was read, the pattern must also have this grid spacing or offset.
 PATTERN_READER_API std::optional<std::vector<cv::Point3d>> objectPoints(const PatternReading &reading,
                                                                         const std::vector<PrintedPattern> &patterns);
 

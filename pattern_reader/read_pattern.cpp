@@ -221,7 +221,7 @@ bool readAll(const Arguments &arguments) {
 
 int main(int count, char **values) {
     Arguments arguments;
-    shell::CommandLine line("read_pattern", "Prints the calibration patterns found in pictures as JSON.");
+    shell::CommandLine line("read_pattern", "Finds calibration patterns in pictures and prints them as JSON.");
     addOptions(line, arguments);
     return shell::runProgram(line, count, values, [&] {
         interpret(arguments);

@@ -24,7 +24,8 @@ constexpr size_t leastMarks = 12;
 
 // The approximate areas in which checkerboards were read. Plates are not searched for there, because the dark squares
 // and marks of a checkerboard look like round marks. Checkerboard lattices that were found but could not be read are
-// not included: they may belong to a plate, because there are saddles between a plate's marks, too.
+// not included. They may belong to a plate, because saddles are found not only at the corners of a checkerboard, but
+// also between the marks of a plate.
 class BoardArea {
 public:
     explicit BoardArea(const cv::Size &size)

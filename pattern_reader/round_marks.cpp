@@ -49,8 +49,9 @@ bool findBorder(const cv::Mat &smoothed, cv::Point2f from, cv::Point2f direction
     if (last.x < 0 || last.y < 0 || last.x >= float(smoothed.cols - 1) || last.y >= float(smoothed.rows - 1)) {
         return false;
     }
-    // To save time, sampling ends when the rise has fallen below 30 % of the steepest rise, but not less than three
-    // samples beyond the steepest rise. If the steepest rise is at most 6 grey levels, the whole ray is sampled.
+    // To save time, sampling ends when the rise has fallen below 30 % of the steepest rise. But the three samples that
+    // follow the steepest rise are always taken, unless the ray ends before them. If the steepest rise is at most 6
+    // grey levels, the whole ray is sampled.
     int sampled = 0;
     const auto sampleTo = [&](int end) {
         for (; sampled <= std::min(end, count + 1); sampled++) {

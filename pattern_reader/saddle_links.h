@@ -20,7 +20,8 @@ struct LinkedSaddle {
 };
 
 // Returns the given saddles with their links, in the same order. `level` is the size of the saddles' level. If p is
-// linked to q, then q is linked to p, but not always in the opposite direction.
+// linked to q, then q is linked to p. The link from q to p can have any index in `links`, because the order and the
+// signs of the borders can differ from saddle to saddle.
 std::vector<LinkedSaddle> linkSaddles(const std::vector<SaddlePoint> &saddles, const cv::Size &level);
 
 }  // namespace pattern_reader

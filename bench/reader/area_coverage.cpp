@@ -68,7 +68,8 @@ Bounds boundsOf(const Quad &q) {
 
 // Returns the area that a triangle and a circle have in common. The triangle has the corners O = (0, 0), a and b, and
 // the circle has its centre at O. The area has the sign of the angle from a to b (positive from x towards y). So the
-// sum over all sides of a polygon is right even if O is outside the polygon.
+// areas for all sides of a polygon can be added up: the absolute value of the sum is the area that the polygon and the
+// circle have in common, even if O is outside the polygon.
 double sector(const cv::Point2d &a, const cv::Point2d &b, double radius) {
     const auto angle = [](const cv::Point2d &u, const cv::Point2d &v) {
         return std::atan2(u.x * v.y - u.y * v.x, u.dot(v));

@@ -50,7 +50,7 @@ struct Row {
     int read = 0;
     int asked = 0;  // patterns that the reader is required to read, see isAsked
     int askedAndRead = 0;
-    int blocks = 0;  // those of the required patterns that have an information block and are completely visible
+    int blocks = 0;  // required patterns that are completely visible and have an information block
     int blocksRead = 0;
     long seenPoints = 0;
     long foundPoints = 0;

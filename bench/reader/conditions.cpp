@@ -295,8 +295,8 @@ const std::vector<Condition> &conditions() {
         {"noise", "white noise of 0.5 to 8 grey levels", false, noisy, nullptr},
         {"dim", "contrast of 40 to 120 and noise of 4 to 12 grey levels", false, dim, nullptr},
         {"small", "3 to 6 px per square", false, small, nullptr},
-        {"large", "pictures of up to 150 megapixels: up to 1,500 px per square, plates up to 550", false, large,
-         nullptr},
+        {"large", "pictures of up to 150 megapixels: up to 1,500 px per square for boards, and up to 550 for plates",
+         false, large, nullptr},
         {"steep", "tilt of 45 to 60°", false, steep, nullptr},
         {"very-steep", "tilt of 60 to 80°", false, verySteep, nullptr},
         {"soft", "out of focus by 0.1 to 0.3 squares", false, soft, softFinish},
@@ -324,7 +324,7 @@ const std::vector<Condition> &conditions() {
         {"few-corners", "5 to 9 corners on a side", true, fewCorners, nullptr},
         {"covered", "a quarter of the pattern is covered", false, covered, nullptr},
         {"cut", "a quarter of the pattern is outside the picture", false, cut, nullptr},
-        {"mirrored", "mirrored pictures: nothing may be read", false, mirrored, nullptr},
+        {"mirrored", "mirrored pictures: the reader must not read any pattern", false, mirrored, nullptr},
         {"phone", "phone camera: many of these conditions at once", false, phone, phoneFinish},
     };
     return all;

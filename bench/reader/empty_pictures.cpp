@@ -27,8 +27,9 @@ std::string nameOf(EmptyKind kind) {
 
 namespace {
 
-// Returns an exposure with random faults: JPEG compression, sharpening, a changed tone curve, motion blur, defocus and
-// strong noise. Each of them is in 20 % or 30 % of the pictures, so about a quarter of the pictures have none.
+// Returns the exposure from makeExposure with further random faults: JPEG compression, sharpening, a changed tone
+// curve, motion blur, defocus and strong noise. JPEG compression has a probability of 30 %, and each of the other
+// faults has a probability of 20 %. So about a quarter of the pictures get none of these further faults.
 Exposure anyExposure(double pixels, Dice &dice) {
     Exposure exposure = makeExposure(pixels, dice);
     if (dice.chance(0.3)) {
@@ -111,7 +112,7 @@ void drawLattice(cv::Mat &picture, Dice &dice) {
 }  // namespace
 
 cv::Mat makeEmptyPicture(EmptyKind kind, unsigned number) {
-    // A perforated sheet has at most this many holes along each side, and a net at most this many meshes.
+    // Along each side, a perforated sheet has at most this many holes, and a net has at most this many openings.
     constexpr int most = 60;
     Dice dice(number * 104729 + unsigned(kind) * 31 + 5);
     const cv::Size size(dice.whole(320, 1000), dice.whole(240, 800));

@@ -67,7 +67,8 @@ int colourAt(int x, int y) {
     return x % 2 + y % 2;
 }
 
-// Keeps, in each pixel, only the light of the pixel's own colour.
+// Applies the sensor's colour filters. The scene is grey, so each pixel is only multiplied by the factor in `cast` for
+// the pixel's own colour.
 void filterColours(cv::Mat &image, const cv::Vec3d &cast) {
     for (int y = 0; y < image.rows; y++) {
         auto *row = image.ptr<float>(y);

@@ -34,8 +34,8 @@ double leastCornerError(const LocalView &view) {
     const cv::Vec2d x = column(view.steps, 0);
     const cv::Vec2d y = column(view.steps, 1);
     const double area = std::abs(cv::determinant(view.steps));
-    // A mark is the middle third of a square. So the distance from a corner of the square to the nearest corner of the
-    // mark is a third of the square's diagonal.
+    // A mark lies in the centre of a square and is a third as wide. So the distance from a corner of the square to the
+    // nearest corner of the mark is a third of the square's diagonal.
     const double toMark = std::min(cv::norm(x + y), cv::norm(x - y)) / 3;
     const double toBorder = area / std::max(cv::norm(x), cv::norm(y));
     const double sine = area / (cv::norm(x) * cv::norm(y));

@@ -9,10 +9,10 @@
 // This is the integral of the squared derivative of the grey levels, divided by n². The derivative is a Gaussian of
 // width s. A corner consists of two such borders, and a mark has one closed border.
 //
-// Besides the position, the grey levels, the blur and the directions of the borders are unknown. Compare two places at
-// the same distance on opposite sides of the corner or of the mark's centre. A change of the levels, the blur or the
-// directions makes both places lighter or darker by the same amount. A shift changes them by opposite amounts. So the
-// bound stays the same if these other unknowns are estimated too.
+// Not only the position is unknown. The grey levels, the blur and the directions of the borders are unknown, too.
+// Compare two places at the same distance on opposite sides of the corner or of the mark's centre. A change of the
+// levels, the blur or the directions makes both places lighter or darker by the same amount. A shift changes them by
+// opposite amounts. So the bound stays the same if these other unknowns are estimated too.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -68,8 +68,9 @@ std::vector<Goal> readingGoals(const std::vector<PictureResult> &results, const 
                   boards.asked, 0.995),
         shareGoal("plates that must be read because enough of them is visible: 99.5 % are read", plates.askedAndRead,
                   plates.asked, 0.995),
-        shareGoal("information blocks of completely visible patterns that must be read: 99 % are read", all.blocksRead,
-                  all.blocks, 0.99),
+        shareGoal("completely visible patterns that must be read and have an information block: 99 % of their blocks "
+                  "are read",
+                  all.blocksRead, all.blocks, 0.99),
         noneGoal("readings that match no pattern in the picture: none", all.falsePlaces, all.patterns),
         noneGoal("information blocks read with wrong values: none", all.falseValues, all.patterns),
         noneGoal("patterns read with the wrong polarity: none", all.wrongPolarity, all.patterns),
@@ -103,9 +104,9 @@ std::vector<Goal> comparisonGoals(const Comparison &comparison) {
     for (const DetectorTotals &totals : comparison.detectors) {
         goals.push_back(noneGoal("boards found by " + totals.name + " but missed by the reader: none",
                                  totals.foundButMissed, totals.found));
-        goals.push_back(
-            shareGoal("boards found by both: the reader is at least as exact as " + totals.name + " on 99.5 %",
-                      totals.readerBetter, totals.both, 0.995));
+        goals.push_back(shareGoal(
+            "boards found by the reader and by " + totals.name + ": the reader is at least as exact on 99.5 %",
+            totals.readerBetter, totals.both, 0.995));
     }
     goals.push_back({"processor time of findChessboardCornersSB divided by the reader's, at least 10",
                      cv::format("%.1f", comparison.medianTimeRatio), comparison.medianTimeRatio >= 10});

@@ -144,7 +144,7 @@ void benchPatterns(Table &table) {
 
 int main() {
     cv::setNumThreads(1);
-    Table table("Reading, and how its time grows");
+    Table table("Reading time, and how it grows");
     benchMegapixels(table);
     benchCorners(table);
     benchPatterns(table);

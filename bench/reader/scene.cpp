@@ -88,9 +88,9 @@ double Scene::contrastAt(const ScenePattern &pattern, const cv::Point2d &onTarge
 
 SeenPart seenPartOf(const Scene &scene, const ScenePattern &pattern) {
     const bool plate = pattern.coded.kind == pattern_reader::PatternKind::Plate;
-    // How far the surroundings of a point reach, in lattice steps. For a plate, this is the radius of a mark. For a
-    // checkerboard, it is slightly less than a third, because the marks of the squares begin a third of a step away
-    // from the corner along both axes.
+    // How far the surroundings of a point reach, in lattice steps. For a plate, this is the radius of a mark. The
+    // surroundings of a checkerboard's corner end just before the marks of the squares, which begin a third of a step
+    // away from the corner along both axes.
     const double around = plate ? 0.5 : 0.3;
     SeenPart part;
     for (const cv::Point2d &p : pattern.coded.target->points()) {

@@ -21,8 +21,9 @@ CodedTarget makeTarget(const SceneDraft &draft, Dice &dice) {
     return makeTile(dice.chance(0.5) ? 0 : dice.whole(1, 18), dice.random, draft.print);
 }
 
-// Returns the approximate length of the pattern's diagonal in pixels, before the pattern is tilted. The tilt shortens
-// one side of each square by the cosine; `pixelsPerSquare` is the geometric mean of both sides after the tilt.
+// Returns the approximate length of the pattern's diagonal in pixels, before the pattern is tilted. The tilt
+// multiplies one side of each square by the cosine of the tilt angle. `pixelsPerSquare` is the geometric mean of both
+// sides after the tilt. So it is the side before the tilt times the square root of the cosine.
 double extentOf(const SceneDraft &draft, const SyntheticTarget &target) {
     return std::hypot(target.size().width, target.size().height) * draft.pixelsPerSquare /
            std::sqrt(std::cos(draft.tiltDegrees * degree));

@@ -20,7 +20,7 @@ struct SceneDraft {
 
     bool fisheye = false;
     // The pattern's diagonal divided by the focal length, both in pixels. If it is 0, a usual focal length is chosen at
-    // random. A fisheye lens needs a value.
+    // random. If `fisheye` is true, 0 is not allowed.
     double viewShare = 0;
     double distortion = 0;  // greatest radial distortion in the pattern, as a share of the distance from the centre
     std::optional<PaperSheet::Form> sheet;
@@ -33,7 +33,7 @@ struct SceneDraft {
     bool coverQuarter = false;
     bool cutQuarter = false;
     bool mirrored = false;
-    double megapixels = 2;  // the largest size of the picture; a larger one is cut to its middle part
+    double megapixels = 2;  // the limit of the picture's size; of a larger picture, only the middle is kept
 };
 
 // Returns a draft of an easy picture: 8 to 40 pixels per square, a tilt of at most 45°, some noise and blur, and light
@@ -41,7 +41,7 @@ struct SceneDraft {
 SceneDraft makeDraft(bool plate, Dice &dice);
 
 // The scene before the picture is taken: the camera, the pattern and the size of the picture. Conditions may still
-// change the exposure.
+// change `scene.exposure`.
 struct ComposedScene {
     Scene scene;
     cv::Size size;

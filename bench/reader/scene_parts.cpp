@@ -116,7 +116,7 @@ Cover coverQuarter(const cv::Size2d &size, Dice &dice) {
 
 namespace {
 
-// Returns the share of the pattern's area that is inside the window, a part of the picture.
+// Returns the share of the pattern's area that would be in the picture if the picture showed the window.
 double shareInside(const Scene &scene, const ScenePattern &pattern, const cv::Rect &window) {
     const cv::Size2d extent = pattern.coded.target->size();
     int inside = 0;

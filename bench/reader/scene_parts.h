@@ -40,7 +40,8 @@ cv::Point cutQuarter(const Scene &scene, const ScenePattern &pattern, cv::Rect w
 void moveOrigin(Scene &scene, cv::Point origin);
 
 // Photographs the scene's patterns over the background with the scene's camera and exposure. Sets scene.image, and
-// scene.colour if the camera has colours. Leaves out the marks and mirrors the picture if the scene says so.
+// scene.colour if the camera has colours. If scene.marks is Marks::LeftOut, checkerboards are drawn without their
+// marks. If scene.mirrored is true, the picture is mirrored.
 void takePicture(Scene &scene, const cv::Mat &background, Dice &dice);
 
 }  // namespace reader_bench

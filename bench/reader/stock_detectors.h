@@ -1,9 +1,9 @@
 // Runs the chessboard detectors of OpenCV.
 //
 // Unlike the reader, these detectors need the size of the board. Some of them can run for minutes on a board that they
-// do not find. So the function with the parameter `limitSeconds` runs the detector in a process of its own, and the
-// system ends this process when it has used that much processor time. On Windows, both functions run the detector in
-// the caller's process and without a limit. Both functions may be called from any thread.
+// do not find. So the function with the parameter `limitSeconds` runs the detector in a process of its own. The system
+// ends this process after `limitSeconds` seconds of processor time. On Windows, both functions run the detector in the
+// caller's process and without a limit. Both functions may be called from any thread.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -1,7 +1,8 @@
 // Renders photographs of printed targets, as a synthetic camera would take them: with the true perspective, a
-// distorting lens, bent paper and a rolling shutter. Each pixel is the exact average over its area, except at the edges
-// of covers, where it is the average of samples. The known geometry is the truth with which the reader's results are
-// compared. The scene is first rendered under even light. exposure.h then turns the result into a photograph.
+// distorting lens, bent paper and a rolling shutter. Each pixel is the exact average over its area. The only exceptions
+// are pixels at the edge of an object that covers a target (see Cover); their covered share is estimated from samples.
+// The known geometry is the truth with which the reader's results are compared. The scene is first rendered under even
+// light. exposure.h then turns the result into a photograph.
 //
 // In image coordinates, the centre of the top-left pixel is (0, 0), x points to the right, and y points down.
 // Everything random comes from the caller's generator, so a seed determines an image.
@@ -50,7 +51,8 @@ struct PlacedTarget {
 // Returns where the camera sees a point of the target, in image coordinates.
 cv::Point2d projectPoint(const CameraModel &camera, const TargetPose &pose, const cv::Point2d &point);
 
-// Takes the picture over the given background (32-bit float grey levels). The picture has the background's size.
+// Takes a picture of the targets in front of the background (32-bit float grey levels). The picture has the
+// background's size.
 cv::Mat photograph(const cv::Mat &background, const CameraModel &camera, const std::vector<PlacedTarget> &targets,
                    const Exposure &exposure, std::mt19937 &random);
 

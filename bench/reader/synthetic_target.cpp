@@ -123,7 +123,9 @@ bool SyntheticTarget::holds(const Shape &outer, const Shape &inner) {
     return outer.form != Form::Polygon || isInside(middleOf(inner.bounds), outer.polygon);
 }
 
-// A point is dark if it lies within an odd number of shapes. Shapes are either separate or one is inside the other.
+// A point is dark if it lies within an odd number of shapes. Shapes are either separate or one is inside the other. So
+// a shape adds ink (weight 1) if it lies within an even number of other shapes, and takes ink away (weight -1) if that
+// number is odd.
 void SyntheticTarget::weighShapes() {
     for (Shape &shape : shapes) {
         const cv::Point2d middle = middleOf(shape.bounds);

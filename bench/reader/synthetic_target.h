@@ -26,7 +26,8 @@ class SyntheticTarget {
 public:
     explicit SyntheticTarget(const lmlib64::PatternGeometry &geometry, const Print &print = {});
 
-    // The inked share of a quadrilateral smaller than a few pitches, 0 to 1. There is no ink outside the pattern.
+    // Returns the inked share, 0 to 1, of the quadrilateral's area. The quadrilateral must be smaller than a few
+    // pitches. There is no ink outside the pattern.
     double inkShare(const Quad &quad) const;
     // Outer size of the pattern in pitches.
     cv::Size2d size() const { return outerSize; }
@@ -36,8 +37,8 @@ public:
 
 private:
     enum class Form { Rectangle, Circle, Polygon };
-    // A shape that adds ink (weight 1) or takes ink away (weight -1). The shapes that take ink away are the light ones
-    // within dark ones, and the overlaps of dark ones that have spread.
+    // A shape that adds ink (weight 1) or takes ink away (weight -1). A light shape within a dark one takes ink away.
+    // So does the overlap of two dark squares whose edges have moved outwards, because its ink must count only once.
     struct Shape {
         Form form = Form::Rectangle;
         double weight = 1;

@@ -14,7 +14,7 @@ namespace {
 using namespace pattern_reader;
 using namespace reader_bench;
 
-// A square part of the code's plane, turned and slightly blurred.
+// A square part of the position code's plane, turned and slightly blurred.
 struct DrawnBoard {
     int squares;
     double pixels;       // per square
@@ -48,7 +48,8 @@ struct DrawnBoard {
             for (int x = 0; x < side(); x++) {
                 const double dx = x - side() / 2.0;
                 const double dy = y - side() / 2.0;
-                // A pixel is as dark as the paper at its centre. inkShare() needs an area, so it gets a tiny one there.
+                // A pixel is as dark as the target at the pixel's centre p. inkShare() needs an area, so it gets a tiny
+                // square at p.
                 const cv::Point2d p(u * dx + v * dy + middle(), u * dy - v * dx + middle());
                 const double tiny = 1e-4 / pixels;
                 const double ink = target.inkShare(

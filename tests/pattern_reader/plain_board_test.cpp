@@ -98,7 +98,8 @@ TEST(PlainBoard, readsNoBoardOfAnotherSizeOrWithoutItsLastColumns) {
     }
     // The right edge of the picture cuts off the last two columns of corners.
     EXPECT_TRUE(readBoards(drawing.colRange(0, drawing.cols - 3 * int(square)), {9, 6}).empty());
-    // If a hand covers the middle of one side, some corners of every line are still seen, so the board is read.
+    // If a hand covers the middle of one side, some corners of every row and of every column are still seen, so the
+    // board is read.
     cv::Mat covered = drawing.clone();
     covered(cv::Rect(0, int(3.2 * square), int(3.4 * square), int(2.2 * square))) = 140;
     const auto readings = readBoards(covered, {9, 6});

@@ -118,7 +118,7 @@ TEST(PlateReading, measuresMarksExactlyAndSaysHowExactly) {
         EXPECT_LT(std::sqrt(sum / clear), view.greatestRms) << view.name;
         count += clear;
     }
-    // If sigma is right, the mean of the squared errors in units of sigma is 1.
+    // If sigma is right, the mean of (error along one axis / sigma)² is 1.
     EXPECT_GT(squares / count, 0.6);
     EXPECT_LT(squares / count, 1.6);
 }
@@ -132,8 +132,8 @@ TEST(PlateReading, refusesGridsWithoutATriangle) {
     }
 }
 
-// Dots that cannot be seen must not count as absent. Otherwise the plate would be refused because its information block
-// would seem to be wrong.
+// The dots between a plate's marks carry its information block. Dots that cannot be seen must not count as absent.
+// Otherwise the block would seem to be wrong, and the plate would be refused.
 TEST(PlateReading, readsPlatesWithDotsThatCannotBeSeen) {
     constexpr unsigned bleached = 14036;
     constexpr unsigned bandInFront = 5404;

@@ -156,7 +156,7 @@ void expectValues(const std::optional<PatternValues> &actual, const std::optiona
     }
 }
 
-// Expects the right corners in millimetres, both from the printed file and from the grid spacing alone.
+// Expects the correct coordinates of the corners in millimetres, both from the PDF and from the grid spacing alone.
 void expectMillimetres(const PrintedPattern &asked, const PatternReading &reading, const std::string &pdf) {
     const auto fromFile = pattern_reader::objectPoints(reading, pattern_reader::loadPrintedPatterns(pdf));
     ASSERT_TRUE(fromFile);

@@ -243,7 +243,7 @@ TEST(ReaderInput, survivesCutAndDamagedFilesOfEveryFormat) {
         for (int i = 0; i < 60; i++) {
             std::string damaged = content;
             // Half of the files are damaged only in their first 200 bytes, which contain the size and the format of the
-            // picture.
+            // picture. In a TIFF file, they contain the position of the directory, which has the size and the format.
             const size_t range = i % 2 == 0 ? std::min<size_t>(200, content.size()) : content.size();
             for (int k = 0; k < 3; k++) {
                 damaged[random() % range] = char(random() & 0xFF);
