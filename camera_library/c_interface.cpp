@@ -211,8 +211,8 @@ const char *lmLibGetName(int32_t *result, const char *path) {
         for (const lmlib64::PathPart &part : parsed) {
             name = part.name;
         }
-        // `path` may point to the text that this thread was given last. That text is therefore replaced only after
-        // `path` has been read.
+        // `path` may point to the text in returnedText(), which the library last returned to this thread. So this text
+        // is replaced only after `path` has been read.
         std::string &returned = returnedText();
         returned = std::move(name);
         text = returned.c_str();

@@ -42,10 +42,11 @@
 // A slot is a child of /Execute, usually made with lmLibMakeUniqueItem. Write the parameters below the slot's
 // "Parameters", then write the command's name as a string to its "Command". This copies the parameters for the command
 // and removes an earlier "Result". When the command has finished, "Result" holds its result, and "Command" becomes
-// null. Wait for that with lmLibWaitForType. If a command fails or does not exist, "Result" has "ErrorSymbol",
-// "ErrorText" and the command's name in "Execute"/"Command". Until the command has finished, writing or erasing
-// "Command" gives LmLibResultCommandRunning. If the slot is erased or replaced before that, the library discards the
-// command's result. If /Execute is an array, its elements are not slots.
+// null. Wait for that with lmLibWaitForType. If a command fails or does not exist, "Result" has the children
+// "ErrorSymbol", "ErrorText" and "Execute"; the "Command" below this "Execute" holds the command's name. Until the
+// command has finished, writing or erasing the slot's "Command" gives LmLibResultCommandRunning. If the slot is erased
+// or replaced before that, the library discards the command's result. If /Execute is an array, its elements are not
+// slots.
 #ifndef CAMERA_LIBRARY_LMLIB64_H
 #define CAMERA_LIBRARY_LMLIB64_H
 

@@ -274,7 +274,7 @@ struct SafeFiles::Replacement {
     std::unique_ptr<OldFile> oldFile;  // null if there is none, if it cannot be kept, or if nothing has to be undone
 
     // Brings back what was there before the renaming: the old file, or no file. If the old file could not be kept, the
-    // new one stays. If bringing it back fails, nothing more can be done.
+    // new file stays. The new file also stays if this function fails, because nothing more can be done then.
     void undo() const noexcept {
         if (oldFile) {
             oldFile->restore(target);

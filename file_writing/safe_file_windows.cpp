@@ -163,8 +163,9 @@ bool isGone(ProcessNumber number) {
     return WaitForSingleObject(process.get(), 0) == WAIT_OBJECT_0;
 }
 
-// True if the file was written so long ago that no process can still be about to rename it. The number of the process
-// is not enough: in a shared folder, the process may run on another computer, where its number cannot be checked.
+// True if the file was written so long ago that no process can still be about to rename it. isGone() alone cannot tell
+// whether a file is abandoned: in a shared folder, the process that wrote the file may run on another computer, and
+// isGone() looks for its number only on this computer.
 bool isOld(const FILETIME &written) {
     constexpr ULONGLONG tenMinutes = 10ULL * 60 * 10'000'000;  // in units of 100 ns
     FILETIME now{};
@@ -315,7 +316,8 @@ void SafeFiles::write(const std::string &fileName, const std::string &bytes) {
 }
 
 void SafeFiles::commit() {
-    // If there is only one file, nothing has to be undone when its renaming fails, so its old file is not kept.
+    // If only one file is written and its renaming fails, there is no earlier renaming to undo. So no hard link to the
+    // old file is needed.
     for (Replacement &replacement : replacements) {
         if (replacements.size() > 1 && replacement.replacesFile) {
             std::random_device random;

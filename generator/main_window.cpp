@@ -52,8 +52,8 @@ void MainWindow::connectInputs() {
         {form.saveBtn, SIGNAL(clicked()), SLOT(savePatterns())},
         {form.calibrateBtn, SIGNAL(clicked()), SLOT(openCalTabCalibration())},
     };
-    // The base class QWidget has a slot update(), too. With a signature, connect() finds MainWindow::update(), because
-    // it searches MainWindow before its base classes.
+    // The base class QWidget has a slot update(), too. When connect() is given a slot as a string, as here, it searches
+    // MainWindow before its base classes. So it finds MainWindow::update().
     for (const auto &connection : connections) {
         connect(connection.sender, connection.signal, this, connection.slot);
     }

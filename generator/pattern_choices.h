@@ -3,7 +3,7 @@
 
 #include <array>
 
-// The values are the indices of the form's pages.
+// The number of a type is the index of its page in the form.
 enum class PatternType { Official = 0, Single = 1, Flexible = 2, Assembly = 3, Halcon = 4 };
 
 // The choices in millimetres, in the order of the items of the form's lists. The index of the selected item is the

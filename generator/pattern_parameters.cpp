@@ -129,7 +129,7 @@ void MainWindow::writeAssemblyPattern(const TreeItem &patternItem, std::int32_t 
 }
 
 void MainWindow::writeHalconPattern(const TreeItem &patternItem) const {
-    // The pattern intentionally has no "Type", because the command's default type is this plate.
+    // "Type" is intentionally not written. Without it, the command makes a Halcon-style plate.
     patternItem["GridSpacing"] = form.halconGridSpacing->value();
     if (form.halconEncodeNothing->isChecked()) {
         patternItem["Encoding"] = false;

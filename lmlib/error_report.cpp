@@ -35,7 +35,7 @@ void writeCommandFailure(std::ostream &text, const LmLibException &exception) {
         text << ": ";
         text << exception.errorText();
     } catch (...) {
-        // The message contains only what could be read before the failure.
+        // If one of these texts cannot be read, the message has only the parts before it.
     }
 }
 

@@ -38,9 +38,10 @@ public:
     // exception shares the ownership of this slot.
     void checkResult(std::int32_t code) const;
 
-    // Queries the type of the node "Command", up to twice. True if the command has ended or was never started, or if
-    // the first query fails; false if only the second query fails. The result code of the last query goes to
-    // `resultOut`, which may be null. If the node does not exist, this code is 0.
+    // True if the command has ended or was never started. Queries the type of the node "Command". If the node exists,
+    // queries its type once more. If the first query fails, the command counts as finished. If the second query fails,
+    // the command counts as not finished. The result code of the last query goes to `resultOut`, which may be null. If
+    // the node does not exist, this code is 0.
     bool finished(std::int32_t *resultOut = nullptr) const;
     // Queries the type of the node "ErrorSymbol" of the result. True if the node does not exist, or if the query fails.
     // The result code of the query goes to `resultOut`, which may be null. If the node does not exist, this code is 0.

@@ -131,7 +131,8 @@ void addOptions(CommandLine &line, Arguments &arguments) {
     addKinds(line, arguments);
     line.addFlag("--list", arguments.listsPlates, "Lists the official plates");
     line.add("--json", arguments.parameterFile,
-             "Draws what the library's parameters in this JSON file describe; - stands for standard input")
+             "Draws the patterns that this JSON file describes with the library's parameters; - stands for standard "
+             "input")
         .typeName("FILE");
     line.add("--from", arguments.patternFile,
              "Draws the patterns of this pattern file again (a .json file that draw_pattern or LmCalTab wrote)")
@@ -153,7 +154,8 @@ bool draw(const Arguments &arguments) {
     const int asked = (arguments.hasKind ? 1 : 0) + (arguments.listsPlates ? 1 : 0) +
                       (arguments.parameterFile.empty() ? 0 : 1) + (arguments.patternFile.empty() ? 0 : 1);
     if (asked != 1) {
-        throw shell::WrongCall("give one of official, custom, flexible, assembly, halcon, --json, --from and --list");
+        throw shell::WrongCall(
+            "give exactly one of official, custom, flexible, assembly, halcon, --json, --from or --list");
     }
     if (arguments.hasKind) {
         shell::drawChoice(arguments.choice, arguments.outputs);

@@ -6,13 +6,13 @@
 namespace shell {
 
 // Writes the text to standard error in one piece. Programs use this function instead of std::cerr, because
-// prepareStandardStreams silences std::cerr on Windows. There, the log of Ceres Solver would write every step of a
-// solve to std::cerr.
+// prepareStandardStreams silences std::cerr on Windows. Otherwise, the log of Ceres Solver would write every step of a
+// solve to std::cerr there.
 void writeError(const std::string &text);
 
-// After this call, lines end with a line feed alone, and a terminal shows the output as text in the local 8-bit
-// encoding until the program ends. Call it once, before anything is read or written. On POSIX systems, where all of
-// this always holds, it does nothing.
+// Call this function once, before anything is read or written. After the call, lines end with a line feed alone, and a
+// terminal shows the output as text in the local 8-bit encoding until the program ends. On POSIX systems, both are
+// always the case, so the function does nothing.
 void prepareStandardStreams();
 
 }  // namespace shell

@@ -28,8 +28,9 @@ public:
 
     // Shows the text next to the position. The rectangle, in the widget's coordinates, is the area that the tip is
     // about. After the mouse has left this area, the tip closes within 10 s. A null rectangle sets no such area. An
-    // empty text closes a visible tip after 200 ms. If a tip already shows this text for this widget, and its rectangle
-    // is null or contains the position, it stays unchanged: even its display time does not start again.
+    // empty text closes a visible tip after 200 ms. If a tip already shows this text for this widget, and the rectangle
+    // of that tip is null or contains the position, the tip stays unchanged: even its display time does not start
+    // again.
     static void showText(const QPoint &position, const QString &text, QWidget *widget, const QRect &rect);
 
     // Closes a visible tip after 200 ms.

@@ -75,7 +75,7 @@ ToolTipEntry *VistrelToolTipHelper::findEntry(const QObject *object) {
 }
 
 void VistrelToolTipHelper::showToolTip(QObject *object, const QPoint &globalPosition) {
-    // Objects that are not widgets can also receive tool-tip events. They have no text.
+    // Objects that are not widgets can also receive tool-tip events. They have a text only if it is registered.
     auto *widget = qobject_cast<QWidget *>(object);
     QString text = widget != nullptr ? widget->toolTip() : QString();
     if (const ToolTipEntry *entry = findEntry(object)) {
@@ -85,7 +85,8 @@ void VistrelToolTipHelper::showToolTip(QObject *object, const QPoint &globalPosi
     if (text.isEmpty() && (object->parent() == nullptr || QCustomToolTip::isTipLabel(object))) {
         return;
     }
-    // An empty text, such as that of a child without a tip, closes a visible tip.
+    // For any other object without a tip, such as a widget inside a window, showText() gets an empty text and closes a
+    // visible tip.
     if (enabled) {
         QCustomToolTip::showText(globalPosition, text, widget, QRect());
     }

@@ -5,8 +5,8 @@ namespace lmlib64 {
 
 namespace {
 
-// Returns the value of the boolean parameter that asks for this list. An absent parameter counts as false. Throws
-// CommandFailure if the parameter is not a boolean.
+// Returns the value of the boolean parameter named `list`, which asks for a list. An absent parameter counts as false.
+// Throws CommandFailure if the parameter is not a boolean.
 bool isAskedFor(const Node &parameters, std::string_view list) {
     const Node *asked = parameters.find(list);
     if (asked == nullptr) {

@@ -17,8 +17,8 @@
 //                 numbers, 150 to 5080: width and height in mm. If absent, every page has the smallest of the sizes A4
 //                 to A0 that holds the pattern, or a custom size if none does. A pattern that does not fit on the paper
 //                 is refused unless "Sheets" is true
-//   "Sheets"      boolean, default false; true requires "Paper", and splits a pattern that does not fit on it over up
-//                 to 200 numbered sheets. The page before the sheets shows how to put them together
+//   "Sheets"      boolean, default false. If true, "Paper" is required, and a pattern that does not fit on the paper is
+//                 split into at most 200 numbered sheets. The page before the sheets shows how to put them together
 //   "Patterns"    array of 1 to 64 objects
 //
 // At least one of "ImageSize" and "Filename" must be given. A pattern can have these parameters; each type of pattern

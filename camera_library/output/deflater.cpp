@@ -26,7 +26,8 @@ void setInput(z_stream &stream, std::string_view data) {
 Deflater::Deflater(Repetitions repetitions) {
     stream.zalloc = takeMemory;
     stream.zfree = giveBack;
-    constexpr int windowBits = 15;  // deflateInit uses this value and the next one
+    // deflateInit uses the same window bits and the same memory level.
+    constexpr int windowBits = 15;
     constexpr int memoryLevel = 8;
     const int result = deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, windowBits, memoryLevel,
                                     repetitions == Repetitions::Anywhere ? Z_DEFAULT_STRATEGY : Z_RLE);

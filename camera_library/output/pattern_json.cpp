@@ -122,7 +122,7 @@ void writeParameter(JsonWriter &json, PatternParameter parameter, const PatternD
     }
 }
 
-// Writes the parameters from which the command makes the same pattern again.
+// Writes the parameters from which the command "GenerateCalibrationPattern" makes the same pattern again.
 void writeParameters(JsonWriter &json, const PatternDescription &description) {
     json.open('{');
     for (const PatternParameter parameter : description.type->parameters) {

@@ -22,8 +22,7 @@ PageText captionOf(const std::string &text, const PageLayout &layout) {
     return caption;
 }
 
-// Returns the placement that divides all lengths by the print scale and puts the middle of the layout's area on the
-// middle of the paper.
+// Returns the placement that divides all lengths by the print scale and centres the layout's area on the paper.
 Placement placementOf(const PageLayout &layout, std::array<double, 2> printScale) {
     const Point scale{1.0 / printScale[0], 1.0 / printScale[1]};
     return {{(layout.paper.width - layout.area.width * scale.x) / 2.0,

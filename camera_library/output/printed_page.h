@@ -4,7 +4,7 @@
 //
 // A page is laid out in the size of the finished print. When the page is drawn, all lengths are divided by the
 // document's print scale, because the printer multiplies them by that scale. The page's placement does this division
-// and puts the middle of the area that was laid out on the middle of the paper.
+// and centres the layout's area on the paper.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,6 @@
 // The catalogue of the boards that are made and sold ready for use. All are checkerboards with 15 x 15 inner corners;
-// they differ only in grid spacing and thickness. The boards are not drawn here; see pattern_types.h.
+// they differ only in grid spacing and thickness. This file only lists the boards; pattern_types.cpp names the function
+// that draws them.
 #pragma once
 
 #include <cstddef>

@@ -41,9 +41,9 @@ PatternGeometry halconPlate(double gridSpacing, bool polarity, const CodeCells *
     if (gridSpacing <= 0.0) {
         return geometry;
     }
-    // A point is dark if an odd number of shapes contain it. The first shape is the whole plate; the next one makes it
-    // light inside the frame. Another shape of the plate's size would exchange dark and light everywhere, but it would
-    // also cancel the first shape. So if dark and light are exchanged, both of these shapes are left out.
+    // A point is dark if an odd number of shapes contain it. The first shape is the whole plate; the next shape makes
+    // the plate light inside the frame. If `polarity` is false, dark and light are exchanged on the whole plate. A
+    // second shape of the plate's size would do this, but two such shapes cancel each other. So both are left out.
     if (polarity) {
         geometry.rectangles.push_back({0.0, 0.0, outerSize, outerSize});
     }

@@ -57,8 +57,8 @@ struct PatternGeometry {
     double squareSide = 0.0;  // half the grid spacing
     Lattice lattice;
     // A cut into sheets runs between squares or marks: exactly this distance to the right of a column of the lattice,
-    // or below a row of it. It may also run this distance after the place where a column or row before the first would
-    // be.
+    // or below a row of it. Here, the lattice counts as having one more column to the left of the first and one more
+    // row above the first.
     double cutDistance = 0.0;
     std::vector<Rectangle> rectangles;
     std::vector<Circle> circles;

@@ -43,8 +43,8 @@ public:
     const PatternType *end() const;
 };
 
-// Returns the type of a pattern with this "Type"; an empty `typeName` stands for a pattern without "Type". Null if no
-// type matches. The result lives as long as the program.
+// Returns the type of a pattern with this "Type". For a pattern without "Type", `typeName` is std::nullopt. Returns
+// null if no type matches. The result lives as long as the program.
 const PatternType *findPatternType(const std::optional<std::string> &typeName);
 
 bool hasParameter(const PatternType &type, PatternParameter parameter);

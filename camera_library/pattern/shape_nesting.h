@@ -10,7 +10,7 @@ namespace lmlib64 {
 
 // Returns a value for every shape: first the rectangles, then the polygons, then the circles. The value is true if the
 // shape is a hole, that is, if it lies within an odd number of other shapes. The shapes may touch but must not cross.
-// Throws std::bad_alloc. Each shape is compared only with shapes that the horizontal line through its top meets. Apart
+// Throws std::bad_alloc. Each shape S is compared only with shapes whose vertical extent includes the top of S. Apart
 // from sorting the shapes, the time is proportional to the number of these comparisons.
 std::vector<bool> holesOf(const PatternGeometry &geometry);
 

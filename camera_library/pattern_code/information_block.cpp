@@ -15,13 +15,13 @@ constexpr std::uint32_t blockVersion = 1;
 constexpr std::uint32_t offsetConstant = 0xA5C;
 constexpr std::uint32_t assemblyConstant = 0x0B5;
 
-// The greatest numbers of unknown bits with which decoding looks for one wrong byte or two wrong bits, for one wrong
-// bit, and for no wrong bit. If decoding tries n sets of wrong bits and u bits are unknown, it accepts random bits as a
-// block with a probability of at most n / 2^(32 - u). The checks of version, kind and ranges divide this probability by
-// more than 32.
-constexpr int unknownBitsWithWrongByte = 4;
-constexpr int unknownBitsWithWrongBit = 10;
-constexpr int unknownBitsAlone = 16;
+// The more bits are unknown, the fewer wrong bits decoding looks for. Each limit is the greatest number of unknown bits
+// with which it still looks for the wrong bits named beside the limit. If decoding tries n sets of wrong bits and u
+// bits are unknown, it accepts random bits as a block with a probability of at most n / 2^(32 - u). The checks of
+// version, kind and ranges divide this probability by more than 32.
+constexpr int unknownBitsWithWrongByte = 4;  // one wrong byte, or two wrong bits
+constexpr int unknownBitsWithWrongBit = 10;  // one wrong bit
+constexpr int unknownBitsAlone = 16;         // no wrong bit; with more unknown bits, nothing is decoded
 
 constexpr std::uint8_t timesTwo(std::uint8_t value) {
     return static_cast<std::uint8_t>((value << 1) ^ ((value & 0x80) != 0 ? 0x11D : 0));

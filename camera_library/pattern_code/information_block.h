@@ -106,7 +106,7 @@ constexpr BlockCell blockCell(int bit) {
     return {byte % 4 * 2 + bit % 2, byte / 4 * 4 + bit % 8 / 2};
 }
 
-// Returns the square of a tile that carries a bit.
+// Returns the square that carries a bit, as its column and row in a tile.
 constexpr BlockCell blockSquare(int bit) {
     return {blockCell(bit).column * 2, blockCell(bit).row * 2};
 }

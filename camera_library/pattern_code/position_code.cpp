@@ -38,7 +38,7 @@ bool tileBit(int tile, int column, int row) {
 
 OffsetRange offsetRangeForCorners(int count) {
     // `first` is the column or row of the plane at which the pattern begins if the offset is 0. The central corner then
-    // lies on planeOrigin. If its index is i, the squares 0 to i of the pattern lie before the corner.
+    // lies on planeOrigin. The squares 0 to centralCorner(count) of the pattern lie before this corner.
     const int first = planeOrigin - 1 - centralCorner(count);
     return {-first, planeSide - (count + 1) - first};
 }

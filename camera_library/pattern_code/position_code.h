@@ -23,7 +23,7 @@
 
 namespace pattern_code {
 
-// The version of the code. Another version would have other bits.
+// The version of the position code. Another version would have other bits.
 constexpr int patternVersion = 1;
 
 constexpr int planeSide = 272;

@@ -5,9 +5,10 @@
 namespace lmlib64 {
 
 void callAtExit(void (*action)()) {
-    // The library registers its action at its first call. The process runs such actions in the reverse order of their
-    // registration, so everything that was made before the first call still exists when the action runs. If the action
-    // cannot be registered, the process exits without it.
+    // The library registers its action when one of its functions is called for the first time. At exit, registered
+    // actions and the destructors of static objects run in reverse order: what was registered or constructed last comes
+    // first. So static objects that were constructed before the registration still exist when the action runs. If the
+    // action cannot be registered, the process exits without it.
     static_cast<void>(std::atexit(action));
 }
 

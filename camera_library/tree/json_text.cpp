@@ -16,7 +16,8 @@ namespace {
 constexpr std::size_t indentation = 4;
 constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
 
-// Returns the length of the UTF-8 character at the beginning of the text; 0 if there is none.
+// Returns the length of the UTF-8 character at the beginning of the text; 0 if there is none. The text must not be
+// empty.
 std::size_t characterLength(std::string_view text) {
     const auto byte = [text](std::size_t index) {
         return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;

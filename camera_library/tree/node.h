@@ -13,7 +13,8 @@
 
 namespace lmlib64 {
 
-// A block of bytes and its format, which lmLibGetBinaryInfo describes. Copies of a node share one block.
+// A block of bytes and its format. The comment on lmLibGetBinaryInfo explains the format. Copies of a node share one
+// block.
 struct Binary {
     std::int32_t width = 0;
     std::int32_t height = 0;

@@ -72,7 +72,7 @@ TEST_F(LogMessageHandlerTest, writesEachRecordInOnePiece) {
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
     for (const auto &row : rows) {
         const auto writes = writesToStandardError([&] {
-            // The test calls the handler directly, as the toolkit calls it. No logging function sends the unknown type,
+            // The test calls the handler itself, in place of the toolkit. No logging function sends the unknown type,
             // and the logging function for a fatal message would end the test.
             handler(row.type, QMessageLogContext("f.cpp", 7, "g", "default"), QString::fromStdString(row.text));
         });

@@ -1,5 +1,6 @@
-// A client in plain C99. It includes only the library's header, so it compiles only if that header needs no other one
-// before it. It exits without calling lmLibFinalize, as a client may. The exit code is 0 if the library drew a pattern.
+// A client in plain C99. It includes only the library's header, so it compiles only if this header needs no other
+// header before it. The client exits without calling lmLibFinalize, because clients are allowed to do so. The exit code
+// is 0 if the library drew a pattern.
 #include "camera_library/lmlib64.h"
 
 int main(void) {

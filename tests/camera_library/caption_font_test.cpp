@@ -9,7 +9,7 @@ namespace lmlib64 {
 namespace {
 
 TEST(CaptionFont, hasTheCharacterWidthsOfDejaVuSans) {
-    // Characters and their advance widths in thousandths of the font size. The font does not have 0xe9.
+    // Characters and their advance widths in thousandths of the font size. The captions' font lacks 0xe9.
     const std::pair<int, int> advances[]{{' ', 318}, {'!', 401}, {'0', 636},  {'W', 989},  {'i', 278},
                                          {'m', 974}, {'~', 838}, {0xb7, 318}, {0xd7, 838}, {0xe9, 0}};
     for (const auto &[character, advance] : advances) {

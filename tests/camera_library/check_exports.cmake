@@ -1,5 +1,5 @@
-# Fails unless the library exports exactly the functions that the header declares. Also fails unless there are 22 of
-# them: otherwise, nobody would notice if the regular expression below no longer found the declarations.
+# Fails unless the library exports exactly the functions that the header declares. Also fails unless the header declares
+# 22 functions, because the two lists would also be equal if a function were missing from both.
 file(READ "${HEADER}" header)
 string(REGEX MATCHALL "lmLib[A-Z][A-Za-z]*\\(" declared "${header}")
 string(REPLACE "(" "" declared "${declared}")

@@ -1,6 +1,7 @@
 // A client that uses the library in the destructor of a static object. This object is made before the first call into
-// the library, so it is destroyed late: the main thread's thread-local storage is already gone then. The exit code is 0
-// if the library still works.
+// the library. Except on Windows, that call registers an action for the exit. The exit runs such actions and
+// destructors in reverse order, so the object is destroyed after the library's action has run. The main thread's
+// thread_local objects have then been destroyed, too. The exit code is 0 if the library still works.
 #include <cstdlib>
 #include <cstring>
 

@@ -124,8 +124,8 @@ TEST_F(PrintedLayout, captionSaysAllThatThePrintDependsOn) {
 
 constexpr double mmPerInch = 25.4;
 
-// Returns the length in pixels of the dark line that passes through the place along x or y. The line ends at a white
-// pixel on either side.
+// Returns the length, in pixels, of the dark line through `place` that is parallel to the y axis or, if `isAlongY` is
+// false, to the x axis. The line ends at a white pixel on either side.
 double lineLength(const cv::Mat &page, cv::Point2d place, bool isAlongY) {
     const cv::Point step = isAlongY ? cv::Point(0, 1) : cv::Point(1, 0);
     cv::Point at(cvRound(place.x), cvRound(place.y));
@@ -146,7 +146,8 @@ TEST_F(PrintedLayout, drawsCheckBarsOfTheLengthTheySay) {
         double gridSpacing;
         double lengthAlongY;
     };
-    // The second pattern leaves no room for a bar beside it. So its bar along y is below it, too, and is shorter.
+    // The second pattern leaves no room for a bar at its sides. So both bars are below the pattern, and the bar along y
+    // is shorter.
     for (const Case &test : {Case{R"({"Type": "SingleCustom", "GridSpacing": 12.5})", 12.5, 100.0},
                              Case{R"({"Type": "SingleCustom", "GridSpacing": 22})", 22.0, 30.0}}) {
         savePdf(test.pattern);

@@ -39,7 +39,8 @@ protected:
     bool isPlate() const { return first()["Kind"] == "RoundMarks"; }
 
     // Returns the printed picture around a place on an A4 page. `place` is in millimetres from the page's middle. In
-    // the picture, the place is at most half a pixel away from the middle; `shift` is set to this distance in pixels.
+    // the picture, the place is at most half a pixel away from the middle, in x and in y. `shift` is set to the vector
+    // from the middle to the place, in pixels.
     cv::Mat renderAround(cv::Point2d place, double pixelsPerMm, cv::Size size, cv::Point2d *shift = nullptr) const {
         const cv::Point2d corner = (middleOfA4 + place) * pixelsPerMm - cv::Point2d(size.width, size.height) / 2;
         const cv::Point pixel(cvRound(corner.x), cvRound(corner.y));
@@ -171,7 +172,7 @@ TEST_F(PatternOutput, drawsTheCellsThatTheDescriptionLists) {
     }
 }
 
-TEST_F(PatternOutput, drawsAPlateInTheProportionsOfItsGridSpacing) {
+TEST_F(PatternOutput, drawsAPlateInProportionToItsGridSpacing) {
     struct Place {
         double x, y;  // in grid spacings
         bool isDark;

@@ -1,5 +1,5 @@
-// Compares the pictures of the preview's two rasterisers with exact areas, and with Cairo's pictures of the same
-// shapes. Also compares small previews with large previews of the same pattern.
+// Checks the pictures of the preview's two rasterisers against grey levels that follow from exact areas, and against
+// Cairo's pictures of the same shapes. Also compares small previews with large previews of the same pattern.
 #include <cairo.h>
 #include <gtest/gtest.h>
 
@@ -102,10 +102,10 @@ TEST(Raster, takesOutlinesOfEveryShapeAndDirection) {
         {"no area", {{{0, 0}, {512, 0}}, {{9, 9}}, {}}, {255, 255, 255, 255}},
         {"diagonal half", {{{0, 0}, {512, 512}, {0, 512}}}, {127, 255, 0, 127}},
         {"diagonal half, opposite direction", {{{0, 512}, {512, 512}, {0, 0}}}, {127, 255, 0, 127}},
-        {"hole in the same pixel",
+        {"edges of an outline and of its hole in the same pixel",
          {{{64, 0}, {512, 0}, {512, 512}, {64, 512}}, {{128, 0}, {128, 512}, {512, 512}, {512, 0}}},
          {191, 255, 191, 255}},
-        {"outline twice around itself",
+        {"outline that runs around the same square twice",
          {{{0, 0}, {512, 0}, {512, 512}, {0, 512}, {0, 0}, {512, 0}, {512, 512}, {0, 512}}},
          {255, 255, 255, 255}},
     };

@@ -1,6 +1,7 @@
-// Lets each allocation of the library fail, once by itself and once together with all later ones. After each failure,
-// any error must be reported with the right result code or "ErrorSymbol". A step or command that fails must leave the
-// tree or the file unchanged. No memory may leak, and the library must still work.
+// Lets each allocation of the library fail, once by itself and once together with all later ones. If a call of the
+// library then fails, its result code must be right, and the tree must be unchanged. If a command fails, its
+// "ErrorSymbol" must be right, and the file that it would replace must be unchanged. No memory may leak, and the
+// library must still work.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -18,8 +19,8 @@ using failing_allocation::Failing;
 using failing_allocation::Pause;
 
 // Repeats a session and lets its n-th allocation fail, for n from 1 to the number of its allocations. A session calls
-// the library and returns a description of all faults, or an empty string. Outside the library, the session may
-// allocate only during a Pause.
+// the library and returns a description of everything that the library did wrong, or an empty string. Outside the
+// library, the session may allocate only during a Pause.
 template <typename Session>
 void sweep(Failing failing, Session session) {
     EXPECT_EQ(session(), "");
@@ -120,7 +121,7 @@ bool playCommand(const Command &command, std::string &complaint) {
         complaint += started == LmLibResultInternalError && isAbsent ? "" : "code " + std::to_string(started);
         return false;
     }
-    lmLibWaitForType(nullptr, "/Execute/Slot/Command", LmLibTypeNull, 1);  // the other wait may have failed
+    lmLibWaitForType(nullptr, "/Execute/Slot/Command", LmLibTypeNull, 1);  // the first wait may have failed
     const std::string result = jsonOf("/Execute/Slot/Result");
     if (result.find("ErrorSymbol") == std::string::npos) {
         return true;

@@ -60,8 +60,8 @@ struct SeenAction {
 
 struct SeenSession {
     std::vector<SeenAction> actions;  // the last action goes to another page
-    // The path and the code of an exception that escaped. The exception itself is not kept, because it would keep its
-    // command's slot.
+    // The path and the code of an exception that escaped. The exception itself is not stored: as long as it exists, the
+    // slot of the failed command is not erased.
     std::optional<std::pair<std::string, int>> escaped;
     std::vector<Call> calls;
     bool isSlotLeft = false;
@@ -161,7 +161,8 @@ private:
     std::unique_ptr<VistrelToolTipHelper> helper;
 };
 
-// True if the failure need not be reported, because the program does without the call or only loses detail in a report.
+// True if the failure need not be reported. Either the program can do without the call, or only a detail is missing in
+// the report of another failure.
 bool mayBeSilent(const Call &call) {
     const QString path = QString::fromStdString(call.path);
     return !call.hasResult || call.function == "lmLibErase" || call.function == "lmLibGetJson" ||

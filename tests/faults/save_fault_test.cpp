@@ -30,7 +30,7 @@ std::function<void()> beforeFailure = [] {};
 
 }  // namespace
 
-// The linker's option --wrap defines these names.
+// The linker's option --wrap requires these names.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" int __real_rename(const char *from, const char *to);
 extern "C" int __wrap_rename(const char *from, const char *to) {

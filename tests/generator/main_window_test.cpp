@@ -87,7 +87,8 @@ TEST_F(MainWindowTest, updatesOnceForEachSignalOfAnInputAndNeverForADerivedValue
             const MainWindow window;
             scripted_lmlib64::clearCalls();
             driven_window::setInput(window, name, row.value);
-            // Here the only integer that an update writes is "ImageSize".
+            // No pattern that this test draws has an integer parameter. So the only integer that an update writes is
+            // "ImageSize".
             EXPECT_EQ(recorded_calls::count("lmLibSetInt /Execute"), row.updates) << name;
             EXPECT_EQ(recorded_calls::count("lmLibMakeUniqueItem"), row.updates) << name;
         }

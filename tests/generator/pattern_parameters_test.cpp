@@ -1,4 +1,5 @@
-// Tests how the form's values determine the displays and the library calls of one update.
+// Tests how the inputs of the form determine two things: the values that the form computes and displays, and the
+// library calls of one update.
 #include <gtest/gtest.h>
 
 #include "generator/main_window.h"
@@ -93,7 +94,7 @@ TEST_F(PatternParametersTest, writesThePattern) {
         scripted_lmlib64::loadDefaultScript();
         MainWindow window;
         set(window, row.inputs);
-        // Slots are numbered in sequence: the catalogue took one, and every update so far took one.
+        // Slots are numbered in sequence. Reading the plate catalogue took one slot, and so did every update so far.
         const int slot = recorded_calls::count("lmLibMakeUniqueItem") + 1;
         scripted_lmlib64::clearCalls();
         window.update();

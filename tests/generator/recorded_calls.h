@@ -1,4 +1,5 @@
-// Reads the calls that the scripted library recorded, and lists the calls that a test expects from an update.
+// Reads the calls that the scripted library recorded, and lists the calls that a test expects from
+// MainWindow::update().
 #pragma once
 
 #include <QRegularExpression>
@@ -38,8 +39,8 @@ inline QStringList runCalls(const QString &command) {
             "lmLibGetType $/Result/ErrorSymbol"};
 }
 
-// Returns all calls of one update; `patternWrites` are its calls that write the pattern. The update is expected to read
-// the picture of the default script, which has 4 x 4 pixels.
+// Returns all calls that one MainWindow::update() makes. `patternWrites` are those of them that write the pattern. The
+// update is expected to read the picture of the default script, which has 4 x 4 pixels.
 inline QStringList updateCalls(int slot, const QStringList &patternWrites) {
     return inSlot(slot,
                   QStringList{"lmLibMakeUniqueItem /Execute", "lmLibSetBool $/Parameters/Encoding true",

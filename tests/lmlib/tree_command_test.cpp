@@ -142,7 +142,7 @@ TEST_F(TreeCommandTest, tellsWhetherItHasFinishedAndSucceeded) {
         const char *name;
         std::function<void()> script;
         bool finished, successful;
-        std::int32_t code;          // reported by a query that fails; 0 if none does
+        std::int32_t code;          // reported by finished or by successful; 0 if both report 0
         std::int32_t assertedCode;  // thrown by assertSuccessful; 0 if it throws nothing
     } rows[] = {
         {"ended", [] {}, true, true, 0, 0},
@@ -170,7 +170,7 @@ TEST_F(TreeCommandTest, tellsWhetherItHasFinishedAndSucceeded) {
         std::int32_t successCode = -1;
         EXPECT_EQ(command.successful(&successCode), row.successful);
         EXPECT_EQ(finishedCode + successCode, row.code)
-            << "the sum is the code of the query that fails; the other code is 0";
+            << "the sum of the codes that finished and successful report; at most one of them is not 0";
         EXPECT_EQ(thrownBy([&] { command.assertSuccessful(); }), row.assertedCode);
     }
 }

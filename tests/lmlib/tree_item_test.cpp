@@ -128,7 +128,7 @@ TEST_F(TreeItemTest, tellsTheTypesApart) {
     }
 }
 
-TEST_F(TreeItemTest, saysThatAnAbsentNodeDoesNotExistWithoutLoggingAnError) {
+TEST_F(TreeItemTest, logsNoErrorWhenAskedWhetherANodeExists) {
     EXPECT_FALSE(TreeItem("/absent").exists());
     EXPECT_TRUE(TreeItem("/A")["nothing"].exists());
     scripted_lmlib64::setResult("lmLibGetType", "/A", LmLibResultOperationSucceeded);

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Tests the command line of draw_pattern: the library's parameters, the files, the messages and the exit codes.
 #   draw_pattern_test.sh DRAW_PATTERN VERB
-# If a folder is given as a file, the message must end with "it cannot be VERB". VERB is "opened" on Windows
-# and "read" elsewhere.
+# If a folder is given where a file is needed, the message must end with "it cannot be VERB". VERB is "opened" on
+# Windows and "read" elsewhere.
 set -euo pipefail
 draw_pattern=$1 verb=$2
 folder=$(mktemp -d)
@@ -89,8 +89,8 @@ while IFS='|' read -r arguments text; do
   says err "draw_pattern: ${text/VERB/$verb}"
   [ ! -e no.pdf ] || fail "$arguments wrote a file"
 done <<'ROWS'
-|give one of official, custom,
---list --from first.json -o no.pdf|give one of
+|give exactly one of official, custom,
+--list --from first.json -o no.pdf|give exactly one of
 --from first.json|no file to write
 flexible --grid-spacing 5 -o no.pdf|--size is required
 flexible --size 15 --grid-spacing 5 -o no.pdf|--size: "15" is not of the form CxR

@@ -40,7 +40,8 @@ TEST_F(ManualPlaceholderTest, givesTheFolderInUtf8IfItHasAnIndexPage) {
     // Separators and blanks stay as they are.
     EXPECT_EQ(manualIn("a manual//of mine/"), place + "a manual//of mine/");
     EXPECT_EQ(manualIn("B\xC3\xBC"), place + "B\xC3\xBC");
-    EXPECT_EQ(manualIn(encoding.euroByte), place + encoding.euro().toStdString()) << "from the local encoding";
+    EXPECT_EQ(manualIn(encoding.euroByte), place + encoding.euro().toStdString())
+        << "the folder is not converted from the local encoding to UTF-8";
 }
 
 TEST_F(ManualPlaceholderTest, fallsBackToTheOnlineManual) {

@@ -94,7 +94,8 @@ TEST_F(SavePatternsTest, writesEveryPatternOfAnAssemblyAndOneOfAnyOtherType) {
                  << "lmLibSetBool " + item + "Polarity true";
     }
     expected << recorded_calls::runCalls("GenerateCalibrationPattern") << "lmLibErase $";
-    // Earlier commands of the window used the slots 1 to 4. When savePage(1) changes the page, this uses slot 6.
+    // Earlier commands of the window used the slots 1 to 4, so the first save uses slot 5. The page change in
+    // savePage(1) uses slot 6, so the second save uses slot 7.
     EXPECT_EQ(recorded_calls::all(), recorded_calls::inSlot(5, expected));
     savePage(1);
     EXPECT_EQ(recorded_calls::all().filter("/Type "),

@@ -59,8 +59,8 @@ TEST(LibraryImage, isRefusedIfTheFormatDoesNotFitTheBytes) {
     const struct {
         const char *name;
         int width, height, channels;
-    } rows[] = {{"one too few", 5, 1, 1},
-                {"one too many", 3, 1, 1},
+    } rows[] = {{"one byte too few", 5, 1, 1},
+                {"one byte too many", 3, 1, 1},
                 {"channels missing", 4, 1, 3},
                 {"no width", 0, 4, 1},
                 {"no channel", 2, 2, 0},

@@ -31,9 +31,12 @@ QString describedBox(const Box &box) {
     return box.objectName() + range + (box.singleStep() == 1 ? QString() : QString(" by %1").arg(box.singleStep()));
 }
 
-// Describes a label by its text in quotation marks, with "wrapped" or "right" if the text is wrapped or right-aligned;
-// a button by its name, "on" if it is checked or "-" if it is not, and its text; a spin box by its name, value, range
-// and step; and any other widget by its name. Adds "off" if the widget is disabled.
+// Describes a widget in one line of text:
+// - A label: its text in quotation marks, then "wrapped" if the text is wrapped, then "right" if it is right-aligned.
+// - A button: its name, then "on" if it is checked or "-" if it is not, then its text in quotation marks.
+// - A spin box: its name, value and range, then its step unless the step is 1.
+// - Any other widget: its name.
+// If the widget is disabled, "off" is added at the end.
 QString described(const QWidget *widget) {
     QString text = widget->objectName();
     if (const auto *label = qobject_cast<const QLabel *>(widget)) {
@@ -146,7 +149,8 @@ TEST_F(MainWindowFormTest, hasItsSizesFontsAndColours) {
     EXPECT_EQ(window.objectName(), "other");
 }
 
-// Translates every text by putting it in brackets, so that a text that is not translated stands out.
+// Translates every text of the main window's form by putting it in brackets, so that a text that is not translated
+// stands out.
 class BracketTranslator : public QTranslator {
 public:
     QString translate(const char *context, const char *sourceText, const char *disambiguation, int n) const override {
@@ -176,8 +180,8 @@ TEST_F(MainWindowFormTest, retranslatingChangesEveryTextAndNothingElse) {
         }
     }
     texts.removeAll(QString());
-    // The terms are the numbers of titles, tabs, labels, tool tips, suffixes, push buttons plus check boxes, and radio
-    // buttons, in this order.
+    // The numbers in the sum below count, in this order: titles, tabs, labels, tool tips, suffixes, push buttons and
+    // check boxes together, radio buttons.
     EXPECT_EQ(texts.size(), 2 + 5 + 23 + 8 + 10 + 5 + 3);
     for (const auto &text : texts) {
         EXPECT_TRUE(text.startsWith('[') && text.endsWith(']')) << text.toStdString();

@@ -125,8 +125,9 @@ TEST(InformationBlock, neverReadsAWrongValueFromADamagedBlock) {
 }
 
 TEST(InformationBlock, isReadFromRandomBitsLessThanOnceInAMillion) {
-    // The more bits are unknown, the fewer kinds of error decodeBlock repairs: the limits are 4, 10 and 16 unknown
-    // bits. Exactly at a limit, it is most likely to mistake random bits for a block. If one try in a million
+    // decodeBlock fills in up to 16 unknown bits. If at most 10 bits are unknown, it also repairs one wrong bit. If at
+    // most 4 bits are unknown, it also repairs one wrong byte or two wrong bits. Exactly at these limits of 4, 10 and
+    // 16 unknown bits, decodeBlock is most likely to mistake random bits for a block. If one try in a million
     // succeeded, 100,000 tries would give 0.1 successes on average.
     std::mt19937_64 random(5);
     constexpr int tries = 100000;

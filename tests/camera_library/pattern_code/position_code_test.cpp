@@ -22,8 +22,9 @@ void addRow(std::uint64_t &hash, int squares, const Bit &bit) {
     }
 }
 
-// Printed patterns cannot be changed, so the bits must not change either. Every run of tools/generate_position_code
-// makes these bits. This tool accepts only bits that keep the distances guaranteed in docs/pattern-code.md.
+// Printed patterns cannot be changed, so the bits must not change either. The program tools/generate_position_code
+// makes exactly these bits in every run. The bits keep the distances between windows that docs/pattern-code.md
+// guarantees.
 TEST(PositionCode, isThatOfVersionOne) {
     EXPECT_EQ(patternVersion, 1);
     std::uint64_t hash = 0xcbf29ce484222325U;
