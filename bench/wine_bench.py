@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Compares, under wine, the start of LmCalTab with that of an empty window: wine_bench.py WINE_RUN FOLDER
 
-WINE_RUN is the command that runs a Windows program under wine. FOLDER has start_probe.exe, which is LmCalTab, and
-empty_window.exe. Both exit after their window has been painted for the first time. They run in turn, and each round
-gives one ratio of their processor times and one of their elapsed times. Needs a desktop.
+WINE_RUN is the command that runs a Windows program under wine. FOLDER has empty_window.exe and start_probe.exe. The
+latter is LmCalTab linked with first_paint, with main.cpp instead of windows_main.cpp. Both exit after their window has
+been painted for the first time. They run in turn, and each round gives one ratio of their processor times and one of
+their elapsed times. Needs a desktop.
 """
 import os
 import statistics

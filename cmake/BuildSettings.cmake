@@ -63,8 +63,8 @@ if(LMCALTAB_SANITIZE)
 endif()
 
 # A sanitized build makes only those benchmarks that its tests run. It does not make the Python package, because an
-# interpreter without sanitizers cannot load it. For the source files that are left out in this way, clang-tidy reports
-# the warnings of clang.
+# interpreter without sanitizers cannot load it. The only build of .ci/run with clang++ is a sanitized one, so
+# clang++ never compiles the source files that are left out here. For these files, clang-tidy reports clang's warnings.
 if(LMCALTAB_SANITIZE)
   set(LMCALTAB_NOT_IF_SANITIZED EXCLUDE_FROM_ALL)
 endif()

@@ -12,9 +12,9 @@ endfunction()
 #   DESCRIPTION        one line
 #   HEADERS            the public headers
 #   HEADER_DIRECTORY   the folder below include/ in which they are installed
-#   DEPENDENCIES       find_dependency() lines for the CMake package, which find the libraries whose headers the public
-#                      headers include
-#   REQUIRES           the pkg-config modules of these libraries
+#   DEPENDENCIES       find_dependency() lines for the CMake package. They find the other libraries that the public
+#                      headers depend on
+#   REQUIRES           the pkg-config modules of these other libraries
 function(lmcaltab_install_library target)
   cmake_parse_arguments(PARSE_ARGV 1 library "" "DESCRIPTION;HEADER_DIRECTORY;REQUIRES" "HEADERS;DEPENDENCIES")
   add_library(${target}::${target} ALIAS ${target})

@@ -48,7 +48,8 @@ set(CPACK_INSTALL_CMAKE_PROJECTS "")
 foreach(component IN ITEMS programs LmLib64 LmLib64Development)
   list(APPEND CPACK_INSTALL_CMAKE_PROJECTS ${PROJECT_BINARY_DIR} LmCalTab ${component} /)
 endforeach()
-# This folder has our NSIS.template.in. CMake takes it instead of its own, whose installer asks for an administrator.
+# This folder contains our NSIS.template.in. CPack uses our template instead of the one that comes with CMake. An
+# installer made from CMake's template would ask for administrator rights.
 set(CPACK_MODULE_PATH ${PROJECT_SOURCE_DIR}/packaging/windows)
 set(CPACK_LMCALTAB_ICON ${PROJECT_SOURCE_DIR}/packaging/windows/lmcaltab.ico)
 set(CPACK_LMCALTAB_HAS_VIEWER 0)

@@ -26,11 +26,11 @@ public:
     void line(QPointF from, QPointF to);
     void arrow(QPointF from, QPointF to);
 
-    // Adds a dimension line at height y from x1 to x2. Its extension lines begin at height `from`. The label is on the
-    // side of the dimension line that is away from `from`.
+    // Adds a dimension line at height y from x1 to x2. Its extension lines begin at height `from`. The label and
+    // the height `from` are on opposite sides of the dimension line.
     void dimensionAlongX(double x1, double x2, double y, double from, const QString &text);
-    // Adds a dimension line at x from y1 to y2. Its extension lines begin at x = `from`. The label is on the side of
-    // the dimension line that is away from `from`.
+    // Adds a dimension line at x from y1 to y2. Its extension lines begin at x = `from`. The label and the position
+    // x = `from` are on opposite sides of the dimension line.
     void dimensionAlongY(double y1, double y2, double x, double from, const QString &text);
 
     // Everything drawn until end() is turned clockwise around the centre.

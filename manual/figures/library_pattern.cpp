@@ -29,8 +29,9 @@ QPointF pairOf(const QJsonValue &value) {
     return {pair[0].toDouble(), pair[1].toDouble()};
 }
 
-// In the file, the parameter `Offset` is the position of the pattern's reference point. This determines the origin. In
-// `pattern.points`, positions are relative to the top-left corner of the pattern without its quiet zone.
+// In the file, the origin of positions follows from the parameter `Offset`, which is the position of the pattern's
+// reference point. In `pattern.points`, positions are relative to the top-left corner of the pattern without its quiet
+// zone.
 void readDimensions(const QJsonObject &file, LibraryPattern &pattern) {
     const QPointF outerSize = pairOf(file["OuterSize"]);
     pattern.outerSize = QSizeF(outerSize.x(), outerSize.y());

@@ -2,9 +2,11 @@
 # script ../../windows loads this file.
 #
 # build_NAME builds one library in the current folder and installs it to $prefix. The function is run again after an
-# interruption, so each of its steps must either continue or find that it has nothing to do. The library is built anew,
-# in folders of its own, if the text of its function, its version, the tool chain file or a library that it needs
-# changes.
+# interruption, so each of its steps must either continue or find that it has nothing to do.
+#
+# A library is built anew, in new folders, if one of these changes: the text of its function, its version, its
+# CMakeLists.txt in $own_projects, the tool chain file (except for Qt, which does not use it), or a library that it
+# needs.
 
 target=x86_64-w64-mingw32
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/lmcaltab-windows
@@ -132,8 +134,8 @@ build_ceres() {
     -DUSE_CUDA=OFF
 }
 
-# Debian's source has no headers for graphics tablets. Only the "qmake_all" of src/ is made, because the "qmake_all"
-# of the top folder also enters tests/ and fails there.
+# Debian's source has no headers for graphics tablets, so tablet support is turned off. Only the "qmake_all" of
+# src/ is made, because the "qmake_all" of the top folder also enters tests/ and fails there.
 build_qt() {
   [ -e .configured ] || MAKEFLAGS=-j$jobs "$sources/configure" -opensource -confirm-license \
     -xplatform win32-g++ -device-option CROSS_COMPILE=$target- \

@@ -47,11 +47,11 @@ public:
     void moveMouse(QPoint position) const;
     void click() const;
 
-    // The program's visible windows except the main window.
+    // The ids of the program's visible windows except the main window.
     QStringList otherWindows() const;
-    // waitForOtherWindow waits until a window other than the main window is visible. It returns that window, or an
-    // empty text if none appears in time. waitForNoOtherWindow waits until no other window is visible. It returns false
-    // if one is still visible at the end.
+    // waitForOtherWindow waits until a window other than the main window is visible. It returns the id of that window,
+    // or an empty text if none appears in time. waitForNoOtherWindow waits until no other window is visible. It returns
+    // false if one is still visible at the end.
     QString waitForOtherWindow(int milliseconds = 5000) const;
     bool waitForNoOtherWindow(int milliseconds) const;
 
@@ -64,7 +64,7 @@ private:
     const Desktop &desktop;
     QProcess process;
     QString mainWindow;
-    // Rectangles relative to the window's contents, by object name; "<name>/text" is the text in a spin box,
-    // "tab/<index>" a tab.
+    // Rectangles relative to the window's contents. The key is the object name of a widget, "<object name>/text" for
+    // the text in a spin box, or "tab/<index>" for a tab.
     QMap<QString, QRect> places;
 };

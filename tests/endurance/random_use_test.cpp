@@ -196,7 +196,7 @@ void RandomUseTest::keepsRespondingAndCanStillSave() {
     }
     if (record.isKept()) {
         QVERIFY(paths.contains(chosen.filePath("last.pdf")));
-        qInfo("%d changes of files were recorded", paths.size());
+        qInfo("%d paths in the record of file changes", paths.size());
     }
     // The toolkit's file dialog stores its history in a file of its own; the program itself stores no settings.
     const QString settings = QDir(home.path()).entryList(QDir::Files | QDir::Hidden).join(' ');

@@ -242,8 +242,8 @@ void ViewerRandomUseTest::keepsRespondingAndEndsWithoutAnError() {
         QVERIFY2(std::any_of(expected.begin(), expected.end(), isWithin), qPrintable(path));
     }
     qInfo(
-        "%d actions in the viewer in %d s, %d of them drops; busy for at most %d ms of processor time; %d changes of "
-        "files",
+        "%d actions in the viewer in %d s, %d of them drops that the viewer accepted; busy for at most %d ms of "
+        "processor time after each action; %d paths in the record of file changes",
         actions, seconds, dropped, longestBusyMs, record.paths().size());
 }
 

@@ -21,7 +21,8 @@ public:
     }
 
     // The command that starts the program and records its writes. With strace's option -D, the process that is started
-    // becomes the program and not the tracer, so its process number is that of the program.
+    // runs the program itself, and the tracer runs in another process. So the number of the started process is the
+    // number of the program's process.
     QStringList commandFor(const QString &program) const {
         const QString calls =
             "open,openat,creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"

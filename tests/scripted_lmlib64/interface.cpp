@@ -144,7 +144,7 @@ void lmLibSetDouble(int32_t *result, const char *path, double value) {
     write(result, "lmLibSetDouble", path, textOf(value), value);
 }
 
-// Returns a number other than 0 and 1 for true, because clients must accept any number but 0.
+// For true, returns a number that is neither 0 nor 1, because clients must accept every number except 0 as true.
 int32_t lmLibGetBool(int32_t *result, const char *path) {
     return read<bool>(result, "lmLibGetBool", path) ? 2 : 0;
 }

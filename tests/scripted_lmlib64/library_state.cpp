@@ -9,8 +9,8 @@ namespace scripted_lmlib64 {
 
 namespace {
 
-// The nodes below /Path name files that need not exist. The plates differ in every value, so that a test notices
-// if one is taken for another.
+// The nodes below /Path name files that need not exist. The plates differ in every value, so that a test notices if two
+// plates are confused.
 const char *const defaultScript = R"({
   "nodes": {
     "/Path/Manual": "/scripted/manual",

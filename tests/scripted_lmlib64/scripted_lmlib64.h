@@ -35,10 +35,12 @@
 namespace scripted_lmlib64 {
 
 // One call into the library. `value` has the arguments after the path, separated by spaces: a text, "true" or "false",
-// or a number as std::to_chars writes it (the shortest text that gives the same number when it is read). `value` also
-// has the word "more" if the caller asks lmLibGetBinaryInfo for the bytes per element or the timestamp, and the word
-// "timestamp" if it asks lmLibGetBinary for the timestamp: the program needs none of these. If the call writes a
-// message to the debug log, `value` is the message.
+// or a number as std::to_chars writes it (the shortest text that gives the same number when it is read). If the call
+// writes a message to the debug log, `value` is the message.
+//
+// If the caller asks lmLibGetBinaryInfo for the bytes per element or the timestamp, `value` has the word "more". If the
+// caller asks lmLibGetBinary for the timestamp, `value` also has the word "timestamp". The program must not ask for
+// these, because it does not need them.
 struct Call {
     std::string function;
     std::string path;

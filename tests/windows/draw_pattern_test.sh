@@ -11,7 +11,7 @@ not() { ! "$@"; }
 
 draw() { "$run" "$windows" "$@"; }
 
-# Compares every kind of pattern in every format, and the printed texts.
+# Compares every kind of pattern in every format, and the texts that --list and --version print.
 kinds=(
   "official --plate Plate12"
   "custom --grid-spacing 12 --thickness 2 --inverted"

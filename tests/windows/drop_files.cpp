@@ -1,6 +1,7 @@
 // Drops files onto a place of the screen, with the mouse, for scripts that drive programs under wine:
 //   drop_files X Y FILE...
-// X and Y are in pixels. Ends with 0 if the program there took the files. Needs a desktop of its own.
+// X and Y are in pixels. Ends with 0 if the program there took the files. This tool moves the mouse, so run it
+// on a desktop of its own (tests/with_desktop.sh).
 #include <QApplication>
 #include <QFileInfo>
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Tests the zip and the installer under wine, without any other build product of this project. It tests the resources of
-# the programs, a start from a folder whose name has a space and characters of several scripts, an installation without
-# administrator rights, a removal without a trace, and a client of the library.
+# Tests the zip and the installer under wine. Except for the search for thread_local objects, it uses no other build
+# product of this project. It tests the resources of the programs, a start from a folder whose name has a space and
+# characters of several writing systems, an installation without administrator rights, a removal without a trace, and a
+# client of the library.
 #   package_test.sh FOLDER_OF_PACKAGES
 set -u
 unset DISPLAY

@@ -2,8 +2,8 @@
 # Runs read_pattern and calibrate_cameras for Windows, under wine, on the example photographs and on a list of corners,
 # and compares them with the same programs of this system. All paths that the programs get contain characters outside
 # ASCII. The programs of both systems must write the same JSON documents and the same drawing. The documents' numbers
-# may differ in the last digits, because the C libraries round functions such as sin differently; the largest
-# differences are printed.
+# may differ in the last digits, because the C libraries round the results of functions such as sin differently; the
+# largest differences are printed.
 #   photographs_test.sh WINE_RUN WINDOWS_BIN BIN
 set -euo pipefail
 run=$1 windows=$2 linux=$3
@@ -14,7 +14,8 @@ mkdir "$folder/写真 Größe"
 cd "$folder/写真 Größe"
 for file in "$here"/../../viewer/example/*.jpg; do cp "$file" "写真-${file##*-}"; done
 
-# Lists the corners of a board of 9 x 6 corners that a camera with a focal length of 900 pixels sees.
+# Writes the list of corners: the positions of the 9 x 6 corners of a board in 12 pictures that a camera with a
+# focal length of 900 pixels takes.
 awk 'BEGIN { for (k = 1; k <= 12; k++) for (row = 0; row < 6; row++) for (column = 0; column < 9; column++) {
   a = 0.5 * cos(k * 2.4); b = 0.5 * sin(k * 2.4); s = 25 * column - 100; t = 25 * row - 60
   w = sin(a) * t; y = cos(a) * t; x = cos(b) * s + sin(b) * w; w = cos(b) * w - sin(b) * s + 450
@@ -23,7 +24,7 @@ awk 'BEGIN { for (k = 1; k <= 12; k++) for (row = 0; row < 6; row++) for (column
 } }' >"$folder/隅 Ω.txt"
 
 # use SYSTEM: runs the programs of one system and writes their documents to the folder SYSTEM. Some of the paths begin
-# with "/", to check that the programs for Windows do not take such a path for an option.
+# with "/", to check that the programs for Windows do not mistake such a path for an option.
 use() {
   local out=$folder/$1
   mkdir "$out"

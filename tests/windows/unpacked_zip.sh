@@ -1,9 +1,9 @@
-# Unpacks the zip for the tests that use nothing else from the build. Source it with the folder of the packages as its
-# argument. It sets
+# Unpacks the zip for the tests that run the packaged Windows programs, not those in the build folder. Source it with
+# the folder of the packages as its argument. It sets
 #   packages, source, folder   the folder of the packages, the folder of the project, and a temporary folder
 #   run                        the script that runs a Windows program; wine keeps its files in the temporary folder
-#   tree                       what was in the zip; the path has a space and characters of several scripts
-# When the script ends, the Windows programs are ended and the temporary folder is removed.
+#   tree                       the folder from the zip; its path has a space and characters of several writing systems
+# When the script that sources this file ends, the Windows programs are ended and the temporary folder is removed.
 packages=$(realpath "$1")
 source=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../..")
 run=$source/packaging/windows/wine_run

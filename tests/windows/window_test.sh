@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Uses LmCalTab and LmView for Windows in real windows under wine, with the mouse and the keyboard. All folders have
-# names that mix writing systems.
-# - In LmCalTab, it changes a value on every page and saves every page in every format. The files must be identical to
-#   those that draw_pattern makes on this Linux system.
-# - It starts LmView with LmCalTab's button, lets it read the example photographs, and saves the results. They must be
-#   those of calibrate_cameras on this Linux system.
+# Uses LmCalTab and LmView for Windows in real windows under wine, with the mouse and the keyboard. The programs, the
+# photographs and the saved files are in folders whose names mix writing systems.
+# - In LmCalTab, the test changes a value on every page and saves every page in every format. The files must be
+#   identical to those that draw_pattern makes on this Linux system.
+# - The test starts LmView with LmCalTab's button, drops the example photographs on LmView, and saves the results. The
+#   results must agree with those of calibrate_cameras on this Linux system.
 #   window_test.sh FOLDER_OF_PACKAGES BUILD [FOLDER_FOR_PICTURES]
 # BUILD is the folder of a build for this system that contains draw_pattern, calibrate_cameras and drop_files. The test
 # needs a desktop of its own (tests/with_desktop.sh), wine and xclip.
@@ -42,8 +42,8 @@ until_window() {
   done
   fail "\"$title\": still not $condition after: ${*:3}"
 }
-# enter TEXT: replaces the text of the active field. Under wine, xdotool can type the characters of some writing systems
-# only.
+# enter TEXT: replaces the text of the active field. The text is pasted, because under wine xdotool cannot type the
+# characters of every writing system.
 enter() {
   printf '%s' "$1" | xclip -selection clipboard -in >/dev/null 2>&1
   sleep 0.3
@@ -90,7 +90,7 @@ for name in "${pages[@]}"; do
   done
 done
 cp "$folder/linux/custom.pdf" "$folder/linux/bare custom.pdf"
-diff -r "$folder/linux" "$target" || fail "not the files of this system"
+diff -r "$folder/linux" "$target" || fail "the saved files differ from those that draw_pattern makes on this system"
 # Each changed value is in the file.
 has() { tr -d ' \n' <"$target/$1.json" | grep -qF "$2" || fail "$1.json does not have $2"; }
 has official '"Type":"Plate64"'
@@ -98,13 +98,14 @@ has custom '"GridSpacing":16'
 has flexible '"GridSize":[21,9]'
 [ "$(grep -c '"AssemblyPattern": [0-2],' "$target/assembly.json")" -eq 3 ] || fail "not three patterns in assembly.json"
 has halcon '"GridSpacing":10'
-echo "LmCalTab: $(find "$target" -type f | wc -l) files, all as on this system"
+echo "LmCalTab: $(find "$target" -type f | wc -l) files, all identical to those of draw_pattern on this system"
 
 # The second button starts LmView. Another program then drags photographs into LmView's window.
 photographs="$folder/写真 Größe" results="$folder/結果 Größe"
 mkdir "$results"
 cp -r "$source/viewer/example" "$photographs"
-(cd "$photographs" && "$build/bin/calibrate_cameras" --quiet --out "$folder/linux results" photograph-*.jpg) || fail "no results"
+(cd "$photographs" && "$build/bin/calibrate_cameras" --quiet --out "$folder/linux results" photograph-*.jpg) ||
+  fail "calibrate_cameras failed"
 activate "Generate Calibration Pattern"
 click 190 25
 activate "LmView"
@@ -115,8 +116,8 @@ eval "$(xdotool getwindowgeometry --shell "$window")"
 
 # save_results: calibrates anew and saves the results. LmView may show a result before it has read all photographs, and
 # each later result starts from the one before, which changes its last digits. With F5, the result is the same every
-# time. wine does not show the title that LmView gives the dialog,
-# and its dialog takes folders only with "\".
+# time. The dialog that asks for the folder is wine's own. Its title is "Select Folder", whatever title LmView sets, and
+# it accepts only "\" between the folders of a path.
 save_results() {
   activate "LmView"
   keys F5
@@ -128,7 +129,8 @@ save_results() {
   activate "Save Results"
   until_window is_gone "Save Results" keys Return
 }
-# are_same: LmView's results are those of calibrate_cameras. Only the name of the program and the folder differ.
+# are_same: succeeds if LmView's results agree with those of calibrate_cameras. The name of the program and the folder
+# of the photographs may differ.
 are_same() {
   local file
   for file in calibration assembly; do
@@ -141,8 +143,8 @@ for _ in $(seq 20); do
   are_same >"$folder/compared" 2>&1 && break
 done
 picture lmview
-are_same || fail "not the results of this system"
-echo "LmView: the results of this system"
+are_same || fail "LmView's results differ from those of calibrate_cameras on this system"
+echo "LmView: the results agree with those of calibrate_cameras on this system"
 activate "LmView"
 until_window is_gone "LmView" keys ctrl+q
 
@@ -152,7 +154,8 @@ wait "$program"
 code=$?
 [ "$code" -eq 0 ] || fail "LmCalTab ended with $code: $(cat "$folder/said")"
 
-# LmView ends with 0, too. The exit code of the one that LmCalTab started is not known.
+# LmView must end with 0, too. The test cannot get the exit code of the LmView process that LmCalTab started, so it
+# starts LmView once more by itself.
 (cd "$folder" && exec "$run" "$tree/bin/LmView.exe") 2>/dev/null &
 viewer=$!
 activate "LmView"
