@@ -198,8 +198,8 @@ private:
         const auto total = std::count(isCounted.begin(), isCounted.end(), true);
         const auto bad = std::count(isLeftOut.begin(), isLeftOut.end(), true);
         if (double(bad) > greatestShareLeftOut * double(total)) {
-            // This text is about all cameras. It follows the texts about single cameras, so it must mention all
-            // cameras.
+            // This text is about all cameras together. It says so, because the texts before it are each about one
+            // camera.
             const std::string cameras = observations.cameras.size() > 1 ? " of all cameras" : "";
             say(std::to_string(bad) + " of the " + counted(total, "photograph") + cameras +
                     (isPrintLeftOut ? " did not fit completely." : " did not fit."),

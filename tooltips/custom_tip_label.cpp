@@ -19,7 +19,7 @@ namespace {
 
 // Milliseconds until a tip is hidden after a mouse button was used or a window lost the focus.
 constexpr int PressHideInterval = 500;
-// Milliseconds until a tip is hidden after the mouse left the place that the tip is about, or left any widget.
+// Milliseconds until a tip is hidden after the mouse left the place that the tip is about, or moved out of a widget.
 constexpr int LeaveHideInterval = 10000;
 
 // Returns how long a text is shown, in milliseconds: 10 s, and 40 ms more for each character beyond 100.

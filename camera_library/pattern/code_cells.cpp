@@ -130,8 +130,9 @@ std::string hundredthsUpTo(int least, int greatest) {
     return "a multiple of 0.01 mm from " + numberText(least / 100.0) + " to " + numberText(greatest / 100.0) + " mm";
 }
 
-std::string countsText(const char *axis, int least, int greatest) {
-    return std::to_string(least) + " to " + std::to_string(greatest) + " in " + axis;
+// Returns "from -540 to 540 mm" for the unit 6 mm and the multiples -90 to 90.
+std::string rangeText(double unit, int least, int greatest) {
+    return "from " + numberText(least * unit) + " to " + numberText(greatest * unit) + " mm";
 }
 
 std::optional<EncodingFault> planeFault(const PatternDescription &description) {
@@ -143,10 +144,9 @@ std::optional<EncodingFault> planeFault(const PatternDescription &description) {
                                                       (*offset)[1])) {
         return std::nullopt;
     }
-    return EncodingFault{"Offset", unlessPlain("N times half the grid spacing (" + numberText(unit) +
-                                               " mm), where N is, at this grid size, a whole number from " +
-                                               countsText("x", x.least, x.greatest) + " and from " +
-                                               countsText("y", y.least, y.greatest))};
+    return EncodingFault{"Offset", unlessPlain("a multiple of " + numberText(unit) + " mm (half the grid spacing) " +
+                                               rangeText(unit, x.least, x.greatest) + " in x and " +
+                                               rangeText(unit, y.least, y.greatest) + " in y")};
 }
 
 std::optional<EncodingFault> blockFault(const PatternDescription &description) {
@@ -155,10 +155,10 @@ std::optional<EncodingFault> blockFault(const PatternDescription &description) {
         return std::nullopt;
     }
     if (blockHoldsOffset(description)) {
-        return EncodingFault{"Offset", unlessPlain("N times the grid spacing (" + numberText(description.gridSpacing) +
-                                                   " mm), where N is a whole number from " +
-                                                   std::to_string(pattern_code::leastBlockOffset) + " to " +
-                                                   std::to_string(pattern_code::greatestBlockOffset))};
+        return EncodingFault{
+            "Offset", unlessPlain("a multiple of " + numberText(description.gridSpacing) + " mm (the grid spacing) " +
+                                  rangeText(description.gridSpacing, pattern_code::leastBlockOffset,
+                                            pattern_code::greatestBlockOffset))};
     }
     PatternDescription withoutThickness = description;
     withoutThickness.thickness = 0.0;

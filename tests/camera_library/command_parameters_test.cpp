@@ -77,12 +77,13 @@ TEST(PatternParameters, namesParameterValueAndRangeWhenItRefusesAValue) {
         {onePattern(R"({"Type": "Assembly", "GridSpacing": 130.01})"), {"\"GridSpacing\"", "130.01", "130 mm"}},
         {onePattern(R"({"GridSpacing": 12, "Thickness": 1.005})"),
          {"\"Thickness\"", "1.005", "0.01 mm", "0 to 100 mm"}},
-        {onePattern(R"({"GridSpacing": 12, "Offset": [12, 13]})"), {"\"Offset\"", "[12, 13]", "12 mm", "-128 to 127"}},
-        {onePattern(R"({"GridSpacing": 10, "Offset": [0, 1280]})"), {"\"Offset\"", "[0, 1280]", "-128 to 127"}},
+        {onePattern(R"({"GridSpacing": 12, "Offset": [12, 13]})"),
+         {"\"Offset\"", "[12, 13]", "of 12 mm", "-1536 to 1524 mm"}},
+        {onePattern(R"({"GridSpacing": 10, "Offset": [0, 1280]})"), {"\"Offset\"", "[0, 1280]", "-1280 to 1270 mm"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [9, 6], "Offset": [0, 6.1]})"),
-         {"\"Offset\"", "[0, 6.1]", "half the grid spacing (6 mm)", "\"Encoding\" is false"}},
+         {"\"Offset\"", "[0, 6.1]", "6 mm (half the grid spacing)", "\"Encoding\" is false"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 2, "GridSize": [91, 200], "Offset": [90, 36]})"),
-         {"\"Offset\"", "[90, 36]", "-90 to 90 in x", "-36 to 35 in y"}},
+         {"\"Offset\"", "[90, 36]", "-90 to 90 mm in x", "-36 to 35 mm in y"}},
         {onePattern(R"({"Type": "Plate12", "GridSpacing": 12.5})"), {"\"GridSpacing\"", "12.5", "12 mm", "Plate12"}},
     };
     for (const Refusal &refusal : refusals) {

@@ -23,8 +23,8 @@ struct SessionPhotograph {
 
     PhotographState state = PhotographState::Waiting;
     QString problem;  // why no pattern was read, as a sentence; empty while waiting or if patterns were read
-    bool isTruncated =
-        false;      // the file is cut off before the end of its picture, so the patterns found are shown but not used
+    // True if the file is cut off before the end of its picture. The patterns found are then shown but not used.
+    bool isTruncated = false;
     int width = 0;  // pixels of the stored picture, whatever its orientation tag says
     int height = 0;
     std::shared_ptr<const PatternReadings> readings;  // null if the photograph is waiting or unreadable
