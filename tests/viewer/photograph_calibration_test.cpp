@@ -142,7 +142,7 @@ TEST(PhotographCalibration, leavesOutAPhotographWhoseFileIsIncomplete) {
     photographs[2].isTruncated = true;
     const SessionResult result = resultOf(photographs, fixedModels());
     EXPECT_EQ(result.photographIds, (std::vector<int>{100, 101, 103, 104, 105, 106, 107}));
-    EXPECT_TRUE(result.fits.value(102).reason.contains("file ends"));
+    EXPECT_TRUE(result.fits.value(102).reason.contains("cut off"));
 }
 
 TEST(PhotographCalibration, takesLengthsFromTheSettings) {
