@@ -38,7 +38,7 @@ QString wordsFor(LiveState state) {
         case LiveState::Blurred:
             return LivePanel::tr("Too blurred: wait for the focus, or use more light.");
         case LiveState::Known:
-            return LivePanel::tr("A picture already shows the target like this: move, tilt or turn it.");
+            return LivePanel::tr("A similar picture exists: move, tilt or turn the target.");
         case LiveState::Enough:
             return LivePanel::tr("Enough: another picture would hardly improve the calibration.");
         case LiveState::Worth:
