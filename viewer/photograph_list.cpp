@@ -133,8 +133,16 @@ void PhotographDelegate::paint(QPainter *painter, const QStyleOptionViewItem &gi
     option.text.clear();
     option.icon = QIcon();
     option.features &= ~QStyleOptionViewItem::HasDecoration;
+    const bool isSelected = (option.state & QStyle::State_Selected) != 0;
+    const QPalette::ColorGroup group =
+        (option.state & QStyle::State_Active) != 0 ? QPalette::Active : QPalette::Inactive;
+    if (isSelected) {
+        // Some styles, such as that of Windows, draw a selection in a colour on which HighlightedText cannot be read.
+        painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+        option.state &= ~QStyle::State_Selected;
+    }
     const QStyle *style = option.widget == nullptr ? QApplication::style() : option.widget->style();
-    // The style draws the background, the check box and the focus. The code below draws the rest.
+    // The style draws the check box and the focus. The code below draws the rest.
     style->drawControl(QStyle::CE_ItemViewItem, &option, painter, option.widget);
     const QRect box = style->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, option.widget);
 
@@ -151,8 +159,7 @@ void PhotographDelegate::paint(QPainter *painter, const QStyleOptionViewItem &gi
         painter->drawImage(shown, thumbnail);
     }
 
-    const bool isSelected = (option.state & QStyle::State_Selected) != 0;
-    const QColor ink = option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
+    const QColor ink = option.palette.color(group, isSelected ? QPalette::HighlightedText : QPalette::Text);
     const bool isOut = index.data(Qt::CheckStateRole).toInt() != Qt::Checked;
     const int height = option.fontMetrics.lineSpacing();
     const QRect line(picture.right() + 2 * margin, room.top(), room.right() - picture.right() - 2 * margin, height);

@@ -4,6 +4,7 @@
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QListView>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -47,6 +48,7 @@ private slots:
     void reportsEveryEditedSetting();
     void choosesTheAxesOfTheResults();
     void listsWhatIsKnownOfEachPhotograph();
+    void drawsTheSelectionInThePalettesColour();
     void takesPicturesByItselfOnlyIfAskedTo();
 };
 
@@ -160,6 +162,37 @@ void ViewerPanelsTest::listsWhatIsKnownOfEachPhotograph() {
     QCOMPARE(textsOf(1), QString("patterns 0, 1, 2, 3|"));
     QVERIFY(model.setData(model.index(1), Qt::Checked, Qt::CheckStateRole));
     QVERIFY(session.photographs()[1].isIncluded);
+}
+
+// Whatever the style draws, the background of the selected photograph must go with the palette's colour for its text.
+void ViewerPanelsTest::drawsTheSelectionInThePalettesColour() {
+    struct WindowsLikeStyle : QProxyStyle {
+        void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                           const QWidget *widget) const override {
+            if (element != PE_PanelItemViewItem) {
+                QProxyStyle::drawPrimitive(element, option, painter, widget);
+            } else if ((option->state & State_Selected) != 0) {
+                painter->fillRect(option->rect, QColor(0xcc, 0xe8, 0xff));
+            }
+        }
+    } style;
+    const QTemporaryDir folder;
+    Session session(scripted);
+    PhotographListModel model(&session);
+    QListView list;
+    list.setStyle(&style);
+    list.setModel(&model);
+    list.setItemDelegate(new PhotographDelegate(&list));
+    session.add({smallPhotograph(folder, "first.png")});
+    QTRY_COMPARE(model.rowCount(), 1);
+    list.setCurrentIndex(model.index(0));
+    list.resize(400, 200);
+    list.grab();  // lays the list out
+    const QPoint place = list.visualRect(model.index(0)).topRight() + QPoint(-3, 3);
+    const QColor seen = list.viewport()->grab().toImage().pixelColor(place);
+    QVERIFY2(seen == list.palette().color(QPalette::Active, QPalette::Highlight) ||
+                 seen == list.palette().color(QPalette::Inactive, QPalette::Highlight),
+             qPrintable(seen.name()));
 }
 
 void ViewerPanelsTest::takesPicturesByItselfOnlyIfAskedTo() {
