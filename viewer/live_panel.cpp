@@ -21,7 +21,6 @@
 namespace {
 
 constexpr int takenMs = 1000;
-constexpr int camerasWithoutList = 4;
 constexpr int fileEntry = -1;
 const QColor goodColour(40, 170, 100);
 
@@ -60,11 +59,8 @@ LivePanel::LivePanel(Session *ownSession, QWidget *parent)
       folderButton(new QPushButton(this)),
       status(new QLabel(this)),
       view(new LiveView(this)) {
-    for (const NamedCamera &camera : namedCameras()) {
+    for (const NamedCamera &camera : offeredCameras()) {
         source->addItem(camera.name, camera.number);
-    }
-    for (int i = 0; source->count() < camerasWithoutList && i < camerasWithoutList; ++i) {
-        source->addItem(tr("Camera %1").arg(i + 1), i);
     }
     source->addItem(tr("Video file..."), fileEntry);
     size->addItem(tr("Default"), QSize());

@@ -353,11 +353,14 @@ void LiveCaptureTest::listsCamerasWithGapsInTheirNumbers() {
         QVERIFY(name.open(QIODevice::WriteOnly) && name.write(QByteArray("the ") + entry + "\n") > 0);
     }
     QVERIFY(QFile::remove(folder.filePath("video4/name")));
-    const std::vector<NamedCamera> cameras = namedCameras(folder.path());
+    const std::vector<NamedCamera> cameras = offeredCameras(folder.path());
     QCOMPARE(cameras.size(), size_t(2));
     QCOMPARE(cameras[0].number, 2);
     QCOMPARE(cameras[1].number, 10);
     QCOMPARE(cameras[1].name, QString("the video10"));
+    const std::vector<NamedCamera> withoutList = offeredCameras(folder.filePath("absent"));
+    QCOMPARE(withoutList.size(), size_t(4));
+    QVERIFY(withoutList[3].number == 3 && withoutList[3].name == "Camera 4");
 }
 
 void LiveCaptureTest::keepsColours() {

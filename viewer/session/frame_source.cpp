@@ -19,6 +19,7 @@ constexpr double usualRate = 25;  // frames per second, for a file that does not
 // next frames without waiting until it is on time again. If the delay is longer than this, only this much is made up.
 constexpr double greatestWait = 0.2;
 constexpr int cameraTries = 5;  // per frame, because a camera may lose single frames
+constexpr int camerasWithoutList = 4;
 constexpr auto timeBetweenTries = std::chrono::milliseconds(100);
 
 QString tr(const char *text) {
@@ -108,7 +109,7 @@ bool isVideoName(const QString &path) {
     return endings.contains(QFileInfo(path).suffix().toLower());
 }
 
-std::vector<NamedCamera> namedCameras(const QString &folder) {
+std::vector<NamedCamera> offeredCameras(const QString &folder) {
     const QString beginning = "video";
     std::vector<NamedCamera> cameras;
     // The numbers can have gaps: if a camera is unplugged, the other cameras keep their numbers.
@@ -122,5 +123,10 @@ std::vector<NamedCamera> namedCameras(const QString &folder) {
     }
     std::sort(cameras.begin(), cameras.end(),
               [](const NamedCamera &a, const NamedCamera &b) { return a.number < b.number; });
+    if (cameras.empty()) {
+        for (int i = 0; i < camerasWithoutList; ++i) {
+            cameras.push_back({i, tr("Camera %1").arg(i + 1)});
+        }
+    }
     return cameras;
 }

@@ -51,6 +51,6 @@ struct NamedCamera {
     QString name;
 };
 
-// Returns the cameras in the system's list, which is in this folder, ordered by number. Empty if the system has no such
-// list.
-std::vector<NamedCamera> namedCameras(const QString &folder = "/sys/class/video4linux");
+// Returns the cameras in the system's list, which is in this folder, ordered by number. If the list is absent or empty,
+// returns the first four numbers with names such as "Camera 1", whether there are such cameras or not.
+std::vector<NamedCamera> offeredCameras(const QString &folder = "/sys/class/video4linux");
