@@ -137,12 +137,14 @@ void PhotographDelegate::paint(QPainter *painter, const QStyleOptionViewItem &gi
     const QPalette::ColorGroup group =
         (option.state & QStyle::State_Active) != 0 ? QPalette::Active : QPalette::Inactive;
     if (isSelected) {
-        // Some styles, such as that of Windows, draw a selection in a colour on which HighlightedText cannot be read.
+        // Some styles, such as that of Windows, draw a selected item, or the item under the mouse, in a colour on which
+        // HighlightedText cannot be read.
         painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
-        option.state &= ~QStyle::State_Selected;
+        option.state &= ~(QStyle::State_Selected | QStyle::State_MouseOver);
     }
     const QStyle *style = option.widget == nullptr ? QApplication::style() : option.widget->style();
-    // The style draws the check box and the focus. The code below draws the rest.
+    // The style draws the background if the item is not selected, the check box and the focus. The code below draws the
+    // rest.
     style->drawControl(QStyle::CE_ItemViewItem, &option, painter, option.widget);
     const QRect box = style->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, option.widget);
 
