@@ -217,7 +217,7 @@ void addInputOptions(shell::CommandLine &line, Arguments &arguments) {
     square.needs(board);
     line.add("--corners", texts.cornerLists,
              "Corners from another detector in place of photographs: a text file with the columns filename, x, y "
-             "and level; may be repeated")
+             "and, optionally, level; may be repeated")
         .typeName("[NAME=]FILE")
         .oneValueEachTime();
     line.add("--image-size", texts.imageSize,
@@ -241,7 +241,7 @@ void addOptions(shell::CommandLine &line, Arguments &arguments) {
         .oneOf({"auto", "pinhole4", "pinhole5", "pinhole8", "pinhole12", "fisheye"});
     line.add("--measured", texts.measured,
              "Lengths of a sheet's two check bars, measured across and along the sheet; N is the pattern's "
-             "number. May be repeated")
+             "number, which may be left out only if there is a single pattern. May be repeated")
         .typeName("[N=]99.7x100.1")
         .oneValueEachTime();
     line.add("--axes", texts.axes,

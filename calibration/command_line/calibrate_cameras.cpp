@@ -108,18 +108,25 @@ std::string textOf(calibration::Stage stage) {
 }
 
 int printOf(const calibration::MeasuredSheet &sheet, const calibration::Observations &observations) {
-    if (!sheet.number && observations.prints.size() != 1) {
-        throw std::runtime_error(
-            "--measured: there are several patterns. Put the number of the measured one before its lengths, as in "
-            "3=99.7x100.1.");
-    }
+    std::vector<int> prints;
     for (size_t i = 0; i < observations.prints.size(); i++) {
         if (!sheet.number || observations.prints[i].number == *sheet.number) {
-            return int(i);
+            prints.push_back(int(i));
         }
     }
-    throw std::runtime_error("--measured: pattern " + std::to_string(sheet.number.value_or(0)) +
-                             " is in no photograph.");
+    if (prints.empty()) {
+        throw std::runtime_error("--measured: no photograph that is used shows pattern " +
+                                 std::to_string(sheet.number.value_or(0)) + ".");
+    }
+    if (prints.size() > 1 && sheet.number) {
+        throw std::runtime_error("--measured: several patterns have the number " + std::to_string(*sheet.number) + ".");
+    }
+    if (prints.size() > 1) {
+        throw std::runtime_error(
+            "--measured: there are several patterns. Put the number of the measured one before its lengths, as in "
+            "3=99.7x100.1. A pattern without a number can be measured only if it is the only pattern.");
+    }
+    return prints.front();
 }
 
 Calibration solve(const Arguments &arguments, const calibration::Observations &observations, Progress &progress) {

@@ -133,8 +133,10 @@ Shown shownBy(const ReadPhotograph &photograph, const PrintCatalogue &catalogue,
     for (const auto &[print, count] : counts) {
         if (count > 1) {
             shown.repeated.push_back(print);
-            shown.reasons.push_back("shows " + catalogue.prints()[size_t(print)].name + " in " + std::to_string(count) +
-                                    " places, so it is not known which of them is meant");
+            // This is the first reason, because an unused photograph is named with its first reason only.
+            shown.reasons.insert(shown.reasons.begin(), "shows " + catalogue.prints()[size_t(print)].name + " in " +
+                                                            std::to_string(count) +
+                                                            " places, so it is not known which of them is meant");
         }
     }
     const auto isTwice = [&](const Sighting &sighting) {

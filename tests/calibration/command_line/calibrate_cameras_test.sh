@@ -125,7 +125,7 @@ numbers_of Translation rig/calibration.json 2 | awk '{ exit !(($1 + 80 * 0.999)^
 numbers_of PrintScale rig/assembly.json 1 | awk '{ exit !(($1 * $2 - 0.998)^2 < 1e-10 && $1 < $2) }' ||
   fail "the print's scale is $(numbers_of PrintScale rig/assembly.json 1)"
 ends 1 --corners corners.txt --board 9x6 --square 25 --image-size 1000x800 --measured 3=99.8x100 --out none
-says err 'pattern 3 is in no photograph'
+says err 'no photograph that is used shows pattern 3'
 convert other.png -gravity center -background gray -extent 800x600 other.png
 ends 1 --measured 99.8x100 --out none photo?.png other.png
 says err 'there are several patterns'
