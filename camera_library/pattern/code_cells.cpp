@@ -1,8 +1,10 @@
 #include "camera_library/pattern/code_cells.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "camera_library/pattern/number_text.h"
+#include "camera_library/pattern/pattern_parameter.h"
 
 namespace lmlib64 {
 
@@ -130,9 +132,12 @@ std::string hundredthsUpTo(int least, int greatest) {
     return "a multiple of 0.01 mm from " + numberText(least / 100.0) + " to " + numberText(greatest / 100.0) + " mm";
 }
 
-// Returns "from -540 to 540 mm" for the unit 6 mm and the multiples -90 to 90.
+// Returns "from -540 to 540 mm" for the unit 6 mm and the multiples -90 to 90. Multiples outside the range of the
+// parameter "Offset" are left out.
 std::string rangeText(double unit, int least, int greatest) {
-    return "from " + numberText(least * unit) + " to " + numberText(greatest * unit) + " mm";
+    const double from = std::max<double>(least, std::ceil(offsetRange.minimum / unit)) * unit;
+    const double to = std::min<double>(greatest, std::floor(offsetRange.maximum / unit)) * unit;
+    return "from " + numberText(wholeNanometres(from)) + " to " + numberText(wholeNanometres(to)) + " mm";
 }
 
 std::optional<EncodingFault> planeFault(const PatternDescription &description) {

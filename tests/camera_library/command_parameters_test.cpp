@@ -80,6 +80,8 @@ TEST(PatternParameters, namesParameterValueAndRangeWhenItRefusesAValue) {
         {onePattern(R"({"GridSpacing": 12, "Offset": [12, 13]})"),
          {"\"Offset\"", "[12, 13]", "of 12 mm", "-1536 to 1524 mm"}},
         {onePattern(R"({"GridSpacing": 10, "Offset": [0, 1280]})"), {"\"Offset\"", "[0, 1280]", "-1280 to 1270 mm"}},
+        {onePattern(R"({"GridSpacing": 3.8, "Offset": [0, 1]})"), {"\"Offset\"", "from -486.4 to 482.6 mm"}},
+        {onePattern(R"({"GridSpacing": 100, "Offset": [0, 1]})"), {"\"Offset\"", "from -9900 to 9900 mm"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 12, "GridSize": [9, 6], "Offset": [0, 6.1]})"),
          {"\"Offset\"", "[0, 6.1]", "6 mm (half the grid spacing)", "\"Encoding\" is false"}},
         {onePattern(R"({"Type": "Flexible", "GridSpacing": 2, "GridSize": [91, 200], "Offset": [90, 36]})"),
