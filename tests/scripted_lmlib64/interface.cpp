@@ -38,9 +38,9 @@ void put(Value *target, Value value) {
     }
 }
 
-// Keeps a returned text until the calling thread's next call.
+// Keeps a returned text until the next call.
 const char *kept(std::string text) {
-    thread_local std::string last;
+    static std::string last;
     last = std::move(text);
     return last.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): `last` outlives the call
 }

@@ -28,8 +28,11 @@ done
 
 # g++ for Windows frees the memory of thread_local objects before it calls their destructors, so there must be none with
 # a destructor. The files in the zip have no symbols, so this looks at the files of the build.
-has_no_thread_destructors() { ! x86_64-w64-mingw32-nm "$1" | grep -q __cxa_thread_atexit; }
-for file in "$packages"/../bin/*.{exe,dll}; do
+has_no_thread_destructors() {
+  local symbols
+  symbols=$(x86_64-w64-mingw32-nm "$1") && [ -n "$symbols" ] && ! grep -q __cxa_thread_atexit <<<"$symbols"
+}
+for file in "$packages"/../{bin/*.{exe,dll},tests/*.exe,tests/scripted/*.{exe,dll}}; do
   expect "$(basename "$file") has no thread_local objects with destructors" has_no_thread_destructors "$file"
 done
 
