@@ -26,7 +26,7 @@ public:
 
 private:
     const std::function<bool()> question;
-    const Interruption *const before;  // of this thread; null if there was none
+    const Interruption *const before;  // the one that this thread had before; null if it had none
 };
 
 }  // namespace calibration

@@ -169,7 +169,7 @@ TEST_F(CustomToolTipTest, keepsAPendingCloseThatIsDueSooner) {
         bool force, restarted;
     } rows[] = {{"sooner, but not forced", 10000, 200, false, false},
                 {"press after leave", 10000, 500, true, true},
-                {"release after key press", 200, 500, true, false},
+                {"button released after a key was pressed", 200, 500, true, false},
                 {"at the same time", 200, 200, true, false},
                 {"long overdue", -5, 200, true, false}};
     for (const auto &row : rows) {

@@ -15,8 +15,8 @@
 namespace {
 
 constexpr double usualRate = 25;  // frames per second, for a file that does not state its own
-// Seconds. The source waits at most this long before it reads a frame of a file. If the source is late, it reads the
-// next frames without waiting until it is on time again. If the delay is longer than this, only this much is made up.
+// Seconds. The source waits at most this long before it reads a frame of a file. A source that is late reads its frames
+// without any wait, until it is on time again. If it is late by more than this, it catches up only by this much.
 constexpr double greatestWait = 0.2;
 constexpr int cameraTries = 5;  // per frame, because a camera may lose single frames
 constexpr int camerasWithoutList = 4;
@@ -26,7 +26,8 @@ QString tr(const char *text) {
     return QCoreApplication::translate("FrameSource", text);
 }
 
-// Converts a frame to 8-bit colour, because numbered pictures have the depth and channels of their files.
+// Converts a frame to 8-bit colour. A source can be a series of picture files, whose frames can have another depth and
+// other channels.
 cv::Mat inColour(const cv::Mat &frame) {
     cv::Mat bytes = frame;
     if (!frame.empty() && frame.depth() != CV_8U) {
