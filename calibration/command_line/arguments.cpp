@@ -118,10 +118,9 @@ std::pair<std::string, std::string> parseCamera(const std::string &text) {
     if (camera.second.empty()) {
         fail("--camera: \"" + text + "\" is not of the form NAME=FOLDER or NAME=\"left*.jpg\".");
     }
-    if (!isCameraName(camera.first)) {
-        fail("--camera: \"" + camera.first +
-             "\" cannot be a camera's name, because files are named after it. Use at most 100 characters: "
-             "A to Z, a to z, 0 to 9, \"-\", \"_\" and \".\". The first must not be \".\".");
+    const std::string fault = cameraNameFault(camera.first);
+    if (!fault.empty()) {
+        fail("--camera: " + fault);
     }
     return camera;
 }

@@ -36,11 +36,9 @@ void add(ResultFiles &result, const std::string &name, std::string content, cons
 
 void addCamera(ResultFiles &result, const SolvedCamera &camera) {
     const std::string &name = camera.camera.name;
-    if (!isCameraName(name)) {
-        throw std::runtime_error(
-            "\"" + name +
-            "\" cannot be a camera's name, because files are named after it. Use at most 100 characters: "
-            "A to Z, a to z, 0 to 9, \"-\", \"_\" and \".\". The first must not be \".\".");
+    const std::string fault = cameraNameFault(name);
+    if (!fault.empty()) {
+        throw std::runtime_error(fault);
     }
     add(result, name + ".opencv.yaml", opencvFile(camera), camera);
     add(result, name + ".camera_info.yaml", rosFile(camera), camera);
@@ -103,11 +101,17 @@ void makeFolder(const std::string &folder) {
 
 }  // namespace
 
-bool isCameraName(const std::string &name) {
+std::string cameraNameFault(const std::string &name) {
     const auto isPlain = [](char c) {
         return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '-' || c == '_' || c == '.';
     };
-    return !name.empty() && name.size() <= 100 && name.front() != '.' && std::all_of(name.begin(), name.end(), isPlain);
+    if (!name.empty() && name.size() <= 100 && name.front() != '.' && std::all_of(name.begin(), name.end(), isPlain)) {
+        return {};
+    }
+    return "\"" + name +
+           "\" cannot be a camera's name, because files are named after it. Use at most 100 characters: A to Z, a to "
+           "z, "
+           "0 to 9, \"-\", \"_\" and \".\". The first must not be \".\".";
 }
 
 ResultFiles resultFiles(const Calibration &calibration, const ResultNotes &notes) {

@@ -42,9 +42,8 @@ ResultFiles resultFiles(const Calibration &calibration, const ResultNotes &notes
 std::string calibrationJson(const Calibration &calibration, const ResultNotes &notes);
 std::string assemblyJson(const Calibration &calibration, const ResultNotes &notes);
 
-// True if files can be named after the camera. The name must have 1 to 100 characters: letters, digits, "-", "_" or
-// ".". It must not start with ".".
-bool isCameraName(const std::string &name);
+// Returns an empty text if files can be named after the camera; otherwise a sentence that says which names are allowed.
+std::string cameraNameFault(const std::string &name);
 
 // Writes the files to `folder`, which is made if it is absent. If a file's name contains a folder itself, as in
 // "./report.html", the name is the file's whole path, and `folder` is not put before it. All files are complete on the

@@ -24,15 +24,13 @@ bool isFixed(const Calibration &calibration, int print, int number) {
 // Returns the standard deviation of one number of a print's shape. Returns 0 if the calibration kept the number fixed,
 // or if its covariance is not known.
 double shapeSigma(const Calibration &calibration, int print, int number) {
-    const std::vector<std::vector<int>> &shapes = calibration.freedom.shapes;
-    if (size_t(print) >= shapes.size() || calibration.covariance.usedCorners() == 0) {
+    if (isFixed(calibration, print, number) || calibration.covariance.usedCorners() == 0) {
         return 0;
     }
-    const std::vector<int> &free = shapes[size_t(print)];
-    const auto found = std::find(free.begin(), free.end(), number);
+    const std::vector<int> &free = calibration.freedom.shapes[size_t(print)];
+    const auto row = std::find(free.begin(), free.end(), number) - free.begin();
     const Eigen::MatrixXd covariance = calibration.covariance.shape(print);
-    const auto row = found - free.begin();
-    return found == free.end() || row >= covariance.rows() ? 0 : std::sqrt(std::max(0.0, covariance(row, row)));
+    return row < covariance.rows() ? std::sqrt(std::max(0.0, covariance(row, row))) : 0;
 }
 
 // Fits a plane to the points of the print. Returns the difference in height above this plane between the highest and
